@@ -2,10 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <stdlib.h>
 #include <string>
 #include <system_error>
-
-#include <stdlib.h>
 
 namespace qorl::testing {
 

@@ -8,12 +8,11 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
