@@ -1,0 +1,198 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+
+#include <qorl/Geometry.h>
+#include <qorl/Ref.h>
+
+#include "commands/UKeyCode.h"
+#include "views/InputEvents.h"
+#include "views/UView.h"
+#include "windows/WindowListeners.h"
+#include "windows/WindowStyle.h"
+
+namespace qorl {
+
+class PlatformSurface;
+class PlatformWindow;
+class WindowPlatformSide;
+struct WindowCore;
+
+/// The root of a view tree that can stand on a screen.
+///
+/// A window is created with a frame and a style, filled with views, and opened by `show`; from then on the desktop
+/// owns a reference, and the platform calls back with paints, input, moves and sizes. `closeDeferred` ends it: a window
+/// never closes inside its own message dispatch, and once closed it is not opened again. Sizes and positions may be
+/// set in every state; without a platform window they are only stored.
+///
+/// Frame coordinates of a window are screen coordinates; the client is the surface that its views fill. Threading:
+/// user-interface thread.
+class UWindow : public UView {
+    QORL_CLASS(UWindow, UView)
+
+public:
+    /// `windowFlags` bits.
+    enum WindowFlag : uint32_t {
+        painting = 0x1,
+        restoreMaximized = 0x4,
+        hostsMenuBar = 0x8,
+        collectingUpdates = 0x10,
+        stateApplied = 0x20,
+        ownBackground = 0x40,
+        clientDragged = 0x80,
+        opened = 0x100,
+        opening = 0x200,
+        closed = 0x400,
+        inSizeTracking = 0x800,
+        firstFrontList = 0x1000,
+        secondFrontList = 0x2000,
+        withoutStateStore = 0x4000,
+    };
+
+    /// `frame` is the client's rect on the screen. `style` from `WindowStyle`.
+    UWindow(const CmRect& frame, uint32_t style, const String& title);
+
+    // The published table, behind the operations of UView.
+
+    virtual WindowType getWindowType() const;
+    /// What a list of windows shows for this one, and whether it shows it.
+    virtual void getListTitle(CmString& title) const;
+    virtual bool isListed() const;
+    /// Paints what is invalid now instead of with the platform's next paint event.
+    virtual void update();
+    /// Asks the child windows, the controller ("MsgCloseRequest") and `canClose`; closes when none refuses. False when
+    /// refused: everything is as before.
+    virtual bool closeRequest();
+    virtual bool canClose();
+    /// Closes without asking. The window may be gone afterwards unless the caller holds a reference.
+    virtual void willClose(bool canceled);
+    virtual void setMinimized(bool minimized);
+    virtual void setMaximized(bool maximized);
+    /// Top left of the client, on the screen.
+    virtual void setPosition(CmPoint position);
+    virtual CmPoint getPosition() const;
+    virtual void setSize(CmSize clientSize);
+    virtual CmSize getSize() const;
+    /// Limits of the client. A number of 0 or less keeps the old limit.
+    virtual void setSizeLimits(CmSize smallest, CmSize largest);
+    virtual void getSizeLimits(CmSize& smallest, CmSize& largest) const;
+    virtual void center();
+    virtual CmPoint clientToScreen(CmPoint point) const;
+    virtual CmPoint screenToClient(CmPoint point) const;
+    virtual CmPoint frameToScreen(CmPoint point) const;
+    /// Brings the window to the front and gives it the keyboard.
+    virtual void activate();
+    virtual bool isActive() const;
+    virtual void setBackgroundColor(const UColor& color);
+    /// 0 invisible to 1 opaque; cut to that range.
+    virtual void setOpacity(float opacity);
+    /// The view that has the keyboard while this window is active; null when there is none.
+    UView* getFocusView() override;
+    virtual void setFocusView(UView* view);
+
+    // Opening and closing.
+
+    void show() override;
+    void hide() override;
+    bool isOpen() const;
+    /// Posts the close, so that it happens when the present dispatch is over.
+    void closeDeferred();
+    /// `hook` runs once, at the close.
+    void addCloseHook(std::function<void(UWindow*)> hook);
+
+    // Relations.
+
+    CmObject* getController() const { return controller_.get(); }
+    /// Who hears the "Msg…" notifications. Null is allowed.
+    void setController(CmObject* controller);
+    CmObject* getFocusController() const;
+    /// The object that hears keys and "Interpret" first; the window's own controller counts as null.
+    void setControllerFocus(CmObject* controller);
+    UWindow* getParentWindow() const;
+    /// Takes over a reference; `child` closes with this window.
+    void addChildWindow(Ref<UWindow> child);
+    Ref<UWindow> removeChildWindow(UWindow* child);
+    std::span<const Ref<UWindow>> childWindows() const;
+    void addWindowListener(WindowListener* listener);
+    void removeWindowListener(WindowListener* listener);
+    void addPaintListener(WindowPaintListener* listener);
+    void removePaintListener(WindowPaintListener* listener);
+    void addPrePaintListener(WindowPaintListener* listener);
+    void removePrePaintListener(WindowPaintListener* listener);
+    /// Null while the window is not open.
+    PlatformWindow* getPlatformWindow() const;
+    /// Drops hover, focus, cursor and tool tip of a view that leaves the tree. Called by the view.
+    void viewClosing(UView* view);
+    void registerDirectPaintView(UView* view);
+    void unregisterDirectPaintView(UView* view);
+
+    // Properties.
+
+    uint32_t getStyle() const;
+    bool hasStyle(uint32_t bits) const { return (getStyle() & bits) == bits; }
+    uint32_t windowFlags() const { return windowFlags_; }
+    bool hasWindowFlag(uint32_t flag) const { return (windowFlags_ & flag) != 0; }
+    void setWindowFlag(uint32_t flag, bool on) { windowFlags_ = on ? windowFlags_ | flag : windowFlags_ & ~flag; }
+    WindowState getWindowState() const;
+    float getOpacity() const;
+    double getScaleFactor() const;
+    void setScheme(UScheme* scheme);
+    void setHelpIdentifier(const String& id);
+    /// Between the two, positions and sizes are kept and applied once at the end.
+    void beginCollectUpdates();
+    void endCollectUpdates();
+
+    // State.
+
+    /// Names the section of the defaults in which place and size are kept between runs.
+    void setStateName(const String& name, int32_t version);
+    bool storeAttributes(FAttributes* attributes) override;
+    bool restoreAttributes(FAttributes* attributes) override;
+
+    // Calls of the platform side.
+
+    /// Draws the invalid `region`, given in client coordinates. What was drawn is added to `drawn` unless it is null.
+    void paint(PlatformSurface* surface, std::span<const CmRect> region, std::vector<CmRect>* drawn);
+    bool mouseEvent(const WindowMouseEvent& event);
+    bool wheelEvent(WheelEvent& event, CmPoint pixelPosition);
+    bool keyEvent(const UKeyCode& key);
+    bool keyUpEvent(const UKeyCode& key);
+    void sized(CmRect clientOnScreen);
+    void sizeTracking(bool started);
+    void activationChanged(bool active, bool mainWindow);
+    void stateChangedTo(WindowState state);
+    void userColorsChanged();
+
+    // Input, as the views see it.
+
+    UView* getHoverView() const;
+    /// Looks again at what lies under a resting mouse, since views moved.
+    void refreshHover();
+    void updateHover(CmPoint point);
+    /// The last known place of the mouse, in client coordinates; false when it is not over the window.
+    bool getMouseLocation(CmPoint& point) const;
+    bool isDoubleClick() const;
+    CmPoint focusPoint() const;
+
+    // Overrides of UView.
+
+    void invalidate(const CmRect& rect) override;
+
+protected:
+    ~UWindow() override;
+
+    WindowCore& core() const { return *core_; }
+    virtual void prePaint(std::span<const CmRect> region);
+    virtual void postPaint();
+
+private:
+    uint32_t windowFlags_ = 0;
+    Ref<CmObject> controller_;
+    std::unique_ptr<WindowCore> core_;
+    bool closing_ = false;
+};
+
+} // namespace qorl

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace qorl {
+
+/// Bits of a window's style word. The words with which a skin names them stand in `windowStyleWords`.
+enum WindowStyle : uint32_t {
+    styleSizable = 0x1,
+    styleNoAutoHide = 0x2,
+    styleMaximize = 0x4,
+    styleMinimize = 0x8,
+    styleCloseButton = 0x10,
+    styleMenu = 0x20,
+    styleTitle = 0x40,
+    styleFrame = 0x80,
+    styleTypeFlag = 0x100,
+    styleNoErase = 0x200,
+    styleFocusNavigation = 0x400,
+    styleSizeGrip = 0x800,
+    styleRememberSize = 0x1000,
+    styleRememberPosition = 0x2000,
+    styleRememberViews = 0x4000,
+    styleClientMovable = 0x8000,
+    styleNoActivate = 0x10000,
+    styleCloseOnEnter = 0x20000,
+    styleCloseOnEscape = 0x40000,
+    styleOverlayFirst = 0x100000,
+    styleOverlaySecond = 0x200000,
+    styleFollowsMainWindow = 0x4000000,
+    styleTransparent = 0x8000000,
+    styleCustomLook = 0x10000000,
+    styleHiddenFromMenu = 0x80000000,
+
+    styleCloseWindow = styleCloseOnEnter | styleCloseOnEscape,
+    styleWindowPreset = 0xFD,
+    stylePanelPreset = 0xD0,
+    styleDialogPreset = 0x800F0,
+    styleSkinPreset = 0x8200,
+    styleModalDialog = 0x804F0,
+};
+
+struct WindowStyleWord {
+    std::string_view word;
+    uint32_t bits;
+};
+
+/// The words usable in the attribute "style" of a skin, presets last.
+std::span<const WindowStyleWord> windowStyleWords();
+
+/// The kinds of window, by the code that `getWindowType` answers.
+enum class WindowType : int32_t {
+    document = 0,
+    floating = 1,
+    modal = 2,
+    popup = 3,
+    full = 4,
+    overlay = 6,
+    child = 7,
+    none = 8,
+};
+
+/// The word answered to the property "windowType"; null for a window without a screen life.
+const char* windowTypeWord(WindowType type);
+
+enum class WindowState : int32_t { normal = 0, minimized = 1, maximized = 2 };
+
+} // namespace qorl
