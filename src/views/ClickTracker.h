@@ -1,16 +1,17 @@
 #pragma once
 
-#include <cstdint>
-
 #include <qorl/Geometry.h>
+
+#include <cstdint>
 
 namespace qorl {
 
-/// Decides for one window which press and release form a click, and which press is the second of a double click.
+/// Decides for one window which press and release form a click, and which press is the second of a double
+/// click.
 ///
-/// A press starts a timer of `doubleClickTime`; a second press of the same button within it and within `slop` pixels
-/// is a double click. A third press begins anew, so that fast clicking alternates. A release within `slop` pixels of
-/// its press is a click, however long the button was held.
+/// A press starts a timer of `doubleClickTime`; a second press of the same button within it and within `slop`
+/// pixels is a double click. A third press begins anew, so that fast clicking alternates. A release within
+/// `slop` pixels of its press is a click, however long the button was held.
 class ClickTracker {
 public:
     static constexpr int64_t doubleClickTime = 400;

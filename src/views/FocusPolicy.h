@@ -1,21 +1,29 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
-#include <qorl/FInterface.h>
-
 #include "commands/UKeyCode.h"
 #include "foundation/CmObject.h"
+#include <qorl/FInterface.h>
+
+#include <cstdint>
+#include <span>
 
 namespace qorl {
 
 class UView;
 
 /// Where keyboard navigation goes. The numbers are those of the published key table.
-enum class FocusDirection : int32_t { back = 0, forward = 1, left = 2, right = 3, up = 4, down = 5, none = 12 };
+enum class FocusDirection : int32_t {
+    back = 0,
+    forward = 1,
+    left = 2,
+    right = 3,
+    up = 4,
+    down = 5,
+    none = 12
+};
 
-/// Tab goes forward, Shift+Tab back, arrows their way. Tab with any other modifier, and all other keys, are none.
+/// Tab goes forward, Shift+Tab back, arrows their way. Tab with any other modifier, and all other keys, are
+/// none.
 FocusDirection focusDirectionOf(const UKeyCode& key);
 constexpr bool isArrow(FocusDirection direction) {
     return direction >= FocusDirection::left && direction <= FocusDirection::down;
@@ -23,15 +31,15 @@ constexpr bool isArrow(FocusDirection direction) {
 
 /// Chooses which view the keyboard goes to next within one part of the tree.
 ///
-/// The base class keeps the order of reading: forward and back follow the tree and wrap at the ends; arrows go to the
-/// nearest view that lies that way, preferring views in line with the start. A base view, a scroll view and a window
-/// use it unless the view was given another policy.
+/// The base class keeps the order of reading: forward and back follow the tree and wrap at the ends; arrows
+/// go to the nearest view that lies that way, preferring views in line with the start. A base view, a scroll
+/// view and a window use it unless the view was given another policy.
 class FocusPolicy : public CmObject {
     QORL_CLASS(FocusPolicy, CmObject)
 
 public:
-    /// The view that follows `start` in `scope` when going `direction`, never one of `skipped`. `start` itself means
-    /// the edge; null means that this policy has nothing to offer. The views are not counted.
+    /// The view that follows `start` in `scope` when going `direction`, never one of `skipped`. `start`
+    /// itself means the edge; null means that this policy has nothing to offer. The views are not counted.
     virtual UView* nextFocus(UView* scope, UView* start, FocusDirection direction,
                              std::span<UView* const> skipped);
 
@@ -62,15 +70,16 @@ protected:
     ~IFocusDelegate() = default;
 };
 
-/// The first view from `start` upwards whose scope has a policy, together with that policy; both null when there is
-/// none. Neither is counted.
+/// The first view from `start` upwards whose scope has a policy, together with that policy; both null when
+/// there is none. Neither is counted.
 struct FocusScope {
     UView* view = nullptr;
     FocusPolicy* policy = nullptr;
 };
 FocusScope findFocusScope(UView* start);
 
-/// Moves the focus from `start` in `direction`. True when the key was navigation, also when it ended at an edge.
+/// Moves the focus from `start` in `direction`. True when the key was navigation, also when it ended at an
+/// edge.
 bool navigateFocus(UView* start, FocusDirection direction, std::span<UView* const> skipped = {});
 
 /// True for a view that the keyboard can go to now: focusable, visible, enabled.

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "foundation/CmObject.h"
+#include <qorl/Ref.h>
+
 #include <cstdint>
 #include <string_view>
 
-#include <qorl/Ref.h>
-
-#include "foundation/CmObject.h"
-
 namespace qorl {
 
-/// A mouse cursor: a counted object round the platform's own one. A cursor shows as long as a view owns it on the
-/// desktop (`UDesktop::setCursor`).
+/// A mouse cursor: a counted object round the platform's own one. A cursor shows as long as a view owns it on
+/// the desktop (`UDesktop::setCursor`).
 ///
 /// The standard shapes are made when first asked for and shared. Threading: user-interface thread.
 class UCursor : public CmObject {
@@ -37,8 +36,8 @@ public:
 
     explicit UCursor(Shape shape) : shape_(shape) {}
 
-    /// The cursor that skins call `name` ("arrow", "size-horizontal", "pencil"…). Null for an unknown name. Two names
-    /// of one shape give one cursor. The library keeps the reference.
+    /// The cursor that skins call `name` ("arrow", "size-horizontal", "pencil"…). Null for an unknown name.
+    /// Two names of one shape give one cursor. The library keeps the reference.
     static UCursor* find(std::string_view name);
     static UCursor* standard(Shape shape);
 

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-#include <vector>
-
-#include <qorl/Ref.h>
-
 #include "views/FocusPolicy.h"
 #include "views/UCursor.h"
 #include "windows/UWindow.h"
+#include <qorl/Ref.h>
+
+#include <cstdint>
+#include <span>
+#include <vector>
 
 namespace qorl {
 
@@ -18,8 +17,8 @@ class UPopupWindow;
 
 /// The one object that knows all windows, who has the keyboard, which popup is open and which cursor shows.
 ///
-/// It owns a reference on every open window. It is created before the first window and released after the last, by
-/// whoever runs the event loop. Threading: user-interface thread.
+/// It owns a reference on every open window. It is created before the first window and released after the
+/// last, by whoever runs the event loop. Threading: user-interface thread.
 class UDesktop : public UWindow {
     QORL_CLASS(UDesktop, UWindow)
 
@@ -38,8 +37,8 @@ public:
     // Cursor.
 
     void setCursorPosition(CmPoint screenPoint);
-    /// Shows `cursor` while `owner` is hovered; null shows the arrow. The owner is not counted: it calls again with
-    /// nulls, or leaves through `UWindow::viewClosing`.
+    /// Shows `cursor` while `owner` is hovered; null shows the arrow. The owner is not counted: it calls
+    /// again with nulls, or leaves through `UWindow::viewClosing`.
     void setCursor(UCursor* cursor, UView* owner);
     UCursor* getCursor() const { return cursor_.get(); }
     UView* getCursorOwner() const { return cursorOwner_; }
@@ -56,7 +55,8 @@ public:
     /// Gives the keyboard to `view`, in its window; null takes it away. False when the view is in no window.
     bool setFocus(UView* view);
     UView* getFocus() const { return focusView_; }
-    /// Lets the focus of `window`, or the focusable view nearest to where its focus last was, have the keyboard.
+    /// Lets the focus of `window`, or the focusable view nearest to where its focus last was, have the
+    /// keyboard.
     void chooseFocus(UWindow* window);
     /// From the focus view to the next; true when the direction was used.
     bool moveFocus(FocusDirection direction);
@@ -101,7 +101,9 @@ public:
     void viewGone(UView* view);
 
     bool hasDesktopFlag(uint32_t flag) const { return (desktopFlags_ & flag) != 0; }
-    void setDesktopFlag(uint32_t flag, bool on) { desktopFlags_ = on ? desktopFlags_ | flag : desktopFlags_ & ~flag; }
+    void setDesktopFlag(uint32_t flag, bool on) {
+        desktopFlags_ = on ? desktopFlags_ | flag : desktopFlags_ & ~flag;
+    }
 
 protected:
     ~UDesktop() override;

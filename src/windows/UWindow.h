@@ -1,35 +1,33 @@
 #pragma once
 
+#include "commands/UKeyCode.h"
+#include "platform/PlatformWindow.h"
+#include "views/InputEvents.h"
+#include "views/UView.h"
+#include "windows/WindowListeners.h"
+#include "windows/WindowStyle.h"
+#include <qorl/Geometry.h>
+#include <qorl/Ref.h>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
 
-#include <qorl/Geometry.h>
-#include <qorl/Ref.h>
-
-#include "commands/UKeyCode.h"
-#include "views/InputEvents.h"
-#include "views/UView.h"
-#include "windows/WindowListeners.h"
-#include "windows/WindowStyle.h"
-
 namespace qorl {
 
-class PlatformSurface;
-class PlatformWindow;
 class WindowPlatformSide;
 struct WindowCore;
 
 /// The root of a view tree that can stand on a screen.
 ///
-/// A window is created with a frame and a style, filled with views, and opened by `show`; from then on the desktop
-/// owns a reference, and the platform calls back with paints, input, moves and sizes. `closeDeferred` ends it: a window
-/// never closes inside its own message dispatch, and once closed it is not opened again. Sizes and positions may be
-/// set in every state; without a platform window they are only stored.
+/// A window is created with a frame and a style, filled with views, and opened by `show`; from then on the
+/// desktop owns a reference, and the platform calls back with paints, input, moves and sizes. `closeDeferred`
+/// ends it: a window never closes inside its own message dispatch, and once closed it is not opened again.
+/// Sizes and positions may be set in every state; without a platform window they are only stored.
 ///
-/// Frame coordinates of a window are screen coordinates; the client is the surface that its views fill. Threading:
-/// user-interface thread.
+/// Frame coordinates of a window are screen coordinates; the client is the surface that its views fill.
+/// Threading: user-interface thread.
 class UWindow : public UView {
     QORL_CLASS(UWindow, UView)
 
@@ -59,12 +57,12 @@ public:
 
     virtual WindowType getWindowType() const;
     /// What a list of windows shows for this one, and whether it shows it.
-    virtual void getListTitle(CmString& title) const;
+    virtual void getListTitle(String& title) const;
     virtual bool isListed() const;
     /// Paints what is invalid now instead of with the platform's next paint event.
     virtual void update();
-    /// Asks the child windows, the controller ("MsgCloseRequest") and `canClose`; closes when none refuses. False when
-    /// refused: everything is as before.
+    /// Asks the child windows, the controller ("MsgCloseRequest") and `canClose`; closes when none refuses.
+    /// False when refused: everything is as before.
     virtual bool closeRequest();
     virtual bool canClose();
     /// Closes without asking. The window may be gone afterwards unless the caller holds a reference.
@@ -123,7 +121,7 @@ public:
     void addPrePaintListener(WindowPaintListener* listener);
     void removePrePaintListener(WindowPaintListener* listener);
     /// Null while the window is not open.
-    PlatformWindow* getPlatformWindow() const;
+    platform::PlatformWindow* getPlatformWindow() const;
     /// Drops hover, focus, cursor and tool tip of a view that leaves the tree. Called by the view.
     void viewClosing(UView* view);
     void registerDirectPaintView(UView* view);
@@ -135,7 +133,9 @@ public:
     bool hasStyle(uint32_t bits) const { return (getStyle() & bits) == bits; }
     uint32_t windowFlags() const { return windowFlags_; }
     bool hasWindowFlag(uint32_t flag) const { return (windowFlags_ & flag) != 0; }
-    void setWindowFlag(uint32_t flag, bool on) { windowFlags_ = on ? windowFlags_ | flag : windowFlags_ & ~flag; }
+    void setWindowFlag(uint32_t flag, bool on) {
+        windowFlags_ = on ? windowFlags_ | flag : windowFlags_ & ~flag;
+    }
     WindowState getWindowState() const;
     float getOpacity() const;
     double getScaleFactor() const;
@@ -154,12 +154,13 @@ public:
 
     // Calls of the platform side.
 
-    /// Draws the invalid `region`, given in client coordinates. What was drawn is added to `drawn` unless it is null.
-    void paint(PlatformSurface* surface, std::span<const CmRect> region, std::vector<CmRect>* drawn);
-    bool mouseEvent(const WindowMouseEvent& event);
-    bool wheelEvent(WheelEvent& event, CmPoint pixelPosition);
-    bool keyEvent(const UKeyCode& key);
-    bool keyUpEvent(const UKeyCode& key);
+    /// Draws the invalid `region`, given in client coordinates. What was drawn is added to `drawn` unless it
+    /// is null.
+    void paint(const platform::PixelSurface& surface, const platform::Region& region,
+               platform::Region* drawn);
+    bool mouseEvent(const platform::MouseEvent& event);
+    bool wheelEvent(const platform::WheelEvent& event);
+    bool keyEvent(const platform::KeyEvent& event);
     void sized(CmRect clientOnScreen);
     void sizeTracking(bool started);
     void activationChanged(bool active, bool mainWindow);
@@ -185,7 +186,7 @@ protected:
     ~UWindow() override;
 
     WindowCore& core() const { return *core_; }
-    virtual void prePaint(std::span<const CmRect> region);
+    virtual void prePaint(const platform::Region& region);
     virtual void postPaint();
 
 private:

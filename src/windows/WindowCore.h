@@ -1,31 +1,29 @@
 #pragma once
 
+#include "foundation/String.h"
+#include "graphics/UColor.h"
+#include "views/ClickTracker.h"
+#include "windows/WindowListeners.h"
+#include "windows/WindowStyle.h"
+#include <qorl/Geometry.h>
+#include <qorl/Ref.h>
+
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
 #include <vector>
 
-#include <qorl/Geometry.h>
-#include <qorl/Ref.h>
-
-#include "foundation/strings/CmString.h"
-#include "graphics/UColor.h"
-#include "views/ClickTracker.h"
-#include "windows/WindowListeners.h"
-#include "windows/WindowStyle.h"
-
 namespace qorl {
 
 class CmObject;
-class PlatformWindow;
 class UScheme;
 class UView;
 class UWindow;
 class WindowPlatformSide;
 
-/// What a window keeps beside its class, so that derived windows stay small. Owned by the window; used by the sources
-/// of `windows/` only.
+/// What a window keeps beside its class, so that derived windows stay small. Owned by the window; used by the
+/// sources of `windows/` only.
 struct WindowCore {
     enum StateFlag : uint32_t { placementValid = 1, wasMaximized = 2, inHoverRefresh = 4 };
 
@@ -44,14 +42,14 @@ struct WindowCore {
     UScheme* scheme = nullptr;
     UView* hoverView = nullptr;
     UView* focusView = nullptr;
-    CmString helpId;
+    String helpId;
     CmPoint focusPoint;
     CmPoint dragOffset;
     CmSize minSize{80, 20};
     CmSize maxSize{0x7FFFFFFF, 0x7FFFFFFF};
     CmRect placementRect;
     UColor backgroundColor;
-    CmString stateName;
+    String stateName;
     int32_t stateVersion = 0;
     uint32_t style = 0;
     WindowState windowState = WindowState::normal;
