@@ -8,168 +8,146 @@
 
 namespace qorl::platform {
 
-/// Why a file operation failed: the system's own number and its text. 0 is
-/// success.
+/// Why a file operation failed: the system's own number and its text. 0 is success.
 struct FileError {
-  int32_t code = 0;
+    int32_t code = 0;
 
-  explicit operator bool() const { return code != 0; }
-  /// "No such file or directory".
-  std::string getText() const;
-  bool isNotFound() const;
-  bool isExisting() const;
-  bool isFull() const;
+    explicit operator bool() const { return code != 0; }
+    /// "No such file or directory".
+    std::string getText() const;
+    bool isNotFound() const;
+    bool isExisting() const;
+    bool isFull() const;
 };
 
 /// Bits of what `File::open` may do.
 enum OpenMode : uint32_t {
-  openRead = 1,
-  openWrite = 2,
-  openCreate = 4,      ///< make the file if it is missing
-  openTruncate = 8,    ///< cut an existing one to nothing
-  openExclusive = 16,  ///< with `openCreate`: fail if it exists
-  openSequential = 32, ///< a hint: from front to end, once
-  openLocked = 64      ///< fail if another program holds it open with this bit;
-                       ///< advisory, for the whole file
+    openRead = 1,
+    openWrite = 2,
+    openCreate = 4,      ///< make the file if it is missing
+    openTruncate = 8,    ///< cut an existing one to nothing
+    openExclusive = 16,  ///< with `openCreate`: fail if it exists
+    openSequential = 32, ///< a hint: from front to end, once
+    openLocked = 64      ///< fail if another program holds it open with this bit;
+                         ///< advisory, for the whole file
 };
 
 enum class SeekOrigin : uint8_t { start, current, end };
 
-/// An open file. Paths everywhere here are the system's native form in UTF-8,
-/// absolute or relative to the current folder. Sizes and places in bytes.
-/// Threading: one thread at a time.
+/// An open file. Paths everywhere here are the system's native form in UTF-8, absolute or relative to the
+/// current folder. Sizes and places in bytes. Threading: one thread at a time.
 class File {
 public:
-  File() = default;
-  ~File() { close(); }
-  File(File &&other) noexcept;
-  File &operator=(File &&other) noexcept;
+    File() = default;
+    ~File() { close(); }
+    File(File&& other) noexcept;
+    File& operator=(File&& other) noexcept;
 
-  FileError open(const std::string &path, uint32_t mode);
-  bool isOpen() const { return descriptor_ >= 0; }
+    FileError open(const std::string& path, uint32_t mode);
+    bool isOpen() const { return descriptor_ >= 0; }
 
-  /// Bytes moved; 0 at the end of the file; -1 on failure, with `error` set
-  /// when given.
-  int64_t read(void *buffer, int64_t count, FileError *error = nullptr);
+    /// Bytes moved; 0 at the end of the file; -1 on failure, with `error` set when given.
+    int64_t read(void* buffer, int64_t count, FileError* error = nullptr);
 
-  /// Writes all of it: `count`, or -1.
-  int64_t write(const void *buffer, int64_t count, FileError *error = nullptr);
+    /// Writes all of it: `count`, or -1.
+    int64_t write(const void* buffer, int64_t count, FileError* error = nullptr);
 
-  /// The new place, or -1.
-  int64_t seek(int64_t offset, SeekOrigin origin);
-  int64_t getPosition() { return seek(0, SeekOrigin::current); }
-  int64_t getSize() const;
+    /// The new place, or -1.
+    int64_t seek(int64_t offset, SeekOrigin origin);
+    int64_t getPosition() { return seek(0, SeekOrigin::current); }
+    int64_t getSize() const;
 
-  /// Cuts or grows the file; new bytes are 0.
-  FileError setSize(int64_t size);
+    /// Cuts or grows the file; new bytes are 0.
+    FileError setSize(int64_t size);
 
-  /// Returns when the bytes are on the disk.
-  FileError flushToDisk();
-  FileError close();
+    /// Returns when the bytes are on the disk.
+    FileError flushToDisk();
+    FileError close();
 
 private:
-  int descriptor_ = -1;
+    int descriptor_ = -1;
 };
 
 enum class FileKind : uint8_t { none, file, folder, other };
 
 struct FileInfo {
-  FileKind kind = FileKind::none;
-  int64_t size = 0;
-  /// Milliseconds since 1970 UTC. `created` is 0 where the file system does not
-  /// keep it.
-  int64_t created = 0;
-  int64_t written = 0;
-  int64_t read = 0;
-  bool isReadOnly = false; ///< this user may not write it
-  bool isHidden = false;
-  bool isLink =
-      false; ///< a symbolic link; everything else describes its target
-  /// Names the file itself, whatever its path is.
-  uint64_t volume = 0;
-  uint64_t serial = 0;
+    FileKind kind = FileKind::none;
+    int64_t size = 0;
+    /// Milliseconds since 1970 UTC. `created` is 0 where the file system does not keep it.
+    int64_t created = 0;
+    int64_t written = 0;
+    int64_t read = 0;
+    bool isReadOnly = false; ///< this user may not write it
+    bool isHidden = false;
+    bool isLink = false; ///< a symbolic link; everything else describes its target
+    /// Names the file itself, whatever its path is.
+    uint64_t volume = 0;
+    uint64_t serial = 0;
 };
 
-/// `FileKind::none` when there is nothing at `path`; only other failures are
-/// errors.
-FileError getFileInfo(const std::string &path, FileInfo &info);
-bool fileExists(const std::string &path);
-bool folderExists(const std::string &path);
+/// `FileKind::none` when there is nothing at `path`; only other failures are errors.
+FileError getFileInfo(const std::string& path, FileInfo& info);
+bool fileExists(const std::string& path);
+bool folderExists(const std::string& path);
 
-FileError deleteFile(const std::string &path);
-/// Replaces an existing `to`, in one step when both lie on one volume; moves
-/// across volumes by a copy.
-FileError moveFile(const std::string &from, const std::string &to);
+FileError deleteFile(const std::string& path);
+/// Replaces an existing `to`, in one step when both lie on one volume; moves across volumes by a copy.
+FileError moveFile(const std::string& from, const std::string& to);
 /// Takes times and rights over; a failed copy leaves no `to` behind.
-FileError copyFile(const std::string &from, const std::string &to);
-FileError createFolder(const std::string &path);
+FileError copyFile(const std::string& from, const std::string& to);
+FileError createFolder(const std::string& path);
 /// With every folder above it that is missing. No error when it exists.
-FileError createFolders(const std::string &path);
-FileError deleteFolder(const std::string &path);
+FileError createFolders(const std::string& path);
+FileError deleteFolder(const std::string& path);
 /// A folder with all that is in it. Links are removed, never followed.
-FileError deleteTree(const std::string &path);
-FileError setReadOnly(const std::string &path, bool on);
-FileError setFileTimes(const std::string &path, int64_t written, int64_t read);
+FileError deleteTree(const std::string& path);
+FileError setReadOnly(const std::string& path, bool on);
+FileError setFileTimes(const std::string& path, int64_t written, int64_t read);
 
 /// One entry of a folder. `kind` is that of a link's target.
 struct FolderEntry {
-  std::string name;
-  FileKind kind = FileKind::none;
+    std::string name;
+    FileKind kind = FileKind::none;
 };
 
 /// Entries without "." and "..", sorted by the bytes of their names.
-FileError listFolder(const std::string &path,
-                     std::vector<FolderEntry> &entries);
+FileError listFolder(const std::string& path, std::vector<FolderEntry>& entries);
 
-/// The whole file. Fails with the code of "File too large" when it is longer
-/// than `limit` bytes.
-FileError readWholeFile(const std::string &path, std::vector<uint8_t> &bytes,
-                        int64_t limit);
+/// The whole file. Fails with the code of "File too large" when it is longer than `limit` bytes.
+FileError readWholeFile(const std::string& path, std::vector<uint8_t>& bytes, int64_t limit);
 
-/// The one way to store a file: writes `bytes` beside it, flushes them to the
-/// disk, renames over `path` and flushes the folder. Whatever crashes, `path`
-/// holds either the old bytes or the new ones. Rights of an existing file stay;
-/// a symbolic link is written through.
-FileError replaceFile(const std::string &path, std::span<const uint8_t> bytes);
+/// The one way to store a file: writes `bytes` beside it, flushes them to the disk, renames over `path` and
+/// flushes the folder. Whatever crashes, `path` holds either the old bytes or the new ones. Rights of an
+/// existing file stay; a symbolic link is written through.
+FileError replaceFile(const std::string& path, std::span<const uint8_t> bytes);
 
-/// Flushes a folder's own entries, so that files just renamed in it outlive a
-/// power cut.
-FileError flushFolder(const std::string &path);
+/// Flushes a folder's own entries, so that files just renamed in it outlive a power cut.
+FileError flushFolder(const std::string& path);
 
 /// A new empty file with a name of its own in `folder`; `path` gets its name.
-FileError createTemporaryFile(const std::string &folder,
-                              std::string_view prefix, std::string &path);
+FileError createTemporaryFile(const std::string& folder, std::string_view prefix, std::string& path);
 
-/// Absolute, without ".", ".." and links. Parts that do not exist are kept as
-/// they are.
-std::string getCanonicalPath(const std::string &path);
+/// Absolute, without ".", ".." and links. Parts that do not exist are kept as they are.
+std::string getCanonicalPath(const std::string& path);
 
-FileError setCurrentFolder(const std::string &path);
+FileError setCurrentFolder(const std::string& path);
 std::string getCurrentFolder();
 
-enum class VolumeKind : uint8_t {
-  unknown,
-  fixed,
-  removable,
-  network,
-  optical,
-  memory
-};
+enum class VolumeKind : uint8_t { unknown, fixed, removable, network, optical, memory };
 
 struct VolumeInfo {
-  std::string root; ///< where it is mounted
-  std::string name; ///< what the user calls it
-  VolumeKind kind = VolumeKind::unknown;
-  int64_t freeBytes = 0; ///< free for this user
-  int64_t totalBytes = 0;
-  bool isReadOnly = false;
+    std::string root; ///< where it is mounted
+    std::string name; ///< what the user calls it
+    VolumeKind kind = VolumeKind::unknown;
+    int64_t freeBytes = 0; ///< free for this user
+    int64_t totalBytes = 0;
+    bool isReadOnly = false;
 };
 
 /// The volume that `path` lies on.
-FileError getVolumeInfo(const std::string &path, VolumeInfo &info);
+FileError getVolumeInfo(const std::string& path, VolumeInfo& info);
 
-/// Volumes that hold a user's files; those of the system's own machinery are
-/// left out.
+/// Volumes that hold a user's files; those of the system's own machinery are left out.
 std::vector<VolumeInfo> listVolumes();
 
 } // namespace qorl::platform

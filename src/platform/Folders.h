@@ -6,25 +6,24 @@ namespace qorl::platform {
 
 /// Places that the system sets aside for a purpose.
 enum class SystemFolder {
-  settings,  ///< the user's settings of programs
-  data,      ///< the user's data of programs
-  cache,     ///< may be deleted at any time
-  documents, ///< where the user keeps documents
-  home,
-  temporary,
-  sharedData, ///< data of programs for all users; usually read-only
-  system      ///< the system's own files
+    settings,  ///< the user's settings of programs
+    data,      ///< the user's data of programs
+    cache,     ///< may be deleted at any time
+    documents, ///< where the user keeps documents
+    home,
+    temporary,
+    sharedData, ///< data of programs for all users; usually read-only
+    system      ///< the system's own files
 };
 
-/// Absolute, without a final separator. Not created. The environment decides
-/// first (XDG_CONFIG_HOME and its like, relative ones are ignored), then the
-/// user's account.
+/// Absolute, without a final separator. Not created. The environment decides first (XDG_CONFIG_HOME and its
+/// like, relative ones are ignored), then the user's account.
 std::string getSystemFolder(SystemFolder folder);
 
 /// The running program's file; empty when the system does not tell.
 std::string getProgramPath();
 
 /// The library or program that holds `address`; empty when none does.
-std::string getModulePath(const void *address);
+std::string getModulePath(const void* address);
 
 } // namespace qorl::platform

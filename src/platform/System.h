@@ -10,20 +10,19 @@ namespace qorl::platform {
 
 /// Sixteen fresh bytes that nobody else has. `kind`: see there.
 enum class UuidKind : uint8_t {
-  random, ///< version 4
-  time    ///< version 1, of this machine
+    random, ///< version 4
+    time    ///< version 1, of this machine
 };
 std::array<uint8_t, 16> generateUuid(UuidKind kind);
 
-/// The program's arguments, the program's name first. UTF-8 as the system gives
-/// them, also inside a host.
+/// The program's arguments, the program's name first. UTF-8 as the system gives them, also inside a host.
 std::vector<std::string> getCommandLine();
 
 /// False when the environment has no such entry.
-bool getEnvironment(const char *name, std::string &value);
+bool getEnvironment(const char* name, std::string& value);
 
-/// The user's language and region as the system writes them, without code page:
-/// "de_AT", "en". "en" when the system names none.
+/// The user's language and region as the system writes them, without code page: "de_AT", "en". "en" when the
+/// system names none.
 std::string getUserLocale();
 
 std::string getUserName();
@@ -31,14 +30,12 @@ std::string getComputerName();
 uint32_t getProcessId();
 int32_t getProcessorCount();
 
-/// Writes one line to where developers look: the standard error stream, or to
-/// what `setDebugOutput` was given. From any thread; lines of two threads never
-/// mix.
+/// Writes one line to where developers look: the standard error stream, or to what `setDebugOutput` was
+/// given. From any thread; lines of two threads never mix.
 void debugOutput(std::string_view text);
 
-/// Sends the lines elsewhere; null sends them back to the standard error
-/// stream.
-using DebugWriter = void (*)(std::string_view line, void *argument);
-void setDebugOutput(DebugWriter writer, void *argument);
+/// Sends the lines elsewhere; null sends them back to the standard error stream.
+using DebugWriter = void (*)(std::string_view line, void* argument);
+void setDebugOutput(DebugWriter writer, void* argument);
 
 } // namespace qorl::platform

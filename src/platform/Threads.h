@@ -10,79 +10,72 @@ namespace qorl::platform {
 using ThreadHandle = uintptr_t;
 
 /// Body of a thread. The result is its exit code.
-using ThreadBody = uint32_t (*)(void *argument);
+using ThreadBody = uint32_t (*)(void* argument);
 
-/// Starts a thread that calls `body(argument)`; at most the first 15 bytes of
-/// `name` show in a debugger. The thread does not run before this function has
-/// stored `handle`, so the body may use it. False when the system refuses.
-bool startThread(ThreadBody body, void *argument, const char *name,
-                 ThreadHandle &handle);
+/// Starts a thread that calls `body(argument)`; at most the first 15 bytes of `name` show in a debugger. The
+/// thread does not run before this function has stored `handle`, so the body may use it. False when the
+/// system refuses.
+bool startThread(ThreadBody body, void* argument, const char* name, ThreadHandle& handle);
 
-/// Waits for the thread's end for at most `milliseconds`, without limit if
-/// negative. True when it ended, also when asked again; the handle stays valid
-/// until `closeThread`.
+/// Waits for the thread's end for at most `milliseconds`, without limit if negative. True when it ended, also
+/// when asked again; the handle stays valid until `closeThread`.
 bool joinThread(ThreadHandle handle, int64_t milliseconds);
 
-/// Ends the thread where it stands. Its stack is not unwound and locks that it
-/// holds stay locked for ever, so this is for a thread that does not answer,
-/// before its process ends or its work is given up. False for the calling
-/// thread and for one that has ended.
+/// Ends the thread where it stands. Its stack is not unwound and locks that it holds stay locked for ever, so
+/// this is for a thread that does not answer, before its process ends or its work is given up. False for the
+/// calling thread and for one that has ended.
 bool terminateThread(ThreadHandle handle);
 
 /// Gives the handle up. The thread goes on if it still runs.
 void closeThread(ThreadHandle handle);
 
-/// A handle for the calling thread, also for one that was not started here; to
-/// be closed.
+/// A handle for the calling thread, also for one that was not started here; to be closed.
 ThreadHandle openCurrentThread();
 
 /// The number by which the system's tools know the calling thread.
 uint32_t currentThreadId();
 
-/// Relative priorities: -15 idle, -2 lowest, -1 below normal, 0 normal, 1 above
-/// normal, 2 highest, 15 time critical. Raising needs rights; the nearest
-/// priority that the system grants is taken. False when nothing could be set.
+/// Relative priorities: -15 idle, -2 lowest, -1 below normal, 0 normal, 1 above normal, 2 highest, 15 time
+/// critical. Raising needs rights; the nearest priority that the system grants is taken. False when nothing
+/// could be set.
 bool setThreadPriority(ThreadHandle handle, int32_t priority);
 
 /// Whether the process runs neither raised nor lowered against others.
 bool isNormalPriorityClass();
 
-/// Real time, on any thread. The user-interface thread uses
-/// `DesktopServices::sleep`.
+/// Real time, on any thread. The user-interface thread uses `DesktopServices::sleep`.
 void sleepThread(int64_t milliseconds);
 
 enum class Reset : uint8_t {
-  automatic, ///< a wait that succeeds clears it
-  manual     ///< stays set until `reset`
+    automatic, ///< a wait that succeeds clears it
+    manual     ///< stays set until `reset`
 };
 
 /// A flag that threads wait for. Threading: all operations from any thread.
 class Event {
 public:
-  enum class State : uint8_t { clear, set };
+    enum class State : uint8_t { clear, set };
 
-  explicit Event(Reset kind, State state = State::clear)
-      : kind_(kind), isSet_(state == State::set) {}
+    explicit Event(Reset kind, State state = State::clear) : kind_(kind), isSet_(state == State::set) {}
 
-  void set();
-  void reset();
+    void set();
+    void reset();
 
-  /// True when it was set within `milliseconds`; negative waits without limit,
-  /// 0 only looks.
-  bool wait(int64_t milliseconds = -1);
+    /// True when it was set within `milliseconds`; negative waits without limit, 0 only looks.
+    bool wait(int64_t milliseconds = -1);
 
 private:
-  std::mutex mutex_;
-  std::condition_variable condition_;
-  Reset kind_;
-  bool isSet_;
+    std::mutex mutex_;
+    std::condition_variable condition_;
+    Reset kind_;
+    bool isSet_;
 };
 
-/// Thread-local words by number. At most 64 at a time; -1 when all are taken. A
-/// fresh slot reads null on every thread, also when its number was used before.
+/// Thread-local words by number. At most 64 at a time; -1 when all are taken. A fresh slot reads null on
+/// every thread, also when its number was used before.
 int32_t allocateThreadSlot();
 void freeThreadSlot(int32_t slot);
-void setThreadSlot(int32_t slot, void *value);
-void *getThreadSlot(int32_t slot);
+void setThreadSlot(int32_t slot, void* value);
+void* getThreadSlot(int32_t slot);
 
 } // namespace qorl::platform
