@@ -1,0 +1,70 @@
+#include "foundation/Singleton.h"
+
+#include "foundation/FLock.h"
+
+#include <vector>
+
+namespace qorl {
+
+/// The slots in the order of their creation. Built before every other static object of the library, so that
+/// its destructor, which releases them all, runs after those of the others.
+class SingletonList {
+public:
+    // Not a constant initialisation on purpose: the destructor takes its place in the order of the constructor.
+    SingletonList() { slots_.reserve(64); }
+    ~SingletonList();
+
+    void add(SingletonSlot* slot) { slots_.push_back(slot); }
+
+private:
+    std::vector<SingletonSlot*> slots_;
+};
+
+namespace {
+
+constinit std::atomic<FLock*> lockInstance{nullptr};
+constinit std::atomic<bool> gone{false};
+
+[[gnu::init_priority(101)]] SingletonList singletons;
+
+} // namespace
+
+FLock* globalLock() {
+    FLock* lock = lockInstance.load(std::memory_order_acquire);
+    if (lock || gone.load(std::memory_order_acquire))
+        return lock;
+    auto* created = new FLock("FLock");
+    if (lockInstance.compare_exchange_strong(lock, created, std::memory_order_acq_rel))
+        return created;
+    delete created;
+    return lock;
+}
+
+SingletonList::~SingletonList() {
+    gone.store(true, std::memory_order_release);
+    for (SingletonSlot* slot : slots_) {
+        slot->object_.load(std::memory_order_acquire)->release();
+        slot->object_.store(nullptr, std::memory_order_release);
+    }
+    slots_.clear();
+    delete lockInstance.exchange(nullptr);
+}
+
+bool SingletonSlot::areGone() {
+    return gone.load(std::memory_order_acquire);
+}
+
+FObject* SingletonSlot::createOnce(FObject* (*create)()) {
+    FLock* lock = globalLock();
+    if (areGone() || !lock)
+        return load();
+    const FGuard guard(*lock);
+    if (FObject* object = load())
+        return object;
+    FObject* object = create();
+    object_.store(object, std::memory_order_release);
+    singletons.add(this);
+    return object;
+}
+
+} // namespace qorl
