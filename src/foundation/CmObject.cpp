@@ -56,14 +56,8 @@ CmObject* CmObject::clone() const {
 }
 
 CmObject* castToCmObject(FInterface* unknown) {
-    if (!unknown)
-        return nullptr;
-    void* found = nullptr;
-    if (unknown->queryInterface(privateInterfaceId(), &found) != Result::ok)
-        return nullptr;
-    auto* object = static_cast<FObject*>(found);
-    object->release();
-    return object->isTypeOf(CmObject::className(), true) ? static_cast<CmObject*>(object) : nullptr;
+    FObject* object = borrowObject(unknown);
+    return object && object->isTypeOf(CmObject::className(), true) ? static_cast<CmObject*>(object) : nullptr;
 }
 
 } // namespace qorl

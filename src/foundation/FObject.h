@@ -8,8 +8,11 @@
 
 namespace qorl {
 
+class FObject;
+
 namespace detail {
 extern InterfaceId privateInterfaceId;
+extern InterfaceId borrowId;
 }
 
 /// The id that objects of this very load of the library answer with their `FObject` face, and nobody else.
@@ -71,6 +74,15 @@ private:
 
     std::atomic<int32_t> count_{1};
 };
+
+/// `unknown` as an object of this library, without a reference for the caller; null when it is foreign. Asks
+/// the same question as `privateInterfaceId`, but spares the count: notifications do this for each dependent.
+inline FObject* borrowObject(FInterface* unknown) {
+    void* found = nullptr;
+    if (!unknown || unknown->queryInterface(detail::borrowId, &found) != Result::ok)
+        return nullptr;
+    return static_cast<FObject*>(found);
+}
 
 inline uint32_t FObject::release() {
     const int32_t left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;

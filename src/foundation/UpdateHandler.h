@@ -6,6 +6,7 @@
 
 #include <deque>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace qorl {
@@ -92,29 +93,45 @@ public:
 private:
     static constexpr size_t mapCount = 256;
 
+    struct AddressHash {
+        size_t operator()(const FInterface* address) const noexcept;
+    };
+    struct Links {
+        std::vector<FDependent*> dependents;
+        std::vector<int32_t> queued; ///< Messages of this object in the deferred queue.
+    };
+    using LinkMap = std::unordered_map<FInterface*, Links, AddressHash>;
+
+    /// A delivery of deferred changes under way, which holds back the objects that are being notified.
+    struct Pass {};
     struct Deferred {
         FInterface* object;
         int32_t message;
+        const Pass* heldBy;
     };
+    /// A notification under way.
     struct Notification {
         FInterface* object;
         FDependent** snapshot;
         uint32_t length;
         Notification* outer;
     };
-    class DependentMap;
 
-    DependentMap& mapOf(FInterface* object);
-    int32_t removeKnown(FInterface* object, FDependent* dependent);
-    void blankRunning(FInterface* object, FDependent* dependent);
+    LinkMap& mapOf(const FInterface* object);
+    Links* find(FInterface* object);
+    void dropIfUnused(FInterface* object);
+    void blankRunning(const FInterface* object, const FDependent* dependent);
+    void removeFrom(FInterface* object, FDependent* dependent);
+    void removeEverywhere(FDependent* dependent);
     void cancelQueued(FInterface* object);
-    bool isNotified(FInterface* object) const;
-    bool takeDeferred(FInterface* object, std::deque<Deferred>& later, Deferred& taken);
-    uint32_t snapshot(Notification& record, FDependent** local, std::unique_ptr<FDependent*[]>& heap);
-    void leave(Notification& record);
+    bool isNotified(const FInterface* object) const;
+    bool takeDeferred(const FInterface* object, const Pass& pass, Deferred& taken);
+    void giveBack(const Pass& pass);
+    void enter(Notification& record, FDependent** local, std::unique_ptr<FDependent*[]>& heap);
+    void leave(const Notification& record);
 
     FLock lock_{"FLock"};
-    std::unique_ptr<DependentMap[]> maps_;
+    LinkMap maps_[mapCount];
     std::deque<Deferred> deferred_;
     Notification* running_ = nullptr; ///< The update stack, innermost first.
 };
