@@ -1,0 +1,105 @@
+#include "platform/Folders.h"
+
+#include "platform/System.h"
+
+#include <cstdlib>
+#include <dlfcn.h>
+#include <fstream>
+#include <pwd.h>
+#include <string_view>
+#include <unistd.h>
+
+namespace qorl::platform {
+
+namespace {
+
+std::string withoutFinalSeparator(std::string path) {
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+/// The environment's folder `name` if it is absolute, as the base directory rules ask.
+std::string absoluteFromEnvironment(const char* name) {
+    std::string value;
+    if (!getEnvironment(name, value) || value.empty() || value.front() != '/')
+        return {};
+    return withoutFinalSeparator(std::move(value));
+}
+
+std::string getHome() {
+    if (std::string home = absoluteFromEnvironment("HOME"); !home.empty())
+        return home;
+    const passwd* account = getpwuid(geteuid());
+    return account && account->pw_dir && *account->pw_dir == '/' ? withoutFinalSeparator(account->pw_dir)
+                                                                 : "/";
+}
+
+std::string baseFolder(const char* name, const char* fallback) {
+    if (std::string folder = absoluteFromEnvironment(name); !folder.empty())
+        return folder;
+    const std::string home = getHome();
+    return home == "/" ? std::string("/") + fallback : home + "/" + fallback;
+}
+
+/// Reads the line XDG_DOCUMENTS_DIR="$HOME/Documents" of the user's list of folders.
+std::string documentsFolder() {
+    std::ifstream file(baseFolder("XDG_CONFIG_HOME", ".config") + "/user-dirs.dirs");
+    constexpr std::string_view key = "XDG_DOCUMENTS_DIR=\"";
+    constexpr std::string_view homePrefix = "$HOME/";
+    for (std::string line; std::getline(file, line);) {
+        if (line.compare(0, key.size(), key) != 0 || line.back() != '"')
+            continue;
+        std::string value = line.substr(key.size(), line.size() - key.size() - 1);
+        if (value.compare(0, homePrefix.size(), homePrefix) == 0)
+            value = getHome() + "/" + value.substr(homePrefix.size());
+        if (!value.empty() && value.front() == '/')
+            return withoutFinalSeparator(std::move(value));
+    }
+    return baseFolder("", "Documents");
+}
+
+} // namespace
+
+std::string getSystemFolder(SystemFolder folder) {
+    switch (folder) {
+    case SystemFolder::settings: return baseFolder("XDG_CONFIG_HOME", ".config");
+    case SystemFolder::data: return baseFolder("XDG_DATA_HOME", ".local/share");
+    case SystemFolder::cache: return baseFolder("XDG_CACHE_HOME", ".cache");
+    case SystemFolder::documents: return documentsFolder();
+    case SystemFolder::home: return getHome();
+    case SystemFolder::temporary: {
+        const std::string folderName = absoluteFromEnvironment("TMPDIR");
+        return folderName.empty() ? "/tmp" : folderName;
+    }
+    case SystemFolder::sharedData: return "/usr/local/share";
+    case SystemFolder::system: return "/usr";
+    }
+    return {};
+}
+
+std::string getProgramPath() {
+    std::string path(256, '\0');
+    for (;;) {
+        const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+        if (length < 0)
+            return {};
+        if (static_cast<size_t>(length) < path.size()) {
+            path.resize(static_cast<size_t>(length));
+            return path;
+        }
+        path.resize(path.size() * 2);
+    }
+}
+
+std::string getModulePath(const void* address) {
+    Dl_info info = {};
+    if (dladdr(address, &info) == 0 || !info.dli_fname)
+        return {};
+    char* resolved = realpath(info.dli_fname, nullptr);
+    std::string path = resolved ? resolved : info.dli_fname;
+    std::free(resolved);
+    return path;
+}
+
+} // namespace qorl::platform

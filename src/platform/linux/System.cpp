@@ -1,0 +1,120 @@
+#include "platform/System.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <pwd.h>
+#include <sched.h>
+#include <unistd.h>
+#include <uuid/uuid.h>
+
+namespace qorl::platform {
+
+namespace {
+
+constinit std::mutex debugLock;
+constinit DebugWriter debugWriter = nullptr;
+constinit void* debugArgument = nullptr;
+
+void writeToStandardError(std::string_view line) {
+    std::string whole(line);
+    if (whole.empty() || whole.back() != '\n')
+        whole += '\n';
+    const char* rest = whole.data();
+    size_t left = whole.size();
+    while (left > 0) {
+        const ssize_t written = write(STDERR_FILENO, rest, left);
+        if (written <= 0)
+            return;
+        rest += written;
+        left -= static_cast<size_t>(written);
+    }
+}
+
+} // namespace
+
+std::array<uint8_t, 16> generateUuid(UuidKind kind) {
+    uuid_t bytes;
+    if (kind == UuidKind::time)
+        uuid_generate_time(bytes);
+    else
+        uuid_generate_random(bytes);
+    std::array<uint8_t, 16> result;
+    std::memcpy(result.data(), bytes, result.size());
+    return result;
+}
+
+std::vector<std::string> getCommandLine() {
+    std::ifstream file("/proc/self/cmdline", std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::vector<std::string> arguments;
+    for (size_t start = 0; start < text.size();) {
+        const size_t end = std::min(text.find('\0', start), text.size());
+        arguments.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return arguments;
+}
+
+bool getEnvironment(const char* name, std::string& value) {
+    const char* text = std::getenv(name);
+    if (!text)
+        return false;
+    value = text;
+    return true;
+}
+
+std::string getUserLocale() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        std::string value;
+        if (!getEnvironment(name, value) || value.empty())
+            continue;
+        value.resize(std::min(value.find_first_of(".@"), value.size()));
+        return value.empty() || value == "C" || value == "POSIX" ? "en" : value;
+    }
+    return "en";
+}
+
+std::string getUserName() {
+    if (const passwd* account = getpwuid(geteuid()); account && account->pw_name)
+        return account->pw_name;
+    std::string name;
+    getEnvironment("USER", name);
+    return name;
+}
+
+std::string getComputerName() {
+    char name[256] = {};
+    gethostname(name, sizeof name - 1);
+    return name;
+}
+
+uint32_t getProcessId() {
+    return static_cast<uint32_t>(getpid());
+}
+
+int32_t getProcessorCount() {
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed);
+    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0)
+        return CPU_COUNT(&allowed);
+    return 1;
+}
+
+void debugOutput(std::string_view text) {
+    const std::lock_guard guard(debugLock);
+    if (debugWriter)
+        debugWriter(text, debugArgument);
+    else
+        writeToStandardError(text);
+}
+
+void setDebugOutput(DebugWriter writer, void* argument) {
+    const std::lock_guard guard(debugLock);
+    debugWriter = writer;
+    debugArgument = argument;
+}
+
+} // namespace qorl::platform

@@ -1,0 +1,271 @@
+#include "platform/Threads.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <iterator>
+#include <new>
+#include <pthread.h>
+#include <sched.h>
+#include <semaphore.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace qorl::platform {
+
+namespace {
+
+/// What a handle points to. Shared by the holder of the handle and the running thread; the last one deletes
+/// it.
+struct ThreadRecord {
+    ThreadBody body = nullptr;
+    void* argument = nullptr;
+    pthread_t thread = {};
+    std::atomic<pid_t> id = 0;
+    std::atomic<int> owners = 1;
+    std::atomic<bool> isFinished = false; ///< the thread has given up its own share
+    bool isForeign = false;               ///< not started here: cannot be joined
+    bool isJoined = false;
+    sem_t released = {};
+
+    ThreadRecord() { sem_init(&released, 0, 0); }
+    ~ThreadRecord() { sem_destroy(&released); }
+};
+
+void releaseRecord(ThreadRecord* record) {
+    if (--record->owners == 0)
+        delete record;
+}
+
+ThreadRecord* toRecord(ThreadHandle handle) {
+    return reinterpret_cast<ThreadRecord*>(handle);
+}
+
+void* enterThread(void* argument) {
+    auto* record = static_cast<ThreadRecord*>(argument);
+    while (sem_wait(&record->released) != 0) {}
+    record->id = static_cast<pid_t>(syscall(SYS_gettid));
+    const uint32_t code = record->body(record->argument);
+    record->isFinished = true;
+    releaseRecord(record);
+    return reinterpret_cast<void*>(static_cast<uintptr_t>(code));
+}
+
+timespec deadlineAfter(int64_t milliseconds) {
+    timespec deadline = {};
+    clock_gettime(CLOCK_MONOTONIC, &deadline);
+    deadline.tv_sec += milliseconds / 1000;
+    deadline.tv_nsec += (milliseconds % 1000) * 1'000'000;
+    if (deadline.tv_nsec >= 1'000'000'000) {
+        ++deadline.tv_sec;
+        deadline.tv_nsec -= 1'000'000'000;
+    }
+    return deadline;
+}
+
+/// Ends the calling thread in the kernel, with nothing unwound. Its joiner is woken by the kernel.
+void endCallingThread(int) {
+    syscall(SYS_exit, 0);
+}
+
+/// The nice value for a relative priority; the system has no other scale that an ordinary process may use.
+int toNice(int32_t priority) {
+    struct Row {
+        int32_t priority;
+        int nice;
+    };
+    static constexpr Row rows[] = {{-15, 19}, {-2, 10}, {-1, 5}, {0, 0}, {1, -5}, {2, -10}, {15, -20}};
+    const auto* row = std::lower_bound(std::begin(rows), std::end(rows), priority,
+                                       [](const Row& r, int32_t value) { return r.priority < value; });
+    return row == std::end(rows) ? -20 : row->nice;
+}
+
+/// Slots carry the number of their use, so that a value left by an earlier use of the number is not seen.
+constexpr int32_t slotCount = 64;
+
+struct SlotValue {
+    uint32_t use;
+    void* value;
+};
+
+constinit std::mutex slotLock;
+constinit std::atomic<uint32_t> slotUses[slotCount] = {};
+constinit bool isSlotTaken[slotCount] = {};
+thread_local constinit SlotValue slotValues[slotCount] = {};
+
+} // namespace
+
+bool startThread(ThreadBody body, void* argument, const char* name, ThreadHandle& handle) {
+    auto* record = new (std::nothrow) ThreadRecord;
+    if (!record)
+        return false;
+    record->body = body;
+    record->argument = argument;
+    record->owners = 2;
+    handle = reinterpret_cast<ThreadHandle>(record);
+    if (pthread_create(&record->thread, nullptr, enterThread, record) != 0) {
+        delete record;
+        handle = 0;
+        return false;
+    }
+    char shortName[16] = {};
+    for (size_t i = 0; name && i < sizeof shortName - 1 && name[i]; ++i)
+        shortName[i] = name[i];
+    pthread_setname_np(record->thread, shortName);
+    sem_post(&record->released);
+    return true;
+}
+
+bool joinThread(ThreadHandle handle, int64_t milliseconds) {
+    ThreadRecord* record = toRecord(handle);
+    if (!record || record->isForeign)
+        return false;
+    if (record->isJoined)
+        return true;
+    if (milliseconds < 0) {
+        record->isJoined = pthread_join(record->thread, nullptr) == 0;
+    } else {
+        const timespec deadline = deadlineAfter(milliseconds);
+        record->isJoined = pthread_clockjoin_np(record->thread, nullptr, CLOCK_MONOTONIC, &deadline) == 0;
+    }
+    return record->isJoined;
+}
+
+bool terminateThread(ThreadHandle handle) {
+    ThreadRecord* record = toRecord(handle);
+    if (!record || record->isForeign || record->isJoined || pthread_equal(record->thread, pthread_self()))
+        return false;
+    if (joinThread(handle, 0))
+        return false;
+    const int signal = SIGRTMAX - 1;
+    struct sigaction action = {};
+    struct sigaction earlier = {};
+    action.sa_handler = endCallingThread;
+    sigemptyset(&action.sa_mask);
+    if (sigaction(signal, &action, &earlier) != 0)
+        return false;
+    const bool isSent = pthread_kill(record->thread, signal) == 0;
+    const bool hasEnded = isSent && joinThread(handle, 1000);
+    sigaction(signal, &earlier, nullptr);
+    if (hasEnded && !record->isFinished)
+        releaseRecord(record);
+    return hasEnded;
+}
+
+void closeThread(ThreadHandle handle) {
+    ThreadRecord* record = toRecord(handle);
+    if (!record)
+        return;
+    if (!record->isForeign && !record->isJoined)
+        pthread_detach(record->thread);
+    releaseRecord(record);
+}
+
+ThreadHandle openCurrentThread() {
+    auto* record = new (std::nothrow) ThreadRecord;
+    if (!record)
+        return 0;
+    record->thread = pthread_self();
+    record->id = static_cast<pid_t>(syscall(SYS_gettid));
+    record->isForeign = true;
+    return reinterpret_cast<ThreadHandle>(record);
+}
+
+uint32_t currentThreadId() {
+    return static_cast<uint32_t>(syscall(SYS_gettid));
+}
+
+bool setThreadPriority(ThreadHandle handle, int32_t priority) {
+    ThreadRecord* record = toRecord(handle);
+    if (!record || record->isJoined)
+        return false;
+    // A thread that was just started has not told its id yet; it is on its way.
+    pid_t id = record->id;
+    for (int i = 0; id == 0 && i < 1000; ++i) {
+        sched_yield();
+        id = record->id;
+    }
+    if (id == 0)
+        return false;
+    const int base = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
+    const int wanted = std::clamp(base + toNice(priority), -20, 19);
+    if (setpriority(PRIO_PROCESS, static_cast<id_t>(id), wanted) == 0)
+        return true;
+    return priority > 0 && setpriority(PRIO_PROCESS, static_cast<id_t>(id), base) == 0;
+}
+
+bool isNormalPriorityClass() {
+    return getpriority(PRIO_PROCESS, static_cast<id_t>(getpid())) == 0;
+}
+
+void sleepThread(int64_t milliseconds) {
+    if (milliseconds <= 0) {
+        sched_yield();
+        return;
+    }
+    const timespec deadline = deadlineAfter(milliseconds);
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &deadline, nullptr) == EINTR) {}
+}
+
+void Event::set() {
+    const std::lock_guard guard(mutex_);
+    isSet_ = true;
+    // Told under the lock: a waiter may delete the event as soon as it returns.
+    if (kind_ == Reset::automatic)
+        condition_.notify_one();
+    else
+        condition_.notify_all();
+}
+
+void Event::reset() {
+    const std::lock_guard guard(mutex_);
+    isSet_ = false;
+}
+
+bool Event::wait(int64_t milliseconds) {
+    std::unique_lock guard(mutex_);
+    const auto isSet = [this] { return isSet_; };
+    if (milliseconds < 0)
+        condition_.wait(guard, isSet);
+    else if (!condition_.wait_for(guard, std::chrono::milliseconds(milliseconds), isSet))
+        return false;
+    if (kind_ == Reset::automatic)
+        isSet_ = false;
+    return true;
+}
+
+int32_t allocateThreadSlot() {
+    const std::lock_guard guard(slotLock);
+    for (int32_t slot = 0; slot < slotCount; ++slot) {
+        if (isSlotTaken[slot])
+            continue;
+        isSlotTaken[slot] = true;
+        ++slotUses[slot];
+        return slot;
+    }
+    return -1;
+}
+
+void freeThreadSlot(int32_t slot) {
+    if (slot < 0 || slot >= slotCount)
+        return;
+    const std::lock_guard guard(slotLock);
+    isSlotTaken[slot] = false;
+}
+
+void setThreadSlot(int32_t slot, void* value) {
+    if (slot >= 0 && slot < slotCount)
+        slotValues[slot] = {slotUses[slot], value};
+}
+
+void* getThreadSlot(int32_t slot) {
+    if (slot < 0 || slot >= slotCount || slotValues[slot].use != slotUses[slot])
+        return nullptr;
+    return slotValues[slot].value;
+}
+
+} // namespace qorl::platform

@@ -1,0 +1,172 @@
+#include "platform/linux/FileErrors.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string_view>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/sysmacros.h>
+
+namespace qorl::platform {
+
+namespace {
+
+/// One line of the system's table of mounts.
+struct Mount {
+    std::string root;
+    std::string type;
+    std::string device;
+    unsigned major = 0;
+    unsigned minor = 0;
+};
+
+struct TypeRow {
+    std::string_view type;
+    VolumeKind kind;
+};
+
+constexpr TypeRow volumeTypes[] = {
+    {"ext2", VolumeKind::fixed},      {"ext3", VolumeKind::fixed},         {"ext4", VolumeKind::fixed},
+    {"btrfs", VolumeKind::fixed},     {"xfs", VolumeKind::fixed},          {"f2fs", VolumeKind::fixed},
+    {"zfs", VolumeKind::fixed},       {"bcachefs", VolumeKind::fixed},     {"overlay", VolumeKind::fixed},
+    {"ntfs", VolumeKind::fixed},      {"ntfs3", VolumeKind::fixed},        {"fuseblk", VolumeKind::fixed},
+    {"vfat", VolumeKind::fixed},      {"exfat", VolumeKind::fixed},        {"hfsplus", VolumeKind::fixed},
+    {"nfs", VolumeKind::network},     {"nfs4", VolumeKind::network},       {"cifs", VolumeKind::network},
+    {"smb3", VolumeKind::network},    {"fuse.sshfs", VolumeKind::network}, {"9p", VolumeKind::network},
+    {"iso9660", VolumeKind::optical}, {"udf", VolumeKind::optical},        {"tmpfs", VolumeKind::memory},
+    {"ramfs", VolumeKind::memory},
+};
+
+/// The table writes blanks and backslashes as three octal digits.
+std::string unescape(const std::string& text) {
+    std::string result;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool isEscape = text[i] == '\\' && i + 3 < text.size() &&
+                              std::all_of(text.begin() + static_cast<ptrdiff_t>(i) + 1,
+                                          text.begin() + static_cast<ptrdiff_t>(i) + 4,
+                                          [](char c) { return c >= '0' && c <= '7'; });
+        if (!isEscape) {
+            result += text[i];
+            continue;
+        }
+        result += static_cast<char>((text[i + 1] - '0') * 64 + (text[i + 2] - '0') * 8 + (text[i + 3] - '0'));
+        i += 3;
+    }
+    return result;
+}
+
+bool parseMount(const std::string& line, Mount& mount) {
+    std::istringstream words(line);
+    std::string id, parent, device, root, options, word;
+    if (!(words >> id >> parent >> device >> root >> mount.root >> options))
+        return false;
+    while (words >> word && word != "-") {}
+    if (!(words >> mount.type >> mount.device))
+        return false;
+    mount.root = unescape(mount.root);
+    mount.device = unescape(mount.device);
+    char* end = nullptr;
+    mount.major = static_cast<unsigned>(std::strtoul(device.c_str(), &end, 10));
+    mount.minor = *end == ':' ? static_cast<unsigned>(std::strtoul(end + 1, nullptr, 10)) : 0;
+    return true;
+}
+
+std::vector<Mount> readMounts() {
+    std::vector<Mount> mounts;
+    std::ifstream file("/proc/self/mountinfo");
+    for (std::string line; std::getline(file, line);) {
+        Mount mount;
+        if (parseMount(line, mount))
+            mounts.push_back(std::move(mount));
+    }
+    return mounts;
+}
+
+bool isRemovableDevice(const Mount& mount) {
+    const std::string folder =
+        "/sys/dev/block/" + std::to_string(mount.major) + ":" + std::to_string(mount.minor);
+    // A partition has no such file; its disk, one folder up, has.
+    for (const char* place : {"/removable", "/../removable"}) {
+        std::ifstream file(folder + place);
+        int flag = 0;
+        if (file >> flag)
+            return flag == 1;
+    }
+    return false;
+}
+
+VolumeKind kindOf(const Mount& mount) {
+    const auto* row = std::find_if(std::begin(volumeTypes), std::end(volumeTypes),
+                                   [&](const TypeRow& candidate) { return candidate.type == mount.type; });
+    if (row == std::end(volumeTypes))
+        return VolumeKind::unknown;
+    return row->kind == VolumeKind::fixed && isRemovableDevice(mount) ? VolumeKind::removable : row->kind;
+}
+
+FileError fillSizes(const std::string& path, VolumeInfo& info) {
+    struct statvfs status = {};
+    if (statvfs(path.c_str(), &status) != 0)
+        return lastFileError();
+    const auto unit = static_cast<int64_t>(status.f_frsize);
+    info.freeBytes = static_cast<int64_t>(status.f_bavail) * unit;
+    info.totalBytes = static_cast<int64_t>(status.f_blocks) * unit;
+    info.isReadOnly = status.f_flag & ST_RDONLY;
+    return {};
+}
+
+std::string nameOf(const Mount& mount) {
+    if (mount.root == "/")
+        return "/";
+    return mount.root.substr(mount.root.find_last_of('/') + 1);
+}
+
+bool holdsPath(const Mount& mount, const std::string& path) {
+    if (mount.root == "/")
+        return true;
+    return path.starts_with(mount.root) &&
+           (path.size() == mount.root.size() || path[mount.root.size()] == '/');
+}
+
+} // namespace
+
+FileError getVolumeInfo(const std::string& path, VolumeInfo& info) {
+    info = {};
+    if (FileError error = fillSizes(path, info))
+        return error;
+    const std::string whole = getCanonicalPath(path);
+    const std::vector<Mount> mounts = readMounts();
+    const Mount* best = nullptr;
+    // A later mount on the same folder hides the earlier one.
+    for (const Mount& mount : mounts) {
+        if (holdsPath(mount, whole) && (!best || mount.root.size() >= best->root.size()))
+            best = &mount;
+    }
+    if (best) {
+        info.root = best->root;
+        info.name = nameOf(*best);
+        info.kind = kindOf(*best);
+    }
+    return {};
+}
+
+std::vector<VolumeInfo> listVolumes() {
+    std::vector<VolumeInfo> volumes;
+    for (const Mount& mount : readMounts()) {
+        const bool isForUsers = mount.root == "/" || mount.root == "/home" ||
+                                mount.root.starts_with("/media/") || mount.root.starts_with("/mnt/") ||
+                                mount.root.starts_with("/run/media/");
+        VolumeInfo info;
+        if (!isForUsers || fillSizes(mount.root, info))
+            continue;
+        info.root = mount.root;
+        info.name = nameOf(mount);
+        info.kind = kindOf(mount);
+        volumes.push_back(std::move(info));
+    }
+    return volumes;
+}
+
+} // namespace qorl::platform
