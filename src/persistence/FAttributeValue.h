@@ -1,0 +1,138 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+#include "foundation/ConstString.h"
+
+#include <string>
+#include <string_view>
+
+namespace qorl {
+
+class CmString;
+
+/// One value of an attribute list: a number, a text or an object.
+///
+/// Reading converts: a number is parsed out of a text, a text comes in the asked width. Setting a value
+/// releases the one before. 24 bytes; numbers allocate nothing.
+class FAttributeValue : public CmObject {
+    QORL_CLASS(FAttributeValue, CmObject)
+    QORL_CLONE(FAttributeValue)
+    QORL_RECORD(FAttributeValue)
+
+public:
+    enum Flag : uint16_t {
+        integer = 0x0001,
+        object = 0x0002,
+        real = 0x0004,
+        string = 0x0008,
+        /// An object that is retained; a text that somebody else owns.
+        referenced = 0x0010,
+        /// An object whose reference was taken over.
+        adopted = 0x0020,
+        /// Entry flags stay when the value changes; the first hides the entry from conversions.
+        entryFlag1 = 0x0040,
+        entryFlag2 = 0x0080,
+        interfacePointer = 0x0100,
+        foreign = 0x0200,
+        wide = 0x0400,
+        untracked = 0x0800,
+
+        kindMask = 0x030F,
+        keptMask = 0x08C0,
+    };
+    /// How `setObject` holds its object.
+    enum class Hold : int32_t { plain = 0, adopt = 1, retain = 2 };
+
+    FAttributeValue() = default;
+    FAttributeValue(const FAttributeValue& other);
+    FAttributeValue(FAttributeValue&& other) noexcept;
+    FAttributeValue& operator=(const FAttributeValue& other);
+    FAttributeValue& operator=(FAttributeValue&& other) noexcept;
+    ~FAttributeValue() override;
+
+    uint16_t flags() const { return flags_; }
+    uint16_t kind() const { return flags_ & kindMask; }
+    bool isInteger() const { return flags_ & integer; }
+    bool isFloat() const { return flags_ & real; }
+    bool isString() const { return flags_ & string; }
+    bool isObject() const { return flags_ & object; }
+    bool isWide() const { return flags_ & wide; }
+    void setEntryFlags(uint16_t flags) {
+        flags_ = static_cast<uint16_t>((flags_ & ~keptMask) | (flags & keptMask));
+    }
+    void setForeign() { flags_ |= foreign; }
+
+    void setInteger(int64_t value);
+    void setFloat(double value);
+    /// Copies the text, keeping its width.
+    void setString(const ConstString& text);
+    /// Refers to a terminated text that must outlive the value.
+    void referToText(const char* text);
+    void referToText(const char16_t* text);
+    void setObject(CmObject* value, Hold hold);
+    void setInterface(FInterface* value, Hold hold);
+    void clear();
+
+    /// A number of the other kind is converted, a text parsed; 0 without either.
+    int64_t getInteger() const;
+    double getFloat() const;
+    /// Null when there is no text. An owned text is converted in place.
+    const char* getText8() const;
+    const char16_t* getText16() const;
+    /// A view of the text in its stored width, also of an object that is a `CmString`; empty without one.
+    ConstString getString() const;
+    /// Null for other kinds.
+    CmObject* getObject() const;
+    FInterface* getInterface() const;
+
+private:
+    void drop();
+    void replace(uint16_t newFlags, int64_t newValue);
+    CmString* ownedString() const;
+    template <typename T>
+    T* pointer() const {
+        return reinterpret_cast<T*>(value_);
+    }
+
+    uint16_t flags_ = 0;
+    int64_t value_ = 0;
+};
+
+/// An entry whose key is a text.
+class FStringIDAttribute : public FAttributeValue {
+    QORL_CLASS(FStringIDAttribute, FAttributeValue)
+    QORL_CLONE(FStringIDAttribute)
+    QORL_RECORD(FStringIDAttribute)
+
+public:
+    /// Construction flags become entry flags: 1 the first, 2 the second, 8 untracked.
+    explicit FStringIDAttribute(std::string_view key = {}, uint32_t constructionFlags = 0);
+
+    const std::string& key() const { return key_; }
+
+    bool isEqual(const CmObject* other) const override;
+    int32_t compare(const CmObject* other) const override;
+
+private:
+    std::string key_;
+};
+
+/// An entry whose key is a number.
+class FIntIDAttribute : public FAttributeValue {
+    QORL_CLASS(FIntIDAttribute, FAttributeValue)
+    QORL_CLONE(FIntIDAttribute)
+    QORL_RECORD(FIntIDAttribute)
+
+public:
+    explicit FIntIDAttribute(uint32_t key = 0, uint32_t constructionFlags = 0);
+
+    uint32_t key() const { return key_; }
+
+    bool isEqual(const CmObject* other) const override;
+    int32_t compare(const CmObject* other) const override;
+
+private:
+    uint32_t key_;
+};
+
+} // namespace qorl

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "foundation/CmString.h"
+#include "persistence/FAttributes.h"
+
+namespace qorl {
+
+/// An object in stored form: a number that names it within its document, and a way to the object and its
+/// attributes.
+class FXmlObject : public CmObject {
+    QORL_CLASS(FXmlObject, CmObject)
+
+public:
+    explicit FXmlObject(uint64_t id) : id_(id) {}
+
+    uint64_t id() const { return id_; }
+
+    /// By number.
+    bool isEqual(const CmObject* other) const override;
+    int32_t compare(const CmObject* other) const override;
+    uint32_t hashCode(uint32_t size) const override;
+
+    /// The live object, created now if it wasn't before; null when its class is unknown or it could not be
+    /// restored. The caller gets no reference.
+    virtual CmObject* getObject() = 0;
+    virtual FAttributes* getAttributes() = 0;
+    virtual bool isClass(const char* className) const = 0;
+
+private:
+    uint64_t id_;
+};
+
+/// A stored object with its class and its attributes. It becomes a live object when somebody asks for it.
+class FXmlInstance : public FXmlObject {
+    QORL_CLASS(FXmlInstance, FXmlObject)
+
+public:
+    FXmlInstance(uint64_t id, const ConstString& className, Ref<FAttributes> attributes);
+
+    const CmString& className8() const { return className_; }
+    bool hasObject() const { return object_.get() != nullptr; }
+
+    CmObject* getObject() override;
+    FAttributes* getAttributes() override { return attributes_.get(); }
+    bool isClass(const char* className) const override;
+
+private:
+    Ref<CmObject> object_;
+    Ref<FAttributes> attributes_;
+    CmString className_;
+};
+
+/// A place that names an object by its number; bound to it once everything is read.
+class FXmlReference : public FXmlObject {
+    QORL_CLASS(FXmlReference, FXmlObject)
+
+public:
+    explicit FXmlReference(uint64_t id) : FXmlObject(id) {}
+    explicit FXmlReference(FXmlInstance* target) : FXmlObject(target->id()), target_(retain(target)) {}
+
+    void bind(FXmlInstance* target) { target_ = retain(target); }
+    FXmlInstance* target() const { return target_.get(); }
+
+    /// Without a target: null, null and false.
+    CmObject* getObject() override { return target_ ? target_->getObject() : nullptr; }
+    FAttributes* getAttributes() override { return target_ ? target_->getAttributes() : nullptr; }
+    bool isClass(const char* className) const override { return target_ && target_->isClass(className); }
+
+private:
+    Ref<FXmlInstance> target_;
+};
+
+} // namespace qorl

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+#include <qorl/IXmlParser.h>
+
+#include <string>
+#include <string_view>
+
+struct XML_ParserStruct;
+
+namespace qorl {
+
+/// A place in a document. Lines and columns count from 1, a column being one character; bytes count from 0.
+struct XmlPosition {
+    int64_t line = 1;
+    int64_t column = 1;
+    int64_t byteOffset = 0;
+};
+
+/// Reads XML with Expat, piece by piece, and tells a handler what it finds.
+///
+/// Names, values and texts reach the handler as Expat holds them, without a copy. Documents are untrusted:
+/// size, depth and the length of one tag are limited, entities from outside are never read, and entities that
+/// blow up are refused. Threading: one thread at a time.
+class FXmlParser2 : public CmObject, public IXmlParser {
+    QORL_CLASS(FXmlParser2, CmObject)
+    QORL_FACES(FXmlParser2, CmObject, IXmlParser)
+
+public:
+    struct Limits {
+        int64_t documentBytes = int64_t{64} << 20;
+        /// Open elements at one time.
+        int32_t depth = 1000;
+        /// One tag with its attributes, one comment, one piece of text.
+        int64_t tokenBytes = int64_t{8} << 20;
+    };
+
+    FXmlParser2();
+    FXmlParser2(const FXmlParser2&) = delete;
+    ~FXmlParser2() override;
+
+    void setLimits(const Limits& limits) { limits_ = limits; }
+    const Limits& limits() const { return limits_; }
+
+    void setHandler(IXmlHandler* handler) override { handler_ = handler; }
+    bool parse(IBStream* stream) override;
+    /// The same for a whole document in memory, which must outlive the call.
+    bool parse(std::string_view document);
+    void stop() override;
+    /// As `stop`, with a fault of the caller's own: `message` becomes the error text, at the current
+    /// position.
+    void stop(std::string message);
+    bool suspend() override;
+    bool resume(IBStream* stream) override;
+    bool reset(const char* encoding) override;
+    bool setEncoding(const char* encoding) override;
+    void getErrorText(FInterface* text) override;
+
+    /// Where the event that the handler hears begins. Asking costs nothing beyond a look at the bytes since
+    /// the last time that somebody asked, and nothing at all for the byte offset alone.
+    XmlPosition position() const;
+    int64_t byteOffset() const;
+    /// Open elements, the one that begins or ends included.
+    int32_t depth() const { return depth_; }
+
+    bool hasFailed() const { return failed_; }
+    /// What went wrong, without position; empty when nothing did.
+    const std::string& errorMessage() const { return errorMessage_; }
+    /// Where the error was found.
+    XmlPosition errorPosition() const { return errorPosition_; }
+
+private:
+    struct Callbacks;
+
+    bool feed(IBStream* stream);
+    bool finishPiece(int32_t status, int64_t count, IBStream* stream);
+    bool endBehindDocument(IBStream* stream);
+    bool checkGrowth();
+    bool fail(std::string message);
+    bool failFromExpat();
+    void installCallbacks();
+
+    XML_ParserStruct* parser_;
+    IXmlHandler* handler_ = nullptr;
+    Limits limits_;
+    int64_t bytesRead_ = 0;
+    int32_t depth_ = 0;
+    bool failed_ = false;
+    XmlPosition errorPosition_;
+    std::string errorMessage_;
+    int32_t errorCode_ = 0;
+};
+
+} // namespace qorl
