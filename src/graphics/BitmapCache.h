@@ -2,7 +2,6 @@
 
 #include "foundation/ClassMacros.h"
 #include "foundation/FObject.h"
-
 #include <qorl/Ref.h>
 
 #include <string>

@@ -2,7 +2,6 @@
 
 #include "graphics/DrawTypes.h"
 #include "graphics/LineStyle.h"
-
 #include <qorl/FInterface.h>
 #include <qorl/Ref.h>
 
@@ -32,13 +31,13 @@ public:
     /// `matrix` maps the path before the current matrix does; null for none.
     virtual Result drawPath(GraphicsPath* path, DrawMode mode, const TransformMatrix* matrix) = 0;
     /// `alignment` as in `TextAlignment`, `color` as 0xAARRGGBB. The text is not clipped to the rectangle.
-    virtual Result drawString(std::u16string_view text, const DrawRect& rect, GraphicsFont* font, uint32_t color,
-                              int32_t alignment) = 0;
+    virtual Result drawString(std::u16string_view text, const DrawRect& rect, GraphicsFont* font,
+                              uint32_t color, int32_t alignment) = 0;
     /// `source` in pixels of the image; null for all of it. One pixel of the image becomes one logical pixel.
     virtual Result drawBitmap(GraphicsImage* image, DrawPoint point, const DrawRect* source) = 0;
     /// `alpha` from 0 to 1.
-    virtual Result drawBitmapStretched(GraphicsImage* image, const DrawRect& destination, const DrawRect& source,
-                                       double alpha, Interpolation interpolation) = 0;
+    virtual Result drawBitmapStretched(GraphicsImage* image, const DrawRect& destination,
+                                       const DrawRect& source, double alpha, Interpolation interpolation) = 0;
     /// Makes the pixels transparent.
     virtual Result clearRect(const DrawRect& rect) = 0;
     virtual Result setDrawAntialiased(bool antialiased) = 0;

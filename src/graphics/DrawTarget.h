@@ -2,7 +2,6 @@
 
 #include "foundation/ClassMacros.h"
 #include "graphics/GraphicsImage.h"
-
 #include <qorl/FInterface.h>
 
 namespace qorl {
@@ -26,8 +25,9 @@ protected:
 
 /// A draw target of pixels in memory: what windows paint into before the platform shows it.
 ///
-/// The pixels are its own, or memory that somebody else keeps for as long as it is attached (a window's surface).
-/// Own pixels start transparent. Keep the object from paint to paint: attaching the same memory again is free.
+/// The pixels are its own, or memory that somebody else keeps for as long as it is attached (a window's
+/// surface). Own pixels start transparent. Keep the object from paint to paint: attaching the same memory
+/// again is free.
 class SurfaceTarget final : public FObject, public DrawTarget {
     QORL_CLASS(SurfaceTarget, FObject)
     QORL_FACES(SurfaceTarget, FObject, DrawTarget)
@@ -39,7 +39,8 @@ public:
 
     /// Gives it own pixels of this size; the old contents are gone. False when there is no memory.
     bool resize(CmSize size);
-    /// Draws into memory of the caller from now on, with the scale factor that it says. False when it is empty.
+    /// Draws into memory of the caller from now on, with the scale factor that it says. False when it is
+    /// empty.
     bool attach(const platform::PixelSurface& memory);
 
     CmSize getSize() const;

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "foundation/ClassMacros.h"
-#include "foundation/FObject.h"
 #include "foundation/ConstString.h"
+#include "foundation/FObject.h"
 #include "graphics/DrawTypes.h"
-
 #include <qorl/Ref.h>
 
 #include <string>

@@ -4,7 +4,6 @@
 #include "foundation/FObject.h"
 #include "graphics/DrawTypes.h"
 #include "platform/PixelSurface.h"
-
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
 
@@ -20,8 +19,8 @@ public:
     virtual int32_t getWidth() const = 0;
     virtual int32_t getHeight() const = 0;
 
-    /// The pixels to read and write, until `unlockPixels`. Do not draw into or from the image in between. Empty
-    /// when the image has none to show.
+    /// The pixels to read and write, until `unlockPixels`. Do not draw into or from the image in between.
+    /// Empty when the image has none to show.
     virtual platform::PixelSurface lockPixels() = 0;
     virtual void unlockPixels() = 0;
 

@@ -7,7 +7,8 @@ namespace qorl {
 enum class LineCap : uint32_t { butt = 0, round = 1, square = 2 };
 enum class LineJoin : uint32_t { miter = 0, round = 1, bevel = 2 };
 
-/// How lines end, meet and are broken into dashes. Pens hold it by pointer; lengths are in pen widths' pixels.
+/// How lines end, meet and are broken into dashes. Pens hold it by pointer; lengths are in pen widths'
+/// pixels.
 struct LineStyle {
     static constexpr uint32_t maximumDashes = 12;
 

@@ -3,7 +3,6 @@
 #include "foundation/ClassMacros.h"
 #include "foundation/FObject.h"
 #include "graphics/DrawBackEnd.h"
-
 #include <qorl/Geometry.h>
 
 namespace qorl {
@@ -33,8 +32,8 @@ public:
     Result drawString(std::u16string_view text, const DrawRect& rect, GraphicsFont* font, uint32_t color,
                       int32_t alignment) override;
     Result drawBitmap(GraphicsImage* image, DrawPoint point, const DrawRect* source) override;
-    Result drawBitmapStretched(GraphicsImage* image, const DrawRect& destination, const DrawRect& source, double alpha,
-                               Interpolation interpolation) override;
+    Result drawBitmapStretched(GraphicsImage* image, const DrawRect& destination, const DrawRect& source,
+                               double alpha, Interpolation interpolation) override;
     Result clearRect(const DrawRect& rect) override;
     Result setDrawAntialiased(bool antialiased) override;
     Result setPenColor(uint32_t color) override;

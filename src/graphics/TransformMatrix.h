@@ -21,7 +21,9 @@ struct TransformMatrix {
 
     /// The map that does `first`, then this.
     TransformMatrix after(const TransformMatrix& first) const;
-    constexpr DrawPoint map(DrawPoint p) const { return {m11 * p.x + m21 * p.y + dx, m12 * p.x + m22 * p.y + dy}; }
+    constexpr DrawPoint map(DrawPoint p) const {
+        return {m11 * p.x + m21 * p.y + dx, m12 * p.x + m22 * p.y + dy};
+    }
 
     /// Whether rectangles stay upright rectangles.
     constexpr bool isUpright() const { return m12 == 0 && m21 == 0; }

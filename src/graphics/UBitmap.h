@@ -61,8 +61,8 @@ public:
     UBitmap& operator=(const UBitmap&) = delete;
     ~UBitmap() override;
 
-    /// Decodes an image file. Null, and the reason in `error`, when it is broken, of no known kind, or beyond the
-    /// limits of `BitmapFactory`.
+    /// Decodes an image file. Null, and the reason in `error`, when it is broken, of no known kind, or beyond
+    /// the limits of `BitmapFactory`.
     static Ref<UBitmap> fromFile(std::span<const std::byte> file, std::string& error);
     /// Encodes as a PNG file. Empty without an image.
     std::vector<std::byte> toPng();
@@ -73,8 +73,8 @@ public:
     virtual UBitmap* getSourceBitmap();
     /// The bitmap whose pixels these are, at the end of all delegation.
     virtual UBitmap* getRootBitmap();
-    /// A bitmap of a part, which shares the pixels where the back end can. Null when the rectangle is empty or
-    /// reaches outside.
+    /// A bitmap of a part, which shares the pixels where the back end can. Null when the rectangle is empty
+    /// or reaches outside.
     virtual Ref<UBitmap> createSection(const CmRect& rect);
 
     CmSize getSize() { return {getWidth(), getHeight()}; }
@@ -82,7 +82,8 @@ public:
 
     // Variants: null without an image or for a size that is empty or not allowed.
     Ref<UBitmap> getScaled(CmSize size, Interpolation kind);
-    /// Nine parts: corners as they are, edges and centre filled to the size. `margins` are widths, not places.
+    /// Nine parts: corners as they are, edges and centre filled to the size. `margins` are widths, not
+    /// places.
     Ref<UBitmap> getWoven(CmSize size, WeaveKind kind, const CmRect& margins);
     /// `gray` 1 takes all colour away; `alpha` multiplies.
     Ref<UBitmap> getDesaturated(float gray, float alpha);

@@ -11,10 +11,39 @@ class UColor;
 
 /// The colours of the standard table, in its order.
 enum class StandardColor : int32_t {
-    black, white, gray5, gray10, gray20, gray30, gray40, gray50, gray60, gray70, gray80, gray90,
-    red, lightred, darkred, green, lightgreen, darkgreen, blue, lightblue, darkblue,
-    magenta, lightmagenta, darkmagenta, yellow, lightyellow, darkyellow, orange, lightorange, darkorange,
-    gold, black50, black70,
+    black,
+    white,
+    gray5,
+    gray10,
+    gray20,
+    gray30,
+    gray40,
+    gray50,
+    gray60,
+    gray70,
+    gray80,
+    gray90,
+    red,
+    lightred,
+    darkred,
+    green,
+    lightgreen,
+    darkgreen,
+    blue,
+    lightblue,
+    darkblue,
+    magenta,
+    lightmagenta,
+    darkmagenta,
+    yellow,
+    lightyellow,
+    darkyellow,
+    orange,
+    lightorange,
+    darkorange,
+    gold,
+    black50,
+    black70,
 };
 
 constexpr int32_t standardColorCount = 33;
@@ -24,8 +53,8 @@ using NamedColorLookup = bool (*)(std::string_view name, UColor& color);
 
 /// A colour of four 16-bit channels; an 8-bit value v is held as v shifted left by 8. Not premultiplied.
 ///
-/// Colours are equal when the upper 8 bits of each channel are. Threading: as a plain value; the named look-up
-/// is set and asked on the GUI thread.
+/// Colours are equal when the upper 8 bits of each channel are. Threading: as a plain value; the named
+/// look-up is set and asked on the GUI thread.
 class UColor : public CmObject {
     QORL_CLASS(UColor, CmObject)
     QORL_RECORD(UColor)
@@ -68,8 +97,8 @@ public:
     }
     Hsl toHsl() const noexcept;
 
-    /// Reads "#RRGGBB", "#RRGGBBAA", "$hue saturation lightness alpha", "undefined", a standard name, then what
-    /// the named look-up knows. False, and this is unchanged, when none of them fits.
+    /// Reads "#RRGGBB", "#RRGGBBAA", "$hue saturation lightness alpha", "undefined", a standard name, then
+    /// what the named look-up knows. False, and this is unchanged, when none of them fits.
     bool parse(std::string_view text);
     /// The same without named colours of a scheme.
     bool parseStandard(std::string_view text);
@@ -112,8 +141,8 @@ inline UColor UColor::fromBytes(uint8_t red, uint8_t green, uint8_t blue, uint8_
 }
 
 inline UColor UColor::fromPacked(uint32_t argb) noexcept {
-    return fromBytes(static_cast<uint8_t>(argb >> 16), static_cast<uint8_t>(argb >> 8), static_cast<uint8_t>(argb),
-                     static_cast<uint8_t>(argb >> 24));
+    return fromBytes(static_cast<uint8_t>(argb >> 16), static_cast<uint8_t>(argb >> 8),
+                     static_cast<uint8_t>(argb), static_cast<uint8_t>(argb >> 24));
 }
 
 } // namespace qorl

@@ -9,7 +9,6 @@
 #include "graphics/UBrush.h"
 #include "graphics/UFont.h"
 #include "graphics/UPen.h"
-
 #include <qorl/Geometry.h>
 
 #include <span>
@@ -20,9 +19,9 @@ class UBitmap;
 
 /// What all drawing goes through, for the duration of one paint.
 ///
-/// It keeps pen, brush, font, clip and pen position and sends them to the back end only when something is drawn.
-/// Coordinates are logical pixels. Without a back end, or with an empty clip, drawing does nothing; measuring
-/// still works. A device must not outlive its target. Threading: the thread of the paint.
+/// It keeps pen, brush, font, clip and pen position and sends them to the back end only when something is
+/// drawn. Coordinates are logical pixels. Without a back end, or with an empty clip, drawing does nothing;
+/// measuring still works. A device must not outlive its target. Threading: the thread of the paint.
 class UDrawDevice {
 public:
     /// Far beyond any screen: no clip.
@@ -32,8 +31,8 @@ public:
     UDrawDevice() = default;
     /// Opens `target` for drawing and closes it in the destructor.
     explicit UDrawDevice(DrawTarget* target);
-    /// Draws through a device that is open, at `origin` in its coordinates and larger by the factors. The other
-    /// device must stay until this one is gone.
+    /// Draws through a device that is open, at `origin` in its coordinates and larger by the factors. The
+    /// other device must stay until this one is gone.
     UDrawDevice(UDrawDevice& outer, CmPoint origin, int32_t factorX = 1, int32_t factorY = 1);
     /// Draws through a back end that somebody else has opened.
     explicit UDrawDevice(Ref<DrawBackEnd> backEnd);

@@ -2,7 +2,6 @@
 
 #include "graphics/GraphicsFont.h"
 #include "graphics/UColor.h"
-
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
 

@@ -44,8 +44,8 @@ public:
     bool isEqual(const CmObject* other) const override;
     uint32_t hashCode(uint32_t size) const override;
     friend bool operator==(const UPen& a, const UPen& b) noexcept {
-        return a.color_ == b.color_ && a.width_ == b.width_ && a.antialiased_ == b.antialiased_ && a.kind_ == b.kind_ &&
-               sameStyle(a.lineStyle_.get(), b.lineStyle_.get());
+        return a.color_ == b.color_ && a.width_ == b.width_ && a.antialiased_ == b.antialiased_ &&
+               a.kind_ == b.kind_ && sameStyle(a.lineStyle_.get(), b.lineStyle_.get());
     }
 
 private:
