@@ -93,8 +93,8 @@ public:
 
     // Opening and closing.
 
-    void show() override;
-    void hide() override;
+    bool show() override;
+    bool hide() override;
     bool isOpen() const;
     /// Posts the close, so that it happens when the present dispatch is over.
     void closeDeferred();
@@ -180,7 +180,7 @@ public:
 
     // Overrides of UView.
 
-    void invalidate(const CmRect& rect) override;
+    bool invalidate(const CmRect& rect) override;
 
 protected:
     ~UWindow() override;
