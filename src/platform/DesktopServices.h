@@ -3,6 +3,7 @@
 #include "platform/PixelSurface.h"
 #include "platform/PlatformCursor.h"
 #include "platform/PlatformWindow.h"
+
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
 

@@ -4,6 +4,7 @@
 #include "platform/PlatformEvents.h"
 #include "platform/Region.h"
 #include "platform/WindowStyle.h"
+
 #include <qorl/FInterface.h>
 #include <qorl/Geometry.h>
 

@@ -1,0 +1,63 @@
+#include "platform/Platform.h"
+
+#include "platform/DesktopServices.h"
+#include "platform/System.h"
+#include "platform/headless/HeadlessDesktop.h"
+
+#include <memory>
+
+namespace qorl::platform {
+
+namespace {
+
+constinit DesktopServices* services = nullptr;
+
+std::unique_ptr<DesktopServices> createX11(std::string& error) {
+    std::string display;
+    if (!getEnvironment("DISPLAY", display) || display.empty()) {
+        error = "no display: the environment variable DISPLAY is not set";
+        return nullptr;
+    }
+    error = "no display: this build reaches none";
+    return nullptr;
+}
+
+} // namespace
+
+bool start(Backend backend, std::string& error) {
+    const std::string_view wanted = backend == Backend::headless ? "headless" : "x11";
+    if (services) {
+        if (services->getName() == wanted)
+            return true;
+        error = "a desktop is running already: " + std::string(services->getName());
+        return false;
+    }
+    std::unique_ptr<DesktopServices> made;
+    if (backend == Backend::headless)
+        made = std::make_unique<HeadlessDesktop>();
+    else
+        made = createX11(error);
+    services = made.release();
+    return services != nullptr;
+}
+
+bool start(DesktopServices* made) {
+    if (services) {
+        delete made;
+        return false;
+    }
+    services = made;
+    return services != nullptr;
+}
+
+void stop() {
+    // Windows that close last may still ask for the desktop.
+    delete services;
+    services = nullptr;
+}
+
+DesktopServices* desktop() {
+    return services;
+}
+
+} // namespace qorl::platform
