@@ -1,0 +1,130 @@
+#include "skin/SkinAttributeReader.h"
+
+#include "skin/SizeExpression.h"
+
+#include <charconv>
+#include <cstring>
+
+namespace qorl {
+
+namespace {
+
+int64_t packPoint(CmPoint point) {
+    return static_cast<int64_t>(static_cast<uint64_t>(static_cast<uint32_t>(point.x)) << 32 |
+                                static_cast<uint32_t>(point.y));
+}
+
+CmPoint parsePoint(std::string_view text) {
+    int32_t numbers[2] = {};
+    parseInts(text, numbers, 2);
+    return {numbers[0], numbers[1]};
+}
+
+int64_t parseOpacity(std::string_view text) {
+    if (text.empty() || text.front() != '#')
+        return parseInt(text);
+    uint32_t number = 0;
+    std::from_chars(text.data() + 1, text.data() + text.size(), number, 16);
+    return number;
+}
+
+size_t slotOf(const KeywordSet& set, std::string_view text, size_t slots) {
+    size_t hash = reinterpret_cast<uintptr_t>(&set) / sizeof(KeywordSet) + text.size() * 7;
+    hash += static_cast<uint8_t>(text.front()) * 31u + static_cast<uint8_t>(text.back()) * 17u;
+    hash += static_cast<uint8_t>(text[text.size() / 2]) * 5u;
+    return hash % slots;
+}
+
+std::string quoted(std::string_view text) {
+    return "'" + std::string(text.substr(0, 80)) + "'";
+}
+
+std::string tag(SkinType type) {
+    return "<" + std::string(nameOf(type)) + ">";
+}
+
+} // namespace
+
+void SkinAttributeReader::begin(const char* const* attributes, SkinType type, SourceMark mark) {
+    rest_ = attributes;
+    type_ = type;
+    mark_ = mark;
+}
+
+void SkinAttributeReader::report(Severity severity, std::string text) {
+    if (sink_)
+        sink_->report(mark_.finding(severity, std::move(text)));
+}
+
+AttributeValue SkinAttributeReader::keepForeign(std::string_view name, std::string_view text) {
+    const std::string_view kept = store_.keep(text);
+    AttributeValue value{kept.data(), {}, static_cast<uint32_t>(kept.size()), SkinAttribute::foreign};
+    value.name = store_.keep(name).data();
+    return value;
+}
+
+AttributeValue SkinAttributeReader::convert(SkinStore& store, SkinType type, SkinAttribute attribute,
+                                            std::string_view text) {
+    const std::string_view kept = store.keep(text);
+    AttributeValue value{kept.data(), {}, static_cast<uint32_t>(kept.size()), attribute};
+    value.number = 0;
+    const AttributeRule& rule = ruleOf(type, attribute);
+    switch (rule.form) {
+    case AttributeForm::integer: value.number = parseInt(kept); break;
+    case AttributeForm::point: value.number = packPoint(parsePoint(kept)); break;
+    case AttributeForm::opacity: value.number = parseOpacity(kept); break;
+    case AttributeForm::keywords: value.number = parseKeywords(*rule.keywords, kept).value; break;
+    case AttributeForm::text:
+    case AttributeForm::illegal: break;
+    }
+    return value;
+}
+
+void SkinAttributeReader::reportUnknownWords(const KeywordSet& set, std::string_view text) {
+    size_t position = 0;
+    for (auto word = nextKeyword(text, position); !word.empty(); word = nextKeyword(text, position))
+        if (!hasKeyword(set, word))
+            report(Severity::warning,
+                   tag(type_) + " knows no " + std::string(nameOf(value_.attribute)) + " " + quoted(word));
+}
+
+void SkinAttributeReader::convertKeywords(const KeywordSet& set, std::string_view text,
+                                          AttributeValue& value) {
+    value.number = 0;
+    if (text.empty()) {
+        value.text = "";
+        return;
+    }
+    CachedKeywords& cached = cache_[slotOf(set, text, cacheSize)];
+    if (cached.set != &set || cached.text != text)
+        cached = {&set, store_.keep(text), parseKeywords(set, text)};
+    value.text = cached.text.data();
+    value.number = cached.value.value;
+    if (cached.value.hasUnknown)
+        reportUnknownWords(set, text);
+}
+
+const AttributeValue* SkinAttributeReader::next() {
+    if (!*rest_)
+        return nullptr;
+    const std::string_view name = rest_[0];
+    const std::string_view text = rest_[1];
+    rest_ += 2;
+    const SkinAttribute attribute = findSkinAttribute(name);
+    const AttributeRule& rule = ruleOf(type_, attribute);
+    if (rule.form == AttributeForm::illegal) {
+        if (!traitsOf(type_).keepsUnknown)
+            report(Severity::warning, tag(type_) + " has no attribute " + quoted(name));
+        value_ = keepForeign(name, text);
+        return &value_;
+    }
+    if (rule.form != AttributeForm::keywords) {
+        value_ = convert(store_, type_, attribute, text);
+        return &value_;
+    }
+    value_ = {text.data(), {}, static_cast<uint32_t>(text.size()), attribute};
+    convertKeywords(*rule.keywords, text, value_);
+    return &value_;
+}
+
+} // namespace qorl

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// What a skin document may ask for. Documents are untrusted: at each of these bounds loading or building
+/// stops with an error that names the element.
+namespace qorl::SkinLimits {
+
+/// Bytes of a document, included files counted in.
+inline constexpr int64_t documentBytes = int64_t{64} << 20;
+/// Bytes of one tag, comment or processing instruction.
+inline constexpr int64_t tokenBytes = int64_t{1} << 20;
+/// Bytes of element records and their texts.
+inline constexpr size_t recordBytes = size_t{256} << 20;
+/// Elements inside each other in one file.
+inline constexpr int32_t nesting = 256;
+inline constexpr int32_t attributesOfElement = 128;
+
+/// The document itself is level 0.
+inline constexpr int32_t includeLevel = 2;
+inline constexpr int32_t includedFiles = 1000;
+
+/// Siblings that a size expression may go through.
+inline constexpr int32_t sizeDepth = 10;
+/// Operands and siblings looked at while all size expressions of a document are evaluated.
+inline constexpr int64_t sizeSteps = 4'000'000;
+
+/// Rounds of one `for` element.
+inline constexpr int64_t loopRounds = 100'000;
+/// Elements, templates inside templates counted in, that the builder stands inside of.
+inline constexpr int32_t buildDepth = 400;
+/// Elements and loop rounds that one build may go through.
+inline constexpr int64_t buildSteps = 1'000'000;
+/// Views that one build may make.
+inline constexpr int32_t builtViews = 200'000;
+
+/// Bytes of a text after its variables were put in.
+inline constexpr size_t substitutedBytes = 64 * 1024;
+
+/// Findings that are kept of one load or build; the last one says that there are more.
+inline constexpr size_t diagnostics = 1000;
+
+} // namespace qorl::SkinLimits

@@ -1,0 +1,147 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+#include "foundation/Diagnostic.h"
+#include "persistence/FFileSystem.h"
+#include "persistence/FUrl.h"
+#include "skin/ResourceElement.h"
+#include "skin/ViewElement.h"
+
+#include <qorl/Ref.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qorl {
+
+class UBitmap;
+class UBitmapCollection;
+class UColor;
+class UIWizard;
+class UScheme;
+
+/// A skin document: its resources, colours, numbers and named view templates, as a tree of element records.
+///
+/// It answers look-ups by name and makes resources on demand; it builds no views. Elements, and what look-ups
+/// give, are owned by the document. Missing things are null, never an error. Threading: the thread that loads
+/// it, then the user-interface thread.
+class UIDescription : public CmObject, public SkinContext {
+    QORL_CLASS(UIDescription, CmObject)
+
+public:
+    /// How documents are read, one word for the process.
+    enum Option : uint32_t {
+        resetScheme = 1,  ///< The main scheme takes its defaults before a document is loaded or reloaded.
+        keepComments = 2, ///< Comments become records.
+        followIncludes = 4,
+        sortSections = 8, ///< Templates and resources are ordered by name.
+        reserved = 0x10,
+    };
+    static uint32_t options() { return options_; }
+    static void setOptions(uint32_t options) { options_ = options; }
+
+    enum class Section : uint8_t { header, resources, scheme, scripts, definitions, templates };
+
+    /// An empty document with elements in `store`, or in a store of its own.
+    explicit UIDescription(Ref<SkinStore> store = nullptr);
+    ~UIDescription() override;
+
+    SkinElement& root() { return *root_; }
+    /// Made on first use.
+    SkinElement& section(Section section);
+    /// Null if the document has none.
+    SkinElement* peekSection(Section section) const { return sections_[static_cast<size_t>(section)]; }
+    const Ref<SkinStore>& sharedStore() const { return store_; }
+    /// Templates alone, without a skin around them.
+    bool isFragment() const { return isFragment_; }
+    void setFragment(bool fragment) { isFragment_ = fragment; }
+
+    FFileSystem* fileSystem() const { return fileSystem_.get(); }
+    const FUrl& baseUrl() const { return baseUrl_; }
+    void setLocation(Ref<FFileSystem> fileSystem, const FUrl& baseUrl);
+
+    ViewElement* findTemplate(std::string_view name);
+    bool findDefine(std::string_view name, int32_t& value) override;
+    bool findColor(std::string_view name, UColor& color);
+    /// Adds an entry if there is none.
+    void setColor(std::string_view name, const UColor& color);
+
+    /// The bitmap of a `bitmap`, `filmstrip`, `dbitmap` or `section`. With `cached` it stays with the
+    /// element.
+    UBitmap* findBitmap(std::string_view name, bool cached = true);
+    UBitmapCollection* findBitmapCollection(std::string_view name);
+    SkinElement* findPropertyCollection(std::string_view name);
+    SkinElement* findTagList(std::string_view name);
+    SkinElement* findCursor(std::string_view name);
+    SkinElement* findAnimation(std::string_view name);
+    SkinElement* findBitmapFont(std::string_view name);
+    SkinElement* findCustomSettings(std::string_view name);
+    /// The element only; scripts are compiled by whoever runs them.
+    ScriptElement* findScript(std::string_view name);
+
+    /// `info` elements first, then the paths of `bitmap` elements of the header.
+    bool getInfo(std::string_view name, std::string& text);
+    bool setInfo(std::string_view name, std::string_view text, bool create);
+
+    /// Copies the `scheme` section to `scheme`, or to the main scheme if that is null.
+    void applyScheme(UScheme* scheme);
+    /// Once for a document: makes all resources.
+    void preloadResources();
+    /// Evaluates the size expressions of all templates and custom settings.
+    void finishLoading();
+
+    /// Moves all elements of `from` into this document. The two share one store.
+    void merge(UIDescription& from);
+
+    /// Writes the document as XML. False when the stream fails.
+    bool save(FStream& stream);
+    bool saveAs(const FPath& path);
+
+    /// What was found wrong with the document, in the order in which it was found.
+    const std::vector<Diagnostic>& diagnostics() const { return diagnostics_.all(); }
+    bool hasErrors() const { return diagnostics_.hasErrors(); }
+    /// Keeps findings for `diagnostics`, at most `SkinLimits::diagnostics` of them.
+    DiagnosticSink& sink() { return limitedSink_; }
+
+    /// Decides the conditions of variants; null for none, which makes every variant count.
+    void setWizard(UIWizard* wizard) { wizard_ = wizard; }
+
+    SkinStore& store() override { return *store_; }
+    bool isOpen(const SkinElement& variant) override;
+    bool spendSizeSteps(const SkinElement& element, int64_t steps) override;
+    void report(Severity severity, SourceMark mark, std::string text) override;
+
+private:
+    class Root;
+    class LimitedSink final : public DiagnosticSink {
+    public:
+        explicit LimitedSink(DiagnosticList& list) : list_(list) {}
+        void report(const Diagnostic& diagnostic) override;
+
+    private:
+        DiagnosticList& list_;
+    };
+
+    SkinElement* findIn(Section section, std::string_view name, SkinType type);
+    void mergeSection(Section section, UIDescription& from);
+    Ref<CmObject> createBitmap(ResourceElement& element);
+    Ref<UBitmap> loadBitmapFile(const SkinElement& element);
+    ResourceElement* findBitmapElement(std::string_view name);
+
+    Ref<SkinStore> store_;
+    SkinElement* root_ = nullptr;
+    SkinElement* sections_[6] = {};
+    Ref<FFileSystem> fileSystem_;
+    FUrl baseUrl_;
+    DiagnosticList diagnostics_;
+    LimitedSink limitedSink_{diagnostics_};
+    UIWizard* wizard_ = nullptr;
+    int64_t sizeStepsLeft_ = 0;
+    bool resourcesLoaded_ = false;
+    bool isFragment_ = false;
+
+    static uint32_t options_;
+};
+
+} // namespace qorl

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "foundation/Diagnostic.h"
+#include "persistence/FFileSystem.h"
+#include "persistence/FUrl.h"
+#include "skin/UIDescription.h"
+
+#include <qorl/Ref.h>
+
+#include <string>
+#include <string_view>
+
+namespace qorl {
+
+class UIWizard;
+
+/// Loads documents with what they include. Each wizard has one; it keeps the current document.
+///
+/// A load that fails leaves the current document as it was; `diagnostics` then tells why. Threading:
+/// user-interface thread.
+class UIDescriptionLoader {
+public:
+    enum class Merge : uint8_t { replace, add };
+    /// What happens at an element in a wrong place.
+    enum class Misplaced : uint8_t { stops, isSkipped };
+
+    explicit UIDescriptionLoader(UIWizard* wizard) : wizard_(wizard) {}
+
+    /// Opens, parses, merges includes, evaluates sizes and makes the document current.
+    bool load(const FUrl& url, Ref<FFileSystem> fileSystem = nullptr);
+    /// The document "skin.xml" in the root of an archive.
+    bool loadFromArchive(const FUrl& packUrl);
+    /// A document or templates from inside the program. `name` stands in diagnostics.
+    bool loadFromString(std::string_view text, Merge merge = Merge::replace,
+                        std::string_view name = "(text)");
+    /// Reads the current document again from where it came.
+    bool reload();
+
+    /// Sections that are read, as bits of `UIDescriptionParser::Section`; the header alone for a list of
+    /// skins.
+    void setSectionMask(uint32_t mask) { sectionMask_ = mask; }
+    void setMisplaced(Misplaced misplaced) { misplaced_ = misplaced; }
+
+    UIDescription* current() const { return current_.get(); }
+    void setCurrent(Ref<UIDescription> description) { current_ = std::move(description); }
+
+    const std::string& getErrorText() const { return errorText_; }
+    SourcePosition getErrorPosition() const { return errorPosition_; }
+    /// Everything found by the last load, whether it succeeded or not.
+    const std::vector<Diagnostic>& diagnostics() const { return diagnostics_.all(); }
+
+private:
+    struct Load;
+
+    Ref<UIDescription> loadLevel(Load& load, const FUrl& url, SourceMark includedFrom, int32_t level);
+    bool loadIncludes(Load& load, UIDescription& into, int32_t level);
+    bool fail(SourceMark mark, std::string text);
+
+    UIWizard* wizard_;
+    Ref<UIDescription> current_;
+    std::string errorText_;
+    SourcePosition errorPosition_;
+    DiagnosticList diagnostics_;
+    uint32_t sectionMask_ = 0xFF;
+    Misplaced misplaced_ = Misplaced::stops;
+};
+
+} // namespace qorl
