@@ -37,7 +37,7 @@ private:
     FLock& lock_;
 };
 
-/// The library's one global lock: creation of singletons and of thread-local slots. Null after the singletons
+/// The library's one global lock: creation of singletons. Null after the singletons
 /// are gone.
 FLock* globalLock();
 

@@ -1,0 +1,103 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+
+namespace qorl {
+
+/// Walks a container. Past either end `next`, `previous` and `current` give null.
+///
+/// While one stands on a container, only `CmContainer::removeAtIterator` with it may change the container;
+/// the iterator then stands on the element behind the removed one.
+class CmIterator {
+public:
+    virtual ~CmIterator() = default;
+    virtual bool done() const = 0;
+    /// The element at which the iterator stands; then moves on.
+    virtual CmObject* next() = 0;
+    virtual CmObject* previous() = 0;
+    virtual CmObject* current() const = 0;
+    virtual void first() = 0;
+    virtual void last() = 0;
+    /// Stands on `object` afterwards, or past the end. Always true.
+    virtual bool seek(CmObject* object);
+    virtual void forward(int32_t count);
+    virtual void backward(int32_t count);
+};
+
+/// Visits elements, from several threads at once.
+class CmVisitor {
+public:
+    virtual ~CmVisitor() = default;
+    /// True to go on.
+    virtual bool visit(CmObject* element) = 0;
+};
+
+/// What a container does with references on its elements.
+enum class Ownership : uint16_t {
+    none = 0,
+    adopt = 1, ///< Takes over the caller's reference; releases on removal.
+    share = 2, ///< Adds one of its own; releases on removal.
+};
+
+/// A collection of objects behind one interface, whatever its storage.
+///
+/// Null is never an element. "Same" is identity, "equal" is what `isEqual` says. Indices out of range give null
+/// or false. Threading: none of its own; whoever shares a container locks.
+class CmContainer : public CmObject {
+    QORL_CLASS(CmContainer, CmObject)
+    QORL_RECORD(CmContainer)
+
+public:
+    CmContainer() = default;
+
+    virtual int32_t size() const;
+    virtual int32_t count() const = 0;
+    virtual bool isEmpty() const;
+    /// False for null and when the container is full or memory ran out.
+    virtual bool add(CmObject* object) = 0;
+    virtual bool removeAtIterator(CmIterator* iterator) = 0;
+    /// Whether it was there.
+    virtual bool remove(CmObject* object) = 0;
+    virtual bool removeAt(int32_t index) = 0;
+    virtual void removeAll() = 0;
+    virtual CmObject* at(int32_t index) const;
+    /// The first element for which `object->isEqual(element)` holds.
+    virtual CmObject* find(const CmObject* object) const;
+    virtual bool containsEqual(const CmObject* object) const;
+    virtual bool containsSame(const CmObject* object) const;
+    virtual int32_t countEqual(const CmObject* object) const;
+    virtual int32_t countSame(const CmObject* object) const;
+    /// A new iterator on the first element, which the caller deletes.
+    virtual CmIterator* newIterator() const = 0;
+    /// Visits all elements from `threads` threads, this one included; below 1 means one a processor. Each
+    /// gets `minimumPerThread` elements or more. False when a visit was: it ends them all. Without enough
+    /// elements everything runs in order on this thread.
+    virtual bool forEachParallel(CmVisitor& visitor, int32_t threads, int32_t minimumPerThread) const;
+
+    Ownership getOwnership() const { return ownership_; }
+    /// Affects what is added and removed from now on.
+    void setOwnership(Ownership ownership) { ownership_ = ownership; }
+
+    bool storeAttributes(FAttributes* attributes) override;
+    bool restoreAttributes(FAttributes* attributes) override;
+
+protected:
+    explicit CmContainer(Ownership ownership) : ownership_(ownership) {}
+    CmContainer(const CmContainer&) = default;
+    CmContainer& operator=(const CmContainer&) = delete;
+
+    /// The reference rule, on adding and on removal.
+    void take(CmObject* object) const {
+        if (ownership_ == Ownership::share)
+            object->addRef();
+    }
+    void give(CmObject* object) const {
+        if (ownership_ == Ownership::adopt || ownership_ == Ownership::share)
+            object->release();
+    }
+
+    int32_t size_ = 0;
+    Ownership ownership_ = Ownership::none;
+};
+
+} // namespace qorl
