@@ -61,7 +61,7 @@ public:
 private:
     friend class CmLinkedList;
 
-    void standBefore(const CmLinkedList::Node* node);
+    void standOn(CmLinkedList::Node* node);
 
     const CmLinkedList& list_;
     CmLinkedList::Node* node_;

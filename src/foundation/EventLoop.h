@@ -5,7 +5,6 @@
 
 #include <qorl/Ref.h>
 
-#include <memory>
 #include <vector>
 
 namespace qorl {
@@ -27,7 +26,7 @@ public:
     /// What a step found to do.
     enum class Step {
         event, ///< An event was dispatched.
-        idle,  ///< There was none: messages, deferred changes and idle clients ran, and some time passed.
+        idle,  ///< There was none: messages and deferred changes ran, and idle clients or some time passed.
         ended  ///< The loop was stopped, or no event can ever come (virtual time only).
     };
 
@@ -51,13 +50,16 @@ public:
     static EventLoop* current();
     /// Whether the calling thread is the GUI thread.
     static bool isGuiThread();
+    /// Ends the GUI thread's wait, because something was queued for it. Any thread.
+    static void wake();
 
     /// Dispatches one waiting event; without one, delivers what was posted and deferred. True for an event.
     bool processEvent();
     /// Dispatches all waiting events, then delivers what was posted and deferred.
     void flushEvents();
 
-    /// `processEvent`; if there was no event, waits for one and runs the idle step.
+    /// `processEvent`; if there was no event, runs the idle step when it is due and else waits for an event or
+    /// for that time.
     Step step();
     /// Steps until `stop` is called. A loop that was stopped doesn't start again.
     void run();
@@ -79,8 +81,11 @@ public:
     void setTimeListener(TimeListener* listener) { timeListener_ = listener; }
 
 private:
+    static constexpr int64_t noLimit = -1;
+
     void deliver();
-    bool wait();
+    bool needsIdle();
+    bool wait(int64_t limit);
     void callIdleClients();
     void releaseAll();
 
@@ -89,6 +94,7 @@ private:
     std::vector<CmObject*> idleClients_;
     std::vector<Ref<FInterface>> releaseList_;
     TimeListener* timeListener_ = nullptr;
+    size_t nextClient_ = 0; ///< Place of the walk over the idle clients.
     uint32_t nextDue_ = 0;
     bool isIdling_ = false;
     bool stopped_ = false;

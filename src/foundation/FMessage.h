@@ -18,8 +18,8 @@ class FMessage : public CmObject, public IMessageAttributes {
     QORL_RECORD(FMessage)
 
 public:
-    FMessage() = default;
-    explicit FMessage(const ConstString& name) : name_(name) {}
+    FMessage();
+    explicit FMessage(const ConstString& name);
     /// Copies the attributes; objects in them are shared.
     FMessage(const FMessage& other);
     FMessage& operator=(const FMessage&) = delete;
@@ -52,9 +52,6 @@ public:
     /// The list, made now if there was none.
     FAttributes& attributes();
     bool hasAttributes() const { return attributes_ != nullptr; }
-
-    bool readFrom(FObjectArchive* archive) override;
-    bool writeTo(FObjectArchive* archive) override;
 
     Result setInt8(const char* key, int64_t value) override;
     Result setInt16(const char16_t* key, int64_t value) override;

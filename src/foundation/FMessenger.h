@@ -79,6 +79,8 @@ public:
 
     /// One delivery pass. GUI thread.
     void deliverPending();
+    /// Whether a pass would find anything.
+    bool hasPending();
     /// The old state. While paused nothing is delivered and the queue grows.
     bool setPaused(bool flag);
 

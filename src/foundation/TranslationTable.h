@@ -45,7 +45,7 @@ struct StaticText {
     const char* key;
     mutable ConstString cached = {};
 
-    ConstString get() const;
+    const ConstString& get() const;
 };
 
 } // namespace qorl

@@ -90,6 +90,9 @@ public:
     /// later pass.
     int32_t triggerDeferredUpdates(FInterface* object) override;
 
+    /// Whether a pass would deliver anything now.
+    bool hasDeliverable();
+
 private:
     static constexpr size_t mapCount = 256;
 
