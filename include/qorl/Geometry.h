@@ -47,7 +47,9 @@ struct CmRect {
     constexpr CmSize size() const { return {width(), height()}; }
     constexpr bool isEmpty() const { return right <= left || bottom <= top; }
 
-    constexpr bool contains(CmPoint p) const { return p.x >= left && p.x < right && p.y >= top && p.y < bottom; }
+    constexpr bool contains(CmPoint p) const {
+        return p.x >= left && p.x < right && p.y >= top && p.y < bottom;
+    }
     constexpr bool contains(const CmRect& r) const {
         return r.left >= left && r.right <= right && r.top >= top && r.bottom <= bottom;
     }

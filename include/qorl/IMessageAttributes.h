@@ -8,8 +8,8 @@ class IStringSink;
 
 /// The attributes of a message, for other modules: named values, keys in 8 or in 16 bits.
 ///
-/// Setters replace what stood under the key. Getters answer `Result::no`, with 0, null or an empty text, when the
-/// key is missing. Threading: as the message, one thread at a time.
+/// Setters replace what stood under the key. Getters answer `Result::no`, with 0, null or an empty text, when
+/// the key is missing. Threading: as the message, one thread at a time.
 class IMessageAttributes : public FInterface {
 public:
     static constexpr InterfaceId iid = InterfaceId::fromText("{9B3554AA-04E9-4449-9034-D05B61F454F0}");

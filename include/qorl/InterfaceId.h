@@ -34,7 +34,8 @@ struct InterfaceId {
         constexpr int places[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
         InterfaceId id;
         for (int i = 0; i < 16; ++i)
-            id.bytes[places[i]] = static_cast<uint8_t>(digit(text[starts[i]]) * 16 + digit(text[starts[i] + 1]));
+            id.bytes[places[i]] =
+                static_cast<uint8_t>(digit(text[starts[i]]) * 16 + digit(text[starts[i] + 1]));
         return id;
     }
 

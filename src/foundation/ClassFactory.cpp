@@ -99,7 +99,8 @@ bool ClassFactory::describeClass(FInterface* unknown, TextSink& sink, NameForm f
     if (!unknown)
         return false;
     if (const CmObject* object = castToCmObject(unknown)) {
-        const ClassRecord* record = form == NameForm::persistent ? findByName(object->getClassName()) : nullptr;
+        const ClassRecord* record =
+            form == NameForm::persistent ? findByName(object->getClassName()) : nullptr;
         sink.write(record ? record->persistentName() : object->getClassName());
         return true;
     }

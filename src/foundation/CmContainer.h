@@ -41,8 +41,8 @@ enum class Ownership : uint16_t {
 
 /// A collection of objects behind one interface, whatever its storage.
 ///
-/// Null is never an element. "Same" is identity, "equal" is what `isEqual` says. Indices out of range give null
-/// or false. Threading: none of its own; whoever shares a container locks.
+/// Null is never an element. "Same" is identity, "equal" is what `isEqual` says. Indices out of range give
+/// null or false. Threading: none of its own; whoever shares a container locks.
 class CmContainer : public CmObject {
     QORL_CLASS(CmContainer, CmObject)
     QORL_RECORD(CmContainer)

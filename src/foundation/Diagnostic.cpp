@@ -5,7 +5,6 @@
 #include "foundation/Singleton.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <set>
 
 namespace qorl {
@@ -69,10 +68,6 @@ std::string toText(const Diagnostic& diagnostic) {
     for (const SourcePosition& include : diagnostic.includes)
         text.append("\n  included from ").append(toText(include));
     return text;
-}
-
-void debugOutput(std::string_view line) {
-    std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
 }
 
 } // namespace qorl

@@ -62,7 +62,4 @@ std::string toText(const SourcePosition& position);
 /// line feed at the end.
 std::string toText(const Diagnostic& diagnostic);
 
-/// A line for developers, to the system's debug output.
-void debugOutput(std::string_view line);
-
 } // namespace qorl

@@ -9,8 +9,8 @@
 
 namespace qorl {
 
-/// The heart of the GUI thread: takes events from the platform and, whenever there are none, lets posted messages
-/// and then deferred changes run.
+/// The heart of the GUI thread: takes events from the platform and, whenever there are none, lets posted
+/// messages and then deferred changes run.
 ///
 /// One at a time, made by whoever owns the program's life and reached by everyone through `current`. A nested
 /// loop, such as one that follows the mouse or a modal dialog, is just a further `while` around `step`:
@@ -58,8 +58,8 @@ public:
     /// Dispatches all waiting events, then delivers what was posted and deferred.
     void flushEvents();
 
-    /// `processEvent`; if there was no event, runs the idle step when it is due and else waits for an event or
-    /// for that time.
+    /// `processEvent`; if there was no event, runs the idle step when it is due and else waits for an event
+    /// or for that time.
     Step step();
     /// Steps until `stop` is called. A loop that was stopped doesn't start again.
     void run();

@@ -9,7 +9,8 @@
 
 namespace qorl {
 
-/// A named record with attributes, sent to one target: at once by `handleMessage`, or later through `FMessenger`.
+/// A named record with attributes, sent to one target: at once by `handleMessage`, or later through
+/// `FMessenger`.
 ///
 /// The attribute list is made on first use. A getter for a missing key gives 0, null or an empty text.
 class FMessage : public CmObject, public IMessageAttributes {

@@ -16,7 +16,8 @@ class IMessenger : public FInterface {
 public:
     static constexpr InterfaceId iid = InterfaceId::fromText("{C3BB1A7E-4A00-42AB-9514-3F8E6042499D}");
 
-    /// Takes over one reference on `message`. False, and nothing taken, for a message that is not one of ours.
+    /// Takes over one reference on `message`. False, and nothing taken, for a message that is not one of
+    /// ours.
     virtual bool post(FInterface* target, FInterface* message) = 0;
     /// Takes back all messages to `target` with the name of `message`, or all for null.
     virtual void cancel(FInterface* target, FInterface* message) = 0;
@@ -47,8 +48,8 @@ private:
 
 /// Takes messages from any thread and delivers them later on the GUI thread, in the order of posting.
 ///
-/// Targets are not counted: a target takes its messages back with `cancel(this, nullptr)` in its destructor. Messages
-/// that are posted during a delivery pass wait for the next one.
+/// Targets are not counted: a target takes its messages back with `cancel(this, nullptr)` in its destructor.
+/// Messages that are posted during a delivery pass wait for the next one.
 class FMessenger : public CmObject, public IMessenger {
     QORL_CLASS(FMessenger, CmObject)
     QORL_FACES(FMessenger, CmObject, IMessenger)
@@ -66,8 +67,8 @@ public:
     static void connect();
     static void disconnect();
 
-    /// With `drop`, nothing happens when a message of this name is queued for `target` already. `delay` counts
-    /// delivery passes: 2 is delivered in the third.
+    /// With `drop`, nothing happens when a message of this name is queued for `target` already. `delay`
+    /// counts delivery passes: 2 is delivered in the third.
     void post(FInterface* target, Ref<FMessage> message, Duplicates duplicates = Duplicates::allow,
               uint32_t delay = 0);
     /// The same for a message that carries nothing but its name.

@@ -13,7 +13,7 @@ class FObject;
 namespace detail {
 extern InterfaceId privateInterfaceId;
 extern InterfaceId borrowId;
-}
+} // namespace detail
 
 /// The id that objects of this very load of the library answer with their `FObject` face, and nobody else.
 /// It is drawn anew at each load, so that an object of another library never passes for one of ours.

@@ -9,7 +9,8 @@ namespace {
 constinit std::atomic<ThreadObserver*> threadObserver{nullptr};
 
 /// The system's relative priorities, by index, for a process in the normal class and in any other.
-constexpr int32_t priorityTable[FThread::priorities][2] = {{-15, -15}, {-1, -2}, {0, -1}, {1, 0}, {2, 1}, {15, 15}};
+constexpr int32_t priorityTable[FThread::priorities][2] = {{-15, -15}, {-1, -2}, {0, -1},
+                                                           {1, 0},     {2, 1},   {15, 15}};
 
 } // namespace
 
@@ -32,7 +33,8 @@ FThread::~FThread() {
 void FThread::setPriority(int32_t index) {
     priority_ = std::clamp(index, 0, priorities - 1);
     if (handle_)
-        platform::setThreadPriority(handle_, priorityTable[priority_][platform::isNormalPriorityClass() ? 0 : 1]);
+        platform::setThreadPriority(handle_,
+                                    priorityTable[priority_][platform::isNormalPriorityClass() ? 0 : 1]);
 }
 
 void FThread::threadStarted() {}

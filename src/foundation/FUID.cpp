@@ -1,11 +1,9 @@
 #include "foundation/FUID.h"
 
-#include "foundation/Diagnostic.h"
+#include "platform/System.h"
 
 #include <cstdio>
 #include <cstring>
-#include <exception>
-#include <random>
 
 namespace qorl {
 
@@ -71,15 +69,7 @@ uint32_t FUID::word(int index) const noexcept {
 }
 
 bool FUID::generate() noexcept {
-    try {
-        std::random_device random;
-        *this = FUID(random(), random(), random(), random());
-    } catch (const std::exception&) {
-        return false;
-    }
-    // The version and variant bits of a random id (RFC 4122, 4.4).
-    id_.bytes[7] = static_cast<uint8_t>((id_.bytes[7] & 0x0F) | 0x40);
-    id_.bytes[8] = static_cast<uint8_t>((id_.bytes[8] & 0x3F) | 0x80);
+    *this = FUID(platform::generateUuid(platform::UuidKind::random).data());
     return true;
 }
 
@@ -122,14 +112,16 @@ bool FUID::fromBracedString(const char* text) noexcept {
 }
 
 void FUID::toDeclaration(char* buffer, int32_t style) const {
-    constexpr const char* heads[] = {"INLINE_UID (", "DECLARE_UID (", "FUID (", "DECLARE_CLASS_IID (Interface, "};
+    constexpr const char* heads[] = {"INLINE_UID (", "DECLARE_UID (", "FUID (",
+                                     "DECLARE_CLASS_IID (Interface, "};
     const char* head = heads[style >= inlineUid && style < declareClassIid ? style : declareClassIid];
     char line[97];
-    std::snprintf(line, sizeof line, "%s0x%08X, 0x%08X, 0x%08X, 0x%08X)", head, word(0), word(1), word(2), word(3));
+    std::snprintf(line, sizeof line, "%s0x%08X, 0x%08X, 0x%08X, 0x%08X)", head, word(0), word(1), word(2),
+                  word(3));
     if (buffer)
         std::strcpy(buffer, line);
     else
-        debugOutput(line);
+        platform::debugOutput(line);
 }
 
 } // namespace qorl

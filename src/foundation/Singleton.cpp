@@ -10,7 +10,8 @@ namespace qorl {
 /// its destructor, which releases them all, runs after those of the others.
 class SingletonList {
 public:
-    // Not a constant initialisation on purpose: the destructor takes its place in the order of the constructor.
+    // Not a constant initialisation on purpose: the destructor takes its place in the order of the
+    // constructor.
     SingletonList() { slots_.reserve(64); }
     ~SingletonList();
 

@@ -50,14 +50,15 @@ StartupHookList::StartupHookList() {
 }
 
 void StartupHookList::add(const StartupHook& hook) {
-    const auto behind = std::upper_bound(hooks_.begin(), hooks_.end(), hook.level(),
-                                         [](int32_t level, const StartupHook* other) { return level < other->level(); });
+    const auto behind =
+        std::upper_bound(hooks_.begin(), hooks_.end(), hook.level(),
+                         [](int32_t level, const StartupHook* other) { return level < other->level(); });
     hooks_.insert(behind, &hook);
 }
 
 std::vector<const StartupHook*> StartupHookList::take(int32_t level) {
-    const auto end =
-        std::find_if(hooks_.begin(), hooks_.end(), [level](const StartupHook* hook) { return hook->level() > level; });
+    const auto end = std::find_if(hooks_.begin(), hooks_.end(),
+                                  [level](const StartupHook* hook) { return hook->level() > level; });
     const std::vector<const StartupHook*> taken(hooks_.begin(), end);
     hooks_.erase(hooks_.begin(), end);
     return taken;

@@ -58,8 +58,8 @@ private:
     std::vector<const StartupHook*> hooks_;
 };
 
-/// Runs the start-up hooks up to `level`, each once; true when the list is gone. A hook that fails ends the walk
-/// with false, and the list goes. From the first call on the shutdown hooks are armed.
+/// Runs the start-up hooks up to `level`, each once; true when the list is gone. A hook that fails ends the
+/// walk with false, and the list goes. From the first call on the shutdown hooks are armed.
 bool runStartupHooks(int32_t level);
 
 /// Runs all shutdown hooks, if a start-up ever began, and drops their list in any case.
