@@ -250,9 +250,9 @@ void WindowBase::close(CloseMode) {
     if (isClosed())
         return;
     const Ref<WindowBase> self = retain(this);
-    desktop_.closeOwnedWindows(*this);
     client_ = nullptr;
     isVisible_ = false;
+    desktop_.closeOwnedWindows(*this);
     desktop_.windowClosed(*this);
     nativeClose();
     dropSurface();

@@ -1,0 +1,175 @@
+#include "platform/System.h"
+
+#include "platform/DynamicLibrary.h"
+#include "platform/Folders.h"
+#include "platform/Platform.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <set>
+#include <unistd.h>
+
+namespace qorl::platform {
+namespace {
+
+/// Sets an entry of the environment for one scope; null takes it away.
+class EnvironmentScope {
+public:
+    EnvironmentScope(const char* name, const char* value)
+        : name_(name), had_(getEnvironment(name, earlier_)) {
+        set(value);
+    }
+    ~EnvironmentScope() { set(had_ ? earlier_.c_str() : nullptr); }
+
+private:
+    void set(const char* value) {
+        if (value)
+            setenv(name_, value, 1);
+        else
+            unsetenv(name_);
+    }
+
+    const char* name_;
+    std::string earlier_;
+    bool had_;
+};
+
+TEST(Folders, FollowTheEnvironmentIfItIsAbsolute) {
+    const EnvironmentScope home("HOME", "/home/someone/");
+    struct Case {
+        const char* name;
+        const char* value;
+        SystemFolder folder;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"XDG_CONFIG_HOME", nullptr, SystemFolder::settings, "/home/someone/.config"},
+        {"XDG_CONFIG_HOME", "/etc/mine/", SystemFolder::settings, "/etc/mine"},
+        {"XDG_CONFIG_HOME", "relative", SystemFolder::settings, "/home/someone/.config"},
+        {"XDG_CONFIG_HOME", "", SystemFolder::settings, "/home/someone/.config"},
+        {"XDG_DATA_HOME", nullptr, SystemFolder::data, "/home/someone/.local/share"},
+        {"XDG_CACHE_HOME", nullptr, SystemFolder::cache, "/home/someone/.cache"},
+        {"TMPDIR", "/var/tmp/", SystemFolder::temporary, "/var/tmp"},
+        {"TMPDIR", nullptr, SystemFolder::temporary, "/tmp"},
+    };
+    for (const Case& c : cases) {
+        const EnvironmentScope scope(c.name, c.value);
+        EXPECT_EQ(getSystemFolder(c.folder), c.expected) << c.name << " " << (c.value ? c.value : "absent");
+    }
+}
+
+TEST(Folders, ReadTheUsersListOfFolders) {
+    std::string pattern = "/tmp/qorl-folders-XXXXXX";
+    const std::string folder = mkdtemp(pattern.data());
+    const EnvironmentScope config("XDG_CONFIG_HOME", folder.c_str());
+    const EnvironmentScope home("HOME", "/home/someone");
+    EXPECT_EQ(getSystemFolder(SystemFolder::documents), "/home/someone/Documents");
+    const std::pair<const char*, const char*> cases[] = {
+        {"XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n", "/home/someone/Dokumente"},
+        {"# XDG_DOCUMENTS_DIR=\"/no\"\nXDG_DOCUMENTS_DIR=\"/data/docs/\"\n", "/data/docs"},
+        {"XDG_DOCUMENTS_DIR=\"", "/home/someone/Documents"},
+        {"XDG_DOCUMENTS_DIR=\"relative\"\n", "/home/someone/Documents"},
+    };
+    for (const auto& [text, expected] : cases) {
+        std::ofstream(folder + "/user-dirs.dirs") << text;
+        EXPECT_EQ(getSystemFolder(SystemFolder::documents), expected) << text;
+    }
+    unlink((folder + "/user-dirs.dirs").c_str());
+    rmdir(folder.c_str());
+}
+
+TEST(System, LocaleIsTheFirstNameThatIsSet) {
+    struct Case {
+        const char* all;
+        const char* messages;
+        const char* lang;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {nullptr, nullptr, nullptr, "en"},    {nullptr, nullptr, "de_AT.UTF-8", "de_AT"},
+        {nullptr, "fr", "de_AT.UTF-8", "fr"}, {"ja_JP.UTF-8@x", "fr", "de", "ja_JP"},
+        {"", "", "sr_RS@latin", "sr_RS"},     {"C.UTF-8", "fr", "de", "en"},
+        {"POSIX", nullptr, nullptr, "en"},    {".UTF-8", nullptr, nullptr, "en"},
+    };
+    for (const Case& c : cases) {
+        const EnvironmentScope all("LC_ALL", c.all);
+        const EnvironmentScope messages("LC_MESSAGES", c.messages);
+        const EnvironmentScope lang("LANG", c.lang);
+        EXPECT_EQ(getUserLocale(), c.expected);
+    }
+}
+
+TEST(System, IdsAreFreshAndOfTheirVersion) {
+    std::set<std::array<uint8_t, 16>> seen;
+    for (int i = 0; i < 100; ++i) {
+        const auto random = generateUuid(UuidKind::random);
+        const auto time = generateUuid(UuidKind::time);
+        EXPECT_EQ(random[6] >> 4, 4);
+        EXPECT_EQ(time[6] >> 4, 1);
+        EXPECT_EQ(random[8] >> 6, 2);
+        EXPECT_TRUE(seen.insert(random).second);
+        EXPECT_TRUE(seen.insert(time).second);
+    }
+}
+
+TEST(System, KnowsItsProgram) {
+    const std::vector<std::string> arguments = getCommandLine();
+    ASSERT_FALSE(arguments.empty());
+    EXPECT_NE(arguments.front().find("test-platform"), std::string::npos);
+    EXPECT_NE(getProgramPath().find("test-platform"), std::string::npos);
+    EXPECT_EQ(getModulePath(reinterpret_cast<const void*>(&getProgramPath)), getProgramPath());
+    EXPECT_EQ(getModulePath(nullptr), "");
+}
+
+TEST(System, DebugLinesGoWhereTheyAreSent) {
+    std::string lines;
+    setDebugOutput(
+        [](std::string_view line, void* argument) { *static_cast<std::string*>(argument) += line; }, &lines);
+    debugOutput("one");
+    setDebugOutput(nullptr, nullptr);
+    testing::internal::CaptureStderr();
+    debugOutput("two");
+    debugOutput("three\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "two\nthree\n");
+    EXPECT_EQ(lines, "one");
+}
+
+TEST(DynamicLibrary, LoadsFindsAndSaysWhyNot) {
+    std::string error;
+    const LibraryHandle library = loadLibrary("libz.so.1", error);
+    ASSERT_NE(library, nullptr) << error;
+    EXPECT_NE(findSymbol(library, "zlibVersion"), nullptr);
+    EXPECT_EQ(findSymbol(library, "noSuchSymbol"), nullptr);
+    freeLibrary(library);
+    EXPECT_EQ(loadLibrary("/nowhere/none.so", error), nullptr);
+    EXPECT_NE(error.find("/nowhere/none.so"), std::string::npos);
+    EXPECT_EQ(findSymbol(nullptr, "x"), nullptr);
+    freeLibrary(nullptr);
+}
+
+TEST(Platform, SaysClearlyWhenThereIsNoDisplay) {
+    std::string error;
+    {
+        const EnvironmentScope display("DISPLAY", nullptr);
+        EXPECT_FALSE(start(Backend::automatic, error));
+        EXPECT_EQ(error, "no display: the environment variable DISPLAY is not set");
+    }
+    EXPECT_EQ(desktop(), nullptr);
+}
+
+TEST(Platform, StartsOneDesktopAtATime) {
+    std::string error;
+    ASSERT_TRUE(start(Backend::headless, error));
+    EXPECT_TRUE(start(Backend::headless, error)) << "the same again";
+    EXPECT_FALSE(start(Backend::x11, error));
+    EXPECT_EQ(error, "a desktop is running already: headless");
+    stop();
+    EXPECT_EQ(desktop(), nullptr);
+    stop();
+    ASSERT_TRUE(start(Backend::headless, error));
+    stop();
+}
+
+} // namespace
+} // namespace qorl::platform
