@@ -1,6 +1,8 @@
 #pragma once
 
 #include "foundation/CmObject.h"
+#include "platform/PlatformCursor.h"
+
 #include <qorl/Ref.h>
 
 #include <cstdint>
@@ -16,35 +18,21 @@ class UCursor : public CmObject {
     QORL_CLASS(UCursor, CmObject)
 
 public:
-    /// Ids of the standard shapes, as the platform layer counts them.
-    enum Shape : int32_t {
-        arrow = 0,
-        cross = 1,
-        no = 2,
-        help = 3,
-        beam = 4,
-        sizeHorizontal = 5,
-        sizeVertical = 6,
-        sizeNwSe = 7,
-        sizeSwNe = 8,
-        sizeAll = 9,
-        wait = 10,
-        copy = 11,
-        pointHand = 12,
-        moveHand = 13,
-    };
-
-    explicit UCursor(Shape shape) : shape_(shape) {}
+    explicit UCursor(platform::CursorShape shape) : shape_(shape) {}
 
     /// The cursor that skins call `name` ("arrow", "size-horizontal", "pencil"…). Null for an unknown name.
     /// Two names of one shape give one cursor. The library keeps the reference.
     static UCursor* find(std::string_view name);
-    static UCursor* standard(Shape shape);
+    static UCursor* standard(platform::CursorShape shape);
+    /// Lets go of the platform's cursors, before its desktop services stop.
+    static void releaseStandardCursors();
 
-    Shape shape() const { return shape_; }
+    /// The platform's cursor, made when first asked for; null without desktop services.
+    platform::PlatformCursor* platformCursor();
 
 private:
-    Shape shape_;
+    platform::CursorShape shape_;
+    Ref<platform::PlatformCursor> cursor_;
 };
 
 } // namespace qorl

@@ -2,7 +2,9 @@
 
 #include "views/FocusPolicy.h"
 #include "views/UCursor.h"
+#include "views/ViewListeners.h"
 #include "windows/UWindow.h"
+
 #include <qorl/Ref.h>
 
 #include <cstdint>
@@ -11,9 +13,22 @@
 
 namespace qorl {
 
-class GlobalMouseObserver;
 class UModalDialog;
 class UPopupWindow;
+class UToolTipHandler;
+
+/// Sees the mouse before any view does: tool tips, the inspector. Owned by whoever registers it.
+class GlobalMouseObserver {
+public:
+    /// True ends the press.
+    virtual bool mouseDown(UWindow* window, CmPoint point, uint32_t buttons) = 0;
+    virtual void mouseMove(UWindow* window, CmPoint point) = 0;
+    /// `view` leaves its tree.
+    virtual void viewGone(UView* view) = 0;
+
+protected:
+    ~GlobalMouseObserver() = default;
+};
 
 /// The one object that knows all windows, who has the keyboard, which popup is open and which cursor shows.
 ///
@@ -36,6 +51,7 @@ public:
 
     // Cursor.
 
+    /// Moves the pointer itself.
     void setCursorPosition(CmPoint screenPoint);
     /// Shows `cursor` while `owner` is hovered; null shows the arrow. The owner is not counted: it calls
     /// again with nulls, or leaves through `UWindow::viewClosing`.
@@ -71,8 +87,7 @@ public:
     void bringWindowToFront(UWindow* window);
     UWindow* frontWindow(WindowType type) const;
     UWindow* activeWindow() const { return activeWindow_; }
-    UWindow* mainWindow() const { return mainWindow_; }
-    void windowActivated(UWindow* window, bool active, bool mainWindow);
+    void windowActivated(UWindow* window, Activation activation);
     /// The front window whose client holds the point.
     UWindow* windowAt(CmPoint screenPoint) const;
     UWindow* windowUnderMouse() const { return windowUnderMouse_; }
@@ -84,11 +99,13 @@ public:
     void setOpenPopup(UPopupWindow* popup) { openPopup_ = popup; }
     /// Closes the open popup, deferred.
     void closePopups();
-    /// True when a modal dialog keeps input from `window`.
-    bool isModalBlocking(const UWindow* window) const;
     bool isModal() const { return !modalStack_.empty(); }
-    /// Opens `dialog` and returns when it has closed. The result is the dialog's.
+    /// Opens `dialog`, runs the event loop until it has closed, and gives the dialog's result. A loop that
+    /// ends closes the dialog as canceled.
     int32_t runModal(UModalDialog* dialog);
+
+    UToolTipHandler& toolTips() { return *toolTips_; }
+    void update() override;
 
     // Observers of the mouse in all windows. Not counted.
 
@@ -109,6 +126,9 @@ protected:
     ~UDesktop() override;
 
 private:
+    void showPlatformCursor(UCursor* cursor);
+    void takeFocusFrom(UWindow* window);
+
     struct CursorRecord {
         Ref<UCursor> cursor;
         UView* owner;
@@ -116,30 +136,17 @@ private:
 
     std::vector<Ref<UWindow>> windows_;
     std::vector<Ref<UModalDialog>> modalStack_;
-    std::vector<GlobalMouseObserver*> mouseObservers_;
+    ListenerList<GlobalMouseObserver> mouseObservers_;
     std::vector<CursorRecord> cursorStack_;
     UView* focusView_ = nullptr;
     UPopupWindow* openPopup_ = nullptr;
     UWindow* windowUnderMouse_ = nullptr;
     UWindow* activeWindow_ = nullptr;
-    UWindow* mainWindow_ = nullptr;
+    std::unique_ptr<UToolTipHandler> toolTips_;
     Ref<UCursor> cursor_;
     UView* cursorOwner_ = nullptr;
     bool waitCursor_ = false;
     uint32_t desktopFlags_ = 0;
-};
-
-/// Sees the mouse before any view does: tool tips, the inspector. Owned by whoever registers it.
-class GlobalMouseObserver {
-public:
-    /// True ends the press.
-    virtual bool mouseDown(UWindow* window, CmPoint point, uint32_t buttons) = 0;
-    virtual void mouseMove(UWindow* window, CmPoint point) = 0;
-    /// `view` leaves its tree.
-    virtual void viewGone(UView* view) = 0;
-
-protected:
-    ~GlobalMouseObserver() = default;
 };
 
 } // namespace qorl

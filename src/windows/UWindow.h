@@ -6,6 +6,7 @@
 #include "views/UView.h"
 #include "windows/WindowListeners.h"
 #include "windows/WindowStyle.h"
+
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
 
@@ -13,9 +14,11 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <string_view>
 
 namespace qorl {
 
+class FMessage;
 class WindowPlatformSide;
 struct WindowCore;
 
@@ -51,7 +54,7 @@ public:
     };
 
     /// `frame` is the client's rect on the screen. `style` from `WindowStyle`.
-    UWindow(const CmRect& frame, uint32_t style, const String& title);
+    UWindow(const CmRect& frame, uint32_t style, const ConstString& title);
 
     // The published table, behind the operations of UView.
 
@@ -83,6 +86,7 @@ public:
     virtual CmPoint frameToScreen(CmPoint point) const;
     /// Brings the window to the front and gives it the keyboard.
     virtual void activate();
+    using UView::activate;
     virtual bool isActive() const;
     virtual void setBackgroundColor(const UColor& color);
     /// 0 invisible to 1 opaque; cut to that range.
@@ -96,8 +100,9 @@ public:
     bool show() override;
     bool hide() override;
     bool isOpen() const;
-    /// Posts the close, so that it happens when the present dispatch is over.
-    void closeDeferred();
+    enum class CloseReason : uint8_t { closed, canceled };
+    /// Posts the close, so that it happens when the present dispatch is over. It may still be refused.
+    void closeDeferred(CloseReason reason = CloseReason::closed);
     /// `hook` runs once, at the close.
     void addCloseHook(std::function<void(UWindow*)> hook);
 
@@ -140,7 +145,7 @@ public:
     float getOpacity() const;
     double getScaleFactor() const;
     void setScheme(UScheme* scheme);
-    void setHelpIdentifier(const String& id);
+    void setHelpIdentifier(const ConstString& id);
     /// Between the two, positions and sizes are kept and applied once at the end.
     void beginCollectUpdates();
     void endCollectUpdates();
@@ -148,7 +153,7 @@ public:
     // State.
 
     /// Names the section of the defaults in which place and size are kept between runs.
-    void setStateName(const String& name, int32_t version);
+    void setStateName(const ConstString& name, int32_t version);
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 
@@ -161,9 +166,12 @@ public:
     bool mouseEvent(const platform::MouseEvent& event);
     bool wheelEvent(const platform::WheelEvent& event);
     bool keyEvent(const platform::KeyEvent& event);
-    void sized(CmRect clientOnScreen);
-    void sizeTracking(bool started);
-    void activationChanged(bool active, bool mainWindow);
+    void sized(const CmRect& clientOnScreen);
+    enum class SizeTracking : uint8_t { started, ended };
+    void sizeTracking(SizeTracking phase);
+    enum class Activation : uint8_t { gained, lost };
+    void activationChanged(Activation activation, platform::PlatformWindowClient::MainWindow mainWindow);
+    void captureLost();
     void stateChangedTo(WindowState state);
     void userColorsChanged();
 
@@ -178,18 +186,75 @@ public:
     bool isDoubleClick() const;
     CmPoint focusPoint() const;
 
+    /// Buttons of the press that is being handled; outside of one, those that are down now.
+    uint32_t pressedButtons() const;
+    /// "Hit", "Escape", "Fore", "Back", "Left", "Right", "Up", "Down": what the category "Focus" of commands
+    /// does. False for any other word and when nothing came of it.
+    bool focusCommand(std::string_view command);
+
     // Overrides of UView.
 
+    bool draw(const CmRect& rect) override;
+    bool drawSubViews(const CmRect& rect) override;
+    bool drawContent(const CmRect& rect) override;
     bool invalidate(const CmRect& rect) override;
+    bool isVisible() const override;
+    bool isRealized() const override;
+    UScheme* getScheme() const override;
+    UColor getBackgroundColor(const UView* forView) const override;
+    bool mouseDown(CmPoint point) override;
+    bool getMousePosition(CmPoint& point) const override;
+    bool isMouseDown() const override;
+    void setEnabled(bool enabled) override;
+    bool keyDown(const UKeyCode& key) override;
+    const char* getHelpIdentifier() const override;
+    void setTitle(const ConstString& title) override;
+    bool applyFrameHook(const CmRect& rect, bool redraw) override;
+    bool scrollRect(const CmRect& rect, CmPoint delta) override;
+    UWindow* getWindow() const override;
+    bool getRenderTarget(Ref<RenderTarget>& target, CmPoint& offset) override;
+    void getWindowOffset(CmPoint& point) const override;
+    int32_t handleMessage(FMessage* message) override;
+    AccessibleRole getAccessibleRole() const override;
 
 protected:
     ~UWindow() override;
 
     WindowCore& core() const { return *core_; }
+    /// Takes hold with the next opening.
+    void setStyle(uint32_t style);
     virtual void prePaint(const platform::Region& region);
     virtual void postPaint();
+    /// Sends `name` with "Window" to the controller. 0 without one.
+    int32_t tellController(const char* name);
+    int32_t tellController(FMessage& message);
 
 private:
+    friend class WindowPlatformSide;
+
+    bool open();
+    bool createPlatformWindow();
+    void placeForOpening();
+    void showOnPlatform();
+    void restoreStoredState();
+    void storeStateAtClose();
+    void leaveLists();
+    void changeState(WindowState state);
+    void tellState(const char* message, bool on);
+    bool closeByKey(const UKeyCode& key);
+    bool pressRight(CmPoint point);
+    void beginClientDrag(CmPoint point);
+    bool mouseMoved(CmPoint point);
+    void mouseLeft();
+    bool mousePressed(CmPoint point, const platform::MouseEvent& event);
+    bool mouseReleased(CmPoint point, const platform::MouseEvent& event);
+    bool isStillHovered(CmPoint point);
+    void findHoverView(CmPoint point);
+    void setHoverView(UView* view, CmPoint point);
+    UView* keyTarget() const;
+    void followMainWindow(bool isMain);
+    UView* contentView() const;
+
     uint32_t windowFlags_ = 0;
     Ref<CmObject> controller_;
     std::unique_ptr<WindowCore> core_;

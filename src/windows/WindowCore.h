@@ -2,9 +2,13 @@
 
 #include "foundation/String.h"
 #include "graphics/UColor.h"
+#include "platform/PlatformWindow.h"
 #include "views/ClickTracker.h"
+#include "views/RenderTarget.h"
+#include "views/ViewListeners.h"
 #include "windows/WindowListeners.h"
 #include "windows/WindowStyle.h"
+
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
 
@@ -12,6 +16,8 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace qorl {
@@ -21,6 +27,7 @@ class UScheme;
 class UView;
 class UWindow;
 class WindowPlatformSide;
+class WindowSurface;
 
 /// What a window keeps beside its class, so that derived windows stay small. Owned by the window; used by the
 /// sources of `windows/` only.
@@ -32,18 +39,30 @@ struct WindowCore {
     std::vector<UView*> directPaintViews;
     std::deque<std::function<void(UWindow*)>> closeHooks;
     std::vector<Ref<UWindow>> childWindows;
-    std::vector<WindowListener*> windowListeners;
-    std::vector<WindowPaintListener*> paintListeners;
-    std::vector<WindowPaintListener*> prePaintListeners;
+    ListenerList<WindowListener> windowListeners;
+    ListenerList<WindowPaintListener> paintListeners;
+    ListenerList<WindowPaintListener> prePaintListeners;
     UWindow* parentWindow = nullptr;
     std::unique_ptr<WindowPlatformSide> platformSide;
+    Ref<platform::PlatformWindow> platformWindow;
+    Ref<WindowSurface> surface;
+    Ref<RenderTarget> paintTarget; ///< Of the paint in progress.
     Ref<CmObject> focusController;
     Ref<CmObject> menuBar;
-    UScheme* scheme = nullptr;
+    Ref<UScheme> scheme;
     UView* hoverView = nullptr;
     UView* focusView = nullptr;
-    String helpId;
+    std::string helpId;
     CmPoint focusPoint;
+    CmPoint mouseLocation;
+    bool hasMouseLocation = false;
+    uint32_t pressButtons = 0;
+    bool keyComesFromTree = false;
+    bool centerOnOpen = false;
+    bool closeIsCancel = false;
+    std::vector<Ref<UWindow>> followersOfMain; ///< Child windows that went with the main window.
+    std::optional<CmPoint> collectedPosition;
+    std::optional<CmSize> collectedSize;
     CmPoint dragOffset;
     CmSize minSize{80, 20};
     CmSize maxSize{0x7FFFFFFF, 0x7FFFFFFF};
@@ -55,6 +74,8 @@ struct WindowCore {
     WindowState windowState = WindowState::normal;
     uint32_t stateFlags = 0;
     float opacity = 1.0F;
+
+    void setStateFlag(StateFlag flag, bool on) { stateFlags = on ? stateFlags | flag : stateFlags & ~flag; }
 };
 
 } // namespace qorl

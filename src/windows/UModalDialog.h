@@ -1,0 +1,30 @@
+#pragma once
+
+#include "windows/UWindow.h"
+
+namespace qorl {
+
+/// A window that keeps input from the others until it is closed. `UDesktop::runModal` opens one and waits.
+class UModalDialog : public UWindow {
+    QORL_CLASS(UModalDialog, UWindow)
+
+public:
+    /// What `runModal` gives for a dialog that was closed without an answer.
+    static constexpr int32_t canceledResult = 0;
+
+    /// Centred when it opens. `style` is joined by what every dialog has.
+    UModalDialog(const CmRect& frame, uint32_t style, const ConstString& title);
+
+    WindowType getWindowType() const override { return WindowType::modal; }
+    bool keyDown(const UKeyCode& key) override;
+    AccessibleRole getAccessibleRole() const override;
+
+    /// Closes the dialog, deferred; `runModal` then gives `result`.
+    void endModal(int32_t result);
+    int32_t getModalResult() const { return modalResult_; }
+
+private:
+    int32_t modalResult_ = canceledResult;
+};
+
+} // namespace qorl
