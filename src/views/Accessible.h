@@ -33,7 +33,7 @@ enum class AccessibleRole : uint8_t {
     separator,
 };
 
-/// "push button", "check box": the role in a word for dumps and bridges. Never null.
+/// "button", "check box": the role in a word for dumps and bridges. Never null.
 const char* nameOf(AccessibleRole role);
 
 /// A number that somebody can hear and change. `step` is 0 where any number between the limits will do.

@@ -189,6 +189,7 @@ public:
     void setClientInsets(const App::Layout::Insets& insets, bool updateNow);
     /// What ancestors leave of the client, in client coordinates. False when that is nothing.
     bool getVisibleClientRect(CmRect& rect) const;
+    /// The same for the frame, in client coordinates too.
     bool getVisibleFrameRect(CmRect& rect) const;
     CmPoint windowToClient(CmPoint point) const;
     CmPoint clientToWindow(CmPoint point) const;
@@ -220,13 +221,6 @@ public:
     UView* findViewAt(CmPoint point, bool deep);
     UView* getEnclosingScrollView(int32_t maxDepth);
 
-    /// Bit 0: along the vertical; bit 1: towards the far edge.
-    enum ShiftFlag : uint32_t { shiftVertical = 1, shiftFar = 2 };
-    /// Adds `view` where its frame says and slides away what stands there, by its extent and `gap`.
-    bool insertShifting(Ref<UView> view, int32_t gap, uint32_t flags);
-    /// Removes `view` and slides the others back.
-    Ref<UView> removeShifting(UView* view, int32_t gap, uint32_t flags);
-
     // ---- State of the subtree.
 
     /// The flat form, which windows use.
@@ -251,6 +245,13 @@ protected:
 
     /// The frame without hooks.
     bool applyFrame(const CmRect& rect, bool redraw);
+
+private:
+    void storeFrame(const CmRect& rect);
+    void invalidateFrameChange(const CmRect& rect);
+    bool checkSubViewSize(UView& subView, CmRect& rect, CmSize growth);
+    /// Tells the dependents; without any only that it is done.
+    void tellDependents(int32_t message);
 };
 
 } // namespace qorl

@@ -12,6 +12,9 @@ namespace qorl {
 class UView;
 struct ViewRare;
 
+/// Place and extent each to the nearest whole number.
+CmRect roundedRect(const Geometry::Rect& rect);
+
 /// The item of a view.
 class ViewItem final : public App::Layout::Item {
 public:
