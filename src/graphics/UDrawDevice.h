@@ -127,10 +127,9 @@ protected:
     void detach();
 
 private:
-    enum class Flush : uint8_t { shape, fillWithPen };
-
     CmRect effectiveClip() const { return clipRect_.intersect(clipLimit_); }
     bool prepare();
+    void markAllDirty();
     void flushPen();
     void flushClip();
     void flushBrush();
@@ -149,6 +148,8 @@ private:
     Ref<DrawTarget> target_;
     Ref<GraphicsPath> scratchPath_;
     CmRect clipLimit_ = maximumClip;
+    UDrawDevice* root_ = this;                ///< The device that the back end was opened for.
+    const UDrawDevice* stateOwner_ = nullptr; ///< Of a root: the device whose state the back end has.
     bool clipDirty_ = true;
     bool penDirty_ = true;
     bool brushDirty_ = true;

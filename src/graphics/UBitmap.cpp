@@ -1,0 +1,285 @@
+#include "graphics/UBitmap.h"
+
+#include "graphics/BitmapCache.h"
+#include "graphics/GraphicsFactory.h"
+#include "graphics/PixelFilters.h"
+#include "graphics/UBitmapFamily.h"
+#include "graphics/UDrawDevice.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace qorl {
+
+namespace {
+
+Ref<GraphicsImage> createImage(CmSize size, uint32_t format) {
+    GraphicsFactory* factory = getGraphicsFactory();
+    return factory && !size.isEmpty() ? factory->getBitmapFactory()->createBitmap(size, format) : nullptr;
+}
+
+/// Decimal text without trailing zeros: 0.5 and 0.50 are one key.
+std::string factorText(float factor) {
+    char text[48];
+    const auto [end, error] = std::to_chars(text, text + sizeof text, factor, std::chars_format::fixed);
+    return error == std::errc() ? std::string(text, end) : std::string("0");
+}
+
+template <typename... Numbers>
+std::string keyText(const char* format, Numbers... numbers) {
+    char text[160];
+    std::snprintf(text, sizeof text, format, numbers...);
+    return text;
+}
+
+/// The variant under `key`, made by `create` when it isn't kept yet.
+template <typename Create>
+Ref<UBitmap> cachedVariant(UBitmap* source, const std::string& key, Create create) {
+    BitmapCache* cache = BitmapCache::instance();
+    if (!cache || !source->isValid())
+        return nullptr;
+    if (auto kept = cache->get(source, key))
+        return kept;
+    Ref<UBitmap> made = create();
+    return made && cache->put(source, key, made.get()) ? made : nullptr;
+}
+
+/// Copies pixels between locked images, cut to what both have.
+void copyRows(const platform::PixelSurface& from, CmRect source, const platform::PixelSurface& to,
+              CmPoint place) {
+    const CmRect inTarget = CmRect::ofSize(place, source.size()).intersect({0, 0, to.width, to.height});
+    const CmRect part =
+        inTarget.moved(CmPoint{source.left, source.top} - place).intersect({0, 0, from.width, from.height});
+    if (inTarget.isEmpty() || part.isEmpty())
+        return;
+    const CmPoint target = CmPoint{part.left, part.top} - (CmPoint{source.left, source.top} - place);
+    for (int32_t y = 0; y < part.height(); ++y)
+        std::memmove(to.getRow(target.y + y) + target.x, from.getRow(part.top + y) + part.left,
+                     static_cast<size_t>(part.width()) * sizeof(uint32_t));
+}
+
+} // namespace
+
+UBitmap::UBitmap(CmSize size, uint32_t pixelFormat) : image_(createImage(size, pixelFormat)) {
+    if (image_)
+        size_ = size;
+}
+
+UBitmap::UBitmap(Ref<GraphicsImage> image, double scale)
+    : image_(std::move(image)), scale_(std::isfinite(scale) && scale > 0 ? scale : 1.0) {
+    if (image_)
+        size_ = {static_cast<int32_t>(std::lround(image_->getWidth() / scale_)),
+                 static_cast<int32_t>(std::lround(image_->getHeight() / scale_))};
+}
+
+UBitmap::~UBitmap() {
+    if (BitmapCache* cache = BitmapCache::existing())
+        cache->remove(this);
+}
+
+Ref<UBitmap> UBitmap::fromFile(std::span<const std::byte> file, std::string& error) {
+    GraphicsFactory* factory = getGraphicsFactory();
+    if (!factory) {
+        error = "no graphics back end is selected";
+        return nullptr;
+    }
+    ImageCodec* codec = factory->getImageCodecs()->findByContents(file);
+    if (!codec) {
+        error = file.empty() ? "the file is empty" : "not an image file of a known kind (PNG)";
+        return nullptr;
+    }
+    Ref<GraphicsImage> image = codec->decode(file, error);
+    return image ? make<UBitmap>(std::move(image)) : nullptr;
+}
+
+std::vector<std::byte> UBitmap::toPng() {
+    std::vector<std::byte> file;
+    GraphicsFactory* factory = getGraphicsFactory();
+    ImageCodec* codec = factory ? factory->getImageCodecs()->findByExtension("png") : nullptr;
+    GraphicsImage* image = getBackendImage();
+    if (!codec || !image || !codec->encode(*image, file))
+        file.clear();
+    return file;
+}
+
+CmObject* UBitmap::clone() const {
+    // Reading pixels needs the image to be locked, which changes nothing that can be seen.
+    Ref<UBitmap> copy = const_cast<UBitmap*>(this)->copyPixels();
+    return copy ? copy.detach() : new UBitmap();
+}
+
+Ref<UBitmap> UBitmap::copyPixels() {
+    GraphicsImage* from = getBackendImage();
+    if (!from)
+        return nullptr;
+    const CmSize size{from->getWidth(), from->getHeight()};
+    Ref<GraphicsImage> to = createImage(size, 0);
+    if (!to)
+        return nullptr;
+    {
+        const PixelLock source(*from);
+        const PixelLock target(*to);
+        if (source->isEmpty() || target->isEmpty())
+            return nullptr;
+        copyRows(*source, CmRect::ofSize({}, size), *target, {});
+    }
+    return make<UBitmap>(std::move(to), getScale());
+}
+
+UBitmap* UBitmap::getSourceBitmap() {
+    return this;
+}
+
+UBitmap* UBitmap::getRootBitmap() {
+    return this;
+}
+
+Ref<UBitmap> UBitmap::createSection(const CmRect& rect) {
+    if (rect.isEmpty() || !CmRect::ofSize({}, getSize()).contains(rect) || !isValid())
+        return nullptr;
+    return make<UBitmapSection>(retain(this), rect);
+}
+
+CmRect UBitmap::toImage(const CmRect& rect) const {
+    const auto scaled = [this](int32_t place) { return static_cast<int32_t>(std::lround(place * scale_)); };
+    return {scaled(rect.left), scaled(rect.top), scaled(rect.right), scaled(rect.bottom)};
+}
+
+Ref<UBitmap> UBitmap::getScaled(CmSize size, Interpolation kind) {
+    if (size.isEmpty())
+        return nullptr;
+    const auto key = keyText("scale-%d-%d-%d", size.width, size.height, static_cast<int32_t>(kind));
+    return cachedVariant(this, key, [&]() -> Ref<UBitmap> {
+        Ref<GraphicsImage> scaled = getBackendImage()->createScaled(size, kind);
+        return scaled ? make<UBitmap>(std::move(scaled)) : nullptr;
+    });
+}
+
+Ref<UBitmap> UBitmap::getWoven(CmSize size, WeaveKind kind, const CmRect& margins) {
+    if (size.isEmpty())
+        return nullptr;
+    const auto key =
+        keyText("weave-%d-%d-%d-%d-%d-%d-%d", size.width, size.height, static_cast<int32_t>(kind),
+                margins.left, margins.top, margins.right, margins.bottom);
+    return cachedVariant(this, key, [&]() -> Ref<UBitmap> {
+        auto woven = make<UBitmap>(size);
+        if (!woven->isValid())
+            return nullptr;
+        const CmRect center{margins.left, margins.top, getWidth() - margins.right,
+                            getHeight() - margins.bottom};
+        const int32_t style = kind == WeaveKind::tile
+                                  ? UDynamicBitmap::horizontalRepeat | UDynamicBitmap::verticalRepeat
+                                  : UDynamicBitmap::stretch;
+        UDynamicBitmap parts(retain(this), center, style);
+        UDrawDevice device(woven.get());
+        device.drawBitmap(&parts, CmRect::ofSize({}, size));
+        return woven;
+    });
+}
+
+Ref<UBitmap> UBitmap::getDesaturated(float gray, float alpha) {
+    const auto key = keyText("desat-%s-%s", factorText(gray).c_str(), factorText(alpha).c_str());
+    return cachedVariant(this, key, [&] {
+        auto copy = copyPixels();
+        if (copy)
+            PixelFilters::desaturate(*copy->getBackendImage(), gray, alpha);
+        return copy;
+    });
+}
+
+Ref<UBitmap> UBitmap::getColored(const UColor& color, ColorMode mode) {
+    const auto key =
+        keyText("color-%lu-%d", static_cast<unsigned long>(color.packed()), static_cast<int32_t>(mode));
+    return cachedVariant(this, key, [&] {
+        auto copy = copyPixels();
+        if (copy && mode == ColorMode::multiply)
+            PixelFilters::multiply(*copy->getBackendImage(), color);
+        else if (copy)
+            PixelFilters::fillKeepingAlpha(*copy->getBackendImage(), color);
+        return copy;
+    });
+}
+
+Ref<UBitmap> UBitmap::getTinted(const UColor& color, float factor) {
+    const auto key =
+        keyText("tint-%lu-%s", static_cast<unsigned long>(color.packed()), factorText(factor).c_str());
+    return cachedVariant(this, key, [&] {
+        auto copy = copyPixels();
+        if (copy)
+            PixelFilters::tint(*copy->getBackendImage(), color, factor);
+        return copy;
+    });
+}
+
+Ref<UBitmap> UBitmap::getAdjusted(int32_t hue, int32_t saturation, int32_t luminance) {
+    const auto key = keyText("adjust-%d-%d-%d", hue, saturation, luminance);
+    return cachedVariant(this, key, [&] {
+        auto copy = copyPixels();
+        if (copy)
+            PixelFilters::adjustHsl(*copy->getBackendImage(), hue, saturation, luminance);
+        return copy;
+    });
+}
+
+Ref<GraphicsImage> UBitmap::getPixels(const CmRect& rect) {
+    GraphicsImage* image = getBackendImage();
+    return image ? image->createSection(toImage(rect)) : nullptr;
+}
+
+void UBitmap::draw(UDrawDevice& device, const CmRect& source, const CmRect& destination, double alpha,
+                   Interpolation interpolation) {
+    GraphicsImage* image = getBackendImage();
+    if (!image || source.isEmpty() || destination.isEmpty())
+        return;
+    DrawBackEnd* backEnd = device.beginBitmap();
+    if (!backEnd)
+        return;
+    const CmRect part = toImage(source);
+    const DrawRect from{double(part.left), double(part.top), double(part.width()), double(part.height())};
+    const bool plain = alpha >= 1 && scale_ == 1.0 && source.size() == destination.size();
+    if (plain) {
+        backEnd->drawBitmap(image, {double(destination.left), double(destination.top)}, &from);
+        return;
+    }
+    backEnd->drawBitmapStretched(image,
+                                 {double(destination.left), double(destination.top),
+                                  double(destination.width()), double(destination.height())},
+                                 from, alpha, interpolation);
+}
+
+void UBitmap::drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination) {
+    if (source.isEmpty() || destination.isEmpty() || !isValid())
+        return;
+    // Only the tiles that can be seen: a huge rectangle must not take a huge time.
+    const CmRect visible = destination.intersect(device.getClip());
+    if (visible.isEmpty())
+        return;
+    const int32_t firstX = (visible.left - destination.left) / source.width();
+    const int32_t firstY = (visible.top - destination.top) / source.height();
+    for (int32_t y = destination.top + firstY * source.height(); y < visible.bottom; y += source.height()) {
+        for (int32_t x = destination.left + firstX * source.width(); x < visible.right; x += source.width()) {
+            const CmRect tile = CmRect::ofSize({x, y}, source.size()).intersect(destination);
+            draw(device, CmRect::ofSize(source.origin(), tile.size()), tile, 1.0, Interpolation::linear);
+        }
+    }
+}
+
+bool UBitmap::blit(GraphicsBitmap& from, const CmRect& source, CmPoint destination) {
+    GraphicsImage* to = getBackendImage();
+    const Ref<GraphicsImage> part = from.getPixels(source);
+    if (!to || !part)
+        return false;
+    const CmSize size{part->getWidth(), part->getHeight()};
+    const PixelLock target(*to);
+    const PixelLock pixels(*part);
+    if (target->isEmpty() || pixels->isEmpty())
+        return false;
+    copyRows(*pixels, CmRect::ofSize({}, size), *target,
+             toImage({destination.x, destination.y, 0, 0}).origin());
+    return true;
+}
+
+} // namespace qorl

@@ -1,0 +1,469 @@
+#include "graphics/UDrawDevice.h"
+
+#include "graphics/GraphicsFactory.h"
+#include "graphics/UBitmap.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qorl {
+
+namespace {
+
+constexpr double sweepTolerance = 1.1920929e-7;
+
+bool isAbout(double value, double wanted) {
+    return std::abs(value - wanted) <= sweepTolerance;
+}
+
+DrawRect wholeRect(const CmRect& rect) {
+    return {double(rect.left), double(rect.top), double(rect.width()), double(rect.height())};
+}
+
+/// Strokes run through the centres of the outermost pixels.
+DrawRect strokeRect(const CmRect& rect) {
+    return {rect.left + 0.5, rect.top + 0.5, rect.width() - 1.0, rect.height() - 1.0};
+}
+
+CmRect normalised(const CmRect& rect) {
+    return {std::min(rect.left, rect.right), std::min(rect.top, rect.bottom), std::max(rect.left, rect.right),
+            std::max(rect.top, rect.bottom)};
+}
+
+/// A text as UTF-16, without allocating for the short plain texts that labels are.
+class WideText {
+public:
+    explicit WideText(const ConstString& text) {
+        if (text.isWide()) {
+            view_ = text.view16();
+            return;
+        }
+        const std::string_view narrow = text.view8();
+        const bool plain =
+            std::all_of(narrow.begin(), narrow.end(), [](char c) { return static_cast<int8_t>(c) >= 0; });
+        if (plain && narrow.size() <= buffer_.size()) {
+            std::copy(narrow.begin(), narrow.end(), buffer_.begin());
+            view_ = {buffer_.data(), narrow.size()};
+        } else {
+            converted_ = text.toUtf16();
+            view_ = converted_;
+        }
+    }
+    WideText(const WideText&) = delete;
+    WideText& operator=(const WideText&) = delete;
+
+    std::u16string_view view() const { return view_; }
+
+private:
+    std::array<char16_t, 128> buffer_;
+    std::u16string converted_;
+    std::u16string_view view_;
+};
+
+constexpr int32_t alignmentOf(int32_t just) {
+    int32_t alignment = just & Justify::right    ? TextAlignment::right
+                        : just & Justify::center ? TextAlignment::center
+                                                 : TextAlignment::left;
+    if (just & Justify::bottom)
+        alignment += TextAlignment::bottom;
+    else if (just & Justify::verticalCenter)
+        alignment += TextAlignment::verticalCenter;
+    return alignment;
+}
+
+template <typename Add>
+void addPoints(std::span<const CmPoint> points, double shift, Add add) {
+    std::vector<DrawPoint> places;
+    places.reserve(points.size());
+    for (const CmPoint& p : points)
+        places.push_back({p.x + shift, p.y + shift});
+    add(places.data(), places.size());
+}
+
+} // namespace
+
+UDrawDevice::UDrawDevice(DrawTarget* target) {
+    GraphicsFactory* factory = getGraphicsFactory();
+    if (!target || !factory)
+        return;
+    backEnd_ = factory->createDrawDevice(target);
+    if (!backEnd_)
+        return;
+    target_ = retain(target);
+    target_->drawingBegins();
+}
+
+UDrawDevice::UDrawDevice(UDrawDevice& outer, CmPoint origin, int32_t factorX, int32_t factorY) {
+    if (!outer.backEnd_)
+        return;
+    root_ = outer.root_;
+    scaled_.setMapping(outer.backEnd_.get(), origin, factorX, factorY);
+    backEnd_ = retain<DrawBackEnd>(&scaled_);
+}
+
+UDrawDevice::UDrawDevice(Ref<DrawBackEnd> backEnd) : backEnd_(std::move(backEnd)) {}
+
+UDrawDevice::~UDrawDevice() {
+    backEnd_.reset();
+    if (target_)
+        target_->drawingEnds();
+}
+
+void UDrawDevice::detach() {
+    backEnd_.reset();
+}
+
+void UDrawDevice::markAllDirty() {
+    clipDirty_ = penDirty_ = brushDirty_ = true;
+    antialiasedState_ = Smoothing::unknown;
+}
+
+bool UDrawDevice::prepare() {
+    if (isSilent())
+        return false;
+    // Several devices may draw through one back end in turn.
+    if (root_->stateOwner_ != this) {
+        root_->stateOwner_ = this;
+        markAllDirty();
+    }
+    flushPen();
+    flushClip();
+    flushBrush();
+    return true;
+}
+
+void UDrawDevice::flushAntialias(bool wanted) {
+    const Smoothing state = wanted ? Smoothing::on : Smoothing::off;
+    if (state == antialiasedState_)
+        return;
+    backEnd_->setDrawAntialiased(wanted);
+    antialiasedState_ = state;
+}
+
+void UDrawDevice::flushPen() {
+    flushAntialias(pen_.isAntialiased());
+    if (!penDirty_)
+        return;
+    backEnd_->setPenColor(pen_.getColor().packed());
+    backEnd_->setPenWidth(pen_.getWidth());
+    backEnd_->setLineStyle(pen_.effectiveLineStyle());
+    penDirty_ = false;
+}
+
+void UDrawDevice::flushClip() {
+    if (!clipDirty_)
+        return;
+    backEnd_->setClip(wholeRect(effectiveClip()));
+    clipDirty_ = false;
+}
+
+void UDrawDevice::flushBrush() {
+    if (!brushDirty_)
+        return;
+    backEnd_->setBrushColor(brush_.getColor().packed());
+    brushDirty_ = false;
+}
+
+bool UDrawDevice::isOutside(const CmRect& rect, int32_t slack) const {
+    return !effectiveClip().grown(slack, slack).intersects(rect);
+}
+
+GraphicsPath& UDrawDevice::scratchPath() {
+    if (!scratchPath_)
+        scratchPath_ = make<GraphicsPath>();
+    scratchPath_->clear();
+    return *scratchPath_;
+}
+
+void UDrawDevice::lineTo(CmPoint point) {
+    const CmPoint from = std::exchange(penPosition_, point);
+    if (!prepare())
+        return;
+    const double shift = pen_.getWidth() & 1 ? 0.5 : 0.0;
+    backEnd_->drawLine({from.x + shift, from.y + shift}, {point.x + shift, point.y + shift});
+}
+
+void UDrawDevice::drawLines(std::span<const CmPoint> points) {
+    if (points.size() < 2 || !prepare())
+        return;
+    const double shift = pen_.getWidth() & 1 ? 0.5 : 0.0;
+    const auto place = [shift](CmPoint p) { return DrawPoint{p.x + shift, p.y + shift}; };
+    const auto batch = backEnd_->createFastLines(static_cast<int32_t>(points.size() / 2));
+    for (size_t i = 0; i + 1 < points.size(); i += 2) {
+        if (batch)
+            batch->add(place(points[i]), place(points[i + 1]));
+        else
+            backEnd_->drawLine(place(points[i]), place(points[i + 1]));
+    }
+    if (batch)
+        backEnd_->drawFastLines(batch.get());
+}
+
+void UDrawDevice::clearRect(const CmRect& rect) {
+    if (!rect.isEmpty() && prepare())
+        backEnd_->clearRect(wholeRect(rect));
+}
+
+void UDrawDevice::drawFrame(const CmRect& rect) {
+    if (rect.isEmpty() || isOutside(rect, 2 * pen_.getWidth()) || !prepare())
+        return;
+    backEnd_->drawRect(strokeRect(rect), DrawMode::stroke);
+}
+
+void UDrawDevice::fillRect(const CmRect& rect) {
+    if (!rect.isEmpty() && prepare())
+        backEnd_->drawRect(wholeRect(rect), DrawMode::fill);
+}
+
+void UDrawDevice::drawRoundRect(const CmRect& rect, int32_t radius) {
+    if (rect.isEmpty() || isOutside(rect, 2 * pen_.getWidth()) || !prepare())
+        return;
+    GraphicsPath& path = scratchPath();
+    path.addRoundRect(strokeRect(rect), radius < 0 ? rect.width() / 10 : radius);
+    backEnd_->drawPath(&path, DrawMode::stroke, nullptr);
+}
+
+void UDrawDevice::fillRoundRect(const CmRect& rect, int32_t radius) {
+    if (rect.isEmpty() || isOutside(rect, 0))
+        return;
+    if (radius < 0)
+        radius = rect.width() / 10;
+    const CmRect clip = effectiveClip();
+    const bool cornersHidden = clip.left >= rect.left + radius && clip.right <= rect.right - radius;
+    if (radius == 0 || cornersHidden) {
+        fillRect(rect);
+        return;
+    }
+    if (!prepare())
+        return;
+    GraphicsPath& path = scratchPath();
+    path.addRoundRect(wholeRect(rect), radius);
+    fillWithColor(brush_.getColor(), path);
+}
+
+/// The pen takes the colour too, for back ends that draw the rim of a filled path with it.
+void UDrawDevice::fillWithColor(const UColor& color, GraphicsPath& path) {
+    const uint32_t packed = color.packed();
+    const bool changesPen = packed != pen_.getColor().packed();
+    const bool changesBrush = packed != brush_.getColor().packed();
+    if (changesPen)
+        backEnd_->setPenColor(packed);
+    if (changesBrush)
+        backEnd_->setBrushColor(packed);
+    backEnd_->drawPath(&path, DrawMode::fill, nullptr);
+    if (changesPen)
+        backEnd_->setPenColor(pen_.getColor().packed());
+    if (changesBrush)
+        backEnd_->setBrushColor(brush_.getColor().packed());
+}
+
+void UDrawDevice::drawRects(std::span<const CmRect> rects, bool filled) {
+    if (rects.empty() || !prepare())
+        return;
+    const DrawMode mode = filled ? DrawMode::fill : DrawMode::stroke;
+    const auto place = [filled](const CmRect& rect) { return filled ? wholeRect(rect) : strokeRect(rect); };
+    const auto batch = backEnd_->createFastRects(static_cast<int32_t>(rects.size()));
+    for (const CmRect& rect : rects) {
+        if (rect.isEmpty())
+            continue;
+        if (batch)
+            batch->add(place(rect));
+        else
+            backEnd_->drawRect(place(rect), mode);
+    }
+    if (batch)
+        backEnd_->drawFastRects(batch.get(), mode);
+}
+
+void UDrawDevice::drawEllipse(const CmRect& rect, double start, double sweep) {
+    if (rect.isEmpty() || isAbout(sweep, 0) || !prepare())
+        return;
+    if (isAbout(sweep, fullCircle)) {
+        backEnd_->drawEllipse(strokeRect(rect), DrawMode::stroke);
+        return;
+    }
+    GraphicsPath& path = scratchPath();
+    path.addArc(strokeRect(rect), start, sweep);
+    backEnd_->drawPath(&path, DrawMode::stroke, nullptr);
+}
+
+void UDrawDevice::fillEllipse(const CmRect& rect, double start, double sweep, bool useBrush) {
+    if (rect.isEmpty() || isAbout(sweep, 0) || !prepare())
+        return;
+    const UColor& color = useBrush ? brush_.getColor() : pen_.getColor();
+    GraphicsPath& path = scratchPath();
+    const DrawRect whole = wholeRect(rect);
+    if (isAbout(sweep, fullCircle)) {
+        path.addEllipse(whole);
+    } else {
+        path.moveTo({whole.x + whole.width / 2, whole.y + whole.height / 2});
+        path.addArc(whole, start, sweep);
+        path.closeFigure();
+    }
+    fillWithColor(color, path);
+}
+
+void UDrawDevice::drawPolygon(std::span<const CmPoint> points) {
+    if (points.size() < 2 || !prepare())
+        return;
+    GraphicsPath& path = scratchPath();
+    addPoints(points, 0.5, [&](const DrawPoint* places, size_t count) { path.addPolygon(places, count); });
+    backEnd_->drawPath(&path, DrawMode::stroke, nullptr);
+}
+
+void UDrawDevice::fillPolygon(std::span<const CmPoint> points) {
+    if (points.size() < 3 || !prepare())
+        return;
+    GraphicsPath& path = scratchPath();
+    addPoints(points, 0.0, [&](const DrawPoint* places, size_t count) { path.addPolygon(places, count); });
+    backEnd_->drawPath(&path, DrawMode::fill, nullptr);
+}
+
+void UDrawDevice::drawPolyline(std::span<const CmPoint> points) {
+    if (points.size() < 2 || !prepare())
+        return;
+    GraphicsPath& path = scratchPath();
+    addPoints(points, 0.5, [&](const DrawPoint* places, size_t count) { path.addPolyline(places, count); });
+    backEnd_->drawPath(&path, DrawMode::stroke, nullptr);
+}
+
+void UDrawDevice::drawPath(GraphicsPath& path, DrawMode mode, const TransformMatrix* matrix) {
+    if (!path.isEmpty() && prepare())
+        backEnd_->drawPath(&path, mode, matrix);
+}
+
+void UDrawDevice::setPen(const UPen& pen) {
+    if (pen == pen_)
+        return;
+    pen_ = pen;
+    penDirty_ = true;
+}
+
+void UDrawDevice::setPenColor(const UColor& color) {
+    if (color == pen_.getColor())
+        return;
+    pen_.setColor(color);
+    penDirty_ = true;
+}
+
+void UDrawDevice::setBrush(const UBrush& brush) {
+    if (brush == brush_)
+        return;
+    brush_ = brush;
+    brushDirty_ = true;
+}
+
+void UDrawDevice::setBrushColor(const UColor& color) {
+    if (color == brush_.getColor())
+        return;
+    brush_.setColor(color);
+    brushDirty_ = true;
+}
+
+void UDrawDevice::drawString(const ConstString& text, CmPoint point) {
+    if (text.isEmpty() || !prepare())
+        return;
+    GraphicsFont* face = font_.getFace();
+    if (!face)
+        return;
+    const FontMetrics& metrics = face->getMetrics();
+    const DrawRect rect{double(point.x), point.y - metrics.ascent, face->measureWidth(text),
+                        metrics.ascent + metrics.descent};
+    backEnd_->drawString(WideText(text).view(), rect, face, font_.getColor().packed(),
+                         TextAlignment::center + TextAlignment::verticalCenter);
+}
+
+void UDrawDevice::drawString(const ConstString& text, const CmRect& rect, int32_t just, int32_t margin) {
+    if (text.isEmpty() || !prepare())
+        return;
+    GraphicsFont* face = font_.getFace();
+    if (!face)
+        return;
+    backEnd_->drawString(WideText(text).view(), wholeRect(rect.grown(-margin, 0)), face,
+                         font_.getColor().packed(), alignmentOf(just));
+}
+
+void UDrawDevice::drawChar(char16_t character, CmPoint point) {
+    drawString(ConstString(&character, 1), point);
+}
+
+void UDrawDevice::getStringRect(const ConstString& text, CmRect& rect) const {
+    rect = CmRect::ofSize({}, font_.getStringExtent(text));
+}
+
+void UDrawDevice::drawBitmap(UBitmap* bitmap, const CmRect& rect, Interpolation interpolation) {
+    if (bitmap)
+        drawBitmapAlpha(bitmap, CmRect::ofSize({}, bitmap->getSize()), rect, 1.0, interpolation);
+}
+
+void UDrawDevice::drawBitmapAt(UBitmap* bitmap, CmPoint point, Interpolation interpolation) {
+    if (bitmap)
+        drawBitmap(bitmap, CmRect::ofSize(point, bitmap->getSize()), interpolation);
+}
+
+void UDrawDevice::drawBitmapAlpha(UBitmap* bitmap, const CmRect& source, const CmRect& destination,
+                                  double alpha, Interpolation interpolation) {
+    if (bitmap && !isSilent() && !destination.isEmpty() && !isOutside(destination, 0))
+        bitmap->draw(*this, source, destination, alpha, interpolation);
+}
+
+DrawBackEnd* UDrawDevice::beginBitmap() {
+    return prepare() ? backEnd_.get() : nullptr;
+}
+
+void UDrawDevice::setClip(const CmRect& rect) {
+    const CmRect clip = normalised(rect);
+    if (clip == clipRect_)
+        return;
+    clipRect_ = clip;
+    clipDirty_ = true;
+}
+
+void UDrawDevice::limitClip(const CmRect& limit) {
+    clipLimit_ = limit;
+    clipDirty_ = true;
+}
+
+void UDrawDevice::setStandardStyles() {
+    brush_ = UBrush();
+    pen_ = UPen();
+    clipRect_ = maximumClip;
+    clipDirty_ = penDirty_ = brushDirty_ = true;
+}
+
+void UDrawDevice::saveState() {
+    if (backEnd_)
+        backEnd_->saveGlobalState();
+}
+
+void UDrawDevice::restoreState() {
+    if (!backEnd_)
+        return;
+    backEnd_->restoreGlobalState();
+    markAllDirty();
+}
+
+void UDrawDevice::concatTransformMatrix(const TransformMatrix& matrix) {
+    if (!backEnd_)
+        return;
+    // The clip that stands was meant in the old coordinates.
+    flushClip();
+    backEnd_->concatTransformMatrix(matrix);
+}
+
+void UDrawDevice::setAntialiasing(int32_t flags) {
+    const bool antialiased = (flags & shapes) != 0;
+    pen_.setAntialiased(antialiased);
+    brush_.setAntialiased(antialiased);
+    if (!backEnd_)
+        return;
+    if (flags & now)
+        flushPen();
+    flushAntialias(antialiased);
+}
+
+} // namespace qorl

@@ -1,0 +1,114 @@
+#include "graphics/cairo/CairoImage.h"
+
+#include "graphics/GraphicsFactory.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qorl {
+
+namespace {
+
+constexpr cairo_filter_t filterOf(Interpolation kind) {
+    switch (kind) {
+    case Interpolation::nearest: return CAIRO_FILTER_NEAREST;
+    case Interpolation::linear: return CAIRO_FILTER_BILINEAR;
+    default: return CAIRO_FILTER_BEST;
+    }
+}
+
+bool isGood(const CairoHandle<cairo_surface_t>& surface) {
+    return cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS;
+}
+
+} // namespace
+
+CairoImage::CairoImage(CairoHandle<cairo_surface_t> surface, Ref<CairoImage> parent)
+    : parent_(std::move(parent)),
+      surface_(std::move(surface)), size_{cairo_image_surface_get_width(surface_.get()),
+                                          cairo_image_surface_get_height(surface_.get())},
+      generation_(parent_ ? parent_->generation_ : std::make_shared<uint64_t>(0)) {}
+
+Ref<CairoImage> CairoImage::create(CmSize size) {
+    if (!BitmapFactory::isAllowed(size))
+        return nullptr;
+    CairoHandle<cairo_surface_t> surface(
+        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size.width, size.height));
+    return isGood(surface) ? Ref<CairoImage>::adopt(new CairoImage(std::move(surface), nullptr)) : nullptr;
+}
+
+Ref<CairoImage> CairoImage::wrap(const platform::PixelSurface& memory) {
+    if (memory.isEmpty())
+        return nullptr;
+    CairoHandle<cairo_surface_t> surface(cairo_image_surface_create_for_data(
+        memory.pixels, CAIRO_FORMAT_ARGB32, memory.width, memory.height, memory.stride));
+    return isGood(surface) ? Ref<CairoImage>::adopt(new CairoImage(std::move(surface), nullptr)) : nullptr;
+}
+
+platform::PixelSurface CairoImage::lockPixels() {
+    cairo_surface_flush(surface_.get());
+    return {cairo_image_surface_get_data(surface_.get()), size_.width, size_.height,
+            cairo_image_surface_get_stride(surface_.get()), 1.0};
+}
+
+void CairoImage::unlockPixels() {
+    cairo_surface_mark_dirty(surface_.get());
+    contentsChange();
+}
+
+Ref<GraphicsImage> CairoImage::createSection(const CmRect& rect) {
+    if (rect.isEmpty() || !CmRect::ofSize({}, size_).contains(rect))
+        return nullptr;
+    cairo_surface_flush(surface_.get());
+    const int32_t stride = cairo_image_surface_get_stride(surface_.get());
+    uint8_t* pixels =
+        cairo_image_surface_get_data(surface_.get()) + int64_t{rect.top} * stride + int64_t{rect.left} * 4;
+    CairoHandle<cairo_surface_t> surface(cairo_image_surface_create_for_data(
+        pixels, CAIRO_FORMAT_ARGB32, rect.width(), rect.height(), stride));
+    if (!isGood(surface))
+        return nullptr;
+    return Ref<CairoImage>::adopt(new CairoImage(std::move(surface), retain(this)));
+}
+
+Ref<GraphicsImage> CairoImage::createScaled(CmSize size, Interpolation kind) {
+    return stretch(CmRect::ofSize({}, size_), size, kind);
+}
+
+Ref<CairoImage> CairoImage::stretch(const CmRect& part, CmSize size, Interpolation kind) {
+    Ref<CairoImage> copy = create(size);
+    if (!copy)
+        return nullptr;
+    const CairoHandle<cairo_surface_t> from(
+        cairo_surface_create_for_rectangle(surface(), part.left, part.top, part.width(), part.height()));
+    const CairoHandle<cairo_t> context(cairo_create(copy->surface()));
+    cairo_scale(context.get(), double(size.width) / part.width(), double(size.height) / part.height());
+    cairo_set_source_surface(context.get(), from.get(), 0, 0);
+    // The edge must not fade into what lies beyond the part.
+    cairo_pattern_set_extend(cairo_get_source(context.get()), CAIRO_EXTEND_PAD);
+    cairo_pattern_set_filter(cairo_get_source(context.get()), filterOf(kind));
+    cairo_set_operator(context.get(), CAIRO_OPERATOR_SOURCE);
+    cairo_paint(context.get());
+    return cairo_status(context.get()) == CAIRO_STATUS_SUCCESS ? copy : nullptr;
+}
+
+cairo_surface_t* CairoImage::stretched(const CmRect& part, CmSize size, Interpolation kind) {
+    const auto fits = [&](const Stretched& entry) {
+        return entry.part == part && entry.size == size && entry.kind == kind &&
+               entry.generation == *generation_;
+    };
+    const auto found = std::find_if(stretched_.begin(), stretched_.end(), fits);
+    if (found != stretched_.end()) {
+        std::rotate(stretched_.begin(), found, found + 1);
+        return stretched_.front().image->surface();
+    }
+    std::erase_if(stretched_, [this](const Stretched& entry) { return entry.generation != *generation_; });
+    Ref<CairoImage> copy = stretch(part, size, kind);
+    if (!copy)
+        return nullptr;
+    if (stretched_.size() >= mostStretched || int64_t{size.width} * size.height > mostStretchedPixels)
+        stretched_.resize(std::min(stretched_.size(), size_t{mostStretched / 2}));
+    stretched_.insert(stretched_.begin(), {part, size, kind, *generation_, copy});
+    return copy->surface();
+}
+
+} // namespace qorl

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "graphics/GraphicsImage.h"
+#include "graphics/cairo/CairoHandle.h"
+
+#include <memory>
+#include <vector>
+
+namespace qorl {
+
+/// An image surface of Cairo, or a part of one.
+class CairoImage final : public GraphicsImage {
+    QORL_CLASS(CairoImage, GraphicsImage)
+
+public:
+    /// Null when the size is not allowed or there is no memory.
+    static Ref<CairoImage> create(CmSize size);
+    /// Null when `memory` is empty or its rows are not aligned for Cairo.
+    static Ref<CairoImage> wrap(const platform::PixelSurface& memory);
+
+    int32_t getWidth() const override { return size_.width; }
+    int32_t getHeight() const override { return size_.height; }
+    platform::PixelSurface lockPixels() override;
+    void unlockPixels() override;
+    Ref<GraphicsImage> createSection(const CmRect& rect) override;
+    Ref<GraphicsImage> createScaled(CmSize size, Interpolation kind) override;
+
+    cairo_surface_t* surface() const { return surface_.get(); }
+    /// The pixels are about to change: scaled copies of them, and of what shares them, are out of date.
+    void contentsChange() { ++*generation_; }
+
+    /// A part, stretched: made once and kept until the pixels change. `part` lies inside. Null without
+    /// memory.
+    cairo_surface_t* stretched(const CmRect& part, CmSize size, Interpolation kind);
+
+private:
+    struct Stretched {
+        CmRect part;
+        CmSize size;
+        Interpolation kind;
+        uint64_t generation;
+        Ref<CairoImage> image;
+    };
+
+    static constexpr size_t mostStretched = 16;
+    static constexpr int64_t mostStretchedPixels = 4 * 1024 * 1024;
+
+    CairoImage(CairoHandle<cairo_surface_t> surface, Ref<CairoImage> parent);
+
+    Ref<CairoImage> stretch(const CmRect& part, CmSize size, Interpolation kind);
+
+    Ref<CairoImage> parent_; ///< Whose pixels these are, when they are not our own.
+    CairoHandle<cairo_surface_t> surface_;
+    CmSize size_;
+    std::shared_ptr<uint64_t> generation_;
+    std::vector<Stretched> stretched_;
+};
+
+} // namespace qorl

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "graphics/cairo/ShapedRunCache.h"
+
+#include <fontconfig/fontconfig.h>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+struct _PangoContext;
+struct _PangoFont;
+struct _PangoFontMap;
+
+namespace qorl {
+
+/// Shapes text that needs more than a table of advances: scripts that join or turn round, fallback fonts,
+/// marks. Pango is started at the first such text. GUI thread.
+class PangoShaper {
+public:
+    /// `configuration` must outlive the shaper.
+    explicit PangoShaper(FcConfig* configuration) : configuration_(configuration) {}
+    ~PangoShaper();
+    PangoShaper(const PangoShaper&) = delete;
+    PangoShaper& operator=(const PangoShaper&) = delete;
+
+    /// One line; `size` in logical pixels, `style` flags of `UFont`.
+    ShapedRun shape(std::u16string_view line, const std::string& family, double size, uint32_t style);
+    /// The installed fonts changed.
+    void configurationChanged();
+
+private:
+    bool start();
+    std::shared_ptr<CairoFontFace> faceOf(_PangoFont* font);
+
+    FcConfig* configuration_;
+    _PangoFontMap* fontMap_ = nullptr;
+    _PangoContext* context_ = nullptr;
+    std::unordered_map<_PangoFont*, std::shared_ptr<CairoFontFace>> faces_; ///< One reference on each key.
+};
+
+} // namespace qorl
