@@ -1,0 +1,199 @@
+#include "binding/BoundValueFace.h"
+
+#include "binding/UPlugTarget.h"
+#include "binding/Value.h"
+#include "foundation/TranslationTable.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace qorl::Binding {
+
+namespace {
+
+/// Copies at most `capacity` - 1 characters and terminates.
+void copyText(const char16_t* text, int32_t length, char16_t* buffer, int32_t capacity) {
+    const int32_t count = std::min(length, capacity - 1);
+    std::copy_n(text, count, buffer);
+    buffer[count] = 0;
+}
+
+} // namespace
+
+int32_t truncateToInt(double value) {
+    constexpr double low = std::numeric_limits<int32_t>::min();
+    constexpr double high = std::numeric_limits<int32_t>::max();
+    if (std::isnan(value))
+        return 0;
+    return static_cast<int32_t>(std::clamp(value, low, high));
+}
+
+Value& BoundValueFace::self() {
+    return static_cast<Value&>(*this);
+}
+
+void BoundValueFace::getValueText(char16_t* buffer) {
+    String text;
+    self().toString(text);
+    copyText(text.text16(), text.length(), buffer, valueTextCapacity);
+}
+
+void BoundValueFace::getValueTextSized(char16_t* buffer, int32_t& size) {
+    String text;
+    self().toString(text);
+    const char16_t* characters = text.text16();
+    if (!buffer)
+        size = text.length() + 1;
+    else if (size > 0)
+        copyText(characters, text.length(), buffer, size);
+}
+
+void BoundValueFace::setValueText(const char16_t* text) {
+    if (self().parseByFormatter(text))
+        return;
+    setValueAndPerform(ConstString(text) == translate("On") ? 1 : 0);
+}
+
+void BoundValueFace::setValueTextQuiet(const char16_t* text, bool notifyTarget) {
+    if (!text)
+        return;
+    if (notifyTarget) {
+        setValueText(text);
+        return;
+    }
+    CmObject* const target = self().target_;
+    self().target_ = nullptr;
+    setValueText(text);
+    self().target_ = target;
+}
+
+void BoundValueFace::setValueAndPerform(int32_t value) {
+    self().setValue(value);
+    self().performUpdate();
+}
+
+void BoundValueFace::setValueMaybePerform(int32_t value, bool perform) {
+    self().setValue(value);
+    if (perform)
+        self().performUpdate();
+}
+
+void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) {
+    if (!target) {
+        self().setTarget(nullptr, tag, false);
+        return;
+    }
+    IValueEditTarget* editTarget = nullptr;
+    if (target->queryInterface(IValueEditTarget::iid, reinterpret_cast<void**>(&editTarget)) == Result::ok) {
+        editTarget->release();
+        self().setFlag(Value::targetTakesEdits, true);
+    }
+    const auto wrapper = make<UPlugTarget>(static_cast<IValueTarget*>(target));
+    self().setTarget(wrapper.get(), tag, true);
+}
+
+int32_t BoundValueFace::getTag() {
+    return self().tag();
+}
+
+void BoundValueFace::setEnabled(bool enabled) {
+    if (isEnabled() == enabled)
+        return;
+    self().setFlag(Value::enabled, enabled);
+    self().changed(valueChanged);
+}
+
+bool BoundValueFace::isEnabled() {
+    return self().has(Value::enabled);
+}
+
+void BoundValueFace::setEditBracket(bool begin) {
+    if (begin)
+        self().beginEdit();
+    else
+        self().endEdit(true);
+}
+
+float BoundValueFace::getValueFloat() {
+    return self().getFloat();
+}
+void BoundValueFace::setValueFloat(float value) {
+    self().setValue(truncateToInt(value));
+}
+float BoundValueFace::getMinFloat() {
+    return static_cast<float>(getMin());
+}
+float BoundValueFace::getMaxFloat() {
+    return static_cast<float>(getMax());
+}
+void BoundValueFace::setMinFloat(float min) {
+    setMin(truncateToInt(min));
+}
+void BoundValueFace::setMaxFloat(float max) {
+    setMax(truncateToInt(max));
+}
+
+float BoundValueFace::getNormalized() {
+    const float min = getMinFloat();
+    const float range = getMaxFloat() - min;
+    return range == 0.0F ? 0.0F : (getValueFloat() - min) / range;
+}
+
+void BoundValueFace::setNormalizedMaybePerform(float normalized, bool perform) {
+    self().setNormalized(normalized);
+    if (perform)
+        self().performUpdate();
+}
+
+CmObject* BoundValueFace::getTarget() {
+    return self().target();
+}
+
+bool BoundValueFace::resetToDefault() {
+    int32_t value = 0;
+    if (!self().getDefault(value))
+        return false;
+    const bool bracket = self().isPerformOnEdit();
+    if (bracket)
+        self().beginEdit();
+    setValueAndPerform(value);
+    if (bracket)
+        self().endEdit(true);
+    return true;
+}
+
+void BoundValueFace::setDefaultFloat(float value) {
+    self().setDefault(truncateToInt(std::round(value)));
+}
+
+bool BoundValueFace::getDefaultFloat(float& value) {
+    int32_t number = 0;
+    if (!self().getDefault(number))
+        return false;
+    value = static_cast<float>(number);
+    return true;
+}
+
+int32_t BoundValueFace::getProperty(int32_t id) {
+    switch (id) {
+    case performOnEditProperty: return self().isPerformOnEdit();
+    case property2: return self().has(Value::plainProperty2);
+    case property4: return self().has(Value::plainProperty4);
+    case property8: return self().has(Value::plainProperty8);
+    case wrapAroundProperty: return self().isWrapAround();
+    case flagUser25Property: return self().isFlagUser25();
+    default: return 0;
+    }
+}
+
+void BoundValueFace::setProperty(int32_t id, bool on) {
+    switch (id) {
+    case performOnEditProperty: self().setPerformOnEdit(on); break;
+    case property2: self().setFlag(Value::plainProperty2, on); break;
+    case wrapAroundProperty: self().setWrapAround(on); break;
+    default: break;
+    }
+}
+
+} // namespace qorl::Binding

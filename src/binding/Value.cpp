@@ -1,0 +1,360 @@
+#include "binding/Value.h"
+
+#include "binding/IntValue.h"
+#include "binding/UPlugTarget.h"
+#include "binding/ValueActivity.h"
+#include "foundation/Cast.h"
+#include "foundation/ClassRecord.h"
+#include "foundation/FMessage.h"
+#include "foundation/StringObject.h"
+#include "foundation/TranslationTable.h"
+#include "foundation/UpdateHandler.h"
+#include "persistence/FAttributes.h"
+
+#include <cmath>
+
+namespace qorl::Binding {
+
+QORL_REGISTER(Value, "UValue", CmObject, 0)
+
+namespace {
+
+constinit ValueActivityListener* activityListener = nullptr;
+
+FInterface* createBoundValue() {
+    return (new Value)->bound();
+}
+
+/// Another module has no other way to say how its parameter steps, so its values step by one.
+FInterface* createSteppedBoundValue() {
+    auto* value = new IntDefValue;
+    value->setWheelStepped(true);
+    return value->bound();
+}
+
+ClassRecord boundValueRecord{InterfaceId::fromText("{D2D767F5-A3B7-4B44-8A8A-83FD04C1B489}"),
+                             &createBoundValue};
+ClassRecord steppedBoundValueRecord{InterfaceId::fromText("{037B1E33-F364-4539-92F2-09B82602C80B}"),
+                                    &createSteppedBoundValue};
+
+} // namespace
+
+ValueActivityListener* getValueActivityListener() {
+    return activityListener;
+}
+void setValueActivityListener(ValueActivityListener* listener) {
+    activityListener = listener;
+}
+
+Value::Value() = default;
+
+Value::Value(const Value& other)
+    : CmObject(other), BoundValueFace(other), IValueFormatHost(other), flags_(other.flags_), tag_(other.tag_),
+      target_(other.target_), formatter_(other.formatter_) {
+    if (target_ && has(ownsTarget))
+        target_->addRef();
+}
+
+Value::~Value() {
+    formatter_.reset();
+    releaseTarget();
+    CmObject::changed(valueDestroyed);
+    if (UpdateHandler* handler = FUpdateRegistry::current() ? UpdateHandler::instance() : nullptr)
+        handler->cancelUpdates(object());
+}
+
+Result Value::queryInterface(const InterfaceId& id, void** out) {
+    if (id == IBoundValue::iid || id == IBoundValue::secondIid || id == IBoundValue::thirdIid)
+        *out = bound();
+    else if (id == IValueFormatHost::iid)
+        *out = static_cast<IValueFormatHost*>(this);
+    else
+        return CmObject::queryInterface(id, out);
+    addRef();
+    return Result::ok;
+}
+
+void Value::addDependent(FDependent* dependent) {
+    setFlag(signalsHeld, false);
+    CmObject::addDependent(dependent);
+}
+
+void Value::changed(int32_t message) {
+    if (flags_ & (signalsHeld | notifyOff))
+        return;
+    if (has(immediateUpdates))
+        CmObject::changed(message);
+    else
+        UpdateHandler::instance()->deferUpdates(object(), message);
+}
+
+bool Value::storeAttributes(FAttributes* attributes) {
+    attributes->setInteger("Value", getValue());
+    attributes->setInteger("Min", getMin());
+    attributes->setInteger("Max", getMax());
+    return true;
+}
+
+bool Value::restoreAttributes(FAttributes* attributes) {
+    if (attributes->contains("Min"))
+        setMin(static_cast<int32_t>(attributes->getInteger("Min")));
+    if (attributes->contains("Max"))
+        setMax(static_cast<int32_t>(attributes->getInteger("Max")));
+    if (attributes->contains("Value"))
+        setValue(static_cast<int32_t>(attributes->getInteger("Value")));
+    return true;
+}
+
+void Value::releaseTarget() {
+    if (target_ && has(ownsTarget))
+        target_->release();
+    target_ = nullptr;
+}
+
+void Value::setTarget(CmObject* object, int32_t tag, bool owned) {
+    if (object && owned)
+        object->addRef();
+    releaseTarget();
+    target_ = object;
+    setFlag(ownsTarget, owned && object);
+    tag_ = tag;
+}
+
+void Value::setTag(int32_t tag) {
+    tag_ = tag;
+}
+
+void Value::setValue(int32_t value) {
+    const uint32_t before = flags_;
+    setFlag(booleanState, value != 0);
+    if (flags_ != before)
+        changed(valueChanged);
+}
+
+int32_t Value::getValue() {
+    return has(booleanState) ? 1 : 0;
+}
+int32_t Value::getMin() {
+    return 0;
+}
+void Value::setMin(int32_t) {}
+int32_t Value::getMax() {
+    return 1;
+}
+void Value::setMax(int32_t) {}
+
+int32_t Value::limitValue(int32_t value) {
+    const int64_t min = getMin();
+    const int64_t max = getMax();
+    if (has(wrapAround) && min < max) {
+        if (value >= min && value <= max)
+            return value;
+        const int64_t rest = (value - min) % (max - min);
+        return static_cast<int32_t>(rest >= 0 ? min - 1 + rest : max + 1 + rest);
+    }
+    if (value > max)
+        value = static_cast<int32_t>(max);
+    return value < min ? static_cast<int32_t>(min) : value;
+}
+
+void Value::setNormalized(float normalized) {
+    setValue(normalized >= 0.5F ? getMax() : getMin());
+}
+
+void Value::enableNotify(bool enable) {
+    setFlag(notifyOff, !enable);
+}
+void Value::setImmediateUpdates(bool immediate) {
+    setFlag(immediateUpdates, immediate);
+}
+
+void Value::decrement() {
+    if (getValue() > getMin())
+        setValueAndPerform(getValue() - 1);
+}
+
+void Value::increment() {
+    if (getValue() < getMax())
+        setValueAndPerform(getValue() + 1);
+}
+
+void Value::assign(Value* other) {
+    if (other)
+        setValueAndPerform(other->getValue());
+}
+
+void Value::toggle() {
+    const bool bracket = isPerformOnEdit();
+    if (bracket)
+        beginEdit();
+    setValueAndPerform(getValue() ? 0 : 1);
+    if (bracket)
+        endEdit(true);
+}
+
+bool Value::getDefault(int32_t&) {
+    return false;
+}
+void Value::setDefault(int32_t) {}
+
+void Value::performUpdate() {
+    if (activityListener && !has(silentForListener))
+        activityListener->valueChanged(bound());
+    if (target_)
+        target_->update(object(), valueChanged);
+}
+
+bool Value::targetIsPlug() const {
+    return has(targetTakesEdits) && cast<UPlugTarget>(target_);
+}
+
+void Value::sendToTarget(const char* message) {
+    const auto edit = make<FMessage>(message);
+    edit->setObject("Value", this);
+    target_->handleMessage(edit.get());
+}
+
+void Value::beginEdit() {
+    setEditing(true);
+    if (has(targetTakesEdits) && target_)
+        sendToTarget("BeginEdit");
+    if (has(performOnEdit) && !targetIsPlug())
+        performUpdate();
+}
+
+void Value::endEdit(bool major) {
+    setEditing(false);
+    if (has(targetTakesEdits) && target_) {
+        sendToTarget("EndEdit");
+        if (targetIsPlug())
+            return;
+    }
+    if (flags_ & (performOnEndEdit | performOnEdit))
+        performFinalUpdate(major);
+}
+
+void Value::performFinalUpdate(bool major) {
+    const auto keptAlive = retain(this);
+    const bool before = has(minorEdit);
+    setFlag(minorEdit, !major);
+    performUpdate();
+    setFlag(minorEdit, before);
+}
+
+bool Value::isPerformOnEdit() {
+    return has(performOnEdit);
+}
+void Value::setPerformOnEdit(bool on) {
+    setFlag(performOnEdit, on);
+}
+bool Value::isFlagUser25() {
+    return has(flagUser25);
+}
+
+void Value::setFlagUser25(bool on) {
+    if (has(flagUser25) == on)
+        return;
+    setFlag(flagUser25, on);
+    changed(flagUser25Changed);
+}
+
+bool Value::isWheelStepped() {
+    return has(wheelStepped);
+}
+void Value::setWheelStepped(bool on) {
+    setFlag(wheelStepped, on);
+}
+bool Value::isFlagUser18() {
+    return has(flagUser18);
+}
+void Value::setFlagUser18(bool on) {
+    setFlag(flagUser18, on);
+}
+bool Value::isFlagUser24() {
+    return has(flagUser24);
+}
+void Value::setFlagUser24(bool on) {
+    setFlag(flagUser24, on);
+}
+bool Value::isEditing() {
+    return has(editing);
+}
+
+void Value::setEditing(bool on) {
+    if (has(editing) == on)
+        return;
+    setFlag(editing, on);
+    changed(editStateChanged);
+    if (activityListener && !has(silentForListener))
+        activityListener->editStateChanged(bound());
+}
+
+bool Value::isWrapAround() {
+    return has(wrapAround);
+}
+void Value::setWrapAround(bool) {}
+
+void Value::formatValueFloat(double value, String& text) {
+    const bool quiet = has(notifyOff);
+    if (!quiet)
+        enableNotify(false);
+    const float remembered = getValueFloat();
+    setValueFloat(static_cast<float>(value));
+    toString(text);
+    setValueFloat(remembered);
+    if (!quiet)
+        enableNotify(true);
+}
+
+void Value::formatValue(int32_t value, String& text) {
+    const bool quiet = has(notifyOff);
+    if (!quiet)
+        enableNotify(false);
+    const int32_t remembered = getValue();
+    setValue(value);
+    toString(text);
+    setValue(remembered);
+    if (!quiet)
+        enableNotify(true);
+}
+
+bool Value::formatByFormatter(String& text) {
+    if (!formatter_)
+        return false;
+    const auto result = make<StringObject>();
+    if (formatter_->toText(bound(), static_cast<FObject*>(result.get())) != Result::ok)
+        return false;
+    text = result->string();
+    return true;
+}
+
+bool Value::parseByFormatter(const char16_t* text) {
+    return formatter_ && formatter_->fromText(bound(), text) == Result::ok;
+}
+
+void Value::toString(String& text) {
+    if (!formatByFormatter(text))
+        text = translate(has(booleanState) ? "On" : "Off");
+}
+
+void Value::toStringTruncated(String& text, int32_t length) {
+    toString(text);
+    text.remove(length, -1);
+}
+
+void Value::setKind(ValueKind kind) {
+    flags_ = (flags_ & ~uint32_t{kindMask}) | (uint32_t(kind) & kindMask);
+}
+ValueKind Value::getKind() {
+    return ValueKind(flags_ & kindMask);
+}
+float Value::getFloat() {
+    return static_cast<float>(getValue());
+}
+
+void Value::setFormatter(IValueFormatter* formatter) {
+    formatter_ = retain(formatter);
+    changed(valueChanged);
+}
+
+} // namespace qorl::Binding
