@@ -1,0 +1,418 @@
+#include "binding/Value.h"
+
+#include "binding/IntValue.h"
+#include "binding/StringValue.h"
+#include "binding/UPlugTarget.h"
+#include "binding/ValueActivity.h"
+#include "foundation/Cast.h"
+#include "foundation/ClassFactory.h"
+#include "foundation/CmString.h"
+#include "foundation/FMessage.h"
+#include "foundation/UpdateHandler.h"
+#include "persistence/FAttributes.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace qorl::Binding {
+namespace {
+
+/// Writes down what it hears, as a dependent and as a target.
+class Witness : public CmObject {
+    QORL_CLASS(Witness, CmObject)
+
+public:
+    void notify(CmObject*, int32_t message) override { heard += std::to_string(message) + " "; }
+    int32_t handleMessage(FMessage* message) override {
+        heard += message->getName().text8();
+        heard += cast<Value>(message->getObject("Value")) ? " " : "(no value) ";
+        return 1;
+    }
+    std::string take() { return std::exchange(heard, {}); }
+
+    std::string heard;
+};
+
+class PlugComponent : public FObject, public IValueTarget, public IValueEditTarget {
+    QORL_CLASS(PlugComponent, FObject)
+
+public:
+    Result queryInterface(const InterfaceId& id, void** out) override {
+        if (id != IValueEditTarget::iid)
+            return FObject::queryInterface(id, out);
+        *out = static_cast<IValueEditTarget*>(this);
+        addRef();
+        return Result::ok;
+    }
+    uint32_t addRef() override { return FObject::addRef(); }
+    uint32_t release() override { return FObject::release(); }
+    void reserved() override { heard += "reserved "; }
+    void valueEdited(IBoundValue* value, int32_t tag) override {
+        heard += std::to_string(tag) + "=" + std::to_string(value->getValue()) + " ";
+    }
+    void beginEdit(IBoundValue*) override { heard += "begin "; }
+    void endEdit(IBoundValue*) override { heard += "end "; }
+
+    std::string heard;
+};
+
+class ValueTest : public testing::Test {
+protected:
+    void deliver() { UpdateHandler::instance()->triggerDeferredUpdates(nullptr); }
+    static std::string textOf(Value& value) {
+        String text;
+        value.toString(text);
+        return text.text8();
+    }
+
+    Ref<Witness> witness = make<Witness>();
+};
+
+TEST_F(ValueTest, TellsManyChangesAsOneUnlessImmediate) {
+    const auto value = make<IntValue>(0, 100);
+    value->addDependent(witness.get());
+    for (int i = 1; i <= 5; ++i)
+        value->setValue(i);
+    EXPECT_EQ(witness->take(), "");
+    deliver();
+    EXPECT_EQ(witness->take(), "1 ");
+
+    value->setImmediateUpdates(true);
+    value->setValue(6);
+    value->setValue(6);
+    value->setValue(7);
+    EXPECT_EQ(witness->take(), "1 1 ");
+    value->removeDependent(witness.get());
+}
+
+TEST_F(ValueTest, HoldsSignalsUntilSomeoneDepends) {
+    const auto value = make<IntValue>(0, 100);
+    value->setImmediateUpdates(true);
+    value->addDependent(witness.get());
+    value->setFlag(Value::signalsHeld, true);
+    value->setValue(1);
+    EXPECT_EQ(witness->take(), "");
+    value->addDependent(witness.get());
+    value->setValue(2);
+    EXPECT_EQ(witness->take(), "1 1 ") << "added twice, heard twice";
+    value->removeDependent(witness.get());
+    value->removeDependent(witness.get());
+}
+
+TEST_F(ValueTest, LimitsByClampingOrWrapping) {
+    struct Case {
+        int32_t min, max, number;
+        bool wraps;
+        int32_t expected;
+    };
+    const Case cases[] = {
+        {0, 10, 11, false, 10}, {0, 10, -1, false, 0},
+        {0, 10, 11, true, 0},   {0, 10, -1, true, 10},
+        {0, 10, 5, true, 5},    {3, 3, 9, true, 3},
+        {-5, 5, 6, true, -5},   {-5, 5, -6, true, 5},
+        {0, 10, 12, true, 1},   {INT32_MIN, INT32_MAX, INT32_MAX, true, INT32_MAX},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << c.min << ".." << c.max << " takes " << c.number << " wraps " << c.wraps);
+        const auto value = make<IntValue>(c.min, c.max);
+        value->setWrapAround(c.wraps);
+        EXPECT_EQ(value->limitValue(c.number), c.expected);
+    }
+}
+
+TEST_F(ValueTest, MovesTheNumberWithItsRange) {
+    const auto value = make<IntValue>(0, 10);
+    value->setImmediateUpdates(true);
+    value->addDependent(witness.get());
+    value->setValue(8);
+    witness->take();
+    value->setMax(5);
+    EXPECT_EQ(value->getValue(), 5);
+    EXPECT_EQ(witness->take(), "1 ") << "one signal, from the number";
+    value->setMin(20);
+    EXPECT_EQ(value->getMax(), 20) << "a minimum lifts the maximum";
+    EXPECT_EQ(value->getValue(), 20);
+    value->removeDependent(witness.get());
+}
+
+TEST_F(ValueTest, IncrementAtTheEndOfAllNumbersStays) {
+    const auto value = make<IntValue>(INT32_MIN, INT32_MAX);
+    value->setValue(INT32_MAX);
+    value->increment();
+    EXPECT_EQ(value->getValue(), INT32_MAX);
+    value->setValue(INT32_MIN);
+    value->decrement();
+    EXPECT_EQ(value->getValue(), INT32_MIN);
+}
+
+TEST_F(ValueTest, CalculatesFromTypedText) {
+    struct Case {
+        const char16_t* text;
+        int32_t expected;
+    };
+    const Case cases[] = {
+        {u"12", 12},    {u"12-", 28}, {u"-12", -12},      {u"2*", 80}, {u"4/", 10},      {u"0/", 40},
+        {u"2,9", 2},    {u"abc", 0},  {u"", 0},           {u"5+", 45}, {u"-2,5*", -100}, {u" 7", 7},
+        {u"1e3", 1000}, {u"+9", 9},   {u"1e99", 1000000}, {u"nan", 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(String(c.text).text8());
+        const auto value = make<IntValue>(-1000000, 1000000);
+        value->setValue(40);
+        value->bound()->setValueText(c.text);
+        EXPECT_EQ(value->getValue(), c.expected);
+    }
+}
+
+TEST_F(ValueTest, BracketsEditsForTargetsThatTakeThem) {
+    const auto value = make<IntValue>(0, 10);
+    value->setTarget(witness.get(), 7, false);
+    value->beginEdit();
+    value->endEdit(true);
+    EXPECT_EQ(witness->take(), "") << "a plain target hears no brackets";
+
+    value->setFlag(Value::targetTakesEdits, true);
+    value->setPerformOnEdit(true);
+    value->beginEdit();
+    EXPECT_EQ(witness->take(), "BeginEdit 1 ");
+    value->endEdit(true);
+    EXPECT_EQ(witness->take(), "EndEdit 1 ");
+    value->setTarget(nullptr, 0, false);
+}
+
+TEST_F(ValueTest, MarksTheFinalUpdateOfAMinorEdit) {
+    class MinorWitness : public CmObject {
+    public:
+        void notify(CmObject* object, int32_t) override {
+            wasMinor = cast<Value>(object)->has(Value::minorEdit);
+        }
+        bool wasMinor = false;
+    };
+    const auto target = make<MinorWitness>();
+    const auto value = make<IntValue>(0, 10);
+    value->setTarget(target.get(), 0, false);
+    value->setFlag(Value::performOnEndEdit, true);
+    value->beginEdit();
+    value->endEdit(false);
+    EXPECT_TRUE(target->wasMinor);
+    EXPECT_FALSE(value->has(Value::minorEdit));
+    value->setTarget(nullptr, 0, false);
+}
+
+TEST_F(ValueTest, PlugTargetHearsBracketsAndEditsButNoUpdateFromBrackets) {
+    const auto component = make<PlugComponent>();
+    const auto value = make<IntValue>(0, 10);
+    value->setPerformOnEdit(true);
+    value->bound()->setTargetInterface(static_cast<IValueTarget*>(component.get()), 5);
+    value->beginEdit();
+    value->bound()->setValueAndPerform(3);
+    value->endEdit(true);
+    EXPECT_EQ(component->heard, "begin 5=3 end ");
+
+    const auto question = make<FMessage>("IsPlugTarget");
+    IPlugMessageTarget* face = nullptr;
+    ASSERT_EQ(value->target()->queryInterface(IPlugMessageTarget::iid, reinterpret_cast<void**>(&face)),
+              Result::ok);
+    EXPECT_EQ(face->receiveMessage(static_cast<FDependent*>(question.get())), 1);
+    face->release();
+
+    value->bound()->setTargetInterface(nullptr, 0);
+    EXPECT_EQ(value->target(), nullptr);
+    EXPECT_TRUE(value->has(Value::targetTakesEdits)) << "taking the target away leaves the mark";
+}
+
+TEST_F(ValueTest, FormatsAnotherNumberWithoutTellingAnyone) {
+    const auto value = make<IntValue>(0, 100);
+    value->setImmediateUpdates(true);
+    value->setValue(4);
+    value->addDependent(witness.get());
+    String text;
+    value->formatValue(77, text);
+    EXPECT_STREQ(text.text8(), "77");
+    EXPECT_EQ(value->getValue(), 4);
+    EXPECT_EQ(witness->take(), "");
+    value->setValue(5);
+    EXPECT_EQ(witness->take(), "1 ") << "signals are on again";
+    value->removeDependent(witness.get());
+}
+
+TEST_F(ValueTest, ACopySharesATargetThatIsNotOwned) {
+    auto value = make<IntValue>(0, 10);
+    value->setTarget(witness.get(), 3, false);
+    const auto copy = Ref<CmObject>::adopt(value->clone());
+    value.reset();
+    auto* other = cast<IntValue>(copy);
+    ASSERT_NE(other, nullptr);
+    EXPECT_EQ(other->tag(), 3);
+    other->performUpdate();
+    EXPECT_EQ(witness->take(), "1 ");
+}
+
+TEST_F(ValueTest, AnOwnedTargetLivesAsLongAsTheLastValue) {
+    auto value = make<IntValue>(0, 10);
+    value->setTarget(witness.get(), 3, true);
+    auto copy = Ref<CmObject>::adopt(value->clone());
+    EXPECT_EQ(witness->addRef(), 4U);
+    witness->release();
+    value.reset();
+    copy.reset();
+    EXPECT_EQ(witness->addRef(), 2U);
+    witness->release();
+}
+
+TEST_F(ValueTest, TellsItsEndAtOnce) {
+    auto value = make<IntValue>(0, 10);
+    value->addDependent(witness.get());
+    value->setValue(5);
+    value->removeDependent(nullptr);
+    value->addDependent(witness.get());
+    value.reset();
+    EXPECT_EQ(witness->take(), "2 ");
+    deliver();
+    EXPECT_EQ(witness->take(), "") << "nothing deferred is left of a dead value";
+}
+
+TEST_F(ValueTest, StoresItsRangeBeforeItsNumber) {
+    const auto value = make<IntValue>(0, 1000);
+    value->setValue(750);
+    const auto attributes = make<FAttributes>();
+    EXPECT_TRUE(value->storeAttributes(attributes.get()));
+    const auto other = make<IntValue>(0, 1);
+    EXPECT_TRUE(other->restoreAttributes(attributes.get()));
+    EXPECT_EQ(other->getValue(), 750);
+    attributes->remove("Max");
+    attributes->setInteger("Value", 3);
+    EXPECT_TRUE(other->restoreAttributes(attributes.get()));
+    EXPECT_EQ(other->getMax(), 1000) << "a missing key leaves the property";
+}
+
+TEST_F(ValueTest, NormalizedIsZeroInAnEmptyRange) {
+    const auto value = make<IntValue>(5, 5);
+    EXPECT_EQ(value->bound()->getNormalized(), 0.0F);
+    const auto wide = make<IntValue>(INT32_MIN, INT32_MAX);
+    wide->setNormalized(1);
+    EXPECT_EQ(wide->getValue(), INT32_MAX);
+    wide->setNormalized(0);
+    EXPECT_EQ(wide->getValue(), INT32_MIN);
+}
+
+TEST_F(ValueTest, BooleanStepsStopAtTheEnds) {
+    const auto value = make<Value>();
+    value->setTarget(witness.get(), 0, false);
+    value->decrement();
+    EXPECT_EQ(witness->take(), "");
+    value->increment();
+    value->increment();
+    EXPECT_EQ(value->getValue(), 1);
+    EXPECT_EQ(witness->take(), "1 ");
+    EXPECT_EQ(textOf(*value), "On");
+    value->bound()->setValueText(u"on");
+    EXPECT_EQ(value->getValue(), 0) << "case counts";
+    value->bound()->setValueText(u"On");
+    EXPECT_EQ(value->getValue(), 1);
+    value->setTarget(nullptr, 0, false);
+}
+
+TEST_F(ValueTest, AQuietTextReachesNoTarget) {
+    const auto value = make<IntValue>(0, 100);
+    value->setTarget(witness.get(), 0, false);
+    value->bound()->setValueTextQuiet(u"12", false);
+    EXPECT_EQ(value->getValue(), 12);
+    EXPECT_EQ(witness->take(), "");
+    EXPECT_EQ(value->target(), witness.get());
+    value->bound()->setValueTextQuiet(nullptr, true);
+    EXPECT_EQ(value->getValue(), 12);
+    value->setTarget(nullptr, 0, false);
+}
+
+TEST_F(ValueTest, TextBuffersAreAlwaysTerminated) {
+    const auto value = make<StringValue>(ConstString(std::u16string(300, u'x').c_str()));
+    char16_t buffer[IBoundValue::valueTextCapacity + 1];
+    buffer[IBoundValue::valueTextCapacity] = u'!';
+    value->bound()->getValueText(buffer);
+    EXPECT_EQ(std::u16string(buffer).size(), 127U);
+    EXPECT_EQ(buffer[IBoundValue::valueTextCapacity], u'!');
+
+    int32_t size = 0;
+    value->bound()->getValueTextSized(nullptr, size);
+    EXPECT_EQ(size, 301);
+    size = 4;
+    value->bound()->getValueTextSized(buffer, size);
+    EXPECT_EQ(std::u16string(buffer), u"xxx");
+}
+
+TEST_F(ValueTest, AStringAlwaysPerformsButSignalsDifferencesOnly) {
+    const auto value = make<StringValue>();
+    value->setImmediateUpdates(true);
+    value->addDependent(witness.get());
+    const auto target = make<Witness>();
+    value->setTarget(target.get(), 0, false);
+    value->setString(ConstString("a"));
+    value->setString(ConstString("a"));
+    value->setString(ConstString("A"));
+    EXPECT_EQ(witness->take(), "1 1 ");
+    EXPECT_EQ(target->take(), "1 1 1 ");
+    const auto number = make<IntValue>(0, 10);
+    value->assign(number.get());
+    EXPECT_EQ(textOf(*value), "A");
+    value->removeDependent(witness.get());
+    value->setTarget(nullptr, 0, false);
+}
+
+TEST_F(ValueTest, OtherModulesGetTheInterfaceByClassId) {
+    const auto id = InterfaceId::fromText("{037B1E33-F364-4539-92F2-09B82602C80B}");
+    const auto object = Ref<FInterface>::adopt(ClassFactory::instance()->createById(id));
+    ASSERT_TRUE(object);
+    Ref<IBoundValue> bound;
+    ASSERT_EQ(object->queryInterface(IBoundValue::thirdIid, bound.out()), Result::ok);
+    EXPECT_EQ(static_cast<FInterface*>(bound.get()), object.get()) << "the factory gives that face itself";
+    bound->setMax(9);
+    bound->setValueAndPerform(12);
+    EXPECT_EQ(bound->getValue(), 9);
+    auto* value = cast<IntDefValue>(object.get());
+    ASSERT_NE(value, nullptr);
+    EXPECT_TRUE(value->isWheelStepped());
+    EXPECT_STREQ(value->getClassRecord()->name(), "UIntDefValue");
+    EXPECT_STREQ(value->getClassName(), "Binding::IntDefValue");
+}
+
+class ActivityWitness : public ValueActivityListener {
+public:
+    void valueChanged(IBoundValue*) override { ++changes; }
+    void editStateChanged(IBoundValue*) override { ++edits; }
+    int changes = 0;
+    int edits = 0;
+};
+
+TEST_F(ValueTest, TheActivityListenerHearsAllButSilentValues) {
+    ActivityWitness listener;
+    setValueActivityListener(&listener);
+    const auto value = make<IntValue>(0, 10);
+    value->beginEdit();
+    value->beginEdit();
+    value->bound()->setValueAndPerform(1);
+    value->endEdit(true);
+    EXPECT_EQ(listener.changes, 1);
+    EXPECT_EQ(listener.edits, 2) << "a second begin changes nothing";
+    value->setFlag(Value::silentForListener, true);
+    value->bound()->setValueAndPerform(2);
+    EXPECT_EQ(listener.changes, 1);
+    setValueActivityListener(nullptr);
+}
+
+TEST_F(ValueTest, ResetsToItsDefaultInsideABracket) {
+    const auto value = make<IntDefValue>(0, 100, 50);
+    EXPECT_EQ(value->getValue(), 0);
+    value->setTarget(witness.get(), 0, false);
+    EXPECT_TRUE(value->bound()->resetToDefault());
+    EXPECT_EQ(value->getValue(), 50);
+    EXPECT_EQ(witness->take(), "1 ");
+    const auto plain = make<IntValue>(0, 100);
+    EXPECT_FALSE(plain->bound()->resetToDefault());
+    value->setTarget(nullptr, 0, false);
+}
+
+} // namespace
+} // namespace qorl::Binding
