@@ -164,6 +164,8 @@ public:
     // ---- Behind the published table.
 
     virtual bool click(const ClickEvent& event);
+    /// The mouse that this view held by `UWindow::captureMouse` was taken away; no `mouseUp` will come.
+    virtual void mouseCaptureLost() {}
     /// The arrangement of the subviews may have changed; containers lay out again.
     virtual void invalidateLayout();
     virtual AccessibleRole getAccessibleRole() const;

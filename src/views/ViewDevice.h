@@ -2,6 +2,7 @@
 
 #include "graphics/UDrawDevice.h"
 #include "views/IViewDrawing.h"
+#include "views/RenderTarget.h"
 
 #include <qorl/Geometry.h>
 

@@ -178,6 +178,11 @@ public:
     // Input, as the views see it.
 
     UView* getHoverView() const;
+    /// Until the button is released, moves reach `view` as `mouseOver` and the release as its `mouseUp`, wherever the
+    /// mouse is. For a view that is being pressed.
+    void captureMouse(UView* view);
+    void releaseMouse(UView* view);
+    UView* getMouseCapture() const;
     /// Looks again at what lies under a resting mouse, since views moved.
     void refreshHover();
     void updateHover(CmPoint point);

@@ -51,6 +51,7 @@ struct WindowCore {
     Ref<CmObject> menuBar;
     Ref<UScheme> scheme;
     UView* hoverView = nullptr;
+    UView* captureView = nullptr;
     UView* focusView = nullptr;
     std::string helpId;
     CmPoint focusPoint;
