@@ -363,7 +363,7 @@ TEST_F(ValueTest, AStringAlwaysPerformsButSignalsDifferencesOnly) {
 
 TEST_F(ValueTest, OtherModulesGetTheInterfaceByClassId) {
     const auto id = InterfaceId::fromText("{037B1E33-F364-4539-92F2-09B82602C80B}");
-    const auto object = Ref<FInterface>::adopt(ClassFactory::instance()->createById(id));
+    const Ref<FInterface> object = ClassFactory::instance()->createById(id);
     ASSERT_TRUE(object);
     Ref<IBoundValue> bound;
     ASSERT_EQ(object->queryInterface(IBoundValue::thirdIid, bound.out()), Result::ok);

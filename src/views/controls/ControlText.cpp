@@ -1,0 +1,87 @@
+#include "views/controls/ControlText.h"
+
+#include "foundation/String.h"
+#include "views/controls/ControlStyle.h"
+
+#include <algorithm>
+
+namespace qorl {
+
+namespace {
+
+/// Calls `visit` with each line of `text`, a view on its characters. `wrapWidth` 0 breaks at line feeds only.
+template <typename Visit>
+void forEachLine(const UFont& font, const ConstString& text, int32_t wrapWidth, Visit&& visit) {
+    const String wide(text);
+    const std::u16string_view all(wide.text16(), static_cast<size_t>(wide.size()));
+    size_t start = 0;
+    while (start <= all.size()) {
+        const size_t hardEnd = std::min(all.find(u'\n', start), all.size());
+        std::u16string_view line = all.substr(start, hardEnd - start);
+        start = hardEnd + 1;
+        while (wrapWidth > 0 && font.getStringWidth(ConstString(line)) > wrapWidth) {
+            size_t fits = line.find(u' ');
+            for (size_t next = fits; next != std::u16string_view::npos; next = line.find(u' ', next + 1)) {
+                if (font.getStringWidth(ConstString(line.substr(0, next))) > wrapWidth)
+                    break;
+                fits = next;
+            }
+            if (fits == std::u16string_view::npos)
+                break;
+            visit(ConstString(line.substr(0, fits)));
+            line.remove_prefix(fits + 1);
+        }
+        visit(ConstString(line));
+    }
+}
+
+bool isOneLine(const ConstString& text) {
+    return text.findChar16(u'\n') < 0 && text.findChar8('\n') < 0;
+}
+
+} // namespace
+
+int32_t justifyFromSkin(uint32_t just) {
+    const int32_t horizontal = just & TextJust::left    ? Justify::left
+                               : just & TextJust::right ? Justify::right
+                                                        : Justify::center;
+    const int32_t vertical = just & TextJust::top      ? Justify::top
+                             : just & TextJust::bottom ? Justify::bottom
+                                                       : Justify::verticalCenter;
+    return horizontal | vertical;
+}
+
+void drawControlText(UDrawDevice& device, const ConstString& text, const CmRect& rect, uint32_t just) {
+    const int32_t justify = justifyFromSkin(just);
+    const bool wraps = (just & TextJust::wordWrap) != 0;
+    if (!wraps && isOneLine(text)) {
+        device.drawString(text, rect, justify);
+        return;
+    }
+    const UFont& font = device.getFont();
+    const int32_t wrapWidth = wraps ? rect.width() : 0;
+    const int32_t lineHeight = font.getMetrics().lineHeight;
+    const int32_t height = measureControlText(font, text, wrapWidth).height;
+    int32_t top = just & TextJust::top      ? rect.top
+                  : just & TextJust::bottom ? rect.bottom - height
+                                            : rect.top + (rect.height() - height) / 2;
+    const int32_t horizontal = justify & (Justify::center | Justify::right);
+    forEachLine(font, text, wrapWidth, [&](const ConstString& line) {
+        device.drawString(line, {rect.left, top, rect.right, top + lineHeight}, horizontal | Justify::top);
+        top += lineHeight;
+    });
+}
+
+CmSize measureControlText(const UFont& font, const ConstString& text, int32_t wrapWidth) {
+    const int32_t lineHeight = font.getMetrics().lineHeight;
+    if (wrapWidth <= 0 && isOneLine(text))
+        return {font.getStringWidth(text), lineHeight};
+    CmSize extent;
+    forEachLine(font, text, wrapWidth, [&](const ConstString& line) {
+        extent.width = std::max(extent.width, font.getStringWidth(line));
+        extent.height += lineHeight;
+    });
+    return extent;
+}
+
+} // namespace qorl

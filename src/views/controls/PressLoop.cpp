@@ -1,0 +1,62 @@
+#include "views/controls/PressLoop.h"
+
+#include "foundation/EventLoop.h"
+#include "platform/Platform.h"
+#include "views/UView.h"
+
+namespace qorl {
+
+PressLoop::PressLoop(UView& view, int64_t wakeEvery) : view_(view) {
+    auto* desktop = platform::desktop();
+    if (!desktop)
+        return;
+    start_ = desktop->getTicks();
+    if (wakeEvery > 0)
+        timer_ = desktop->startTimer(wakeEvery, *this);
+    readMouse();
+}
+
+PressLoop::~PressLoop() {
+    if (auto* desktop = platform::desktop())
+        desktop->stopTimer(timer_);
+}
+
+void PressLoop::readMouse() {
+    point_ = view_.screenToClient(platform::desktop()->getMousePosition());
+}
+
+bool PressLoop::runOneRound() {
+    EventLoop* loop = EventLoop::current();
+    return loop && loop->step() != EventLoop::Step::ended;
+}
+
+bool PressLoop::next() {
+    auto* desktop = platform::desktop();
+    if (!desktop || interrupted_)
+        return false;
+    if (began_ && !runOneRound()) {
+        desktop->releaseCapture();
+        interrupted_ = true;
+        return false;
+    }
+    began_ = true;
+    if (!view_.getWindow()) {
+        interrupted_ = true;
+        return false;
+    }
+    readMouse();
+    if (desktop->currentMouseButtons() == platform::noButton)
+        return false;
+    interrupted_ = !desktop->isCapturing();
+    return !interrupted_;
+}
+
+bool PressLoop::isInside() const {
+    return view_.getClientBounds().contains(point_);
+}
+
+int64_t PressLoop::elapsed() const {
+    return platform::desktop()->getTicks() - start_;
+}
+
+} // namespace qorl

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/DesktopServices.h"
+
+#include <qorl/Geometry.h>
+
+#include <cstdint>
+
+namespace qorl {
+
+class UView;
+
+/// The rounds of a gesture that holds the thread while a mouse button is down.
+///
+/// Each round runs the event loop once, so that paints, timers and other input go on. Lives on the stack of a
+/// `mouseDown`; the view must be kept alive around it.
+///
+///     PressLoop press(*this);
+///     while (press.next())
+///         follow(press.point());
+class PressLoop : private platform::TimerClient {
+public:
+    /// With `wakeEvery` milliseconds a round comes even without an event; 0 waits for events only.
+    explicit PressLoop(UView& view, int64_t wakeEvery = 0);
+    PressLoop(const PressLoop&) = delete;
+    PressLoop& operator=(const PressLoop&) = delete;
+    ~PressLoop();
+
+    /// False when the button is up, the capture was lost, or the view left its window. The first call comes
+    /// back at once.
+    bool next();
+    /// The mouse in client coordinates of the view, also of the place of the release.
+    CmPoint point() const { return point_; }
+    bool isInside() const;
+    /// Milliseconds of the user-interface clock since the press.
+    int64_t elapsed() const;
+    /// The gesture ended by something else than the release: it has no effect.
+    bool wasInterrupted() const { return interrupted_; }
+
+private:
+    bool runOneRound();
+    void readMouse();
+    void timerElapsed(platform::TimerId) override {}
+
+    UView& view_;
+    CmPoint point_;
+    int64_t start_ = 0;
+    platform::TimerId timer_ = platform::noTimer;
+    bool began_ = false;
+    bool interrupted_ = false;
+};
+
+} // namespace qorl

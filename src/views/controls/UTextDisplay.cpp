@@ -1,0 +1,160 @@
+#include "views/controls/UTextDisplay.h"
+
+#include "foundation/FMessage.h"
+#include "schemes/UScheme.h"
+#include "views/ViewDevice.h"
+#include "views/controls/ControlStyle.h"
+#include "views/controls/ControlText.h"
+
+namespace qorl {
+
+namespace {
+
+/// Between the border and the text.
+constexpr int32_t textMargin = 3;
+
+const char16_t* const ellipsis = u"\u2026";
+
+/// Cuts `text` until it fits; `keepsEnd` cuts at the front.
+void fitText(const UFont& font, String& text, int32_t width, bool keepsEnd) {
+    if (font.getStringWidth(text) <= width)
+        return;
+    const int32_t length = text.length();
+    int32_t low = 0;
+    int32_t high = length;
+    String attempt;
+    const auto cutTo = [&](int32_t kept) {
+        attempt = text;
+        if (keepsEnd) {
+            attempt.remove(0, length - kept);
+            attempt.insert(0, ConstString(ellipsis));
+        } else {
+            attempt.remove(kept);
+            attempt.append16(ellipsis);
+        }
+    };
+    while (low < high) {
+        const int32_t middle = (low + high + 1) / 2;
+        cutTo(middle);
+        if (font.getStringWidth(attempt) <= width)
+            low = middle;
+        else
+            high = middle - 1;
+    }
+    cutTo(low);
+    text = attempt;
+}
+
+} // namespace
+
+UTextDisplay::UTextDisplay(const CmRect& frame, const ConstString& title, Binding::Value* value,
+                           uint32_t style)
+    : UControl(frame, title, value, style), showsTitle_(!value) {}
+
+UTextDisplay::~UTextDisplay() = default;
+
+void UTextDisplay::setValue(Binding::Value* value) {
+    showsTitle_ = !value;
+    UControl::setValue(value);
+}
+
+void UTextDisplay::setFont(const UFont& font) {
+    font_ = std::make_unique<UFont>(font);
+    update();
+}
+
+void UTextDisplay::setJust(uint32_t just) {
+    just_ = just;
+    update();
+}
+
+void UTextDisplay::setBackground(const UColor& color) {
+    background_ = std::make_unique<UColor>(color);
+    update();
+}
+
+void UTextDisplay::getShownText(String& text) const {
+    if (showsTitle_)
+        text = getTitle();
+    else
+        getValueObject()->toString(text);
+}
+
+UFont UTextDisplay::textFont() const {
+    const UScheme* scheme = getScheme();
+    UFont font = font_ ? *font_ : scheme->getFont(SchemeFont::data);
+    if (!isEnabled())
+        font.setColor(scheme->getColor(SchemeColor::datafieldforeinactive));
+    else if (!font_)
+        font.setColor(scheme->getColor(SchemeColor::datafieldfore));
+    return font;
+}
+
+CmRect UTextDisplay::drawField(UDrawDevice& device) {
+    UScheme* scheme = getScheme();
+    CmRect field = getClientBounds();
+    if (background_ || !hasStyle(TextStyle::transparent)) {
+        const int32_t key =
+            hasStyle(TextStyle::led) ? SchemeColor::datafieldledback : SchemeColor::datafieldback;
+        device.setBrushColor(background_ ? *background_ : scheme->getColor(key));
+        device.fillRect(field);
+    }
+    if (hasStyle(TextStyle::border)) {
+        scheme->drawWorkArea(device, field, false);
+        const int32_t border = scheme->getMetric(SchemeMetric::datafieldborder);
+        field = field.grown(-border, -border);
+    }
+    return field.grown(-textMargin, 0);
+}
+
+bool UTextDisplay::drawContent(const CmRect& rect) {
+    if (hasStyle(TextStyle::noDraw) || (hasStyle(TextStyle::hideInactive) && !isEnabled()))
+        return true;
+    ViewDevice device(*this, rect);
+    const CmRect field = drawField(device);
+    String text;
+    getShownText(text);
+    device.setFont(textFont());
+    if (hasStyle(TextStyle::fitString | TextStyle::fitLeftString | TextStyle::fitPath))
+        fitText(device.getFont(), text, field.width(), hasStyle(TextStyle::fitLeftString));
+    drawControlText(device, text, field, just_);
+    return true;
+}
+
+bool UTextDisplay::mouseDown(CmPoint point) {
+    if (UView::mouseDown(point))
+        return true;
+    CmObject* target = getValueObject()->target();
+    if (!isValueEnabled() || !target)
+        return false;
+    const auto message = make<FMessage>("TD Mouse Down");
+    message->setInt("Tag", getTag());
+    message->setObject("Control", this);
+    return target->handleMessage(message.get()) != notHandled;
+}
+
+bool UTextDisplay::getTooltip(String& text, CmPoint point, CmRect& area) const {
+    if (UControl::getTooltip(text, point, area))
+        return true;
+    if (!hasStyle(TextStyle::autoTooltip))
+        return false;
+    getShownText(text);
+    area = {};
+    return textFont().getStringWidth(text) > getClientSize().width - 2 * textMargin;
+}
+
+void UTextDisplay::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
+    const UScheme* scheme = getScheme();
+    String text;
+    getShownText(text);
+    const CmSize extent = measureControlText(textFont(), text);
+    const CmRect frame = getFrameRect();
+    const int32_t least = scheme->getMetric(SchemeMetric::datafieldheight);
+    const int32_t border = hasStyle(TextStyle::border) ? scheme->getMetric(SchemeMetric::datafieldborder) : 0;
+    const int32_t height = std::max(extent.height + 2 * border, least);
+    const CmSize size{extraWidth < 0 ? frame.width() : extent.width + 2 * (border + textMargin) + extraWidth,
+                      extraHeight < 0 ? frame.height() : height + extraHeight};
+    setFrame(CmRect::ofSize(frame.origin(), size), true);
+}
+
+} // namespace qorl
