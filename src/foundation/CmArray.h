@@ -33,6 +33,9 @@ public:
     CmObject* at(int32_t index) const override;
     CmIterator* newIterator() const override;
 
+    bool readFrom(FObjectArchive* archive) override;
+    bool writeTo(FObjectArchive* archive) override;
+
     /// Elements past the new capacity go. False when memory ran out.
     bool setCapacity(int32_t capacity);
     int32_t getGrowth() const { return growth_; }

@@ -78,6 +78,8 @@ public:
     /// Affects what is added and removed from now on.
     void setOwnership(Ownership ownership) { ownership_ = ownership; }
 
+    bool readFrom(FObjectArchive* archive) override;
+    bool writeTo(FObjectArchive* archive) override;
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 

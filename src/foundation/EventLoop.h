@@ -76,7 +76,7 @@ public:
     void removeIdleClient(CmObject* client);
 
     /// Releases `object` at the end of the next idle step: for objects that can't go while they are in use.
-    void releaseLater(Ref<FInterface> object);
+    void releaseLater(Ref<FObject> object);
     /// Null takes it away. Not owned.
     void setTimeListener(TimeListener* listener) { timeListener_ = listener; }
 
@@ -92,7 +92,7 @@ private:
     FLock idleLock_{"FLock"};
     FLock releaseLock_{"FLock"};
     std::vector<CmObject*> idleClients_;
-    std::vector<Ref<FInterface>> releaseList_;
+    std::vector<Ref<FObject>> releaseList_;
     TimeListener* timeListener_ = nullptr;
     size_t nextClient_ = 0; ///< Place of the walk over the idle clients.
     uint32_t nextDue_ = 0;

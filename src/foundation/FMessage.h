@@ -54,6 +54,9 @@ public:
     FAttributes& attributes();
     bool hasAttributes() const { return attributes_ != nullptr; }
 
+    bool readFrom(FObjectArchive* archive) override;
+    bool writeTo(FObjectArchive* archive) override;
+
     Result setInt8(const char* key, int64_t value) override;
     Result setInt16(const char16_t* key, int64_t value) override;
     Result getInt8(const char* key, int64_t* value) override;

@@ -69,14 +69,19 @@ public:
 
     /// With `drop`, nothing happens when a message of this name is queued for `target` already. `delay`
     /// counts delivery passes: 2 is delivered in the third.
-    void post(FInterface* target, Ref<FMessage> message, Duplicates duplicates = Duplicates::allow,
+    void post(CmObject* target, Ref<FMessage> message, Duplicates duplicates = Duplicates::allow,
               uint32_t delay = 0);
     /// The same for a message that carries nothing but its name.
-    void post(FInterface* target, const char* name, Duplicates duplicates = Duplicates::allow);
+    void post(CmObject* target, const char* name, Duplicates duplicates = Duplicates::allow);
+    /// For a target of another module.
+    void postForeign(FInterface* target, Ref<FMessage> message, Duplicates duplicates = Duplicates::allow,
+                     uint32_t delay = 0);
     bool post(FInterface* target, FInterface* message) override;
 
+    void cancel(CmObject* target, const FMessage* message);
     void cancel(FInterface* target, FInterface* message) override;
-    void cancelAll(FInterface* target) override { cancel(target, nullptr); }
+    void cancelAll(CmObject* target) { cancel(target, static_cast<const FMessage*>(nullptr)); }
+    void cancelAll(FInterface* target) override { cancel(target, static_cast<FInterface*>(nullptr)); }
 
     /// One delivery pass. GUI thread.
     void deliverPending();
@@ -88,6 +93,7 @@ public:
 private:
     static void deliver(const FPostedMessage& entry);
     void collectDue();
+    void removeQueued(const FInterface* root, const FMessage* like);
 
     FLock queueLock_{"FLock"};
     CmLinkedList queue_{Ownership::adopt};

@@ -1,5 +1,6 @@
 #include "foundation/UpdateHandler.h"
 
+#include "foundation/EventLoop.h"
 #include "foundation/Singleton.h"
 
 #include <qorl/Ref.h>
@@ -201,6 +202,8 @@ int32_t UpdateHandler::deferUpdates(FInterface* object, int32_t message) {
                 return 0;
             links->queued.push_back(message);
             deferred_.push_back({root.get(), message, nullptr});
+            if (deferred_.size() == 1)
+                EventLoop::wake();
             return 0;
         }
     }
@@ -233,6 +236,12 @@ bool UpdateHandler::isNotified(const FInterface* object) const {
         if (record->object == object)
             return true;
     return false;
+}
+
+bool UpdateHandler::hasDeliverable() {
+    const FGuard guard(lock_);
+    return std::any_of(deferred_.begin(), deferred_.end(),
+                       [this](const Deferred& pair) { return !isNotified(pair.object); });
 }
 
 bool UpdateHandler::takeDeferred(const FInterface* object, const Pass& pass, Deferred& taken) {

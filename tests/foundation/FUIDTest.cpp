@@ -1,0 +1,150 @@
+#include "foundation/FUID.h"
+
+#include "foundation/CmUID.h"
+#include "platform/System.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+const FUID sample(0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF);
+
+TEST(FUID, ShowsItsWordsInReadingOrder) {
+    EXPECT_EQ(sample.toPlainString(), "00112233445566778899AABBCCDDEEFF");
+    EXPECT_EQ(sample.toBracedString(), "{00112233-4455-6677-8899-AABBCCDDEEFF}");
+    const uint8_t bytes[16] = {0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66,
+                               0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
+    EXPECT_EQ(std::memcmp(sample.data(), bytes, 16), 0);
+    EXPECT_EQ(FUID(bytes), sample);
+    uint32_t words[4];
+    sample.toUInt4(words[0], words[1], words[2], words[3]);
+    EXPECT_EQ(FUID(words[0], words[1], words[2], words[3]), sample);
+    EXPECT_EQ(sample.word(2), 0x8899AABBu);
+}
+
+TEST(FUID, ReadsBackBothForms) {
+    FUID id;
+    EXPECT_TRUE(id.fromPlainString("00112233445566778899aabbccddeeff"));
+    EXPECT_EQ(id, sample);
+    id = FUID();
+    EXPECT_TRUE(id.fromBracedString("{00112233-4455-6677-8899-AABBCCDDEEFF}"));
+    EXPECT_EQ(id, sample);
+}
+
+TEST(FUID, RefusesTextOfAnotherFormAndChangesNothing) {
+    FUID id = sample;
+    for (const char* text : {"", "0011", "00112233445566778899AABBCCDDEEF",
+                             "00112233445566778899AABBCCDDEEFFF", "00112233445566778899AABBCCDDEEFG"})
+        EXPECT_FALSE(id.fromPlainString(text)) << text;
+    for (const char* text :
+         {"", "{00112233-4455-6677-8899-AABBCCDDEEFF", "{00112233-4455-6677-8899-AABBCCDDEEFF} ",
+          "{0011223x-4455-6677-8899-AABBCCDDEEFF}", "00112233445566778899AABBCCDDEEFF"})
+        EXPECT_FALSE(id.fromBracedString(text)) << text;
+    EXPECT_FALSE(id.fromPlainString(nullptr));
+    EXPECT_FALSE(id.fromBracedString(nullptr));
+    EXPECT_EQ(id, sample);
+    id.toPlainString(nullptr);
+    id.toBracedString(nullptr);
+}
+
+TEST(FUID, AnEmptyIdIsNotValid) {
+    EXPECT_FALSE(FUID().isValid());
+    EXPECT_FALSE(FUID(static_cast<const uint8_t*>(nullptr)).isValid());
+    for (int i = 0; i < 16; ++i) {
+        FUID id;
+        id.data()[i] = 1;
+        EXPECT_TRUE(id.isValid()) << i;
+    }
+}
+
+TEST(FUID, DrawsIdsThatDiffer) {
+    FUID first;
+    FUID second;
+    ASSERT_TRUE(first.generate());
+    ASSERT_TRUE(second.generate());
+    EXPECT_TRUE(first.isValid());
+    EXPECT_NE(first, second);
+}
+
+TEST(FUID, WritesDeclarations) {
+    struct Case {
+        int32_t style;
+        const char* text;
+    };
+    const Case cases[] = {
+        {0, "INLINE_UID (0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
+        {1, "DECLARE_UID (0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
+        {2, "FUID (0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
+        {3, "DECLARE_CLASS_IID (Interface, 0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
+        {-1, "DECLARE_CLASS_IID (Interface, 0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
+    };
+    std::string debug;
+    platform::setDebugOutput(
+        [](std::string_view line, void* argument) {
+            static_cast<std::string*>(argument)->append(line).append("\n");
+        },
+        &debug);
+    for (const Case& c : cases) {
+        char buffer[97];
+        sample.toDeclaration(buffer, c.style);
+        EXPECT_STREQ(buffer, c.text);
+        debug.clear();
+        sample.toDeclaration(nullptr, c.style);
+        EXPECT_EQ(debug, std::string(c.text) + "\n");
+    }
+    platform::setDebugOutput(nullptr, nullptr);
+}
+
+TEST(CmUID, WritesItsBytesInMemoryOrder) {
+    EXPECT_EQ(CmUID(sample).toHexBytes(), "33221100554477668899AABBCCDDEEFF");
+    CmUID id;
+    EXPECT_TRUE(id.fromHexBytes("33221100554477668899aabbccddeeff and more"));
+    EXPECT_EQ(id.uid(), sample);
+    EXPECT_TRUE(id.fromHexBytes(""));
+    EXPECT_EQ(id.uid(), sample) << "an empty text changes nothing";
+    EXPECT_TRUE(id.fromHexBytes("G1"));
+    EXPECT_EQ(id.uid().data()[0], 0x01) << "what is no digit counts as 0";
+    EXPECT_EQ(id.uid().data()[1], sample.data()[1]);
+}
+
+TEST(CmUID, CutsItsBitsIntoGroupsOfFive) {
+    struct Case {
+        int byte;
+        uint8_t value;
+        const char* text;
+    };
+    const Case cases[] = {
+        {0, 0x1F, "V0000000000000000000000000"},  {0, 0xFF, "V7000000000000000000000000"},
+        {1, 0x01, "08000000000000000000000000"},  {15, 0x80, "00000000000000000000000004"},
+        {15, 0xFF, "000000000000000000000000V7"},
+    };
+    for (const Case& c : cases) {
+        FUID uid;
+        uid.data()[c.byte] = c.value;
+        EXPECT_EQ(CmUID(uid).toBase32String(), c.text);
+    }
+    CmUID back;
+    ASSERT_TRUE(back.fromBase32String(CmUID(sample).toBase32String()));
+    EXPECT_EQ(back.uid(), sample);
+    EXPECT_FALSE(back.fromBase32String("0123"));
+    EXPECT_EQ(back.uid(), sample);
+}
+
+TEST(CmUID, EqualsByItsBytes) {
+    CmUID a(sample);
+    CmUID b(sample);
+    CmUID c;
+    EXPECT_TRUE(a.isEqual(&b));
+    EXPECT_EQ(a.compare(&b), 0);
+    EXPECT_EQ(a.hashCode(11), b.hashCode(11));
+    EXPECT_FALSE(a.isEqual(&c));
+    EXPECT_EQ(a.compare(&c), 1);
+    EXPECT_EQ(c.compare(&a), -1);
+    EXPECT_FALSE(a.isEqual(nullptr));
+}
+
+} // namespace
+} // namespace qorl

@@ -1,0 +1,127 @@
+#include "foundation/CmContainer.h"
+#include "foundation/CmObject.h"
+#include "foundation/UpdateHandler.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace qorl {
+namespace {
+
+/// The entry of a virtual operation in its table, as the Itanium ABI encodes it in a pointer to member. A
+/// virtual destructor takes two entries, so behind it an operation's slot is its entry less one.
+template <typename Operation>
+ptrdiff_t entryOf(Operation operation) {
+    static_assert(sizeof operation == 2 * sizeof(ptrdiff_t));
+    ptrdiff_t words[2];
+    std::memcpy(words, &operation, sizeof words);
+    return (words[0] - 1) / static_cast<ptrdiff_t>(sizeof(void*));
+}
+
+constexpr ptrdiff_t destructorSlot = 4;
+
+template <typename Operation>
+ptrdiff_t slotOf(Operation operation) {
+    const ptrdiff_t entry = entryOf(operation);
+    return entry > destructorSlot ? entry - 1 : entry;
+}
+
+struct Row {
+    ptrdiff_t slot;
+    const char* name;
+};
+
+void expectConsecutive(std::initializer_list<Row> rows, ptrdiff_t first) {
+    ptrdiff_t expected = first;
+    for (const Row& row : rows) {
+        if (expected == destructorSlot)
+            ++expected;
+        EXPECT_EQ(row.slot, expected) << row.name;
+        ++expected;
+    }
+}
+
+#define SLOT(Class, operation)                                                                               \
+    Row {                                                                                                    \
+        slotOf(&Class::operation), #operation                                                                \
+    }
+
+TEST(SlotOrder, ObjectsAnswerTheSameSlotsInTheSameOrder) {
+    expectConsecutive({SLOT(CmObject, queryInterface),
+                       SLOT(CmObject, addRef),
+                       SLOT(CmObject, release),
+                       SLOT(CmObject, update),
+                       SLOT(CmObject, isA),
+                       SLOT(CmObject, getClassName),
+                       SLOT(CmObject, isTypeOf),
+                       SLOT(CmObject, addDependent),
+                       SLOT(CmObject, removeDependent),
+                       SLOT(CmObject, changed),
+                       SLOT(CmObject, deferUpdate),
+                       SLOT(CmObject, updateDone),
+                       SLOT(CmObject, isSameObject),
+                       SLOT(CmObject, isEqual),
+                       SLOT(CmObject, compare),
+                       SLOT(CmObject, hashCode),
+                       SLOT(CmObject, notify),
+                       SLOT(CmObject, readFrom),
+                       SLOT(CmObject, writeTo),
+                       SLOT(CmObject, storeAttributes),
+                       SLOT(CmObject, restoreAttributes),
+                       SLOT(CmObject, handleMessage),
+                       SLOT(CmObject, getClassRecord),
+                       SLOT(CmObject, clone)},
+                      0);
+    EXPECT_EQ(slotOf(&CmObject::clone), 24);
+}
+
+TEST(SlotOrder, InterfacesHaveNoDestructorAmongTheirOperations) {
+    EXPECT_EQ(entryOf(&FDependent::update), 3);
+    EXPECT_EQ(entryOf(&FUpdateRegistry::addDependent), 3);
+    EXPECT_EQ(entryOf(&FUpdateRegistry::deferUpdates), 6);
+    EXPECT_EQ(entryOf(&FUpdateQueue::cancelUpdates), 3);
+    EXPECT_EQ(entryOf(&FUpdateQueue::triggerDeferredUpdates), 4);
+}
+
+TEST(SlotOrder, ContainersGoOnBehindObjects) {
+    expectConsecutive({SLOT(CmContainer, size), SLOT(CmContainer, count), SLOT(CmContainer, isEmpty),
+                       SLOT(CmContainer, add), SLOT(CmContainer, removeAtIterator), SLOT(CmContainer, remove),
+                       SLOT(CmContainer, removeAt), SLOT(CmContainer, removeAll), SLOT(CmContainer, at),
+                       SLOT(CmContainer, find), SLOT(CmContainer, containsEqual),
+                       SLOT(CmContainer, containsSame), SLOT(CmContainer, countEqual),
+                       SLOT(CmContainer, countSame), SLOT(CmContainer, newIterator),
+                       SLOT(CmContainer, forEachParallel)},
+                      25);
+}
+
+TEST(SlotOrder, IteratorsBeginWithTheirDestructor) {
+    EXPECT_EQ(entryOf(&CmIterator::done), 2);
+    EXPECT_EQ(entryOf(&CmIterator::next), 3);
+    EXPECT_EQ(entryOf(&CmIterator::previous), 4);
+    EXPECT_EQ(entryOf(&CmIterator::current), 5);
+    EXPECT_EQ(entryOf(&CmIterator::first), 6);
+    EXPECT_EQ(entryOf(&CmIterator::last), 7);
+    EXPECT_EQ(entryOf(&CmIterator::seek), 8);
+    EXPECT_EQ(entryOf(&CmIterator::forward), 9);
+    EXPECT_EQ(entryOf(&CmIterator::backward), 10);
+}
+
+TEST(SlotOrder, TheDestructorsStandBetweenUpdateAndIsA) {
+    static int destroyed;
+    struct Counted : CmObject {
+        ~Counted() override { ++destroyed; }
+    };
+    destroyed = 0;
+    auto* object = new Counted;
+    void** table = *reinterpret_cast<void***>(object);
+    reinterpret_cast<void (*)(void*)>(table[destructorSlot + 1])(object);
+    EXPECT_EQ(destroyed, 1);
+}
+
+TEST(SlotOrder, ObjectsCarryNothingButTheirCount) {
+    EXPECT_EQ(sizeof(CmObject), sizeof(FObject));
+    EXPECT_LE(sizeof(FObject), sizeof(void*) + 8);
+}
+
+} // namespace
+} // namespace qorl
