@@ -1,6 +1,7 @@
 #pragma once
 
 #include "graphics/UColor.h"
+#include "schemes/UScheme.h"
 #include "views/UView.h"
 
 #include <functional>
