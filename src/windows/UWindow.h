@@ -178,8 +178,8 @@ public:
     // Input, as the views see it.
 
     UView* getHoverView() const;
-    /// Until the button is released, moves reach `view` as `mouseOver` and the release as its `mouseUp`, wherever the
-    /// mouse is. For a view that is being pressed.
+    /// Until the button is released, moves reach `view` as `mouseOver` and the release as its `mouseUp`,
+    /// wherever the mouse is. For a view that is being pressed.
     void captureMouse(UView* view);
     void releaseMouse(UView* view);
     UView* getMouseCapture() const;

@@ -12,6 +12,13 @@ void UWindow::releaseMouse(UView* view) {
         core_->captureView = nullptr;
 }
 
+void UWindow::captureLost() {
+    core_->clickTracker.cancel();
+    setWindowFlag(clientDragged, false);
+    if (const Ref<UView> holder = retain(std::exchange(core_->captureView, nullptr)))
+        holder->mouseCaptureLost();
+}
+
 UView* UWindow::getMouseCapture() const {
     return core_->captureView;
 }

@@ -3,11 +3,14 @@
 #include "foundation/String.h"
 #include "graphics/UColor.h"
 #include "platform/PlatformWindow.h"
+#include "schemes/UScheme.h"
 #include "views/ClickTracker.h"
 #include "views/RenderTarget.h"
 #include "views/ViewListeners.h"
 #include "windows/WindowListeners.h"
+#include "windows/WindowPlatformSide.h"
 #include "windows/WindowStyle.h"
+#include "windows/WindowSurface.h"
 
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
@@ -23,11 +26,8 @@
 namespace qorl {
 
 class CmObject;
-class UScheme;
 class UView;
 class UWindow;
-class WindowPlatformSide;
-class WindowSurface;
 
 /// What a window keeps beside its class, so that derived windows stay small. Owned by the window; used by the
 /// sources of `windows/` only.

@@ -1,0 +1,282 @@
+#include "windows/UDesktop.h"
+
+#include "foundation/EventLoop.h"
+#include "platform/DesktopServices.h"
+#include "platform/Platform.h"
+#include "windows/UModalDialog.h"
+#include "windows/UPopupWindow.h"
+#include "windows/UToolTipHandler.h"
+
+#include <algorithm>
+
+namespace qorl {
+
+namespace {
+
+constinit UDesktop* theDesktop = nullptr;
+
+int64_t squaredDistance(CmPoint point, const CmRect& rect) {
+    const int64_t dx = std::max({rect.left - point.x, point.x - rect.right, 0});
+    const int64_t dy = std::max({rect.top - point.y, point.y - rect.bottom, 0});
+    return dx * dx + dy * dy;
+}
+
+struct NearestFocus {
+    CmPoint point;
+    UView* view = nullptr;
+    int64_t distance = 0;
+};
+
+void findNearestFocus(UView& parent, NearestFocus& nearest) {
+    parent.forEachSubView([&](UView& view) {
+        if (!view.isShown() || view.hasFlag(viewDisabled))
+            return;
+        if (view.isFocusable() && !view.getClientSize().isEmpty()) {
+            const CmRect frame = CmRect::ofSize(view.frameToWindow({}), view.getFrameSize());
+            const int64_t distance = squaredDistance(nearest.point, frame);
+            if (!nearest.view || distance < nearest.distance) {
+                nearest.view = &view;
+                nearest.distance = distance;
+            }
+        }
+        findNearestFocus(view, nearest);
+    });
+}
+
+} // namespace
+
+UDesktop::UDesktop() : UWindow({}, 0, {}), toolTips_(std::make_unique<UToolTipHandler>()) {
+    theDesktop = this;
+    addMouseObserver(toolTips_.get());
+}
+
+UDesktop::~UDesktop() {
+    while (!windows_.empty())
+        windows_.back()->willClose(true);
+    toolTips_.reset();
+    if (platform::desktop())
+        platform::desktop()->setCursor(nullptr);
+    cursor_.reset();
+    cursorStack_.clear();
+    UCursor::releaseStandardCursors();
+    theDesktop = nullptr;
+}
+
+UDesktop* UDesktop::instance() {
+    return theDesktop;
+}
+
+void UDesktop::update() {
+    if (platform::desktop())
+        platform::desktop()->flushAll();
+}
+
+// Cursor
+
+void UDesktop::setCursorPosition(CmPoint screenPoint) {
+    if (platform::desktop())
+        platform::desktop()->setMousePosition(screenPoint);
+}
+
+void UDesktop::showPlatformCursor(UCursor* cursor) {
+    if (platform::desktop())
+        platform::desktop()->setCursor(cursor ? cursor->platformCursor() : nullptr);
+}
+
+void UDesktop::setCursor(UCursor* cursor, UView* owner) {
+    const Ref<UCursor> old = std::exchange(cursor_, retain(cursor));
+    cursorOwner_ = owner;
+    if (waitCursor_)
+        return;
+    if (cursor)
+        showPlatformCursor(cursor);
+    else if (old)
+        showPlatformCursor(UCursor::standard(platform::CursorShape::arrow));
+}
+
+void UDesktop::pushCursor(UCursor* cursor, UView* owner) {
+    cursorStack_.push_back({cursor_, cursorOwner_});
+    setCursor(cursor, owner);
+}
+
+bool UDesktop::popCursor() {
+    if (cursorStack_.empty())
+        return false;
+    const CursorRecord top = std::move(cursorStack_.back());
+    cursorStack_.pop_back();
+    setCursor(top.cursor.get(), top.owner);
+    return true;
+}
+
+void UDesktop::setWaitCursor(bool wait) {
+    waitCursor_ = wait;
+    refreshCursor();
+}
+
+void UDesktop::showCursor(bool visible) {
+    using Visibility = platform::DesktopServices::CursorVisibility;
+    if (platform::desktop())
+        platform::desktop()->showCursor(visible ? Visibility::shown : Visibility::hidden);
+}
+
+void UDesktop::refreshCursor() {
+    if (waitCursor_)
+        showPlatformCursor(UCursor::standard(platform::CursorShape::wait));
+    else if (cursor_)
+        showPlatformCursor(cursor_.get());
+    else
+        showPlatformCursor(UCursor::standard(platform::CursorShape::arrow));
+}
+
+// Focus
+
+bool UDesktop::setFocus(UView* view) {
+    if (!view) {
+        UWindow* window = focusView_ ? focusView_->getWindow() : nullptr;
+        focusView_ = nullptr;
+        if (window)
+            window->setFocusView(nullptr);
+        return true;
+    }
+    const Ref<UWindow> window = retain(view->getWindow());
+    if (!window)
+        return false;
+    window->setFocusView(view);
+    if (window->getFocusView())
+        chooseFocus(window.get());
+    return true;
+}
+
+void UDesktop::chooseFocus(UWindow* window) {
+    if (hasDesktopFlag(focusFrozen) || !window || window->getWindowType() == WindowType::none ||
+        window->hasStyle(styleNoActivate))
+        return;
+    if (!window->getFocusView()) {
+        NearestFocus nearest{window->focusPoint()};
+        findNearestFocus(*window, nearest);
+        if (nearest.view)
+            window->setFocusView(nearest.view->getFocusView());
+    }
+    focusView_ = window->getFocusView();
+    if (focusView_)
+        focusView_->invalidateFrame();
+}
+
+void UDesktop::takeFocusFrom(UWindow* window) {
+    if (!focusView_ || focusView_->getWindow() != window)
+        return;
+    focusView_->invalidateFrame();
+    focusView_ = nullptr;
+}
+
+bool UDesktop::moveFocus(FocusDirection direction) {
+    return navigateFocus(focusView_ ? focusView_ : activeWindow_, direction);
+}
+
+// Windows
+
+void UDesktop::registerWindow(UWindow* window) {
+    if (std::find(windows_.begin(), windows_.end(), window) == windows_.end())
+        windows_.push_back(retain(window));
+}
+
+void UDesktop::unregisterWindow(UWindow* window) {
+    const Ref<UWindow> keep = retain(window);
+    std::erase(windows_, keep);
+    takeFocusFrom(window);
+    if (activeWindow_ == window)
+        activeWindow_ = nullptr;
+    if (windowUnderMouse_ == window)
+        windowUnderMouse_ = nullptr;
+    if (openPopup_ == window)
+        openPopup_ = nullptr;
+}
+
+void UDesktop::bringWindowToFront(UWindow* window) {
+    const auto found = std::find(windows_.begin(), windows_.end(), window);
+    if (found != windows_.end())
+        std::rotate(found, found + 1, windows_.end());
+}
+
+UWindow* UDesktop::frontWindow(WindowType type) const {
+    const auto found = std::find_if(windows_.rbegin(), windows_.rend(), [&](const Ref<UWindow>& window) {
+        return window->getWindowType() == type && window->isVisible();
+    });
+    return found == windows_.rend() ? nullptr : found->get();
+}
+
+UWindow* UDesktop::windowAt(CmPoint screenPoint) const {
+    const auto found = std::find_if(windows_.rbegin(), windows_.rend(), [&](const Ref<UWindow>& window) {
+        return window->isVisible() && window->getFrameRect().contains(screenPoint);
+    });
+    return found == windows_.rend() ? nullptr : found->get();
+}
+
+void UDesktop::windowActivated(UWindow* window, Activation activation) {
+    if (activation == Activation::gained) {
+        activeWindow_ = window;
+        bringWindowToFront(window);
+        chooseFocus(window);
+        return;
+    }
+    if (activeWindow_ == window)
+        activeWindow_ = nullptr;
+    takeFocusFrom(window);
+}
+
+// Popups and modal dialogs
+
+void UDesktop::closePopups() {
+    if (UPopupWindow* popup = std::exchange(openPopup_, nullptr))
+        popup->closeDeferred();
+}
+
+int32_t UDesktop::runModal(UModalDialog* dialog) {
+    const Ref<UModalDialog> keep = retain(dialog);
+    // A press that led here must not keep the mouse.
+    if (platform::desktop() && platform::desktop()->isCapturing())
+        platform::desktop()->releaseCapture();
+    if (!dialog->show())
+        return UModalDialog::canceledResult;
+    modalStack_.push_back(keep);
+    EventLoop* loop = EventLoop::current();
+    while (dialog->isOpen() && loop && loop->step() != EventLoop::Step::ended) {}
+    if (dialog->isOpen())
+        dialog->willClose(true);
+    std::erase(modalStack_, keep);
+    return dialog->getModalResult();
+}
+
+// Observers
+
+void UDesktop::addMouseObserver(GlobalMouseObserver* observer) {
+    mouseObservers_.add(observer);
+}
+
+void UDesktop::removeMouseObserver(GlobalMouseObserver* observer) {
+    mouseObservers_.remove(observer);
+}
+
+bool UDesktop::tellMouseDown(UWindow* window, CmPoint point, uint32_t buttons) {
+    bool ended = false;
+    mouseObservers_.tell(
+        [&](GlobalMouseObserver& observer) { ended = ended || observer.mouseDown(window, point, buttons); });
+    return ended;
+}
+
+void UDesktop::tellMouseMove(UWindow* window, CmPoint point) {
+    mouseObservers_.tell([&](GlobalMouseObserver& observer) { observer.mouseMove(window, point); });
+}
+
+void UDesktop::viewGone(UView* view) {
+    if (focusView_ == view)
+        focusView_ = nullptr;
+    if (cursorOwner_ == view)
+        setCursor(nullptr, nullptr);
+    for (CursorRecord& record : cursorStack_)
+        if (record.owner == view)
+            record.owner = nullptr;
+    mouseObservers_.tell([&](GlobalMouseObserver& observer) { observer.viewGone(view); });
+}
+
+} // namespace qorl

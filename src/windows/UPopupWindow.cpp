@@ -1,0 +1,98 @@
+#include "windows/UPopupWindow.h"
+
+#include "foundation/FMessage.h"
+#include "platform/DesktopServices.h"
+#include "platform/Platform.h"
+#include "schemes/UScheme.h"
+#include "windows/UDesktop.h"
+
+namespace qorl {
+
+namespace {
+
+constexpr int32_t popupBackground = 19;
+
+} // namespace
+
+UPopupWindow::UPopupWindow(const CmRect& frame, uint32_t style, const ConstString& title)
+    : UWindow(frame, style, title), lifetimeTimer_(this) {
+    setWindowFlag(firstFrontList | secondFrontList, false);
+}
+
+UColor UPopupWindow::getBackgroundColor(const UView* forView) const {
+    const UScheme* scheme = getScheme();
+    if (hasWindowFlag(ownBackground) || !scheme)
+        return UWindow::getBackgroundColor(forView);
+    return scheme->getColor(popupBackground);
+}
+
+bool UPopupWindow::show() {
+    UDesktop* desktop = UDesktop::instance();
+    if (desktop && hasWindowFlag(replacesOpenPopup)) {
+        setWindowFlag(closesOnOutsideClick, true);
+        previousPopup_ = retain(desktop->getOpenPopup());
+        if (previousPopup_ && previousPopup_->hasStyle(styleClientMovable))
+            previousPopup_->setStyle(previousPopup_->getStyle() & ~styleClientMovable);
+        else
+            previousPopup_.reset();
+    }
+    if (!UWindow::show())
+        return false;
+    if (hasWindowFlag(closesOnSecondPress))
+        setStyle(getStyle() | styleClientMovable);
+    if (desktop && hasWindowFlag(closesOnOutsideClick))
+        desktop->setOpenPopup(this);
+    return true;
+}
+
+bool UPopupWindow::hide() {
+    if (!hasStyle(styleClientMovable))
+        return UWindow::hide();
+    closeDeferred();
+    return true;
+}
+
+void UPopupWindow::willClose(bool canceled) {
+    lifetimeTimer_.stop();
+    UWindow::willClose(canceled);
+    UDesktop* desktop = UDesktop::instance();
+    if (desktop && previousPopup_ && previousPopup_->isOpen() && !desktop->getOpenPopup())
+        desktop->setOpenPopup(previousPopup_.get());
+    previousPopup_.reset();
+}
+
+bool UPopupWindow::mouseDown(CmPoint point) {
+    lastClickInside_ = getClientBounds().contains(point);
+    if (hasWindowFlag(closesOnOutsideClick) && !lastClickInside_) {
+        if (UDesktop* desktop = UDesktop::instance())
+            desktop->closePopups();
+        return true;
+    }
+    if (hasWindowFlag(closesOnAnyClick)) {
+        closeDeferred();
+        return true;
+    }
+    const bool taken = UWindow::mouseDown(point);
+    if (hasWindowFlag(closesAfterClick) && !(platform::desktop() && platform::desktop()->isCapturing()))
+        closeDeferred();
+    return taken;
+}
+
+int32_t UPopupWindow::handleMessage(FMessage* message) {
+    if (!message->isNamed("Timer") || message->getObject("Timer") != &lifetimeTimer_)
+        return UWindow::handleMessage(message);
+    lifetimeTimer_.stop();
+    setWindowFlag(lifetimeRunning, false);
+    closeDeferred();
+    return handled;
+}
+
+void UPopupWindow::setLifetime(int32_t milliseconds) {
+    setWindowFlag(lifetimeRunning, milliseconds >= 1);
+    if (milliseconds >= 1)
+        lifetimeTimer_.start(milliseconds);
+    else
+        lifetimeTimer_.stop();
+}
+
+} // namespace qorl

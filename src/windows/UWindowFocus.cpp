@@ -1,0 +1,166 @@
+#include "foundation/FMessage.h"
+#include "platform/DesktopServices.h"
+#include "platform/Platform.h"
+#include "views/FocusPolicy.h"
+#include "windows/UDesktop.h"
+#include "windows/UWindow.h"
+#include "windows/WindowCore.h"
+
+#include <iterator>
+
+namespace qorl {
+
+namespace {
+
+struct FocusCommand {
+    std::string_view name;
+    /// Sent to the focus view; null for a command that navigates.
+    const char* message;
+    /// What is pressed when the focus view doesn't take the message, or the key that navigates.
+    UKeyCode key;
+};
+
+constexpr FocusCommand focusCommands[] = {
+    {"Hit", "FocusHit", {0, Key::returnKey, 0}},
+    {"Escape", "FocusEscape", {0, Key::escape, 0}},
+    {"Fore", nullptr, {0, Key::tab, 0}},
+    {"Back", nullptr, {0, Key::tab, UKeyCode::shift}},
+    {"Left", nullptr, {0, Key::left, 0}},
+    {"Right", nullptr, {0, Key::right, 0}},
+    {"Up", nullptr, {0, Key::up, 0}},
+    {"Down", nullptr, {0, Key::down, 0}},
+};
+
+UKeyCode keyOf(const platform::KeyEvent& event) {
+    return {event.character, event.virtualKey, modifiersFromPlatform(event.modifiers)};
+}
+
+int32_t sendTo(UView& view, const char* name) {
+    const Ref<UView> keep = retain(&view);
+    return view.handleMessage(make<FMessage>(ConstString(name)).get());
+}
+
+/// Where the keyboard looks for a neighbour once the view is gone: the centre, or near the top of a tall
+/// view.
+CmPoint focusPointOf(UView& view) {
+    const CmRect frame = CmRect::ofSize(view.frameToWindow({}), view.getFrameSize());
+    const int32_t x = frame.left + frame.width() / 2;
+    return {x, frame.height() > frame.width() ? frame.top + 10 : frame.top + frame.height() / 2};
+}
+
+} // namespace
+
+// Focus
+
+UView* UWindow::getFocusView() {
+    return core_->focusView;
+}
+
+CmPoint UWindow::focusPoint() const {
+    return core_->focusPoint;
+}
+
+void UWindow::setFocusView(UView* view) {
+    const Ref<UView> old = retain(core_->focusView);
+    if (old == view)
+        return;
+    const Ref<UView> fresh = retain(view);
+    core_->focusView = view;
+    if (view)
+        core_->focusPoint = focusPointOf(*view);
+    if (old) {
+        old->focusLost();
+        old->drawFocus(false);
+        old->invalidateFrame();
+    }
+    // Whoever lost the focus may have passed it on.
+    if (!view || core_->focusView != view)
+        return;
+    view->focusGained();
+    view->drawFocus(true);
+    view->invalidateFrame();
+}
+
+void UWindow::viewClosing(UView* view) {
+    if (core_->hoverView == view)
+        core_->hoverView = nullptr;
+    releaseMouse(view);
+    if (core_->focusView == view) {
+        core_->focusView = nullptr;
+        view->focusLost();
+    }
+    if (UDesktop* desktop = UDesktop::instance())
+        desktop->viewGone(view);
+}
+
+// Keys
+
+UView* UWindow::keyTarget() const {
+    const UDesktop* desktop = UDesktop::instance();
+    UView* focus = desktop ? desktop->getFocus() : nullptr;
+    return focus && focus->getWindow() == this ? focus : core_->focusView;
+}
+
+bool UWindow::keyEvent(const platform::KeyEvent& event) {
+    const Ref<UWindow> keep = retain(this);
+    if (!isEnabled() || !core_->platformWindow ||
+        platform::desktop()->isModalBlocking(*core_->platformWindow))
+        return false;
+    const Ref<UView> target = retain(keyTarget());
+    const UKeyCode key = keyOf(event);
+    if (event.kind == platform::KeyKind::up)
+        return target ? target->keyUp(key) : keyUp(key);
+    if (!target || target == this)
+        return keyDown(key);
+    const bool outer = std::exchange(core_->keyComesFromTree, true);
+    const bool taken = target->keyDown(key);
+    core_->keyComesFromTree = outer;
+    return taken;
+}
+
+bool UWindow::keyDown(const UKeyCode& key) {
+    const Ref<UWindow> keep = retain(this);
+    if (closeByKey(key))
+        return true;
+    UView* content = contentView();
+    if (!core_->keyComesFromTree && content) {
+        core_->keyComesFromTree = true;
+        const bool taken = content->keyDown(key);
+        core_->keyComesFromTree = false;
+        return taken;
+    }
+    if (key.modifiers == 0 && (key.isEnter() || key.virtualKey == Key::space) && core_->focusView &&
+        sendTo(*core_->focusView, "FocusHit") == handled)
+        return true;
+    return UView::keyDown(key);
+}
+
+bool UWindow::closeByKey(const UKeyCode& key) {
+    const char* message = nullptr;
+    if (hasStyle(styleCloseOnEscape) && key.virtualKey == Key::escape && key.modifiers == 0)
+        message = "MsgCloseEscape";
+    else if (hasStyle(styleCloseOnEnter) && key.isEnter() && key.modifiers == 0)
+        message = "MsgCloseEnter";
+    if (!message)
+        return false;
+    if (tellController(message) != handled)
+        closeDeferred();
+    return true;
+}
+
+bool UWindow::focusCommand(std::string_view command) {
+    const Ref<UWindow> keep = retain(this);
+    for (const FocusCommand& entry : focusCommands) {
+        if (entry.name != command)
+            continue;
+        UView* focus = keyTarget();
+        if (!entry.message)
+            return navigateFocus(focus ? focus : this, focusDirectionOf(entry.key));
+        if (focus && sendTo(*focus, entry.message) == handled)
+            return true;
+        return keyDown(entry.key);
+    }
+    return false;
+}
+
+} // namespace qorl

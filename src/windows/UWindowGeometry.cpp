@@ -1,0 +1,241 @@
+#include "foundation/FMessage.h"
+#include "foundation/UpdateHandler.h"
+#include "platform/DesktopServices.h"
+#include "platform/Platform.h"
+#include "views/GeometryAttributes.h"
+#include "windows/UDesktop.h"
+#include "windows/UWindow.h"
+#include "windows/WindowCore.h"
+
+#include <algorithm>
+
+namespace qorl {
+
+namespace {
+
+CmSize limited(CmSize size, CmSize smallest, CmSize largest) {
+    return {std::clamp(size.width, smallest.width, std::max(smallest.width, largest.width)),
+            std::clamp(size.height, smallest.height, std::max(smallest.height, largest.height))};
+}
+
+void takePositive(CmSize& limit, CmSize wanted) {
+    if (wanted.width > 0)
+        limit.width = wanted.width;
+    if (wanted.height > 0)
+        limit.height = wanted.height;
+}
+
+} // namespace
+
+// Position and size
+
+void UWindow::setPosition(CmPoint position) {
+    if (hasWindowFlag(collectingUpdates)) {
+        core_->collectedPosition = position;
+        return;
+    }
+    core_->centerOnOpen = false;
+    setFrame(CmRect::ofSize(position, getFrameSize()), true);
+}
+
+CmPoint UWindow::getPosition() const {
+    return core_->collectedPosition.value_or(getFrameRect().origin());
+}
+
+void UWindow::setSize(CmSize clientSize) {
+    clientSize = limited(clientSize, core_->minSize, core_->maxSize);
+    if (hasWindowFlag(collectingUpdates)) {
+        core_->collectedSize = clientSize;
+        return;
+    }
+    setFrame(CmRect::ofSize(getFrameRect().origin(), clientSize), true);
+}
+
+CmSize UWindow::getSize() const {
+    return core_->collectedSize.value_or(getFrameSize());
+}
+
+void UWindow::setSizeLimits(CmSize smallest, CmSize largest) {
+    takePositive(core_->minSize, smallest);
+    takePositive(core_->maxSize, largest);
+    if (!core_->platformWindow)
+        return;
+    core_->platformWindow->setLimits(platform::LimitKind::minimum, core_->minSize);
+    core_->platformWindow->setLimits(platform::LimitKind::maximum, core_->maxSize);
+}
+
+void UWindow::getSizeLimits(CmSize& smallest, CmSize& largest) const {
+    smallest = core_->minSize;
+    largest = core_->maxSize;
+}
+
+void UWindow::beginCollectUpdates() {
+    setWindowFlag(collectingUpdates, true);
+}
+
+void UWindow::endCollectUpdates() {
+    if (!hasWindowFlag(collectingUpdates))
+        return;
+    const CmRect frame = CmRect::ofSize(getPosition(), getSize());
+    setWindowFlag(collectingUpdates, false);
+    core_->collectedPosition.reset();
+    core_->collectedSize.reset();
+    setFrame(frame, true);
+}
+
+bool UWindow::applyFrameHook(const CmRect& rect, bool) {
+    if (!core_->platformWindow)
+        return false;
+    core_->platformWindow->setPositionSize(rect.origin(), rect.size());
+    return true;
+}
+
+void UWindow::sized(const CmRect& clientOnScreen) {
+    const CmRect old = getFrameRect();
+    if (clientOnScreen == old)
+        return;
+    applyFrame(clientOnScreen, false);
+    if (clientOnScreen.size() == old.size())
+        return;
+    const CmSize oldSize = old.size();
+    core_->windowListeners.tell([&](WindowListener& listener) { listener.windowSized(this, oldSize); });
+    const Ref<FMessage> message = make<FMessage>(ConstString("MsgWindowSized"));
+    qorl::setSize(message->attributes(), "OldSize", oldSize);
+    tellController(*message);
+}
+
+void UWindow::sizeTracking(SizeTracking phase) {
+    const bool started = phase == SizeTracking::started;
+    setWindowFlag(inSizeTracking, started);
+    tellController(started ? "MsgWindowSizeStart" : "MsgWindowSizeEnd");
+}
+
+void UWindow::center() {
+    if (core_->platformWindow)
+        core_->platformWindow->center();
+    else
+        core_->centerOnOpen = true;
+}
+
+bool UWindow::scrollRect(const CmRect& rect, CmPoint delta) {
+    if (!core_->platformWindow || hasWindowFlag(opening))
+        return false;
+    core_->platformWindow->scrollRect(rect, delta);
+    return true;
+}
+
+// Screen
+
+CmPoint UWindow::clientToScreen(CmPoint point) const {
+    if (core_->platformWindow)
+        core_->platformWindow->clientToScreen(point);
+    else
+        point = point + getFrameRect().origin();
+    return point;
+}
+
+CmPoint UWindow::screenToClient(CmPoint point) const {
+    if (core_->platformWindow)
+        core_->platformWindow->screenToClient(point);
+    else
+        point = point - getFrameRect().origin();
+    return point;
+}
+
+CmPoint UWindow::frameToScreen(CmPoint point) const {
+    return clientToScreen(point - getClientRect().origin());
+}
+
+// Minimized, maximized, active
+
+void UWindow::setMinimized(bool minimized) {
+    const bool isMinimized = core_->windowState == WindowState::minimized;
+    if (minimized == isMinimized)
+        return;
+    const bool toMaximized = !minimized && (core_->stateFlags & WindowCore::wasMaximized) != 0;
+    changeState(minimized     ? WindowState::minimized
+                : toMaximized ? WindowState::maximized
+                              : WindowState::normal);
+}
+
+void UWindow::setMaximized(bool maximized) {
+    if (maximized == (core_->windowState == WindowState::maximized))
+        return;
+    changeState(maximized ? WindowState::maximized : WindowState::normal);
+}
+
+void UWindow::changeState(WindowState state) {
+    if (core_->platformWindow)
+        core_->platformWindow->setShowState(static_cast<platform::ShowState>(state));
+    // Without a platform window, or when the platform answers later, the state stands at once.
+    stateChangedTo(state);
+}
+
+void UWindow::stateChangedTo(WindowState state) {
+    const WindowState old = core_->windowState;
+    if (state == old)
+        return;
+    if (old == WindowState::normal && !core_->platformWindow)
+        core_->placementRect = getFrameRect();
+    if (state == WindowState::minimized)
+        core_->setStateFlag(WindowCore::wasMaximized, old == WindowState::maximized);
+    core_->windowState = state;
+    if (old == WindowState::minimized || state == WindowState::minimized)
+        tellState("MsgWindowMinimized", state == WindowState::minimized);
+    if (state == WindowState::maximized || (old == WindowState::maximized && state == WindowState::normal))
+        tellState("MsgWindowMaximized", state == WindowState::maximized);
+}
+
+void UWindow::tellState(const char* name, bool on) {
+    const Ref<FMessage> message = make<FMessage>(ConstString(name));
+    message->setInt("State", on ? 1 : 0);
+    tellController(*message);
+}
+
+void UWindow::activate() {
+    if (core_->platformWindow)
+        core_->platformWindow->activate();
+}
+
+bool UWindow::isActive() const {
+    return core_->platformWindow &&
+           core_->platformWindow->getActivationState() != platform::PlatformWindow::Activation::inactive;
+}
+
+void UWindow::activationChanged(Activation activation,
+                                platform::PlatformWindowClient::MainWindow mainWindow) {
+    using MainWindow = platform::PlatformWindowClient::MainWindow;
+    const bool active = activation == Activation::gained;
+    if (UDesktop* desktop = UDesktop::instance())
+        desktop->windowActivated(this, activation);
+    activate(active);
+    tellState("MsgWindowOnActivate", active);
+    if (mainWindow == MainWindow::changed && getWindowType() == WindowType::document) {
+        tellState("MsgWindowMainWindowChange", active);
+        followMainWindow(active);
+    }
+}
+
+void UWindow::followMainWindow(bool isMain) {
+    if (isMain) {
+        for (const Ref<UWindow>& child : std::exchange(core_->followersOfMain, {}))
+            if (child->core().parentWindow == this)
+                child->show();
+        return;
+    }
+    const std::vector<Ref<UWindow>> children = core_->childWindows;
+    for (const Ref<UWindow>& child : children) {
+        if (!child->hasStyle(styleFollowsMainWindow) || !child->isVisible())
+            continue;
+        core_->followersOfMain.push_back(child);
+        child->hide();
+    }
+}
+
+void UWindow::userColorsChanged() {
+    if (const Ref<CmObject> controller = controller_)
+        controller->handleMessage(make<FMessage>(ConstString("MsgWindowUserColorChange")).get());
+    invalidateAll();
+}
+
+} // namespace qorl

@@ -1,0 +1,290 @@
+#include "foundation/FMessage.h"
+#include "platform/DesktopServices.h"
+#include "platform/Platform.h"
+#include "views/GeometryAttributes.h"
+#include "windows/UDesktop.h"
+#include "windows/UPopupWindow.h"
+#include "windows/UWindow.h"
+#include "windows/WindowCore.h"
+
+#include <cmath>
+
+namespace qorl {
+
+namespace {
+
+CmPoint toLogical(CmPoint pixel, double factor) {
+    if (factor == 1.0 || factor <= 0)
+        return pixel;
+    return {static_cast<int32_t>(std::floor(pixel.x / factor)),
+            static_cast<int32_t>(std::floor(pixel.y / factor))};
+}
+
+bool belongsTo(const UWindow* window, const UWindow* popup) {
+    for (; window; window = window->getParentWindow())
+        if (window == popup)
+            return true;
+    return false;
+}
+
+/// Everything at the point, the deepest view in front last.
+void collectViewsAt(UView& view, CmPoint point, std::vector<Ref<UView>>& found) {
+    view.forEachSubView([&](UView& subView) {
+        if (!subView.isShown() || !subView.getFrameRect().contains(point))
+            return;
+        found.push_back(retain(&subView));
+        collectViewsAt(subView, subView.parentToClient(point), found);
+    });
+}
+
+} // namespace
+
+// Entry
+
+bool UWindow::mouseEvent(const platform::MouseEvent& event) {
+    const Ref<UWindow> keep = retain(this);
+    const CmPoint point = toLogical(event.position, getScaleFactor());
+    core_->mouseLocation = point;
+    core_->hasMouseLocation = event.kind != platform::MouseKind::enter;
+    switch (event.kind) {
+    case platform::MouseKind::move: return mouseMoved(point);
+    case platform::MouseKind::leave: mouseLeft(); return true;
+    case platform::MouseKind::down: return mousePressed(point, event);
+    case platform::MouseKind::up: return mouseReleased(point, event);
+    case platform::MouseKind::enter: return true;
+    }
+    return false;
+}
+
+bool UWindow::mouseMoved(CmPoint point) {
+    UDesktop* desktop = UDesktop::instance();
+    if (desktop && desktop->windowUnderMouse() != this) {
+        if (const Ref<UWindow> old = retain(desktop->windowUnderMouse()))
+            old->mouseLeft();
+        desktop->setWindowUnderMouse(this);
+    }
+    if (hasWindowFlag(clientDragged)) {
+        setPosition(clientToScreen(point) - core_->dragOffset);
+        return true;
+    }
+    if (const Ref<UView> holder = retain(core_->captureView))
+        return holder->mouseOver(holder->windowToClient(point));
+    updateHover(point);
+    return true;
+}
+
+void UWindow::mouseLeft() {
+    core_->hasMouseLocation = false;
+    if (UDesktop* desktop = UDesktop::instance())
+        if (desktop->windowUnderMouse() == this)
+            desktop->setWindowUnderMouse(nullptr);
+    setHoverView(nullptr, core_->mouseLocation);
+}
+
+bool UWindow::mousePressed(CmPoint point, const platform::MouseEvent& event) {
+    core_->clickTracker.press(point, event.buttons, event.time);
+    if (core_->platformWindow)
+        platform::desktop()->setCapture(*core_->platformWindow);
+    if (UDesktop* desktop = UDesktop::instance(); desktop && hasWindowFlag(firstFrontList | secondFrontList))
+        desktop->bringWindowToFront(this);
+    const uint32_t outer = std::exchange(core_->pressButtons, event.buttons);
+    const bool taken = mouseDown(point);
+    core_->pressButtons = outer;
+    return taken;
+}
+
+bool UWindow::mouseReleased(CmPoint point, const platform::MouseEvent& event) {
+    const bool isClick = core_->clickTracker.release(point);
+    setWindowFlag(clientDragged, false);
+    if (platform::desktop() && platform::desktop()->getCapture() == core_->platformWindow.get())
+        platform::desktop()->releaseCapture();
+    UView* holder = std::exchange(core_->captureView, nullptr);
+    const Ref<UView> target = retain(holder ? holder : core_->hoverView ? core_->hoverView : this);
+    bool taken = target->mouseUp(target->windowToClient(point));
+    if (isClick && !hasWindowFlag(closed)) {
+        const ClickEvent click{{target.get(), target->getViewId()},
+                               target->windowToClient(point),
+                               event.modifiers,
+                               core_->clickTracker.buttons(),
+                               core_->clickTracker.isDoubleClick()};
+        taken = target->click(click) || taken;
+    }
+    if (!hasWindowFlag(closed))
+        updateHover(point);
+    return taken;
+}
+
+bool UWindow::wheelEvent(const platform::WheelEvent& event) {
+    const Ref<UWindow> keep = retain(this);
+    if (!isEnabled())
+        return false;
+    const CmPoint point = toLogical(event.position, getScaleFactor());
+    UView* at = findViewAt(point, true);
+    for (Ref<UView> view = retain(at ? at : this); view; view = retain(view->getParent())) {
+        if (!view->isEnabled())
+            continue;
+        WheelEvent wheel;
+        wheel.head = {view.get(), view->getViewId()};
+        wheel.flags = event.flags;
+        wheel.deltaX = event.deltaX;
+        wheel.deltaY = event.deltaY;
+        if (view->mouseWheel(wheel) == Result::ok)
+            return true;
+    }
+    return false;
+}
+
+// Press
+
+uint32_t UWindow::pressedButtons() const {
+    if (core_->pressButtons != platform::noButton)
+        return core_->pressButtons;
+    return platform::desktop() ? platform::desktop()->currentMouseButtons() : platform::noButton;
+}
+
+bool UWindow::isDoubleClick() const {
+    return core_->clickTracker.isDoubleClick();
+}
+
+bool UWindow::mouseDown(CmPoint point) {
+    UDesktop* desktop = UDesktop::instance();
+    if (desktop && desktop->tellMouseDown(this, point, pressedButtons()))
+        return true;
+    if (core_->platformWindow && platform::desktop()->isModalBlocking(*core_->platformWindow))
+        return false;
+    if (const Ref<UPopupWindow> popup = retain(desktop ? desktop->getOpenPopup() : nullptr);
+        popup && !belongsTo(this, popup.get())) {
+        desktop->closePopups();
+        if (popup->hasWindowFlag(UPopupWindow::closesOnOutsideClick))
+            return true;
+    }
+    if (pressedButtons() == platform::rightButton)
+        return pressRight(point);
+    if (UView::mouseDown(point))
+        return true;
+    if (!hasStyle(styleClientMovable) || !getClientBounds().contains(point) || hasWindowFlag(closed))
+        return false;
+    beginClientDrag(point);
+    return true;
+}
+
+bool UWindow::pressRight(CmPoint point) {
+    const Ref<UView> target = retain(findViewAt(point, true));
+    for (UView* view = target.get(); view; view = view->getParent()) {
+        if (!view->isFocusable())
+            continue;
+        if (UDesktop* desktop = UDesktop::instance())
+            desktop->setFocus(view->getFocusView());
+        break;
+    }
+    // Views that take right clicks themselves come before the controller.
+    if (UView::mouseDown(point))
+        return true;
+    const Ref<FMessage> message = make<FMessage>(ConstString("RightMouseClick"));
+    message->setObject("MouseView", target ? target.get() : this);
+    setPoint(message->attributes(), "Position", point);
+    return tellController(*message) != notHandled;
+}
+
+void UWindow::beginClientDrag(CmPoint point) {
+    setWindowFlag(clientDragged, true);
+    core_->dragOffset = clientToScreen(point) - getPosition();
+    if (core_->platformWindow)
+        platform::desktop()->setCapture(*core_->platformWindow);
+}
+
+// Hover
+
+UView* UWindow::getHoverView() const {
+    return core_->hoverView;
+}
+
+void UWindow::refreshHover() {
+    if ((core_->stateFlags & WindowCore::inHoverRefresh) || !core_->hasMouseLocation)
+        return;
+    const Ref<UWindow> keep = retain(this);
+    core_->setStateFlag(WindowCore::inHoverRefresh, true);
+    updateHover(core_->mouseLocation);
+    core_->setStateFlag(WindowCore::inHoverRefresh, false);
+}
+
+void UWindow::setHoverView(UView* view, CmPoint point) {
+    const Ref<UView> old = retain(core_->hoverView);
+    if (old == view)
+        return;
+    core_->hoverView = view;
+    if (old) {
+        UDesktop* desktop = UDesktop::instance();
+        old->mouseLeave(old->windowToClient(point));
+        if (desktop && desktop->getCursorOwner() == old.get())
+            desktop->setCursor(nullptr, nullptr);
+    }
+    if (view && core_->hoverView == view)
+        view->mouseEnter(view->windowToClient(point));
+}
+
+void UWindow::updateHover(CmPoint point) {
+    const Ref<UWindow> keep = retain(this);
+    if (UDesktop* desktop = UDesktop::instance())
+        desktop->tellMouseMove(this, point);
+    if (core_->hoverView && isStillHovered(point))
+        return;
+    if (!isEnabled())
+        return;
+    if (mouseOver(point)) {
+        setHoverView(this, point);
+        return;
+    }
+    findHoverView(point);
+}
+
+bool UWindow::isStillHovered(CmPoint point) {
+    const Ref<UView> view = retain(core_->hoverView);
+    CmRect visible;
+    const bool isInside = view->isVisible() && isEnabled() && view->getVisibleFrameRect(visible) &&
+                          visible.contains(view->windowToFrame(point));
+    if (isInside && view->mouseOver(view->windowToClient(point)))
+        return true;
+    if (core_->hoverView == view.get())
+        setHoverView(nullptr, point);
+    return false;
+}
+
+void UWindow::findHoverView(CmPoint point) {
+    std::vector<Ref<UView>> candidates;
+    collectViewsAt(*this, point, candidates);
+    while (!candidates.empty()) {
+        const Ref<UView> view = std::move(candidates.back());
+        candidates.pop_back();
+        if (view->getWindow() != this || !view->isEnabled() || !view->mouseOver(view->windowToClient(point)))
+            continue;
+        setHoverView(view.get(), point);
+        return;
+    }
+    CmRect inner = getClientBounds();
+    --inner.right;
+    --inner.bottom;
+    UDesktop* desktop = UDesktop::instance();
+    if (desktop && inner.contains(point) && desktop->getCursorOwner())
+        desktop->setCursor(nullptr, nullptr);
+}
+
+bool UWindow::getMouseLocation(CmPoint& point) const {
+    if (!core_->hasMouseLocation)
+        return false;
+    point = core_->mouseLocation;
+    return true;
+}
+
+bool UWindow::getMousePosition(CmPoint& point) const {
+    if (!platform::desktop())
+        return false;
+    point = screenToClient(platform::desktop()->getMousePosition());
+    return true;
+}
+
+bool UWindow::isMouseDown() const {
+    return platform::desktop() && platform::desktop()->currentMouseButtons() != platform::noButton;
+}
+
+} // namespace qorl

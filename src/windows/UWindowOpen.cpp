@@ -1,0 +1,184 @@
+#include "foundation/FMessage.h"
+#include "foundation/FMessenger.h"
+#include "platform/DesktopServices.h"
+#include "platform/Platform.h"
+#include "windows/UDesktop.h"
+#include "windows/UWindow.h"
+#include "windows/WindowCore.h"
+#include "windows/WindowPlacement.h"
+#include "windows/WindowPlatformSide.h"
+#include "windows/WindowSurface.h"
+
+namespace qorl {
+
+namespace {
+
+platform::PlatformWindow* ownerOf(UWindow* parent) {
+    return parent ? parent->getPlatformWindow() : nullptr;
+}
+
+std::vector<CmRect> workAreas(const platform::DesktopServices& desktop) {
+    std::vector<CmRect> areas;
+    for (int32_t i = 0; i < desktop.monitorCount(); ++i) {
+        CmRect area;
+        if (desktop.getMonitorRect(i, platform::MonitorArea::work, area))
+            areas.push_back(area);
+    }
+    return areas;
+}
+
+} // namespace
+
+// Opening
+
+bool UWindow::show() {
+    if (hasWindowFlag(closed))
+        return false;
+    if (!core_->platformWindow)
+        return open();
+    showOnPlatform();
+    return UView::show();
+}
+
+bool UWindow::hide() {
+    if (core_->platformWindow)
+        core_->platformWindow->hide();
+    return UView::hide();
+}
+
+bool UWindow::open() {
+    const Ref<UWindow> keep = retain(this);
+    setWindowFlag(opening, true);
+    if (!createPlatformWindow()) {
+        setWindowFlag(opening, false);
+        return false;
+    }
+    if (UDesktop* desktop = UDesktop::instance())
+        desktop->registerWindow(this);
+    restoreStoredState();
+    setWindowFlag(stateApplied, true);
+    placeForOpening();
+    UView::show();
+    if (!isAttached())
+        attached(nullptr);
+    tellController("Before Open");
+    // The controller may have closed the window in answer.
+    if (hasWindowFlag(closed))
+        return false;
+    setWindowFlag(opening, false);
+    showOnPlatform();
+    setWindowFlag(opened, true);
+    if (getWindowType() == WindowType::document && !hasStyle(styleNoActivate))
+        activate();
+    return true;
+}
+
+bool UWindow::createPlatformWindow() {
+    platform::DesktopServices* desktop = platform::desktop();
+    if (!desktop || getWindowType() == WindowType::none)
+        return false;
+    const std::u16string title = getTitle().toUtf16();
+    platform::WindowDescription description;
+    description.kind = static_cast<platform::WindowKind>(getWindowType());
+    description.style = core_->style;
+    description.title = title;
+    description.frame = getFrameRect();
+    description.owner = ownerOf(core_->parentWindow);
+    core_->platformWindow = desktop->createWindow(description, *core_->platformSide);
+    if (!core_->platformWindow)
+        return false;
+    core_->surface = make<WindowSurface>(core_->platformWindow);
+    core_->platformWindow->setLimits(platform::LimitKind::minimum, core_->minSize);
+    core_->platformWindow->setLimits(platform::LimitKind::maximum, core_->maxSize);
+    if (core_->opacity < 1.0F)
+        core_->platformWindow->setOpacity(core_->opacity);
+    if (!isEnabled())
+        core_->platformWindow->enable(false);
+    core_->platformWindow->setBackground(getBackgroundColor(this).packed());
+    return true;
+}
+
+void UWindow::placeForOpening() {
+    platform::PlatformWindow& window = *core_->platformWindow;
+    if (core_->centerOnOpen) {
+        window.center();
+        return;
+    }
+    const std::vector<CmRect> areas = workAreas(*platform::desktop());
+    const CmPoint wanted = getFrameRect().origin();
+    const CmPoint corrected = correctedPosition(getFrameRect(), areas, window.getFrameInsets().top);
+    if (corrected != wanted)
+        setPosition(corrected);
+}
+
+void UWindow::showOnPlatform() {
+    uint32_t flags = platform::showDefault;
+    if (hasStyle(styleNoActivate))
+        flags |= platform::showWithoutActivation;
+    if (core_->windowState == WindowState::maximized)
+        flags |= platform::showMaximized;
+    core_->platformWindow->show(static_cast<platform::ShowState>(core_->windowState), flags);
+}
+
+// Closing
+
+void UWindow::addCloseHook(std::function<void(UWindow*)> hook) {
+    core_->closeHooks.push_back(std::move(hook));
+}
+
+void UWindow::closeDeferred(CloseReason reason) {
+    core_->closeIsCancel = reason == CloseReason::canceled;
+    if (FMessenger* messenger = FMessenger::instance())
+        messenger->post(static_cast<CmObject*>(this), "closeWindow", FMessenger::Duplicates::drop);
+}
+
+bool UWindow::closeRequest() {
+    const Ref<UWindow> keep = retain(this);
+    const std::vector<Ref<UWindow>> children = core_->childWindows;
+    for (const Ref<UWindow>& child : children)
+        if (!child->closeRequest())
+            return false;
+    if (tellController("MsgCloseRequest") > 1 || !canClose()) {
+        core_->closeIsCancel = false;
+        return false;
+    }
+    willClose(core_->closeIsCancel);
+    return true;
+}
+
+bool UWindow::canClose() {
+    return true;
+}
+
+void UWindow::willClose(bool canceled) {
+    if (hasWindowFlag(closed))
+        return;
+    const Ref<UWindow> keep = retain(this);
+    setWindowFlag(closed, true);
+    setWindowFlag(opened, false);
+    core_->windowListeners.tell([&](WindowListener& listener) { listener.windowClosing(this); });
+    if (UDesktop* desktop = UDesktop::instance())
+        desktop->unregisterWindow(this);
+    while (!core_->closeHooks.empty()) {
+        const std::function<void(UWindow*)> hook = std::move(core_->closeHooks.front());
+        core_->closeHooks.pop_front();
+        hook(this);
+    }
+    storeStateAtClose();
+    tellController(canceled ? "Window Canceled" : "Before Close");
+    if (core_->parentWindow)
+        core_->parentWindow->removeChildWindow(this);
+    while (!core_->childWindows.empty()) {
+        const Ref<UWindow> child = removeChildWindow(core_->childWindows.back().get());
+        child->willClose(canceled);
+    }
+    if (isAttached())
+        detached(nullptr);
+    if (FMessenger* messenger = FMessenger::instance())
+        messenger->cancel(static_cast<CmObject*>(this), nullptr);
+    if (const Ref<platform::PlatformWindow> window = std::exchange(core_->platformWindow, {}))
+        window->close(platform::CloseMode::normal);
+    core_->surface.reset();
+}
+
+} // namespace qorl
