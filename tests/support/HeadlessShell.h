@@ -1,0 +1,106 @@
+#pragma once
+
+#include "foundation/EventLoop.h"
+#include "platform/headless/HeadlessDesktop.h"
+#include "windows/UDesktop.h"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace qorl::testing {
+
+/// The pixels of a window or view as a user saw them, in device pixels; a copy.
+struct Picture {
+    CmSize size;
+    std::vector<uint32_t> pixels; ///< 0xAARRGGBB, premultiplied
+
+    uint32_t at(int32_t x, int32_t y) const {
+        return pixels[static_cast<size_t>(y) * static_cast<size_t>(size.width) + static_cast<size_t>(x)];
+    }
+    friend bool operator==(const Picture& a, const Picture& b) {
+        return a.size == b.size && a.pixels == b.pixels;
+    }
+};
+
+/// A whole program on the headless platform: desktop, event loop, messenger, scheme, and one window with the
+/// views under test. Input goes the way of a user's: into the platform's queue, through the pump, down the
+/// window.
+///
+///     HeadlessShell shell{make<MyView>(CmRect{0, 0, 200, 20})};
+///     shell.drag({140, 10}, {100, 10});
+///     EXPECT_EQ(shell.screenshot().at(100, 10), 0xFFFF0000);
+///
+/// Points are in client coordinates of `target`, the shell's own window at first. Every gesture is over when
+/// its operation returns: events were dispatched, posted messages and deferred changes delivered, dirty
+/// regions painted. One shell at a time.
+class HeadlessShell {
+public:
+    struct Setup {
+        CmSize size{400, 300};
+        double scale = 1.0;
+        uint32_t style = 0xFD;
+        platform::HeadlessSettings desktop = {};
+    };
+
+    /// A bare desktop: no window yet.
+    explicit HeadlessShell(platform::HeadlessSettings settings);
+    /// A document window with the given client and `content` in it, opened and painted.
+    explicit HeadlessShell(Ref<UView> content = {});
+    HeadlessShell(Setup setup, Ref<UView> content);
+    ~HeadlessShell();
+    HeadlessShell(const HeadlessShell&) = delete;
+
+    platform::HeadlessDesktop& platform() { return *platform_; }
+    UDesktop& desktop() { return *desktop_; }
+    EventLoop& loop() { return *loop_; }
+    UWindow& window() { return *window_; }
+    /// Opens a further window and waits until it is painted.
+    void open(UWindow& window);
+    /// The window that points are counted from, here on.
+    void aim(UWindow& window) { target_ = retain(&window); }
+
+    // Gestures.
+
+    void move(CmPoint point);
+    void press(CmPoint point, uint32_t button = platform::leftButton);
+    void release(uint32_t button = platform::leftButton);
+    void click(CmPoint point, uint32_t button = platform::leftButton);
+    /// Two clicks, fast enough to count as a double one.
+    void doubleClick(CmPoint point);
+    /// Press, two moves, release.
+    void drag(CmPoint from, CmPoint to, uint32_t button = platform::leftButton);
+    void wheel(CmPoint point, double deltaY, double deltaX = 0);
+    /// "Ctrl+Shift+Z", "Tab", "a": pressed and released.
+    void key(std::string_view text);
+    void type(std::string_view text);
+    /// A word of `platform::Modifier`, until the next call.
+    void hold(uint32_t modifiers);
+    void wait(int64_t milliseconds) { advance(milliseconds); }
+    /// Passes virtual time.
+    void advance(int64_t milliseconds);
+    /// Runs until nothing is left to do now.
+    void settle();
+
+    /// Puts the events of a gesture into the queue only, so that a nested loop can take them.
+    void postMove(CmPoint point);
+    void postPress(CmPoint point, uint32_t button = platform::leftButton);
+    void postRelease(uint32_t button = platform::leftButton);
+    void postKey(std::string_view text);
+
+    Picture screenshot() { return screenshot(*target_); }
+    Picture screenshot(UWindow& window);
+    Picture screenshot(UView& view);
+
+private:
+    void start(platform::HeadlessSettings settings);
+    CmPoint onScreen(CmPoint point) const { return target_->clientToScreen(point); }
+
+    platform::HeadlessDesktop* platform_ = nullptr;
+    std::unique_ptr<EventLoop> loop_;
+    Ref<UDesktop> desktop_;
+    Ref<UWindow> window_;
+    Ref<UWindow> target_;
+};
+
+} // namespace qorl::testing

@@ -1,0 +1,232 @@
+#include "foundation/FMessage.h"
+#include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
+#include "views/FocusPolicy.h"
+#include "views/UBaseView.h"
+#include "windows/UDocWindow.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using testing::CallLog;
+using ::testing::ElementsAre;
+using testing::HeadlessShell;
+using testing::ProbeView;
+
+TEST(FocusDirection, ComesFromTabAndArrowsOnly) {
+    struct Case {
+        const char* key;
+        FocusDirection direction;
+    };
+    const Case cases[] = {
+        {"Tab", FocusDirection::forward},     {"Shift+Tab", FocusDirection::back},
+        {"Ctrl+Tab", FocusDirection::none},   {"Ctrl+Shift+Tab", FocusDirection::none},
+        {"Left Arrow", FocusDirection::left}, {"Right Arrow", FocusDirection::right},
+        {"Up Arrow", FocusDirection::up},     {"Down Arrow", FocusDirection::down},
+        {"Return", FocusDirection::none},     {"A", FocusDirection::none},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.key);
+        UKeyCode key;
+        ASSERT_TRUE(UKeyCode::fromText(c.key, key));
+        EXPECT_EQ(focusDirectionOf(key), c.direction);
+    }
+}
+
+/// Four focusable views as a grid of two rows, and below them a fifth that is wider:
+///
+///     a b
+///     c d
+///     eee
+class FocusTest : public ::testing::Test {
+protected:
+    FocusTest() {
+        auto content = make<UBaseView>(CmRect{0, 0, 400, 300});
+        const CmRect frames[] = {
+            {10, 10, 60, 40}, {110, 10, 160, 40}, {10, 60, 60, 90}, {110, 60, 160, 90}, {10, 120, 160, 150}};
+        for (size_t i = 0; i < std::size(frames); ++i) {
+            views.push_back(make<ProbeView>(frames[i], std::string(1, static_cast<char>('a' + i)), &log));
+            views.back()->setFocusable(true);
+            content->addSubView(views.back());
+        }
+        shell.window().addSubView(content);
+        shell.settle();
+        shell.desktop().setFocus(views[0].get());
+        log.clear();
+    }
+
+    std::string focus() {
+        for (size_t i = 0; i < views.size(); ++i)
+            if (shell.desktop().getFocus() == views[i].get())
+                return std::string(1, static_cast<char>('a' + i));
+        return shell.desktop().getFocus() ? "?" : "none";
+    }
+
+    CallLog log;
+    HeadlessShell shell;
+    std::vector<Ref<ProbeView>> views;
+};
+
+TEST_F(FocusTest, WalksByKeysThroughTheViews) {
+    struct Case {
+        const char* keys;
+        const char* focus;
+    };
+    const Case cases[] = {
+        {"Tab", "b"},
+        {"Tab Tab Tab Tab", "e"},
+        {"Shift+Tab", "e"},
+        {"Tab Tab Tab Tab Tab", "a"},
+        {"Right Arrow", "b"},
+        {"Down Arrow", "c"},
+        {"Left Arrow", "a"},
+        {"Up Arrow", "a"},
+        {"Right Arrow Down Arrow", "d"},
+        {"Right Arrow Right Arrow", "b"},
+        {"Down Arrow Down Arrow", "e"},
+        {"Down Arrow Down Arrow Up Arrow", "c"},
+        {"Ctrl+Tab", "a"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.keys);
+        shell.desktop().setFocus(views[0].get());
+        std::string_view keys = c.keys;
+        while (!keys.empty()) {
+            // Names of keys hold blanks themselves, so a key ends where the next one begins.
+            size_t end = keys.find(' ');
+            if (end != std::string_view::npos && keys.substr(end + 1, 5) == "Arrow")
+                end = keys.find(' ', end + 1);
+            shell.key(keys.substr(0, end));
+            keys = end == std::string_view::npos ? "" : keys.substr(end + 1);
+        }
+        EXPECT_EQ(focus(), c.focus);
+    }
+}
+
+TEST_F(FocusTest, LeavesOutWhatCannotTakeTheFocus) {
+    views[1]->hide();
+    views[2]->setEnabled(false);
+    views[3]->setFocusable(false);
+    shell.key("Tab");
+    EXPECT_EQ(focus(), "e");
+    shell.key("Tab");
+    EXPECT_EQ(focus(), "a");
+}
+
+TEST_F(FocusTest, TellsTheOldViewBeforeTheNewOne) {
+    shell.key("Tab");
+    EXPECT_THAT(log, ElementsAre("a.key Tab", "a.focusLost", "b.focusGained"));
+    EXPECT_TRUE(views[1]->hasState(stateFocused));
+    EXPECT_FALSE(views[0]->hasState(stateFocused));
+}
+
+TEST_F(FocusTest, FollowsThePress) {
+    shell.click({120, 70});
+    EXPECT_EQ(focus(), "d");
+    shell.click({300, 200});
+    EXPECT_EQ(focus(), "d") << "a press on nothing keeps the focus";
+    shell.click({20, 70}, platform::rightButton);
+    EXPECT_EQ(focus(), "c") << "the right button focuses, too";
+}
+
+TEST_F(FocusTest, KeepsTheFocusOfAViewInsideTheOneThatIsPressed) {
+    auto inner = make<ProbeView>(CmRect{0, 0, 20, 20}, "inner", &log);
+    inner->setFocusable(true);
+    inner->takesMouse = false;
+    views[4]->takesMouse = false;
+    views[4]->addSubView(inner);
+    shell.desktop().setFocus(inner.get());
+    log.clear();
+    shell.press({15, 125});
+    EXPECT_EQ(shell.desktop().getFocus(), inner.get());
+    EXPECT_THAT(log, ElementsAre("e.mouseDown 5,5", "inner.mouseDown 5,5"));
+}
+
+TEST_F(FocusTest, PassesOnToTheNearestViewWhenTheFocusedOneGoes) {
+    shell.desktop().setFocus(views[3].get());
+    views[3]->hide();
+    EXPECT_EQ(shell.desktop().getFocus(), nullptr);
+    EXPECT_EQ(shell.window().getFocusView(), nullptr);
+    shell.key("Ctrl+X");
+    EXPECT_EQ(focus(), "b") << "the nearest to where the focus was";
+}
+
+TEST_F(FocusTest, SendsReturnAndSpaceToTheFocusViewThatDoesNotTakeTheKey) {
+    views[0]->messageAnswer = CmObject::handled;
+    shell.key("Space");
+    shell.key("Return");
+    shell.key("Enter");
+    shell.key("Ctrl+Return");
+    EXPECT_THAT(log, ElementsAre("a.key Space", "a.FocusHit", "a.key Return", "a.FocusHit", "a.key Enter",
+                                 "a.FocusHit", "a.key Ctrl+Return"));
+    views[0]->takesKeys = true;
+    log.clear();
+    shell.key("Space");
+    EXPECT_THAT(log, ElementsAre("a.key Space"));
+}
+
+TEST_F(FocusTest, PressesTheKeyWhenNobodyAnswersTheCommand) {
+    EXPECT_TRUE(shell.window().focusCommand("Fore"));
+    EXPECT_EQ(focus(), "b");
+    EXPECT_TRUE(shell.window().focusCommand("Back"));
+    EXPECT_EQ(focus(), "a");
+    EXPECT_TRUE(shell.window().focusCommand("Down"));
+    EXPECT_EQ(focus(), "c");
+    log.clear();
+    views[2]->messageAnswer = CmObject::handled;
+    EXPECT_TRUE(shell.window().focusCommand("Escape"));
+    EXPECT_THAT(log, ElementsAre("c.FocusEscape"));
+    EXPECT_FALSE(shell.window().focusCommand("Sideways"));
+}
+
+TEST_F(FocusTest, ComesBackWithTheWindow) {
+    shell.desktop().setFocus(views[3].get());
+    Ref<UWindow> second =
+        make<UDocWindow>(CmRect{600, 100, 800, 200}, styleWindowPreset, ConstString("Second"));
+    shell.open(*second);
+    EXPECT_TRUE(second->isActive());
+    EXPECT_EQ(focus(), "none");
+    second->closeDeferred();
+    shell.settle();
+    EXPECT_TRUE(shell.window().isActive());
+    EXPECT_EQ(focus(), "d");
+}
+
+TEST_F(FocusTest, StaysAwayFromWindowsThatMustNotBeActivated) {
+    Ref<UWindow> tool = make<UDocWindow>(CmRect{600, 100, 800, 200}, styleWindowPreset | styleNoActivate,
+                                         ConstString("Tool"));
+    auto field = make<ProbeView>(CmRect{0, 0, 100, 50}, "field", &log);
+    field->setFocusable(true);
+    tool->addSubView(field);
+    shell.open(*tool);
+    EXPECT_EQ(focus(), "a");
+    tool->willClose(false);
+}
+
+/// A policy that always goes to one view.
+class FixedPolicy : public FocusPolicy {
+public:
+    explicit FixedPolicy(UView* target) : target_(target) {}
+    UView* nextFocus(UView*, UView*, FocusDirection, std::span<UView* const>) override { return target_; }
+
+private:
+    UView* target_;
+};
+
+TEST_F(FocusTest, AsksThePolicyOfTheNearestViewThatHasOne) {
+    views[0]->getParent()->setFocusPolicy(make<FixedPolicy>(views[3].get()));
+    shell.key("Tab");
+    EXPECT_EQ(focus(), "d");
+    views[3]->setFocusPolicy(make<FixedPolicy>(nullptr));
+    log.clear();
+    shell.key("Tab");
+    EXPECT_EQ(focus(), "d") << "a policy with nothing to offer leaves the key alone";
+}
+
+} // namespace
+
+} // namespace qorl

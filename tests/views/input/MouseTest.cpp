@@ -1,0 +1,180 @@
+#include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
+#include "windows/UDocWindow.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using testing::CallLog;
+using ::testing::ElementsAre;
+using testing::HeadlessShell;
+using ::testing::IsEmpty;
+using testing::ProbeView;
+
+/// A back view with a front view over its right half, in a window of 400 x 300.
+class MouseTest : public ::testing::Test {
+protected:
+    MouseTest() {
+        back = make<ProbeView>(CmRect{10, 20, 210, 120}, "back", &log);
+        front = make<ProbeView>(CmRect{110, 20, 310, 120}, "front", &log);
+        shell.window().addSubView(back);
+        shell.window().addSubView(front);
+        shell.settle();
+        log.clear();
+    }
+
+    CallLog log;
+    HeadlessShell shell;
+    Ref<ProbeView> back;
+    Ref<ProbeView> front;
+};
+
+TEST_F(MouseTest, GivesThePressToTheViewInFrontInItsOwnCoordinates) {
+    shell.press({120, 30});
+    shell.release();
+    EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "front.mouseUp 10,10"));
+    log.clear();
+    shell.press({11, 119});
+    EXPECT_THAT(log, ElementsAre("back.mouseDown 1,99"));
+}
+
+TEST_F(MouseTest, GoesOnToTheViewBehindWhenTheFrontDeclines) {
+    front->takesMouse = false;
+    shell.press({120, 30});
+    EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "back.mouseDown 110,10"));
+}
+
+TEST_F(MouseTest, SkipsHiddenAndDisabledViews) {
+    front->hide();
+    shell.press({120, 30});
+    EXPECT_THAT(log, ElementsAre("back.mouseDown 110,10"));
+    shell.release();
+    back->setEnabled(false);
+    log.clear();
+    shell.press({120, 30});
+    EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(MouseTest, KeepsTheRightButtonFromViewsThatDoNotTakeIt) {
+    shell.click({120, 30}, platform::rightButton);
+    EXPECT_THAT(log, ElementsAre("front.mouseUp 10,10", "front.click 10,10"))
+        << "only the base's handling runs for the press";
+    front->setFlag(viewTakesRightClick, true);
+    log.clear();
+    shell.press({120, 30}, platform::rightButton);
+    EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10"));
+}
+
+TEST_F(MouseTest, SurvivesAClickThatDestroysTheClickedView) {
+    front->during = [&](const std::string& call) {
+        if (call == "mouseDown") {
+            shell.window().removeSubView(front.get());
+            front.reset();
+        }
+    };
+    front->takesMouse = false;
+    shell.press({120, 30});
+    EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10")) << "the press is spent on the view that left";
+    EXPECT_EQ(shell.window().getSubViewCount(), 1);
+}
+
+TEST_F(MouseTest, SurvivesAClickThatClosesTheWindow) {
+    Ref<UWindow> second =
+        make<UDocWindow>(CmRect{600, 100, 700, 200}, styleWindowPreset, ConstString("Second"));
+    auto closer = make<ProbeView>(CmRect{0, 0, 100, 100}, "closer", &log);
+    UWindow* window = second.get();
+    closer->during = [&](const std::string& call) {
+        if (call == "mouseDown")
+            window->willClose(false);
+    };
+    second->addSubView(std::move(closer));
+    shell.open(*second);
+    shell.aim(*second);
+    second.reset();
+    shell.press({50, 50});
+    EXPECT_TRUE(window->hasWindowFlag(UWindow::closed));
+    shell.release();
+}
+
+TEST_F(MouseTest, SaysWhichClickIsADoubleClick) {
+    front->takesHover = true;
+    shell.doubleClick({120, 30});
+    EXPECT_THAT(log, ElementsAre("front.mouseEnter 10,10", "front.mouseDown 10,10", "front.mouseUp 10,10",
+                                 "front.click 10,10", "front.mouseDown 10,10", "front.mouseUp 10,10",
+                                 "front.doubleClick 10,10"));
+}
+
+TEST_F(MouseTest, HoversOneViewAtATimeAndTellsItWhenTheMouseGoes) {
+    front->takesHover = back->takesHover = true;
+    shell.move({120, 30});
+    shell.move({125, 30});
+    shell.move({20, 30});
+    shell.move({20, 250});
+    EXPECT_THAT(log, ElementsAre("front.mouseEnter 10,10", "front.mouseLeave -90,10", "back.mouseEnter 10,10",
+                                 "back.mouseLeave 10,230"));
+    EXPECT_EQ(shell.window().getHoverView(), nullptr);
+}
+
+TEST_F(MouseTest, HoversTheDeepestViewThatWantsTo) {
+    auto inner = make<ProbeView>(CmRect{0, 0, 50, 50}, "inner", &log);
+    front->addSubView(inner);
+    front->takesHover = true;
+    shell.move({120, 30});
+    EXPECT_EQ(shell.window().getHoverView(), front.get()) << "the deeper view declines";
+    inner->takesHover = true;
+    shell.move({350, 290});
+    shell.move({120, 30});
+    EXPECT_EQ(shell.window().getHoverView(), inner.get());
+}
+
+TEST_F(MouseTest, ForgetsAHoveredViewThatIsRemoved) {
+    front->takesHover = true;
+    shell.move({120, 30});
+    shell.window().removeSubView(front.get());
+    EXPECT_EQ(shell.window().getHoverView(), nullptr);
+    front.reset();
+    shell.move({122, 30});
+    EXPECT_EQ(shell.window().getHoverView(), nullptr);
+}
+
+TEST_F(MouseTest, ClimbsWithTheWheelUntilAViewTakesIt) {
+    auto inner = make<ProbeView>(CmRect{0, 0, 50, 50}, "inner", &log);
+    front->addSubView(inner);
+    front->takesWheel = true;
+    shell.wheel({120, 30}, 2);
+    EXPECT_THAT(log, ElementsAre("inner.Wheel 1:2.000000", "front.wheel 0.000000,2.000000"));
+}
+
+TEST_F(MouseTest, SendsOneWheelMessageForEachAxisThatTurned) {
+    back->messageAnswer = CmObject::handled;
+    shell.wheel({20, 30}, 0, -1.5);
+    EXPECT_THAT(log, ElementsAre("back.Wheel 2:-1.500000"));
+    log.clear();
+    shell.wheel({20, 30}, 1, 2);
+    EXPECT_THAT(log, ElementsAre("back.Wheel 2:2.000000", "back.Wheel 1:1.000000"));
+    log.clear();
+    back->setEnabled(false);
+    shell.wheel({20, 30}, 1);
+    EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(MouseTest, FindsTheSamePointAtAFractionalScale) {
+    CallLog scaledLog;
+    auto view = make<ProbeView>(CmRect{10, 20, 210, 120}, "view", &scaledLog);
+    shell.window().addSubView(view);
+    platform::HeadlessMonitor monitor;
+    monitor.scale = 1.5;
+    shell.platform().setMonitors({monitor});
+    shell.settle();
+    ASSERT_EQ(shell.window().getScaleFactor(), 1.5);
+    shell.press({13, 27});
+    EXPECT_THAT(scaledLog, ElementsAre("view.mouseDown 3,7"));
+}
+
+} // namespace
+
+} // namespace qorl
