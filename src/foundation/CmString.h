@@ -2,6 +2,7 @@
 
 #include "foundation/CmObject.h"
 #include "foundation/String.h"
+
 #include <qorl/IStringExchange.h>
 
 namespace qorl {

@@ -148,6 +148,9 @@ protected:
     }
 
     bool equals(const ConstString& other) const;
+    /// How many characters at `start` match all of `wanted`, which has this width; `notFound` when they
+    /// don't.
+    int32_t matchLength(int32_t start, const ConstString& wanted, bool ignoreCase) const;
     const char* chars8() const { return static_cast<const char*>(buffer_); }
     const char16_t* chars16() const { return static_cast<const char16_t*>(buffer_); }
 

@@ -121,8 +121,8 @@ private:
     void splice(int32_t position, int32_t removed, const Char* text, int32_t length);
     template <typename Char>
     int32_t replaceEach(const ConstString& old, const ConstString& replacement, bool every, bool ignoreCase);
-    template <typename Fold>
-    void mapCase(Fold fold);
+    template <typename Map>
+    void mapCase(Map map);
     void spliceText(int32_t position, int32_t removed, const ConstString& other);
     void adopt(void* buffer, int32_t length, bool wide) const;
     void setLength(int32_t length) const { word_ = (word_ & ~lengthMask) | static_cast<uint32_t>(length); }

@@ -3,6 +3,7 @@
 #include "foundation/ClassMacros.h"
 #include "foundation/FObject.h"
 #include "foundation/String.h"
+
 #include <qorl/IStringExchange.h>
 
 namespace qorl {
