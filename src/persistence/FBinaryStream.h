@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/ConstString.h"
+
 #include <qorl/IBStream.h>
 
 #include <string>

@@ -3,6 +3,7 @@
 #include "foundation/CmObject.h"
 #include "persistence/FBinaryStream.h"
 #include "persistence/StreamFace.h"
+
 #include <qorl/Ref.h>
 
 namespace qorl {
