@@ -3,6 +3,7 @@
 #include "foundation/CmObject.h"
 #include "foundation/String.h"
 #include "persistence/FAttributes.h"
+
 #include <qorl/Ref.h>
 
 #include <vector>
@@ -105,6 +106,11 @@ class FSubList : public FAttrList {
     QORL_CLONE(FSubList)
 
 public:
+    FSubList() = default;
+    /// Copies the items too.
+    FSubList(const FSubList& other);
+    FSubList& operator=(const FSubList&) = delete;
+
     int32_t count() const override { return static_cast<int32_t>(items.size()); }
 
     std::vector<Ref<FAttributes>> items;

@@ -56,7 +56,8 @@ public:
     bool isFloat() const { return flags_ & real; }
     bool isString() const { return flags_ & string; }
     bool isObject() const { return flags_ & object; }
-    bool isWide() const { return flags_ & wide; }
+    /// Whether the text is stored in 16 bits.
+    bool isWide() const;
     void setEntryFlags(uint16_t flags) {
         flags_ = static_cast<uint16_t>((flags_ & ~keptMask) | (flags & keptMask));
     }
@@ -86,16 +87,17 @@ public:
     FInterface* getInterface() const;
 
 private:
-    void drop();
-    void replace(uint16_t newFlags, int64_t newValue);
+    void replace(uint16_t newFlags, int64_t newValue) const;
+    void own(const ConstString& text) const;
     CmString* ownedString() const;
     template <typename T>
     T* pointer() const {
         return reinterpret_cast<T*>(value_);
     }
 
-    uint16_t flags_ = 0;
-    int64_t value_ = 0;
+    // A text that somebody else owns becomes one of our own when it is asked for in the other width.
+    mutable uint16_t flags_ = 0;
+    mutable int64_t value_ = 0;
 };
 
 /// An entry whose key is a text.

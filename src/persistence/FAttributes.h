@@ -2,6 +2,7 @@
 
 #include "persistence/AttributesFace.h"
 #include "persistence/FAttributeValue.h"
+
 #include <qorl/Ref.h>
 
 #include <vector>
@@ -119,6 +120,17 @@ public:
     bool appendSavedObject(std::string_view key, CmObject* object, bool detach = false);
     bool loadNextObject(std::string_view key, CmObject* object);
 
+    /// The values that objects keep beside their own under keys of others, as a nested list under `key`
+    /// ("Additional Attributes" when it is empty). Entries with the first entry flag, and foreign ones, are
+    /// left out. With `keep`, loading leaves the keys alone that are there already.
+    void saveExtraAttributes(const FAttributes& values, std::string_view key = {});
+    bool loadExtraAttributes(FAttributes& values, std::string_view key = {}, bool keep = false) const;
+    /// The same for keys that are numbers: one is stored as the text of its four bytes, low first, when that
+    /// is ASCII, else as "IntID:NUMBER".
+    void saveIntKeyAttributes(const std::vector<FIntIDAttribute>& values, std::string_view key = {});
+    bool loadIntKeyAttributes(std::vector<FIntIDAttribute>& values, std::string_view key = {},
+                              bool keep = false) const;
+
     /// Replaces live objects by stored ones and foreign memory by copies.
     void detachObjects();
 
@@ -126,6 +138,10 @@ public:
     /// the first.
     FAttributes* findAttributes(std::string_view path) const;
     bool findValue(std::string_view path, FAttributeVariant& value) const;
+
+    /// The binary form, see `AttributesStream.h`.
+    bool readFrom(FObjectArchive* archive) override;
+    bool writeTo(FObjectArchive* archive) override;
 
     /// From now on both have the same list.
     void shareWith(FAttributes& other);
