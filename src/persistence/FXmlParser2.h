@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/CmObject.h"
+
 #include <qorl/IXmlParser.h>
 
 #include <string>
@@ -73,7 +74,6 @@ private:
     struct Callbacks;
 
     bool feed(IBStream* stream);
-    bool finishPiece(int32_t status, int64_t count, IBStream* stream);
     bool endBehindDocument(IBStream* stream);
     bool checkGrowth();
     bool fail(std::string message);
