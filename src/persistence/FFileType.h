@@ -33,7 +33,6 @@ public:
     static FFileType xmlFile();
     static FFileType settingsFile();
     static FFileType settingsBackupFile();
-    static FFileType folder();
 
 private:
     uint32_t macType_ = 0;

@@ -25,6 +25,8 @@ public:
     FNPath(const ConstString& name, FolderKind kind, Create create = Create::no,
            const ConstString& subFolder = {});
 
+    /// A path below a known folder is resolved to where that folder lies now.
+    void getFullPath(String& text) const override;
     bool isRemovable() const override;
     bool isNetwork() const override;
     bool isHidden() const override;
@@ -44,7 +46,7 @@ public:
     static std::string knownFolder(FolderKind kind);
 
 private:
-    FolderKind location_{};
+    int32_t location_ = 0;
 };
 
 } // namespace qorl

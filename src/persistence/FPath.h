@@ -25,7 +25,7 @@ public:
     FPath() = default;
     explicit FPath(const ConstString& path, bool isFolder = false) { FPath::setPath(path, isFolder); }
 
-    virtual void setName(const ConstString& name) { name_ = name; }
+    virtual void setName(const ConstString& name);
     virtual const String& getName() const { return name_; }
     /// Behind the last dot of the name, without the dot; empty without one. A leading dot begins no
     /// extension.
@@ -53,14 +53,14 @@ public:
         return true;
     }
     virtual const String& getFolder() const { return folder_; }
-    virtual void setFolder(const ConstString& text) { folder_ = text; }
+    virtual void setFolder(const ConstString& text);
     /// Folder and name with one separator between them.
     virtual void getPath(String& text) const;
     virtual void setPath(const ConstString& text, bool isFolder);
 
     bool isFolder() const { return flags_ & folderFlag; }
     void setIsFolder(bool isFolder);
-    /// `getPath` in UTF-8.
+    /// `getFullPath` in UTF-8.
     std::string toUtf8() const;
 
     bool isEqual(const CmObject* other) const override;

@@ -1,0 +1,287 @@
+#include "persistence/FNFileSystem.h"
+
+#include "foundation/Cast.h"
+#include "foundation/Singleton.h"
+#include "persistence/FUrl.h"
+#include "persistence/StreamProgress.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace qorl {
+
+namespace {
+
+constinit Singleton<FNFileSystem> fileSystem;
+
+/// Stores the system's number where the caller wants it. Whether the work succeeded.
+bool answer(const platform::FileError& error, int32_t* out = nullptr) {
+    if (out)
+        *out = error.code;
+    return !error;
+}
+
+platform::FileInfo infoOf(const FPath& path) {
+    platform::FileInfo info;
+    platform::getFileInfo(path.toUtf8(), info);
+    return info;
+}
+
+uint32_t accessOf(uint32_t mode) {
+    return (mode & FFileStream::readAccess ? platform::openRead : 0u) |
+           (mode & FFileStream::writeAccess ? platform::openWrite : 0u) |
+           (mode & FFileStream::sequential ? platform::openSequential : 0u);
+}
+
+Ref<FFileStream> streamOf(platform::File file, const FPath& path, uint32_t mode) {
+    auto stream = make<FFileStream>(std::move(file), mode);
+    stream->setUrl(make<FUrl>(path).get());
+    return stream;
+}
+
+/// A folder's entries, as they were when it was opened.
+class FNFileIterator : public FFileIterator {
+    QORL_CLASS(FNFileIterator, FFileIterator)
+
+public:
+    FNFileIterator(const FPath& folder, std::vector<platform::FolderEntry> entries)
+        : folder_(folder.toUtf8()), entries_(std::move(entries)) {
+        if (!folder_.ends_with('/'))
+            folder_ += '/';
+    }
+
+    FPath* next() override {
+        if (place_ >= entries_.size()) {
+            isAtEntry_ = false;
+            return nullptr;
+        }
+        const auto& entry = entries_[place_++];
+        current_.setPath(ConstString(std::string_view(folder_ + entry.name)),
+                         entry.kind == platform::FileKind::folder);
+        isAtEntry_ = true;
+        return &current_;
+    }
+
+    FPath* getCurrent() override { return isAtEntry_ ? &current_ : nullptr; }
+
+private:
+    std::string folder_;
+    std::vector<platform::FolderEntry> entries_;
+    size_t place_ = 0;
+    FNPath current_;
+    bool isAtEntry_ = false;
+};
+
+/// A copy that can be watched and cancelled; what is unfinished goes.
+bool copyWatched(FNFileSystem& files, const FPath& from, const FPath& to, StreamProgress& progress) {
+    const Ref<FFileStream> source = files.openFile(from, FFileStream::readAccess | FFileStream::sequential);
+    Ref<FFileStream> target = source ? files.createFile(to, FFileStream::writeAccess) : nullptr;
+    if (!target)
+        return false;
+    source->setProgress(&progress);
+    if (target->copyFrom(*source, source->getLength()))
+        return true;
+    target.reset();
+    files.deleteFile(to);
+    return false;
+}
+
+} // namespace
+
+FNFileSystem* FNFileSystem::instance() {
+    return fileSystem.get();
+}
+
+Ref<FFileStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) {
+    const std::string name = path.toUtf8();
+    const uint32_t access =
+        accessOf(mode | FFileStream::writeAccess) | platform::openCreate | platform::openTruncate;
+    platform::File file;
+    platform::FileError failure = file.open(name, access);
+    if (failure && (mode & FFileStream::createPath) && createParents(path, false))
+        failure = file.open(name, access);
+    if (!answer(failure, error))
+        return nullptr;
+    return streamOf(std::move(file), path, mode | FFileStream::writeAccess);
+}
+
+Ref<FFileStream> FNFileSystem::openFile(const FPath& path, uint32_t mode, int32_t* error) {
+    platform::File file;
+    if (!answer(file.open(path.toUtf8(), accessOf(mode)), error))
+        return nullptr;
+    return streamOf(std::move(file), path, mode);
+}
+
+bool FNFileSystem::closeFile(Ref<FFileStream> stream) {
+    if (stream)
+        stream->close();
+    return stream != nullptr;
+}
+
+bool FNFileSystem::deleteFile(const FPath& path) {
+    if (!answer(platform::deleteFile(path.toUtf8())))
+        return false;
+    notify(fileDeleted, path);
+    return true;
+}
+
+bool FNFileSystem::exists(const FPath& path) {
+    const platform::FileKind kind = infoOf(path).kind;
+    return path.isFolder() ? kind == platform::FileKind::folder : kind != platform::FileKind::none;
+}
+
+bool FNFileSystem::rename(FPath& path, const ConstString& newName) {
+    FNPath target(path.toUtf8(), path.isFolder());
+    target.setName(newName);
+    if (!answer(platform::moveFile(path.toUtf8(), target.toUtf8())))
+        return false;
+    path.setName(newName);
+    notify(path.isFolder() ? folderRenamed : fileWritten, path);
+    return true;
+}
+
+bool FNFileSystem::move(FPath& path, const FPath& newFolder) {
+    FNPath target(newFolder.toUtf8(), true);
+    target.addFolder(path.getName(), path.isFolder());
+    if (!answer(platform::moveFile(path.toUtf8(), target.toUtf8())))
+        return false;
+    path.setFolder(target.getFolder());
+    return true;
+}
+
+bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* progress) {
+    const std::string target = to.toUtf8();
+    if (infoOf(to).isReadOnly)
+        platform::setReadOnly(target, false);
+    const bool isCopied = progress ? copyWatched(*this, from, to, *progress)
+                                   : answer(platform::copyFile(from.toUtf8(), target));
+    if (!isCopied)
+        return false;
+    const platform::FileInfo info = infoOf(from);
+    platform::setFileTimes(target, info.written, info.read);
+    notify(fileWritten, to);
+    return true;
+}
+
+bool FNFileSystem::createFolder(const FPath& path) {
+    return answer(platform::createFolder(path.toUtf8()));
+}
+bool FNFileSystem::setCurrentFolder(const FPath& path) {
+    return answer(platform::setCurrentFolder(path.toUtf8()));
+}
+
+bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) {
+    platform::VolumeInfo volume;
+    if (!answer(platform::getVolumeInfo(path.toUtf8(), volume)))
+        return false;
+    info.name = ConstString(std::string_view(volume.name));
+    info.kind = static_cast<FVolumeInfo::Kind>(volume.kind);
+    info.freeBytes = volume.freeBytes;
+    info.totalBytes = volume.totalBytes;
+    return true;
+}
+
+bool FNFileSystem::deleteFolder(const FPath& path) {
+    return answer(platform::deleteFolder(path.toUtf8()));
+}
+
+bool FNFileSystem::getFileTime(const FPath& path, FileTimes& times) {
+    const platform::FileInfo info = infoOf(path);
+    times = {info.created, info.written, info.read};
+    return info.kind != platform::FileKind::none;
+}
+
+int64_t FNFileSystem::getFileSize(FStream& stream) {
+    int64_t size = -1;
+    Ref<ISizeableStream> sizeable;
+    if (stream.queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok)
+        sizeable->getStreamSize(size);
+    return size;
+}
+
+int64_t FNFileSystem::getFileSizeOf(const FPath& path) {
+    const platform::FileInfo info = infoOf(path);
+    return info.kind == platform::FileKind::file ? info.size : -1;
+}
+
+bool FNFileSystem::isReadOnly(const FPath& path) {
+    return infoOf(path).isReadOnly;
+}
+
+bool FNFileSystem::isWriteProtected(const FPath& path) {
+    platform::VolumeInfo volume;
+    platform::getVolumeInfo(path.toUtf8(), volume);
+    return volume.isReadOnly || isReadOnly(path);
+}
+
+bool FNFileSystem::createParents(const FPath& path, bool isFolder) {
+    return FNPath(path.toUtf8(), isFolder).createFolders();
+}
+
+Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t) {
+    std::vector<platform::FolderEntry> entries;
+    if (!answer(platform::listFolder(path.toUtf8(), entries)))
+        return nullptr;
+    return make<FNFileIterator>(path, std::move(entries));
+}
+
+Ref<FFileStream> FNFileSystem::createTempFile(FNPath& path) {
+    std::string name;
+    if (!answer(platform::createTemporaryFile(FNPath::knownFolder(FNPath::temporary), "qorl", name)))
+        return nullptr;
+    path.setPath(ConstString(std::string_view(name)), false);
+    return openFile(path, FFileStream::readAccess | FFileStream::writeAccess);
+}
+
+bool FNFileSystem::deleteTree(const FPath& path) {
+    return answer(platform::deleteTree(path.toUtf8()));
+}
+
+bool FNFileSystem::copyTree(const FPath& from, const FPath& to) {
+    if (!answer(platform::createFolders(to.toUtf8())))
+        return false;
+    const Ref<FFileIterator> entries = getIterator(from);
+    if (!entries)
+        return false;
+    while (FPath* entry = entries->next()) {
+        // A link to a folder may lead back up.
+        if (entry->isFolder() && infoOf(*entry).isLink)
+            continue;
+        FNPath target(to.toUtf8(), true);
+        target.addFolder(entry->getName(), entry->isFolder());
+        if (!(entry->isFolder() ? copyTree(*entry, target) : copy(*entry, target)))
+            return false;
+    }
+    return true;
+}
+
+int64_t FNFileSystem::getFreeSpace(const FPath& path) {
+    FVolumeInfo info;
+    return getVolumeInfo(path, info) ? info.freeBytes : -1;
+}
+
+void FNFileSystem::formatSize(int64_t bytes, String& text) {
+    constexpr const char* units[] = {"B", "KB", "MB", "GB", "TB"};
+    auto size = static_cast<double>(bytes);
+    size_t unit = 0;
+    for (; size >= 1024 && unit + 1 < std::size(units); ++unit)
+        size /= 1024;
+    text.printf8("%.3f %s", size, units[unit]);
+}
+
+bool FNFileSystem::replaceFile(const FPath& path, std::span<const uint8_t> bytes, int32_t* error) {
+    if (!answer(platform::replaceFile(path.toUtf8(), bytes), error))
+        return false;
+    notify(fileWritten, path);
+    return true;
+}
+
+bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error) {
+    std::vector<uint8_t> content;
+    if (!answer(platform::readWholeFile(path.toUtf8(), content, limit), error))
+        return false;
+    bytes.assign(content.begin(), content.end());
+    return true;
+}
+
+} // namespace qorl

@@ -1,0 +1,151 @@
+#include "persistence/FPath.h"
+
+#include "foundation/Cast.h"
+#include "persistence/FAttributes.h"
+
+#include <algorithm>
+
+namespace qorl {
+
+QORL_REGISTER(FPath, "FPath", CmObject, 0)
+
+namespace {
+
+/// Where the extension's dot stands in a name; `notFound` without an extension.
+int32_t dotOf(const String& name) {
+    const int32_t dot = name.findLastChar16(u'.');
+    return dot > 0 ? dot : ConstString::notFound;
+}
+
+void closeFolder(String& folder) {
+    if (!folder.isEmpty() && !folder.charEquals(folder.size() - 1, FPath::separator))
+        folder.appendChar16(FPath::separator);
+}
+
+} // namespace
+
+void FPath::getExtension(String& text) const {
+    const int32_t dot = dotOf(name_);
+    text.clear();
+    if (dot != ConstString::notFound)
+        name_.substring(text, dot + 1);
+}
+
+void FPath::getBaseName(String& text, bool withoutExtension) const {
+    const int32_t dot = withoutExtension ? dotOf(name_) : ConstString::notFound;
+    text.assign(name_, dot);
+}
+
+void FPath::setFileType(const FFileType& type, bool replace) {
+    fileType_ = type;
+    if (type.extension().isEmpty() || name_.isEmpty())
+        return;
+    if (replace)
+        name_.remove(std::max(dotOf(name_), 0) == 0 ? name_.size() : dotOf(name_));
+    if (dotOf(name_) != ConstString::notFound)
+        return;
+    name_.remove(maxNameLength - 1 - type.extension().size());
+    name_.appendChar16(u'.');
+    name_.append(type.extension());
+}
+
+bool FPath::isRelative() const {
+    return folder_.isEmpty() || !folder_.charEquals(0, separator);
+}
+
+void FPath::getDriveName(String& text) const {
+    text.clear();
+}
+bool FPath::isRoot() const {
+    return name_.isEmpty() && folder_.size() == 1 && !isRelative();
+}
+
+void FPath::addFolder(const ConstString& name, bool isFolder) {
+    String folder;
+    getPath(folder);
+    closeFolder(folder);
+    folder_ = std::move(folder);
+    name_ = name;
+    name_.toWide();
+    setIsFolder(isFolder);
+}
+
+bool FPath::up() {
+    if (isRoot() || !FPath::isValid())
+        return false;
+    String parent = folder_;
+    setPath(parent, true);
+    return true;
+}
+
+void FPath::setFolder(const ConstString& text) {
+    folder_ = text;
+    folder_.toWide();
+    closeFolder(folder_);
+}
+
+void FPath::setName(const ConstString& name) {
+    name_ = name;
+    name_.toWide();
+}
+
+void FPath::getPath(String& text) const {
+    text = folder_;
+    if (name_.isEmpty())
+        return;
+    closeFolder(text);
+    text.append(name_);
+}
+
+void FPath::setPath(const ConstString& text, bool isFolder) {
+    String path = text;
+    path.toWide();
+    while (path.size() > 1 && path.charEquals(path.size() - 1, separator)) {
+        path.remove(path.size() - 1);
+        isFolder = true;
+    }
+    const int32_t cut = path.findLastChar16(separator);
+    folder_.assign(path, cut + 1);
+    name_.clear();
+    path.substring(name_, cut + 1);
+    setIsFolder(isFolder || name_.isEmpty());
+}
+
+void FPath::setIsFolder(bool isFolder) {
+    flags_ = static_cast<uint16_t>(isFolder ? flags_ | folderFlag : flags_ & ~folderFlag);
+}
+
+std::string FPath::toUtf8() const {
+    String path;
+    getFullPath(path);
+    return path.toUtf8();
+}
+
+bool FPath::isEqual(const CmObject* other) const {
+    const auto* path = cast<FPath>(other);
+    return path && toUtf8() == path->toUtf8();
+}
+
+int32_t FPath::compare(const CmObject* other) const {
+    const auto* path = cast<FPath>(other);
+    if (!path)
+        return CmObject::compare(other);
+    const int order = toUtf8().compare(path->toUtf8());
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
+}
+
+bool FPath::storeAttributes(FAttributes* attributes) {
+    String path;
+    getFullPath(path);
+    attributes->setString("Path", path);
+    attributes->setInteger("IsFolder", isFolder() ? 1 : 0);
+    return true;
+}
+
+bool FPath::restoreAttributes(FAttributes* attributes) {
+    setFullPath(attributes->getString("Path"));
+    setIsFolder(attributes->getInteger("IsFolder") != 0);
+    return true;
+}
+
+} // namespace qorl
