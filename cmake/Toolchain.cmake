@@ -40,9 +40,19 @@ if(QORL_SANITIZE)
         # Both need the type information that the library is built without.
         add_compile_options(-fno-sanitize=vptr,function)
     endif()
+    add_library(qorl-sanitizer OBJECT ${CMAKE_CURRENT_LIST_DIR}/sanitizer.c)
 endif()
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wformat=2 -Wundef -Wpointer-arith)
+# Gives programs the settings of the sanitizers, where there are any.
+function(qorl_sanitized)
+    if(QORL_SANITIZE)
+        foreach(program IN LISTS ARGN)
+            target_link_libraries(${program} PRIVATE qorl-sanitizer)
+        endforeach()
+    endif()
+endfunction()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wformat-security -Wundef -Wpointer-arith)
 add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast;-Wsuggest-override;-Wextra-semi>")
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-Wshadow=local -Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wvla)
