@@ -30,12 +30,6 @@ std::string systemFolder(FNPath::FolderKind kind) {
     return {};
 }
 
-platform::FileInfo infoOf(const FPath& path) {
-    platform::FileInfo info;
-    platform::getFileInfo(path.toUtf8(), info);
-    return info;
-}
-
 platform::VolumeKind volumeOf(const FPath& path) {
     platform::VolumeInfo info;
     platform::getVolumeInfo(path.toUtf8(), info);
@@ -75,7 +69,9 @@ bool FNPath::isNetwork() const {
     return volumeOf(*this) == platform::VolumeKind::network;
 }
 bool FNPath::isHidden() const {
-    return FPath::isHidden() || infoOf(*this).isHidden;
+    platform::FileInfo info;
+    platform::getFileInfo(toUtf8(), info);
+    return info.isHidden || FPath::isHidden();
 }
 
 bool FNPath::createFolders() const {

@@ -19,7 +19,7 @@ UControl* createCheckBox(const CmRect& rect, int32_t style, Binding::Value* valu
     return new UCustomCheckBox(rect, title, value, static_cast<uint32_t>(style) | extraStyle);
 }
 
-const bool registered =
+const bool checkBoxRegistered =
     (ControlTable::add(ControlLook::drawn, ControlKind::checkBox, &createCheckBox<0>),
      ControlTable::add(ControlLook::drawn, ControlKind::radioButton, &createCheckBox<CheckBoxStyle::radio>),
      true);
