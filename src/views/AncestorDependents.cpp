@@ -1,0 +1,79 @@
+#include "views/AncestorDependents.h"
+
+#include "foundation/Cast.h"
+#include "foundation/CmArray.h"
+#include "persistence/FAttributes.h"
+#include "views/UView.h"
+
+namespace qorl {
+
+namespace {
+
+CmContainer* dependentsOf(UView& view, const AncestorKind& kind) {
+    FAttributes* attributes = view.peekAttributes();
+    if (!attributes)
+        return nullptr;
+    // The attributes keep the container.
+    return cast<CmContainer>(attributes->getObject(kind.attribute).get());
+}
+
+void enter(UView& view, UView* parent, const AncestorKind& kind) {
+    UView* entry = &view;
+    for (UView* node = parent; node; node = node->getParent()) {
+        CmContainer* dependents = dependentsOf(*node, kind);
+        if (!dependents) {
+            dependents = new CmArray;
+            node->getAttributes().setObject(kind.attribute, dependents, FAttributes::Hold::adopt);
+        }
+        if (!dependents->containsSame(entry))
+            dependents->add(entry);
+        if (node->hasFlag(kind.wants | kind.relays))
+            return;
+        node->setFlag(kind.relays, true);
+        entry = node;
+    }
+}
+
+void leave(UView& view, UView* parent, const AncestorKind& kind) {
+    UView* entry = &view;
+    for (UView* node = parent; node; node = node->getParent()) {
+        CmContainer* dependents = dependentsOf(*node, kind);
+        if (!dependents)
+            return;
+        dependents->remove(entry);
+        if (!dependents->isEmpty())
+            return;
+        node->getAttributes().remove(kind.attribute);
+        if (node->hasFlag(kind.wants) || !node->hasFlag(kind.relays))
+            return;
+        node->setFlag(kind.relays, false);
+        entry = node;
+    }
+}
+
+} // namespace
+
+void enterAncestorDependents(UView& view, UView* parent) {
+    for (const AncestorKind* kind : {&ancestorSize, &ancestorMove})
+        if (view.hasFlag(kind->wants))
+            enter(view, parent, *kind);
+}
+
+void leaveAncestorDependents(UView& view, UView* parent) {
+    for (const AncestorKind* kind : {&ancestorSize, &ancestorMove})
+        if (view.hasFlag(kind->wants))
+            leave(view, parent, *kind);
+}
+
+void forEachAncestorDependent(UView& view, const AncestorKind& kind,
+                              const std::function<void(UView&)>& visit) {
+    CmContainer* container = dependentsOf(view, kind);
+    if (!container)
+        return;
+    const Ref<CmContainer> dependents = retain(container);
+    for (int32_t i = 0; i < dependents->count(); ++i)
+        if (auto* dependent = cast<UView>(dependents->at(i)))
+            visit(*dependent);
+}
+
+} // namespace qorl

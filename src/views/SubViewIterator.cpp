@@ -1,0 +1,17 @@
+#include "views/SubViewIterator.h"
+
+#include "views/UView.h"
+
+namespace qorl {
+
+SubViewIterator::SubViewIterator(ViewFields& view, Walk walk) : items_(view.getItem().children(), walk) {}
+
+SubViewIterator::SubViewIterator(ViewFields& view, Walk walk, int32_t index)
+    : items_(view.getItem().children(), walk, index) {}
+
+UView* SubViewIterator::next() {
+    App::Layout::Item* item = items_.next();
+    return item ? &ViewItem::viewOf(*item) : nullptr;
+}
+
+} // namespace qorl
