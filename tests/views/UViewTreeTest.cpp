@@ -1,0 +1,321 @@
+#include "RecordingViews.h"
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+namespace {
+
+class UViewTree : public testing::Test {
+protected:
+    Ref<RecordingView> view(const std::string& name, uint32_t flags = 0) {
+        return make<RecordingView>(log_, name, CmRect{0, 0, 100, 100}, flags);
+    }
+
+    CallLog log_;
+    Ref<RecordingWindow> window_ = make<RecordingWindow>(CmSize{200, 200});
+};
+
+TEST_F(UViewTree, OwnsOneReferenceOnEachSubViewAndGivesItBack) {
+    auto parent = view("p");
+    auto child = view("c");
+    RecordingView* raw = child.get();
+    EXPECT_FALSE(parent->addSubView(nullptr));
+    EXPECT_TRUE(parent->addSubView(std::move(child)));
+    EXPECT_FALSE(parent->addSubView(retain(static_cast<UView*>(raw))))
+        << "a view with a parent was taken twice";
+    EXPECT_FALSE(parent->addSubView(retain(static_cast<UView*>(parent.get()))))
+        << "a view became its own child";
+    EXPECT_EQ(raw->getParent(), parent.get());
+
+    Ref<UView> back = parent->removeSubView(raw);
+    EXPECT_EQ(back.get(), raw);
+    EXPECT_EQ(raw->getParent(), nullptr);
+    EXPECT_EQ(parent->removeSubView(raw), nullptr);
+    EXPECT_EQ(log_.take(), "") << "the view died while the caller held it";
+    back.reset();
+    EXPECT_EQ(log_.take(), "gone:c");
+}
+
+TEST_F(UViewTree, ReleasesItsSubViewsAndLeavesThoseThatOthersHold) {
+    auto parent = view("p");
+    auto kept = view("kept");
+    parent->addSubView(view("a"));
+    parent->addSubView(kept);
+    parent.reset();
+    EXPECT_EQ(kept->getParent(), nullptr);
+    EXPECT_NE(log_.take().find("gone:a"), std::string::npos);
+    EXPECT_EQ(kept->getRootView(), kept.get());
+}
+
+TEST_F(UViewTree, AnswersWhatIsNotThere) {
+    auto parent = view("p");
+    parent->addSubView(view("a"));
+    EXPECT_EQ(parent->getSubView(-1), nullptr);
+    EXPECT_EQ(parent->getSubView(1), nullptr);
+    EXPECT_EQ(parent->getSubViewIndex(nullptr), -1);
+    EXPECT_EQ(parent->getSubViewIndex(parent.get()), -1);
+    EXPECT_EQ(parent->getNextSubView(parent->getFirstSubView()), nullptr);
+    EXPECT_EQ(parent->getDepth(), 0);
+    EXPECT_EQ(parent->getFirstSubView()->getDepth(), 1);
+    EXPECT_FALSE(parent->isDescendant(parent.get()));
+    EXPECT_FALSE(parent->isDescendant(nullptr));
+    EXPECT_TRUE(parent->isDescendant(parent->getFirstSubView()));
+    EXPECT_FALSE(parent->isVisible()) << "a root that is no window counted as visible";
+}
+
+TEST_F(UViewTree, KeepsTheOrderOfInsertions) {
+    auto parent = view("p");
+    parent->addSubView(view("b"));
+    parent->insertSubView(0, view("a"));
+    parent->insertSubView(99, view("d"));
+    parent->insertSubView(2, view("c"));
+    const auto order = [&] {
+        std::string names;
+        parent->forEachSubView([&](UView& child) { names += static_cast<RecordingView&>(child).name(); });
+        return names;
+    };
+    EXPECT_EQ(order(), "abcd");
+    parent->bringToFront(parent->getSubView(1));
+    EXPECT_EQ(order(), "acdb");
+    parent->sendToBack(parent->getSubView(2));
+    EXPECT_EQ(order(), "dacb");
+    EXPECT_FALSE(parent->bringToFront(parent.get()));
+}
+
+TEST_F(UViewTree, GivesEachViewAnIdOfItsOwn) {
+    auto first = view("a");
+    auto second = view("b");
+    EXPECT_NE(first->getViewId(), 0U);
+    EXPECT_EQ(second->getViewId(), first->getViewId() + 1);
+}
+
+TEST_F(UViewTree, AttachesShownViewsFromTheTopAndDetachesThem) {
+    auto a = view("a");
+    auto hidden = view("hidden");
+    hidden->hide();
+    a->addSubView(view("b"));
+    a->addSubView(hidden);
+    hidden->addSubView(view("c"));
+    window_->addSubView(a);
+    EXPECT_EQ(log_.take(), "") << "a view was attached in a window that is not open";
+
+    window_->attachTree();
+    EXPECT_EQ(log_.take(), "attached:a attached:b");
+    EXPECT_FALSE(hidden->isAttached());
+
+    hidden->show();
+    EXPECT_EQ(log_.take(), "attached:hidden attached:c");
+    hidden->show();
+    EXPECT_EQ(log_.take(), "") << "a second show was told";
+
+    a->hide();
+    EXPECT_EQ(log_.take(), "detached:a detached:b detached:hidden detached:c");
+    EXPECT_FALSE(a->isAttached());
+    a->show();
+    EXPECT_EQ(log_.take(), "attached:a attached:b attached:hidden attached:c");
+
+    const Ref<UView> removed = window_->removeSubView(a.get());
+    EXPECT_EQ(log_.take(), "detached:a detached:b detached:hidden detached:c");
+    window_->addSubView(removed);
+    EXPECT_EQ(log_.take(), "attached:a attached:b attached:hidden attached:c");
+}
+
+TEST_F(UViewTree, DoesNotAttachAHiddenViewThatIsAdded) {
+    window_->attachTree();
+    auto hidden = view("h");
+    hidden->hide();
+    window_->addSubView(hidden);
+    EXPECT_EQ(log_.take(), "");
+    EXPECT_FALSE(hidden->isAttached());
+}
+
+/// Writes down the name of each notice.
+class LifecycleLog : public CmObject, public IViewLifecycleListener {
+    QORL_CLASS(LifecycleLog, CmObject)
+    QORL_FACES(LifecycleLog, CmObject, IViewLifecycleListener)
+
+public:
+    explicit LifecycleLog(CallLog& log) : log_(log) {}
+
+    void viewShown(UView*) override { log_.add("shown"); }
+    void viewHidden(UView*) override { log_.add("hidden"); }
+    void viewFocusGained(UView*) override { log_.add("focusGained"); }
+    void viewFocusLost(UView*) override { log_.add("focusLost"); }
+    void viewEnabled(UView*) override { log_.add("enabled"); }
+    void viewDisabled(UView*) override { log_.add("disabled"); }
+    void viewMoved(UView*) override { log_.add("moved"); }
+    void viewSized(UView*) override { log_.add("sized"); }
+    void viewAttached(UView*) override { log_.add("attached"); }
+    void viewDetaching(UView* view) override { log_.add(view->isAttached() ? "detaching" : "too late"); }
+    void viewDetached(UView*) override { log_.add("detached"); }
+    void viewDestroyed(UView*) override { log_.add("destroyed"); }
+
+private:
+    CallLog& log_;
+};
+
+TEST_F(UViewTree, TellsItsListenersOfItsLife) {
+    LifecycleLog listener(log_);
+    auto observed = make<UView>(CmRect{0, 0, 10, 10});
+    observed->addLifecycleListener(&listener);
+    window_->attachTree();
+    window_->addSubView(observed);
+    observed->setFrame({5, 5, 25, 25}, false);
+    observed->setFrame({5, 5, 25, 25}, false);
+    observed->setEnabled(false);
+    observed->setEnabled(false);
+    observed->setEnabled(true);
+    observed->hide();
+    observed->hide();
+    observed->show();
+    window_->removeSubView(observed.get());
+    observed.reset();
+    EXPECT_EQ(log_.take(),
+              "attached sized moved disabled enabled detaching detached hidden attached shown detaching "
+              "detached destroyed");
+}
+
+TEST(ListenerList, ToleratesChangesWhileItCalls) {
+    struct Listener {
+        int calls = 0;
+    };
+    Listener a;
+    Listener b;
+    Listener c;
+    ListenerList<Listener> list;
+    list.add(&a);
+    list.add(&b);
+    bool first = true;
+    list.tell([&](Listener& listener) {
+        ++listener.calls;
+        if (!std::exchange(first, false))
+            return;
+        EXPECT_TRUE(list.remove(&a));
+        EXPECT_TRUE(list.remove(&b));
+        list.add(&c);
+        list.tell([](Listener& inner) { ++inner.calls; });
+    });
+    EXPECT_EQ(a.calls, 1);
+    EXPECT_EQ(b.calls, 0) << "a removed listener was called";
+    EXPECT_EQ(c.calls, 1) << "the inner call missed a listener, or the outer one called a new one";
+    EXPECT_FALSE(list.remove(&b));
+    list.remove(&c);
+    EXPECT_TRUE(list.isEmpty());
+}
+
+TEST_F(UViewTree, SurvivesSubViewsThatLeaveWhileTheTreeIsWalked) {
+    auto parent = view("p");
+    for (const char* name : {"a", "b", "c", "d"})
+        parent->addSubView(view(name));
+    std::string met;
+    parent->forEachSubView([&](UView& child) {
+        met += static_cast<RecordingView&>(child).name();
+        parent->removeSubView(&child);
+    });
+    EXPECT_EQ(met, "abcd");
+    EXPECT_EQ(parent->getSubViewCount(), 0);
+
+    for (const char* name : {"a", "b", "c"})
+        parent->addSubView(view(name));
+    met.clear();
+    parent->forEachSubViewReverse([&](UView& child) {
+        met += static_cast<RecordingView&>(child).name();
+        parent->removeAllSubViews();
+    });
+    EXPECT_EQ(met, "c");
+}
+
+TEST_F(UViewTree, SearchesChildrenBeforeTheirParent) {
+    auto root = view("r");
+    auto a = view("a", viewMarked);
+    a->addSubView(view("b", viewMarked));
+    root->addSubView(view("x"));
+    root->addSubView(a);
+    root->addSubView(view("c", viewMarked));
+    const auto marked = viewsWhere([](UView* candidate) { return candidate->isMarked(); });
+    const auto nameOf = [](UView* found) {
+        return found ? static_cast<RecordingView*>(found)->name() : "none";
+    };
+    EXPECT_EQ(nameOf(root->findSubView(marked)), "b");
+    EXPECT_EQ(nameOf(root->findDirectSubView(marked)), "a");
+    EXPECT_EQ(nameOf(root->findSubViewBehind(a.get(), marked)), "c");
+    EXPECT_EQ(nameOf(root->findSubViewBehind(root->getLastSubView(), marked)), "none");
+    EXPECT_EQ(nameOf(a->getFirstSubView()->findParent(marked)), "a");
+    EXPECT_EQ(nameOf(a->findParentDeep(marked)), "a");
+    EXPECT_EQ(root->findSubViewByClass("UView", false), nullptr);
+    EXPECT_EQ(nameOf(root->findSubViewByClass("UView", true)), "x");
+}
+
+TEST_F(UViewTree, FindsTheDeepestViewInFrontAtAPoint) {
+    auto root = make<RecordingView>(log_, "r", CmRect{0, 0, 100, 100});
+    auto back = make<RecordingView>(log_, "back", CmRect{0, 0, 60, 60});
+    auto front = make<RecordingView>(log_, "front", CmRect{40, 40, 100, 100});
+    front->setClientInsets({5, 5, 5, 5}, true);
+    front->addSubView(make<RecordingView>(log_, "inner", CmRect{-10, -10, 20, 20}));
+    root->addSubView(back);
+    root->addSubView(front);
+    struct Case {
+        CmPoint point;
+        bool deep;
+        const char* found;
+    };
+    const Case cases[] = {
+        {{10, 10}, true, "back"},  {{50, 50}, true, "inner"}, {{50, 50}, false, "front"},
+        {{42, 42}, true, "front"}, {{99, 99}, true, "front"}, {{100, 100}, true, "none"},
+        {{70, 10}, true, "none"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.point.x << "," << c.point.y << (c.deep ? " deep" : ""));
+        UView* found = root->findViewAt(c.point, c.deep);
+        EXPECT_EQ(found ? static_cast<RecordingView*>(found)->name() : "none", c.found);
+    }
+    front->hide();
+    EXPECT_EQ(root->findViewAt({50, 50}, true), back.get()) << "a hidden view was hit";
+}
+
+TEST_F(UViewTree, LetsAViewFollowItsAncestors) {
+    auto outer = view("outer");
+    auto middle = view("middle");
+    auto follower = view("f", viewWantsAncestorSized);
+    auto other = view("o", viewWantsAncestorSized);
+    middle->addSubView(follower);
+    middle->addSubView(other);
+    outer->addSubView(middle);
+    window_->addSubView(outer);
+    window_->attachTree();
+    EXPECT_TRUE(outer->hasFlag(viewRelaysAncestorSized));
+    log_.take();
+
+    outer->setFrame({0, 0, 50, 50}, false);
+    EXPECT_EQ(log_.take(), "sized:outer ancestor:middle ancestor:f ancestor:o");
+    middle->removeSubView(follower.get());
+    EXPECT_TRUE(outer->hasFlag(viewRelaysAncestorSized)) << "the mark went although another view follows";
+    middle->removeSubView(other.get());
+    EXPECT_FALSE(middle->hasFlag(viewRelaysAncestorSized));
+    EXPECT_FALSE(outer->hasFlag(viewRelaysAncestorSized));
+    log_.take();
+    outer->setFrame({0, 0, 60, 60}, false);
+    EXPECT_EQ(log_.take(), "sized:outer");
+}
+
+/// Hears changes of a view as its dependent.
+class Dependent : public CmObject {
+    QORL_CLASS(Dependent, CmObject)
+
+public:
+    void notify(CmObject*, int32_t message) override { heard.push_back(message); }
+    std::vector<int32_t> heard;
+};
+
+TEST_F(UViewTree, TellsItsDependentsOfSizePlaceAndEnd) {
+    Dependent dependent;
+    auto observed = make<UView>(CmRect{0, 0, 10, 10});
+    observed->addDependent(&dependent);
+    observed->setFrame({1, 0, 21, 10}, false);
+    observed->setFrame({2, 0, 22, 10}, false);
+    observed.reset();
+    EXPECT_EQ(dependent.heard, (std::vector<int32_t>{viewSized, viewMoved, viewSized, viewMoved, 2}));
+}
+
+} // namespace
+} // namespace qorl
