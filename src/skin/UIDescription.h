@@ -18,7 +18,7 @@ namespace qorl {
 class UBitmap;
 class UBitmapCollection;
 class UColor;
-class UIWizard;
+class ConditionNames;
 class UScheme;
 
 /// A skin document: its resources, colours, numbers and named view templates, as a tree of element records.
@@ -35,7 +35,7 @@ public:
         resetScheme = 1,  ///< The main scheme takes its defaults before a document is loaded or reloaded.
         keepComments = 2, ///< Comments become records.
         followIncludes = 4,
-        sortSections = 8, ///< Templates and resources are ordered by name.
+        sortByName = 8, ///< Templates and resources are ordered by name.
         reserved = 0x10,
     };
     static uint32_t options() { return options_; }
@@ -67,9 +67,8 @@ public:
     /// Adds an entry if there is none.
     void setColor(std::string_view name, const UColor& color);
 
-    /// The bitmap of a `bitmap`, `filmstrip`, `dbitmap` or `section`. With `cached` it stays with the
-    /// element.
-    UBitmap* findBitmap(std::string_view name, bool cached = true);
+    /// The bitmap of a `bitmap`, `filmstrip`, `dbitmap` or `section`, which stays with the element.
+    UBitmap* findBitmap(std::string_view name);
     UBitmapCollection* findBitmapCollection(std::string_view name);
     SkinElement* findPropertyCollection(std::string_view name);
     SkinElement* findTagList(std::string_view name);
@@ -88,24 +87,20 @@ public:
     void applyScheme(UScheme* scheme);
     /// Once for a document: makes all resources.
     void preloadResources();
-    /// Evaluates the size expressions of all templates and custom settings.
-    void finishLoading();
+    /// Evaluates the size expressions of all templates and custom settings. `conditions` decides which
+    /// variants count meanwhile; null makes all of them count.
+    void finishLoading(ConditionNames* conditions);
+    /// Brings templates and resources into the order of their names, if the options say so.
+    void sortSections();
 
     /// Moves all elements of `from` into this document. The two share one store.
     void merge(UIDescription& from);
-
-    /// Writes the document as XML. False when the stream fails.
-    bool save(FStream& stream);
-    bool saveAs(const FPath& path);
 
     /// What was found wrong with the document, in the order in which it was found.
     const std::vector<Diagnostic>& diagnostics() const { return diagnostics_.all(); }
     bool hasErrors() const { return diagnostics_.hasErrors(); }
     /// Keeps findings for `diagnostics`, at most `SkinLimits::diagnostics` of them.
     DiagnosticSink& sink() { return limitedSink_; }
-
-    /// Decides the conditions of variants; null for none, which makes every variant count.
-    void setWizard(UIWizard* wizard) { wizard_ = wizard; }
 
     SkinStore& store() override { return *store_; }
     bool isOpen(const SkinElement& variant) override;
@@ -125,9 +120,12 @@ private:
 
     SkinElement* findIn(Section section, std::string_view name, SkinType type);
     void mergeSection(Section section, UIDescription& from);
-    Ref<CmObject> createBitmap(ResourceElement& element);
-    Ref<UBitmap> loadBitmapFile(const SkinElement& element);
     ResourceElement* findBitmapElement(std::string_view name);
+    UBitmap* bitmapOf(ResourceElement& element);
+    UBitmapCollection* collectionOf(ResourceElement& element);
+    Ref<UBitmap> createBitmap(const ResourceElement& element);
+    Ref<UBitmap> loadBitmapFile(const ResourceElement& element, bool& exists);
+    Ref<UBitmap> sourceBitmap(const ResourceElement& element);
 
     Ref<SkinStore> store_;
     SkinElement* root_ = nullptr;
@@ -136,7 +134,7 @@ private:
     FUrl baseUrl_;
     DiagnosticList diagnostics_;
     LimitedSink limitedSink_{diagnostics_};
-    UIWizard* wizard_ = nullptr;
+    ConditionNames* conditions_ = nullptr;
     int64_t sizeStepsLeft_ = 0;
     bool resourcesLoaded_ = false;
     bool isFragment_ = false;

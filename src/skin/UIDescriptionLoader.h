@@ -4,6 +4,7 @@
 #include "persistence/FFileSystem.h"
 #include "persistence/FUrl.h"
 #include "skin/UIDescription.h"
+#include "skin/UIDescriptionParser.h"
 
 #include <qorl/Ref.h>
 
@@ -12,8 +13,6 @@
 
 namespace qorl {
 
-class UIWizard;
-
 /// Loads documents with what they include. Each wizard has one; it keeps the current document.
 ///
 /// A load that fails leaves the current document as it was; `diagnostics` then tells why. Threading:
@@ -21,10 +20,10 @@ class UIWizard;
 class UIDescriptionLoader {
 public:
     enum class Merge : uint8_t { replace, add };
-    /// What happens at an element in a wrong place.
-    enum class Misplaced : uint8_t { stops, isSkipped };
+    using Misplaced = UIDescriptionParser::Misplaced;
 
-    explicit UIDescriptionLoader(UIWizard* wizard) : wizard_(wizard) {}
+    /// `conditions` decides includes and variants; it outlives the loader and may be null.
+    explicit UIDescriptionLoader(ConditionNames* conditions) : conditions_(conditions) {}
 
     /// Opens, parses, merges includes, evaluates sizes and makes the document current.
     bool load(const FUrl& url, Ref<FFileSystem> fileSystem = nullptr);
@@ -52,16 +51,20 @@ public:
 private:
     struct Load;
 
-    Ref<UIDescription> loadLevel(Load& load, const FUrl& url, SourceMark includedFrom, int32_t level);
-    bool loadIncludes(Load& load, UIDescription& into, int32_t level);
-    bool fail(SourceMark mark, std::string text);
+    /// `folder` is the one of the file, relative to that of the document.
+    Ref<UIDescription> loadFile(Load& load, const std::string& path, const std::string& folder,
+                                SourceMark includedFrom, int32_t level);
+    bool loadIncludes(Load& load, UIDescription& into, const std::string& folder, int32_t level);
+    bool finish(Ref<UIDescription> document);
+    void fail(const UIDescription& document);
+    void fail(SourceMark mark, std::string text);
 
-    UIWizard* wizard_;
+    ConditionNames* conditions_;
     Ref<UIDescription> current_;
     std::string errorText_;
     SourcePosition errorPosition_;
     DiagnosticList diagnostics_;
-    uint32_t sectionMask_ = 0xFF;
+    uint32_t sectionMask_ = UIDescriptionParser::allSections;
     Misplaced misplaced_ = Misplaced::stops;
 };
 

@@ -1,0 +1,198 @@
+#include "graphics/UBitmapFamily.h"
+#include "persistence/FNFileSystem.h"
+#include "skin/SizeExpression.h"
+#include "skin/SkinLimits.h"
+#include "skin/UIDescription.h"
+
+#include <algorithm>
+#include <span>
+
+// What a document makes of its resources.
+namespace qorl {
+
+namespace {
+
+bool isBitmap(SkinType type) {
+    return isOfType(type, SkinType::bitmap);
+}
+
+CmRect parseRect(std::string_view text) {
+    int32_t edges[4] = {};
+    parseInts(text, edges, 4);
+    return {edges[0], edges[1], edges[2], edges[3]};
+}
+
+/// The part of its source that a `section` stands for.
+CmRect sectionRect(const SkinElement& element) {
+    SizeFields size;
+    if (parsePlainSize(element.text(SkinAttribute::size), size) && element.has(SkinAttribute::size))
+        return CmRect::ofSize({size.left, size.top}, {size.width, size.height});
+    return parseRect(element.text(SkinAttribute::rect));
+}
+
+/// `colorize` and `alpha`, for bitmaps that have them.
+Ref<UBitmap> withLook(Ref<UBitmap> bitmap, const SkinElement& element) {
+    UColor color;
+    if (color.parse(element.text(SkinAttribute::colorize)))
+        bitmap = bitmap->getColored(color, UBitmap::ColorMode::multiply);
+    const int32_t alpha = element.integer(SkinAttribute::alpha, -1);
+    if (bitmap && alpha >= 0 && alpha < 255)
+        bitmap = bitmap->getDesaturated(0, static_cast<float>(alpha) / 255);
+    return bitmap;
+}
+
+} // namespace
+
+ResourceElement* UIDescription::findBitmapElement(std::string_view name) {
+    if (SkinElement* found = findIn(Section::resources, name, SkinType::bitmap))
+        return static_cast<ResourceElement*>(found);
+    SkinElement* resources = peekSection(Section::resources);
+    if (!resources || name.empty())
+        return nullptr;
+    for (SkinElement* collection : resources->children()) {
+        if (collection->type() != SkinType::bitmapcollection)
+            continue;
+        for (SkinElement* child : collection->children())
+            if (child->name() == name && isBitmap(child->type()))
+                return static_cast<ResourceElement*>(child);
+    }
+    return nullptr;
+}
+
+UBitmap* UIDescription::findBitmap(std::string_view name) {
+    ResourceElement* element = findBitmapElement(name);
+    return element ? bitmapOf(*element) : nullptr;
+}
+
+UBitmap* UIDescription::bitmapOf(ResourceElement& element) {
+    if (element.isBeingCreated() && !element.isCreated()) {
+        report(Severity::error, element.mark(),
+               "the bitmap '" + std::string(element.name()) + "' leads back to itself");
+        return nullptr;
+    }
+    if (!element.isCreated()) {
+        element.beginCreation();
+        element.setObject(createBitmap(element));
+    }
+    return static_cast<UBitmap*>(element.object());
+}
+
+Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, bool& exists) {
+    exists = false;
+    std::string reference(element.text(SkinAttribute::path));
+    std::ranges::replace(reference, '\\', '/');
+    FUrl folder(baseUrl_);
+    folder.up();
+    const std::string path = FUrl::resolveInside(folder.toUtf8(), reference);
+    FFileSystem* fileSystem = fileSystem_.get();
+    if (path.empty() || !fileSystem)
+        return nullptr;
+    const FPath file{ConstString(path)};
+    exists = fileSystem->exists(file);
+    if (!exists)
+        return nullptr;
+    Ref<FFileStream> stream = fileSystem->openFile(file, FFileStream::readAccess | FFileStream::shareRead);
+    const int64_t length = stream ? stream->getLength() : -1;
+    std::string error = "the file can't be read";
+    if (length >= 0 && length <= SkinLimits::documentBytes) {
+        std::vector<std::byte> bytes(static_cast<size_t>(length));
+        if (stream->read(bytes.data(), length) == length)
+            if (Ref<UBitmap> bitmap = UBitmap::fromFile(bytes, error))
+                return bitmap;
+    }
+    report(Severity::error, element.mark(), "bitmap '" + reference + "': " + error);
+    return nullptr;
+}
+
+/// The bitmap that `path` names: a file, or for parts of bitmaps another resource.
+Ref<UBitmap> UIDescription::sourceBitmap(const ResourceElement& element) {
+    bool exists = false;
+    Ref<UBitmap> bitmap = loadBitmapFile(element, exists);
+    if (exists)
+        return bitmap;
+    const std::string_view path = element.text(SkinAttribute::path);
+    const bool mayBeResource = element.isOfType(SkinType::section) || element.isOfType(SkinType::filmstrip) ||
+                               element.isOfType(SkinType::dbitmap);
+    if (mayBeResource)
+        bitmap = retain(findBitmap(path));
+    if (!bitmap)
+        report(Severity::warning, element.mark(),
+               "bitmap '" + std::string(path) + "' not found" +
+                   (mayBeResource ? ", neither as a file in the skin's folder nor as a resource"
+                                  : " in the skin's folder"));
+    return bitmap;
+}
+
+Ref<UBitmap> UIDescription::createBitmap(const ResourceElement& element) {
+    Ref<UBitmap> bitmap = sourceBitmap(element);
+    if (bitmap)
+        bitmap = withLook(std::move(bitmap), element);
+    if (!bitmap)
+        return nullptr;
+    if (element.isOfType(SkinType::section)) {
+        const CmRect rect = sectionRect(element);
+        const Ref<UBitmap> part = bitmap->createSection(rect);
+        if (!part) {
+            report(Severity::warning, element.mark(),
+                   "section '" + std::string(element.name()) + "' reaches outside of its bitmap of " +
+                       std::to_string(bitmap->getWidth()) + " x " + std::to_string(bitmap->getHeight()) +
+                       " pixels");
+            return nullptr;
+        }
+        if (element.data().find("reference") != std::string_view::npos)
+            return make<UBitmapSection>(std::move(bitmap), rect);
+        return Ref<UBitmap>::adopt(static_cast<UBitmap*>(part->clone()));
+    }
+    if (element.isOfType(SkinType::filmstrip)) {
+        auto strip = make<UFilmStrip>(
+            std::move(bitmap), element.integer(SkinAttribute::framecount),
+            static_cast<UFilmStrip::FrameAlign>(element.keywords(SkinAttribute::framealign)));
+        strip->setDefaultFrame(element.integer(SkinAttribute::defaultframe));
+        strip->setInterval(element.integer(SkinAttribute::interval));
+        return strip;
+    }
+    if (element.isOfType(SkinType::dbitmap))
+        return make<UDynamicBitmap>(std::move(bitmap), parseRect(element.text(SkinAttribute::center)),
+                                    static_cast<int32_t>(element.keywords(SkinAttribute::style)));
+    return bitmap;
+}
+
+UBitmapCollection* UIDescription::findBitmapCollection(std::string_view name) {
+    SkinElement* element = findIn(Section::resources, name, SkinType::bitmapcollection);
+    return element ? collectionOf(static_cast<ResourceElement&>(*element)) : nullptr;
+}
+
+UBitmapCollection* UIDescription::collectionOf(ResourceElement& element) {
+    if (!element.isCreated()) {
+        auto collection = make<UBitmapCollection>();
+        for (SkinElement* child : element.children())
+            if (isBitmap(child->type()))
+                if (UBitmap* bitmap = bitmapOf(static_cast<ResourceElement&>(*child)))
+                    collection->add(bitmap, child->name());
+        element.setObject(collection);
+    }
+    return static_cast<UBitmapCollection*>(element.object());
+}
+
+void UIDescription::preloadResources() {
+    if (std::exchange(resourcesLoaded_, true))
+        return;
+    std::vector<ResourceElement*> temporary;
+    if (SkinElement* resources = peekSection(Section::resources))
+        for (SkinElement* child : resources->children()) {
+            if (child->type() == SkinType::bitmapcollection)
+                collectionOf(static_cast<ResourceElement&>(*child));
+            if (!isBitmap(child->type()))
+                continue;
+            auto& element = static_cast<ResourceElement&>(*child);
+            bitmapOf(element);
+            if (child->data().find("temporary") != std::string_view::npos)
+                temporary.push_back(&element);
+        }
+    for (ResourceElement* element : temporary)
+        element->releaseObject();
+    if (SkinElement* preview = findIn(Section::header, "Preview-Bitmap", SkinType::bitmap))
+        bitmapOf(static_cast<ResourceElement&>(*preview));
+}
+
+} // namespace qorl
