@@ -6,6 +6,8 @@
 #include <qorl/Ref.h>
 
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qorl {
@@ -34,9 +36,8 @@ public:
 private:
     struct SubController {
         std::string name;
-        CmObject* object;
+        IController* controller;
         Ref<CmObject> owner;
-        Ref<IController> controller;
     };
 
     std::vector<SubController> subControllers_;

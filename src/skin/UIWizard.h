@@ -7,7 +7,6 @@
 #include "skin/UIDescription.h"
 #include "skin/UIDescriptionLoader.h"
 #include "skin/UIWizardVariable.h"
-#include "skin/ValueRegistry.h"
 
 #include <qorl/Ref.h>
 
@@ -26,7 +25,7 @@ class UView;
 ///
 /// The one road from the skin to the screen: windows, dialogs, popups and tool tips ask a wizard for a view
 /// by template name. Variables, conditions and the controller stack exist only during a build. What is
-/// missing is left out; what breaks a limit ends the build of that part with an error among `diagnostics`.
+/// missing is left out; what breaks a limit ends the build there, with an error among `diagnostics`.
 /// Threading: the user-interface thread; a build may call itself.
 class UIWizard : public CmObject {
     QORL_CLASS(UIWizard, CmObject)
@@ -68,44 +67,60 @@ public:
     void addListener(CmObject* listener);
     void removeListener(CmObject* listener);
 
-    /// `text` with all variables replaced. The result is good until the next call; it is `text` itself when
-    /// there are no variables.
     enum class Translate : uint8_t { no, yes };
+    /// `text` with all variables replaced: `text` itself when there are none, else a terminated text that is
+    /// good until the next call. With `Translate::yes` the texts of variables are looked up for the user.
     std::string_view substitute(std::string_view text, Translate translate = Translate::no);
 
     bool evaluate(std::string_view condition, IController* controller);
     void setCondition(std::string_view name);
     void clearCondition(std::string_view name);
     bool hasCondition(std::string_view name) const;
+    const std::vector<std::string>& conditions() const { return conditions_; }
 
-    /// A value by name or path, "../" leading to the enclosing controllers.
+    /// A value by name or path, "../" leading to the enclosing controllers. Null if there is none.
     Ref<Binding::Value> findValue(std::string_view name, IController* controller);
-    /// The controller at the end of a path; null when a step fails.
-    IController* findController(std::string_view path, IController* controller);
+    /// The controller that the steps of `path` lead to; null when one fails.
+    static IController* findController(std::string_view path, IController* controller);
     /// A scheme by class name, or "main" or "dialog".
-    UScheme* findScheme(std::string_view name);
+    static UScheme* findScheme(std::string_view name);
     /// A colour as skins write it, after substitution. False leaves `color` alone.
     bool findColor(std::string_view text, UColor& color);
 
-    /// What builds have found since the last `clearDiagnostics`: limits as errors, all else as warnings.
+    /// What builds have found since the last `clearDiagnostics`: broken limits as errors, all else as
+    /// warnings.
     const std::vector<Diagnostic>& diagnostics() const { return diagnostics_.all(); }
     void clearDiagnostics();
     void report(Severity severity, SourceMark mark, std::string text);
 
 private:
     friend class ViewBuilder;
-    friend class WizardScope;
+    friend class WizardVariables;
 
-    void push(Ref<UIWizardVariable> variable) { variables_.push_back(std::move(variable)); }
-    void pop() { variables_.pop_back(); }
+    /// Asks a controller, then the wizard.
+    class Conditions final : public ConditionNames {
+    public:
+        Conditions(UIWizard& wizard, IController* controller) : wizard_(wizard), controller_(controller) {}
+        bool isTrue(std::string_view name) override;
+
+    private:
+        UIWizard& wizard_;
+        IController* controller_;
+    };
+
     void useDocument();
 
-    UIDescriptionLoader loader_;
+    Conditions loadConditions_{*this, nullptr};
+    UIDescriptionLoader loader_{&loadConditions_};
     std::vector<Ref<UIWizardVariable>> variables_;
     std::string substitution_;
     std::vector<CmObject*> listeners_;
     std::vector<std::string> conditions_;
     DiagnosticList diagnostics_;
+    /// The element that is being built, for faults that show in its texts.
+    SourceMark place_;
+    /// A text grew without end: nothing is replaced until the next build.
+    bool substitutionBroken_ = false;
 };
 
 /// Makes `wizard` the global one for as long as the guard stands.
@@ -115,6 +130,14 @@ public:
     ~WizardScope();
     WizardScope(const WizardScope&) = delete;
     WizardScope& operator=(const WizardScope&) = delete;
+
+    static UIWizard* innermost() { return innermost_ ? innermost_->wizard_.get() : nullptr; }
+
+private:
+    Ref<UIWizard> wizard_;
+    WizardScope* outer_;
+
+    static constinit WizardScope* innermost_;
 };
 
 } // namespace qorl

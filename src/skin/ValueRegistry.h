@@ -20,45 +20,52 @@ class Value;
 
 /// The values of `valuedefine` elements, which no controller owns.
 ///
-/// A global value goes by its name alone, a local one by its name and the controller for which it was built;
-/// it goes when that controller goes. One registry for the process, which lasts as long. Threading: the
-/// user-interface thread.
+/// A global value goes by its name alone, a local one by its name and the controller that it was built for;
+/// it goes with that controller. One registry for the process. Threading: the user-interface thread.
 class ValueRegistry final : public CmObject {
     QORL_CLASS(ValueRegistry, CmObject)
 
 public:
-    ValueRegistry() = default;
+    ValueRegistry();
     ~ValueRegistry() override;
 
-    /// Null after the teardown.
+    /// Made on first use; null after the teardown.
     static ValueRegistry* instance();
+    /// The registry if it has been made.
+    static ValueRegistry* peek();
 
     /// Local before global. Not counted for the caller.
-    Binding::Value* find(std::string_view name, IController* controller);
-    /// The value that `element` defines under `name`. One that is there keeps its number and takes the
-    /// element's range and title.
-    void define(const SkinElement& element, std::string_view name, IController* controller);
-    /// Writes persistent values back and forgets all.
+    Binding::Value* find(std::string_view name, const IController* controller) const;
+    /// The value that `element` defines as `name`. One that is there keeps its number and takes the element's
+    /// range.
+    void define(const SkinElement& element, std::string_view name, const IController* controller);
+    /// `controller` is going away, and its local values with it.
+    void forget(const IController* controller);
+    /// Writes persistent values to the defaults store.
+    void storePersistent();
+    /// Stores what is persistent and drops all values.
     void clear();
-
-    void notify(CmObject* changedObject, int32_t message) override;
 
 private:
     struct Key {
-        std::string_view name;
-        const CmObject* controller;
+        std::string_view name; ///< Lies in the entry.
+        const IController* controller;
 
         friend bool operator==(const Key& a, const Key& b) = default;
     };
     struct KeyHash {
         size_t operator()(const Key& key) const;
     };
-    struct Entry;
+    struct Entry {
+        std::string name;
+        std::string persistence;
+        Ref<Binding::Value> value;
+    };
+    using Entries = std::unordered_map<Key, std::unique_ptr<Entry>, KeyHash>;
 
-    Ref<Binding::Value> create(const SkinElement& element);
-    void remove(Entry& entry);
-
-    std::unordered_map<Key, std::unique_ptr<Entry>, KeyHash> entries_;
+    Entries entries_;
+    size_t localCount_ = 0;
+    bool storesBeforeSave_ = false;
 };
 
 } // namespace qorl

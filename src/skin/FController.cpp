@@ -1,0 +1,76 @@
+#include "skin/FController.h"
+
+#include "binding/Value.h"
+#include "skin/ValueRegistry.h"
+
+#include <algorithm>
+
+namespace qorl {
+
+QORL_REGISTER(FController, "FController", CmObject, 0)
+QORL_REGISTER(UValueContainer, "UValueContainer", FController, 0)
+
+FController::FController() = default;
+
+FController::~FController() {
+    if (ValueRegistry* registry = ValueRegistry::peek())
+        registry->forget(this);
+}
+
+int32_t FController::handleMessage(FMessage* message) {
+    return CmObject::handleMessage(message);
+}
+
+Binding::Value* FController::getValue(const char*) {
+    return nullptr;
+}
+
+bool FController::getCondition(const char*) {
+    return false;
+}
+
+IController* FController::getSubController(const char* name) {
+    const auto found = std::ranges::find(subControllers_, std::string_view(name), &SubController::name);
+    return found == subControllers_.end() ? nullptr : found->controller;
+}
+
+void FController::setSubController(const char* name, CmObject* object, bool owned) {
+    const Ref<CmObject> handedOver = owned ? Ref<CmObject>::adopt(object) : nullptr;
+    std::erase_if(subControllers_, [name](const SubController& entry) { return entry.name == name; });
+    void* face = nullptr;
+    if (!object || object->queryInterface(IController::iid, &face) != Result::ok)
+        return;
+    auto* controller = static_cast<IController*>(face);
+    controller->release();
+    subControllers_.push_back({name, controller, handedOver});
+}
+
+UView* FController::createView(const ViewElement*, UIDescription*) {
+    return nullptr;
+}
+
+UView* FController::viewCreated(UView* view, const ViewElement*) {
+    return view;
+}
+
+void FController::templateCreated(UView*, const ViewElement*) {}
+
+UValueContainer::UValueContainer() = default;
+
+UValueContainer::~UValueContainer() = default;
+
+void UValueContainer::setValue(std::string_view name, Ref<Binding::Value> value) {
+    const auto found = std::ranges::find(values_, name, &std::pair<std::string, Ref<Binding::Value>>::first);
+    if (found != values_.end())
+        values_.erase(found);
+    if (value)
+        values_.emplace_back(name, std::move(value));
+}
+
+Binding::Value* UValueContainer::getValue(const char* name) {
+    const auto found = std::ranges::find(values_, std::string_view(name),
+                                         &std::pair<std::string, Ref<Binding::Value>>::first);
+    return found == values_.end() ? nullptr : found->second.get();
+}
+
+} // namespace qorl

@@ -1,0 +1,166 @@
+#include "skin/ValueRegistry.h"
+
+#include "binding/IntValue.h"
+#include "binding/StringValue.h"
+#include "foundation/Cast.h"
+#include "foundation/Singleton.h"
+#include "persistence/FDefaultPool.h"
+#include "skin/SizeExpression.h"
+#include "skin/SkinElement.h"
+
+namespace qorl {
+
+namespace {
+
+enum ValueType : int64_t { boolean = 0x65, integer = 0x66, scroll = 0x67, text = 0x68 };
+enum ValueScope : int64_t { local = 0xC9, global = 0xCA };
+
+constexpr int32_t standardMaximum = 100;
+constexpr ConstString persistentGroup("UGuiValues");
+
+constinit Singleton<ValueRegistry> registry;
+
+int32_t minimumOf(const SkinElement& element) {
+    return element.integer(SkinAttribute::min);
+}
+
+int32_t maximumOf(const SkinElement& element) {
+    return element.integer(SkinAttribute::max, standardMaximum);
+}
+
+int32_t defaultOf(const SkinElement& element) {
+    return parseInt(element.text(SkinAttribute::default_));
+}
+
+Ref<Binding::Value> createValue(const SkinElement& element) {
+    switch (element.keywords(SkinAttribute::type)) {
+    case boolean: {
+        auto value = make<Binding::Value>();
+        value->setValue(defaultOf(element));
+        return value;
+    }
+    case text: return make<Binding::StringValue>(ConstString(element.text(SkinAttribute::default_)));
+    case scroll: {
+        auto value = make<Binding::IntValue>(minimumOf(element), maximumOf(element));
+        value->setValue(defaultOf(element));
+        return value;
+    }
+    default: {
+        const int32_t standard =
+            element.has(SkinAttribute::default_) ? defaultOf(element) : minimumOf(element);
+        auto value = make<Binding::IntDefValue>(minimumOf(element), maximumOf(element), standard);
+        value->setValue(standard);
+        return value;
+    }
+    }
+}
+
+FAttributes* persistentValues() {
+    FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
+    FDefaults* group = pool ? pool->getGroup(persistentGroup) : nullptr;
+    return group ? &group->values() : nullptr;
+}
+
+void recall(Binding::Value& value, const std::string& key) {
+    FAttributes* stored = persistentValues();
+    if (!stored || !stored->contains(key))
+        return;
+    if (auto* textValue = cast<Binding::StringValue>(&value))
+        textValue->setString(stored->getString(key));
+    else
+        value.setValue(static_cast<int32_t>(stored->getInteger(key)));
+}
+
+void keep(Binding::Value& value, const std::string& key) {
+    FAttributes* stored = persistentValues();
+    if (!stored)
+        return;
+    if (auto* textValue = cast<Binding::StringValue>(&value))
+        stored->setString(key, textValue->getText());
+    else
+        stored->setInteger(key, value.getValue());
+}
+
+void storeBeforeSave() {
+    if (ValueRegistry* values = registry.peek())
+        values->storePersistent();
+}
+
+} // namespace
+
+ValueRegistry::ValueRegistry() = default;
+
+ValueRegistry::~ValueRegistry() = default;
+
+ValueRegistry* ValueRegistry::instance() {
+    return registry.get();
+}
+
+ValueRegistry* ValueRegistry::peek() {
+    return registry.peek();
+}
+
+size_t ValueRegistry::KeyHash::operator()(const Key& key) const {
+    return std::hash<std::string_view>()(key.name) ^ (reinterpret_cast<uintptr_t>(key.controller) >> 4);
+}
+
+Binding::Value* ValueRegistry::find(std::string_view name, const IController* controller) const {
+    if (controller && localCount_ > 0)
+        if (const auto found = entries_.find({name, controller}); found != entries_.end())
+            return found->second->value.get();
+    const auto found = entries_.find({name, nullptr});
+    return found == entries_.end() ? nullptr : found->second->value.get();
+}
+
+void ValueRegistry::define(const SkinElement& element, std::string_view name, const IController* controller) {
+    if (element.keywords(SkinAttribute::scope) != local)
+        controller = nullptr;
+    if (const auto found = entries_.find({name, controller}); found != entries_.end()) {
+        Binding::Value& value = *found->second->value;
+        if (!cast<Binding::IntValue>(&value))
+            return;
+        value.setMax(maximumOf(element));
+        value.setMin(minimumOf(element));
+        value.setDefault(defaultOf(element));
+        return;
+    }
+    auto entry = std::make_unique<Entry>();
+    entry->name = name;
+    entry->value = createValue(element);
+    entry->persistence = element.text(SkinAttribute::persistence);
+    if (!entry->persistence.empty()) {
+        recall(*entry->value, entry->persistence);
+        FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
+        if (pool && !std::exchange(storesBeforeSave_, true))
+            pool->addBeforeSaveCallback(&storeBeforeSave);
+    }
+    localCount_ += controller ? 1 : 0;
+    const Key key{entry->name, controller};
+    entries_.emplace(key, std::move(entry));
+}
+
+void ValueRegistry::forget(const IController* controller) {
+    if (localCount_ == 0)
+        return;
+    localCount_ -= std::erase_if(entries_, [controller](const Entries::value_type& item) {
+        if (item.first.controller != controller)
+            return false;
+        if (!item.second->persistence.empty())
+            keep(*item.second->value, item.second->persistence);
+        return true;
+    });
+}
+
+void ValueRegistry::storePersistent() {
+    for (const auto& [key, entry] : entries_)
+        if (!entry->persistence.empty())
+            keep(*entry->value, entry->persistence);
+}
+
+void ValueRegistry::clear() {
+    storePersistent();
+    entries_.clear();
+    localCount_ = 0;
+}
+
+} // namespace qorl

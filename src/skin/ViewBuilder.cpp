@@ -1,0 +1,192 @@
+#include "skin/ViewBuilder.h"
+
+#include "foundation/Cast.h"
+#include "foundation/TranslationTable.h"
+#include "graphics/UBitmap.h"
+#include "persistence/FAttributes.h"
+#include "skin/BuildScopes.h"
+#include "skin/ElementBuilders.h"
+#include "skin/SkinLimits.h"
+#include "views/UView.h"
+#include "views/containers/URowColumn.h"
+#include "views/controls/UControl.h"
+
+#include <algorithm>
+
+namespace qorl {
+
+/// One level further in, for as long as it stands. False at the limit.
+class ViewBuilder::Depth {
+public:
+    Depth(ViewBuilder& builder, const SkinElement& element) : builder_(builder) {
+        if (++builder.depth_ <= SkinLimits::buildDepth)
+            return;
+        builder.stop(element, "views stand more than " + std::to_string(SkinLimits::buildDepth) +
+                                  " deep in each other; a template that contains itself never ends");
+    }
+    ~Depth() { --builder_.depth_; }
+    Depth(const Depth&) = delete;
+    Depth& operator=(const Depth&) = delete;
+
+private:
+    ViewBuilder& builder_;
+};
+
+ViewBuilder::ViewBuilder(UIWizard& wizard, UIDescription& document)
+    : wizard_(wizard), document_(document), stepsLeft_(SkinLimits::buildSteps),
+      viewsLeft_(SkinLimits::builtViews) {}
+
+void ViewBuilder::stop(const SkinElement& element, std::string text) {
+    if (!stopped_)
+        wizard_.report(Severity::error, element.mark(), std::move(text));
+    stopped_ = true;
+}
+
+bool ViewBuilder::step(const SkinElement& element) {
+    if (--stepsLeft_ < 0)
+        stop(element, "the template is made of more than " + std::to_string(SkinLimits::buildSteps) +
+                          " elements and rounds");
+    wizard_.place_ = element.mark();
+    return !stopped_ && !wizard_.substitutionBroken_;
+}
+
+void ViewBuilder::warn(const SkinElement& element, std::string text) {
+    wizard_.report(Severity::warning, element.mark(), std::move(text));
+}
+
+String ViewBuilder::title(const SkinElement& element) {
+    if (const AttributeValue* plain = element.find(SkinAttribute::titleNT))
+        return String(ConstString(wizard_.substitute(plain->view())));
+    const AttributeValue* title = element.find(SkinAttribute::title);
+    if (!title || title->length == 0)
+        return String();
+    const ConstString key(title->view());
+    const ConstString translated = translate(key);
+    if (wizard_.variables_.empty())
+        return String(translated);
+    return String(ConstString(wizard_.substitute(translated.toUtf8(), UIWizard::Translate::yes)));
+}
+
+std::string_view ViewBuilder::text(const SkinElement& element, SkinAttribute attribute) {
+    return wizard_.substitute(element.text(attribute));
+}
+
+Ref<UBitmap> ViewBuilder::bitmap(const SkinElement& element, SkinAttribute attribute) {
+    const std::string_view name = text(element, attribute);
+    if (name.empty())
+        return nullptr;
+    UBitmap* found = document_.findBitmap(name);
+    if (!found)
+        warn(element, "no bitmap '" + std::string(name) + "' among the resources");
+    return retain(found);
+}
+
+bool ViewBuilder::color(const SkinElement& element, SkinAttribute attribute, UColor& color) {
+    const std::string_view name = element.text(attribute);
+    if (name.empty())
+        return false;
+    if (wizard_.findColor(name, color))
+        return true;
+    warn(element, "'" + std::string(name) + "' is no colour");
+    return false;
+}
+
+void ViewBuilder::nameMissingKind(const SkinElement& element) {
+    if (std::ranges::find(missingKinds_, element.type()) != missingKinds_.end())
+        return;
+    missingKinds_.push_back(element.type());
+    warn(element, "no view class stands for <" + std::string(nameOf(element.type())) +
+                      ">; a plain view takes the place of each");
+}
+
+// ---- Children.
+
+void ViewBuilder::buildChildren(const SkinElement& element, UView& parent, IController* controller) {
+    const Depth depth(*this, element);
+    for (SkinElement* child : element.children()) {
+        if (!step(*child))
+            return;
+        (this->*childBuildOf(child->type()))(*child, parent, controller);
+    }
+}
+
+void ViewBuilder::buildViewChild(const SkinElement& element, UView& parent, IController* controller) {
+    const auto& viewElement = static_cast<const ViewElement&>(element);
+    const Ref<UView> view = buildView(viewElement, parent, controller);
+    if (!view || element.children().empty())
+        return;
+    auto* row = cast<URowColumn>(view.get());
+    if (row)
+        row->setSuspended(true);
+    buildChildren(element, *view, controller);
+    if (row)
+        row->setSuspended(false);
+    if (viewElement.rect().isEmpty())
+        view->resizeToFit(0, 0);
+}
+
+// ---- Views.
+
+Ref<UView> ViewBuilder::buildView(const ViewElement& element, UView& parent, IController* controller) {
+    if (--viewsLeft_ < 0) {
+        stop(element, "the template makes more than " + std::to_string(SkinLimits::builtViews) + " views");
+        return nullptr;
+    }
+    const ElementBuilder& builder = elementBuilderOf(element.type());
+    Ref<Binding::Value> value;
+    if (builder.takesValue && !element.name().empty())
+        value = wizard_.findValue(element.name(), controller);
+    Ref<UView> view;
+    if (builder.build) {
+        view = builder.build({*this, element, controller, element.rect(), value.get()});
+    } else {
+        nameMissingKind(element);
+        view = make<UView>(element.rect(), title(element));
+    }
+    if (!view)
+        return nullptr;
+    view = finishView(element, std::move(view), controller);
+    if (view && !parent.addSubView(view))
+        return nullptr;
+    return view;
+}
+
+void ViewBuilder::applyTexts(const ViewElement& element, UView& view) {
+    std::string_view id = text(element, SkinAttribute::id);
+    if (id.empty())
+        id = wizard_.substitute(element.name());
+    if (!id.empty())
+        view.getItem().setName(id);
+    if (const AttributeValue* tip = element.find(SkinAttribute::tip)) {
+        const std::string translated = translate(ConstString(tip->view())).toUtf8();
+        view.setTooltip(ConstString(wizard_.substitute(translated, UIWizard::Translate::yes)));
+    }
+    const AttributeValue* command = element.find(SkinAttribute::command);
+    if (!command)
+        return;
+    const std::string whole(wizard_.substitute(command->view()));
+    const auto parts = splitList(whole);
+    if (parts.size() != 2) {
+        warn(element, "a command is a category and a name with | between them, not '" + whole + "'");
+        return;
+    }
+    view.getAttributes().setString("commandCategory", ConstString(parts[0]));
+    view.getAttributes().setString("commandName", ConstString(parts[1]));
+}
+
+Ref<UView> ViewBuilder::finishView(const ViewElement& element, Ref<UView> view, IController* controller) {
+    view->setSource(retain(&element.source()));
+    applyTexts(element, *view);
+    if (const uint32_t attach = element.attach())
+        view->setAttach(attach);
+    if (element.rect().isEmpty())
+        view->resizeToFit(0, 0);
+    if (element.focus() == ViewElement::Focus::none)
+        view->setFocusable(false);
+    if (!controller)
+        return view;
+    UView* looked = controller->viewCreated(view.get(), &element);
+    return looked == view.get() ? view : Ref<UView>::adopt(looked);
+}
+
+} // namespace qorl

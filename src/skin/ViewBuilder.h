@@ -1,0 +1,93 @@
+#pragma once
+
+#include "foundation/String.h"
+#include "graphics/UFont.h"
+#include "skin/IController.h"
+#include "skin/UIWizard.h"
+#include "skin/ViewElement.h"
+
+#include <qorl/Ref.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qorl {
+
+class UBaseView;
+class UBitmap;
+class UColor;
+
+/// One build of a template: walks the elements and makes their views.
+///
+/// What an element's view is made of stands with the element's family in `elements/`; here is what all have
+/// in common. A build never fails as a whole: what can't be made is left out, and at a limit the rest is.
+/// Threading: the user-interface thread.
+class ViewBuilder {
+public:
+    ViewBuilder(UIWizard& wizard, UIDescription& document);
+    ViewBuilder(const ViewBuilder&) = delete;
+    ViewBuilder& operator=(const ViewBuilder&) = delete;
+
+    /// A view with all that is in it. With `parentView`, that is filled and returned.
+    Ref<UView> buildTemplate(const ViewElement& element, IController* controller, UView* parentView);
+    void buildChildren(const SkinElement& element, UView& parent, IController* controller);
+    /// The view, which stands in `parent` already; null if the element makes none.
+    Ref<UView> buildView(const ViewElement& element, UView& parent, IController* controller);
+
+    // For the families of elements.
+
+    UIWizard& wizard() { return wizard_; }
+    UIDescription& document() { return document_; }
+    /// The title after substitution, translated unless it is given as `titleNT`.
+    String title(const SkinElement& element);
+    /// An attribute after substitution; terminated, good until the next call.
+    std::string_view text(const SkinElement& element, SkinAttribute attribute);
+    /// The bitmap that the attribute names; null without one.
+    Ref<UBitmap> bitmap(const SkinElement& element, SkinAttribute attribute);
+    /// False without the attribute, or when it holds no colour.
+    bool color(const SkinElement& element, SkinAttribute attribute, UColor& color);
+    /// What the enclosing `font` element says, null outside of one.
+    const UFont* font() const { return fonts_.empty() ? nullptr : &fonts_.back(); }
+    void warn(const SkinElement& element, std::string text);
+
+private:
+    using ChildBuild = void (ViewBuilder::*)(const SkinElement&, UView&, IController*);
+    class Depth;
+
+    static ChildBuild childBuildOf(SkinType type);
+
+    bool step(const SkinElement& element);
+    void stop(const SkinElement& element, std::string text);
+    void buildViewChild(const SkinElement& element, UView& parent, IController* controller);
+    void buildFrame(const SkinElement& element, UView& parent, IController* controller);
+    void buildVariant(const SkinElement& element, UView& parent, IController* controller);
+    void buildController(const SkinElement& element, UView& parent, IController* controller);
+    void buildFor(const SkinElement& element, UView& parent, IController* controller);
+    void buildSet(const SkinElement& element, UView& parent, IController* controller);
+    void buildMutable(const SkinElement& element, UView& parent, IController* controller);
+    void buildFont(const SkinElement& element, UView& parent, IController* controller);
+    void defineValue(const SkinElement& element, UView& parent, IController* controller);
+    void buildMutableContent(const SkinElement& element, UView& parent, IController* controller);
+    bool checkVariable(const SkinElement& element, const UIWizardVariable& variable);
+    UFont fontOf(const SkinElement& element);
+
+    Ref<UView> createTemplateView(const ViewElement& element);
+    Ref<UView> addBackground(const ViewElement& element, UView& view);
+    void addWallpaper(const ViewElement& element, UView& view, IController* controller);
+
+    Ref<UView> finishView(const ViewElement& element, Ref<UView> view, IController* controller);
+    void applyTexts(const ViewElement& element, UView& view);
+    void nameMissingKind(const SkinElement& element);
+
+    UIWizard& wizard_;
+    UIDescription& document_;
+    std::vector<UFont> fonts_;
+    std::vector<SkinType> missingKinds_;
+    int64_t stepsLeft_;
+    int32_t viewsLeft_;
+    int32_t depth_ = 0;
+    bool stopped_ = false;
+};
+
+} // namespace qorl

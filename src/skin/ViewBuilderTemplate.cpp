@@ -1,0 +1,142 @@
+#include "foundation/Cast.h"
+#include "graphics/UBitmap.h"
+#include "graphics/UColor.h"
+#include "schemes/GlobalSchemes.h"
+#include "skin/SizeExpression.h"
+#include "skin/ViewBuilder.h"
+#include "views/UBaseView.h"
+#include "views/controls/UImage.h"
+
+#include <optional>
+
+// What a `template` element makes: the view that a window, a popup or another view shows.
+namespace qorl {
+
+namespace {
+
+enum TemplateViewStyle : int64_t { focusController = 1, allowStripping = 2, alwaysResizeToContent = 4 };
+constexpr uint32_t remembersState = 0x7000;
+
+CmSize extentOr(CmPoint point, CmSize absent) {
+    return {point.x > 0 ? point.x : absent.width, point.y > 0 ? point.y : absent.height};
+}
+
+/// `sizelimit`, if it is given as numbers, else what `min-size` and `max-size` say.
+CmRect sizeLimits(const ViewElement& element) {
+    int32_t limits[4] = {UBaseView::noLimit, UBaseView::noLimit, UBaseView::largest, UBaseView::largest};
+    const std::string_view text = element.text(SkinAttribute::sizelimit);
+    SizeFields fields;
+    if (!text.empty() && parsePlainSize(text, fields)) {
+        parseInts(text, limits, 4);
+    } else {
+        const CmPoint least = element.point(SkinAttribute::minSize, {limits[0], limits[1]});
+        const CmPoint most = element.point(SkinAttribute::maxSize, {limits[2], limits[3]});
+        return {least.x, least.y, most.x, most.y};
+    }
+    return {limits[0], limits[1], limits[2], limits[3]};
+}
+
+} // namespace
+
+Ref<UView> ViewBuilder::createTemplateView(const ViewElement& element) {
+    auto view = make<UBaseView>(element.rect());
+    view->setTitle(title(element));
+    const uint32_t style = static_cast<uint32_t>(element.keywords(SkinAttribute::style));
+    if (style & remembersState)
+        view->setStateName(ConstString(element.name()), 0);
+    const int64_t viewStyle = element.keywords(SkinAttribute::viewStyle);
+    view->setBaseFlag(UBaseView::baseControllerFocus, viewStyle & focusController);
+    view->setBaseFlag(UBaseView::baseMayDissolve, viewStyle & allowStripping);
+    view->setBaseFlag(UBaseView::baseResizesWindow, viewStyle & alwaysResizeToContent);
+    return view;
+}
+
+Ref<UView> ViewBuilder::addBackground(const ViewElement& element, UView& view) {
+    const std::string name(text(element, SkinAttribute::background));
+    if (name.empty())
+        return nullptr;
+    UBitmap* bitmap = document_.findBitmap(name);
+    if (!bitmap) {
+        UColor color;
+        auto* base = cast<UBaseView>(&view);
+        if (!wizard_.findColor(name, color))
+            warn(element, "'" + name + "' is neither a bitmap nor a colour");
+        else if (base)
+            base->setBackgroundColor(color);
+        return nullptr;
+    }
+    const auto style = static_cast<uint32_t>(element.keywords(SkinAttribute::backgroundStyle));
+    // A background that scales or repeats fills the size that the template asks for.
+    const CmSize size =
+        style ? extentOr({element.width(), element.height()}, bitmap->getSize()) : bitmap->getSize();
+    auto image = make<UImage>(CmRect::ofSize({}, size), retain(bitmap), style);
+    if (style)
+        image->setAttach(viewAttachAll);
+    view.setFrame(CmRect::ofSize(view.getFrameRect().origin(), size), false);
+    view.addSubView(image);
+    return image;
+}
+
+void ViewBuilder::addWallpaper(const ViewElement& element, UView& view, IController* controller) {
+    const std::string name(text(element, SkinAttribute::wallpaper));
+    if (name.empty())
+        return;
+    const ViewElement* wallpaper = document_.findTemplate(name);
+    const Ref<UView> built = wallpaper ? buildTemplate(*wallpaper, controller, nullptr) : nullptr;
+    if (!built) {
+        warn(element, "no template '" + name + "' for the wallpaper");
+        return;
+    }
+    built->setFrame(view.getClientBounds(), false);
+    built->setAttach(viewAttachAll);
+    view.insertSubView(0, built);
+}
+
+Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* controller,
+                                      UView* parentView) {
+    if (!step(element))
+        return nullptr;
+    Ref<UView> view = parentView ? retain(parentView) : createTemplateView(element);
+    if (parentView) {
+        parentView->setFrame(element.rect(), false);
+        parentView->setTitle(title(element));
+    }
+    view->setSource(retain(&element.source()));
+    if (!element.name().empty())
+        view->getItem().setName(wizard_.substitute(element.name()));
+    auto* base = cast<UBaseView>(view.get());
+    if (base) {
+        base->setWindowStyle(static_cast<uint32_t>(element.keywords(SkinAttribute::style)));
+        base->setWindowSizeLimits(sizeLimits(element));
+    }
+    const std::string data(text(element, SkinAttribute::data));
+    if (!data.empty() && controller)
+        if (IController* inner = controller->getSubController(data.c_str()))
+            controller = inner;
+    UScheme* scheme = element.has(SkinAttribute::scheme)
+                          ? UIWizard::findScheme(text(element, SkinAttribute::scheme))
+                          : nullptr;
+    std::optional<CurrentScheme> current;
+    if (scheme) {
+        current.emplace(scheme);
+        if (base)
+            base->setScheme(scheme);
+    }
+    std::vector<UFont> outerFonts;
+    outerFonts.swap(fonts_);
+    const Ref<UView> background = addBackground(element, *view);
+    buildChildren(element, background ? *background : *view, controller);
+    outerFonts.swap(fonts_);
+    if (element.rect().isEmpty() && !background)
+        view->resizeToFit(0, 0);
+    addWallpaper(element, *view, controller);
+    if (const uint32_t attach = element.attach())
+        view->setAttach(attach);
+    if (base && !parentView)
+        base->setController(castToCmObject(controller));
+    if (controller)
+        controller->templateCreated(view.get(), &element);
+    return view;
+}
+
+} // namespace qorl
