@@ -82,7 +82,9 @@ bool FNPath::createFolders() const {
 }
 
 uint64_t FNPath::getSerial() const {
-    return infoOf(*this).serial;
+    platform::FileInfo info;
+    platform::getFileInfo(toUtf8(), info);
+    return info.serial;
 }
 void FNPath::setLocation(FolderKind kind) {
     location_ = kind;
