@@ -2,6 +2,7 @@
 
 #include "foundation/ClassMacros.h"
 #include "foundation/FObject.h"
+
 #include <qorl/Ref.h>
 
 #include <string>

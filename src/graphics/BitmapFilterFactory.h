@@ -4,6 +4,7 @@
 #include "foundation/FObject.h"
 #include "graphics/GraphicsImage.h"
 #include "graphics/UColor.h"
+
 #include <qorl/Ref.h>
 
 #include <string_view>

@@ -2,6 +2,7 @@
 
 #include "graphics/DrawTypes.h"
 #include "graphics/LineStyle.h"
+
 #include <qorl/FInterface.h>
 #include <qorl/Ref.h>
 

@@ -2,6 +2,7 @@
 
 #include "foundation/ClassMacros.h"
 #include "graphics/GraphicsImage.h"
+
 #include <qorl/FInterface.h>
 
 namespace qorl {

@@ -4,6 +4,7 @@
 #include "foundation/ConstString.h"
 #include "foundation/FObject.h"
 #include "graphics/DrawTypes.h"
+
 #include <qorl/Ref.h>
 
 #include <string>

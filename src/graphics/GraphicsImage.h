@@ -4,6 +4,7 @@
 #include "foundation/FObject.h"
 #include "graphics/DrawTypes.h"
 #include "platform/PixelSurface.h"
+
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
 

@@ -3,6 +3,7 @@
 #include "foundation/ClassMacros.h"
 #include "foundation/FObject.h"
 #include "graphics/DrawBackEnd.h"
+
 #include <qorl/Geometry.h>
 
 namespace qorl {

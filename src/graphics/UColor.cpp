@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 namespace qorl {
 
@@ -235,8 +236,8 @@ const char* UColor::standardName(int32_t index) {
     return index >= 0 && index < standardColorCount ? standardColorTable[index].name : nullptr;
 }
 
-void UColor::setNamedColorLookup(NamedColorLookup lookup) {
-    namedColorLookup = lookup;
+NamedColorLookup UColor::setNamedColorLookup(NamedColorLookup lookup) {
+    return std::exchange(namedColorLookup, lookup);
 }
 
 } // namespace qorl

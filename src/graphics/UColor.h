@@ -121,8 +121,8 @@ public:
     /// Null when out of range.
     static const char* standardName(int32_t index);
 
-    /// Replaces the look-up of names beyond the standard table; null for none.
-    static void setNamedColorLookup(NamedColorLookup lookup);
+    /// Replaces the look-up of names beyond the standard table; null for none. Gives the one before.
+    static NamedColorLookup setNamedColorLookup(NamedColorLookup lookup);
 
 private:
     uint16_t red_ = 0;

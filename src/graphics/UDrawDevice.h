@@ -9,6 +9,7 @@
 #include "graphics/UBrush.h"
 #include "graphics/UFont.h"
 #include "graphics/UPen.h"
+
 #include <qorl/Geometry.h>
 
 #include <span>

@@ -2,6 +2,7 @@
 
 #include "graphics/GraphicsFont.h"
 #include "graphics/UColor.h"
+
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
 

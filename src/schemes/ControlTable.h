@@ -2,6 +2,7 @@
 
 #include "foundation/ConstString.h"
 #include "schemes/SchemeKeys.h"
+
 #include <qorl/Geometry.h>
 
 namespace qorl {

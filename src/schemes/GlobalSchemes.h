@@ -1,6 +1,7 @@
 #pragma once
 
 #include "schemes/UScheme.h"
+
 #include <qorl/Ref.h>
 
 namespace qorl {

@@ -10,6 +10,7 @@
 #include "schemes/SchemeEntry.h"
 #include "schemes/SchemeKeys.h"
 #include "schemes/USkinColorEntry.h"
+
 #include <qorl/Geometry.h>
 
 #include <array>

@@ -1,0 +1,85 @@
+#include "graphics/GraphicsFactory.h"
+#include "graphics/UFont.h"
+#include "support/TestGraphics.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace qorl {
+
+namespace {
+
+using Arguments = std::vector<std::string_view>;
+
+class BackEndSelection : public ::testing::Test {
+protected:
+    void SetUp() override {
+        shutdownGraphics();
+        reopenGraphics();
+    }
+    void TearDown() override { SetUp(); }
+};
+
+TEST_F(BackEndSelection, FollowsTheCommandLineForTwoNamesOnly) {
+    struct SelectionCase {
+        Arguments arguments;
+        const char* selected;
+    };
+    const SelectionCase cases[] = {
+        {{}, "Cairo"},
+        {{"program", "--gfxbackend", "D2D"}, "D2D"},
+        {{"program", "--gfxbackend", "GDI"}, "GDI"},
+        {{"program", "--gfxbackend", "GDI+"}, "Cairo"},
+        {{"program", "--gfxbackend", "xyz"}, "Cairo"},
+        {{"program", "--gfxbackend", "d2d"}, "Cairo"},
+        {{"program", "--gfxbackend"}, "Cairo"},
+    };
+    for (const auto& c : cases) {
+        SetUp();
+        EXPECT_TRUE(selectGraphicsBackendByArguments(c.arguments));
+        EXPECT_EQ(getGraphicsBackendName(), c.selected);
+        EXPECT_NE(getGraphicsFactory(), nullptr);
+    }
+}
+
+TEST_F(BackEndSelection, IsFinal) {
+    EXPECT_EQ(getGraphicsFactory(), nullptr);
+    EXPECT_TRUE(selectGraphicsBackend("default"));
+    const GraphicsFactory* first = getGraphicsFactory();
+    EXPECT_TRUE(selectGraphicsBackend("Cairo"));
+    EXPECT_FALSE(selectGraphicsBackend("GDI"));
+    EXPECT_EQ(getGraphicsFactory(), first);
+    EXPECT_EQ(getGraphicsBackendName(), "Cairo");
+}
+
+TEST_F(BackEndSelection, IsRefusedAfterTheShutdown) {
+    ASSERT_TRUE(selectGraphicsBackend("default"));
+    shutdownGraphics();
+    EXPECT_EQ(getGraphicsFactory(), nullptr);
+    EXPECT_EQ(getGraphicsBackendName(), "");
+    EXPECT_FALSE(selectGraphicsBackend("default"));
+}
+
+TEST_F(BackEndSelection, FontsFollowTheFactory) {
+    const UFont font(12);
+    EXPECT_EQ(font.getFace(), nullptr);
+    EXPECT_EQ(font.getStringWidth(ConstString("four")), 48) << "estimated: characters times size";
+    EXPECT_EQ(font.getMetrics().lineHeight, 10);
+    ASSERT_TRUE(selectGraphicsBackend("default"));
+    const GraphicsFont* first = font.getFace();
+    ASSERT_NE(first, nullptr);
+    EXPECT_LT(font.getStringWidth(ConstString("four")), 48);
+    shutdownGraphics();
+    EXPECT_EQ(font.getFace(), nullptr) << "a font of a factory that is gone";
+}
+
+TEST_F(BackEndSelection, ReadsTheResolutionAwareness) {
+    EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness", "monitor"}), DpiAwareness::monitor);
+    EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness", "system"}), DpiAwareness::system);
+    EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness", "other"}), DpiAwareness::none);
+    EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness"}), DpiAwareness::none);
+}
+
+} // namespace
+
+} // namespace qorl
