@@ -1,5 +1,7 @@
 #include "graphics/UColor.h"
 
+#include <qorl/Ref.h>
+
 #include <gtest/gtest.h>
 
 namespace qorl {
