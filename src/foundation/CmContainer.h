@@ -94,9 +94,10 @@ protected:
             object->addRef();
     }
     void give(CmObject* object) const {
-        if (ownership_ == Ownership::adopt || ownership_ == Ownership::share)
+        if (owns())
             object->release();
     }
+    bool owns() const { return ownership_ == Ownership::adopt || ownership_ == Ownership::share; }
 
     int32_t size_ = 0;
     Ownership ownership_ = Ownership::none;

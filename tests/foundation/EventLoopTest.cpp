@@ -39,6 +39,7 @@ protected:
     void SetUp() override {
         desktop = new platform::HeadlessDesktop;
         ASSERT_TRUE(platform::start(desktop));
+        ASSERT_NE(UpdateHandler::instance(), nullptr);
         loop.emplace();
     }
     void TearDown() override {

@@ -75,12 +75,20 @@ TEST(FThread, KeepsItsPriorityWithinTheTable) {
 }
 
 TEST(FThread, CanBeEndedWhenItDoesNotAnswer) {
-    Worker worker;
-    ASSERT_TRUE(worker.start());
-    worker.entered.wait();
-    worker.terminate();
-    EXPECT_EQ(worker.getHandle(), 0u);
-    EXPECT_TRUE(worker.join(0));
+    struct Stubborn : FThread {
+        Stubborn() : FThread("Stubborn") {}
+        uint32_t run() override {
+            entered.set();
+            while (true)
+                std::this_thread::yield();
+        }
+        platform::Event entered{platform::Reset::manual};
+    } thread;
+    ASSERT_TRUE(thread.start());
+    thread.entered.wait();
+    thread.terminate();
+    EXPECT_EQ(thread.getHandle(), 0u);
+    EXPECT_TRUE(thread.join(0));
 }
 
 TEST(FThread, TellsItsObserverOfItsLife) {
