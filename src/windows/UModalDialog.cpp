@@ -1,5 +1,7 @@
 #include "windows/UModalDialog.h"
 
+#include "foundation/Cast.h"
+#include "views/controls/UControl.h"
 #include "windows/UDesktop.h"
 
 namespace qorl {
@@ -10,13 +12,46 @@ UModalDialog::UModalDialog(const CmRect& frame, uint32_t style, const ConstStrin
     center();
 }
 
+bool UModalDialog::show() {
+    if (!defaultControl_)
+        defaultControl_ = cast<UControl>(findSubView(viewsWhere([](UView* view) {
+            const auto* control = cast<UControl>(view);
+            return control && control->isDefaultControl();
+        })));
+    if (!UWindow::show())
+        return false;
+    if (UDesktop* desktop = UDesktop::instance(); desktop && defaultControl_ && !getFocusView())
+        desktop->setFocus(defaultControl_);
+    return true;
+}
+
 bool UModalDialog::keyDown(const UKeyCode& key) {
     const bool isPlain = key.modifiers == 0;
+    if (isPlain && key.isEnter() && pressDefaultControl())
+        return true;
     if (isPlain && key.virtualKey == Key::escape) {
         closeDeferred(CloseReason::canceled);
         return true;
     }
     return UWindow::keyDown(key);
+}
+
+bool UModalDialog::pressDefaultControl() {
+    if (!defaultControl_ || !defaultControl_->isEnabled())
+        return false;
+    const Ref<Binding::Value> value = retain(defaultControl_->getValueObject());
+    Binding::IBoundValue* bound = value->bound();
+    if (!bound->isEnabled())
+        return false;
+    bound->setValueAndPerform(bound->getMax());
+    bound->setValueAndPerform(bound->getMin());
+    return true;
+}
+
+void UModalDialog::viewClosing(UView* view) {
+    if (view == defaultControl_)
+        defaultControl_ = nullptr;
+    UWindow::viewClosing(view);
 }
 
 void UModalDialog::endModal(int32_t result) {

@@ -128,7 +128,7 @@ public:
     /// Null while the window is not open.
     platform::PlatformWindow* getPlatformWindow() const;
     /// Drops hover, focus, cursor and tool tip of a view that leaves the tree. Called by the view.
-    void viewClosing(UView* view);
+    virtual void viewClosing(UView* view);
     void registerDirectPaintView(UView* view);
     void unregisterDirectPaintView(UView* view);
 
@@ -243,6 +243,10 @@ private:
     void showOnPlatform();
     void restoreStoredState();
     void storeStateAtClose();
+    void restoreLook(FAttributes& stored);
+    void storeLook(FAttributes& attributes);
+    /// Where the window is when it is neither minimized nor maximized.
+    CmRect normalFrame() const;
     void leaveLists();
     void changeState(WindowState state);
     void tellState(const char* message, bool on);

@@ -112,6 +112,13 @@ void UWindow::placeForOpening() {
 }
 
 void UWindow::showOnPlatform() {
+    const UDesktop* desktop = UDesktop::instance();
+    const bool isPutOff =
+        desktop && desktop->hasDesktopFlag(UDesktop::focusFrozen | UDesktop::restoringLayout);
+    if (hasWindowFlag(restoreMaximized) && !isPutOff) {
+        setWindowFlag(restoreMaximized, false);
+        core_->windowState = WindowState::maximized;
+    }
     uint32_t flags = platform::showDefault;
     if (hasStyle(styleNoActivate))
         flags |= platform::showWithoutActivation;

@@ -1,0 +1,242 @@
+#include "foundation/FMessage.h"
+#include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
+#include "windows/UDocWindow.h"
+#include "windows/UModalDialog.h"
+#include "windows/UPopupWindow.h"
+#include "windows/UToolTipHandler.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using testing::CallLog;
+using ::testing::ElementsAre;
+using testing::HeadlessShell;
+using ::testing::IsEmpty;
+using testing::ProbeController;
+using testing::ProbeView;
+
+class PopupTest : public ::testing::Test {
+protected:
+    PopupTest() {
+        under = make<ProbeView>(CmRect{0, 0, 400, 300}, "under", &log);
+        shell.window().addSubView(under);
+        shell.settle();
+    }
+
+    Ref<UPopupWindow> open(uint32_t flags) {
+        auto popup = make<UPopupWindow>(CmRect{600, 100, 700, 200}, 0U, ConstString());
+        popup->addSubView(make<ProbeView>(CmRect{0, 0, 100, 100}, "inside", &log));
+        popup->setWindowFlag(flags, true);
+        shell.open(*popup);
+        log.clear();
+        return popup;
+    }
+
+    CallLog log;
+    HeadlessShell shell;
+    Ref<ProbeView> under;
+};
+
+TEST_F(PopupTest, ConsumesTheOutsideClickThatClosesIt) {
+    const Ref<UPopupWindow> popup = open(UPopupWindow::closesOnOutsideClick);
+    EXPECT_EQ(shell.desktop().getOpenPopup(), popup.get());
+    shell.press({20, 20});
+    EXPECT_FALSE(popup->isOpen());
+    EXPECT_THAT(log, IsEmpty());
+    shell.release();
+    log.clear();
+    shell.press({20, 20});
+    EXPECT_THAT(log, ElementsAre("under.mouseDown 20,20")) << "the next one reaches the view again";
+}
+
+TEST_F(PopupTest, LetsTheClickThroughWithoutThatFlag) {
+    const Ref<UPopupWindow> popup = open(0);
+    shell.press({20, 20});
+    EXPECT_TRUE(popup->isOpen());
+    EXPECT_THAT(log, ElementsAre("under.mouseDown 20,20"));
+}
+
+TEST_F(PopupTest, StaysOpenForAClickInside) {
+    const Ref<UPopupWindow> popup = open(UPopupWindow::closesOnOutsideClick);
+    shell.aim(*popup);
+    shell.press({20, 20});
+    EXPECT_TRUE(popup->isOpen());
+    EXPECT_TRUE(popup->lastClickInside());
+    EXPECT_THAT(log, ElementsAre("inside.mouseDown 20,20"));
+}
+
+TEST_F(PopupTest, GoesWithAnyClickInsideWhenToldSo) {
+    const Ref<UPopupWindow> popup = open(UPopupWindow::closesOnAnyClick);
+    shell.aim(*popup);
+    shell.press({20, 20});
+    EXPECT_FALSE(popup->isOpen());
+    EXPECT_THAT(log, IsEmpty()) << "the click is spent on closing";
+}
+
+TEST_F(PopupTest, GoesByItselfWhenItsLifetimeIsOver) {
+    const Ref<UPopupWindow> popup = open(0);
+    popup->setLifetime(300);
+    shell.advance(299);
+    EXPECT_TRUE(popup->isOpen());
+    shell.advance(1);
+    EXPECT_FALSE(popup->isOpen());
+
+    const Ref<UPopupWindow> lasting = open(0);
+    lasting->setLifetime(300);
+    lasting->setLifetime(0);
+    shell.advance(1000);
+    EXPECT_TRUE(lasting->isOpen()) << "less than 1 takes the lifetime back";
+    EXPECT_FALSE(lasting->hasWindowFlag(UPopupWindow::lifetimeRunning));
+}
+
+TEST(UModalDialog, RunsUntilItIsAnsweredAndKeepsInputFromOthers) {
+    CallLog log;
+    HeadlessShell shell{make<ProbeView>(CmRect{0, 0, 400, 300}, "under", &log)};
+    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    auto button = make<ProbeView>(CmRect{0, 0, 50, 50}, "ok", &log);
+    UModalDialog* open = dialog.get();
+    button->during = [&](const std::string& call) {
+        if (call == "mouseDown")
+            open->endModal(7);
+    };
+    dialog->addSubView(button);
+
+    shell.postPress({20, 20});
+    shell.postRelease();
+    shell.platform().postCall([&] {
+        EXPECT_TRUE(shell.desktop().isModal());
+        const CmPoint at = open->clientToScreen({10, 10});
+        shell.platform().postMouseMove(at);
+        shell.platform().postButtonDown(platform::leftButton);
+        shell.platform().postButtonUp(platform::leftButton);
+    });
+    EXPECT_EQ(shell.desktop().runModal(dialog.get()), 7);
+    EXPECT_FALSE(shell.desktop().isModal());
+    EXPECT_FALSE(open->isOpen());
+    ASSERT_FALSE(log.empty());
+    EXPECT_EQ(log.front(), "ok.mouseDown 10,10") << "the press on the window behind went nowhere";
+}
+
+TEST(UModalDialog, IsCentredAndCanceledByEscape) {
+    HeadlessShell shell;
+    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    const Ref<ProbeController> controller = make<ProbeController>();
+    dialog->setController(controller.get());
+    CmRect frame;
+    shell.platform().postCall([&] { frame = dialog->getFrameRect(); });
+    shell.postKey("Esc");
+    EXPECT_EQ(shell.desktop().runModal(dialog.get()), UModalDialog::canceledResult);
+    EXPECT_NE(frame.origin(), (CmPoint{0, 0}));
+    EXPECT_EQ(controller->messages.back(), "Window Canceled");
+}
+
+TEST(UModalDialog, EndsWhenNothingCanEverComeAnyMore) {
+    HeadlessShell shell;
+    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    EXPECT_EQ(shell.desktop().runModal(dialog.get()), UModalDialog::canceledResult);
+    EXPECT_FALSE(dialog->isOpen());
+}
+
+TEST(UModalDialog, RunsInsideAPressWithoutHoldingTheMouse) {
+    HeadlessShell shell;
+    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    auto opener = make<ProbeView>(CmRect{0, 0, 50, 50}, "opener");
+    bool wasCapturing = true;
+    opener->during = [&](const std::string& call) {
+        if (call != "mouseDown")
+            return;
+        shell.platform().postCall([&] { wasCapturing = shell.platform().isCapturing(); });
+        shell.postKey("Esc");
+        shell.desktop().runModal(dialog.get());
+    };
+    shell.window().addSubView(opener);
+    shell.postPress({10, 10});
+    shell.settle();
+    EXPECT_FALSE(dialog->isOpen());
+    EXPECT_FALSE(wasCapturing);
+}
+
+TEST(UDesktop, KeepsTheCursorOfTheHoveredViewUnderTheWaitCursor) {
+    HeadlessShell shell;
+    UDesktop& desktop = shell.desktop();
+    auto view = make<ProbeView>(CmRect{0, 0, 50, 50}, "view");
+    shell.window().addSubView(view);
+    const auto shown = [&] { return static_cast<platform::CursorShape>(shell.platform().getShownCursor()); };
+
+    desktop.setCursor(UCursor::find("beam"), view.get());
+    EXPECT_EQ(shown(), platform::CursorShape::beam);
+    desktop.setWaitCursor(true);
+    EXPECT_EQ(shown(), platform::CursorShape::wait);
+    desktop.setCursor(UCursor::find("cross"), view.get());
+    EXPECT_EQ(shown(), platform::CursorShape::wait);
+    desktop.setWaitCursor(false);
+    EXPECT_EQ(shown(), platform::CursorShape::cross);
+
+    desktop.pushCursor(UCursor::find("movehand"), view.get());
+    EXPECT_EQ(shown(), platform::CursorShape::movingHand);
+    EXPECT_TRUE(desktop.popCursor());
+    EXPECT_EQ(shown(), platform::CursorShape::cross);
+    EXPECT_FALSE(desktop.popCursor());
+
+    shell.window().removeSubView(view.get());
+    EXPECT_EQ(shown(), platform::CursorShape::arrow) << "the cursor goes with its owner";
+    EXPECT_EQ(desktop.getCursorOwner(), nullptr);
+}
+
+TEST(UCursor, FindsStandardShapesByName) {
+    EXPECT_EQ(UCursor::find("pencil"), UCursor::find("pointhand"));
+    EXPECT_EQ(UCursor::find("split-vertical"), UCursor::find("size-vertical"));
+    EXPECT_NE(UCursor::find("size-vertical"), UCursor::find("size-horizontal"));
+    EXPECT_EQ(UCursor::find("Arrow"), nullptr);
+    EXPECT_EQ(UCursor::find(""), nullptr);
+    UCursor::releaseStandardCursors();
+}
+
+TEST(UToolTipHandler, FollowsTheViewUnderTheMouse) {
+    HeadlessShell shell;
+    UToolTipHandler& tips = shell.desktop().toolTips();
+    auto outer = make<ProbeView>(CmRect{0, 0, 200, 200}, "outer");
+    auto inner = make<ProbeView>(CmRect{50, 50, 100, 100}, "inner");
+    auto plain = make<ProbeView>(CmRect{0, 0, 20, 20}, "plain");
+    outer->setTooltip(ConstString("outer tip"));
+    inner->setTooltip(ConstString("inner tip"));
+    outer->addSubView(inner);
+    inner->addSubView(plain);
+    shell.window().addSubView(outer);
+
+    shell.move({10, 10});
+    EXPECT_EQ(tips.getView(), outer.get());
+    shell.move({60, 60});
+    EXPECT_EQ(tips.getView(), inner.get()) << "a view without a tip leaves it to the one below";
+    EXPECT_EQ(tips.getText(), ConstString("inner tip"));
+    outer->removeSubView(inner.get());
+    EXPECT_EQ(tips.getView(), nullptr) << "a tip goes with its view";
+    shell.move({300, 250});
+    EXPECT_EQ(tips.getView(), nullptr);
+    tips.setEnabled(false);
+    shell.move({10, 10});
+    EXPECT_EQ(tips.getView(), nullptr);
+}
+
+TEST(UDesktop, StacksWindowsByActivation) {
+    HeadlessShell shell;
+    Ref<UWindow> second =
+        make<UDocWindow>(CmRect{150, 100, 450, 300}, styleWindowPreset, ConstString("Second"));
+    shell.open(*second);
+    UDesktop& desktop = shell.desktop();
+    EXPECT_EQ(desktop.frontWindow(WindowType::document), second.get());
+    EXPECT_EQ(desktop.windowAt({200, 150}), second.get());
+    shell.click({5, 5});
+    EXPECT_EQ(desktop.activeWindow(), &shell.window());
+    EXPECT_EQ(desktop.windowAt({200, 150}), &shell.window());
+    EXPECT_EQ(desktop.windowAt({1900, 1000}), nullptr);
+}
+
+} // namespace
+
+} // namespace qorl

@@ -1,0 +1,207 @@
+#include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
+#include "views/ViewDevice.h"
+#include "windows/UDocWindow.h"
+#include "windows/URenderWindow.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using ::testing::ElementsAre;
+using testing::HeadlessShell;
+using ::testing::IsEmpty;
+using testing::ProbeView;
+
+constexpr uint32_t red = 0xFFFF0000;
+constexpr uint32_t green = 0xFF00FF00;
+
+/// Keeps the rects that it was asked to draw.
+class PaintedView : public UView {
+    QORL_CLASS(PaintedView, UView)
+
+public:
+    using UView::UView;
+
+    std::vector<CmRect> drawn;
+
+    bool drawContent(const CmRect& rect) override {
+        drawn.push_back(rect);
+        return true;
+    }
+};
+
+class PaintTest : public ::testing::Test {
+protected:
+    PaintTest() {
+        view = make<PaintedView>(CmRect{0, 0, 400, 300});
+        shell.window().addSubView(view);
+        shell.settle();
+        view->drawn.clear();
+    }
+
+    HeadlessShell shell;
+    Ref<PaintedView> view;
+};
+
+TEST_F(PaintTest, DrawsASmallRegionAsOneBoxAndALargeOneRectByRect) {
+    struct Case {
+        const char* what;
+        CmRect first;
+        CmRect second;
+        std::vector<CmRect> drawn;
+    };
+    const Case cases[] = {
+        {"a box of 70 x 10", {0, 0, 10, 10}, {60, 0, 70, 10}, {{0, 0, 70, 10}}},
+        {"a box of 210 x 210", {0, 0, 10, 10}, {200, 200, 210, 210}, {{0, 0, 10, 10}, {200, 200, 210, 210}}},
+        {"just below the limit", {0, 0, 1, 99}, {100, 0, 101, 99}, {{0, 0, 101, 99}}},
+        {"at the limit", {0, 0, 1, 100}, {99, 0, 100, 100}, {{0, 0, 1, 100}, {99, 0, 100, 100}}},
+        {"two that overlap", {0, 0, 100, 200}, {0, 100, 100, 300}, {{0, 0, 100, 300}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        view->drawn.clear();
+        view->invalidate(c.first);
+        view->invalidate(c.second);
+        EXPECT_THAT(view->drawn, IsEmpty()) << "nothing is painted before the paint event";
+        shell.settle();
+        EXPECT_EQ(view->drawn, c.drawn);
+    }
+}
+
+TEST_F(PaintTest, PaintsAtOnceOnlyWhenUpdated) {
+    view->invalidate({10, 10, 20, 20});
+    shell.window().update();
+    EXPECT_THAT(view->drawn, ElementsAre(CmRect{10, 10, 20, 20}));
+    shell.settle();
+    EXPECT_EQ(view->drawn.size(), 1U) << "nothing is left for the paint event";
+}
+
+TEST_F(PaintTest, InvalidatesNothingThatCannotBeSeen) {
+    auto inner = make<PaintedView>(CmRect{350, 250, 500, 400});
+    view->addSubView(inner);
+    shell.settle();
+    view->drawn.clear();
+    EXPECT_TRUE(inner->invalidate({0, 0, 150, 150}));
+    shell.settle();
+    EXPECT_THAT(view->drawn, ElementsAre(CmRect{350, 250, 400, 300})) << "cut at the parent";
+    inner->hide();
+    shell.settle();
+    view->drawn.clear();
+    EXPECT_FALSE(inner->invalidate({0, 0, 10, 10}));
+    shell.settle();
+    EXPECT_THAT(view->drawn, IsEmpty());
+}
+
+TEST_F(PaintTest, TellsListenersTheBoundingBoxAroundThePaint) {
+    struct Listener : WindowPaintListener {
+        std::vector<CmRect> bounds;
+        PaintedView* view = nullptr;
+        std::vector<size_t> painted;
+        void windowPaint(UWindow*, const CmRect& rect) override {
+            bounds.push_back(rect);
+            painted.push_back(view->drawn.size());
+        }
+    };
+    Listener before;
+    Listener after;
+    before.view = after.view = view.get();
+    shell.window().addPrePaintListener(&before);
+    shell.window().addPaintListener(&after);
+    view->invalidate({0, 0, 10, 10});
+    view->invalidate({200, 200, 210, 210});
+    shell.settle();
+    EXPECT_THAT(before.bounds, ElementsAre(CmRect{0, 0, 210, 210}));
+    EXPECT_THAT(before.painted, ElementsAre(0U));
+    EXPECT_THAT(after.painted, ElementsAre(2U));
+    shell.window().removePrePaintListener(&before);
+    shell.window().removePaintListener(&after);
+}
+
+TEST_F(PaintTest, RepaintsAPaneThatCoversTheRectWithoutItsAncestors) {
+    auto pane = make<PaintedView>(CmRect{100, 100, 300, 250});
+    pane->setFlag(viewDirectPaint, true);
+    auto content = make<PaintedView>(CmRect{0, 0, 200, 150});
+    pane->addSubView(content);
+    view->addSubView(pane);
+    shell.settle();
+    view->drawn.clear();
+    content->drawn.clear();
+    content->invalidate({10, 10, 30, 30});
+    shell.settle();
+    EXPECT_THAT(content->drawn, ElementsAre(CmRect{10, 10, 30, 30}));
+    EXPECT_THAT(view->drawn, IsEmpty());
+    view->invalidate({90, 110, 130, 130});
+    shell.settle();
+    EXPECT_EQ(view->drawn.size(), 1U) << "a rect that the pane does not cover goes the usual way";
+    view->removeSubView(pane.get());
+    pane.reset();
+    shell.settle();
+    view->drawn.clear();
+    view->invalidate({120, 120, 130, 130});
+    shell.settle();
+    EXPECT_EQ(view->drawn.size(), 1U) << "a pane that left is forgotten";
+}
+
+TEST(WindowPicture, ShowsTheViewsInTheirOrderAndPlaces) {
+    for (const double scale : {1.0, 1.5, 2.0}) {
+        SCOPED_TRACE(scale);
+        HeadlessShell shell{HeadlessShell::Setup{.size = {100, 60}, .scale = scale}, {}};
+        shell.window().setBackgroundColor(UColor::fromPacked(0xFF102030));
+        auto back = make<ProbeView>(CmRect{10, 10, 50, 40}, "back");
+        auto front = make<ProbeView>(CmRect{30, 20, 80, 50}, "front");
+        back->color = UColor::fromPacked(red);
+        front->color = UColor::fromPacked(green);
+        shell.window().addSubView(back);
+        shell.window().addSubView(front);
+        const testing::Picture picture = shell.screenshot();
+        ASSERT_EQ(picture.size,
+                  (CmSize{static_cast<int32_t>(100 * scale), static_cast<int32_t>(60 * scale)}));
+        const auto at = [&](int32_t x, int32_t y) {
+            return picture.at(static_cast<int32_t>(x * scale), static_cast<int32_t>(y * scale));
+        };
+        EXPECT_EQ(at(2, 2), 0xFF102030);
+        EXPECT_EQ(at(10, 10), red);
+        EXPECT_EQ(at(29, 19), red);
+        EXPECT_EQ(at(30, 20), green);
+        EXPECT_EQ(at(49, 39), green) << "the later view lies in front";
+        EXPECT_EQ(at(78, 48), green);
+        EXPECT_EQ(at(82, 52), 0xFF102030);
+    }
+}
+
+TEST(WindowPicture, TakesDrawingOutsideOfAPaint) {
+    HeadlessShell shell;
+    auto view = make<ProbeView>(CmRect{10, 10, 50, 40}, "view");
+    view->color = UColor::fromPacked(red);
+    shell.window().addSubView(view);
+    shell.settle();
+    {
+        ViewDevice device(*view);
+        device.setBrushColor(UColor::fromPacked(green));
+        device.fillRect({0, 0, 5, 5});
+    }
+    const testing::Picture picture = shell.screenshot();
+    EXPECT_EQ(picture.at(12, 12), green);
+    EXPECT_EQ(picture.at(20, 20), red);
+}
+
+TEST(URenderWindow, LaysOutWithoutAScreen) {
+    const Ref<URenderWindow> window = make<URenderWindow>(CmRect{0, 0, 100, 100});
+    auto view = make<ProbeView>(CmRect{0, 0, 100, 100}, "view");
+    view->setAttach(viewAttachAll);
+    window->addSubView(view);
+    EXPECT_FALSE(window->isRealized());
+    EXPECT_TRUE(view->isVisible());
+    EXPECT_FALSE(window->show());
+    window->setSize({300, 200});
+    EXPECT_EQ(view->getFrameRect(), (CmRect{0, 0, 300, 200}));
+    EXPECT_FALSE(window->invalidate({0, 0, 10, 10}));
+}
+
+} // namespace
+
+} // namespace qorl

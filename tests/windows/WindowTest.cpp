@@ -1,0 +1,329 @@
+#include "foundation/FMessage.h"
+#include "foundation/FMessenger.h"
+#include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
+#include "views/GeometryAttributes.h"
+#include "windows/UDocWindow.h"
+#include "windows/UPanel.h"
+#include "windows/UPopupWindow.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using testing::CallLog;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using testing::HeadlessShell;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using testing::ProbeController;
+using testing::ProbeView;
+
+TEST(WindowStyle, NamesEveryWordOfSkinsOnce) {
+    uint32_t singleBits = 0;
+    for (const WindowStyleWord& word : windowStyleWords()) {
+        int32_t seen = 0;
+        for (const WindowStyleWord& other : windowStyleWords())
+            seen += other.word == word.word ? 1 : 0;
+        EXPECT_EQ(seen, 1) << word.word;
+        if ((word.bits & (word.bits - 1)) == 0)
+            singleBits |= word.bits;
+    }
+    EXPECT_EQ(singleBits, 0x1807FEFFU) << "each bit that a word stands for, as stored skins know it";
+}
+
+class WindowTest : public ::testing::Test {
+protected:
+    Ref<UWindow> makeWindow(const CmRect& frame, uint32_t style = styleWindowPreset) {
+        Ref<UWindow> window = make<UDocWindow>(frame, style, ConstString("Second"));
+        window->setController(controller.get());
+        return window;
+    }
+
+    Ref<ProbeController> controller = make<ProbeController>();
+    HeadlessShell shell;
+};
+
+TEST_F(WindowTest, TellsItsControllerInOrderFromOpeningToClosing) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    bool wasOpen = true;
+    bool hadPlatformWindow = false;
+    controller->answer = [&](FMessage& message) {
+        if (message.isNamed("Before Open")) {
+            wasOpen = window->isOpen();
+            hadPlatformWindow = window->getPlatformWindow() != nullptr;
+        }
+        EXPECT_EQ(message.getObject("Window"), window.get());
+        return 0;
+    };
+    shell.open(*window);
+    EXPECT_FALSE(wasOpen);
+    EXPECT_TRUE(hadPlatformWindow);
+    EXPECT_TRUE(window->isOpen());
+    EXPECT_TRUE(window->isAttached());
+    EXPECT_THAT(controller->messages,
+                ElementsAre("Before Open", "MsgWindowOnActivate", "MsgWindowMainWindowChange"));
+
+    controller->messages.clear();
+    window->closeDeferred();
+    EXPECT_TRUE(window->isOpen()) << "a close waits for the end of the dispatch";
+    shell.settle();
+    EXPECT_FALSE(window->isOpen());
+    EXPECT_FALSE(window->isAttached());
+    EXPECT_EQ(window->getPlatformWindow(), nullptr);
+    EXPECT_THAT(controller->messages, ElementsAre("MsgCloseRequest", "Before Close"));
+    EXPECT_FALSE(window->show()) << "a window that was closed is not opened again";
+}
+
+TEST_F(WindowTest, LivesAsLongAsItIsOpen) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    UWindow* kept = window.get();
+    shell.open(*window);
+    window.reset();
+    EXPECT_TRUE(kept->isOpen()) << "the desktop owns it";
+    int32_t closed = 0;
+    kept->addCloseHook([&](UWindow* hooked) {
+        EXPECT_EQ(hooked, kept);
+        ++closed;
+    });
+    shell.platform().postClosePress(*kept->getPlatformWindow());
+    shell.settle();
+    EXPECT_EQ(closed, 1);
+    EXPECT_THAT(shell.desktop().windows(), Not(Contains(kept)));
+}
+
+TEST_F(WindowTest, StaysWhenTheControllerOrAChildRefuses) {
+    Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
+    Ref<UWindow> child = make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset, ConstString("Child"));
+    const Ref<ProbeController> childController = make<ProbeController>();
+    childController->answer = [](FMessage& message) { return message.isNamed("MsgCloseRequest") ? 2 : 0; };
+    child->setController(childController.get());
+    shell.open(*parent);
+    parent->addChildWindow(child);
+    shell.open(*child);
+    controller->messages.clear();
+
+    EXPECT_FALSE(parent->closeRequest());
+    EXPECT_TRUE(parent->isOpen());
+    EXPECT_TRUE(child->isOpen());
+    EXPECT_THAT(controller->messages, IsEmpty()) << "the child was asked first";
+
+    childController->answer = [](FMessage& message) { return message.isNamed("MsgCloseRequest") ? 1 : 0; };
+    EXPECT_TRUE(parent->closeRequest()) << "1 is an answer, not a refusal";
+    EXPECT_FALSE(child->isOpen());
+    EXPECT_EQ(parent->childWindows().size(), 0U);
+}
+
+TEST_F(WindowTest, TakesItsChildrenAlong) {
+    Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
+    Ref<UWindow> child = make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset, ConstString("Child"));
+    shell.open(*parent);
+    parent->addChildWindow(child);
+    shell.open(*child);
+    parent->willClose(false);
+    EXPECT_FALSE(child->isOpen());
+    EXPECT_EQ(child->getParentWindow(), nullptr);
+}
+
+TEST_F(WindowTest, KeepsItsLimitOnTheAxisThatIsNotSet) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    CmSize smallest;
+    CmSize largest;
+    window->getSizeLimits(smallest, largest);
+    EXPECT_EQ(smallest, (CmSize{80, 20}));
+    EXPECT_EQ(largest, (CmSize{0x7FFFFFFF, 0x7FFFFFFF}));
+    window->setSizeLimits({120, 0}, {-5, 400});
+    window->getSizeLimits(smallest, largest);
+    EXPECT_EQ(smallest, (CmSize{120, 20}));
+    EXPECT_EQ(largest, (CmSize{0x7FFFFFFF, 400}));
+    shell.open(*window);
+    window->setSize({10, 900});
+    EXPECT_EQ(window->getSize(), (CmSize{120, 400}));
+}
+
+TEST_F(WindowTest, TellsTheOldSizeWhenTheUserSizesIt) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    auto content = make<ProbeView>(CmRect{0, 0, 300, 200}, "content");
+    content->setAttach(viewAttachAll);
+    window->addSubView(content);
+    shell.open(*window);
+    CmSize old;
+    controller->messages.clear();
+    controller->answer = [&](FMessage& message) {
+        if (message.isNamed("MsgWindowSized")) {
+            EXPECT_TRUE(getSize(message.attributes(), "OldSize", old));
+        }
+        return 0;
+    };
+    shell.platform().postUserSize(*window->getPlatformWindow(), {340, 250});
+    shell.settle();
+    EXPECT_THAT(controller->messages,
+                ElementsAre("MsgWindowSizeStart", "MsgWindowSized", "MsgWindowSizeEnd"));
+    EXPECT_EQ(old, (CmSize{300, 200}));
+    EXPECT_EQ(content->getFrameRect(), (CmRect{0, 0, 340, 250})) << "the views follow by their attach flags";
+
+    controller->messages.clear();
+    window->setPosition({520, 130});
+    EXPECT_EQ(window->getFrameRect(), (CmRect{520, 130, 860, 380}));
+    EXPECT_THAT(controller->messages, IsEmpty()) << "a move is no change of size";
+}
+
+TEST_F(WindowTest, AppliesCollectedPlacesOnce) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    shell.open(*window);
+    controller->messages.clear();
+    window->beginCollectUpdates();
+    window->setSize({310, 210});
+    window->setPosition({10, 50});
+    window->setSize({320, 220});
+    EXPECT_EQ(window->getFrameRect(), (CmRect{500, 100, 800, 300}));
+    EXPECT_EQ(window->getSize(), (CmSize{320, 220})) << "who asks meanwhile hears what will be";
+    window->endCollectUpdates();
+    EXPECT_EQ(window->getFrameRect(), (CmRect{10, 50, 330, 270}));
+    EXPECT_THAT(controller->messages, ElementsAre("MsgWindowSized"));
+}
+
+TEST_F(WindowTest, ComesBackMaximizedAfterItWasMinimizedSo) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    shell.open(*window);
+    window->setMaximized(true);
+    window->setMinimized(true);
+    EXPECT_EQ(window->getWindowState(), WindowState::minimized);
+    controller->messages.clear();
+    window->setMinimized(false);
+    EXPECT_EQ(window->getWindowState(), WindowState::maximized);
+    EXPECT_THAT(controller->messages, Contains("MsgWindowMinimized"));
+    window->setMaximized(false);
+    EXPECT_EQ(window->getWindowState(), WindowState::normal);
+    EXPECT_EQ(window->getFrameRect().size(), (CmSize{300, 200}));
+    window->setMinimized(true);
+    window->setMinimized(false);
+    EXPECT_EQ(window->getWindowState(), WindowState::normal) << "it was not maximized this time";
+}
+
+TEST_F(WindowTest, OpensOnAMonitor) {
+    const Ref<UWindow> window = makeWindow({5000, 4000, 5300, 4200});
+    shell.open(*window);
+    const CmRect screen{0, 0, 1920, 1080};
+    EXPECT_TRUE(screen.contains(window->getFrameRect()));
+}
+
+TEST_F(WindowTest, HidesWhatFollowsTheMainWindow) {
+    Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
+    shell.open(*parent);
+    Ref<UWindow> follower =
+        make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset | styleFollowsMainWindow, ConstString("F"));
+    Ref<UWindow> other = make<UPanel>(CmRect{700, 150, 780, 250}, stylePanelPreset, ConstString("O"));
+    for (const Ref<UWindow>& panel : {follower, other}) {
+        parent->addChildWindow(panel);
+        shell.open(*panel);
+    }
+    shell.window().activate();
+    shell.settle();
+    EXPECT_FALSE(follower->isVisible());
+    EXPECT_TRUE(other->isVisible());
+    parent->activate();
+    shell.settle();
+    EXPECT_TRUE(follower->isVisible());
+}
+
+TEST_F(WindowTest, ClosesByKeysOnlyWhenItsStyleSaysSo) {
+    struct Case {
+        const char* key;
+        uint32_t style;
+        const char* message; ///< null: stays open
+    };
+    const Case cases[] = {
+        {"Esc", styleCloseOnEscape, "MsgCloseEscape"},
+        {"Esc", styleCloseOnEnter, nullptr},
+        {"Return", styleCloseOnEnter, "MsgCloseEnter"},
+        {"Enter", styleCloseOnEnter, "MsgCloseEnter"},
+        {"Ctrl+Esc", styleCloseOnEscape, nullptr},
+        {"Return", styleCloseOnEscape, nullptr},
+        {"Esc", 0, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.key << " style " << c.style);
+        const Ref<UWindow> window = makeWindow({500, 100, 800, 300}, styleWindowPreset | c.style);
+        shell.open(*window);
+        controller->messages.clear();
+        int32_t answer = 1;
+        controller->answer = [&](FMessage& message) {
+            return message.isNamed("MsgCloseRequest") ? 0 : answer;
+        };
+        shell.key(c.key);
+        EXPECT_TRUE(window->isOpen()) << "the answer 1 keeps the window";
+        if (c.message) {
+            EXPECT_THAT(controller->messages, ElementsAre(c.message));
+        }
+        answer = 0;
+        shell.key(c.key);
+        EXPECT_EQ(window->isOpen(), c.message == nullptr);
+        controller->answer = nullptr;
+        window->willClose(false);
+        shell.settle();
+    }
+}
+
+TEST_F(WindowTest, FollowsTheMouseByItsClientArea) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300}, styleSkinPreset);
+    auto button = make<ProbeView>(CmRect{0, 0, 50, 50}, "button");
+    window->addSubView(button);
+    shell.open(*window);
+    shell.platform().postMouseMove({600, 200});
+    shell.platform().postButtonDown(platform::leftButton);
+    shell.platform().postMouseMove({640, 210});
+    shell.platform().postMouseMove({650, 250});
+    shell.platform().postButtonUp(platform::leftButton);
+    shell.platform().postMouseMove({700, 250});
+    shell.settle();
+    EXPECT_EQ(window->getPosition(), (CmPoint{550, 150}));
+
+    shell.platform().postMouseMove({560, 160});
+    shell.platform().postButtonDown(platform::leftButton);
+    shell.platform().postMouseMove({600, 200});
+    shell.platform().postButtonUp(platform::leftButton);
+    shell.settle();
+    EXPECT_EQ(window->getPosition(), (CmPoint{550, 150})) << "a press that a view takes drags nothing";
+}
+
+TEST_F(WindowTest, TellsTheControllerOfARightPressWithViewAndPlace) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    auto view = make<ProbeView>(CmRect{10, 10, 60, 60}, "view");
+    window->addSubView(view);
+    shell.open(*window);
+    shell.aim(*window);
+    CmPoint position;
+    CmObject* pressed = nullptr;
+    controller->answer = [&](FMessage& message) {
+        if (!message.isNamed("RightMouseClick"))
+            return 0;
+        pressed = message.getObject("MouseView");
+        EXPECT_TRUE(getPoint(message.attributes(), "Position", position));
+        return 1;
+    };
+    shell.click({20, 30}, platform::rightButton);
+    EXPECT_EQ(pressed, view.get());
+    EXPECT_EQ(position, (CmPoint{20, 30}));
+    shell.click({200, 130}, platform::rightButton);
+    EXPECT_EQ(pressed, window.get()) << "beside all views it is the window's own";
+}
+
+TEST(WindowFlags, DifferByKind) {
+    constexpr uint32_t front = UWindow::firstFrontList | UWindow::secondFrontList;
+    const Ref<UWindow> document = make<UDocWindow>(CmRect{}, 0U, ConstString());
+    const Ref<UWindow> panel = make<UPanel>(CmRect{}, 0U, ConstString());
+    const Ref<UWindow> popup = make<UPopupWindow>(CmRect{}, 0U, ConstString());
+    EXPECT_EQ(document->windowFlags() & front, front);
+    EXPECT_EQ(panel->windowFlags() & front, UWindow::firstFrontList);
+    EXPECT_EQ(popup->windowFlags() & front, 0U);
+    EXPECT_EQ(document->getFrameRect(), UDocWindow::defaultFrame) << "an empty frame takes the default one";
+}
+
+} // namespace
+
+} // namespace qorl
