@@ -1,0 +1,104 @@
+#include "foundation/String.h"
+#include "support/Ratio.h"
+
+#include <string>
+
+namespace qorl::bench {
+namespace {
+
+// Sizes are characters of a text: a name, a sentence, a page.
+std::u16string sample(int64_t length) {
+    std::u16string text;
+    for (int64_t i = 0; i < length; ++i)
+        text.push_back(static_cast<char16_t>(u'a' + i * 7 % 26));
+    return text;
+}
+
+void copy(benchmark::State& state) {
+    const std::u16string text = sample(state.range(0));
+    const String source{std::u16string_view(text)};
+    for (auto _ : state) {
+        const String made(source);
+        benchmark::DoNotOptimize(made.data());
+    }
+}
+void copyFloor(benchmark::State& state) {
+    const std::u16string source = sample(state.range(0));
+    for (auto _ : state) {
+        const std::u16string made(source);
+        benchmark::DoNotOptimize(made.data());
+    }
+}
+QORL_RATIO(copy, copyFloor, 1.5, 20, 200, 2000);
+
+void compareEqual(benchmark::State& state) {
+    const std::u16string text = sample(state.range(0));
+    const String a{std::u16string_view(text)};
+    const String b{std::u16string_view(text)};
+    for (auto _ : state)
+        benchmark::DoNotOptimize(a == b);
+}
+void compareEqualFloor(benchmark::State& state) {
+    const std::u16string a = sample(state.range(0));
+    const std::u16string b = a;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(a == b);
+}
+QORL_RATIO(compareEqual, compareEqualFloor, 1.5, 20, 200, 2000);
+
+void findAtEnd(benchmark::State& state) {
+    const std::u16string text = sample(state.range(0)) + u"#end";
+    const String whole{std::u16string_view(text)};
+    const ConstString part(u"#end");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(whole.find(part));
+}
+void findAtEndFloor(benchmark::State& state) {
+    const std::u16string whole = sample(state.range(0)) + u"#end";
+    const std::u16string part(u"#end");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(whole.find(part));
+}
+QORL_RATIO(findAtEnd, findAtEndFloor, 1.5, 20, 200, 2000);
+
+/// A path or a label is put together from a few parts. The buffer of a `String` fits exactly, so each part
+/// moves it.
+void join(benchmark::State& state) {
+    const ConstString parts[] = {u"Channel", u" ", u"12", u": ", u"Level"};
+    for (auto _ : state) {
+        String text;
+        for (const auto& part : parts)
+            text += part;
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+void joinFloor(benchmark::State& state) {
+    const std::u16string_view parts[] = {u"Channel", u" ", u"12", u": ", u"Level"};
+    for (auto _ : state) {
+        std::u16string text;
+        for (const auto& part : parts)
+            text += part;
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+QORL_RATIO(join, joinFloor, 4.0);
+
+void parseNumber(benchmark::State& state) {
+    const String text(u"-1234567");
+    for (auto _ : state) {
+        int64_t value = 0;
+        benchmark::DoNotOptimize(text.toInt64(value));
+        benchmark::DoNotOptimize(value);
+    }
+}
+void parseNumberFloor(benchmark::State& state) {
+    const std::u16string text(u"-1234567");
+    for (auto _ : state) {
+        int64_t value = std::stoll(std::string(text.begin(), text.end()));
+        benchmark::DoNotOptimize(value);
+    }
+}
+QORL_RATIO(parseNumber, parseNumberFloor, 1.0);
+
+} // namespace
+} // namespace qorl::bench
