@@ -28,8 +28,8 @@ DesktopBase::~DesktopBase() = default;
 PlatformWindow* DesktopBase::windowAt(CmPoint screen) const {
     for (auto it = windows_.rbegin(); it != windows_.rend(); ++it) {
         const WindowBase& window = **it;
-        if (window.isVisible() && window.getShowState() != ShowState::minimized &&
-            window.getRect().contains(screen))
+        if (window.getKind() != WindowKind::overlay && window.isVisible() &&
+            window.getShowState() != ShowState::minimized && window.getRect().contains(screen))
             return *it;
     }
     return nullptr;

@@ -79,7 +79,8 @@ public:
     virtual Ref<PlatformWindow> createWindow(const WindowDescription& description,
                                              PlatformWindowClient& client) = 0;
 
-    /// The topmost visible window of this program at a point of the screen; not counted.
+    /// The topmost visible window of this program at a point of the screen; not counted. Overlays are looked
+    /// through, as the mouse goes through them.
     virtual PlatformWindow* windowAt(CmPoint screen) const = 0;
     virtual PlatformWindow* getActiveWindow() const = 0;
 

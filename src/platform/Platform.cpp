@@ -3,6 +3,7 @@
 #include "platform/DesktopServices.h"
 #include "platform/System.h"
 #include "platform/headless/HeadlessDesktop.h"
+#include "platform/x11/X11Desktop.h"
 
 #include <memory>
 
@@ -18,8 +19,7 @@ std::unique_ptr<DesktopServices> createX11(std::string& error) {
         error = "no display: the environment variable DISPLAY is not set";
         return nullptr;
     }
-    error = "no display: this build reaches none";
-    return nullptr;
+    return X11Desktop::create(display, error);
 }
 
 } // namespace

@@ -11,9 +11,6 @@ namespace qorl::platform {
 
 namespace {
 
-/// More pixels than any screen has: a window that asks for them gets no surface instead of all memory.
-constexpr int64_t mostPixels = int64_t{64} << 20;
-
 uint32_t premultiply(uint32_t color) {
     const uint32_t alpha = color >> 24;
     const auto channel = [&](int shift) { return ((color >> shift & 0xFF) * alpha + 127) / 255 << shift; };

@@ -18,6 +18,8 @@ class DesktopBase;
 class WindowBase : public PlatformWindow {
 public:
     static constexpr int32_t longestEdge = 32767; ///< of a client area, in device pixels
+    /// More than any screen has: a window that asks for more gets no surface, instead of all memory.
+    static constexpr int64_t mostPixels = int64_t{64} << 20;
 
     Result queryInterface(const InterfaceId& id, void** out) override;
     uint32_t addRef() override;

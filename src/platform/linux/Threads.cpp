@@ -49,6 +49,7 @@ void* enterThread(void* argument) {
     auto* record = static_cast<ThreadRecord*>(argument);
     while (sem_wait(&record->released) != 0) {}
     record->id = static_cast<pid_t>(syscall(SYS_gettid));
+    record->id.notify_all();
     const uint32_t code = record->body(record->argument);
     record->isFinished = true;
     releaseRecord(record);
@@ -183,14 +184,9 @@ bool setThreadPriority(ThreadHandle handle, int32_t priority) {
     ThreadRecord* record = toRecord(handle);
     if (!record || record->isJoined)
         return false;
-    // A thread that was just started has not told its id yet; it is on its way.
-    pid_t id = record->id;
-    for (int i = 0; id == 0 && i < 1000; ++i) {
-        sched_yield();
-        id = record->id;
-    }
-    if (id == 0)
-        return false;
+    // A thread that was just started may not have told its id yet.
+    record->id.wait(0);
+    const pid_t id = record->id;
     const int base = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
     const int wanted = std::clamp(base + toNice(priority), -20, 19);
     if (setpriority(PRIO_PROCESS, static_cast<id_t>(id), wanted) == 0)

@@ -155,6 +155,11 @@ TEST(Platform, SaysClearlyWhenThereIsNoDisplay) {
         EXPECT_FALSE(start(Backend::automatic, error));
         EXPECT_EQ(error, "no display: the environment variable DISPLAY is not set");
     }
+    {
+        const EnvironmentScope display("DISPLAY", ":4711");
+        EXPECT_FALSE(start(Backend::automatic, error));
+        EXPECT_EQ(error, "no display: cannot connect to the X server \":4711\"");
+    }
     EXPECT_EQ(desktop(), nullptr);
 }
 

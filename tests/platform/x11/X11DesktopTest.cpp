@@ -1,0 +1,372 @@
+#include "platform/x11/X11Desktop.h"
+
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+#include "platform/x11/X11Window.h"
+#include "support/WindowRecorder.h"
+#include "support/XServer.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
+
+namespace qorl::platform {
+namespace {
+
+using test::WindowRecorder;
+using test::XServer;
+using test::XUser;
+
+constexpr int64_t longestWait = 60'000; // milliseconds, for a busy machine
+constexpr uint32_t framed = WindowStyle::sizable | WindowStyle::title | WindowStyle::frame |
+                            WindowStyle::closeButton | WindowStyle::minimize | WindowStyle::maximize;
+
+/// A desktop on an X server of its own.
+class X11Scene {
+public:
+    explicit X11Scene(XServer::Manager manager, XServer::SharedMemory memory = XServer::SharedMemory::present)
+        : server(manager, memory), user(server.getDisplay()) {
+        EXPECT_TRUE(server.isRunning()) << server.getError();
+        std::string error;
+        std::unique_ptr<DesktopServices> made = X11Desktop::create(server.getDisplay(), error);
+        EXPECT_NE(made, nullptr) << error;
+        desktop.reset(static_cast<X11Desktop*>(made.release()));
+    }
+
+    Ref<PlatformWindow> open(const CmRect& frame, WindowRecorder& client,
+                             WindowKind kind = WindowKind::document, PlatformWindow* owner = nullptr,
+                             uint32_t style = framed) {
+        WindowDescription description;
+        description.kind = kind;
+        description.style = style;
+        description.frame = frame;
+        description.owner = owner;
+        description.title = u"Test";
+        client.painted.clear();
+        Ref<PlatformWindow> window = desktop->createWindow(description, client);
+        window->show(ShowState::normal, showDefault);
+        EXPECT_TRUE(waitFor([&] { return !client.painted.isEmpty(); })) << "never painted";
+        EXPECT_TRUE(waitForPixel(window->getPosition() + CmPoint{5, 5}, client.color & 0xFFFFFF));
+        return window;
+    }
+
+    /// Runs the pump until `isTrue`; false when that never comes.
+    bool waitFor(const std::function<bool()>& isTrue) {
+        const int64_t end = getMonotonicMilliseconds() + longestWait;
+        while (!isTrue()) {
+            if (getMonotonicMilliseconds() > end)
+                return false;
+            if (!desktop->dispatchEvent())
+                desktop->waitForEvent(20);
+        }
+        return true;
+    }
+
+    bool waitForPixel(CmPoint logical, uint32_t color) {
+        return waitFor([&] { return user.getPixel(desktop->toDevicePoint(logical)) == color; });
+    }
+
+    bool waitForLine(WindowRecorder& client, const std::string& line) {
+        return waitFor([&] { return client.has(line); });
+    }
+
+    XServer server;
+    XUser user;
+    std::unique_ptr<X11Desktop> desktop;
+};
+
+TEST(X11Desktop, PutsOnlyDirtyPixelsOnTheScreen) {
+    for (const auto memory : {XServer::SharedMemory::present, XServer::SharedMemory::absent}) {
+        SCOPED_TRACE(memory == XServer::SharedMemory::present ? "shared memory" : "along the wire");
+        X11Scene scene(XServer::Manager::none, memory);
+        WindowRecorder client;
+        auto window = scene.open({100, 50, 500, 350}, client);
+        EXPECT_EQ(static_cast<X11Window*>(window.get())->usesSharedMemory(),
+                  memory == XServer::SharedMemory::present);
+
+        client.color = 0xFF00C000;
+        window->invalidate({10, 10, 20, 20});
+        EXPECT_TRUE(scene.waitForPixel({110, 60}, 0x00C000));
+        EXPECT_TRUE(scene.waitForPixel({119, 69}, 0x00C000));
+        EXPECT_EQ(scene.user.getPixel({120, 70}), 0x2060A0U);
+        EXPECT_EQ(scene.user.getPixel({109, 59}), 0x2060A0U);
+
+        // Drawn outside of a paint: shows when presented, and survives being covered.
+        window->getSurface().getRow(100)[100] = 0xFFFF0000;
+        window->present(Region(CmRect{100, 100, 101, 101}));
+        EXPECT_TRUE(scene.waitForPixel({200, 150}, 0xFF0000));
+        WindowRecorder coverClient;
+        coverClient.color = 0xFF111111;
+        auto cover = scene.open({190, 140, 210, 160}, coverClient, WindowKind::popup, window.get(), 0);
+        cover->close(CloseMode::normal);
+        client.painted.clear();
+        EXPECT_TRUE(scene.waitForPixel({200, 150}, 0xFF0000));
+        EXPECT_TRUE(client.painted.isEmpty()) << "what was covered must come from the surface";
+    }
+}
+
+TEST(X11Desktop, HearsMouseWheelAndKeys) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 50, 500, 350}, client);
+    scene.user.moveMouse({110, 70});
+    ASSERT_TRUE(scene.waitForLine(client, "move 10,20 b0 m0"));
+    EXPECT_TRUE(client.has("enter 10,20 b0 m0"));
+    EXPECT_EQ(scene.desktop->getMousePosition(), (CmPoint{110, 70}));
+    client.isLoggingMoves = false;
+    client.take();
+
+    scene.user.pressButton(1);
+    scene.user.pressButton(3);
+    scene.user.releaseButton(3);
+    scene.user.releaseButton(1);
+    ASSERT_TRUE(scene.waitForLine(client, "up 10,20 b1 m0"));
+    EXPECT_EQ(client.take(), "down 10,20 b1 m0; down 10,20 b4 m0; up 10,20 b4 m0; up 10,20 b1 m0");
+
+    for (const uint8_t wheel : {4, 5, 6, 7}) {
+        scene.user.pressButton(wheel);
+        scene.user.releaseButton(wheel);
+    }
+    ASSERT_TRUE(scene.waitForLine(client, "wheel 10,20 1 0"));
+    EXPECT_EQ(client.take(), "wheel 10,20 0 1; wheel 10,20 0 -1; wheel 10,20 -1 0; wheel 10,20 1 0");
+
+    window->activate();
+    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == window.get(); }));
+    client.take();
+    scene.user.pressKey(XKB_KEY_Shift_L);
+    scene.user.pressKey(XKB_KEY_z);
+    scene.user.releaseKey(XKB_KEY_z);
+    scene.user.releaseKey(XKB_KEY_Shift_L);
+    scene.user.pressKey(XKB_KEY_Control_L);
+    scene.user.pressKey(XKB_KEY_1);
+    scene.user.releaseKey(XKB_KEY_1);
+    scene.user.releaseKey(XKB_KEY_Control_L);
+    scene.user.pressKey(XKB_KEY_Return);
+    scene.user.releaseKey(XKB_KEY_Return);
+    ASSERT_TRUE(scene.waitForLine(client, "key up v4 c0 m0"));
+    EXPECT_EQ(client.take(),
+              "key down v54 c0 m0; key down v170 c90 m1; key up v170 c90 m1; key up v54 c0 m1; "
+              "key down v55 c0 m0; key down v129 c49 m2; key up v129 c49 m2; key up v55 c0 m2; "
+              "key down v4 c0 m0; key up v4 c0 m0");
+}
+
+TEST(X11Desktop, KeepsTheMouseWhileItIsCaptured) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 50, 300, 150}, client);
+    scene.user.moveMouse({110, 60});
+    ASSERT_TRUE(scene.waitForLine(client, "move 10,10 b0 m0"));
+    scene.desktop->setCapture(*window);
+    scene.desktop->getMousePosition(); // the server has taken the capture when it answers
+    scene.user.moveMouse({600, 500});
+    EXPECT_TRUE(scene.waitForLine(client, "move 500,450 b0 m0"));
+    EXPECT_FALSE(client.has("leave 500,450 b0 m0"));
+    scene.desktop->releaseCapture();
+    scene.desktop->getMousePosition();
+    scene.user.moveMouse({601, 500});
+    EXPECT_TRUE(scene.waitFor([&] { return client.take().find("leave") != std::string::npos; }));
+}
+
+TEST(X11Desktop, GivesKeysAndOutsidePressesToAPopup) {
+    X11Scene scene(XServer::Manager::openbox);
+    WindowRecorder client;
+    WindowRecorder popupClient;
+    popupClient.color = 0xFFA02060;
+    popupClient.isLoggingMoves = false;
+    auto window = scene.open({100, 80, 400, 300}, client);
+    window->activate();
+    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == window.get(); }));
+    client.take();
+    auto popup = scene.open({150, 120, 250, 200}, popupClient, WindowKind::popup, window.get(), 0);
+    EXPECT_EQ(client.take(), "deactivated");
+    EXPECT_EQ(popupClient.take(), "activated");
+
+    scene.user.pressKey(XKB_KEY_Down);
+    scene.user.releaseKey(XKB_KEY_Down);
+    ASSERT_TRUE(scene.waitForLine(popupClient, "key up v14 c0 m0"));
+    scene.user.click({900, 700});
+    ASSERT_TRUE(scene.waitFor([&] { return popupClient.has("up 750,580 b1 m0"); })) << popupClient.take();
+    EXPECT_TRUE(popupClient.has("down 750,580 b1 m0"));
+
+    client.take();
+    popup->close(CloseMode::normal);
+    EXPECT_EQ(client.take(), "activated");
+    scene.user.pressKey(XKB_KEY_Up);
+    scene.user.releaseKey(XKB_KEY_Up);
+    EXPECT_TRUE(scene.waitForLine(client, "key up v12 c0 m0"));
+}
+
+TEST(X11Desktop, AgreesWithAWindowManagerOnPlaceSizeAndState) {
+    X11Scene scene(XServer::Manager::openbox);
+    WindowRecorder client;
+    auto window = scene.open({200, 150, 500, 350}, client);
+    ASSERT_TRUE(scene.waitFor([&] { return window->getFrameInsets().top > 0; })) << "a framed window";
+    EXPECT_TRUE(scene.waitFor([&] {
+        return window->getPosition() == CmPoint{200, 150};
+    })) << "the position is that of the client area";
+
+    client.take();
+    window->setPositionSize({260, 210}, {320, 240});
+    EXPECT_TRUE(scene.waitForLine(client, "moved 260,210"));
+    EXPECT_TRUE(scene.waitForLine(client, "sized 320x240"));
+    EXPECT_TRUE(scene.waitForPixel({579, 449}, 0x2060A0));
+
+    client.take();
+    window->setShowState(ShowState::maximized);
+    ASSERT_TRUE(scene.waitForLine(client, "maximized"));
+    CmRect work;
+    scene.desktop->getMonitorRect(0, MonitorArea::work, work);
+    EXPECT_TRUE(scene.waitFor([&] { return window->getSize().width == work.width(); }));
+    CmRect placement;
+    window->getPlacement(placement);
+    EXPECT_EQ(test::toText(placement), "260,210 320x240");
+    window->setShowState(ShowState::normal);
+    ASSERT_TRUE(scene.waitForLine(client, "restored"));
+    EXPECT_TRUE(scene.waitFor([&] { return window->getSize() == CmSize{320, 240}; }));
+
+    client.take();
+    window->setShowState(ShowState::minimized);
+    ASSERT_TRUE(scene.waitForLine(client, "minimized"));
+    window->activate();
+    ASSERT_TRUE(scene.waitForLine(client, "restored"));
+    EXPECT_TRUE(scene.waitForPixel({270, 220}, 0x2060A0));
+
+    window->hide();
+    EXPECT_TRUE(scene.waitFor([&] { return scene.user.getPixel({270, 220}) != 0x2060A0U; }));
+    window->show(ShowState::normal, showDefault);
+    EXPECT_TRUE(scene.waitForPixel({270, 220}, 0x2060A0));
+}
+
+TEST(X11Desktop, TellsWhichWindowIsActiveAndWhenTheUserAsksToClose) {
+    X11Scene scene(XServer::Manager::openbox);
+    std::vector<std::string> log;
+    WindowRecorder a("a", &log);
+    WindowRecorder b("b", &log);
+    a.isLoggingMoves = b.isLoggingMoves = false;
+    auto first = scene.open({100, 100, 300, 300}, a);
+    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == first.get(); }));
+    auto second = scene.open({400, 100, 600, 300}, b);
+    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == second.get(); }));
+    log.clear();
+
+    first->activate();
+    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == first.get(); }));
+    EXPECT_EQ(a.take(), "b deactivated main; a activated main") << "never both, and never neither in between";
+
+    auto panel = scene.open({100, 400, 200, 500}, b, WindowKind::floating, first.get());
+    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == panel.get(); }));
+    EXPECT_TRUE(a.has("a deactivated")) << "the main window stays";
+    EXPECT_EQ(first->getActivationState(), PlatformWindow::Activation::childActive);
+
+    log.clear();
+    scene.user.sendToWindow(static_cast<uint32_t>(second->getHandle()), "WM_PROTOCOLS",
+                            scene.user.intern("WM_DELETE_WINDOW"), 0);
+    ASSERT_TRUE(scene.waitFor([&] { return a.has("b close pressed"); }));
+    EXPECT_TRUE(second->isVisible()) << "closing is the window's own decision";
+}
+
+TEST(X11Desktop, WritesTheHintsThatDesktopsRead) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 100, 300, 200}, client);
+    const auto id = static_cast<uint32_t>(window->getHandle());
+    window->setTitle(u"K\u00F6rper \U0001F3B9");
+    uint32_t pixels[6] = {0x80402000, 0, 0xFFFFFFFF, 0, 0, 0};
+    const PixelSurface icon{reinterpret_cast<uint8_t*>(pixels), 2, 3, 8, 1.0};
+    window->setIcon(std::span(&icon, 1));
+    window->setOpacity(0.5F);
+    scene.desktop->flushAll();
+    ASSERT_TRUE(scene.waitFor([&] { return !scene.user.getProperty(id, "_NET_WM_WINDOW_OPACITY").empty(); }));
+
+    EXPECT_EQ(scene.user.getProperty(id, "_NET_WM_NAME"), "K\xC3\xB6rper \xF0\x9F\x8E\xB9");
+    const std::string words = scene.user.getProperty(id, "_NET_WM_ICON");
+    ASSERT_EQ(words.size(), 8U * 4);
+    const auto* values = reinterpret_cast<const uint32_t*>(words.data());
+    EXPECT_EQ(values[0], 2U);
+    EXPECT_EQ(values[1], 3U);
+    EXPECT_EQ(values[2], 0x80804000U) << "icons are not premultiplied";
+    EXPECT_EQ(values[4], 0xFFFFFFFFU);
+    const std::string protocols = scene.user.getProperty(id, "WM_PROTOCOLS");
+    const uint32_t closing = scene.user.intern("WM_DELETE_WINDOW");
+    EXPECT_EQ(std::memcmp(protocols.data(), &closing, sizeof closing), 0);
+    EXPECT_EQ(scene.user.getProperty(id, "_MOTIF_WM_HINTS").size(), 5U * 4);
+}
+
+TEST(X11Desktop, FollowsTheDesktopsScale) {
+    X11Scene scene(XServer::Manager::openbox);
+    WindowRecorder client;
+    auto window = scene.open({100, 100, 301, 201}, client);
+    CmRect screen;
+    ASSERT_TRUE(scene.desktop->getMonitorRect(0, MonitorArea::whole, screen));
+    EXPECT_EQ(test::toText(screen), "0,0 1024x768");
+    EXPECT_EQ(window->getScaleFactor(), 1.0);
+    client.take();
+
+    scene.user.setRootProperty("RESOURCE_MANAGER", "Xft.dpi:\t144\n");
+    ASSERT_TRUE(scene.waitForLine(client, "scale 1.5"));
+    EXPECT_EQ(window->getSize(), (CmSize{201, 101})) << "the logical size stands";
+    EXPECT_TRUE(scene.waitFor([&] {
+        const PixelSurface surface = window->getSurface();
+        return surface.width == 302 && surface.height == 152 && surface.scale == 1.5;
+    }));
+    EXPECT_TRUE(scene.waitForPixel({295, 195}, 0x2060A0));
+    scene.desktop->getMonitorRect(0, MonitorArea::whole, screen);
+    EXPECT_EQ(test::toText(screen), "0,0 682x512");
+
+    scene.user.moveMouse(scene.desktop->toDevicePoint(window->getPosition()) + CmPoint{15, 30});
+    EXPECT_TRUE(scene.waitForLine(client, "move 15,30 b0 m0")) << "mouse places are device pixels";
+}
+
+TEST(X11Desktop, ShowsPointersOfEveryShape) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 100, 300, 200}, client);
+    for (int32_t i = 0; i < cursorShapeCount; ++i) {
+        const Ref<PlatformCursor> cursor = scene.desktop->createCursor(static_cast<CursorShape>(i));
+        ASSERT_NE(cursor, nullptr) << i;
+        scene.desktop->setCursor(cursor.get());
+    }
+    EXPECT_EQ(scene.desktop->createCursor(static_cast<CursorShape>(cursorShapeCount)), nullptr);
+    std::vector<uint32_t> pixels(32 * 32, 0xFF00FF00);
+    PixelSurface picture{reinterpret_cast<uint8_t*>(pixels.data()), 32, 32, 128, 1.0};
+    const Ref<PlatformCursor> cursor = scene.desktop->createPictureCursor(picture, {3, 3});
+    EXPECT_NE(cursor, nullptr);
+    scene.desktop->setCursor(cursor.get());
+    scene.desktop->showCursor(DesktopServices::CursorVisibility::hidden);
+    picture.width = 100'000;
+    EXPECT_EQ(scene.desktop->createPictureCursor(picture, {}), nullptr);
+    scene.desktop->setCursor(nullptr);
+}
+
+TEST(X11Desktop, SurvivesTheServersEnd) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 100, 300, 200}, client);
+    scene.server.kill();
+    EXPECT_TRUE(scene.waitFor([&] { return scene.desktop->waitForEvent(-1) == WaitResult::exhausted; }));
+    window->invalidate({0, 0, 10, 10});
+    scene.desktop->flushAll();
+    window->close(CloseMode::normal);
+    WindowDescription description;
+    EXPECT_EQ(scene.desktop->createWindow(description, client), nullptr);
+}
+
+TEST(X11Desktop, StartsAgainAfterItsEnd) {
+    const XServer server(XServer::Manager::none);
+    ASSERT_TRUE(server.isRunning()) << server.getError();
+    setenv("DISPLAY", server.getDisplay().c_str(), 1);
+    for (int i = 0; i < 3; ++i) {
+        std::string error;
+        ASSERT_TRUE(start(Backend::automatic, error)) << error;
+        EXPECT_EQ(desktop()->getName(), "x11");
+        EXPECT_FALSE(start(Backend::headless, error));
+        stop();
+        EXPECT_EQ(desktop(), nullptr);
+    }
+    unsetenv("DISPLAY");
+}
+
+} // namespace
+} // namespace qorl::platform
