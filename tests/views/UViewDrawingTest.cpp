@@ -1,6 +1,7 @@
 #include "RecordingViews.h"
 #include "graphics/GraphicsImage.h"
 #include "graphics/UBitmap.h"
+#include "support/TestGraphics.h"
 #include "views/IOverlayStateSink.h"
 #include "views/IScrollAware.h"
 #include "views/RenderTarget.h"
@@ -11,8 +12,10 @@
 namespace qorl {
 namespace {
 
-class UViewDrawing : public testing::Test {
+class UViewDrawing : public ::testing::Test {
 protected:
+    static void SetUpTestSuite() { testing::useGraphics(); }
+
     Ref<RecordingView> add(UView& parent, const std::string& name, const CmRect& frame, uint32_t flags = 0) {
         auto child = make<RecordingView>(log_, name, frame, flags);
         parent.addSubView(child);

@@ -7,7 +7,7 @@
 namespace qorl {
 namespace {
 
-class UViewGeometry : public testing::Test {
+class UViewGeometry : public ::testing::Test {
 protected:
     Ref<RecordingView> view(const std::string& name, const CmRect& frame, uint32_t flags = 0) {
         return make<RecordingView>(log_, name, frame, flags);
@@ -231,7 +231,7 @@ TEST_F(UViewGeometry, FitsItselfAroundItsShownSubViews) {
         {10, -1, "10,10,84,110"}, {-1, -1, "10,10,110,110"},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.width << ", " << c.height);
+        SCOPED_TRACE(::testing::Message() << c.width << ", " << c.height);
         auto parent = view("p", {10, 10, 110, 110});
         parent->setClientInsets({2, 2, 2, 2}, true);
         auto a = add(*parent, "a", {0, 0, 60, 20}, viewAttachAll);

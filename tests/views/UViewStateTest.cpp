@@ -39,7 +39,7 @@ public:
 };
 
 /// A root with views 1 (with 3 in it), 2 (transparent, with 4 in it), and one without state that holds 5.
-class UViewState : public testing::Test {
+class UViewState : public ::testing::Test {
 protected:
     UViewState() {
         two_->transparent = true;

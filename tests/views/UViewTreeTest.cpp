@@ -1,11 +1,12 @@
 #include "RecordingViews.h"
+#include "foundation/UpdateHandler.h"
 
 #include <gtest/gtest.h>
 
 namespace qorl {
 namespace {
 
-class UViewTree : public testing::Test {
+class UViewTree : public ::testing::Test {
 protected:
     Ref<RecordingView> view(const std::string& name, uint32_t flags = 0) {
         return make<RecordingView>(log_, name, CmRect{0, 0, 100, 100}, flags);
@@ -265,7 +266,7 @@ TEST_F(UViewTree, FindsTheDeepestViewInFrontAtAPoint) {
         {{70, 10}, true, "none"},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.point.x << "," << c.point.y << (c.deep ? " deep" : ""));
+        SCOPED_TRACE(::testing::Message() << c.point.x << "," << c.point.y << (c.deep ? " deep" : ""));
         UView* found = root->findViewAt(c.point, c.deep);
         EXPECT_EQ(found ? static_cast<RecordingView*>(found)->name() : "none", c.found);
     }
@@ -308,6 +309,7 @@ public:
 };
 
 TEST_F(UViewTree, TellsItsDependentsOfSizePlaceAndEnd) {
+    ASSERT_NE(UpdateHandler::instance(), nullptr);
     Dependent dependent;
     auto observed = make<UView>(CmRect{0, 0, 10, 10});
     observed->addDependent(&dependent);
