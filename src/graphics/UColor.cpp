@@ -92,7 +92,7 @@ bool parseHsl(std::string_view text, UColor& color) {
         return false;
     const int32_t alpha = std::clamp(parts[3], 0, 100);
     color = UColor::fromHsl({double(parts[0] % 360), double(parts[1]), double(parts[2])},
-                            static_cast<uint8_t>(std::lround(alpha * 2.55)));
+                            static_cast<uint8_t>((alpha * 255 + 50) / 100));
     return true;
 }
 

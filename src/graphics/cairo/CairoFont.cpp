@@ -107,8 +107,7 @@ void CairoFont::readGlyphs(uint32_t first, uint32_t end) {
         FT_Fixed advance = 0;
         if (glyph.glyph == 0 || FT_Get_Advance(face.get(), glyph.glyph, FT_LOAD_NO_SCALE, &advance) != 0)
             continue;
-        const double scaled =
-            static_cast<double>(advance) * std::round(size_ * advanceUnit) / face->units_per_EM;
+        const double scaled = static_cast<double>(advance) * (size_ * advanceUnit) / face->units_per_EM;
         glyph.advance = static_cast<int32_t>(std::floor(scaled + 0.5));
         glyph.state = SimpleGlyph::State::present;
     }

@@ -101,8 +101,9 @@ std::shared_ptr<CairoFontFace> CairoFontCollection::createFace(const std::string
 }
 
 Ref<GraphicsFont> CairoFontCollection::findFont(const FontRequest& request) {
-    const double size =
-        std::clamp(std::isfinite(request.size) ? request.size : smallestSize, smallestSize, largestSize);
+    const double wanted = std::isfinite(request.size) ? request.size : smallestSize;
+    // Pango counts sizes in 1/1024 pixel; both ways of measuring must start from the same one.
+    const double size = std::floor(std::clamp(wanted, smallestSize, largestSize) * 1024) / 1024;
     const uint32_t style = request.style & faceStyles;
     Key key(request.face, size, style);
     const auto kept = fonts_.find(key);

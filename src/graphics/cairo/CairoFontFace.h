@@ -1,6 +1,7 @@
 #pragma once
 
 #include "graphics/cairo/CairoHandle.h"
+
 #include <qorl/Geometry.h>
 
 #include <cstdint>

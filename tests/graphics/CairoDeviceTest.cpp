@@ -1,0 +1,397 @@
+#include "graphics/GraphicsFactory.h"
+#include "graphics/UBitmap.h"
+#include "graphics/UDrawDevice.h"
+#include "support/GoldenImage.h"
+#include "support/TestGraphics.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+namespace qorl {
+
+namespace {
+
+constexpr uint32_t black = 0xFF000000;
+constexpr uint32_t red = 0xFFFF0000;
+constexpr uint32_t white = 0xFFFFFFFF;
+
+class CairoDeviceTest : public ::testing::Test {
+protected:
+    void SetUp() override { testing::useGraphics(); }
+
+    static Ref<SurfaceTarget> surface(CmSize size, double scale = 1.0) {
+        auto target = make<SurfaceTarget>(size, scale);
+        UDrawDevice device(target.get());
+        device.fillRect({0, 0, 10000, 10000});
+        return target;
+    }
+    static uint32_t pixel(SurfaceTarget& target, int32_t x, int32_t y) {
+        const PixelLock pixels(*target.getImage());
+        return pixels->getRow(y)[x];
+    }
+    /// The box of all pixels that are not white.
+    static CmRect drawn(SurfaceTarget& target) {
+        const PixelLock pixels(*target.getImage());
+        CmRect box;
+        for (int32_t y = 0; y < pixels->height; ++y)
+            for (int32_t x = 0; x < pixels->width; ++x)
+                if (pixels->getRow(y)[x] != white)
+                    box = box.unite({x, y, x + 1, y + 1});
+        return box;
+    }
+    static int countColors(SurfaceTarget& target) {
+        const PixelLock pixels(*target.getImage());
+        std::vector<uint32_t> colors;
+        for (int32_t y = 0; y < pixels->height; ++y)
+            for (int32_t x = 0; x < pixels->width; ++x)
+                if (std::find(colors.begin(), colors.end(), pixels->getRow(y)[x]) == colors.end())
+                    colors.push_back(pixels->getRow(y)[x]);
+        return static_cast<int>(colors.size());
+    }
+};
+
+TEST_F(CairoDeviceTest, UprightShapesFallOnWholePixelsAtEveryScale) {
+    for (const double scale : {1.0, 1.25, 1.5, 1.75, 2.0, 2.5, 3.0}) {
+        SCOPED_TRACE(scale);
+        auto target = surface({120, 120}, scale);
+        {
+            UDrawDevice device(target.get());
+            device.setBrushColor(StandardColor::red);
+            device.fillRect({3, 3, 10, 8});
+            device.setPenColor(StandardColor::red);
+            device.drawFrame({12, 3, 20, 9});
+            device.moveTo({3, 13});
+            device.lineTo({20, 13});
+            device.moveTo({5, 16});
+            device.lineTo({5, 30});
+            device.setPen(UPen(StandardColor::red, 3));
+            device.drawFrame({12, 16, 30, 30});
+        }
+        EXPECT_EQ(countColors(*target), 2) << "no half covered pixels";
+    }
+}
+
+TEST_F(CairoDeviceTest, LinesHoldBothTheirEnds) {
+    auto target = surface({20, 20});
+    {
+        UDrawDevice device(target.get());
+        device.moveTo({3, 4});
+        device.lineTo({8, 4});
+    }
+    EXPECT_EQ(drawn(*target), (CmRect{3, 4, 9, 5}));
+    target = surface({20, 20});
+    {
+        UDrawDevice device(target.get());
+        device.moveTo({6, 9});
+        device.lineTo({6, 2});
+    }
+    EXPECT_EQ(drawn(*target), (CmRect{6, 2, 7, 10}));
+}
+
+TEST_F(CairoDeviceTest, FramesStayInsideTheirRectangle) {
+    auto target = surface({40, 40});
+    {
+        UDrawDevice device(target.get());
+        device.drawFrame({5, 6, 25, 16});
+    }
+    EXPECT_EQ(drawn(*target), (CmRect{5, 6, 25, 16}));
+    EXPECT_EQ(pixel(*target, 6, 7), white);
+    EXPECT_EQ(pixel(*target, 5, 6), black);
+    EXPECT_EQ(pixel(*target, 24, 15), black);
+}
+
+TEST_F(CairoDeviceTest, NothingIsDrawnBeyondTheClip) {
+    const auto drawAll = [](UDrawDevice& device, UBitmap& picture) {
+        device.setBrushColor(StandardColor::red);
+        device.fillRect({0, 0, 50, 50});
+        device.setPen(UPen(StandardColor::blue, 5));
+        device.drawFrame({2, 2, 48, 48});
+        device.moveTo({0, 0});
+        device.lineTo({50, 50});
+        device.drawEllipse({0, 0, 50, 50}, 0, fullCircle);
+        device.fillRoundRect({1, 1, 49, 49}, 10);
+        device.drawString(ConstString("WWWWWWWW"), CmRect{0, 0, 50, 50},
+                          Justify::center | Justify::verticalCenter);
+        device.drawString(ConstString(u"\u05E9\u05DC\u05D5\u05DD\u05E9"), CmRect{0, 0, 50, 50},
+                          Justify::verticalCenter);
+        device.drawBitmap(&picture, {0, 0, 50, 50});
+        device.drawBitmapAlpha(&picture, {0, 0, 8, 8}, {0, 0, 50, 50}, 0.5);
+        device.clearRect({0, 0, 50, 50});
+    };
+    UBitmap picture({8, 8});
+    for (const double scale : {1.0, 1.5}) {
+        auto target = surface({80, 80}, scale);
+        {
+            UDrawDevice device(target.get());
+            device.setClip({20, 22, 30, 28});
+            drawAll(device, picture);
+            device.saveState();
+            device.concatTransformMatrix(TransformMatrix::rotation(0.3, {25, 25}));
+            drawAll(device, picture);
+            device.restoreState();
+        }
+        const CmRect clip = scale == 1.0 ? CmRect{20, 22, 30, 28} : CmRect{30, 33, 45, 42};
+        EXPECT_EQ(drawn(*target), clip);
+    }
+}
+
+TEST_F(CairoDeviceTest, ClipsAreReplacedNotMerged) {
+    auto target = surface({40, 40});
+    {
+        UDrawDevice device(target.get());
+        device.setClip({0, 0, 5, 5});
+        device.fillEllipse({0, 0, 40, 40}, 0, fullCircle, true);
+        device.setBrushColor(StandardColor::red);
+        device.setClip({30, 30, 35, 35});
+        device.fillRect({0, 0, 40, 40});
+    }
+    EXPECT_EQ(drawn(*target), (CmRect{30, 30, 35, 35}));
+}
+
+TEST_F(CairoDeviceTest, TextKeepsItsPixelsWhereverItStands) {
+    const auto drawAt = [](CmPoint place) {
+        auto target = surface({120, 40});
+        UDrawDevice device(target.get());
+        device.drawString(ConstString("Level \xC3\xA4"), place);
+        return target;
+    };
+    auto first = drawAt({10, 20});
+    auto second = drawAt({27, 31});
+    const CmRect a = drawn(*first);
+    const CmRect b = drawn(*second);
+    ASSERT_EQ(b, a.moved(17, 11));
+    for (int32_t y = a.top; y < a.bottom; ++y)
+        for (int32_t x = a.left; x < a.right; ++x)
+            ASSERT_EQ(pixel(*first, x, y), pixel(*second, x + 17, y + 11));
+}
+
+TEST_F(CairoDeviceTest, TransparentPixelsComeBackByClear) {
+    auto target = surface({10, 10});
+    {
+        UDrawDevice device(target.get());
+        device.clearRect({2, 2, 4, 4});
+    }
+    EXPECT_EQ(pixel(*target, 2, 2), 0u);
+    EXPECT_EQ(pixel(*target, 4, 4), white);
+}
+
+TEST_F(CairoDeviceTest, AttachedMemoryIsDrawnInto) {
+    std::vector<uint32_t> memory(20 * 10, white);
+    platform::PixelSurface pixels{reinterpret_cast<uint8_t*>(memory.data()), 20, 10, 20 * 4, 2.0};
+    SurfaceTarget target;
+    ASSERT_TRUE(target.attach(pixels));
+    const Ref<GraphicsImage> image = target.getImage();
+    EXPECT_TRUE(target.attach(pixels));
+    EXPECT_EQ(target.getImage(), image) << "the same memory needs nothing new";
+    {
+        UDrawDevice device(&target);
+        device.setBrushColor(StandardColor::red);
+        device.fillRect({1, 1, 2, 2});
+    }
+    EXPECT_EQ(memory[2 * 20 + 2], red);
+    EXPECT_EQ(memory[3 * 20 + 3], red);
+    EXPECT_EQ(memory[4 * 20 + 4], white);
+    EXPECT_FALSE(target.attach({}));
+    EXPECT_EQ(target.getTargetImage(), nullptr);
+}
+
+TEST_F(CairoDeviceTest, KeptCopiesFollowTheirSource) {
+    UBitmap picture({4, 4});
+    const auto fillPicture = [&](StandardColor color) {
+        UDrawDevice device(&picture);
+        device.setBrushColor(color);
+        device.fillRect({0, 0, 4, 4});
+    };
+    auto target = surface({20, 20});
+    const auto show = [&] {
+        UDrawDevice device(target.get());
+        device.drawBitmap(&picture, {0, 0, 16, 16});
+        return pixel(*target, 8, 8);
+    };
+    fillPicture(StandardColor::red);
+    EXPECT_EQ(show(), red);
+    fillPicture(StandardColor::black);
+    EXPECT_EQ(show(), black);
+    const auto section = picture.createSection({1, 1, 3, 3});
+    {
+        UDrawDevice device(target.get());
+        device.drawBitmap(section.get(), {0, 0, 16, 16});
+    }
+    fillPicture(StandardColor::red);
+    {
+        UDrawDevice device(target.get());
+        device.drawBitmap(section.get(), {0, 0, 16, 16});
+    }
+    EXPECT_EQ(pixel(*target, 8, 8), red) << "a section of a picture that changed";
+}
+
+TEST_F(CairoDeviceTest, SurvivesAnyNumbers) {
+    auto target = surface({20, 20});
+    const auto backEnd = getGraphicsFactory()->createDrawDevice(target.get());
+    const auto font = getGraphicsFactory()->getFontCollection()->findFont({{}, 12, 0});
+    UBitmap picture({4, 4});
+    const auto path = getGraphicsFactory()->createGraphicsPath();
+    const double numbers[] = {NAN, INFINITY, -INFINITY, 1e300, -1e300, 1e9, 0, -5};
+    for (const double a : numbers) {
+        for (const double b : numbers) {
+            const DrawRect rect{a, b, b, a};
+            backEnd->setPenWidth(a);
+            backEnd->drawLine({a, b}, {b, a});
+            backEnd->drawRect(rect, DrawMode::both);
+            backEnd->drawEllipse(rect, DrawMode::both);
+            backEnd->clearRect(rect);
+            backEnd->drawBitmap(picture.getBackendImage(), {a, b}, nullptr);
+            backEnd->drawBitmapStretched(picture.getBackendImage(), rect, rect, b, Interpolation::best);
+            backEnd->drawString(u"text", rect, font.get(), black, 5);
+            path->clear();
+            path->addRoundRect(rect, a);
+            path->addArc(rect, a, b);
+            LineStyle style;
+            style.dashCount = 99;
+            style.dashLengths[0] = a;
+            style.dashLengths[1] = b;
+            style.dashOffset = a;
+            style.miterLimit = b;
+            backEnd->setLineStyle(style);
+            backEnd->drawPath(path.get(), DrawMode::both, nullptr);
+            backEnd->setLineStyle(LineStyle::solid());
+            backEnd->saveGlobalState();
+            backEnd->concatTransformMatrix({a, b, a, b, b, a});
+            backEnd->drawRect({1, 1, 5, 5}, DrawMode::both);
+            backEnd->drawString(u"text", {1, 1, 5, 5}, font.get(), black, 5);
+            backEnd->drawBitmap(picture.getBackendImage(), {1, 1}, nullptr);
+            backEnd->setClip(rect);
+            backEnd->restoreGlobalState();
+        }
+    }
+    EXPECT_EQ(backEnd->restoreGlobalState(), Result::failure);
+    backEnd->setClip({0, 0, 20, 20});
+    backEnd->setBrushColor(red);
+    EXPECT_EQ(backEnd->drawRect({0, 0, 20, 20}, DrawMode::fill), Result::ok);
+    EXPECT_EQ(pixel(*target, 10, 10), red) << "the device still draws";
+}
+
+void drawPrimitives(UDrawDevice& device) {
+    device.setPenColor(StandardColor::darkblue);
+    device.setBrushColor(StandardColor::lightblue);
+    device.fillRect({5, 5, 35, 25});
+    device.drawFrame({5, 5, 35, 25});
+    device.fillRoundRect({40, 5, 80, 25}, 6);
+    device.drawRoundRect({40, 5, 80, 25}, 6);
+    device.fillEllipse({85, 5, 115, 25}, 0, fullCircle, true);
+    device.drawEllipse({85, 5, 115, 25}, 0, fullCircle);
+    device.fillEllipse({120, 5, 150, 25}, 0.5, 4, true);
+    device.drawEllipse({120, 5, 150, 25}, 0.5, 4);
+    const std::vector<CmPoint> triangle{{5, 50}, {20, 30}, {35, 50}};
+    device.fillPolygon(triangle);
+    device.drawPolygon(triangle);
+    device.setPen(UPen(StandardColor::darkred, 3));
+    const std::vector<CmPoint> zigzag{{40, 48}, {50, 32}, {60, 48}, {70, 32}, {80, 48}};
+    device.drawPolyline(zigzag);
+    device.setPen(UPen(StandardColor::black, 1, UPen::Kind::dotted));
+    device.drawFrame({85, 30, 115, 50});
+    auto style = std::make_shared<LineStyle>();
+    style->dashCount = 2;
+    style->dashLengths[0] = 3;
+    style->dashLengths[1] = 2;
+    style->cap = LineCap::round;
+    UPen dashed(StandardColor::darkgreen, 2);
+    dashed.setLineStyle(style);
+    device.setPen(dashed);
+    device.moveTo({120, 50});
+    device.lineTo({150, 30});
+}
+
+void drawTexts(UDrawDevice& device) {
+    struct Text {
+        const char* text;
+        uint32_t style;
+        int32_t just;
+    };
+    const Text texts[] = {
+        {"Regular 0123", 0, Justify::left},
+        {"Bold", UFont::bold, Justify::center},
+        {"underline", UFont::underline, Justify::right},
+        {"strikeout", UFont::strikeout, Justify::left},
+        {"mono ii WW", UFont::monoSpacing, Justify::center},
+        {"\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D e\xCC\x81", 0, Justify::right},
+        {"two\nlines", 0, Justify::center | Justify::verticalCenter},
+    };
+    CmRect rect{5, 5, 155, 22};
+    for (const Text& text : texts) {
+        UFont font(10, text.style);
+        font.setColor(StandardColor::darkblue);
+        device.setFont(font);
+        if (text.text[3] == '\n')
+            rect.bottom = rect.top + 40;
+        device.drawString(ConstString(text.text), rect, text.just, 2);
+        rect = rect.moved(0, rect.height() + 1);
+    }
+}
+
+TEST_F(CairoDeviceTest, DrawsAsTheReferenceShows) {
+    for (const double scale : {1.0, 1.5, 2.0}) {
+        const std::string suffix = "@" + std::to_string(static_cast<int>(scale * 100));
+        auto shapes = surface({int32_t(160 * scale), int32_t(60 * scale)}, scale);
+        {
+            UDrawDevice device(shapes.get());
+            drawPrimitives(device);
+        }
+        EXPECT_GOLDEN(*shapes->getImage(), "graphics/primitives" + suffix);
+        auto texts = surface({int32_t(160 * scale), int32_t(160 * scale)}, scale);
+        {
+            UDrawDevice device(texts.get());
+            drawTexts(device);
+        }
+        EXPECT_GOLDEN(*texts->getImage(), "graphics/text" + suffix);
+    }
+}
+
+TEST_F(CairoDeviceTest, TurnsEverythingAsTheReferenceShows) {
+    auto target = surface({160, 160});
+    UBitmap picture({16, 16});
+    {
+        UDrawDevice device(&picture);
+        device.setBrushColor(StandardColor::orange);
+        device.fillRect({0, 0, 16, 16});
+        device.drawFrame({2, 2, 14, 14});
+    }
+    {
+        UDrawDevice device(target.get());
+        device.concatTransformMatrix(TransformMatrix::rotation(std::numbers::pi / 8, {80, 50}));
+        drawPrimitives(device);
+        device.drawBitmap(&picture, {5, 60, 45, 100});
+        UFont font(10, UFont::underline);
+        device.setFont(font);
+        device.drawString(ConstString("turned"), CmRect{50, 60, 150, 80}, Justify::left);
+    }
+    EXPECT_GOLDEN(*target->getImage(), "graphics/turned");
+}
+
+TEST_F(CairoDeviceTest, ScalesPicturesAsTheReferenceShows) {
+    UBitmap picture({8, 8});
+    {
+        UDrawDevice device(&picture);
+        device.setBrushColor(StandardColor::green);
+        device.fillEllipse({0, 0, 8, 8}, 0, fullCircle, true);
+        device.setPenColor(StandardColor::red);
+        device.moveTo({0, 0});
+        device.lineTo({7, 7});
+    }
+    auto target = surface({100, 40});
+    {
+        UDrawDevice device(target.get());
+        device.drawBitmapAt(&picture, {2, 2});
+        device.drawBitmap(&picture, {12, 2, 36, 26}, Interpolation::nearest);
+        device.drawBitmap(&picture, {38, 2, 62, 26}, Interpolation::linear);
+        device.drawBitmapAlpha(&picture, {0, 0, 8, 8}, {64, 2, 88, 26}, 0.5, Interpolation::best);
+        device.drawBitmap(&picture, {90, 2, 94, 6}, Interpolation::best);
+        picture.drawTiled(device, {0, 0, 8, 8}, {2, 28, 31, 39});
+    }
+    EXPECT_GOLDEN(*target->getImage(), "graphics/pictures");
+}
+
+} // namespace
+
+} // namespace qorl
