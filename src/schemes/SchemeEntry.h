@@ -16,14 +16,14 @@ struct SchemeEntry {
     Kind kind = Kind::color;
     std::string_view name;
 
-    UColor color;       ///< Of a colour.
+    UColor color{};     ///< Of a colour.
     uint32_t group = 0; ///< Of a colour: group bits of the skin.
     int32_t metric = 0; ///< Of a metric.
 
-    std::string_view faces;          ///< Of a font: names parted by commas; empty for the default face.
-    int32_t fontSize = 0;            ///< In points.
-    uint32_t fontStyle = 0;          ///< Style flags of `UFont`.
-    std::optional<UColor> fontColor; ///< None keeps the colour that the key had.
+    std::string_view faces{};          ///< Of a font: names parted by commas; empty for the default face.
+    int32_t fontSize = 0;              ///< In points.
+    uint32_t fontStyle = 0;            ///< Style flags of `UFont`.
+    std::optional<UColor> fontColor{}; ///< None keeps the colour that the key had.
 };
 
 /// Receives a scheme that is written back to a document.
