@@ -104,8 +104,9 @@ TEST_F(TextTest, CountsWhatFits) {
     for (int32_t count = 0; count <= text.size(); ++count) {
         const double exactly = face->measureWidth(ConstString(text, 0, count));
         EXPECT_EQ(face->countFitting(text, exactly), count);
-        if (count > 0)
+        if (count > 0) {
             EXPECT_EQ(face->countFitting(text, exactly - 0.01), count - 1);
+        }
     }
     EXPECT_EQ(face->countFitting(ConstString("\xC3\xBC\xC3\xBC\xC3\xBC"),
                                  face->measureWidth(ConstString("\xC3\xBC\xC3\xBC"))),
@@ -150,13 +151,19 @@ TEST_F(TextTest, ValuesFollowWhatTheyAreSetTo) {
     EXPECT_EQ(UFont(-5).getStringWidth(ConstString("ab")), -10) << "no font of a size below 1";
 }
 
+ShapedRun runOf(double width) {
+    ShapedRun run;
+    run.width = width;
+    return run;
+}
+
 TEST(ShapedRunCache, DropsTheLongestUnused) {
     ShapedRunCache cache;
     const auto line = [](size_t i) { return ConstString(std::to_string(i).c_str()).toUtf16(); };
     for (size_t i = 0; i < ShapedRunCache::capacity; ++i)
-        cache.add(line(i), {.width = double(i)});
+        cache.add(line(i), runOf(double(i)));
     ASSERT_NE(cache.find(line(0)), nullptr);
-    cache.add(u"new", {.width = -1});
+    cache.add(u"new", runOf(-1));
     EXPECT_EQ(cache.count(), ShapedRunCache::capacity);
     EXPECT_EQ(cache.find(line(1)), nullptr);
     ASSERT_NE(cache.find(line(0)), nullptr);

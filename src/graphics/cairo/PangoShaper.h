@@ -4,13 +4,10 @@
 
 #include <fontconfig/fontconfig.h>
 #include <memory>
+#include <pango/pango.h>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-
-struct _PangoContext;
-struct _PangoFont;
-struct _PangoFontMap;
 
 namespace qorl {
 
@@ -31,12 +28,12 @@ public:
 
 private:
     bool start();
-    std::shared_ptr<CairoFontFace> faceOf(_PangoFont* font);
+    std::shared_ptr<CairoFontFace> faceOf(PangoFont* font);
 
     FcConfig* configuration_;
-    _PangoFontMap* fontMap_ = nullptr;
-    _PangoContext* context_ = nullptr;
-    std::unordered_map<_PangoFont*, std::shared_ptr<CairoFontFace>> faces_; ///< One reference on each key.
+    PangoFontMap* fontMap_ = nullptr;
+    PangoContext* context_ = nullptr;
+    std::unordered_map<PangoFont*, std::shared_ptr<CairoFontFace>> faces_; ///< One reference on each key.
 };
 
 } // namespace qorl
