@@ -8,6 +8,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qorl DESTINATION ${CMAKE_INSTALL
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qorl-frame
     FILES_MATCHING PATTERN "*.h" PATTERN "precompiled.h" EXCLUDE)
 
+string(REPLACE ";" " " QORL_REQUIRES "${QORL_PACKAGES}")
 set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/qorl-frame)
 install(EXPORT qorl-frame-targets NAMESPACE qorl:: DESTINATION ${packageFolder})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/qorl-frame-config.cmake.in
@@ -19,7 +20,6 @@ install(FILES ${CMAKE_BINARY_DIR}/qorl-frame-config.cmake ${CMAKE_BINARY_DIR}/qo
 
 file(RELATIVE_PATH QORL_PREFIX_FROM_PC
     /root/${CMAKE_INSTALL_LIBDIR}/pkgconfig /root)
-string(REPLACE ";" " " QORL_REQUIRES "${QORL_PACKAGES}")
 foreach(name qorl-frame qorl-classes)
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${name}.pc.in ${CMAKE_BINARY_DIR}/${name}.pc @ONLY)
     install(FILES ${CMAKE_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
