@@ -1,0 +1,53 @@
+#include "skin/PreviewController.h"
+
+#include "binding/StringValue.h"
+#include "foundation/Cast.h"
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+TEST(PreviewController, MakesValuesOnDemandAndOnce) {
+    auto preview = make<PreviewController>();
+    EXPECT_FALSE(preview->findValue("gain"));
+    Binding::Value* gain = preview->getValue("gain");
+    EXPECT_EQ(gain->getMax(), 100);
+    EXPECT_EQ(preview->getValue("gain"), gain);
+    EXPECT_EQ(preview->getSubController("eq")->getSubController("low")->getValue("gain"),
+              preview->getValue("eq/low/gain"));
+    EXPECT_NE(preview->getSubController("eq")->getValue("gain"), gain);
+}
+
+TEST(PreviewController, ReadsValuesAndTellsFaultsByLine) {
+    auto preview = make<PreviewController>();
+    DiagnosticList faults;
+    EXPECT_FALSE(preview->readValues("# levels\ngain = -3 in -20..20\n\nname=\"Main = out\"\r\neq/low = 40\n"
+                                     "broken\nloud = very\nfar = 5 in 9..1\nover = 101\n= 5\n",
+                                     "values.txt", faults));
+    EXPECT_EQ(preview->findValue("gain")->getValue(), -3);
+    EXPECT_EQ(preview->findValue("gain")->getMin(), -20);
+    EXPECT_EQ(cast<Binding::StringValue>(preview->findValue("name"))->getText().string().toUtf8(),
+              "Main = out");
+    EXPECT_EQ(preview->getSubController("eq")->getValue("low")->getValue(), 40);
+    std::string lines;
+    for (const Diagnostic& fault : faults.all())
+        lines += toText(fault.position) + " ";
+    EXPECT_EQ(lines, "values.txt:6:1 values.txt:7:1 values.txt:8:1 values.txt:9:1 values.txt:10:1 ");
+}
+
+TEST(PreviewController, TakesNumbersAndTexts) {
+    auto preview = make<PreviewController>();
+    EXPECT_TRUE(preview->setValue("gain", "30"));
+    EXPECT_TRUE(preview->setValue("gain", "400"));
+    EXPECT_EQ(preview->findValue("gain")->getValue(), 100) << "limited by the range";
+    EXPECT_FALSE(preview->setValue("gain", "loud"));
+    EXPECT_TRUE(preview->setValue("name", "loud"));
+    EXPECT_TRUE(preview->setValue("name", "30"));
+    EXPECT_EQ(cast<Binding::StringValue>(preview->findValue("name"))->getText().string().toUtf8(), "30");
+}
+
+} // namespace
+
+} // namespace qorl

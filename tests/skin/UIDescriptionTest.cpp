@@ -1,0 +1,279 @@
+#include "SkinFixture.h"
+#include "graphics/UColor.h"
+#include "persistence/FUrl.h"
+#include "skin/SkinAttributeReader.h"
+#include "skin/SkinLimits.h"
+#include "support/TestPaths.h"
+#include "views/UView.h"
+
+#include <fstream>
+
+namespace qorl::testing {
+
+namespace {
+
+using Section = UIDescription::Section;
+
+std::string namesOf(SkinElement& section) {
+    std::string names;
+    for (const SkinElement* child : section.children())
+        names += std::string(names.empty() ? "" : " ") + std::string(child->name());
+    return names;
+}
+
+class UIDescriptionTest : public SkinFixture {
+protected:
+    UIDescription& document() { return *wizard().description(); }
+    const SkinElement& element(std::string_view templateName, size_t index = 0) {
+        return *document().findTemplate(templateName)->children()[index];
+    }
+    std::string firstError() {
+        const auto& findings = wizard().loader().diagnostics();
+        return findings.empty() ? "" : toText(findings.front());
+    }
+    std::string write(const std::string& name, const std::string& text) {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+        return (folder_ / name).string();
+    }
+    bool loadFile(const std::string& path) { return wizard().load(FUrl(ConstString(path))); }
+
+    TemporaryFolder folder_;
+};
+
+TEST_F(UIDescriptionTest, KeepsAttributesAsNumbers) {
+    load("<template name='T' size='1,2,30,40' style='dialogstyle|sizable' id='main' min-size='5,6'>"
+         "<slider name='gain' style='vertical' attach='left|bottom' offset='3,-4' focus='none'/>"
+         "<for range='-1,5' offset='0,20' variable='[i]'/>"
+         "<control class='X' anything='goes' name='c'/>"
+         "<label rect='10,20,50,45'/>"
+         "</template>");
+    const ViewElement& t = *document().findTemplate("T");
+    EXPECT_EQ(t.rect(), (CmRect{1, 2, 31, 42}));
+    EXPECT_EQ(t.keywords(SkinAttribute::style), 0x800F1);
+    EXPECT_EQ(t.point(SkinAttribute::minSize), (CmPoint{5, 6}));
+    const auto& slider = static_cast<const ViewElement&>(element("T", 0));
+    EXPECT_EQ(slider.attach(), 0x900u);
+    EXPECT_EQ(slider.keywords(SkinAttribute::style), 1);
+    EXPECT_EQ(slider.point(SkinAttribute::offset), (CmPoint{3, -4}));
+    EXPECT_EQ(slider.focus(), ViewElement::Focus::none);
+    EXPECT_EQ(element("T", 1).point(SkinAttribute::range), (CmPoint{-1, 5}));
+    EXPECT_EQ(element("T", 1).integer(SkinAttribute::step, 1), 1);
+    SkinAttributeWriter written;
+    element("T", 2).writeAttributes(written);
+    EXPECT_EQ(written.attributes(), (std::vector<std::pair<std::string, std::string>>{
+                                        {"name", "c"}, {"class", "X"}, {"anything", "goes"}}));
+    EXPECT_EQ(static_cast<const ViewElement&>(element("T", 3)).rect(), (CmRect{10, 20, 50, 45}));
+}
+
+TEST_F(UIDescriptionTest, KnowsWhereEachElementStands) {
+    ASSERT_TRUE(
+        wizard().loadFromString("<template name='A'>\n  <label/>\n</template>\n <template name='B'><row\n/>"
+                                "</template>  <template name='C'/>",
+                                UIDescriptionLoader::Merge::replace, "dialogs"));
+    EXPECT_EQ(toText(document().findTemplate("A")->mark().position()), "dialogs:1:1");
+    EXPECT_EQ(toText(element("A").mark().position()), "dialogs:2:3");
+    EXPECT_EQ(toText(document().findTemplate("B")->mark().position()), "dialogs:4:2");
+    EXPECT_EQ(toText(element("B").mark().position()), "dialogs:4:22");
+    EXPECT_EQ(toText(document().findTemplate("C")->mark().position()), "dialogs:5:16");
+}
+
+TEST_F(UIDescriptionTest, MergesRepeatedSectionsAndSortsByName) {
+    load("<skin><resources><bitmap name='b' path='1'/></resources><templates><template name='z'/></templates>"
+         "<template name='m' size='1,0,0,0'/><resources><bitmap name='a' path='2'/><taglist "
+         "name='a'/></resources>"
+         "<templates><template name='a'/><template name='m' size='2,0,0,0'/></templates></skin>");
+    EXPECT_EQ(namesOf(document().section(Section::templates)), "a m m z");
+    EXPECT_EQ(namesOf(document().section(Section::resources)), "a a b");
+    EXPECT_EQ(document().findTemplate("m")->size().left, 1) << "the first of equal names wins";
+    EXPECT_TRUE(document().findTagList("a"));
+    EXPECT_FALSE(document().findTagList("b")) << "names go by kind";
+    EXPECT_FALSE(document().findTemplate(""));
+}
+
+TEST_F(UIDescriptionTest, DecidesVariantsOutsideOfTemplatesWhileReading) {
+    wizard().setCondition("big");
+    load("<skin><resources><variant condition='big'><bitmap name='in' path='x'/></variant>"
+         "<variant condition='small'><bitmap name='out' path='x'/><nonsense/></variant>"
+         "<variant><bitmap name='free' path='x'/></variant></resources>"
+         "<variant condition='LINUX AND NOT WINDOWS'><definitions><define name='d' "
+         "value='-7'/></definitions></variant>"
+         "<templates><template name='T'><variant "
+         "condition='small'><label/></variant></template></templates></skin>");
+    EXPECT_EQ(namesOf(document().section(Section::resources)), "free in");
+    int32_t value = 0;
+    EXPECT_TRUE(document().findDefine("d", value));
+    EXPECT_EQ(value, -7);
+    EXPECT_EQ(element("T").type(), SkinType::variant) << "kept, and decided at each build";
+}
+
+TEST_F(UIDescriptionTest, EvaluatesSizesOverSiblingsMetricsAndDefinitions) {
+    load("<skin><definitions><define name='gap' value='5'/><define name='a.b' value='9'/></definitions>"
+         "<scheme><size name='buttonheight' value='33'/></scheme><templates><template name='T'>"
+         "<view name='later' size='first.right+def.gap,def.a.b,10,scheme.buttonheight'/>"
+         "<view name='first' size='10,0,20,20'/>"
+         "<variant condition='never'><view name='hidden' size='500,0,1,1'/></variant>"
+         "<variant condition='LINUX'><view name='shown' size='70,0,1,1'/></variant>"
+         "<view name='v' size='hidden.left+1,shown.left,1,1'/>"
+         "<view name='nested' size='0,0,9,9'><view name='deep' size='first.left+1,0,1,1'/></view>"
+         "</template></templates></skin>");
+    const auto rect = [this](size_t i) { return static_cast<const ViewElement&>(element("T", i)).rect(); };
+    EXPECT_EQ(rect(0), (CmRect{35, 9, 45, 42}));
+    EXPECT_EQ(rect(4), (CmRect{1, 70, 2, 71}));
+    EXPECT_EQ(static_cast<const ViewElement&>(*element("T", 5).children()[0]).size().left, 1)
+        << "first is no sibling there";
+}
+
+TEST_F(UIDescriptionTest, FailsChainsOfSizesPastTheTenth) {
+    std::string text = "<template name='T'><view name='v0' size='1,0,0,0'/>";
+    for (int i = 1; i <= 12; ++i)
+        text +=
+            "<view name='v" + std::to_string(i) + "' size='v" + std::to_string(i - 1) + ".left+1,0,0,0'/>";
+    load(text + "</template>");
+    const auto left = [this](size_t i) {
+        return static_cast<const ViewElement&>(element("T", i)).size().left;
+    };
+    EXPECT_EQ(left(10), 11);
+    EXPECT_EQ(left(11), 0) << "needs an eleventh level";
+    EXPECT_EQ(left(12), 0);
+    EXPECT_EQ(wizard().loader().diagnostics().size(), 2u);
+}
+
+TEST_F(UIDescriptionTest, RefusesSizesThatFanOut) {
+    std::string text = "<template name='T'>";
+    for (int i = 0; i < 11; ++i) {
+        std::string next = "v" + std::to_string(i + 1) + ".left";
+        std::string size = next;
+        for (int k = 0; k < 40; ++k)
+            size += "+" + next;
+        text += "\n<view name='v" + std::to_string(i) + "' size='" + size + ",0,0,0'/>";
+    }
+    text += "<view name='v11' size='1,0,0,0'/></template>";
+    EXPECT_FALSE(wizard().loadFromString(text));
+    EXPECT_THAT(firstError(), ::testing::StartsWith("(text):11:"));
+    EXPECT_THAT(firstError(),
+                ::testing::HasSubstr("error: the size expressions of the document need more than"));
+}
+
+TEST_F(UIDescriptionTest, AnswersAndChangesInfos) {
+    load("<skin><header><info name='Author' value='me'/><bitmap name='Preview-Bitmap' "
+         "path='p.png'/></header></skin>");
+    std::string text;
+    EXPECT_TRUE(document().getInfo("Author", text));
+    EXPECT_EQ(text, "me");
+    EXPECT_TRUE(document().getInfo("Preview-Bitmap", text));
+    EXPECT_EQ(text, "p.png");
+    EXPECT_FALSE(document().setInfo("Version", "1", false));
+    EXPECT_TRUE(document().setInfo("Version", "1", true));
+    EXPECT_TRUE(document().setInfo("Author", "you", false));
+    EXPECT_TRUE(document().getInfo("Author", text) && text == "you");
+}
+
+TEST_F(UIDescriptionTest, ColoursFollowTheOrder) {
+    load("<skin><scheme><color name='mine' value='#01020304'/><color name='hyperlink' value='mine'/>"
+         "<color name='bad' value='#12345'/></scheme></skin>");
+    UColor color;
+    EXPECT_TRUE(document().findColor("mine", color));
+    EXPECT_EQ(color.packed(), 0x04010203u);
+    EXPECT_EQ(GlobalSchemes::main()->getColor(SchemeColor::hyperlink).packed(), 0x04010203u)
+        << "a colour may name one above it";
+    document().setColor("mine", UColor::fromPacked(0xFF00FF00));
+    document().setColor("new", UColor::fromPacked(0xFF0000FF));
+    EXPECT_TRUE(document().findColor("mine", color) && color.packed() == 0xFF00FF00);
+    EXPECT_TRUE(document().findColor("new", color) && color.packed() == 0xFF0000FF);
+    EXPECT_TRUE(wizard().findColor("undefined", color));
+    EXPECT_EQ(color.packed(), 0u);
+}
+
+TEST_F(UIDescriptionTest, AddsFragmentsToTheCurrentDocument) {
+    load("<template name='b'/>");
+    ASSERT_TRUE(
+        wizard().loadFromString("<template name='a'/><template name='c'/>", UIDescriptionLoader::Merge::add));
+    EXPECT_EQ(namesOf(document().section(Section::templates)), "a b c");
+    EXPECT_FALSE(wizard().loadFromString("<template name='d'>", UIDescriptionLoader::Merge::add));
+    EXPECT_EQ(namesOf(document().section(Section::templates)), "a b c") << "a failed load changes nothing";
+}
+
+TEST_F(UIDescriptionTest, FollowsIncludesTwoLevelsDeep) {
+    write("two.xml", "<skin><templates><template name='b'/></templates></skin>");
+    write("one.xml",
+          "<skin><header><include file='two.xml'/></header><definitions><define name='d' value='1'/>"
+          "</definitions><templates><template name='c'/></templates></skin>");
+    const std::string main = write(
+        "skin.xml", "<skin><header><include file='one.xml' condition='LINUX'/><include file='gone.xml' "
+                    "condition='NEVER'/></header><definitions><define name='d' value='2'/></definitions>"
+                    "<templates><template name='a' size='def.d,0,0,0'/></templates></skin>");
+    ASSERT_TRUE(loadFile(main)) << wizard().getErrorText();
+    EXPECT_EQ(namesOf(document().section(Section::templates)), "a b c");
+    EXPECT_EQ(document().findTemplate("a")->size().left, 2) << "the including document's own comes first";
+    const auto includes = document().findTemplate("b")->mark().includes();
+    ASSERT_EQ(includes.size(), 2u);
+    EXPECT_EQ(includes[1].file, main);
+}
+
+TEST_F(UIDescriptionTest, KeepsTheDocumentWhenAReloadFails) {
+    const std::string main = write("skin.xml", "<template name='a'/>");
+    ASSERT_TRUE(loadFile(main));
+    write("skin.xml", "<template name='a'>");
+    EXPECT_FALSE(wizard().reload());
+    EXPECT_TRUE(document().findTemplate("a"));
+    write("skin.xml", "<template name='b'/>");
+    EXPECT_TRUE(wizard().reload());
+    EXPECT_TRUE(document().findTemplate("b"));
+}
+
+TEST_F(UIDescriptionTest, ReadsOnlyTheSectionsThatAreWanted) {
+    wizard().loader().setSectionMask(UIDescriptionParser::header);
+    load("<skin><header><info name='n' value='v'/></header><templates><template name='t'/></templates>"
+         "<resources><bitmap/></resources></skin>");
+    std::string text;
+    EXPECT_TRUE(document().getInfo("n", text));
+    EXPECT_FALSE(document().findTemplate("t"));
+    EXPECT_FALSE(document().peekSection(Section::resources));
+}
+
+TEST_F(UIDescriptionTest, KeepsProgramsAndOnRequestComments) {
+    const uint32_t options = UIDescription::options();
+    UIDescription::setOptions(options | UIDescription::keepComments);
+    load("<skin><scripts><script name='s'>a &lt; b<!-- no --> &amp;&amp; <![CDATA[<c>]]></script></scripts>"
+         "<templates><template name='t'><!-- here --><label/></template></templates></skin>");
+    UIDescription::setOptions(options);
+    EXPECT_EQ(document().findScript("s")->program(), "a < b && <c>");
+    EXPECT_EQ(element("t").type(), SkinType::comment);
+    EXPECT_EQ(element("t").text(SkinAttribute::comment), " here ");
+}
+
+TEST_F(UIDescriptionTest, RefusesWhatIsTooLarge) {
+    std::string attributes;
+    for (int i = 0; i <= SkinLimits::attributesOfElement; ++i)
+        attributes += " a" + std::to_string(i) + "=''";
+    const struct {
+        const char* what;
+        std::string text;
+        const char* expected;
+    } cases[] = {
+        {"depth",
+         [] {
+             std::string text = "<template>\n";
+             for (int i = 0; i < 100'000; ++i)
+                 text += "<view>";
+             return text;
+         }(),
+         "(text):2:"},
+        {"attributes", "<template>\n <view" + attributes + "/></template>",
+         "(text):2:2: error: an element has at most"},
+        {"token", "<template>\n<view name='" + std::string(2 << 20, 'x') + "'/></template>", "(text):2:"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_FALSE(wizard().loadFromString(c.text));
+        EXPECT_THAT(firstError(), ::testing::StartsWith(c.expected));
+    }
+    const std::string path = write("large.xml", "<skin>");
+    std::filesystem::resize_file(path, (int64_t{64} << 20) + 1);
+    EXPECT_FALSE(loadFile(path));
+    EXPECT_THAT(firstError(), ::testing::HasSubstr("large.xml:1:1: error: the document is too large"));
+}
+
+} // namespace
+
+} // namespace qorl::testing

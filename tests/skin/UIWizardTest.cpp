@@ -1,0 +1,343 @@
+#include "SkinFixture.h"
+#include "binding/IntValue.h"
+#include "binding/StringValue.h"
+#include "foundation/Cast.h"
+#include "foundation/FMessage.h"
+#include "persistence/FAttributes.h"
+#include "skin/ControllerScope.h"
+#include "skin/FController.h"
+#include "skin/UViewClass.h"
+#include "views/UBaseView.h"
+#include "views/controls/UControl.h"
+
+#include <map>
+#include <set>
+
+namespace qorl::testing {
+
+namespace {
+
+/// Answers from tables and writes down what it is asked.
+class TestController : public UValueContainer {
+public:
+    std::set<std::string> trueNames;
+    std::vector<std::string> askedConditions;
+    std::vector<std::string> created;
+    std::vector<std::string> finished;
+    std::string dropped;
+    int32_t loopFirst = 0;
+    int32_t loopLast = -1;
+
+    bool getCondition(const char* name) override {
+        askedConditions.emplace_back(name);
+        return trueNames.contains(name);
+    }
+    UView* viewCreated(UView* view, const ViewElement* element) override {
+        created.emplace_back(element->name());
+        return element->name() == dropped ? nullptr : view;
+    }
+    void templateCreated(UView*, const ViewElement* element) override {
+        finished.emplace_back(element->name());
+    }
+    int32_t handleMessage(FMessage* message) override {
+        if (!message->isNamed("WizardForLoopParams") || loopLast < loopFirst)
+            return notHandled;
+        message->setInt("first", loopFirst);
+        message->setInt("final", loopLast);
+        return handled;
+    }
+    Binding::IntValue* add(const char* name) {
+        auto value = make<Binding::IntValue>(0, 10);
+        setValue(name, value);
+        return value.get();
+    }
+};
+
+/// Titles and places of the subviews, in order.
+std::string list(UView& view) {
+    std::string text;
+    view.forEachSubView([&text](UView& child) {
+        const CmRect& frame = child.getFrameRect();
+        text += (text.empty() ? "" : " ") + child.getTitle().toUtf8() + "@" + std::to_string(frame.left) +
+                "," + std::to_string(frame.top);
+    });
+    return text;
+}
+
+class UIWizardTest : public SkinFixture {
+protected:
+    /// The view of template "T", which `content` stands in.
+    Ref<UView> build(std::string_view content) {
+        load("<template name='T' size='0,0,100,100'>" + std::string(content) + "</template>" + others_);
+        return wizard().createView("T", controller_.get(), nullptr);
+    }
+    std::string built(std::string_view content) { return list(*build(content)); }
+
+    Ref<TestController> controller_ = make<TestController>();
+    std::string others_;
+};
+
+TEST_F(UIWizardTest, LoopsCountAndMove) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"variable='[i]' range='0,3' offset='5,1'", "0@0,0 1@5,1 2@10,2 3@15,3"},
+        {"variable='[i]' range='3,1' offset='5,0'", "3@0,0 2@5,0 1@10,0"},
+        {"variable='[i]' range='2,2'", "2@0,0"},
+        {"variable='[i]' range='0,4' step='2'", "0@0,0 2@0,0"},
+        {"variable='[i]' range='0,5' step='2'", "0@0,0 2@0,0 4@0,0"},
+        {"variable='[i]' range='0,1' step='3'", ""},
+        {"variable='[i]' range='-1,0' offset='0,-3'", "-1@0,0 0@0,-3"},
+        {"variable='[i]' range='0,3' offset='5,0' condition='on[i]' style='failskip'", "1@0,0 3@5,0"},
+        {"variable='[i]' range='0,3' offset='5,0' condition='on[i]' style='failspace'", "1@5,0 3@15,0"},
+        {"variable='[i]' range='0,3' offset='5,0' condition='on[i]'", ""},
+        {"variable='[i]' range='1,3' offset='5,0' condition='on[i]'", "1@0,0"},
+        {"data='rows' variable='[i]' range='0,9'", "7@0,0 8@0,0"},
+    };
+    controller_->trueNames = {"on1", "on3"};
+    controller_->loopFirst = 7;
+    controller_->loopLast = 8;
+    for (const auto& [attributes, expected] : cases)
+        EXPECT_EQ(built("<for " + std::string(attributes) + "><label titleNT='[i]' size='0,0,9,9'/></for>"),
+                  expected)
+            << attributes;
+}
+
+TEST_F(UIWizardTest, VariablesBuildNamesTogether) {
+    for (const char* name : {"row0", "row1"})
+        controller_->add(name);
+    const Ref<UView> view =
+        build("<for variable='[r]' range='0,1'><mutable variable='WHAT|[x]' setting='row'>"
+              "<slider name='WHAT[r]' size='0,0,9,9'/><label titleNT='[x]WHAT-[r]'/>"
+              "<variant condition='show-top[r]'><label/></variant></mutable></for>");
+    EXPECT_EQ(cast<UControl>(view->getSubView(2))->getValueObject(), controller_->getValue("row1"));
+    EXPECT_EQ(view->getSubView(3)->getTitle().toUtf8(), "row-1") << "a setting that is not there is empty";
+    EXPECT_EQ(view->getSubView(2)->getItem().name(), "row1");
+    EXPECT_EQ(controller_->askedConditions, (std::vector<std::string>{"show-top0", "show-top1"}));
+    EXPECT_EQ(wizard().substitute("WHAT"), "WHAT") << "variables end with the build";
+}
+
+TEST_F(UIWizardTest, ConditionsOfTheBuildComeAndGo) {
+    wizard().setCondition("kept");
+    EXPECT_EQ(built("<set condition='a| b'><variant condition='a AND b'><label titleNT='ab'/></variant></set>"
+                    "<variant condition='a'><label titleNT='late'/></variant>"
+                    "<mutable impose='c|kept'><variant condition='c'><label titleNT='c'/></variant></mutable>"
+                    "<variant condition='c'><label titleNT='late'/></variant>"
+                    "<variant condition='kept'><label titleNT='kept'/></variant>"
+                    "<set condition='kept'/>"
+                    "<variant condition='kept'><label titleNT='gone'/></variant>"
+                    "<variant><label titleNT='free'/></variant>"),
+              "ab@0,0 c@0,0 kept@0,0 free@0,0");
+}
+
+TEST_F(UIWizardTest, AControllerElementLeadsInAndDotsLeadOut) {
+    auto inner = make<TestController>();
+    auto innermost = make<TestController>();
+    controller_->setSubController("in", inner.get(), false);
+    inner->setSubController("most", innermost.get(), false);
+    const struct {
+        const char* name;
+        Binding::Value* expected;
+    } cases[] = {
+        {"x", innermost->add("x")},
+        {"../y", inner->add("y")},
+        {"../../z", controller_->add("z")},
+        {"../../../z", controller_->getValue("z")},
+        {"../most/x", innermost->getValue("x")},
+        {"../nobody/x", nullptr},
+        {"none", nullptr},
+        {"", nullptr},
+    };
+    std::string content = "<controller name='in'><controller name='most'>";
+    for (const auto& c : cases)
+        content += "<slider name='" + std::string(c.name) + "' size='0,0,9,9'/>";
+    content +=
+        "</controller></controller><controller name='absent'><label/></controller><slider name='in/y'/>";
+
+    const Ref<UView> view = build(content);
+
+    ASSERT_EQ(view->getSubViewCount(), static_cast<int32_t>(std::size(cases)) + 1);
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        auto* value = cast<UControl>(view->getSubView(static_cast<int32_t>(i)))->getValueObject();
+        if (cases[i].expected)
+            EXPECT_EQ(value, cases[i].expected) << cases[i].name;
+        else
+            EXPECT_EQ(value->getMax(), 100) << cases[i].name;
+    }
+    EXPECT_EQ(cast<UControl>(view->getLastSubView())->getValueObject(), inner->getValue("y"));
+    EXPECT_FALSE(ControllerScope::innermost());
+}
+
+TEST_F(UIWizardTest, AsksConditionsAlongPaths) {
+    auto inner = make<TestController>();
+    controller_->setSubController("in", inner.get(), false);
+    inner->trueNames = {"lit"};
+    EXPECT_TRUE(wizard().evaluate("in/lit AND NOT in/dark AND NOT lit", controller_.get()));
+    EXPECT_FALSE(wizard().evaluate("out/lit", controller_.get()));
+    EXPECT_TRUE(wizard().evaluate("LINUX", controller_.get()));
+    EXPECT_FALSE(wizard().evaluate("WINDOWS", nullptr));
+}
+
+TEST_F(UIWizardTest, FallsBackToTheValueTheOuterControllerHolds) {
+    controller_->add("x");
+    EXPECT_EQ(wizard().findValue("../x", controller_.get()).get(), controller_->getValue("x"));
+    auto outer = make<TestController>();
+    outer->add("x");
+    const ControllerScope scope(outer.get());
+    EXPECT_EQ(wizard().findValue("../x", controller_.get()).get(), outer->getValue("x"));
+}
+
+TEST_F(UIWizardTest, ControllersSeeAndDropViews) {
+    controller_->dropped = "b";
+    EXPECT_EQ(built("<label name='a' titleNT='a'/><label name='b' titleNT='b'><label name='inside'/></label>"
+                    "<view name='V'/>"),
+              "a@0,0 @0,0");
+    EXPECT_EQ(controller_->created, (std::vector<std::string>{"a", "b", "V"}));
+    EXPECT_EQ(controller_->finished, (std::vector<std::string>{"T"}));
+}
+
+UView* makeProbe(const ViewElement& element, IController*) {
+    return new UView(CmRect{0, 0, 7, 7}, ConstString(element.name()));
+}
+
+TEST_F(UIWizardTest, ViewsComeFromTemplatesClassesOrNowhere) {
+    UViewClass::add("probe", makeProbe);
+    UControlClass::add("probe", makeProbe);
+    others_ = "<template name='probe-template' size='3,3,20,30' title='by template'/>"
+              "<template name='fitted'><label size='5,6,10,10'/></template>";
+    const Ref<UView> view =
+        build("<view name='probe-template' size='50,60,0,5'/><view name='probe'/>"
+              "<view name='fitted'/><control class='probe' name='c'/><control class='?'><label/>"
+              "</control><view titleNT='plain' size='1,1,2,2'/>");
+    ASSERT_EQ(view->getSubViewCount(), 5);
+    EXPECT_EQ(view->getSubView(0)->getFrameRect(), (CmRect{50, 60, 70, 65}));
+    EXPECT_EQ(view->getSubView(0)->getTitle().toUtf8(), "by template");
+    EXPECT_EQ(view->getSubView(1)->getTitle().toUtf8(), "probe");
+    EXPECT_EQ(view->getSubView(2)->getFrameSize(), (CmSize{15, 16})) << "takes the size of its content";
+    EXPECT_EQ(view->getSubView(3)->getTitle().toUtf8(), "c");
+    EXPECT_EQ(view->getSubView(4)->getFrameRect(), (CmRect{1, 1, 3, 3}));
+}
+
+TEST_F(UIWizardTest, ATemplateMakesABaseView) {
+    load("<template name='T' size='5,5,80,60' title='Panel' style='dialogstyle' sizelimit='10,20,300,400' "
+         "view-style='focusController' attach='all' background='#112233' wallpaper='W'><label/></template>"
+         "<template name='W' size='0,0,5,5' title='wall'/>");
+    const Ref<UView> view = wizard().createView("T", controller_.get(), nullptr);
+    auto* base = cast<UBaseView>(view.get());
+    ASSERT_TRUE(base);
+    EXPECT_EQ(base->getWindowStyle(), 0x800F0u);
+    EXPECT_EQ(base->getWindowSizeLimits(), (CmRect{10, 20, 300, 400}));
+    EXPECT_TRUE(base->hasBaseFlag(UBaseView::baseControllerFocus));
+    EXPECT_EQ(base->getController(), controller_.get());
+    EXPECT_EQ(base->getBackgroundColor(base).packed(), 0xFF112233u);
+    EXPECT_EQ(base->getAttach(), uint32_t{viewAttachAll});
+    EXPECT_EQ(base->getSubView(0)->getTitle().toUtf8(), "wall") << "behind all others";
+    EXPECT_EQ(base->getSubView(0)->getFrameRect(), (CmRect{0, 0, 80, 60}));
+    EXPECT_EQ(toText(view->getSource()->position()), "(text):1:1");
+    EXPECT_FALSE(wizard().createView("none", controller_.get(), nullptr));
+}
+
+TEST_F(UIWizardTest, ViewsRememberTheirPlaceAfterTheDocumentIsGone) {
+    const Ref<UView> view = build("\n <label/>");
+    load("<template name='other'/>");
+    EXPECT_EQ(toText(view->getSubView(0)->getSource()->position()), "(text):2:2");
+}
+
+TEST_F(UIWizardTest, FillsAViewThatIsGiven) {
+    load("<template name='T' size='1,2,30,40' title='given'><label titleNT='x'/></template>");
+    const Ref<UView> given = make<UBaseView>();
+    EXPECT_EQ(wizard().createView("T", controller_.get(), given.get()).get(), given.get());
+    EXPECT_EQ(given->getFrameRect(), (CmRect{1, 2, 31, 42}));
+    EXPECT_EQ(list(*given), "x@0,0");
+    EXPECT_FALSE(cast<UBaseView>(given)->getController()) << "the owner of the view sets it";
+}
+
+TEST_F(UIWizardTest, DefinesValuesLocallyBeforeGlobally) {
+    const Ref<UView> view =
+        build("<valuedefine name='v' type='int' scope='global' min='-5' max='5' default='3'/>"
+              "<slider name='v'/><valuedefine name='v' type='int' scope='local' max='7' default='1'/><slider "
+              "name='v'/>"
+              "<valuedefine name='s' type='string' scope='global' default='words'/><edit name='s'/>"
+              "<valuedefine name='b' type='bool' scope='global' default='1'/><checkbox name='b'/>");
+    const auto value = [&view](int32_t i) { return cast<UControl>(view->getSubView(i))->getValueObject(); };
+    EXPECT_EQ(value(0)->getMin(), -5);
+    EXPECT_EQ(value(0)->getValue(), 3);
+    EXPECT_EQ(value(1)->getMax(), 7);
+    EXPECT_EQ(cast<Binding::StringValue>(value(2))->getText().string().toUtf8(), "words");
+    EXPECT_EQ(value(3)->getValue(), 1);
+    value(0)->setValue(-2);
+    build("<valuedefine name='v' type='int' scope='global' min='-3' max='9' default='8'/><slider name='v'/>");
+    EXPECT_EQ(value(0)->getValue(), -2) << "a reload keeps the number";
+    EXPECT_EQ(value(0)->getMax(), 9) << "and takes the range";
+    auto other = make<TestController>();
+    EXPECT_EQ(wizard().findValue("v", other.get()).get(), value(0))
+        << "local values stay with their controller";
+    const Binding::Value* local = wizard().findValue("v", controller_.get()).get();
+    EXPECT_EQ(local, value(1));
+    controller_ = make<TestController>();
+    EXPECT_EQ(wizard().findValue("v", controller_.get()).get(), value(0)) << "and go with it";
+}
+
+TEST_F(UIWizardTest, ReloadTellsListeners) {
+    struct Listener : CmObject {
+        int32_t handleMessage(FMessage* message) override {
+            heard += message->isNamed("ReloadDescription");
+            return handled;
+        }
+        int heard = 0;
+    };
+    auto listener = make<Listener>();
+    wizard().addListener(listener.get());
+    FMessage message(ConstString("ReloadDescription"));
+    EXPECT_EQ(wizard().handleMessage(&message), CmObject::handled);
+    wizard().removeListener(listener.get());
+    wizard().handleMessage(&message);
+    EXPECT_EQ(listener->heard, 1);
+}
+
+TEST_F(UIWizardTest, NestedWizardsShareTheDocument) {
+    load("<template name='T'/>");
+    wizard().setCondition("outer");
+    const auto nested = make<UIWizard>(wizard());
+    nested->setCondition("inner");
+    EXPECT_EQ(nested->description(), wizard().description());
+    EXPECT_TRUE(nested->hasCondition("outer"));
+    EXPECT_FALSE(wizard().hasCondition("inner"));
+    UIWizard* global = UIWizard::instance();
+    {
+        const WizardScope scope(nested);
+        EXPECT_EQ(UIWizard::instance(), nested.get());
+    }
+    EXPECT_EQ(UIWizard::instance(), global);
+}
+
+TEST_F(UIWizardTest, FramesStackWhatTheyHold) {
+    const Ref<UView> view =
+        build("<col margin='2' spacing='3' width='50'><view size='0,0,10,10' titleNT='a'/><row margin='0' "
+              "spacing='1'>"
+              "<view size='0,0,4,4' titleNT='b'/><view size='0,0,4,4' titleNT='c'/></row></col>"
+              "<row><view size='0,0,4,4'/></row>");
+    UView* column = view->getSubView(0);
+    EXPECT_EQ(list(*column), "a@2,2 @2,15");
+    EXPECT_EQ(list(*column->getSubView(1)), "b@0,0 c@5,0");
+    EXPECT_EQ(column->getFrameSize(), (CmSize{50, 21})) << "at least as wide as it says";
+    EXPECT_EQ(view->getSubView(1)->getSubView(0)->getFrameRect().left, 8)
+        << "the scheme's margin without one";
+}
+
+TEST_F(UIWizardTest, TitlesTipsAndCommandsReachTheView) {
+    const Ref<UView> view =
+        build("<button name='go' title='Go' tip='Goes' command='Transport|Start' id='start' "
+              "focus='no' attach='right' size='0,0,9,9'/>");
+    UView* button = view->getSubView(0);
+    EXPECT_EQ(button->getTitle().toUtf8(), "Go");
+    EXPECT_EQ(button->getTooltipText().toUtf8(), "Goes");
+    EXPECT_EQ(button->getItem().name(), "start");
+    EXPECT_EQ(button->getAttach(), uint32_t{viewAttachRight});
+    EXPECT_FALSE(button->isFocusable());
+    String category, name;
+    EXPECT_TRUE(cast<UControl>(button)->getCommand(category, name));
+    EXPECT_EQ(category.toUtf8() + "|" + name.toUtf8(), "Transport|Start");
+}
+
+} // namespace
+
+} // namespace qorl::testing
