@@ -1,6 +1,7 @@
 #include "skin/SkinAttributeReader.h"
 
 #include "skin/SizeExpression.h"
+#include "skin/Suggestion.h"
 
 #include <charconv>
 #include <cstring>
@@ -82,10 +83,26 @@ AttributeValue SkinAttributeReader::convert(SkinStore& store, SkinType type, Ski
 
 void SkinAttributeReader::reportUnknownWords(const KeywordSet& set, std::string_view text) {
     size_t position = 0;
-    for (auto word = nextKeyword(text, position); !word.empty(); word = nextKeyword(text, position))
-        if (!hasKeyword(set, word))
-            report(Severity::warning,
-                   tag(type_) + " knows no " + std::string(nameOf(value_.attribute)) + " " + quoted(word));
+    for (auto word = nextKeyword(text, position); !word.empty(); word = nextKeyword(text, position)) {
+        if (hasKeyword(set, word))
+            continue;
+        Suggestion suggestion(word);
+        for (const auto& table : {set.choice, set.flags, set.moreFlags, set.furtherFlags})
+            for (const Keyword& keyword : table)
+                suggestion.offer(keyword.word);
+        report(Severity::warning, tag(type_) + " knows no " + std::string(nameOf(value_.attribute)) + " " +
+                                      quoted(word) + suggestion.text("'", "'"));
+    }
+}
+
+void SkinAttributeReader::reportIllegal(std::string_view name) {
+    Suggestion suggestion(name);
+    for (size_t i = 1; i < static_cast<size_t>(SkinAttribute::count); ++i) {
+        const auto attribute = static_cast<SkinAttribute>(i);
+        if (ruleOf(type_, attribute).form != AttributeForm::illegal)
+            suggestion.offer(nameOf(attribute));
+    }
+    report(Severity::warning, tag(type_) + " has no attribute " + quoted(name) + suggestion.text("'", "'"));
 }
 
 void SkinAttributeReader::convertKeywords(const KeywordSet& set, std::string_view text,
@@ -114,7 +131,7 @@ const AttributeValue* SkinAttributeReader::next() {
     const AttributeRule& rule = ruleOf(type_, attribute);
     if (rule.form == AttributeForm::illegal) {
         if (!traitsOf(type_).keepsUnknown)
-            report(Severity::warning, tag(type_) + " has no attribute " + quoted(name));
+            reportIllegal(name);
         value_ = keepForeign(name, text);
         return &value_;
     }

@@ -43,6 +43,7 @@ private:
 
     AttributeValue keepForeign(std::string_view name, std::string_view text);
     void convertKeywords(const KeywordSet& set, std::string_view text, AttributeValue& value);
+    void reportIllegal(std::string_view name);
     void reportUnknownWords(const KeywordSet& set, std::string_view text);
 
     SkinStore& store_;

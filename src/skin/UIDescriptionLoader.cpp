@@ -71,7 +71,8 @@ Ref<UIDescription> UIDescriptionLoader::loadFile(Load& load, const std::string& 
     const SourceMark blamed = includedFrom.isKnown() ? includedFrom : start;
     const FPath file{ConstString(path)};
     if (!load.fileSystem || !load.fileSystem->exists(file)) {
-        fail(blamed, "Skin file \n\n'" + path + "'\n\nnot found");
+        fail(blamed, "Skin file '" + path + "' not found");
+        errorText_ = "Skin file \n\n'" + path + "'\n\nnot found";
         return nullptr;
     }
     Ref<FFileStream> stream = load.fileSystem->openFile(

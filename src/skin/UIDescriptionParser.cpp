@@ -3,6 +3,7 @@
 #include "persistence/FMemoryStream.h"
 #include "persistence/FStream.h"
 #include "skin/SkinLimits.h"
+#include "skin/Suggestion.h"
 
 #include <algorithm>
 
@@ -152,6 +153,16 @@ bool UIDescriptionParser::isWithinLimits(const char** attributes) {
     return false;
 }
 
+void UIDescriptionParser::reportUnknown(std::string_view name, bool reserved) {
+    Suggestion suggestion(name);
+    for (int32_t i = 0; i < skinTypeCount && !reserved; ++i)
+        if (traitsOf(static_cast<SkinType>(i)).hasFactory)
+            suggestion.offer(nameOf(static_cast<SkinType>(i)));
+    document_.report(Severity::warning, mark(),
+                     (reserved ? "reserved element " : "unknown element ") + tag(name) +
+                         ": skipped with all that is in it" + suggestion.text("<", ">"));
+}
+
 void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char** attributes) {
     if (hasFailed() || reported_)
         return;
@@ -162,9 +173,7 @@ void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char
     SkinType type = SkinType::unknown;
     const bool known = findSkinType(name, type);
     if (!known || !traitsOf(type).hasFactory) {
-        document_.report(Severity::warning, mark(),
-                         (known ? "reserved element " : "unknown element ") + tag(name) +
-                             ": skipped with all that is in it");
+        reportUnknown(name, known);
         skip();
         return;
     }

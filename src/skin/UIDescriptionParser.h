@@ -75,6 +75,7 @@ private:
     bool isLegal(SkinType type) const;
     bool isWanted(Section section) const { return section == outside || (sectionMask_ & section); }
     void refuse(SkinType type);
+    void reportUnknown(std::string_view name, bool reserved);
     void skip() { skipDepth_ = 1; }
     void fail(std::string text);
     bool finish(bool parsed);

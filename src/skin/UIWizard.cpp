@@ -141,27 +141,34 @@ void UIWizard::removeListener(CmObject* listener) {
     std::erase(listeners_, listener);
 }
 
+void UIWizard::failSubstitution(std::string_view name, std::string_view text) {
+    substitutionBroken_ = true;
+    report(Severity::error, place_,
+           "putting in the variable '" + std::string(name) + "' has no end in '" +
+               std::string(text.substr(0, 80)) + "'");
+}
+
 std::string_view UIWizard::substitute(std::string_view text, Translate translateValues) {
     if (text.empty() || variables_.empty() || substitutionBroken_)
         return text;
     substitution_ = text;
     int32_t left = replacements;
     for (const auto& variable : variables_) {
-        size_t place = substitution_.find(variable->name());
+        const std::string& name = variable->name();
+        size_t place = substitution_.find(name);
         if (place == std::string::npos)
             continue;
         const std::string value = translateValues == Translate::yes
                                       ? translate(ConstString(variable->value())).toUtf8()
                                       : variable->value();
-        for (; place != std::string::npos; place = substitution_.find(variable->name())) {
-            substitution_.replace(place, variable->name().size(), value);
-            if (--left > 0 && substitution_.size() <= SkinLimits::substitutedBytes)
-                continue;
-            substitutionBroken_ = true;
-            report(Severity::error, place_,
-                   "putting in the variable '" + variable->name() + "' has no end in '" +
-                       std::string(text.substr(0, 80)) + "'");
-            return text;
+        while (place != std::string::npos) {
+            substitution_.replace(place, name.size(), value);
+            if (--left == 0 || substitution_.size() > SkinLimits::substitutedBytes) {
+                failSubstitution(name, text);
+                return text;
+            }
+            // The value may have completed a name that began in front of it, but no earlier one.
+            place = substitution_.find(name, place - std::min(place, name.size() - 1));
         }
     }
     return substitution_;

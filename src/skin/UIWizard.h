@@ -109,6 +109,7 @@ private:
     };
 
     void useDocument();
+    void failSubstitution(std::string_view name, std::string_view text);
 
     Conditions loadConditions_{*this, nullptr};
     UIDescriptionLoader loader_{&loadConditions_};

@@ -19,7 +19,7 @@ TEST(SkinType, NumbersTheTableByRow) {
     const std::pair<const char*, int> rows[] = {
         {"unknown", 0}, {"skin", 2},   {"bitmap", 8},   {"scheme", 21}, {"color", 22},
         {"size", 23},   {"frame", 36}, {"font", 39},    {"view", 47},   {"template", 48},
-        {"rowcol", 77}, {"west", 130}, {"locale", 131},
+        {"rowcol", 76}, {"west", 130}, {"locale", 131},
     };
     for (const auto& [tag, row] : rows) {
         SkinType type = SkinType::unknown;

@@ -24,7 +24,7 @@ public:
     std::vector<std::string> askedConditions;
     std::vector<std::string> created;
     std::vector<std::string> finished;
-    std::string dropped;
+    std::string dropped = "drop this";
     int32_t loopFirst = 0;
     int32_t loopLast = -1;
 
