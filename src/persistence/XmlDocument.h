@@ -1,0 +1,41 @@
+#pragma once
+
+#include "persistence/FAttributes.h"
+
+#include <string>
+#include <string_view>
+
+namespace qorl {
+
+/// Attributes as an XML document that people may read: one element an attribute, objects with class and
+/// number.
+namespace XmlDocument {
+
+/// Appends the document of `attributes` with the top element `tag` to `text`. False when an object in it has
+/// no attributes.
+bool write(std::string& text, std::string_view tag, const FAttributes& attributes);
+
+/// Adds what `text` holds to `attributes`. False, with "LINE:COLUMN: reason" in `error`, when it is no such
+/// document.
+bool read(std::string_view text, std::string_view tag, FAttributes& attributes, std::string* error = nullptr);
+
+} // namespace XmlDocument
+
+/// Settings files: one object each, stored by its attributes under a name in the user's settings folder. A
+/// name without an extension gets "xml". A failed or interrupted save leaves the earlier file.
+namespace XmlFile {
+
+bool save(const ConstString& name, std::string_view tag, CmObject& object);
+/// Falls back to the application's shared data.
+bool load(const ConstString& name, std::string_view tag, CmObject& object);
+bool exists(const ConstString& name);
+bool remove(const ConstString& name);
+bool rename(const ConstString& name, const ConstString& newName);
+/// Copies the file beside itself, with the extension "xml.backup".
+bool backup(const ConstString& name);
+/// Puts such a copy in the file's place. False when there is none.
+bool restore(const ConstString& name);
+
+} // namespace XmlFile
+
+} // namespace qorl
