@@ -3,15 +3,11 @@
 #include "foundation/CmString.h"
 #include "persistence/FDefaults.h"
 
-#include <functional>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace qorl {
-
-class FNPath;
 
 /// The user's settings that belong to no document, in named groups.
 ///
@@ -73,24 +69,18 @@ public:
     virtual Ref<FDefaults> createGroup(const ConstString& name);
 
 protected:
-    struct Group {
-        Ref<FDefaults> defaults;
-        int32_t version = 0;
-    };
-
-    bool isRemoved(const std::string& name) const;
-    static FNPath groupPath(const ConstString& name);
+    /// The load hook said no: nothing is read from files in this run.
+    bool isRefused() const { return noNewGroups_; }
 
 private:
-    void adoptGroup(Ref<FDefaults> group);
+    bool isRemoved(const std::string& name) const;
     bool loadFolder();
     bool loadSingleFile();
     bool saveFolder();
     bool saveAutoSavers(FAttributes& attributes);
     bool markExtracted();
 
-    std::unordered_map<std::string, Group> groups_;
-    std::vector<std::string> order_;
+    std::unordered_map<std::string, Ref<FDefaults>> groups_;
     std::vector<std::string> removedGroups_;
     std::vector<AutoSaver*> autoSavers_;
     Ref<FAttributes> savedAutoSaverAttributes_;

@@ -1,0 +1,207 @@
+#include "persistence/FDefaultPool.h"
+
+#include "persistence/FNFileSystem.h"
+#include "persistence/SettingsFolder.h"
+#include "persistence/XmlDocument.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+std::string calls;
+
+bool refuse() {
+    calls += "refused ";
+    return false;
+}
+
+class Saver : public AutoSaver {
+    QORL_CLASS(Saver, AutoSaver)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setInteger("state", state);
+        return true;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        state = attributes->getInteger("state");
+        return true;
+    }
+
+    int64_t state = 0;
+};
+
+/// The pool of the process, fresh for each test and with a folder of its own.
+class FDefaultPoolTest : public ::testing::TestWithParam<bool> {
+protected:
+    FDefaultPoolTest() { restart(); }
+    ~FDefaultPoolTest() override { pool().clear(); }
+
+    static FGlobalDefaultPool& pool() { return *FGlobalDefaultPool::instance(); }
+
+    /// As if the program had ended and begun again.
+    void restart() {
+        pool().clear();
+        calls.clear();
+        if (GetParam())
+            pool().setFolderMode();
+    }
+    bool loadAll() {
+        const bool isLoaded = pool().load();
+        pool().finishLoad();
+        return isLoaded;
+    }
+
+    SettingsFolder folder_;
+};
+
+TEST_P(FDefaultPoolTest, KeepsGroupsFromRunToRun) {
+    EXPECT_FALSE(loadAll());
+    pool().getGroup("Window \xC3\xA4", 3)->values().setInteger("left", 12);
+    pool().getGroup("Empty");
+    EXPECT_TRUE(pool().save(true));
+    restart();
+    EXPECT_TRUE(loadAll());
+    EXPECT_EQ(pool().getGroup("Window \xC3\xA4", 2), nullptr) << "another version";
+    FDefaults* group = pool().getGroup("Window \xC3\xA4", 3);
+    ASSERT_NE(group, nullptr);
+    EXPECT_EQ(group->values().getInteger("left"), 12);
+    EXPECT_EQ(group->version(), 3);
+    EXPECT_EQ(pool().getGroup(""), nullptr);
+    EXPECT_EQ(pool().getGroup("Unknown", 0, false), nullptr);
+    pool().setDisabled(true);
+    EXPECT_EQ(pool().getGroup("Window \xC3\xA4", 3), nullptr);
+}
+
+TEST_P(FDefaultPoolTest, SavesNothingBeforeItWasLoaded) {
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    EXPECT_FALSE(pool().save(true));
+    EXPECT_FALSE(folder_.has("settings"));
+}
+
+TEST_P(FDefaultPoolTest, AsksItsHooks) {
+    pool().setLoadHook(&refuse);
+    pool().setSaveHook(&refuse);
+    pool().addAfterLoadCallback(+[] { calls += "loaded "; });
+    pool().addBeforeSaveCallback(+[] { calls += "saving "; });
+    EXPECT_FALSE(loadAll());
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    EXPECT_TRUE(pool().save(false));
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_EQ(calls, "refused loaded refused saving refused ");
+    EXPECT_FALSE(folder_.has("settings"));
+}
+
+TEST_P(FDefaultPoolTest, RestoresAutoSaversAtTheEndOfTheLoad) {
+    loadAll();
+    {
+        Saver saver;
+        saver.state = 7;
+        EXPECT_TRUE(pool().save(true));
+    }
+    restart();
+    Saver saver;
+    EXPECT_TRUE(pool().load());
+    EXPECT_EQ(saver.state, 0);
+    pool().finishLoad();
+    EXPECT_EQ(saver.state, 7);
+}
+
+TEST_P(FDefaultPoolTest, ForgetsRemovedGroups) {
+    loadAll();
+    pool().getGroup("Old")->values().setInteger("n", 1);
+    pool().getGroup("Other")->values().setInteger("n", 2);
+    pool().save(true);
+    pool().removeGroup("Old");
+    EXPECT_EQ(pool().getGroup("Old"), nullptr);
+    pool().save(true);
+    restart();
+    loadAll();
+    EXPECT_TRUE(pool().getGroup("Old")->isEmpty());
+    EXPECT_EQ(pool().getGroup("Other")->values().getInteger("n"), 2);
+}
+
+TEST_P(FDefaultPoolTest, DisablesSettingsForOneRun) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    EXPECT_FALSE(pool().restore()) << "nothing was put aside";
+    // The run in which they are disabled saves settings of its own.
+    EXPECT_TRUE(pool().backup());
+    pool().getGroup("Group")->values().setInteger("n", 2);
+    pool().save(true);
+    restart();
+    EXPECT_TRUE(pool().restore());
+    EXPECT_FALSE(pool().restore());
+    loadAll();
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+}
+
+TEST_P(FDefaultPoolTest, PutsBadSettingsAway) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    EXPECT_TRUE(pool().trash());
+    EXPECT_EQ(folder_.has("settings/Defaults (Trashed).xml"), !GetParam());
+    restart();
+    EXPECT_FALSE(loadAll());
+    EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
+    pool().getGroup("Group")->values().setInteger("n", 3);
+    pool().save(true);
+    EXPECT_TRUE(pool().trash()) << "an earlier one is replaced";
+}
+
+TEST_P(FDefaultPoolTest, StartsAfreshOverADamagedFile) {
+    folder_.write("settings/Defaults.xml", "<Defaults><list name='Entries' type='li");
+    EXPECT_FALSE(loadAll());
+    EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    EXPECT_TRUE(pool().save(true));
+    restart();
+    EXPECT_TRUE(loadAll());
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+}
+
+TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
+    const FNPath path("/music/takes/one.wav");
+    path.saveDefault("Import");
+    FNPath other("x.wav");
+    EXPECT_TRUE(other.loadDefault("Import"));
+    EXPECT_EQ(other.toUtf8(), "/music/takes/x.wav");
+    EXPECT_FALSE(other.loadDefault("Export"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolTest, ::testing::Values(false, true),
+                         [](const auto& info) { return info.param ? "OneFileForEachGroup" : "OneFile"; });
+
+class FDefaultPoolFormTest : public FDefaultPoolTest {};
+
+TEST_P(FDefaultPoolFormTest, MovesToOneFileForEachGroup) {
+    loadAll();
+    EXPECT_TRUE(pool().preferencesNeedExtraction());
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    const std::string single = folder_.read("settings/Defaults.xml");
+    EXPECT_NE(single.find("<list name=\"Entries\" type=\"list\">"), std::string::npos);
+    EXPECT_NE(single.find("<string name=\"Group\" value=\"Group\"/>"), std::string::npos);
+    EXPECT_EQ(single.find("AutoSavers"), std::string::npos);
+    restart();
+    pool().setFolderMode();
+    EXPECT_TRUE(loadAll());
+    EXPECT_FALSE(pool().preferencesNeedExtraction());
+    pool().save(true);
+    EXPECT_FALSE(folder_.has("settings/Defaults.xml"));
+    // MD5 of "Group"
+    EXPECT_TRUE(folder_.has("settings/Defaults/03937134CEDAB9078BE39A77EE3A48A0.xml"));
+    restart();
+    pool().setFolderMode();
+    loadAll();
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolFormTest, ::testing::Values(false));
+
+} // namespace
+} // namespace qorl
