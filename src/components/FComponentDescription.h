@@ -3,6 +3,7 @@
 #include "foundation/CmObject.h"
 #include "foundation/FUID.h"
 #include "foundation/String.h"
+
 #include <qorl/Ref.h>
 
 namespace qorl {
@@ -34,9 +35,8 @@ public:
     virtual void getModuleName(String& text) const;
     virtual bool isAvailable() const { return available_; }
     virtual Ref<CmObject> createInstance(FInterface* context);
-    /// The object as another module wants it: with `wrapped` an object of ours, else the bare one. One
-    /// reference for the caller.
-    virtual FInterface* createRaw(bool wrapped);
+    /// The object as another module wants it: with `wrapped` an object of ours, else the bare one.
+    virtual Ref<FInterface> createRaw(bool wrapped);
 
     void setAvailable(bool available) { available_ = available; }
     uint32_t classFlags() const { return classFlags_; }
@@ -78,7 +78,7 @@ public:
 
     /// The object in a `CmDelegatingUnknown`.
     Ref<CmObject> createInstance(FInterface* context) override;
-    FInterface* createRaw(bool wrapped) override;
+    Ref<FInterface> createRaw(bool wrapped) override;
 
 private:
     ForeignCreate foreignCreate_;

@@ -20,17 +20,21 @@ protected:
 
 /// The directory of classes that can be created, by category; each category sorted by name.
 ///
-/// Made by the start-up hook "FComponentRegistry". Threading: the user-interface thread.
+/// Made by the application's `init`, or by the start-up hook "FComponentRegistry" where there is none yet.
+/// Threading: the user-interface thread.
 class FComponentRegistry : public CmObject {
     QORL_CLASS(FComponentRegistry, CmObject)
 
 public:
     /// Null before the start-up and after the end.
     static FComponentRegistry* instance();
+    /// Makes the one registry, unless it stands, and lets wrappers of foreign objects be restored through it.
+    static void makeInstance();
+    /// Lets it go. `makeInstance` makes a new one.
+    static void dropInstance();
 
-    FComponentRegistry();
+    FComponentRegistry() = default;
     FComponentRegistry(const FComponentRegistry&) = delete;
-    ~FComponentRegistry() override;
 
     /// Reads from the settings whether the component is available, tells the listeners, and enters it.
     void addComponent(Ref<FComponentDescription> description);
@@ -52,8 +56,8 @@ public:
     Ref<CmObject> create(FInterface* context, const ConstString& category, int32_t index);
     Ref<CmObject> create(FInterface* context, const ConstString& category, const ConstString& name);
     Ref<CmObject> create(FInterface* context, const FUID& id);
-    /// By `createRaw`: what a wrapper of a foreign object is restored through. One reference for the caller.
-    FInterface* createById(const FUID& id, bool wrapped);
+    /// By `createRaw`: what a wrapper of a foreign object is restored through.
+    Ref<FInterface> createById(const FUID& id, bool wrapped);
 
     /// Writes for each class of the category whether it is available.
     void saveAvailability(const ConstString& category);

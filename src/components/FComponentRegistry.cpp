@@ -1,0 +1,179 @@
+#include "components/FComponentRegistry.h"
+
+#include "foundation/CmDelegatingUnknown.h"
+#include "foundation/StartupHook.h"
+#include "persistence/FDefaultPool.h"
+
+#include <algorithm>
+
+namespace qorl {
+
+namespace {
+
+constinit FComponentRegistry* registry = nullptr;
+
+Ref<FInterface> createForeign(const FUID& classId) {
+    return registry ? registry->createById(classId, false) : nullptr;
+}
+
+bool startRegistry() {
+    FComponentRegistry::makeInstance();
+    return true;
+}
+
+const StartupHook hook{"FComponentRegistry", StartupHook::early, &startRegistry};
+
+/// The group of the settings that says whether the classes of a category are available.
+FAttributes* availability(const ConstString& category) {
+    auto* pool = FGlobalDefaultPool::instance();
+    String group;
+    group.printf8("Components\\Category %s\\Available", category.toUtf8().c_str());
+    FDefaults* defaults = pool ? pool->getGroup(group) : nullptr;
+    return defaults ? &defaults->values() : nullptr;
+}
+
+std::string keyOf(const FUID& id) {
+    char text[FUID::bracedLength + 1];
+    id.toBracedString(text);
+    return text;
+}
+
+bool sortsBefore(const Ref<FComponentDescription>& a, const Ref<FComponentDescription>& b) {
+    return a->compare(b.get()) < 0;
+}
+
+} // namespace
+
+FComponentRegistry* FComponentRegistry::instance() {
+    return registry;
+}
+
+void FComponentRegistry::makeInstance() {
+    if (registry)
+        return;
+    registry = new FComponentRegistry;
+    CmDelegatingUnknown::setCreator(&createForeign);
+}
+
+void FComponentRegistry::dropInstance() {
+    if (!registry)
+        return;
+    CmDelegatingUnknown::setCreator(nullptr);
+    registry->unloadAll();
+    std::exchange(registry, nullptr)->release();
+}
+
+void FComponentRegistry::addComponent(Ref<FComponentDescription> description) {
+    if (!description)
+        return;
+    if (const FAttributes* known = availability(description->getCategory()))
+        description->setAvailable(known->getInteger(keyOf(description->getId()), 1) != 0);
+    for (ComponentListener* listener : std::vector(listeners_))
+        listener->componentAdded(description.get());
+    changed(objectChanged);
+    Descriptions& list = categories_[description->getCategory()];
+    list.insert(std::upper_bound(list.begin(), list.end(), description, sortsBefore), std::move(description));
+}
+
+void FComponentRegistry::removeComponent(const FUID& id) {
+    const Ref<FComponentDescription> description = retain(findById(id));
+    if (!description)
+        return;
+    for (ComponentListener* listener : std::vector(listeners_))
+        listener->componentRemoved(description.get());
+    const auto found = categories_.find(description->getCategory());
+    if (found != categories_.end())
+        std::erase(found->second, description);
+    changed(objectChanged);
+}
+
+void FComponentRegistry::unloadAll() {
+    const auto gone = std::exchange(categories_, {});
+    changed(objectChanged);
+}
+
+const FComponentRegistry::Descriptions* FComponentRegistry::category(const ConstString& name) const {
+    const auto found = categories_.find(name);
+    return found == categories_.end() ? nullptr : &found->second;
+}
+
+int32_t FComponentRegistry::countInCategory(const ConstString& name) const {
+    const Descriptions* list = category(name);
+    return list ? static_cast<int32_t>(list->size()) : 0;
+}
+
+FComponentDescription* FComponentRegistry::getComponent(const ConstString& name, int32_t index) const {
+    return index >= 0 && index < countInCategory(name) ? (*category(name))[static_cast<size_t>(index)].get()
+                                                       : nullptr;
+}
+
+FComponentDescription* FComponentRegistry::findByName(const ConstString& category,
+                                                      const ConstString& name) const {
+    if (const Descriptions* list = this->category(category))
+        for (const auto& description : *list)
+            if (description->getName().compare(name, ConstString::all, true) == 0)
+                return description.get();
+    return nullptr;
+}
+
+FComponentDescription* FComponentRegistry::findByNumber(const ConstString& category, int32_t number) const {
+    if (const Descriptions* list = this->category(category))
+        for (const auto& description : *list)
+            if (description->number() == number)
+                return description.get();
+    return nullptr;
+}
+
+FComponentDescription* FComponentRegistry::findById(const FUID& id, const ConstString& category) const {
+    for (const auto& [name, list] : categories_) {
+        if (!category.isEmpty() && name != category)
+            continue;
+        for (const auto& description : list)
+            if (description->getId() == id)
+                return description.get();
+    }
+    return nullptr;
+}
+
+int32_t FComponentRegistry::getCardinality(const ConstString& category, int32_t index) const {
+    const FComponentDescription* description = getComponent(category, index);
+    return description ? description->getCardinality() : 1;
+}
+
+Ref<CmObject> FComponentRegistry::create(FInterface* context, const ConstString& category, int32_t index) {
+    FComponentDescription* description = getComponent(category, index);
+    return description ? description->createInstance(context) : nullptr;
+}
+
+Ref<CmObject> FComponentRegistry::create(FInterface* context, const ConstString& category,
+                                         const ConstString& name) {
+    FComponentDescription* description = findByName(category, name);
+    return description ? description->createInstance(context) : nullptr;
+}
+
+Ref<CmObject> FComponentRegistry::create(FInterface* context, const FUID& id) {
+    FComponentDescription* description = findById(id);
+    return description ? description->createInstance(context) : nullptr;
+}
+
+Ref<FInterface> FComponentRegistry::createById(const FUID& id, bool wrapped) {
+    FComponentDescription* description = findById(id);
+    return description ? description->createRaw(wrapped) : nullptr;
+}
+
+void FComponentRegistry::saveAvailability(const ConstString& category) {
+    FAttributes* known = availability(category);
+    const Descriptions* list = this->category(category);
+    if (known && list)
+        for (const auto& description : *list)
+            known->setInteger(keyOf(description->getId()), description->isAvailable() ? 1 : 0);
+}
+
+void FComponentRegistry::addListener(ComponentListener* listener) {
+    listeners_.push_back(listener);
+}
+void FComponentRegistry::removeListener(ComponentListener* listener) {
+    std::erase(listeners_, listener);
+}
+
+} // namespace qorl
