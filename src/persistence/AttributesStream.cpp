@@ -96,8 +96,11 @@ private:
     }
 
     bool writeInstance(CmObject* object) {
-        if (auto* reference = cast<FXmlReference>(object); reference && reference->target())
+        if (const auto* reference = cast<FXmlReference>(object)) {
+            if (!reference->target())
+                return writeSubkind(knownObject) && stream_.writeUInt64(reference->id());
             object = reference->target();
+        }
         const uint64_t id = StoredObject::idOf(object);
         if (!written_.insert(id).second)
             return writeSubkind(knownObject) && stream_.writeUInt64(id);

@@ -19,6 +19,7 @@ public:
 
     FNPath() = default;
     explicit FNPath(const ConstString& path, bool isFolder = false) : FPath(path, isFolder) {}
+    explicit FNPath(const char* path) : FPath(ConstString(path)) {}
     explicit FNPath(std::string_view utf8, bool isFolder = false) : FPath(ConstString(utf8), isFolder) {}
     /// `name` in a known folder, or in `subFolder` (parts divided by `/`) below it. Empty, and not valid,
     /// when a missing folder could not be made. An empty `name` stands for the folder.

@@ -46,7 +46,7 @@ TEST(StringNumbers, ReadsWholeNumbers) {
     };
     for (const auto& c : cases) {
         for (const bool wide : {false, true}) {
-            SCOPED_TRACE(testing::Message()
+            SCOPED_TRACE(::testing::Message()
                          << '"' << c.text << "\" from " << c.start << (wide ? " wide" : ""));
             int64_t number = 99;
             EXPECT_EQ(inWidth(c.text, wide).toInt64(number, c.start, c.scan), c.isRead);
@@ -96,7 +96,7 @@ TEST(StringNumbers, ReadsRealNumbers) {
     };
     for (const auto& c : cases) {
         for (const bool wide : {false, true}) {
-            SCOPED_TRACE(testing::Message() << c.text << (wide ? " wide" : ""));
+            SCOPED_TRACE(::testing::Message() << c.text << (wide ? " wide" : ""));
             double number = 99;
             EXPECT_EQ(inWidth(c.text, wide).toDouble(number, 0, c.scan), c.isRead);
             EXPECT_EQ(number, c.isRead ? c.expected : 99);
@@ -210,7 +210,7 @@ TEST(StringNumbers, GivesNamesTheNextNumber) {
     };
     for (const auto& c : cases) {
         for (const bool wide : {false, true}) {
-            SCOPED_TRACE(testing::Message() << '"' << c.text << '"' << (wide ? " wide" : ""));
+            SCOPED_TRACE(::testing::Message() << '"' << c.text << '"' << (wide ? " wide" : ""));
             String text = inWidth(c.text, wide);
             EXPECT_EQ(text.incrementTrailingNumber(c.digits, c.separator, c.minimum, c.keep),
                       c.expected != nullptr);

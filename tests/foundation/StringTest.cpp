@@ -123,7 +123,7 @@ TEST(String, ReadsAndWritesCodePages) {
         {4711, "a", nullptr},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << "code page " << c.codePage << ", bytes " << c.bytes);
+        SCOPED_TRACE(::testing::Message() << "code page " << c.codePage << ", bytes " << c.bytes);
         String text(c.bytes);
         EXPECT_EQ(text.toWide(c.codePage), c.text != nullptr);
         if (!c.text) {
@@ -207,7 +207,7 @@ TEST(String, InsertsReplacesAndRemovesAtTheEdges) {
     };
     for (const auto& c : cases) {
         for (const bool wide : {false, true}) {
-            SCOPED_TRACE(testing::Message() << c.name << (wide ? ", wide" : ", narrow"));
+            SCOPED_TRACE(::testing::Message() << c.name << (wide ? ", wide" : ", narrow"));
             String text("abcde");
             if (wide)
                 text.toWide();
@@ -295,7 +295,7 @@ TEST(String, ReplacesEachOccurrenceOnce) {
         {"5 \xE2\x84\xAA!", "k", "Kelvin", true, true, 1, "5 Kelvin!"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.text << " : " << c.old << " -> " << c.with);
+        SCOPED_TRACE(::testing::Message() << c.text << " : " << c.old << " -> " << c.with);
         String narrow(c.text);
         EXPECT_EQ(narrow.replaceAll8(c.old, c.with, c.every, c.ignoreCase), c.count);
         EXPECT_EQ(shown(narrow), std::string(c.expected) + " narrow");
@@ -393,9 +393,9 @@ TEST(ConstString, ComparesAcrossWidths) {
         {"z", "\xC3\xA4", all, false, -1},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.a << " with " << c.b << ", count " << c.count);
+        SCOPED_TRACE(::testing::Message() << c.a << " with " << c.b << ", count " << c.count);
         for (const auto& [a, b] : inAllWidths(c.a, c.b)) {
-            SCOPED_TRACE(testing::Message() << a.isWide() << b.isWide());
+            SCOPED_TRACE(::testing::Message() << a.isWide() << b.isWide());
             EXPECT_EQ(a.compare(b, c.count, c.ignoreCase), c.expected);
             EXPECT_EQ(b.compare(a, c.count, c.ignoreCase), -c.expected);
         }
@@ -427,7 +427,7 @@ TEST(ConstString, OrdersNumbersInNamesAsPeopleDo) {
          all, true, 0},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.a << " with " << c.b);
+        SCOPED_TRACE(::testing::Message() << c.a << " with " << c.b);
         for (const auto& [a, b] : inAllWidths(c.a, c.b)) {
             EXPECT_EQ(a.compareNatural(b, !c.ignoreCase), c.expected);
             EXPECT_EQ(b.compareNatural(a, !c.ignoreCase), -c.expected);
@@ -471,7 +471,7 @@ TEST(ConstString, FindsForwardAndBackward) {
         {"ab", "abc", 0, all, true, none, none},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.wanted << " in " << c.text << " from " << c.start);
+        SCOPED_TRACE(::testing::Message() << c.wanted << " in " << c.text << " from " << c.start);
         for (const auto& [text, wanted] : inAllWidths(c.text, c.wanted)) {
             EXPECT_EQ(text.find(wanted, c.start, c.count, c.ignoreCase), c.forward);
             EXPECT_EQ(text.findLast(wanted, c.start, c.count, c.ignoreCase), c.backward);
@@ -510,7 +510,7 @@ TEST(ConstString, TellsTheFirstDifference) {
     for (const auto& c : {Case{"abc", "abc", false, none}, Case{"abc", "abd", false, 2},
                           Case{"abc", "ab", false, 2}, Case{"", "a", false, 0}, Case{"", "", false, none},
                           Case{"aBc", "abc", false, 1}, Case{"aBc", "abd", true, 2}}) {
-        SCOPED_TRACE(testing::Message() << c.a << " " << c.b);
+        SCOPED_TRACE(::testing::Message() << c.a << " " << c.b);
         for (const auto& [a, b] : inAllWidths(c.a, c.b))
             EXPECT_EQ(a.firstDifference(b, c.ignoreCase), c.expected);
     }
