@@ -21,12 +21,12 @@ bool CmIterator::seek(CmObject* object) {
 }
 
 void CmIterator::forward(int32_t count) {
-    for (; count > 0; --count)
+    for (; count > 0 && !done(); --count)
         next();
 }
 
 void CmIterator::backward(int32_t count) {
-    for (; count > 0; --count)
+    for (; count > 0 && !done(); --count)
         previous();
 }
 

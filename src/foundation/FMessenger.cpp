@@ -71,6 +71,8 @@ void FMessenger::connect() {
 
 void FMessenger::disconnect() {
     connected.store(nullptr, std::memory_order_release);
+    const FGuard guard(theMessenger.queueLock_);
+    theMessenger.queue_.removeAll();
 }
 
 void FMessenger::postForeign(FInterface* target, Ref<FMessage> message, Duplicates duplicates,

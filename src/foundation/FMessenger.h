@@ -63,8 +63,9 @@ public:
 
     /// The messenger of the library; null between the teardown of the application and its next start.
     static FMessenger* instance();
-    /// Called by the application's start and by its teardown.
+    /// Called by the application's start.
     static void connect();
+    /// Called by its teardown: what is queued is released without being delivered.
     static void disconnect();
 
     /// With `drop`, nothing happens when a message of this name is queued for `target` already. `delay`

@@ -16,6 +16,7 @@ public:
     ~SingletonList();
 
     void add(SingletonSlot* slot) { slots_.push_back(slot); }
+    void remove(SingletonSlot* slot) { std::erase(slots_, slot); }
 
 private:
     std::vector<SingletonSlot*> slots_;
@@ -53,6 +54,21 @@ SingletonList::~SingletonList() {
 
 bool SingletonSlot::areGone() {
     return gone.load(std::memory_order_acquire);
+}
+
+void SingletonSlot::drop() {
+    FLock* lock = globalLock();
+    if (areGone() || !lock)
+        return;
+    FObject* object = nullptr;
+    {
+        const FGuard guard(*lock);
+        object = object_.exchange(nullptr);
+        if (object)
+            singletons.remove(this);
+    }
+    if (object)
+        object->release();
 }
 
 FObject* SingletonSlot::createOnce(FObject* (*create)()) {

@@ -19,6 +19,9 @@ public:
     /// Whether the library has released its singletons.
     static bool areGone();
 
+    /// Releases the object, if there is one, before the end: the next `get` makes a new one.
+    void drop();
+
 protected:
     FObject* load() const { return object_.load(std::memory_order_acquire); }
     FObject* createOnce(FObject* (*create)());

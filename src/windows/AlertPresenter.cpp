@@ -1,0 +1,31 @@
+#include "windows/AlertPresenter.h"
+
+#include "platform/System.h"
+
+namespace qorl {
+
+namespace {
+
+/// For programs in which nobody could see an alert.
+class DebugAlertPresenter final : public AlertPresenter {
+public:
+    int32_t show(const AlertRecord& alert) override {
+        platform::debugOutput(alert.text.toUtf8());
+        return alert.text.isEmpty() ? nothing : first;
+    }
+};
+
+constinit DebugAlertPresenter debugPresenter;
+constinit AlertPresenter* presenterInForce = nullptr;
+
+} // namespace
+
+AlertPresenter& AlertPresenter::current() {
+    return presenterInForce ? *presenterInForce : debugPresenter;
+}
+
+void AlertPresenter::setCurrent(AlertPresenter* presenter) {
+    presenterInForce = presenter;
+}
+
+} // namespace qorl
