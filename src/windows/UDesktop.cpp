@@ -231,11 +231,18 @@ void UDesktop::closePopups() {
         popup->closeDeferred();
 }
 
-int32_t UDesktop::runModal(UModalDialog* dialog) {
-    const Ref<UModalDialog> keep = retain(dialog);
-    // A press that led here must not keep the mouse.
+/// A press that leads to a dialog must not keep the mouse.
+void UDesktop::releaseAllCaptures() {
     if (platform::desktop() && platform::desktop()->isCapturing())
         platform::desktop()->releaseCapture();
+    const std::vector<Ref<UWindow>> windows = windows_;
+    for (const Ref<UWindow>& window : windows)
+        window->captureLost();
+}
+
+int32_t UDesktop::runModal(UModalDialog* dialog) {
+    const Ref<UModalDialog> keep = retain(dialog);
+    releaseAllCaptures();
     if (!dialog->show())
         return UModalDialog::canceledResult;
     modalStack_.push_back(keep);

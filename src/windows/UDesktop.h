@@ -128,6 +128,7 @@ protected:
 private:
     void showPlatformCursor(UCursor* cursor);
     void takeFocusFrom(UWindow* window);
+    void releaseAllCaptures();
 
     struct CursorRecord {
         Ref<UCursor> cursor;

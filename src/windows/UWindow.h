@@ -177,6 +177,8 @@ public:
 
     // Input, as the views see it.
 
+    /// Disabled, or behind a modal dialog.
+    bool isInputBlocked() const;
     UView* getHoverView() const;
     /// Until the button is released, moves reach `view` as `mouseOver` and the release as its `mouseUp`,
     /// wherever the mouse is. For a view that is being pressed.
@@ -257,6 +259,7 @@ private:
     void mouseLeft();
     bool mousePressed(CmPoint point, const platform::MouseEvent& event);
     bool mouseReleased(CmPoint point, const platform::MouseEvent& event);
+    bool sendClick(CmPoint point, uint32_t modifiers);
     bool isStillHovered(CmPoint point);
     void findHoverView(CmPoint point);
     void setHoverView(UView* view, CmPoint point);

@@ -103,8 +103,7 @@ UView* UWindow::keyTarget() const {
 
 bool UWindow::keyEvent(const platform::KeyEvent& event) {
     const Ref<UWindow> keep = retain(this);
-    if (!isEnabled() || !core_->platformWindow ||
-        platform::desktop()->isModalBlocking(*core_->platformWindow))
+    if (isInputBlocked())
         return false;
     const Ref<UView> target = retain(keyTarget());
     const UKeyCode key = keyOf(event);

@@ -98,25 +98,33 @@ bool UWindow::mouseReleased(CmPoint point, const platform::MouseEvent& event) {
     setWindowFlag(clientDragged, false);
     if (platform::desktop() && platform::desktop()->getCapture() == core_->platformWindow.get())
         platform::desktop()->releaseCapture();
+    if (isInputBlocked())
+        return false;
     UView* holder = std::exchange(core_->captureView, nullptr);
     const Ref<UView> target = retain(holder ? holder : core_->hoverView ? core_->hoverView : this);
     bool taken = target->mouseUp(target->windowToClient(point));
-    if (isClick && !hasWindowFlag(closed)) {
-        const ClickEvent click{{target.get(), target->getViewId()},
-                               target->windowToClient(point),
-                               event.modifiers,
-                               core_->clickTracker.buttons(),
-                               core_->clickTracker.isDoubleClick()};
-        taken = target->click(click) || taken;
-    }
+    if (isClick && !hasWindowFlag(closed))
+        taken = sendClick(point, event.modifiers) || taken;
     if (!hasWindowFlag(closed))
         updateHover(point);
     return taken;
 }
 
+bool UWindow::sendClick(CmPoint point, uint32_t modifiers) {
+    UView* at = findViewAt(point, true);
+    const Ref<UView> target = retain(at ? at : this);
+    if (!target->isEnabled())
+        return false;
+    return target->click({{target.get(), target->getViewId()},
+                          target->windowToClient(point),
+                          modifiers,
+                          core_->clickTracker.buttons(),
+                          core_->clickTracker.isDoubleClick()});
+}
+
 bool UWindow::wheelEvent(const platform::WheelEvent& event) {
     const Ref<UWindow> keep = retain(this);
-    if (!isEnabled())
+    if (isInputBlocked())
         return false;
     const CmPoint point = toLogical(event.position, getScaleFactor());
     UView* at = findViewAt(point, true);
@@ -136,6 +144,11 @@ bool UWindow::wheelEvent(const platform::WheelEvent& event) {
 
 // Press
 
+bool UWindow::isInputBlocked() const {
+    return !isEnabled() ||
+           (core_->platformWindow && platform::desktop()->isModalBlocking(*core_->platformWindow));
+}
+
 uint32_t UWindow::pressedButtons() const {
     if (core_->pressButtons != platform::noButton)
         return core_->pressButtons;
@@ -150,7 +163,7 @@ bool UWindow::mouseDown(CmPoint point) {
     UDesktop* desktop = UDesktop::instance();
     if (desktop && desktop->tellMouseDown(this, point, pressedButtons()))
         return true;
-    if (core_->platformWindow && platform::desktop()->isModalBlocking(*core_->platformWindow))
+    if (isInputBlocked())
         return false;
     if (const Ref<UPopupWindow> popup = retain(desktop ? desktop->getOpenPopup() : nullptr);
         popup && !belongsTo(this, popup.get())) {
@@ -229,7 +242,7 @@ void UWindow::updateHover(CmPoint point) {
         desktop->tellMouseMove(this, point);
     if (core_->hoverView && isStillHovered(point))
         return;
-    if (!isEnabled())
+    if (isInputBlocked())
         return;
     if (mouseOver(point)) {
         setHoverView(this, point);
@@ -241,7 +254,7 @@ void UWindow::updateHover(CmPoint point) {
 bool UWindow::isStillHovered(CmPoint point) {
     const Ref<UView> view = retain(core_->hoverView);
     CmRect visible;
-    const bool isInside = view->isVisible() && isEnabled() && view->getVisibleFrameRect(visible) &&
+    const bool isInside = view->isVisible() && !isInputBlocked() && view->getVisibleFrameRect(visible) &&
                           visible.contains(view->windowToFrame(point));
     if (isInside && view->mouseOver(view->windowToClient(point)))
         return true;
