@@ -2,6 +2,7 @@
 
 #include "commands/UKeyCode.h"
 #include "foundation/CmObject.h"
+
 #include <qorl/FInterface.h>
 
 #include <cstdint>

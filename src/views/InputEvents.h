@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/PlatformEvents.h"
+
 #include <qorl/Geometry.h>
 
 #include <cstdint>
