@@ -11,13 +11,13 @@ QORL_REGISTER_ABSTRACT(FStream, "FStream", CmObject, 0)
 
 namespace {
 
-constexpr int64_t pieceSize = 1024;
+constexpr int64_t stackPiece = 1024;
 
 /// Moves `count` bytes, or all there are for a negative `count`. True when none was missing.
 bool transfer(FStream& from, FStream& to, int64_t count) {
-    char piece[pieceSize];
+    char piece[stackPiece];
     for (int64_t left = count; left != 0;) {
-        const int64_t wanted = left < 0 ? pieceSize : std::min(left, pieceSize);
+        const int64_t wanted = left < 0 ? stackPiece : std::min(left, stackPiece);
         const int64_t got = from.read(piece, wanted);
         if (got < 0 || (got > 0 && to.write(piece, got) != got))
             return false;
@@ -76,15 +76,15 @@ bool FStream::contentEquals(FStream& other) {
         rewind();
     if (other.tell() != 0)
         other.rewind();
-    char mine[pieceSize];
-    char theirs[pieceSize];
+    char mine[stackPiece];
+    char theirs[stackPiece];
     while (true) {
-        const int64_t got = read(mine, pieceSize);
-        if (other.read(theirs, pieceSize) != got || got < 0)
+        const int64_t got = read(mine, stackPiece);
+        if (other.read(theirs, stackPiece) != got || got < 0)
             return false;
         if (std::memcmp(mine, theirs, static_cast<size_t>(got)) != 0)
             return false;
-        if (got < pieceSize)
+        if (got < stackPiece)
             return true;
     }
 }

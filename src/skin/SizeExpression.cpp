@@ -22,7 +22,7 @@ constexpr bool isOperator(char c) {
     return c == '+' || c == '-' || c == '*' || c == '/';
 }
 
-std::string_view trim(std::string_view text) {
+std::string_view withoutBlanks(std::string_view text) {
     while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
     while (!text.empty() && isBlank(text.back()))
@@ -64,7 +64,7 @@ public:
         while (!text_.empty()) {
             const size_t end = operandLength();
             int64_t operand = 0;
-            if (!readOperand(trim(text_.substr(0, end)), operand))
+            if (!readOperand(withoutBlanks(text_.substr(0, end)), operand))
                 return false;
             value = apply(value, op, operand);
             if (end == text_.size())
@@ -149,7 +149,7 @@ int32_t limitToInt32(int64_t value) {
 }
 
 int32_t parseInt(std::string_view text) {
-    text = trim(text);
+    text = withoutBlanks(text);
     const bool negative = !text.empty() && text.front() == '-';
     if (negative || (!text.empty() && text.front() == '+'))
         text.remove_prefix(1);
@@ -170,7 +170,7 @@ bool parsePlainSize(std::string_view text, SizeFields& fields) {
     for (int32_t* target : targets) {
         if (text.empty())
             break;
-        std::string_view field = trim(takeUpTo(text, ','));
+        std::string_view field = withoutBlanks(takeUpTo(text, ','));
         if (field == "*") {
             *target = static_cast<int32_t>(largest);
             continue;
@@ -194,7 +194,7 @@ bool evaluateSize(std::string_view text, SizeOperands& operands, SizeFields& fie
         if (text.empty())
             break;
         int64_t value = 0;
-        if (!FieldReader(trim(takeUpTo(text, ',')), result, operands).read(value))
+        if (!FieldReader(withoutBlanks(takeUpTo(text, ',')), result, operands).read(value))
             return false;
         *target = limitToInt32(value);
     }

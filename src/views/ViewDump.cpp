@@ -25,7 +25,7 @@ std::string rectText(const CmRect& rect) {
 }
 
 /// In quotes, with quotes, backslashes and line feeds escaped, so that a view stays one line.
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     std::string result = "\"";
     for (const char c : text) {
         if (c == '\n') {
@@ -63,7 +63,7 @@ std::string describeView(UView& view, DumpDetail detail) {
     std::string text = view.getClassName();
     const std::string_view name = view.getItem().name();
     if (!name.empty() || view.hasTitle())
-        text += " " + quoted(name.empty() ? view.getTitle().toUtf8() : std::string(name));
+        text += " " + inQuotes(name.empty() ? view.getTitle().toUtf8() : std::string(name));
     text += " " + rectText(view.getFrameRect());
     const CmSize frame = view.getFrameSize();
     if (view.getClientRect() != CmRect{0, 0, frame.width, frame.height})
@@ -72,7 +72,7 @@ std::string describeView(UView& view, DumpDetail detail) {
         text += " attach " + attachToText(view.getAttach());
     text += flagText(view.getViewFlags());
     if (String value; view.getAccessibleValue(value))
-        text += " = " + quoted(value.toUtf8());
+        text += " = " + inQuotes(value.toUtf8());
     if (detail == DumpDetail::source && view.getSource())
         text += " @ " + toText(view.getSource()->position());
     return text;
