@@ -12,9 +12,10 @@ constexpr int32_t fanOut = 10;
 constexpr CmRect rootFrame{0, 0, 1000, 1000};
 constexpr CmRect childFrame{5, 5, 900, 900};
 
-/// Every second view stretches, the others move with the right edge.
-uint32_t attachOf(int64_t index) {
-    return index % 2 == 0 ? viewAttachAll : viewAttachRight | viewAttachTop;
+/// What holds others stretches, so that a resize reaches every view; every second leaf moves instead.
+uint32_t attachOf(int64_t index, int64_t count) {
+    const bool moves = index * fanOut >= count && index % 2 != 0;
+    return moves ? viewAttachRight | viewAttachTop : viewAttachAll;
 }
 
 /// `count` views breadth first below `root`, `fanOut` in each.
@@ -22,7 +23,7 @@ void grow(UView& root, int64_t count) {
     std::vector<UView*> views{&root};
     for (int64_t i = 0; i < count; ++i) {
         auto view = make<UView>(childFrame);
-        view->setAttach(attachOf(i));
+        view->setAttach(attachOf(i, count));
         UView* parent = views[static_cast<size_t>(i / fanOut)];
         views.push_back(view.get());
         parent->addSubView(std::move(view));
@@ -71,7 +72,7 @@ void relayoutFloor(benchmark::State& state) {
     std::vector<Box*> all{&root};
     for (int64_t i = 0; i < state.range(0); ++i) {
         auto box = std::make_unique<Box>();
-        box->attach = attachOf(i);
+        box->attach = attachOf(i, state.range(0));
         all.push_back(box.get());
         all[static_cast<size_t>(i / fanOut)]->boxes.push_back(std::move(box));
     }

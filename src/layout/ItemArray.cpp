@@ -69,16 +69,6 @@ void ItemIterator::end() {
     array_ = nullptr;
 }
 
-Item* ItemIterator::next() {
-    if (index_ == pastEnd)
-        return nullptr;
-    index_ += walk_ == Walk::forward ? 1 : -1;
-    Item* item = array_->at(index_);
-    if (!item)
-        index_ = pastEnd;
-    return item;
-}
-
 void ItemIterator::inserted(int32_t index) {
     if (index_ != pastEnd && index_ >= index)
         ++index_;

@@ -61,7 +61,15 @@ public:
     ~ItemIterator();
 
     /// The next item of the walk; null at its end, and from then on.
-    Item* next();
+    Item* next() {
+        if (index_ == pastEnd)
+            return nullptr;
+        index_ += walk_ == Walk::forward ? 1 : -1;
+        Item* item = array_->at(index_);
+        if (!item)
+            index_ = pastEnd;
+        return item;
+    }
     /// Where the walk stands, or `pastEnd`.
     int32_t index() const { return index_; }
 

@@ -13,7 +13,7 @@ QORL_REGISTER_ID(FXmlParser2, InterfaceId::fromText("{F36C8ED3-9653-4BCC-B627-E1
 
 namespace {
 
-constexpr int pieceSize = 32768;
+constexpr int parsedPiece = 32768;
 constexpr int finished = 36;
 constexpr int suspendedInsideEntity = 37;
 
@@ -97,11 +97,11 @@ bool FXmlParser2::parse(IBStream* stream) {
 
 bool FXmlParser2::feed(IBStream* stream) {
     while (true) {
-        void* buffer = XML_GetBuffer(parser_, pieceSize);
+        void* buffer = XML_GetBuffer(parser_, parsedPiece);
         if (!buffer)
             return failFromExpat();
         int64_t got = 0;
-        stream->read(buffer, pieceSize, &got);
+        stream->read(buffer, parsedPiece, &got);
         got = std::max<int64_t>(got, 0);
         bytesRead_ += got;
         if (bytesRead_ > limits_.documentBytes)

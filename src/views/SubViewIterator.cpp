@@ -9,9 +9,4 @@ SubViewIterator::SubViewIterator(ViewFields& view, Walk walk) : items_(view.getI
 SubViewIterator::SubViewIterator(ViewFields& view, Walk walk, int32_t index)
     : items_(view.getItem().children(), walk, index) {}
 
-UView* SubViewIterator::next() {
-    App::Layout::Item* item = items_.next();
-    return item ? &ViewItem::viewOf(*item) : nullptr;
-}
-
 } // namespace qorl

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "layout/ItemArray.h"
+#include "views/ViewCore.h"
 
 #include <cstdint>
 #include <span>
@@ -23,7 +23,10 @@ public:
     /// Begins behind the subview at `index`, in the direction of `walk`.
     SubViewIterator(ViewFields& view, Walk walk, int32_t index);
 
-    UView* next();
+    UView* next() {
+        App::Layout::Item* item = items_.next();
+        return item ? &ViewItem::viewOf(*item) : nullptr;
+    }
     /// Index of the subview that `next` gave last.
     int32_t index() const { return items_.index(); }
 

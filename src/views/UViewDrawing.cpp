@@ -137,16 +137,16 @@ void UView::endOverlayDrawing() {}
 // ---- Requests for a redraw.
 
 bool UView::invalidate(const CmRect& rect) {
-    UWindow* window = getWindow();
-    if (!window || !isVisible())
-        return false;
-    CmRect visible;
-    if (!getVisibleClientRect(visible))
-        return false;
-    const CmRect part = rect.intersect(visible);
-    if (part.isEmpty())
-        return false;
-    return window->invalidate(part.moved(clientToWindow({})));
+    // One walk clips, converts and asks who is shown: a resize comes here for each view that it moves.
+    CmRect part = rect.intersect(getClientBounds());
+    UView* view = this;
+    for (; view->parent_ && !view->isWindow_; view = view->parent_) {
+        if (part.isEmpty() || !view->isShown())
+            return false;
+        part = part.moved(view->clientOrigin()).intersect(view->parent_->getClientBounds());
+    }
+    UWindow* window = view->getWindow();
+    return window && !part.isEmpty() && view->isVisible() && window->invalidate(part);
 }
 
 bool UView::invalidateIfVisible(const CmRect& rect) {

@@ -137,6 +137,7 @@ protected:
     String tooltip_;
     uint16_t viewState_ = 0;
     bool hasDependents_ = false;
+    bool isWindow_ = false; ///< Walks that look for the window end here.
     ViewCore core_;
 
 private:

@@ -16,6 +16,7 @@ namespace qorl {
 
 UWindow::UWindow(const CmRect& frame, uint32_t style, const ConstString& title)
     : UView(frame, title), core_(std::make_unique<WindowCore>()) {
+    isWindow_ = true;
     core_->owner = this;
     core_->style = style;
     core_->platformSide = std::make_unique<WindowPlatformSide>(*this);
