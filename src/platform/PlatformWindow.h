@@ -98,7 +98,8 @@ public:
     virtual void show(ShowState state, uint32_t flags) = 0;
     virtual void setTitle(std::u16string_view title) = 0;
 
-    /// The desktop may refuse or change both; what it did comes back by `moved` and `sized`, in this order.
+    /// The desktop may refuse or change both; what it did comes back by `moved` and `sized`, in this order,
+    /// within the call or later.
     virtual void setPositionSize(CmPoint position, CmSize size) = 0;
 
     /// Paints the invalid region and puts it on the screen before it returns. Nothing while a paint is

@@ -27,14 +27,23 @@ struct ThreadRecord {
     pthread_t thread = {};
     std::atomic<pid_t> id = 0;
     std::atomic<int> owners = 1;
-    std::atomic<bool> isFinished = false; ///< the thread has given up its own share
-    bool isForeign = false;               ///< not started here: cannot be joined
+    std::atomic<bool> isTerminated = false;
+    bool isForeign = false; ///< not started here: cannot be joined
     bool isJoined = false;
     sem_t released = {};
+    sem_t ended = {};
 
-    ThreadRecord() { sem_init(&released, 0, 0); }
-    ~ThreadRecord() { sem_destroy(&released); }
+    ThreadRecord() {
+        sem_init(&released, 0, 0);
+        sem_init(&ended, 0, 0);
+    }
+    ~ThreadRecord() {
+        sem_destroy(&released);
+        sem_destroy(&ended);
+    }
 };
+
+thread_local constinit ThreadRecord* ownRecord = nullptr;
 
 void releaseRecord(ThreadRecord* record) {
     if (--record->owners == 0)
@@ -48,10 +57,11 @@ ThreadRecord* toRecord(ThreadHandle handle) {
 void* enterThread(void* argument) {
     auto* record = static_cast<ThreadRecord*>(argument);
     while (sem_wait(&record->released) != 0) {}
+    ownRecord = record;
     record->id = static_cast<pid_t>(syscall(SYS_gettid));
     record->id.notify_all();
     const uint32_t code = record->body(record->argument);
-    record->isFinished = true;
+    sem_post(&record->ended);
     releaseRecord(record);
     return reinterpret_cast<void*>(static_cast<uintptr_t>(code));
 }
@@ -68,8 +78,22 @@ timespec deadlineAfter(int64_t milliseconds) {
     return deadline;
 }
 
-/// Ends the calling thread in the kernel, with nothing unwound. Its joiner is woken by the kernel.
+bool waitForEnd(ThreadRecord& record, int64_t milliseconds) {
+    const timespec deadline = deadlineAfter(std::max<int64_t>(milliseconds, 0));
+    for (;;) {
+        const int result = milliseconds < 0 ? sem_wait(&record.ended)
+                                            : sem_clockwait(&record.ended, CLOCK_MONOTONIC, &deadline);
+        if (result == 0)
+            return true;
+        if (errno != EINTR)
+            return false;
+    }
+}
+
+/// Ends the calling thread in the kernel, with nothing unwound.
 void endCallingThread(int) {
+    ownRecord->isTerminated = true;
+    sem_post(&ownRecord->ended);
     syscall(SYS_exit, 0);
 }
 
@@ -127,13 +151,13 @@ bool joinThread(ThreadHandle handle, int64_t milliseconds) {
         return false;
     if (record->isJoined)
         return true;
-    if (milliseconds < 0) {
-        record->isJoined = pthread_join(record->thread, nullptr) == 0;
-    } else {
-        const timespec deadline = deadlineAfter(milliseconds);
-        record->isJoined = pthread_clockjoin_np(record->thread, nullptr, CLOCK_MONOTONIC, &deadline) == 0;
-    }
-    return record->isJoined;
+    if (!waitForEnd(*record, milliseconds))
+        return false;
+    // A terminated thread is never joined: the next one on its stack would inherit its thread-specific data.
+    if (!record->isTerminated)
+        pthread_join(record->thread, nullptr);
+    record->isJoined = true;
+    return true;
 }
 
 bool terminateThread(ThreadHandle handle) {
@@ -142,6 +166,8 @@ bool terminateThread(ThreadHandle handle) {
         return false;
     if (joinThread(handle, 0))
         return false;
+    // Before it has told its id a thread does not know its record, which the signal's handler needs.
+    record->id.wait(0);
     const int signal = SIGRTMAX - 1;
     struct sigaction action = {};
     struct sigaction earlier = {};
@@ -149,12 +175,13 @@ bool terminateThread(ThreadHandle handle) {
     sigemptyset(&action.sa_mask);
     if (sigaction(signal, &action, &earlier) != 0)
         return false;
-    const bool isSent = pthread_kill(record->thread, signal) == 0;
-    const bool hasEnded = isSent && joinThread(handle, 1000);
+    pthread_kill(record->thread, signal);
+    const bool hasEnded = joinThread(handle, 1000);
     sigaction(signal, &earlier, nullptr);
-    if (hasEnded && !record->isFinished)
-        releaseRecord(record);
-    return hasEnded;
+    if (!hasEnded || !record->isTerminated)
+        return hasEnded;
+    releaseRecord(record);
+    return true;
 }
 
 void closeThread(ThreadHandle handle) {
