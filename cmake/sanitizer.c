@@ -1,5 +1,5 @@
-// Settings of the sanitizers, linked into every program of a sanitized build, so that a program started by hand
-// behaves as one started by CTest.
+// Settings of the sanitizers, linked into every program of a sanitized build, so that a program started by
+// hand behaves as one started by CTest.
 
 #define _GNU_SOURCE
 #include <pthread.h>
@@ -13,7 +13,8 @@ SETTING const char* __tsan_default_options(void);
 SETTING const char* __lsan_default_suppressions(void);
 
 const char* __asan_default_options(void) {
-    return "detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1:check_initialization_order=1:"
+    return "detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1:check_initialization_order="
+           "1:"
            "print_suppressions=0";
 }
 
@@ -33,7 +34,8 @@ const char* __lsan_default_suppressions(void) {
 #if __has_feature(thread_sanitizer)
 // The runtime of clang 14 knows the timed join against the real-time clock only; a thread joined by this one
 // would stay in its books.
-SETTING int pthread_clockjoin_np(pthread_t thread, void** result, clockid_t clock, const struct timespec* end) {
+SETTING int pthread_clockjoin_np(pthread_t thread, void** result, clockid_t clock,
+                                 const struct timespec* end) {
     struct timespec now, real;
     clock_gettime(clock, &now);
     clock_gettime(CLOCK_REALTIME, &real);

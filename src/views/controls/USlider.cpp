@@ -55,7 +55,8 @@ UControl* createSlider(const CmRect& rect, int32_t style, Binding::Value* value,
     return new USlider(rect, title, value, static_cast<uint32_t>(style));
 }
 
-const bool sliderRegistered = (ControlTable::add(ControlLook::drawn, ControlKind::slider, &createSlider), true);
+const bool sliderRegistered =
+    (ControlTable::add(ControlLook::drawn, ControlKind::slider, &createSlider), true);
 
 } // namespace
 

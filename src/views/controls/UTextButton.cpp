@@ -13,7 +13,8 @@ UControl* createTextButton(const CmRect& rect, int32_t style, Binding::Value* va
     return new UTextButton(rect, title, value, static_cast<uint32_t>(style));
 }
 
-const bool buttonRegistered = (ControlTable::add(ControlLook::drawn, ControlKind::button, &createTextButton), true);
+const bool buttonRegistered =
+    (ControlTable::add(ControlLook::drawn, ControlKind::button, &createTextButton), true);
 
 } // namespace
 
