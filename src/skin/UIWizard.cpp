@@ -3,6 +3,7 @@
 #include "binding/Value.h"
 #include "foundation/FMessage.h"
 #include "foundation/Singleton.h"
+#include "foundation/Teardown.h"
 #include "foundation/TranslationTable.h"
 #include "graphics/UColor.h"
 #include "schemes/GlobalSchemes.h"
@@ -30,6 +31,7 @@ constexpr std::string_view platformWord = "LINUX";
 constexpr int32_t replacements = 10'000;
 
 constinit Singleton<UIWizard> globalWizard;
+const TeardownHook wizardTeardown{TeardownStep::wizard, [] { globalWizard.drop(); }};
 
 /// Takes the first step off `path`; false when it has no further one.
 bool takeStep(std::string_view& path, std::string& step) {
