@@ -1,0 +1,12 @@
+#pragma once
+
+namespace qorl {
+
+/// Asked before the defaults store loads. While Ctrl, Shift and Alt are held together the user decides
+/// whether the stored settings are used, put aside for one run, or done away with. False: start without them.
+bool checkSafeStart();
+
+/// Asked before the defaults store is saved: false once the settings were done away with at this start.
+bool maySaveDefaults();
+
+} // namespace qorl

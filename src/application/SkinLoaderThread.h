@@ -1,0 +1,24 @@
+#pragma once
+
+#include "application/UApplication.h"
+
+namespace qorl {
+
+/// Loads the last skin beside the start of a program.
+class SkinLoaderThread : public FThread {
+public:
+    SkinLoaderThread(UApplication& application, UApplication::Errors errors)
+        : FThread("FThread"), application_(application), errors_(errors) {}
+
+    uint32_t run() override {
+        const bool loaded = application_.loadLastSkin(errors_);
+        application_.skinThreadState_ = loaded ? UApplication::skinLoadedState : UApplication::skinFailed;
+        return 0;
+    }
+
+private:
+    UApplication& application_;
+    UApplication::Errors errors_;
+};
+
+} // namespace qorl

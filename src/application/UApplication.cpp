@@ -1,0 +1,263 @@
+#include "application/UApplication.h"
+
+#include "application/SafeStart.h"
+#include "application/SkinLoaderThread.h"
+#include "application/StandardMenus.h"
+#include "application/UController.h"
+#include "foundation/Cast.h"
+#include "foundation/FMessage.h"
+#include "foundation/FMessenger.h"
+#include "foundation/StartupHook.h"
+#include "foundation/Teardown.h"
+#include "foundation/Ticks.h"
+#include "foundation/TranslationTable.h"
+#include "foundation/UpdateHandler.h"
+#include "graphics/GraphicsFactory.h"
+#include "persistence/FDefaultPool.h"
+#include "persistence/FNFileSystem.h"
+#include "platform/Folders.h"
+#include "platform/System.h"
+#include "schemes/GlobalSchemes.h"
+#include "windows/AlertPresenter.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qorl {
+
+namespace {
+
+constexpr ConstString companyName("Marrowick");
+constexpr ConstString standardName("Application");
+constexpr uint32_t skinPollPeriod = 100;
+
+constinit UApplication* theApplication = nullptr;
+
+const TeardownHook shutdownStep{TeardownStep::shutdownHooks, &runShutdownHooks};
+const TeardownHook hookListStep{TeardownStep::hookLists, &dropHooks};
+const TeardownHook graphicsStep{TeardownStep::platformClipboard, &shutdownGraphics};
+
+/// The back end and the resolution awareness that the command line asks for.
+void chooseGraphics() {
+    const std::vector<std::string> arguments = platform::getCommandLine();
+    const std::vector<std::string_view> views(arguments.begin(), arguments.end());
+    reopenGraphics();
+    selectGraphicsBackendByArguments(views);
+}
+
+void setFolders(const ConstString& name) {
+    const std::string folder = "/" + name.toUtf8() + "_64";
+    FNPath::setKnownFolder(FNPath::userSettings,
+                           platform::getSystemFolder(platform::SystemFolder::settings) + folder);
+    FNPath::setKnownFolder(FNPath::sharedData,
+                           platform::getSystemFolder(platform::SystemFolder::sharedData) + folder);
+}
+
+} // namespace
+
+UApplication* UApplication::instance() {
+    return theApplication;
+}
+
+UApplication::UApplication(const ApplicationArgs& args)
+    : type_(args.type), translation_(make<TranslationTable>()) {
+    chooseGraphics();
+    const ConstString name = args.name.isEmpty() ? standardName : args.name.string();
+    ApplicationInfo::fillOnce(name, args.infoA.string(), args.infoB.string(), companyName);
+    setFolders(args.folderName.isEmpty() ? name : args.folderName.string());
+    path_ = FNPath(platform::getProgramPath());
+    title_.string() = ApplicationInfo::get().applicationName;
+    if (FGlobalDefaultPool* pool = FGlobalDefaultPool::instance()) {
+        pool->setLoadHook(&checkSafeStart);
+        pool->setSaveHook(&maySaveDefaults);
+    }
+}
+
+UApplication::~UApplication() {
+    if (skinThread_)
+        skinThread_->join();
+    tearDownApplication();
+    guiThread_.reset();
+    theApplication = nullptr;
+}
+
+void tearDownApplication() {
+    runTeardown();
+    FMessenger::disconnect();
+}
+
+void UApplication::init(const ApplicationArgs& args) {
+    UpdateHandler::instance();
+    FMessenger::connect();
+    guiThread_ = std::make_unique<GuiThread>();
+    theApplication = this;
+    // The teardown releases it.
+    const UController* controller = new UController(args.type);
+    if (controller->isStopped())
+        setQuit();
+    ready_ = true;
+}
+
+void UApplication::hook26() {}
+void UApplication::preStart() {}
+void UApplication::hook40() {}
+void UApplication::menuCreated(UMenuBar*) {}
+
+int32_t UApplication::hook38() {
+    return 0;
+}
+
+int32_t UApplication::hook41() {
+    return 1;
+}
+
+int32_t UApplication::hook51() {
+    return 0;
+}
+
+bool UApplication::runStartupHooks() {
+    return qorl::runStartupHooks(StartupHook::early);
+}
+
+bool UApplication::runMainHooks() {
+    return qorl::runStartupHooks(StartupHook::lastOfMain);
+}
+
+void UApplication::finishStartup() {
+    qorl::runStartupHooks(StartupHook::finish);
+    FNPath(ConstString(), FNPath::userSettings, FNPath::Create::missingFolders);
+    if (skinThreadState_ != noSkinThread) {
+        while (skinThreadState_ == skinLoading)
+            sleep(skinPollPeriod);
+        if (skinThreadState_ == skinFailed)
+            UController::instance()->quit();
+    }
+    closeAbout();
+}
+
+bool UApplication::windowDeactivated(UWindow*) {
+    return true;
+}
+
+UMenuBar* UApplication::createMenuBar() {
+    MenuPresenter* presenter = MenuPresenter::current();
+    if (!presenter)
+        return nullptr;
+    UMenu* made[2] = {};
+    UMenuBar* menuBar = presenter->createMenuBar(standardMenus(), this, made);
+    fileMenu_ = made[0];
+    editMenu_ = made[1];
+    return menuBar;
+}
+
+UMenuItem* UApplication::getMenuItem(int32_t tag) {
+    MenuPresenter* presenter = MenuPresenter::current();
+    if (!presenter || tag < firstFileTag)
+        return nullptr;
+    if (tag <= lastFileTag)
+        return fileMenu_ ? presenter->findItem(fileMenu_, tag) : nullptr;
+    if (tag <= lastEditTag)
+        return editMenu_ ? presenter->findItem(editMenu_, tag) : nullptr;
+    return tag == aboutTag ? presenter->findItemOfActiveWindow(tag) : nullptr;
+}
+
+UMenu* UApplication::getFileMenu() {
+    return fileMenu_;
+}
+
+UMenu* UApplication::getEditMenu() {
+    return editMenu_;
+}
+
+bool UApplication::createSchemes() {
+    return GlobalSchemes::createForProgram();
+}
+
+bool UApplication::startSchemes() {
+    if (!createSchemes())
+        return false;
+    GlobalSchemes::resetAll();
+    return true;
+}
+
+bool UApplication::skinLoaded() {
+    return true;
+}
+
+bool UApplication::canQuit(int32_t) {
+    return true;
+}
+
+void UApplication::showAbout(bool splash) {
+    if (splash)
+        return;
+    AlertRecord alert;
+    alert.kind = AlertRecord::Kind::information;
+    alert.text = ApplicationInfo::get().applicationName;
+    AlertPresenter::current().show(alert);
+}
+
+void UApplication::closeAbout() {
+    if (AboutDialog* dialog = std::exchange(aboutDialog_, nullptr))
+        dialog->close();
+}
+
+void UApplication::showProgress(const ConstString& text) {
+    if (!aboutDialog_)
+        return;
+    if (aboutDialog_->hasProgressLine())
+        aboutDialog_->showText((translate("Initializing: ").toUtf8() + text.toUtf8()).c_str());
+    else if (!text.isEmpty())
+        aboutDialog_->showText(text.toUtf8().c_str());
+    UController::instance()->redraw();
+}
+
+bool UApplication::createDocument(CmObject*) {
+    return false;
+}
+
+bool UApplication::saveDocument(CmObject*, const FPath&) {
+    return false;
+}
+
+bool UApplication::openDocument(const FPath&, bool) {
+    return false;
+}
+
+bool UApplication::openDocuments(CmContainer* list) {
+    const std::unique_ptr<CmIterator> paths(list ? list->newIterator() : nullptr);
+    bool anyOpened = false;
+    while (paths && !paths->done()) {
+        if (const auto* path = cast<FPath>(paths->next()))
+            anyOpened |= openDocument(*path, false);
+    }
+    return anyOpened;
+}
+
+bool UApplication::canOpenDocument(const FPath&) {
+    return false;
+}
+
+bool UApplication::handleKeyCommand(const UKeyCode& event) {
+    MenuPresenter* menus = MenuPresenter::current();
+    return menus && menus->handleKeyCommand(event);
+}
+
+int32_t UApplication::handleMessage(FMessage* message) {
+    const bool selects = message->isNamed("MenuSelect");
+    if (!selects && !message->isNamed("MenuCanSelect"))
+        return CmObject::handleMessage(message);
+    const int64_t tag = message->getInt("Tag");
+    if (tag != quitTag && tag != aboutTag)
+        return notHandled;
+    if (!selects)
+        return handled;
+    if (tag == quitTag)
+        UController::instance()->quit();
+    else
+        showAbout(false);
+    return handled;
+}
+
+} // namespace qorl

@@ -1,0 +1,148 @@
+#pragma once
+
+#include "application/ApplicationInfo.h"
+#include "application/GuiThread.h"
+#include "foundation/CmLinkedList.h"
+#include "persistence/FNPath.h"
+
+#include <qorl/Ref.h>
+
+#include <atomic>
+#include <memory>
+
+namespace qorl {
+
+class AboutDialog;
+class SkinLoaderThread;
+class TranslationTable;
+class UMenu;
+class UMenuBar;
+class UMenuItem;
+class UWindow;
+struct UKeyCode;
+
+/// The one object whose life is that of the program.
+///
+/// A stand-alone program derives from it and calls `init` and `run`; the shared library lives as a
+/// `UPluginApplication` behind its entry functions. The destructor takes everything down in the order of
+/// `TeardownStep`. GUI thread.
+class UApplication : public CmObject {
+    QORL_CLASS(UApplication, CmObject)
+
+public:
+    /// Where the loading of the last skin on its own thread stands.
+    enum SkinThreadState : int32_t {
+        noSkinThread = -2,
+        skinFailed = -1,
+        skinLoadedState = 0,
+        skinLoading = 1
+    };
+
+    /// Chooses the drawing system by the command line, fills the application info, and says where settings
+    /// lie.
+    explicit UApplication(const ApplicationArgs& args);
+    UApplication(const UApplication&) = delete;
+    UApplication& operator=(const UApplication&) = delete;
+    ~UApplication() override;
+
+    /// Null before `init` and after the end.
+    static UApplication* instance();
+
+    // The published table, behind that of CmObject.
+
+    /// Makes the controller and with it the user interface; the calling thread is the GUI thread from now on.
+    virtual void init(const ApplicationArgs& args);
+    virtual void hook26();
+    virtual void preStart();
+    /// The hooks of level 0. False ends the start.
+    virtual bool runStartupHooks();
+    /// The last hooks, the user's folder, and the end of the splash.
+    virtual void finishStartup();
+    virtual bool windowDeactivated(UWindow* window);
+    /// "File" and "Edit". With one reference; null where nothing presents menus.
+    virtual UMenuBar* createMenuBar();
+    /// By `MenuTag`. Null below 1 and for an item that is not there.
+    virtual UMenuItem* getMenuItem(int32_t tag);
+    virtual UMenu* getFileMenu();
+    virtual UMenu* getEditMenu();
+    virtual void menuCreated(UMenuBar* menuBar);
+    virtual bool createSchemes();
+    /// A parsed skin is accepted only if this is true.
+    virtual bool skinLoaded();
+    virtual int32_t hook38();
+    /// Asked before the program quits.
+    virtual bool canQuit(int32_t argument);
+    virtual void hook40();
+    virtual int32_t hook41();
+    /// With `splash` a stand-alone program shows what it shows while it starts.
+    virtual void showAbout(bool splash);
+    virtual void closeAbout();
+    virtual void showProgress(const ConstString& text);
+    virtual bool createDocument(CmObject* description);
+    virtual bool saveDocument(CmObject* document, const FPath& path);
+    virtual bool openDocument(const FPath& path, bool flag);
+    /// Each path of the list; true if at least one opened.
+    virtual bool openDocuments(CmContainer* list);
+    virtual bool canOpenDocument(const FPath& path);
+    /// The last stop of a key command that no window took.
+    virtual bool handleKeyCommand(const UKeyCode& event);
+    virtual int32_t hook51();
+
+    int32_t handleMessage(FMessage* message) override;
+
+    /// A stand-alone program's whole life between `init` and the destructor. False when the start failed.
+    bool run();
+
+    /// Loads a skin and remembers it as the last one. Errors reach the user with `showErrors` only.
+    enum class Errors { hide, show };
+    bool loadSkin(const FNPath& path, Errors errors);
+    /// The last skin, else the default one, else the first. Needs the manager of skin packs.
+    bool loadLastSkin(Errors errors);
+    /// The same on a thread of its own, which `finishStartup` waits for.
+    void startLoadingLastSkin(Errors errors);
+
+    ApplicationType getType() const { return type_; }
+    bool isQuitting() const { return quit_ != 0; }
+    bool isReady() const { return ready_; }
+    const FNPath& getPath() const { return path_; }
+    const CmString& getTitle() const { return title_; }
+    const GuiThread* getGuiThread() const { return guiThread_.get(); }
+    CmLinkedList& documentList() { return documentList_; }
+    /// Not owned; it stays open until `closeAbout`.
+    void setAboutDialog(AboutDialog* dialog) { aboutDialog_ = dialog; }
+    /// How long the splash stays at least, in milliseconds. 0 until it is set.
+    void setSplashTime(uint32_t milliseconds) { splashTime_ = milliseconds; }
+
+protected:
+    /// Resets the schemes that `createSchemes` made. False when it failed.
+    bool startSchemes();
+    void setQuit() { quit_ = 1; }
+
+private:
+    friend class SkinLoaderThread;
+
+    bool startStandAlone();
+    bool runMainHooks();
+    void waitForSplash(uint32_t start);
+    bool failStart();
+
+    ApplicationType type_;
+    int32_t quit_ = 0;
+    std::atomic<int32_t> skinThreadState_{noSkinThread};
+    FNPath path_;
+    UMenu* fileMenu_ = nullptr;
+    UMenu* editMenu_ = nullptr;
+    AboutDialog* aboutDialog_ = nullptr;
+    CmString title_;
+    std::unique_ptr<GuiThread> guiThread_;
+    bool ready_ = false;
+    CmLinkedList documentList_{Ownership::adopt};
+    uint32_t splashTime_ = 0;
+    Ref<TranslationTable> translation_;
+    std::unique_ptr<SkinLoaderThread> skinThread_;
+};
+
+/// The teardown that the destructor of the application runs, also for a library without one.
+void tearDownApplication();
+
+} // namespace qorl

@@ -1,0 +1,94 @@
+#include "application/UController.h"
+
+#include "application/UApplication.h"
+#include "foundation/StartupHook.h"
+#include "foundation/Teardown.h"
+#include "platform/DesktopServices.h"
+#include "platform/Platform.h"
+#include "platform/System.h"
+#include "schemes/GlobalSchemes.h"
+#include "windows/MenuPresenter.h"
+#include "windows/UDesktop.h"
+
+#include <string>
+
+namespace qorl {
+
+namespace {
+
+constinit UController* theController = nullptr;
+
+void destroyController() {
+    if (theController)
+        theController->release();
+}
+
+const TeardownHook teardown{TeardownStep::controller, &destroyController};
+
+} // namespace
+
+UController* UController::instance() {
+    return theController;
+}
+
+bool UController::startPlatform() {
+    if (platform::desktop())
+        return true;
+    std::string error;
+    ownsPlatform_ = platform::start(platform::Backend::automatic, error);
+    if (!ownsPlatform_ && type_ == ApplicationType::library)
+        ownsPlatform_ = platform::start(platform::Backend::headless, error);
+    if (!ownsPlatform_)
+        platform::debugOutput(error);
+    return ownsPlatform_;
+}
+
+UController::UController(ApplicationType type) : type_(type) {
+    theController = this;
+    if (startPlatform()) {
+        desktop_ = make<UDesktop>();
+        return;
+    }
+    loop_.stop();
+    dropHooks();
+}
+
+UController::~UController() {
+    runShutdownHooks();
+    // Its windows and pointers belong to the platform's desktop, so it goes first.
+    desktop_.reset();
+    if (ownsPlatform_)
+        platform::stop();
+    GlobalSchemes::releaseAll();
+    theController = nullptr;
+}
+
+bool UController::quit() {
+    UApplication* application = UApplication::instance();
+    if (application && !application->canQuit(0))
+        return false;
+    loop_.stop();
+    return true;
+}
+
+void UController::redraw() {
+    if (platform::DesktopServices* desktop = platform::desktop())
+        desktop->flushAll();
+}
+
+uint32_t UController::currentModifiers() const {
+    const platform::DesktopServices* desktop = platform::desktop();
+    return desktop ? desktop->currentModifiers() : 0;
+}
+
+void UController::setMenuBar(UMenuBar* menuBar) {
+    if (MenuPresenter* menus = MenuPresenter::current())
+        menus->show(menuBar);
+}
+
+bool UController::windowDeactivated(UWindow* window) {
+    UApplication* application = UApplication::instance();
+    return !application || application->windowDeactivated(window);
+}
+
+} // namespace qorl

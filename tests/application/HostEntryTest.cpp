@@ -1,0 +1,265 @@
+#include "application/ApplicationInfo.h"
+#include "application/CmHostClasses.h"
+#include "application/UController.h"
+#include "application/UPluginApplication.h"
+#include "foundation/Cast.h"
+#include "foundation/ClassFactory.h"
+#include "foundation/FMessenger.h"
+#include "foundation/StartupHook.h"
+#include "foundation/Teardown.h"
+#include "foundation/TranslationTable.h"
+#include "persistence/FDefaultPool.h"
+#include "platform/Platform.h"
+#include "platform/headless/HeadlessDesktop.h"
+#include "schemes/GlobalSchemes.h"
+#include "support/TestPaths.h"
+#include "views/controls/KnobMode.h"
+#include "windows/AlertPresenter.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+extern "C" qorl::IHostClasses* GetHostClasses();
+extern "C" void TerminateModule();
+
+namespace qorl {
+namespace {
+
+using Log = std::vector<std::string>;
+
+Log* heard = nullptr;
+
+template <char name>
+bool note() {
+    if (heard)
+        heard->emplace_back(1, name);
+    return true;
+}
+
+bool failing() {
+    note<'F'>();
+    return false;
+}
+
+template <char name>
+void noteStep() {
+    note<name>();
+}
+
+const TeardownHook wizardStep{TeardownStep::wizard, &noteStep<'w'>};
+const TeardownHook clipboardStep{TeardownStep::clipboardData, &noteStep<'c'>};
+const TeardownHook modulesStep{TeardownStep::moduleManager, &noteStep<'m'>};
+const TeardownHook lastStep{TeardownStep::hookLists, [] { note<'h'>(); }};
+
+/// Enters the library in this process on a headless desktop of the test's own, with settings in a folder that
+/// goes.
+class HostEntryTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+        desktop = new platform::HeadlessDesktop;
+        ASSERT_TRUE(platform::start(desktop));
+        dropHooks();
+        heard = &log;
+    }
+    void TearDown() override {
+        heard = nullptr;
+        platform::stop();
+    }
+    Log take() { return std::exchange(log, {}); }
+
+    testing::TemporaryFolder folder;
+    platform::HeadlessDesktop* desktop = nullptr;
+    Log log;
+};
+
+TEST_F(HostEntryTest, TheFirstUserStartsAndTheLastOneTakesDown) {
+    const StartupHook early{"early", 0, &note<'0'>};
+    const StartupHook finish{"finish", 100, &note<'3'>};
+    const StartupHook last{"last of main", 99, &note<'2'>};
+    const StartupHook middle{"middle", 50, &note<'1'>};
+    const ShutdownHook bye{"bye", 50, &note<'b'>};
+
+    IHostClasses* classes = GetHostClasses();
+    ASSERT_EQ(classes, &CmHostClasses::instance());
+    EXPECT_EQ(take(), (Log{"0", "1", "2", "3"}));
+    UApplication* application = UApplication::instance();
+    ASSERT_NE(application, nullptr);
+    EXPECT_TRUE(application->isReady());
+    EXPECT_FALSE(application->isQuitting());
+    EXPECT_EQ(application->getGuiThread()->getName(), "GUI");
+    EXPECT_TRUE(application->getGuiThread()->isCurrent());
+    EXPECT_TRUE(application->getGuiThread()->isStarted());
+    EXPECT_EQ(application->getType(), ApplicationType::library);
+    ASSERT_NE(UController::instance(), nullptr);
+    EXPECT_EQ(EventLoop::current(), &UController::instance()->loop());
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "qorl-frame_64")) << "the user's folder is made";
+    EXPECT_EQ(translate(ConstString("Quit")).toUtf8(), "Quit");
+
+    EXPECT_EQ(GetHostClasses(), classes);
+    TerminateModule();
+    EXPECT_EQ(UApplication::instance(), application) << "one user is left";
+    EXPECT_EQ(take(), Log{});
+    TerminateModule();
+    EXPECT_EQ(UApplication::instance(), nullptr);
+    EXPECT_EQ(UController::instance(), nullptr);
+    EXPECT_EQ(GlobalSchemes::main(), nullptr);
+    EXPECT_EQ(EventLoop::current(), nullptr);
+    EXPECT_EQ(FMessenger::instance(), nullptr);
+    EXPECT_EQ(TranslationTable::instance(), nullptr);
+    EXPECT_EQ(take(), (Log{"c", "b", "m", "w", "h"})) << "the steps of the teardown in their order";
+}
+
+TEST_F(HostEntryTest, InTheLibraryAllSchemesAreOne) {
+    GetHostClasses();
+    ASSERT_NE(GlobalSchemes::main(), nullptr);
+    EXPECT_EQ(GlobalSchemes::dialog(), GlobalSchemes::main());
+    EXPECT_EQ(GlobalSchemes::system(), GlobalSchemes::main());
+    EXPECT_EQ(GlobalSchemes::current(), GlobalSchemes::main());
+    EXPECT_EQ(GlobalSchemes::control(), nullptr);
+    TerminateModule();
+}
+
+TEST_F(HostEntryTest, ASecondStartInOneLoadWorksWithoutTheHooks) {
+    const StartupHook early{"early", 0, &note<'0'>};
+    for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE(round);
+        ASSERT_NE(GetHostClasses(), nullptr);
+        EXPECT_EQ(take(), round == 0 ? Log{"0"} : Log{});
+        ASSERT_NE(FMessenger::instance(), nullptr) << "the messenger is there again";
+        EXPECT_NE(GlobalSchemes::main(), nullptr);
+        TerminateModule();
+        take();
+    }
+}
+
+TEST_F(HostEntryTest, AFailedStartGivesNullAndIsNotTriedAgain) {
+    const StartupHook fails{"fails", 50, &failing};
+    const StartupHook never{"never", 50, &note<'n'>};
+    EXPECT_EQ(GetHostClasses(), nullptr);
+    EXPECT_EQ(take(), Log{"F"});
+    EXPECT_NE(UApplication::instance(), nullptr) << "the application object stays";
+    EXPECT_NE(GetHostClasses(), nullptr);
+    EXPECT_EQ(take(), Log{});
+    TerminateModule();
+    EXPECT_EQ(UApplication::instance(), nullptr);
+}
+
+TEST_F(HostEntryTest, KeepsSettingsFromOneRunToTheNext) {
+    GetHostClasses();
+    FGlobalDefaultPool::instance()->getGroup("Test")->values().setInteger("number", 42);
+    TerminateModule();
+    GetHostClasses();
+    EXPECT_EQ(FGlobalDefaultPool::instance()->getGroup("Test")->values().getInteger("number"), 42);
+    TerminateModule();
+}
+
+struct ChoosingPresenter : AlertPresenter {
+    explicit ChoosingPresenter(int32_t choice) : choice(choice) { setCurrent(this); }
+    ~ChoosingPresenter() { setCurrent(nullptr); }
+    int32_t show(const AlertRecord& alert) override {
+        text = alert.text.toUtf8();
+        buttons = {alert.button1.toUtf8(), alert.button2.toUtf8(), alert.button3.toUtf8()};
+        return choice;
+    }
+    int32_t choice;
+    std::string text;
+    Log buttons;
+};
+
+TEST_F(HostEntryTest, TheSafeStartPutsSettingsAside) {
+    const auto run = [&](uint32_t modifiers, const std::function<void()>& body) {
+        desktop->postModifiers(modifiers);
+        desktop->processEvents();
+        GetHostClasses();
+        body();
+        TerminateModule();
+    };
+    const auto number = [] {
+        FDefaults* group = FGlobalDefaultPool::instance()->getGroup("Test");
+        return group ? group->values().getInteger("number") : 0;
+    };
+    constexpr uint32_t all = platform::shift | platform::ctrl | platform::alt;
+    run(0, [&] { FGlobalDefaultPool::instance()->getGroup("Test")->values().setInteger("number", 42); });
+
+    ChoosingPresenter presenter(AlertPresenter::first);
+    run(platform::shift | platform::ctrl, [&] { EXPECT_EQ(number(), 42); });
+    EXPECT_EQ(presenter.text, "") << "all three keys or nothing";
+    run(all, [&] { EXPECT_EQ(number(), 42); });
+    EXPECT_EQ(presenter.text.find(
+                  "You activated the safe-start mode by pressing <Ctrl>+<Shift>+<Alt> during program "
+                  "startup."),
+              0u);
+    EXPECT_EQ(presenter.buttons, (Log{"Use current program preferences", "Disable program preferences",
+                                      "Delete program preferences"}));
+
+    presenter.choice = AlertPresenter::second;
+    run(all, [&] { EXPECT_EQ(number(), 0); });
+    EXPECT_TRUE(std::filesystem::exists(folder / "qorl-frame_64") &&
+                !std::filesystem::is_empty(folder / "qorl-frame_64"));
+    run(0, [&] { EXPECT_EQ(number(), 42) << "they come back with the next start"; });
+
+    presenter.choice = AlertPresenter::third;
+    run(all, [&] { EXPECT_EQ(number(), 0); });
+    run(0, [&] { EXPECT_EQ(number(), 0); });
+}
+
+TEST(HostClasses, SetsTheKnobModeByItsExactName) {
+    CmHostClasses& host = CmHostClasses::instance();
+    EXPECT_STREQ(host.getHostValue("KnobMode"), "Linear");
+    struct Case {
+        const char* value;
+        KnobMode mode;
+    };
+    for (const Case& c :
+         {Case{"Circular", KnobMode::circular}, Case{"RelativCircular", KnobMode::relativeCircular},
+          Case{"Linear", KnobMode::linear}}) {
+        EXPECT_EQ(host.setHostValue("KnobMode", c.value), Result::ok);
+        EXPECT_EQ(getKnobMode(), c.mode);
+        EXPECT_STREQ(host.getHostValue("KnobMode"), c.value);
+    }
+    for (const char* wrong : {"linear", "Circular ", "", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(host.setHostValue("KnobMode", wrong), Result::invalidArgument);
+    EXPECT_EQ(host.setHostValue("knobmode", "Circular"), Result::invalidArgument);
+    EXPECT_EQ(host.setHostValue(nullptr, "Circular"), Result::invalidArgument);
+    EXPECT_EQ(getKnobMode(), KnobMode::linear);
+    EXPECT_EQ(host.getHostValue("Other"), nullptr);
+    EXPECT_EQ(host.getHostValue(nullptr), nullptr);
+}
+
+TEST(HostClasses, ShowsItsFacesAndIsNeverCounted) {
+    CmHostClasses& host = CmHostClasses::instance();
+    auto* classes = static_cast<IHostClasses*>(&host);
+    Ref<IHostSettings> settings;
+    ASSERT_EQ(classes->queryInterface(IHostSettings::iid, settings.out()), Result::ok);
+    EXPECT_EQ(settings.get(), static_cast<IHostSettings*>(&host));
+    Ref<IHostClasses> back;
+    ASSERT_EQ(settings->queryInterface(IHostClasses::iid, back.out()), Result::ok);
+    EXPECT_EQ(back.get(), classes);
+    EXPECT_EQ(castToCmObject(static_cast<FInterface*>(classes)), static_cast<CmObject*>(&host));
+    EXPECT_TRUE(host.isTypeOf("CmHostClasses", false));
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(classes->release(), 1u);
+        EXPECT_EQ(host.addRef(), 1u);
+    }
+    void* out = &host;
+    EXPECT_EQ(classes->createInstance(InterfaceId::fromWords(9, 9, 9, 9), &out), Result::no);
+    EXPECT_EQ(out, nullptr);
+}
+
+TEST_F(HostEntryTest, LeavingWithoutEnteringChangesNothingButTheCount) {
+    TerminateModule();
+    EXPECT_EQ(take(), Log{}) << "nothing is taken down";
+    GetHostClasses();
+    GetHostClasses();
+    EXPECT_NE(UApplication::instance(), nullptr);
+    TerminateModule();
+    EXPECT_EQ(UApplication::instance(), nullptr) << "the first leave counts";
+}
+
+} // namespace
+} // namespace qorl

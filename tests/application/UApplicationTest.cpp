@@ -1,0 +1,208 @@
+#include "application/UApplication.h"
+
+#include "application/StandardMenus.h"
+#include "application/UController.h"
+#include "foundation/FMessage.h"
+#include "foundation/StartupHook.h"
+#include "persistence/FDefaultPool.h"
+#include "platform/Platform.h"
+#include "platform/headless/HeadlessDesktop.h"
+#include "schemes/GlobalSchemes.h"
+#include "support/TestPaths.h"
+#include "windows/AlertPresenter.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace qorl {
+namespace {
+
+using Log = std::vector<std::string>;
+
+/// A program of its own that writes down what it is asked.
+class Program : public UApplication {
+    QORL_CLASS(Program, UApplication)
+
+public:
+    explicit Program(const ApplicationArgs& args, Log& log) : UApplication(args), log_(log) {}
+
+    void preStart() override { log_.push_back("preStart"); }
+    void showAbout(bool splash) override { log_.push_back(splash ? "splash" : "about"); }
+    bool runStartupHooks() override {
+        log_.push_back("hooks");
+        if (quits)
+            setQuit();
+        return UApplication::runStartupHooks();
+    }
+    UMenuBar* createMenuBar() override {
+        log_.push_back("menu bar");
+        return UApplication::createMenuBar();
+    }
+    void finishStartup() override {
+        log_.push_back("finish");
+        UApplication::finishStartup();
+    }
+    void closeAbout() override {
+        log_.push_back("closeAbout");
+        UApplication::closeAbout();
+    }
+    bool canQuit(int32_t) override { return mayQuit; }
+    bool skinLoaded() override { return acceptsSkin; }
+    bool openDocument(const FPath& path, bool) override {
+        String text;
+        path.getFullPath(text);
+        log_.push_back("open " + text.toUtf8());
+        return text.contains(ConstString("good"));
+    }
+
+    bool quits = false;
+    bool mayQuit = true;
+    bool acceptsSkin = true;
+
+private:
+    Log& log_;
+};
+
+class UApplicationTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+        desktop = new platform::HeadlessDesktop;
+        ASSERT_TRUE(platform::start(desktop));
+        dropHooks();
+        ApplicationArgs args;
+        args.name = CmString("Test Program");
+        program = std::make_unique<Program>(args, log);
+        program->init(args);
+    }
+    void TearDown() override {
+        program.reset();
+        platform::stop();
+    }
+    Log take() { return std::exchange(log, {}); }
+    int32_t send(const char* name, int64_t tag) {
+        FMessage message{ConstString(name)};
+        message.setInt("Tag", tag);
+        return program->handleMessage(&message);
+    }
+
+    testing::TemporaryFolder folder;
+    platform::HeadlessDesktop* desktop = nullptr;
+    Log log;
+    std::unique_ptr<Program> program;
+};
+
+TEST_F(UApplicationTest, RunsThroughItsStartIntoTheLoopUntilItQuits) {
+    desktop->postCall([&] {
+        log.push_back("running");
+        program->mayQuit = false;
+        EXPECT_EQ(send("MenuSelect", quitTag), 1);
+        EXPECT_FALSE(UController::instance()->isStopped()) << "the program may refuse";
+        program->mayQuit = true;
+        EXPECT_EQ(send("MenuSelect", quitTag), 1);
+    });
+    desktop->postCall([&] { log.push_back("too late"); });
+    EXPECT_TRUE(program->run());
+    EXPECT_EQ(take(), (Log{"preStart", "splash", "hooks", "menu bar", "finish", "closeAbout", "running"}));
+    EXPECT_NE(GlobalSchemes::system(), GlobalSchemes::main()) << "a program has a system scheme of its own";
+    EXPECT_EQ(GlobalSchemes::dialog(), GlobalSchemes::main());
+}
+
+TEST_F(UApplicationTest, GivesUpWhenItQuitsDuringItsStart) {
+    program->quits = true;
+    EXPECT_FALSE(program->run());
+    EXPECT_EQ(take(), (Log{"preStart", "splash", "hooks", "closeAbout"}));
+}
+
+TEST_F(UApplicationTest, GivesUpWhenAHookFails) {
+    const StartupHook fails{"fails", 60, [] { return false; }};
+    EXPECT_FALSE(program->run());
+    EXPECT_EQ(take(), (Log{"preStart", "splash", "hooks", "closeAbout"}));
+    EXPECT_TRUE(program->isQuitting());
+}
+
+TEST_F(UApplicationTest, AnswersItsTwoMenuItems) {
+    for (const int64_t tag : {0, 1, 7, 9, 16, 18})
+        EXPECT_EQ(send("MenuCanSelect", tag), 0) << tag;
+    EXPECT_EQ(send("MenuCanSelect", 8), 1);
+    EXPECT_EQ(send("MenuCanSelect", 17), 1);
+    EXPECT_EQ(send("MenuSelect", 9), 0);
+    EXPECT_EQ(send("MenuSelect", 17), 1);
+    EXPECT_EQ(take(), Log{"about"});
+    EXPECT_EQ(send("Other", 8), 0);
+}
+
+TEST_F(UApplicationTest, OpensEachDocumentOfAList) {
+    CmLinkedList list(Ownership::adopt);
+    EXPECT_FALSE(program->openDocuments(&list));
+    list.add(new FNPath(std::string_view("/tmp/bad")));
+    EXPECT_FALSE(program->openDocuments(&list));
+    list.add(new FNPath(std::string_view("/tmp/good")));
+    list.add(new FNPath(std::string_view("/tmp/bad2")));
+    take();
+    EXPECT_TRUE(program->openDocuments(&list));
+    EXPECT_EQ(take().size(), 3u) << "one that opened doesn't end it";
+    EXPECT_FALSE(program->openDocuments(nullptr));
+}
+
+struct Alerts : AlertPresenter {
+    Alerts() { setCurrent(this); }
+    ~Alerts() { setCurrent(nullptr); }
+    int32_t show(const AlertRecord& alert) override {
+        texts.push_back(alert.text.toUtf8());
+        return first;
+    }
+    Log texts;
+};
+
+TEST_F(UApplicationTest, TellsWhyASkinIsNotLoadedOnlyWhenAsked) {
+    Alerts alerts;
+    const FNPath missing((folder / "missing.xml").string());
+    EXPECT_FALSE(program->loadSkin(missing, UApplication::Errors::hide));
+    EXPECT_EQ(alerts.texts, Log{});
+    EXPECT_FALSE(program->loadSkin(missing, UApplication::Errors::show));
+    EXPECT_EQ(alerts.texts, Log{"Skin file '" + (folder / "missing.xml").string() + "' not found!"});
+
+    alerts.texts.clear();
+    std::ofstream(folder / "broken.xml") << "<skin>\n<unclosed>\n</skin>";
+    EXPECT_FALSE(program->loadSkin(FNPath((folder / "broken.xml").string()), UApplication::Errors::show));
+    ASSERT_EQ(alerts.texts.size(), 1u);
+    EXPECT_EQ(alerts.texts[0].find("Skin parsing failed: "), 0u) << alerts.texts[0];
+    EXPECT_NE(alerts.texts[0].find("\nContext: "), std::string::npos) << alerts.texts[0];
+}
+
+TEST_F(UApplicationTest, RemembersTheLastSkinThatItAccepted) {
+    std::ofstream(folder / "skin.xml") << "<skin></skin>";
+    const FNPath path((folder / "skin.xml").string());
+    FAttributes& values = FGlobalDefaultPool::instance()->getGroup("UApplication")->values();
+    program->acceptsSkin = false;
+    EXPECT_FALSE(program->loadSkin(path, UApplication::Errors::show));
+    EXPECT_FALSE(values.contains("LastSkinfile"));
+    program->acceptsSkin = true;
+    EXPECT_TRUE(program->loadSkin(path, UApplication::Errors::show));
+    EXPECT_EQ(values.getString("LastSkinfile").toUtf8(), (folder / "skin.xml").string());
+}
+
+TEST(StandardMenus, CarryEachTagOnceInOrder) {
+    int32_t expected = firstFileTag;
+    std::string separators;
+    std::set<std::string> names;
+    for (const StandardMenu& menu : standardMenus()) {
+        for (const StandardMenuItem& item : menu.items) {
+            EXPECT_EQ(item.tag, expected++);
+            EXPECT_TRUE(names.insert(item.name).second) << item.name;
+            if (item.separatorBehind)
+                separators += std::to_string(item.tag) + " ";
+        }
+    }
+    EXPECT_EQ(expected, lastEditTag + 1);
+    EXPECT_EQ(separators, "3 7 10 14 ");
+}
+
+} // namespace
+} // namespace qorl
