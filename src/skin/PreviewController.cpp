@@ -10,17 +10,17 @@ namespace qorl {
 
 namespace {
 
-constexpr int32_t standardMaximum = 100;
+constexpr int32_t previewMaximum = 100;
 
-std::string_view trim(std::string_view text) {
+std::string_view withoutBlanks(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     const size_t first = text.find_first_not_of(blanks);
     return first == std::string_view::npos ? std::string_view()
                                            : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-bool parseNumber(std::string_view text, int32_t& number) {
-    text = trim(text);
+bool parseWholeNumber(std::string_view text, int32_t& number) {
+    text = withoutBlanks(text);
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size() && !text.empty();
 }
@@ -28,8 +28,8 @@ bool parseNumber(std::string_view text, int32_t& number) {
 /// "MIN..MAX".
 bool parseRange(std::string_view text, int32_t& min, int32_t& max) {
     const size_t dots = text.find("..");
-    return dots != std::string_view::npos && parseNumber(text.substr(0, dots), min) &&
-           parseNumber(text.substr(dots + 2), max) && min <= max;
+    return dots != std::string_view::npos && parseWholeNumber(text.substr(0, dots), min) &&
+           parseWholeNumber(text.substr(dots + 2), max) && min <= max;
 }
 
 Ref<Binding::Value> makeNumber(int32_t number, int32_t min, int32_t max) {
@@ -59,19 +59,19 @@ PreviewController::~PreviewController() = default;
 
 bool PreviewController::readLine(std::string_view line, std::string& fault) {
     const size_t equals = line.find('=');
-    const std::string name(trim(line.substr(0, equals)));
+    const std::string name(withoutBlanks(line.substr(0, equals)));
     if (equals == std::string_view::npos || name.empty()) {
         fault = "expected NAME = NUMBER, NAME = NUMBER in MIN..MAX or NAME = \"TEXT\"";
         return false;
     }
-    const std::string_view value = trim(line.substr(equals + 1));
+    const std::string_view value = withoutBlanks(line.substr(equals + 1));
     if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
         shared_->values[name] = make<Binding::StringValue>(ConstString(value.substr(1, value.size() - 2)));
         return true;
     }
-    int32_t number = 0, min = 0, max = standardMaximum;
+    int32_t number = 0, min = 0, max = previewMaximum;
     const size_t in = value.find(" in ");
-    if (!parseNumber(value.substr(0, in), number)) {
+    if (!parseWholeNumber(value.substr(0, in), number)) {
         fault = "'" + std::string(value.substr(0, in)) + "' is neither a number nor a text in quotes";
         return false;
     }
@@ -93,7 +93,7 @@ bool PreviewController::readValues(std::string_view text, std::string_view fileN
     std::string fault;
     for (uint32_t lineNumber = 1; !text.empty(); ++lineNumber) {
         const size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = trim(text.substr(0, end));
+        const std::string_view line = withoutBlanks(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.empty() || line.front() == '#' || readLine(line, fault))
             continue;
@@ -105,7 +105,7 @@ bool PreviewController::readValues(std::string_view text, std::string_view fileN
 
 bool PreviewController::setValue(std::string_view name, std::string_view text) {
     int32_t number = 0;
-    const bool isNumber = parseNumber(text, number);
+    const bool isNumber = parseWholeNumber(text, number);
     Binding::Value* value = findValue(name);
     if (!value && !isNumber) {
         shared_->values[prefix_ + std::string(name)] = make<Binding::StringValue>(ConstString(text));
@@ -129,7 +129,7 @@ Binding::Value* PreviewController::findValue(std::string_view name) const {
 Binding::Value* PreviewController::getValue(const char* name) {
     Ref<Binding::Value>& value = shared_->values[prefix_ + name];
     if (!value)
-        value = makeNumber(0, 0, standardMaximum);
+        value = makeNumber(0, 0, previewMaximum);
     return value.get();
 }
 

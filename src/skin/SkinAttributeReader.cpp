@@ -2,11 +2,15 @@
 
 #include "skin/SizeExpression.h"
 #include "skin/Suggestion.h"
+#include "skin/Wording.h"
 
 #include <charconv>
 #include <cstring>
 
 namespace qorl {
+
+using Wording::quoted;
+using Wording::tag;
 
 namespace {
 
@@ -34,14 +38,6 @@ size_t slotOf(const KeywordSet& set, std::string_view text, size_t slots) {
     hash += static_cast<uint8_t>(text.front()) * 31u + static_cast<uint8_t>(text.back()) * 17u;
     hash += static_cast<uint8_t>(text[text.size() / 2]) * 5u;
     return hash % slots;
-}
-
-std::string quoted(std::string_view text) {
-    return "'" + std::string(text.substr(0, 80)) + "'";
-}
-
-std::string tag(SkinType type) {
-    return "<" + std::string(nameOf(type)) + ">";
 }
 
 } // namespace
@@ -117,7 +113,7 @@ void SkinAttributeReader::convertKeywords(const KeywordSet& set, std::string_vie
         cached = {&set, store_.keep(text), parseKeywords(set, text)};
     value.text = cached.text.data();
     value.number = cached.value.value;
-    if (cached.value.hasUnknown)
+    if (cached.value.hasUnknown && wantsWarnings())
         reportUnknownWords(set, text);
 }
 
@@ -130,7 +126,7 @@ const AttributeValue* SkinAttributeReader::next() {
     const SkinAttribute attribute = findSkinAttribute(name);
     const AttributeRule& rule = ruleOf(type_, attribute);
     if (rule.form == AttributeForm::illegal) {
-        if (!traitsOf(type_).keepsUnknown)
+        if (!traitsOf(type_).keepsUnknown && wantsWarnings())
             reportIllegal(name);
         value_ = keepForeign(name, text);
         return &value_;

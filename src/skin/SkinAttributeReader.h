@@ -1,5 +1,6 @@
 #pragma once
 
+#include "skin/LimitedDiagnostics.h"
 #include "skin/SkinElement.h"
 #include "skin/SkinKeywords.h"
 
@@ -18,7 +19,7 @@ namespace qorl {
 class SkinAttributeReader {
 public:
     /// Faults are told to `sink`, which may be null.
-    SkinAttributeReader(SkinStore& store, DiagnosticSink* sink) : store_(store), sink_(sink) {}
+    SkinAttributeReader(SkinStore& store, LimitedDiagnostics* sink) : store_(store), sink_(sink) {}
 
     /// `attributes` holds name and value by turns, ended by null, and must outlive the reading.
     void begin(const char* const* attributes, SkinType type, SourceMark mark);
@@ -31,6 +32,7 @@ public:
                                   std::string_view text);
 
     void report(Severity severity, std::string text);
+    bool wantsWarnings() const { return sink_ && !sink_->isFull(Severity::warning); }
     SkinStore& store() { return store_; }
 
 private:
@@ -47,7 +49,7 @@ private:
     void reportUnknownWords(const KeywordSet& set, std::string_view text);
 
     SkinStore& store_;
-    DiagnosticSink* sink_;
+    LimitedDiagnostics* sink_;
     const char* const* rest_ = nullptr;
     SkinType type_ = SkinType::unknown;
     SourceMark mark_;

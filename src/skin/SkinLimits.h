@@ -13,6 +13,8 @@ inline constexpr int64_t documentBytes = int64_t{64} << 20;
 inline constexpr int64_t tokenBytes = int64_t{1} << 20;
 /// Bytes of element records and their texts.
 inline constexpr size_t recordBytes = size_t{256} << 20;
+/// Elements of one file, skipped ones counted in.
+inline constexpr int32_t elements = 1'000'000;
 /// Elements inside each other in one file.
 inline constexpr int32_t nesting = 256;
 inline constexpr int32_t attributesOfElement = 128;
@@ -35,10 +37,18 @@ inline constexpr int64_t buildSteps = 1'000'000;
 /// Views that one build may make.
 inline constexpr int32_t builtViews = 200'000;
 
+/// Bytes of titles, names and tips that one build may give to views.
+inline constexpr int64_t builtTextBytes = int64_t{64} << 20;
+/// Variables at one time.
+inline constexpr size_t variables = 256;
+/// Set conditions at one time.
+inline constexpr size_t conditions = 1000;
+/// Bytes of texts that one build may look through for variables and conditions, each time for each variable.
+inline constexpr int64_t textWork = int64_t{1} << 30;
 /// Bytes of a text after its variables were put in.
 inline constexpr size_t substitutedBytes = 64 * 1024;
 
-/// Findings that are kept of one load or build; the last one says that there are more.
+/// Errors that are kept of one load or build, and other findings.
 inline constexpr size_t diagnostics = 1000;
 
 } // namespace qorl::SkinLimits

@@ -40,15 +40,6 @@ private:
     UIDescription& document_;
 };
 
-void UIDescription::LimitedSink::report(const Diagnostic& diagnostic) {
-    const size_t count = list_.all().size();
-    if (count > SkinLimits::diagnostics && diagnostic.severity != Severity::error)
-        return;
-    if (count == SkinLimits::diagnostics)
-        list_.report({Severity::note, diagnostic.position, {}, "more warnings follow; they are left out"});
-    list_.report(diagnostic);
-}
-
 UIDescription::UIDescription(Ref<SkinStore> store) : store_(store ? std::move(store) : make<SkinStore>()) {
     root_ = Root::create(*this);
 }
@@ -245,7 +236,7 @@ void UIDescription::merge(UIDescription& from) {
         mergeSection(section, from);
     sortSections();
     for (const Diagnostic& diagnostic : from.diagnostics())
-        limitedSink_.report(diagnostic);
+        diagnostics_.report(diagnostic);
 }
 
 bool UIDescription::isOpen(const SkinElement& variant) {
@@ -265,7 +256,8 @@ bool UIDescription::spendSizeSteps(const SkinElement& element, int64_t steps) {
 }
 
 void UIDescription::report(Severity severity, SourceMark mark, std::string text) {
-    limitedSink_.report(mark.finding(severity, std::move(text)));
+    if (!diagnostics_.isFull(severity))
+        diagnostics_.report(mark.finding(severity, std::move(text)));
 }
 
 } // namespace qorl

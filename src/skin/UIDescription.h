@@ -1,9 +1,9 @@
 #pragma once
 
 #include "foundation/CmObject.h"
-#include "foundation/Diagnostic.h"
 #include "persistence/FFileSystem.h"
 #include "persistence/FUrl.h"
+#include "skin/LimitedDiagnostics.h"
 #include "skin/ResourceElement.h"
 #include "skin/ViewElement.h"
 
@@ -99,8 +99,8 @@ public:
     /// What was found wrong with the document, in the order in which it was found.
     const std::vector<Diagnostic>& diagnostics() const { return diagnostics_.all(); }
     bool hasErrors() const { return diagnostics_.hasErrors(); }
-    /// Keeps findings for `diagnostics`, at most `SkinLimits::diagnostics` of them.
-    DiagnosticSink& sink() { return limitedSink_; }
+    /// Keeps findings for `diagnostics`.
+    LimitedDiagnostics& sink() { return diagnostics_; }
 
     SkinStore& store() override { return *store_; }
     bool isOpen(const SkinElement& variant) override;
@@ -109,15 +109,6 @@ public:
 
 private:
     class Root;
-    class LimitedSink final : public DiagnosticSink {
-    public:
-        explicit LimitedSink(DiagnosticList& list) : list_(list) {}
-        void report(const Diagnostic& diagnostic) override;
-
-    private:
-        DiagnosticList& list_;
-    };
-
     SkinElement* findIn(Section section, std::string_view name, SkinType type);
     void mergeSection(Section section, UIDescription& from);
     ResourceElement* findBitmapElement(std::string_view name);
@@ -132,8 +123,7 @@ private:
     SkinElement* sections_[6] = {};
     Ref<FFileSystem> fileSystem_;
     FUrl baseUrl_;
-    DiagnosticList diagnostics_;
-    LimitedSink limitedSink_{diagnostics_};
+    LimitedDiagnostics diagnostics_;
     ConditionNames* conditions_ = nullptr;
     int64_t sizeStepsLeft_ = 0;
     bool resourcesLoaded_ = false;

@@ -4,10 +4,13 @@
 #include "persistence/FStream.h"
 #include "skin/SkinLimits.h"
 #include "skin/Suggestion.h"
+#include "skin/Wording.h"
 
 #include <algorithm>
 
 namespace qorl {
+
+using Wording::tag;
 
 namespace {
 
@@ -57,15 +60,7 @@ constexpr struct {
     {T::templates, DocumentSection::templates, UIDescriptionParser::outside},
 };
 
-std::string tag(std::string_view name) {
-    return "<" + std::string(name.substr(0, 80)) + ">";
-}
-
-std::string tag(SkinType type) {
-    return tag(nameOf(type));
-}
-
-bool isBlank(std::string_view text) {
+bool isAllBlank(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
 }
 
@@ -154,6 +149,8 @@ bool UIDescriptionParser::isWithinLimits(const char** attributes) {
 }
 
 void UIDescriptionParser::reportUnknown(std::string_view name, bool reserved) {
+    if (document_.sink().isFull(Severity::warning))
+        return;
     Suggestion suggestion(name);
     for (int32_t i = 0; i < skinTypeCount && !reserved; ++i)
         if (traitsOf(static_cast<SkinType>(i)).hasFactory)
@@ -166,6 +163,10 @@ void UIDescriptionParser::reportUnknown(std::string_view name, bool reserved) {
 void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char** attributes) {
     if (hasFailed() || reported_)
         return;
+    if (++elements_ > SkinLimits::elements) {
+        fail("a document has at most " + std::to_string(SkinLimits::elements) + " elements");
+        return;
+    }
     if (skipDepth_ > 0) {
         ++skipDepth_;
         return;
@@ -320,7 +321,7 @@ bool UIDescriptionParser::parseDocument(FStream& stream) {
         return false;
     char rest[256];
     for (int64_t got = stream.read(rest, sizeof rest); got > 0; got = stream.read(rest, sizeof rest))
-        if (!isBlank({rest, static_cast<size_t>(got)})) {
+        if (!isAllBlank({rest, static_cast<size_t>(got)})) {
             document_.report(Severity::error, mark(),
                              "Skin parsing failed: something follows the end of the document");
             reported_ = true;
@@ -335,7 +336,7 @@ bool UIDescriptionParser::parseFragment(std::string_view text) {
         if (!finish(parse(static_cast<IBStream*>(stream.get()))))
             return false;
         const auto parsed = static_cast<size_t>(std::min<int64_t>(stream->tell(), stream->size()));
-        if (isBlank(text.substr(parsed)))
+        if (isAllBlank(text.substr(parsed)))
             return true;
         const std::string_view before = text.substr(0, parsed);
         lineOffset_ = std::ranges::count(before, '\n');

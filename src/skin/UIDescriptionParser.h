@@ -91,6 +91,7 @@ private:
     bool reported_ = false;
     Section section_ = outside;
     int32_t skipDepth_ = 0;
+    int32_t elements_ = 0;
     int64_t lineOffset_ = 0;
     int64_t columnOffset_ = 0;
     std::string program_;

@@ -74,9 +74,14 @@ Ref<UView> UIWizard::createView(std::string_view templateName, IController* cont
     const ViewElement* element = document->findTemplate(templateName);
     if (!element)
         return nullptr;
-    substitutionBroken_ = false;
+    if (builds_++ == 0) {
+        textsBroken_ = false;
+        textWorkLeft_ = SkinLimits::textWork;
+    }
     ViewBuilder builder(*this, *document);
-    return builder.buildTemplate(*element, controller, parentView);
+    Ref<UView> view = builder.buildTemplate(*element, controller, parentView);
+    --builds_;
+    return view;
 }
 
 Ref<UView> UIWizard::createViewChained(std::string_view templateName, IController* controller,
@@ -143,15 +148,27 @@ void UIWizard::removeListener(CmObject* listener) {
     std::erase(listeners_, listener);
 }
 
+bool UIWizard::spendTextWork(size_t bytes) {
+    if (textsBroken_)
+        return false;
+    textWorkLeft_ -= static_cast<int64_t>(bytes);
+    if (builds_ == 0 || textWorkLeft_ >= 0)
+        return true;
+    textsBroken_ = true;
+    report(Severity::error, place_,
+           "the texts and conditions of the template are too long to look through that often");
+    return false;
+}
+
 void UIWizard::failSubstitution(std::string_view name, std::string_view text) {
-    substitutionBroken_ = true;
+    textsBroken_ = true;
     report(Severity::error, place_,
            "putting in the variable '" + std::string(name) + "' has no end in '" +
                std::string(text.substr(0, 80)) + "'");
 }
 
 std::string_view UIWizard::substitute(std::string_view text, Translate translateValues) {
-    if (text.empty() || variables_.empty() || substitutionBroken_)
+    if (text.empty() || variables_.empty() || !spendTextWork(text.size() * variables_.size()))
         return text;
     substitution_ = text;
     int32_t left = replacements;
@@ -194,7 +211,7 @@ bool UIWizard::Conditions::isTrue(std::string_view word) {
 
 bool UIWizard::evaluate(std::string_view condition, IController* controller) {
     Conditions names(*this, controller);
-    return evaluateCondition(condition, names);
+    return spendTextWork(condition.size()) && evaluateCondition(condition, names);
 }
 
 void UIWizard::setCondition(std::string_view name) {
@@ -259,12 +276,8 @@ void UIWizard::clearDiagnostics() {
 }
 
 void UIWizard::report(Severity severity, SourceMark mark, std::string text) {
-    const size_t count = diagnostics_.all().size();
-    if (count > SkinLimits::diagnostics && severity != Severity::error)
-        return;
-    if (count == SkinLimits::diagnostics)
-        diagnostics_.report(mark.finding(Severity::note, "more warnings follow; they are left out"));
-    diagnostics_.report(mark.finding(severity, std::move(text)));
+    if (!diagnostics_.isFull(severity))
+        diagnostics_.report(mark.finding(severity, std::move(text)));
 }
 
 } // namespace qorl

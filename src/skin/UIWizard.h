@@ -1,8 +1,8 @@
 #pragma once
 
 #include "foundation/CmObject.h"
-#include "foundation/Diagnostic.h"
 #include "skin/IController.h"
+#include "skin/LimitedDiagnostics.h"
 #include "skin/SkinCondition.h"
 #include "skin/UIDescription.h"
 #include "skin/UIDescriptionLoader.h"
@@ -110,6 +110,8 @@ private:
 
     void useDocument();
     void failSubstitution(std::string_view name, std::string_view text);
+    /// Takes what looking through `bytes` costs off the budget of the build. False when it is used up.
+    bool spendTextWork(size_t bytes);
 
     Conditions loadConditions_{*this, nullptr};
     UIDescriptionLoader loader_{&loadConditions_};
@@ -117,11 +119,14 @@ private:
     std::string substitution_;
     std::vector<CmObject*> listeners_;
     std::vector<std::string> conditions_;
-    DiagnosticList diagnostics_;
+    LimitedDiagnostics diagnostics_;
     /// The element that is being built, for faults that show in its texts.
     SourceMark place_;
-    /// A text grew without end: nothing is replaced until the next build.
-    bool substitutionBroken_ = false;
+    int64_t textWorkLeft_ = SkinLimits::textWork;
+    /// Builds inside each other.
+    int32_t builds_ = 0;
+    /// A text grew without end, or the texts cost too much: nothing is replaced until the next build.
+    bool textsBroken_ = false;
 };
 
 /// Makes `wizard` the global one for as long as the guard stands.

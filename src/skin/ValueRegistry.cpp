@@ -12,8 +12,8 @@ namespace qorl {
 
 namespace {
 
-enum ValueType : int64_t { boolean = 0x65, integer = 0x66, scroll = 0x67, text = 0x68 };
-enum ValueScope : int64_t { local = 0xC9, global = 0xCA };
+enum class ValueType : int64_t { boolean = 0x65, integer = 0x66, scroll = 0x67, text = 0x68 };
+enum class ValueScope : int64_t { local = 0xC9, global = 0xCA };
 
 constexpr int32_t standardMaximum = 100;
 constexpr ConstString persistentGroup("UGuiValues");
@@ -33,14 +33,15 @@ int32_t defaultOf(const SkinElement& element) {
 }
 
 Ref<Binding::Value> createValue(const SkinElement& element) {
-    switch (element.keywords(SkinAttribute::type)) {
-    case boolean: {
+    switch (ValueType(element.keywords(SkinAttribute::type))) {
+    case ValueType::boolean: {
         auto value = make<Binding::Value>();
         value->setValue(defaultOf(element));
         return value;
     }
-    case text: return make<Binding::StringValue>(ConstString(element.text(SkinAttribute::default_)));
-    case scroll: {
+    case ValueType::text:
+        return make<Binding::StringValue>(ConstString(element.text(SkinAttribute::default_)));
+    case ValueType::scroll: {
         auto value = make<Binding::IntValue>(minimumOf(element), maximumOf(element));
         value->setValue(defaultOf(element));
         return value;
@@ -113,7 +114,7 @@ Binding::Value* ValueRegistry::find(std::string_view name, const IController* co
 }
 
 void ValueRegistry::define(const SkinElement& element, std::string_view name, const IController* controller) {
-    if (element.keywords(SkinAttribute::scope) != local)
+    if (ValueScope(element.keywords(SkinAttribute::scope)) != ValueScope::local)
         controller = nullptr;
     if (const auto found = entries_.find({name, controller}); found != entries_.end()) {
         Binding::Value& value = *found->second->value;

@@ -15,22 +15,11 @@
 
 namespace qorl {
 
-/// One level further in, for as long as it stands. False at the limit.
-class ViewBuilder::Depth {
-public:
-    Depth(ViewBuilder& builder, const SkinElement& element) : builder_(builder) {
-        if (++builder.depth_ <= SkinLimits::buildDepth)
-            return;
+ViewBuilder::Depth::Depth(ViewBuilder& builder, const SkinElement& element) : builder_(builder) {
+    if (++builder.depth_ > SkinLimits::buildDepth)
         builder.stop(element, "views stand more than " + std::to_string(SkinLimits::buildDepth) +
                                   " deep in each other; a template that contains itself never ends");
-    }
-    ~Depth() { --builder_.depth_; }
-    Depth(const Depth&) = delete;
-    Depth& operator=(const Depth&) = delete;
-
-private:
-    ViewBuilder& builder_;
-};
+}
 
 ViewBuilder::ViewBuilder(UIWizard& wizard, UIDescription& document)
     : wizard_(wizard), document_(document), stepsLeft_(SkinLimits::buildSteps),
@@ -47,16 +36,25 @@ bool ViewBuilder::step(const SkinElement& element) {
         stop(element, "the template is made of more than " + std::to_string(SkinLimits::buildSteps) +
                           " elements and rounds");
     wizard_.place_ = element.mark();
-    return !stopped_ && !wizard_.substitutionBroken_;
+    return !stopped_ && !wizard_.textsBroken_;
 }
 
 void ViewBuilder::warn(const SkinElement& element, std::string text) {
     wizard_.report(Severity::warning, element.mark(), std::move(text));
 }
 
+std::string_view ViewBuilder::counted(const SkinElement& element, std::string_view text) {
+    textBytesLeft_ -= static_cast<int64_t>(text.size());
+    if (textBytesLeft_ >= 0)
+        return text;
+    stop(element, "the views of the template have more than " +
+                      std::to_string(SkinLimits::builtTextBytes >> 20) + " MB of text");
+    return {};
+}
+
 String ViewBuilder::title(const SkinElement& element) {
     if (const AttributeValue* plain = element.find(SkinAttribute::titleNT))
-        return String(ConstString(wizard_.substitute(plain->view())));
+        return String(ConstString(counted(element, wizard_.substitute(plain->view()))));
     const AttributeValue* title = element.find(SkinAttribute::title);
     if (!title || title->length == 0)
         return String();
@@ -64,7 +62,8 @@ String ViewBuilder::title(const SkinElement& element) {
     const ConstString translated = translate(key);
     if (wizard_.variables_.empty())
         return String(translated);
-    return String(ConstString(wizard_.substitute(translated.toUtf8(), UIWizard::Translate::yes)));
+    const std::string text = translated.toUtf8();
+    return String(ConstString(counted(element, wizard_.substitute(text, UIWizard::Translate::yes))));
 }
 
 std::string_view ViewBuilder::text(const SkinElement& element, SkinAttribute attribute) {
@@ -156,10 +155,11 @@ void ViewBuilder::applyTexts(const ViewElement& element, UView& view) {
     if (id.empty())
         id = wizard_.substitute(element.name());
     if (!id.empty())
-        view.getItem().setName(id);
+        view.getItem().setName(counted(element, id));
     if (const AttributeValue* tip = element.find(SkinAttribute::tip)) {
         const std::string translated = translate(ConstString(tip->view())).toUtf8();
-        view.setTooltip(ConstString(wizard_.substitute(translated, UIWizard::Translate::yes)));
+        view.setTooltip(
+            ConstString(counted(element, wizard_.substitute(translated, UIWizard::Translate::yes))));
     }
     const AttributeValue* command = element.find(SkinAttribute::command);
     if (!command)

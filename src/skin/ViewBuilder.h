@@ -3,6 +3,7 @@
 #include "foundation/String.h"
 #include "graphics/UFont.h"
 #include "skin/IController.h"
+#include "skin/SkinLimits.h"
 #include "skin/UIWizard.h"
 #include "skin/ViewElement.h"
 
@@ -53,7 +54,17 @@ public:
 
 private:
     using ChildBuild = void (ViewBuilder::*)(const SkinElement&, UView&, IController*);
-    class Depth;
+    /// One level further in, for as long as it stands.
+    class Depth {
+    public:
+        Depth(ViewBuilder& builder, const SkinElement& element);
+        ~Depth() { --builder_.depth_; }
+        Depth(const Depth&) = delete;
+        Depth& operator=(const Depth&) = delete;
+
+    private:
+        ViewBuilder& builder_;
+    };
 
     static ChildBuild childBuildOf(SkinType type);
 
@@ -69,6 +80,7 @@ private:
     void buildFont(const SkinElement& element, UView& parent, IController* controller);
     void defineValue(const SkinElement& element, UView& parent, IController* controller);
     void buildMutableContent(const SkinElement& element, UView& parent, IController* controller);
+    bool checkConditions(const SkinElement& element, size_t count);
     bool checkVariable(const SkinElement& element, const UIWizardVariable& variable);
     UFont fontOf(const SkinElement& element);
 
@@ -77,6 +89,8 @@ private:
     void addWallpaper(const ViewElement& element, UView& view, IController* controller);
 
     Ref<UView> finishView(const ViewElement& element, Ref<UView> view, IController* controller);
+    /// `text`, counted as text that a view is given; empty at the limit.
+    std::string_view counted(const SkinElement& element, std::string_view text);
     void applyTexts(const ViewElement& element, UView& view);
     void nameMissingKind(const SkinElement& element);
 
@@ -84,8 +98,9 @@ private:
     UIDescription& document_;
     std::vector<UFont> fonts_;
     std::vector<SkinType> missingKinds_;
-    int64_t stepsLeft_;
-    int32_t viewsLeft_;
+    int64_t stepsLeft_ = SkinLimits::buildSteps;
+    int64_t textBytesLeft_ = SkinLimits::builtTextBytes;
+    int32_t viewsLeft_ = SkinLimits::builtViews;
     int32_t depth_ = 0;
     bool stopped_ = false;
 };

@@ -131,6 +131,11 @@ void ViewBuilder::buildController(const SkinElement& element, UView& parent, ICo
 }
 
 bool ViewBuilder::checkVariable(const SkinElement& element, const UIWizardVariable& variable) {
+    if (wizard_.variables_.size() > SkinLimits::variables) {
+        stop(element,
+             "there are at most " + std::to_string(SkinLimits::variables) + " variables at one time");
+        return false;
+    }
     if (variable.isReplaceable())
         return true;
     wizard_.report(Severity::error, element.mark(),
@@ -138,6 +143,13 @@ bool ViewBuilder::checkVariable(const SkinElement& element, const UIWizardVariab
                        ? "a variable needs a name"
                        : "the value '" + variable.value() + "' holds the name of its variable '" +
                              variable.name() + "': putting it in would never end");
+    return false;
+}
+
+bool ViewBuilder::checkConditions(const SkinElement& element, size_t count) {
+    if (count + wizard_.conditions_.size() <= SkinLimits::conditions)
+        return true;
+    stop(element, "there are at most " + std::to_string(SkinLimits::conditions) + " conditions at one time");
     return false;
 }
 
@@ -183,10 +195,14 @@ void ViewBuilder::buildFor(const SkinElement& element, UView& parent, IControlle
 }
 
 void ViewBuilder::buildSet(const SkinElement& element, UView& parent, IController* controller) {
+    if (!wizard_.spendTextWork(element.name().size()))
+        return;
     std::vector<std::string> words;
     for (const std::string_view word : splitList(element.name()))
         if (!word.empty())
             words.emplace_back(wizard_.substitute(word));
+    if (!checkConditions(element, words.size()))
+        return;
     for (const std::string& word : words)
         wizard_.setCondition(word);
     buildChildren(element, parent, controller);
@@ -200,6 +216,8 @@ void ViewBuilder::buildMutable(const SkinElement& element, UView& parent, IContr
     if (condition.empty() || wizard_.evaluate(condition, controller)) {
         const auto names = splitList(element.text(SkinAttribute::variable));
         auto settings = splitList(element.text(SkinAttribute::setting));
+        if (!wizard_.spendTextWork((names.size() + settings.size()) * sizeof(std::string_view)))
+            return;
         settings.resize(std::max(names.size(), settings.size()));
         for (size_t i = 0; i < names.size(); ++i) {
             auto variable = make<UIWizardVariable>(names[i], wizard_.substitute(settings[i]));
@@ -208,7 +226,10 @@ void ViewBuilder::buildMutable(const SkinElement& element, UView& parent, IContr
         }
     }
     std::vector<std::string> imposed;
-    for (const std::string_view word : splitList(element.text(SkinAttribute::impose))) {
+    const auto impose = splitList(element.text(SkinAttribute::impose));
+    if (!checkConditions(element, impose.size()))
+        return;
+    for (const std::string_view word : impose) {
         if (word.empty() || wizard_.hasCondition(word))
             continue;
         imposed.emplace_back(word);

@@ -82,11 +82,13 @@ void ViewBuilder::addWallpaper(const ViewElement& element, UView& view, IControl
     if (name.empty())
         return;
     const ViewElement* wallpaper = document_.findTemplate(name);
-    const Ref<UView> built = wallpaper ? buildTemplate(*wallpaper, controller, nullptr) : nullptr;
-    if (!built) {
+    if (!wallpaper) {
         warn(element, "no template '" + name + "' for the wallpaper");
         return;
     }
+    const Ref<UView> built = buildTemplate(*wallpaper, controller, nullptr);
+    if (!built)
+        return;
     built->setFrame(view.getClientBounds(), false);
     built->setAttach(viewAttachAll);
     view.insertSubView(0, built);
@@ -94,6 +96,7 @@ void ViewBuilder::addWallpaper(const ViewElement& element, UView& view, IControl
 
 Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* controller,
                                       UView* parentView) {
+    const Depth depth(*this, element);
     if (!step(element))
         return nullptr;
     Ref<UView> view = parentView ? retain(parentView) : createTemplateView(element);
