@@ -1,0 +1,194 @@
+#include "views/UBaseView.h"
+
+#include "RecordingViews.h"
+#include "foundation/FMessage.h"
+#include "persistence/FAttributes.h"
+#include "support/HeadlessShell.h"
+#include "windows/UDocWindow.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace qorl {
+namespace {
+
+using testing::HeadlessShell;
+
+/// Writes down what a window tells its controller.
+class Controller : public CmObject {
+    QORL_CLASS(Controller, CmObject)
+
+public:
+    int32_t handleMessage(FMessage* message) override {
+        std::string text = message->getName().string().toUtf8();
+        if (message->contains("NewType"))
+            text += "=" + std::to_string(message->getInt("NewType"));
+        heard.push_back(text);
+        return notHandled;
+    }
+
+    /// Position of the first message of that name; -1 without one.
+    int64_t indexOf(const std::string& name) const {
+        const auto found = std::find(heard.begin(), heard.end(), name);
+        return found == heard.end() ? -1 : found - heard.begin();
+    }
+
+    std::vector<std::string> heard;
+};
+
+class UBaseViewTest : public ::testing::Test {
+protected:
+    UBaseViewTest() {
+        base_->setController(controller_.get());
+        base_->setWindowTitle(ConstString("Mixer"));
+        base_->setWindowStyle(styleWindowPreset);
+    }
+    ~UBaseViewTest() override { UBaseView::clearWindowizeHooks(); }
+
+    Ref<UWindow> windowize(BaseWindowType type, ShowWindow show = ShowWindow::yes) {
+        WindowizePlan plan;
+        plan.type = type;
+        plan.show = show;
+        Ref<UWindow> window = base_->windowize(plan);
+        shell_.settle();
+        return window;
+    }
+
+    HeadlessShell shell_;
+    Ref<Controller> controller_ = make<Controller>();
+    Ref<UBaseView> base_ = make<UBaseView>(CmRect{0, 0, 200, 100});
+};
+
+TEST_F(UBaseViewTest, GoesFromOneKindOfWindowToAnotherAndKeepsTheFocus) {
+    auto field = make<UView>(CmRect{0, 0, 50, 20});
+    field->setFocusable(true);
+    base_->addSubView(field);
+    const Ref<UWindow> document = windowize(BaseWindowType::document);
+    ASSERT_TRUE(document);
+    EXPECT_EQ(document->getWindowType(), WindowType::document);
+    EXPECT_EQ(document->getClientSize(), (CmSize{200, 100}));
+    EXPECT_EQ(document->getTitle(), ConstString("Mixer"));
+    EXPECT_EQ(document->getController(), controller_.get());
+    EXPECT_EQ(base_->getOwnWindow(), document.get());
+    EXPECT_EQ(base_->getAttach(), viewAttachAll);
+    EXPECT_TRUE(field->isAttached());
+    shell_.desktop().setFocus(field.get());
+    document->setSize({240, 130});
+    shell_.settle();
+    EXPECT_EQ(base_->getClientSize(), (CmSize{240, 130}));
+
+    controller_->heard.clear();
+    const Ref<UWindow> panel = windowize(BaseWindowType::panel);
+    ASSERT_TRUE(panel);
+    EXPECT_EQ(panel->getWindowType(), WindowType::floating);
+    EXPECT_FALSE(document->isOpen());
+    EXPECT_EQ(panel->getClientSize(), (CmSize{240, 130})) << "the size of the window before was lost";
+    EXPECT_EQ(shell_.desktop().getFocus(), field.get());
+    const int64_t change = controller_->indexOf("MsgWindowTypeChange=2");
+    const int64_t windowized = controller_->indexOf("MsgWindowized");
+    EXPECT_GE(change, 0);
+    EXPECT_GT(windowized, change);
+    EXPECT_GT(controller_->indexOf("Before Open"), windowized)
+        << "the window opened before its controller knew it";
+}
+
+TEST_F(UBaseViewTest, ReturnsToItsPlaceWhenItsWindowDissolves) {
+    auto host = make<UView>(CmRect{0, 0, 300, 300});
+    base_->setFrame({30, 40, 230, 140}, false);
+    host->addSubView(base_);
+    ASSERT_TRUE(windowize(BaseWindowType::document));
+    EXPECT_EQ(host->getSubViewCount(), 0);
+    EXPECT_FALSE(windowize(BaseWindowType::none));
+    EXPECT_EQ(base_->getParent(), host.get());
+    EXPECT_EQ(textOf(base_->getFrameRect()), "30,40,230,140");
+    EXPECT_EQ(base_->getOwnWindow(), nullptr);
+
+    ASSERT_TRUE(windowize(BaseWindowType::document));
+    host.reset();
+    EXPECT_FALSE(windowize(BaseWindowType::none));
+    EXPECT_EQ(base_->getParent(), nullptr) << "the view returned to a parent that is gone";
+}
+
+TEST_F(UBaseViewTest, LetsHooksChangeThePlanAndRefusesWhatDoesNotStand) {
+    UBaseView::addWindowizeHook([](UBaseView&, WindowizePlan& plan) {
+        if (plan.type == BaseWindowType::document)
+            plan.type = BaseWindowType::panel;
+    });
+    const Ref<UWindow> window = windowize(BaseWindowType::document);
+    ASSERT_TRUE(window);
+    EXPECT_EQ(window->getWindowType(), WindowType::floating);
+    EXPECT_EQ(base_->getWindowType(), BaseWindowType::panel);
+}
+
+TEST_F(UBaseViewTest, TakesADocumentWithoutAStoredState) {
+    base_->setStateName(ConstString("UBaseViewTest"), 1);
+    const Ref<UWindow> window = windowize(BaseWindowType::stored, ShowWindow::no);
+    ASSERT_TRUE(window);
+    EXPECT_EQ(window->getWindowType(), WindowType::document);
+    EXPECT_TRUE(base_->hasBaseFlag(UBaseView::baseUsesStoredState));
+    EXPECT_FALSE(window->isOpen());
+}
+
+TEST_F(UBaseViewTest, ClampsAProposalWhenItIsNotAloneInAWindow) {
+    base_->setWindowSizeLimits({50, UBaseView::noLimit, 120, 80});
+    struct Case {
+        CmRect asked;
+        const char* answered;
+        bool taken;
+    };
+    const Case cases[] = {
+        {{0, 0, 100, 60}, "0,0,100,60", true},
+        {{0, 0, 10, 60}, "0,0,50,60", false},
+        {{0, 0, 500, 500}, "0,0,120,80", false},
+        {{0, 0, 60, 1}, "0,0,60,1", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(textOf(c.asked));
+        CmRect rect = c.asked;
+        EXPECT_EQ(base_->checkSize(rect), c.taken);
+        EXPECT_EQ(textOf(rect), c.answered);
+    }
+}
+
+TEST_F(UBaseViewTest, FollowsItsOnlySubViewAndPassesItOn) {
+    auto host = make<UView>(CmRect{0, 0, 300, 300});
+    host->addSubView(base_);
+    auto content = make<UView>(CmRect{0, 0, 200, 100});
+    base_->addSubView(content);
+    base_->subViewFrameRequest(content.get(), {0, 0, 80, 60}, true);
+    EXPECT_EQ(textOf(base_->getFrameRect()), "0,0,80,60");
+    base_->addSubView(make<UView>(CmRect{0, 0, 10, 10}));
+    base_->subViewFrameRequest(content.get(), {0, 0, 90, 70}, true);
+    EXPECT_EQ(textOf(base_->getFrameRect()), "0,0,80,60") << "it followed one of two subviews";
+    base_->setBaseFlag(UBaseView::baseResizesWindow, true);
+    base_->subViewFrameRequest(content.get(), {0, 0, 95, 75}, true);
+    EXPECT_EQ(textOf(base_->getFrameRect()), "0,0,95,75");
+}
+
+TEST_F(UBaseViewTest, AnswersForItsOwnSurroundings) {
+    auto inner = make<UView>(CmRect{0, 0, 10, 10});
+    base_->addSubView(inner);
+    const auto context = make<Controller>();
+    base_->setViewContext(context.get());
+    base_->setBackgroundColor(UColor::fromBytes(1, 2, 3));
+    base_->setHelpIdentifier(ConstString(u"mixer.help"));
+    EXPECT_EQ(inner->getViewContext(), context.get());
+    EXPECT_EQ(inner->getBackgroundColor(inner.get()), UColor::fromBytes(1, 2, 3));
+    EXPECT_STREQ(base_->getHelpIdentifier(), "mixer.help");
+    EXPECT_EQ(inner->getHelpIdentifier(), nullptr);
+}
+
+TEST_F(UBaseViewTest, ForwardsItsStateToItsWindowWithoutComingBack) {
+    base_->setFlag(viewPersistent, true);
+    base_->setWindowStyle(styleWindowPreset | styleRememberViews);
+    ASSERT_TRUE(windowize(BaseWindowType::document));
+    FAttributes attributes;
+    EXPECT_TRUE(base_->storeAttributes(&attributes));
+    EXPECT_TRUE(attributes.contains("Size")) << "the window did not store";
+    base_->setPosition({11, 22});
+    shell_.settle();
+    EXPECT_EQ(base_->getPosition(), base_->getOwnWindow()->getPosition());
+}
+
+} // namespace
+} // namespace qorl
