@@ -229,8 +229,10 @@ void UBaseView::returnToPlace() {
 }
 
 void UBaseView::notify(CmObject* changedObject, int32_t message) {
-    if (message == objectDestroyed && changedObject == formerParent_)
+    if (message == objectDestroyed && changedObject == formerParent_) {
+        changedObject->removeDependent(this);
         formerParent_ = nullptr;
+    }
     UView::notify(changedObject, message);
 }
 

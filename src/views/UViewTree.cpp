@@ -38,8 +38,11 @@ UView::~UView() {
     if (UDesktop* desktop = UDesktop::instance(); desktop && desktop != this)
         desktop->viewGone(this);
     tellLifecycle(*this, &IViewLifecycleListener::viewDestroyed);
-    if (hasDependents_)
-        FObject::changed(objectDestroyed);
+    if (!hasDependents_)
+        return;
+    FObject::changed(objectDestroyed);
+    // Another view may come to stand at this address: nobody must hear it by mistake.
+    FObject::removeDependent(nullptr);
 }
 
 void UView::addDependent(FDependent* dependent) {
