@@ -3,6 +3,7 @@
 #include "foundation/EventLoop.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
+#include "windows/PlainTipPresenter.h"
 #include "windows/UModalDialog.h"
 #include "windows/UPopupWindow.h"
 #include "windows/UToolTipHandler.h"
@@ -45,12 +46,19 @@ void findNearestFocus(UView& parent, NearestFocus& nearest) {
 
 } // namespace
 
-UDesktop::UDesktop() : UWindow({}, 0, {}), toolTips_(std::make_unique<UToolTipHandler>()) {
+UDesktop::UDesktop()
+    : UWindow({}, 0, {}), toolTips_(std::make_unique<UToolTipHandler>()),
+      tipPresenter_(std::make_unique<PlainTipPresenter>()) {
     theDesktop = this;
     addMouseObserver(toolTips_.get());
+    if (platform::desktop())
+        platform::desktop()->setTipPresenter(tipPresenter_.get());
 }
 
 UDesktop::~UDesktop() {
+    if (platform::desktop())
+        platform::desktop()->setTipPresenter(nullptr);
+    tipPresenter_.reset();
     while (!windows_.empty())
         windows_.back()->willClose(true);
     toolTips_.reset();

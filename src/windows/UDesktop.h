@@ -13,6 +13,7 @@
 
 namespace qorl {
 
+class PlainTipPresenter;
 class UModalDialog;
 class UPopupWindow;
 class UToolTipHandler;
@@ -144,6 +145,7 @@ private:
     UWindow* windowUnderMouse_ = nullptr;
     UWindow* activeWindow_ = nullptr;
     std::unique_ptr<UToolTipHandler> toolTips_;
+    std::unique_ptr<PlainTipPresenter> tipPresenter_;
     Ref<UCursor> cursor_;
     UView* cursorOwner_ = nullptr;
     bool waitCursor_ = false;

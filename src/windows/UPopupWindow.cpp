@@ -3,16 +3,11 @@
 #include "foundation/FMessage.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
+#include "schemes/SchemeKeys.h"
 #include "schemes/UScheme.h"
 #include "windows/UDesktop.h"
 
 namespace qorl {
-
-namespace {
-
-constexpr int32_t popupBackground = 19;
-
-} // namespace
 
 UPopupWindow::UPopupWindow(const CmRect& frame, uint32_t style, const ConstString& title)
     : UWindow(frame, style, title), lifetimeTimer_(this) {
@@ -23,7 +18,7 @@ UColor UPopupWindow::getBackgroundColor(const UView* forView) const {
     const UScheme* scheme = getScheme();
     if (hasWindowFlag(ownBackground) || !scheme)
         return UWindow::getBackgroundColor(forView);
-    return scheme->getColor(popupBackground);
+    return scheme->getColor(SchemeColor::panelback);
 }
 
 bool UPopupWindow::show() {

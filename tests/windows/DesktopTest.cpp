@@ -1,6 +1,8 @@
+#include "binding/IntValue.h"
 #include "foundation/FMessage.h"
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
+#include "views/controls/UControl.h"
 #include "windows/UDocWindow.h"
 #include "windows/UModalDialog.h"
 #include "windows/UPopupWindow.h"
@@ -135,6 +137,31 @@ TEST(UModalDialog, IsCentredAndCanceledByEscape) {
     EXPECT_EQ(controller->messages.back(), "Window Canceled");
 }
 
+TEST(UModalDialog, PressesItsDefaultControlByReturn) {
+    HeadlessShell shell;
+    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    auto value = make<Binding::IntValue>();
+    std::vector<int32_t> performed;
+    struct Target : CmObject {
+        std::function<void(CmObject*)> hear;
+        void notify(CmObject* changed, int32_t) override { hear(changed); }
+    } target;
+    value->setImmediateUpdates(true);
+    target.hear = [&](CmObject*) { performed.push_back(value->getValue()); };
+    value->addDependent(&target);
+    auto ok = make<UControl>(CmRect{0, 0, 50, 20}, ConstString("OK"), value.get(), 0U);
+    auto other = make<ProbeView>(CmRect{60, 0, 100, 20}, "other");
+    other->setFocusable(true);
+    ok->setDefaultControl(true);
+    dialog->addSubView(other);
+    dialog->addSubView(ok);
+    shell.postKey("Return");
+    shell.postKey("Esc");
+    shell.desktop().runModal(dialog.get());
+    EXPECT_THAT(performed, ElementsAre(value->getMax(), value->getMin())) << "pressed and let go";
+    value->removeDependent(&target);
+}
+
 TEST(UModalDialog, EndsWhenNothingCanEverComeAnyMore) {
     HeadlessShell shell;
     auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
@@ -221,6 +248,24 @@ TEST(UToolTipHandler, FollowsTheViewUnderTheMouse) {
     tips.setEnabled(false);
     shell.move({10, 10});
     EXPECT_EQ(tips.getView(), nullptr);
+}
+
+TEST(UToolTipHandler, ShowsTheTipWhenTheMouseRestsAndTakesItAwayWithAPress) {
+    HeadlessShell shell;
+    auto view = make<ProbeView>(CmRect{0, 0, 200, 200}, "view");
+    view->setTooltip(ConstString("A tip"));
+    shell.window().addSubView(view);
+    const auto tip = [&] { return shell.desktop().frontWindow(WindowType::popup); };
+    shell.move({10, 10});
+    shell.advance(499);
+    EXPECT_EQ(tip(), nullptr);
+    shell.advance(1);
+    ASSERT_NE(tip(), nullptr);
+    EXPECT_TRUE(tip()->hasWindowFlag(UPopupWindow::toolTipPopup));
+    EXPECT_TRUE(shell.window().isActive()) << "a tip never takes the keyboard";
+    EXPECT_FALSE(tip()->getFrameRect().contains(shell.platform().getMousePosition()));
+    shell.press({10, 10});
+    EXPECT_EQ(tip(), nullptr);
 }
 
 TEST(UDesktop, StacksWindowsByActivation) {

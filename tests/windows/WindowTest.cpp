@@ -1,5 +1,6 @@
 #include "foundation/FMessage.h"
 #include "foundation/FMessenger.h"
+#include "persistence/FDefaultPool.h"
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
 #include "views/GeometryAttributes.h"
@@ -210,6 +211,48 @@ TEST_F(WindowTest, OpensOnAMonitor) {
     shell.open(*window);
     const CmRect screen{0, 0, 1920, 1080};
     EXPECT_TRUE(screen.contains(window->getFrameRect()));
+}
+
+TEST_F(WindowTest, ComesBackWhereItWasClosed) {
+    const auto openNamed = [&](uint32_t style, int32_t version) {
+        Ref<UWindow> window = makeWindow({500, 100, 800, 300}, styleWindowPreset | style);
+        window->setStateName(ConstString("WindowTest place"), version);
+        shell.open(*window);
+        return window;
+    };
+    constexpr uint32_t both = styleRememberSize | styleRememberPosition;
+    Ref<UWindow> first = openNamed(both, 3);
+    first->setPosition({300, 200});
+    first->setSize({410, 310});
+    first->setMaximized(true);
+    first->willClose(false);
+
+    const Ref<UWindow> second = openNamed(both, 3);
+    EXPECT_EQ(second->getWindowState(), WindowState::maximized);
+    second->setMaximized(false);
+    EXPECT_EQ(second->getFrameRect(), (CmRect{300, 200, 710, 510})) << "the place before it was maximized";
+    second->willClose(false);
+
+    const Ref<UWindow> otherVersion = openNamed(both, 4);
+    EXPECT_EQ(otherVersion->getFrameRect(), (CmRect{500, 100, 800, 300})) << "another version is ignored";
+    otherVersion->willClose(false);
+    FGlobalDefaultPool::instance()->removeGroup(ConstString("WindowTest place"));
+}
+
+TEST_F(WindowTest, RestoresAWorkspaceOfItsOwnVersionOnly) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    window->setStateName(ConstString(), 2);
+    const Ref<FAttributes> stored = make<FAttributes>();
+    ASSERT_TRUE(window->storeAttributes(stored.get()));
+    window->setPosition({10, 60});
+    window->setStateName(ConstString(), 3);
+    EXPECT_FALSE(window->restoreAttributes(stored.get()));
+    EXPECT_EQ(window->getPosition(), (CmPoint{10, 60}));
+    window->setStateName(ConstString(), 2);
+    EXPECT_TRUE(window->restoreAttributes(stored.get()));
+    EXPECT_EQ(window->getPosition(), (CmPoint{500, 100}));
+    window->setWindowFlag(UWindow::withoutStateStore, true);
+    EXPECT_FALSE(window->storeAttributes(stored.get()));
 }
 
 TEST_F(WindowTest, HidesWhatFollowsTheMainWindow) {
