@@ -4,16 +4,16 @@ namespace qorl {
 
 namespace {
 
-constinit MenuPresenter* presenterInForce = nullptr;
+constinit MenuPresenter* menusInForce = nullptr;
 
 } // namespace
 
 MenuPresenter* MenuPresenter::current() {
-    return presenterInForce;
+    return menusInForce;
 }
 
 void MenuPresenter::setCurrent(MenuPresenter* presenter) {
-    presenterInForce = presenter;
+    menusInForce = presenter;
 }
 
 } // namespace qorl
