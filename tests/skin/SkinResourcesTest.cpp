@@ -1,0 +1,96 @@
+#include "SkinFixture.h"
+#include "graphics/UBitmapFamily.h"
+#include "persistence/FUrl.h"
+#include "support/TestGraphics.h"
+#include "support/TestPaths.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace qorl::testing {
+
+namespace {
+
+class SkinResourcesTest : public SkinFixture {
+protected:
+    SkinResourcesTest() {
+        useGraphics();
+        std::filesystem::create_directory(folder_ / "images");
+        const auto bitmap = make<UBitmap>(CmSize{12, 8});
+        const auto png = bitmap->toPng();
+        write("images/strip.png", {reinterpret_cast<const char*>(png.data()), png.size()});
+        write("images/broken.png", {reinterpret_cast<const char*>(png.data()), png.size() / 2});
+    }
+
+    void write(const std::string& name, std::string_view bytes) {
+        std::ofstream(folder_ / name, std::ios::binary) << bytes;
+    }
+    void loadResources(const std::string& resources) {
+        write("skin.xml", "<skin><resources>" + resources + "</resources></skin>");
+        const std::string path = (folder_ / "skin.xml").string();
+        ASSERT_TRUE(wizard().load(FUrl(ConstString(path)))) << wizard().getErrorText();
+    }
+    UBitmap* find(std::string_view name) { return wizard().description()->findBitmap(name); }
+    std::string findings() {
+        std::string text;
+        for (const Diagnostic& finding : wizard().description()->diagnostics())
+            text += std::string(nameOf(finding.severity)) + ": " + finding.text + "\n";
+        return text;
+    }
+
+    TemporaryFolder folder_;
+};
+
+TEST_F(SkinResourcesTest, MakesEachKindOnceFromFilesAndFromEachOther) {
+    loadResources(
+        "<bitmap name='strip' path='images\\strip.png'/>"
+        "<filmstrip name='frames' path='strip' framecount='3' framealign='horizontal' defaultframe='1'/>"
+        "<section name='part' path='strip' size='2,1,4,3'/>"
+        "<section name='view' path='images/strip.png' rect='2,1,6,4' data='reference'/>"
+        "<dbitmap name='nine' path='part' center='1,1,2,2' style='hrepeat'/>"
+        "<bitmapcollection name='set'><section name='inner' path='strip' "
+        "size='0,0,1,1'/></bitmapcollection>");
+    ASSERT_TRUE(find("strip"));
+    EXPECT_EQ(find("strip"), find("strip")) << "made once";
+    auto* frames = static_cast<UFilmStrip*>(find("frames"));
+    EXPECT_EQ(frames->getFrameSize(), (CmSize{4, 8}));
+    EXPECT_EQ(frames->getDefaultFrame(), 1);
+    EXPECT_EQ(find("part")->getSize(), (CmSize{4, 3}));
+    EXPECT_EQ(static_cast<UBitmapSection*>(find("view"))->getOffset(), (CmPoint{2, 1}));
+    EXPECT_EQ(static_cast<UDynamicBitmap*>(find("nine"))->getCenter(), (CmRect{1, 1, 2, 2}));
+    EXPECT_EQ(find("inner")->getSize(), (CmSize{1, 1}));
+    UBitmapCollection* set = wizard().description()->findBitmapCollection("set");
+    ASSERT_TRUE(set);
+    EXPECT_EQ(set->getByName("inner"), find("inner"));
+    EXPECT_EQ(findings(), "");
+}
+
+TEST_F(SkinResourcesTest, TellsWhatCantBeMade) {
+    loadResources(
+        "<bitmap name='gone' path='images/none.png'/><bitmap name='out' path='../strip.png'/>"
+        "<section name='far' path='strip' size='10,0,4,4'/><bitmap name='strip' path='images/strip.png'/>"
+        "<section name='a' path='b' size='0,0,1,1'/><section name='b' path='a' size='0,0,1,1'/>"
+        "<bitmap name='broken' path='images/broken.png'/>");
+    for (const char* name : {"gone", "out", "far", "a", "broken", "unheard"})
+        EXPECT_FALSE(find(name)) << name;
+    EXPECT_THAT(findings(), ::testing::StartsWith(
+                                "warning: bitmap 'images/none.png' not found in the skin's folder\n"
+                                "warning: bitmap '../strip.png' not found in the skin's folder\n"
+                                "warning: section 'far' reaches outside of its bitmap of 12 x 8 pixels\n"
+                                "error: the bitmap 'a' leads back to itself\n"));
+    EXPECT_THAT(findings(), ::testing::HasSubstr("error: bitmap 'images/broken.png': "));
+}
+
+TEST_F(SkinResourcesTest, PreloadsAllButTheTemporary) {
+    loadResources("<bitmap name='kept' path='images/strip.png'/>"
+                  "<bitmap name='passing' path='images/strip.png' data='temporary'/>");
+    wizard().description()->preloadResources();
+    const SkinElement* resources = wizard().description()->peekSection(UIDescription::Section::resources);
+    EXPECT_TRUE(static_cast<ResourceElement*>(resources->children()[0])->object());
+    EXPECT_FALSE(static_cast<ResourceElement*>(resources->children()[1])->object());
+    EXPECT_TRUE(find("passing")) << "made again on demand";
+}
+
+} // namespace
+
+} // namespace qorl::testing
