@@ -76,7 +76,11 @@ public:
     void setBrushColor(int32_t standardColor) { setBrushColor(UColor::fromIndex(standardColor)); }
     const UBrush& getBrush() const { return brush_; }
     /// The font brings the colour of the text along.
-    void setFont(const UFont& font) { font_ = font; }
+    void setFont(const UFont& font) {
+        // Found in the caller's font, which keeps it, and not anew in each copy.
+        font.getFace();
+        font_ = font;
+    }
     void setFontColor(const UColor& color) { font_.setColor(color); }
     const UFont& getFont() const { return font_; }
 

@@ -75,10 +75,12 @@ DrawPoint CairoDevice::toDevice(DrawPoint point) const {
 }
 
 CmRect CairoDevice::toDeviceRect(const DrawRect& rect) const {
-    const DrawPoint a = state_.matrix.map({rect.x, rect.y});
-    const DrawPoint b = state_.matrix.map({rect.right(), rect.bottom()});
-    return {toDevicePixel(std::min(a.x, b.x)), toDevicePixel(std::min(a.y, b.y)),
-            toDevicePixel(std::max(a.x, b.x)), toDevicePixel(std::max(a.y, b.y))};
+    const TransformMatrix& m = state_.matrix;
+    const CmRect mapped{toDevicePixel(rect.x * m.m11 + m.dx), toDevicePixel(rect.y * m.m22 + m.dy),
+                        toDevicePixel(rect.right() * m.m11 + m.dx),
+                        toDevicePixel(rect.bottom() * m.m22 + m.dy)};
+    return {std::min(mapped.left, mapped.right), std::min(mapped.top, mapped.bottom),
+            std::max(mapped.left, mapped.right), std::max(mapped.top, mapped.bottom)};
 }
 
 void CairoDevice::useColor(uint32_t color) {
@@ -91,6 +93,7 @@ void CairoDevice::useColor(uint32_t color) {
 }
 
 bool CairoDevice::clipTo(const CmRect& box) {
+    pixelsAreOpen_ = false;
     if (!state_.clip.intersects(box))
         return false;
     const CmRect needed = state_.clip.contains(box) ? box : state_.clip;
@@ -109,18 +112,43 @@ bool CairoDevice::clipTo(const CmRect& box) {
 
 void CairoDevice::addBox(const CmRect& box) {
     const CmRect visible = box.intersect(state_.clip);
-    if (visible.isEmpty())
-        return;
-    clipTo(visible);
-    cairo_rectangle(context_.get(), visible.left, visible.top, visible.width(), visible.height());
-    hasBoxes_ = true;
+    if (!visible.isEmpty())
+        boxes_.push_back(visible);
 }
 
-void CairoDevice::fillBoxes() {
-    if (!hasBoxes_)
+void CairoDevice::fillBoxes(uint32_t color) {
+    if (boxes_.empty())
         return;
-    hasBoxes_ = false;
-    cairo_fill(context_.get());
+    if (color >> 24 == 0xFF) {
+        writeBoxes(color);
+    } else if (color >> 24 != 0) {
+        CmRect all;
+        for (const CmRect& box : boxes_)
+            all = all.unite(box);
+        clipTo(all);
+        useColor(color);
+        for (const CmRect& box : boxes_)
+            cairo_rectangle(context_.get(), box.left, box.top, box.width(), box.height());
+        cairo_fill(context_.get());
+    }
+    boxes_.clear();
+}
+
+void CairoDevice::writeBoxes(uint32_t color) {
+    cairo_surface_t* surface = image_->surface();
+    if (!pixelsAreOpen_) {
+        cairo_surface_flush(surface);
+        cairo_surface_mark_dirty(surface);
+        pixelsAreOpen_ = true;
+    }
+    uint8_t* pixels = cairo_image_surface_get_data(surface);
+    const int64_t stride = cairo_image_surface_get_stride(surface);
+    for (const CmRect& box : boxes_) {
+        for (int32_t y = box.top; y < box.bottom; ++y) {
+            auto* row = reinterpret_cast<uint32_t*>(pixels + y * stride);
+            std::fill(row + box.left, row + box.right, color);
+        }
+    }
 }
 
 /// The outline of a rectangle as the four boxes that the pen covers, each a whole number of pixels thick.
@@ -243,8 +271,7 @@ CmRect CairoDevice::boxOf(const GraphicsPath& path, const TransformMatrix& matri
 
 Result CairoDevice::drawLine(DrawPoint from, DrawPoint to) {
     if (addStraightLine(from, to)) {
-        useColor(penColor_);
-        fillBoxes();
+        fillBoxes(penColor_);
         return status();
     }
     const DrawPoint a = toDevice(from);
@@ -263,15 +290,13 @@ Result CairoDevice::drawRect(const DrawRect& rect, DrawMode mode) {
     }
     if (fills(mode)) {
         addBox(toDeviceRect(rect));
-        useColor(brushColor_);
-        fillBoxes();
+        fillBoxes(brushColor_);
     }
     if (!strokes(mode))
         return status();
     if (isSolidPen() && (penStyle_.join == LineJoin::miter || penWidth_ <= 1)) {
         addFrame(rect);
-        useColor(penColor_);
-        fillBoxes();
+        fillBoxes(penColor_);
         return status();
     }
     GraphicsPath path;
@@ -306,19 +331,20 @@ Result CairoDevice::drawPath(GraphicsPath* path, DrawMode mode, const TransformM
 }
 
 Result CairoDevice::clearRect(const DrawRect& rect) {
-    cairo_t* context = context_.get();
     if (state_.matrix.isUpright()) {
         addBox(toDeviceRect(rect));
-    } else {
-        GraphicsPath path;
-        path.addRect(rect);
-        if (!clipTo(boxOf(path, state_.matrix)))
-            return Result::ok;
-        addPath(path, state_.matrix);
-        hasBoxes_ = true;
+        writeBoxes(0);
+        boxes_.clear();
+        return status();
     }
+    GraphicsPath path;
+    path.addRect(rect);
+    if (!clipTo(boxOf(path, state_.matrix)))
+        return Result::ok;
+    cairo_t* context = context_.get();
+    addPath(path, state_.matrix);
     cairo_set_operator(context, CAIRO_OPERATOR_CLEAR);
-    fillBoxes();
+    cairo_fill(context);
     cairo_set_operator(context, CAIRO_OPERATOR_OVER);
     return status();
 }
@@ -391,14 +417,13 @@ Ref<FastLines> CairoDevice::createFastLines(int32_t capacity) {
 Result CairoDevice::drawFastLines(FastLines* lines) {
     if (!lines)
         return Result::invalidArgument;
-    useColor(penColor_);
     for (const auto& line : lines->lines()) {
         if (addStraightLine(line.from, line.to))
             continue;
-        fillBoxes();
+        fillBoxes(penColor_);
         drawLine(line.from, line.to);
     }
-    fillBoxes();
+    fillBoxes(penColor_);
     return status();
 }
 
@@ -416,10 +441,7 @@ Result CairoDevice::drawFastRects(FastRects* rects, DrawMode mode) {
         else
             drawRect(rect, mode);
     }
-    if (asBoxes) {
-        useColor(brushColor_);
-        fillBoxes();
-    }
+    fillBoxes(brushColor_);
     return status();
 }
 

@@ -64,13 +64,16 @@ private:
     Result status() const;
     double penScale() const;
     DrawPoint toDevice(DrawPoint point) const;
+    /// Under an upright matrix.
     CmRect toDeviceRect(const DrawRect& rect) const;
 
     void useColor(uint32_t color);
     /// Makes Cairo's clip such that a primitive within `box` comes out right. False when nothing of it shows.
     bool clipTo(const CmRect& box);
     void addBox(const CmRect& box);
-    void fillBoxes();
+    /// Fills the boxes that were added.
+    void fillBoxes(uint32_t color);
+    void writeBoxes(uint32_t color);
     void addFrame(const DrawRect& rect);
     bool addStraightLine(DrawPoint from, DrawPoint to);
     bool isSolidPen() const { return penStyle_.dashCount == 0; }
@@ -78,9 +81,10 @@ private:
     void stroke(const CmRect& box);
     void addPath(const GraphicsPath& path, const TransformMatrix& matrix);
     CmRect boxOf(const GraphicsPath& path, const TransformMatrix& matrix) const;
-    void drawLine(CairoFont& font, std::u16string_view line, DrawPoint start, double width);
+    void drawLine(CairoFont& font, std::u16string_view line, DrawPoint start, double width, uint32_t color);
     void drawRotatedLine(CairoFont& font, std::u16string_view line, DrawPoint start);
-    void drawDecoration(const CairoFont::Decoration& decoration, DrawPoint start, double width);
+    void drawDecoration(const CairoFont::Decoration& decoration, DrawPoint start, double width,
+                        uint32_t color);
     Result drawRotatedBitmap(CairoImage& image, const DrawRect& destination, const DrawRect& source,
                              double alpha, Interpolation interpolation);
     void paintSurface(cairo_surface_t* surface, CmPoint place, const CmRect& box, double alpha);
@@ -98,7 +102,8 @@ private:
     uint32_t sourceColor_ = 0;
     enum class Source : uint8_t { other, color } source_ = Source::other;
     bool antialiased_ = true;
-    bool hasBoxes_ = false;
+    bool pixelsAreOpen_ = false; ///< Cairo knows that its surface is written to from outside.
+    std::vector<CmRect> boxes_;
 };
 
 } // namespace qorl

@@ -41,7 +41,7 @@ Result CairoDevice::drawString(std::u16string_view text, const DrawRect& rect, G
         const DrawPoint start{alignedStart(rect.x, rect.width, width, horizontal == TextAlignment::center,
                                            horizontal == TextAlignment::right),
                               baseline};
-        drawLine(*face, line, start, width);
+        drawLine(*face, line, start, width, color);
         if (end == text.npos)
             break;
         text.remove_prefix(end + 1);
@@ -50,7 +50,8 @@ Result CairoDevice::drawString(std::u16string_view text, const DrawRect& rect, G
     return status();
 }
 
-void CairoDevice::drawLine(CairoFont& font, std::u16string_view line, DrawPoint start, double width) {
+void CairoDevice::drawLine(CairoFont& font, std::u16string_view line, DrawPoint start, double width,
+                           uint32_t color) {
     const TransformMatrix& matrix = state_.matrix;
     const bool upright = matrix.isUpright() && matrix.m11 > 0 && matrix.m22 > 0;
     if (upright) {
@@ -65,8 +66,8 @@ void CairoDevice::drawLine(CairoFont& font, std::u16string_view line, DrawPoint 
     } else {
         drawRotatedLine(font, line, start);
     }
-    drawDecoration(font.underline(), start, font.hasUnderline() ? width : 0);
-    drawDecoration(font.strikeout(), start, font.hasStrikeout() ? width : 0);
+    drawDecoration(font.underline(), start, font.hasUnderline() ? width : 0, color);
+    drawDecoration(font.strikeout(), start, font.hasStrikeout() ? width : 0, color);
 }
 
 /// Glyphs are placed in logical pixels and Cairo turns them.
@@ -90,7 +91,8 @@ void CairoDevice::drawRotatedLine(CairoFont& font, std::u16string_view line, Dra
     cairo_restore(context);
 }
 
-void CairoDevice::drawDecoration(const CairoFont::Decoration& decoration, DrawPoint start, double width) {
+void CairoDevice::drawDecoration(const CairoFont::Decoration& decoration, DrawPoint start, double width,
+                                 uint32_t color) {
     if (!(width > 0) || !(decoration.thickness > 0))
         return;
     const DrawRect bar{start.x, start.y + decoration.offset - decoration.thickness / 2, width,
@@ -105,7 +107,7 @@ void CairoDevice::drawDecoration(const CairoFont::Decoration& decoration, DrawPo
     CmRect box = toDeviceRect(bar);
     box.bottom = std::max(box.bottom, box.top + 1);
     addBox(box);
-    fillBoxes();
+    fillBoxes(color);
 }
 
 } // namespace qorl

@@ -34,7 +34,9 @@ inline DrawPoint bounded(DrawPoint point) {
 
 /// A whole device pixel; coordinates that Cairo could not hold are cut to what it can.
 inline int32_t toDevicePixel(double place) {
-    return static_cast<int32_t>(std::floor(bounded(place) + 0.5));
+    const double shifted = bounded(place) + 0.5;
+    const auto cut = static_cast<int32_t>(shifted);
+    return cut - (shifted < cut ? 1 : 0);
 }
 
 } // namespace qorl
