@@ -1,5 +1,6 @@
 #include "graphics/UBitmap.h"
 
+#include "foundation/StartupHook.h"
 #include "graphics/BitmapCache.h"
 #include "graphics/GraphicsFactory.h"
 #include "graphics/PixelFilters.h"
@@ -60,6 +61,13 @@ void copyRows(const platform::PixelSurface& from, CmRect source, const platform:
         std::memmove(to.getRow(target.y + y) + target.x, from.getRow(part.top + y) + part.left,
                      static_cast<size_t>(part.width()) * sizeof(uint32_t));
 }
+
+/// Kept variants go while what made them still stands.
+const ShutdownHook dropVariants{"UBitmap", StartupHook::ready, [] {
+                                    if (BitmapCache* cache = BitmapCache::existing())
+                                        cache->clear();
+                                    return true;
+                                }};
 
 } // namespace
 
