@@ -100,5 +100,43 @@ void parseNumberFloor(benchmark::State& state) {
 }
 QORL_RATIO(parseNumber, parseNumberFloor, 1.0);
 
+/// What a first reader of the other width pays, beside copying the wide text that it would have had
+/// otherwise.
+void widen(benchmark::State& state) {
+    const std::u16string text = sample(state.range(0));
+    const std::string narrow(text.begin(), text.end());
+    for (auto _ : state) {
+        const String made{std::string_view(narrow)};
+        benchmark::DoNotOptimize(made.text16());
+    }
+}
+void widenFloor(benchmark::State& state) {
+    const std::u16string text = sample(state.range(0));
+    const std::string narrow(text.begin(), text.end());
+    for (auto _ : state) {
+        const std::string made(narrow);
+        const std::u16string wide(made.begin(), made.end());
+        benchmark::DoNotOptimize(wide.data());
+    }
+}
+QORL_RATIO(widen, widenFloor, 2.0, 20, 200, 2000);
+
+/// Texts of different width, as a table key meets a text of the user.
+void compareMixed(benchmark::State& state) {
+    const std::u16string text = sample(state.range(0));
+    const std::string narrow(text.begin(), text.end());
+    const String a{std::string_view(narrow)};
+    const String b{std::u16string_view(text)};
+    for (auto _ : state)
+        benchmark::DoNotOptimize(a == b);
+}
+void compareMixedFloor(benchmark::State& state) {
+    const std::u16string wide = sample(state.range(0));
+    const std::string narrow(wide.begin(), wide.end());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(std::u16string(narrow.begin(), narrow.end()) == wide);
+}
+QORL_RATIO(compareMixed, compareMixedFloor, 1.5, 20, 200, 2000);
+
 } // namespace
 } // namespace qorl::bench

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 namespace qorl {
 
@@ -73,12 +74,48 @@ int32_t matchFolded(View<Char> text, View<Char> wanted) {
     return at;
 }
 
+using Units8 = uint16_t __attribute__((vector_size(16)));
+
+/// The next place of a unit, eight at a time.
+size_t findUnit(View<char16_t> text, char16_t unit, size_t at) {
+    const Units8 wanted = {unit, unit, unit, unit, unit, unit, unit, unit};
+    for (; at + 8 <= text.size(); at += 8) {
+        Units8 units;
+        std::memcpy(&units, text.data() + at, sizeof units);
+        uint64_t hits[2];
+        const auto equal = units == wanted;
+        std::memcpy(hits, &equal, sizeof hits);
+        if (hits[0])
+            return at + static_cast<size_t>(__builtin_ctzll(hits[0])) / 16;
+        if (hits[1])
+            return at + 4 + static_cast<size_t>(__builtin_ctzll(hits[1])) / 16;
+    }
+    while (at < text.size() && text[at] != unit)
+        ++at;
+    return at < text.size() ? at : text.npos;
+}
+
+size_t findExact(View<char> text, View<char> wanted, size_t start) {
+    return text.find(wanted, start);
+}
+
+/// The library's own search for 16-bit units looks at one after the other.
+size_t findExact(View<char16_t> text, View<char16_t> wanted, size_t start) {
+    if (wanted.size() > text.size())
+        return text.npos;
+    const View<char16_t> starts = text.substr(0, text.size() - wanted.size() + 1);
+    for (size_t at = start; (at = findUnit(starts, wanted[0], at)) != text.npos; ++at)
+        if (std::memcmp(text.data() + at, wanted.data(), wanted.size() * sizeof(char16_t)) == 0)
+            return at;
+    return text.npos;
+}
+
 template <typename Char>
 int32_t findForward(View<Char> text, View<Char> wanted, int32_t start, bool ignoreCase) {
     if (wanted.empty() || start < 0 || static_cast<size_t>(start) >= text.size())
         return ConstString::notFound;
     if (!ignoreCase)
-        return static_cast<int32_t>(text.find(wanted, static_cast<size_t>(start)));
+        return static_cast<int32_t>(findExact(text, wanted, static_cast<size_t>(start)));
     for (size_t at = static_cast<size_t>(start); at < text.size(); ++at)
         if (matchFolded(text.substr(at), wanted) >= 0)
             return static_cast<int32_t>(at);
@@ -172,16 +209,34 @@ int32_t compareNaturally(View<Char> a, View<Char> b, bool caseSensitive) {
     return sign(static_cast<int64_t>(a.size() - atA) - static_cast<int64_t>(b.size() - atB));
 }
 
-/// Calls `work` with both texts in one width, the 8-bit one of a mixed pair made wide. `failed` when that
-/// can't be.
-template <typename Work>
-auto inOneWidth(const ConstString& a, const ConstString& b,
-                decltype(std::declval<Work>()(View<char>(), View<char>())) failed, Work work) {
-    if (a.isWide() == b.isWide())
-        return a.isWide() ? work(a.view16(), b.view16()) : work(a.view8(), b.view8());
+template <typename Result, typename Work>
+[[gnu::noinline]] Result madeWide(const ConstString& a, const ConstString& b, Result failed,
+                                  const Work& work) {
     const WideCopy wideA(a);
     const WideCopy wideB(b);
     return wideA.isValid() && wideB.isValid() ? work(wideA.view(), wideB.view()) : failed;
+}
+
+/// Calls `work` with both texts in one width, the 8-bit one of a mixed pair made wide. `failed` when that
+/// can't be.
+template <typename Work, typename Result = std::invoke_result_t<Work, View<char>, View<char>>>
+Result inOneWidth(const ConstString& a, const ConstString& b, Result failed, const Work& work) {
+    if (a.isWide() != b.isWide())
+        return madeWide<Result>(a, b, failed, work);
+    return a.isWide() ? work(a.view16(), b.view16()) : work(a.view8(), b.view8());
+}
+
+/// A text of nothing but ASCII is compared where it stands.
+bool equalsMixed(View<char> narrow, View<char16_t> wide) {
+    for (size_t i = 0; i < narrow.size(); ++i) {
+        if (value(narrow[i]) >= 0x80) {
+            const WideCopy copy{ConstString(narrow)};
+            return copy.isValid() && copy.view() == wide;
+        }
+        if (i >= wide.size() || value(narrow[i]) != value(wide[i]))
+            return false;
+    }
+    return narrow.size() == wide.size();
 }
 
 /// A whole number in decimal digits, its magnitude cut to 64 bits.
@@ -373,7 +428,7 @@ int32_t ConstString::compare(const ConstString& other, int32_t count, bool ignor
 
 bool ConstString::equals(const ConstString& other) const {
     if (isWide() != other.isWide())
-        return compare(other) == 0;
+        return isWide() ? equalsMixed(other.view8(), view16()) : equalsMixed(view8(), other.view16());
     const size_t bytes = static_cast<size_t>(size()) * (isWide() ? sizeof(char16_t) : sizeof(char));
     return size() == other.size() && (bytes == 0 || std::memcmp(buffer_, other.buffer_, bytes) == 0);
 }

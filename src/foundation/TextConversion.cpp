@@ -12,9 +12,18 @@ namespace {
 
 constexpr char32_t replacement = 0xFFFD;
 
-/// Whether any of the bits of `mask` is set in a unit, eight bytes at a time.
+using Bytes16 = uint8_t __attribute__((vector_size(16)));
+using Units16 = uint16_t __attribute__((vector_size(32)));
+
+/// Whether any of the bits of `mask` is set in a unit. In blocks that fill the machine's words.
 bool anyBit(const void* data, size_t bytes, uint64_t mask) {
     const char* at = static_cast<const char*>(data);
+    for (; bytes >= 32; at += 32, bytes -= 32) {
+        uint64_t block[4];
+        std::memcpy(block, at, sizeof block);
+        if ((block[0] | block[1] | block[2] | block[3]) & mask)
+            return true;
+    }
     uint64_t seen = 0;
     for (; bytes >= sizeof seen; at += sizeof seen, bytes -= sizeof seen) {
         uint64_t block;
@@ -22,17 +31,23 @@ bool anyBit(const void* data, size_t bytes, uint64_t mask) {
         seen |= block;
     }
     uint64_t rest = 0;
-    std::memcpy(&rest, at, bytes);
+    if (bytes > 0)
+        std::memcpy(&rest, at, bytes);
     return ((seen | rest) & mask) != 0;
 }
 
-size_t asciiPrefix(std::string_view text) {
-    size_t length = 0;
-    while (length + 8 <= text.size() && isAscii(text.substr(length, 8)))
-        length += 8;
-    while (length < text.size() && static_cast<uint8_t>(text[length]) < 0x80)
-        ++length;
-    return length;
+/// Widens the ASCII that the text begins with. How much that was.
+size_t widenAscii(std::string_view text, char16_t* out) {
+    size_t at = 0;
+    for (; at + 16 <= text.size() && isAscii(text.substr(at, 16)); at += 16) {
+        Bytes16 bytes;
+        std::memcpy(&bytes, text.data() + at, sizeof bytes);
+        const Units16 units = __builtin_convertvector(bytes, Units16);
+        std::memcpy(out + at, &units, sizeof units);
+    }
+    for (; at < text.size() && static_cast<uint8_t>(text[at]) < 0x80; ++at)
+        out[at] = static_cast<char16_t>(text[at]);
+    return at;
 }
 
 } // namespace
@@ -48,8 +63,10 @@ bool isAscii(std::u16string_view text) {
 int32_t wideLength(std::string_view utf8) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(utf8.data());
     const auto size = static_cast<int32_t>(utf8.size());
-    int32_t at = static_cast<int32_t>(asciiPrefix(utf8));
-    int32_t length = at;
+    if (isAscii(utf8))
+        return size;
+    int32_t at = 0;
+    int32_t length = 0;
     while (at < size) {
         UChar32 point;
         U8_NEXT(bytes, at, size, point);
@@ -63,11 +80,8 @@ int32_t wideLength(std::string_view utf8) {
 void widen(std::string_view utf8, char16_t* out) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(utf8.data());
     const auto size = static_cast<int32_t>(utf8.size());
-    const auto prefix = static_cast<int32_t>(asciiPrefix(utf8));
-    for (int32_t i = 0; i < prefix; ++i)
-        out[i] = bytes[i];
-    int32_t at = prefix;
-    int32_t to = prefix;
+    int32_t at = static_cast<int32_t>(widenAscii(utf8, out));
+    int32_t to = at;
     while (at < size) {
         UChar32 point;
         U8_NEXT_UNSAFE(bytes, at, point);

@@ -485,6 +485,37 @@ TEST(ConstString, FindsForwardAndBackward) {
     EXPECT_EQ(ConstString(u"abc").findChar8('\xFF'), none);
 }
 
+TEST(ConstString, FindsAtEveryPlaceOfLongTexts) {
+    for (int32_t length = 1; length < 40; ++length) {
+        for (int32_t place = 0; place < length; ++place) {
+            std::u16string text(static_cast<size_t>(length), u'a');
+            text[static_cast<size_t>(place)] = u'\u0161'; // its low byte is that of "a"
+            const ConstString whole{std::u16string_view(text)};
+            ASSERT_EQ(whole.findChar16(u'\u0161'), place) << "of " << length;
+            ASSERT_EQ(whole.find(u"\u0161a"), place + 1 < length ? place : none) << "of " << length;
+            ASSERT_EQ(whole.find(u"a", place), place + 1 < length ? place + 1 : none) << "of " << length;
+        }
+    }
+}
+
+TEST(String, ConvertsTextsOfEveryLength) {
+    for (size_t length = 0; length < 70; ++length) {
+        for (size_t place = 0; place <= length; ++place) {
+            std::string bytes(length, 'x');
+            std::u16string wide(length, u'x');
+            bytes.insert(place, "\xE2\x82\xAC");
+            wide.insert(place, 1, u'\u20AC');
+            const String text{std::string_view(bytes)};
+            ASSERT_TRUE(text == ConstString(std::u16string_view(wide)));
+            ASSERT_FALSE(text == ConstString(std::u16string_view(wide + u"x")));
+            ASSERT_FALSE(text.isAscii());
+            ASSERT_EQ(std::u16string(text.text16()), wide);
+            ASSERT_FALSE(text.isAscii());
+            ASSERT_EQ(std::string(text.text8()), bytes);
+        }
+    }
+}
+
 TEST(ConstString, ComparesItsEnds) {
     for (const auto& [text, end] : inAllWidths("Level.png", ".PNG")) {
         EXPECT_TRUE(text.endsWith(end, true));
