@@ -48,6 +48,8 @@ bool UPopupWindow::hide() {
 }
 
 void UPopupWindow::willClose(bool canceled) {
+    // The desktop may hold the last reference, and gives it up in the base's close.
+    const Ref<UPopupWindow> keep = retain(this);
     lifetimeTimer_.stop();
     UWindow::willClose(canceled);
     UDesktop* desktop = UDesktop::instance();
@@ -67,6 +69,7 @@ bool UPopupWindow::mouseDown(CmPoint point) {
         closeDeferred();
         return true;
     }
+    const Ref<UPopupWindow> keep = retain(this);
     const bool taken = UWindow::mouseDown(point);
     if (hasWindowFlag(closesAfterClick) && !(platform::desktop() && platform::desktop()->isCapturing()))
         closeDeferred();
