@@ -73,6 +73,15 @@ TEST_F(BackEndSelection, FontsFollowTheFactory) {
     EXPECT_EQ(font.getFace(), nullptr) << "a font of a factory that is gone";
 }
 
+TEST_F(BackEndSelection, AFontThatIsHeldOutlivesTheFactory) {
+    ASSERT_TRUE(selectGraphicsBackend("default"));
+    const auto font = getGraphicsFactory()->getFontCollection()->findFont({{}, 12, 0});
+    ASSERT_NE(font, nullptr);
+    shutdownGraphics();
+    EXPECT_GT(font->measureWidth(ConstString(u"\u05E9\u05DC\u05D5\u05DD")), 0)
+        << "text that still has to be shaped";
+}
+
 TEST_F(BackEndSelection, ReadsTheResolutionAwareness) {
     EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness", "monitor"}), DpiAwareness::monitor);
     EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness", "system"}), DpiAwareness::system);

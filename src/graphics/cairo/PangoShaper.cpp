@@ -49,6 +49,7 @@ PangoShaper::~PangoShaper() {
         g_object_unref(context_);
     if (fontMap_)
         g_object_unref(fontMap_);
+    FcConfigDestroy(configuration_);
 }
 
 bool PangoShaper::start() {

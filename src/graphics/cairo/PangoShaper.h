@@ -15,8 +15,9 @@ namespace qorl {
 /// marks. Pango is started at the first such text. GUI thread.
 class PangoShaper {
 public:
-    /// `configuration` must outlive the shaper.
-    explicit PangoShaper(FcConfig* configuration) : configuration_(configuration) {}
+    /// Keeps a reference on `configuration`: fonts that are still held keep the shaper behind their
+    /// collection.
+    explicit PangoShaper(FcConfig* configuration) : configuration_(FcConfigReference(configuration)) {}
     ~PangoShaper();
     PangoShaper(const PangoShaper&) = delete;
     PangoShaper& operator=(const PangoShaper&) = delete;
