@@ -23,6 +23,10 @@ void destroyController() {
         theController->release();
 }
 
+bool tellOfDeactivation(UWindow* window) {
+    return theController->windowDeactivated(window);
+}
+
 const TeardownHook teardown{TeardownStep::controller, &destroyController};
 
 } // namespace
@@ -47,6 +51,7 @@ UController::UController(ApplicationType type) : type_(type) {
     theController = this;
     if (startPlatform()) {
         desktop_ = make<UDesktop>();
+        UDesktop::setDeactivationHook(&tellOfDeactivation);
         return;
     }
     loop_.stop();
@@ -55,6 +60,7 @@ UController::UController(ApplicationType type) : type_(type) {
 
 UController::~UController() {
     runShutdownHooks();
+    UDesktop::setDeactivationHook(nullptr);
     // Its windows and pointers belong to the platform's desktop, so it goes first.
     desktop_.reset();
     if (ownsPlatform_)

@@ -2,6 +2,7 @@
 
 #include "foundation/CmDelegatingUnknown.h"
 #include "foundation/StartupHook.h"
+#include "foundation/Teardown.h"
 #include "persistence/FDefaultPool.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ bool startRegistry() {
 }
 
 const StartupHook hook{"FComponentRegistry", StartupHook::early, &startRegistry};
+const TeardownHook teardown{TeardownStep::components, &FComponentRegistry::dropInstance};
 
 /// The group of the settings that says whether the classes of a category are available.
 FAttributes* availability(const ConstString& category) {

@@ -15,6 +15,7 @@ namespace qorl {
 namespace {
 
 constinit UDesktop* theDesktop = nullptr;
+constinit UDesktop::DeactivationHook deactivationHook = nullptr;
 
 int64_t squaredDistance(CmPoint point, const CmRect& rect) {
     const int64_t dx = std::max({rect.left - point.x, point.x - rect.right, 0});
@@ -227,9 +228,15 @@ void UDesktop::windowActivated(UWindow* window, Activation activation) {
         chooseFocus(window);
         return;
     }
+    if (deactivationHook)
+        deactivationHook(window);
     if (activeWindow_ == window)
         activeWindow_ = nullptr;
     takeFocusFrom(window);
+}
+
+void UDesktop::setDeactivationHook(DeactivationHook hook) {
+    deactivationHook = hook;
 }
 
 // Popups and modal dialogs

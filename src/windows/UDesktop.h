@@ -48,6 +48,11 @@ public:
     /// Null before the first and after the last `UDesktop`.
     static UDesktop* instance();
 
+    /// Hears that a window's activation ends, before the desktop object does. Set by whoever runs the event
+    /// loop; null takes it away.
+    using DeactivationHook = bool (*)(UWindow* window);
+    static void setDeactivationHook(DeactivationHook hook);
+
     WindowType getWindowType() const override { return WindowType::none; }
 
     // Cursor.

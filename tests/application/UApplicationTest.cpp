@@ -10,6 +10,8 @@
 #include "schemes/GlobalSchemes.h"
 #include "support/TestPaths.h"
 #include "windows/AlertPresenter.h"
+#include "windows/UDesktop.h"
+#include "windows/UDocWindow.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -52,6 +54,11 @@ public:
         UApplication::closeAbout();
     }
     bool canQuit(int32_t) override { return mayQuit; }
+    bool windowDeactivated(UWindow* window) override {
+        log_.push_back(UDesktop::instance()->activeWindow() == window ? "deactivated"
+                                                                      : "deactivated too late");
+        return true;
+    }
     bool skinLoaded() override { return acceptsSkin; }
     bool openDocument(const FPath& path, bool) override {
         String text;
@@ -135,6 +142,22 @@ TEST_F(UApplicationTest, AnswersItsTwoMenuItems) {
     EXPECT_EQ(send("MenuSelect", 17), 1);
     EXPECT_EQ(take(), Log{"about"});
     EXPECT_EQ(send("Other", 8), 0);
+}
+
+TEST_F(UApplicationTest, HearsThatAWindowIsDeactivatedBeforeTheDesktopObjectDoes) {
+    const Ref<UWindow> window =
+        make<UDocWindow>(CmRect{100, 100, 300, 300}, styleTitle, ConstString("Window"));
+    ASSERT_TRUE(window->show());
+    window->activate();
+    desktop->processEvents();
+    ASSERT_EQ(UDesktop::instance()->activeWindow(), window.get());
+    take();
+    desktop->postActivation(nullptr);
+    desktop->processEvents();
+    EXPECT_EQ(take(), Log{"deactivated"});
+    EXPECT_EQ(UDesktop::instance()->activeWindow(), nullptr);
+    window->closeDeferred();
+    UController::instance()->loop().flushEvents();
 }
 
 TEST_F(UApplicationTest, OpensEachDocumentOfAList) {
