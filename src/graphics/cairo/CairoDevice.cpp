@@ -217,14 +217,14 @@ void CairoDevice::usePen() {
 }
 
 /// `box` holds the path without the width of the pen.
-void CairoDevice::stroke(const CmRect& box) {
+CmRect CairoDevice::strokedBox(const CmRect& box) const {
     const double reach =
         penWidth_ * penScale() * (penStyle_.join == LineJoin::miter ? penStyle_.miterLimit : 1);
     const auto slack = static_cast<int32_t>(std::clamp(reach, 0.0, 10000.0)) + 2;
-    if (!clipTo(box.grown(slack, slack))) {
-        cairo_new_path(context_.get());
-        return;
-    }
+    return box.grown(slack, slack);
+}
+
+void CairoDevice::stroke() {
     useColor(penColor_);
     usePen();
     cairo_stroke(context_.get());
@@ -276,9 +276,13 @@ Result CairoDevice::drawLine(DrawPoint from, DrawPoint to) {
     }
     const DrawPoint a = toDevice(from);
     const DrawPoint b = toDevice(to);
+    // Setting a clip uses up the path, so it comes first.
+    if (!clipTo(strokedBox(
+            outward({std::min(a.x, b.x), std::min(a.y, b.y)}, {std::max(a.x, b.x), std::max(a.y, b.y)}, 1))))
+        return status();
     cairo_move_to(context_.get(), a.x, a.y);
     cairo_line_to(context_.get(), b.x, b.y);
-    stroke(outward({std::min(a.x, b.x), std::min(a.y, b.y)}, {std::max(a.x, b.x), std::max(a.y, b.y)}, 1));
+    stroke();
     return status();
 }
 
@@ -315,17 +319,18 @@ Result CairoDevice::drawPath(GraphicsPath* path, DrawMode mode, const TransformM
         return Result::invalidArgument;
     const TransformMatrix map = matrix ? state_.matrix.after(*matrix) : state_.matrix;
     const CmRect box = boxOf(*path, map);
-    if (path->isEmpty() || (!strokes(mode) && !state_.clip.intersects(box)))
+    // Setting a clip uses up the path, so it comes first.
+    if (path->isEmpty() || !clipTo(strokes(mode) ? strokedBox(box) : box))
         return Result::ok;
     cairo_t* context = context_.get();
     cairo_new_path(context);
     addPath(*path, map);
-    if (fills(mode) && clipTo(box)) {
+    if (fills(mode)) {
         useColor(brushColor_);
         strokes(mode) ? cairo_fill_preserve(context) : cairo_fill(context);
     }
     if (strokes(mode))
-        stroke(box);
+        stroke();
     cairo_new_path(context);
     return status();
 }

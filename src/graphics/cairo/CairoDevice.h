@@ -78,7 +78,9 @@ private:
     bool addStraightLine(DrawPoint from, DrawPoint to);
     bool isSolidPen() const { return penStyle_.dashCount == 0; }
     void usePen();
-    void stroke(const CmRect& box);
+    /// What a stroke of a path within `box` can touch.
+    CmRect strokedBox(const CmRect& box) const;
+    void stroke();
     void addPath(const GraphicsPath& path, const TransformMatrix& matrix);
     CmRect boxOf(const GraphicsPath& path, const TransformMatrix& matrix) const;
     void drawLine(CairoFont& font, std::u16string_view line, DrawPoint start, double width, uint32_t color);
