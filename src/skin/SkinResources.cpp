@@ -83,7 +83,7 @@ Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, bool&
     std::ranges::replace(reference, '\\', '/');
     FUrl folder(baseUrl_);
     folder.up();
-    const std::string path = FUrl::resolveInside(folder.toUtf8(), reference);
+    const std::string path = FUrl::resolveInside(folder.path().toUtf8(), reference);
     FFileSystem* fileSystem = fileSystem_.get();
     if (path.empty() || !fileSystem)
         return nullptr;
