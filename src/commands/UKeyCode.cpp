@@ -107,6 +107,16 @@ const char* UKeyCode::keyName(uint8_t virtualKey) {
     return isDigitOrCapital(character) ? characterNames[character].text : nullptr;
 }
 
+char16_t UKeyCode::typedCharacter() const {
+    if (virtualKey == Key::space)
+        return u' ';
+    if (virtualKey < Key::characterKeyOffset)
+        return character;
+    const auto capital = static_cast<char16_t>(virtualKey - Key::characterKeyOffset);
+    const bool isLetter = capital >= u'A' && capital <= u'Z';
+    return isLetter && !has(shift) ? static_cast<char16_t>(capital + (u'a' - u'A')) : capital;
+}
+
 std::string UKeyCode::toText() const {
     if (isEmpty())
         return {};

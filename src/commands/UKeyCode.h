@@ -47,6 +47,10 @@ struct UKeyCode {
     /// dropped.
     UKeyCode normalised() const;
 
+    /// What the key types on a keyboard whose letters stand alone: small letters without Shift, a blank for
+    /// the space bar; 0 when nothing.
+    char16_t typedCharacter() const;
+
     /// "Ctrl+Shift+Z": modifiers in the order Ctrl, Meta, Alt, Shift, then the key's name or character, in
     /// UTF-8. Empty for an empty key.
     std::string toText() const;
@@ -70,6 +74,12 @@ constexpr uint8_t modifiersFromPlatform(uint32_t held) {
     return static_cast<uint8_t>(
         (held & platform::shift ? UKeyCode::shift : 0) | (held & platform::ctrl ? UKeyCode::ctrl : 0) |
         (held & platform::alt ? UKeyCode::alt : 0) | (held & platform::meta ? UKeyCode::meta : 0));
+}
+
+/// The way back, for whoever plays a keyboard.
+constexpr uint32_t modifiersToPlatform(uint8_t bits) {
+    return (bits & UKeyCode::shift ? platform::shift : 0U) | (bits & UKeyCode::ctrl ? platform::ctrl : 0U) |
+           (bits & UKeyCode::alt ? platform::alt : 0U) | (bits & UKeyCode::meta ? platform::meta : 0U);
 }
 
 } // namespace qorl

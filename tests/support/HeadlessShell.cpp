@@ -20,26 +20,6 @@ namespace {
 
 constexpr CmPoint windowPlace{100, 80};
 
-/// The word of held keys for the modifiers of a key record.
-uint32_t heldFor(UKeyCode key) {
-    uint32_t held = platform::noModifier;
-    for (const uint32_t bit : {platform::shift, platform::ctrl, platform::alt, platform::meta})
-        if (key.modifiers & modifiersFromPlatform(bit))
-            held |= bit;
-    return held;
-}
-
-/// What the key types, as a keyboard would have it.
-char16_t typedBy(UKeyCode key) {
-    if (key.virtualKey == Key::space)
-        return u' ';
-    if (key.virtualKey < Key::characterKeyOffset)
-        return key.character;
-    const auto capital = static_cast<char16_t>(key.virtualKey - Key::characterKeyOffset);
-    const bool isLetter = capital >= u'A' && capital <= u'Z';
-    return isLetter && !key.has(UKeyCode::shift) ? static_cast<char16_t>(capital + 32) : capital;
-}
-
 } // namespace
 
 HeadlessShell::HeadlessShell(platform::HeadlessSettings settings) {
@@ -120,8 +100,8 @@ void HeadlessShell::postKey(std::string_view text) {
     UKeyCode key;
     ASSERT_TRUE(UKeyCode::fromText(text, key)) << "no such key: " << text;
     const uint32_t held = platform_->currentModifiers();
-    const char16_t character = typedBy(key);
-    platform_->postModifiers(held | heldFor(key));
+    const char16_t character = key.typedCharacter();
+    platform_->postModifiers(held | modifiersToPlatform(key.modifiers));
     platform_->postKey(platform::KeyKind::down, character, key.virtualKey);
     platform_->postKey(platform::KeyKind::up, character, key.virtualKey);
     platform_->postModifiers(held);
