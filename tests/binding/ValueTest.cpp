@@ -59,6 +59,8 @@ public:
 
 class ValueTest : public testing::Test {
 protected:
+    // Nobody can depend on anything before there is a handler.
+    ValueTest() { UpdateHandler::instance(); }
     void deliver() { UpdateHandler::instance()->triggerDeferredUpdates(nullptr); }
     static std::string textOf(Value& value) {
         String text;
