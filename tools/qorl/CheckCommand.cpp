@@ -1,0 +1,112 @@
+#include "Session.h"
+#include "persistence/FNPath.h"
+#include "skin/UIWizard.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <set>
+
+namespace qorl::tool {
+
+namespace {
+
+constexpr OptionSpec options[] = {
+    {"--strict", nullptr, nullptr, "warnings are errors"},
+    SessionOption::condition,
+};
+
+/// Answers every condition in the same way, so that building comes into all branches.
+class EveryBranch : public FController {
+    QORL_CLASS(EveryBranch, FController)
+
+public:
+    explicit EveryBranch(bool truth) : truth_(truth) {}
+    Binding::Value* getValue(const char* name) override { return values_->getValue(name); }
+    bool getCondition(const char*) override { return truth_; }
+    IController* getSubController(const char*) override { return this; }
+
+private:
+    Ref<PreviewController> values_ = make<PreviewController>();
+    bool truth_;
+};
+
+/// Findings of several passes, each told once, in the order of the document.
+class Findings {
+public:
+    void add(const std::vector<Diagnostic>& diagnostics) {
+        for (const Diagnostic& diagnostic : diagnostics)
+            if (known_.insert(toText(diagnostic)).second)
+                all_.push_back(diagnostic);
+    }
+
+    /// True when something is wrong enough to refuse the document.
+    bool tell(bool strict) {
+        std::stable_sort(all_.begin(), all_.end(), [](const Diagnostic& a, const Diagnostic& b) {
+            return a.position.file == b.position.file && a.position.line < b.position.line;
+        });
+        bool refused = false;
+        for (Diagnostic& diagnostic : all_) {
+            if (strict && diagnostic.severity == Severity::warning)
+                diagnostic.severity = Severity::error;
+            refused |= diagnostic.severity == Severity::error;
+            std::fprintf(stderr, "%s\n", toText(diagnostic).c_str());
+        }
+        return refused;
+    }
+
+private:
+    std::vector<Diagnostic> all_;
+    std::set<std::string> known_;
+};
+
+void buildEverything(UIWizard& wizard, bool truth) {
+    const SkinElement* templates = wizard.description()->peekSection(UIDescription::Section::templates);
+    if (!templates)
+        return;
+    const auto controller = make<EveryBranch>(truth);
+    for (const SkinElement* element : templates->children())
+        wizard.createView(element->name(), controller.get(), nullptr);
+}
+
+bool checkOne(UIWizard& wizard, const std::string& path, bool strict) {
+    Findings findings;
+    wizard.loader().setMisplaced(UIDescriptionLoader::Misplaced::isSkipped);
+    const bool loaded = wizard.load(FUrl(FNPath(ConstString(path.c_str()))));
+    findings.add(wizard.loader().diagnostics());
+    if (loaded) {
+        wizard.clearDiagnostics();
+        buildEverything(wizard, false);
+        buildEverything(wizard, true);
+        findings.add(wizard.description()->diagnostics());
+        findings.add(wizard.diagnostics());
+    }
+    return !findings.tell(strict) && loaded;
+}
+
+int check(const CommandLine& line) {
+    Session session;
+    if (const int status = session.start(line, Session::Screen::headless))
+        return status;
+    UIWizard& wizard = *UIWizard::instance();
+    for (const std::string& condition : line.allOf("--condition"))
+        wizard.setCondition(condition);
+    bool allGood = true;
+    for (const std::string& path : line.positional())
+        allGood &= checkOne(wizard, path, line.has("--strict"));
+    return allGood ? ExitStatus::success : ExitStatus::badInput;
+}
+
+} // namespace
+
+const Command checkCommand{
+    "check",
+    "SKIN…",
+    "Reads skins with their includes and tells every fault with its place.",
+    "  qorl check skin.xml\n  qorl check --strict skins/*/skin.xml\n",
+    options,
+    1,
+    1000,
+    &check,
+};
+
+} // namespace qorl::tool

@@ -1,0 +1,264 @@
+#include "Session.h"
+
+#include "binding/Value.h"
+#include "foundation/Cast.h"
+#include "foundation/FMessenger.h"
+#include "foundation/UpdateHandler.h"
+#include "graphics/GraphicsFactory.h"
+#include "persistence/FNPath.h"
+#include "platform/Files.h"
+#include "platform/Platform.h"
+#include "schemes/GlobalSchemes.h"
+#include "skin/UIWizard.h"
+#include "skin/ValueRegistry.h"
+#include "views/UBaseView.h"
+#include "views/ViewPredicate.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace qorl::tool {
+
+namespace {
+
+constexpr int64_t largestText = 16 << 20;
+constexpr double smallestScale = 0.25;
+constexpr double largestScale = 8;
+/// Where windows open on the headless screen.
+constexpr CmPoint windowPlace{40, 40};
+
+/// A screen on which the largest window that can be asked for has its place.
+platform::HeadlessSettings headlessScreen(double scale) {
+    platform::HeadlessSettings settings;
+    platform::HeadlessMonitor& monitor = settings.monitors.front();
+    monitor.scale = scale;
+    monitor.bounds = monitor.workArea = {0, 0, 20000, 20000};
+    return settings;
+}
+
+} // namespace
+
+Session::Session() = default;
+
+Session::~Session() {
+    if (window_ && window_->isOpen())
+        window_->willClose(true);
+    if (loop_)
+        settle();
+    content_.reset();
+    window_.reset();
+    controller_.reset();
+    desktop_.reset();
+    loop_.reset();
+    FMessenger::disconnect();
+    GlobalSchemes::releaseAll();
+    platform::stop();
+}
+
+int Session::readOptions(const CommandLine& line) {
+    std::string error;
+    if (!line.readSize("--size", size_, error) ||
+        !line.readNumber("--scale", smallestScale, largestScale, scale_, error))
+        return complain(ExitStatus::wrongUsage, error);
+    settings_ = line.allOf("--set");
+    for (const std::string& setting : settings_)
+        if (setting.find('=') == std::string::npos)
+            return complain(ExitStatus::wrongUsage, "--set is NAME=VALUE, not \"" + setting + '"');
+    conditions_ = line.allOf("--condition");
+    controller_ = make<PreviewController>();
+    if (!line.has("--values"))
+        return ExitStatus::success;
+    const std::string path = line.valueOf("--values");
+    std::string text;
+    if (!loadText(path, text))
+        return ExitStatus::badInput;
+    DiagnosticList faults;
+    const bool understood = controller_->readValues(text, path, faults);
+    for (const Diagnostic& fault : faults.all())
+        std::fprintf(stderr, "%s\n", toText(fault).c_str());
+    return understood ? ExitStatus::success : ExitStatus::badInput;
+}
+
+int Session::start(const CommandLine& line, Screen screen) {
+    if (const int status = readOptions(line))
+        return status;
+    if (screen == Screen::headless) {
+        headless_ = new platform::HeadlessDesktop(headlessScreen(scale_));
+        platform::start(headless_);
+    } else {
+        std::string error;
+        if (!platform::start(platform::Backend::automatic, error))
+            return complain(ExitStatus::badInput, error);
+    }
+    UpdateHandler::instance();
+    FMessenger::connect();
+    selectGraphicsBackend("default");
+    GlobalSchemes::createForLibrary();
+    GlobalSchemes::resetAll();
+    loop_ = std::make_unique<EventLoop>();
+    desktop_ = make<UDesktop>();
+    return ExitStatus::success;
+}
+
+bool Session::tellDiagnostics(Tell tell) {
+    bool hasErrors = false;
+    UIWizard* wizard = UIWizard::instance();
+    const auto tellAll = [&](const std::vector<Diagnostic>& diagnostics) {
+        for (const Diagnostic& diagnostic : diagnostics) {
+            hasErrors |= diagnostic.severity == Severity::error;
+            if (tell == Tell::everything || diagnostic.severity == Severity::error)
+                std::fprintf(stderr, "%s\n", toText(diagnostic).c_str());
+        }
+    };
+    const std::vector<Diagnostic>& found = wizard->description()->diagnostics();
+    tellAll({found.begin() + static_cast<ptrdiff_t>(std::min(documentFindings_, found.size())), found.end()});
+    documentFindings_ = found.size();
+    tellAll(wizard->diagnostics());
+    wizard->clearDiagnostics();
+    return hasErrors;
+}
+
+void Session::tellLoading() {
+    UIWizard* wizard = UIWizard::instance();
+    for (const Diagnostic& diagnostic : wizard->loader().diagnostics())
+        std::fprintf(stderr, "%s\n", toText(diagnostic).c_str());
+    documentFindings_ = wizard->description()->diagnostics().size();
+}
+
+int Session::load(const std::string& path) {
+    UIWizard* wizard = UIWizard::instance();
+    for (const std::string& condition : conditions_)
+        wizard->setCondition(condition);
+    const bool loaded = wizard->load(FUrl(FNPath(ConstString(path.c_str()))));
+    tellLoading();
+    return loaded ? ExitStatus::success : ExitStatus::badInput;
+}
+
+Ref<UView> Session::build(const std::string& templateName) {
+    UIWizard* wizard = UIWizard::instance();
+    Ref<UView> view = wizard->createView(templateName, controller_.get(), nullptr);
+    if (!view)
+        std::fprintf(stderr, "qorl: the document has no template \"%s\"\n", templateName.c_str());
+    return tellDiagnostics(Tell::everything) ? nullptr : view;
+}
+
+int Session::open(const std::string& templateName) {
+    templateName_ = templateName;
+    content_ = build(templateName);
+    if (!content_)
+        return ExitStatus::badInput;
+    const auto* base = cast<UBaseView>(content_);
+    const uint32_t style =
+        base && base->getWindowStyle() ? base->getWindowStyle() : uint32_t{styleWindowPreset};
+    CmSize size = content_->getFrameSize();
+    if (size_.isEmpty() && size.isEmpty()) {
+        std::fprintf(stderr, "qorl: template \"%s\" has no size; give one with --size\n",
+                     templateName.c_str());
+        return ExitStatus::badInput;
+    }
+    window_ = make<UDocWindow>(CmRect::ofSize(windowPlace, size), style, content_->getTitle());
+    content_->setFrame(CmRect::ofSize({}, size), false);
+    content_->setAttach(viewAttachAll);
+    window_->addSubView(content_);
+    if (!size_.isEmpty())
+        window_->setSize(size_);
+    window_->show();
+    for (const std::string& setting : settings_) {
+        const size_t equals = setting.find('=');
+        setValue(std::string_view(setting).substr(0, equals), std::string_view(setting).substr(equals + 1));
+    }
+    settle();
+    return ExitStatus::success;
+}
+
+int Session::run(const CommandLine& line, Screen screen) {
+    if (const int status = start(line, screen))
+        return status;
+    if (const int status = load(line.positional()[0]))
+        return status;
+    return open(line.positional()[1]);
+}
+
+bool Session::reload() {
+    UIWizard* wizard = UIWizard::instance();
+    const bool reloaded = wizard->reload();
+    tellLoading();
+    const Ref<UView> view = reloaded ? build(templateName_) : nullptr;
+    if (!view)
+        return false;
+    view->setFrame(content_->getFrameRect(), false);
+    view->setAttach(viewAttachAll);
+    window_->removeSubView(content_.get());
+    content_ = view;
+    window_->addSubView(content_);
+    window_->invalidateAll();
+    return true;
+}
+
+void Session::settle() {
+    loop_->flushEvents();
+    while (platform::desktop()->hasEvent())
+        loop_->flushEvents();
+}
+
+UView* Session::findView(std::string_view idOrName) {
+    return window_->findSubView(
+        viewsWhere([&](const UView* view) { return view->getItem().name() == idOrName; }));
+}
+
+Binding::Value& Session::value(std::string_view name) {
+    if (const ValueRegistry* registry = ValueRegistry::peek())
+        if (Binding::Value* defined = registry->find(name, controller_.get()))
+            return *defined;
+    return *controller_->getValue(std::string(name).c_str());
+}
+
+void Session::setValue(std::string_view name, std::string_view text) {
+    const ValueRegistry* registry = ValueRegistry::peek();
+    if (!registry || !registry->find(name, controller_.get())) {
+        controller_->setValue(name, text);
+        return;
+    }
+    const String wide(text);
+    value(name).bound()->setValueText(wide.text16());
+}
+
+int Session::savePicture(const std::string& path) {
+    settle();
+    const platform::PixelSurface surface = window_->getPlatformWindow()->getSurface();
+    GraphicsFactory* factory = getGraphicsFactory();
+    const Ref<GraphicsImage> image = factory->getBitmapFactory()->wrapPixels(surface);
+    std::vector<std::byte> file;
+    ImageCodec* png = factory->getImageCodecs()->findByExtension("png");
+    if (!image || !png->encode(*image, file))
+        return complain(ExitStatus::badInput, "there is no memory for the picture");
+    const auto* bytes = reinterpret_cast<const uint8_t*>(file.data());
+    if (const platform::FileError error = platform::replaceFile(path, {bytes, file.size()}))
+        return complain(ExitStatus::badInput, path + ": " + error.getText());
+    return ExitStatus::success;
+}
+
+int saveText(const std::string& path, std::string_view text) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    if (const platform::FileError error = platform::replaceFile(path, {bytes, text.size()}))
+        return complain(ExitStatus::badInput, path + ": " + error.getText());
+    return ExitStatus::success;
+}
+
+bool loadText(const std::string& path, std::string& text) {
+    if (path == "-") {
+        char block[4096];
+        while (const size_t got = std::fread(block, 1, sizeof block, stdin))
+            text.append(block, got);
+        return true;
+    }
+    std::vector<uint8_t> bytes;
+    if (const platform::FileError error = platform::readWholeFile(path, bytes, largestText)) {
+        complain(ExitStatus::badInput, path + ": " + error.getText());
+        return false;
+    }
+    text.assign(bytes.begin(), bytes.end());
+    return true;
+}
+
+} // namespace qorl::tool
