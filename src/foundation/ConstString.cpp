@@ -4,25 +4,17 @@
 #include "foundation/TextConversion.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstring>
-#include <limits>
 #include <type_traits>
 
 namespace qorl {
 
+using text::isDigitIn;
+using text::value;
+using text::View;
 using text::WideCopy;
 
 namespace {
-
-template <typename Char>
-using View = std::basic_string_view<Char>;
-
-template <typename Char>
-std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, uint16_t>> value(Char c) {
-    return static_cast<std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, uint16_t>>>(c);
-}
 
 int32_t sign(int64_t difference) {
     return difference < 0 ? -1 : difference > 0 ? 1 : 0;
@@ -152,11 +144,6 @@ int32_t firstDifferenceOf(View<Char> a, View<Char> b, bool ignoreCase) {
 }
 
 template <typename Char>
-bool isDigitIn(View<Char> text, size_t at) {
-    return at < text.size() && text::isAsciiDigit(value(text[at]));
-}
-
-template <typename Char>
 size_t skipZeros(View<Char> text, size_t at) {
     while (at < text.size() && text[at] == '0')
         ++at;
@@ -239,91 +226,6 @@ bool equalsMixed(View<char> narrow, View<char16_t> wide) {
     return narrow.size() == wide.size();
 }
 
-/// A whole number in decimal digits, its magnitude cut to 64 bits.
-struct Number {
-    uint64_t magnitude;
-    bool isNegative;
-};
-
-template <typename Char>
-bool isBlank(Char c) {
-    return text::isAsciiSpace(value(c)) || (sizeof(Char) > 1 && text::isSpace(static_cast<char16_t>(c)));
-}
-
-template <typename Char>
-bool readNumber(View<Char> text, Number& number) {
-    size_t at = 0;
-    while (at < text.size() && isBlank(text[at]))
-        ++at;
-    number = {0, at < text.size() && text[at] == '-'};
-    if (at < text.size() && (text[at] == '-' || text[at] == '+'))
-        ++at;
-    if (!isDigitIn(text, at))
-        return false;
-    constexpr uint64_t most = std::numeric_limits<uint64_t>::max();
-    for (; isDigitIn(text, at); ++at) {
-        const auto digit = static_cast<uint64_t>(text[at] - '0');
-        number.magnitude = number.magnitude > (most - digit) / 10 ? most : number.magnitude * 10 + digit;
-    }
-    return true;
-}
-
-template <typename Char>
-bool readReal(View<Char> text, double& out) {
-    size_t at = 0;
-    while (at < text.size() && isBlank(text[at]))
-        ++at;
-    std::string digits;
-    for (; at < text.size(); ++at) {
-        const auto c = value(text[at]);
-        const bool isPart = text::isAsciiDigit(c) || c == '.' || c == 'e' || c == 'E' || c == '-' || c == '+';
-        if (!isPart)
-            break;
-        digits += static_cast<char>(c);
-    }
-    const char* begin = digits.c_str() + (digits.starts_with('+') ? 1 : 0);
-    double number = 0;
-    const auto [end, error] = std::from_chars(begin, digits.c_str() + digits.size(), number);
-    if (error == std::errc::invalid_argument || (begin != digits.c_str() && *begin == '-'))
-        return false;
-    if (error == std::errc::result_out_of_range) {
-        // A tiny number has a negative exponent, or none and only zeros before its digits.
-        const std::string_view read(begin, static_cast<size_t>(end - begin));
-        const size_t exponent = read.find_first_of("eE");
-        const bool isTiny = exponent == std::string_view::npos
-                                ? read.find_first_of("123456789") > read.find('.')
-                                : read[exponent + 1] == '-';
-        number = isTiny ? 0 : HUGE_VAL;
-        if (*begin == '-')
-            number = -number;
-    }
-    out = number;
-    return true;
-}
-
-template <typename Char, typename Read>
-bool scanFor(View<Char> text, int32_t start, bool scan, Read read) {
-    for (auto at = static_cast<size_t>(std::max(start, 0)); at < text.size(); ++at) {
-        if (read(text.substr(at)))
-            return true;
-        if (!scan)
-            return false;
-    }
-    return false;
-}
-
-template <typename Integer>
-Integer limited(const Number& number) {
-    using Limits = std::numeric_limits<Integer>;
-    if (number.isNegative) {
-        const uint64_t most = static_cast<uint64_t>(Limits::max()) + 1;
-        return number.magnitude >= most ? Limits::min()
-                                        : static_cast<Integer>(-static_cast<int64_t>(number.magnitude));
-    }
-    return number.magnitude > static_cast<uint64_t>(Limits::max()) ? Limits::max()
-                                                                   : static_cast<Integer>(number.magnitude);
-}
-
 template <typename Char>
 uint32_t hashOf(View<Char> text, uint32_t size) {
     uint32_t hash = 0;
@@ -333,14 +235,6 @@ uint32_t hashOf(View<Char> text, uint32_t size) {
         hash = ((hash << 6) + static_cast<uint32_t>(character)) % size;
     }
     return hash;
-}
-
-template <typename Char>
-int32_t trailingStart(View<Char> text) {
-    size_t at = text.size();
-    while (at > 0 && isDigitIn(text, at - 1))
-        --at;
-    return at == text.size() ? ConstString::notFound : static_cast<int32_t>(at);
 }
 
 template <typename Char>
@@ -563,66 +457,6 @@ bool ConstString::isSpaceAt(int32_t index) const {
     if (index < 0 || index >= size())
         return false;
     return isWide() ? text::isSpace(chars16()[index]) : text::isAsciiSpace(value(chars8()[index]));
-}
-
-namespace {
-
-bool scanNumber(const ConstString& string, int32_t start, bool scan, Number& number) {
-    const auto read = [&number](auto text) { return readNumber(text, number); };
-    return string.isWide() ? scanFor(string.view16(), start, scan, read)
-                           : scanFor(string.view8(), start, scan, read);
-}
-
-} // namespace
-
-bool ConstString::toInt64(int64_t& out, int32_t start, bool scan) const {
-    Number number;
-    if (!scanNumber(*this, start, scan, number))
-        return false;
-    out = limited<int64_t>(number);
-    return true;
-}
-
-bool ConstString::toInt32(int32_t& out, int32_t start, bool scan) const {
-    Number number;
-    if (!scanNumber(*this, start, scan, number))
-        return false;
-    out = limited<int32_t>(number);
-    return true;
-}
-
-bool ConstString::toUInt32(uint32_t& out, int32_t start, bool scan) const {
-    Number number;
-    if (!scanNumber(*this, start, scan, number))
-        return false;
-    out = number.isNegative ? 0 : static_cast<uint32_t>(std::min<uint64_t>(number.magnitude, UINT32_MAX));
-    return true;
-}
-
-bool ConstString::toUInt64(uint64_t& out, int32_t start, bool scan) const {
-    Number number;
-    if (!scanNumber(*this, start, scan, number))
-        return false;
-    out = number.isNegative ? 0 - number.magnitude : number.magnitude;
-    return true;
-}
-
-bool ConstString::toDouble(double& out, int32_t start, bool scan) const {
-    const auto read = [&out](auto text) { return readReal(text, out); };
-    return isWide() ? scanFor(view16(), start, scan, read) : scanFor(view8(), start, scan, read);
-}
-
-int32_t ConstString::trailingNumberStart(int32_t digits) const {
-    const int32_t start = isWide() ? trailingStart(view16()) : trailingStart(view8());
-    return start != notFound && digits != 0 && size() - start != digits ? notFound : start;
-}
-
-int64_t ConstString::trailingNumber(int64_t standard) const {
-    const int32_t start = trailingNumberStart();
-    int64_t number = standard;
-    if (start != notFound)
-        toInt64(number, start, false);
-    return number;
 }
 
 uint32_t ConstString::hashCode(uint32_t size) const {

@@ -1,12 +1,119 @@
 #include "foundation/String.h"
+#include "foundation/TextConversion.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cinttypes>
+#include <cmath>
 #include <cstdio>
+#include <limits>
 
 namespace qorl {
 
+using text::isDigitIn;
+using text::value;
+using text::View;
+
 namespace {
+
+/// A whole number in decimal digits, its magnitude cut to 64 bits.
+struct Number {
+    uint64_t magnitude;
+    bool isNegative;
+};
+
+template <typename Char>
+bool isBlank(Char c) {
+    return text::isAsciiSpace(value(c)) || (sizeof(Char) > 1 && text::isSpace(static_cast<char16_t>(c)));
+}
+
+template <typename Char>
+bool readNumber(View<Char> text, Number& number) {
+    size_t at = 0;
+    while (at < text.size() && isBlank(text[at]))
+        ++at;
+    number = {0, at < text.size() && text[at] == '-'};
+    if (at < text.size() && (text[at] == '-' || text[at] == '+'))
+        ++at;
+    if (!isDigitIn(text, at))
+        return false;
+    constexpr uint64_t most = std::numeric_limits<uint64_t>::max();
+    for (; isDigitIn(text, at); ++at) {
+        const auto digit = static_cast<uint64_t>(text[at] - '0');
+        number.magnitude = number.magnitude > (most - digit) / 10 ? most : number.magnitude * 10 + digit;
+    }
+    return true;
+}
+
+template <typename Char>
+bool readReal(View<Char> text, double& out) {
+    size_t at = 0;
+    while (at < text.size() && isBlank(text[at]))
+        ++at;
+    std::string digits;
+    for (; at < text.size(); ++at) {
+        const auto c = value(text[at]);
+        const bool isPart = text::isAsciiDigit(c) || c == '.' || c == 'e' || c == 'E' || c == '-' || c == '+';
+        if (!isPart)
+            break;
+        digits += static_cast<char>(c);
+    }
+    const char* begin = digits.c_str() + (digits.starts_with('+') ? 1 : 0);
+    double number = 0;
+    const auto [end, error] = std::from_chars(begin, digits.c_str() + digits.size(), number);
+    if (error == std::errc::invalid_argument || (begin != digits.c_str() && *begin == '-'))
+        return false;
+    if (error == std::errc::result_out_of_range) {
+        // A tiny number has a negative exponent, or none and only zeros before its digits.
+        const std::string_view read(begin, static_cast<size_t>(end - begin));
+        const size_t exponent = read.find_first_of("eE");
+        const bool isTiny = exponent == std::string_view::npos
+                                ? read.find_first_of("123456789") > read.find('.')
+                                : read[exponent + 1] == '-';
+        number = isTiny ? 0 : HUGE_VAL;
+        if (*begin == '-')
+            number = -number;
+    }
+    out = number;
+    return true;
+}
+
+template <typename Char, typename Read>
+bool scanFor(View<Char> text, int32_t start, bool scan, Read read) {
+    for (auto at = static_cast<size_t>(std::max(start, 0)); at < text.size(); ++at) {
+        if (read(text.substr(at)))
+            return true;
+        if (!scan)
+            return false;
+    }
+    return false;
+}
+
+template <typename Integer>
+Integer limited(const Number& number) {
+    using Limits = std::numeric_limits<Integer>;
+    if (number.isNegative) {
+        const uint64_t most = static_cast<uint64_t>(Limits::max()) + 1;
+        return number.magnitude >= most ? Limits::min()
+                                        : static_cast<Integer>(-static_cast<int64_t>(number.magnitude));
+    }
+    return number.magnitude > static_cast<uint64_t>(Limits::max()) ? Limits::max()
+                                                                   : static_cast<Integer>(number.magnitude);
+}
+
+template <typename Char>
+int32_t trailingStart(View<Char> text) {
+    size_t at = text.size();
+    while (at > 0 && isDigitIn(text, at - 1))
+        --at;
+    return at == text.size() ? ConstString::notFound : static_cast<int32_t>(at);
+}
+
+bool scanNumber(const ConstString& string, int32_t start, bool scan, Number& number) {
+    const auto read = [&number](auto text) { return readNumber(text, number); };
+    return string.isWide() ? scanFor(string.view16(), start, scan, read)
+                           : scanFor(string.view8(), start, scan, read);
+}
 
 constexpr uint32_t maxDigits = 32;
 
@@ -119,6 +226,56 @@ bool printConversion(std::u16string& out, const Conversion& conversion, va_list&
 }
 
 } // namespace
+
+bool ConstString::toInt64(int64_t& out, int32_t start, bool scan) const {
+    Number number;
+    if (!scanNumber(*this, start, scan, number))
+        return false;
+    out = limited<int64_t>(number);
+    return true;
+}
+
+bool ConstString::toInt32(int32_t& out, int32_t start, bool scan) const {
+    Number number;
+    if (!scanNumber(*this, start, scan, number))
+        return false;
+    out = limited<int32_t>(number);
+    return true;
+}
+
+bool ConstString::toUInt32(uint32_t& out, int32_t start, bool scan) const {
+    Number number;
+    if (!scanNumber(*this, start, scan, number))
+        return false;
+    out = number.isNegative ? 0 : static_cast<uint32_t>(std::min<uint64_t>(number.magnitude, UINT32_MAX));
+    return true;
+}
+
+bool ConstString::toUInt64(uint64_t& out, int32_t start, bool scan) const {
+    Number number;
+    if (!scanNumber(*this, start, scan, number))
+        return false;
+    out = number.isNegative ? 0 - number.magnitude : number.magnitude;
+    return true;
+}
+
+bool ConstString::toDouble(double& out, int32_t start, bool scan) const {
+    const auto read = [&out](auto text) { return readReal(text, out); };
+    return isWide() ? scanFor(view16(), start, scan, read) : scanFor(view8(), start, scan, read);
+}
+
+int32_t ConstString::trailingNumberStart(int32_t digits) const {
+    const int32_t start = isWide() ? trailingStart(view16()) : trailingStart(view8());
+    return start != notFound && digits != 0 && size() - start != digits ? notFound : start;
+}
+
+int64_t ConstString::trailingNumber(int64_t standard) const {
+    const int32_t start = trailingNumberStart();
+    int64_t number = standard;
+    if (start != notFound)
+        toInt64(number, start, false);
+    return number;
+}
 
 void String::printInt64(int64_t value) {
     char digits[24];

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 /// Conversion between encodings, and case and kind of characters. Pure functions; any thread may call them.
 namespace qorl::text {
@@ -58,6 +59,20 @@ inline bool isAsciiSpace(char32_t c) {
 }
 inline char32_t lowerAscii(char32_t c) {
     return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
+}
+
+// What templates over both widths share.
+template <typename Char>
+using View = std::basic_string_view<Char>;
+
+template <typename Char>
+std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, uint16_t>> value(Char c) {
+    return static_cast<std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, uint16_t>>>(c);
+}
+
+template <typename Char>
+bool isDigitIn(View<Char> text, size_t at) {
+    return at < text.size() && isAsciiDigit(value(text[at]));
 }
 
 /// A text as UTF-16, without a copy where it is wide already and without an allocation where it is short.
