@@ -13,7 +13,8 @@ public:
     explicit URenderWindow(const CmRect& frame = {}, uint32_t style = 0);
 
     WindowType getWindowType() const override { return WindowType::none; }
-    bool isRealized() const override { return false; }
+    /// Layouts run as on a screen.
+    bool isRealized() const override { return true; }
     /// Off screen, every view counts as visible as far as its own flags go.
     bool isVisible() const override { return true; }
     /// Nothing to open.

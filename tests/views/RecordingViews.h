@@ -37,8 +37,6 @@ class RecordingWindow : public URenderWindow {
 public:
     explicit RecordingWindow(CmSize size) : URenderWindow(CmRect::ofSize({}, size)) {}
 
-    bool isRealized() const override { return true; }
-    bool isVisible() const override { return true; }
     bool invalidate(const CmRect& rect) override {
         invalidated.push_back(textOf(rect));
         return true;
