@@ -12,7 +12,7 @@ namespace {
 
 constexpr int32_t previewMaximum = 100;
 
-std::string_view withoutBlanks(std::string_view text) {
+std::string_view stripped(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     const size_t first = text.find_first_not_of(blanks);
     return first == std::string_view::npos ? std::string_view()
@@ -20,7 +20,7 @@ std::string_view withoutBlanks(std::string_view text) {
 }
 
 bool parseWholeNumber(std::string_view text, int32_t& number) {
-    text = withoutBlanks(text);
+    text = stripped(text);
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size() && !text.empty();
 }
@@ -59,12 +59,12 @@ PreviewController::~PreviewController() = default;
 
 bool PreviewController::readLine(std::string_view line, std::string& fault) {
     const size_t equals = line.find('=');
-    const std::string name(withoutBlanks(line.substr(0, equals)));
+    const std::string name(stripped(line.substr(0, equals)));
     if (equals == std::string_view::npos || name.empty()) {
         fault = "expected NAME = NUMBER, NAME = NUMBER in MIN..MAX or NAME = \"TEXT\"";
         return false;
     }
-    const std::string_view value = withoutBlanks(line.substr(equals + 1));
+    const std::string_view value = stripped(line.substr(equals + 1));
     if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
         shared_->values[name] = make<Binding::StringValue>(ConstString(value.substr(1, value.size() - 2)));
         return true;
@@ -93,7 +93,7 @@ bool PreviewController::readValues(std::string_view text, std::string_view fileN
     std::string fault;
     for (uint32_t lineNumber = 1; !text.empty(); ++lineNumber) {
         const size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = withoutBlanks(text.substr(0, end));
+        const std::string_view line = stripped(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.empty() || line.front() == '#' || readLine(line, fault))
             continue;
