@@ -98,6 +98,11 @@ void ViewBuilder::nameMissingKind(const SkinElement& element) {
                       ">; a plain view takes the place of each");
 }
 
+/// A view that got its size from a template keeps it.
+bool ViewBuilder::takesSizeOfContent(const ViewElement& element, const UView& view) {
+    return element.rect().isEmpty() && (element.type() != SkinType::view || view.getFrameRect().isEmpty());
+}
+
 // ---- Children.
 
 void ViewBuilder::buildChildren(const SkinElement& element, UView& parent, IController* controller) {
@@ -120,7 +125,7 @@ void ViewBuilder::buildViewChild(const SkinElement& element, UView& parent, ICon
     buildChildren(element, *view, controller);
     if (row)
         row->setSuspended(false);
-    if (viewElement.rect().isEmpty())
+    if (takesSizeOfContent(viewElement, *view))
         view->resizeToFit(0, 0);
 }
 
@@ -179,7 +184,7 @@ Ref<UView> ViewBuilder::finishView(const ViewElement& element, Ref<UView> view, 
     applyTexts(element, *view);
     if (const uint32_t attach = element.attach())
         view->setAttach(attach);
-    if (element.rect().isEmpty())
+    if (takesSizeOfContent(element, *view))
         view->resizeToFit(0, 0);
     if (element.focus() == ViewElement::Focus::none)
         view->setFocusable(false);

@@ -91,6 +91,7 @@ private:
     Ref<UView> finishView(const ViewElement& element, Ref<UView> view, IController* controller);
     /// `text`, counted as text that a view is given; empty at the limit.
     std::string_view counted(const SkinElement& element, std::string_view text);
+    static bool takesSizeOfContent(const ViewElement& element, const UView& view);
     void applyTexts(const ViewElement& element, UView& view);
     void nameMissingKind(const SkinElement& element);
 

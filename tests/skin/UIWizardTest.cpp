@@ -201,19 +201,22 @@ UView* makeProbe(const ViewElement& element, IController*) {
 TEST_F(UIWizardTest, ViewsComeFromTemplatesClassesOrNowhere) {
     UViewClass::add("probe", makeProbe);
     UControlClass::add("probe", makeProbe);
-    others_ = "<template name='probe-template' size='3,3,20,30' title='by template'/>"
+    others_ = "<template name='probe-template' size='3,3,20,30' title='by template'><label "
+              "size='0,0,5,5'/></template>"
               "<template name='fitted'><label size='5,6,10,10'/></template>";
     const Ref<UView> view =
         build("<view name='probe-template' size='50,60,0,5'/><view name='probe'/>"
               "<view name='fitted'/><control class='probe' name='c'/><control class='?'><label/>"
-              "</control><view titleNT='plain' size='1,1,2,2'/>");
-    ASSERT_EQ(view->getSubViewCount(), 5);
+              "</control><view titleNT='plain' size='1,1,2,2'/><view name='probe-template'/>");
+    ASSERT_EQ(view->getSubViewCount(), 6);
     EXPECT_EQ(view->getSubView(0)->getFrameRect(), (CmRect{50, 60, 70, 65}));
     EXPECT_EQ(view->getSubView(0)->getTitle().toUtf8(), "by template");
     EXPECT_EQ(view->getSubView(1)->getTitle().toUtf8(), "probe");
     EXPECT_EQ(view->getSubView(2)->getFrameSize(), (CmSize{15, 16})) << "takes the size of its content";
     EXPECT_EQ(view->getSubView(3)->getTitle().toUtf8(), "c");
     EXPECT_EQ(view->getSubView(4)->getFrameRect(), (CmRect{1, 1, 3, 3}));
+    EXPECT_EQ(view->getSubView(5)->getFrameRect(), (CmRect{0, 0, 20, 30}))
+        << "the template's size counts, not its content";
 }
 
 TEST_F(UIWizardTest, ATemplateMakesABaseView) {
