@@ -9,10 +9,9 @@
 
 namespace qorl {
 
-namespace {
+using text::View;
 
-template <typename Char>
-using View = std::basic_string_view<Char>;
+namespace {
 
 template <typename Char>
 constexpr bool isWideChar = sizeof(Char) > 1;

@@ -36,9 +36,9 @@ enum Subkind : uint16_t {
 
 constexpr int32_t maxDepth = 200;
 
-class Writer {
+class BodyWriter {
 public:
-    explicit Writer(FBinaryStream& stream) : stream_(stream) {}
+    explicit BodyWriter(FBinaryStream& stream) : stream_(stream) {}
 
     bool writeBody(const FAttributes& attributes) {
         if (!stream_.writeInt32(attributes.count()))
@@ -116,9 +116,9 @@ private:
     std::unordered_set<uint64_t> written_;
 };
 
-class Reader {
+class BodyReader {
 public:
-    Reader(FBinaryStream& stream, FObjectArchive* archive) : stream_(stream), archive_(archive) {}
+    BodyReader(FBinaryStream& stream, FObjectArchive* archive) : stream_(stream), archive_(archive) {}
 
     bool readBody(FAttributes& attributes) {
         int32_t count = 0;
@@ -307,11 +307,11 @@ private:
 } // namespace
 
 bool AttributesStream::write(FBinaryStream& stream, const FAttributes& attributes) {
-    return Writer(stream).writeBody(attributes);
+    return BodyWriter(stream).writeBody(attributes);
 }
 
 bool AttributesStream::read(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive) {
-    Reader reader(stream, archive);
+    BodyReader reader(stream, archive);
     const bool isRead = reader.readBody(attributes);
     reader.bindReferences();
     return isRead;

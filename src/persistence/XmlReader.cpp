@@ -50,9 +50,9 @@ bool readId(const char* text, uint64_t& id) {
 }
 
 /// Builds attributes from the elements of a document, with one frame for each open element.
-class Reader : public FXmlParser {
+class DocumentReader : public FXmlParser {
 public:
-    Reader(std::string_view document, std::string_view tag, FAttributes& attributes)
+    DocumentReader(std::string_view document, std::string_view tag, FAttributes& attributes)
         : FXmlParser(document), tag_(tag), root_(attributes) {}
 
     bool startTag(const std::string& name, const FXmlAttributes& attributes, bool isEmpty, void*) override {
@@ -102,7 +102,7 @@ private:
 
     struct Opener {
         std::string_view element;
-        bool (Reader::*open)(const FXmlAttributes& attributes);
+        bool (DocumentReader::*open)(const FXmlAttributes& attributes);
     };
 
     void close() {
@@ -116,9 +116,10 @@ private:
 
     bool open(std::string_view name, const FXmlAttributes& attributes) {
         static constexpr Opener openers[] = {
-            {"int", &Reader::openInteger},   {"float", &Reader::openFloat}, {"string", &Reader::openString},
-            {"member", &Reader::openMember}, {"bin", &Reader::openBinary},  {"list", &Reader::openList},
-            {"item", &Reader::openItem},     {"obj", &Reader::openObject},
+            {"int", &DocumentReader::openInteger},   {"float", &DocumentReader::openFloat},
+            {"string", &DocumentReader::openString}, {"member", &DocumentReader::openMember},
+            {"bin", &DocumentReader::openBinary},    {"list", &DocumentReader::openList},
+            {"item", &DocumentReader::openItem},     {"obj", &DocumentReader::openObject},
         };
         for (const Opener& opener : openers)
             if (opener.element == name)
@@ -309,7 +310,7 @@ private:
 
 bool XmlDocument::read(std::string_view text, std::string_view tag, FAttributes& attributes,
                        std::string* error) {
-    Reader reader(text, tag, attributes);
+    DocumentReader reader(text, tag, attributes);
     const bool isRead = reader.parse() && reader.isFound();
     reader.bindReferences();
     if (!isRead && error) {

@@ -25,9 +25,9 @@ std::string numberText(double value) {
     return {digits, result.ptr};
 }
 
-class Writer {
+class DocumentWriter {
 public:
-    explicit Writer(std::string& out) : out_(out) {}
+    explicit DocumentWriter(std::string& out) : out_(out) {}
 
     bool writeDocument(std::string_view tag, const FAttributes& attributes) {
         line(0, "<?xml version=\"1.0\" encoding=\"utf-8\"?>");
@@ -215,7 +215,7 @@ private:
 } // namespace
 
 bool XmlDocument::write(std::string& text, std::string_view tag, const FAttributes& attributes) {
-    return Writer(text).writeDocument(tag, attributes);
+    return DocumentWriter(text).writeDocument(tag, attributes);
 }
 
 } // namespace qorl
