@@ -4,18 +4,9 @@
 #include "foundation/CmObject.h"
 
 #include <qorl/IBoundValue.h>
+#include <qorl/IPlugMessageTarget.h>
 
 namespace qorl {
-
-/// The second face of `UPlugTarget`, by which a message target of another module is told from an ordinary
-/// object.
-class IPlugMessageTarget : public FInterface {
-public:
-    static constexpr InterfaceId iid = InterfaceId::fromText("{47082185-6D5D-4217-928D-E11DB0418A03}");
-
-    /// `message` answers the attribute interface of messages. 1 when handled.
-    virtual int32_t receiveMessage(FInterface* message) = 0;
-};
 
 /// Stands between a value and a target that lives in another module.
 ///

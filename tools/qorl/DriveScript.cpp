@@ -150,7 +150,10 @@ void readWheel(LineReader& line, DriveStep& step) {
 }
 
 void readKey(LineReader& line, DriveStep& step) {
-    const Word word = line.take("a key as in Ctrl+Z");
+    Word word = line.take("a key as in Ctrl+Z");
+    // Names such as "Up Arrow" have blanks in them.
+    while (!line.atEnd())
+        word.text += ' ' + line.take("").text;
     UKeyCode key;
     if (!line.failed() && !UKeyCode::fromText(word.text, key))
         line.fail(word.column, "\"" + word.text + "\" is no key");

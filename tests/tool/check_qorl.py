@@ -1,0 +1,256 @@
+#!/usr/bin/env python3
+"""Runs the tool as a designer would: the showcase in its forms, scripts played on it, and documents that are broken.
+
+    check_qorl.py QORL SHOWCASE [unittest arguments]
+"""
+import os
+import re
+import resource
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+import zlib
+from pathlib import Path
+
+QORL = ""
+SHOWCASE = Path()
+HERE = Path(__file__).resolve().parent
+# A program that runs into a limit says so at once; this only ends one that hangs.
+HANGS_AFTER = 60
+MOST_MEMORY_KB = 512 * 1024
+
+
+def run(*arguments, stdin=None, cwd=None):
+    return subprocess.run([QORL, *map(str, arguments)], input=stdin, cwd=cwd, capture_output=True, text=True,
+                          timeout=HANGS_AFTER)
+
+
+def png_size(path):
+    head = Path(path).read_bytes()[:24]
+    assert head[:8] == b"\x89PNG\r\n\x1a\n", f"{path} is no PNG"
+    return struct.unpack(">II", head[16:24])
+
+
+def skin(body, head=""):
+    return f'<?xml version="1.0" encoding="utf-8"?>\n<skin>\n{head}<templates>\n{body}\n</templates>\n</skin>\n'
+
+
+def lying_png(width, height):
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0)) +
+            chunk(b"IDAT", zlib.compress(b"\0" * 64)) + chunk(b"IEND", b""))
+
+
+class InTemporaryFolder(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="qorl-")
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+
+    def write(self, name, text):
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(text if isinstance(text, bytes) else text.encode())
+        return path
+
+
+class Showcase(InTemporaryFolder):
+    def render(self, name, *arguments):
+        picture = self.folder / name
+        result = run("render", SHOWCASE / "skin.xml", "Panel", "-o", picture, *arguments)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return picture
+
+    def test_renders_in_both_looks_forms_and_scales(self):
+        light = self.render("light.png")
+        self.assertEqual(png_size(light), (912, 540))
+        self.assertEqual(png_size(self.render("twice.png", "--scale", "2")), (1824, 1080))
+        self.assertEqual(png_size(self.render("small.png", "--size", "700x450", "--condition", "COMPACT")), (700, 450))
+        pictures = {light.read_bytes(), self.render("dark.png", "--condition", "DARK").read_bytes(),
+                    self.render("compact.png", "--condition", "COMPACT").read_bytes(),
+                    self.render("set.png", "--set", "master=100").read_bytes()}
+        self.assertEqual(len(pictures), 4, "two of the forms look the same")
+
+    def test_passes_its_own_check(self):
+        result = run("check", "--strict", SHOWCASE / "skin.xml")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_plays_a_user_the_same_way_twice(self):
+        script = HERE / "scripts" / "showcase.steps"
+        outcomes = []
+        for round_folder in ("first", "second"):
+            folder = self.folder / round_folder
+            folder.mkdir()
+            result = run("drive", SHOWCASE / "skin.xml", "Panel", "--script", script, cwd=folder)
+            self.assertEqual((result.returncode, result.stderr), (0, ""))
+            outcomes.append({path.name: path.read_bytes() for path in folder.iterdir()})
+        self.assertEqual(outcomes[0].keys(), {"before.png", "after.png", "after.txt"})
+        self.assertEqual(outcomes[0], outcomes[1])
+        self.assertNotEqual(outcomes[0]["before.png"], outcomes[0]["after.png"])
+
+    def test_tree_tells_class_rect_value_and_place(self):
+        result = run("tree", SHOWCASE / "skin.xml", "Panel")
+        self.assertEqual(result.returncode, 0)
+        line = next(line for line in result.stdout.splitlines() if '"cutoff"' in line)
+        self.assertRegex(line, r'USlider "cutoff" 78,42 \d+x20 .*= "2400" @ .*templates/tone\.xml:\d+:\d+')
+
+
+class Drive(InTemporaryFolder):
+    SKIN = skin('<template name="T" size="0,0,200,100" style="frame">'
+                '<valuedefine name="v" type="int" scope="global" min="0" max="10" default="5"/>'
+                '<slider name="v" id="s" style="horizontal" size="0,0,100,20"/>'
+                '<button name="b" id="b" titleNT="Go" size="0,30,60,22"/>'
+                '<label id="hidden" titleNT="x" size="300,0,10,10"/></template>')
+
+    def drive(self, script):
+        return run("drive", self.write("skin.xml", self.SKIN), "T", "--script", "-", stdin=script)
+
+    def test_failed_expectations_tell_both_sides_and_the_line(self):
+        cases = {
+            "\nexpect value v == 6\n": '-:2:1: error: expect value v == 6: expected 6, found 5\n',
+            'expect text b == "Stop"\n': '-:1:1: error: expect text b == "Stop": expected "Stop", found "Go"\n',
+            "click nobody\n": '-:1:1: error: click nobody: there is no view with the id or name "nobody"\n',
+            "press b\n": '-:1:1: error: press b: the mouse is still held and nothing else comes; '
+                         'is a "release" missing?\n',
+        }
+        for script, message in cases.items():
+            with self.subTest(script=script):
+                result = self.drive(script)
+                self.assertEqual((result.returncode, result.stderr), (1, message))
+
+    def test_faults_of_the_script_have_line_and_column(self):
+        cases = {
+            "clik b": '1:1: error: "clik" is no step; there are click, press,',
+            "click": "1:6: error: expected the id or name of a view",
+            "drag s 1,1 2,2": '1:12: error: expected "->", not "2,2"',
+            "wait soon": '1:6: error: expected milliseconds, not "soon"',
+            'expect text b == "Go': "1:18: error: the quote that begins here has no end",
+            "release now": '1:9: error: nothing may follow here, but "now" does',
+            "\n\nhold Shift+Hyper": '3:6: error: "Hyper" is none of Shift, Ctrl, Alt, Meta',
+        }
+        for script, message in cases.items():
+            with self.subTest(script=script):
+                result = self.drive(script)
+                self.assertEqual(result.returncode, 1)
+                self.assertTrue(result.stderr.startswith("-:" + message), result.stderr)
+
+    def test_keys_and_wheel_reach_the_focus_and_the_view(self):
+        result = self.drive("click s\nexpect focus s\nset v 5\nkey Right Arrow\nexpect value v == 6\n"
+                            "wheel s -1\nexpect value v == 5\nkey Home\nexpect value v == 10\n")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+
+class Usage(InTemporaryFolder):
+    def test_wrong_words_answer_two(self):
+        for words in ([], ["paint"], ["render"], ["render", "a", "b", "c"], ["render", "a", "b", "--colour"],
+                      ["render", "a", "b", "--size", "0x4"], ["render", "a", "b", "--scale", "99"], ["drive", "a", "b"]):
+            with self.subTest(words=words):
+                result = run(*words)
+                self.assertEqual(result.returncode, 2, result.stderr)
+                self.assertNotEqual(result.stderr, "")
+
+    def test_help_and_version_answer_zero(self):
+        for words in (["--help"], ["--version"], ["render", "--help"], ["drive", "--help"]):
+            with self.subTest(words=words):
+                result = run(*words)
+                self.assertEqual((result.returncode, result.stderr), (0, ""))
+                self.assertIn("qorl", result.stdout)
+
+
+class BadInput(InTemporaryFolder):
+    """Each of these is refused with file, line and column."""
+
+    PLACE = re.compile(r"^[^\n]*?:\d+:\d+: error: ", re.M)
+
+    def refuse(self, document, *needles, template="T"):
+        path = self.write("skin.xml", document)
+        before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+        result = run("render", path, template, "-o", self.folder / "out.png")
+        memory = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+        self.assertEqual(result.returncode, 1, result.stderr[-400:])
+        self.assertRegex(result.stderr, self.PLACE)
+        for needle in needles:
+            self.assertIn(needle, result.stderr)
+        if not os.environ.get("QORL_SANITIZED") and memory > before:
+            self.assertLess(memory, MOST_MEMORY_KB)
+        return result
+
+    def test_not_well_formed(self):
+        self.refuse("<skin>\n <templates>\n</skin>\n", "skin.xml:3:")
+
+    def test_wrong_encoding(self):
+        self.refuse(b'<?xml version="1.0" encoding="utf-8"?>\n<skin><info value="\xff\xfe"/></skin>', "skin.xml:2:")
+
+    def test_missing_include(self):
+        self.refuse(skin('<template name="T" size="0,0,9,9"/>', '<header>\n<include file="gone.xml"/></header>\n'),
+                    "skin.xml:4:", "gone.xml")
+
+    def test_loop_of_includes(self):
+        self.write("b.xml", '<skin><header><include file="skin.xml"/></header></skin>')
+        self.refuse(skin('<template name="T" size="0,0,9,9"/>', '<header><include file="b.xml"/></header>\n'))
+
+    def test_include_outside_of_the_folder(self):
+        self.write("outside.xml", "<skin/>")
+        path = self.write("inner/skin.xml", skin('<template name="T" size="0,0,9,9"/>',
+                                                 '<header><include file="../outside.xml"/></header>\n'))
+        result = run("render", path, "T", "-o", self.folder / "out.png")
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stderr, self.PLACE)
+
+    def test_for_of_two_to_the_31_rounds(self):
+        self.refuse(skin('<template name="T" size="0,0,9,9">\n<for variable="[i]" range="0,2147483647">'
+                         '<label titleNT="[i]" size="0,0,1,1"/></for></template>'), "skin.xml:5:")
+
+    def test_nesting_100000_deep(self):
+        self.refuse(skin('<template name="T" size="0,0,9,9">' + '<view size="0,0,9,9">' * 100000 +
+                         "</view>" * 100000 + "</template>"))
+
+    def test_document_above_64_megabytes(self):
+        self.refuse(skin('<template name="T" size="0,0,9,9"/>\n' + "<!-- " + "x" * (65 << 20) + " -->"), "skin.xml:1:1:", "64 MB")
+
+    def test_bitmap_that_lies_about_its_size(self):
+        for width, height in ((100000, 100000), (16000, 16000)):
+            self.write("lie.png", lying_png(width, height))
+            path = self.write("skin.xml", skin('<template name="T" size="0,0,9,9"><image bitmap="lie"/></template>',
+                                               '<resources><bitmap name="lie" path="lie.png"/></resources>\n'))
+            result = run("render", path, "T", "-o", self.folder / "out.png")
+            self.assertIn("lie.png", result.stderr)
+            self.assertRegex(result.stderr, r"skin\.xml:\d+:\d+: error: ")
+            self.assertEqual(result.returncode, 1)
+
+    def test_template_that_contains_itself(self):
+        self.refuse(skin('<template name="T" size="0,0,9,9"><view name="T"/></template>'), "skin.xml:4:")
+        self.refuse(skin('<template name="T" size="0,0,9,9"><view name="U"/></template>\n'
+                         '<template name="U" size="0,0,9,9"><view name="T"/></template>'))
+
+    def test_variable_that_contains_its_own_name(self):
+        self.refuse(skin('<template name="T" size="0,0,9,9"><mutable variable="a" setting="aa">'
+                         '<label titleNT="banana" size="0,0,9,9"/></mutable></template>'), "skin.xml:4:")
+
+    def test_variable_with_an_empty_name(self):
+        self.refuse(skin('<template name="T" size="0,0,9,9"><for variable="" range="0,3">'
+                         '<label titleNT="x" size="0,0,9,9"/></for></template>'), "skin.xml:4:")
+
+    def test_sibling_expressions_that_fan_out(self):
+        siblings = [f'<view name="v{i}" size="' + "+".join(f"v{i + 1}.{field}" for field in
+                    ("left", "top", "right", "bottom", "width", "height") * 20) + ',0,1,1"/>' for i in range(10)]
+        document = skin('<template name="T" size="0,0,9,9">' + "".join(siblings) +
+                        '<view name="v10" size="1,1,1,1"/></template>')
+        self.refuse(document)
+
+    def test_unknown_tags_and_failing_expressions_are_warnings(self):
+        path = self.write("skin.xml", skin('<template name="T" size="0,0,9,9">\n<blink/>\n'
+                                           '<label name="l" titleNT="x" size="l.left,0,9,9"/></template>'))
+        result = run("render", path, "T", "-o", self.folder / "out.png")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertRegex(result.stderr, r"skin\.xml:5:\d+: warning: .*blink")
+        self.assertNotEqual(run("check", "--strict", path).returncode, 0)
+
+
+if __name__ == "__main__":
+    QORL, SHOWCASE = os.path.abspath(sys.argv[1]), Path(sys.argv[2]).resolve()
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]])
