@@ -194,7 +194,7 @@ TEST(URenderWindow, LaysOutWithoutAScreen) {
     auto view = make<ProbeView>(CmRect{0, 0, 100, 100}, "view");
     view->setAttach(viewAttachAll);
     window->addSubView(view);
-    EXPECT_FALSE(window->isRealized());
+    EXPECT_TRUE(window->isRealized()) << "layouts run off screen too";
     EXPECT_TRUE(view->isVisible());
     EXPECT_FALSE(window->show());
     window->setSize({300, 200});
