@@ -143,9 +143,16 @@ void RowColumnLayout::rememberShares(UView& view) {
 }
 
 void RowColumnLayout::childResized(const UView& child) {
+    // A size that the layout itself has led to says nothing about the share.
+    if (placing_)
+        return;
     for (Share& share : shares_)
         if (share.view == &child)
             share.size = extentOf(child.getFrameRect());
+}
+
+void RowColumnLayout::childRemoved(const UView& child) {
+    std::erase_if(shares_, [&](const Share& share) { return share.view == &child; });
 }
 
 CmRect RowColumnLayout::alongAndAcross(const CmRect& frame, int32_t start, int32_t size) const {

@@ -68,6 +68,7 @@ public:
     void resizeToFit(UView& view, int32_t extraWidth, int32_t extraHeight);
     /// `child` took another size by itself: that is what its share is measured by from now on.
     void childResized(const UView& child);
+    void childRemoved(const UView& child);
 
 private:
     struct Share {

@@ -21,8 +21,10 @@ bool URowColumn::insertSubView(int32_t index, Ref<UView> view) {
 
 Ref<UView> URowColumn::removeSubView(UView* view) {
     Ref<UView> removed = UView::removeSubView(view);
-    if (removed)
-        layout_.update(*this);
+    if (!removed)
+        return removed;
+    layout_.childRemoved(*removed);
+    layout_.update(*this);
     return removed;
 }
 
