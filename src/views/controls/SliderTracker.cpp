@@ -47,10 +47,12 @@ bool SliderTracker::isTurned() const {
     return has(turnsReversedKind) && owner_.getValueObject()->getKind() == Binding::ValueKind::reversedNumber;
 }
 
+float SliderTracker::turned(float position) const {
+    return has(inverts) != isTurned() ? 1 - position : position;
+}
+
 float SliderTracker::positionOfValue() const {
-    const float normalized = owner_.getNormalized();
-    const float position = has(inverts) ? 1 - normalized : normalized;
-    return isTurned() ? 1 - position : position;
+    return turned(owner_.getNormalized());
 }
 
 CmRect SliderTracker::handleRectAt(float position) const {
@@ -86,7 +88,7 @@ void SliderTracker::rememberDefault() {
     hasDefault_ = range > 0 && value->getDefault(standard);
     if (hasDefault_)
         defaultPosition_ =
-            static_cast<float>(int64_t{standard} - value->getMin()) / static_cast<float>(range);
+            turned(static_cast<float>(int64_t{standard} - value->getMin()) / static_cast<float>(range));
 }
 
 SliderTracker::Press SliderTracker::press(CmPoint point, uint32_t modifiers) {
@@ -120,7 +122,8 @@ SliderTracker::Press SliderTracker::press(CmPoint point, uint32_t modifiers) {
                               std::max(0, (rampReach - handle.height() + 1) / 2))
                        .contains(point);
     tracking_ = true;
-    owner_.getValueObject()->beginEdit();
+    edited_ = retain(owner_.getValueObject());
+    edited_->beginEdit();
     if (rampActive_)
         beginRamp(point);
     return Press::tracking;
@@ -143,8 +146,6 @@ float SliderTracker::positionUnder(CmPoint point, uint32_t modifiers, int32_t pi
     float position = static_cast<float>(place) / static_cast<float>(trackLength());
     if (has(vertical))
         position = 1 - position;
-    if (isTurned())
-        position = 1 - position;
     if (modifiers & platform::shift)
         position = (position - fineAnchor_) / fineFactor + fineAnchor_;
     return std::clamp(position, 0.0F, 1.0F);
@@ -155,8 +156,7 @@ float SliderTracker::snapToDefault(float position, CmPoint point, uint32_t modif
         return position;
     const float further = positionUnder(point, modifiers, 1);
     const auto [low, high] = std::minmax(position, further);
-    const float standard = has(inverts) ? 1 - defaultPosition_ : defaultPosition_;
-    return standard >= low && standard <= high ? standard : position;
+    return defaultPosition_ >= low && defaultPosition_ <= high ? defaultPosition_ : position;
 }
 
 void SliderTracker::move(CmPoint point, uint32_t modifiers) {
@@ -176,7 +176,7 @@ void SliderTracker::move(CmPoint point, uint32_t modifiers) {
 
 void SliderTracker::setPosition(float position) {
     position_ = lastPosition_ = position;
-    owner_.setNormalizedValue(has(inverts) ? 1 - position : position, true);
+    owner_.setNormalizedValue(turned(position), true);
 }
 
 bool SliderTracker::rampHasArrived(CmPoint point) const {
@@ -187,16 +187,23 @@ bool SliderTracker::rampHasArrived(CmPoint point) const {
     return movesToEnd ? end >= along(point) : start <= along(point);
 }
 
+void SliderTracker::endRamp(CmPoint point) {
+    rampActive_ = false;
+    // The mouse has the handle from here on, wherever in a step of the value the two have met.
+    onHandle_ = true;
+    lastPoint_ = point;
+    grabOffset_ = along(point) - along(handleRectAt(position_).origin());
+}
+
 void SliderTracker::tick(CmPoint point, uint32_t modifiers, int64_t now) {
     if (!isRamping() || (!firstRamp_ && now - rampLast_ < rampInterval_))
         return;
     if (rampHasArrived(point)) {
-        rampActive_ = false;
+        endRamp(point);
         return;
     }
     const float step = modifiers == platform::shift ? rampStep_ : rampStepFast_;
-    const float turned = isTurned() ? -step : step;
-    setPosition(std::clamp(position_ + turned, 0.0F, 1.0F));
+    setPosition(std::clamp(position_ + step, 0.0F, 1.0F));
     rampLast_ = now;
     if (firstRamp_)
         firstRamp_ = false;
@@ -208,7 +215,8 @@ void SliderTracker::release() {
     if (!tracking_)
         return;
     tracking_ = rampActive_ = false;
-    owner_.getValueObject()->endEdit(true);
+    const Ref<Binding::Value> edited = std::move(edited_);
+    edited->endEdit(true);
 }
 
 } // namespace qorl

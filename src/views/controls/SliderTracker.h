@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/UTimer.h"
+#include "binding/Value.h"
 
 #include <qorl/Geometry.h>
 #include <qorl/Ref.h>
@@ -57,6 +57,8 @@ public:
     bool isRamping() const { return tracking_ && rampActive_; }
 
 private:
+    /// The place on the track for a place in the range, and the other way round.
+    float turned(float position) const;
     float positionOfValue() const;
     float positionUnder(CmPoint point, uint32_t modifiers, int32_t pixelsFurther) const;
     float snapToDefault(float position, CmPoint point, uint32_t modifiers) const;
@@ -69,6 +71,7 @@ private:
     SliderMode modeOfPress(CmPoint point) const;
     void rememberDefault();
     void beginRamp(CmPoint point);
+    void endRamp(CmPoint point);
     bool rampHasArrived(CmPoint point) const;
     void setPosition(float position);
 
@@ -95,6 +98,8 @@ private:
     bool firstRamp_ = false;
     bool hasDefault_ = false;
     bool tracking_ = false;
+    /// The value that the gesture began on: the owner may get another one meanwhile.
+    Ref<Binding::Value> edited_;
 };
 
 } // namespace qorl
