@@ -10,6 +10,7 @@
 #include "platform/Platform.h"
 #include "schemes/UScheme.h"
 #include "views/ViewDevice.h"
+#include "windows/UDesktop.h"
 #include "windows/UWindow.h"
 
 #include <algorithm>
@@ -181,8 +182,10 @@ void UControl::refresh() {
         setEnabled(enabled);
     if (enabled)
         return;
-    UWindow* window = getWindow();
-    if (window && window->getFocusView() == this)
+    UDesktop* desktop = UDesktop::instance();
+    if (desktop && desktop->getFocus() == this)
+        desktop->setFocus(nullptr);
+    else if (UWindow* window = getWindow(); window && window->getFocusView() == this)
         window->setFocusView(nullptr);
 }
 
