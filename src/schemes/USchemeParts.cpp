@@ -134,10 +134,14 @@ void UScheme::drawSliderHandle(UDrawDevice& device, const CmRect& rect, uint32_t
     fill(device, rect,
          marks & (MarkState::hovered | MarkState::pressed) ? SchemeColor::buttonhilight
                                                            : SchemeColor::buttonface);
-    if (marks & MarkState::pressed)
+    if (marks & MarkState::disabled) {
+        device.setPen(getPen(SchemeColor::buttonbottom));
+        device.drawFrame(rect);
+    } else if (marks & MarkState::pressed) {
         drawPressedFrame(device, rect, ConstString(), true);
-    else
+    } else {
         drawButtonFrame(device, rect, ConstString());
+    }
 }
 
 void UScheme::drawProgress(UDrawDevice& device, const CmRect& rect, double position) {

@@ -31,10 +31,13 @@ bool UTextButton::drawContent(const CmRect& rect) {
     const bool down = isPressed();
     device.setBrush(scheme->getBrush(SchemeColor::buttonface));
     device.fillRect(bounds);
+    const CmRect frame = isDefaultControl() ? bounds.grown(-1, -1) : bounds;
+    if (isDefaultControl())
+        scheme->drawBevelLine(device, bounds);
     if (down)
-        scheme->drawPressedFrame(device, bounds, ConstString(), isDefaultControl());
+        scheme->drawPressedFrame(device, frame, ConstString(), false);
     else
-        scheme->drawButtonFrame(device, bounds, ConstString());
+        scheme->drawButtonFrame(device, frame, ConstString());
     UFont font = scheme->getFont(SchemeFont::label);
     font.setColor(scheme->getColor(isEnabled() ? SchemeColor::labelcolor : SchemeColor::labelcolorinactive));
     device.setFont(font);
