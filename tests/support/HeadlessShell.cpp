@@ -8,6 +8,8 @@
 #include "platform/Platform.h"
 #include "platform/Region.h"
 #include "schemes/GlobalSchemes.h"
+#include "skin/ValueRegistry.h"
+#include "support/GoldenImage.h"
 #include "windows/UDocWindow.h"
 
 #include <algorithm>
@@ -29,22 +31,61 @@ HeadlessShell::HeadlessShell(platform::HeadlessSettings settings) {
 HeadlessShell::HeadlessShell(Ref<UView> content) : HeadlessShell(Setup{}, std::move(content)) {}
 
 HeadlessShell::HeadlessShell(Setup setup, Ref<UView> content) {
+    makeWindow(std::move(setup));
+    if (content)
+        window_->addSubView(std::move(content));
+    open(*window_);
+}
+
+HeadlessShell::HeadlessShell(std::string_view content, std::string_view values)
+    : HeadlessShell(Setup{}, content, values) {}
+
+HeadlessShell::HeadlessShell(Setup setup, std::string_view content, std::string_view values) {
+    const CmSize size = setup.size;
+    makeWindow(std::move(setup));
+    content_ = buildSkin(size, content, values);
+    if (content_)
+        window_->addSubView(content_);
+    open(*window_);
+}
+
+void HeadlessShell::makeWindow(Setup setup) {
     for (platform::HeadlessMonitor& monitor : setup.desktop.monitors)
         monitor.scale = setup.scale;
     start(std::move(setup.desktop));
     window_ = make<UDocWindow>(CmRect::ofSize(windowPlace, setup.size), setup.style, ConstString("Test"));
     target_ = window_;
-    if (content)
-        window_->addSubView(std::move(content));
-    open(*window_);
+}
+
+Ref<UView> HeadlessShell::buildSkin(CmSize size, std::string_view content, std::string_view values) {
+    GlobalSchemes::resetAll();
+    wizard_ = make<UIWizard>();
+    controller_ = make<PreviewController>();
+    DiagnosticList faults;
+    controller_->readValues(values, "values", faults);
+    const std::string skin = "<template name=\"Test\" attach=\"all\" size=\"0,0," +
+                             std::to_string(size.width) + "," + std::to_string(size.height) + "\">" +
+                             std::string(content) + "</template>";
+    EXPECT_TRUE(wizard_->loadFromString(skin)) << wizard_->getErrorText();
+    Ref<UView> view = wizard_->createView("Test", controller_.get(), nullptr);
+    for (const Diagnostic& fault : faults.all())
+        ADD_FAILURE() << toText(fault.position) << ": " << fault.text;
+    for (const Diagnostic& fault : wizard_->diagnostics())
+        ADD_FAILURE() << toText(fault.position) << ": " << fault.text;
+    return view;
 }
 
 HeadlessShell::~HeadlessShell() {
     if (window_)
         window_->willClose(true);
     settle();
+    content_.reset();
     target_.reset();
     window_.reset();
+    if (ValueRegistry* registry = ValueRegistry::peek())
+        registry->clear();
+    wizard_.reset();
+    controller_.reset();
     desktop_.reset();
     loop_.reset();
     FMessenger::disconnect();
@@ -195,6 +236,32 @@ Picture HeadlessShell::screenshot(UView& view) {
         for (int32_t x = device.left; x < device.right; ++x)
             picture.pixels.push_back(whole.at(x, y));
     return picture;
+}
+
+Picture HeadlessShell::screenshotPressed(UView& view) {
+    const CmSize size = view.getClientSize();
+    const CmPoint middle = view.clientToWindow({size.width / 2, size.height / 2});
+    Picture picture;
+    postPress(middle);
+    platform_->postCall([&] {
+        picture = screenshot(view);
+        postMove({-100, -100});
+        postRelease();
+    });
+    settle();
+    return picture;
+}
+
+::testing::AssertionResult matchesGolden(const Picture& actual, std::string_view name) {
+    const auto bitmap = make<UBitmap>(actual.size);
+    const Ref<GraphicsImage> image = bitmap->getPixels(CmRect::ofSize({}, actual.size));
+    {
+        const PixelLock pixels(*image);
+        for (int32_t y = 0; y < actual.size.height; ++y)
+            std::copy_n(actual.pixels.data() + size_t(y) * size_t(actual.size.width), actual.size.width,
+                        pixels->getRow(y));
+    }
+    return matchesGolden(*image, name);
 }
 
 } // namespace qorl::testing

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "foundation/Cast.h"
 #include "foundation/EventLoop.h"
 #include "platform/headless/HeadlessDesktop.h"
+#include "skin/PreviewController.h"
+#include "skin/UIWizard.h"
 #include "windows/UDesktop.h"
 
+#include <gtest/gtest.h>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -48,6 +52,11 @@ public:
     /// A document window with the given client and `content` in it, opened and painted.
     explicit HeadlessShell(Ref<UView> content = {});
     HeadlessShell(Setup setup, Ref<UView> content);
+    /// A window with the views of a skin: `content` is what stands in a template of the window's size. Its
+    /// values are those of `values`, in lines of `PreviewController::readValues`, and from 0 to 100 what else
+    /// the skin asks for.
+    explicit HeadlessShell(std::string_view content, std::string_view values = {});
+    HeadlessShell(Setup setup, std::string_view content, std::string_view values = {});
     ~HeadlessShell();
     HeadlessShell(const HeadlessShell&) = delete;
 
@@ -55,6 +64,19 @@ public:
     UDesktop& desktop() { return *desktop_; }
     EventLoop& loop() { return *loop_; }
     UWindow& window() { return *window_; }
+    /// The values of a shell that was made from a skin.
+    PreviewController& controller() { return *controller_; }
+    Binding::Value& value(const char* name) { return *controller_->getValue(name); }
+    /// The view of the template.
+    UView& content() { return *content_; }
+    /// The view for an element of `content`, counted from 0 as they stand there.
+    template <class T = UView>
+    T& view(int32_t index) {
+        auto* found = cast<T>(content_->getSubView(index));
+        if (!found)
+            ADD_FAILURE() << "no such view in the skin: " << index;
+        return *found;
+    }
     /// Opens a further window and waits until it is painted.
     void open(UWindow& window);
     /// The window that points are counted from, here on.
@@ -91,9 +113,13 @@ public:
     Picture screenshot() { return screenshot(*target_); }
     Picture screenshot(UWindow& window);
     Picture screenshot(UView& view);
+    /// What `view` looks like while the left button is held on its middle; the button is let go outside.
+    Picture screenshotPressed(UView& view);
 
 private:
     void start(platform::HeadlessSettings settings);
+    void makeWindow(Setup setup);
+    Ref<UView> buildSkin(CmSize size, std::string_view content, std::string_view values);
     CmPoint onScreen(CmPoint point) const { return target_->clientToScreen(point); }
 
     platform::HeadlessDesktop* platform_ = nullptr;
@@ -101,6 +127,12 @@ private:
     Ref<UDesktop> desktop_;
     Ref<UWindow> window_;
     Ref<UWindow> target_;
+    Ref<UIWizard> wizard_;
+    Ref<PreviewController> controller_;
+    Ref<UView> content_;
 };
+
+/// Compares with a picture in tests/golden: see `matchesGolden` for bitmaps.
+::testing::AssertionResult matchesGolden(const Picture& actual, std::string_view name);
 
 } // namespace qorl::testing

@@ -1,0 +1,187 @@
+#include "views/containers/URowColumn.h"
+
+#include "support/HeadlessShell.h"
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using testing::HeadlessShell;
+
+std::string toText(const CmRect& rect) {
+    return std::to_string(rect.left) + "," + std::to_string(rect.top) + "," + std::to_string(rect.width()) +
+           "," + std::to_string(rect.height());
+}
+
+/// Left, top, width and height of all that are shown.
+std::string placesIn(UView& view) {
+    std::string text;
+    view.forEachSubView([&](UView& child) {
+        if (child.isShown())
+            text += (text.empty() ? "" : " ") + toText(child.getFrameRect());
+    });
+    return text;
+}
+
+struct RowCase {
+    const char* attributes;
+    const char* places;
+    const char* size; ///< of the row
+};
+
+/// Three children of 30 x 10, 20 x 16 and 40 x 12.
+TEST(URowColumn, PlacesChildBehindChildAndTakesTheirSize) {
+    const RowCase cases[] = {
+        {"style='horizontal'", "0,0,30,10 30,0,20,16 50,0,40,12", "5,6,90,16"},
+        {"style='vertical'", "0,0,30,10 0,10,20,16 0,26,40,12", "5,6,40,38"},
+        {"style='horizontal' spacing='3,5,4,7'", "3,5,30,10 37,5,20,16 61,5,40,12", "5,6,104,26"},
+        {"style='vertical' spacing='3,5,4,7'", "3,5,30,10 3,22,20,16 3,45,40,12", "5,6,46,62"},
+        {"style='horizontal equalsize'", "0,0,30,16 30,0,20,16 50,0,40,16", "5,6,90,16"},
+        {"style='vertical equalsize' spacing='2,0,0,0'", "2,0,40,10 2,10,40,16 2,26,40,12", "5,6,44,38"},
+        {"style='horizontal aligncenter'", "0,3,30,10 30,0,20,16 50,2,40,12", "5,6,90,16"},
+        {"style='horizontal alignbottom'", "0,6,30,10 30,0,20,16 50,4,40,12", "5,6,90,16"},
+        {"style='vertical alignright'", "10,0,30,10 20,10,20,16 0,26,40,12", "5,6,40,38"},
+        {"style='horizontal' colwidth='50'", "0,0,30,10 50,0,20,16 100,0,40,12", "5,6,140,16"},
+        {"style='vertical' rowheight='0' spacing='0,0,0,4'", "0,0,30,10 0,4,20,16 0,8,40,12", "5,6,40,20"},
+    };
+    for (const RowCase& c : cases) {
+        SCOPED_TRACE(c.attributes);
+        HeadlessShell shell{std::string("<rowcol size='5,6,0,0' ") + c.attributes +
+                            "><container size='0,0,30,10'/><container size='9,9,20,16'/>"
+                            "<container size='0,0,40,12'/></rowcol>"};
+        EXPECT_EQ(placesIn(shell.view(0)), c.places);
+        EXPECT_EQ(toText(shell.view(0).getFrameRect()), c.size);
+    }
+}
+
+TEST(URowColumn, LeavesNoRoomForHiddenAndEmptyChildren) {
+    HeadlessShell shell{"<rowcol style='vertical' spacing='0,0,0,4'><container size='0,0,30,10'/>"
+                        "<container size='0,0,30,12'/><container size='0,0,0,14'/>"
+                        "<container size='0,0,30,16'/></rowcol>"};
+    UView& column = shell.view(0);
+    column.getSubView(1)->hide();
+    column.invalidateLayout();
+    EXPECT_EQ(toText(column.getSubView(3)->getFrameRect()), "0,14,30,16");
+    EXPECT_EQ(toText(column.getFrameRect()), "0,0,30,30");
+    column.getSubView(1)->show();
+    column.invalidateLayout();
+    EXPECT_EQ(toText(column.getSubView(3)->getFrameRect()), "0,30,30,16");
+}
+
+TEST(URowColumn, MovesItsChildrenByTheOffsetOnce) {
+    HeadlessShell shell{"<rowcol style='horizontal'><container size='0,0,30,10'/>"
+                        "<container size='0,0,20,10'/></rowcol>"};
+    auto& row = shell.view<URowColumn>(0);
+    row.getRowColumnLayout().offsetX = -7;
+    row.getRowColumnLayout().offsetY = 2;
+    row.invalidateLayout();
+    row.invalidateLayout();
+    EXPECT_EQ(placesIn(row), "-7,2,30,10 23,2,20,10");
+    EXPECT_EQ(toText(row.getFrameRect()), "0,0,50,10") << "its size is that before the offset";
+}
+
+TEST(URowColumn, FollowsTheSizeOfItsChildrenUpward) {
+    HeadlessShell shell{"<rowcol style='vertical'><rowcol style='horizontal'><container size='0,0,30,10'/>"
+                        "<container size='0,0,20,10'/></rowcol><container size='0,0,10,8'/></rowcol>"};
+    UView& column = shell.view(0);
+    UView& row = *column.getSubView(0);
+    row.childFrameRequest(row.getSubView(0), {0, 0, 60, 25}, true);
+    EXPECT_EQ(placesIn(row), "0,0,60,25 60,0,20,10");
+    EXPECT_EQ(placesIn(column), "0,0,80,25 0,25,10,8");
+    EXPECT_EQ(toText(column.getFrameRect()), "0,0,80,33");
+}
+
+TEST(URowColumn, StaysStillWhileSuspended) {
+    HeadlessShell shell{"<rowcol style='horizontal'><container size='0,0,30,10'/></rowcol>"};
+    auto& row = shell.view<URowColumn>(0);
+    row.setSuspended(true);
+    row.addSubView(make<UView>(CmRect{3, 3, 13, 13}));
+    EXPECT_EQ(placesIn(row), "0,0,30,10 3,3,10,10");
+    row.setSuspended(false);
+    EXPECT_EQ(placesIn(row), "0,0,30,10 30,0,10,10");
+    row.removeSubView(row.getSubView(0));
+    EXPECT_EQ(placesIn(row), "0,0,10,10");
+    EXPECT_EQ(toText(row.getFrameRect()), "0,0,10,10");
+}
+
+void resize(UView& view, int32_t width, int32_t height) {
+    view.setFrame(CmRect::ofSize(view.getFrameRect().origin(), {width, height}), true);
+}
+
+constexpr const char* sharedRow =
+    "<rowcol style='horizontal fitinparent' spacing='0,0,10,0' size='0,0,200,20' attach='all'>"
+    "<container size='0,0,30,20'/><container size='0,0,40,20' attach='left right top bottom'/>"
+    "<container size='0,0,80,20' attach='left right'/></rowcol>";
+
+/// The first keeps its 30; 40 and 80 share what three gaps of 10 leave.
+TEST(URowColumn, SharesItsRoomAmongThoseThatStretch) {
+    HeadlessShell shell{sharedRow};
+    UView& row = shell.view(0);
+    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,46,20 96,0,93,20");
+    resize(row, 360, 20);
+    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,100,20 150,0,200,20");
+    resize(row, 360, 26);
+    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,100,26 150,0,200,20") << "across, the attach rule";
+}
+
+TEST(URowColumn, ComesBackFromNothing) {
+    HeadlessShell shell{sharedRow};
+    UView& row = shell.view(0);
+    const std::string before = placesIn(row);
+    for (int32_t width = 200; width >= 0; width -= 7)
+        resize(row, width, 20);
+    resize(row, 0, 20);
+    EXPECT_EQ(row.getSubView(1)->getFrameRect().width(), 0);
+    for (int32_t width = 0; width < 200; width += 3)
+        resize(row, width, 20);
+    resize(row, 200, 20);
+    EXPECT_EQ(placesIn(row), before);
+}
+
+TEST(URowColumn, MeasuresShareByTheSizeThatAChildTakesItself) {
+    HeadlessShell shell{sharedRow};
+    UView& row = shell.view(0);
+    row.childFrameRequest(row.getSubView(1), {0, 0, 80, 20}, true);
+    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,70,20 120,0,70,20");
+}
+
+TEST(URowColumn, GivesTheRoomOfAHiddenOrRemovedChildToTheOthers) {
+    HeadlessShell shell{sharedRow};
+    UView& row = shell.view(0);
+    row.getSubView(1)->hide();
+    row.invalidateLayout();
+    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,150,20");
+    row.getSubView(1)->show();
+    row.invalidateLayout();
+    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,46,20 96,0,93,20");
+    row.removeSubView(row.getSubView(0));
+    EXPECT_EQ(placesIn(row), "0,0,60,20 70,0,120,20");
+}
+
+TEST(URowColumn, LeavesChildrenAloneWhenNoneStretches) {
+    HeadlessShell shell{"<rowcol style='vertical fitinparent' size='0,0,50,200' attach='all'>"
+                        "<container size='0,0,30,20'/><container size='0,0,40,30' attach='right'/></rowcol>"};
+    UView& column = shell.view(0);
+    resize(column, 50, 10);
+    EXPECT_EQ(placesIn(column), "0,0,30,20 0,20,40,30");
+    EXPECT_EQ(toText(column.getFrameRect()), "0,0,50,10");
+}
+
+TEST(URowColumn, ResizesItsParentBeforeItself) {
+    HeadlessShell shell{"<container size='0,0,10,10'/>"};
+    UView& parent = shell.view(0);
+    const auto row =
+        make<URowColumn>(CmRect{0, 0, 5, 5}, RowColumnStyle::horizontal | RowColumnStyle::resizeParents);
+    parent.addSubView(row);
+    row->addSubView(make<UView>(CmRect{0, 0, 70, 30}));
+    EXPECT_EQ(toText(row->getFrameRect()), "0,0,70,30");
+    row->addSubView(make<UView>(CmRect{0, 0, 20, 30}));
+    EXPECT_EQ(toText(row->getFrameRect()), "0,0,90,30");
+    EXPECT_EQ(parent.getFrameRect().width(), 70) << "by the size that the row had before";
+}
+
+} // namespace
+
+} // namespace qorl

@@ -1,0 +1,311 @@
+#include "views/controls/UControl.h"
+
+#include "binding/IntValue.h"
+#include "binding/StringValue.h"
+#include "foundation/CmString.h"
+#include "foundation/FMessage.h"
+#include "support/EditRecorder.h"
+#include "support/HeadlessShell.h"
+#include "views/controls/UTextDisplay.h"
+#include "windows/UWindow.h"
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using testing::EditRecorder;
+using testing::HeadlessShell;
+
+constexpr CmRect frame{0, 0, 50, 20};
+
+/// Counts what it is asked to do.
+class CountingControl : public UControl {
+public:
+    using UControl::UControl;
+
+    int32_t redraws = 0;
+    int32_t styleSets = 0;
+
+    void update() override {
+        ++redraws;
+        UControl::update();
+    }
+    void setStyle(uint32_t style) override {
+        ++styleSets;
+        UControl::setStyle(style);
+    }
+};
+
+struct WheelCase {
+    int32_t max;
+    double distance;
+    int32_t expected;
+    bool stepped = false;
+    uint32_t modifiers = platform::noModifier;
+    Binding::ValueKind kind = Binding::ValueKind::number;
+    bool inverted = false;
+};
+
+/// The wheel over a control whose value starts in the middle of its range.
+TEST(UControl, TurnsTheWheelIntoStepsOrShares) {
+    using enum Binding::ValueKind;
+    const WheelCase cases[] = {
+        {100, 1, 51},
+        {100, -1, 49},
+        {100, 3.5, 51},
+        {100, 0, 50},
+        {148, 1, 75},
+        {1000, 1, 510},
+        {1000, -2, 480},
+        {1000, 60, 1000},
+        {1000, -60, 0},
+        {1000, 1, 502, false, platform::shift},
+        {1000, 1, 510, false, platform::ctrl},
+        {1000, 5, 501, true},
+        {1000, -5, 499, true},
+        {100, 1, 49, false, platform::noModifier, reversedNumber},
+        {1000, 1, 490, false, platform::noModifier, reversedNumber},
+        {1000, 1, 510, false, platform::noModifier, reversedNumber, true},
+        {100, 1, 51, false, platform::noModifier, list},
+    };
+    HeadlessShell shell;
+    for (const WheelCase& c : cases) {
+        SCOPED_TRACE(::testing::Message()
+                     << "0.." << c.max << " by " << c.distance << (c.stepped ? " stepped" : "")
+                     << " modifiers " << c.modifiers << " kind " << int(c.kind));
+        const auto value = make<Binding::IntValue>(0, c.max);
+        value->setValue(c.max / 2);
+        value->setWheelStepped(c.stepped);
+        value->setKind(c.kind);
+        const auto control = make<UControl>(frame, ConstString(), value.get(), 0);
+        const auto message = make<FMessage>("Wheel");
+        message->setFloat("Distance", c.distance);
+        message->setInt("Inverted", c.inverted);
+        shell.hold(c.modifiers);
+        EXPECT_EQ(control->handleMessage(message.get()), CmObject::handled);
+        EXPECT_EQ(value->getValue(), c.expected);
+        EXPECT_FALSE(value->isEditing());
+    }
+}
+
+TEST(UControl, LeavesTheWheelToItsParent) {
+    HeadlessShell shell;
+    const auto message = make<FMessage>("Wheel");
+    message->setFloat("Distance", 1);
+    const auto value = make<Binding::IntValue>(0, 100);
+    const auto control = make<UControl>(frame, ConstString(), value.get(), 0);
+    value->setKind(Binding::ValueKind::twoStates);
+    EXPECT_EQ(control->handleMessage(message.get()), CmObject::notHandled) << "two states";
+    value->setKind(Binding::ValueKind::number);
+    value->bound()->setEnabled(false);
+    EXPECT_EQ(control->handleMessage(message.get()), CmObject::notHandled) << "disabled";
+    value->bound()->setEnabled(true);
+    message->setInt("Axis", 2);
+    EXPECT_EQ(control->handleMessage(message.get()), CmObject::notHandled) << "sideways";
+    EXPECT_EQ(value->getValue(), 0);
+    message->setInt("Axis", 1);
+    EXPECT_EQ(control->handleMessage(message.get()), CmObject::handled);
+    EXPECT_EQ(value->getValue(), 1);
+}
+
+TEST(UControl, TogglesBetweenTheEndsOnFocusHit) {
+    HeadlessShell shell;
+    const auto value = make<Binding::IntValue>(2, 10);
+    const auto control = make<UControl>(frame, ConstString(), value.get(), 0);
+    const auto hit = make<FMessage>("FocusHit");
+    EditRecorder edits;
+    for (const auto& [before, after] : {std::pair{2, 10}, {10, 2}, {5, 2}}) {
+        value->setValue(before);
+        EXPECT_EQ(control->handleMessage(hit.get()), CmObject::handled);
+        EXPECT_EQ(value->getValue(), after) << "from " << before;
+    }
+    EXPECT_EQ(edits.take(), "10 2 2");
+    value->bound()->setEnabled(false);
+    EXPECT_EQ(control->handleMessage(hit.get()), CmObject::handled);
+    EXPECT_EQ(edits.take(), "");
+}
+
+TEST(UControl, RepaintsOnceForManyChangesOfItsValue) {
+    HeadlessShell shell;
+    const auto value = make<Binding::IntValue>(0, 100);
+    const auto control = make<CountingControl>(frame, ConstString(), value.get(), 0);
+    shell.window().addSubView(control);
+    shell.settle();
+    control->redraws = 0;
+    for (const int32_t number : {3, 4, 5})
+        value->setValue(number);
+    EXPECT_EQ(control->redraws, 0);
+    shell.settle();
+    EXPECT_EQ(control->redraws, 1);
+}
+
+TEST(UControl, GoesOnWithAFreshNumberWhenItsValueGoes) {
+    HeadlessShell shell;
+    auto value = make<Binding::IntValue>(5, 10);
+    const auto control = make<UControl>(frame, ConstString(), value.get(), 0);
+    shell.window().addSubView(control);
+    value->bound()->setEnabled(false);
+    shell.settle();
+    EXPECT_FALSE(control->isEnabled());
+    value->setImmediateUpdates(true);
+    value->changed(Binding::valueDestroyed);
+    EXPECT_NE(control->getValueObject(), value.get());
+    EXPECT_EQ(control->getControlMin(), 0);
+    EXPECT_EQ(control->getControlMax(), 100);
+    EXPECT_TRUE(control->isEnabled());
+    value->bound()->setEnabled(true);
+    value->setValue(7);
+    EXPECT_EQ(control->getControlValue(), 0);
+    value.reset();
+    control->setControlValue(30);
+    EXPECT_EQ(control->getControlValue(), 30);
+}
+
+TEST(UControl, SurvivesTheLastReferenceToAValueThatSaysGoodbyeLater) {
+    HeadlessShell shell;
+    auto value = make<Binding::IntValue>(5, 10);
+    const auto control = make<UControl>(frame, ConstString(), value.get(), 0);
+    value->changed(Binding::valueDestroyed);
+    value.reset();
+    shell.settle();
+    EXPECT_EQ(control->getControlMax(), 100);
+}
+
+TEST(UControl, FollowsItsSecondValue) {
+    HeadlessShell shell;
+    const auto value = make<Binding::IntValue>(0, 10);
+    const auto second = make<Binding::IntValue>(0, 10);
+    const auto control = make<CountingControl>(frame, ConstString(), value.get(), 0);
+    shell.window().addSubView(control);
+    control->setSecondValue(second.get());
+    control->redraws = 0;
+    second->setValue(3);
+    shell.settle();
+    EXPECT_EQ(control->redraws, 1);
+    control->setSecondValue(value.get());
+    control->setSecondValue(nullptr);
+    value->setValue(3);
+    shell.settle();
+    EXPECT_EQ(control->redraws, 2) << "the own value is still followed";
+    second->setValue(5);
+    shell.settle();
+    EXPECT_EQ(control->redraws, 2) << "the former second value no more";
+    control->setSecondValue(second.get());
+    second->setImmediateUpdates(true);
+    second->changed(Binding::valueDestroyed);
+    EXPECT_EQ(control->getSecondValue(), nullptr);
+}
+
+TEST(UControl, SetsItsStyleOnlyForNewBits) {
+    HeadlessShell shell;
+    const auto control = make<CountingControl>(frame, ConstString(), nullptr, 0x300);
+    control->addStyle(0x100);
+    EXPECT_EQ(control->styleSets, 0);
+    control->addStyle(0x401);
+    EXPECT_EQ(control->styleSets, 1);
+    EXPECT_EQ(control->getStyle(), 0x701U);
+}
+
+TEST(UControl, GivesTheFocusAwayWhenItsValueIsDisabled) {
+    HeadlessShell shell{"<slider name='level' style='horizontal' size='0,0,100,20'/>"};
+    shell.desktop().setFocus(&shell.view(0));
+    EXPECT_EQ(shell.window().getFocusView(), &shell.view(0));
+    shell.value("level").bound()->setEnabled(false);
+    shell.settle();
+    EXPECT_EQ(shell.window().getFocusView(), nullptr);
+    EXPECT_EQ(shell.desktop().getFocus(), nullptr);
+}
+
+/// Answers "GetToolTip" with the name of the asked control's place.
+class TipController : public CmObject {
+    QORL_CLASS(TipController, CmObject)
+
+public:
+    bool knows = true;
+
+    int32_t handleMessage(FMessage* message) override {
+        auto* result = cast<CmString>(message->getObject("result"));
+        if (!knows || !message->isNamed("GetToolTip") || !result || !message->getObject("control"))
+            return notHandled;
+        result->string() = ConstString("Told by the controller");
+        return handled;
+    }
+};
+
+TEST(UControl, AsksTheControllerForItsToolTipFirst) {
+    HeadlessShell shell{
+        "<slider name='level' tip='Level of the input' style='horizontal' size='0,0,100,20'/>"};
+    const auto& control = shell.view<UControl>(0);
+    const auto tip = [&] {
+        String text;
+        CmRect area;
+        return control.getTooltip(text, {1, 1}, area) ? text.toUtf8() : "none";
+    };
+    EXPECT_EQ(tip(), "Level of the input");
+    const auto controller = make<TipController>();
+    shell.value("level").setTarget(controller.get(), 0, false);
+    EXPECT_EQ(tip(), "Told by the controller") << "the target stands in for a controller";
+    const auto silent = make<TipController>();
+    silent->knows = false;
+    shell.window().setController(silent.get());
+    EXPECT_EQ(tip(), "Level of the input");
+    shell.window().setController(controller.get());
+    EXPECT_EQ(tip(), "Told by the controller");
+    shell.window().setController(nullptr);
+    shell.value("level").setTarget(nullptr, 0, false);
+}
+
+/// Hears of presses on text displays.
+class PressTarget : public CmObject {
+    QORL_CLASS(PressTarget, CmObject)
+
+public:
+    int32_t answer = handled;
+    std::string heard;
+
+    int32_t handleMessage(FMessage* message) override {
+        heard += message->getName().string().toUtf8() + " " + std::to_string(message->getInt("Tag")) +
+                 (message->getObject("Control") ? " control" : "") + "; ";
+        return answer;
+    }
+};
+
+TEST(UTextDisplay, OffersThePressToTheTarget) {
+    HeadlessShell shell{"<switch name='behind' style='onoff immediate' size='0,0,80,20'/>"
+                        "<text name='name' size='0,0,80,20'/>",
+                        "name = \"Main\"\nbehind = 0 in 0..1"};
+    const auto target = make<PressTarget>();
+    shell.click({10, 10});
+    EXPECT_EQ(shell.value("behind").getValue(), 1) << "without a target";
+    shell.value("name").setTarget(target.get(), 9, false);
+    shell.click({10, 10});
+    EXPECT_EQ(target->heard, "TD Mouse Down 9 control; ");
+    EXPECT_EQ(shell.value("behind").getValue(), 1) << "taken";
+    target->answer = CmObject::notHandled;
+    shell.click({10, 10});
+    EXPECT_EQ(shell.value("behind").getValue(), 0) << "not taken";
+    shell.value("name").setTarget(nullptr, 0, false);
+}
+
+TEST(UTextDisplay, ShowsItsValueOrElseItsTitle) {
+    HeadlessShell shell{"<text name='name' size='0,0,80,20'/><text name='count' size='0,20,80,20'/>",
+                        "name = \"Main\"\ncount = 12"};
+    const auto shown = [&](int32_t index) {
+        String text;
+        shell.view<UTextDisplay>(index).getShownText(text);
+        return text.toUtf8();
+    };
+    EXPECT_EQ(shown(0), "Main");
+    EXPECT_EQ(shown(1), "12");
+    shell.value("count").setValue(13);
+    EXPECT_EQ(shown(1), "13");
+    shell.view<UControl>(1).setTitle(ConstString("Count"));
+    shell.view<UControl>(1).setValue(nullptr);
+    EXPECT_EQ(shown(1), "Count");
+}
+
+} // namespace
+
+} // namespace qorl

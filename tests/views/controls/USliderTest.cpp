@@ -1,0 +1,250 @@
+#include "views/controls/USlider.h"
+
+#include "binding/IntValue.h"
+#include "support/EditRecorder.h"
+#include "support/HeadlessShell.h"
+#include "windows/UWindow.h"
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using testing::EditRecorder;
+using testing::HeadlessShell;
+
+/// The track of a slider of 200 pixels without its handle of 11: values from 0 to 189 stand for pixels.
+std::string sliderSkin(const std::string& style) {
+    const bool isVertical = style.find("vertical") != std::string::npos;
+    return "<slider name='level' style='" + style + "' size='0,0," + (isVertical ? "20,200" : "200,20") +
+           "'/>";
+}
+constexpr const char* handleFrom50 = "level = 50 in 0..189";
+
+struct ModeCase {
+    const char* style;
+    int32_t press;
+    int32_t dragTo;
+    const char* edits;
+    uint32_t modifiers = platform::noModifier;
+};
+
+TEST(USlider, TakesPressesAndDragsByItsMode) {
+    const ModeCase cases[] = {
+        {"horizontal jump", 105, 115, "begin 100 110 end"},
+        {"horizontal jump", 58, 68, "begin 60 end"},
+        {"horizontal touch", 105, 115, ""},
+        {"horizontal touch", 58, 68, "begin 60 end"},
+        {"horizontal touch", 105, 115, "begin 100 110 end", platform::ctrl},
+        {"horizontal relative", 105, 115, "begin 60 end"},
+        {"horizontal relative", 58, 68, "begin 60 end"},
+        {"horizontal", 105, 115, "begin 100 110 end"},
+        {"horizontal jump", 105, 500, "begin 100 189 end"},
+        {"horizontal jump", 105, -50, "begin 100 0 end"},
+        {"horizontal ramp", 105, 115, "begin 100 110 end", platform::ctrl},
+        {"horizontal touch border", 105, 115, "begin 100 110 end"},
+        {"horizontal touch border", 3, 10, ""},
+        {"horizontal jump mousetransparent", 105, 115, ""},
+        {"horizontal jump mousetransparent", 58, 68, "begin 60 end"},
+        {"horizontal jump message-loop", 105, 115, "begin 100 110 end"},
+        {"horizontal touch message-loop", 105, 115, ""},
+        {"horizontal jump invert", 105, 115, "begin 89 79 end"},
+        {"vertical jump", 105, 115, "begin 89 79 end"},
+        {"vertical jump invert", 105, 115, "begin 100 110 end"},
+        {"vertical relative", 20, 30, "begin 40 end"},
+    };
+    for (const ModeCase& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.style << ", press at " << c.press << ", drag to " << c.dragTo
+                                          << ", modifiers " << c.modifiers);
+        HeadlessShell shell{sliderSkin(c.style), handleFrom50};
+        EditRecorder edits;
+        const bool isVertical = shell.view<USlider>(0).isVertical();
+        const auto at = [&](int32_t place) { return isVertical ? CmPoint{10, place} : CmPoint{place, 10}; };
+        shell.hold(c.modifiers);
+        shell.postPress(at(c.press));
+        shell.postMove(at(c.dragTo));
+        shell.postRelease();
+        shell.settle();
+        EXPECT_EQ(edits.take(), c.edits);
+    }
+}
+
+TEST(USlider, FollowsTheGlobalModeWithoutOneOfItsOwn) {
+    HeadlessShell shell{sliderSkin("horizontal"), handleFrom50};
+    setGlobalSliderMode(SliderMode::touch);
+    shell.click({105, 10});
+    setGlobalSliderMode(SliderMode::jump);
+    EXPECT_EQ(shell.value("level").getValue(), 50);
+}
+
+TEST(USlider, MovesATenthWithShiftFromWhereShiftWasPressed) {
+    HeadlessShell shell{sliderSkin("horizontal jump"), handleFrom50};
+    shell.press({55, 10});
+    shell.move({75, 10});
+    EXPECT_EQ(shell.value("level").getValue(), 70);
+    shell.hold(platform::shift);
+    shell.move({125, 10});
+    EXPECT_EQ(shell.value("level").getValue(), 75);
+    shell.hold(platform::noModifier);
+    shell.move({126, 10});
+    EXPECT_EQ(shell.value("level").getValue(), 121);
+}
+
+TEST(USlider, GivesTheDefaultAPixelOfItsOwn) {
+    HeadlessShell shell{sliderSkin("horizontal jump"), "level = 700 in 0..1000"};
+    shell.value("level").setDefault(500);
+    // The track's 189 pixels step over 500: 497 at one, 503 at the next.
+    shell.press({99, 10});
+    EXPECT_EQ(shell.value("level").getValue(), 500);
+    shell.move({100, 10});
+    EXPECT_EQ(shell.value("level").getValue(), 503);
+    shell.move({98, 10});
+    EXPECT_EQ(shell.value("level").getValue(), 492);
+}
+
+TEST(USlider, TurnsAReversedKindRound) {
+    HeadlessShell shell{sliderSkin("horizontal jump"), handleFrom50};
+    shell.value("level").setKind(Binding::ValueKind::reversedNumber);
+    shell.click({105, 10});
+    EXPECT_EQ(shell.value("level").getValue(), 89);
+    EditRecorder edits;
+    shell.click({105, 10});
+    EXPECT_EQ(edits.take(), "begin end") << "the handle is under the mouse";
+}
+
+struct RampCase {
+    const char* style;
+    bool isReversedKind;
+    int32_t mouse;
+    const char* first;
+    const char* later;
+};
+
+TEST(USlider, TravelsTowardTheMouseInSteps) {
+    const RampCase cases[] = {
+        {"horizontal ramp", false, 150, "begin 4", "5 6 7 8 end"},
+        {"horizontal ramp", false, 1, "begin 2", "1 0 end"},
+        {"horizontal ramp message-loop", false, 150, "begin 4", "5 6 7 8 end"},
+        {"horizontal ramp invert", false, 1, "begin 4", "5 6 7 8 9 10 end"},
+        {"horizontal ramp", true, 1, "begin 4", "5 6 7 8 9 10 end"},
+        {"vertical ramp", false, 50, "begin 4", "5 6 7 8 end"},
+    };
+    for (const RampCase& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.style << ", mouse at " << c.mouse);
+        HeadlessShell shell{sliderSkin(c.style), "level = 3 in 0..10"};
+        if (c.isReversedKind)
+            shell.value("level").setKind(Binding::ValueKind::reversedNumber);
+        const bool isVertical = shell.view<USlider>(0).isVertical();
+        EditRecorder edits;
+        std::string first;
+        shell.postPress(isVertical ? CmPoint{10, c.mouse} : CmPoint{c.mouse, 10});
+        shell.platform().postPause(490);
+        shell.platform().postCall([&] { first = edits.take(); });
+        shell.platform().postPause(1010);
+        shell.postRelease();
+        shell.advance(2000);
+        EXPECT_EQ(first, c.first);
+        EXPECT_EQ(edits.take(), c.later);
+    }
+}
+
+TEST(USlider, WaitsHalfASecondAfterTheFirstStepOfTheRamp) {
+    HeadlessShell shell{sliderSkin("horizontal ramp"), "level = 0 in 0..10"};
+    shell.press({195, 10});
+    const std::pair<int64_t, int32_t> steps[] = {{0, 1}, {490, 1}, {20, 2}, {30, 2}, {30, 3}, {50, 4}};
+    int64_t passed = 0;
+    for (const auto& [wait, expected] : steps) {
+        shell.advance(wait);
+        passed += wait;
+        EXPECT_EQ(shell.value("level").getValue(), expected) << "after " << passed << " ms";
+    }
+}
+
+TEST(USlider, EndsAGestureThatLosesTheMouse) {
+    HeadlessShell shell{sliderSkin("horizontal jump"), handleFrom50};
+    EditRecorder edits;
+    shell.press({105, 10});
+    shell.window().captureLost();
+    shell.move({150, 10});
+    EXPECT_EQ(edits.take(), "begin 100 end");
+    shell.release();
+    shell.press({55, 10});
+    const Ref<UView> removed = shell.content().removeSubView(&shell.view(0));
+    EXPECT_EQ(edits.take(), "begin 50 end");
+    shell.release();
+    EXPECT_EQ(edits.take(), "");
+}
+
+TEST(USlider, EndsTheEditOfTheValueThatItBeganOn) {
+    HeadlessShell shell{sliderSkin("horizontal jump"), handleFrom50};
+    const auto other = make<Binding::IntValue>(0, 189);
+    shell.press({105, 10});
+    shell.view<USlider>(0).setValue(other.get());
+    shell.release();
+    EXPECT_FALSE(shell.value("level").isEditing());
+    EXPECT_FALSE(other->isEditing());
+}
+
+TEST(USlider, IgnoresPressesOfADisabledValue) {
+    HeadlessShell shell{sliderSkin("horizontal jump"), handleFrom50};
+    EditRecorder edits;
+    shell.value("level").bound()->setEnabled(false);
+    shell.settle();
+    shell.drag({105, 10}, {115, 10});
+    shell.desktop().setFocus(&shell.view(0));
+    shell.key("Right Arrow");
+    shell.wheel({105, 10}, 1);
+    EXPECT_EQ(edits.take(), "");
+}
+
+TEST(USlider, StepsByKeys) {
+    HeadlessShell shell{sliderSkin("horizontal"), "level = 50 in 0..100"};
+    shell.desktop().setFocus(&shell.view(0));
+    const std::pair<const char*, int32_t> keys[] = {
+        {"Right Arrow", 51},
+        {"Up Arrow", 52},
+        {"Left Arrow", 51},
+        {"Down Arrow", 50},
+        {"PgUp", 60},
+        {"PgDown", 50},
+        {"Home", 100},
+        {"PgUp", 100},
+        {"PgDown", 90},
+        {"End", 0},
+        {"PgDown", 0},
+        {"Space", 50},
+        {"Ctrl+Right Arrow", 50},
+    };
+    for (const auto& [key, expected] : keys) {
+        shell.key(key);
+        EXPECT_EQ(shell.value("level").getValue(), expected) << "after " << key;
+    }
+}
+
+TEST(USlider, TurnsTheWheelRoundWhenItIsShownReversed) {
+    const std::pair<const char*, int32_t> cases[] = {
+        {"horizontal", 51},
+        {"horizontal-small-reversed", 49},
+        {"vertical-small-reversed", 49},
+        {"vertical-small-reversed no-reverse", 51},
+    };
+    for (const auto& [style, expected] : cases) {
+        SCOPED_TRACE(style);
+        HeadlessShell shell{sliderSkin(style), "level = 50 in 0..100"};
+        shell.wheel({10, 10}, 1);
+        EXPECT_EQ(shell.value("level").getValue(), expected);
+    }
+}
+
+TEST(USlider, TakesTheSidewaysWheelOnlyWhenItLies) {
+    for (const bool isVertical : {false, true}) {
+        HeadlessShell shell{sliderSkin(isVertical ? "vertical" : "horizontal"), "level = 50 in 0..100"};
+        shell.wheel({10, 10}, 0, 1);
+        EXPECT_EQ(shell.value("level").getValue() == 50, isVertical);
+    }
+}
+
+} // namespace
+
+} // namespace qorl

@@ -1,0 +1,241 @@
+#include "foundation/FMessage.h"
+#include "support/EditRecorder.h"
+#include "support/HeadlessShell.h"
+#include "views/controls/USwitch.h"
+#include "windows/UWindow.h"
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using testing::EditRecorder;
+using testing::HeadlessShell;
+
+std::string switchSkin(const std::string& style) {
+    return "<switch name='v' style='" + style + "' size='0,0,60,20'/>";
+}
+
+std::string numberIn(int32_t number, int32_t max) {
+    return "v = " + std::to_string(number) + " in 0.." + std::to_string(max);
+}
+
+constexpr CmPoint inside{30, 10};
+constexpr CmPoint outside{200, 200};
+
+struct PressCase {
+    const char* style;
+    int32_t max;
+    int32_t before;
+    const char* releasedInside;
+    const char* releasedOutside;
+};
+
+TEST(USwitchBase, DoesWhatItsBehaviourSays) {
+    const PressCase cases[] = {
+        {"push", 1, 0, "1 0", ""},
+        {"push", 3, 1, "2", ""},
+        {"push", 3, 3, "0", ""},
+        {"button", 1, 0, "1", ""},
+        {"onoff", 1, 0, "1", ""},
+        {"onoff", 1, 1, "0", ""},
+        {"onoff", 10, 4, "0", ""},
+        {"on", 1, 0, "1", ""},
+        {"off", 1, 1, "0", "0"},
+        {"increment", 1, 0, "1", ""},
+        {"increment", 1, 1, "0", ""},
+        {"increment", 5, 2, "3", ""},
+        {"decrement", 5, 2, "1", ""},
+        {"decrement", 5, 0, "5", ""},
+        {"multiple", 2, 1, "2", ""},
+        {"multiple", 2, 2, "0", ""},
+        {"repeat", 1, 0, "1 0", "1 0"},
+        {"repeat", 5, 2, "5 0", "5 0"},
+        {"onoff immediate", 1, 0, "1", "1"},
+        {"push immediate", 1, 0, "1 0", "1 0"},
+        {"push firecommand", 1, 0, "1", ""},
+    };
+    for (const PressCase& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.style << " at " << c.before << " of " << c.max);
+        for (const CmPoint release : {inside, outside}) {
+            HeadlessShell shell{switchSkin(c.style), numberIn(c.before, c.max)};
+            EditRecorder edits;
+            shell.drag(inside, release);
+            EXPECT_EQ(edits.take(), release == inside ? c.releasedInside : c.releasedOutside)
+                << (release == inside ? "released inside" : "released outside");
+            EXPECT_FALSE(shell.view<USwitch>(0).isPressed());
+        }
+    }
+}
+
+TEST(USwitchBase, ReturnsAButtonToItsMinimumWithoutPerforming) {
+    HeadlessShell shell{switchSkin("button"), numberIn(0, 1)};
+    shell.click(inside);
+    EXPECT_EQ(shell.value("v").getValue(), 0);
+}
+
+TEST(USwitchBase, ShowsWhetherTheReleaseWouldCount) {
+    HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
+    const auto& view = shell.view<USwitch>(0);
+    std::string looks;
+    const auto look = [&] { looks += view.isPressed() ? "down " : "up "; };
+    shell.postPress(inside);
+    shell.platform().postCall(look);
+    shell.postMove(outside);
+    shell.platform().postCall(look);
+    shell.postMove(inside);
+    shell.platform().postCall(look);
+    shell.postRelease();
+    shell.platform().postCall(look);
+    shell.settle();
+    EXPECT_EQ(looks, "down up down up ");
+    EXPECT_EQ(shell.value("v").getValue(), 1);
+}
+
+TEST(USwitchBase, RepeatsAfter650MillisecondsAndThenEvery50) {
+    HeadlessShell shell{switchSkin("repeat"), numberIn(0, 1)};
+    EditRecorder edits;
+    std::vector<std::string> performed;
+    shell.postPress(inside);
+    for (const int64_t wait : {0, 645, 20, 35, 30, 35}) {
+        if (wait)
+            shell.platform().postPause(wait);
+        shell.platform().postCall([&] { performed.push_back(edits.take()); });
+    }
+    shell.postRelease();
+    shell.advance(2000);
+    EXPECT_EQ(performed, (std::vector<std::string>{"1", "", "1", "", "1", "1"}));
+    EXPECT_EQ(edits.take(), "0");
+}
+
+TEST(USwitchBase, BracketsTheEditWhileTheMouseHoldsIt) {
+    HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
+    shell.value("v").setPerformOnEdit(true);
+    EditRecorder edits;
+    std::string held;
+    shell.postPress(inside);
+    shell.platform().postCall([&] { held = edits.take(); });
+    shell.postRelease();
+    shell.settle();
+    EXPECT_EQ(held, "begin 0 1");
+    EXPECT_EQ(edits.take(), "end 1");
+}
+
+TEST(USwitchBase, IgnoresPressesOfADisabledValue) {
+    HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
+    EditRecorder edits;
+    shell.value("v").bound()->setEnabled(false);
+    shell.click(inside);
+    EXPECT_EQ(edits.take(), "");
+    shell.value("v").bound()->setEnabled(true);
+    shell.settle();
+    shell.click(inside);
+    EXPECT_EQ(edits.take(), "1");
+}
+
+/// Writes down the messages that it gets.
+class MessageTarget : public CmObject {
+    QORL_CLASS(MessageTarget, CmObject)
+
+public:
+    std::string heard;
+    int32_t answer = handled;
+    std::function<void()> during;
+
+    int32_t handleMessage(FMessage* message) override {
+        heard += message->getName().string().toUtf8() + " " + std::to_string(message->getInt("Tag")) +
+                 (message->getObject("Control") ? " control" : "") +
+                 (message->getObject("Value") ? " value" : "") + "; ";
+        if (during)
+            during();
+        return answer;
+    }
+};
+
+TEST(USwitchBase, TellsItsTarget) {
+    for (const char* style : {"notify", "postmessage"}) {
+        SCOPED_TRACE(style);
+        HeadlessShell shell{switchSkin(style), numberIn(0, 1)};
+        const auto target = make<MessageTarget>();
+        auto& view = shell.view<USwitch>(0);
+        view.setTarget(target.get(), 7);
+        bool wasPressed = false;
+        target->during = [&] { wasPressed = view.isPressed(); };
+        EditRecorder edits;
+        shell.postPress(inside);
+        shell.platform().postPause(5);
+        shell.postRelease();
+        shell.advance(100);
+        EXPECT_EQ(target->heard, "Switch Mouse Down 7 control value; ");
+        EXPECT_TRUE(wasPressed);
+        EXPECT_EQ(edits.take(), "");
+        target->heard.clear();
+        shell.value("v").bound()->setEnabled(false);
+        shell.click(inside);
+        EXPECT_EQ(target->heard, "");
+        shell.value("v").setTarget(nullptr, 0, false);
+    }
+}
+
+struct ThroughCase {
+    const char* style;
+    uint32_t modifiers;
+    bool isDouble;
+    int32_t front;
+    int32_t behind;
+};
+
+TEST(USwitchBase, PassesPressesOnAsItsStyleSays) {
+    const ThroughCase cases[] = {
+        {"onoff", platform::noModifier, false, 1, 0},
+        {"onoff modifiedclick", platform::noModifier, false, 0, 1},
+        {"onoff modifiedclick", platform::shift, false, 1, 0},
+        {"onoff clickthrough", platform::noModifier, false, 1, 1},
+        {"onoff clickthrough modifiedclick", platform::ctrl, false, 1, 0},
+        {"onoff doubleclick", platform::noModifier, false, 0, 0},
+        {"onoff doubleclick", platform::noModifier, true, 1, 0},
+        {"onoff doubleclick clickthrough", platform::noModifier, false, 0, 1},
+    };
+    for (const ThroughCase& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.style << ", modifiers " << c.modifiers);
+        HeadlessShell shell{"<switch name='behind' style='onoff immediate' size='0,0,60,20'/>" +
+                                switchSkin(c.style),
+                            "v = 0 in 0..1\nbehind = 0 in 0..1"};
+        shell.hold(c.modifiers);
+        if (c.isDouble)
+            shell.doubleClick(inside);
+        else
+            shell.click(inside);
+        EXPECT_EQ(shell.value("v").getValue(), c.front);
+        EXPECT_EQ(shell.value("behind").getValue(), c.behind);
+    }
+}
+
+TEST(USwitchBase, IsPressedByTheKeyboard) {
+    HeadlessShell shell{
+        "<switch name='v' style='onoff' size='0,0,60,20'/><button name='w' size='0,30,60,20'/>",
+        "v = 0 in 0..1\nw = 0 in 0..1"};
+    EditRecorder edits;
+    shell.desktop().setFocus(&shell.view(0));
+    shell.key("Space");
+    EXPECT_EQ(edits.take(), "1");
+    shell.desktop().setFocus(&shell.view(1));
+    shell.key("Return");
+    EXPECT_EQ(edits.take(), "1 0");
+}
+
+TEST(USwitchBase, OutlivesTheEndOfItsViewInTheMiddleOfAPress) {
+    HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
+    EditRecorder edits;
+    shell.postPress(inside);
+    shell.platform().postCall([&] { shell.content().removeSubView(&shell.view(0)); });
+    shell.postRelease();
+    shell.settle();
+    EXPECT_EQ(edits.take(), "");
+    EXPECT_EQ(shell.content().getSubViewCount(), 0);
+}
+
+} // namespace
+
+} // namespace qorl
