@@ -6,6 +6,8 @@
 
 #include <qorl/Ref.h>
 
+#include <utility>
+
 namespace qorl {
 
 class UWindow;
@@ -23,6 +25,8 @@ public:
     RenderTarget() = default;
     /// Opens `target` for as long as this lives. `window` may be null.
     RenderTarget(DrawTarget* target, UWindow* window) : device_(target), window_(window) {}
+    /// Hands what is drawn to `backEnd`, such as one that records it.
+    explicit RenderTarget(Ref<DrawBackEnd> backEnd) : device_(std::move(backEnd)) {}
 
     UDrawDevice& getDevice() { return device_; }
     UWindow* getWindow() const { return window_; }
