@@ -1,12 +1,12 @@
-// compare DOCUMENTS WORKLOAD...: measures this library on the documents that other toolkits are measured on, and
-// prints a line `workload qorl metric value unit` for each figure. PB_CLOCK=cpu counts processor time. Quiet for
-// a workload that it has nothing for. `startup` writes '!' when the first window is painted, and ends.
+// compare DOCUMENTS WORKLOAD...: measures this library on the documents that other toolkits are measured on,
+// and prints a line `workload qorl metric value unit` for each figure. PB_CLOCK=cpu counts processor time.
+// Quiet for a workload that it has nothing for. `startup` writes '!' when the first window is painted, and
+// ends.
 
 #include "compare/Measure.h"
 #include "graphics/GraphicsFactory.h"
 #include "support/DrawRecorder.h"
 #include "support/SkinWindow.h"
-#include "views/RenderTarget.h"
 
 #include <cstdio>
 #include <fstream>
@@ -93,8 +93,7 @@ void measureRelayout() {
         const CmSize size{1700 + i % 10 * 20, height + 100 + i % 7 * 50};
         times.push_back(timeOf([&] { window.window().setSize(size); }));
         expect(window.content().getFrameSize() == size, "the tree did not follow its window");
-        const CmRect after =
-            leaf.getFrameRect().moved(leaf.clientToWindow({}).x, leaf.clientToWindow({}).y);
+        const CmRect after = leaf.getFrameRect().moved(leaf.clientToWindow({}).x, leaf.clientToWindow({}).y);
         moves += after != before;
         before = after;
     }
@@ -104,30 +103,16 @@ void measureRelayout() {
 
 /// The same tree drawn by a loop of bare Cairo calls, and how long that takes.
 void measureReplay(UView& content) {
-    const auto recorder = make<DrawRecorder>();
-    const auto target = make<RenderTarget>(Ref<DrawBackEnd>(recorder));
-    target->setClip(screen);
-    content.setRenderTargetShared(target.get());
-    content.draw(content.getClientBounds());
-    content.setRenderTargetShared(nullptr);
+    const Ref<DrawRecorder> recorder = DrawRecorder::record(content, content.getClientBounds());
     expect(recorder->isComplete() && recorder->count() > 1000, "the drawing could not be recorded");
     cairo_surface_t* surface =
         cairo_image_surface_create(CAIRO_FORMAT_ARGB32, screen.width(), screen.height());
     cairo_t* context = cairo_create(surface);
-    const auto draw = [&](const CmRect& area) {
-        cairo_save(context);
-        cairo_rectangle(context, area.left, area.top, area.width(), area.height());
-        cairo_clip(context);
-        cairo_set_source_rgb(context, 0.94, 0.94, 0.94);
-        cairo_paint(context);
-        recorder->replay(context, area);
-        cairo_restore(context);
-    };
-    draw(screen);
+    recorder->replay(context, screen);
     report("paint", "full_1000_replayed",
-           medianOf(20, [&] { draw(screen); }) / nanosecondsPerMillisecond, "ms");
+           medianOf(20, [&] { recorder->replay(context, screen); }) / nanosecondsPerMillisecond, "ms");
     report("paint", "damage_100x100_replayed",
-           medianOf(50, [&] { draw(damage); }) / nanosecondsPerMillisecond, "ms");
+           medianOf(50, [&] { recorder->replay(context, damage); }) / nanosecondsPerMillisecond, "ms");
     if (const char* folder = std::getenv("PB_PNG"))
         cairo_surface_write_to_png(surface, (std::string(folder) + "/qorl-replayed.png").c_str());
     cairo_destroy(context);
@@ -156,8 +141,7 @@ void measurePaint() {
     };
     paint(screen);
     report("paint", "full_1000", medianOf(20, [&] { paint(screen); }) / nanosecondsPerMillisecond, "ms");
-    report("paint", "damage_100x100", medianOf(50, [&] { paint(damage); }) / nanosecondsPerMillisecond,
-           "ms");
+    report("paint", "damage_100x100", medianOf(50, [&] { paint(damage); }) / nanosecondsPerMillisecond, "ms");
     if (const char* folder = std::getenv("PB_PNG"))
         savePicture(window.window(), std::string(folder) + "/qorl.png");
     measureReplay(window.content());

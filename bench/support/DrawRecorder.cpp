@@ -3,6 +3,8 @@
 #include "foundation/Cast.h"
 #include "graphics/FastPrimitives.h"
 #include "graphics/TransformMatrix.h"
+#include "views/RenderTarget.h"
+#include "views/UView.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +12,8 @@
 namespace qorl::bench {
 
 namespace {
+
+constexpr uint32_t ground = 0xFFF0F0F0;
 
 int32_t whole(double value) {
     return static_cast<int32_t>(std::lround(value));
@@ -20,7 +24,8 @@ CmRect wholeRect(const DrawRect& rect) {
 }
 
 CmRect outward(const DrawRect& rect, double slack) {
-    return {static_cast<int32_t>(std::floor(rect.x - slack)), static_cast<int32_t>(std::floor(rect.y - slack)),
+    return {static_cast<int32_t>(std::floor(rect.x - slack)),
+            static_cast<int32_t>(std::floor(rect.y - slack)),
             static_cast<int32_t>(std::ceil(rect.right() + slack)),
             static_cast<int32_t>(std::ceil(rect.bottom() + slack))};
 }
@@ -75,19 +80,38 @@ double startIn(double start, double extent, double needed, bool centered, bool a
 
 } // namespace
 
+Ref<DrawRecorder> DrawRecorder::record(UView& view, const CmRect& area) {
+    auto recorder = make<DrawRecorder>();
+    const auto target = make<RenderTarget>(Ref<DrawBackEnd>(recorder));
+    target->setClip(area);
+    view.setRenderTargetShared(target.get());
+    view.draw(area);
+    view.setRenderTargetShared(nullptr);
+    return recorder;
+}
+
 void DrawRecorder::replay(cairo_t* context, const CmRect& area) const {
+    cairo_save(context);
+    addRect(context, area);
+    cairo_clip(context);
+    useColor(context, ground);
+    cairo_paint(context);
+    uint32_t color = ground;
     for (const Primitive& primitive : primitives_) {
         if (!primitive.bounds.intersects(area))
             continue;
+        if (primitive.color != color)
+            useColor(context, primitive.color);
+        color = primitive.color;
         if (primitive.isClipped) {
             cairo_save(context);
             addRect(context, primitive.clip);
             cairo_clip(context);
         }
-        useColor(context, primitive.color);
         switch (primitive.kind) {
-        case Primitive::Kind::box:
-            addRect(context, primitive.bounds);
+        case Primitive::Kind::boxes:
+            for (const CmRect& box : primitive.boxes)
+                addRect(context, box);
             cairo_fill(context);
             break;
         case Primitive::Kind::fill:
@@ -107,6 +131,7 @@ void DrawRecorder::replay(cairo_t* context, const CmRect& area) const {
         if (primitive.isClipped)
             cairo_restore(context);
     }
+    cairo_restore(context);
 }
 
 Result DrawRecorder::refuse() {
@@ -117,19 +142,36 @@ Result DrawRecorder::refuse() {
 void DrawRecorder::add(Primitive primitive, const CmRect& box) {
     if (!box.intersects(clip_))
         return;
-    primitive.isClipped = primitive.kind != Primitive::Kind::box && !clip_.contains(box);
+    primitive.isClipped = !clip_.contains(box);
     primitive.bounds = box.intersect(clip_);
     primitive.clip = clip_;
     primitives_.push_back(std::move(primitive));
 }
 
 void DrawRecorder::addBox(const CmRect& box, uint32_t color) {
-    Primitive primitive;
-    primitive.color = color;
-    add(std::move(primitive), box);
+    const CmRect visible = box.intersect(clip_);
+    if (visible.isEmpty())
+        return;
+    if (primitives_.empty() || primitives_.back().kind != Primitive::Kind::boxes ||
+        primitives_.back().color != color) {
+        Primitive primitive;
+        primitive.color = color;
+        add(std::move(primitive), visible);
+    }
+    Primitive& last = primitives_.back();
+    last.boxes.push_back(visible);
+    last.bounds = last.bounds.unite(visible);
 }
 
+/// A line along an axis is a box, as a bare loop would draw it.
 Result DrawRecorder::drawLine(DrawPoint from, DrawPoint to) {
+    if (from.x == to.x || from.y == to.y) {
+        const double half = penWidth_ / 2;
+        addBox(wholeRect({std::min(from.x, to.x) - half, std::min(from.y, to.y) - half,
+                          std::abs(to.x - from.x) + penWidth_, std::abs(to.y - from.y) + penWidth_}),
+               penColor_);
+        return Result::ok;
+    }
     GraphicsPath path;
     path.moveTo(from);
     path.lineTo(to);
@@ -186,12 +228,11 @@ Result DrawRecorder::drawString(std::u16string_view text, const DrawRect& rect, 
         return refuse();
     const FontMetrics& metrics = face->getMetrics();
     const int32_t horizontal = alignment & TextAlignment::horizontalMask;
-    const double x =
-        startIn(rect.x, rect.width, face->measureLine(text), horizontal == TextAlignment::center,
-                horizontal == TextAlignment::right);
-    const double y = startIn(rect.y, rect.height, metrics.ascent + metrics.descent,
-                             (alignment & TextAlignment::verticalCenter) != 0,
-                             (alignment & TextAlignment::bottom) != 0);
+    const double x = startIn(rect.x, rect.width, face->measureLine(text), horizontal == TextAlignment::center,
+                             horizontal == TextAlignment::right);
+    const double y =
+        startIn(rect.y, rect.height, metrics.ascent + metrics.descent,
+                (alignment & TextAlignment::verticalCenter) != 0, (alignment & TextAlignment::bottom) != 0);
     const CmPoint origin{whole(x), whole(y + metrics.ascent)};
     face->placeLine(text, origin, 1, 1, [&](const GlyphBatch& batch) {
         Primitive primitive;

@@ -10,19 +10,26 @@
 #include <memory>
 #include <vector>
 
+namespace qorl {
+class UView;
+}
+
 namespace qorl::bench {
 
-/// Writes down what a tree draws, so that a bare loop of Cairo calls can draw the same again: boxes, paths and
-/// glyph runs in whole window coordinates, cut to their clips where that takes no clip of Cairo's.
+/// Writes down what a tree draws, so that a bare loop of Cairo calls can draw the same again: boxes, paths
+/// and glyph runs in whole window coordinates, cut to their clips where that takes no clip of Cairo's.
 ///
-/// Bitmaps and matrices that turn are refused, as nothing that is measured draws any. Colours are kept per
-/// primitive; fonts live in the recorded glyphs.
+/// Bitmaps, matrices and batches are refused, as nothing that is measured draws any. The fonts of the glyphs
+/// must outlive the recorder.
 class DrawRecorder final : public FObject, public DrawBackEnd {
     QORL_CLASS(DrawRecorder, FObject)
     QORL_FACES(DrawRecorder, FObject, DrawBackEnd)
 
 public:
-    /// Draws everything that touches `area`.
+    /// What `view` draws of `area`.
+    static Ref<DrawRecorder> record(UView& view, const CmRect& area);
+
+    /// Draws everything that touches `area`, on a ground of its own.
     void replay(cairo_t* context, const CmRect& area) const;
     size_t count() const { return primitives_.size(); }
     /// False when something was drawn that is not written down.
@@ -57,12 +64,13 @@ public:
 
 private:
     struct Primitive {
-        enum class Kind : uint8_t { box, fill, stroke, glyphs } kind = Kind::box;
+        enum class Kind : uint8_t { boxes, fill, stroke, glyphs } kind = Kind::boxes;
         bool isClipped = false; ///< Reaches over `clip`.
         uint32_t color = 0;
         double penWidth = 1;
         CmRect bounds; ///< What shows of it.
         CmRect clip;
+        std::vector<CmRect> boxes;
         std::shared_ptr<GraphicsPath> path;
         cairo_scaled_font_t* font = nullptr;
         std::vector<cairo_glyph_t> glyphs;
@@ -70,6 +78,7 @@ private:
 
     Result refuse();
     void add(Primitive primitive, const CmRect& box);
+    /// Joins the boxes of one colour that follow each other.
     void addBox(const CmRect& box, uint32_t color);
 
     std::vector<Primitive> primitives_;
