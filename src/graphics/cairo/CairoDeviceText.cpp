@@ -100,8 +100,10 @@ void CairoDevice::drawDecoration(const CairoFont::Decoration& decoration, DrawPo
     if (!state_.matrix.isUpright()) {
         GraphicsPath path;
         path.addRect(bar);
+        if (!clipTo(boxOf(path, state_.matrix)))
+            return;
         addPath(path, state_.matrix);
-        clipTo(boxOf(path, state_.matrix)) ? cairo_fill(context_.get()) : cairo_new_path(context_.get());
+        cairo_fill(context_.get());
         return;
     }
     CmRect box = toDeviceRect(bar);
