@@ -6,6 +6,8 @@
 #include "views/controls/ControlStyle.h"
 #include "views/controls/ControlText.h"
 
+#include <cmath>
+
 namespace qorl {
 
 namespace {
@@ -43,6 +45,17 @@ void fitText(const UFont& font, String& text, int32_t width, bool keepsEnd) {
     }
     cutTo(low);
     text = attempt;
+}
+
+/// In per cent of lightness: with less between them a text is hard to read.
+constexpr double leastContrast = 35;
+
+/// `wanted` where it can be read on `back`, else white or black.
+UColor readableOn(const UColor& back, const UColor& wanted) {
+    const double ground = back.toHsl().lightness;
+    if (std::abs(wanted.toHsl().lightness - ground) >= leastContrast)
+        return wanted;
+    return ground < 50 ? StandardColor::white : StandardColor::black;
 }
 
 } // namespace
@@ -85,6 +98,9 @@ UFont UTextDisplay::textFont() const {
     UFont font = font_ ? *font_ : scheme->getFont(SchemeFont::data);
     if (!isEnabled())
         font.setColor(scheme->getColor(SchemeColor::datafieldforeinactive));
+    else if (!font_ && hasStyle(TextStyle::led))
+        font.setColor(readableOn(scheme->getColor(SchemeColor::datafieldledback),
+                                 scheme->getColor(SchemeColor::datafieldfore)));
     else if (!font_)
         font.setColor(scheme->getColor(SchemeColor::datafieldfore));
     return font;

@@ -73,6 +73,7 @@ constexpr ControlCase controls[] = {
     {"slider", "<slider name='v' style='horizontal' size='10,10,120,20'/>", "v = 0 in 0..100"},
     {"slider-vertical", "<slider name='v' style='vertical' size='10,10,20,80'/>", "v = 0 in 0..100"},
     {"text", "<text name='v' style='border' size='10,10,80,20'/>", "v = 0 in 0..100"},
+    {"text-led", "<text name='v' style='border led' size='10,10,80,20'/>", "v = 0 in 0..100"},
     {"edit", "<edit name='v' style='border' size='10,10,80,20'/>", "v = 0 in 0..100"},
 };
 
