@@ -28,8 +28,8 @@ namespace qorl {
 
 namespace {
 
-constexpr ConstString companyName("Marrowick");
-constexpr ConstString standardName("Application");
+constexpr const char* companyName = "Marrowick";
+constexpr const char* standardName = "Application";
 constexpr uint32_t skinPollPeriod = 100;
 
 constinit UApplication* theApplication = nullptr;

@@ -15,7 +15,7 @@ namespace qorl {
 
 namespace {
 
-constexpr ConstString settingsGroup("UApplication");
+constexpr const char* settingsGroup = "UApplication";
 constexpr const char* lastSkinKey = "LastSkinfile";
 
 String fullPath(const FNPath& path) {

@@ -16,7 +16,7 @@ enum class ValueType : int64_t { boolean = 0x65, integer = 0x66, scroll = 0x67, 
 enum class ValueScope : int64_t { local = 0xC9, global = 0xCA };
 
 constexpr int32_t standardMaximum = 100;
-constexpr ConstString persistentGroup("UGuiValues");
+constexpr const char* persistentGroup = "UGuiValues";
 
 constinit Singleton<ValueRegistry> registry;
 
