@@ -13,7 +13,7 @@ SETTING const char* __tsan_default_options(void);
 SETTING const char* __lsan_default_suppressions(void);
 
 const char* __asan_default_options(void) {
-    return "detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1:check_initialization_order="
+    return "detect_leaks=1:detect_stack_use_after_return=1:check_initialization_order="
            "1:"
            "print_suppressions=0";
 }

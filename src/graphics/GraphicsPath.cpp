@@ -86,6 +86,8 @@ void GraphicsPath::addArc(const DrawRect& rect, double start, double sweep) {
 void GraphicsPath::arcPieces(DrawPoint center, double radiusX, double radiusY, double start, double sweep) {
     constexpr double quarter = std::numbers::pi / 2;
     constexpr double mostTurns = 1000;
+    if (!std::isfinite(start) || !std::isfinite(sweep))
+        return;
     sweep = std::clamp(sweep, -mostTurns * 4 * quarter, mostTurns * 4 * quarter);
     const int pieces = std::max(1, static_cast<int>(std::ceil(std::abs(sweep) / quarter - 1e-9)));
     const double step = sweep / pieces;
