@@ -149,7 +149,7 @@ TEST_F(PaintTest, RepaintsAPaneThatCoversTheRectWithoutItsAncestors) {
 TEST(WindowPicture, ShowsTheViewsInTheirOrderAndPlaces) {
     for (const double scale : {1.0, 1.5, 2.0}) {
         SCOPED_TRACE(scale);
-        HeadlessShell shell{HeadlessShell::Setup{.size = {100, 60}, .scale = scale}, {}};
+        HeadlessShell shell{HeadlessShell::Setup{.size = {100, 60}, .scale = scale}, Ref<UView>()};
         shell.window().setBackgroundColor(UColor::fromPacked(0xFF102030));
         auto back = make<ProbeView>(CmRect{10, 10, 50, 40}, "back");
         auto front = make<ProbeView>(CmRect{30, 20, 80, 50}, "front");
