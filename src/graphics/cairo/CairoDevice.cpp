@@ -220,7 +220,7 @@ void CairoDevice::usePen() {
 CmRect CairoDevice::strokedBox(const CmRect& box) const {
     const double reach =
         penWidth_ * penScale() * (penStyle_.join == LineJoin::miter ? penStyle_.miterLimit : 1);
-    const auto slack = static_cast<int32_t>(std::clamp(reach, 0.0, 10000.0)) + 2;
+    const auto slack = static_cast<int32_t>(std::isfinite(reach) ? std::clamp(reach, 0.0, 10000.0) : 0) + 2;
     return box.grown(slack, slack);
 }
 
