@@ -58,7 +58,7 @@ Ref<Binding::Value> createValue(const SkinElement& element) {
 
 FAttributes* persistentValues() {
     FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
-    FDefaults* group = pool ? pool->getGroup(persistentGroup) : nullptr;
+    FDefaults* group = pool ? pool->getGroup(ConstString(persistentGroup)) : nullptr;
     return group ? &group->values() : nullptr;
 }
 
