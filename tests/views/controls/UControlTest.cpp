@@ -1,12 +1,10 @@
 #include "views/controls/UControl.h"
 
 #include "binding/IntValue.h"
-#include "binding/StringValue.h"
 #include "foundation/CmString.h"
 #include "foundation/FMessage.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
-#include "views/controls/UTextDisplay.h"
 #include "windows/UWindow.h"
 
 #include <gtest/gtest.h>
@@ -257,53 +255,27 @@ TEST(UControl, AsksTheControllerForItsToolTipFirst) {
     shell.value("level").setTarget(nullptr, 0, false);
 }
 
-/// Hears of presses on text displays.
-class PressTarget : public CmObject {
-    QORL_CLASS(PressTarget, CmObject)
-
-public:
-    int32_t answer = handled;
-    std::string heard;
-
-    int32_t handleMessage(FMessage* message) override {
-        heard += message->getName().string().toUtf8() + " " + std::to_string(message->getInt("Tag")) +
-                 (message->getObject("Control") ? " control" : "") + "; ";
-        return answer;
-    }
-};
-
-TEST(UTextDisplay, OffersThePressToTheTarget) {
-    HeadlessShell shell{"<switch name='behind' style='onoff immediate' size='0,0,80,20'/>"
-                        "<text name='name' size='0,0,80,20'/>",
-                        "name = \"Main\"\nbehind = 0 in 0..1"};
-    const auto target = make<PressTarget>();
-    shell.click({10, 10});
-    EXPECT_EQ(shell.value("behind").getValue(), 1) << "without a target";
-    shell.value("name").setTarget(target.get(), 9, false);
-    shell.click({10, 10});
-    EXPECT_EQ(target->heard, "TD Mouse Down 9 control; ");
-    EXPECT_EQ(shell.value("behind").getValue(), 1) << "taken";
-    target->answer = CmObject::notHandled;
-    shell.click({10, 10});
-    EXPECT_EQ(shell.value("behind").getValue(), 0) << "not taken";
-    shell.value("name").setTarget(nullptr, 0, false);
-}
-
-TEST(UTextDisplay, ShowsItsValueOrElseItsTitle) {
-    HeadlessShell shell{"<text name='name' size='0,0,80,20'/><text name='count' size='0,20,80,20'/>",
-                        "name = \"Main\"\ncount = 12"};
-    const auto shown = [&](int32_t index) {
-        String text;
-        shell.view<UTextDisplay>(index).getShownText(text);
-        return text.toUtf8();
-    };
-    EXPECT_EQ(shown(0), "Main");
-    EXPECT_EQ(shown(1), "12");
-    shell.value("count").setValue(13);
-    EXPECT_EQ(shown(1), "13");
-    shell.view<UControl>(1).setTitle(ConstString("Count"));
-    shell.view<UControl>(1).setValue(nullptr);
-    EXPECT_EQ(shown(1), "Count");
+TEST(UControl, IsOperatedByAssistiveTools) {
+    HeadlessShell shell{"<slider name='level' style='horizontal' size='0,0,100,20'/>"
+                        "<checkbox name='mute' title='Mute' size='0,30,100,20'/>",
+                        "level = 5 in -10..10\nmute = 0 in 0..1"};
+    EditRecorder edits;
+    auto& slider = shell.view<UControl>(0);
+    AccessibleRange range;
+    ASSERT_TRUE(slider.getAccessibleRange(range));
+    EXPECT_EQ(range.minimum, -10);
+    EXPECT_EQ(range.maximum, 10);
+    EXPECT_EQ(range.value, 5);
+    EXPECT_TRUE(slider.setAccessibleValue(7));
+    EXPECT_EQ(edits.take(), "begin 7 end");
+    auto& box = shell.view<UControl>(1);
+    EXPECT_STREQ(box.getAccessibleActionName(0), "toggle");
+    EXPECT_EQ(box.getAccessibleActionName(1), nullptr);
+    EXPECT_TRUE(box.performAccessibleAction(0));
+    EXPECT_EQ(edits.take(), "1");
+    shell.value("level").bound()->setEnabled(false);
+    EXPECT_FALSE(slider.setAccessibleValue(1));
+    EXPECT_EQ(edits.take(), "");
 }
 
 } // namespace
