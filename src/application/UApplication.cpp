@@ -63,7 +63,8 @@ UApplication* UApplication::instance() {
 UApplication::UApplication(const ApplicationArgs& args)
     : type_(args.type), translation_(make<TranslationTable>()) {
     chooseGraphics();
-    const ConstString name = args.name.isEmpty() ? ConstString(standardName) : ConstString(args.name.string());
+    const ConstString name =
+        args.name.isEmpty() ? ConstString(standardName) : ConstString(args.name.string());
     ApplicationInfo::fillOnce(name, args.infoA.string(), args.infoB.string(), companyName);
     setFolders(args.folderName.isEmpty() ? name : args.folderName.string());
     path_ = FNPath(platform::getProgramPath());

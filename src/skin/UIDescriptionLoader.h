@@ -27,8 +27,6 @@ public:
 
     /// Opens, parses, merges includes, evaluates sizes and makes the document current.
     bool load(const FUrl& url, Ref<FFileSystem> fileSystem = nullptr);
-    /// The document "skin.xml" in the root of an archive.
-    bool loadFromArchive(const FUrl& packUrl);
     /// A document or templates from inside the program. `name` stands in diagnostics.
     bool loadFromString(std::string_view text, Merge merge = Merge::replace,
                         std::string_view name = "(text)");
