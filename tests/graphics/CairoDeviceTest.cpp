@@ -149,6 +149,46 @@ TEST_F(CairoDeviceTest, ClipsAreReplacedNotMerged) {
     EXPECT_EQ(drawn(*target), (CmRect{30, 30, 35, 35}));
 }
 
+TEST_F(CairoDeviceTest, TheFirstShapeAfterAClipIsCutByItNotLost) {
+    struct Shape {
+        const char* name;
+        void (*draw)(UDrawDevice& device);
+    };
+    const Shape shapes[] = {
+        {"slanted line",
+         [](UDrawDevice& device) {
+             device.moveTo({0, 0});
+             device.lineTo({40, 40});
+         }},
+        {"ellipse",
+         [](UDrawDevice& device) {
+             device.fillEllipse({0, 0, 40, 40}, 0, fullCircle, true);
+         }},
+        {"round rectangle",
+         [](UDrawDevice& device) {
+             device.fillRoundRect({0, 0, 40, 40}, 10);
+         }},
+        {"turned rectangle",
+         [](UDrawDevice& device) {
+             device.concatTransformMatrix(TransformMatrix::rotation(0.3, {15, 15}));
+             device.fillRect({0, 0, 40, 40});
+         }},
+    };
+    const CmRect clip{10, 10, 20, 20};
+    for (const Shape& shape : shapes) {
+        SCOPED_TRACE(shape.name);
+        auto target = surface({40, 40});
+        {
+            UDrawDevice device(target.get());
+            device.setBrushColor(StandardColor::red);
+            device.setPenColor(StandardColor::red);
+            device.setClip(clip);
+            shape.draw(device);
+        }
+        EXPECT_EQ(drawn(*target), clip);
+    }
+}
+
 TEST_F(CairoDeviceTest, TextKeepsItsPixelsWhereverItStands) {
     const auto drawAt = [](CmPoint place) {
         auto target = surface({120, 40});
