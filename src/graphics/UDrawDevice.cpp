@@ -122,14 +122,18 @@ void UDrawDevice::markAllDirty() {
     antialiasedState_ = Smoothing::unknown;
 }
 
+/// Several devices may draw through one back end in turn.
+void UDrawDevice::takeBackEnd() {
+    if (root_->stateOwner_ == this)
+        return;
+    root_->stateOwner_ = this;
+    markAllDirty();
+}
+
 bool UDrawDevice::prepare() {
     if (isSilent())
         return false;
-    // Several devices may draw through one back end in turn.
-    if (root_->stateOwner_ != this) {
-        root_->stateOwner_ = this;
-        markAllDirty();
-    }
+    takeBackEnd();
     flushPen();
     flushClip();
     flushBrush();
@@ -451,6 +455,7 @@ void UDrawDevice::concatTransformMatrix(const TransformMatrix& matrix) {
     if (!backEnd_)
         return;
     // The clip that stands was meant in the old coordinates.
+    takeBackEnd();
     flushClip();
     backEnd_->concatTransformMatrix(matrix);
 }

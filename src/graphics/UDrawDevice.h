@@ -136,6 +136,7 @@ private:
     bool prepare();
     void markAllDirty();
     void flushPen();
+    void takeBackEnd();
     void flushClip();
     void flushBrush();
     void flushAntialias(bool wanted);
