@@ -40,7 +40,8 @@ void registerOnce(const std::string& name, Function function, const std::vector<
     }
 }
 
-/// Prints as usual and keeps the best processor time of each benchmark, in nanoseconds a round.
+/// Keeps the best processor time of each benchmark, in nanoseconds a round. Of repeated benchmarks only the
+/// aggregates are printed.
 class BestTimes : public benchmark::ConsoleReporter {
 public:
     BestTimes() : ConsoleReporter(OO_Tabular) {}
@@ -54,7 +55,10 @@ public:
             if (!isNew)
                 place->second = std::min(place->second, time);
         }
-        ConsoleReporter::ReportRuns(runs);
+        const bool areRepetitions = !runs.empty() && runs.front().run_type == Run::RT_Iteration &&
+                                    runs.front().repetitions > 1;
+        if (!areRepetitions)
+            ConsoleReporter::ReportRuns(runs);
     }
 
     /// 0 when the benchmark did not run.
