@@ -2,6 +2,7 @@
 
 #include "graphics/GraphicsImage.h"
 #include "graphics/UBitmap.h"
+#include "support/TestGraphics.h"
 
 #include <algorithm>
 #include <vector>
@@ -10,6 +11,7 @@ namespace qorl::testing {
 
 /// Fields of plain colour side by side, each of the given size.
 inline Ref<UBitmap> makeStripes(CmSize field, const std::vector<uint32_t>& colors) {
+    useGraphics();
     const auto bitmap =
         make<UBitmap>(CmSize{field.width * static_cast<int32_t>(colors.size()), field.height});
     const PixelLock pixels(*bitmap->getBackendImage());
