@@ -55,8 +55,8 @@ public:
             if (!isNew)
                 place->second = std::min(place->second, time);
         }
-        const bool areRepetitions = !runs.empty() && runs.front().run_type == Run::RT_Iteration &&
-                                    runs.front().repetitions > 1;
+        const bool areRepetitions =
+            !runs.empty() && runs.front().run_type == Run::RT_Iteration && runs.front().repetitions > 1;
         if (!areRepetitions)
             ConsoleReporter::ReportRuns(runs);
     }
