@@ -159,8 +159,8 @@ void ViewBuilder::buildFor(const SkinElement& element, UView& parent, IControlle
     const std::string data(text(element, SkinAttribute::data));
     if (!data.empty() && controller)
         askForRange(data, *controller, range);
-    if (range.step <= 0) {
-        wizard_.report(Severity::error, element.mark(), "the step of a loop must be 1 or more");
+    if (range.step == 0) {
+        wizard_.report(Severity::error, element.mark(), "the step of a loop can't be 0");
         return;
     }
     if (range.rounds() > SkinLimits::loopRounds) {

@@ -26,14 +26,12 @@ CmRect sizeLimits(const ViewElement& element) {
     int32_t limits[4] = {UBaseView::noLimit, UBaseView::noLimit, UBaseView::largest, UBaseView::largest};
     const std::string_view text = element.text(SkinAttribute::sizelimit);
     SizeFields fields;
-    if (!text.empty() && parsePlainSize(text, fields)) {
-        parseInts(text, limits, 4);
-    } else {
+    if (text.empty() || !parsePlainSize(text, fields)) {
         const CmPoint least = element.point(SkinAttribute::minSize, {limits[0], limits[1]});
         const CmPoint most = element.point(SkinAttribute::maxSize, {limits[2], limits[3]});
         return {least.x, least.y, most.x, most.y};
     }
-    return {limits[0], limits[1], limits[2], limits[3]};
+    return {fields.left, fields.top, fields.width, fields.height};
 }
 
 } // namespace
