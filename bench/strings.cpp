@@ -1,4 +1,4 @@
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "support/Ratio.h"
 
 #include <string>

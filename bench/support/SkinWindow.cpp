@@ -1,7 +1,7 @@
 #include "support/SkinWindow.h"
 
-#include "foundation/FMessenger.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/FMessenger.h"
+#include "foundation/messages/UpdateHandler.h"
 #include "graphics/GraphicsFactory.h"
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"

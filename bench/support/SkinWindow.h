@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/EventLoop.h"
+#include "foundation/messages/EventLoop.h"
 #include "skin/UIWizard.h"
 #include "windows/UDesktop.h"
 #include "windows/UWindow.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/FThread.h"
+#include "foundation/threads/FThread.h"
 
 namespace qorl {
 

@@ -1,7 +1,7 @@
 #include "application/SafeStart.h"
 
 #include "application/UController.h"
-#include "foundation/TranslationTable.h"
+#include "foundation/text/TranslationTable.h"
 #include "persistence/FDefaultPool.h"
 #include "platform/PlatformEvents.h"
 #include "windows/AlertPresenter.h"

@@ -2,7 +2,7 @@
 
 #include "application/ApplicationInfo.h"
 #include "application/GuiThread.h"
-#include "foundation/CmLinkedList.h"
+#include "foundation/containers/CmLinkedList.h"
 #include "persistence/FNPath.h"
 
 #include <qorl/Ref.h>

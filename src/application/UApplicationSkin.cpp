@@ -1,6 +1,6 @@
 // The skin of a program: which one it loads, and what the user hears when it can't be loaded.
 #include "application/SkinLoaderThread.h"
-#include "foundation/TranslationTable.h"
+#include "foundation/text/TranslationTable.h"
 #include "persistence/FDefaultPool.h"
 #include "persistence/FDefaults.h"
 #include "persistence/FNFileSystem.h"

@@ -2,8 +2,8 @@
 #include "application/UApplication.h"
 #include "application/UController.h"
 #include "foundation/StartupHook.h"
-#include "foundation/Ticks.h"
-#include "foundation/TranslationTable.h"
+#include "foundation/text/TranslationTable.h"
+#include "foundation/threads/Ticks.h"
 #include "graphics/GraphicsFactory.h"
 #include "persistence/FNFileSystem.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "application/ApplicationInfo.h"
-#include "foundation/EventLoop.h"
+#include "foundation/messages/EventLoop.h"
 
 namespace qorl {
 

@@ -1,7 +1,7 @@
 #include "application/UPluginApplication.h"
 
 #include "foundation/StartupHook.h"
-#include "foundation/TranslationTable.h"
+#include "foundation/text/TranslationTable.h"
 #include "persistence/FDefaultPool.h"
 #include "schemes/GlobalSchemes.h"
 

@@ -2,7 +2,7 @@
 
 #include "binding/UPlugTarget.h"
 #include "binding/Value.h"
-#include "foundation/TranslationTable.h"
+#include "foundation/text/TranslationTable.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "binding/Value.h"
-#include "foundation/CmString.h"
+#include "foundation/text/CmString.h"
 
 namespace qorl::Binding {
 

@@ -2,7 +2,7 @@
 
 #include "binding/Value.h"
 #include "foundation/Cast.h"
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 
 namespace qorl {
 

@@ -5,10 +5,10 @@
 #include "binding/ValueActivity.h"
 #include "foundation/Cast.h"
 #include "foundation/ClassRecord.h"
-#include "foundation/FMessage.h"
-#include "foundation/StringObject.h"
-#include "foundation/TranslationTable.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/UpdateHandler.h"
+#include "foundation/text/StringObject.h"
+#include "foundation/text/TranslationTable.h"
 #include "persistence/FAttributes.h"
 
 #include <cmath>

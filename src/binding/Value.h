@@ -3,7 +3,7 @@
 #include "binding/BoundValueFace.h"
 #include "foundation/ClassMacros.h"
 #include "foundation/CmObject.h"
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 
 #include <qorl/IBoundValue.h>
 #include <qorl/Ref.h>

@@ -1,7 +1,7 @@
 #include "commands/UKeyCode.h"
 
-#include "foundation/ConstString.h"
-#include "foundation/String.h"
+#include "foundation/text/ConstString.h"
+#include "foundation/text/String.h"
 
 #include <array>
 

@@ -2,7 +2,7 @@
 
 #include "foundation/CmObject.h"
 #include "foundation/FUID.h"
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 
 #include <qorl/Ref.h>
 

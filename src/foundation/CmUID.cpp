@@ -1,7 +1,7 @@
 #include "foundation/CmUID.h"
 
 #include "foundation/Cast.h"
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "persistence/FAttributes.h"
 #include "persistence/FObjectArchive.h"
 #include "persistence/FStream.h"

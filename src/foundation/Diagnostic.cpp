@@ -1,8 +1,8 @@
 #include "foundation/Diagnostic.h"
 
-#include "foundation/FLock.h"
 #include "foundation/FObject.h"
 #include "foundation/Singleton.h"
+#include "foundation/threads/FLock.h"
 
 #include <algorithm>
 #include <set>

@@ -1,7 +1,7 @@
 #include "foundation/FObject.h"
 
 #include "foundation/FUID.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/UpdateHandler.h"
 
 namespace qorl {
 

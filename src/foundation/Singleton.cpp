@@ -1,6 +1,6 @@
 #include "foundation/Singleton.h"
 
-#include "foundation/FLock.h"
+#include "foundation/threads/FLock.h"
 
 #include <vector>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "foundation/ClassMacros.h"
-#include "foundation/ConstString.h"
 #include "foundation/FObject.h"
+#include "foundation/text/ConstString.h"
 #include "graphics/DrawTypes.h"
 
 #include <qorl/Ref.h>

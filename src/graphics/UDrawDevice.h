@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/ConstString.h"
+#include "foundation/text/ConstString.h"
 #include "graphics/DrawTarget.h"
 #include "graphics/FastPrimitives.h"
 #include "graphics/GraphicsPath.h"

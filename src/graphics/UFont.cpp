@@ -1,7 +1,7 @@
 #include "graphics/UFont.h"
 
 #include "foundation/Cast.h"
-#include "foundation/CmString.h"
+#include "foundation/text/CmString.h"
 #include "graphics/GraphicsFactory.h"
 
 #include <cmath>

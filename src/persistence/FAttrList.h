@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/CmObject.h"
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "persistence/FAttributes.h"
 
 #include <qorl/Ref.h>

@@ -1,7 +1,7 @@
 #include "persistence/FAttributeValue.h"
 
 #include "foundation/Cast.h"
-#include "foundation/CmString.h"
+#include "foundation/text/CmString.h"
 
 #include <bit>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/CmObject.h"
-#include "foundation/ConstString.h"
+#include "foundation/text/ConstString.h"
 
 #include <string>
 #include <string_view>

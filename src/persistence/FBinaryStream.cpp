@@ -1,6 +1,6 @@
 #include "persistence/FBinaryStream.h"
 
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/CmString.h"
+#include "foundation/text/CmString.h"
 #include "persistence/FAttributes.h"
 
 namespace qorl {

@@ -1,10 +1,10 @@
 #include "skin/UIWizard.h"
 
 #include "binding/Value.h"
-#include "foundation/FMessage.h"
 #include "foundation/Singleton.h"
 #include "foundation/Teardown.h"
-#include "foundation/TranslationTable.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/text/TranslationTable.h"
 #include "graphics/UColor.h"
 #include "schemes/GlobalSchemes.h"
 #include "schemes/USchemeClass.h"

@@ -1,7 +1,7 @@
 #include "skin/ViewBuilder.h"
 
 #include "foundation/Cast.h"
-#include "foundation/TranslationTable.h"
+#include "foundation/text/TranslationTable.h"
 #include "graphics/UBitmap.h"
 #include "persistence/FAttributes.h"
 #include "skin/BuildScopes.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "graphics/UFont.h"
 #include "skin/IController.h"
 #include "skin/SkinLimits.h"

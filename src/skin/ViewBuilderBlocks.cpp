@@ -1,4 +1,4 @@
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "graphics/UColor.h"
 #include "persistence/FAttributes.h"
 #include "schemes/GlobalSchemes.h"

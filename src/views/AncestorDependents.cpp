@@ -1,7 +1,7 @@
 #include "views/AncestorDependents.h"
 
 #include "foundation/Cast.h"
-#include "foundation/CmArray.h"
+#include "foundation/containers/CmArray.h"
 #include "persistence/FAttributes.h"
 #include "views/UView.h"
 

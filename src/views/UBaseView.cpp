@@ -1,6 +1,6 @@
 #include "views/UBaseView.h"
 
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "persistence/FDefaultPool.h"
 #include "schemes/UScheme.h"
 #include "views/ViewNotices.h"

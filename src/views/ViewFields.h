@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/CmObject.h"
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "views/SubViewIterator.h"
 #include "views/ViewCore.h"
 #include "views/ViewFlags.h"

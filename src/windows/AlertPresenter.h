@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 
 namespace qorl {
 

@@ -1,6 +1,6 @@
 #include "windows/UDesktop.h"
 
-#include "foundation/EventLoop.h"
+#include "foundation/messages/EventLoop.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "windows/PlainTipPresenter.h"

@@ -1,6 +1,6 @@
 #include "windows/UPopupWindow.h"
 
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "schemes/SchemeKeys.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/UTimer.h"
+#include "foundation/messages/UTimer.h"
 #include "windows/UWindow.h"
 
 namespace qorl {

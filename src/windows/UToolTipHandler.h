@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "windows/UDesktop.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 #include "windows/UWindow.h"
 
-#include "foundation/FMessage.h"
-#include "foundation/FMessenger.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/FMessenger.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "schemes/UScheme.h"

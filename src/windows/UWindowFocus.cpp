@@ -1,4 +1,4 @@
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "views/FocusPolicy.h"

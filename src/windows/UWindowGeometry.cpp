@@ -1,5 +1,5 @@
-#include "foundation/FMessage.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/UpdateHandler.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "views/GeometryAttributes.h"

@@ -1,5 +1,5 @@
-#include "foundation/FMessage.h"
-#include "foundation/FMessenger.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/FMessenger.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "windows/UDesktop.h"

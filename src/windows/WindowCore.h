@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "graphics/UColor.h"
 #include "platform/PlatformWindow.h"
 #include "schemes/UScheme.h"

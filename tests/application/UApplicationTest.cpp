@@ -2,8 +2,8 @@
 
 #include "application/StandardMenus.h"
 #include "application/UController.h"
-#include "foundation/FMessage.h"
 #include "foundation/StartupHook.h"
+#include "foundation/messages/FMessage.h"
 #include "persistence/FDefaultPool.h"
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"

@@ -6,9 +6,9 @@
 #include "binding/ValueActivity.h"
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
-#include "foundation/CmString.h"
-#include "foundation/FMessage.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/UpdateHandler.h"
+#include "foundation/text/CmString.h"
 #include "persistence/FAttributes.h"
 
 #include <gtest/gtest.h>

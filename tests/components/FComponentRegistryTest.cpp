@@ -2,9 +2,9 @@
 
 #include "foundation/Cast.h"
 #include "foundation/CmDelegatingUnknown.h"
-#include "foundation/CmString.h"
 #include "foundation/FPersistent.h"
-#include "foundation/StringObject.h"
+#include "foundation/text/CmString.h"
+#include "foundation/text/StringObject.h"
 #include "persistence/FAttributes.h"
 #include "persistence/FDefaultPool.h"
 

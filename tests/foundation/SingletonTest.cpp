@@ -1,7 +1,7 @@
 #include "foundation/Singleton.h"
 
-#include "foundation/FLock.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/UpdateHandler.h"
+#include "foundation/threads/FLock.h"
 
 #include <atomic>
 #include <cstdlib>

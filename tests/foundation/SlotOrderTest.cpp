@@ -1,6 +1,6 @@
-#include "foundation/CmContainer.h"
 #include "foundation/CmObject.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/containers/CmContainer.h"
+#include "foundation/messages/UpdateHandler.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

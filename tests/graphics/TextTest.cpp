@@ -1,5 +1,5 @@
 #include "foundation/Cast.h"
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "graphics/GraphicsFactory.h"
 #include "graphics/UFont.h"
 #include "graphics/cairo/CairoFont.h"

@@ -1,7 +1,7 @@
 #include "persistence/FAttributes.h"
 
 #include "foundation/Cast.h"
-#include "foundation/CmString.h"
+#include "foundation/text/CmString.h"
 #include "persistence/AttributesStream.h"
 #include "persistence/FAttrList.h"
 #include "persistence/FMemoryStream.h"

@@ -1,6 +1,6 @@
 #include "persistence/FMemoryStream.h"
 
-#include "foundation/CmString.h"
+#include "foundation/text/CmString.h"
 #include "persistence/FAttributes.h"
 
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "persistence/FXmlParser2.h"
 
-#include "foundation/StringObject.h"
+#include "foundation/text/StringObject.h"
 #include "persistence/FMemoryStream.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "persistence/XmlDocument.h"
 
 #include "foundation/Cast.h"
-#include "foundation/CmString.h"
+#include "foundation/text/CmString.h"
 #include "persistence/FAttrList.h"
 #include "persistence/FMemoryStream.h"
 #include "persistence/FXmlObject.h"

@@ -2,7 +2,7 @@
 #include "binding/IntValue.h"
 #include "binding/StringValue.h"
 #include "foundation/Cast.h"
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "persistence/FAttributes.h"
 #include "skin/ControllerScope.h"
 #include "skin/FController.h"

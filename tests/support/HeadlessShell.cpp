@@ -1,9 +1,9 @@
 #include "support/HeadlessShell.h"
 
 #include "commands/UKeyCode.h"
-#include "foundation/ConstString.h"
-#include "foundation/FMessenger.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/FMessenger.h"
+#include "foundation/messages/UpdateHandler.h"
+#include "foundation/text/ConstString.h"
 #include "graphics/GraphicsFactory.h"
 #include "platform/Platform.h"
 #include "platform/Region.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/Cast.h"
-#include "foundation/EventLoop.h"
+#include "foundation/messages/EventLoop.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "skin/PreviewController.h"
 #include "skin/UIWizard.h"

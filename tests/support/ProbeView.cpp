@@ -1,6 +1,6 @@
 #include "support/ProbeView.h"
 
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 
 namespace qorl::testing {
 

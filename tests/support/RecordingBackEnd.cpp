@@ -1,6 +1,6 @@
 #include "support/RecordingBackEnd.h"
 
-#include "foundation/ConstString.h"
+#include "foundation/text/ConstString.h"
 #include "graphics/FastPrimitives.h"
 #include "graphics/GraphicsPath.h"
 #include "graphics/TransformMatrix.h"

@@ -1,7 +1,7 @@
 #include "views/UBaseView.h"
 
 #include "RecordingViews.h"
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "persistence/FAttributes.h"
 #include "support/HeadlessShell.h"
 #include "windows/UDocWindow.h"

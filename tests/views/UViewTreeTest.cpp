@@ -1,5 +1,5 @@
 #include "RecordingViews.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/UpdateHandler.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "binding/IntValue.h"
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
 #include "views/controls/UControl.h"

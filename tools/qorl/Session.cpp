@@ -2,8 +2,8 @@
 
 #include "binding/Value.h"
 #include "foundation/Cast.h"
-#include "foundation/FMessenger.h"
-#include "foundation/UpdateHandler.h"
+#include "foundation/messages/FMessenger.h"
+#include "foundation/messages/UpdateHandler.h"
 #include "graphics/GraphicsFactory.h"
 #include "persistence/FNPath.h"
 #include "platform/Files.h"

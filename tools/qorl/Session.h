@@ -2,7 +2,7 @@
 
 #include "CommandLine.h"
 #include "foundation/Diagnostic.h"
-#include "foundation/EventLoop.h"
+#include "foundation/messages/EventLoop.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "skin/PreviewController.h"
 #include "windows/UDesktop.h"

@@ -1,6 +1,6 @@
 #include "Session.h"
 #include "foundation/CmObject.h"
-#include "foundation/UTimer.h"
+#include "foundation/messages/UTimer.h"
 
 #include <cstdio>
 #include <filesystem>

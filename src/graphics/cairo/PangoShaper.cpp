@@ -1,6 +1,6 @@
 #include "graphics/cairo/PangoShaper.h"
 
-#include "foundation/ConstString.h"
+#include "foundation/text/ConstString.h"
 #include "graphics/UFont.h"
 #include "platform/DynamicLibrary.h"
 

@@ -1,6 +1,6 @@
 #include "views/controls/ControlText.h"
 
-#include "foundation/String.h"
+#include "foundation/text/String.h"
 #include "views/controls/ControlStyle.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "views/controls/PressLoop.h"
 
-#include "foundation/EventLoop.h"
+#include "foundation/messages/EventLoop.h"
 #include "platform/Platform.h"
 #include "views/UView.h"
 

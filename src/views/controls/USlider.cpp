@@ -1,6 +1,6 @@
 #include "views/controls/USlider.h"
 
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "graphics/UBitmap.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/UTimer.h"
+#include "foundation/messages/UTimer.h"
 #include "views/controls/SliderTracker.h"
 #include "views/controls/UControl.h"
 

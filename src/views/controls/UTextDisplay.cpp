@@ -1,6 +1,6 @@
 #include "views/controls/UTextDisplay.h"
 
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "schemes/UScheme.h"
 #include "views/ViewDevice.h"
 #include "views/controls/ControlStyle.h"

@@ -1,6 +1,6 @@
 #include "views/controls/UTextEdit.h"
 
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "views/controls/ControlStyle.h"
 
 namespace qorl {

@@ -1,8 +1,8 @@
 #include "views/controls/UControl.h"
 
 #include "binding/IntValue.h"
-#include "foundation/CmString.h"
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/text/CmString.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
 #include "windows/UWindow.h"

@@ -1,4 +1,4 @@
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
 #include "views/controls/USwitch.h"

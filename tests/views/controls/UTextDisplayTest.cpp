@@ -1,6 +1,6 @@
 #include "views/controls/UTextDisplay.h"
 
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
 
 #include <gtest/gtest.h>

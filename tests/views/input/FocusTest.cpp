@@ -1,4 +1,4 @@
-#include "foundation/FMessage.h"
+#include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
 #include "views/FocusPolicy.h"

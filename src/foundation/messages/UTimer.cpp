@@ -1,0 +1,41 @@
+#include "foundation/messages/UTimer.h"
+
+#include "foundation/messages/FMessage.h"
+#include "platform/Platform.h"
+
+#include <utility>
+
+namespace qorl {
+
+UTimer::UTimer(CmObject* target, int32_t period) : target_(target), period_(period) {}
+
+UTimer::~UTimer() {
+    stop();
+}
+
+bool UTimer::start(int32_t period) {
+    stop();
+    if (period > 0)
+        period_ = period;
+    platform::DesktopServices* desktop = platform::desktop();
+    if (!desktop)
+        return false;
+    timer_ = desktop->startTimer(period_ > 0 ? period_ : 1, *this);
+    return isRunning();
+}
+
+void UTimer::stop() {
+    const platform::TimerId timer = std::exchange(timer_, platform::noTimer);
+    platform::DesktopServices* desktop = platform::desktop();
+    if (timer != platform::noTimer && desktop)
+        desktop->stopTimer(timer);
+}
+
+void UTimer::timerElapsed(platform::TimerId) {
+    const Ref<UTimer> self = retain(this);
+    const Ref<FMessage> message = make<FMessage>("Timer");
+    message->setObject("Timer", this);
+    target_->handleMessage(message.get());
+}
+
+} // namespace qorl

@@ -1,0 +1,61 @@
+#include "foundation/text/CmString.h"
+
+#include "foundation/Cast.h"
+#include "persistence/FAttributes.h"
+#include "persistence/FObjectArchive.h"
+#include "persistence/FStream.h"
+
+namespace qorl {
+
+QORL_REGISTER(CmString, "CmString", CmObject, 0)
+
+bool CmString::isEqual(const CmObject* other) const {
+    const auto* text = cast<CmString>(other);
+    return text ? string_ == text->string_ : CmObject::isEqual(other);
+}
+
+int32_t CmString::compare(const CmObject* other) const {
+    const auto* text = cast<CmString>(other);
+    return text ? string_.compare(text->string_) : CmObject::compare(other);
+}
+
+uint32_t CmString::hashCode(uint32_t size) const {
+    return string_.hashCode(size);
+}
+bool CmString::readFrom(FObjectArchive* archive) {
+    return string_.readFrom(archive->stream());
+}
+bool CmString::writeTo(FObjectArchive* archive) {
+    return string_.writeTo(archive->stream());
+}
+
+bool CmString::storeAttributes(FAttributes* attributes) {
+    attributes->setString("s", string_);
+    return true;
+}
+
+bool CmString::restoreAttributes(FAttributes* attributes) {
+    string_ = attributes->getString("s");
+    return true;
+}
+
+void CmString::set8(const char* text) {
+    string_.assign8(text);
+}
+void CmString::set16(const char16_t* text) {
+    string_.assign16(text);
+}
+const char* CmString::get8() {
+    return string_.text8();
+}
+const char16_t* CmString::get16() {
+    return string_.text16();
+}
+void CmString::take(void* buffer, bool isWide) {
+    string_.take(buffer, isWide);
+}
+bool CmString::isWideString() {
+    return string_.isWide();
+}
+
+} // namespace qorl

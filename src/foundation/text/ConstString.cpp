@@ -1,0 +1,468 @@
+#include "foundation/text/ConstString.h"
+
+#include "foundation/text/String.h"
+#include "foundation/text/TextConversion.h"
+
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
+
+namespace qorl {
+
+using text::isDigitIn;
+using text::value;
+using text::View;
+using text::WideCopy;
+
+namespace {
+
+int32_t sign(int64_t difference) {
+    return difference < 0 ? -1 : difference > 0 ? 1 : 0;
+}
+
+/// The lower-case form of the next character, moving on behind it.
+template <typename Char>
+char32_t nextLower(View<Char> text, int32_t& at) {
+    const auto unit = value(text[static_cast<size_t>(at)]);
+    if (unit < 0x80) {
+        ++at;
+        return text::lowerAscii(unit);
+    }
+    return text::lower(text::nextPoint(text, at));
+}
+
+template <typename Char>
+int32_t compareFolded(View<Char> a, View<Char> b) {
+    const auto sizeA = static_cast<int32_t>(a.size());
+    const auto sizeB = static_cast<int32_t>(b.size());
+    int32_t atA = 0;
+    int32_t atB = 0;
+    while (atA < sizeA && atB < sizeB) {
+        const char32_t pointA = nextLower(a, atA);
+        const char32_t pointB = nextLower(b, atB);
+        if (pointA != pointB)
+            return pointA < pointB ? -1 : 1;
+    }
+    return sign((sizeA - atA) - static_cast<int64_t>(sizeB - atB));
+}
+
+template <typename Char>
+int32_t compareViews(View<Char> a, View<Char> b, bool ignoreCase) {
+    return ignoreCase ? compareFolded(a, b) : sign(a.compare(b));
+}
+
+template <typename Char>
+View<Char> first(View<Char> text, int32_t count) {
+    return count < 0 ? text : text.substr(0, static_cast<size_t>(count));
+}
+
+/// How many characters of `text` match all of `wanted`, case aside; -1 for no match.
+template <typename Char>
+int32_t matchFolded(View<Char> text, View<Char> wanted) {
+    int32_t at = 0;
+    for (int32_t wantedAt = 0; wantedAt < static_cast<int32_t>(wanted.size());)
+        if (at >= static_cast<int32_t>(text.size()) || nextLower(text, at) != nextLower(wanted, wantedAt))
+            return -1;
+    return at;
+}
+
+using Units8 = uint16_t __attribute__((vector_size(16)));
+
+/// The next place of a unit, eight at a time.
+size_t findUnit(View<char16_t> text, char16_t unit, size_t at) {
+    const Units8 wanted = {unit, unit, unit, unit, unit, unit, unit, unit};
+    for (; at + 8 <= text.size(); at += 8) {
+        Units8 units;
+        std::memcpy(&units, text.data() + at, sizeof units);
+        uint64_t hits[2];
+        const auto equal = units == wanted;
+        std::memcpy(hits, &equal, sizeof hits);
+        if (hits[0])
+            return at + static_cast<size_t>(__builtin_ctzll(hits[0])) / 16;
+        if (hits[1])
+            return at + 4 + static_cast<size_t>(__builtin_ctzll(hits[1])) / 16;
+    }
+    while (at < text.size() && text[at] != unit)
+        ++at;
+    return at < text.size() ? at : text.npos;
+}
+
+size_t findExact(View<char> text, View<char> wanted, size_t start) {
+    return text.find(wanted, start);
+}
+
+/// The library's own search for 16-bit units looks at one after the other.
+size_t findExact(View<char16_t> text, View<char16_t> wanted, size_t start) {
+    if (wanted.size() > text.size())
+        return text.npos;
+    const View<char16_t> starts = text.substr(0, text.size() - wanted.size() + 1);
+    for (size_t at = start; (at = findUnit(starts, wanted[0], at)) != text.npos; ++at)
+        if (std::memcmp(text.data() + at, wanted.data(), wanted.size() * sizeof(char16_t)) == 0)
+            return at;
+    return text.npos;
+}
+
+template <typename Char>
+int32_t findForward(View<Char> text, View<Char> wanted, int32_t start, bool ignoreCase) {
+    if (wanted.empty() || start < 0 || static_cast<size_t>(start) >= text.size())
+        return ConstString::notFound;
+    if (!ignoreCase)
+        return static_cast<int32_t>(findExact(text, wanted, static_cast<size_t>(start)));
+    for (size_t at = static_cast<size_t>(start); at < text.size(); ++at)
+        if (matchFolded(text.substr(at), wanted) >= 0)
+            return static_cast<int32_t>(at);
+    return ConstString::notFound;
+}
+
+template <typename Char>
+int32_t findBackward(View<Char> text, View<Char> wanted, int32_t start, bool ignoreCase) {
+    if (wanted.empty() || text.empty())
+        return ConstString::notFound;
+    const size_t from =
+        start < 0 ? text.size() - 1 : std::min<size_t>(static_cast<size_t>(start), text.size() - 1);
+    if (!ignoreCase)
+        return static_cast<int32_t>(text.rfind(wanted, from));
+    for (size_t at = from + 1; at-- > 0;)
+        if (matchFolded(text.substr(at), wanted) >= 0)
+            return static_cast<int32_t>(at);
+    return ConstString::notFound;
+}
+
+template <typename Char>
+int32_t firstDifferenceOf(View<Char> a, View<Char> b, bool ignoreCase) {
+    const auto sizeA = static_cast<int32_t>(a.size());
+    const auto sizeB = static_cast<int32_t>(b.size());
+    int32_t atA = 0;
+    int32_t atB = 0;
+    while (atA < sizeA && atB < sizeB) {
+        const int32_t here = atA;
+        if (ignoreCase ? nextLower(a, atA) != nextLower(b, atB)
+                       : a[static_cast<size_t>(atA++)] != b[static_cast<size_t>(atB++)])
+            return here;
+    }
+    return atA == sizeA && atB == sizeB ? ConstString::notFound : atA;
+}
+
+template <typename Char>
+size_t skipZeros(View<Char> text, size_t at) {
+    while (at < text.size() && text[at] == '0')
+        ++at;
+    return at;
+}
+
+template <typename Char>
+size_t skipDigits(View<Char> text, size_t at) {
+    while (isDigitIn(text, at))
+        ++at;
+    return at;
+}
+
+/// Compares the numbers that begin at both places and moves behind them.
+template <typename Char>
+int32_t compareNumbers(View<Char> a, size_t& atA, View<Char> b, size_t& atB) {
+    const size_t digitsA = skipZeros(a, atA);
+    const size_t digitsB = skipZeros(b, atB);
+    const size_t endA = skipDigits(a, digitsA);
+    const size_t endB = skipDigits(b, digitsB);
+    const auto lengths = static_cast<int64_t>(endA - digitsA) - static_cast<int64_t>(endB - digitsB);
+    if (lengths != 0)
+        return sign(lengths);
+    const int digits = a.substr(digitsA, endA - digitsA).compare(b.substr(digitsB, endB - digitsB));
+    const auto zeros = static_cast<int64_t>(digitsA - atA) - static_cast<int64_t>(digitsB - atB);
+    atA = endA;
+    atB = endB;
+    return digits != 0 ? sign(digits) : sign(zeros);
+}
+
+template <typename Char>
+int32_t compareNaturally(View<Char> a, View<Char> b, bool caseSensitive) {
+    size_t atA = 0;
+    size_t atB = 0;
+    while (atA < a.size() && atB < b.size()) {
+        if (isDigitIn(a, atA) && isDigitIn(b, atB)) {
+            if (const int32_t order = compareNumbers(a, atA, b, atB))
+                return order;
+            continue;
+        }
+        auto nextA = static_cast<int32_t>(atA);
+        auto nextB = static_cast<int32_t>(atB);
+        const char32_t pointA = caseSensitive ? text::nextPoint(a, nextA) : nextLower(a, nextA);
+        const char32_t pointB = caseSensitive ? text::nextPoint(b, nextB) : nextLower(b, nextB);
+        if (pointA != pointB)
+            return pointA < pointB ? -1 : 1;
+        atA = static_cast<size_t>(nextA);
+        atB = static_cast<size_t>(nextB);
+    }
+    return sign(static_cast<int64_t>(a.size() - atA) - static_cast<int64_t>(b.size() - atB));
+}
+
+template <typename Result, typename Work>
+[[gnu::noinline]] Result madeWide(const ConstString& a, const ConstString& b, Result failed,
+                                  const Work& work) {
+    const WideCopy wideA(a);
+    const WideCopy wideB(b);
+    return wideA.isValid() && wideB.isValid() ? work(wideA.view(), wideB.view()) : failed;
+}
+
+/// Calls `work` with both texts in one width, the 8-bit one of a mixed pair made wide. `failed` when that
+/// can't be.
+template <typename Work, typename Result = std::invoke_result_t<Work, View<char>, View<char>>>
+Result inOneWidth(const ConstString& a, const ConstString& b, Result failed, const Work& work) {
+    if (a.isWide() != b.isWide())
+        return madeWide<Result>(a, b, failed, work);
+    return a.isWide() ? work(a.view16(), b.view16()) : work(a.view8(), b.view8());
+}
+
+/// A text of nothing but ASCII is compared where it stands.
+bool equalsMixed(View<char> narrow, View<char16_t> wide) {
+    for (size_t i = 0; i < narrow.size(); ++i) {
+        if (value(narrow[i]) >= 0x80) {
+            const WideCopy copy{ConstString(narrow)};
+            return copy.isValid() && copy.view() == wide;
+        }
+        if (i >= wide.size() || value(narrow[i]) != value(wide[i]))
+            return false;
+    }
+    return narrow.size() == wide.size();
+}
+
+template <typename Char>
+uint32_t hashOf(View<Char> text, uint32_t size) {
+    uint32_t hash = 0;
+    for (const Char c : text) {
+        const auto character =
+            sizeof(Char) == 1 ? static_cast<int32_t>(static_cast<signed char>(c)) : static_cast<int32_t>(c);
+        hash = ((hash << 6) + static_cast<uint32_t>(character)) % size;
+    }
+    return hash;
+}
+
+template <typename Char>
+int32_t copyOut(View<Char> text, Char* buffer, int32_t start, int32_t count) {
+    const View<Char> part = static_cast<size_t>(start) < text.size() && start >= 0
+                                ? first(text.substr(static_cast<size_t>(start)), count)
+                                : View<Char>();
+    std::copy(part.begin(), part.end(), buffer);
+    buffer[part.size()] = 0;
+    return static_cast<int32_t>(part.size());
+}
+
+} // namespace
+
+ConstString::ConstString(const ConstString& whole, int32_t start, int32_t length) {
+    start = std::clamp(start, 0, whole.size());
+    const int32_t rest = whole.size() - start;
+    const int32_t count = length < 0 ? rest : std::min(length, rest);
+    word_ = (whole.word_ & wideFlag) | static_cast<uint32_t>(count);
+    if (whole.buffer_)
+        buffer_ = whole.isWide() ? static_cast<const void*>(whole.chars16() + start) : whole.chars8() + start;
+}
+
+ConstString::ConstString(const FAttributeVariant& variant) {
+    if (variant.bareKind() == FAttributeVariant::text8)
+        *this = ConstString(variant.text8Value);
+    else if (variant.bareKind() == FAttributeVariant::text16)
+        *this = ConstString(variant.text16Value);
+}
+
+int32_t ConstString::length() const {
+    return size();
+}
+const char* ConstString::text8() const {
+    return isWide() || !buffer_ ? "" : chars8();
+}
+const char16_t* ConstString::text16() const {
+    return !isWide() || !buffer_ ? u"" : chars16();
+}
+const char16_t* ConstString::text() const {
+    return text16();
+}
+const void* ConstString::data() const {
+    return buffer_;
+}
+
+char ConstString::char8At(int32_t index) const {
+    return isWide() || index < 0 || index >= size() ? '\0' : chars8()[index];
+}
+
+char16_t ConstString::char16At(int32_t index) const {
+    return !isWide() || index < 0 || index >= size() ? u'\0' : chars16()[index];
+}
+
+std::string ConstString::toUtf8() const {
+    return isWide() ? text::narrow(view16()) : std::string(view8());
+}
+
+std::u16string ConstString::toUtf16() const {
+    return isWide() ? std::u16string(view16()) : text::widenAnyway(view8());
+}
+
+bool ConstString::isAscii() const {
+    return isWide() ? text::isAscii(view16()) : text::isAscii(view8());
+}
+
+bool ConstString::isNormalized() const {
+    if (isAscii())
+        return true;
+    const WideCopy wide(*this);
+    return wide.isValid() && text::composedLength(wide.view()) == static_cast<int32_t>(wide.view().size());
+}
+
+int32_t ConstString::compare(const ConstString& other, int32_t count, bool ignoreCase) const {
+    if (count == 0)
+        return 0;
+    if (other.isEmpty())
+        return isEmpty() ? 0 : 1;
+    if (isEmpty())
+        return -1;
+    return inOneWidth(*this, other, -1, [=](auto a, auto b) {
+        return compareViews(first(a, count), first(b, count), ignoreCase);
+    });
+}
+
+bool ConstString::equals(const ConstString& other) const {
+    if (isWide() != other.isWide())
+        return isWide() ? equalsMixed(other.view8(), view16()) : equalsMixed(view8(), other.view16());
+    const size_t bytes = static_cast<size_t>(size()) * (isWide() ? sizeof(char16_t) : sizeof(char));
+    return size() == other.size() && (bytes == 0 || std::memcmp(buffer_, other.buffer_, bytes) == 0);
+}
+
+int32_t ConstString::matchLength(int32_t start, const ConstString& wanted, bool ignoreCase) const {
+    if (!ignoreCase)
+        return wanted.size();
+    const auto at = static_cast<size_t>(start);
+    return isWide() ? matchFolded(view16().substr(at), wanted.view16())
+                    : matchFolded(view8().substr(at), wanted.view8());
+}
+
+int32_t ConstString::compareNatural(const ConstString& other, bool caseSensitive) const {
+    return inOneWidth(*this, other, -1,
+                      [=](auto a, auto b) { return compareNaturally(a, b, caseSensitive); });
+}
+
+bool ConstString::charEquals(int32_t index, char character) const {
+    if (index < 0 || index >= size())
+        return character == 0;
+    if (!isWide())
+        return chars8()[index] == character;
+    return value(character) < 0x80 && chars16()[index] == static_cast<char16_t>(character);
+}
+
+bool ConstString::charEquals(int32_t index, char16_t character) const {
+    if (index < 0 || index >= size())
+        return character == 0;
+    if (isWide())
+        return chars16()[index] == character;
+    return character < 0x80 && chars8()[index] == static_cast<char>(character);
+}
+
+int32_t ConstString::find(const ConstString& other, int32_t start, int32_t count, bool ignoreCase) const {
+    return inOneWidth(*this, other, notFound, [=](auto text, auto wanted) {
+        return findForward(text, first(wanted, count), start, ignoreCase);
+    });
+}
+
+int32_t ConstString::findChar8(char character, int32_t start, bool ignoreCase) const {
+    return find(ConstString(&character, 1), start, 1, ignoreCase);
+}
+
+int32_t ConstString::findChar16(char16_t character, int32_t start, bool ignoreCase) const {
+    if (isWide())
+        return find(ConstString(&character, 1), start, 1, ignoreCase);
+    // In bytes, so that the index found is one of this text.
+    const std::string bytes = text::narrow(std::u16string_view(&character, 1));
+    return find(ConstString(std::string_view(bytes)), start, all, ignoreCase);
+}
+
+int32_t ConstString::findLast(const ConstString& other, int32_t start, int32_t count, bool ignoreCase) const {
+    return inOneWidth(*this, other, notFound, [=](auto text, auto wanted) {
+        return findBackward(text, first(wanted, count), start, ignoreCase);
+    });
+}
+
+int32_t ConstString::findLastChar8(char character, int32_t start, bool ignoreCase) const {
+    return findLast(ConstString(&character, 1), start, 1, ignoreCase);
+}
+
+int32_t ConstString::findLastChar16(char16_t character, int32_t start, bool ignoreCase) const {
+    if (isWide())
+        return findLast(ConstString(&character, 1), start, 1, ignoreCase);
+    const std::string bytes = text::narrow(std::u16string_view(&character, 1));
+    return findLast(ConstString(std::string_view(bytes)), start, all, ignoreCase);
+}
+
+bool ConstString::startsWith(const ConstString& other, bool ignoreCase) const {
+    return inOneWidth(*this, other, other.isEmpty(), [=](auto text, auto wanted) {
+        return ignoreCase ? matchFolded(text, wanted) >= 0 : text.substr(0, wanted.size()) == wanted;
+    });
+}
+
+bool ConstString::endsWith(const ConstString& other, bool ignoreCase) const {
+    return inOneWidth(*this, other, other.isEmpty(), [=](auto text, auto wanted) {
+        if (wanted.size() > text.size())
+            return false;
+        return compareViews(text.substr(text.size() - wanted.size()), wanted, ignoreCase) == 0;
+    });
+}
+
+bool ConstString::contains(const ConstString& other, bool ignoreCase) const {
+    return find(other, 0, all, ignoreCase) != notFound;
+}
+
+int32_t ConstString::firstDifference(const ConstString& other, bool ignoreCase) const {
+    return inOneWidth(*this, other, notFound,
+                      [=](auto a, auto b) { return firstDifferenceOf(a, b, ignoreCase); });
+}
+
+bool ConstString::substring(String& target, int32_t start, int32_t count) const {
+    if (start < 0 || start >= size())
+        return false;
+    target.assign(ConstString(*this, start, count));
+    return true;
+}
+
+int32_t ConstString::extract8(char* buffer, int32_t start, int32_t count) const {
+    if (!buffer)
+        return 0;
+    if (!isWide())
+        return copyOut(view8(), buffer, start, count);
+    const std::string bytes = toUtf8();
+    return copyOut(std::string_view(bytes), buffer, start, count);
+}
+
+int32_t ConstString::extract16(char16_t* buffer, int32_t start, int32_t count) const {
+    if (!buffer)
+        return 0;
+    const WideCopy wide(*this);
+    return copyOut(wide.view(), buffer, start, count);
+}
+
+bool ConstString::isDigitAt(int32_t index) const {
+    if (index < 0)
+        return false;
+    return isWide() ? isDigitIn(view16(), static_cast<size_t>(index))
+                    : isDigitIn(view8(), static_cast<size_t>(index));
+}
+
+bool ConstString::isLetterAt(int32_t index) const {
+    if (index < 0 || index >= size())
+        return false;
+    if (isWide())
+        return text::isLetter(chars16()[index]);
+    const char32_t lower = text::lowerAscii(value(chars8()[index]));
+    return lower >= 'a' && lower <= 'z';
+}
+
+bool ConstString::isSpaceAt(int32_t index) const {
+    if (index < 0 || index >= size())
+        return false;
+    return isWide() ? text::isSpace(chars16()[index]) : text::isAsciiSpace(value(chars8()[index]));
+}
+
+uint32_t ConstString::hashCode(uint32_t size) const {
+    if (size == 0)
+        return 0;
+    return isWide() ? hashOf(view16(), size) : hashOf(view8(), size);
+}
+
+} // namespace qorl

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "foundation/text/ConstString.h"
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+/// Conversion between encodings, and case and kind of characters. Pure functions; any thread may call them.
+namespace qorl::text {
+
+constexpr uint32_t systemCodePage = 0;
+constexpr uint32_t utf8CodePage = 65001;
+constexpr int32_t invalid = -1;
+
+bool isAscii(std::string_view text);
+bool isAscii(std::u16string_view text);
+
+/// The length that valid UTF-8 has in UTF-16, or `invalid`.
+int32_t wideLength(std::string_view utf8);
+/// `out` holds `wideLength` units, which the caller has asked for before.
+void widen(std::string_view utf8, char16_t* out);
+
+/// A lone surrogate counts, and is written, as U+FFFD.
+int64_t narrowLength(std::u16string_view wide);
+void narrow(std::u16string_view wide, char* out);
+
+/// What is no valid UTF-8 becomes U+FFFD, one for each faulty sequence.
+std::u16string widenAnyway(std::string_view utf8);
+std::string narrow(std::u16string_view wide);
+
+/// By number, as Windows counts code pages; 0 and 65001 are UTF-8. False for invalid bytes or an unknown code
+/// page.
+bool decode(uint32_t codePage, std::string_view bytes, std::u16string& out);
+/// A character that the code page lacks becomes its substitute. False for an unknown code page.
+bool encode(uint32_t codePage, std::u16string_view wide, std::string& out);
+
+/// Simple case mapping: one character for one.
+char32_t lower(char32_t character);
+char32_t upper(char32_t character);
+bool isLetter(char32_t character);
+bool isLetterOrDigit(char32_t character);
+/// The white space of 16-bit texts: blanks of all widths, but no control characters.
+bool isSpace(char16_t character);
+
+/// The number of units that composing (NFC) gives; `invalid` on failure.
+int32_t composedLength(std::u16string_view text);
+
+/// Walk code points; a faulty unit stands for itself. `at` is below the text's length and moves behind the
+/// point.
+char32_t nextPoint(std::string_view text, int32_t& at);
+char32_t nextPoint(std::u16string_view text, int32_t& at);
+
+inline bool isAsciiDigit(char32_t c) {
+    return c >= '0' && c <= '9';
+}
+inline bool isAsciiSpace(char32_t c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+inline char32_t lowerAscii(char32_t c) {
+    return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
+}
+
+// What templates over both widths share.
+template <typename Char>
+using View = std::basic_string_view<Char>;
+
+template <typename Char>
+std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, uint16_t>> value(Char c) {
+    return static_cast<std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, uint16_t>>>(c);
+}
+
+template <typename Char>
+bool isDigitIn(View<Char> text, size_t at) {
+    return at < text.size() && isAsciiDigit(value(text[at]));
+}
+
+/// A text as UTF-16, without a copy where it is wide already and without an allocation where it is short.
+class WideCopy {
+public:
+    explicit WideCopy(const ConstString& text);
+    WideCopy(const WideCopy&) = delete;
+
+    /// False when the bytes are no valid text; the view is empty then.
+    bool isValid() const { return valid_; }
+    std::u16string_view view() const { return view_; }
+
+private:
+    char16_t small_[128];
+    std::u16string large_;
+    std::u16string_view view_;
+    bool valid_ = true;
+};
+
+} // namespace qorl::text

@@ -1,0 +1,210 @@
+#include "foundation/messages/EventLoop.h"
+
+#include "foundation/Listener.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/FMessenger.h"
+#include "foundation/messages/UTimer.h"
+#include "foundation/messages/UpdateHandler.h"
+#include "foundation/threads/Ticks.h"
+#include "platform/Platform.h"
+#include "platform/headless/HeadlessDesktop.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace qorl {
+namespace {
+
+using Log = std::vector<std::string>;
+using Step = EventLoop::Step;
+
+struct Client : CmObject {
+    explicit Client(Log& log, std::string name) : log_(log), name_(std::move(name)) {}
+    int32_t handleMessage(FMessage* message) override {
+        log_.push_back(name_ + ":" + message->getName().text8());
+        if (reaction)
+            reaction(*message);
+        return handled;
+    }
+    std::function<void(FMessage&)> reaction;
+    Log& log_;
+    std::string name_;
+};
+
+class EventLoopTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        desktop = new platform::HeadlessDesktop;
+        ASSERT_TRUE(platform::start(desktop));
+        ASSERT_NE(UpdateHandler::instance(), nullptr);
+        loop.emplace();
+    }
+    void TearDown() override {
+        loop.reset();
+        platform::stop();
+    }
+    Log take() { return std::exchange(log, {}); }
+
+    platform::HeadlessDesktop* desktop = nullptr;
+    std::optional<EventLoop> loop;
+    Log log;
+    Client a{log, "a"};
+    Client b{log, "b"};
+};
+
+TEST_F(EventLoopTest, EventsComeBeforeMessagesAndMessagesBeforeDeferredChanges) {
+    testing::Listener listener("heard", log);
+    a.addDependent(&listener);
+    a.deferUpdate(1);
+    FMessenger::instance()->post(&b, "Posted");
+    desktop->postCall([&] { log.push_back("event"); });
+    EXPECT_EQ(loop->step(), Step::event);
+    EXPECT_EQ(take(), Log{"event"});
+    EXPECT_FALSE(loop->processEvent());
+    EXPECT_EQ(take(), (Log{"b:Posted", "heard:1"}));
+
+    desktop->postCall([&] { log.push_back("first"); });
+    desktop->postCall([&] { log.push_back("second"); });
+    FMessenger::instance()->post(&b, "Posted");
+    a.deferUpdate(1);
+    loop->flushEvents();
+    EXPECT_EQ(take(), (Log{"first", "second", "b:Posted", "heard:1"}));
+    a.removeDependent(nullptr);
+}
+
+TEST_F(EventLoopTest, EndsWhenNothingCanEverHappenOrItIsStopped) {
+    EXPECT_EQ(loop->step(), Step::ended) << "a dry queue in virtual time";
+    desktop->postCall([&] { loop->stop(); });
+    desktop->postCall([&] { log.push_back("behind the end"); });
+    loop->run();
+    EXPECT_EQ(take(), Log{});
+    EXPECT_EQ(loop->step(), Step::ended);
+}
+
+TEST_F(EventLoopTest, CallsIdleClientsEveryTenMilliseconds) {
+    std::vector<uint32_t> times;
+    const uint32_t start = getTicks();
+    a.reaction = [&](FMessage&) {
+        times.push_back(getTicks() - start);
+        if (times.size() == 4)
+            loop->removeIdleClient(&a);
+    };
+    loop->addIdleClient(&a);
+    loop->run();
+    ASSERT_EQ(times.size(), 4u);
+    EXPECT_LE(times[0], EventLoop::idlePeriod);
+    for (size_t i = 1; i < times.size(); ++i)
+        EXPECT_EQ(times[i] - times[i - 1], EventLoop::idlePeriod) << i;
+}
+
+TEST_F(EventLoopTest, ClientsMayComeAndGoDuringTheIdleStep) {
+    Client c{log, "c"};
+    a.reaction = [&](FMessage&) { loop->removeIdleClient(&a); };
+    b.reaction = [&](FMessage&) {
+        loop->removeIdleClient(&c);
+        loop->idle();
+    };
+    for (Client* client : {&a, &b, &c})
+        loop->addIdleClient(client);
+    loop->idle();
+    EXPECT_EQ(take(), (Log{"a:Idle", "b:Idle"})) << "nobody is skipped, and idle does not nest";
+    loop->removeIdleClient(&b);
+}
+
+TEST_F(EventLoopTest, PacesItselfOnlyWhenAsked) {
+    loop->idle();
+    const uint32_t before = getTicks();
+    loop->idle();
+    EXPECT_EQ(getTicks(), before);
+    loop->idle(EventLoop::Pace::sleepWhenEarly);
+    EXPECT_EQ(getTicks() - before, 5u);
+}
+
+TEST_F(EventLoopTest, ReleasesWhatWasHandedInBehindTheIdleClients) {
+    static bool isGone;
+    struct Going : CmObject {
+        ~Going() override { isGone = true; }
+    };
+    isGone = false;
+    a.reaction = [&](FMessage&) { log.push_back(isGone ? "gone" : "there"); };
+    loop->addIdleClient(&a);
+    loop->releaseLater(make<Going>());
+    EXPECT_FALSE(isGone);
+    loop->idle();
+    EXPECT_TRUE(isGone);
+    EXPECT_EQ(take(), (Log{"a:Idle", "there"}));
+    loop->removeIdleClient(&a);
+}
+
+TEST_F(EventLoopTest, TellsTheTimeWhileSomeoneWaitsForIt) {
+    struct Listener : EventLoop::TimeListener {
+        void timePassed(uint32_t ticks) override { told.push_back(ticks); }
+        bool isWaitingForTime() const override { return told.size() < 3; }
+        std::vector<uint32_t> told;
+    } listener;
+    loop->setTimeListener(&listener);
+    loop->run();
+    ASSERT_EQ(listener.told.size(), 3u);
+    EXPECT_EQ(listener.told[2] - listener.told[1], EventLoop::idlePeriod);
+    loop->setTimeListener(nullptr);
+}
+
+TEST_F(EventLoopTest, WakesForWhatOtherThreadsQueue) {
+    EXPECT_TRUE(EventLoop::isGuiThread());
+    bool otherIsGui = true;
+    std::thread other([&] {
+        otherIsGui = EventLoop::isGuiThread();
+        FMessenger::instance()->post(&a, "From afar");
+    });
+    other.join();
+    EXPECT_FALSE(otherIsGui);
+    EXPECT_EQ(loop->step(), Step::idle);
+    EXPECT_EQ(take(), Log{"a:From afar"});
+}
+
+TEST_F(EventLoopTest, TimersRepeatUntilTheyAreStopped) {
+    std::vector<uint32_t> times;
+    const uint32_t start = getTicks();
+    const Ref<UTimer> timer = make<UTimer>(&a, 30);
+    a.reaction = [&](FMessage& message) {
+        EXPECT_EQ(message.getObject("Timer"), timer.get());
+        times.push_back(getTicks() - start);
+        if (times.size() == 3)
+            timer->stop();
+    };
+    EXPECT_TRUE(timer->start());
+    loop->run();
+    EXPECT_EQ(times, (std::vector<uint32_t>{30, 60, 90}));
+    EXPECT_EQ(log[0], "a:Timer");
+    EXPECT_FALSE(timer->isRunning());
+
+    timer->start(50);
+    timer->start();
+    EXPECT_EQ(timer->getPeriod(), 50) << "0 keeps the old period";
+    times.clear();
+    times.resize(2);
+    loop->run();
+    EXPECT_EQ(times[2], 140u);
+}
+
+TEST_F(EventLoopTest, ATimerMayLoseItsLastReferenceInItsOwnTick) {
+    Ref<UTimer> timer = make<UTimer>(&a, 5);
+    a.reaction = [&](FMessage&) { timer.reset(); };
+    timer->start();
+    loop->run();
+    EXPECT_EQ(log.size(), 1u);
+}
+
+TEST(Timer, DoesNotStartWithoutADesktop) {
+    CmObject target;
+    UTimer timer(&target, 10);
+    EXPECT_FALSE(timer.start());
+    EXPECT_FALSE(timer.isRunning());
+    timer.stop();
+}
+
+} // namespace
+} // namespace qorl
