@@ -4,8 +4,6 @@
 #include "persistence/FAttrList.h"
 #include "persistence/FAttributes.h"
 
-#include <cstdlib>
-
 namespace qorl {
 
 namespace {
@@ -15,18 +13,8 @@ Result answer(bool isGood) {
 }
 
 /// Frees what came with its ownership, once it was copied or refused.
-void dropOwned(const FAttributeVariant& value) {
-    if (!(value.kind & FAttributeVariant::ownedFlag))
-        return;
-    switch (value.bareKind()) {
-    case FAttributeVariant::text8: std::free(const_cast<char*>(value.text8Value)); break;
-    case FAttributeVariant::text16: std::free(const_cast<char16_t*>(value.text16Value)); break;
-    case FAttributeVariant::object:
-        if (value.objectValue)
-            value.objectValue->release();
-        break;
-    default: break;
-    }
+void dropOwned(FAttributeVariant value) {
+    value.clear();
 }
 
 void describe(const ConstString& text, FAttributeVariant& value) {
