@@ -16,6 +16,7 @@ namespace {
 constexpr int parsedPiece = 32768;
 constexpr int finished = 36;
 constexpr int suspendedInsideEntity = 37;
+static_assert(FXmlParser2::aborted == XML_ERROR_ABORTED);
 
 int64_t sizeOf(IBStream* stream) {
     Ref<ISizeableStream> sizeable;
@@ -149,8 +150,8 @@ void FXmlParser2::stop() {
         XML_StopParser(parser_, XML_FALSE);
 }
 
-void FXmlParser2::stop(std::string message) {
-    fail(std::move(message));
+void FXmlParser2::stop(std::string message, int32_t code) {
+    fail(std::move(message), code);
     stop();
 }
 
@@ -202,12 +203,12 @@ int64_t FXmlParser2::byteOffset() const {
 }
 
 /// Keeps the first error and where it was found.
-bool FXmlParser2::fail(std::string message) {
+bool FXmlParser2::fail(std::string message, int32_t code) {
     if (!failed_) {
         failed_ = true;
         errorMessage_ = std::move(message);
         errorPosition_ = position();
-        errorCode_ = XML_ERROR_ABORTED;
+        errorCode_ = code;
     }
     return false;
 }
@@ -231,16 +232,14 @@ bool FXmlParser2::failFromExpat() {
     } else if (code == XML_ERROR_UNKNOWN_ENCODING) {
         message += ": save the document as UTF-8";
     }
-    fail(std::move(message));
-    errorCode_ = code;
-    return false;
+    return fail(std::move(message), code);
 }
 
 void FXmlParser2::getErrorText(FInterface* text) {
     Ref<IStringSink> sink;
     if (!text || text->queryInterface(IStringSink::iid, sink.out()) != Result::ok)
         return;
-    const int64_t line = errorPosition_.line - (errorCode_ == XML_ERROR_ABORTED ? 1 : 0);
+    const int64_t line = errorPosition_.line - (errorCode_ == aborted ? 1 : 0);
     sink->set8(("Xml Error: " + errorMessage_ + " \r\nLine: " + std::to_string(line)).c_str());
 }
 

@@ -36,6 +36,9 @@ public:
         int64_t tokenBytes = int64_t{8} << 20;
     };
 
+    /// The code of a parser that was stopped.
+    static constexpr int32_t aborted = 35;
+
     FXmlParser2();
     FXmlParser2(const FXmlParser2&) = delete;
     ~FXmlParser2() override;
@@ -49,8 +52,8 @@ public:
     bool parse(std::string_view document);
     void stop() override;
     /// As `stop`, with a fault of the caller's own: `message` becomes the error text, at the current
-    /// position.
-    void stop(std::string message);
+    /// position, and `code` the error code.
+    void stop(std::string message, int32_t code = aborted);
     bool suspend() override;
     bool resume(IBStream* stream) override;
     bool reset(const char* encoding) override;
@@ -65,6 +68,8 @@ public:
     int32_t depth() const { return depth_; }
 
     bool hasFailed() const { return failed_; }
+    /// Expat's, or what the caller stopped with; 0 when nothing went wrong.
+    int32_t errorCode() const { return errorCode_; }
     /// What went wrong, without position; empty when nothing did.
     const std::string& errorMessage() const { return errorMessage_; }
     /// Where the error was found.
@@ -76,7 +81,7 @@ private:
     bool feed(IBStream* stream);
     bool endBehindDocument(IBStream* stream);
     bool checkGrowth();
-    bool fail(std::string message);
+    bool fail(std::string message, int32_t code = aborted);
     bool failFromExpat();
     void installCallbacks();
 

@@ -6,7 +6,7 @@
 #include "skin/ViewElement.h"
 
 #include <algorithm>
-#include <cstring>
+#include <set>
 
 namespace qorl {
 
@@ -201,6 +201,18 @@ void SkinElement::append(std::span<SkinElement* const> children) {
     childCount_ += static_cast<uint32_t>(children.size());
     for (SkinElement* child : children)
         child->parent_ = this;
+}
+
+void SkinElement::remove(std::span<SkinElement* const> children) {
+    const std::set<const SkinElement*> given(children.begin(), children.end());
+    uint32_t kept = 0;
+    for (SkinElement* child : this->children()) {
+        if (given.contains(child))
+            child->parent_ = nullptr;
+        else
+            children_[kept++] = child;
+    }
+    childCount_ = kept;
 }
 
 std::span<SkinElement* const> SkinElement::takeChildren() {

@@ -23,6 +23,8 @@ class SkinContext {
 public:
     virtual SkinStore& store() = 0;
     virtual bool findDefine(std::string_view name, int32_t& value) = 0;
+    /// A metric of the main scheme, 0 for an unknown name.
+    virtual int32_t findMetric(std::string_view name) = 0;
     /// Whether the children of a `variant` count at this moment.
     virtual bool isOpen(const SkinElement& variant) = 0;
     /// Takes steps off what evaluating size expressions may cost. False, told once at `element`, when it is
@@ -111,6 +113,8 @@ public:
     void insert(uint32_t index, SkinElement* child);
     /// Takes over all of `children`, at the end.
     void append(std::span<SkinElement* const> children);
+    /// Gives up `children`, which the caller owns then.
+    void remove(std::span<SkinElement* const> children);
     /// Hands all children over to the caller. The result is valid until this element gets a child.
     std::span<SkinElement* const> takeChildren();
 

@@ -13,10 +13,9 @@ namespace {
 constexpr SkinType sectionTypes[] = {SkinType::header,  SkinType::resources,   SkinType::scheme,
                                      SkinType::scripts, SkinType::definitions, SkinType::templates};
 
-bool isSorted(UIDescription::Section section) {
-    return (UIDescription::options() & UIDescription::sortByName) &&
-           (section == UIDescription::Section::templates || section == UIDescription::Section::resources);
-}
+using Section = UIDescription::Section;
+constexpr Section mergedSections[] = {Section::header, Section::templates, Section::resources,
+                                      Section::scheme, Section::definitions};
 
 bool isOrderedByName(const SkinElement* a, const SkinElement* b) {
     return a->name() < b->name();
@@ -200,9 +199,10 @@ void UIDescription::applyScheme(UScheme* scheme) {
     scheme->applyScheme(entries);
 }
 
-void UIDescription::finishLoading(ConditionNames* conditions) {
+bool UIDescription::finishLoading(ConditionNames* conditions) {
     conditions_ = conditions;
     sizeStepsLeft_ = SkinLimits::sizeSteps;
+    askedMetrics_ = {};
     if (SkinElement* templates = peekSection(Section::templates))
         templates->resolveSizes();
     if (SkinElement* resources = peekSection(Section::resources))
@@ -210,6 +210,30 @@ void UIDescription::finishLoading(ConditionNames* conditions) {
             if (child->type() == SkinType::customsettings)
                 child->resolveSizes();
     conditions_ = nullptr;
+    return sizeStepsLeft_ >= 0;
+}
+
+void UIDescription::followMetrics(ConditionNames* conditions) {
+    const UScheme* scheme = GlobalSchemes::main();
+    if (!scheme)
+        return;
+    for (int32_t key = 0; key < SchemeMetric::count; ++key) {
+        const auto& asked = askedMetrics_[static_cast<size_t>(key)];
+        if (asked && *asked != scheme->getMetric(key)) {
+            finishLoading(conditions);
+            return;
+        }
+    }
+}
+
+int32_t UIDescription::findMetric(std::string_view name) {
+    const int32_t key = UScheme::metricIndex(name);
+    const UScheme* scheme = GlobalSchemes::main();
+    if (key < 0 || !scheme)
+        return 0;
+    const int32_t metric = scheme->getMetric(key);
+    askedMetrics_[static_cast<size_t>(key)] = metric;
+    return metric;
 }
 
 void UIDescription::sortSections() {
@@ -224,19 +248,35 @@ void UIDescription::sortSections() {
     }
 }
 
-void UIDescription::mergeSection(Section section, UIDescription& from) {
-    SkinElement* source = from.peekSection(section);
-    if (source)
-        this->section(section).append(source->takeChildren());
-}
-
 void UIDescription::merge(UIDescription& from) {
-    for (const Section section :
-         {Section::header, Section::templates, Section::resources, Section::scheme, Section::definitions})
-        mergeSection(section, from);
+    for (const Section section : mergedSections)
+        if (SkinElement* source = from.peekSection(section))
+            this->section(section).append(source->takeChildren());
     sortSections();
     for (const Diagnostic& diagnostic : from.diagnostics())
         diagnostics_.report(diagnostic);
+}
+
+bool UIDescription::mergeAndFinish(UIDescription& from, ConditionNames* conditions) {
+    const LimitedDiagnostics before = diagnostics_;
+    std::array<std::vector<SkinElement*>, std::size(mergedSections)> moved;
+    for (size_t i = 0; i < moved.size(); ++i)
+        if (const SkinElement* source = from.peekSection(mergedSections[i]))
+            moved[i].assign(source->children().begin(), source->children().end());
+    merge(from);
+    const size_t told = diagnostics_.all().size();
+    const bool finished = finishLoading(conditions);
+    for (size_t i = told; i < diagnostics_.all().size(); ++i)
+        from.diagnostics_.report(diagnostics_.all()[i]);
+    if (finished)
+        return true;
+    for (size_t i = 0; i < moved.size(); ++i) {
+        section(mergedSections[i]).remove(moved[i]);
+        from.section(mergedSections[i]).append(moved[i]);
+    }
+    diagnostics_ = before;
+    finishLoading(conditions);
+    return false;
 }
 
 bool UIDescription::isOpen(const SkinElement& variant) {

@@ -3,12 +3,15 @@
 #include "foundation/CmObject.h"
 #include "persistence/FFileSystem.h"
 #include "persistence/FUrl.h"
+#include "schemes/SchemeKeys.h"
 #include "skin/LimitedDiagnostics.h"
 #include "skin/ResourceElement.h"
 #include "skin/ViewElement.h"
 
 #include <qorl/Ref.h>
 
+#include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -88,13 +91,19 @@ public:
     /// Once for a document: makes all resources.
     void preloadResources();
     /// Evaluates the size expressions of all templates and custom settings. `conditions` decides which
-    /// variants count meanwhile; null makes all of them count.
-    void finishLoading(ConditionNames* conditions);
+    /// variants count meanwhile; null makes all of them count. False, with an error among the diagnostics,
+    /// when they cost too much.
+    bool finishLoading(ConditionNames* conditions);
+    /// The same again if an expression asked for a metric whose number has changed since.
+    void followMetrics(ConditionNames* conditions);
     /// Brings templates and resources into the order of their names, if the options say so.
     void sortSections();
 
     /// Moves all elements of `from` into this document. The two share one store.
     void merge(UIDescription& from);
+    /// The same, and evaluates all sizes anew. False, and this document is as it was, when that fails; the
+    /// error stands among the diagnostics of `from` then.
+    bool mergeAndFinish(UIDescription& from, ConditionNames* conditions);
 
     /// What was found wrong with the document, in the order in which it was found.
     const std::vector<Diagnostic>& diagnostics() const { return diagnostics_.all(); }
@@ -103,6 +112,7 @@ public:
     LimitedDiagnostics& sink() { return diagnostics_; }
 
     SkinStore& store() override { return *store_; }
+    int32_t findMetric(std::string_view name) override;
     bool isOpen(const SkinElement& variant) override;
     bool spendSizeSteps(const SkinElement& element, int64_t steps) override;
     void report(Severity severity, SourceMark mark, std::string text) override;
@@ -110,7 +120,9 @@ public:
 private:
     class Root;
     SkinElement* findIn(Section section, std::string_view name, SkinType type);
-    void mergeSection(Section section, UIDescription& from);
+    bool isSorted(Section section) const {
+        return sortsByName_ && (section == Section::templates || section == Section::resources);
+    }
     ResourceElement* findBitmapElement(std::string_view name);
     UBitmap* bitmapOf(ResourceElement& element);
     UBitmapCollection* collectionOf(ResourceElement& element);
@@ -126,8 +138,12 @@ private:
     LimitedDiagnostics diagnostics_;
     ConditionNames* conditions_ = nullptr;
     int64_t sizeStepsLeft_ = 0;
+    /// What size expressions were told, by metric.
+    std::array<std::optional<int32_t>, SchemeMetric::count> askedMetrics_;
     bool resourcesLoaded_ = false;
     bool isFragment_ = false;
+    /// As the options were when the document was made: its sections are in that order for ever.
+    bool sortsByName_ = (options_ & sortByName) != 0;
 
     static uint32_t options_;
 };

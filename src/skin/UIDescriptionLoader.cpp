@@ -49,10 +49,15 @@ void UIDescriptionLoader::fail(const UIDescription& document) {
     }
 }
 
-bool UIDescriptionLoader::load(const FUrl& url, Ref<FFileSystem> fileSystem) {
+void UIDescriptionLoader::begin() {
     diagnostics_.clear();
     errorText_.clear();
     errorPosition_ = {};
+    errorCode_ = 0;
+}
+
+bool UIDescriptionLoader::load(const FUrl& url, Ref<FFileSystem> fileSystem) {
+    begin();
     Load load;
     load.fileSystem = fileSystem ? std::move(fileSystem) : Ref<FFileSystem>(retain(FNFileSystem::instance()));
     const std::string path = url.path().toUtf8();
@@ -90,10 +95,9 @@ Ref<UIDescription> UIDescriptionLoader::loadFile(Load& load, const std::string& 
         return nullptr;
     }
     auto document = make<UIDescription>(load.store);
-    auto parser = make<UIDescriptionParser>(*document, start.file(), conditions_);
-    parser->setSectionMask(sectionMask_);
-    parser->setMisplaced(misplaced_);
+    const auto parser = createParser(*document, start.file());
     if (!parser->parseDocument(*stream)) {
+        errorCode_ = parser->errorCode();
         fail(*document);
         return nullptr;
     }
@@ -149,24 +153,28 @@ bool UIDescriptionLoader::loadIncludes(Load& load, UIDescription& into, const st
     return true;
 }
 
+Ref<UIDescriptionParser> UIDescriptionLoader::createParser(UIDescription& document, uint32_t file) const {
+    auto parser = make<UIDescriptionParser>(document, file, conditions_);
+    parser->setSectionMask(sectionMask_);
+    parser->setMisplaced(misplaced_);
+    return parser;
+}
+
 bool UIDescriptionLoader::finish(Ref<UIDescription> document) {
     document->sortSections();
-    UScheme* scheme = GlobalSchemes::main();
-    if (scheme && (UIDescription::options() & UIDescription::resetScheme))
-        scheme->reset();
     document->finishLoading(conditions_);
     fail(*document);
     if (document->hasErrors())
         return false;
-    errorText_.clear();
     current_ = std::move(document);
+    UScheme* scheme = GlobalSchemes::main();
+    if (scheme && (UIDescription::options() & UIDescription::resetScheme))
+        scheme->reset();
     return true;
 }
 
 bool UIDescriptionLoader::loadFromString(std::string_view text, Merge merge, std::string_view name) {
-    diagnostics_.clear();
-    errorText_.clear();
-    errorPosition_ = {};
+    begin();
     const bool add = merge == Merge::add && current_;
     const SourceMark start(SourceMark::addFile(name, SourceMark()), 1, 1);
     if (static_cast<int64_t>(text.size()) > SkinLimits::documentBytes) {
@@ -174,22 +182,17 @@ bool UIDescriptionLoader::loadFromString(std::string_view text, Merge merge, std
         return false;
     }
     auto document = make<UIDescription>(add ? current_->sharedStore() : nullptr);
-    auto parser = make<UIDescriptionParser>(*document, start.file(), conditions_);
-    parser->setSectionMask(sectionMask_);
-    parser->setMisplaced(misplaced_);
+    const auto parser = createParser(*document, start.file());
     if (!parser->parseFragment(text)) {
+        errorCode_ = parser->errorCode();
         fail(*document);
         return false;
     }
     if (!add)
         return finish(std::move(document));
-    document->finishLoading(conditions_);
+    const bool added = !document->hasErrors() && current_->mergeAndFinish(*document, conditions_);
     fail(*document);
-    if (document->hasErrors())
-        return false;
-    errorText_.clear();
-    current_->merge(*document);
-    return true;
+    return added;
 }
 
 bool UIDescriptionLoader::reload() {

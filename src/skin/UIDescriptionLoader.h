@@ -15,7 +15,8 @@ namespace qorl {
 
 /// Loads documents with what they include. Each wizard has one; it keeps the current document.
 ///
-/// A load that fails leaves the current document as it was; `diagnostics` then tells why. Threading:
+/// A load that fails leaves the current document and the main scheme as they were; `diagnostics` then tells
+/// why. Threading:
 /// user-interface thread.
 class UIDescriptionLoader {
 public:
@@ -43,6 +44,9 @@ public:
 
     const std::string& getErrorText() const { return errorText_; }
     SourcePosition getErrorPosition() const { return errorPosition_; }
+    /// 5 when an element stood in a wrong place, the XML parser's code for what is not well formed, 0 for all
+    /// else.
+    int32_t getErrorCode() const { return errorCode_; }
     /// Everything found by the last load, whether it succeeded or not.
     const std::vector<Diagnostic>& diagnostics() const { return diagnostics_.all(); }
 
@@ -52,6 +56,8 @@ private:
     /// `folder` is the one of the file, relative to that of the document.
     Ref<UIDescription> loadFile(Load& load, const std::string& path, const std::string& folder,
                                 SourceMark includedFrom, int32_t level);
+    void begin();
+    Ref<UIDescriptionParser> createParser(UIDescription& document, uint32_t file) const;
     bool loadIncludes(Load& load, UIDescription& into, const std::string& folder, int32_t level);
     bool finish(Ref<UIDescription> document);
     void fail(const UIDescription& document);
@@ -61,6 +67,7 @@ private:
     Ref<UIDescription> current_;
     std::string errorText_;
     SourcePosition errorPosition_;
+    int32_t errorCode_ = 0;
     DiagnosticList diagnostics_;
     uint32_t sectionMask_ = UIDescriptionParser::allSections;
     Misplaced misplaced_ = Misplaced::stops;

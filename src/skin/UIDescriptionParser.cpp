@@ -78,10 +78,10 @@ SourceMark UIDescriptionParser::mark() const {
     return {file_, static_cast<uint32_t>(at.line + lineOffset_), static_cast<uint32_t>(column)};
 }
 
-void UIDescriptionParser::fail(std::string text) {
+void UIDescriptionParser::fail(std::string text, int32_t code) {
     document_.report(Severity::error, mark(), text);
     reported_ = true;
-    stop(std::move(text));
+    stop(std::move(text), code);
 }
 
 SkinElement* UIDescriptionParser::currentRecord() const {
@@ -126,7 +126,7 @@ void UIDescriptionParser::refuse(SkinType type) {
             text += " " + tag(T::variant);
     }
     if (misplaced_ == Misplaced::stops) {
-        fail(std::move(text));
+        fail(std::move(text), unexpectedTag);
         return;
     }
     document_.report(Severity::error, mark(), std::move(text));

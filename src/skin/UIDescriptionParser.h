@@ -33,7 +33,8 @@ public:
     };
     enum class Misplaced : uint8_t { stops, isSkipped };
 
-    static constexpr const char* unexpectedTag = "Unexpected Tag!";
+    /// The error code of a document that was given up for an element in a wrong place.
+    static constexpr int32_t unexpectedTag = 5;
 
     /// `file` is the number of the document's file. `conditions` decides variants; null makes all of them
     /// count.
@@ -77,7 +78,7 @@ private:
     void refuse(SkinType type);
     void reportUnknown(std::string_view name, bool reserved);
     void skip() { skipDepth_ = 1; }
-    void fail(std::string text);
+    void fail(std::string text, int32_t code = aborted);
     bool finish(bool parsed);
     SkinElement* currentRecord() const;
 

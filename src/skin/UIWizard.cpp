@@ -132,12 +132,9 @@ bool UIWizard::reload() {
 void UIWizard::useDocument() {
     UIDescription* document = description();
     const SkinElement* scheme = document->peekSection(UIDescription::Section::scheme);
-    if (!scheme || scheme->children().empty())
-        return;
-    document->applyScheme(nullptr);
-    const auto isSize = [](const SkinElement* child) { return child->type() == SkinType::size; };
-    if (std::ranges::any_of(scheme->children(), isSize))
-        document->finishLoading(&loadConditions_);
+    if (scheme && !scheme->children().empty())
+        document->applyScheme(nullptr);
+    document->followMetrics(&loadConditions_);
 }
 
 void UIWizard::addListener(CmObject* listener) {

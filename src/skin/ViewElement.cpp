@@ -1,18 +1,11 @@
 #include "skin/ViewElement.h"
 
-#include "schemes/GlobalSchemes.h"
 #include "skin/SkinAttributeReader.h"
 #include "skin/SkinLimits.h"
 
 namespace qorl {
 
 namespace {
-
-int32_t schemeMetric(std::string_view name) {
-    const int32_t index = UScheme::metricIndex(name);
-    const UScheme* scheme = GlobalSchemes::main();
-    return index >= 0 && scheme ? scheme->getMetric(index) : 0;
-}
 
 /// Looks for the view element `name` below `parent`, through elements that are no views and variants that
 /// count.
@@ -40,7 +33,7 @@ public:
 
     bool foreignField(std::string_view owner, std::string_view field, int64_t& value) override {
         if (owner == "scheme" || owner.starts_with("scheme.")) {
-            value = schemeMetric(behind(owner, field, "scheme"));
+            value = context_.findMetric(behind(owner, field, "scheme"));
             return true;
         }
         if (owner == "def" || owner.starts_with("def.")) {
@@ -91,11 +84,13 @@ void ViewElement::readAttributes(SkinAttributeReader& attributes) {
 
 void ViewElement::resolveSizes() {
     SkinContext* context = hasSizeExpression() ? getContext() : nullptr;
-    if (context && !resolveSize(0) && context->spendSizeSteps(*this, 0))
+    if (context && !resolveSize(0) && !(state_ & toldFailure) && context->spendSizeSteps(*this, 0)) {
+        state_ |= toldFailure;
         context->report(Severity::warning, mark(),
                         "size '" + std::string(text(SkinAttribute::size)) + "' of <" +
                             std::string(nameOf(type())) + "> refers to itself, or through more than " +
                             std::to_string(SkinLimits::sizeDepth) + " elements: it stays as it was");
+    }
     SkinElement::resolveSizes();
 }
 

@@ -41,7 +41,7 @@ protected:
     ViewElement(const ViewElement&) = default;
 
 private:
-    enum State : uint8_t { expression = 1 };
+    enum State : uint8_t { expression = 1, toldFailure = 2 };
 
     SizeFields size_;
 };

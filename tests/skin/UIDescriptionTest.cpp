@@ -196,6 +196,76 @@ TEST_F(UIDescriptionTest, AddsFragmentsToTheCurrentDocument) {
     EXPECT_EQ(namesOf(document().section(Section::templates)), "a b c") << "a failed load changes nothing";
 }
 
+TEST_F(UIDescriptionTest, EvaluatesAddedFragmentsWithWhatTheDocumentDefines) {
+    load("<skin><definitions><define name='gap' value='7'/></definitions>"
+         "<template name='old' size='def.added,0,0,0'/></skin>");
+    ASSERT_TRUE(wizard().loadFromString("<skin><definitions><define name='added' value='3'/></definitions>"
+                                        "<template name='new' size='def.gap,0,0,0'/></skin>",
+                                        UIDescriptionLoader::Merge::add));
+    EXPECT_EQ(document().findTemplate("new")->size().left, 7);
+    EXPECT_EQ(document().findTemplate("old")->size().left, 3);
+}
+
+TEST_F(UIDescriptionTest, TakesBackAFragmentWhoseSizesFail) {
+    load("<skin><definitions><define name='d' value='1'/></definitions><resources><taglist name='t'/>"
+         "</resources><template name='m' size='def.x,0,0,0'/></skin>");
+    std::string fragment = "<skin><definitions><define name='x' value='2'/></definitions><resources>"
+                           "<taglist name='s'/></resources><template name='a'>";
+    for (int i = 0; i < 11; ++i) {
+        std::string size = "v" + std::to_string(i + 1) + ".left";
+        for (int k = 0; k < 40; ++k)
+            size += "+v" + std::to_string(i + 1) + ".left";
+        fragment += "<view name='v" + std::to_string(i) + "' size='" + size + "'/>";
+    }
+    fragment += "</template></skin>";
+
+    EXPECT_FALSE(wizard().loadFromString(fragment, UIDescriptionLoader::Merge::add, "added"));
+
+    EXPECT_THAT(firstError(), ::testing::HasSubstr("size expressions of the document need more"));
+    EXPECT_EQ(namesOf(document().section(Section::templates)), "m");
+    EXPECT_EQ(namesOf(document().section(Section::resources)), "t");
+    EXPECT_EQ(namesOf(document().section(Section::definitions)), "d");
+    EXPECT_EQ(document().findTemplate("m")->size().left, 0);
+    EXPECT_FALSE(document().hasErrors());
+}
+
+TEST_F(UIDescriptionTest, LeavesTheLookOfTheDocumentThatStaysWhenALoadFails) {
+    load("<skin><scheme><color name='hyperlink' value='#123456'/><color name='mine' value='#FF0000'/>"
+         "<size name='buttonheight' value='33'/></scheme></skin>");
+    const UScheme& scheme = *GlobalSchemes::main();
+    std::string fan = "<skin><template name='T'>";
+    for (int i = 0; i < 11; ++i) {
+        std::string size = "v" + std::to_string(i + 1) + ".left";
+        for (int k = 0; k < 40; ++k)
+            size += "+v" + std::to_string(i + 1) + ".left";
+        fan += "<view name='v" + std::to_string(i) + "' size='" + size + "'/>";
+    }
+    wizard().loader().setMisplaced(UIDescriptionLoader::Misplaced::isSkipped);
+    for (const std::string& faulty : {std::string("<skin><slider/></skin>"), fan + "</template></skin>"}) {
+        EXPECT_FALSE(wizard().loadFromString(faulty));
+        UColor color;
+        EXPECT_EQ(scheme.getColor(SchemeColor::hyperlink).packed(), 0xFF123456u);
+        EXPECT_TRUE(scheme.findNamedColor("mine", color));
+        EXPECT_EQ(scheme.getMetric(SchemeMetric::buttonheight), 33);
+    }
+    load("<skin><template name='T' size='scheme.buttonheight,0,0,0'/></skin>");
+    EXPECT_EQ(scheme.getMetric(SchemeMetric::buttonheight), 22) << "a load that succeeds begins anew";
+    EXPECT_EQ(document().findTemplate("T")->size().left, 22);
+}
+
+TEST_F(UIDescriptionTest, StopsAtAMisplacedElementWithItsCode) {
+    const std::pair<const char*, int32_t> cases[] = {
+        {"<skin><resources><slider/></resources></skin>", 5},
+        {"<skin><nonsense/>", 3},
+        {"<skin/>", 0},
+        {"<slider/>", 5},
+    };
+    for (const auto& [text, code] : cases) {
+        EXPECT_EQ(wizard().loadFromString(text), code == 0) << text;
+        EXPECT_EQ(wizard().loader().getErrorCode(), code) << text;
+    }
+}
+
 TEST_F(UIDescriptionTest, FollowsIncludesTwoLevelsDeep) {
     write("two.xml", "<skin><templates><template name='b'/></templates></skin>");
     write("one.xml",
