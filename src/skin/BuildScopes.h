@@ -12,10 +12,15 @@ namespace qorl {
 class WizardVariables {
 public:
     explicit WizardVariables(UIWizard& wizard) : wizard_(wizard), count_(wizard.variables_.size()) {}
-    ~WizardVariables() { wizard_.variables_.resize(count_); }
+    ~WizardVariables() { removeAll(); }
     WizardVariables(const WizardVariables&) = delete;
     WizardVariables& operator=(const WizardVariables&) = delete;
 
+    /// The newest first.
+    void removeAll() {
+        while (wizard_.variables_.size() > count_)
+            wizard_.variables_.pop_back();
+    }
     void push(Ref<UIWizardVariable> variable) { wizard_.variables_.push_back(std::move(variable)); }
 
 private:

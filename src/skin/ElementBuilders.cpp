@@ -26,7 +26,7 @@ constexpr auto table = [] {
     set(T::container, ElementBuilders::buildContainer, false);
     set(T::rowcol, ElementBuilders::buildRowColumn, false);
     set(T::decor, ElementBuilders::buildDecor, false);
-    set(T::label, ElementBuilders::buildLabel, false);
+    set(T::label, ElementBuilders::buildLabel);
     set(T::text, ElementBuilders::buildText);
     set(T::edit, ElementBuilders::buildText);
     set(T::image, ElementBuilders::buildImage);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -30,6 +31,8 @@ public:
     /// A copy of `text` with a terminator behind it.
     std::string_view keep(std::string_view text);
 
+    /// Of this store alone, as long as the process runs: tells one load of a document from the next.
+    uint64_t serial() const { return serial_; }
     /// Bytes handed out so far.
     size_t used() const { return used_; }
 
@@ -46,6 +49,9 @@ private:
     char* end_ = nullptr;
     size_t used_ = 0;
     uint32_t references_ = 1;
+    uint64_t serial_ = ++lastSerial_;
+
+    static inline constinit std::atomic<uint64_t> lastSerial_ = 0;
 };
 
 } // namespace qorl

@@ -28,8 +28,9 @@ int32_t maximumOf(const SkinElement& element) {
     return element.integer(SkinAttribute::max, standardMaximum);
 }
 
-int32_t defaultOf(const SkinElement& element) {
-    return parseInt(element.text(SkinAttribute::default_));
+/// Without one, numbers start at their minimum.
+int32_t defaultOf(const SkinElement& element, int32_t absent = 0) {
+    return element.has(SkinAttribute::default_) ? parseInt(element.text(SkinAttribute::default_)) : absent;
 }
 
 Ref<Binding::Value> createValue(const SkinElement& element) {
@@ -43,17 +44,28 @@ Ref<Binding::Value> createValue(const SkinElement& element) {
         return make<Binding::StringValue>(ConstString(element.text(SkinAttribute::default_)));
     case ValueType::scroll: {
         auto value = make<Binding::IntValue>(minimumOf(element), maximumOf(element));
-        value->setValue(defaultOf(element));
+        value->setValue(defaultOf(element, minimumOf(element)));
         return value;
     }
     default: {
-        const int32_t standard =
-            element.has(SkinAttribute::default_) ? defaultOf(element) : minimumOf(element);
+        const int32_t standard = defaultOf(element, minimumOf(element));
         auto value = make<Binding::IntDefValue>(minimumOf(element), maximumOf(element), standard);
         value->setValue(standard);
         return value;
     }
     }
+}
+
+void takeRange(const SkinElement& element, Binding::Value& value) {
+    if (!cast<Binding::IntValue>(&value))
+        return;
+    value.setMax(maximumOf(element));
+    value.setMin(minimumOf(element));
+    value.setDefault(defaultOf(element, minimumOf(element)));
+}
+
+uint64_t loadOf(const SkinElement& element) {
+    return element.source().store().serial();
 }
 
 FAttributes* persistentValues() {
@@ -117,16 +129,14 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
     if (ValueScope(element.keywords(SkinAttribute::scope)) != ValueScope::local)
         controller = nullptr;
     if (const auto found = entries_.find({name, controller}); found != entries_.end()) {
-        Binding::Value& value = *found->second->value;
-        if (!cast<Binding::IntValue>(&value))
-            return;
-        value.setMax(maximumOf(element));
-        value.setMin(minimumOf(element));
-        value.setDefault(defaultOf(element));
+        Entry& entry = *found->second;
+        if (std::exchange(entry.load, loadOf(element)) != loadOf(element))
+            takeRange(element, *entry.value);
         return;
     }
     auto entry = std::make_unique<Entry>();
     entry->name = name;
+    entry->load = loadOf(element);
     entry->value = createValue(element);
     entry->persistence = element.text(SkinAttribute::persistence);
     if (!entry->persistence.empty()) {

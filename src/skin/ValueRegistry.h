@@ -36,8 +36,8 @@ public:
 
     /// Local before global. Not counted for the caller.
     Binding::Value* find(std::string_view name, const IController* controller) const;
-    /// The value that `element` defines as `name`. One that is there keeps its number and takes the element's
-    /// range.
+    /// Makes the value that `element` defines as `name`, unless there is one. After a document was loaded
+    /// again, its first definition of the name gives the value its range anew; the number stays.
     void define(const SkinElement& element, std::string_view name, const IController* controller);
     /// `controller` is going away, and its local values with it.
     void forget(const IController* controller);
@@ -60,6 +60,7 @@ private:
         std::string name;
         std::string persistence;
         Ref<Binding::Value> value;
+        uint64_t load = 0; ///< The serial number of the store of the document that defined it last.
     };
     using Entries = std::unordered_map<Key, std::unique_ptr<Entry>, KeyHash>;
 

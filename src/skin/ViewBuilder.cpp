@@ -155,21 +155,21 @@ Ref<UView> ViewBuilder::buildView(const ViewElement& element, UView& parent, ICo
     return view;
 }
 
-void ViewBuilder::applyTexts(const ViewElement& element, UView& view) {
+void ViewBuilder::applyName(const ViewElement& element, UView& view) {
     std::string_view id = text(element, SkinAttribute::id);
     if (id.empty())
         id = wizard_.substitute(element.name());
     if (!id.empty())
         view.getItem().setName(counted(element, id));
-    if (const AttributeValue* tip = element.find(SkinAttribute::tip)) {
-        const std::string translated = translate(ConstString(tip->view())).toUtf8();
-        view.setTooltip(
-            ConstString(counted(element, wizard_.substitute(translated, UIWizard::Translate::yes))));
-    }
-    const AttributeValue* command = element.find(SkinAttribute::command);
-    if (!command)
-        return;
-    const std::string whole(wizard_.substitute(command->view()));
+}
+
+void ViewBuilder::applyTip(const ViewElement& element, UView& view, std::string_view tip) {
+    const std::string translated = translate(ConstString(tip)).toUtf8();
+    view.setTooltip(ConstString(counted(element, wizard_.substitute(translated, UIWizard::Translate::yes))));
+}
+
+void ViewBuilder::applyCommand(const ViewElement& element, UView& view, std::string_view command) {
+    const std::string whole(wizard_.substitute(command));
     const auto parts = splitList(whole);
     if (parts.size() != 2) {
         warn(element, "a command is a category and a name with | between them, not '" + whole + "'");
@@ -179,11 +179,37 @@ void ViewBuilder::applyTexts(const ViewElement& element, UView& view) {
     view.getAttributes().setString("commandName", ConstString(parts[1]));
 }
 
+void ViewBuilder::applySizeLimits(const ViewElement& element, UView& view) {
+    App::Layout::SizeLimits limits = view.getItem().limits();
+    const CmPoint least = element.point(SkinAttribute::minSize);
+    const CmPoint most = element.point(SkinAttribute::maxSize);
+    if (element.has(SkinAttribute::minSize))
+        limits.minSize = {double(least.x), double(least.y)};
+    if (element.has(SkinAttribute::maxSize))
+        limits.maxSize = {double(most.x), double(most.y)};
+    view.setSizeLimits(limits);
+}
+
+void ViewBuilder::applyAttributes(const ViewElement& element, UView& view) {
+    for (const AttributeValue& value : element.attributes()) {
+        switch (value.attribute) {
+        case SkinAttribute::tip: applyTip(element, view, value.view()); break;
+        case SkinAttribute::command: applyCommand(element, view, value.view()); break;
+        case SkinAttribute::minSize:
+        case SkinAttribute::maxSize: applySizeLimits(element, view); break;
+        case SkinAttribute::attach:
+            if (value.number)
+                view.setAttach(static_cast<uint32_t>(value.number));
+            break;
+        default: break;
+        }
+    }
+}
+
 Ref<UView> ViewBuilder::finishView(const ViewElement& element, Ref<UView> view, IController* controller) {
     view->setSource(retain(&element.source()));
-    applyTexts(element, *view);
-    if (const uint32_t attach = element.attach())
-        view->setAttach(attach);
+    applyName(element, *view);
+    applyAttributes(element, *view);
     if (takesSizeOfContent(element, *view))
         view->resizeToFit(0, 0);
     if (element.focus() == ViewElement::Focus::none)

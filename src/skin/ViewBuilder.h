@@ -80,6 +80,8 @@ private:
     void buildFont(const SkinElement& element, UView& parent, IController* controller);
     void defineValue(const SkinElement& element, UView& parent, IController* controller);
     void buildMutableContent(const SkinElement& element, UView& parent, IController* controller);
+    /// The words of a list between `|`, after substitution.
+    std::vector<std::string> conditionWords(std::string_view list);
     bool checkConditions(const SkinElement& element, size_t count);
     bool checkVariable(const SkinElement& element, const UIWizardVariable& variable);
     UFont fontOf(const SkinElement& element);
@@ -92,7 +94,13 @@ private:
     /// `text`, counted as text that a view is given; empty at the limit.
     std::string_view counted(const SkinElement& element, std::string_view text);
     static bool takesSizeOfContent(const ViewElement& element, const UView& view);
-    void applyTexts(const ViewElement& element, UView& view);
+    void applyName(const ViewElement& element, UView& view);
+    void applyTip(const ViewElement& element, UView& view, std::string_view tip);
+    void applyCommand(const ViewElement& element, UView& view, std::string_view command);
+    /// What the element says; what it leaves open stays.
+    static void applySizeLimits(const ViewElement& element, UView& view);
+    /// What all views have in common.
+    void applyAttributes(const ViewElement& element, UView& view);
     void nameMissingKind(const SkinElement& element);
 
     UIWizard& wizard_;

@@ -194,13 +194,18 @@ void ViewBuilder::buildFor(const SkinElement& element, UView& parent, IControlle
     }
 }
 
+std::vector<std::string> ViewBuilder::conditionWords(std::string_view list) {
+    std::vector<std::string> words;
+    for (const std::string_view word : splitList(list))
+        if (!word.empty())
+            words.emplace_back(wizard_.substitute(word));
+    return words;
+}
+
 void ViewBuilder::buildSet(const SkinElement& element, UView& parent, IController* controller) {
     if (!wizard_.spendTextWork(element.name().size()))
         return;
-    std::vector<std::string> words;
-    for (const std::string_view word : splitList(element.name()))
-        if (!word.empty())
-            words.emplace_back(wizard_.substitute(word));
+    const std::vector<std::string> words = conditionWords(element.name());
     if (!checkConditions(element, words.size()))
         return;
     for (const std::string& word : words)
@@ -225,17 +230,14 @@ void ViewBuilder::buildMutable(const SkinElement& element, UView& parent, IContr
                 variables.push(std::move(variable));
         }
     }
-    std::vector<std::string> imposed;
-    const auto impose = splitList(element.text(SkinAttribute::impose));
-    if (!checkConditions(element, impose.size()))
+    std::vector<std::string> imposed = conditionWords(element.text(SkinAttribute::impose));
+    if (!checkConditions(element, imposed.size()))
         return;
-    for (const std::string_view word : impose) {
-        if (word.empty() || wizard_.hasCondition(word))
-            continue;
-        imposed.emplace_back(word);
+    std::erase_if(imposed, [this](const std::string& word) { return wizard_.hasCondition(word); });
+    for (const std::string& word : imposed)
         wizard_.setCondition(word);
-    }
     buildMutableContent(element, parent, controller);
+    variables.removeAll();
     for (const std::string& word : imposed)
         wizard_.clearCondition(word);
 }

@@ -17,10 +17,6 @@ namespace {
 enum TemplateViewStyle : int64_t { focusController = 1, allowStripping = 2, alwaysResizeToContent = 4 };
 constexpr uint32_t remembersState = 0x7000;
 
-CmSize extentOr(CmPoint point, CmSize absent) {
-    return {point.x > 0 ? point.x : absent.width, point.y > 0 ? point.y : absent.height};
-}
-
 /// `sizelimit`, if it is given as numbers, else what `min-size` and `max-size` say.
 CmRect sizeLimits(const ViewElement& element) {
     int32_t limits[4] = {UBaseView::noLimit, UBaseView::noLimit, UBaseView::largest, UBaseView::largest};
@@ -64,9 +60,7 @@ Ref<UView> ViewBuilder::addBackground(const ViewElement& element, UView& view) {
         return nullptr;
     }
     const auto style = static_cast<uint32_t>(element.keywords(SkinAttribute::backgroundStyle));
-    // A background that scales or repeats fills the size that the template asks for.
-    const CmSize size =
-        style ? extentOr({element.width(), element.height()}, bitmap->getSize()) : bitmap->getSize();
+    const CmSize size = bitmap->getSize();
     auto image = make<UImage>(CmRect::ofSize({}, size), retain(bitmap), style);
     if (style)
         image->setAttach(viewAttachAll);
@@ -101,6 +95,7 @@ Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* c
     if (parentView) {
         parentView->setFrame(element.rect(), false);
         parentView->setTitle(title(element));
+        applySizeLimits(element, *parentView);
     }
     view->setSource(retain(&element.source()));
     if (!element.name().empty())
@@ -128,7 +123,9 @@ Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* c
     const Ref<UView> background = addBackground(element, *view);
     buildChildren(element, background ? *background : *view, controller);
     outerFonts.swap(fonts_);
-    if (element.rect().isEmpty() && !background)
+    if (background && element.keywords(SkinAttribute::backgroundStyle) != 0)
+        background->resizeToFit(0, 0);
+    if (element.rect().isEmpty())
         view->resizeToFit(0, 0);
     addWallpaper(element, *view, controller);
     if (const uint32_t attach = element.attach())

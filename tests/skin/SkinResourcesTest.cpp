@@ -3,6 +3,7 @@
 #include "persistence/FUrl.h"
 #include "support/TestGraphics.h"
 #include "support/TestPaths.h"
+#include "views/UView.h"
 
 #include <filesystem>
 #include <fstream>
@@ -63,6 +64,33 @@ TEST_F(SkinResourcesTest, MakesEachKindOnceFromFilesAndFromEachOther) {
     ASSERT_TRUE(set);
     EXPECT_EQ(set->getByName("inner"), find("inner"));
     EXPECT_EQ(findings(), "");
+}
+
+TEST_F(SkinResourcesTest, ABackgroundGivesTheTemplateItsSize) {
+    const std::string label = "><label size='5,0,25,4'/></template>";
+    loadResources(
+        "<bitmap name='back' path='images/strip.png'/></resources><templates>"
+        "<template name='plain' size='0,0,90,80' background='back'" +
+        label + "<template name='scaled' size='0,0,90,80' background='back' background-style='scale'" +
+        label + "<template name='fitted' background='back' background-style='hrepeat'" + label +
+        "<template name='alone' background='back' background-style='scale'/></templates><resources>");
+    const struct {
+        const char* name;
+        CmSize view, image;
+        uint32_t attach;
+    } cases[] = {
+        {"plain", {12, 8}, {12, 8}, 0},
+        {"scaled", {12, 8}, {30, 4}, viewAttachAll},
+        {"fitted", {30, 4}, {30, 4}, viewAttachAll},
+        {"alone", {12, 8}, {12, 8}, viewAttachAll},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Ref<UView> view = wizard().createView(c.name, nullptr, nullptr);
+        EXPECT_EQ(view->getFrameSize(), c.view);
+        EXPECT_EQ(view->getSubView(0)->getFrameSize(), c.image);
+        EXPECT_EQ(view->getSubView(0)->getAttach(), c.attach);
+    }
 }
 
 TEST_F(SkinResourcesTest, TellsWhatCantBeMade) {

@@ -238,6 +238,42 @@ TEST_F(UIWizardTest, ATemplateMakesABaseView) {
     EXPECT_FALSE(wizard().createView("none", controller_.get(), nullptr));
 }
 
+TEST_F(UIWizardTest, ConditionsOfListsGoThroughVariables) {
+    EXPECT_EQ(built("<for variable='[i]' range='0,1'><set condition='s[i]'><variant condition='s1'>"
+                    "<label titleNT='set'/></variant></set>"
+                    "<mutable variable='X' setting='m[i]' impose='X'><variant condition='m0'>"
+                    "<label titleNT='imposed'/></variant></mutable></for>"),
+              "imposed@0,0 set@0,0");
+    EXPECT_TRUE(wizard().conditions().empty());
+}
+
+TEST_F(UIWizardTest, ALabelAsksForTheValueOfItsName) {
+    struct Asked : UValueContainer {
+        Binding::Value* getValue(const char* name) override {
+            names.emplace_back(name);
+            return nullptr;
+        }
+        std::vector<std::string> names;
+    };
+    auto asked = make<Asked>();
+    load("<template name='T'><label name='caption'/><label/><decor name='frame'/></template>");
+    wizard().createView("T", asked.get(), nullptr);
+    EXPECT_EQ(asked->names, std::vector<std::string>{"caption"});
+}
+
+TEST_F(UIWizardTest, LimitsOfSizeReachAnyView) {
+    load("<template name='T' min-size='3,4' max-size='50,60'><label min-size='7,8'/></template>");
+    const auto given = make<UView>();
+    wizard().createView("T", controller_.get(), given.get());
+    App::Layout::SizeLimits expected;
+    expected.minSize = {3, 4};
+    expected.maxSize = {50, 60};
+    EXPECT_EQ(given->getItem().limits(), expected);
+    expected = {};
+    expected.minSize = {7, 8};
+    EXPECT_EQ(given->getSubView(0)->getItem().limits(), expected);
+}
+
 TEST_F(UIWizardTest, ViewsRememberTheirPlaceAfterTheDocumentIsGone) {
     const Ref<UView> view = build("\n <label/>");
     load("<template name='other'/>");
@@ -267,9 +303,12 @@ TEST_F(UIWizardTest, DefinesValuesLocallyBeforeGlobally) {
     EXPECT_EQ(cast<Binding::StringValue>(value(2))->getText().string().toUtf8(), "words");
     EXPECT_EQ(value(3)->getValue(), 1);
     value(0)->setValue(-2);
-    build("<valuedefine name='v' type='int' scope='global' min='-3' max='9' default='8'/><slider name='v'/>");
+    build("<valuedefine name='v' type='int' scope='global' min='-3' max='9'/><slider name='v'/>"
+          "<valuedefine name='v' type='int' scope='global' min='0' max='1'/>");
     EXPECT_EQ(value(0)->getValue(), -2) << "a reload keeps the number";
-    EXPECT_EQ(value(0)->getMax(), 9) << "and takes the range";
+    EXPECT_EQ(value(0)->getMax(), 9) << "and takes the range, where the first definition counts";
+    int32_t standard = 0;
+    EXPECT_TRUE(value(0)->getDefault(standard) && standard == -3) << "the minimum without a default";
     auto other = make<TestController>();
     EXPECT_EQ(wizard().findValue("v", other.get()).get(), value(0))
         << "local values stay with their controller";

@@ -47,8 +47,10 @@ bool UImage::drawContent(const CmRect& rect) {
 }
 
 void UImage::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
-    if (!bitmap_)
+    if (!bitmap_ || (style_ != 0 && getSubViewCount() > 0)) {
+        UView::resizeToFit(extraWidth, extraHeight);
         return;
+    }
     const CmRect frame = getFrameRect();
     const CmSize own = bitmap_->getSize();
     setFrame(CmRect::ofSize(frame.origin(), {extraWidth < 0 ? frame.width() : own.width + extraWidth,

@@ -16,6 +16,7 @@ public:
     UImage(const CmRect& frame, Ref<UBitmap> bitmap, uint32_t style = 0);
 
     bool drawContent(const CmRect& rect) override;
+    /// The bitmap's size, or, where the bitmap fills any, the one of the subviews.
     void resizeToFit(int32_t extraWidth, int32_t extraHeight) override;
     AccessibleRole getAccessibleRole() const override { return AccessibleRole::image; }
 
