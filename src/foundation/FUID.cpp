@@ -2,6 +2,7 @@
 
 #include "platform/System.h"
 
+#include <array>
 #include <cstdio>
 #include <cstring>
 
@@ -69,7 +70,10 @@ uint32_t FUID::word(int index) const noexcept {
 }
 
 bool FUID::generate() noexcept {
-    *this = FUID(platform::generateUuid(platform::UuidKind::random).data());
+    std::array<uint8_t, 16> bytes;
+    if (!platform::generateUuid(platform::UuidKind::random, bytes))
+        return false;
+    *this = FUID(bytes.data());
     return true;
 }
 

@@ -13,7 +13,12 @@ enum class UuidKind : uint8_t {
     random, ///< version 4
     time    ///< version 1, of this machine
 };
-std::array<uint8_t, 16> generateUuid(UuidKind kind);
+/// False, and `uuid` as it was, when the system has no randomness to give.
+bool generateUuid(UuidKind kind, std::array<uint8_t, 16>& uuid);
+
+/// Takes uuids from elsewhere; null takes them from the system again. For tests.
+using UuidSource = bool (*)(UuidKind kind, std::array<uint8_t, 16>& uuid);
+void setUuidSource(UuidSource source);
 
 /// The program's arguments, the program's name first. UTF-8 as the system gives them, also inside a host.
 std::vector<std::string> getCommandLine();

@@ -69,6 +69,22 @@ TEST(FUID, DrawsIdsThatDiffer) {
     EXPECT_NE(first, second);
 }
 
+TEST(FUID, WithoutRandomnessItSaysSoAndStaysAsItWas) {
+    platform::setUuidSource([](platform::UuidKind, std::array<uint8_t, 16>&) { return false; });
+    FUID id = sample;
+    EXPECT_FALSE(id.generate());
+    EXPECT_EQ(id, sample);
+    platform::setUuidSource(nullptr);
+    EXPECT_TRUE(id.generate());
+}
+
+TEST(FUID, ADeclarationOnTheDebugOutputIsALineOfItsOwn) {
+    ::testing::internal::CaptureStderr();
+    sample.toDeclaration(nullptr, FUID::constructor);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "FUID (0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)\n");
+}
+
 TEST(FUID, WritesDeclarations) {
     struct Case {
         int32_t style;

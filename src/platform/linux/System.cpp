@@ -1,7 +1,7 @@
 #include "platform/System.h"
 
+#include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <mutex>
@@ -17,6 +17,7 @@ namespace {
 constinit std::mutex debugLock;
 constinit DebugWriter debugWriter = nullptr;
 constinit void* debugArgument = nullptr;
+constinit std::atomic<UuidSource> uuidSource{nullptr};
 
 void writeToStandardError(std::string_view line) {
     std::string whole(line);
@@ -35,15 +36,25 @@ void writeToStandardError(std::string_view line) {
 
 } // namespace
 
-std::array<uint8_t, 16> generateUuid(UuidKind kind) {
-    uuid_t bytes;
-    if (kind == UuidKind::time)
-        uuid_generate_time(bytes);
-    else
-        uuid_generate_random(bytes);
-    std::array<uint8_t, 16> result;
-    std::memcpy(result.data(), bytes, result.size());
-    return result;
+bool generateUuid(UuidKind kind, std::array<uint8_t, 16>& uuid) {
+    if (const UuidSource source = uuidSource)
+        return source(kind, uuid);
+    if (kind == UuidKind::time) {
+        uuid_generate_time(uuid.data());
+        return true;
+    }
+    // Not by libuuid, which falls back to weak numbers without a word. Layout: RFC 4122, section 4.4.
+    std::array<uint8_t, 16> drawn;
+    if (getentropy(drawn.data(), drawn.size()) != 0)
+        return false;
+    drawn[6] = static_cast<uint8_t>((drawn[6] & 0x0F) | 0x40);
+    drawn[8] = static_cast<uint8_t>((drawn[8] & 0x3F) | 0x80);
+    uuid = drawn;
+    return true;
+}
+
+void setUuidSource(UuidSource source) {
+    uuidSource = source;
 }
 
 std::vector<std::string> getCommandLine() {

@@ -103,8 +103,10 @@ TEST(System, LocaleIsTheFirstNameThatIsSet) {
 TEST(System, IdsAreFreshAndOfTheirVersion) {
     std::set<std::array<uint8_t, 16>> seen;
     for (int i = 0; i < 100; ++i) {
-        const auto random = generateUuid(UuidKind::random);
-        const auto time = generateUuid(UuidKind::time);
+        std::array<uint8_t, 16> random{};
+        std::array<uint8_t, 16> time{};
+        ASSERT_TRUE(generateUuid(UuidKind::random, random));
+        ASSERT_TRUE(generateUuid(UuidKind::time, time));
         EXPECT_EQ(random[6] >> 4, 4);
         EXPECT_EQ(time[6] >> 4, 1);
         EXPECT_EQ(random[8] >> 6, 2);
