@@ -99,10 +99,12 @@ bool ClassFactory::describeClass(FInterface* unknown, TextSink& sink, NameForm f
     if (!unknown)
         return false;
     if (const CmObject* object = castToCmObject(unknown)) {
-        const ClassRecord* record =
-            form == NameForm::persistent ? findByName(object->getClassName()) : nullptr;
-        sink.write(record ? record->persistentName() : object->getClassName());
-        return true;
+        const char* name = object->getClassName();
+        const ClassRecord* record = findByName(name);
+        if (form == NameForm::runTime || record) {
+            sink.write(form == NameForm::runTime ? name : record->persistentName());
+            return true;
+        }
     }
     Ref<FPersistent> persistent;
     FUID id;

@@ -42,9 +42,9 @@ public:
     Ref<FInterface> createById(const InterfaceId& id) const;
 
     enum class NameForm { runTime, persistent };
-    /// Writes the class name of `unknown`, or the class id of a foreign persistent object, to `sink`. False
-    /// when there is nothing to write: a foreign object without `FPersistent`, or, in the persistent form,
-    /// with an id that has no record.
+    /// Writes the class name of `unknown`, or the class id that an object gives as `FPersistent`, to `sink`.
+    /// The persistent form writes only what a record is found by: an object whose name at run time has none
+    /// goes by its id, and without a record of that id, or without `FPersistent`, the result is false.
     bool describeClass(FInterface* unknown, TextSink& sink, NameForm form) const;
 
 private:

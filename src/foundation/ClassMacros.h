@@ -4,6 +4,8 @@
 
 #include <qorl/FInterface.h>
 
+#include <new>
+
 /// First thing in a class body: the class's name and tests of kind. Leaves access private.
 #define QORL_CLASS(Self, Base) QORL_CLASS_NAMED(Self, Base, #Self)
 
@@ -26,11 +28,11 @@ public:                                                                         
 private:                                                                                                     \
     static constexpr ::qorl::ClassName classNames_{NAME, &Base::classNames()};
 
-/// `clone` by the copy constructor.
+/// `clone` by the copy constructor; null when memory ran out.
 #define QORL_CLONE(Self)                                                                                     \
 public:                                                                                                      \
     ::qorl::CmObject* clone() const override {                                                               \
-        return new Self(*this);                                                                              \
+        return ::qorl::detail::copyOf(*this);                                                                \
     }                                                                                                        \
                                                                                                              \
 private:
@@ -70,6 +72,15 @@ private:                                                                        
     static ::qorl::ClassRecord QORL_JOIN(idRecord, __LINE__){ID, &::qorl::createObject<Self>};
 
 namespace qorl::detail {
+
+template <typename Self>
+Self* copyOf(const Self& object) {
+    try {
+        return new Self(object);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 
 template <typename Face, typename Self>
 bool answerFace(Self* self, const InterfaceId& id, void** out) {

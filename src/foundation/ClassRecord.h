@@ -57,10 +57,14 @@ private:
     ClassRecord* nextById_ = nullptr;
 };
 
-/// The factory of a class that is made without arguments.
+/// The factory of a class that is made without arguments. Null when memory ran out, for a member of it too.
 template <typename T>
 FInterface* createObject() {
-    return static_cast<FObject*>(new (std::nothrow) T);
+    try {
+        return static_cast<FObject*>(new T);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 } // namespace qorl

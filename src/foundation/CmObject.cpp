@@ -1,6 +1,7 @@
 #include "foundation/CmObject.h"
 
 #include <functional>
+#include <new>
 
 namespace qorl {
 
@@ -52,7 +53,7 @@ const ClassRecord* CmObject::getClassRecord() const {
 }
 
 CmObject* CmObject::clone() const {
-    return new CmObject;
+    return new (std::nothrow) CmObject;
 }
 
 CmObject* castToCmObject(FInterface* unknown) {

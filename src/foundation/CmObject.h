@@ -45,7 +45,7 @@ public:
 
     /// The record of the nearest class that has one.
     virtual const ClassRecord* getClassRecord() const;
-    /// A new object of this class, with one reference for the caller.
+    /// A new object of this class, with one reference for the caller; null when memory ran out.
     virtual CmObject* clone() const;
 
     static ClassRecord& classRecord() { return classRecord_; }

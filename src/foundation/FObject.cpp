@@ -7,23 +7,21 @@ namespace qorl {
 
 namespace {
 
-InterfaceId drawId() {
+/// Without randomness the place in memory tells this load from every other library in the process.
+InterfaceId drawId(const void* place) {
     FUID id;
-    id.generate();
-    return id;
+    if (id.generate())
+        return id;
+    const auto address = reinterpret_cast<uintptr_t>(place);
+    return FUID(0x716F726C, 0, static_cast<uint32_t>(address >> 16 >> 16), static_cast<uint32_t>(address));
 }
 
 } // namespace
 
-// Drawn before any other static initialiser of the library can ask for them.
-[[gnu::init_priority(101)]] InterfaceId detail::privateInterfaceId = drawId();
-[[gnu::init_priority(101)]] InterfaceId detail::borrowId = drawId();
+// Drawn before any other static initialiser of the library can ask for it.
+[[gnu::init_priority(101)]] InterfaceId detail::privateInterfaceId = drawId(&detail::privateInterfaceId);
 
 Result FObject::queryInterface(const InterfaceId& id, void** out) {
-    if (id == detail::borrowId) {
-        *out = this;
-        return Result::ok;
-    }
     if (id == FInterface::iid || id == FDependent::iid || id == privateInterfaceId()) {
         addRef();
         *out = this;

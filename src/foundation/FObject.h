@@ -12,7 +12,6 @@ class FObject;
 
 namespace detail {
 extern InterfaceId privateInterfaceId;
-extern InterfaceId borrowId;
 } // namespace detail
 
 /// The id that objects of this very load of the library answer with their `FObject` face, and nobody else.
@@ -26,6 +25,11 @@ inline const InterfaceId& privateInterfaceId() {
 /// An object is born with a count of 1 that its creator owns. Objects may also be members or stand on the
 /// stack; their count is then never used to free them. Classes that need no persistence derive from this
 /// directly, all others from `CmObject`.
+///
+/// Slots count operations: the destructor is slot 4. In the Itanium ABI it takes two entries of the table,
+/// the one that destroys the object in place and the one that frees its memory as well, so that an operation
+/// behind it stands in entry slot + 1. Where the ABI has one entry with a flag for the second, slot and entry
+/// are equal. Interfaces without a destructor have no such step.
 ///
 /// Threading: the count is atomic. Dependents and changes may be used on any thread (see `UpdateHandler`).
 class FObject : public FDependent {
@@ -42,6 +46,8 @@ public:
     uint32_t addRef() override {
         return static_cast<uint32_t>(count_.fetch_add(1, std::memory_order_relaxed) + 1);
     }
+    /// The count that this call left behind. It is not read again: another thread's last release may have
+    /// freed the object meanwhile.
     uint32_t release() override;
     void update(FInterface* changed, int32_t message) override;
 
@@ -75,13 +81,15 @@ private:
     std::atomic<int32_t> count_{1};
 };
 
-/// `unknown` as an object of this library, without a reference for the caller; null when it is foreign. Asks
-/// the same question as `privateInterfaceId`, but spares the count: notifications do this for each dependent.
+/// `unknown` as an object of this library, null when it is foreign. It is asked for `privateInterfaceId`, and
+/// the reference that this takes is given back at once: the caller has none.
 inline FObject* borrowObject(FInterface* unknown) {
     void* found = nullptr;
-    if (!unknown || unknown->queryInterface(detail::borrowId, &found) != Result::ok)
+    if (!unknown || unknown->queryInterface(privateInterfaceId(), &found) != Result::ok)
         return nullptr;
-    return static_cast<FObject*>(found);
+    auto* object = static_cast<FObject*>(found);
+    object->release();
+    return object;
 }
 
 inline uint32_t FObject::release() {

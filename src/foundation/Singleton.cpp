@@ -2,6 +2,7 @@
 
 #include "foundation/threads/FLock.h"
 
+#include <new>
 #include <vector>
 
 namespace qorl {
@@ -35,7 +36,9 @@ FLock* globalLock() {
     FLock* lock = lockInstance.load(std::memory_order_acquire);
     if (lock || gone.load(std::memory_order_acquire))
         return lock;
-    auto* created = new FLock("FLock");
+    auto* created = new (std::nothrow) FLock("FLock");
+    if (!created)
+        return nullptr;
     if (lockInstance.compare_exchange_strong(lock, created, std::memory_order_acq_rel))
         return created;
     delete created;
@@ -78,9 +81,17 @@ FObject* SingletonSlot::createOnce(FObject* (*create)()) {
     const FGuard guard(*lock);
     if (FObject* object = load())
         return object;
-    FObject* object = create();
+    FObject* object = nullptr;
+    try {
+        object = create();
+        // Behind `create`: what the object makes for itself is older than the object.
+        singletons.add(this);
+    } catch (const std::bad_alloc&) {
+        if (object)
+            object->release();
+        return nullptr;
+    }
     object_.store(object, std::memory_order_release);
-    singletons.add(this);
     return object;
 }
 

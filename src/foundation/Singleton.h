@@ -8,8 +8,9 @@ namespace qorl {
 
 /// Holder of one global object that is created on first use and released when the library unloads.
 ///
-/// Declare it `constinit`. `get` is safe on any thread; after the teardown it gives null for ever, so code
-/// that can run late tests the result. Objects are released in the order of their creation.
+/// Declare it `constinit`. `get` is safe on any thread; after the teardown it gives null for ever, and when
+/// memory ran out it gives null for this once, so code that can run late tests the result. Objects are
+/// released in the order of their creation.
 class SingletonSlot {
 public:
     constexpr SingletonSlot() = default;

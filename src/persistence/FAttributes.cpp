@@ -6,6 +6,7 @@
 #include "persistence/FXmlObject.h"
 
 #include <algorithm>
+#include <new>
 
 namespace qorl {
 
@@ -53,9 +54,15 @@ FAttributes& FAttributes::operator=(const FAttributes& other) {
     if (!other.isEmpty()) {
         copy = make<FAttributeItems>();
         copy->entries = other.items_->entries;
-        for (auto& entry : copy->entries)
-            if (isPart(entry.getObject()))
-                entry.setObject(entry.getObject()->clone(), Hold::adopt);
+        for (auto& entry : copy->entries) {
+            if (!isPart(entry.getObject()))
+                continue;
+            CmObject* part = entry.getObject()->clone();
+            // A copy is whole or it isn't made.
+            if (!part)
+                throw std::bad_alloc();
+            entry.setObject(part, Hold::adopt);
+        }
     }
     items_ = std::move(copy);
     return *this;

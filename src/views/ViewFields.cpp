@@ -37,7 +37,7 @@ ViewFields::ViewFields(UView& view, const ViewFields& other)
     : CmObject(other), viewFlags_(other.viewFlags_ & ~flagsOfPlace), source_(other.source_),
       title_(other.title_), tooltip_(other.tooltip_), core_(view) {
     if (other.attributes_) {
-        attributes_ = Ref<FAttributes>::adopt(static_cast<FAttributes*>(other.attributes_->clone()));
+        attributes_ = make<FAttributes>(*other.attributes_);
         attributes_->remove(ancestorSize.attribute);
         attributes_->remove(ancestorMove.attribute);
     }

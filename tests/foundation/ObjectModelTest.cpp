@@ -1,8 +1,11 @@
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
 #include "foundation/CmObject.h"
+#include "foundation/FPersistent.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
+#include <new>
 #include <string>
 
 namespace qorl {
@@ -158,6 +161,62 @@ TEST(ObjectModel, NeverTakesAForeignObjectForItsOwn) {
     EXPECT_EQ(castToCmObject(&plain), nullptr);
 }
 
+/// An object of ours that writes down how it is asked whether it is one.
+class Asked : public CmObject {
+    QORL_CLASS(Asked, CmObject)
+
+public:
+    Result queryInterface(const InterfaceId& id, void** out) override {
+        log += id == privateInterfaceId() ? "private " : "other ";
+        return CmObject::queryInterface(id, out);
+    }
+    uint32_t release() override {
+        log += "release ";
+        return CmObject::release();
+    }
+
+    std::string log;
+};
+
+TEST(ObjectModel, RecognisesItsOwnByThePrivateIdAlone) {
+    Asked object;
+    EXPECT_EQ(castToCmObject(static_cast<FInterface*>(&object)), &object);
+    EXPECT_EQ(object.log, "private release ") << "the reference that the question took goes back at once";
+}
+
+TEST(ObjectModel, IsRecognisedWhileItGoes) {
+    struct Going : CmObject {
+        ~Going() override { EXPECT_NE(castToCmObject(this), nullptr); }
+    };
+    auto* counted = new Going;
+    EXPECT_EQ(counted->release(), 0u);
+    const Going onTheStack;
+}
+
+/// Memory for it, or for something that it holds, is never there.
+struct Starving : CmObject {
+    struct Member {
+        Member() { throw std::bad_alloc(); }
+        Member(const Member&) { throw std::bad_alloc(); }
+        explicit Member(int) {}
+    };
+    Starving() = default;
+    explicit Starving(int) : member(0) {}
+    Member member;
+    QORL_CLONE(Starving)
+};
+
+TEST(ObjectModel, WithoutMemoryNothingIsMadeAndNothingEscapes) {
+    EXPECT_EQ(createObject<Starving>(), nullptr);
+    const Starving original(0);
+    EXPECT_EQ(original.clone(), nullptr);
+    failEachAllocation([](FailingAllocation& memory) {
+        const Ref<FInterface> made =
+            memory.during([] { return ClassFactory::instance()->createByName("TestAnimal"); });
+        EXPECT_EQ(made == nullptr, memory.hasFailed());
+    });
+}
+
 TEST(ObjectModel, ClonesAreNewObjectsOfTheClass) {
     const Ref<Dog> dog = make<Dog>();
     dog->legs = 3;
@@ -189,8 +248,29 @@ class AliasSource : public CmObject {
 QORL_REGISTER(AliasSource, "TestAliasSource", Animal, 0)
 QORL_REGISTER_ALIAS(AliasSource, "TestAlias")
 
+class AliasedByName : public CmObject {
+    QORL_CLASS(AliasedByName, CmObject)
+    QORL_RECORD(AliasedByName)
+};
+QORL_REGISTER(AliasedByName, "AliasedByName", CmObject, 0)
+QORL_REGISTER_ALIAS(AliasedByName, "TestStoredName")
+
 constexpr InterfaceId idOnly = InterfaceId::fromText("{DE500000-0000-4000-8000-00000000BEEF}");
 QORL_REGISTER_ID(Animal, idOnly)
+
+/// Its name has no record, but its class id has.
+class Stored : public CmObject, public FPersistent {
+    QORL_CLASS(Stored, CmObject)
+    QORL_FACES(Stored, CmObject, FPersistent)
+
+public:
+    Result getClassId(FUID& classId) override {
+        classId = idOnly;
+        return Result::ok;
+    }
+    Result store(FAttributes*) override { return Result::no; }
+    Result restore(FAttributes*) override { return Result::no; }
+};
 
 ClassRecord unregistered{"TestUnregistered", nullptr, nullptr};
 
@@ -262,6 +342,15 @@ TEST(ClassFactory, DescribesClassesByTheNameOfTheForm) {
     EXPECT_EQ(describe(static_cast<IExtra*>(&dog), ClassFactory::NameForm::runTime), "Zoo::Dog");
     EXPECT_EQ(describe(&source, ClassFactory::NameForm::runTime), "AliasSource");
     EXPECT_EQ(describe(&foreign, ClassFactory::NameForm::persistent), "nothing");
+    Animal animal;
+    EXPECT_EQ(describe(&animal, ClassFactory::NameForm::persistent), "nothing")
+        << "no record is found by its name at run time";
+    AliasedByName aliased;
+    EXPECT_EQ(describe(&aliased, ClassFactory::NameForm::persistent), "TestStoredName");
+    Stored stored;
+    EXPECT_EQ(describe(static_cast<CmObject*>(&stored), ClassFactory::NameForm::runTime), "Stored");
+    EXPECT_EQ(describe(static_cast<CmObject*>(&stored), ClassFactory::NameForm::persistent),
+              "DE50000000004000800000000000BEEF");
     EXPECT_EQ(describe(nullptr, ClassFactory::NameForm::runTime), "nothing");
 }
 
