@@ -1,8 +1,6 @@
 #include "foundation/StartupHook.h"
 
 #include <algorithm>
-#include <memory>
-#include <utility>
 
 namespace qorl {
 
@@ -19,6 +17,11 @@ void enter(StartupHookList*& list, const StartupHook& hook) {
     if (!list)
         list = new StartupHookList;
     list->add(hook);
+}
+
+/// Each is off the list before it runs: what a hook drops is dropped at once, and what it runs runs once.
+const StartupHook* takeFirst(StartupHookList* list, int32_t level) {
+    return list ? list->takeFirst(level) : nullptr;
 }
 
 void drop(StartupHookList*& list) {
@@ -56,36 +59,32 @@ void StartupHookList::add(const StartupHook& hook) {
     hooks_.insert(behind, &hook);
 }
 
-std::vector<const StartupHook*> StartupHookList::take(int32_t level) {
-    const auto end = std::find_if(hooks_.begin(), hooks_.end(),
-                                  [level](const StartupHook* hook) { return hook->level() > level; });
-    const std::vector<const StartupHook*> taken(hooks_.begin(), end);
-    hooks_.erase(hooks_.begin(), end);
-    return taken;
+const StartupHook* StartupHookList::takeFirst(int32_t level) {
+    if (hooks_.empty() || hooks_.front()->level() > level)
+        return nullptr;
+    const StartupHook* first = hooks_.front();
+    hooks_.erase(hooks_.begin());
+    return first;
 }
 
 bool runStartupHooks(int32_t level) {
     startupBegan = true;
-    if (!startupHooks)
-        return true;
-    // Taken off before they run, since a hook may end the program, which drops the list.
-    bool goOn = true;
-    for (const StartupHook* hook : startupHooks->take(level)) {
-        goOn = hook->call();
-        if (!goOn)
-            break;
+    while (const StartupHook* hook = takeFirst(startupHooks, level)) {
+        if (!hook->call()) {
+            drop(startupHooks);
+            return false;
+        }
     }
-    if (!goOn || (startupHooks && startupHooks->isEmpty()))
+    if (startupHooks && startupHooks->isEmpty())
         drop(startupHooks);
-    return goOn;
+    return true;
 }
 
 void runShutdownHooks() {
-    const std::unique_ptr<StartupHookList> list(std::exchange(shutdownHooks, nullptr));
-    if (!list || !startupBegan)
-        return;
-    for (const StartupHook* hook : list->take(INT32_MAX))
-        hook->call();
+    if (startupBegan)
+        while (const StartupHook* hook = takeFirst(shutdownHooks, INT32_MAX))
+            hook->call();
+    drop(shutdownHooks);
 }
 
 void dropHooks() {

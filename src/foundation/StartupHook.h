@@ -50,8 +50,8 @@ public:
     StartupHookList();
 
     void add(const StartupHook& hook);
-    /// Takes the hooks up to `level` off the list.
-    std::vector<const StartupHook*> take(int32_t level);
+    /// Takes the first hook off the list; null when the list is empty or its first hook lies above `level`.
+    const StartupHook* takeFirst(int32_t level);
     bool isEmpty() const { return hooks_.empty(); }
 
 private:
@@ -59,13 +59,14 @@ private:
 };
 
 /// Runs the start-up hooks up to `level`, each once; true when the list is gone. A hook that fails ends the
-/// walk with false, and the list goes. From the first call on the shutdown hooks are armed.
+/// walk with false, and the list goes. From the first call on the shutdown hooks are armed. A hook may itself
+/// run further hooks or drop the lists: what it ran doesn't run again, and what it dropped doesn't run.
 bool runStartupHooks(int32_t level);
 
 /// Runs all shutdown hooks, if a start-up ever began, and drops their list in any case.
 void runShutdownHooks();
 
-/// What is dropped stays gone until the library is loaded again.
+/// What is dropped stays gone until the library is loaded again. Ends a walk that is under way.
 void dropHooks();
 
 } // namespace qorl

@@ -66,10 +66,33 @@ TEST_F(StartupHooks, AHookMayDropTheLists) {
                             dropHooks();
                             return note<'A'>();
                         }};
-    const StartupHook b{"B", 50, &note<'B'>};
+    const StartupHook b{"B", 0, &note<'B'>};
+    const StartupHook c{"C", 50, &note<'C'>};
     EXPECT_TRUE(runStartupHooks(0));
     EXPECT_TRUE(runStartupHooks(100));
-    EXPECT_EQ(take(), (Names{"A"}));
+    EXPECT_EQ(take(), (Names{"A"})) << "the walk ends with the list";
+}
+
+TEST_F(StartupHooks, AHookThatRunsTheOthersLeavesNoneToRunTwice) {
+    const StartupHook a{"A", 0, [] {
+                            note<'A'>();
+                            return runStartupHooks(50);
+                        }};
+    const StartupHook b{"B", 0, &note<'B'>};
+    const StartupHook c{"C", 50, &note<'C'>};
+    EXPECT_TRUE(runStartupHooks(0));
+    EXPECT_EQ(take(), (Names{"A", "B", "C"}));
+}
+
+TEST_F(StartupHooks, AShutdownHookMayDropTheLists) {
+    const ShutdownHook a{"A", 50, [] {
+                             dropHooks();
+                             return note<'A'>();
+                         }};
+    const ShutdownHook b{"B", 50, &note<'B'>};
+    runStartupHooks(0);
+    runShutdownHooks();
+    EXPECT_EQ(take(), Names{"A"});
 }
 
 TEST_F(StartupHooks, ShutdownHooksAllRunOnceWhateverTheyAnswer) {
