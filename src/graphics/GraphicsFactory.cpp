@@ -2,6 +2,7 @@
 
 #include "graphics/BitmapCache.h"
 #include "graphics/cairo/CairoFactory.h"
+#include "platform/Platform.h"
 
 #include <algorithm>
 #include <cctype>
@@ -42,6 +43,12 @@ std::string_view optionValue(std::span<const std::string_view> arguments, std::s
     return found == arguments.end() || found + 1 == arguments.end() ? std::string_view() : *(found + 1);
 }
 
+platform::DpiAwareness dpiAwarenessOf(std::string_view wanted) {
+    if (wanted == "monitor")
+        return platform::DpiAwareness::monitor;
+    return wanted == "system" ? platform::DpiAwareness::system : platform::DpiAwareness::none;
+}
+
 } // namespace
 
 GraphicsFactory* getGraphicsFactory() {
@@ -73,14 +80,10 @@ bool selectGraphicsBackend(std::string_view name) {
 
 bool selectGraphicsBackendByArguments(std::span<const std::string_view> arguments) {
     const std::string_view wanted = optionValue(arguments, "--gfxbackend");
-    return selectGraphicsBackend(wanted == "D2D" || wanted == "GDI" ? wanted : defaultName);
-}
-
-DpiAwareness dpiAwarenessByArguments(std::span<const std::string_view> arguments) {
-    const std::string_view wanted = optionValue(arguments, "--dpiawareness");
-    if (wanted == "monitor")
-        return DpiAwareness::monitor;
-    return wanted == "system" ? DpiAwareness::system : DpiAwareness::none;
+    if (wanted == "D2D" || wanted == "GDI")
+        return selectGraphicsBackend(wanted);
+    platform::setDpiAwareness(dpiAwarenessOf(optionValue(arguments, "--dpiawareness")));
+    return selectGraphicsBackend(defaultName);
 }
 
 void shutdownGraphics() {

@@ -97,12 +97,9 @@ const std::string& getGraphicsBackendName();
 /// answers whether it is the same name and changes nothing. False after the shutdown. GUI thread.
 bool selectGraphicsBackend(std::string_view name);
 
-/// The choice by the command line: what "--gfxbackend" asks for if it is "D2D" or "GDI", else "default".
+/// The choice by the command line: what "--gfxbackend" asks for if it is "D2D" or "GDI"; else "default", and
+/// windows follow the resolution of their monitors as "--dpiawareness" asks ("monitor" or "system").
 bool selectGraphicsBackendByArguments(std::span<const std::string_view> arguments);
-
-/// How windows follow the resolution of their monitors, by "--dpiawareness".
-enum class DpiAwareness : int32_t { none = 0, system = 1, monitor = 2 };
-DpiAwareness dpiAwarenessByArguments(std::span<const std::string_view> arguments);
 
 /// Releases the factory and everything that the drawing system keeps, so that the library can be unloaded.
 /// A selection is refused afterwards until `reopenGraphics`.

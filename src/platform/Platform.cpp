@@ -12,10 +12,18 @@ namespace qorl::platform {
 namespace {
 
 constinit DesktopServices* services = nullptr;
+constinit DpiAwareness dpiAwareness = DpiAwareness::none;
+
+/// Empty when the environment names none.
+std::string displayName() {
+    std::string display;
+    getEnvironment("DISPLAY", display);
+    return display;
+}
 
 std::unique_ptr<DesktopServices> createX11(std::string& error) {
-    std::string display;
-    if (!getEnvironment("DISPLAY", display) || display.empty()) {
+    const std::string display = displayName();
+    if (display.empty()) {
         error = "no display: the environment variable DISPLAY is not set";
         return nullptr;
     }
@@ -58,6 +66,18 @@ void stop() {
 
 DesktopServices* desktop() {
     return services;
+}
+
+bool hasDisplay() {
+    return !displayName().empty();
+}
+
+void setDpiAwareness(DpiAwareness awareness) {
+    dpiAwareness = awareness;
+}
+
+DpiAwareness getDpiAwareness() {
+    return dpiAwareness;
 }
 
 } // namespace qorl::platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace qorl::platform {
@@ -21,9 +22,23 @@ enum class Backend {
 /// succeeds if the back end is the same and fails otherwise.
 ///
 /// A program with a user at the screen starts `automatic` and shows `error` to whoever called it. The
-/// library, in a host's process, falls back to `headless` when `automatic` fails: its objects then work, and
-/// no window is seen.
+/// library, in a host's process, starts `headless` when `hasDisplay` says that nobody expects windows: its
+/// objects then work. A display that is named and can't be reached fails for both.
 bool start(Backend backend, std::string& error);
+
+/// Whether the environment names a display.
+bool hasDisplay();
+
+/// Whose scale windows are drawn at.
+enum class DpiAwareness : int32_t {
+    none = 0,    ///< The program leaves it to the platform, on which each window follows its monitor, too.
+    system = 1,  ///< All windows have the scale of the main monitor.
+    monitor = 2, ///< Each window follows the monitor that it is on.
+};
+
+/// Said before the first window opens; `none` until then. GUI thread.
+void setDpiAwareness(DpiAwareness awareness);
+DpiAwareness getDpiAwareness();
 
 /// Closes what is left, frees everything and leaves no trace in the process, so that the library can be
 /// unloaded. Windows and pointers must be gone. Safe when nothing was started.

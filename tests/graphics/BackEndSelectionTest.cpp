@@ -1,5 +1,6 @@
 #include "graphics/GraphicsFactory.h"
 #include "graphics/UFont.h"
+#include "platform/Platform.h"
 #include "support/TestGraphics.h"
 
 #include <gtest/gtest.h>
@@ -82,11 +83,26 @@ TEST_F(BackEndSelection, AFontThatIsHeldOutlivesTheFactory) {
         << "text that still has to be shaped";
 }
 
-TEST_F(BackEndSelection, ReadsTheResolutionAwareness) {
-    EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness", "monitor"}), DpiAwareness::monitor);
-    EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness", "system"}), DpiAwareness::system);
-    EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness", "other"}), DpiAwareness::none);
-    EXPECT_EQ(dpiAwarenessByArguments(Arguments{"--dpiawareness"}), DpiAwareness::none);
+TEST_F(BackEndSelection, TheResolutionAwarenessIsThatOfTheCommandLine) {
+    using platform::DpiAwareness;
+    struct Case {
+        Arguments arguments;
+        DpiAwareness expected;
+    };
+    const Case cases[] = {
+        {{"--dpiawareness", "monitor"}, DpiAwareness::monitor},
+        {{"--gfxbackend", "GDI+", "--dpiawareness", "system"}, DpiAwareness::system},
+        {{"--dpiawareness", "other"}, DpiAwareness::none},
+        {{"--dpiawareness"}, DpiAwareness::none},
+    };
+    for (const Case& c : cases) {
+        platform::setDpiAwareness(DpiAwareness::system);
+        selectGraphicsBackendByArguments(c.arguments);
+        EXPECT_EQ(platform::getDpiAwareness(), c.expected) << c.arguments.back();
+    }
+    platform::setDpiAwareness(DpiAwareness::none);
+    selectGraphicsBackendByArguments(Arguments{"--gfxbackend", "D2D", "--dpiawareness", "system"});
+    EXPECT_EQ(platform::getDpiAwareness(), DpiAwareness::none) << "a back end of one's own choice goes alone";
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/headless/HeadlessDesktop.h"
 
+#include "platform/Platform.h"
 #include "platform/headless/HeadlessWindow.h"
 
 #include <algorithm>
@@ -163,6 +164,8 @@ double HeadlessDesktop::getMonitorScale(int32_t index) const {
 }
 
 double HeadlessDesktop::getScaleAt(const CmRect& window) const {
+    if (getDpiAwareness() == DpiAwareness::system)
+        return getMonitorScale(0);
     return getMonitorScale(monitorAt({window.left + window.width() / 2, window.top + window.height() / 2}));
 }
 

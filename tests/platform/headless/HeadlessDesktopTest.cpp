@@ -1,5 +1,6 @@
 #include "platform/headless/HeadlessDesktop.h"
 
+#include "platform/Platform.h"
 #include "platform/headless/HeadlessWindow.h"
 #include "support/WindowRecorder.h"
 
@@ -273,6 +274,18 @@ TEST_F(HeadlessDesktopTest, ScrollsPixelsAndTheirInvalidRegion) {
         expected.add(CmRect{30, 30, 31, 31}.moved(c.delta));
         EXPECT_EQ(client.painted, expected);
     }
+}
+
+TEST_F(HeadlessDesktopTest, InAProgramThatKnowsOneScaleAllWindowsHaveThatOfTheMainMonitor) {
+    HeadlessMonitor plain{"left", {0, 0, 1000, 800}, {0, 0, 1000, 760}, 1.25};
+    HeadlessMonitor dense{"right", {1000, 0, 2000, 800}, {1000, 0, 2000, 800}, 1.5};
+    desktop.setMonitors({plain, dense});
+    for (const DpiAwareness awareness : {DpiAwareness::none, DpiAwareness::monitor, DpiAwareness::system}) {
+        setDpiAwareness(awareness);
+        const auto window = open({1200, 100, 1301, 201}, a);
+        EXPECT_EQ(window->getScaleFactor(), awareness == DpiAwareness::system ? 1.25 : 1.5);
+    }
+    setDpiAwareness(DpiAwareness::none);
 }
 
 TEST_F(HeadlessDesktopTest, AWindowThatMovesToAnotherMonitorChangesItsScale) {
