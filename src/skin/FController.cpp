@@ -7,9 +7,6 @@
 
 namespace qorl {
 
-QORL_REGISTER(FController, "FController", CmObject, 0)
-QORL_REGISTER(UValueContainer, "UValueContainer", FController, 0)
-
 FController::FController() = default;
 
 FController::~FController() {

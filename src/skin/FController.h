@@ -16,7 +16,6 @@ namespace qorl {
 class FController : public CmObject, public IController {
     QORL_CLASS(FController, CmObject)
     QORL_FACES(FController, CmObject, IController)
-    QORL_RECORD(FController)
 
 public:
     FController();
@@ -46,7 +45,6 @@ private:
 /// A controller that is a plain dictionary of values by name.
 class UValueContainer : public FController {
     QORL_CLASS(UValueContainer, FController)
-    QORL_RECORD(UValueContainer)
 
 public:
     UValueContainer();
