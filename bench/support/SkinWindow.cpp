@@ -1,8 +1,5 @@
 #include "support/SkinWindow.h"
 
-#include "foundation/messages/FMessenger.h"
-#include "foundation/messages/UpdateHandler.h"
-#include "graphics/GraphicsFactory.h"
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"
@@ -37,29 +34,14 @@ int32_t countBelow(UView& view) {
 
 HeadlessProgram::HeadlessProgram() {
     platform::start(new platform::HeadlessDesktop(largeScreen()));
-    UpdateHandler::instance();
-    FMessenger::connect();
-    reopenGraphics();
-    selectGraphicsBackend("default");
-    GlobalSchemes::createForLibrary();
+    userInterface_ = std::make_unique<UserInterface>();
     GlobalSchemes::resetAll();
-    loop_ = std::make_unique<EventLoop>();
-    desktop_ = make<UDesktop>();
 }
 
 HeadlessProgram::~HeadlessProgram() {
     settle();
-    desktop_.reset();
-    loop_.reset();
-    FMessenger::disconnect();
-    GlobalSchemes::releaseAll();
+    userInterface_.reset();
     platform::stop();
-}
-
-void HeadlessProgram::settle() {
-    loop_->flushEvents();
-    while (platform::desktop()->hasEvent())
-        loop_->flushEvents();
 }
 
 SkinWindow::~SkinWindow() {

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "foundation/messages/EventLoop.h"
+#include "application/UserInterface.h"
 #include "skin/UIWizard.h"
-#include "windows/UDesktop.h"
 #include "windows/UWindow.h"
 
 #include <qorl/Ref.h>
@@ -21,11 +20,10 @@ public:
     HeadlessProgram& operator=(const HeadlessProgram&) = delete;
 
     /// Everything that waits is dispatched, delivered and painted.
-    void settle();
+    void settle() { userInterface_->settle(); }
 
 private:
-    std::unique_ptr<EventLoop> loop_;
-    Ref<UDesktop> desktop_;
+    std::unique_ptr<UserInterface> userInterface_;
 };
 
 /// A skin from its text to its window. The values that it defines go with it.

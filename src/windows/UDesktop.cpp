@@ -47,11 +47,8 @@ void findNearestFocus(UView& parent, NearestFocus& nearest) {
 
 } // namespace
 
-UDesktop::UDesktop()
-    : UWindow({}, 0, {}), toolTips_(std::make_unique<UToolTipHandler>()),
-      tipPresenter_(std::make_unique<PlainTipPresenter>()) {
+UDesktop::UDesktop() : UWindow({}, 0, {}), tipPresenter_(std::make_unique<PlainTipPresenter>()) {
     theDesktop = this;
-    addMouseObserver(toolTips_.get());
     if (platform::desktop())
         platform::desktop()->setTipPresenter(tipPresenter_.get());
 }
@@ -73,6 +70,14 @@ UDesktop::~UDesktop() {
 
 UDesktop* UDesktop::instance() {
     return theDesktop;
+}
+
+UToolTipHandler& UDesktop::toolTips() {
+    if (!toolTips_) {
+        toolTips_ = std::make_unique<UToolTipHandler>();
+        addMouseObserver(toolTips_.get());
+    }
+    return *toolTips_;
 }
 
 void UDesktop::update() {

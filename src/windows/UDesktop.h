@@ -110,7 +110,8 @@ public:
     /// ends closes the dialog as canceled.
     int32_t runModal(UModalDialog* dialog);
 
-    UToolTipHandler& toolTips() { return *toolTips_; }
+    /// Watches for tips from its first use on: the application's `init` makes it.
+    UToolTipHandler& toolTips();
     void update() override;
 
     // Observers of the mouse in all windows. Not counted.

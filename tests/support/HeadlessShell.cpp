@@ -1,10 +1,7 @@
 #include "support/HeadlessShell.h"
 
 #include "commands/UKeyCode.h"
-#include "foundation/messages/FMessenger.h"
-#include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/ConstString.h"
-#include "graphics/GraphicsFactory.h"
 #include "platform/Platform.h"
 #include "platform/Region.h"
 #include "schemes/GlobalSchemes.h"
@@ -86,22 +83,14 @@ HeadlessShell::~HeadlessShell() {
         registry->clear();
     wizard_.reset();
     controller_.reset();
-    desktop_.reset();
-    loop_.reset();
-    FMessenger::disconnect();
-    GlobalSchemes::releaseAll();
+    userInterface_.reset();
     platform::stop();
 }
 
 void HeadlessShell::start(platform::HeadlessSettings settings) {
     platform_ = new platform::HeadlessDesktop(std::move(settings));
     EXPECT_TRUE(platform::start(platform_)) << "another shell is running";
-    UpdateHandler::instance();
-    FMessenger::connect();
-    EXPECT_TRUE(selectGraphicsBackend("default"));
-    GlobalSchemes::createForLibrary();
-    loop_ = std::make_unique<EventLoop>();
-    desktop_ = make<UDesktop>();
+    userInterface_ = std::make_unique<UserInterface>();
 }
 
 void HeadlessShell::open(UWindow& window) {
@@ -112,7 +101,7 @@ void HeadlessShell::open(UWindow& window) {
 void HeadlessShell::settle() {
     // What is delivered may post again; a program that never comes to rest is a fault of its own.
     for (int pass = 0; pass < 100; ++pass) {
-        loop_->flushEvents();
+        loop().flushEvents();
         if (!platform_->hasEvent())
             return;
     }

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "application/UserInterface.h"
 #include "foundation/Cast.h"
-#include "foundation/messages/EventLoop.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "skin/PreviewController.h"
 #include "skin/UIWizard.h"
-#include "windows/UDesktop.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -61,8 +60,8 @@ public:
     HeadlessShell(const HeadlessShell&) = delete;
 
     platform::HeadlessDesktop& platform() { return *platform_; }
-    UDesktop& desktop() { return *desktop_; }
-    EventLoop& loop() { return *loop_; }
+    UDesktop& desktop() { return userInterface_->desktop(); }
+    EventLoop& loop() { return userInterface_->loop(); }
     UWindow& window() { return *window_; }
     /// The values of a shell that was made from a skin.
     PreviewController& controller() { return *controller_; }
@@ -123,8 +122,7 @@ private:
     CmPoint onScreen(CmPoint point) const { return target_->clientToScreen(point); }
 
     platform::HeadlessDesktop* platform_ = nullptr;
-    std::unique_ptr<EventLoop> loop_;
-    Ref<UDesktop> desktop_;
+    std::unique_ptr<UserInterface> userInterface_;
     Ref<UWindow> window_;
     Ref<UWindow> target_;
     Ref<UIWizard> wizard_;

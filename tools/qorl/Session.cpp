@@ -2,8 +2,6 @@
 
 #include "binding/Value.h"
 #include "foundation/Cast.h"
-#include "foundation/messages/FMessenger.h"
-#include "foundation/messages/UpdateHandler.h"
 #include "graphics/GraphicsFactory.h"
 #include "persistence/FNPath.h"
 #include "platform/Files.h"
@@ -43,15 +41,12 @@ Session::Session() = default;
 Session::~Session() {
     if (window_ && window_->isOpen())
         window_->willClose(true);
-    if (loop_)
+    if (userInterface_)
         settle();
     content_.reset();
     window_.reset();
     controller_.reset();
-    desktop_.reset();
-    loop_.reset();
-    FMessenger::disconnect();
-    GlobalSchemes::releaseAll();
+    userInterface_.reset();
     platform::stop();
 }
 
@@ -90,13 +85,8 @@ int Session::start(const CommandLine& line, Screen screen) {
         if (!platform::start(platform::Backend::automatic, error))
             return complain(ExitStatus::badInput, error);
     }
-    UpdateHandler::instance();
-    FMessenger::connect();
-    selectGraphicsBackend("default");
-    GlobalSchemes::createForLibrary();
+    userInterface_ = std::make_unique<UserInterface>();
     GlobalSchemes::resetAll();
-    loop_ = std::make_unique<EventLoop>();
-    desktop_ = make<UDesktop>();
     return ExitStatus::success;
 }
 
@@ -193,12 +183,6 @@ bool Session::reload() {
     window_->addSubView(content_);
     window_->invalidateAll();
     return true;
-}
-
-void Session::settle() {
-    loop_->flushEvents();
-    while (platform::desktop()->hasEvent())
-        loop_->flushEvents();
 }
 
 UView* Session::findView(std::string_view idOrName) {

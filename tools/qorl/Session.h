@@ -1,11 +1,10 @@
 #pragma once
 
 #include "CommandLine.h"
+#include "application/UserInterface.h"
 #include "foundation/Diagnostic.h"
-#include "foundation/messages/EventLoop.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "skin/PreviewController.h"
-#include "windows/UDesktop.h"
 #include "windows/UDocWindow.h"
 
 #include <memory>
@@ -56,11 +55,11 @@ public:
     bool reload();
 
     /// Everything that waits is dispatched, delivered and painted.
-    void settle();
-    EventLoop& loop() { return *loop_; }
+    void settle() { userInterface_->settle(); }
+    EventLoop& loop() { return userInterface_->loop(); }
     /// Null on a real screen.
     platform::HeadlessDesktop* headless() { return headless_; }
-    UDesktop& desktop() { return *desktop_; }
+    UDesktop& desktop() { return userInterface_->desktop(); }
     UDocWindow& window() { return *window_; }
     bool isWindowOpen() const { return window_ && window_->isOpen(); }
     UView& content() { return *content_; }
@@ -84,8 +83,7 @@ private:
     Ref<UView> build(const std::string& templateName);
 
     platform::HeadlessDesktop* headless_ = nullptr;
-    std::unique_ptr<EventLoop> loop_;
-    Ref<UDesktop> desktop_;
+    std::unique_ptr<UserInterface> userInterface_;
     Ref<PreviewController> controller_;
     Ref<UDocWindow> window_;
     Ref<UView> content_;
