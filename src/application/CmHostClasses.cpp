@@ -29,6 +29,8 @@ Result CmHostClasses::queryInterface(const InterfaceId& id, void** out) {
 }
 
 Result CmHostClasses::createInstance(const InterfaceId& classId, void** out) {
+    if (!out)
+        return Result::invalidArgument;
     const ClassFactory* factory = ClassFactory::instance();
     *out = factory ? factory->createById(classId).detach() : nullptr;
     return *out ? Result::ok : Result::no;

@@ -2,18 +2,24 @@
 #include "application/CmHostClasses.h"
 #include "application/UPluginApplication.h"
 
+#include <new>
+
 namespace {
 
 constinit qorl::UPluginApplication* application = nullptr;
 constinit int32_t users = 0;
 
 bool startApplication() {
-    qorl::ApplicationArgs args;
-    args.type = qorl::ApplicationType::library;
-    args.name = qorl::CmString("qorl-frame");
-    application = new qorl::UPluginApplication(args);
-    application->init(args);
-    return application->startup();
+    try {
+        qorl::ApplicationArgs args;
+        args.type = qorl::ApplicationType::library;
+        args.name = qorl::CmString("qorl-frame");
+        application = new qorl::UPluginApplication(args);
+        application->init(args);
+        return application->startup();
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 } // namespace

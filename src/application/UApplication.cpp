@@ -4,6 +4,7 @@
 #include "application/SkinLoaderThread.h"
 #include "application/StandardMenus.h"
 #include "application/UController.h"
+#include "components/FComponentRegistry.h"
 #include "foundation/Cast.h"
 #include "foundation/StartupHook.h"
 #include "foundation/Teardown.h"
@@ -15,11 +16,14 @@
 #include "graphics/GraphicsFactory.h"
 #include "persistence/FDefaultPool.h"
 #include "persistence/FNFileSystem.h"
+#include "platform/Files.h"
 #include "platform/Folders.h"
 #include "platform/System.h"
 #include "schemes/GlobalSchemes.h"
 #include "windows/AlertPresenter.h"
+#include "windows/UDesktop.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,8 +43,7 @@ const TeardownHook hookListStep{TeardownStep::hookLists, &dropHooks};
 const TeardownHook graphicsStep{TeardownStep::platformClipboard, &shutdownGraphics};
 
 /// The back end and the resolution awareness that the command line asks for.
-void chooseGraphics() {
-    const std::vector<std::string> arguments = platform::getCommandLine();
+void chooseGraphics(const std::vector<std::string>& arguments) {
     const std::vector<std::string_view> views(arguments.begin(), arguments.end());
     reopenGraphics();
     selectGraphicsBackendByArguments(views);
@@ -62,7 +65,11 @@ UApplication* UApplication::instance() {
 
 UApplication::UApplication(const ApplicationArgs& args)
     : type_(args.type), translation_(make<TranslationTable>()) {
-    chooseGraphics();
+    const std::vector<std::string> arguments = platform::getCommandLine();
+    chooseGraphics(arguments);
+    // The command line of a host is none of ours.
+    if (type_ != ApplicationType::library)
+        takeDocuments(arguments);
     const ConstString name =
         args.name.isEmpty() ? ConstString(standardName) : ConstString(args.name.string());
     ApplicationInfo::fillOnce(name, args.infoA.string(), args.infoB.string(), companyName);
@@ -72,6 +79,20 @@ UApplication::UApplication(const ApplicationArgs& args)
     if (FGlobalDefaultPool* pool = FGlobalDefaultPool::instance()) {
         pool->setLoadHook(&checkSafeStart);
         pool->setSaveHook(&maySaveDefaults);
+    }
+}
+
+void UApplication::takeDocuments(std::span<const std::string> arguments) {
+    constexpr std::string_view optionsWithValue[] = {"--gfxbackend", "--dpiawareness"};
+    bool onlyPaths = false;
+    for (size_t i = 1; i < arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        if (onlyPaths || !argument.starts_with('-'))
+            documentList_.add(new FNPath(platform::getCanonicalPath(argument)));
+        else if (argument == "--")
+            onlyPaths = true;
+        else
+            i += static_cast<size_t>(std::ranges::count(optionsWithValue, argument));
     }
 }
 
@@ -91,12 +112,15 @@ void tearDownApplication() {
 void UApplication::init(const ApplicationArgs& args) {
     UpdateHandler::instance();
     FMessenger::connect();
+    FComponentRegistry::makeInstance();
     guiThread_ = std::make_unique<GuiThread>();
     theApplication = this;
     // The teardown releases it.
     const UController* controller = new UController(args.type);
     if (controller->isStopped())
         setQuit();
+    if (UDesktop* desktop = UDesktop::instance())
+        desktop->toolTips();
     ready_ = true;
 }
 
@@ -178,6 +202,7 @@ bool UApplication::createSchemes() {
 bool UApplication::startSchemes() {
     if (!createSchemes())
         return false;
+    GlobalSchemes::fillEmpty();
     GlobalSchemes::resetAll();
     return true;
 }
@@ -245,20 +270,32 @@ bool UApplication::handleKeyCommand(const UKeyCode& event) {
     return menus && menus->handleKeyCommand(event);
 }
 
-int32_t UApplication::handleMessage(FMessage* message) {
-    const bool selects = message->isNamed("MenuSelect");
-    if (!selects && !message->isNamed("MenuCanSelect"))
-        return CmObject::handleMessage(message);
-    const int64_t tag = message->getInt("Tag");
-    if (tag != quitTag && tag != aboutTag)
-        return notHandled;
-    if (!selects)
-        return handled;
+int32_t UApplication::selectMenuItem(const FMessage& message) {
+    const int64_t tag = message.getInt("Tag");
     if (tag == quitTag)
         UController::instance()->quit();
-    else
+    else if (tag == aboutTag)
         showAbout(false);
-    return handled;
+    return tag == quitTag || tag == aboutTag ? handled : notHandled;
+}
+
+int32_t UApplication::saveDocumentOf(const FMessage& message) {
+    const FNPath path(message.getString("Path"));
+    return saveDocument(message.getObject("Document"), path) ? handled : notHandled;
+}
+
+int32_t UApplication::handleMessage(FMessage* message) {
+    if (message->isNamed("MenuSelect"))
+        return selectMenuItem(*message);
+    if (message->isNamed("MenuCanSelect")) {
+        const int64_t tag = message->getInt("Tag");
+        return tag == quitTag || tag == aboutTag ? handled : notHandled;
+    }
+    if (message->isNamed("CreateDocument"))
+        return createDocument(message) ? handled : notHandled;
+    if (message->isNamed("SaveDocument"))
+        return saveDocumentOf(*message);
+    return CmObject::handleMessage(message);
 }
 
 } // namespace qorl

@@ -9,6 +9,8 @@
 
 #include <atomic>
 #include <memory>
+#include <span>
+#include <string>
 
 namespace qorl {
 
@@ -78,7 +80,9 @@ public:
     virtual void showAbout(bool splash);
     virtual void closeAbout();
     virtual void showProgress(const ConstString& text);
+    /// By the message "CreateDocument", which is the description: what it carries is the program's own.
     virtual bool createDocument(CmObject* description);
+    /// By the message "SaveDocument" with "Document" and "Path".
     virtual bool saveDocument(CmObject* document, const FPath& path);
     virtual bool openDocument(const FPath& path, bool flag);
     /// Each path of the list; true if at least one opened.
@@ -88,6 +92,8 @@ public:
     virtual bool handleKeyCommand(const UKeyCode& event);
     virtual int32_t hook51();
 
+    /// "MenuSelect" and "MenuCanSelect" with "Tag" for the items to quit and to tell about the program;
+    /// "CreateDocument" and "SaveDocument", handled when the program did it.
     int32_t handleMessage(FMessage* message) override;
 
     /// A stand-alone program's whole life between `init` and the destructor. False when the start failed.
@@ -107,6 +113,8 @@ public:
     const FNPath& getPath() const { return path_; }
     const CmString& getTitle() const { return title_; }
     const GuiThread* getGuiThread() const { return guiThread_.get(); }
+    /// The files and folders that the command line of a stand-alone program names: each argument that is no
+    /// option, all of them behind "--". `FNPath`s, absolute.
     CmLinkedList& documentList() { return documentList_; }
     /// Not owned; it stays open until `closeAbout`.
     void setAboutDialog(AboutDialog* dialog) { aboutDialog_ = dialog; }
@@ -117,10 +125,14 @@ protected:
     /// Resets the schemes that `createSchemes` made. False when it failed.
     bool startSchemes();
     void setQuit() { quit_ = 1; }
+    /// Fills the list of documents by a command line, the program's name first.
+    void takeDocuments(std::span<const std::string> arguments);
 
 private:
     friend class SkinLoaderThread;
 
+    int32_t selectMenuItem(const FMessage& message);
+    int32_t saveDocumentOf(const FMessage& message);
     bool startStandAlone();
     bool runMainHooks();
     void waitForSplash(uint32_t start);

@@ -6,6 +6,7 @@
 #include "persistence/FNFileSystem.h"
 #include "persistence/FUrl.h"
 #include "skin/SkinCatalog.h"
+#include "skin/SkinLimits.h"
 #include "skin/UIWizard.h"
 #include "windows/AlertPresenter.h"
 
@@ -17,6 +18,8 @@ namespace {
 
 constexpr const char* settingsGroup = "UApplication";
 constexpr const char* lastSkinKey = "LastSkinfile";
+constexpr std::string_view hereMark = "  <====== HERE ======  ";
+constexpr size_t largestSide = 200;
 
 String fullPath(const FNPath& path) {
     String text;
@@ -37,11 +40,58 @@ void alertAboutFile(const char* key, const FNPath& path) {
     alertUser(text.toUtf8());
 }
 
+/// At most `largestSide` bytes on each side of a place in a line, cut between characters.
+std::string_view sideBefore(std::string_view text) {
+    size_t start = text.size() - std::min(text.size(), largestSide);
+    while (start < text.size() && (text[start] & 0xC0) == 0x80)
+        ++start;
+    return text.substr(start);
+}
+
+std::string_view sideBehind(std::string_view text) {
+    size_t end = std::min(text.size(), largestSide);
+    while (end < text.size() && end > 0 && (text[end] & 0xC0) == 0x80)
+        --end;
+    return text.substr(0, end);
+}
+
+/// The byte of a line in which its `column`th character begins.
+size_t offsetOf(uint32_t column, std::string_view line) {
+    size_t at = 0;
+    for (uint32_t i = 1; i < column && at < line.size(); ++i) {
+        ++at;
+        while (at < line.size() && (line[at] & 0xC0) == 0x80)
+            ++at;
+    }
+    return at;
+}
+
+/// Where the document broke, and the line, with a mark at the place. The place alone when the file can't be
+/// read.
+std::string contextOf(const SourcePosition& position) {
+    std::string context = toText(position);
+    std::string document;
+    if (!position.file || position.line == 0 ||
+        !FNFileSystem::instance()->readWholeFile(FNPath(position.file), document, SkinLimits::documentBytes))
+        return context;
+    std::string_view rest = document;
+    for (uint32_t line = 1; line < position.line; ++line) {
+        const size_t end = rest.find('\n');
+        if (end == std::string_view::npos)
+            return context;
+        rest.remove_prefix(end + 1);
+    }
+    const std::string_view line = rest.substr(0, rest.find_first_of("\r\n"));
+    const size_t place = offsetOf(position.column, line);
+    context.append("\n").append(sideBefore(line.substr(0, place))).append(hereMark);
+    return context.append(sideBehind(line.substr(place)));
+}
+
 void alertAboutParsing(const UIWizard& wizard) {
     std::string text = translate(ConstString("Skin parsing failed")).toUtf8();
     if (!wizard.getErrorText().empty())
         text += ": " + wizard.getErrorText();
-    text += "\n" + translate(ConstString("Context:")).toUtf8() + " " + toText(wizard.getErrorPosition());
+    text += "\n" + translate(ConstString("Context:")).toUtf8() + " " + contextOf(wizard.getErrorPosition());
     alertUser(text);
 }
 

@@ -38,10 +38,10 @@ UController* UController::instance() {
 bool UController::startPlatform() {
     if (platform::desktop())
         return true;
+    const bool expectsWindows = type_ != ApplicationType::library || platform::hasDisplay();
     std::string error;
-    ownsPlatform_ = platform::start(platform::Backend::automatic, error);
-    if (!ownsPlatform_ && type_ == ApplicationType::library)
-        ownsPlatform_ = platform::start(platform::Backend::headless, error);
+    ownsPlatform_ =
+        platform::start(expectsWindows ? platform::Backend::automatic : platform::Backend::headless, error);
     if (!ownsPlatform_)
         platform::debugOutput(error);
     return ownsPlatform_;
@@ -61,7 +61,7 @@ UController::UController(ApplicationType type) : type_(type) {
 UController::~UController() {
     runShutdownHooks();
     UDesktop::setDeactivationHook(nullptr);
-    // Its windows and pointers belong to the platform's desktop, so it goes first.
+    // It closes its windows and gives its cursors back, for which the platform's desktop has to stand.
     desktop_.reset();
     if (ownsPlatform_)
         platform::stop();

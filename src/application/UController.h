@@ -17,8 +17,8 @@ class UController : public CmObject {
 
 public:
     /// Starts the platform, unless a desktop runs already, and makes the desktop object. In a host's process
-    /// it falls back to the headless desktop where there is no other; in a program of its own it is stopped
-    /// then, and says so on the debug output.
+    /// without a display that is the headless desktop. When the platform refuses, the controller is stopped,
+    /// the hook lists are dropped, and the debug output says why.
     explicit UController(ApplicationType type);
     UController(const UController&) = delete;
     UController& operator=(const UController&) = delete;

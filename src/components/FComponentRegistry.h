@@ -20,8 +20,8 @@ protected:
 
 /// The directory of classes that can be created, by category; each category sorted by name.
 ///
-/// Made by the application's `init`, or by the start-up hook "FComponentRegistry" where there is none yet.
-/// Threading: the user-interface thread.
+/// Made by the application's `init`, in each of its lives; the start-up hook "FComponentRegistry" makes it
+/// where hooks run without an application. Threading: the user-interface thread.
 class FComponentRegistry : public CmObject {
     QORL_CLASS(FComponentRegistry, CmObject)
 

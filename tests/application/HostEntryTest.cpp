@@ -2,6 +2,7 @@
 #include "application/CmHostClasses.h"
 #include "application/UController.h"
 #include "application/UPluginApplication.h"
+#include "components/FComponentRegistry.h"
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
 #include "foundation/StartupHook.h"
@@ -131,6 +132,7 @@ TEST_F(HostEntryTest, ASecondStartInOneLoadWorksWithoutTheHooks) {
         ASSERT_NE(GetHostClasses(), nullptr);
         EXPECT_EQ(take(), round == 0 ? Log{"0"} : Log{});
         ASSERT_NE(FMessenger::instance(), nullptr) << "the messenger is there again";
+        EXPECT_NE(FComponentRegistry::instance(), nullptr) << "the registry needs no hook";
         EXPECT_NE(GlobalSchemes::main(), nullptr);
         TerminateModule();
         take();
@@ -147,6 +149,30 @@ TEST_F(HostEntryTest, AFailedStartGivesNullAndIsNotTriedAgain) {
     EXPECT_EQ(take(), Log{});
     TerminateModule();
     EXPECT_EQ(UApplication::instance(), nullptr);
+}
+
+TEST_F(HostEntryTest, FailsWhenThePlatformRefusesAndDropsTheHooks) {
+    platform::stop();
+    setenv("DISPLAY", ":4711", 1);
+    const StartupHook early{"early", 0, &note<'0'>};
+    EXPECT_EQ(GetHostClasses(), nullptr);
+    EXPECT_EQ(take(), Log{});
+    ASSERT_NE(UController::instance(), nullptr);
+    EXPECT_TRUE(UController::instance()->isStopped());
+    EXPECT_TRUE(UApplication::instance()->isQuitting());
+    EXPECT_NE(GetHostClasses(), nullptr) << "not tried again";
+    TerminateModule();
+    unsetenv("DISPLAY");
+}
+
+TEST_F(HostEntryTest, WithoutADisplayAHostHasObjectsButNoWindows) {
+    platform::stop();
+    unsetenv("DISPLAY");
+    EXPECT_NE(GetHostClasses(), nullptr);
+    ASSERT_NE(platform::desktop(), nullptr);
+    EXPECT_EQ(platform::desktop()->getName(), "headless");
+    TerminateModule();
+    EXPECT_EQ(platform::desktop(), nullptr);
 }
 
 TEST_F(HostEntryTest, KeepsSettingsFromOneRunToTheNext) {
@@ -249,6 +275,7 @@ TEST(HostClasses, ShowsItsFacesAndIsNeverCounted) {
     void* out = &host;
     EXPECT_EQ(classes->createInstance(InterfaceId::fromWords(9, 9, 9, 9), &out), Result::no);
     EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(classes->createInstance(InterfaceId(), nullptr), Result::invalidArgument);
 }
 
 TEST_F(HostEntryTest, LeavingWithoutEnteringChangesNothingButTheCount) {

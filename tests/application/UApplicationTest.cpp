@@ -2,6 +2,7 @@
 
 #include "application/StandardMenus.h"
 #include "application/UController.h"
+#include "foundation/Cast.h"
 #include "foundation/StartupHook.h"
 #include "foundation/messages/FMessage.h"
 #include "persistence/FDefaultPool.h"
@@ -59,6 +60,19 @@ public:
                                                                       : "deactivated too late");
         return true;
     }
+    bool createDocument(CmObject* description) override {
+        const auto* message = cast<FMessage>(description);
+        log_.push_back("create " + message->getString("ProjectDir").toUtf8());
+        return true;
+    }
+    bool saveDocument(CmObject* document, const FPath& path) override {
+        String text;
+        path.getFullPath(text);
+        log_.push_back(std::string("save ") + (document ? document->getClassName() : "nothing") + " " +
+                       text.toUtf8());
+        return document != nullptr;
+    }
+    using UApplication::takeDocuments;
     bool skinLoaded() override { return acceptsSkin; }
     bool openDocument(const FPath& path, bool) override {
         String text;
@@ -118,6 +132,7 @@ TEST_F(UApplicationTest, RunsThroughItsStartIntoTheLoopUntilItQuits) {
     EXPECT_EQ(take(), (Log{"preStart", "splash", "hooks", "menu bar", "finish", "closeAbout", "running"}));
     EXPECT_NE(GlobalSchemes::system(), GlobalSchemes::main()) << "a program has a system scheme of its own";
     EXPECT_EQ(GlobalSchemes::dialog(), GlobalSchemes::main());
+    EXPECT_EQ(GlobalSchemes::current(), GlobalSchemes::system());
 }
 
 TEST_F(UApplicationTest, GivesUpWhenItQuitsDuringItsStart) {
@@ -142,6 +157,34 @@ TEST_F(UApplicationTest, AnswersItsTwoMenuItems) {
     EXPECT_EQ(send("MenuSelect", 17), 1);
     EXPECT_EQ(take(), Log{"about"});
     EXPECT_EQ(send("Other", 8), 0);
+}
+
+TEST_F(UApplicationTest, MakesAndSavesDocumentsByMessage) {
+    FMessage create{ConstString("CreateDocument")};
+    create.setString("ProjectDir", ConstString("/projects"));
+    EXPECT_EQ(program->handleMessage(&create), 1);
+    FMessage save{ConstString("SaveDocument")};
+    save.setString("Path", ConstString("/projects/song"));
+    EXPECT_EQ(program->handleMessage(&save), 0) << "what the program didn't do isn't handled";
+    save.setObject("Document", program.get());
+    EXPECT_EQ(program->handleMessage(&save), 1);
+    EXPECT_EQ(take(),
+              (Log{"create /projects", "save nothing /projects/song", "save Program /projects/song"}));
+}
+
+TEST_F(UApplicationTest, ListsTheDocumentsThatItsCommandLineNames) {
+    const std::string arguments[] = {"program", "/a/one",         "--gfxbackend", "GDI", "--other",
+                                     "/b/two",  "--dpiawareness", "system",       "--",  "/c/--three"};
+    program->documentList().removeAll();
+    program->takeDocuments(arguments);
+    Log paths;
+    const std::unique_ptr<CmIterator> iterator(program->documentList().newIterator());
+    while (!iterator->done()) {
+        String text;
+        cast<FNPath>(iterator->next())->getFullPath(text);
+        paths.push_back(text.toUtf8());
+    }
+    EXPECT_EQ(paths, (Log{"/a/one", "/b/two", "/c/--three"}));
 }
 
 TEST_F(UApplicationTest, HearsThatAWindowIsDeactivatedBeforeTheDesktopObjectDoes) {
@@ -196,7 +239,10 @@ TEST_F(UApplicationTest, TellsWhyASkinIsNotLoadedOnlyWhenAsked) {
     EXPECT_FALSE(program->loadSkin(FNPath((folder / "broken.xml").string()), UApplication::Errors::show));
     ASSERT_EQ(alerts.texts.size(), 1u);
     EXPECT_EQ(alerts.texts[0].find("Skin parsing failed: "), 0u) << alerts.texts[0];
-    EXPECT_NE(alerts.texts[0].find("\nContext: "), std::string::npos) << alerts.texts[0];
+    const size_t context = alerts.texts[0].find("\nContext: ");
+    ASSERT_NE(context, std::string::npos) << alerts.texts[0];
+    EXPECT_EQ(alerts.texts[0].substr(context),
+              "\nContext: " + (folder / "broken.xml").string() + ":3:3\n</  <====== HERE ======  skin>");
 }
 
 TEST_F(UApplicationTest, RemembersTheLastSkinThatItAccepted) {
