@@ -1,0 +1,321 @@
+#!/usr/bin/env python3
+"""Plays a user on the showcase in a window of a real X server and looks at the screen.
+
+    check_x11.py QORL SHOWCASE [unittest arguments]
+
+The same steps are played twice: by `qorl drive` without a screen, and by a mouse and keyboard of the X server (Xvfb,
+with openbox as window manager, both private) on `qorl show`. After each step the screen must come to show, pixel for
+pixel, what the driven window shows, and the control that the step is for must have changed.
+"""
+import os
+import re
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import zlib
+from pathlib import Path
+
+QORL = ""
+SHOWCASE = Path()
+TEMPLATE = "Panel"
+SCREEN = (1280, 1024)
+# How long a busy machine may take until the screen shows what it must; what comes sooner is seen sooner.
+PATIENCE = 60
+
+# What the user does | the control whose picture changes by it. Two clicks in a row never go to one place, since they
+# would be a double click when they come quickly, and no step rests on a control with a tip, which would cover others.
+STEPS = [
+    ("move 700,514", None),
+    ("click oscSync", "oscSync"),
+    ("click delay", "delay"),
+    ("click snapshot", "snapshot"),
+    ("drag env1 14,70 -> 14,460", "env1"),
+    ("drag reverbSize 40,10 -> 900,10", "reverbSize"),
+    ("wheel chorusDepth 1", "chorusDepth"),
+    ("wheel chorusDepth 1", "chorusDepth"),
+    ("wheel chorusDepth -1", "chorusDepth"),
+    ("click limiter", "limiter"),
+    ("key Return", "limiter"),
+    ("key Tab", "mix"),
+    ("key Right Arrow", "mix"),
+    ("key End", "mix"),
+    ("resize 1000x600", "mix"),
+    ("click filterSteep", "filterSteep"),
+]
+KEYS = {"Right Arrow": "Right"}
+LEFT_BUTTON, WHEEL_UP, WHEEL_DOWN = "1", "4", "5"
+
+
+class Picture:
+    """Rows of bytes, three for each pixel: red, green, blue."""
+
+    def __init__(self, width, height, rows):
+        self.width, self.height, self.rows = width, height, rows
+
+    def cut(self, left, top, width, height):
+        return Picture(width, height, [row[left * 3:(left + width) * 3] for row in self.rows[top:top + height]])
+
+    def __eq__(self, other):
+        return self.rows == other.rows
+
+    def difference(self, other):
+        """The box around all pixels that differ, for the report of a failure."""
+        if (self.width, self.height) != (other.width, other.height):
+            return f"{self.width}x{self.height} instead of {other.width}x{other.height}"
+        if self == other:
+            return "nothing differs any more"
+        lines = [y for y in range(self.height) if self.rows[y] != other.rows[y]]
+        columns = [x // 3 for y in lines for x in range(self.width * 3) if self.rows[y][x] != other.rows[y][x]]
+        return f"pixels {min(columns)},{lines[0]} to {max(columns)},{lines[-1]} differ"
+
+
+def swap_channels(row, blue, green, red, step):
+    pixels = bytearray(len(row) // step * 3)
+    pixels[0::3], pixels[1::3], pixels[2::3] = row[red::step], row[green::step], row[blue::step]
+    return bytes(pixels)
+
+
+def read_png(path):
+    """Eight bits a channel, with or without alpha, not interlaced: what the tool writes."""
+    data = Path(path).read_bytes()
+    place, packed = 8, b""
+    while place < len(data):
+        length, kind = struct.unpack_from(">I4s", data, place)
+        if kind == b"IHDR":
+            width, height, depth, colour, _, _, interlace = struct.unpack_from(">IIBBBBB", data, place + 8)
+        elif kind == b"IDAT":
+            packed += data[place + 8:place + 8 + length]
+        place += 12 + length
+    assert (depth, interlace) == (8, 0) and colour in (2, 6), f"{path} has another form"
+    step = 4 if colour == 6 else 3
+    raw, above, rows = zlib.decompress(packed), bytes(width * step), []
+    for start in range(0, len(raw), width * step + 1):
+        above = unfilter(raw[start], bytearray(raw[start + 1:start + 1 + width * step]), above, step)
+        rows.append(swap_channels(above, blue=2, green=1, red=0, step=step))
+    return Picture(width, height, rows)
+
+
+def unfilter(kind, row, above, step):
+    if kind == 1:
+        for i in range(step, len(row)):
+            row[i] = row[i] + row[i - step] & 255
+    elif kind == 2:
+        row = bytearray(a + b & 255 for a, b in zip(row, above))
+    elif kind == 3:
+        for i, up in enumerate(above):
+            row[i] = row[i] + ((row[i - step] if i >= step else 0) + up >> 1) & 255
+    elif kind == 4:
+        for i, up in enumerate(above):
+            left, corner = (row[i - step], above[i - step]) if i >= step else (0, 0)
+            to_left, to_up, to_corner = abs(up - corner), abs(left - corner), abs(left + up - 2 * corner)
+            nearest = left if to_left <= to_up and to_left <= to_corner else up if to_up <= to_corner else corner
+            row[i] = row[i] + nearest & 255
+    return row
+
+
+def wait_for(condition, what):
+    """The first true answer of `condition`. `what`, a text or what makes one, tells what never came."""
+    end = time.monotonic() + PATIENCE
+    while True:
+        answer = condition()
+        if answer:
+            return answer
+        if time.monotonic() > end:
+            raise AssertionError(what() if callable(what) else what)
+        time.sleep(0.01)
+
+
+class Screen:
+    """An X server that keeps its pixels in a file, and a window manager on it."""
+
+    def __init__(self, folder):
+        for program in ("Xvfb", "openbox", "xdotool", "setpriv"):
+            if not shutil.which(program):
+                raise AssertionError(f"{program} is missing; ./dev setup installs it")
+        self.children = []
+        self.folder = folder
+        self.environment = dict(os.environ, XDG_CONFIG_HOME=str(folder))
+        self.environment.pop("WAYLAND_DISPLAY", None)
+        read_end, write_end = os.pipe()
+        self.launch("Xvfb", "-displayfd", str(write_end), "-screen", "0", f"{SCREEN[0]}x{SCREEN[1]}x24", "-dpi", "96",
+                    "-fbdir", str(folder), "-nocursor", "-noreset", "-nolisten", "tcp", pass_fds=[write_end])
+        os.close(write_end)
+        with os.fdopen(read_end) as number:
+            self.environment["DISPLAY"] = ":" + number.readline().strip()
+        if self.environment["DISPLAY"] == ":":
+            raise AssertionError("Xvfb did not start")
+        # Windows that open while it still starts are never managed.
+        ready = folder / "openbox-is-ready"
+        manager = self.launch("openbox", "--sm-disable", "--config-file", "/etc/xdg/openbox/rc.xml",
+                              "--startup", f"touch '{ready}'")
+        wait_for(lambda: ready.exists() or manager.poll() is not None, "openbox did not start")
+
+    def launch(self, *words, **options):
+        # Nothing outlives this program, however it ends.
+        child = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *words], env=self.environment,
+                                 stdout=subprocess.DEVNULL, stderr=options.pop("stderr", subprocess.DEVNULL), **options)
+        self.children.append(child)
+        return child
+
+    def close(self):
+        for child in reversed(self.children):
+            child.terminate()
+            try:
+                child.wait(PATIENCE)
+            except subprocess.TimeoutExpired:
+                child.kill()
+                child.wait()
+
+    def do(self, *words):
+        """One run of xdotool; what it prints, empty when it fails."""
+        result = subprocess.run(["xdotool", *map(str, words)], env=self.environment, capture_output=True, text=True,
+                                timeout=PATIENCE)
+        return result.stdout if result.returncode == 0 else ""
+
+    def picture(self, left, top, width, height):
+        data = (self.folder / "Xvfb_screen0").read_bytes()
+        header = struct.unpack_from(">20I", data)
+        bits, stride, colours = header[11], header[12], header[19]
+        assert bits == 32 and header[7] == 0, "the screen has another form of pixels"
+        starts = [header[0] + colours * 12 + y * stride + left * 4 for y in range(top, top + height)]
+        return Picture(width, height, [swap_channels(data[start:start + width * 4], blue=0, green=1, red=2, step=4)
+                                       for start in starts])
+
+
+class ShownWindow:
+    """`qorl show`, and a user at it."""
+
+    def __init__(self, screen, title):
+        self.screen = screen
+        self.messages = tempfile.TemporaryFile("w+")
+        self.process = screen.launch(QORL, "show", SHOWCASE / "skin.xml", TEMPLATE, stderr=self.messages)
+        # The window manager's mark: before it the window may still be moved into its frame.
+        self.window = wait_for(self.find(title), self.complaint("no window opened"))
+        self.origin = self.find_origin()
+
+    def find(self, title):
+        return lambda: self.screen.do("getactivewindow", "getwindowname") == title + "\n" and \
+            self.screen.do("getactivewindow").strip()
+
+    def complaint(self, what):
+        def text():
+            self.messages.seek(0)
+            return f"{what}; exit status {self.process.poll()}, standard error: {self.messages.read()!r}"
+        return text
+
+    def picture(self):
+        words = dict(line.split("=") for line in
+                     self.screen.do("getwindowgeometry", "--shell", self.window).split())
+        return self.screen.picture(*self.origin, int(words["WIDTH"]), int(words["HEIGHT"]))
+
+    def point(self, x, y):
+        self.screen.do("mousemove", "--window", self.window, x, y)
+
+    def find_origin(self):
+        """Where the window stands inside of its frame, told by the mouse."""
+        self.point(0, 0)
+        words = dict(line.split("=") for line in self.screen.do("getmouselocation", "--shell").split())
+        return int(words["X"]), int(words["Y"])
+
+    def play(self, step, views):
+        """A step of a script. `views` are the places of the views by their names."""
+        verb, _, rest = step.partition(" ")
+        if verb == "move":
+            self.point(*numbers(rest))
+        elif verb == "resize":
+            self.screen.do("windowsize", self.window, *numbers(rest))
+        elif verb == "key":
+            self.screen.do("key", KEYS.get(rest, rest))
+        elif verb == "click":
+            self.point(*middle(views[rest]))
+            self.screen.do("click", LEFT_BUTTON)
+        elif verb == "wheel":
+            name, notches = rest.split()
+            self.point(*middle(views[name]))
+            self.screen.do("click", {"1": WHEEL_UP, "-1": WHEEL_DOWN}[notches])
+        elif verb == "drag":
+            name, _, way = rest.partition(" ")
+            left, top, _, _ = views[name]
+            from_x, from_y, to_x, to_y = numbers(way)
+            self.point(left + from_x, top + from_y)
+            self.screen.do("mousedown", LEFT_BUTTON)
+            self.point(left + (from_x + to_x) // 2, top + (from_y + to_y) // 2)
+            self.point(left + to_x, top + to_y)
+            self.screen.do("mouseup", LEFT_BUTTON)
+        else:
+            raise AssertionError(f"nobody plays {step!r} here")
+
+
+def numbers(text):
+    return [int(word) for word in re.findall(r"-?\d+", text)]
+
+
+def middle(rect):
+    left, top, width, height = rect
+    return left + width // 2, top + height // 2
+
+
+def read_places(tree):
+    """The rects of the named views in the window, the first of each name, from a printed tree."""
+    places, origins = {}, []
+    for line in tree.splitlines()[1:]:
+        found = re.match(r'( *)\w+(?: "([^"]*)")? (-?\d+),(-?\d+) (\d+)x(\d+)', line)
+        depth = len(found[1]) // 2 - 1
+        left, top = (sum(pair) for pair in zip(origins[depth - 1] if depth else (0, 0), numbers(found[3] + " " + found[4])))
+        client = re.search(r"\bclient (-?\d+),(-?\d+) ", line)
+        inset = numbers(client[0]) if client else (0, 0)
+        del origins[depth:]
+        origins.append((left + inset[0], top + inset[1]))
+        places.setdefault(found[2], (left, top, int(found[5]), int(found[6])))
+    return places
+
+
+class Showcase(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="qorl-")
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+
+    def drive(self):
+        """The pictures of the driven window and the places in it: first as it opens, then after each step."""
+        script = ["tree 0.txt", "shot 0.png"]
+        for number, (step, _) in enumerate(STEPS, 1):
+            script += [step, f"tree {number}.txt", f"shot {number}.png"]
+        result = subprocess.run([QORL, "drive", SHOWCASE / "skin.xml", TEMPLATE, "--script", "-"], cwd=self.folder,
+                                input="\n".join(script), capture_output=True, text=True, timeout=PATIENCE)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return [(read_png(self.folder / f"{number}.png"), read_places((self.folder / f"{number}.txt").read_text()))
+                for number in range(len(STEPS) + 1)]
+
+    def test_real_mouse_and_keys_do_what_driven_ones_do(self):
+        expected = self.drive()
+        screen = Screen(self.folder)
+        self.addCleanup(screen.close)
+        shown = ShownWindow(screen, "Nocturne")
+        self.addCleanup(shown.messages.close)
+        places = expected[0][1]
+        for (step, control), (picture, new_places) in zip([("open", None), *STEPS], expected):
+            before = shown.picture()
+            if step != "open":
+                shown.play(step, places)
+            wait_for(lambda: shown.process.poll() is not None or shown.picture() == picture,
+                     lambda: f'after "{step}" the screen is not what it is when driven: ' +
+                     shown.picture().difference(picture))
+            self.assertIsNone(shown.process.poll(), shown.complaint(f'it ended after "{step}"')())
+            if control:
+                self.assertFalse(before.cut(*places[control]) == shown.picture().cut(*new_places[control]),
+                                 f"{control} looks as before")
+            places = new_places
+        screen.do("key", "alt+F4")
+        self.assertEqual(shown.process.wait(PATIENCE), 0, shown.complaint("it did not end well")())
+        shown.messages.seek(0)
+        self.assertEqual(shown.messages.read(), "")
+
+
+if __name__ == "__main__":
+    QORL, SHOWCASE = os.path.abspath(sys.argv[1]), Path(sys.argv[2]).resolve()
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]])
