@@ -372,6 +372,29 @@ constexpr struct {
     {T::windowcomposer, windowcomposerRules}, {T::exchangeable, exchangeableRules}, {T::item, itemRules},
     {T::valuedefine, valuedefineRules}, {T::locale, localeRules},
 };
+
+/// What elements that views are built from may say without any effect, base and all. An attribute that gets one
+/// leaves this list.
+constexpr SkinAttribute idleInViews[] = {A::tipexID};
+constexpr SkinAttribute idleInTemplates[] = {A::buttons};
+constexpr SkinAttribute idleInSwitches[] = {
+    A::icon, A::icon2, A::blink, A::rate, A::onMouseover, A::onMouseout, A::onMousedown, A::onMouseup,
+    A::onSwitchon, A::onSwitchoff, A::offset, A::opacity, A::template_, A::controllerId,
+};
+constexpr SkinAttribute idleInCheckBoxes[] = {A::bitmap};
+constexpr SkinAttribute idleInSliders[] = {A::bitmap, A::rotaryMultiplier, A::offset};
+constexpr SkinAttribute idleInTexts[] = {A::displaywidth, A::template_, A::controllerId};
+constexpr SkinAttribute idleInImages[] = {A::collection, A::painter, A::margins, A::animationMode};
+constexpr SkinAttribute idleInValues[] = {A::title, A::setting, A::lookup};
+
+constexpr struct {
+    SkinType type;
+    std::span<const SkinAttribute> attributes;
+} idleAttributes[] = {
+    {T::template_, idleInTemplates}, {T::switch_, idleInSwitches}, {T::checkbox, idleInCheckBoxes},
+    {T::slider, idleInSliders}, {T::text, idleInTexts}, {T::edit, idleInTexts}, {T::image, idleInImages},
+    {T::valuedefine, idleInValues},
+};
 // clang-format on
 
 /// One byte for each element and attribute, an index into the few different rules.
@@ -381,6 +404,11 @@ public:
         rules_.emplace_back();
         for (int32_t i = 0; i < skinTypeCount; ++i)
             addWithBases(static_cast<SkinType>(i), static_cast<SkinType>(i));
+        for (int32_t i = 0; i < skinTypeCount; ++i)
+            if (traitsOf(static_cast<SkinType>(i)).isView && !traitsOf(static_cast<SkinType>(i)).keepsUnknown)
+                markIdle(static_cast<SkinType>(i), idleInViews);
+        for (const auto& idle : idleAttributes)
+            markIdle(idle.type, idle.attributes);
     }
 
     const AttributeRule& get(SkinType type, SkinAttribute attribute) const {
@@ -406,9 +434,18 @@ private:
             indexes_[static_cast<size_t>(target)][static_cast<size_t>(rule.attribute)] = indexOf(rule.rule);
     }
 
+    void markIdle(SkinType type, std::span<const SkinAttribute> attributes) {
+        for (const SkinAttribute attribute : attributes) {
+            AttributeRule rule = get(type, attribute);
+            rule.isIdle = true;
+            indexes_[static_cast<size_t>(type)][static_cast<size_t>(attribute)] = indexOf(rule);
+        }
+    }
+
     uint8_t indexOf(const AttributeRule& rule) {
         for (size_t i = 0; i < rules_.size(); ++i)
-            if (rules_[i].form == rule.form && rules_[i].keywords == rule.keywords)
+            if (rules_[i].form == rule.form && rules_[i].keywords == rule.keywords &&
+                rules_[i].isIdle == rule.isIdle)
                 return static_cast<uint8_t>(i);
         rules_.push_back(rule);
         return static_cast<uint8_t>(rules_.size() - 1);

@@ -82,6 +82,8 @@ struct KeywordSet;
 struct AttributeRule {
     AttributeForm form = AttributeForm::illegal;
     const KeywordSet* keywords = nullptr;
+    /// Legal, but nothing reads it.
+    bool isIdle = false;
 };
 
 /// How elements of `type` read `attribute`, those that they share with their base counted in.

@@ -4,6 +4,7 @@
 #include "skin/Suggestion.h"
 #include "skin/Wording.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -101,6 +102,14 @@ void SkinAttributeReader::reportIllegal(std::string_view name) {
     report(Severity::warning, tag(type_) + " has no attribute " + quoted(name) + suggestion.text("'", "'"));
 }
 
+void SkinAttributeReader::reportIdle(SkinAttribute attribute) {
+    const std::pair known{type_, attribute};
+    if (std::ranges::find(idle_, known) != idle_.end())
+        return;
+    idle_.push_back(known);
+    report(Severity::warning, quoted(nameOf(attribute)) + " of " + tag(type_) + " has no effect");
+}
+
 void SkinAttributeReader::convertKeywords(const KeywordSet& set, std::string_view text,
                                           AttributeValue& value) {
     value.number = 0;
@@ -131,6 +140,8 @@ const AttributeValue* SkinAttributeReader::next() {
         value_ = keepForeign(name, text);
         return &value_;
     }
+    if (rule.isIdle && wantsWarnings())
+        reportIdle(attribute);
     if (rule.form != AttributeForm::keywords) {
         value_ = convert(store_, type_, attribute, text);
         return &value_;

@@ -46,6 +46,7 @@ private:
     AttributeValue keepForeign(std::string_view name, std::string_view text);
     void convertKeywords(const KeywordSet& set, std::string_view text, AttributeValue& value);
     void reportIllegal(std::string_view name);
+    void reportIdle(SkinAttribute attribute);
     void reportUnknownWords(const KeywordSet& set, std::string_view text);
 
     SkinStore& store_;
@@ -54,6 +55,8 @@ private:
     SkinType type_ = SkinType::unknown;
     SourceMark mark_;
     AttributeValue value_{};
+    /// Told already: once a document is enough.
+    std::vector<std::pair<SkinType, SkinAttribute>> idle_;
     std::array<CachedKeywords, cacheSize> cache_;
 };
 

@@ -1,5 +1,6 @@
 #include "skin/ViewBuilder.h"
 
+#include "binding/UColorValue.h"
 #include "foundation/Cast.h"
 #include "foundation/text/TranslationTable.h"
 #include "graphics/UBitmap.h"
@@ -58,12 +59,16 @@ String ViewBuilder::title(const SkinElement& element) {
     const AttributeValue* title = element.find(SkinAttribute::title);
     if (!title || title->length == 0)
         return String();
-    const ConstString key(title->view());
-    const ConstString translated = translate(key);
+    return translated(element, title->view());
+}
+
+String ViewBuilder::translated(const SkinElement& element, std::string_view text) {
+    const ConstString key(text);
+    const ConstString found = translate(key);
     if (wizard_.variables_.empty())
-        return String(translated);
-    const std::string text = translated.toUtf8();
-    return String(ConstString(counted(element, wizard_.substitute(text, UIWizard::Translate::yes))));
+        return String(found);
+    const std::string whole = found.toUtf8();
+    return String(ConstString(counted(element, wizard_.substitute(whole, UIWizard::Translate::yes))));
 }
 
 std::string_view ViewBuilder::text(const SkinElement& element, SkinAttribute attribute) {
@@ -88,6 +93,17 @@ bool ViewBuilder::color(const SkinElement& element, SkinAttribute attribute, UCo
         return true;
     warn(element, "'" + std::string(name) + "' is no colour");
     return false;
+}
+
+Ref<UColorValue> ViewBuilder::colorValue(const SkinElement& element, std::string_view name,
+                                         IController* controller) {
+    const Ref<Binding::Value> value = wizard_.findValue(name, controller);
+    auto* color = cast<UColorValue>(value);
+    if (!color)
+        warn(element,
+             "'" + std::string(name) +
+                 (value ? "' is a value, but none of a colour" : "' is neither a colour nor a value"));
+    return retain(color);
 }
 
 void ViewBuilder::nameMissingKind(const SkinElement& element) {
@@ -163,11 +179,6 @@ void ViewBuilder::applyName(const ViewElement& element, UView& view) {
         view.getItem().setName(counted(element, id));
 }
 
-void ViewBuilder::applyTip(const ViewElement& element, UView& view, std::string_view tip) {
-    const std::string translated = translate(ConstString(tip)).toUtf8();
-    view.setTooltip(ConstString(counted(element, wizard_.substitute(translated, UIWizard::Translate::yes))));
-}
-
 void ViewBuilder::applyCommand(const ViewElement& element, UView& view, std::string_view command) {
     const std::string whole(wizard_.substitute(command));
     const auto parts = splitList(whole);
@@ -193,7 +204,7 @@ void ViewBuilder::applySizeLimits(const ViewElement& element, UView& view) {
 void ViewBuilder::applyAttributes(const ViewElement& element, UView& view) {
     for (const AttributeValue& value : element.attributes()) {
         switch (value.attribute) {
-        case SkinAttribute::tip: applyTip(element, view, value.view()); break;
+        case SkinAttribute::tip: view.setTooltip(translated(element, value.view())); break;
         case SkinAttribute::command: applyCommand(element, view, value.view()); break;
         case SkinAttribute::minSize:
         case SkinAttribute::maxSize: applySizeLimits(element, view); break;

@@ -18,6 +18,7 @@ namespace qorl {
 class UBaseView;
 class UBitmap;
 class UColor;
+class UColorValue;
 
 /// One build of a template: walks the elements and makes their views.
 ///
@@ -42,12 +43,16 @@ public:
     UIDescription& document() { return document_; }
     /// The title after substitution, translated unless it is given as `titleNT`.
     String title(const SkinElement& element);
+    /// A text for the user: translated, after substitution.
+    String translated(const SkinElement& element, std::string_view text);
     /// An attribute after substitution; terminated, good until the next call.
     std::string_view text(const SkinElement& element, SkinAttribute attribute);
     /// The bitmap that the attribute names; null without one.
     Ref<UBitmap> bitmap(const SkinElement& element, SkinAttribute attribute);
     /// False without the attribute, or when it holds no colour.
     bool color(const SkinElement& element, SkinAttribute attribute, UColor& color);
+    /// The value of that name, if it is a colour; else a warning.
+    Ref<UColorValue> colorValue(const SkinElement& element, std::string_view name, IController* controller);
     /// What the enclosing `font` element says, null outside of one.
     const UFont* font() const { return fonts_.empty() ? nullptr : &fonts_.back(); }
     void warn(const SkinElement& element, std::string text);
@@ -95,7 +100,6 @@ private:
     std::string_view counted(const SkinElement& element, std::string_view text);
     static bool takesSizeOfContent(const ViewElement& element, const UView& view);
     void applyName(const ViewElement& element, UView& view);
-    void applyTip(const ViewElement& element, UView& view, std::string_view tip);
     void applyCommand(const ViewElement& element, UView& view, std::string_view command);
     /// What the element says; what it leaves open stays.
     static void applySizeLimits(const ViewElement& element, UView& view);

@@ -1,6 +1,7 @@
 #include "SkinFixture.h"
 #include "binding/IntValue.h"
 #include "binding/StringValue.h"
+#include "binding/UColorValue.h"
 #include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "persistence/FAttributes.h"
@@ -272,6 +273,21 @@ TEST_F(UIWizardTest, LimitsOfSizeReachAnyView) {
     expected = {};
     expected.minSize = {7, 8};
     EXPECT_EQ(given->getSubView(0)->getItem().limits(), expected);
+}
+
+TEST_F(UIWizardTest, AGroundIsAColourOrAValueOfOne) {
+    const auto ground = make<UColorValue>();
+    controller_->setValue("ground", ground);
+    controller_->add("number");
+    const Ref<UView> view = build("<text bgcolor='ground'/><text bgcolor='number'/><text bgcolor='gold'/>"
+                                  "<slider color-value='ground'/><slider color-value='gold'/>");
+    const Binding::Value* expected[] = {ground.get(), nullptr, nullptr, ground.get(), nullptr};
+    for (int32_t i = 0; i < view->getSubViewCount(); ++i)
+        EXPECT_EQ(cast<UControl>(view->getSubView(i))->getSecondValue(), expected[i]) << i;
+    std::string told;
+    for (const Diagnostic& finding : wizard().diagnostics())
+        told += finding.text + "\n";
+    EXPECT_EQ(told, "'number' is a value, but none of a colour\n'gold' is neither a colour nor a value\n");
 }
 
 TEST_F(UIWizardTest, ViewsRememberTheirPlaceAfterTheDocumentIsGone) {

@@ -1,3 +1,4 @@
+#include "binding/UColorValue.h"
 #include "skin/ElementBuilders.h"
 #include "skin/ViewBuilder.h"
 #include "views/controls/ControlStyle.h"
@@ -6,6 +7,40 @@
 
 // Elements that show text.
 namespace qorl {
+
+namespace {
+
+/// A colour, or else the name of a value that is one.
+void applyBackground(const ElementInput& input, UTextDisplay& text, std::string_view background) {
+    if (background.empty())
+        return;
+    if (UColor color; input.builder.wizard().findColor(background, color))
+        text.setBackground(color);
+    else if (const auto value = input.builder.colorValue(input.element, background, input.controller))
+        text.setSecondValue(value.get());
+}
+
+void applyLook(const ElementInput& input, UTextDisplay& text) {
+    for (const AttributeValue& value : input.element.attributes()) {
+        switch (value.attribute) {
+        case SkinAttribute::bgcolor: applyBackground(input, text, value.view()); break;
+        case SkinAttribute::titlecolor:
+            if (UColor color; input.builder.color(input.element, SkinAttribute::titlecolor, color))
+                text.setTitleColor(color);
+            break;
+        case SkinAttribute::units:
+            text.setUnits(input.builder.translated(input.element, value.view()));
+            break;
+        case SkinAttribute::placeholder:
+            text.setHint(input.builder.translated(input.element, value.view()));
+            break;
+        case SkinAttribute::offset: text.setTextOffset(input.element.point(SkinAttribute::offset)); break;
+        default: break;
+        }
+    }
+}
+
+} // namespace
 
 Ref<UView> ElementBuilders::buildLabel(const ElementInput& input) {
     auto label = make<ULabel>(input.rect, input.builder.title(input.element), input.just(), input.style());
@@ -27,16 +62,7 @@ Ref<UView> ElementBuilders::buildText(const ElementInput& input) {
     text->setJust(input.just());
     if (const UFont* font = input.builder.font())
         text->setFont(*font);
-    const std::string_view background = input.element.text(SkinAttribute::bgcolor);
-    if (background.empty())
-        return text;
-    if (UColor color; input.builder.wizard().findColor(background, color))
-        text->setBackground(color);
-    else if (const auto value = input.builder.wizard().findValue(background, input.controller))
-        text->setSecondValue(value.get());
-    else
-        input.builder.warn(input.element,
-                           "'" + std::string(background) + "' is neither a colour nor a value");
+    applyLook(input, *text);
     return text;
 }
 

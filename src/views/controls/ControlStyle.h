@@ -72,11 +72,17 @@ enum : uint32_t {
     mouseTransparent = 0x2000,
     relative = 0x4000,
     messageLoop = 0x8000,
+    lightStripLinear = 0x20000,
+    lightStripLinearMax = 0x40000,
+    lightStripBilinear = 0x80000,
+    lightStripAuto = 0x100000,
+    anyLightStrip = 0x1E0000,
     invert = 0x400000,
     noBackground = 0x800000,
     tiled = 0x1000000,
     segments = 0x2000000,
     showValue = 0x4000000,
+    lightStripHandle = 0x40000000,
 };
 } // namespace SliderStyle
 

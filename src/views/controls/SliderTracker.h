@@ -46,6 +46,8 @@ public:
 
     /// Where the handle stands for the owner's value.
     CmRect handleRect() const { return handleRectAt(positionOfValue()); }
+    /// Where it would stand for a place in the range, 0 to 1.
+    CmRect handleRectFor(float normalized) const { return handleRectAt(turned(normalized)); }
 
     Press press(CmPoint point, uint32_t modifiers);
     void move(CmPoint point, uint32_t modifiers);

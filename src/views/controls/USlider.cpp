@@ -1,7 +1,8 @@
 #include "views/controls/USlider.h"
 
+#include "binding/UColorValue.h"
+#include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
-#include "graphics/UBitmap.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "schemes/UScheme.h"
@@ -11,6 +12,8 @@
 #include "windows/UWindow.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
 
 namespace qorl {
 
@@ -60,6 +63,11 @@ const bool sliderRegistered =
 
 } // namespace
 
+struct USlider::Look {
+    std::array<std::optional<UColor>, static_cast<size_t>(SliderPart::count)> colors;
+    CmSize handle;
+};
+
 USlider::USlider(const CmRect& frame, const ConstString& title, Binding::Value* value, uint32_t style)
     : UControl(frame, title, value, style), tracker_(*this) {
     setFocusable(true);
@@ -101,7 +109,8 @@ CmRect USlider::trackRect() const {
 }
 
 void USlider::layoutTrack() {
-    tracker_.setTrack(trackRect(), getHandleSize(), borderSize);
+    const int32_t given = !look_ ? 0 : isVertical() ? look_->handle.height : look_->handle.width;
+    tracker_.setTrack(trackRect(), given > 0 ? given : getHandleSize(), borderSize);
 }
 
 void USlider::sizeChanged(const CmRect& oldClientRect) {
@@ -119,22 +128,137 @@ bool USlider::drawContent(const CmRect& rect) {
     layoutTrack();
     ViewDevice device(*this, rect);
     drawTrack(device, trackRect());
-    drawHandle(device, tracker_.handleRect());
+    if (look_ || hasStyle(SliderStyle::anyLightStrip))
+        drawStrips(device);
+    const CmRect handle = shownHandle();
+    drawHandle(device, handle);
+    if (look_ || hasStyle(SliderStyle::lightStripHandle))
+        drawHandleColor(device, handle);
     return true;
 }
 
-void USlider::drawTrack(UDrawDevice& device, const CmRect& track) {
-    if (hasStyle(SliderStyle::noBackground))
-        return;
-    CmRect groove = track;
+USlider::Look& USlider::look() {
+    if (!look_)
+        look_ = std::make_unique<Look>();
+    return *look_;
+}
+
+void USlider::setPartColor(SliderPart part, const UColor& color) {
+    look().colors[static_cast<size_t>(part)] = color;
+    update();
+}
+
+void USlider::setHandleSize(CmSize size) {
+    look().handle = size;
+    layoutTrack();
+    update();
+}
+
+const UColor* USlider::getPartColor(SliderPart part) const {
+    const auto* color = look_ ? &look_->colors[static_cast<size_t>(part)] : nullptr;
+    return color && *color ? &**color : nullptr;
+}
+
+bool USlider::getStripColor(UColor& color) const {
+    if (!hasStyle(SliderStyle::anyLightStrip))
+        return false;
+    if (auto* value = cast<UColorValue>(getSecondValue()))
+        color = UColor::fromPacked(value->packed());
+    else if (const UColor* given = getPartColor(SliderPart::strip))
+        color = *given;
+    else
+        color = getScheme()->getColor(SchemeColor::select);
+    return true;
+}
+
+/// The place in the range where the strip begins.
+float USlider::stripStart() const {
+    const int64_t min = getControlMin();
+    const int64_t max = getControlMax();
+    if (hasStyle(SliderStyle::lightStripAuto) && min < 0 && max > 0)
+        return static_cast<float>(-min) / static_cast<float>(max - min);
+    if (hasStyle(SliderStyle::lightStripBilinear))
+        return 0.5F;
+    return hasStyle(SliderStyle::lightStripLinearMax) ? 1 : 0;
+}
+
+CmRect USlider::grooveRect() const {
+    CmRect groove = trackRect();
     if (isVertical()) {
-        groove.left += (track.width() - drawnTrackWidth) / 2;
+        groove.left += (groove.width() - drawnTrackWidth) / 2;
         groove.right = groove.left + drawnTrackWidth;
     } else {
-        groove.top += (track.height() - drawnTrackWidth) / 2;
+        groove.top += (groove.height() - drawnTrackWidth) / 2;
         groove.bottom = groove.top + drawnTrackWidth;
     }
-    getScheme()->drawSliderTrack(device, groove, isVertical());
+    return groove;
+}
+
+/// The groove from one place in the range to another; an end of the range is an end of the groove.
+CmRect USlider::grooveBetween(float from, float to) const {
+    const auto centre = [this](float place) {
+        const CmRect handle = tracker_.handleRectFor(place);
+        return isVertical() ? (handle.top + handle.bottom) / 2 : (handle.left + handle.right) / 2;
+    };
+    CmRect part = grooveRect();
+    int32_t& low = isVertical() ? part.top : part.left;
+    int32_t& high = isVertical() ? part.bottom : part.right;
+    const int32_t start =
+        from <= 0 || from >= 1 ? (centre(from) < centre(1 - from) ? low : high) : centre(from);
+    const int32_t end = centre(to);
+    low = std::min(start, end);
+    high = std::max(start, end);
+    return part;
+}
+
+void USlider::drawStrips(UDrawDevice& device) {
+    if (const UColor* filled = getPartColor(SliderPart::filled)) {
+        device.setBrushColor(*filled);
+        device.fillRect(grooveBetween(0, getNormalized()));
+    }
+    if (UColor color; getStripColor(color)) {
+        device.setBrushColor(color);
+        device.fillRect(grooveBetween(stripStart(), getNormalized()));
+    }
+}
+
+/// As broad as it is told to be, in the middle of the track.
+CmRect USlider::shownHandle() const {
+    CmRect handle = tracker_.handleRect();
+    if (!look_)
+        return handle;
+    if (const int32_t breadth = look_->handle.width; isVertical() && breadth > 0) {
+        handle.left += (handle.width() - breadth) / 2;
+        handle.right = handle.left + breadth;
+    } else if (const int32_t height = look_->handle.height; !isVertical() && height > 0) {
+        handle.top += (handle.height() - height) / 2;
+        handle.bottom = handle.top + height;
+    }
+    return handle;
+}
+
+void USlider::drawHandleColor(UDrawDevice& device, const CmRect& handle) {
+    constexpr int32_t edge = 2;
+    UColor color;
+    if (!hasStyle(SliderStyle::lightStripHandle) || !getStripColor(color)) {
+        const UColor* given = getPartColor(SliderPart::handle);
+        if (!given)
+            return;
+        color = *given;
+    }
+    device.setBrushColor(color);
+    device.fillRect(handle.grown(-edge, -edge));
+}
+
+void USlider::drawTrack(UDrawDevice& device, const CmRect&) {
+    if (hasStyle(SliderStyle::noBackground))
+        return;
+    if (const UColor* color = getPartColor(SliderPart::track)) {
+        device.setBrushColor(*color);
+        device.fillRect(grooveRect());
+    } else {
+        getScheme()->drawSliderTrack(device, grooveRect(), isVertical());
+    }
 }
 
 void USlider::drawHandle(UDrawDevice& device, const CmRect& handle) {
@@ -260,43 +384,6 @@ bool USlider::keyDown(const UKeyCode& key) {
     case Key::pageDown: repeat(pageSteps, value, &Binding::Value::decrement); return true;
     default: return UControl::keyDown(key);
     }
-}
-
-UBitmapSlider::~UBitmapSlider() = default;
-
-void UBitmapSlider::setBitmaps(Ref<UBitmap> track, Ref<UBitmap> handle) {
-    trackBitmap_ = std::move(track);
-    handleBitmap_ = std::move(handle);
-    layoutTrack();
-    update();
-}
-
-int32_t UBitmapSlider::getHandleSize() const {
-    if (!handleBitmap_)
-        return USlider::getHandleSize();
-    return isVertical() ? handleBitmap_->getHeight() : handleBitmap_->getWidth();
-}
-
-void UBitmapSlider::drawTrack(UDrawDevice& device, const CmRect& track) {
-    if (!trackBitmap_) {
-        USlider::drawTrack(device, track);
-        return;
-    }
-    const CmSize size = trackBitmap_->getSize();
-    device.drawBitmapAt(trackBitmap_.get(), {track.left + (track.width() - size.width) / 2,
-                                             track.top + (track.height() - size.height) / 2});
-}
-
-void UBitmapSlider::drawHandle(UDrawDevice& device, const CmRect& handle) {
-    if (!handleBitmap_) {
-        USlider::drawHandle(device, handle);
-        return;
-    }
-    const CmSize size = handleBitmap_->getSize();
-    const CmPoint place{handle.left + (handle.width() - size.width) / 2,
-                        handle.top + (handle.height() - size.height) / 2};
-    const Ref<UBitmap> look = isEnabled() ? handleBitmap_ : handleBitmap_->getDesaturated(1, 0.5F);
-    device.drawBitmapAt(look.get(), place);
 }
 
 } // namespace qorl

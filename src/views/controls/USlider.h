@@ -4,12 +4,25 @@
 #include "views/controls/SliderTracker.h"
 #include "views/controls/UControl.h"
 
+#include <memory>
+
 namespace qorl {
 
-class UBitmap;
+class UColor;
 class UDrawDevice;
 
+/// The parts of a slider that may have colours of their own.
+enum class SliderPart {
+    track,  ///< The groove.
+    filled, ///< What of the groove lies below the value.
+    strip,  ///< The strip of light, by the style, along the groove.
+    handle,
+    count,
+};
+
 /// A handle on a track. The value grows upward or to the right.
+///
+/// By its style a strip of light runs in the groove from an end, or from the middle, to the handle.
 class USlider : public UControl {
     QORL_CLASS(USlider, UControl)
 
@@ -30,11 +43,15 @@ public:
     AccessibleRole getAccessibleRole() const override { return AccessibleRole::slider; }
 
     bool isVertical() const;
+    /// The scheme's until then. A second value that is a colour goes before the one of the strip.
+    void setPartColor(SliderPart part, const UColor& color);
+    /// A side of 0 leaves that to the slider.
+    void setHandleSize(CmSize size);
 
 protected:
     ~USlider() override;
 
-    /// Along the track, in pixels.
+    /// Along the track, in pixels, unless `setHandleSize` says another one.
     virtual int32_t getHandleSize() const;
     virtual void drawTrack(UDrawDevice& device, const CmRect& track);
     virtual void drawHandle(UDrawDevice& device, const CmRect& handle);
@@ -42,6 +59,18 @@ protected:
     void layoutTrack();
 
 private:
+    /// What few sliders have.
+    struct Look;
+
+    Look& look();
+    const UColor* getPartColor(SliderPart part) const;
+    bool getStripColor(UColor& color) const;
+    float stripStart() const;
+    CmRect grooveRect() const;
+    CmRect shownHandle() const;
+    CmRect grooveBetween(float from, float to) const;
+    void drawStrips(UDrawDevice& device);
+    void drawHandleColor(UDrawDevice& device, const CmRect& handle);
     uint32_t trackerOptions() const;
     CmRect trackRect() const;
     bool isShownReversed() const;
@@ -51,28 +80,7 @@ private:
 
     SliderTracker tracker_;
     Ref<UTimer> rampTimer_;
-};
-
-/// A slider drawn from bitmaps: a track behind, a handle in front. Without them it looks like its base.
-class UBitmapSlider : public USlider {
-    QORL_CLASS(UBitmapSlider, USlider)
-
-public:
-    using USlider::USlider;
-
-    /// Either may be null. The handle's size along the track becomes the slider's.
-    void setBitmaps(Ref<UBitmap> track, Ref<UBitmap> handle);
-
-protected:
-    ~UBitmapSlider() override;
-
-    int32_t getHandleSize() const override;
-    void drawTrack(UDrawDevice& device, const CmRect& track) override;
-    void drawHandle(UDrawDevice& device, const CmRect& handle) override;
-
-private:
-    Ref<UBitmap> trackBitmap_;
-    Ref<UBitmap> handleBitmap_;
+    std::unique_ptr<Look> look_;
 };
 
 } // namespace qorl

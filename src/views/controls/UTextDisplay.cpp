@@ -1,5 +1,7 @@
 #include "views/controls/UTextDisplay.h"
 
+#include "binding/UColorValue.h"
+#include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "schemes/UScheme.h"
 #include "views/ViewDevice.h"
@@ -7,6 +9,7 @@
 #include "views/controls/ControlText.h"
 
 #include <cmath>
+#include <optional>
 
 namespace qorl {
 
@@ -60,6 +63,14 @@ UColor readableOn(const UColor& back, const UColor& wanted) {
 
 } // namespace
 
+struct UTextDisplay::Look {
+    std::optional<UColor> background;
+    std::optional<UColor> title;
+    String units;
+    String hint;
+    CmPoint offset;
+};
+
 UTextDisplay::UTextDisplay(const CmRect& frame, const ConstString& title, Binding::Value* value,
                            uint32_t style)
     : UControl(frame, title, value, style), showsTitle_(!value) {}
@@ -81,16 +92,43 @@ void UTextDisplay::setJust(uint32_t just) {
     update();
 }
 
-void UTextDisplay::setBackground(const UColor& color) {
-    background_ = std::make_unique<UColor>(color);
+UTextDisplay::Look& UTextDisplay::look() {
+    if (!look_)
+        look_ = std::make_unique<Look>();
     update();
+    return *look_;
+}
+
+void UTextDisplay::setBackground(const UColor& color) {
+    look().background = color;
+}
+
+void UTextDisplay::setTitleColor(const UColor& color) {
+    look().title = color;
+}
+
+void UTextDisplay::setUnits(const ConstString& units) {
+    look().units = units;
+}
+
+void UTextDisplay::setHint(const ConstString& hint) {
+    look().hint = hint;
+}
+
+void UTextDisplay::setTextOffset(CmPoint offset) {
+    look().offset = offset;
 }
 
 void UTextDisplay::getShownText(String& text) const {
-    if (showsTitle_)
+    if (showsTitle_) {
         text = getTitle();
-    else
-        getValueObject()->toString(text);
+        return;
+    }
+    getValueObject()->toString(text);
+    if (look_ && !look_->units.isEmpty() && !text.isEmpty()) {
+        text.append8(" ");
+        text.append(look_->units);
+    }
 }
 
 UFont UTextDisplay::textFont() const {
@@ -98,6 +136,8 @@ UFont UTextDisplay::textFont() const {
     UFont font = font_ ? *font_ : scheme->getFont(SchemeFont::data);
     if (!isEnabled())
         font.setColor(scheme->getColor(SchemeColor::datafieldforeinactive));
+    else if (showsTitle_ && look_ && look_->title)
+        font.setColor(*look_->title);
     else if (!font_ && hasStyle(TextStyle::led))
         font.setColor(readableOn(scheme->getColor(SchemeColor::datafieldledback),
                                  scheme->getColor(SchemeColor::datafieldfore)));
@@ -106,13 +146,23 @@ UFont UTextDisplay::textFont() const {
     return font;
 }
 
+bool UTextDisplay::getFieldColor(UColor& color) const {
+    if (auto* value = cast<UColorValue>(getSecondValue()); value && value->packed() != 0)
+        color = UColor::fromPacked(value->packed());
+    else if (look_ && look_->background)
+        color = *look_->background;
+    else
+        return false;
+    return true;
+}
+
 CmRect UTextDisplay::drawField(UDrawDevice& device) {
     UScheme* scheme = getScheme();
     CmRect field = getClientBounds();
-    if (background_ || !hasStyle(TextStyle::transparent)) {
-        const int32_t key =
-            hasStyle(TextStyle::led) ? SchemeColor::datafieldledback : SchemeColor::datafieldback;
-        device.setBrushColor(background_ ? *background_ : scheme->getColor(key));
+    UColor color = scheme->getColor(hasStyle(TextStyle::led) ? SchemeColor::datafieldledback
+                                                             : SchemeColor::datafieldback);
+    if (getFieldColor(color) || !hasStyle(TextStyle::transparent)) {
+        device.setBrushColor(color);
         device.fillRect(field);
     }
     if (hasStyle(TextStyle::border)) {
@@ -127,10 +177,18 @@ bool UTextDisplay::drawContent(const CmRect& rect) {
     if (hasStyle(TextStyle::noDraw) || (hasStyle(TextStyle::hideInactive) && !isEnabled()))
         return true;
     ViewDevice device(*this, rect);
-    const CmRect field = drawField(device);
+    CmRect field = drawField(device);
     String text;
     getShownText(text);
-    device.setFont(textFont());
+    UFont font = textFont();
+    if (look_) {
+        field = field.moved(look_->offset);
+        if (text.isEmpty() && !look_->hint.isEmpty()) {
+            text = look_->hint;
+            font.setColor(getScheme()->getColor(SchemeColor::datafieldforeinactive));
+        }
+    }
+    device.setFont(font);
     if (hasStyle(TextStyle::fitString | TextStyle::fitLeftString | TextStyle::fitPath))
         fitText(device.getFont(), text, field.width(), hasStyle(TextStyle::fitLeftString));
     drawControlText(device, text, field, just_);

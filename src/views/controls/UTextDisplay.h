@@ -29,8 +29,17 @@ public:
     void setFont(const UFont& font);
     /// A word of `TextJust`.
     void setJust(uint32_t just);
+    /// Stands behind a second value that is a colour.
     void setBackground(const UColor& color);
-    /// What is shown now.
+    /// Of a title that is shown; else the text's own.
+    void setTitleColor(const UColor& color);
+    /// Stands behind the text of a value, after a blank.
+    void setUnits(const ConstString& units);
+    /// Shown, as if disabled, while there is no text.
+    void setHint(const ConstString& hint);
+    /// Moves the text in its field.
+    void setTextOffset(CmPoint offset);
+    /// What is shown now, without the hint.
     void getShownText(String& text) const;
 
 protected:
@@ -42,8 +51,15 @@ protected:
     uint32_t getJust() const { return just_; }
 
 private:
+    /// What few texts have.
+    struct Look;
+
+    Look& look();
+    /// False for the scheme's own.
+    bool getFieldColor(UColor& color) const;
+
     std::unique_ptr<UFont> font_;
-    std::unique_ptr<UColor> background_;
+    std::unique_ptr<Look> look_;
     uint32_t just_ = 0;
     bool showsTitle_;
 };

@@ -245,6 +245,45 @@ TEST(USlider, TakesTheSidewaysWheelOnlyWhenItLies) {
     }
 }
 
+TEST(USlider, PaintsItsPartsInTheirColours) {
+    HeadlessShell shell{"<slider name='level' style='horizontal' size='0,0,100,20' handlesize='20,10' "
+                        "bgcolor='#FF0000' fgcolor='#00FF00' handlecolor='#0000FF'/>",
+                        "level = 50 in 0..100"};
+    const auto picture = shell.screenshot(shell.view(0));
+    EXPECT_EQ(picture.at(10, 10), 0xFF00FF00u) << "below the value";
+    EXPECT_EQ(picture.at(90, 10), 0xFFFF0000u) << "above it";
+    EXPECT_EQ(picture.at(50, 10), 0xFF0000FFu);
+    EXPECT_EQ(picture.at(43, 10), 0xFF0000FFu) << "as long as it is told to be";
+    EXPECT_EQ(picture.at(50, 2), picture.at(10, 2)) << "and no broader";
+    shell.drag({44, 10}, {4, 10});
+    EXPECT_EQ(shell.value("level").getValue(), 0);
+}
+
+TEST(USlider, LightsAStripFromWhereItsStyleSays) {
+    constexpr uint32_t strip = 0xFF00FF00;
+    const struct {
+        const char *style, *value;
+        int32_t lit, dark;
+    } cases[] = {
+        {"horizontal lightstriplinear", "level = 50 in 0..100", 2, 80},
+        {"horizontal lightstriplinearmax", "level = 50 in 0..100", 98, 20},
+        {"horizontal lightstripbilinear", "level = 100 in 0..100", 60, 40},
+        {"horizontal lightstripauto", "level = 75 in -25..75", 35, 20},
+        {"horizontal lightstripauto", "level = 50 in 0..100", 2, 80},
+        {"horizontal lightstriplinear invert", "level = 25 in 0..100", 98, 40},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.style);
+        HeadlessShell shell{"<slider name='level' size='0,0,100,20' handlesize='10,0' stripcolor='#00FF00' "
+                            "style='" +
+                                std::string(c.style) + "'/>",
+                            c.value};
+        const auto picture = shell.screenshot(shell.view(0));
+        EXPECT_EQ(picture.at(c.lit, 10), strip);
+        EXPECT_NE(picture.at(c.dark, 10), strip);
+    }
+}
+
 } // namespace
 
 } // namespace qorl

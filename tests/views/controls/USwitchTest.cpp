@@ -4,7 +4,7 @@
 #include "binding/IntValue.h"
 #include "graphics/UBitmapFamily.h"
 #include "support/HeadlessShell.h"
-#include "views/controls/USlider.h"
+#include "views/controls/UBitmapSlider.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,10 @@
 #include "views/controls/UTextDisplay.h"
 
+#include "binding/UColorValue.h"
 #include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace qorl {
@@ -71,6 +73,61 @@ TEST(UTextDisplay, ShowsItsValueOrElseItsTitle) {
     shell.view<UControl>(1).setTitle(ConstString("Count"));
     shell.view<UControl>(1).setValue(nullptr);
     EXPECT_EQ(shown(1), "Count");
+}
+
+TEST(UTextDisplay, AddsUnitsToWhatThereIs) {
+    HeadlessShell shell{"<text name='level' units='dB' size='0,0,80,20'/>"
+                        "<text name='name' units='dB' size='0,20,80,20'/>",
+                        "level = 12\nname = \"\""};
+    String text;
+    shell.view<UTextDisplay>(0).getShownText(text);
+    EXPECT_EQ(text.toUtf8(), "12 dB");
+    shell.view<UTextDisplay>(1).getShownText(text);
+    EXPECT_EQ(text.toUtf8(), "");
+}
+
+/// Whether some pixel of the view has exactly that colour.
+bool shows(HeadlessShell& shell, UView& view, uint32_t color) {
+    const auto picture = shell.screenshot(view);
+    return std::ranges::find(picture.pixels, color) != picture.pixels.end();
+}
+
+TEST(UTextDisplay, HintsAtWhatIsMissingOnlyWhileItIs) {
+    HeadlessShell shell{"<text name='name' placeholder='IIII' size='0,0,80,20'/>"
+                        "<text name='name' size='0,20,80,20'/>",
+                        "name = \"\""};
+    const auto pictures = [&] { return shell.screenshot(shell.view(0)) == shell.screenshot(shell.view(1)); };
+    EXPECT_FALSE(pictures());
+    shell.controller().setValue("name", "x");
+    shell.settle();
+    EXPECT_TRUE(pictures());
+}
+
+TEST(UTextDisplay, TakesItsGroundFromAColourThatChanges) {
+    HeadlessShell shell{"<text name='name' bgcolor='#112233' size='0,0,80,20'/>", "name = \"x\""};
+    auto& text = shell.view<UControl>(0);
+    EXPECT_TRUE(shows(shell, text, 0xFF112233));
+    const auto color = make<UColorValue>(0xFF445566);
+    text.setSecondValue(color.get());
+    text.update();
+    shell.settle();
+    EXPECT_TRUE(shows(shell, text, 0xFF445566));
+    color->setValue(static_cast<int32_t>(0xFF778899u));
+    shell.settle();
+    EXPECT_TRUE(shows(shell, text, 0xFF778899));
+    color->setValue(0);
+    shell.settle();
+    EXPECT_TRUE(shows(shell, text, 0xFF112233)) << "none falls back";
+}
+
+TEST(UTextDisplay, PaintsATitleInItsColourAndPlace) {
+    HeadlessShell shell{"<text title='MMMM' titlecolor='#FF0000' size='0,0,80,20'/>"
+                        "<text title='MMMM' titlecolor='#FF0000' offset='200,0' size='0,20,80,20'/>"
+                        "<text name='name' titlecolor='#FF0000' size='0,40,80,20'/>",
+                        "name = \"MMMM\""};
+    EXPECT_TRUE(shows(shell, shell.view(0), 0xFFFF0000));
+    EXPECT_FALSE(shows(shell, shell.view(1), 0xFFFF0000)) << "moved out of the view";
+    EXPECT_FALSE(shows(shell, shell.view(2), 0xFFFF0000)) << "a value is no title";
 }
 
 } // namespace
