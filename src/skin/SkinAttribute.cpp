@@ -385,7 +385,7 @@ constexpr SkinAttribute idleInCheckBoxes[] = {A::bitmap};
 constexpr SkinAttribute idleInSliders[] = {A::bitmap, A::rotaryMultiplier, A::offset};
 constexpr SkinAttribute idleInTexts[] = {A::displaywidth, A::template_, A::controllerId};
 constexpr SkinAttribute idleInImages[] = {A::collection, A::painter, A::margins, A::animationMode};
-constexpr SkinAttribute idleInValues[] = {A::title, A::setting, A::lookup};
+constexpr SkinAttribute idleInValues[] = {A::setting, A::lookup};
 
 constexpr struct {
     SkinType type;

@@ -4,6 +4,9 @@
 #include "binding/StringValue.h"
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/text/CmString.h"
+#include "foundation/text/TranslationTable.h"
 #include "persistence/FDefaultPool.h"
 #include "skin/SizeExpression.h"
 #include "skin/SkinElement.h"
@@ -103,7 +106,9 @@ void storeBeforeSave() {
 
 ValueRegistry::ValueRegistry() = default;
 
-ValueRegistry::~ValueRegistry() = default;
+ValueRegistry::~ValueRegistry() {
+    clear();
+}
 
 ValueRegistry* ValueRegistry::instance() {
     return registry.get();
@@ -139,6 +144,9 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
     entry->load = loadOf(element);
     entry->value = createValue(element);
     entry->persistence = element.text(SkinAttribute::persistence);
+    entry->title = element.text(SkinAttribute::title);
+    if (!entry->title.empty())
+        entry->value->setTarget(this, 0, false);
     if (!entry->persistence.empty()) {
         recall(*entry->value, entry->persistence);
         FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
@@ -153,13 +161,32 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
 void ValueRegistry::forget(const IController* controller) {
     if (localCount_ == 0)
         return;
-    localCount_ -= std::erase_if(entries_, [controller](const Entries::value_type& item) {
+    localCount_ -= std::erase_if(entries_, [this, controller](const Entries::value_type& item) {
         if (item.first.controller != controller)
             return false;
-        if (!item.second->persistence.empty())
-            keep(*item.second->value, item.second->persistence);
+        remove(*item.second);
         return true;
     });
+}
+
+/// Controls may keep the value.
+void ValueRegistry::remove(Entry& entry) {
+    if (!entry.persistence.empty())
+        keep(*entry.value, entry.persistence);
+    if (entry.value->target() == this)
+        entry.value->setTarget(nullptr, 0, false);
+}
+
+int32_t ValueRegistry::handleMessage(FMessage* message) {
+    auto* name = cast<CmString>(message->getObject("String"));
+    if (!message->isNamed("Get Value Name") || !name)
+        return CmObject::handleMessage(message);
+    for (const auto& [key, entry] : entries_)
+        if (entry->value.get() == message->getObject("Value")) {
+            name->string() = translate(ConstString(entry->title));
+            return handled;
+        }
+    return notHandled;
 }
 
 void ValueRegistry::storePersistent() {
@@ -169,7 +196,8 @@ void ValueRegistry::storePersistent() {
 }
 
 void ValueRegistry::clear() {
-    storePersistent();
+    for (const auto& [key, entry] : entries_)
+        remove(*entry);
     entries_.clear();
     localCount_ = 0;
 }

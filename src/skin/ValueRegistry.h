@@ -11,6 +11,7 @@
 
 namespace qorl {
 
+class FMessage;
 class IController;
 class SkinElement;
 
@@ -21,7 +22,9 @@ class Value;
 /// The values of `valuedefine` elements, which no controller owns.
 ///
 /// A global value goes by its name alone, a local one by its name and the controller that it was built for;
-/// it goes with that controller. One registry for the process. Threading: the user-interface thread.
+/// it goes with that controller. A value with a title has the registry as its target, until it is given
+/// another one, and so knows what to call itself. One registry for the process. Threading: the user-interface
+/// thread.
 class ValueRegistry final : public CmObject {
     QORL_CLASS(ValueRegistry, CmObject)
 
@@ -33,6 +36,9 @@ public:
     static ValueRegistry* instance();
     /// The registry if it has been made.
     static ValueRegistry* peek();
+
+    /// Answers "Get Value Name" for values that were defined with a title.
+    int32_t handleMessage(FMessage* message) override;
 
     /// Local before global. Not counted for the caller.
     Binding::Value* find(std::string_view name, const IController* controller) const;
@@ -59,9 +65,12 @@ private:
     struct Entry {
         std::string name;
         std::string persistence;
+        std::string title; ///< For the user, before translation.
         Ref<Binding::Value> value;
         uint64_t load = 0; ///< The serial number of the store of the document that defined it last.
     };
+    void remove(Entry& entry);
+
     using Entries = std::unordered_map<Key, std::unique_ptr<Entry>, KeyHash>;
 
     Entries entries_;

@@ -334,6 +334,20 @@ TEST_F(UIWizardTest, DefinesValuesLocallyBeforeGlobally) {
     EXPECT_EQ(wizard().findValue("v", controller_.get()).get(), value(0)) << "and go with it";
 }
 
+TEST_F(UIWizardTest, ADefinedValueKnowsWhatToCallItself) {
+    const Ref<UView> view = build("<valuedefine name='v' type='int' title='Mode'/><slider name='v'/>"
+                                  "<slider name='v' title='Own'/>");
+    const auto nameOf = [&view](int32_t i) {
+        String name;
+        view->getSubView(i)->getAccessibleName(name);
+        return name.toUtf8();
+    };
+    EXPECT_EQ(nameOf(0), "Mode");
+    EXPECT_EQ(nameOf(1), "Own");
+    ValueRegistry::instance()->clear();
+    EXPECT_EQ(nameOf(0), "") << "the registry is out of reach of the values that it gave up";
+}
+
 TEST_F(UIWizardTest, ReloadTellsListeners) {
     struct Listener : CmObject {
         int32_t handleMessage(FMessage* message) override {

@@ -305,6 +305,19 @@ void UControl::drawFocus(bool focused) {
     getScheme()->drawFocusFrame(device, getClientBounds());
 }
 
+bool UControl::getAccessibleName(String& name) const {
+    CmObject* target = value_->target();
+    if (UView::getAccessibleName(name) || !target)
+        return !name.isEmpty();
+    const auto answer = make<CmString>();
+    const auto question = make<FMessage>("Get Value Name");
+    question->setObject("Value", value_.get());
+    question->setObject("String", answer.get());
+    target->handleMessage(question.get());
+    name = answer->string();
+    return !name.isEmpty();
+}
+
 bool UControl::getAccessibleValue(String& value) const {
     value_->toString(value);
     return true;

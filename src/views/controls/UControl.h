@@ -65,6 +65,8 @@ public:
     void focusGained() override;
     void focusLost() override;
     void drawFocus(bool focused) override;
+    /// The title, or what the target of the value calls that.
+    bool getAccessibleName(String& name) const override;
     bool getAccessibleValue(String& value) const override;
     bool getAccessibleRange(AccessibleRange& range) const override;
     bool setAccessibleValue(double value) override;
