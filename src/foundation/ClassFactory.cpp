@@ -3,6 +3,7 @@
 #include "foundation/CmObject.h"
 #include "foundation/FPersistent.h"
 #include "foundation/Singleton.h"
+#include "foundation/text/ConstString.h"
 
 #include <cstring>
 
@@ -42,11 +43,7 @@ ClassFactory* ClassFactory::instance() {
 }
 
 uint32_t ClassFactory::bucketOf(const char* name) {
-    int32_t hash = 0;
-    for (; *name; ++name)
-        hash = ((hash << 6) + static_cast<signed char>(*name)) % static_cast<int32_t>(nameBuckets);
-    // Bytes above 127 count as negative numbers, and so can the remainder.
-    return static_cast<uint32_t>(hash < 0 ? hash + static_cast<int32_t>(nameBuckets) : hash);
+    return ConstString(name).hashCode(nameBuckets);
 }
 
 uint32_t ClassFactory::bucketOf(const InterfaceId& id) {

@@ -35,8 +35,7 @@ bool CmString::storeAttributes(FAttributes* attributes) {
 }
 
 bool CmString::restoreAttributes(FAttributes* attributes) {
-    string_ = attributes->getString("s");
-    return true;
+    return string_.assign(attributes->getString("s"));
 }
 
 void CmString::set8(const char* text) {

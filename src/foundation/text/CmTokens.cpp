@@ -2,6 +2,9 @@
 
 #include "foundation/Cast.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace qorl {
 
 QORL_REGISTER(CmTokens, "CmTokens", CmObject, 0)
@@ -16,39 +19,31 @@ bool isIn(const char16_t* set, char16_t character) {
 
 } // namespace
 
-CmTokens::CmTokens(const ConstString& source) : source_(source), cursor_(source_.text16()) {}
-
-CmTokens::CmTokens(const CmTokens& other)
-    : CmObject(other), source_(other.source_), cursor_(source_.text16() + other.position_),
-      position_(other.position_), token_(other.token_), lastDelimiter_(other.lastDelimiter_) {}
-
-CmTokens& CmTokens::operator=(const CmTokens& other) {
-    source_ = other.source_;
-    position_ = other.position_;
-    cursor_ = source_.text16() + position_;
-    token_ = other.token_;
-    lastDelimiter_ = other.lastDelimiter_;
-    return *this;
-}
-
 const CmString& CmTokens::next(const char16_t* delimiters) {
-    if (*cursor_ == 0) {
+    // Whoever asked the source for 8-bit text has moved its characters.
+    const char16_t* text = source_.text16();
+    const std::u16string_view characters(text, source_.string().isWide() ? source_.string().size() : 0);
+    const size_t cursor = std::min(static_cast<size_t>(position_), characters.size());
+    if (cursor == characters.size()) {
         token_.string().clear();
         lastDelimiter_ = 0;
         return token_;
     }
-    const char16_t* start = cursor_;
-    while (*start && isIn(delimiters, *start))
+    const char16_t* set = delimiters ? delimiters : u"";
+    size_t start = cursor;
+    while (start < characters.size() && isIn(set, characters[start]))
         ++start;
-    const char16_t* end = start;
-    while (*end && !isIn(delimiters, *end))
+    size_t end = start;
+    while (end < characters.size() && !isIn(set, characters[end]))
         ++end;
+    if (!token_.string().assign16(characters.data() + start, static_cast<int32_t>(end - start))) {
+        token_.string().clear();
+        return token_;
+    }
     // Delimiters at the very end leave the last delimiter as it is.
     if (end != start)
-        lastDelimiter_ = *end;
-    token_.string().assign16(start, static_cast<int32_t>(end - start));
-    position_ += static_cast<int32_t>(end - cursor_);
-    cursor_ = end;
+        lastDelimiter_ = end < characters.size() ? characters[end] : u'\0';
+    position_ = static_cast<int32_t>(end);
     return token_;
 }
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <memory>
+#include <new>
 #include <unicode/ucnv.h>
 
 namespace qorl::text {
@@ -56,20 +58,7 @@ char16_t toJapaneseControl(char16_t unit) {
     return unit == 0x1A ? u'\x1C' : unit == 0x1C ? u'\x7F' : unit == 0x7F ? u'\x1A' : unit;
 }
 
-bool decodeUtf8(std::string_view bytes, std::u16string& out) {
-    const int32_t length = wideLength(bytes);
-    if (length == invalid)
-        return false;
-    out.resize(static_cast<size_t>(length));
-    widen(bytes, out.data());
-    return true;
-}
-
-} // namespace
-
-bool decode(uint32_t codePage, std::string_view bytes, std::u16string& out) {
-    if (codePage == systemCodePage || codePage == utf8CodePage)
-        return decodeUtf8(bytes, out);
+bool decodeWith(uint32_t codePage, std::string_view bytes, std::u16string& out) {
     if (codePage == western && std::any_of(bytes.begin(), bytes.end(),
                                            [](char c) { return isWesternHole(static_cast<uint8_t>(c)); }))
         return false;
@@ -90,11 +79,7 @@ bool decode(uint32_t codePage, std::string_view bytes, std::u16string& out) {
     return true;
 }
 
-bool encode(uint32_t codePage, std::u16string_view wide, std::string& out) {
-    if (codePage == systemCodePage || codePage == utf8CodePage) {
-        out = narrow(wide);
-        return true;
-    }
+bool encodeWith(uint32_t codePage, std::u16string_view wide, std::string& out) {
     const Converter converter = openConverter(codePage);
     if (!converter)
         return false;
@@ -106,15 +91,35 @@ bool encode(uint32_t codePage, std::u16string_view wide, std::string& out) {
     UErrorCode status = U_ZERO_ERROR;
     ucnv_setSubstChars(converter.get(), "?", 1, &status);
     status = U_ZERO_ERROR; // encodings with states keep a substitute of their own
-    const auto room = UCNV_GET_MAX_BYTES_FOR_STRING(
-        source.size(), static_cast<size_t>(ucnv_getMaxCharSize(converter.get())));
-    out.resize(room);
+    // As UCNV_GET_MAX_BYTES_FOR_STRING, which overflows for the longest texts.
+    const int64_t room = (static_cast<int64_t>(source.size()) + 10) * ucnv_getMaxCharSize(converter.get());
+    if (room > std::numeric_limits<int32_t>::max())
+        return false;
+    out.resize(static_cast<size_t>(room));
     const int32_t length = ucnv_fromUChars(converter.get(), out.data(), static_cast<int32_t>(out.size()),
                                            source.data(), static_cast<int32_t>(source.size()), &status);
     if (U_FAILURE(status))
         return false;
     out.resize(static_cast<size_t>(length));
     return true;
+}
+
+} // namespace
+
+bool decode(uint32_t codePage, std::string_view bytes, std::u16string& out) {
+    try {
+        return decodeWith(codePage, bytes, out);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+bool encode(uint32_t codePage, std::u16string_view wide, std::string& out) {
+    try {
+        return encodeWith(codePage, wide, out);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 } // namespace qorl::text

@@ -10,6 +10,7 @@
 namespace qorl {
 
 using text::isDigitIn;
+using text::NarrowCopy;
 using text::value;
 using text::View;
 using text::WideCopy;
@@ -31,41 +32,6 @@ char32_t nextLower(View<Char> text, int32_t& at) {
     return text::lower(text::nextPoint(text, at));
 }
 
-template <typename Char>
-int32_t compareFolded(View<Char> a, View<Char> b) {
-    const auto sizeA = static_cast<int32_t>(a.size());
-    const auto sizeB = static_cast<int32_t>(b.size());
-    int32_t atA = 0;
-    int32_t atB = 0;
-    while (atA < sizeA && atB < sizeB) {
-        const char32_t pointA = nextLower(a, atA);
-        const char32_t pointB = nextLower(b, atB);
-        if (pointA != pointB)
-            return pointA < pointB ? -1 : 1;
-    }
-    return sign((sizeA - atA) - static_cast<int64_t>(sizeB - atB));
-}
-
-template <typename Char>
-int32_t compareViews(View<Char> a, View<Char> b, bool ignoreCase) {
-    return ignoreCase ? compareFolded(a, b) : sign(a.compare(b));
-}
-
-template <typename Char>
-View<Char> first(View<Char> text, int32_t count) {
-    return count < 0 ? text : text.substr(0, static_cast<size_t>(count));
-}
-
-/// How many characters of `text` match all of `wanted`, case aside; -1 for no match.
-template <typename Char>
-int32_t matchFolded(View<Char> text, View<Char> wanted) {
-    int32_t at = 0;
-    for (int32_t wantedAt = 0; wantedAt < static_cast<int32_t>(wanted.size());)
-        if (at >= static_cast<int32_t>(text.size()) || nextLower(text, at) != nextLower(wanted, wantedAt))
-            return -1;
-    return at;
-}
-
 using Units8 = uint16_t __attribute__((vector_size(16)));
 
 /// The next place of a unit, eight at a time.
@@ -85,6 +51,64 @@ size_t findUnit(View<char16_t> text, char16_t unit, size_t at) {
     while (at < text.size() && text[at] != unit)
         ++at;
     return at < text.size() ? at : text.npos;
+}
+
+size_t findUnit(View<char> text, char unit, size_t at) {
+    return text.find(unit, at);
+}
+
+/// Whether nothing but the terminator counts behind `at`.
+template <typename Char>
+bool isEnd(View<Char> text, size_t at) {
+    return at >= text.size() || text[at] == 0;
+}
+
+/// The order of two texts that are the same up to both places, where at least one has its end.
+template <typename Char>
+int32_t compareEnds(View<Char> a, size_t atA, View<Char> b, size_t atB) {
+    return static_cast<int32_t>(isEnd(b, atB)) - static_cast<int32_t>(isEnd(a, atA));
+}
+
+template <typename Char>
+int32_t compareFolded(View<Char> a, View<Char> b) {
+    int32_t atA = 0;
+    int32_t atB = 0;
+    while (!isEnd(a, static_cast<size_t>(atA)) && !isEnd(b, static_cast<size_t>(atB))) {
+        const char32_t pointA = nextLower(a, atA);
+        const char32_t pointB = nextLower(b, atB);
+        if (pointA != pointB)
+            return pointA < pointB ? -1 : 1;
+    }
+    return compareEnds(a, static_cast<size_t>(atA), b, static_cast<size_t>(atB));
+}
+
+template <typename Char>
+int32_t compareExact(View<Char> a, View<Char> b) {
+    const size_t both = std::min(a.size(), b.size());
+    const size_t zero = findUnit(a.substr(0, both), Char(), 0);
+    const size_t counted = zero == View<Char>::npos ? both : zero;
+    const int order = a.substr(0, counted).compare(b.substr(0, counted));
+    return order != 0 ? sign(order) : compareEnds(a, counted, b, counted);
+}
+
+template <typename Char>
+int32_t compareViews(View<Char> a, View<Char> b, bool ignoreCase) {
+    return ignoreCase ? compareFolded(a, b) : compareExact(a, b);
+}
+
+template <typename Char>
+View<Char> first(View<Char> text, int32_t count) {
+    return count < 0 ? text : text.substr(0, static_cast<size_t>(count));
+}
+
+/// How many characters of `text` match all of `wanted`, case aside; -1 for no match.
+template <typename Char>
+int32_t matchFolded(View<Char> text, View<Char> wanted) {
+    int32_t at = 0;
+    for (int32_t wantedAt = 0; wantedAt < static_cast<int32_t>(wanted.size());)
+        if (at >= static_cast<int32_t>(text.size()) || nextLower(text, at) != nextLower(wanted, wantedAt))
+            return -1;
+    return at;
 }
 
 size_t findExact(View<char> text, View<char> wanted, size_t start) {
@@ -164,14 +188,20 @@ int32_t compareNumbers(View<Char> a, size_t& atA, View<Char> b, size_t& atB) {
     const size_t digitsB = skipZeros(b, atB);
     const size_t endA = skipDigits(a, digitsA);
     const size_t endB = skipDigits(b, digitsB);
-    const auto lengths = static_cast<int64_t>(endA - digitsA) - static_cast<int64_t>(endB - digitsB);
+    const auto lengths = static_cast<int32_t>(endA - digitsA) - static_cast<int32_t>(endB - digitsB);
     if (lengths != 0)
-        return sign(lengths);
-    const int digits = a.substr(digitsA, endA - digitsA).compare(b.substr(digitsB, endB - digitsB));
-    const auto zeros = static_cast<int64_t>(digitsA - atA) - static_cast<int64_t>(digitsB - atB);
+        return lengths;
+    for (size_t i = 0; digitsA + i < endA; ++i)
+        if (a[digitsA + i] != b[digitsB + i])
+            return a[digitsA + i] - b[digitsB + i];
+    const auto zeros = static_cast<int32_t>(digitsA - atA) - static_cast<int32_t>(digitsB - atB);
     atA = endA;
     atB = endB;
-    return digits != 0 ? sign(digits) : sign(zeros);
+    return zeros;
+}
+
+int32_t difference(char32_t a, char32_t b) {
+    return static_cast<int32_t>(a) - static_cast<int32_t>(b);
 }
 
 template <typename Char>
@@ -189,7 +219,7 @@ int32_t compareNaturally(View<Char> a, View<Char> b, bool caseSensitive) {
         const char32_t pointA = caseSensitive ? text::nextPoint(a, nextA) : nextLower(a, nextA);
         const char32_t pointB = caseSensitive ? text::nextPoint(b, nextB) : nextLower(b, nextB);
         if (pointA != pointB)
-            return pointA < pointB ? -1 : 1;
+            return difference(pointA, pointB);
         atA = static_cast<size_t>(nextA);
         atB = static_cast<size_t>(nextB);
     }
@@ -228,13 +258,66 @@ bool equalsMixed(View<char> narrow, View<char16_t> wide) {
 
 template <typename Char>
 uint32_t hashOf(View<Char> text, uint32_t size) {
-    uint32_t hash = 0;
+    int64_t hash = 0;
     for (const Char c : text) {
         const auto character =
             sizeof(Char) == 1 ? static_cast<int32_t>(static_cast<signed char>(c)) : static_cast<int32_t>(c);
-        hash = ((hash << 6) + static_cast<uint32_t>(character)) % size;
+        hash = (hash * 64 + character) % int64_t{size};
     }
-    return hash;
+    // 8-bit characters above 127 count as negative numbers, and so can the remainder.
+    return static_cast<uint32_t>(hash < 0 ? hash + int64_t{size} : hash);
+}
+
+enum class Round { toStart, toNext };
+
+/// How many UTF-16 units stand before a place in valid UTF-8. A place inside a character counts as the
+/// character's or as that of the next one.
+int32_t unitsBefore(View<char> utf8, int32_t place, Round round) {
+    int32_t at = 0;
+    int32_t units = 0;
+    while (at < std::min(place, static_cast<int32_t>(utf8.size()))) {
+        const int32_t length = text::nextPoint(utf8, at) > 0xFFFF ? 2 : 1;
+        if (at > place && round == Round::toStart)
+            break;
+        units += length;
+    }
+    return units;
+}
+
+/// The place in valid UTF-8 of the character that holds a UTF-16 unit.
+int32_t placeOfUnit(View<char> utf8, int32_t unit) {
+    int32_t at = 0;
+    int32_t place = 0;
+    for (int32_t units = 0; at < static_cast<int32_t>(utf8.size()); place = at) {
+        units += text::nextPoint(utf8, at) > 0xFFFF ? 2 : 1;
+        if (units > unit)
+            break;
+    }
+    return place;
+}
+
+/// Looks for something in 8-bit text as if it were wide. `search` gets the wide form and the start in it; the
+/// place that it finds is told in bytes.
+template <typename Search>
+[[gnu::noinline]] int32_t searchWidened(View<char> text, int32_t start, Round round, const Search& search) {
+    const WideCopy wide{ConstString(text)};
+    if (!wide.isValid())
+        return ConstString::notFound;
+    if (wide.view().size() == text.size()) // all ASCII
+        return search(wide.view(), start);
+    const int32_t found = search(wide.view(), start < 0 ? start : unitsBefore(text, start, round));
+    return found == ConstString::notFound ? found : placeOfUnit(text, found);
+}
+
+constexpr size_t maxBytesOfUnit = 3;
+
+/// The UTF-8 form of a character in `bytes`. Half of a pair has none, and gives an empty text.
+ConstString inBytes(char16_t character, char (&bytes)[maxBytesOfUnit]) {
+    const View<char16_t> unit(&character, 1);
+    if (character >= 0xD800 && character <= 0xDFFF)
+        return {};
+    text::narrow(unit, bytes);
+    return ConstString(View<char>(bytes, static_cast<size_t>(text::narrowLength(unit))));
 }
 
 template <typename Char>
@@ -340,6 +423,12 @@ int32_t ConstString::compareNatural(const ConstString& other, bool caseSensitive
                       [=](auto a, auto b) { return compareNaturally(a, b, caseSensitive); });
 }
 
+int32_t ConstString::compareNatural(const ConstString* a, const ConstString* b, bool caseSensitive) {
+    if (!a || !b)
+        return static_cast<int32_t>(a != nullptr) - static_cast<int32_t>(b != nullptr);
+    return a->compareNatural(*b, caseSensitive);
+}
+
 bool ConstString::charEquals(int32_t index, char character) const {
     if (index < 0 || index >= size())
         return character == 0;
@@ -357,6 +446,10 @@ bool ConstString::charEquals(int32_t index, char16_t character) const {
 }
 
 int32_t ConstString::find(const ConstString& other, int32_t start, int32_t count, bool ignoreCase) const {
+    if (!isWide() && other.isWide())
+        return searchWidened(view8(), start, Round::toNext, [&](View<char16_t> text, int32_t from) {
+            return findForward(text, first(other.view16(), count), from, ignoreCase);
+        });
     return inOneWidth(*this, other, notFound, [=](auto text, auto wanted) {
         return findForward(text, first(wanted, count), start, ignoreCase);
     });
@@ -369,12 +462,16 @@ int32_t ConstString::findChar8(char character, int32_t start, bool ignoreCase) c
 int32_t ConstString::findChar16(char16_t character, int32_t start, bool ignoreCase) const {
     if (isWide())
         return find(ConstString(&character, 1), start, 1, ignoreCase);
-    // In bytes, so that the index found is one of this text.
-    const std::string bytes = text::narrow(std::u16string_view(&character, 1));
-    return find(ConstString(std::string_view(bytes)), start, all, ignoreCase);
+    // In bytes, so that the text needs no conversion.
+    char bytes[maxBytesOfUnit];
+    return find(inBytes(character, bytes), start, all, ignoreCase);
 }
 
 int32_t ConstString::findLast(const ConstString& other, int32_t start, int32_t count, bool ignoreCase) const {
+    if (!isWide() && other.isWide())
+        return searchWidened(view8(), start, Round::toStart, [&](View<char16_t> text, int32_t from) {
+            return findBackward(text, first(other.view16(), count), from, ignoreCase);
+        });
     return inOneWidth(*this, other, notFound, [=](auto text, auto wanted) {
         return findBackward(text, first(wanted, count), start, ignoreCase);
     });
@@ -387,12 +484,14 @@ int32_t ConstString::findLastChar8(char character, int32_t start, bool ignoreCas
 int32_t ConstString::findLastChar16(char16_t character, int32_t start, bool ignoreCase) const {
     if (isWide())
         return findLast(ConstString(&character, 1), start, 1, ignoreCase);
-    const std::string bytes = text::narrow(std::u16string_view(&character, 1));
-    return findLast(ConstString(std::string_view(bytes)), start, all, ignoreCase);
+    char bytes[maxBytesOfUnit];
+    return findLast(inBytes(character, bytes), start, all, ignoreCase);
 }
 
 bool ConstString::startsWith(const ConstString& other, bool ignoreCase) const {
     return inOneWidth(*this, other, other.isEmpty(), [=](auto text, auto wanted) {
+        if (wanted.size() > text.size())
+            return false;
         return ignoreCase ? matchFolded(text, wanted) >= 0 : text.substr(0, wanted.size()) == wanted;
     });
 }
@@ -401,7 +500,8 @@ bool ConstString::endsWith(const ConstString& other, bool ignoreCase) const {
     return inOneWidth(*this, other, other.isEmpty(), [=](auto text, auto wanted) {
         if (wanted.size() > text.size())
             return false;
-        return compareViews(text.substr(text.size() - wanted.size()), wanted, ignoreCase) == 0;
+        const auto end = text.substr(text.size() - wanted.size());
+        return ignoreCase ? matchFolded(end, wanted) == static_cast<int32_t>(end.size()) : end == wanted;
     });
 }
 
@@ -410,6 +510,10 @@ bool ConstString::contains(const ConstString& other, bool ignoreCase) const {
 }
 
 int32_t ConstString::firstDifference(const ConstString& other, bool ignoreCase) const {
+    if (!isWide() && other.isWide())
+        return searchWidened(view8(), 0, Round::toStart, [&](View<char16_t> text, int32_t) {
+            return firstDifferenceOf(text, other.view16(), ignoreCase);
+        });
     return inOneWidth(*this, other, notFound,
                       [=](auto a, auto b) { return firstDifferenceOf(a, b, ignoreCase); });
 }
@@ -417,17 +521,14 @@ int32_t ConstString::firstDifference(const ConstString& other, bool ignoreCase) 
 bool ConstString::substring(String& target, int32_t start, int32_t count) const {
     if (start < 0 || start >= size())
         return false;
-    target.assign(ConstString(*this, start, count));
-    return true;
+    return target.assign(ConstString(*this, start, count));
 }
 
 int32_t ConstString::extract8(char* buffer, int32_t start, int32_t count) const {
     if (!buffer)
         return 0;
-    if (!isWide())
-        return copyOut(view8(), buffer, start, count);
-    const std::string bytes = toUtf8();
-    return copyOut(std::string_view(bytes), buffer, start, count);
+    const NarrowCopy bytes(*this);
+    return copyOut(bytes.view(), buffer, start, count);
 }
 
 int32_t ConstString::extract16(char16_t* buffer, int32_t start, int32_t count) const {

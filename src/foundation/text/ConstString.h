@@ -38,16 +38,19 @@ public:
         : buffer_(text),
           word_((text ? measured(std::char_traits<char16_t>::length, text, length) : 0) | wideFlag) {}
     /// Not necessarily terminated, so `text8` and `text16` of such a view aren't either.
-    explicit constexpr ConstString(std::string_view text)
-        : ConstString(text.data(), static_cast<int32_t>(text.size())) {}
-    explicit constexpr ConstString(std::u16string_view text)
-        : ConstString(text.data(), static_cast<int32_t>(text.size())) {}
+    explicit constexpr ConstString(std::string_view text) : ConstString(text.data(), cut(text.size())) {}
+    explicit constexpr ConstString(std::u16string_view text) : ConstString(text.data(), cut(text.size())) {}
     /// A part of `whole`, sharing its characters; cut to what is there.
     ConstString(const ConstString& whole, int32_t start, int32_t length);
     /// The text of a variant that holds one; empty for any other kind.
     explicit ConstString(const FAttributeVariant& variant);
-    constexpr ConstString(const ConstString&) = default;
-    constexpr ConstString& operator=(const ConstString&) = default;
+    constexpr ConstString(const ConstString& other)
+        : buffer_(other.buffer_), word_(other.word_ & ~reservedFlag) {}
+    constexpr ConstString& operator=(const ConstString& other) {
+        buffer_ = other.buffer_;
+        word_ = (word_ & reservedFlag) | (other.word_ & ~reservedFlag);
+        return *this;
+    }
 
     constexpr virtual ~ConstString() = default;
     virtual int32_t length() const;
@@ -69,7 +72,8 @@ public:
     std::string_view view8() const { return {chars8(), static_cast<size_t>(size())}; }
     std::u16string_view view16() const { return {chars16(), static_cast<size_t>(size())}; }
 
-    /// Copies in a given encoding. What can't be converted becomes U+FFFD.
+    /// Copies in a given encoding. What can't be converted becomes U+FFFD. For operations that work on
+    /// standard strings: `std::bad_alloc` passes through to them.
     std::string toUtf8() const;
     std::u16string toUtf16() const;
 
@@ -77,18 +81,23 @@ public:
     /// True when composing (NFC) leaves the length unchanged.
     bool isNormalized() const;
 
-    /// Negative, 0 or positive, by character values. `count` limits how many characters of each side count: 0
-    /// gives 0. -1 when the 8-bit side of a mixed pair is not valid text. `ignoreCase` lower-cases each
-    /// character.
+    /// Negative, 0 or positive, by character values, up to the first character 0 of either side. `count`
+    /// limits how many characters of each side count: 0 gives 0. -1 when the 8-bit side of a mixed pair is
+    /// not valid text or memory ran out. `ignoreCase` lower-cases each character.
     int32_t compare(const ConstString& other, int32_t count = all, bool ignoreCase = false) const;
-    /// Orders names with numbers in them as people do: "a2" before "a10", and "a1" before "a01".
+    /// Orders names with numbers in them as people do: "a2" before "a10", and "a1" before "a01". The
+    /// difference that decides: of the numbers of digits, of two digits, of the numbers of zeros in front, or
+    /// of two characters; 1 or -1 where one text goes on. -1 as for `compare`.
     int32_t compareNatural(const ConstString& other, bool caseSensitive = false) const;
+    /// The same for texts that may be missing: null sorts before any text.
+    static int32_t compareNatural(const ConstString* a, const ConstString* b, bool caseSensitive = false);
     /// An index at or past the end equals character 0 only.
     bool charEquals(int32_t index, char character) const;
     bool charEquals(int32_t index, char16_t character) const;
 
     /// The first place at or behind `start` where the first `count` characters of `other` stand, or
-    /// `notFound`. An empty `other` is found nowhere.
+    /// `notFound`. An empty `other` is found nowhere, and so is any in a mixed pair whose 8-bit side is not
+    /// valid text.
     int32_t find(const ConstString& other, int32_t start = 0, int32_t count = all,
                  bool ignoreCase = false) const;
     int32_t findChar8(char character, int32_t start = 0, bool ignoreCase = false) const;
@@ -98,17 +107,20 @@ public:
                      bool ignoreCase = false) const;
     int32_t findLastChar8(char character, int32_t start = all, bool ignoreCase = false) const;
     int32_t findLastChar16(char16_t character, int32_t start = all, bool ignoreCase = false) const;
+    /// An empty `other` begins and ends every text, one that is longer than this text none.
     bool startsWith(const ConstString& other, bool ignoreCase = false) const;
     bool endsWith(const ConstString& other, bool ignoreCase = false) const;
     bool contains(const ConstString& other, bool ignoreCase = false) const;
-    /// The index of the first character that differs, terminators included; `notFound` for equal texts.
+    /// The index of the first character that differs, terminators included; `notFound` for equal texts, and
+    /// for a mixed pair whose 8-bit side is not valid text.
     int32_t firstDifference(const ConstString& other, bool ignoreCase = false) const;
 
     /// Copies a part into `target`, in this text's width. False, and `target` unchanged, for a start past the
-    /// end.
+    /// end, or when memory ran out.
     bool substring(String& target, int32_t start, int32_t count = all) const;
     /// Copies a part with a terminator into a buffer that holds `count` + 1 characters (the rest of the text
-    /// + 1 for a negative `count`), converted to the buffer's width. The number of characters copied.
+    /// + 1 for a negative `count`), converted to the buffer's width, in which `start` and `count` count. The
+    /// number of characters copied; 0, and an empty text, when it can't be converted.
     int32_t extract8(char* buffer, int32_t start = 0, int32_t count = all) const;
     int32_t extract16(char16_t* buffer, int32_t start = 0, int32_t count = all) const;
 
@@ -120,12 +132,14 @@ public:
 
     /// Read a decimal number at `start`, behind optional white space and a sign. With `scan`, characters are
     /// skipped one by one until a number can be read. False, and `out` unchanged, when there is none. A
-    /// number beyond the type's range is limited to it; the unsigned 64-bit form wraps a negative one.
+    /// number beyond the type's range is limited to it; the unsigned forms take a negative one modulo their
+    /// range.
     bool toInt64(int64_t& out, int32_t start = 0, bool scan = true) const;
     bool toInt32(int32_t& out, int32_t start = 0, bool scan = true) const;
     bool toUInt32(uint32_t& out, int32_t start = 0, bool scan = true) const;
     bool toUInt64(uint64_t& out, int32_t start = 0, bool scan = true) const;
-    /// The decimal separator is a point, whatever the locale.
+    /// The decimal separator is a point, whatever the locale. False also when memory ran out over hundreds of
+    /// wide digits.
     bool toDouble(double& out, int32_t start = 0, bool scan = true) const;
 
     /// Where the digits at the end begin, or `notFound`. With `digits` not 0 there must be exactly that many.
@@ -133,9 +147,11 @@ public:
     /// The number that the text ends in, or `standard` when there is none.
     int64_t trailingNumber(int64_t standard = -1) const;
 
-    /// ((h << 6) + character) modulo `size` over the stored characters, 8-bit ones as signed. 0 for `size` 0.
+    /// h = ((h << 6) + character) modulo `size` over the stored characters, 8-bit ones as signed; always
+    /// below `size`. 0 for `size` 0.
     uint32_t hashCode(uint32_t size) const;
 
+    /// Whole texts, characters 0 included.
     friend bool operator==(const ConstString& a, const ConstString& b) { return a.equals(b); }
     friend bool operator!=(const ConstString& a, const ConstString& b) { return !a.equals(b); }
     friend bool operator<(const ConstString& a, const ConstString& b) { return a.compare(b) < 0; }
@@ -143,8 +159,11 @@ public:
 protected:
     template <typename Measure, typename Char>
     static constexpr uint32_t measured(Measure measure, const Char* text, int32_t length) {
-        return (length < 0 ? static_cast<uint32_t>(measure(text)) : static_cast<uint32_t>(length)) &
-               lengthMask;
+        return static_cast<uint32_t>(
+            cut(length < 0 ? static_cast<size_t>(measure(text)) : static_cast<size_t>(length)));
+    }
+    static constexpr int32_t cut(size_t length) {
+        return length > static_cast<size_t>(maxLength) ? maxLength : static_cast<int32_t>(length);
     }
 
     bool equals(const ConstString& other) const;

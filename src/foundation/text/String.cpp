@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -34,12 +35,63 @@ void copyChars(Char* to, const Char* from, int32_t count) {
         std::memcpy(to, from, static_cast<size_t>(count) * sizeof(Char));
 }
 
+/// Up to the terminator. Beyond `maxLength` it is a length that no buffer is given for.
 template <typename Char>
 int32_t lengthUpTo(const Char* text, int32_t most) {
     if (most < 0)
-        return static_cast<int32_t>(std::char_traits<Char>::length(text));
-    const Char* end = std::find(text, text + most, Char());
-    return static_cast<int32_t>(end - text);
+        return static_cast<int32_t>(
+            std::min<size_t>(std::char_traits<Char>::length(text), ConstString::maxLength + 1));
+    int32_t length = 0;
+    while (length < most && text[length] != 0)
+        ++length;
+    return length;
+}
+
+/// A buffer with the wide form of bytes up to their first zero, and its length. Null when they are not valid
+/// in the code page or memory ran out.
+char16_t* widened(uint32_t codePage, std::string_view bytes, int32_t& length) {
+    if (codePage != String::systemCodePage && codePage != String::utf8CodePage) {
+        std::u16string wide;
+        if (!text::decode(codePage, bytes, wide))
+            return nullptr;
+        length = lengthUpTo(wide.data(), static_cast<int32_t>(wide.size()));
+        auto* buffer = allocate<char16_t>(length);
+        if (buffer)
+            copyChars(buffer, wide.data(), length);
+        return buffer;
+    }
+    length = text::wideLength(bytes);
+    if (length == text::invalid)
+        return nullptr;
+    if (const size_t zero = bytes.find('\0'); zero != bytes.npos) {
+        bytes = bytes.substr(0, zero);
+        length = text::wideLength(bytes);
+    }
+    auto* buffer = allocate<char16_t>(length);
+    if (buffer)
+        text::widen(bytes, buffer);
+    return buffer;
+}
+
+/// A buffer with the 8-bit form and its length. Null for an unknown code page or when memory ran out.
+char* narrowed(uint32_t codePage, std::u16string_view wide, int32_t& length) {
+    if (codePage != String::systemCodePage && codePage != String::utf8CodePage) {
+        std::string bytes;
+        if (!text::encode(codePage, wide, bytes))
+            return nullptr;
+        length = static_cast<int32_t>(bytes.size());
+        auto* buffer = allocate<char>(length);
+        if (buffer)
+            copyChars(buffer, bytes.data(), length);
+        return buffer;
+    }
+    const int64_t count = text::narrowLength(wide);
+    auto* buffer = allocate<char>(count);
+    if (buffer) {
+        text::narrow(wide, buffer);
+        length = static_cast<int32_t>(count);
+    }
+    return buffer;
 }
 
 } // namespace
@@ -90,6 +142,12 @@ void String::adopt(void* buffer, int32_t length, bool wide) const {
     word_ = (word_ & reservedFlag) | (wide ? wideFlag : 0) | static_cast<uint32_t>(length);
 }
 
+/// Takes over the buffer of a text that goes.
+void String::adopt(String& other) const {
+    adopt(const_cast<void*>(std::exchange(other.buffer_, nullptr)), other.size(), other.isWide());
+    other.setLength(0);
+}
+
 const char* String::text8() const {
     if (isWide())
         toNarrow();
@@ -105,26 +163,10 @@ const char16_t* String::text16() const {
 bool String::toWide(uint32_t codePage) const {
     if (isWide())
         return true;
-    if (isEmpty()) {
-        adopt(nullptr, 0, true);
-        return true;
-    }
-    if (codePage != systemCodePage && codePage != utf8CodePage) {
-        std::u16string wide;
-        if (!text::decode(codePage, view8(), wide))
-            return false;
-        auto* buffer = allocate<char16_t>(static_cast<int64_t>(wide.size()));
-        if (!buffer)
-            return false;
-        copyChars(buffer, wide.data(), static_cast<int32_t>(wide.size()));
-        adopt(buffer, lengthUpTo(buffer, static_cast<int32_t>(wide.size())), true);
-        return true;
-    }
-    const int32_t length = text::wideLength(view8());
-    auto* buffer = length == text::invalid ? nullptr : allocate<char16_t>(length);
-    if (!buffer)
+    int32_t length = 0;
+    char16_t* buffer = isEmpty() ? nullptr : widened(codePage, view8(), length);
+    if (!buffer && !isEmpty())
         return false;
-    text::widen(view8(), buffer);
     adopt(buffer, length, true);
     return true;
 }
@@ -132,71 +174,63 @@ bool String::toWide(uint32_t codePage) const {
 bool String::toNarrow(uint32_t codePage) const {
     if (!isWide() && codePage == systemCodePage)
         return true;
-    if (!isWide() && !toWide(systemCodePage))
-        return false;
-    if (isEmpty()) {
-        adopt(nullptr, 0, false);
-        return true;
-    }
-    if (codePage != systemCodePage && codePage != utf8CodePage) {
-        std::string bytes;
-        if (!text::encode(codePage, view16(), bytes))
-            return false;
-        auto* buffer = allocate<char>(static_cast<int64_t>(bytes.size()));
+    String wide; // so that a failure leaves the bytes as they are
+    if (!isWide() && !isEmpty()) {
+        int32_t length = 0;
+        char16_t* buffer = widened(systemCodePage, view8(), length);
         if (!buffer)
             return false;
-        copyChars(buffer, bytes.data(), static_cast<int32_t>(bytes.size()));
-        adopt(buffer, static_cast<int32_t>(bytes.size()), false);
-        return true;
+        wide.adopt(buffer, length, true);
     }
-    const int64_t length = text::narrowLength(view16());
-    auto* buffer = allocate<char>(length);
-    if (!buffer)
+    const std::u16string_view source = isWide() ? view16() : wide.view16();
+    int32_t length = 0;
+    char* buffer = source.empty() ? nullptr : narrowed(codePage, source, length);
+    if (!buffer && !source.empty())
         return false;
-    text::narrow(view16(), buffer);
-    adopt(buffer, static_cast<int32_t>(length), false);
+    adopt(buffer, length, false);
     return true;
 }
 
 template <typename Char>
-void String::assignChars(const Char* text, int32_t length) {
+bool String::assignChars(const Char* text, int32_t length) {
     constexpr bool wide = isWideChar<Char>;
     if (length == 0 || !text) {
         adopt(nullptr, 0, wide);
-        return;
+        return true;
     }
     if (text == buffer_ && isWide() == wide && length == size())
-        return;
+        return true;
     auto* buffer = allocate<Char>(length);
     if (!buffer)
-        return;
+        return false;
     copyChars(buffer, text, length);
     adopt(buffer, length, wide);
+    return true;
 }
 
-void String::assign8(const char* text, int32_t length, bool measure) {
+bool String::assign8(const char* text, int32_t length, bool measure) {
     if (text && text == buffer_)
-        return;
-    assignChars(text, !text ? 0 : measure || length < 0 ? lengthUpTo(text, length) : length);
+        return true;
+    return assignChars(text, !text ? 0 : measure || length < 0 ? lengthUpTo(text, length) : length);
 }
 
-void String::assign16(const char16_t* text, int32_t length, bool measure) {
+bool String::assign16(const char16_t* text, int32_t length, bool measure) {
     if (text && text == buffer_)
-        return;
-    assignChars(text, !text ? 0 : measure || length < 0 ? lengthUpTo(text, length) : length);
+        return true;
+    return assignChars(text, !text ? 0 : measure || length < 0 ? lengthUpTo(text, length) : length);
 }
 
-void String::assign(const ConstString& other, int32_t length) {
+bool String::assign(const ConstString& other, int32_t length) {
     if (&other == this)
-        return;
+        return true;
     const int32_t count = length < 0 ? other.size() : std::min(length, other.size());
-    if (other.isWide())
-        assignChars(other.view16().data(), count);
-    else
-        assignChars(other.view8().data(), count);
+    return other.isWide() ? assignChars(other.view16().data(), count)
+                          : assignChars(other.view8().data(), count);
 }
 
 void String::take(void* buffer, bool isWide) {
+    if (buffer && buffer == buffer_)
+        return;
     if (!buffer)
         adopt(nullptr, 0, isWide);
     else if (isWide)
@@ -208,53 +242,50 @@ void String::take(void* buffer, bool isWide) {
 /// Puts `length` characters of the stored width in place of `removed` ones. `text` may lie in this very
 /// buffer.
 template <typename Char>
-void String::splice(int32_t position, int32_t removed, const Char* text, int32_t length) {
+bool String::splice(int32_t position, int32_t removed, const Char* text, int32_t length) {
     const int64_t total = int64_t{size()} - removed + length;
     const auto* old = static_cast<const Char*>(buffer_);
     if (total == 0) {
         adopt(nullptr, 0, isWideChar<Char>);
-        return;
+        return true;
     }
     const bool isOwn = old && text >= old && text <= old + size();
     if (position == size() && !isOwn && total <= maxLength) {
         auto* grown = static_cast<Char*>(
             std::realloc(const_cast<void*>(buffer_), (static_cast<size_t>(total) + 1) * sizeof(Char)));
         if (!grown)
-            return;
+            return false;
         copyChars(grown + position, text, length);
         grown[total] = 0;
         buffer_ = grown;
         setLength(static_cast<int32_t>(total));
-        return;
+        return true;
     }
     auto* buffer = allocate<Char>(total);
     if (!buffer)
-        return;
+        return false;
     copyChars(buffer, old, position);
     copyChars(buffer + position, text, length);
     const int32_t behind = position + removed;
     copyChars(buffer + position + length, old + behind, size() - behind);
     adopt(buffer, static_cast<int32_t>(total), isWideChar<Char>);
+    return true;
 }
 
 /// The same for a text of either width. An empty string takes the width of the source.
-void String::spliceText(int32_t position, int32_t removed, const ConstString& other) {
+bool String::spliceText(int32_t position, int32_t removed, const ConstString& other) {
+    if (isEmpty())
+        return assign(other);
     if (other.isEmpty() && removed == 0)
-        return;
-    if (isEmpty()) {
-        assign(other);
-        return;
-    }
+        return true;
     if (isWide()) {
         const text::WideCopy wide(other);
-        if (wide.isValid())
-            splice(position, removed, wide.view().data(), static_cast<int32_t>(wide.view().size()));
-    } else if (other.isWide()) {
-        const std::string bytes = other.toUtf8();
-        splice(position, removed, bytes.data(), static_cast<int32_t>(bytes.size()));
-    } else {
-        splice(position, removed, other.view8().data(), other.size());
+        return wide.isValid() &&
+               splice(position, removed, wide.view().data(), static_cast<int32_t>(wide.view().size()));
     }
+    const text::NarrowCopy bytes(other);
+    return bytes.isValid() && bytes.view().size() <= static_cast<size_t>(maxLength) &&
+           splice(position, removed, bytes.view().data(), static_cast<int32_t>(bytes.view().size()));
 }
 
 void String::append8(const char* text, int32_t length) {
@@ -265,7 +296,9 @@ void String::append16(const char16_t* text, int32_t length) {
 }
 
 void String::append(const ConstString& other, int32_t length) {
-    if (other.data() && other.data() == buffer_)
+    const bool isThisText =
+        &other == this || (other.data() == buffer_ && other.size() == size() && other.isWide() == isWide());
+    if (isThisText && !isEmpty())
         return;
     spliceText(size(), 0, length < 0 ? other : ConstString(other, 0, length));
 }
@@ -283,12 +316,18 @@ String& String::operator+=(const ConstString& other) {
 }
 
 void String::insert(int32_t position, const ConstString& other, int32_t length) {
-    const int32_t place = position < 0 ? 0 : std::min(position, size());
-    spliceText(place, 0, length < 0 ? other : ConstString(other, 0, length));
+    if (position >= size())
+        append(other, length);
+    else
+        spliceText(std::max(position, 0), 0, length < 0 ? other : ConstString(other, 0, length));
 }
 
 void String::replace(int32_t position, int32_t length, const ConstString& other) {
-    const int32_t place = position < 0 ? 0 : std::min(position, size());
+    if (position >= size()) {
+        append(other);
+        return;
+    }
+    const int32_t place = std::max(position, 0);
     const int32_t rest = size() - place;
     spliceText(place, length < 0 ? rest : std::min(length, rest), other);
 }
@@ -307,7 +346,7 @@ void String::remove(int32_t position, int32_t count) {
 /// Builds the result in one pass, so that many replacements cost no more than one.
 template <typename Char>
 int32_t String::replaceEach(const ConstString& old, const ConstString& replacement, bool every,
-                            bool ignoreCase) {
+                            bool ignoreCase) try {
     const View<Char> text(static_cast<const Char*>(buffer_), static_cast<size_t>(size()));
     const View<Char> with(static_cast<const Char*>(replacement.data()),
                           static_cast<size_t>(replacement.size()));
@@ -326,8 +365,11 @@ int32_t String::replaceEach(const ConstString& old, const ConstString& replaceme
     if (replaced == 0)
         return 0;
     result.append(text, static_cast<size_t>(at), View<Char>::npos);
-    assignChars(result.data(), static_cast<int32_t>(result.size()));
-    return replaced;
+    if (result.size() > static_cast<size_t>(maxLength))
+        return 0;
+    return assignChars(result.data(), static_cast<int32_t>(result.size())) ? replaced : 0;
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 int32_t String::replaceAll8(const char* old, const char* replacement, bool all, bool ignoreCase) {
@@ -335,11 +377,12 @@ int32_t String::replaceAll8(const char* old, const char* replacement, bool all, 
         return 0;
     if (!isWide())
         return replaceEach<char>(ConstString(old), ConstString(replacement), all, ignoreCase);
-    const String wideOld(old);
-    const String wideReplacement(replacement);
-    if (!wideOld.toWide() || !wideReplacement.toWide())
+    const text::WideCopy wideOld{ConstString(old)};
+    const text::WideCopy wideReplacement{ConstString(replacement)};
+    if (!wideOld.isValid() || !wideReplacement.isValid())
         return 0;
-    return replaceEach<char16_t>(wideOld, wideReplacement, all, ignoreCase);
+    return replaceEach<char16_t>(ConstString(wideOld.view()), ConstString(wideReplacement.view()), all,
+                                 ignoreCase);
 }
 
 int32_t String::replaceAll16(const char16_t* old, const char16_t* replacement, bool all, bool ignoreCase) {
@@ -347,11 +390,12 @@ int32_t String::replaceAll16(const char16_t* old, const char16_t* replacement, b
         return 0;
     if (isWide())
         return replaceEach<char16_t>(ConstString(old), ConstString(replacement), all, ignoreCase);
-    const String narrowOld(old);
-    const String narrowReplacement(replacement);
-    if (!narrowOld.toNarrow() || !narrowReplacement.toNarrow())
+    const text::NarrowCopy narrowOld{ConstString(old)};
+    const text::NarrowCopy narrowReplacement{ConstString(replacement)};
+    if (!narrowOld.isValid() || !narrowReplacement.isValid())
         return 0;
-    return replaceEach<char>(narrowOld, narrowReplacement, all, ignoreCase);
+    return replaceEach<char>(ConstString(narrowOld.view()), ConstString(narrowReplacement.view()), all,
+                             ignoreCase);
 }
 
 bool String::resize(int32_t length, bool wide, bool fill) {
@@ -359,27 +403,30 @@ bool String::resize(int32_t length, bool wide, bool fill) {
         adopt(nullptr, 0, wide);
         return true;
     }
-    if (isWide() != wide && !(wide ? toWide() : toNarrow()))
-        return false;
+    if (isWide() != wide) {
+        String other;
+        if (!other.assign(*this) || !(wide ? other.toWide() : other.toNarrow()) ||
+            !other.resize(length, wide, fill))
+            return false;
+        adopt(other);
+        return true;
+    }
+    // Until it is measured the text keeps its length, so its end must stay readable.
+    const int32_t room = std::max(length, size());
     const size_t unit = wide ? sizeof(char16_t) : sizeof(char);
-    auto* buffer = length > maxLength
+    void* buffer = room > maxLength
                        ? nullptr
-                       : static_cast<char*>(std::realloc(const_cast<void*>(buffer_),
-                                                         (static_cast<size_t>(length) + 1) * unit));
+                       : std::realloc(const_cast<void*>(buffer_), (static_cast<size_t>(room) + 1) * unit);
     if (!buffer)
         return false;
     buffer_ = buffer;
-    if (size() > length)
-        setLength(length);
-    const size_t used = static_cast<size_t>(size());
-    const size_t room = static_cast<size_t>(length) - used;
+    const int32_t used = std::min(size(), length);
     if (wide) {
-        auto* units = reinterpret_cast<char16_t*>(buffer);
-        std::fill_n(units + used, room, fill ? u' ' : u'\0');
-        units[length] = 0;
+        std::fill(buffer16() + used, buffer16() + length, fill ? u' ' : u'\0');
+        buffer16()[length] = 0;
     } else {
-        std::memset(buffer + used, fill ? ' ' : '\0', room);
-        buffer[length] = 0;
+        std::fill(buffer8() + used, buffer8() + length, fill ? ' ' : '\0');
+        buffer8()[length] = 0;
     }
     return true;
 }
@@ -407,37 +454,53 @@ bool String::trim(int32_t mode) {
         ++start;
     if (start == 0 && end == size())
         return false;
-    assign(ConstString(*this, start, end - start));
-    return true;
+    return assign(ConstString(*this, start, end - start));
+}
+
+/// In place where each character keeps its number of bytes.
+template <typename Map>
+void String::mapBytes(Map map) {
+    int64_t length = 0;
+    bool isSteady = true;
+    for (int32_t at = 0; at < size();) {
+        const int32_t here = at;
+        const int32_t mapped = text::pointLength8(map(text::nextPoint(view8(), at)));
+        isSteady = isSteady && mapped == at - here;
+        length += mapped;
+    }
+    char* target = isSteady ? buffer8() : allocate<char>(length);
+    if (!target)
+        return;
+    int32_t to = 0;
+    for (int32_t at = 0; at < size();)
+        text::appendPoint8(target, to, map(text::nextPoint(view8(), at)));
+    if (!isSteady)
+        adopt(target, to, false);
 }
 
 template <typename Map>
 void String::mapCase(Map map) {
-    if (isWide()) {
-        // A character and its other case have the same number of units.
-        auto* units = buffer16();
-        for (int32_t at = 0; at < size();) {
-            const int32_t here = at;
-            const char32_t point = map(text::nextPoint(view16(), at));
-            if (at - here == 1) {
-                units[here] = static_cast<char16_t>(point);
-            } else {
-                units[here] = static_cast<char16_t>(0xD7C0 + (point >> 10));
-                units[here + 1] = static_cast<char16_t>(0xDC00 + (point & 0x3FF));
-            }
-        }
-        return;
-    }
-    if (isAscii()) {
+    if (!isWide() && isAscii()) {
         char* bytes = buffer8();
         std::transform(bytes, bytes + size(), bytes,
                        [map](char c) { return static_cast<char>(map(static_cast<char32_t>(c))); });
         return;
     }
-    // The bytes of a character and of its other case may differ in number.
-    if (toWide()) {
-        mapCase(map);
-        toNarrow();
+    if (!isWide()) {
+        mapBytes(map);
+        return;
+    }
+    // A character and its other case have the same number of units.
+    auto* units = buffer16();
+    for (int32_t at = 0; at < size();) {
+        const int32_t here = at;
+        const char32_t point = map(text::nextPoint(view16(), at));
+        if (at - here == 1) {
+            units[here] = static_cast<char16_t>(point);
+        } else {
+            units[here] = static_cast<char16_t>(0xD7C0 + (point >> 10));
+            units[here + 1] = static_cast<char16_t>(0xDC00 + (point & 0x3FF));
+        }
     }
 }
 

@@ -47,15 +47,17 @@ public:
     bool toNarrow(uint32_t codePage = systemCodePage) const;
 
     /// Take the width of the source. With `measure` the source ends at its terminator and `length` is a
-    /// maximum. A negative `length` means all. Null empties the text.
-    void assign8(const char* text, int32_t length = all, bool measure = false);
-    void assign16(const char16_t* text, int32_t length = all, bool measure = false);
-    void assign(const ConstString& other, int32_t length = all);
-    /// Takes over a block from `malloc` with a terminator behind its text.
+    /// maximum. A negative `length` means all. Null empties the text; its own buffer changes nothing. False,
+    /// and nothing changed, when memory ran out.
+    bool assign8(const char* text, int32_t length = all, bool measure = false);
+    bool assign16(const char16_t* text, int32_t length = all, bool measure = false);
+    bool assign(const ConstString& other, int32_t length = all);
+    /// Takes over a block from `malloc` with a terminator behind its text. Its own buffer changes nothing.
     void take(void* buffer, bool isWide);
     /// Empties the text and sets its width.
     void clear(bool wide = true) { resize(0, wide); }
 
+    /// Behind the text. The whole text appended to itself changes nothing, a part of it is appended.
     void append8(const char* text, int32_t length = all);
     void append16(const char16_t* text, int32_t length = all);
     void append(const ConstString& other, int32_t length = all);
@@ -72,16 +74,17 @@ public:
     int32_t replaceAll16(const char16_t* old, const char16_t* replacement, bool all = true,
                          bool ignoreCase = false);
 
-    /// Makes room for exactly `length` characters of the given width, with a terminator, keeping the text
-    /// that is there; `fill` pads the new room with spaces. The stored length stays (cut to the room): write
-    /// to `buffer8` or `buffer16`, then `measure`. Length 0 frees the buffer.
+    /// Makes room for exactly `length` characters of the given width, with a terminator, keeping what is
+    /// there of the text, converted if need be; `fill` pads the new room with spaces. The stored length
+    /// stays: write to `buffer8` or `buffer16`, then `measure`. Length 0 frees the buffer and empties the
+    /// text. False, and nothing changed, when the text can't be converted or memory ran out.
     bool resize(int32_t length, bool wide, bool fill = false);
     char* buffer8() { return isWide() ? nullptr : const_cast<char*>(chars8()); }
     char16_t* buffer16() { return isWide() ? const_cast<char16_t*>(chars16()) : nullptr; }
     /// Sets the length to where the terminator stands.
     void measure();
 
-    /// Simple case mapping, character by character, in the stored width.
+    /// Simple case mapping, character by character, in the stored width. Bytes that are no valid text stay.
     void toLower();
     void toUpper();
 
@@ -89,42 +92,51 @@ public:
     /// Removes such characters from both ends. Whether the length changed.
     bool trim(int32_t mode = whiteSpace);
 
-    /// Replace the text, in the stored width.
-    void printInt64(int64_t value);
+    /// Replace the text by a number, in the stored width. False, and nothing changed, when memory ran out.
+    bool printInt64(int64_t value);
     /// Six places behind the point, less trailing zeros, but at least one: "1.5", "2.0".
-    void printDouble(double value);
-    /// False, and an empty text, for a variant that holds neither a number nor a text.
+    bool printDouble(double value);
+    /// A text is taken in its own width. False, and an empty text, for a variant that holds neither a number
+    /// nor a text.
     bool printVariant(const FAttributeVariant& variant);
-    /// Replace the text by 8-bit text in the manner of `printf`. False, and nothing changed, for a bad
-    /// format.
+    /// Replace the text by 8-bit text in the manner of `printf`. False, and nothing changed, for a bad format
+    /// or when memory ran out.
     bool printf8(const char* format, ...) __attribute__((format(printf, 2, 3)));
     bool vprintf8(const char* format, va_list arguments);
-    /// The same in 16 bits: "%s" takes a `char16_t*`, "%hs" a `char*`.
+    /// The same in 16 bits: "%s" and "%c" take UTF-16, "%hs" and "%hc" UTF-8. "I64" is a size as "ll" is.
     bool printf16(const char16_t* format, ...);
     bool vprintf16(const char16_t* format, va_list arguments);
 
     /// Gives the text the next number at its end: "Take" becomes "Take 1" and "Take 1" becomes "Take 2" with
     /// a blank as `separator` (0 for none). At least `digits` digits and at least `minimum`; with `keep` a
-    /// number that is there isn't increased. False for more than 32 digits or a number that is too large.
-    bool incrementTrailingNumber(uint32_t digits, char separator, uint32_t minimum = 0, bool keep = false);
+    /// number that is there isn't increased. False, and nothing changed, for more than 32 digits, a number
+    /// that is too large, or when memory ran out.
+    bool incrementTrailingNumber(uint32_t digits, char16_t separator, uint32_t minimum = 0,
+                                 bool keep = false);
 
     /// The binary form: a 32-bit byte count, then 8-bit text with its terminator, or UTF-8 with terminator
     /// and the mark EF BB BF for 16-bit text. Texts above 50000 bytes are skipped on reading and give false.
+    /// Marked bytes that are no valid UTF-8 stay 8-bit text. False also when the stream or memory fails; the
+    /// text then stays as it was.
     bool readFrom(FBinaryStream& stream);
     bool writeTo(FBinaryStream& stream) const;
     static constexpr int32_t maxStoredBytes = 50000;
 
 private:
     template <typename Char>
-    void assignChars(const Char* text, int32_t length);
+    bool assignChars(const Char* text, int32_t length);
     template <typename Char>
-    void splice(int32_t position, int32_t removed, const Char* text, int32_t length);
+    bool splice(int32_t position, int32_t removed, const Char* text, int32_t length);
     template <typename Char>
     int32_t replaceEach(const ConstString& old, const ConstString& replacement, bool every, bool ignoreCase);
     template <typename Map>
     void mapCase(Map map);
-    void spliceText(int32_t position, int32_t removed, const ConstString& other);
+    template <typename Map>
+    void mapBytes(Map map);
+    bool spliceText(int32_t position, int32_t removed, const ConstString& other);
+    bool assignNumber(std::string_view digits);
     void adopt(void* buffer, int32_t length, bool wide) const;
+    void adopt(String& other) const;
     void setLength(int32_t length) const { word_ = (word_ & ~lengthMask) | static_cast<uint32_t>(length); }
 };
 

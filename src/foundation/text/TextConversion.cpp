@@ -11,6 +11,8 @@ namespace qorl::text {
 namespace {
 
 constexpr char32_t replacement = 0xFFFD;
+/// A byte that is no part of valid text, as a point.
+constexpr char32_t faultyByte = 0xDC00;
 
 using Bytes16 = uint8_t __attribute__((vector_size(16)));
 using Units16 = uint16_t __attribute__((vector_size(32)));
@@ -173,7 +175,7 @@ char32_t nextPoint(std::string_view text, int32_t& at) {
     if (point >= 0)
         return static_cast<char32_t>(point);
     at = start + 1;
-    return bytes[start];
+    return faultyByte + bytes[start];
 }
 
 char32_t nextPoint(std::u16string_view text, int32_t& at) {
@@ -184,22 +186,46 @@ char32_t nextPoint(std::u16string_view text, int32_t& at) {
     return point;
 }
 
+int32_t pointLength8(char32_t point) {
+    return U16_IS_SURROGATE(point) ? 1 : U8_LENGTH(point);
+}
+
+void appendPoint8(char* out, int32_t& at, char32_t point) {
+    if (U16_IS_SURROGATE(point)) {
+        out[at++] = static_cast<char>(point - faultyByte);
+        return;
+    }
+    auto* bytes = reinterpret_cast<uint8_t*>(out);
+    U8_APPEND_UNSAFE(bytes, at, point);
+}
+
 WideCopy::WideCopy(const ConstString& text) {
     if (text.isWide()) {
         view_ = text.view16();
         return;
     }
     const int32_t length = wideLength(text.view8());
-    if (length == invalid) {
+    char16_t* target = length == invalid ? nullptr : scratch_.room(length);
+    if (!target) {
         valid_ = false;
         return;
     }
-    char16_t* target = small_;
-    if (length > static_cast<int32_t>(std::size(small_))) {
-        large_.resize(static_cast<size_t>(length));
-        target = large_.data();
-    }
     widen(text.view8(), target);
+    view_ = {target, static_cast<size_t>(length)};
+}
+
+NarrowCopy::NarrowCopy(const ConstString& text) {
+    if (!text.isWide()) {
+        view_ = text.view8();
+        return;
+    }
+    const int64_t length = narrowLength(text.view16());
+    char* target = scratch_.room(length);
+    if (!target) {
+        valid_ = false;
+        return;
+    }
+    narrow(text.view16(), target);
     view_ = {target, static_cast<size_t>(length)};
 }
 

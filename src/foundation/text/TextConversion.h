@@ -2,6 +2,8 @@
 
 #include "foundation/text/ConstString.h"
 
+#include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -29,10 +31,11 @@ void narrow(std::u16string_view wide, char* out);
 std::u16string widenAnyway(std::string_view utf8);
 std::string narrow(std::u16string_view wide);
 
-/// By number, as Windows counts code pages; 0 and 65001 are UTF-8. False for invalid bytes or an unknown code
-/// page.
+/// By number, as Windows counts code pages, for all but UTF-8, which is above. False for invalid bytes, an
+/// unknown code page or when memory ran out.
 bool decode(uint32_t codePage, std::string_view bytes, std::u16string& out);
-/// A character that the code page lacks becomes its substitute. False for an unknown code page.
+/// A character that the code page lacks becomes its substitute. False for an unknown code page or when memory
+/// ran out.
 bool encode(uint32_t codePage, std::u16string_view wide, std::string& out);
 
 /// Simple case mapping: one character for one.
@@ -46,10 +49,13 @@ bool isSpace(char16_t character);
 /// The number of units that composing (NFC) gives; `invalid` on failure.
 int32_t composedLength(std::u16string_view text);
 
-/// Walk code points; a faulty unit stands for itself. `at` is below the text's length and moves behind the
-/// point.
+/// Walk code points. `at` is below the text's length and moves behind the point. A faulty unit stands for
+/// itself: a lone surrogate as it is, a byte as a lone surrogate from U+DC80 on, which no valid text has.
 char32_t nextPoint(std::string_view text, int32_t& at);
 char32_t nextPoint(std::u16string_view text, int32_t& at);
+/// The bytes of a point that `nextPoint` gave.
+int32_t pointLength8(char32_t point);
+void appendPoint8(char* out, int32_t& at, char32_t point);
 
 inline bool isAsciiDigit(char32_t c) {
     return c >= '0' && c <= '9';
@@ -75,20 +81,52 @@ bool isDigitIn(View<Char> text, size_t at) {
     return at < text.size() && isAsciiDigit(value(text[at]));
 }
 
+/// Characters for one call: on the stack where they are few. Never throws.
+template <typename Char, int32_t fewest>
+class Scratch {
+public:
+    Scratch() = default;
+    Scratch(const Scratch&) = delete;
+
+    /// Null when memory ran out.
+    Char* room(int64_t length) {
+        if (length <= fewest)
+            return small_;
+        large_.reset(new (std::nothrow) Char[static_cast<size_t>(length)]);
+        return large_.get();
+    }
+
+private:
+    Char small_[fewest];
+    std::unique_ptr<Char[]> large_;
+};
+
 /// A text as UTF-16, without a copy where it is wide already and without an allocation where it is short.
 class WideCopy {
 public:
     explicit WideCopy(const ConstString& text);
-    WideCopy(const WideCopy&) = delete;
 
-    /// False when the bytes are no valid text; the view is empty then.
+    /// False when the bytes are no valid text or memory ran out; the view is empty then.
     bool isValid() const { return valid_; }
     std::u16string_view view() const { return view_; }
 
 private:
-    char16_t small_[128];
-    std::u16string large_;
+    Scratch<char16_t, 128> scratch_;
     std::u16string_view view_;
+    bool valid_ = true;
+};
+
+/// The same as UTF-8. A lone surrogate becomes U+FFFD, so only memory can fail.
+class NarrowCopy {
+public:
+    explicit NarrowCopy(const ConstString& text);
+
+    bool isValid() const { return valid_; }
+    std::string_view view() const { return view_; }
+
+private:
+    Scratch<char, 256> scratch_;
+    std::string_view view_;
     bool valid_ = true;
 };
 

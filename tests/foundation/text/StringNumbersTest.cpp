@@ -61,14 +61,30 @@ TEST(StringNumbers, LimitsNumbersToTheirType) {
     EXPECT_EQ(small, std::numeric_limits<int32_t>::max());
     EXPECT_TRUE(ConstString("-3000000000").toInt32(small));
     EXPECT_EQ(small, std::numeric_limits<int32_t>::min());
-    uint32_t natural = 0;
-    EXPECT_TRUE(ConstString("3000000000").toUInt32(natural));
-    EXPECT_EQ(natural, 3000000000u);
-    uint64_t large = 0;
-    EXPECT_TRUE(ConstString("18446744073709551615").toUInt64(large));
-    EXPECT_EQ(large, std::numeric_limits<uint64_t>::max());
-    EXPECT_TRUE(ConstString("-1").toUInt64(large));
-    EXPECT_EQ(large, std::numeric_limits<uint64_t>::max());
+    struct Case {
+        const char* text;
+        uint32_t expected;
+        uint64_t expectedLarge;
+    };
+    const Case cases[] = {
+        {"3000000000", 3000000000u, 3000000000u},
+        {"4294967296", UINT32_MAX, 4294967296u},
+        {"18446744073709551615", UINT32_MAX, UINT64_MAX},
+        {"18446744073709551616", UINT32_MAX, UINT64_MAX},
+        {"-1", UINT32_MAX, UINT64_MAX},
+        {"-4294967295", 1, UINT64_MAX - 4294967294u},
+        {"-18446744073709551615", UINT32_MAX, 1},
+        {"-18446744073709551617", UINT32_MAX, UINT64_MAX},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        uint32_t natural = 0;
+        EXPECT_TRUE(ConstString(c.text).toUInt32(natural));
+        EXPECT_EQ(natural, c.expected);
+        uint64_t large = 0;
+        EXPECT_TRUE(ConstString(c.text).toUInt64(large));
+        EXPECT_EQ(large, c.expectedLarge);
+    }
 }
 
 TEST(StringNumbers, ReadsRealNumbers) {
@@ -92,6 +108,15 @@ TEST(StringNumbers, ReadsRealNumbers) {
         {"-1e999", false, true, -HUGE_VAL},
         {"1e-999", false, true, 0},
         {"+-1", false, false, 0},
+        {"+-1", true, true, -1},
+        {"1e5e6", false, true, 1e5},
+        {"2.e+1", false, true, 20},
+        {"-.e1", true, true, 1},
+        {".", true, false, 0},
+        {"0.001e-322", false, true, 0},
+        {"-0.00001e313", false, true, -1e308},
+        {"100e-500000000000000000000", false, true, 0},
+        {"0.1e500000000000000000000", false, true, HUGE_VAL},
         {"", true, false, 0},
     };
     for (const auto& c : cases) {
@@ -102,6 +127,17 @@ TEST(StringNumbers, ReadsRealNumbers) {
             EXPECT_EQ(number, c.isRead ? c.expected : 99);
         }
     }
+}
+
+TEST(StringNumbers, ReadsBehindAHundredThousandBlanks) {
+    const std::string text = std::string(100000, ' ') + "x 7";
+    int64_t number = 0;
+    EXPECT_TRUE(ConstString(std::string_view(text)).toInt64(number));
+    EXPECT_EQ(number, 7);
+    const std::string zeros = "0." + std::string(400, '0') + "1e401";
+    double real = 0;
+    EXPECT_TRUE(ConstString(std::string_view(zeros)).toDouble(real));
+    EXPECT_DOUBLE_EQ(real, 1);
 }
 
 TEST(StringNumbers, PrintsInTheStoredWidth) {
@@ -163,6 +199,42 @@ TEST(StringNumbers, FormatsInBothWidths) {
                              u"0A -5 1099511627776 3%");
     EXPECT_TRUE(text.printf16(u"%*d|%.3f", 4, 7, 1.0));
     EXPECT_EQ(text.view16(), u"   7|1.000");
+    struct Case {
+        const char16_t* format;
+        int argument;
+        const char16_t* expected;
+    };
+    const Case cases[] = {
+        {u"%hd", 0x18000, u"-32768"},
+        {u"%hu", -1, u"65535"},
+        {u"%hhd", 0x1FF, u"-1"},
+        {u"%hhX", -2, u"FE"},
+        {u"%u", -1, u"4294967295"},
+        {u"%I32d", -1, u"-1"},
+        {u"%+-5d|", 7, u"+7   |"},
+        {u"%0-5d|", 7, u"7    |"},
+        {u"% .3d", 7, u" 007"},
+        {u"%#x", 255, u"0xff"},
+        {u"%-4c|", u'\u00E4', u"\u00E4   |"},
+        {u"%3hc", 'n', u"  n"},
+        {u"%lc", u'\u20AC', u"\u20AC"},
+        {u"%+-4C|", 'n', u"n   |"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(ConstString(c.format).toUtf8());
+        EXPECT_TRUE(text.printf16(c.format, c.argument));
+        EXPECT_EQ(text.view16(), c.expected);
+    }
+    // A text that is cut need not be terminated; nothing behind the cut is read.
+    const char16_t wideEnd[] = {u'a', u'b'};
+    const char narrowEnd[] = {'a', '\xC3', '\xA4'};
+    EXPECT_TRUE(text.printf16(u"%.2s|%.2hs|%0-*.*s|", wideEnd, narrowEnd, 4, 1, u"xyz"));
+    EXPECT_EQ(text.view16(), u"ab|a\u00E4|x   |");
+    EXPECT_TRUE(text.printf16(u"%*d|%.*f|%.2Lf", -4, 7, -1, 0.5, 1.25L));
+    EXPECT_EQ(text.view16(), u"7   |0.500000|1.25");
+    EXPECT_TRUE(text.printf16(u"%100d", 1));
+    EXPECT_EQ(text.size(), 100);
+    EXPECT_TRUE(text.printf16(u"%*d|%.3f", 4, 7, 1.0));
     EXPECT_FALSE(text.printf16(u"%d %"));
     EXPECT_FALSE(text.printf16(u"%y"));
     EXPECT_EQ(text.view16(), u"   7|1.000");
@@ -181,7 +253,7 @@ TEST(StringNumbers, KnowsTheNumberAtItsEnd) {
 struct IncrementCase {
     const char* text;
     uint32_t digits;
-    char separator;
+    char16_t separator;
     uint32_t minimum;
     bool keep;
     const char* expected; ///< null when it is refused
@@ -207,6 +279,20 @@ TEST(StringNumbers, GivesNamesTheNextNumber) {
         {"Take 4294967295", 1, ' ', 0, false, nullptr},
         {"Take 99999999999999999999999999", 1, ' ', 0, false, nullptr},
         {"Take 4294967295", 1, ' ', 0, true, "Take 4294967295"},
+        {"Take", 1, u'\u2013', 0, false,
+         "Take\xE2\x80\x93"
+         "1"},
+        {"Take\xE2\x80\x93"
+         "9",
+         1, u'\u2013', 0, false,
+         "Take\xE2\x80\x93"
+         "10"},
+        {"Take\xC3\xA4"
+         "9",
+         1, u'\u2013', 0, false,
+         "Take\xC3\xA4\xE2\x80\x93"
+         "10"},
+        {"9", 1, u'\u00E4', 0, false, "10"},
     };
     for (const auto& c : cases) {
         for (const bool wide : {false, true}) {

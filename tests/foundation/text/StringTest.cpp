@@ -1,61 +1,50 @@
-#include "foundation/text/String.h"
+#include "foundation/text/TextWidths.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace qorl {
 namespace {
 
 constexpr int32_t all = ConstString::all;
-constexpr int32_t none = ConstString::notFound;
 
-/// The texts of a test in each pair of widths.
-std::vector<std::pair<String, String>> inAllWidths(const char* a, const char* b) {
-    std::vector<std::pair<String, String>> pairs;
-    for (int widths = 0; widths < 4; ++widths) {
-        auto& [first, second] = pairs.emplace_back(String(a), String(b));
-        if (widths & 1)
-            first.toWide();
-        if (widths & 2)
-            second.toWide();
+/// A text whose foreign bit a test sets and looks at.
+template <typename Text>
+class Marked : public Text {
+public:
+    explicit Marked(const char16_t* text) : Text(text) { this->word_ |= Text::reservedFlag; }
+    using Text::operator=;
+    bool isMarked() const { return (this->word_ & Text::reservedFlag) != 0; }
+};
+
+TEST(String, LeavesTheForeignBitAsItStands) {
+    struct Case {
+        const char* name;
+        void (*change)(Marked<String>&);
+    };
+    const Case cases[] = {
+        {"assign", [](auto& s) { s = ConstString("ab"); }},
+        {"move", [](auto& s) { s = String("ab"); }},
+        {"narrow", [](auto& s) { s.text8(); }},
+        {"append", [](auto& s) { s.append("ab"); }},
+        {"remove", [](auto& s) { s.remove(1); }},
+        {"resize", [](auto& s) { s.resize(9, false); }},
+        {"clear", [](auto& s) { s.clear(); }},
+        {"measure", [](auto& s) { s.measure(); }},
+        {"print", [](auto& s) { s.printf8("%0500d", 1); }},
+        {"lower", [](auto& s) { s.toLower(); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Marked<String> text(u"A text");
+        c.change(text);
+        EXPECT_TRUE(text.isMarked());
     }
-    return pairs;
-}
-
-std::string shown(const String& text) {
-    return text.toUtf8() + (text.isWide() ? " wide" : " narrow");
-}
-
-TEST(ConstString, StaysWithinItsPartAndItsWidth) {
-    const ConstString narrow("faders");
-    const ConstString wide(u"faders");
-    EXPECT_EQ(narrow.length(), 6);
-    EXPECT_STREQ(narrow.text8(), "faders");
-    EXPECT_EQ(std::u16string(narrow.text16()), u"");
-    EXPECT_STREQ(wide.text8(), "");
-    EXPECT_EQ(narrow.char8At(5), 's');
-    EXPECT_EQ(narrow.char8At(6), '\0');
-    EXPECT_EQ(narrow.char8At(-1), '\0');
-    EXPECT_EQ(narrow.char16At(0), u'\0');
-    EXPECT_EQ(wide.char16At(5), u's');
-    EXPECT_EQ(wide.char8At(0), '\0');
-    EXPECT_EQ(ConstString(static_cast<const char*>(nullptr)).length(), 0);
-    EXPECT_EQ(ConstString(wide, 2, 3), ConstString("der"));
-    EXPECT_EQ(ConstString(narrow, 4, 100), ConstString("rs"));
-    EXPECT_EQ(ConstString(narrow, 100, 1).length(), 0);
-    EXPECT_EQ(ConstString(narrow, 0, all).data(), narrow.data());
-}
-
-TEST(ConstString, TakesTheTextOfAVariantOnly) {
-    FAttributeVariant value{};
-    value.kind = FAttributeVariant::text16 | FAttributeVariant::ownedFlag;
-    value.text16Value = u"pan";
-    EXPECT_EQ(ConstString(value), ConstString("pan"));
-    value.kind = FAttributeVariant::integer;
-    value.integerValue = 7;
-    EXPECT_TRUE(ConstString(value).isEmpty());
+    Marked<ConstString> view(u"old");
+    view = ConstString("new");
+    EXPECT_TRUE(view.isMarked());
+    EXPECT_EQ(view, ConstString("new"));
 }
 
 TEST(String, StartsWideAndNeverGivesNull) {
@@ -90,6 +79,11 @@ TEST(String, RefusesBytesThatAreNoText) {
         EXPECT_FALSE(text.toNarrow(1252));
         EXPECT_STREQ(text.text8(), bytes);
     }
+    String unknown("gr\xC3\xBCn");
+    EXPECT_FALSE(unknown.toNarrow(4711));
+    EXPECT_EQ(shown(unknown), "gr\xC3\xBCn narrow");
+    EXPECT_TRUE(unknown.toNarrow(1252));
+    EXPECT_EQ(std::string(unknown.view8()), "gr\xFCn");
     const char16_t lone[] = {u'a', 0xD800, u'b', 0xDC00};
     String broken(lone, 4);
     EXPECT_TRUE(broken.toNarrow());
@@ -136,6 +130,21 @@ TEST(String, ReadsAndWritesCodePages) {
     }
 }
 
+TEST(String, IsMeasuredAgainWhenItIsMadeWide) {
+    for (const uint32_t codePage : {0u, 65001u, 1252u}) {
+        SCOPED_TRACE(codePage);
+        String text("ab\0cd", 5);
+        EXPECT_TRUE(text.toWide(codePage));
+        EXPECT_EQ(shown(text), "ab wide");
+        String invalidBehind("ab\0\x81", 4);
+        EXPECT_FALSE(invalidBehind.toWide(codePage));
+        EXPECT_EQ(invalidBehind.size(), 4);
+    }
+    String first("\0ab", 3);
+    EXPECT_EQ(std::u16string(first.text16()), u"");
+    EXPECT_EQ(shown(first), " wide");
+}
+
 TEST(String, PutsASubstituteForWhatACodePageLacks) {
     for (const uint32_t codePage : {1252u, 932u, 437u}) {
         SCOPED_TRACE(codePage);
@@ -166,6 +175,7 @@ TEST(String, KeepsItsWidthWhenTextIsJoined) {
         {"narrow to empty", String(), ConstString("pan"), "pan narrow"},
         {"wide to empty", String("", 0), ConstString(u"pan"), "pan wide"},
         {"nothing", String("pan"), ConstString(), "pan narrow"},
+        {"nothing to empty", String("", 0), ConstString(u""), " wide"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -180,6 +190,12 @@ TEST(String, KeepsItsWidthWhenTextIsJoined) {
     EXPECT_EQ(shown(self), "echoch narrow");
     self.append("12345", 2);
     EXPECT_EQ(shown(self), "echoch12 narrow");
+    self.append(ConstString(self, 0, 3));
+    EXPECT_EQ(shown(self), "echoch12ech narrow");
+    self.append8(self.text8());
+    self.insert(99, self);
+    self.replace(99, 1, self);
+    EXPECT_EQ(shown(self), "echoch12ech narrow");
 }
 
 TEST(String, InsertsReplacesAndRemovesAtTheEdges) {
@@ -247,6 +263,8 @@ TEST(String, TakesOverABlock) {
     text.take(block, true);
     EXPECT_EQ(text.data(), block);
     EXPECT_EQ(shown(text), "abc wide");
+    text.take(block, true);
+    EXPECT_EQ(shown(text), "abc wide");
     text.take(nullptr, false);
     EXPECT_EQ(shown(text), " narrow");
 }
@@ -258,7 +276,7 @@ TEST(String, MakesRoomWithoutChangingItsLength) {
     text.measure();
     EXPECT_EQ(shown(text), "ab     narrow");
     EXPECT_TRUE(text.resize(3, true));
-    EXPECT_EQ(text.size(), 3);
+    EXPECT_EQ(text.size(), 6);
     EXPECT_TRUE(text.isWide());
     text.buffer16()[0] = u'X';
     text.measure();
@@ -266,6 +284,13 @@ TEST(String, MakesRoomWithoutChangingItsLength) {
     EXPECT_TRUE(text.resize(0, false));
     EXPECT_EQ(text.data(), nullptr);
     EXPECT_FALSE(text.isWide());
+    String invalid("ab\xFF");
+    EXPECT_FALSE(invalid.resize(9, true));
+    EXPECT_EQ(shown(invalid), "ab\xFF narrow");
+    String wide(u"\u00E4\u00F6");
+    EXPECT_TRUE(wide.resize(6, false, true));
+    wide.measure();
+    EXPECT_EQ(shown(wide), "\xC3\xA4\xC3\xB6   narrow");
 }
 
 TEST(String, ReplacesEachOccurrenceOnce) {
@@ -326,6 +351,20 @@ TEST(String, ChangesCaseInItsWidth) {
     }
 }
 
+TEST(String, KeepsInvalidBytesWhenItChangesCase) {
+    String text("\xC3\x84\xFF"
+                "B\xC3 \xE2\x84\xAA\xC4");
+    text.toLower();
+    EXPECT_EQ(shown(text), "\xC3\xA4\xFF"
+                           "b\xC3 k\xC4 narrow");
+    text.toUpper();
+    EXPECT_EQ(shown(text), "\xC3\x84\xFF"
+                           "B\xC3 K\xC4 narrow");
+    String zero("A\0\xC3\x84", 4);
+    zero.toLower();
+    EXPECT_EQ(zero.view8(), std::string_view("a\0\xC3\xA4", 4));
+}
+
 TEST(String, TrimsBothEndsByMode) {
     struct Case {
         const char16_t* text;
@@ -366,138 +405,6 @@ TEST(String, KnowsComposedText) {
     EXPECT_FALSE(ConstString("12345678\x80").isAscii());
 }
 
-struct CompareCase {
-    const char* a;
-    const char* b;
-    int32_t count;
-    bool ignoreCase;
-    int32_t expected;
-};
-
-TEST(ConstString, ComparesAcrossWidths) {
-    const CompareCase cases[] = {
-        {"", "", all, false, 0},
-        {"", "a", all, false, -1},
-        {"a", "", all, false, 1},
-        {"abc", "abc", all, false, 0},
-        {"abc", "abd", all, false, -1},
-        {"abc", "abd", 2, false, 0},
-        {"abc", "ab", all, false, 1},
-        {"abc", "xyz", 0, false, 0},
-        {"ABC", "abc", all, false, -1},
-        {"ABC", "abc", all, true, 0},
-        // Lower-cased, so that the underscore sorts before letters.
-        {"_", "A", all, true, -1},
-        {"\xC3\x84", "\xC3\xA4", all, true, 0},
-        {"\xC3\x84", "\xC3\xA4", all, false, -1},
-        {"z", "\xC3\xA4", all, false, -1},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.a << " with " << c.b << ", count " << c.count);
-        for (const auto& [a, b] : inAllWidths(c.a, c.b)) {
-            SCOPED_TRACE(::testing::Message() << a.isWide() << b.isWide());
-            EXPECT_EQ(a.compare(b, c.count, c.ignoreCase), c.expected);
-            EXPECT_EQ(b.compare(a, c.count, c.ignoreCase), -c.expected);
-        }
-    }
-    EXPECT_EQ(ConstString("\xFF").compare(ConstString(u"a")), -1);
-    EXPECT_FALSE(ConstString("\xFF") == ConstString(u"\u00FF"));
-}
-
-TEST(ConstString, OrdersNumbersInNamesAsPeopleDo) {
-    const CompareCase cases[] = {
-        {"a2", "a10", all, true, -1},
-        {"a01", "a1", all, true, 1},
-        {"a1b2", "a01b1", all, true, -1},
-        {"A2", "a10", all, false, -1},
-        {"B", "a", all, false, -1},
-        {"B", "a", all, true, 1},
-        {"Take 9", "Take 10 (edit)", all, true, -1},
-        {"a99999999999999999999998", "a99999999999999999999999", all, true, -1},
-        {"a0", "a00", all, true, -1},
-        {"a", "a1", all, true, -1},
-        {"1a", "a1", all, true, -1},
-        {"same 7", "same 7", all, true, 0},
-        {"", "", all, true, 0},
-        {"", "0", all, true, -1},
-        {"\xC3\x84"
-         "1",
-         "\xC3\xA4"
-         "1",
-         all, true, 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.a << " with " << c.b);
-        for (const auto& [a, b] : inAllWidths(c.a, c.b)) {
-            EXPECT_EQ(a.compareNatural(b, !c.ignoreCase), c.expected);
-            EXPECT_EQ(b.compareNatural(a, !c.ignoreCase), -c.expected);
-        }
-    }
-}
-
-TEST(ConstString, EqualsACharacterOfEitherWidth) {
-    const ConstString narrow("a\xC3\xA4");
-    const ConstString wide(u"a\u00E4");
-    for (const ConstString& text : {narrow, wide}) {
-        EXPECT_TRUE(text.charEquals(0, 'a'));
-        EXPECT_TRUE(text.charEquals(0, u'a'));
-        EXPECT_FALSE(text.charEquals(0, 'b'));
-        EXPECT_TRUE(text.charEquals(9, '\0'));
-        EXPECT_TRUE(text.charEquals(text.length(), u'\0'));
-        EXPECT_FALSE(text.charEquals(9, 'a'));
-    }
-    EXPECT_TRUE(wide.charEquals(1, u'\u00E4'));
-    EXPECT_FALSE(narrow.charEquals(1, u'\u00E4'));
-    EXPECT_FALSE(wide.charEquals(1, '\xE4'));
-}
-
-struct FindCase {
-    const char* text;
-    const char* wanted;
-    int32_t start;
-    int32_t count;
-    bool ignoreCase;
-    int32_t forward;
-    int32_t backward;
-};
-
-TEST(ConstString, FindsForwardAndBackward) {
-    const FindCase cases[] = {
-        {"abcabc", "bc", 0, all, false, 1, none},  {"abcabc", "bc", 2, all, false, 4, 1},
-        {"abcabc", "bc", 4, all, false, 4, 4},     {"abcabc", "bc", 5, all, false, none, 4},
-        {"abcabc", "bc", 6, all, false, none, 4},  {"abcabc", "BC", 2, all, false, none, none},
-        {"abcabc", "BC", 2, all, true, 4, 1},      {"abcabc", "bx", 0, 1, false, 1, none},
-        {"abcabc", "", 0, all, false, none, none}, {"", "a", 0, all, false, none, none},
-        {"ab", "abc", 0, all, true, none, none},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.wanted << " in " << c.text << " from " << c.start);
-        for (const auto& [text, wanted] : inAllWidths(c.text, c.wanted)) {
-            EXPECT_EQ(text.find(wanted, c.start, c.count, c.ignoreCase), c.forward);
-            EXPECT_EQ(text.findLast(wanted, c.start, c.count, c.ignoreCase), c.backward);
-        }
-    }
-    EXPECT_EQ(ConstString("abcabc").findLast("bc"), 4);
-    EXPECT_EQ(ConstString(u"x\u00C4").findChar16(u'\u00E4', 0, true), 1);
-    EXPECT_EQ(ConstString("x\xC3\x84").findChar16(u'\u00C4'), 1);
-    EXPECT_EQ(ConstString("a.b.c").findLastChar8('.'), 3);
-    EXPECT_EQ(ConstString(u"a.b.c").findLastChar8('.', 2), 1);
-    EXPECT_EQ(ConstString(u"abc").findChar8('\xFF'), none);
-}
-
-TEST(ConstString, FindsAtEveryPlaceOfLongTexts) {
-    for (int32_t length = 1; length < 40; ++length) {
-        for (int32_t place = 0; place < length; ++place) {
-            std::u16string text(static_cast<size_t>(length), u'a');
-            text[static_cast<size_t>(place)] = u'\u0161'; // its low byte is that of "a"
-            const ConstString whole{std::u16string_view(text)};
-            ASSERT_EQ(whole.findChar16(u'\u0161'), place) << "of " << length;
-            ASSERT_EQ(whole.find(u"\u0161a"), place + 1 < length ? place : none) << "of " << length;
-            ASSERT_EQ(whole.find(u"a", place), place + 1 < length ? place + 1 : none) << "of " << length;
-        }
-    }
-}
-
 TEST(String, ConvertsTextsOfEveryLength) {
     for (size_t length = 0; length < 70; ++length) {
         for (size_t place = 0; place <= length; ++place) {
@@ -514,72 +421,6 @@ TEST(String, ConvertsTextsOfEveryLength) {
             ASSERT_EQ(std::string(text.text8()), bytes);
         }
     }
-}
-
-TEST(ConstString, ComparesItsEnds) {
-    for (const auto& [text, end] : inAllWidths("Level.png", ".PNG")) {
-        EXPECT_TRUE(text.endsWith(end, true));
-        EXPECT_FALSE(text.endsWith(end));
-        EXPECT_FALSE(text.startsWith(end, true));
-        EXPECT_TRUE(text.contains(end, true));
-        EXPECT_FALSE(text.contains(end));
-        EXPECT_FALSE(end.endsWith(text));
-    }
-    EXPECT_TRUE(ConstString("a").startsWith(u""));
-    EXPECT_TRUE(ConstString("").endsWith(""));
-    EXPECT_FALSE(ConstString("").startsWith("a"));
-    EXPECT_TRUE(ConstString(u"\u00C4b").startsWith("\xC3\xA4", true));
-}
-
-TEST(ConstString, TellsTheFirstDifference) {
-    struct Case {
-        const char* a;
-        const char* b;
-        bool ignoreCase;
-        int32_t expected;
-    };
-    for (const auto& c : {Case{"abc", "abc", false, none}, Case{"abc", "abd", false, 2},
-                          Case{"abc", "ab", false, 2}, Case{"", "a", false, 0}, Case{"", "", false, none},
-                          Case{"aBc", "abc", false, 1}, Case{"aBc", "abd", true, 2}}) {
-        SCOPED_TRACE(::testing::Message() << c.a << " " << c.b);
-        for (const auto& [a, b] : inAllWidths(c.a, c.b))
-            EXPECT_EQ(a.firstDifference(b, c.ignoreCase), c.expected);
-    }
-    EXPECT_EQ(ConstString("\xFF").firstDifference(u"a"), none);
-}
-
-TEST(ConstString, CopiesParts) {
-    String target("untouched");
-    EXPECT_FALSE(ConstString("abc").substring(target, 3));
-    EXPECT_STREQ(target.text8(), "untouched");
-    EXPECT_TRUE(ConstString(u"abc").substring(target, 1, 100));
-    EXPECT_EQ(shown(target), "bc wide");
-    EXPECT_TRUE(target.substring(target, 1));
-    EXPECT_EQ(shown(target), "c wide");
-
-    char narrow[8] = "xxxxxxx";
-    EXPECT_EQ(ConstString(u"a\u00E4b").extract8(narrow, 1, 2), 2);
-    EXPECT_STREQ(narrow, "\xC3\xA4");
-    char16_t wide[8];
-    EXPECT_EQ(ConstString("a\xC3\xA4"
-                          "b")
-                  .extract16(wide, 1),
-              2);
-    EXPECT_EQ(std::u16string(wide), u"\u00E4b");
-    EXPECT_EQ(ConstString("abc").extract16(wide, 5), 0);
-    EXPECT_EQ(wide[0], u'\0');
-    EXPECT_EQ(ConstString("abc").extract8(nullptr), 0);
-}
-
-TEST(ConstString, HashesItsStoredCharacters) {
-    // ((0 << 6) + 'a') % 50 = 47, ((47 << 6) + 'b') % 50 = 6
-    EXPECT_EQ(ConstString("ab").hashCode(50), 6u);
-    EXPECT_EQ(ConstString(u"ab").hashCode(50), 6u);
-    EXPECT_EQ(ConstString("").hashCode(50), 0u);
-    // 8-bit characters are signed: 2^32 - 28 modulo 50
-    EXPECT_EQ(ConstString("\xE4").hashCode(50), (0u - 28u) % 50);
-    EXPECT_EQ(ConstString(u"\u00E4").hashCode(50), 228u % 50);
-    EXPECT_EQ(ConstString("ab").hashCode(0), 0u);
 }
 
 } // namespace
