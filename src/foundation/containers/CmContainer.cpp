@@ -6,8 +6,10 @@
 #include "persistence/FStream.h"
 #include "platform/System.h"
 
+#include <algorithm>
+#include <atomic>
 #include <memory>
-#include <vector>
+#include <utility>
 
 namespace qorl {
 
@@ -36,7 +38,7 @@ namespace {
 template <typename Matches>
 CmObject* findIf(const CmContainer& container, Matches matches) {
     const std::unique_ptr<CmIterator> iterator(container.newIterator());
-    while (!iterator->done())
+    while (iterator && !iterator->done())
         if (CmObject* element = iterator->next(); matches(element))
             return element;
     return nullptr;
@@ -62,12 +64,10 @@ bool visitRange(CmIterator& iterator, int32_t count, CmVisitor& visitor, std::at
 
 class ConcurrencyIteratorThread : public FThread {
 public:
-    ConcurrencyIteratorThread(CmIterator* iterator, int32_t start, int32_t count, CmVisitor& visitor,
-                              std::atomic<bool>& stopped)
-        : FThread("ConcurrencyIteratorThread"), iterator_(iterator), count_(count), visitor_(visitor),
-          stopped_(stopped) {
-        iterator_->forward(start);
-    }
+    /// Null when memory ran out.
+    static std::unique_ptr<ConcurrencyIteratorThread> make(const CmContainer& container, int32_t start,
+                                                           int32_t count, CmVisitor& visitor,
+                                                           std::atomic<bool>& stopped);
 
     uint32_t run() override {
         visitRange(*iterator_, count_, visitor_, stopped_);
@@ -75,11 +75,55 @@ public:
     }
 
 private:
+    ConcurrencyIteratorThread(std::unique_ptr<CmIterator> iterator, int32_t count, CmVisitor& visitor,
+                              std::atomic<bool>& stopped)
+        : FThread("ConcurrencyIteratorThread"), iterator_(std::move(iterator)), count_(count),
+          visitor_(visitor), stopped_(stopped) {}
+
     std::unique_ptr<CmIterator> iterator_;
     int32_t count_;
     CmVisitor& visitor_;
     std::atomic<bool>& stopped_;
 };
+
+std::unique_ptr<ConcurrencyIteratorThread> ConcurrencyIteratorThread::make(const CmContainer& container,
+                                                                           int32_t start, int32_t count,
+                                                                           CmVisitor& visitor,
+                                                                           std::atomic<bool>& stopped) {
+    std::unique_ptr<CmIterator> iterator(container.newIterator());
+    if (!iterator)
+        return nullptr;
+    iterator->forward(start);
+    try {
+        return std::unique_ptr<ConcurrencyIteratorThread>(
+            new ConcurrencyIteratorThread(std::move(iterator), count, visitor, stopped));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void standAt(CmIterator& iterator, int32_t place) {
+    iterator.first();
+    iterator.forward(place);
+}
+
+/// How the elements are shared out among threads.
+struct Shares {
+    int32_t threads;
+    int32_t each; ///< elements of each thread but the calling one, which takes the rest
+};
+
+Shares shareOut(int32_t count, int32_t threads, int32_t minimumPerThread) {
+    if (threads < 1)
+        threads = std::max(platform::getProcessorCount(), 1);
+    int32_t each = count / threads;
+    while (each < minimumPerThread && threads > 1)
+        each = count / --threads;
+    // A thread without elements would only cost its start.
+    if (each < std::max(minimumPerThread, 1))
+        threads = 1;
+    return {threads, each};
+}
 
 } // namespace
 
@@ -91,10 +135,22 @@ bool CmContainer::isEmpty() const {
     return count() == 0;
 }
 
+bool CmContainer::removeAt(int32_t index) {
+    if (index < 0 || index >= count())
+        return false;
+    const std::unique_ptr<CmIterator> iterator(newIterator());
+    if (!iterator)
+        return false;
+    iterator->forward(index);
+    return removeAtIterator(iterator.get());
+}
+
 CmObject* CmContainer::at(int32_t index) const {
     if (index < 0 || index >= count())
         return nullptr;
     const std::unique_ptr<CmIterator> iterator(newIterator());
+    if (!iterator)
+        return nullptr;
     iterator->forward(index);
     return iterator->current();
 }
@@ -122,43 +178,62 @@ int32_t CmContainer::countSame(const CmObject* object) const {
 }
 
 bool CmContainer::forEachParallel(CmVisitor& visitor, int32_t threads, int32_t minimumPerThread) const {
-    if (threads < 1)
-        threads = platform::getProcessorCount();
-    int32_t share = count() / threads;
-    while (share < minimumPerThread && threads > 1)
-        share = count() / --threads;
-    if (share < minimumPerThread)
-        threads = 1;
-
     std::atomic<bool> stopped{false};
-    std::vector<std::unique_ptr<ConcurrencyIteratorThread>> workers;
     const std::unique_ptr<CmIterator> own(newIterator());
-    for (int32_t i = 0; i < threads - 1; ++i) {
-        workers.push_back(
-            std::make_unique<ConcurrencyIteratorThread>(newIterator(), i * share, share, visitor, stopped));
-        // Without a thread the share is visited here.
-        if (!workers.back()->start())
-            workers.back()->run();
+    if (!own)
+        return false;
+    const Shares shares = shareOut(count(), threads, minimumPerThread);
+    using Worker = std::unique_ptr<ConcurrencyIteratorThread>;
+    const auto others = static_cast<size_t>(shares.threads - 1);
+    const std::unique_ptr<Worker[]> workers(others > 0 ? new (std::nothrow) Worker[others] : nullptr);
+    for (size_t i = 0; i < others; ++i) {
+        Worker worker;
+        if (workers)
+            worker = ConcurrencyIteratorThread::make(*this, static_cast<int32_t>(i) * shares.each,
+                                                     shares.each, visitor, stopped);
+        if (worker && worker->start()) {
+            workers[i] = std::move(worker);
+            continue;
+        }
+        standAt(*own, static_cast<int32_t>(i) * shares.each);
+        visitRange(*own, shares.each, visitor, stopped);
     }
-    own->forward((threads - 1) * share);
+    standAt(*own, static_cast<int32_t>(others) * shares.each);
     visitRange(*own, count(), visitor, stopped);
-    for (const auto& worker : workers)
-        worker->join();
+    for (size_t i = 0; i < others; ++i)
+        if (workers && workers[i])
+            workers[i]->join();
     return !stopped;
+}
+
+bool CmContainer::hasNullElement() const {
+    bool found = false;
+    findIf(*this, [&found](const CmObject* element) {
+        found = !element;
+        return found;
+    });
+    return found;
 }
 
 bool CmContainer::writeTo(FObjectArchive* archive) {
     FStream& stream = archive->stream();
-    if (!stream.writeUInt16(static_cast<uint16_t>(ownership_)) || !stream.writeInt32(count()))
+    if (hasNullElement() || !stream.writeUInt16(static_cast<uint16_t>(ownership_)) ||
+        !stream.writeInt32(count()))
         return false;
-    return !findIf(*this, [archive](CmObject* element) { return !archive->writeObject(element); });
+    int32_t written = 0;
+    findIf(*this, [&](CmObject* element) {
+        const bool goesOn = archive->writeObject(element);
+        written += goesOn;
+        return !goesOn;
+    });
+    return written == count();
 }
 
 bool CmContainer::readFrom(FObjectArchive* archive) {
     uint16_t ownership = 0;
     int32_t number = 0;
     FStream& stream = archive->stream();
-    if (!stream.readUInt16(ownership) || !stream.readInt32(number))
+    if (!stream.readUInt16(ownership) || !stream.readInt32(number) || number < 0)
         return false;
     removeAll();
     // Held at none meanwhile, so that the references of the created elements pass to the container as they
@@ -176,26 +251,38 @@ bool CmContainer::readFrom(FObjectArchive* archive) {
 }
 
 bool CmContainer::storeAttributes(FAttributes* attributes) {
-    if (ownership_ != Ownership::none)
-        attributes->setInteger("ownership", static_cast<int64_t>(ownership_));
-    findIf(*this, [attributes](CmObject* element) {
-        attributes->appendObject("obj", retain(element).detach(), true);
+    try {
+        if (ownership_ != Ownership::none)
+            attributes->setInteger("ownership", static_cast<int64_t>(ownership_));
+        return !findIf(*this, [attributes](CmObject* element) {
+            Ref<CmObject> own = retain(element);
+            if (!attributes->appendObject("obj", own.get(), true))
+                return true;
+            static_cast<void>(own.detach());
+            return false;
+        });
+    } catch (const std::bad_alloc&) {
         return false;
-    });
-    return true;
+    }
 }
 
 bool CmContainer::restoreAttributes(FAttributes* attributes) {
     removeAll();
     ownership_ = Ownership::none; // as in `readFrom`
-    attributes->resetCursor("obj");
-    while (Ref<CmObject> element = attributes->nextObject("obj")) {
-        if (!add(element.get()))
-            return false;
-        static_cast<void>(element.detach());
+    bool complete = true;
+    try {
+        attributes->resetCursor("obj");
+        for (int32_t number = attributes->count("obj"); number > 0 && complete; --number) {
+            Ref<CmObject> element = attributes->nextObject("obj");
+            complete = element && add(element.get());
+            if (complete)
+                static_cast<void>(element.detach());
+        }
+    } catch (const std::bad_alloc&) {
+        complete = false;
     }
     ownership_ = static_cast<Ownership>(attributes->getInteger("ownership"));
-    return true;
+    return complete;
 }
 
 } // namespace qorl

@@ -2,12 +2,15 @@
 
 #include "foundation/CmObject.h"
 
+#include <new>
+
 namespace qorl {
 
 /// Walks a container. Past either end `next`, `previous` and `current` give null.
 ///
 /// While one stands on a container, only `CmContainer::removeAtIterator` with it may change the container;
-/// the iterator then stands on the element behind the removed one.
+/// the iterator then stands on the element behind the removed one. Each container has a final class of its
+/// own for iterators on the stack, which allocate nothing.
 class CmIterator {
 public:
     virtual ~CmIterator() = default;
@@ -24,7 +27,7 @@ public:
     virtual void backward(int32_t count);
 };
 
-/// Visits elements, from several threads at once.
+/// Visits elements, from several threads at once. Slot 0 is the destructor.
 class CmVisitor {
 public:
     virtual ~CmVisitor() = default;
@@ -32,17 +35,24 @@ public:
     virtual bool visit(CmObject* element) = 0;
 };
 
-/// What a container does with references on its elements.
+/// What is done with references on held objects. Any other value acts like `none`.
 enum class Ownership : uint16_t {
     none = 0,
     adopt = 1, ///< Takes over the caller's reference; releases on removal.
     share = 2, ///< Adds one of its own; releases on removal.
 };
 
+constexpr bool releases(Ownership ownership) {
+    return ownership == Ownership::adopt || ownership == Ownership::share;
+}
+
 /// A collection of objects behind one interface, whatever its storage.
 ///
 /// Null is never an element. "Same" is identity, "equal" is what `isEqual` says. Indices out of range give
-/// null or false. Threading: none of its own; whoever shares a container locks.
+/// null or false. What needs memory and gets none changes nothing and gives null or false; `clone` gives
+/// null. An element may reach its container from its destructor: it is off already.
+///
+/// Threading: none of its own; whoever shares a container locks. Several threads may read at once.
 class CmContainer : public CmObject {
     QORL_CLASS(CmContainer, CmObject)
     QORL_RECORD(CmContainer)
@@ -50,15 +60,17 @@ class CmContainer : public CmObject {
 public:
     CmContainer() = default;
 
+    /// The capacity of arrays, the buckets of hash tables, the number of elements of all others.
     virtual int32_t size() const;
     virtual int32_t count() const = 0;
     virtual bool isEmpty() const;
-    /// False for null and when the container is full or memory ran out.
+    /// False for null, for what this container does not take, and when it is full.
     virtual bool add(CmObject* object) = 0;
+    /// False past the ends, and for an iterator of another container; it has to be one of this class.
     virtual bool removeAtIterator(CmIterator* iterator) = 0;
-    /// Whether it was there.
+    /// By identity. Whether it was there.
     virtual bool remove(CmObject* object) = 0;
-    virtual bool removeAt(int32_t index) = 0;
+    virtual bool removeAt(int32_t index);
     virtual void removeAll() = 0;
     virtual CmObject* at(int32_t index) const;
     /// The first element for which `object->isEqual(element)` holds.
@@ -71,21 +83,26 @@ public:
     virtual CmIterator* newIterator() const = 0;
     /// Visits all elements from `threads` threads, this one included; below 1 means one a processor. Each
     /// gets `minimumPerThread` elements or more. False when a visit was: it ends them all. Without enough
-    /// elements everything runs in order on this thread.
+    /// elements everything runs in order on this thread, as does the share of a thread that the system
+    /// refuses.
     virtual bool forEachParallel(CmVisitor& visitor, int32_t threads, int32_t minimumPerThread) const;
 
     Ownership getOwnership() const { return ownership_; }
     /// Affects what is added and removed from now on.
     void setOwnership(Ownership ownership) { ownership_ = ownership; }
 
+    /// The elements that were there go. What was read until a failure stays, under the stored ownership. No
+    /// stored number makes it ask for more memory than the elements that really come.
     bool readFrom(FObjectArchive* archive) override;
+    /// Writes nothing when the container has a null element, which could not be read back.
     bool writeTo(FObjectArchive* archive) override;
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 
 protected:
     explicit CmContainer(Ownership ownership) : ownership_(ownership) {}
-    CmContainer(const CmContainer&) = default;
+    /// Nothing but the ownership: elements are the derived class's.
+    CmContainer(const CmContainer& other) : CmObject(other), ownership_(other.ownership_) {}
     CmContainer& operator=(const CmContainer&) = delete;
 
     /// The reference rule, on adding and on removal.
@@ -94,10 +111,22 @@ protected:
             object->addRef();
     }
     void give(CmObject* object) const {
-        if (owns())
+        if (releases(ownership_))
             object->release();
     }
-    bool owns() const { return ownership_ == Ownership::adopt || ownership_ == Ownership::share; }
+
+    /// A copy by the copy constructor, with a reference for the caller; null when memory did not suffice.
+    template <typename Container>
+    static CmObject* copyOf(const Container& container) {
+        auto* copy = new (std::nothrow) Container(container);
+        if (copy && copy->count() != container.count()) {
+            copy->release();
+            copy = nullptr;
+        }
+        return copy;
+    }
+
+    bool hasNullElement() const;
 
     int32_t size_ = 0;
     Ownership ownership_ = Ownership::none;

@@ -1,286 +1,305 @@
-#include "foundation/CmUID.h"
-#include "foundation/containers/CmArray.h"
-#include "foundation/containers/CmLinkedList.h"
+// What holds for every container, whatever its storage.
+
+#include "foundation/containers/Elements.h"
 #include "persistence/FAttributes.h"
 
-#include <qorl/Ref.h>
-
 #include <algorithm>
-#include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
-#include <mutex>
-#include <thread>
+#include <set>
 
 namespace qorl {
+
+QORL_REGISTER(NumberedObject, "NumberedObject", CmObject, 0)
+QORL_REGISTER(NumberedLink, "NumberedLink", CmILink, 0)
+QORL_REGISTER(NumberedDoubleLink, "NumberedDoubleLink", CmIDLink, 0)
+
 namespace {
 
-uint32_t countOf(CmObject* object) {
-    object->addRef();
-    return object->release();
-}
-
-/// Elements that are equal by number.
-class Item : public CmObject {
-    QORL_CLASS(Item, CmObject)
-
-public:
-    explicit Item(uint32_t number) : number(number) {}
-    bool isEqual(const CmObject* other) const override {
-        return static_cast<const Item*>(other)->number == number;
-    }
-
-    uint32_t number;
-};
-
-std::vector<uint32_t> numbersOf(const CmContainer& container) {
-    std::vector<uint32_t> numbers;
-    const std::unique_ptr<CmIterator> iterator(container.newIterator());
-    while (!iterator->done())
-        numbers.push_back(static_cast<Item*>(iterator->next())->number);
+Numbers sorted(Numbers numbers) {
+    std::sort(numbers.begin(), numbers.end());
     return numbers;
 }
 
-using Numbers = std::vector<uint32_t>;
+class WideBTree : public CmBTree {
+public:
+    WideBTree() : CmBTree(5) {}
+    CmObject* clone() const override { return copyOf(*this); }
+};
 
-/// What holds for every container that keeps the order of arrival.
+class GrowingHashTable : public CmHashTable {
+public:
+    GrowingHashTable() : CmHashTable(2, Growth::automatic) {}
+    CmObject* clone() const override { return copyOf(*this); }
+};
+
 template <typename Container>
-class OrderedContainers : public ::testing::Test {
+class Containers : public ::testing::Test {
 protected:
-    void SetUp() override {
+    static constexpr bool isIntrusive =
+        std::is_same_v<Container, CmILinkedList> || std::is_same_v<Container, CmIDLinkedList>;
+
+    void fill(int32_t count) {
+        for (int32_t i = 0; i < count; ++i) {
+            // Not in order, each number once.
+            items.push_back(makeElement<Container>(i * 37 % count));
+            ASSERT_TRUE(container.add(items.back().get()));
+        }
+    }
+    /// The same numbers again, in the order in which they were added.
+    Numbers added() const {
+        Numbers numbers;
         for (const auto& item : items)
-            ASSERT_TRUE(container.add(item.get()));
+            numbers.push_back(Number::of(item.get()));
+        return numbers;
     }
 
-    std::vector<Ref<Item>> items{make<Item>(1), make<Item>(2), make<Item>(3), make<Item>(2)};
+    std::vector<Ref<CmObject>> items;
     Container container;
 };
 
-using Kinds = ::testing::Types<CmArray, CmLinkedList>;
-TYPED_TEST_SUITE(OrderedContainers, Kinds);
+using All = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmStack, CmDLinkedList,
+                             CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree, WideBTree,
+                             CmBTreeDictionary, CmHashTable, GrowingHashTable, CmHashDictionary>;
+TYPED_TEST_SUITE(Containers, All);
 
-TYPED_TEST(OrderedContainers, RefusesNullAndBadIndices) {
+TYPED_TEST(Containers, RefuseNullAndBadIndices) {
+    this->fill(5);
     CmContainer& c = this->container;
     EXPECT_FALSE(c.add(nullptr));
-    for (const int32_t index : {-1, 4, INT32_MAX, INT32_MIN}) {
+    for (const int32_t index : {-1, 5, INT32_MAX, INT32_MIN}) {
         EXPECT_EQ(c.at(index), nullptr) << index;
         EXPECT_FALSE(c.removeAt(index)) << index;
     }
     EXPECT_FALSE(c.remove(nullptr));
-    EXPECT_EQ(numbersOf(c), (Numbers{1, 2, 3, 2}));
-}
-
-TYPED_TEST(OrderedContainers, RemovesFromEveryPlace) {
-    CmContainer& c = this->container;
-    EXPECT_TRUE(c.removeAt(3));
-    EXPECT_TRUE(c.add(this->items[3].get())) << "the tail is found again";
-    EXPECT_TRUE(c.remove(this->items[3].get())) << "by identity, not the equal one before it";
-    EXPECT_EQ(numbersOf(c), (Numbers{1, 2, 3}));
-    EXPECT_FALSE(c.remove(this->items[3].get()));
-    EXPECT_TRUE(c.removeAt(0));
-    EXPECT_TRUE(c.removeAt(0));
-    EXPECT_EQ(c.at(0), this->items[2].get());
-    EXPECT_TRUE(c.removeAt(0));
-    EXPECT_TRUE(c.isEmpty());
-    EXPECT_TRUE(c.add(this->items[0].get()));
-    EXPECT_EQ(numbersOf(c), (Numbers{1}));
-}
-
-TYPED_TEST(OrderedContainers, TellsEqualFromSame) {
-    const CmContainer& c = this->container;
-    const Ref<Item> two = make<Item>(2);
-    EXPECT_EQ(c.find(two.get()), this->items[1].get()) << "the first equal one";
-    EXPECT_TRUE(c.containsEqual(two.get()));
-    EXPECT_FALSE(c.containsSame(two.get()));
-    EXPECT_EQ(c.countEqual(two.get()), 2);
-    EXPECT_EQ(c.countSame(this->items[3].get()), 1);
+    EXPECT_FALSE(c.removeAtIterator(nullptr));
     EXPECT_EQ(c.find(nullptr), nullptr);
+    EXPECT_FALSE(c.containsEqual(nullptr) || c.containsSame(nullptr));
+    EXPECT_EQ(c.countEqual(nullptr) + c.countSame(nullptr), 0);
+    EXPECT_EQ(sorted(numbersOf(c)), (Numbers{0, 1, 2, 3, 4}));
 }
 
-TYPED_TEST(OrderedContainers, WalksBothWays) {
-    const std::unique_ptr<CmIterator> it(this->container.newIterator());
-    it->last();
+TYPED_TEST(Containers, TellEqualFromSame) {
+    this->fill(40);
+    const CmContainer& c = this->container;
+    for (const auto& item : this->items) {
+        const Ref<CmObject> twin = makeElement<TypeParam>(Number::of(item.get()));
+        SCOPED_TRACE(Number::of(item.get()));
+        EXPECT_EQ(c.find(twin.get()), item.get());
+        EXPECT_TRUE(c.containsEqual(twin.get()));
+        EXPECT_TRUE(c.containsSame(item.get()));
+        EXPECT_FALSE(c.containsSame(twin.get()));
+        EXPECT_EQ(c.countEqual(twin.get()), 1);
+        EXPECT_EQ(c.countSame(item.get()), 1);
+        EXPECT_FALSE(this->container.remove(twin.get()));
+    }
+    const Ref<CmObject> missing = makeElement<TypeParam>(99);
+    EXPECT_EQ(c.find(missing.get()), nullptr);
+}
+
+TYPED_TEST(Containers, WalkTheSameBackwardsAndByIndex) {
+    TypeParam empty;
+    const std::unique_ptr<CmIterator> nothing(empty.newIterator());
+    nothing->last();
+    EXPECT_TRUE(nothing->done());
+    EXPECT_EQ(nothing->previous(), nullptr);
+
+    this->fill(41);
+    const CmContainer& c = this->container;
+    const Numbers forwards = numbersOf(c);
+    EXPECT_EQ(forwards.size(), 41u);
+    const std::unique_ptr<CmIterator> it(c.newIterator());
     Numbers backwards;
-    while (!it->done())
-        backwards.push_back(static_cast<Item*>(it->previous())->number);
-    EXPECT_EQ(backwards, (Numbers{2, 3, 2, 1}));
-    EXPECT_EQ(it->next(), nullptr);
+    for (it->last(); !it->done();)
+        backwards.push_back(Number::of(it->previous()));
+    std::reverse(backwards.begin(), backwards.end());
+    EXPECT_EQ(backwards, forwards);
+    EXPECT_EQ(it->next(), nullptr) << "before the first";
     EXPECT_EQ(it->current(), nullptr);
-    EXPECT_TRUE(it->seek(this->items[2].get()));
-    EXPECT_EQ(it->current(), this->items[2].get());
-    it->backward(2);
-    EXPECT_EQ(it->current(), this->items[0].get());
-    it->forward(3);
-    EXPECT_EQ(it->current(), this->items[3].get());
+    for (size_t i = 0; i < forwards.size(); ++i)
+        ASSERT_EQ(Number::of(c.at(static_cast<int32_t>(i))), forwards[i]) << i;
+
+    EXPECT_TRUE(it->seek(c.at(20)));
+    EXPECT_EQ(it->current(), c.at(20));
+    it->backward(15);
+    EXPECT_EQ(it->current(), c.at(5));
+    it->forward(35);
+    EXPECT_EQ(it->current(), c.at(40));
     it->forward(1);
     EXPECT_TRUE(it->done());
+    EXPECT_EQ(it->next(), nullptr) << "past the end";
     EXPECT_TRUE(it->seek(nullptr));
     EXPECT_TRUE(it->done());
 }
 
-TYPED_TEST(OrderedContainers, MayLoseElementsThroughItsIterator) {
-    const std::unique_ptr<CmIterator> it(this->container.newIterator());
-    while (!it->done()) {
-        if (static_cast<Item*>(it->current())->number == 2)
-            EXPECT_TRUE(this->container.removeAtIterator(it.get()));
-        else
-            it->next();
+TYPED_TEST(Containers, LoseElementsThroughTheirIterator) {
+    // What goes: each number by its remainder, so that single ones, neighbours and all of them go.
+    for (const int32_t divisor : {1, 2, 3, 5, 50}) {
+        SCOPED_TRACE(divisor);
+        this->container.removeAll();
+        this->items.clear();
+        this->fill(50);
+        CmContainer& c = this->container;
+        Numbers expected = numbersOf(c);
+        Numbers visited;
+        const std::unique_ptr<CmIterator> it(c.newIterator());
+        while (!it->done()) {
+            visited.push_back(Number::of(it->current()));
+            if (visited.back() % divisor == 0)
+                ASSERT_TRUE(c.removeAtIterator(it.get()));
+            else
+                it->next();
+        }
+        EXPECT_EQ(visited, expected) << "each element once, in order";
+        EXPECT_FALSE(c.removeAtIterator(it.get())) << "past the end";
+        std::erase_if(expected, [divisor](int32_t number) { return number % divisor == 0; });
+        EXPECT_EQ(numbersOf(c), expected);
+        EXPECT_EQ(static_cast<size_t>(c.count()), expected.size());
+        for (const auto& item : this->items)
+            if (Number::of(item.get()) % divisor == 0) {
+                ASSERT_TRUE(c.add(item.get()));
+            }
+        EXPECT_EQ(sorted(numbersOf(c)), sorted(this->added())) << "all ends are in order";
     }
-    EXPECT_EQ(numbersOf(this->container), (Numbers{1, 3}));
-    EXPECT_FALSE(this->container.removeAtIterator(it.get())) << "past the end";
-    this->container.add(this->items[1].get());
-    EXPECT_EQ(numbersOf(this->container), (Numbers{1, 3, 2})) << "the tail is in order";
 }
 
-TYPED_TEST(OrderedContainers, CountsReferencesByItsOwnership) {
+TYPED_TEST(Containers, LoseElementsOnTheWayBack) {
+    this->fill(50);
+    CmContainer& c = this->container;
+    const Numbers before = numbersOf(c);
+    const std::unique_ptr<CmIterator> it(c.newIterator());
+    it->last();
+    for (size_t left = before.size(); left > 0; --left) {
+        ASSERT_EQ(Number::of(it->current()), before[left - 1]);
+        ASSERT_TRUE(c.removeAtIterator(it.get()));
+        EXPECT_TRUE(it->done()) << "nothing stands behind the last";
+        it->last();
+    }
+    EXPECT_TRUE(c.isEmpty());
+}
+
+TYPED_TEST(Containers, RefuseTheIteratorOfAnotherOne) {
+    this->fill(2);
+    TypeParam other;
+    const Ref<CmObject> element = makeElement<TypeParam>(1);
+    other.add(element.get());
+    const std::unique_ptr<CmIterator> it(other.newIterator());
+    EXPECT_FALSE(this->container.removeAtIterator(it.get()));
+    EXPECT_EQ(this->container.count() + other.count(), 3);
+    other.removeAll();
+}
+
+TYPED_TEST(Containers, TakeNewElementsBetweenTwoWalks) {
+    this->fill(10);
+    const std::unique_ptr<CmIterator> it(this->container.newIterator());
+    it->last();
+    const Ref<CmObject> late = makeElement<TypeParam>(100);
+    const Ref<CmObject> early = makeElement<TypeParam>(-1);
+    ASSERT_TRUE(this->container.add(late.get()) && this->container.add(early.get()));
+    std::set<CmObject*> seen;
+    for (it->first(); !it->done();)
+        seen.insert(it->next());
+    EXPECT_EQ(seen.size(), 12u);
+    EXPECT_TRUE(seen.contains(late.get()) && seen.contains(early.get()));
+    this->container.removeAll();
+}
+
+TYPED_TEST(Containers, CountReferencesByTheirOwnership) {
     struct Case {
         Ownership ownership;
         uint32_t whileIn;
         uint32_t afterwards;
     };
+    using Removal = void (*)(CmContainer&, CmObject*);
+    const Removal removals[] = {
+        [](CmContainer& c, CmObject*) { c.removeAll(); },
+        [](CmContainer& c, CmObject* object) { EXPECT_TRUE(c.remove(object)); },
+        [](CmContainer& c, CmObject*) { EXPECT_TRUE(c.removeAt(0)); },
+        [](CmContainer& c, CmObject*) {
+            const std::unique_ptr<CmIterator> it(c.newIterator());
+            EXPECT_TRUE(c.removeAtIterator(it.get()));
+        },
+    };
     for (const Case& c : {Case{Ownership::none, 3, 3}, Case{Ownership::adopt, 3, 2},
                           Case{Ownership::share, 4, 3}, Case{static_cast<Ownership>(9), 3, 3}}) {
-        SCOPED_TRACE(static_cast<int>(c.ownership));
-        const Ref<Item> item = make<Item>(1);
-        item->addRef();
-        item->addRef();
-        TypeParam container;
-        container.setOwnership(c.ownership);
-        container.add(item.get());
-        EXPECT_EQ(countOf(item.get()), c.whileIn);
-        {
-            const Ref<CmObject> copy = Ref<CmObject>::adopt(container.clone());
-            EXPECT_EQ(static_cast<CmContainer*>(copy.get())->at(0), item.get());
+        for (const Removal& removal : removals) {
+            SCOPED_TRACE(::testing::Message() << "ownership " << static_cast<int>(c.ownership) << ", removal "
+                                              << &removal - removals);
+            const Ref<CmObject> item = makeElement<TypeParam>(1);
+            item->addRef();
+            item->addRef();
+            TypeParam container;
+            container.setOwnership(c.ownership);
+            container.add(item.get());
+            EXPECT_EQ(referencesOn(item.get()), c.whileIn);
+            {
+                const Ref<CmObject> copy = Ref<CmObject>::adopt(container.clone());
+                EXPECT_EQ(static_cast<CmContainer*>(copy.get())->count(), this->isIntrusive ? 0 : 1);
+            }
+            EXPECT_EQ(referencesOn(item.get()), c.whileIn) << "a copy gives back what it took";
+            removal(container, item.get());
+            EXPECT_TRUE(container.isEmpty());
+            EXPECT_EQ(referencesOn(item.get()), c.afterwards);
+            while (referencesOn(item.get()) > 1)
+                item->release();
         }
-        EXPECT_EQ(countOf(item.get()), c.whileIn) << "a copy gives back what it took";
-        container.removeAll();
-        EXPECT_EQ(countOf(item.get()), c.afterwards);
-        while (countOf(item.get()) > 1)
-            item->release();
     }
 }
 
-TYPED_TEST(OrderedContainers, ReleasesWhatItOwnsWhenItGoes) {
-    const Ref<Item> item = make<Item>(1);
+TYPED_TEST(Containers, ReleaseWhatTheyOwnWhenTheyGo) {
+    const int32_t before = Number::alive;
     {
         TypeParam container;
-        container.setOwnership(Ownership::share);
-        container.add(item.get());
-        container.add(item.get());
-        EXPECT_EQ(countOf(item.get()), 3u);
+        container.setOwnership(Ownership::adopt);
+        for (int32_t i = 0; i < 60; ++i)
+            ASSERT_TRUE(container.add(makeElement<TypeParam>(i).detach()));
+        EXPECT_EQ(Number::alive, before + 60);
     }
-    EXPECT_EQ(countOf(item.get()), 1u);
+    EXPECT_EQ(Number::alive, before);
 }
 
-struct Collector : CmVisitor {
-    bool visit(CmObject* element) override {
-        const std::lock_guard guard(mutex);
-        seen.push_back(static_cast<Item*>(element)->number);
-        threads.push_back(std::this_thread::get_id());
-        return seen.size() < limit;
-    }
-    std::mutex mutex;
-    Numbers seen;
-    std::vector<std::thread::id> threads;
-    size_t limit = SIZE_MAX;
-};
-
-TYPED_TEST(OrderedContainers, VisitsEachElementOnceFromAllThreads) {
-    std::vector<Ref<Item>> many;
-    TypeParam container;
-    for (uint32_t i = 0; i < 103; ++i) {
-        many.push_back(make<Item>(i));
-        container.add(many.back().get());
-    }
-    for (const int32_t threads : {0, 1, 2, 4, 103}) {
-        SCOPED_TRACE(threads);
-        Collector collector;
-        EXPECT_TRUE(container.forEachParallel(collector, threads, 1));
-        std::sort(collector.seen.begin(), collector.seen.end());
-        EXPECT_EQ(collector.seen, numbersOf(container));
-    }
-    Collector few;
-    EXPECT_TRUE(container.forEachParallel(few, 8, 104)) << "too few for a second thread";
-    EXPECT_EQ(few.seen, numbersOf(container)) << "in order";
-    EXPECT_EQ(std::count(few.threads.begin(), few.threads.end(), std::this_thread::get_id()), 103);
-    Collector stopping;
-    stopping.limit = 3;
-    EXPECT_FALSE(container.forEachParallel(stopping, 4, 1));
-    EXPECT_LE(stopping.seen.size(), 3u + 3u) << "each thread ends at its next element";
+TYPED_TEST(Containers, AreInOrderWhenAnElementGoes) {
+    CmContainer& c = this->container;
+    c.setOwnership(Ownership::adopt);
+    for (int32_t i = 0; i < 30; ++i)
+        c.add(makeElement<TypeParam>(i).detach());
+    int32_t calls = 0;
+    Number::onGoing = [&](CmObject* object) {
+        ++calls;
+        EXPECT_FALSE(c.containsSame(object));
+        EXPECT_EQ(numbersOf(c).size(), static_cast<size_t>(c.count()));
+    };
+    EXPECT_TRUE(c.removeAt(10));
+    EXPECT_TRUE(c.remove(c.at(3)));
+    const std::unique_ptr<CmIterator> it(c.newIterator());
+    EXPECT_TRUE(c.removeAtIterator(it.get()));
+    c.removeAll();
+    Number::onGoing = nullptr;
+    EXPECT_EQ(calls, 30);
 }
 
-TYPED_TEST(OrderedContainers, ComesBackFromItsAttributes) {
-    TypeParam container;
-    container.setOwnership(Ownership::adopt);
-    for (const uint32_t word : {7u, 8u})
-        container.add(new CmUID(FUID(word, 0, 0, 0)));
+TYPED_TEST(Containers, ComeBackFromTheirAttributes) {
+    this->fill(12);
+    this->container.setOwnership(Ownership::adopt);
+    for (const auto& item : this->items)
+        item->addRef();
     const Ref<FAttributes> stored = make<FAttributes>();
-    ASSERT_TRUE(container.storeAttributes(stored.get()));
+    ASSERT_TRUE(this->container.storeAttributes(stored.get()));
     EXPECT_EQ(stored->getInteger("ownership"), 1);
-    EXPECT_EQ(stored->count("obj"), 2);
+    EXPECT_EQ(stored->count("obj"), 12);
+    const Numbers before = numbersOf(this->container);
+    // An element that carries its link is on one container only.
+    this->container.removeAll();
 
     TypeParam back;
     ASSERT_TRUE(back.restoreAttributes(stored.get()));
     EXPECT_EQ(back.getOwnership(), Ownership::adopt);
-    ASSERT_EQ(back.count(), 2);
-    EXPECT_EQ(static_cast<CmUID*>(back.at(1))->uid().word(0), 8u);
-}
+    EXPECT_EQ(numbersOf(back), before);
 
-TEST(CmArray, GrowsByItsRule) {
-    const Ref<Item> item = make<Item>(0);
-    CmArray fixed(2, CmArray::fixedCapacity);
-    EXPECT_TRUE(fixed.add(item.get()));
-    EXPECT_TRUE(fixed.add(item.get()));
-    EXPECT_FALSE(fixed.add(item.get()));
-    EXPECT_EQ(fixed.count(), 2);
-
-    struct Case {
-        int32_t capacity;
-        int32_t growth;
-        std::vector<int32_t> sizesAfter; ///< adding 1, 10, 11 and 21 elements
-    };
-    const Case cases[] = {
-        {0, CmArray::doubling, {10, 10, 20, 40}}, {0, 10, {10, 10, 20, 30}}, {3, 4, {3, 11, 11, 23}}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.capacity << " by " << c.growth);
-        CmArray array(c.capacity, c.growth);
-        size_t row = 0;
-        for (const int32_t target : {1, 10, 11, 21}) {
-            while (array.count() < target)
-                ASSERT_TRUE(array.add(item.get()));
-            EXPECT_EQ(array.size(), c.sizesAfter[row++]) << target;
-        }
-    }
-    EXPECT_EQ(CmArray().getGrowth(), 10);
-    EXPECT_EQ(CmArray().size(), 0);
-}
-
-TEST(CmArray, ReleasesWhatNoLongerFits) {
-    const Ref<Item> items[] = {make<Item>(0), make<Item>(1), make<Item>(2)};
-    CmArray array(3, 1, Ownership::share);
-    for (const auto& item : items)
-        array.add(item.get());
-    EXPECT_TRUE(array.setCapacity(1));
-    EXPECT_EQ(array.count(), 1);
-    EXPECT_EQ(countOf(items[0].get()), 2u);
-    EXPECT_EQ(countOf(items[1].get()), 1u);
-    EXPECT_EQ(countOf(items[2].get()), 1u);
-}
-
-TEST(CmLinkedList, TakesAndSplicesWithTheirReferences) {
-    CmLinkedList first(Ownership::adopt);
-    CmLinkedList second(Ownership::adopt);
-    for (uint32_t i = 0; i < 2; ++i)
-        second.add(new Item(i));
-    first.splice(second);
-    EXPECT_TRUE(second.isEmpty());
-    second.add(new Item(9));
-    first.splice(second);
-    EXPECT_EQ(numbersOf(first), (Numbers{0, 1, 9}));
-    const Ref<CmObject> taken = Ref<CmObject>::adopt(first.takeFirst());
-    EXPECT_EQ(countOf(taken.get()), 1u);
-    EXPECT_EQ(first.count(), 2);
-    EXPECT_EQ(second.takeFirst(), nullptr);
+    this->container.setOwnership(Ownership::none);
+    const Ref<FAttributes> plain = make<FAttributes>();
+    ASSERT_TRUE(this->container.storeAttributes(plain.get()));
+    EXPECT_FALSE(plain->contains("ownership"));
 }
 
 } // namespace

@@ -1,0 +1,123 @@
+#include "foundation/containers/ArrayStorage.h"
+
+#include "persistence/FObjectArchive.h"
+#include "persistence/FStream.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qorl {
+
+ArrayStorage::ArrayStorage(int32_t capacity, int32_t growth, Ownership ownership)
+    : CmContainer(ownership), growth_(growth) {
+    if (capacity > 0)
+        setCapacity(capacity);
+}
+
+ArrayStorage::ArrayStorage(const ArrayStorage& other) : CmContainer(other), growth_(other.growth_) {
+    if (!setCapacity(other.size_))
+        return;
+    count_ = other.count_;
+    std::copy_n(other.array_.get(), count_, array_.get());
+    if (releases(ownership_))
+        for (CmObject* element : elements())
+            element->addRef();
+}
+
+ArrayStorage::~ArrayStorage() {
+    ArrayStorage::removeAll();
+}
+
+bool ArrayStorage::setCapacity(int32_t capacity) {
+    capacity = std::max(capacity, 0);
+    std::unique_ptr<CmObject*[]> block(new (std::nothrow) CmObject*[static_cast<size_t>(capacity)]);
+    if (!block)
+        return false;
+    const int32_t kept = std::min(count_, capacity);
+    std::copy_n(array_.get(), kept, block.get());
+    const std::unique_ptr<CmObject*[]> old = std::exchange(array_, std::move(block));
+    const int32_t before = std::exchange(count_, kept);
+    size_ = capacity;
+    for (int32_t i = kept; i < before; ++i)
+        give(old[static_cast<size_t>(i)]);
+    return true;
+}
+
+bool ArrayStorage::grow() {
+    int64_t capacity = static_cast<int64_t>(size_) + growth_;
+    if (growth_ == doubling)
+        capacity = size_ < 1 ? defaultGrowth : 2 * static_cast<int64_t>(size_);
+    capacity = std::min<int64_t>(capacity, INT32_MAX);
+    return capacity > count_ && setCapacity(static_cast<int32_t>(capacity));
+}
+
+bool ArrayStorage::insert(int32_t place, CmObject* object) {
+    if (!append(object))
+        return false;
+    CmObject** const block = array_.get();
+    std::rotate(block + place, block + count_ - 1, block + count_);
+    return true;
+}
+
+bool ArrayStorage::removeAtIterator(CmIterator* iterator) {
+    const auto* at = static_cast<CmArrayIterator*>(iterator);
+    return at && &at->array_ == this && ArrayStorage::removeAt(at->index_);
+}
+
+bool ArrayStorage::remove(CmObject* object) {
+    const auto all = elements();
+    return ArrayStorage::removeAt(
+        static_cast<int32_t>(std::find(all.begin(), all.end(), object) - all.begin()));
+}
+
+bool ArrayStorage::removeAt(int32_t index) {
+    if (index < 0 || index >= count_)
+        return false;
+    CmObject** const place = array_.get() + index;
+    CmObject* const removed = *place;
+    std::copy(place + 1, array_.get() + count_, place);
+    array_[static_cast<size_t>(--count_)] = nullptr;
+    give(removed);
+    return true;
+}
+
+void ArrayStorage::removeAll() {
+    // From the end, so that whoever is reached from a destructor finds the array in order.
+    while (count_ > 0) {
+        CmObject* removed = std::exchange(array_[static_cast<size_t>(--count_)], nullptr);
+        give(removed);
+    }
+}
+
+CmIterator* ArrayStorage::newIterator() const {
+    return new (std::nothrow) CmArrayIterator(*this);
+}
+
+bool ArrayStorage::writeTo(FObjectArchive* archive) {
+    return !hasNullElement() && archive->stream().writeInt32(growth_ < 0 ? defaultGrowth : growth_) &&
+           CmContainer::writeTo(archive);
+}
+
+bool ArrayStorage::readFrom(FObjectArchive* archive) {
+    int32_t growth = 0;
+    if (!archive->stream().readInt32(growth))
+        return false;
+    // The stored growth is for elements to come: by itself it must neither refuse those that are stored nor
+    // ask for memory that they do not need.
+    growth_ = doubling;
+    const bool complete = CmContainer::readFrom(archive);
+    growth_ = growth < 0 ? defaultGrowth : growth;
+    return complete;
+}
+
+void CmArrayIterator::forward(int32_t count) {
+    if (count > 0 && !done())
+        index_ += std::min(count, array_.count() - index_);
+}
+
+void CmArrayIterator::backward(int32_t count) {
+    if (count > 0 && !done())
+        index_ -= std::min(count, index_ + 1);
+}
+
+} // namespace qorl

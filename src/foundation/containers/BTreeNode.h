@@ -1,0 +1,53 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+
+namespace qorl {
+
+/// A node of a B-tree: its sorted keys and, unless it is a leaf, one child more, behind it in one block.
+///
+/// There is room for one key more than the tree allows, so that a node may overflow before it is split.
+struct BTreeNode {
+    enum class Kind : uint8_t { leaf, inner };
+
+    int32_t count = 0;
+    BTreeNode* parent = nullptr;
+    CmObject** keys;
+    BTreeNode** children; ///< Null in a leaf.
+
+    /// Null when memory ran out.
+    static BTreeNode* make(int32_t order, Kind kind);
+    static void destroy(BTreeNode* node);
+
+    bool isLeaf() const { return !children; }
+    /// The index of this node among its parent's children.
+    int32_t placeInParent() const;
+
+    void insertKey(int32_t index, CmObject* key);
+    void eraseKey(int32_t index);
+    /// Takes `child` in, whose parent this becomes.
+    void insertChild(int32_t index, BTreeNode* child);
+    void eraseChild(int32_t index);
+    /// Appends keys, and in an inner node children, of `from`, which keep standing there.
+    void appendKeys(const BTreeNode& from, int32_t first, int32_t number);
+    void appendChildren(const BTreeNode& from, int32_t first, int32_t number);
+};
+
+/// A key's place in a tree; the null node is past the end.
+struct BTreePlace {
+    BTreeNode* node = nullptr;
+    int32_t index = 0;
+
+    explicit operator bool() const { return node; }
+    CmObject*& key() const { return node->keys[index]; }
+    bool operator==(const BTreePlace&) const = default;
+
+    static BTreePlace first(BTreeNode* root);
+    static BTreePlace last(BTreeNode* root);
+    BTreePlace next() const;
+    BTreePlace previous() const;
+    /// This place, or the first key above when it lies behind the last key of its leaf.
+    BTreePlace settled() const;
+};
+
+} // namespace qorl

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "foundation/containers/CmBTree.h"
+#include "foundation/containers/dictionaries/DictionaryOf.h"
+
+namespace qorl {
+
+/// Pairs sorted by their keys. `add` refuses what is no pair, and a key that exists.
+class CmBTreeDictionary : public DictionaryOf<CmBTree> {
+    QORL_CLASS(CmBTreeDictionary, CmBTree)
+    QORL_RECORD(CmBTreeDictionary)
+
+public:
+    explicit CmBTreeDictionary(int32_t order = leastOrder, Ownership ownership = Ownership::none)
+        : DictionaryOf(order, ownership) {}
+
+    CmObject* clone() const override { return copyOf(*this); }
+
+    bool add(CmObject* object) override {
+        return cast<CmAssociation>(object) && insert(object, Equals::refuse);
+    }
+};
+
+} // namespace qorl

@@ -1,0 +1,107 @@
+#include "foundation/containers/Elements.h"
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+namespace {
+
+TEST(CmArray, GrowsByItsRule) {
+    const Ref<NumberedObject> item = make<NumberedObject>();
+    struct Case {
+        int32_t capacity;
+        int32_t growth;
+        Numbers sizesAfter; ///< adding 1, 10, 11 and 21 elements
+    };
+    const Case cases[] = {
+        {0, CmArray::doubling, {10, 10, 20, 40}}, {0, 10, {10, 10, 20, 30}}, {3, 4, {3, 11, 11, 23}}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.capacity << " by " << c.growth);
+        CmArray array(c.capacity, c.growth);
+        size_t row = 0;
+        for (const int32_t target : {1, 10, 11, 21}) {
+            while (array.count() < target)
+                ASSERT_TRUE(array.add(item.get()));
+            EXPECT_EQ(array.size(), c.sizesAfter[row++]) << target;
+        }
+    }
+    EXPECT_EQ(CmArray().getGrowth(), 10);
+    EXPECT_EQ(CmArray().size(), 0);
+}
+
+TEST(CmArray, RefusesWhatItCannotGrowFor) {
+    const Ref<NumberedObject> items[] = {make<NumberedObject>(1), make<NumberedObject>(2),
+                                         make<NumberedObject>(3)};
+    for (const int32_t growth : {0, -2, -5, INT32_MIN}) {
+        CmArray array(2, growth, Ownership::share);
+        EXPECT_TRUE(array.add(items[0].get()) && array.add(items[1].get()));
+        EXPECT_FALSE(array.add(items[2].get())) << growth;
+        EXPECT_EQ(numbersOf(array), (Numbers{1, 2})) << growth;
+        EXPECT_EQ(array.size(), 2) << growth;
+        EXPECT_EQ(referencesOn(items[2].get()), 1u);
+    }
+}
+
+TEST(CmArray, ReleasesWhatNoLongerFits) {
+    const Ref<NumberedObject> items[] = {make<NumberedObject>(0), make<NumberedObject>(1),
+                                         make<NumberedObject>(2)};
+    CmArray array(3, 1, Ownership::share);
+    for (const auto& item : items)
+        array.add(item.get());
+    EXPECT_TRUE(array.setCapacity(1));
+    EXPECT_EQ(array.count(), 1);
+    EXPECT_EQ(array.size(), 1);
+    EXPECT_EQ(referencesOn(items[0].get()), 2u);
+    EXPECT_EQ(referencesOn(items[1].get()), 1u);
+    EXPECT_EQ(referencesOn(items[2].get()), 1u);
+    EXPECT_TRUE(array.setCapacity(-7));
+    EXPECT_TRUE(array.isEmpty());
+}
+
+TEST(CmArray, KeepsTheOrderOfArrival) {
+    CmArray array(0, 1, Ownership::adopt);
+    for (const int32_t number : {3, 1, 2, 1})
+        array.add(new NumberedObject(number));
+    EXPECT_TRUE(array.remove(array.at(3))) << "by identity, not the equal one before it";
+    EXPECT_EQ(numbersOf(array), (Numbers{3, 1, 2}));
+    EXPECT_TRUE(array.removeAt(0));
+    EXPECT_EQ(numbersOf(array), (Numbers{1, 2}));
+}
+
+TEST(CmOrderedArray, PutsEachObjectBehindItsEquals) {
+    CmOrderedArray array(0, CmOrderedArray::doubling, Ownership::adopt);
+    std::vector<CmObject*> arrival;
+    for (int32_t i = 0; i < 300; ++i) {
+        arrival.push_back(new NumberedObject(i * 17 % 7));
+        ASSERT_TRUE(array.add(arrival.back()));
+    }
+    std::stable_sort(arrival.begin(), arrival.end(),
+                     [](const CmObject* a, const CmObject* b) { return a->compare(b) < 0; });
+    EXPECT_TRUE(std::equal(arrival.begin(), arrival.end(), array.elements().begin(), array.elements().end()));
+    const NumberedObject three(3);
+    EXPECT_EQ(array.find(&three),
+              *std::find_if(arrival.begin(), arrival.end(),
+                            [](const CmObject* object) { return Number::of(object) == 3; }))
+        << "the first of its rank";
+}
+
+TEST(CmOrderedArray, FindsByHalving) {
+    static int32_t comparisons;
+    class Counting : public NumberedObject {
+    public:
+        using NumberedObject::NumberedObject;
+        int32_t compare(const CmObject* other) const override {
+            ++comparisons;
+            return NumberedObject::compare(other);
+        }
+    };
+    CmOrderedArray array(1000, 0, Ownership::adopt);
+    for (int32_t i = 0; i < 1000; ++i)
+        array.add(new Counting(i));
+    comparisons = 0;
+    const Counting wanted(613);
+    EXPECT_EQ(Number::of(array.find(&wanted)), 613);
+    EXPECT_LE(comparisons, 12);
+}
+
+} // namespace
+} // namespace qorl

@@ -1,0 +1,174 @@
+#include "foundation/containers/Elements.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+
+namespace qorl {
+namespace {
+
+/// A tree that can be looked into.
+class OpenTree : public CmBTree {
+public:
+    using CmBTree::CmBTree;
+
+    /// Empty when the tree is as it has to be, else the fault.
+    std::string fault() const {
+        const BTreeNode* root = getRoot();
+        if (!root)
+            return count() == 0 ? "" : "elements without a root";
+        depth_ = -1;
+        keys_ = 0;
+        std::string found = faultIn(*root, 0);
+        if (found.empty() && keys_ != count())
+            found = "the count is " + std::to_string(count()) + ", the keys are " + std::to_string(keys_);
+        return found;
+    }
+
+private:
+    std::string faultIn(const BTreeNode& node, int32_t depth) const {
+        const bool isRoot = node.parent == nullptr;
+        if (node.count > getOrder() - 1)
+            return "a node overflows";
+        if (node.count < (isRoot ? 1 : (getOrder() - 1) / 2))
+            return "a node is below half";
+        for (int32_t i = 1; i < node.count; ++i)
+            if (node.keys[i - 1]->compare(node.keys[i]) > 0)
+                return "keys are out of order";
+        keys_ += node.count;
+        if (node.isLeaf()) {
+            const bool isLevel = depth_ < 0 || depth_ == depth;
+            depth_ = depth;
+            return isLevel ? "" : "leaves stand at two depths";
+        }
+        for (int32_t i = 0; i <= node.count; ++i) {
+            const BTreeNode& child = *node.children[i];
+            if (child.parent != &node)
+                return "a child has another parent";
+            if ((i > 0 && child.keys[0]->compare(node.keys[i - 1]) < 0) ||
+                (i < node.count && child.keys[child.count - 1]->compare(node.keys[i]) > 0))
+                return "a child is out of order";
+            if (std::string found = faultIn(child, depth + 1); !found.empty())
+                return found;
+        }
+        return "";
+    }
+
+    mutable int32_t depth_ = 0;
+    mutable int32_t keys_ = 0;
+};
+
+using Reference = std::multiset<int32_t>;
+
+class BTreeOfOrder : public ::testing::TestWithParam<int32_t> {
+protected:
+    void add(int32_t number) {
+        ASSERT_TRUE(tree.add(new NumberedObject(number)));
+        reference.insert(number);
+    }
+    /// The element at an iterator that walked to an equal one and on among those of its rank.
+    void removeThroughIterator(CmObject* element) {
+        CmBTreeIterator it(tree);
+        it.seek(element);
+        it.forward(static_cast<int32_t>(random() % 3));
+        if (it.done())
+            return;
+        reference.erase(reference.find(Number::of(it.current())));
+        CmBTreeIterator behind = it;
+        behind.next();
+        CmObject* expected = behind.current();
+        ASSERT_TRUE(tree.removeAtIterator(&it));
+        ASSERT_EQ(it.current(), expected) << "it stands on the one behind";
+        it.previous();
+    }
+    void step() {
+        const auto number = static_cast<int32_t>(random() % 60);
+        const NumberedObject probe(number);
+        CmObject* found = tree.find(&probe);
+        ASSERT_EQ(found != nullptr, reference.contains(number));
+        // Phases in which the tree grows and phases in which it shrinks to nothing.
+        const uint32_t growing = ++steps / 200 % 2 ? 25 : 70;
+        if (random() % 100 < growing || tree.isEmpty()) {
+            add(number);
+            return;
+        }
+        if (!found)
+            found = tree.at(static_cast<int32_t>(random() % static_cast<uint32_t>(tree.count())));
+        if (random() % 2)
+            return removeThroughIterator(found);
+        reference.erase(reference.find(Number::of(found)));
+        ASSERT_TRUE(tree.remove(found));
+    }
+
+    std::mt19937 random{20};
+    int32_t steps = 0;
+    OpenTree tree{GetParam(), Ownership::adopt};
+    Reference reference;
+};
+
+TEST_P(BTreeOfOrder, KeepsItsShapeThroughRandomOperations) {
+    const int32_t alive = Number::alive;
+    for (int32_t i = 0; i < 100'000; ++i) {
+        ASSERT_NO_FATAL_FAILURE(step()) << "operation " << i;
+        ASSERT_EQ(tree.fault(), "") << "operation " << i;
+        ASSERT_EQ(static_cast<size_t>(tree.count()), reference.size()) << "operation " << i;
+        if (i % 100 == 0) {
+            ASSERT_EQ(numbersOf(tree), Numbers(reference.begin(), reference.end())) << "operation " << i;
+        }
+    }
+    EXPECT_EQ(numbersOf(tree), Numbers(reference.begin(), reference.end()));
+    EXPECT_EQ(Number::alive - alive, tree.count());
+}
+
+TEST_P(BTreeOfOrder, KeepsEqualsInTheOrderOfArrival) {
+    std::vector<CmObject*> arrival;
+    for (int32_t i = 0; i < 500; ++i) {
+        arrival.push_back(new NumberedObject(i * 31 % 5));
+        ASSERT_TRUE(tree.add(arrival.back()));
+    }
+    std::stable_sort(arrival.begin(), arrival.end(),
+                     [](const CmObject* a, const CmObject* b) { return a->compare(b) < 0; });
+    CmBTreeIterator it(tree);
+    for (CmObject* expected : arrival)
+        ASSERT_EQ(it.next(), expected);
+    const NumberedObject three(3);
+    EXPECT_EQ(tree.find(&three), arrival[300]) << "the first of its rank";
+    const Ref<CmObject> middle = retain(arrival[350]);
+    EXPECT_TRUE(tree.remove(middle.get())) << "from among its equals";
+    EXPECT_FALSE(tree.containsSame(middle.get()));
+    EXPECT_EQ(tree.count(), 499);
+}
+
+TEST_P(BTreeOfOrder, IsCopiedNodeByNode) {
+    for (int32_t i = 0; i < 200; ++i)
+        add(i * 7 % 50);
+    const Ref<OpenTree> copy = make<OpenTree>(tree);
+    EXPECT_EQ(copy->fault(), "");
+    EXPECT_EQ(numbersOf(*copy), numbersOf(tree));
+    EXPECT_EQ(referencesOn(tree.at(0)), 2u);
+    copy->removeAll();
+    EXPECT_EQ(referencesOn(tree.at(0)), 1u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Orders, BTreeOfOrder, ::testing::Values(3, 4, 5, 32),
+                         [](const auto& row) { return std::to_string(row.param); });
+
+TEST(CmBTree, TakesThreeForALowerOrder) {
+    for (const int32_t order : {2, 0, -5, INT32_MIN, 3})
+        EXPECT_EQ(CmBTree(order).getOrder(), 3) << order;
+    EXPECT_EQ(CmBTree().getOrder(), 3);
+}
+
+TEST(CmBTree, RemovesWhatChangedItsRank) {
+    CmBTree tree(3, Ownership::adopt);
+    for (int32_t i = 0; i < 50; ++i)
+        tree.add(new NumberedObject(i));
+    auto* moved = cast<NumberedObject>(tree.at(20));
+    moved->value = 100;
+    EXPECT_TRUE(tree.containsSame(moved));
+    EXPECT_TRUE(tree.remove(moved));
+    EXPECT_EQ(tree.count(), 49);
+}
+
+} // namespace
+} // namespace qorl
