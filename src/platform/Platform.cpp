@@ -5,13 +5,15 @@
 #include "platform/headless/HeadlessDesktop.h"
 #include "platform/x11/X11Desktop.h"
 
+#include <atomic>
 #include <memory>
 
 namespace qorl::platform {
 
 namespace {
 
-constinit DesktopServices* services = nullptr;
+// Other threads ask for the time and wake the user interface.
+constinit std::atomic<DesktopServices*> services{nullptr};
 constinit DpiAwareness dpiAwareness = DpiAwareness::none;
 
 /// Empty when the environment names none.
@@ -34,10 +36,10 @@ std::unique_ptr<DesktopServices> createX11(std::string& error) {
 
 bool start(Backend backend, std::string& error) {
     const std::string_view wanted = backend == Backend::headless ? "headless" : "x11";
-    if (services) {
-        if (services->getName() == wanted)
+    if (const DesktopServices* running = services) {
+        if (running->getName() == wanted)
             return true;
-        error = "a desktop is running already: " + std::string(services->getName());
+        error = "a desktop is running already: " + std::string(running->getName());
         return false;
     }
     std::unique_ptr<DesktopServices> made;
@@ -60,7 +62,7 @@ bool start(DesktopServices* made) {
 
 void stop() {
     // Windows that close last may still ask for the desktop.
-    delete services;
+    delete services.load();
     services = nullptr;
 }
 

@@ -21,9 +21,16 @@ bool startThread(ThreadBody body, void* argument, const char* name, ThreadHandle
 /// when asked again; the handle stays valid until `closeThread`.
 bool joinThread(ThreadHandle handle, int64_t milliseconds);
 
-/// Ends the thread where it stands. Its stack is not unwound and locks that it holds stay locked for ever, so
-/// this is for a thread that does not answer, before its process ends or its work is given up. False for the
-/// calling thread and for one that has ended.
+/// Ends the thread where it stands, by a signal whose handler leaves the kernel's thread: no forced
+/// termination but this one needs nothing of the code that the thread runs.
+///
+/// Nothing is unwound. What stays behind for the life of the process: the thread's stack, every lock that it
+/// holds, the allocator's among them if it stood there, and whatever it had allocated or half changed. So
+/// this is for a thread that does not answer, before its process ends or its work is given up. Where no
+/// thread is to be lost, its code looks at a flag and returns.
+///
+/// False for the calling thread, for one that has ended, and for one that the system does not interrupt
+/// within a second, which then goes on. One at a time: a second caller waits.
 bool terminateThread(ThreadHandle handle);
 
 /// Gives the handle up. The thread goes on if it still runs.
@@ -31,6 +38,9 @@ void closeThread(ThreadHandle handle);
 
 /// A handle for the calling thread, also for one that was not started here; to be closed.
 ThreadHandle openCurrentThread();
+
+/// Whether the handle is the calling thread's.
+bool isCurrentThread(ThreadHandle handle);
 
 /// The number by which the system's tools know the calling thread.
 uint32_t currentThreadId();
@@ -40,8 +50,13 @@ uint32_t currentThreadId();
 /// could be set.
 bool setThreadPriority(ThreadHandle handle, int32_t priority);
 
-/// Whether the process runs neither raised nor lowered against others.
-bool isNormalPriorityClass();
+enum class PriorityClass : uint8_t {
+    normal,
+    other ///< the process runs raised or lowered against others
+};
+
+/// The class of this process at the moment.
+PriorityClass getPriorityClass();
 
 /// Real time, on any thread. The user-interface thread uses `DesktopServices::sleep`.
 void sleepThread(int64_t milliseconds);

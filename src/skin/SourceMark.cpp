@@ -3,8 +3,8 @@
 #include "foundation/ClassMacros.h"
 #include "foundation/CmObject.h"
 #include "foundation/Singleton.h"
+#include "foundation/threads/FLock.h"
 
-#include <mutex>
 #include <string>
 
 namespace qorl {
@@ -22,7 +22,7 @@ class SourceFiles final : public CmObject {
 
 public:
     uint32_t add(std::string_view name, SourceMark includedFrom) {
-        const std::lock_guard lock(mutex_);
+        const FGuard guard(lock_);
         const char* interned = internFileName(name);
         for (size_t i = 1; i < files_.size(); ++i)
             if (files_[i].name == interned && files_[i].includedFrom == includedFrom)
@@ -34,12 +34,12 @@ public:
     }
 
     SourceFile get(uint32_t file) {
-        const std::lock_guard lock(mutex_);
+        const FGuard guard(lock_);
         return file < files_.size() ? files_[file] : SourceFile{};
     }
 
 private:
-    std::mutex mutex_;
+    FLock lock_{"FLock"};
     std::vector<SourceFile> files_{SourceFile{}};
 };
 

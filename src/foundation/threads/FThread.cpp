@@ -30,11 +30,15 @@ FThread::~FThread() {
         platform::closeThread(handle_);
 }
 
+int32_t FThread::relativePriority(int32_t index, platform::PriorityClass processClass) {
+    const int32_t row = std::clamp(index, 0, priorities - 1);
+    return priorityTable[row][processClass == platform::PriorityClass::normal ? 0 : 1];
+}
+
 void FThread::setPriority(int32_t index) {
     priority_ = std::clamp(index, 0, priorities - 1);
     if (handle_)
-        platform::setThreadPriority(handle_,
-                                    priorityTable[priority_][platform::isNormalPriorityClass() ? 0 : 1]);
+        platform::setThreadPriority(handle_, relativePriority(priority_, platform::getPriorityClass()));
 }
 
 void FThread::threadStarted() {}
@@ -44,10 +48,15 @@ uint32_t FThread::body(void* argument) {
     thread->threadId_ = platform::currentThreadId();
     thread->resumed_.wait();
     thread->threadStarted();
+    // The object may delete itself at the end of `run`.
     return thread->run();
 }
 
 bool FThread::start() {
+    if (handle_ && !join(0))
+        return false;
+    platform::closeThread(handle_);
+    handle_ = 0;
     started_ = true;
     resumed_.reset();
     if (!platform::startThread(&FThread::body, this, name_.c_str(), handle_))
@@ -63,16 +72,18 @@ bool FThread::join(uint32_t milliseconds) {
     return platform::joinThread(handle_, milliseconds == noLimit ? -1 : static_cast<int64_t>(milliseconds));
 }
 
-void FThread::terminate() {
+bool FThread::terminate() {
     if (!handle_)
-        return;
-    platform::terminateThread(handle_);
+        return true;
+    if (!platform::joinThread(handle_, 0) && !platform::terminateThread(handle_))
+        return false;
     platform::closeThread(handle_);
     handle_ = 0;
+    return true;
 }
 
 bool FThread::isCurrent() const {
-    return threadId_ == platform::currentThreadId();
+    return platform::isCurrentThread(handle_);
 }
 
 } // namespace qorl

@@ -42,17 +42,25 @@ public:
     /// An index from 0 (idle) over 2 (normal) to 5 (time critical); kept for the start, applied at once to a
     /// running thread. Indices beyond that are limited.
     virtual void setPriority(int32_t index);
+    /// Called on the new thread in front of `run`.
     virtual void threadStarted();
     /// The thread's work. The result is its exit code.
     virtual uint32_t run() = 0;
 
-    /// False when the system gives no thread.
+    /// False when the system gives no thread, and while this one still runs. The thread has its priority
+    /// before it calls anything.
     bool start();
     /// True when the thread has ended within that many milliseconds, or was never started.
     bool join(uint32_t milliseconds = noLimit);
-    /// Ends a thread that does not answer where it stands. Whatever it holds stays held.
-    void terminate();
+    /// Ends a thread that does not answer where it stands, and closes the handle. What that leaves behind is
+    /// told at `platform::terminateThread`: its stack, locks that it holds, its unfinished work. False, with
+    /// the thread going on, when the system can't end it.
+    bool terminate();
+    /// Whether the calling thread is this one.
     bool isCurrent() const;
+
+    /// The platform's relative priority that an index stands for in a process of the given class.
+    static int32_t relativePriority(int32_t index, platform::PriorityClass processClass);
 
     bool isStarted() const { return started_; }
     int32_t getPriority() const { return priority_; }
@@ -61,10 +69,10 @@ public:
     const std::string& getName() const { return name_; }
 
 protected:
-    int32_t priority_ = defaultPriority;
-    bool started_ = false;
+    std::atomic<int32_t> priority_{defaultPriority};
+    std::atomic<bool> started_{false};
     platform::ThreadHandle handle_ = 0;
-    std::atomic<uint32_t> threadId_{0};
+    std::atomic<uint32_t> threadId_{0}; ///< set when the thread runs first
 
 private:
     static uint32_t body(void* argument);

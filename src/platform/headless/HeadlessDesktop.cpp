@@ -67,7 +67,7 @@ bool HeadlessDesktop::hasNativeEvent() {
 bool HeadlessDesktop::dispatchNativeEvent() {
     const Step step = std::move(queue_.front());
     queue_.pop_front();
-    lastInput_ = now_;
+    lastInput_ = now_.load();
     if (step.pause > 0)
         pauseEnd_ = now_ + step.pause;
     if (step.run)
@@ -88,7 +88,7 @@ bool HeadlessDesktop::isStarving(int64_t until) const {
 }
 
 void HeadlessDesktop::starve() {
-    lastInput_ = now_;
+    lastInput_ = now_.load();
     if (!isCapturing())
         return;
     buttons_ = noButton;
@@ -118,7 +118,7 @@ WaitResult HeadlessDesktop::waitForEvent(int64_t milliseconds) {
         starve();
         return WaitResult::exhausted;
     }
-    now_ = std::max(now_, until);
+    now_ = std::max(now_.load(), until);
     return isEventFirst ? WaitResult::event : WaitResult::timeout;
 }
 
@@ -139,10 +139,10 @@ void HeadlessDesktop::advance(int64_t milliseconds) {
     const int64_t end = now_ + milliseconds;
     processEvents();
     for (int64_t next = getNextTime(); next != TimerQueue::never && next <= end; next = getNextTime()) {
-        now_ = std::max(now_, next);
+        now_ = std::max(now_.load(), next);
         processEvents();
     }
-    now_ = std::max(now_, end);
+    now_ = std::max(now_.load(), end);
     processEvents();
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/DesktopBase.h"
 
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <string>
@@ -160,7 +161,7 @@ private:
     std::deque<Step> queue_;
     HeadlessFeeder* feeder_ = nullptr;
     bool isFeeding_ = false;
-    int64_t now_ = firstTick;
+    std::atomic<int64_t> now_ = firstTick; ///< any thread may ask for the time
     int64_t pauseEnd_ = firstTick;
     int64_t lastInput_ = firstTick;
     CmPoint mouse_;

@@ -61,6 +61,8 @@ void* enterThread(void* argument) {
     record->id = static_cast<pid_t>(syscall(SYS_gettid));
     record->id.notify_all();
     const uint32_t code = record->body(record->argument);
+    // From here on the thread ends by itself: a signal that comes now finds nothing to end.
+    ownRecord = nullptr;
     sem_post(&record->ended);
     releaseRecord(record);
     return reinterpret_cast<void*>(static_cast<uintptr_t>(code));
@@ -90,8 +92,14 @@ bool waitForEnd(ThreadRecord& record, int64_t milliseconds) {
     }
 }
 
+/// The handler of the signal is the process's, so one termination at a time.
+constinit std::mutex terminationLock;
+constinit thread_local uint32_t ownThreadId = 0;
+
 /// Ends the calling thread in the kernel, with nothing unwound.
 void endCallingThread(int) {
+    if (!ownRecord)
+        return;
     ownRecord->isTerminated = true;
     sem_post(&ownRecord->ended);
     syscall(SYS_exit, 0);
@@ -168,6 +176,7 @@ bool terminateThread(ThreadHandle handle) {
         return false;
     // Before it has told its id a thread does not know its record, which the signal's handler needs.
     record->id.wait(0);
+    const std::lock_guard guard(terminationLock);
     const int signal = SIGRTMAX - 1;
     struct sigaction action = {};
     struct sigaction earlier = {};
@@ -177,11 +186,13 @@ bool terminateThread(ThreadHandle handle) {
         return false;
     pthread_kill(record->thread, signal);
     const bool hasEnded = joinThread(handle, 1000);
+    // A signal that is still on its way must not meet the default action, which ends the process.
+    if (!hasEnded)
+        earlier.sa_handler = SIG_IGN;
     sigaction(signal, &earlier, nullptr);
-    if (!hasEnded || !record->isTerminated)
-        return hasEnded;
-    releaseRecord(record);
-    return true;
+    if (hasEnded && record->isTerminated)
+        releaseRecord(record);
+    return hasEnded;
 }
 
 void closeThread(ThreadHandle handle) {
@@ -203,8 +214,17 @@ ThreadHandle openCurrentThread() {
     return reinterpret_cast<ThreadHandle>(record);
 }
 
+bool isCurrentThread(ThreadHandle handle) {
+    const ThreadRecord* record = toRecord(handle);
+    if (!record)
+        return false;
+    return record->isForeign ? pthread_equal(record->thread, pthread_self()) != 0 : record == ownRecord;
+}
+
 uint32_t currentThreadId() {
-    return static_cast<uint32_t>(syscall(SYS_gettid));
+    if (ownThreadId == 0)
+        ownThreadId = static_cast<uint32_t>(syscall(SYS_gettid));
+    return ownThreadId;
 }
 
 bool setThreadPriority(ThreadHandle handle, int32_t priority) {
@@ -221,8 +241,9 @@ bool setThreadPriority(ThreadHandle handle, int32_t priority) {
     return priority > 0 && setpriority(PRIO_PROCESS, static_cast<id_t>(id), base) == 0;
 }
 
-bool isNormalPriorityClass() {
-    return getpriority(PRIO_PROCESS, static_cast<id_t>(getpid())) == 0;
+PriorityClass getPriorityClass() {
+    const int nice = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
+    return nice == 0 ? PriorityClass::normal : PriorityClass::other;
 }
 
 void sleepThread(int64_t milliseconds) {

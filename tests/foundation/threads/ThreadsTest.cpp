@@ -1,5 +1,9 @@
+#include "foundation/messages/EventLoop.h"
 #include "foundation/threads/FLock.h"
 #include "foundation/threads/FThread.h"
+#include "foundation/threads/Ticks.h"
+#include "platform/Platform.h"
+#include "platform/headless/HeadlessDesktop.h"
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -74,19 +78,60 @@ TEST(FThread, KeepsItsPriorityWithinTheTable) {
     }
 }
 
+TEST(FThread, LowersItselfByTheClassOfItsProcess) {
+    using platform::PriorityClass;
+    const int32_t normal[] = {-15, -1, 0, 1, 2, 15};
+    const int32_t other[] = {-15, -2, -1, 0, 1, 15};
+    for (int32_t index = 0; index < FThread::priorities; ++index) {
+        EXPECT_EQ(FThread::relativePriority(index, PriorityClass::normal), normal[index]) << index;
+        EXPECT_EQ(FThread::relativePriority(index, PriorityClass::other), other[index]) << index;
+    }
+}
+
+TEST(FThread, StartsAgainOnlyWhenItHasEnded) {
+    Worker worker;
+    ASSERT_TRUE(worker.start());
+    worker.entered.wait();
+    const platform::ThreadHandle handle = worker.getHandle();
+    EXPECT_FALSE(worker.start());
+    EXPECT_EQ(worker.getHandle(), handle);
+    worker.mayEnd.set();
+    EXPECT_TRUE(worker.join());
+    EXPECT_FALSE(worker.isCurrent());
+    EXPECT_TRUE(worker.start());
+    EXPECT_TRUE(worker.join());
+}
+
+TEST(FThread, MayDeleteItselfAtTheEndOfItsWork) {
+    struct Message : FThread {
+        explicit Message(platform::Event& whenGone) : FThread("Important Message"), gone(whenGone) {}
+        ~Message() override { gone.set(); }
+        uint32_t run() override {
+            delete this;
+            return 0;
+        }
+        platform::Event& gone;
+    };
+    platform::Event gone(platform::Reset::manual);
+    EXPECT_TRUE((new Message(gone))->start());
+    gone.wait();
+}
+
 TEST(FThread, CanBeEndedWhenItDoesNotAnswer) {
     struct Stubborn : FThread {
         Stubborn() : FThread("Stubborn") {}
         uint32_t run() override {
             entered.set();
             while (true)
-                std::this_thread::yield();
+                ++rounds;
         }
+        std::atomic<uint64_t> rounds{0};
         platform::Event entered{platform::Reset::manual};
     } thread;
     ASSERT_TRUE(thread.start());
     thread.entered.wait();
-    thread.terminate();
+    EXPECT_TRUE(thread.terminate());
+    EXPECT_TRUE(thread.terminate()) << "once is enough";
     EXPECT_EQ(thread.getHandle(), 0u);
     EXPECT_TRUE(thread.join(0));
 }
@@ -104,6 +149,21 @@ TEST(FThread, TellsItsObserverOfItsLife) {
     { const Worker worker; }
     EXPECT_EQ(observer.created, std::vector<std::string>{"Test Worker"});
     EXPECT_EQ(observer.destroyed, 1);
+}
+
+TEST(Ticks, FollowTheVirtualClockOnEveryThread) {
+    auto* desktop = new platform::HeadlessDesktop;
+    ASSERT_TRUE(platform::start(desktop));
+    const EventLoop loop;
+    const uint32_t start = getTicks();
+    desktop->advance(250);
+    uint32_t elsewhere = 0;
+    std::thread([&] { elsewhere = getTicks() - start; }).join();
+    EXPECT_EQ(elsewhere, 250u);
+    const auto wait = &sleep;
+    wait(60'000);
+    EXPECT_EQ(getTicks() - start, 60'250u);
+    platform::stop();
 }
 
 } // namespace

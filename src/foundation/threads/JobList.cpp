@@ -1,0 +1,45 @@
+#include "foundation/threads/JobList.h"
+
+namespace qorl {
+
+void JobList::insert(JobRecord* record, JobRecord* before) {
+    record->next = before;
+    record->previous = before ? before->previous : last_;
+    (record->previous ? record->previous->next : first_) = record;
+    (before ? before->previous : last_) = record;
+}
+
+void JobList::take(JobRecord* record) {
+    (record->previous ? record->previous->next : first_) = record->next;
+    (record->next ? record->next->previous : last_) = record->previous;
+    record->next = nullptr;
+    record->previous = nullptr;
+}
+
+JobRecord* JobList::popFront() {
+    JobRecord* record = first_;
+    if (record)
+        take(record);
+    return record;
+}
+
+JobRecord* JobList::popBack() {
+    JobRecord* record = last_;
+    if (record)
+        take(record);
+    return record;
+}
+
+void dropRecord(JobRecord* record) {
+    record->job->release();
+    if (record->owner)
+        record->owner->release();
+    delete record;
+}
+
+void cancelRecord(JobRecord* record) {
+    record->job->cancel(true);
+    dropRecord(record);
+}
+
+} // namespace qorl

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+
+namespace qorl {
+
+/// A piece of work for a thread that runs jobs.
+///
+/// Whoever gives a job to a thread gives a reference with it. The thread gives it back by `release`, once the
+/// job has run or was cancelled for good. The latter may be while it still runs (`PreferWorkerThread` does
+/// so at each cancelling, `WorkerThread` in `cancelCurrent`): a job that can be cancelled there holds a
+/// reference on itself during `run`.
+class Job {
+public:
+    virtual ~Job() = default;
+
+    /// The work, on the job-running thread and without any lock held. It looks often whether it was
+    /// cancelled: a thread that is stopped waits a second for it, then the job is ended with the thread.
+    virtual void run(int64_t argument) = 0;
+
+    /// Gives one reference back.
+    virtual void release() = 0;
+
+    /// Asks the job to give up; `isFinal` says that it will not be run again. From any thread, with the
+    /// queue's lock held: it only notes the request and must not wait for the job.
+    virtual void cancel(bool isFinal) = 0;
+};
+
+/// How work is given to a thread that runs jobs one after another, of whatever kind.
+///
+/// All operations may be called from any thread, `stop` not from the one that runs the jobs.
+class JobQueue {
+public:
+    /// Queues a job with a word that its `run` gets. True unless memory ran out: then the reference stays
+    /// with the caller. A thread that is being stopped cancels the job at once.
+    virtual bool addJob(Job* job, int64_t argument) = 0;
+
+    /// Cancels everything, ends the thread and deletes it. Nobody may touch it afterwards.
+    virtual void stop() = 0;
+
+    virtual void pause() = 0;
+    virtual void resume() = 0;
+
+protected:
+    ~JobQueue() = default;
+};
+
+} // namespace qorl

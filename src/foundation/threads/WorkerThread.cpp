@@ -1,0 +1,155 @@
+#include "foundation/threads/WorkerThread.h"
+
+#include <new>
+
+namespace qorl {
+
+namespace {
+
+constinit std::atomic<WorkerThread*> firstWorker{nullptr};
+
+} // namespace
+
+WorkerThread::WorkerThread(const char* name, int32_t priority)
+    : FThread(name && *name ? name : "Worker Thread"), startPriority_(priority) {
+    WorkerThread* none = nullptr;
+    firstWorker.compare_exchange_strong(none, this);
+}
+
+WorkerThread::~WorkerThread() {
+    WorkerThread* self = this;
+    firstWorker.compare_exchange_strong(self, nullptr);
+    while (JobRecord* record = queue_.popFront())
+        cancelRecord(record);
+}
+
+WorkerThread* WorkerThread::first() {
+    return firstWorker;
+}
+
+void WorkerThread::beforeJob(Job*) {}
+void WorkerThread::afterJob(Job*) {}
+void WorkerThread::idle() {}
+
+bool WorkerThread::addJob(Job* job, int64_t argument) {
+    if (!job)
+        return false;
+    auto* record = new (std::nothrow) JobRecord;
+    if (!record)
+        return false;
+    record->job = job;
+    record->argument = argument;
+
+    const FGuard guard(lock_);
+    if (stopping_) {
+        cancelRecord(record);
+        return true;
+    }
+    queue_.append(record);
+    if (notStarted_) {
+        setPriority(startPriority_);
+        notStarted_ = !start();
+    }
+    wakeEvent_.set();
+    return true;
+}
+
+bool WorkerThread::isQueueEmpty() {
+    const FGuard guard(lock_);
+    return queue_.isEmpty();
+}
+
+void WorkerThread::runNext() {
+    Job* job = nullptr;
+    int64_t argument = 0;
+    {
+        const FGuard guard(lock_);
+        currentJob_ = queue_.popFront();
+        if (!currentJob_)
+            return;
+        job = currentJob_->job;
+        argument = currentJob_->argument;
+    }
+    beforeJob(job);
+    job->run(argument);
+    afterJob(job);
+
+    const FGuard guard(lock_);
+    // `cancelCurrent` may have taken the record meanwhile.
+    if (!currentJob_)
+        return;
+    dropRecord(currentJob_);
+    currentJob_ = nullptr;
+}
+
+uint32_t WorkerThread::run() {
+    if (stopping_)
+        return 0;
+    for (;;) {
+        if (paused_ && !stopping_)
+            resumeEvent_.wait();
+        runNext();
+        if (stopping_ && paused_)
+            return 0;
+        if (!isQueueEmpty())
+            continue;
+        if (stopping_)
+            return 0;
+        idle();
+        wakeEvent_.wait();
+    }
+}
+
+void WorkerThread::stop() {
+    {
+        // Set under the lock: between the flag and the end of the queue a paused thread would take a job.
+        const FGuard guard(lock_);
+        stopping_ = true;
+        if (currentJob_)
+            currentJob_->job->cancel(true);
+        while (JobRecord* record = queue_.popFront())
+            cancelRecord(record);
+        wakeEvent_.set();
+        resumeEvent_.set();
+    }
+    if (!join(stopLimit)) {
+        // With the lock held the thread can't be ended while it holds it itself. The job goes behind the
+        // thread: until then it may still use what `release` frees.
+        const FGuard guard(lock_);
+        if (!terminate())
+            return;
+        if (currentJob_)
+            dropRecord(currentJob_);
+        currentJob_ = nullptr;
+    }
+    delete this;
+}
+
+void WorkerThread::cancelCurrent(bool isFinal) {
+    const FGuard guard(lock_);
+    JobRecord* record = currentJob_;
+    if (!record)
+        return;
+    currentJob_ = nullptr;
+    record->job->cancel(isFinal);
+    if (isFinal)
+        dropRecord(record);
+    else
+        queue_.append(record);
+}
+
+void WorkerThread::pause() {
+    const FGuard guard(lock_);
+    if (paused_)
+        return;
+    resumeEvent_.reset();
+    paused_ = true;
+}
+
+void WorkerThread::resume() {
+    const FGuard guard(lock_);
+    paused_ = false;
+    resumeEvent_.set();
+}
+
+} // namespace qorl
