@@ -54,6 +54,18 @@ int32_t countIf(const CmContainer& container, Matches matches) {
     return found;
 }
 
+/// Whether every element was done; a false of `visit` ends it.
+template <typename Visit>
+bool forAll(const CmContainer& container, Visit visit) {
+    int32_t done = 0;
+    findIf(container, [&](CmObject* element) {
+        const bool goesOn = visit(element);
+        done += goesOn;
+        return !goesOn;
+    });
+    return done == container.count();
+}
+
 /// Visits `count` elements; false once a visit, of this thread or another one, was.
 bool visitRange(CmIterator& iterator, int32_t count, CmVisitor& visitor, std::atomic<bool>& stopped) {
     for (; count > 0 && !iterator.done() && !stopped; --count)
@@ -220,13 +232,7 @@ bool CmContainer::writeTo(FObjectArchive* archive) {
     if (hasNullElement() || !stream.writeUInt16(static_cast<uint16_t>(ownership_)) ||
         !stream.writeInt32(count()))
         return false;
-    int32_t written = 0;
-    findIf(*this, [&](CmObject* element) {
-        const bool goesOn = archive->writeObject(element);
-        written += goesOn;
-        return !goesOn;
-    });
-    return written == count();
+    return forAll(*this, [archive](CmObject* element) { return archive->writeObject(element); });
 }
 
 bool CmContainer::readFrom(FObjectArchive* archive) {
@@ -254,12 +260,12 @@ bool CmContainer::storeAttributes(FAttributes* attributes) {
     try {
         if (ownership_ != Ownership::none)
             attributes->setInteger("ownership", static_cast<int64_t>(ownership_));
-        return !findIf(*this, [attributes](CmObject* element) {
+        return forAll(*this, [attributes](CmObject* element) {
             Ref<CmObject> own = retain(element);
-            if (!attributes->appendObject("obj", own.get(), true))
-                return true;
-            static_cast<void>(own.detach());
-            return false;
+            const bool isStored = attributes->appendObject("obj", own.get(), true);
+            if (isStored)
+                static_cast<void>(own.detach());
+            return isStored;
         });
     } catch (const std::bad_alloc&) {
         return false;

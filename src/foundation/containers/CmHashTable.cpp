@@ -88,14 +88,14 @@ void CmHashTable::setHashFunction(HashFunction hash) {
 bool CmHashTable::add(CmObject* object) {
     if (!object || !makeBuckets())
         return false;
+    std::unique_ptr<ListNode> node(new (std::nothrow) ListNode{nullptr, object});
+    if (!node)
+        return false;
     if (growth_ == Growth::automatic && count_ / size_ >= elementsPerBucket &&
         !rebuild(static_cast<int64_t>(size_) * growthFactor))
         return false;
-    auto* node = new (std::nothrow) ListNode{nullptr, object};
-    if (!node)
-        return false;
     take(object);
-    bucketOf(object).enter(node);
+    bucketOf(object).enter(node.release());
     ++count_;
     return true;
 }

@@ -1,0 +1,142 @@
+#include "foundation/containers/Elements.h"
+#include "platform/Threads.h"
+
+#include <algorithm>
+#include <atomic>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <thread>
+
+namespace qorl {
+namespace {
+
+struct Visit {
+    int32_t number;
+    std::thread::id thread;
+};
+
+class Collector : public CmVisitor {
+public:
+    bool visit(CmObject* element) override {
+        const std::lock_guard guard(mutex_);
+        visits.push_back({Number::of(element), std::this_thread::get_id()});
+        return Number::of(element) != stopAt;
+    }
+    Numbers numbers() const {
+        Numbers seen;
+        for (const Visit& visit : visits)
+            seen.push_back(visit.number);
+        return seen;
+    }
+    size_t threads() const {
+        std::vector<std::thread::id> ids;
+        for (const Visit& visit : visits)
+            ids.push_back(visit.thread);
+        std::sort(ids.begin(), ids.end());
+        return static_cast<size_t>(std::unique(ids.begin(), ids.end()) - ids.begin());
+    }
+
+    std::vector<Visit> visits;
+    int32_t stopAt = -1;
+
+private:
+    std::mutex mutex_;
+};
+
+template <typename Container>
+class ForEachParallel : public ::testing::Test {
+protected:
+    void SetUp() override {
+        container.setOwnership(Ownership::adopt);
+        for (int32_t i = 0; i < 103; ++i)
+            ASSERT_TRUE(container.add(makeElement<Container>(i).detach()));
+    }
+    Container container;
+};
+
+using Kinds = ::testing::Types<CmArray, CmLinkedList, CmIDLinkedList, CmBTree, CmHashTable>;
+TYPED_TEST_SUITE(ForEachParallel, Kinds);
+
+TYPED_TEST(ForEachParallel, VisitsEachElementOnce) {
+    const Numbers all = numbersOf(this->container);
+    for (const int32_t threads : {0, 1, 2, 4, 7, 103}) {
+        SCOPED_TRACE(threads);
+        Collector collector;
+        EXPECT_TRUE(this->container.forEachParallel(collector, threads, 1));
+        Numbers seen = collector.numbers();
+        EXPECT_TRUE(std::is_permutation(seen.begin(), seen.end(), all.begin(), all.end()));
+        EXPECT_LE(collector.threads(), threads == 0 ? 103u : static_cast<size_t>(threads));
+    }
+}
+
+TYPED_TEST(ForEachParallel, StaysOnTheCallingThreadWithTooFewElements) {
+    struct Case {
+        int32_t threads;
+        int32_t minimum;
+        size_t expected;
+    };
+    for (const Case& c : {Case{8, 104, 1}, Case{8, 103, 1}, Case{1, 1, 1}, Case{1000, 1000, 1}}) {
+        Collector collector;
+        EXPECT_TRUE(this->container.forEachParallel(collector, c.threads, c.minimum));
+        EXPECT_EQ(collector.numbers(), numbersOf(this->container)) << "in order";
+        EXPECT_EQ(collector.visits.front().thread, std::this_thread::get_id());
+        EXPECT_EQ(collector.threads(), c.expected);
+    }
+    TypeParam empty;
+    Collector nothing;
+    EXPECT_TRUE(empty.forEachParallel(nothing, 1'000'000, 0)) << "and starts no thread for nothing";
+    EXPECT_TRUE(nothing.visits.empty());
+}
+
+TYPED_TEST(ForEachParallel, EndsInOrderOnOneThread) {
+    Collector stopping;
+    const Numbers all = numbersOf(this->container);
+    stopping.stopAt = all[40];
+    EXPECT_FALSE(this->container.forEachParallel(stopping, 1, 1));
+    EXPECT_EQ(stopping.numbers(), Numbers(all.begin(), all.begin() + 41));
+}
+
+/// The first element of each share waits until all shares are under way; one of them then stops them all.
+class StopsAmongAll : public CmVisitor {
+public:
+    explicit StopsAmongAll(int32_t threads) : left_(threads) {}
+    bool visit(CmObject*) override {
+        const int32_t order = visits++;
+        if (--left_ == 0)
+            underWay_.set();
+        underWay_.wait();
+        return order != 1;
+    }
+    std::atomic<int32_t> visits{0};
+
+private:
+    std::atomic<int32_t> left_;
+    platform::Event underWay_{platform::Reset::manual};
+};
+
+TYPED_TEST(ForEachParallel, EndsAllThreadsAtTheirNextElement) {
+    constexpr int32_t threads = 4;
+    StopsAmongAll visitor(threads);
+    EXPECT_FALSE(this->container.forEachParallel(visitor, threads, 1));
+    // The visit that stops may end last, while the others go on to the end of their shares.
+    EXPECT_GE(visitor.visits, threads);
+    EXPECT_LT(visitor.visits, 103);
+}
+
+TEST(ForEachParallelShares, GiveTheRestToTheCallingThread) {
+    CmArray array(0, CmArray::doubling, Ownership::adopt);
+    for (int32_t i = 0; i < 11; ++i)
+        array.add(new NumberedObject(i));
+    Collector collector;
+    EXPECT_TRUE(array.forEachParallel(collector, 4, 3));
+    // 11 elements by at least 3 are three threads: 3, 3 and 5.
+    Numbers here;
+    for (const Visit& visit : collector.visits)
+        if (visit.thread == std::this_thread::get_id())
+            here.push_back(visit.number);
+    EXPECT_EQ(here, (Numbers{6, 7, 8, 9, 10}));
+    EXPECT_EQ(collector.visits.size(), 11u);
+}
+
+} // namespace
+} // namespace qorl
