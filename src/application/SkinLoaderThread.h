@@ -2,6 +2,8 @@
 
 #include "application/UApplication.h"
 
+#include <new>
+
 namespace qorl {
 
 /// Loads the last skin beside the start of a program.
@@ -11,7 +13,12 @@ public:
         : FThread("FThread"), application_(application), errors_(errors) {}
 
     uint32_t run() override {
-        const bool loaded = application_.loadLastSkin(errors_);
+        bool loaded = false;
+        try {
+            loaded = application_.loadLastSkin(errors_);
+        } catch (const std::bad_alloc&) {
+            // Told like any other skin that can't be had.
+        }
         application_.skinThreadState_ = loaded ? UApplication::skinLoadedState : UApplication::skinFailed;
         return 0;
     }

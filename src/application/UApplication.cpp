@@ -236,7 +236,8 @@ void UApplication::showProgress(const ConstString& text) {
         aboutDialog_->showText((translate("Initializing: ").toUtf8() + text.toUtf8()).c_str());
     else if (!text.isEmpty())
         aboutDialog_->showText(text.toUtf8().c_str());
-    UController::instance()->redraw();
+    if (UController* controller = UController::instance())
+        controller->redraw();
 }
 
 bool UApplication::createDocument(CmObject*) {
@@ -272,8 +273,9 @@ bool UApplication::handleKeyCommand(const UKeyCode& event) {
 
 int32_t UApplication::selectMenuItem(const FMessage& message) {
     const int64_t tag = message.getInt("Tag");
-    if (tag == quitTag)
-        UController::instance()->quit();
+    UController* controller = UController::instance();
+    if (tag == quitTag && controller)
+        controller->quit();
     else if (tag == aboutTag)
         showAbout(false);
     return tag == quitTag || tag == aboutTag ? handled : notHandled;

@@ -162,6 +162,8 @@ bool UApplication::loadLastSkin(Errors errors) {
 }
 
 void UApplication::startLoadingLastSkin(Errors errors) {
+    if (skinThread_)
+        skinThread_->join();
     skinThreadState_ = skinLoading;
     skinThread_ = std::make_unique<SkinLoaderThread>(*this, errors);
     if (!skinThread_->start())

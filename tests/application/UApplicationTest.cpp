@@ -9,6 +9,7 @@
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"
+#include "skin/SkinCatalog.h"
 #include "support/TestPaths.h"
 #include "windows/AlertPresenter.h"
 #include "windows/UDesktop.h"
@@ -255,6 +256,92 @@ TEST_F(UApplicationTest, RemembersTheLastSkinThatItAccepted) {
     program->acceptsSkin = true;
     EXPECT_TRUE(program->loadSkin(path, UApplication::Errors::show));
     EXPECT_EQ(values.getString("LastSkinfile").toUtf8(), (folder / "skin.xml").string());
+}
+
+/// A manager of skin packs that writes down which skins it is asked to judge.
+struct Catalog : SkinCatalog {
+    Catalog() { setCurrent(this); }
+    ~Catalog() { setCurrent(nullptr); }
+    Verdict judge(const FNPath& skin) override {
+        judged.push_back(skin.getName().toUtf8());
+        return verdict;
+    }
+    bool knows(const FNPath&) const override { return knowsLast; }
+    const FNPath* defaultSkin() const override { return &standard; }
+    const FNPath* firstSkin() const override { return &first; }
+
+    Log judged;
+    Verdict verdict = Verdict::refused;
+    bool knowsLast = true;
+    FNPath standard;
+    FNPath first;
+};
+
+class LastSkin : public UApplicationTest {
+protected:
+    FNPath skin(const char* name) {
+        std::ofstream(folder / name) << "<skin></skin>";
+        return FNPath((folder / name).string());
+    }
+    void remember(const char* name) {
+        FGlobalDefaultPool::instance()
+            ->getGroup("UApplication")
+            ->values()
+            .setString("LastSkinfile", ConstString((folder / name).c_str()));
+    }
+    bool loadBeside() {
+        program->startLoadingLastSkin(UApplication::Errors::hide);
+        program->finishStartup();
+        return !UController::instance()->isStopped();
+    }
+    ~LastSkin() override { FGlobalDefaultPool::instance()->clear(); }
+};
+
+TEST_F(LastSkin, IsTheRememberedOneThenTheDefaultThenTheFirstEachTriedOnce) {
+    struct Case {
+        const char* last;
+        bool knowsLast;
+        const char* standard;
+        const char* first;
+        Log tried;
+    };
+    const Case cases[] = {
+        {"a", true, "b", "c", {"a", "b", "c"}},
+        {"a", false, "b", "c", {"b", "c"}},
+        {"a", true, "a", "b", {"a", "b"}},
+        {"a", true, "b", "a", {"a", "b"}},
+    };
+    for (const Case& c : cases) {
+        Catalog catalog;
+        skin(c.last);
+        remember(c.last);
+        catalog.knowsLast = c.knowsLast;
+        catalog.standard = skin(c.standard);
+        catalog.first = skin(c.first);
+        EXPECT_FALSE(program->loadLastSkin(UApplication::Errors::hide));
+        EXPECT_EQ(catalog.judged, c.tried);
+    }
+}
+
+TEST_F(LastSkin, BesideTheStartIsWaitedForAndEndsTheProgramWhenThereIsNone) {
+    Catalog catalog;
+    catalog.verdict = SkinCatalog::Verdict::accepted;
+    catalog.standard = skin("b");
+    EXPECT_TRUE(loadBeside());
+    EXPECT_EQ(catalog.judged, Log{"b"});
+    catalog.verdict = SkinCatalog::Verdict::notOfThisApplication;
+    EXPECT_FALSE(loadBeside());
+}
+
+TEST_F(LastSkin, OfAnotherProgramIsRefusedAloudWhenAsked) {
+    Alerts alerts;
+    Catalog catalog;
+    catalog.verdict = SkinCatalog::Verdict::notOfThisApplication;
+    const FNPath path = skin("a");
+    EXPECT_FALSE(program->loadSkin(path, UApplication::Errors::hide));
+    EXPECT_FALSE(program->loadSkin(path, UApplication::Errors::show));
+    EXPECT_EQ(alerts.texts,
+              Log{"'" + (folder / "a").string() + "' is not a valid skin file for this application!"});
 }
 
 TEST(StandardMenus, CarryEachTagOnceInOrder) {

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -28,6 +29,17 @@ Single::~Single() {
     ++released;
     sawItself = slot.peek() == this && unused.get() == nullptr;
 }
+
+/// Finds no memory at the first try.
+struct Late : FObject {
+    Late() {
+        if (++tries == 1)
+            throw std::bad_alloc();
+    }
+    static inline int tries = 0;
+};
+
+constinit Singleton<Late> late;
 
 bool checksAtTheEnd = false;
 
@@ -53,6 +65,13 @@ TEST(Singleton, IsMadeOnceHoweverManyThreadsAsk) {
     EXPECT_EQ(made - before, wasThere ? 0 : 1);
     for (const Single* single : found)
         EXPECT_EQ(single, slot.get());
+}
+
+TEST(Singleton, IsNullWhileThereIsNoMemoryAndMadeWhenThereIs) {
+    Late::tries = 0;
+    EXPECT_EQ(late.get(), nullptr);
+    EXPECT_NE(late.get(), nullptr);
+    EXPECT_EQ(Late::tries, 2);
 }
 
 TEST(Singleton, IsReleasedAtTheEndAndNeverComesBack) {
