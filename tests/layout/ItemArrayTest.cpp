@@ -147,7 +147,7 @@ TEST(Item, MarksItsAncestorsDirtyUpToTheFirstThatIs) {
     middle.insertChild(0, leaf);
     for (Item* item : {&root, &middle, &leaf})
         item->clearSizeDirty();
-    leaf.setLimits({.minSize = {10, 10}});
+    leaf.setLimits({.size = {}, .minSize = {10, 10}});
     EXPECT_TRUE(leaf.isSizeDirty() && middle.isSizeDirty() && root.isSizeDirty());
 
     root.clearSizeDirty();

@@ -174,7 +174,7 @@ TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolTest, ::testing::Values(false, true),
-                         [](const auto& info) { return info.param ? "OneFileForEachGroup" : "OneFile"; });
+                         [](const auto& form) { return form.param ? "OneFileForEachGroup" : "OneFile"; });
 
 class FDefaultPoolFormTest : public FDefaultPoolTest {};
 

@@ -144,11 +144,14 @@ FileError getVolumeInfo(const std::string& path, VolumeInfo& info) {
         if (holdsPath(mount, whole) && (!best || mount.root.size() >= best->root.size()))
             best = &mount;
     }
-    if (best) {
-        info.root = best->root;
-        info.name = nameOf(*best);
-        info.kind = kindOf(*best);
+    if (!best) {
+        // In a changed root the table lists only what is mounted below it.
+        info.root = info.name = "/";
+        return {};
     }
+    info.root = best->root;
+    info.name = nameOf(*best);
+    info.kind = kindOf(*best);
     return {};
 }
 
