@@ -136,6 +136,16 @@ void UView::invalidateLayout() {
 
 // ---- Shown and attached.
 
+namespace {
+
+void arrangeInParent(const UView& view) {
+    UView* parent = view.getParent();
+    if (parent && parent->arrangesShownSubViews())
+        parent->invalidateLayout();
+}
+
+} // namespace
+
 bool UView::show() {
     core_.item.setVisible(true);
     if (isShown())
@@ -145,6 +155,7 @@ bool UView::show() {
         attached(parent_);
         invalidateFrame();
     }
+    arrangeInParent(*this);
     tellLifecycle(*this, &IViewLifecycleListener::viewShown);
     return true;
 }
@@ -159,6 +170,7 @@ bool UView::hide() {
         invalidateFrame();
     }
     setFlag(viewVisible, false);
+    arrangeInParent(*this);
     tellLifecycle(*this, &IViewLifecycleListener::viewHidden);
     return true;
 }

@@ -35,7 +35,7 @@ ViewFields::ViewFields(UView& view) : core_(view) {}
 
 ViewFields::ViewFields(UView& view, const ViewFields& other)
     : CmObject(other), viewFlags_(other.viewFlags_ & ~flagsOfPlace), source_(other.source_),
-      title_(other.title_), tooltip_(other.tooltip_), core_(view) {
+      title_(other.title_), tooltip_(other.tooltip_), arrangesShown_(other.arrangesShown_), core_(view) {
     if (other.attributes_) {
         attributes_ = make<FAttributes>(*other.attributes_);
         attributes_->remove(ancestorSize.attribute);

@@ -76,6 +76,9 @@ public:
     UView* getLastSubView() const { return getSubView(getSubViewCount() - 1); }
     UView* getNextSubView(const UView* view) const;
 
+    /// Whether the places of the subviews depend on which of them are shown: `invalidateLayout` comes then.
+    bool arrangesShownSubViews() const { return arrangesShown_; }
+
     template <typename Visit>
     void forEachSubView(Visit&& visit) {
         SubViewList::allOf(*this).forEach(std::forward<Visit>(visit));
@@ -137,7 +140,8 @@ protected:
     String tooltip_;
     uint16_t viewState_ = 0;
     bool hasDependents_ = false;
-    bool isWindow_ = false; ///< Walks that look for the window end here.
+    bool arrangesShown_ = false; ///< Set by what stacks its subviews, when it is made.
+    bool isWindow_ = false;      ///< Walks that look for the window end here.
     ViewCore core_;
 
 private:

@@ -4,6 +4,7 @@ namespace qorl {
 
 URowColumn::URowColumn(const CmRect& frame, uint32_t style) : UView(frame) {
     layout_.style = style;
+    arrangesShown_ = true;
 }
 
 void URowColumn::setSuspended(bool suspended) {

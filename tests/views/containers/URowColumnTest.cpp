@@ -62,11 +62,9 @@ TEST(URowColumn, LeavesNoRoomForHiddenAndEmptyChildren) {
                         "<container size='0,0,30,16'/></rowcol>"};
     UView& column = shell.view(0);
     column.getSubView(1)->hide();
-    column.invalidateLayout();
     EXPECT_EQ(toText(column.getSubView(3)->getFrameRect()), "0,14,30,16");
     EXPECT_EQ(toText(column.getFrameRect()), "0,0,30,30");
     column.getSubView(1)->show();
-    column.invalidateLayout();
     EXPECT_EQ(toText(column.getSubView(3)->getFrameRect()), "0,30,30,16");
 }
 
@@ -151,10 +149,8 @@ TEST(URowColumn, GivesTheRoomOfAHiddenOrRemovedChildToTheOthers) {
     HeadlessShell shell{sharedRow};
     UView& row = shell.view(0);
     row.getSubView(1)->hide();
-    row.invalidateLayout();
     EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,150,20");
     row.getSubView(1)->show();
-    row.invalidateLayout();
     EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,46,20 96,0,93,20");
     row.removeSubView(row.getSubView(0));
     EXPECT_EQ(placesIn(row), "0,0,60,20 70,0,120,20");
