@@ -85,6 +85,11 @@ Ref<UView> UView::removeSubView(UView* view) {
         if (wasVisible)
             invalidate(view->core_.frameRect);
     }
+    // What isn't attached may have the focus all the same.
+    UWindow* window = getWindow();
+    UView* focus = window ? window->getFocusView() : nullptr;
+    if (focus && (focus == view || view->isDescendant(focus)))
+        window->setFocusView(nullptr);
     // What was told of the end may have removed it already.
     const int32_t index = getSubViewIndex(view);
     if (index < 0)

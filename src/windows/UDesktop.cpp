@@ -146,10 +146,8 @@ void UDesktop::refreshCursor() {
 
 bool UDesktop::setFocus(UView* view) {
     if (!view) {
-        UWindow* window = focusView_ ? focusView_->getWindow() : nullptr;
-        focusView_ = nullptr;
-        if (window)
-            window->setFocusView(nullptr);
+        if (focusWindow_)
+            focusWindow_->setFocusView(nullptr);
         return true;
     }
     const Ref<UWindow> window = retain(view->getWindow());
@@ -171,20 +169,22 @@ void UDesktop::chooseFocus(UWindow* window) {
         if (nearest.view)
             window->setFocusView(nearest.view->getFocusView());
     }
-    focusView_ = window->getFocusView();
-    if (focusView_)
-        focusView_->invalidateFrame();
+    focusWindow_ = window;
+    if (UView* focus = getFocus())
+        focus->invalidateFrame();
 }
 
 void UDesktop::takeFocusFrom(UWindow* window) {
-    if (!focusView_ || focusView_->getWindow() != window)
+    if (focusWindow_ != window)
         return;
-    focusView_->invalidateFrame();
-    focusView_ = nullptr;
+    if (UView* focus = getFocus())
+        focus->invalidateFrame();
+    focusWindow_ = nullptr;
 }
 
 bool UDesktop::moveFocus(FocusDirection direction) {
-    return navigateFocus(focusView_ ? focusView_ : activeWindow_, direction);
+    UView* focus = getFocus();
+    return navigateFocus(focus ? focus : activeWindow_, direction);
 }
 
 // Windows
@@ -296,8 +296,8 @@ void UDesktop::tellMouseMove(UWindow* window, CmPoint point) {
 }
 
 void UDesktop::viewGone(UView* view) {
-    if (focusView_ == view)
-        focusView_ = nullptr;
+    if (focusWindow_ == view)
+        focusWindow_ = nullptr;
     if (cursorOwner_ == view)
         setCursor(nullptr, nullptr);
     for (CursorRecord& record : cursorStack_)

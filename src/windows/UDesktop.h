@@ -76,7 +76,8 @@ public:
 
     /// Gives the keyboard to `view`, in its window; null takes it away. False when the view is in no window.
     bool setFocus(UView* view);
-    UView* getFocus() const { return focusView_; }
+    /// The focus view of the window that has the keyboard.
+    UView* getFocus() const { return focusWindow_ ? focusWindow_->getFocusView() : nullptr; }
     /// Lets the focus of `window`, or the focusable view nearest to where its focus last was, have the
     /// keyboard.
     void chooseFocus(UWindow* window);
@@ -146,7 +147,7 @@ private:
     std::vector<Ref<UModalDialog>> modalStack_;
     ListenerList<GlobalMouseObserver> mouseObservers_;
     std::vector<CursorRecord> cursorStack_;
-    UView* focusView_ = nullptr;
+    UWindow* focusWindow_ = nullptr;
     UPopupWindow* openPopup_ = nullptr;
     UWindow* windowUnderMouse_ = nullptr;
     UWindow* activeWindow_ = nullptr;

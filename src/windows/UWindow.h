@@ -91,7 +91,8 @@ public:
     virtual void setBackgroundColor(const UColor& color);
     /// 0 invisible to 1 opaque; cut to that range.
     virtual void setOpacity(float opacity);
-    /// The view that has the keyboard while this window is active; null when there is none.
+    /// The view that has the keyboard while this window has it; null when there is none. `UDesktop::setFocus`
+    /// also brings the keyboard to the window.
     UView* getFocusView() override;
     virtual void setFocusView(UView* view);
 
@@ -263,7 +264,6 @@ private:
     bool isStillHovered(CmPoint point);
     void findHoverView(CmPoint point);
     void setHoverView(UView* view, CmPoint point);
-    UView* keyTarget() const;
     void followMainWindow(bool isMain);
     UView* contentView() const;
 

@@ -95,17 +95,11 @@ void UWindow::viewClosing(UView* view) {
 
 // Keys
 
-UView* UWindow::keyTarget() const {
-    const UDesktop* desktop = UDesktop::instance();
-    UView* focus = desktop ? desktop->getFocus() : nullptr;
-    return focus && focus->getWindow() == this ? focus : core_->focusView;
-}
-
 bool UWindow::keyEvent(const platform::KeyEvent& event) {
     const Ref<UWindow> keep = retain(this);
     if (isInputBlocked())
         return false;
-    const Ref<UView> target = retain(keyTarget());
+    const Ref<UView> target = retain(core_->focusView);
     const UKeyCode key = keyOf(event);
     if (event.kind == platform::KeyKind::up)
         return target ? target->keyUp(key) : keyUp(key);
@@ -152,7 +146,7 @@ bool UWindow::focusCommand(std::string_view command) {
     for (const FocusCommand& entry : focusCommands) {
         if (entry.name != command)
             continue;
-        UView* focus = keyTarget();
+        UView* focus = core_->focusView;
         if (!entry.message)
             return navigateFocus(focus ? focus : this, focusDirectionOf(entry.key));
         if (focus && sendTo(*focus, entry.message) == handled)

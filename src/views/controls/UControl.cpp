@@ -10,7 +10,6 @@
 #include "platform/Platform.h"
 #include "schemes/UScheme.h"
 #include "views/ViewDevice.h"
-#include "windows/UDesktop.h"
 #include "windows/UWindow.h"
 
 #include <algorithm>
@@ -182,10 +181,7 @@ void UControl::refresh() {
         setEnabled(enabled);
     if (enabled)
         return;
-    UDesktop* desktop = UDesktop::instance();
-    if (desktop && desktop->getFocus() == this)
-        desktop->setFocus(nullptr);
-    else if (UWindow* window = getWindow(); window && window->getFocusView() == this)
+    if (UWindow* window = getWindow(); window && window->getFocusView() == this)
         window->setFocusView(nullptr);
 }
 

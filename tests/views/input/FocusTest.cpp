@@ -155,6 +155,29 @@ TEST_F(FocusTest, PassesOnToTheNearestViewWhenTheFocusedOneGoes) {
     EXPECT_EQ(focus(), "b") << "the nearest to where the focus was";
 }
 
+TEST_F(FocusTest, FollowsWhatTheWindowIsTold) {
+    shell.window().setFocusView(nullptr);
+    EXPECT_EQ(focus(), "none");
+    EXPECT_FALSE(views[0]->hasState(stateFocused));
+    shell.window().setFocusView(views[2].get());
+    EXPECT_EQ(focus(), "c");
+    log.clear();
+    shell.key("X");
+    EXPECT_THAT(log, ElementsAre("c.key X"));
+}
+
+TEST_F(FocusTest, IsNotLeftOnAHiddenViewThatIsTakenOut) {
+    auto inner = make<ProbeView>(CmRect{0, 0, 20, 20}, "inner", &log);
+    views[3]->hide();
+    views[3]->addSubView(inner);
+    shell.desktop().setFocus(inner.get());
+    log.clear();
+    views[3]->getParent()->removeSubView(views[3].get());
+    EXPECT_EQ(shell.window().getFocusView(), nullptr);
+    EXPECT_EQ(focus(), "none");
+    EXPECT_THAT(log, ElementsAre("inner.focusLost"));
+}
+
 TEST_F(FocusTest, SendsReturnAndSpaceToTheFocusViewThatDoesNotTakeTheKey) {
     views[0]->messageAnswer = CmObject::handled;
     shell.key("Space");
