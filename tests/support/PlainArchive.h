@@ -29,7 +29,7 @@ public:
             return nullptr;
         stream_.seek(start, FStream::fromStart);
         char* name = stream_.readCountedChars();
-        const Ref<FInterface> made = name ? ClassFactory::instance()->createByName(name) : nullptr;
+        const Ref<FInterface> made = name ? create(name) : nullptr;
         std::free(name);
         Ref<CmObject> object = retain(castToCmObject(made.get()));
         if (!object || (className && !object->isTypeOf(className, true)))
@@ -53,6 +53,11 @@ public:
     void raiseStoredVersion(const ClassRecord*) override {}
     bool writeClass(const ClassRecord*) override { return false; }
     const ClassRecord* readClass() override { return nullptr; }
+
+protected:
+    virtual Ref<FInterface> create(const char* className) {
+        return ClassFactory::instance()->createByName(className);
+    }
 
 private:
     CmObject* fail(Error error) {

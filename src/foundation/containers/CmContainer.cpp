@@ -252,7 +252,7 @@ bool CmContainer::readFrom(FObjectArchive* archive) {
         if (complete)
             static_cast<void>(element.detach());
     }
-    ownership_ = static_cast<Ownership>(ownership);
+    finishRead(static_cast<Ownership>(ownership), complete);
     return complete;
 }
 
@@ -287,8 +287,17 @@ bool CmContainer::restoreAttributes(FAttributes* attributes) {
     } catch (const std::bad_alloc&) {
         complete = false;
     }
-    ownership_ = static_cast<Ownership>(attributes->getInteger("ownership"));
+    finishRead(static_cast<Ownership>(attributes->getInteger("ownership")), complete);
     return complete;
+}
+
+void CmContainer::finishRead(Ownership ownership, bool isComplete) {
+    if (!isComplete && !releases(ownership)) {
+        // Whoever gives a broken container up can't know that its elements are left without an owner.
+        ownership_ = Ownership::adopt;
+        removeAll();
+    }
+    ownership_ = ownership;
 }
 
 } // namespace qorl

@@ -91,8 +91,9 @@ public:
     /// Affects what is added and removed from now on.
     void setOwnership(Ownership ownership) { ownership_ = ownership; }
 
-    /// The elements that were there go. What was read until a failure stays, under the stored ownership. No
-    /// stored number makes it ask for more memory than the elements that really come.
+    /// The elements that were there go. The reference on each new one is the container's, whatever the
+    /// ownership. What came until a failure stays if it is owned, and goes if it is not. No stored number
+    /// makes it ask for more memory than the elements that really come.
     bool readFrom(FObjectArchive* archive) override;
     /// Writes nothing when the container has a null element, which could not be read back.
     bool writeTo(FObjectArchive* archive) override;
@@ -130,6 +131,9 @@ protected:
 
     int32_t size_ = 0;
     Ownership ownership_ = Ownership::none;
+
+private:
+    void finishRead(Ownership ownership, bool isComplete);
 };
 
 } // namespace qorl

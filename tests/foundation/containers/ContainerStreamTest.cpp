@@ -52,20 +52,28 @@ TYPED_TEST(ContainerStreams, BringEverythingBack) {
     EXPECT_EQ(Number::alive, before);
 }
 
-TYPED_TEST(ContainerStreams, KeepWhatWasReadOfACutStream) {
-    TypeParam container;
-    container.setOwnership(Ownership::adopt);
-    for (const int32_t number : {2, 1, 3})
-        container.add(makeElement<TypeParam>(number).detach());
-    const std::string bytes = written(container);
-    const int32_t before = Number::alive;
-    for (size_t length = 0; length < bytes.size(); ++length) {
-        TypeParam back;
-        EXPECT_FALSE(read(back, std::string_view(bytes).substr(0, length))) << length;
-        EXPECT_LT(back.count(), 3);
-        EXPECT_EQ(Number::alive - before, back.count()) << "after " << length << " bytes";
+TYPED_TEST(ContainerStreams, LoseNoReferenceOnWhatWasReadOfACutStream) {
+    for (const Ownership ownership : {Ownership::none, Ownership::adopt, Ownership::share}) {
+        std::string bytes;
+        {
+            TypeParam container;
+            container.setOwnership(Ownership::adopt);
+            for (const int32_t number : {2, 1, 3})
+                container.add(makeElement<TypeParam>(number).detach());
+            container.setOwnership(ownership);
+            bytes = written(container);
+            container.setOwnership(Ownership::adopt);
+        }
+        const int32_t before = Number::alive;
+        for (size_t length = 0; length < bytes.size(); ++length) {
+            TypeParam back;
+            EXPECT_FALSE(read(back, std::string_view(bytes).substr(0, length))) << length;
+            EXPECT_LT(back.count(), 3);
+            EXPECT_EQ(Number::alive - before, back.count()) << "after " << length << " bytes";
+            EXPECT_TRUE(ownership != Ownership::none || back.isEmpty()) << "after " << length << " bytes";
+        }
+        EXPECT_EQ(Number::alive, before);
     }
-    EXPECT_EQ(Number::alive, before);
 }
 
 TYPED_TEST(ContainerStreams, BelieveNoCount) {
