@@ -42,7 +42,7 @@ private:
             return copyOf(*foreign);
         else if (const auto* objects = cast<FObjectList>(object))
             return detachedList(*objects);
-        else if (!cast<FAttrList>(object) && !cast<FMemoryStream>(object) && !cast<FXmlObject>(object))
+        else if (!cast<FAttrList>(object) && !binaryBytes(object) && !cast<FXmlObject>(object))
             return instanceOf(object);
         return retain(object);
     }

@@ -9,6 +9,7 @@
 #include "persistence/StoredObject.h"
 
 #include <algorithm>
+#include <limits>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -85,12 +86,11 @@ private:
             return writeList(objectList, list->items, [this](CmObject* item) { return writeInstance(item); });
         if (const auto* nested = cast<FAttributes>(object))
             return writeSubkind(nestedAttributes) && writeBody(*nested);
-        if (auto* memory = cast<FMemoryStream>(object))
-            return writeSubkind(binary) && memory->saveBinary(stream_);
-        if (const auto* foreign = cast<FAttrBuffer>(object)) {
-            const auto size = static_cast<int32_t>(foreign->size());
-            return writeSubkind(binary) && stream_.writeInt32(size) &&
-                   stream_.write(foreign->data(), size) == size;
+        if (const auto bytes = binaryBytes(object)) {
+            const auto size = static_cast<int32_t>(bytes->size());
+            return bytes->size() <= static_cast<size_t>(std::numeric_limits<int32_t>::max()) &&
+                   writeSubkind(binary) && stream_.writeInt32(size) &&
+                   (size == 0 || stream_.write(bytes->data(), size) == size);
         }
         return writeInstance(object);
     }

@@ -6,6 +6,8 @@
 
 #include <qorl/Ref.h>
 
+#include <optional>
+#include <string_view>
 #include <vector>
 
 namespace qorl {
@@ -24,6 +26,10 @@ private:
     const void* data_;
     int64_t size_;
 };
+
+/// The bytes that an object holds as a binary value: an `FAttrBuffer`, a `CmBuffer` (what is in use of it) or
+/// an `FMemoryStream`. Nothing for any other object.
+std::optional<std::string_view> binaryBytes(const CmObject* object);
 
 /// A queue of values of one kind under one key, read one after the other.
 class FAttrList : public CmObject {

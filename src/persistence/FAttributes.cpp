@@ -27,18 +27,8 @@ bool isPart(const CmObject* object) {
     return cast<FAttributes>(object) || cast<FAttrList>(object) || cast<FMemoryStream>(object);
 }
 
-struct Bytes {
-    const void* data = nullptr;
-    int64_t size = 0;
-};
-
-Bytes bytesOf(const FAttributeValue* value) {
-    CmObject* object = value ? value->getObject() : nullptr;
-    if (const auto* memory = cast<FMemoryStream>(object))
-        return {memory->data(), memory->size()};
-    if (const auto* foreign = cast<FAttrBuffer>(object))
-        return {foreign->data(), foreign->size()};
-    return {};
+std::string_view bytesOf(const FAttributeValue* value) {
+    return binaryBytes(value ? value->getObject() : nullptr).value_or(std::string_view());
 }
 
 } // namespace
@@ -191,19 +181,19 @@ FAttributes* FAttributes::getAttributes(std::string_view key) const {
 }
 
 bool FAttributes::getBinaryData(std::string_view key, void* buffer, int64_t size) const {
-    const Bytes bytes = bytesOf(find(key));
-    if (size < 0 || size > bytes.size || (size > 0 && !buffer))
+    const std::string_view bytes = bytesOf(find(key));
+    if (size < 0 || size > static_cast<int64_t>(bytes.size()) || (size > 0 && !buffer))
         return false;
     if (size > 0)
-        std::memcpy(buffer, bytes.data, static_cast<size_t>(size));
+        std::memcpy(buffer, bytes.data(), static_cast<size_t>(size));
     return true;
 }
 
 const void* FAttributes::getBinaryAddress(std::string_view key) const {
-    return bytesOf(find(key)).data;
+    return bytesOf(find(key)).data();
 }
 int64_t FAttributes::getBinarySize(std::string_view key) const {
-    return bytesOf(find(key)).size;
+    return static_cast<int64_t>(bytesOf(find(key)).size());
 }
 
 bool FAttributes::saveObject(std::string_view key, CmObject* object) {

@@ -107,12 +107,8 @@ private:
         }
         if (const auto* list = cast<FAttrList>(object))
             return list->count() == 0 || writeList(object, key, level);
-        if (const auto* memory = cast<FMemoryStream>(object))
-            return writeBinary(key, memory->bytes(), level);
-        if (const auto* foreign = cast<FAttrBuffer>(object))
-            return writeBinary(
-                key, {static_cast<const char*>(foreign->data()), static_cast<size_t>(foreign->size())},
-                level);
+        if (const auto bytes = binaryBytes(object))
+            return writeBinary(key, *bytes, level);
         return writeInstance(object, key, level);
     }
 

@@ -1,0 +1,150 @@
+#include "foundation/containers/CmRegularExpression.h"
+
+#include "persistence/FAttributes.h"
+#include "persistence/FMemoryStream.h"
+#include "support/FailingAllocation.h"
+#include "support/PlainArchive.h"
+
+#include <qorl/Ref.h>
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+namespace {
+
+using Case = CmRegularExpression::Case;
+using Direction = PlainArchive::Direction;
+
+struct MatchCase {
+    const char16_t* pattern;
+    const char16_t* text;
+    bool matches;
+    Case sensitivity = Case::sensitive;
+};
+
+TEST(CmRegularExpression, MatchesTheWholeText) {
+    const MatchCase cases[] = {
+        {u"", u"", true},
+        {u"", u"a", false},
+        {u"abc", u"abc", true},
+        {u"abc", u"abcd", false},
+        {u"abc", u"ab", false},
+        {u"a?c", u"abc", true},
+        {u"a?c", u"ac", true},
+        {u"a?c", u"abbc", false},
+        {u"a??c", u"ac", true},
+        {u"a??c", u"abbc", true},
+        {u"?", u"", true},
+        {u"?a", u"a", true},
+        {u"?a", u"aa", true},
+        {u"*", u"", true},
+        {u"*", u"anything", true},
+        {u"a*", u"a", true},
+        {u"a*", u"abc", true},
+        {u"a*", u"ba", false},
+        {u"*a", u"bcaaa", true},
+        {u"*a", u"ab", false},
+        {u"*.wav", u"one.wav.wav", true},
+        {u"*.wav", u"wav", false},
+        {u"a*b*c", u"a--b-b--c", true},
+        {u"a*b*c", u"a--c--b", false},
+        {u"*?", u"", true},
+        {u"*?a", u"a", true},
+        {u"?*a?", u"xab", true},
+        {u"?*a?", u"xabc", false},
+        {u"\\*", u"*", true},
+        {u"\\*", u"a", false},
+        {u"\\?", u"?", true},
+        {u"\\?", u"", false},
+        {u"\\\\", u"\\", true},
+        {u"\\a", u"a", true},
+        {u"a\\", u"a\\", true},
+        {u"a\\", u"a", false},
+    };
+    for (const MatchCase& c : cases)
+        EXPECT_EQ(CmRegularExpression(c.pattern).match(c.text), c.matches)
+            << "pattern " << ConstString(c.pattern).toUtf8() << ", text " << ConstString(c.text).toUtf8();
+}
+
+TEST(CmRegularExpression, TakesTwoStarsInARowAsPlainText) {
+    const MatchCase cases[] = {
+        {u"**", u"**", true},
+        {u"**", u"a", false},
+        {u"a**?", u"a**?", true},
+        {u"a**?", u"A**?", false},
+        {u"a**?", u"A**?", true, Case::ignored},
+        {u"a**?", u"axyz", false},
+        {u"\\**", u"*", true},
+        {u"\\**", u"*abc", true},
+        {u"\\***", u"*abc", false},
+        {u"\\***", u"\\***", true},
+        {u"*\\**", u"abc*def", true},
+    };
+    for (const MatchCase& c : cases)
+        EXPECT_EQ(CmRegularExpression(c.pattern, c.sensitivity).match(c.text), c.matches)
+            << "pattern " << ConstString(c.pattern).toUtf8() << ", text " << ConstString(c.text).toUtf8();
+}
+
+TEST(CmRegularExpression, MindsCaseUnlessToldOtherwise) {
+    const MatchCase cases[] = {
+        {u"ab?", u"ABc", false},
+        {u"ab?", u"ABC", true, Case::ignored},
+        {u"*Ä", u"xä", true, Case::ignored},
+        {u"\\A", u"a", true, Case::ignored},
+        {u"*Ä", u"xä", false},
+    };
+    for (const MatchCase& c : cases)
+        EXPECT_EQ(CmRegularExpression(c.pattern, c.sensitivity).match(c.text), c.matches)
+            << "pattern " << ConstString(c.pattern).toUtf8() << ", text " << ConstString(c.text).toUtf8();
+    EXPECT_TRUE(CmRegularExpression("*ä?").match("xä")) << "8-bit texts are matched by their characters";
+}
+
+TEST(CmRegularExpression, NeedsNoTimeThatGrowsWithTheNumberOfStars) {
+    // A matcher that tries one way after the other does not end within a lifetime.
+    std::u16string pattern;
+    for (int i = 0; i < 64; ++i)
+        pattern += u"*a?";
+    std::u16string text(10'000, u'a');
+    EXPECT_FALSE(CmRegularExpression(ConstString(pattern + u"b")).match(ConstString(text)));
+    EXPECT_TRUE(CmRegularExpression(ConstString(pattern + u"*b")).match(ConstString(text + u"b")));
+    const std::u16string optional(2'000, u'?');
+    EXPECT_FALSE(CmRegularExpression(ConstString(optional + u"b")).match(ConstString(text)));
+    EXPECT_TRUE(CmRegularExpression(ConstString(optional)).match(ConstString(text.substr(0, 2'000))));
+}
+
+TEST(CmRegularExpression, IsNoMatchWithoutMemory) {
+    const CmRegularExpression expression(ConstString(std::u16string(500, u'?')));
+    const std::u16string text(400, u'x');
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const bool matches = allocation.during([&] { return expression.match(ConstString(text)); });
+        EXPECT_EQ(matches, !allocation.hasFailed());
+    });
+}
+
+TEST(CmRegularExpression, IsStoredWithItsCase) {
+    const auto attributes = make<FAttributes>();
+    CmRegularExpression expression(u"ä*", Case::ignored);
+    ASSERT_TRUE(expression.storeAttributes(attributes.get()));
+    EXPECT_EQ(attributes->getString("Expression"), ConstString(u"ä*"));
+    EXPECT_EQ(attributes->getInteger("CaseSensitive", 7), 0);
+    CmRegularExpression restored;
+    EXPECT_EQ(restored.getCase(), Case::sensitive);
+    ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
+    EXPECT_EQ(restored.getPattern().string(), ConstString(u"ä*"));
+    EXPECT_EQ(restored.getCase(), Case::ignored);
+
+    FMemoryStream stream;
+    PlainArchive storing(stream, Direction::storing);
+    ASSERT_TRUE(CmRegularExpression("a*").writeTo(&storing));
+    EXPECT_EQ(stream.bytes(), std::string_view("\3\0\0\0a*\0\1", 8));
+    for (size_t length = 0; length <= 8; ++length) {
+        FMemoryStream cut(stream.bytes().substr(0, length));
+        PlainArchive reading(cut, Direction::reading);
+        EXPECT_EQ(restored.readFrom(&reading), length == 8) << "cut behind byte " << length;
+        EXPECT_EQ(restored.getCase(), length == 8 ? Case::sensitive : Case::ignored);
+    }
+    EXPECT_EQ(restored.getPattern().string(), ConstString("a*"));
+}
+
+} // namespace
+} // namespace qorl
