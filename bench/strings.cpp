@@ -46,6 +46,22 @@ void compareEqualFloor(benchmark::State& state) {
 }
 QORL_RATIO(compareEqual, compareEqualFloor, 1.5, 20, 200, 2000);
 
+/// Sorting asks for the order of texts that begin alike.
+void compareOrder(benchmark::State& state) {
+    const std::u16string text = sample(state.range(0));
+    const String a{std::u16string_view(text + u"1")};
+    const String b{std::u16string_view(text + u"2")};
+    for (auto _ : state)
+        benchmark::DoNotOptimize(a.compare(b));
+}
+void compareOrderFloor(benchmark::State& state) {
+    const std::u16string a = sample(state.range(0)) + u"1";
+    const std::u16string b = sample(state.range(0)) + u"2";
+    for (auto _ : state)
+        benchmark::DoNotOptimize(a.compare(b));
+}
+QORL_RATIO(compareOrder, compareOrderFloor, 1.5, 20, 200, 2000);
+
 void findAtEnd(benchmark::State& state) {
     const std::u16string text = sample(state.range(0)) + u"#end";
     const String whole{std::u16string_view(text)};

@@ -1,6 +1,9 @@
 #include "foundation/CmObject.h"
 #include "foundation/containers/CmContainer.h"
 #include "foundation/messages/UpdateHandler.h"
+#include "foundation/text/String.h"
+
+#include <qorl/IStringExchange.h>
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -92,6 +95,27 @@ TEST(SlotOrder, ContainersGoOnBehindObjects) {
                        SLOT(CmContainer, countSame), SLOT(CmContainer, newIterator),
                        SLOT(CmContainer, forEachParallel)},
                       25);
+}
+
+TEST(SlotOrder, TextsBeginWithTheirDestructor) {
+    EXPECT_EQ(entryOf(&ConstString::length), 2);
+    EXPECT_EQ(entryOf(&ConstString::text8), 3);
+    EXPECT_EQ(entryOf(&ConstString::text16), 4);
+    EXPECT_EQ(entryOf(&ConstString::text), 5);
+    EXPECT_EQ(entryOf(&ConstString::data), 6);
+    EXPECT_EQ(entryOf(&ConstString::char8At), 7);
+    EXPECT_EQ(entryOf(&ConstString::char16At), 8);
+    EXPECT_EQ(sizeof(String), 3 * sizeof(void*)) << "the table, the characters and one word";
+}
+
+TEST(SlotOrder, TextsAreExchangedInNineSlots) {
+    EXPECT_EQ(entryOf(&IStringSink::set8), 3);
+    EXPECT_EQ(entryOf(&IStringExchange::set8), 3);
+    EXPECT_EQ(entryOf(&IStringExchange::set16), 4);
+    EXPECT_EQ(entryOf(&IStringExchange::get8), 5);
+    EXPECT_EQ(entryOf(&IStringExchange::get16), 6);
+    EXPECT_EQ(entryOf(&IStringExchange::take), 7);
+    EXPECT_EQ(entryOf(&IStringExchange::isWideString), 8);
 }
 
 TEST(SlotOrder, IteratorsBeginWithTheirDestructor) {

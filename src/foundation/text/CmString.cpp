@@ -5,6 +5,8 @@
 #include "persistence/FObjectArchive.h"
 #include "persistence/FStream.h"
 
+#include <new>
+
 namespace qorl {
 
 QORL_REGISTER(CmString, "CmString", CmObject, 0)
@@ -29,9 +31,12 @@ bool CmString::writeTo(FObjectArchive* archive) {
     return string_.writeTo(archive->stream());
 }
 
-bool CmString::storeAttributes(FAttributes* attributes) {
+bool CmString::storeAttributes(FAttributes* attributes) try {
     attributes->setString("s", string_);
-    return true;
+    // A copy that found no memory is empty.
+    return attributes->getString("s").size() == string_.size();
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 bool CmString::restoreAttributes(FAttributes* attributes) {

@@ -32,31 +32,6 @@ char32_t nextLower(View<Char> text, int32_t& at) {
     return text::lower(text::nextPoint(text, at));
 }
 
-using Units8 = uint16_t __attribute__((vector_size(16)));
-
-/// The next place of a unit, eight at a time.
-size_t findUnit(View<char16_t> text, char16_t unit, size_t at) {
-    const Units8 wanted = {unit, unit, unit, unit, unit, unit, unit, unit};
-    for (; at + 8 <= text.size(); at += 8) {
-        Units8 units;
-        std::memcpy(&units, text.data() + at, sizeof units);
-        uint64_t hits[2];
-        const auto equal = units == wanted;
-        std::memcpy(hits, &equal, sizeof hits);
-        if (hits[0])
-            return at + static_cast<size_t>(__builtin_ctzll(hits[0])) / 16;
-        if (hits[1])
-            return at + 4 + static_cast<size_t>(__builtin_ctzll(hits[1])) / 16;
-    }
-    while (at < text.size() && text[at] != unit)
-        ++at;
-    return at < text.size() ? at : text.npos;
-}
-
-size_t findUnit(View<char> text, char unit, size_t at) {
-    return text.find(unit, at);
-}
-
 /// Whether nothing but the terminator counts behind `at`.
 template <typename Char>
 bool isEnd(View<Char> text, size_t at) {
@@ -82,13 +57,34 @@ int32_t compareFolded(View<Char> a, View<Char> b) {
     return compareEnds(a, static_cast<size_t>(atA), b, static_cast<size_t>(atB));
 }
 
+/// How many characters are the same in front of the first 0, a machine word at a time.
+template <typename Char>
+size_t commonLength(View<Char> a, View<Char> b) {
+    constexpr size_t step = sizeof(uint64_t) / sizeof(Char);
+    constexpr uint64_t ones = ~uint64_t{0} / ((uint64_t{1} << (8 * sizeof(Char))) - 1);
+    constexpr uint64_t highBits = ones << (8 * sizeof(Char) - 1);
+    const size_t both = std::min(a.size(), b.size());
+    size_t at = 0;
+    for (; at + step <= both; at += step) {
+        uint64_t wordA;
+        uint64_t wordB;
+        std::memcpy(&wordA, a.data() + at, sizeof wordA);
+        std::memcpy(&wordB, b.data() + at, sizeof wordB);
+        // The second term tells whether a character of the word is 0.
+        if (wordA != wordB || ((wordA - ones) & ~wordA & highBits) != 0)
+            break;
+    }
+    while (at < both && a[at] == b[at] && a[at] != 0)
+        ++at;
+    return at;
+}
+
 template <typename Char>
 int32_t compareExact(View<Char> a, View<Char> b) {
-    const size_t both = std::min(a.size(), b.size());
-    const size_t zero = findUnit(a.substr(0, both), Char(), 0);
-    const size_t counted = zero == View<Char>::npos ? both : zero;
-    const int order = a.substr(0, counted).compare(b.substr(0, counted));
-    return order != 0 ? sign(order) : compareEnds(a, counted, b, counted);
+    const size_t at = commonLength(a, b);
+    if (isEnd(a, at) || isEnd(b, at))
+        return compareEnds(a, at, b, at);
+    return value(a[at]) < value(b[at]) ? -1 : 1;
 }
 
 template <typename Char>
@@ -109,6 +105,27 @@ int32_t matchFolded(View<Char> text, View<Char> wanted) {
         if (at >= static_cast<int32_t>(text.size()) || nextLower(text, at) != nextLower(wanted, wantedAt))
             return -1;
     return at;
+}
+
+using Units8 = uint16_t __attribute__((vector_size(16)));
+
+/// The next place of a unit, eight at a time.
+size_t findUnit(View<char16_t> text, char16_t unit, size_t at) {
+    const Units8 wanted = {unit, unit, unit, unit, unit, unit, unit, unit};
+    for (; at + 8 <= text.size(); at += 8) {
+        Units8 units;
+        std::memcpy(&units, text.data() + at, sizeof units);
+        uint64_t hits[2];
+        const auto equal = units == wanted;
+        std::memcpy(hits, &equal, sizeof hits);
+        if (hits[0])
+            return at + static_cast<size_t>(__builtin_ctzll(hits[0])) / 16;
+        if (hits[1])
+            return at + 4 + static_cast<size_t>(__builtin_ctzll(hits[1])) / 16;
+    }
+    while (at < text.size() && text[at] != unit)
+        ++at;
+    return at < text.size() ? at : text.npos;
 }
 
 size_t findExact(View<char> text, View<char> wanted, size_t start) {

@@ -230,6 +230,8 @@ bool String::printf8(const char* format, ...) {
 }
 
 bool String::vprintf8(const char* format, va_list arguments) {
+    if (!format)
+        return false;
     char small[256];
     va_list again;
     va_copy(again, arguments);

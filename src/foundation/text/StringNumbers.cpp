@@ -30,14 +30,16 @@ bool isBlank(Char c) {
 
 enum class Reading { none, done, outOfMemory };
 
+/// Behind a sign that `text` may begin with.
+template <typename Char>
+size_t behindSign(View<Char> text) {
+    return !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+}
+
 template <typename Char>
 Reading readNumber(View<Char> text, Number& number) {
-    size_t at = 0;
-    while (at < text.size() && isBlank(text[at]))
-        ++at;
-    number = {0, at < text.size() && text[at] == '-', false};
-    if (at < text.size() && (text[at] == '-' || text[at] == '+'))
-        ++at;
+    size_t at = behindSign(text);
+    number = {0, at > 0 && text[0] == '-', false};
     if (!isDigitIn(text, at))
         return Reading::none;
     constexpr uint64_t most = std::numeric_limits<uint64_t>::max();
@@ -103,12 +105,8 @@ double toReal(View<char> digits) {
 
 template <typename Char>
 Reading readReal(View<Char> text, double& out) {
-    size_t begin = 0;
-    while (begin < text.size() && isBlank(text[begin]))
-        ++begin;
-    const double sign = begin < text.size() && text[begin] == '-' ? -1 : 1;
-    if (begin < text.size() && (text[begin] == '-' || text[begin] == '+'))
-        ++begin;
+    const size_t begin = behindSign(text);
+    const double sign = begin > 0 && text[0] == '-' ? -1 : 1;
     const View<Char> digits = text.substr(begin, endOfReal(text, begin) - begin);
     if (digits.empty())
         return Reading::none;
@@ -125,11 +123,10 @@ Reading readReal(View<Char> text, double& out) {
     return Reading::done;
 }
 
-/// Tries at `start` or, with `scan`, at one place after the other.
+/// Tries behind the blanks at `start` or, with `scan`, at one place after the other.
 template <typename Char, typename Read>
 bool scanFor(View<Char> text, int32_t start, bool scan, Read read) {
     for (auto at = static_cast<size_t>(std::max(start, 0)); at < text.size(); ++at) {
-        // What is read at a blank stands behind the blanks.
         while (at < text.size() && isBlank(text[at]))
             ++at;
         const Reading reading = read(text.substr(at));

@@ -87,6 +87,36 @@ TEST(ConstString, ComparesAcrossWidths) {
     EXPECT_FALSE(ConstString("\xFF") == ConstString(u"\u00FF"));
 }
 
+template <typename Char>
+void compareAtEveryPlace(Char larger) {
+    for (size_t length = 1; length < 24; ++length) {
+        for (size_t place = 0; place < length; ++place) {
+            SCOPED_TRACE(::testing::Message() << place << " of " << length);
+            const std::basic_string<Char> text(length, static_cast<Char>(larger - 1));
+            std::basic_string<Char> other(text);
+            other[place] = larger;
+            const ConstString a{std::basic_string_view<Char>(text)};
+            const ConstString b{std::basic_string_view<Char>(other)};
+            ASSERT_EQ(a.compare(b), -1);
+            ASSERT_EQ(b.compare(a), 1);
+            ASSERT_EQ(b.compare(ConstString(b, 0, static_cast<int32_t>(place))), 1);
+            // Behind a zero in both nothing counts.
+            std::basic_string<Char> ended(text);
+            ended[place] = 0;
+            std::basic_string<Char> longer(ended);
+            longer += larger;
+            ASSERT_EQ(ConstString{std::basic_string_view<Char>(ended)}.compare(
+                          ConstString{std::basic_string_view<Char>(longer)}),
+                      0);
+        }
+    }
+}
+
+TEST(ConstString, ComparesAtEveryPlaceOfLongTexts) {
+    compareAtEveryPlace<char>('\x81');
+    compareAtEveryPlace<char16_t>(u'\u0100'); // with a byte 0 that is no character 0
+}
+
 TEST(ConstString, OrdersNumbersInNamesAsPeopleDo) {
     const CompareCase cases[] = {
         {"a2", "a10", all, true, -1},

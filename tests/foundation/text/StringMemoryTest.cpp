@@ -1,5 +1,7 @@
 #include "foundation/text/CmTokens.h"
 #include "foundation/text/String.h"
+#include "foundation/text/TextWidths.h"
+#include "persistence/FAttributes.h"
 #include "persistence/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 
@@ -132,6 +134,24 @@ TEST(String, GivesAnEmptyTextWhenThereIsNoMemoryForTheOtherWidth) {
         const std::u16string_view text = memory.during([&] { return narrow.text16(); });
         EXPECT_EQ(text, memory.hasFailed() ? u"" : u"abc");
         EXPECT_EQ(narrow.isWide(), !memory.hasFailed());
+    });
+}
+
+TEST(CmString, TellsThatItsAttributesFoundNoMemory) {
+    failEachAllocation([](FailingAllocation& memory) {
+        CmString text("a text that is stored");
+        FAttributes attributes;
+        const bool stored = memory.during([&] { return text.storeAttributes(&attributes); });
+        EXPECT_EQ(stored, !memory.hasFailed());
+    });
+    failEachAllocation([](FailingAllocation& memory) {
+        const CmString text("a text that is stored");
+        FAttributes attributes;
+        attributes.setString("s", text);
+        CmString restored(u"old");
+        const bool isRestored = memory.during([&] { return restored.restoreAttributes(&attributes); });
+        EXPECT_EQ(isRestored, !memory.hasFailed());
+        EXPECT_EQ(shown(restored.string()), memory.hasFailed() ? "old wide" : "a text that is stored narrow");
     });
 }
 
