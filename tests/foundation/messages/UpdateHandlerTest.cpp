@@ -241,10 +241,14 @@ TEST_F(UpdateHandlerTest, ManyThreadsMayConnectTellAndLeave) {
     subject.addDependent(&steady);
     CmObject source;
     source.addDependent(&steady);
-    std::vector<std::thread> workers;
+    // They outlive all workers: one that is removed may still be hearing of a change on another thread.
+    std::vector<Ref<Atomic>> listeners;
     for (int t = 0; t < threads; ++t)
+        listeners.push_back(make<Atomic>(told));
+    std::vector<std::thread> workers;
+    for (const Ref<Atomic>& listener : listeners)
         workers.emplace_back([&] {
-            Atomic own(told);
+            Atomic& own = *listener;
             for (int i = 0; i < rounds; ++i) {
                 CmObject passing;
                 passing.addDependent(&own);
