@@ -110,7 +110,9 @@ bool ClassFactory::describeClass(FInterface* unknown, TextSink& sink, NameForm f
         return false;
     if (form == NameForm::persistent && !findById(id))
         return false;
-    sink.write(id.toPlainString());
+    char text[FUID::plainLength + 1];
+    id.toPlainString(text);
+    sink.write(text);
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include "persistence/FAttributes.h"
 #include "persistence/FObjectArchive.h"
 
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -61,37 +62,39 @@ bool CmDelegatingUnknown::recreate(const FUID& classId, FAttributes& data) {
     return persistent && persistent->restore(&data) == Result::ok;
 }
 
-bool CmDelegatingUnknown::writeTo(FObjectArchive* archive) {
-    CmUID id;
+bool CmDelegatingUnknown::writeTo(FObjectArchive* archive) try {
     FUID classId;
     FAttributes data;
-    if (!describe(classId, data))
-        return false;
-    id.setUid(classId);
-    return id.writeTo(archive) && data.writeTo(archive);
+    return describe(classId, data) && CmUID(classId).writeTo(archive) && data.writeTo(archive);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool CmDelegatingUnknown::readFrom(FObjectArchive* archive) {
+bool CmDelegatingUnknown::readFrom(FObjectArchive* archive) try {
     CmUID id;
     FAttributes data;
     return id.readFrom(archive) && data.readFrom(archive) && recreate(id.uid(), data);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool CmDelegatingUnknown::storeAttributes(FAttributes* attributes) {
+bool CmDelegatingUnknown::storeAttributes(FAttributes* attributes) try {
     FUID classId;
     const Ref<FAttributes> data = make<FAttributes>();
-    if (!describe(classId, *data))
+    if (!describe(classId, *data) || !CmUID(classId).storeAttributes(attributes))
         return false;
-    attributes->setString("GUID", ConstString(classId.toPlainString().c_str()));
     attributes->setObject("ObjData", data.get(), FAttributes::Hold::retain);
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool CmDelegatingUnknown::restoreAttributes(FAttributes* attributes) {
-    FUID classId;
+bool CmDelegatingUnknown::restoreAttributes(FAttributes* attributes) try {
+    CmUID id;
     FAttributes* data = attributes->getAttributes("ObjData");
-    return data && classId.fromPlainString(attributes->getString("GUID").toUtf8().c_str()) &&
-           recreate(classId, *data);
+    return data && id.restoreAttributes(attributes) && recreate(id.uid(), *data);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace qorl {
 
@@ -93,22 +94,33 @@ uint32_t CmUID::hashCode(uint32_t size) const {
     return (uid_.word(0) + uid_.word(1) + uid_.word(2) + uid_.word(3)) % size;
 }
 
-bool CmUID::readFrom(FObjectArchive* archive) {
+bool CmUID::readFrom(FObjectArchive* archive) try {
     String text;
     return text.readFrom(archive->stream()) && fromHexBytes(text.toUtf8());
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool CmUID::writeTo(FObjectArchive* archive) {
-    return String(toHexBytes().c_str()).writeTo(archive->stream());
+bool CmUID::writeTo(FObjectArchive* archive) try {
+    const String text(toHexBytes().c_str());
+    return !text.isEmpty() && text.writeTo(archive->stream());
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool CmUID::storeAttributes(FAttributes* attributes) {
-    attributes->setString("GUID", ConstString(uid_.toPlainString().c_str()));
-    return true;
+bool CmUID::storeAttributes(FAttributes* attributes) try {
+    char text[FUID::plainLength + 1];
+    uid_.toPlainString(text);
+    attributes->setString("GUID", ConstString(text));
+    return attributes->getString("GUID") == ConstString(text);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool CmUID::restoreAttributes(FAttributes* attributes) {
+bool CmUID::restoreAttributes(FAttributes* attributes) try {
     return uid_.fromPlainString(attributes->getString("GUID").toUtf8().c_str());
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

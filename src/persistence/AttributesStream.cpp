@@ -63,7 +63,11 @@ private:
         return !entry.isObject() || writeObject(entry.getObject());
     }
 
-    bool writeText(const ConstString& text) { return String(text).writeTo(stream_); }
+    /// False also when there is no memory for a copy: an empty text in its place would be a loss.
+    bool writeText(const ConstString& text) {
+        const String copy(text);
+        return copy.isEmpty() == text.isEmpty() && copy.writeTo(stream_);
+    }
     bool writeSubkind(Subkind subkind) { return stream_.writeUInt16(subkind); }
 
     template <typename Items, typename Write>

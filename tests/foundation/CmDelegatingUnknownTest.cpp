@@ -3,7 +3,11 @@
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
 #include "foundation/FPersistent.h"
+#include "foundation/text/String.h"
 #include "persistence/FAttributes.h"
+#include "persistence/FMemoryStream.h"
+#include "support/FailingAllocation.h"
+#include "support/PlainArchive.h"
 
 #include <gtest/gtest.h>
 
@@ -116,6 +120,40 @@ TEST_F(CmDelegatingUnknownTest, ComesBackFromItsAttributesAsANewObject) {
     EXPECT_FALSE(back.restoreAttributes(stored.get())) << "a class that nobody creates";
     stored->remove("ObjData");
     EXPECT_FALSE(back.restoreAttributes(stored.get()));
+}
+
+TEST_F(CmDelegatingUnknownTest, ComesBackFromAStreamAsANewObject) {
+    const Ref<FMemoryStream> stream = make<FMemoryStream>();
+    {
+        PlainArchive archive(*stream, PlainArchive::Direction::storing);
+        ASSERT_TRUE(wrap(make<Foreign>(77))->writeTo(&archive));
+        EXPECT_FALSE(CmDelegatingUnknown().writeTo(&archive));
+    }
+    stream->seek(0, FStream::fromStart);
+    String id;
+    ASSERT_TRUE(id.readFrom(*stream));
+    EXPECT_EQ(id.toUtf8(), "33221100554477668899AABBCCDDEEFF") << "its bytes in memory order come first";
+    stream->seek(0, FStream::fromStart);
+    PlainArchive archive(*stream, PlainArchive::Direction::reading);
+    CmDelegatingUnknown back;
+    ASSERT_TRUE(back.readFrom(&archive));
+    ASSERT_NE(back.foreign(), nullptr);
+    EXPECT_EQ(static_cast<Foreign*>(back.foreign())->number, 77);
+}
+
+TEST_F(CmDelegatingUnknownTest, WithoutMemoryItSaysThatItIsNotStored) {
+    const Ref<CmDelegatingUnknown> wrapper = wrap(make<Foreign>(77));
+    failEachAllocation([&](FailingAllocation& memory) {
+        const Ref<FAttributes> attributes = make<FAttributes>();
+        const bool stored = memory.during([&] { return wrapper->storeAttributes(attributes.get()); });
+        EXPECT_NE(stored, memory.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& memory) {
+        const Ref<FMemoryStream> stream = make<FMemoryStream>();
+        PlainArchive archive(*stream, PlainArchive::Direction::storing);
+        const bool stored = memory.during([&] { return wrapper->writeTo(&archive); });
+        EXPECT_NE(stored, memory.hasFailed());
+    });
 }
 
 TEST_F(CmDelegatingUnknownTest, StoresNothingOfAnObjectThatIsNotPersistent) {

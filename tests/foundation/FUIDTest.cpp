@@ -1,7 +1,12 @@
 #include "foundation/FUID.h"
 
 #include "foundation/CmUID.h"
+#include "foundation/text/String.h"
+#include "persistence/FAttributes.h"
+#include "persistence/FMemoryStream.h"
 #include "platform/System.h"
+#include "support/FailingAllocation.h"
+#include "support/PlainArchive.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -147,6 +152,50 @@ TEST(CmUID, CutsItsBitsIntoGroupsOfFive) {
     EXPECT_EQ(back.uid(), sample);
     EXPECT_FALSE(back.fromBase32String("0123"));
     EXPECT_EQ(back.uid(), sample);
+}
+
+TEST(CmUID, ItsTwoStoredFormsDifferInTheOrderOfTheFirstBytes) {
+    const Ref<FMemoryStream> stream = make<FMemoryStream>();
+    CmUID original(sample);
+    {
+        PlainArchive archive(*stream, PlainArchive::Direction::storing);
+        ASSERT_TRUE(original.writeTo(&archive));
+    }
+    stream->seek(0, FStream::fromStart);
+    String text;
+    ASSERT_TRUE(text.readFrom(*stream));
+    EXPECT_EQ(text.toUtf8(), "33221100554477668899AABBCCDDEEFF");
+    stream->seek(0, FStream::fromStart);
+    PlainArchive archive(*stream, PlainArchive::Direction::reading);
+    CmUID back;
+    ASSERT_TRUE(back.readFrom(&archive));
+    EXPECT_EQ(back.uid(), sample);
+
+    FAttributes attributes;
+    ASSERT_TRUE(original.storeAttributes(&attributes));
+    EXPECT_EQ(attributes.getString("GUID").toUtf8(), "00112233445566778899AABBCCDDEEFF");
+    CmUID restored;
+    ASSERT_TRUE(restored.restoreAttributes(&attributes));
+    EXPECT_EQ(restored.uid(), sample);
+    attributes.setString("GUID", ConstString("0011"));
+    EXPECT_FALSE(restored.restoreAttributes(&attributes));
+    EXPECT_EQ(restored.uid(), sample);
+}
+
+TEST(CmUID, WithoutMemoryItSaysThatItIsNotStored) {
+    failEachAllocation([](FailingAllocation& memory) {
+        CmUID original(sample);
+        FAttributes attributes;
+        const bool stored = memory.during([&] { return original.storeAttributes(&attributes); });
+        EXPECT_NE(stored, memory.hasFailed());
+    });
+    failEachAllocation([](FailingAllocation& memory) {
+        CmUID original(sample);
+        const Ref<FMemoryStream> stream = make<FMemoryStream>();
+        PlainArchive archive(*stream, PlainArchive::Direction::storing);
+        const bool stored = memory.during([&] { return original.writeTo(&archive); });
+        EXPECT_NE(stored, memory.hasFailed());
+    });
 }
 
 TEST(CmUID, EqualsByItsBytes) {
