@@ -79,7 +79,7 @@ bool UWindow::createPlatformWindow() {
         return false;
     const std::u16string title = getTitle().toUtf16();
     platform::WindowDescription description;
-    description.kind = static_cast<platform::WindowKind>(getWindowType());
+    description.kind = getWindowType();
     description.style = core_->style;
     description.title = title;
     description.frame = getFrameRect();

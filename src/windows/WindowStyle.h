@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/WindowStyle.h"
+
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -50,17 +52,8 @@ struct WindowStyleWord {
 /// The words usable in the attribute "style" of a skin, presets last.
 std::span<const WindowStyleWord> windowStyleWords();
 
-/// The kinds of window, by the code that `getWindowType` answers.
-enum class WindowType : int32_t {
-    document = 0,
-    floating = 1,
-    modal = 2,
-    popup = 3,
-    full = 4,
-    overlay = 6,
-    child = 7,
-    none = 8,
-};
+/// The kind of a window, which `getWindowType` answers.
+using WindowType = platform::WindowKind;
 
 /// The word answered to the property "windowType"; null for a window without a screen life.
 const char* windowTypeWord(WindowType type);
