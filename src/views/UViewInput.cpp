@@ -70,6 +70,54 @@ bool tellWheel(UView& view, const WheelEvent& event, double distance, int32_t ax
     return view.handleMessage(message.get()) == CmObject::handled;
 }
 
+using MouseCall = void (IViewMouseListener::*)(const MouseEvent&);
+using MoveCall = void (IViewMoveListener::*)(const MouseEvent&);
+
+void tellMouse(UView& view, CmPoint point, MouseCall call) {
+    ViewRare* rare = view.peekRare();
+    if (!rare || !rare->mouseListeners)
+        return;
+    const MouseEvent event = mouseEventFor(view, point);
+    rare->mouseListeners->tell([&](IViewMouseListener& listener) { (listener.*call)(event); });
+}
+
+/// False when nobody listens.
+bool tellMove(UView& view, CmPoint point, MoveCall call) {
+    ViewRare* rare = view.peekRare();
+    if (!rare || !rare->moveListeners || rare->moveListeners->isEmpty())
+        return false;
+    const MouseEvent event = mouseEventFor(view, point);
+    rare->moveListeners->tell([&](IViewMoveListener& listener) { (listener.*call)(event); });
+    return true;
+}
+
+/// What a subview makes of the mouse.
+enum class Answer : uint8_t { taken, leftToNext, endsWalk };
+
+/// Asks the shown and enabled subviews whose frames hold the point, from the front to the back, until one
+/// takes it.
+template <typename Ask>
+bool askSubViewsAt(UView& view, CmPoint point, Ask&& ask) {
+    SubViewIterator walk(view, SubViewIterator::Walk::reverse);
+    while (UView* candidate = walk.next()) {
+        if (!candidate->isShown() || candidate->hasFlag(viewDisabled) ||
+            !candidate->getFrameRect().contains(point))
+            continue;
+        const Ref<UView> subView = retain(candidate);
+        const Answer answer = ask(*subView);
+        if (answer == Answer::endsWalk)
+            return false;
+        // A press that took its view out of the window is spent.
+        if (answer == Answer::taken || !subView->isRealized())
+            return true;
+    }
+    return false;
+}
+
+Answer answerOf(bool taken) {
+    return taken ? Answer::taken : Answer::leftToNext;
+}
+
 } // namespace
 
 // Presses
@@ -77,50 +125,26 @@ bool tellWheel(UView& view, const WheelEvent& event, double distance, int32_t ax
 bool UView::mouseDown(CmPoint point) {
     if (!isEnabled())
         return false;
-    if (ViewRare* rare = peekRare(); rare && rare->mouseListeners) {
-        const MouseEvent event = mouseEventFor(*this, point);
-        rare->mouseListeners->tell([&](IViewMouseListener& listener) { listener.viewMouseDown(event); });
-    }
-    SubViewIterator walk(*this, SubViewIterator::Walk::reverse);
-    while (UView* candidate = walk.next()) {
-        if (!candidate->isShown() || candidate->hasFlag(viewDisabled) ||
-            !candidate->getFrameRect().contains(point))
-            continue;
-        const Ref<UView> subView = retain(candidate);
-        focusOnPress(*subView, clientToWindow(point));
-        const bool isClient = subView->hitsClient(subView->parentToFrame(point));
-        const bool isBaseOnly = isRightPress(*subView) && !subView->hasFlag(viewTakesRightClick);
-        if (!isClient && isBaseOnly)
-            return false;
-        const bool taken = !isClient    ? subView->mouseDownInFrame(subView->parentToFrame(point))
-                           : isBaseOnly ? subView->UView::mouseDown(subView->parentToClient(point))
-                                        : subView->mouseDown(subView->parentToClient(point));
-        // A press that took its view out of the window is spent.
-        if (taken || !subView->isRealized())
-            return true;
-    }
-    return false;
+    tellMouse(*this, point, &IViewMouseListener::viewMouseDown);
+    return askSubViewsAt(*this, point, [&](UView& subView) {
+        focusOnPress(subView, clientToWindow(point));
+        const bool isBaseOnly = isRightPress(subView) && !subView.hasFlag(viewTakesRightClick);
+        if (!subView.hitsClient(subView.parentToFrame(point)))
+            return isBaseOnly ? Answer::endsWalk
+                              : answerOf(subView.mouseDownInFrame(subView.parentToFrame(point)));
+        const CmPoint client = subView.parentToClient(point);
+        return answerOf(isBaseOnly ? subView.UView::mouseDown(client) : subView.mouseDown(client));
+    });
 }
 
 bool UView::mouseUp(CmPoint point) {
     if (!isEnabled())
         return false;
-    if (ViewRare* rare = peekRare(); rare && rare->mouseListeners) {
-        const MouseEvent event = mouseEventFor(*this, point);
-        rare->mouseListeners->tell([&](IViewMouseListener& listener) { listener.viewMouseUp(event); });
-    }
-    SubViewIterator walk(*this, SubViewIterator::Walk::reverse);
-    while (UView* candidate = walk.next()) {
-        if (!candidate->isShown() || candidate->hasFlag(viewDisabled) ||
-            !candidate->getFrameRect().contains(point))
-            continue;
-        const Ref<UView> subView = retain(candidate);
-        if (!subView->hitsClient(subView->parentToFrame(point)))
-            continue;
-        if (subView->mouseUp(subView->parentToClient(point)) || !subView->isRealized())
-            return true;
-    }
-    return false;
+    tellMouse(*this, point, &IViewMouseListener::viewMouseUp);
+    return askSubViewsAt(*this, point, [&](UView& subView) {
+        return answerOf(subView.hitsClient(subView.parentToFrame(point)) &&
+                        subView.mouseUp(subView.parentToClient(point)));
+    });
 }
 
 bool UView::mouseDownInFrame(CmPoint) {
@@ -138,30 +162,15 @@ bool UView::click(const ClickEvent& event) {
 // Hover
 
 bool UView::mouseEnter(CmPoint point) {
-    ViewRare* rare = peekRare();
-    if (!rare || !rare->moveListeners || rare->moveListeners->isEmpty())
-        return false;
-    const MouseEvent event = mouseEventFor(*this, point);
-    rare->moveListeners->tell([&](IViewMoveListener& listener) { listener.viewMouseEnter(event); });
-    return true;
+    return tellMove(*this, point, &IViewMoveListener::viewMouseEnter);
 }
 
 bool UView::mouseOver(CmPoint point) {
-    ViewRare* rare = peekRare();
-    if (!rare || !rare->moveListeners || rare->moveListeners->isEmpty() || !isEnabled())
-        return false;
-    const MouseEvent event = mouseEventFor(*this, point);
-    rare->moveListeners->tell([&](IViewMoveListener& listener) { listener.viewMouseOver(event); });
-    return true;
+    return isEnabled() && tellMove(*this, point, &IViewMoveListener::viewMouseOver);
 }
 
 bool UView::mouseLeave(CmPoint point) {
-    ViewRare* rare = peekRare();
-    if (!rare || !rare->moveListeners || rare->moveListeners->isEmpty())
-        return false;
-    const MouseEvent event = mouseEventFor(*this, point);
-    rare->moveListeners->tell([&](IViewMoveListener& listener) { listener.viewMouseLeave(event); });
-    return true;
+    return tellMove(*this, point, &IViewMoveListener::viewMouseLeave);
 }
 
 bool UView::getMousePosition(CmPoint& point) const {
