@@ -1,7 +1,10 @@
 #include "views/ViewDump.h"
 
+#include "foundation/DiagnosticJson.h"
 #include "views/UView.h"
 #include "views/ViewSource.h"
+
+#include <span>
 
 namespace qorl {
 
@@ -10,6 +13,13 @@ namespace {
 struct FlagWord {
     uint32_t flag;
     const char* word;
+};
+
+constexpr FlagWord attachWords[] = {
+    {viewAttachLeft, "left"},
+    {viewAttachTop, "top"},
+    {viewAttachRight, "right"},
+    {viewAttachBottom, "bottom"},
 };
 
 constexpr FlagWord flagWords[] = {
@@ -50,6 +60,63 @@ std::string flagText(uint32_t flags) {
     return words.empty() ? words : words + "]";
 }
 
+bool hasOwnClient(const UView& view) {
+    const CmSize frame = view.getFrameSize();
+    return view.getClientRect() != CmRect{0, 0, frame.width, frame.height};
+}
+
+void writeRect(JsonWriter& json, const char* key, const CmRect& rect) {
+    json.key(key);
+    json.beginArray();
+    for (const int32_t number : {rect.left, rect.top, rect.width(), rect.height()})
+        json.number(number);
+    json.endArray();
+}
+
+/// The words of the bits that are set, in the order of the table; no member when there are none.
+void writeWords(JsonWriter& json, const char* key, std::span<const FlagWord> words, uint32_t flags) {
+    bool isOpen = false;
+    for (const FlagWord& known : words) {
+        if (!(flags & known.flag))
+            continue;
+        if (!isOpen) {
+            json.key(key);
+            json.beginArray();
+            isOpen = true;
+        }
+        json.string(known.word);
+    }
+    if (isOpen)
+        json.endArray();
+}
+
+void writeTree(JsonWriter& json, UView& view, DumpDetail detail) {
+    json.beginObject();
+    json.member("class", view.getClassName());
+    if (const std::string_view name = view.getItem().name(); !name.empty())
+        json.member("name", name);
+    if (view.hasTitle())
+        json.member("title", view.getTitle().toUtf8());
+    writeRect(json, "frame", view.getFrameRect());
+    if (hasOwnClient(view))
+        writeRect(json, "client", view.getClientRect());
+    writeWords(json, "attach", attachWords, view.getAttach());
+    writeWords(json, "flags", flagWords, view.getViewFlags());
+    if (String value; view.getAccessibleValue(value))
+        json.member("value", value.toUtf8());
+    if (detail == DumpDetail::source && view.getSource()) {
+        json.key("source");
+        writeJson(json, view.getSource()->position());
+    }
+    if (view.getSubViewCount() > 0) {
+        json.key("views");
+        json.beginArray();
+        view.forEachSubView([&](UView& subView) { writeTree(json, subView, detail); });
+        json.endArray();
+    }
+    json.endObject();
+}
+
 void appendTree(UView& view, DumpDetail detail, size_t depth, std::string& text) {
     text.append(depth * 2, ' ');
     text += describeView(view, detail);
@@ -65,8 +132,7 @@ std::string describeView(UView& view, DumpDetail detail) {
     if (!name.empty() || view.hasTitle())
         text += " " + inQuotes(name.empty() ? view.getTitle().toUtf8() : std::string(name));
     text += " " + rectText(view.getFrameRect());
-    const CmSize frame = view.getFrameSize();
-    if (view.getClientRect() != CmRect{0, 0, frame.width, frame.height})
+    if (hasOwnClient(view))
         text += " client " + rectText(view.getClientRect());
     if (view.getAttach())
         text += " attach " + attachToText(view.getAttach());
@@ -82,6 +148,12 @@ std::string dumpViewTree(UView& view, DumpDetail detail) {
     std::string text;
     appendTree(view, detail, 0, text);
     return text;
+}
+
+std::string dumpViewTreeAsJson(UView& view, DumpDetail detail) {
+    JsonWriter json;
+    writeTree(json, view, detail);
+    return json.text() + '\n';
 }
 
 } // namespace qorl

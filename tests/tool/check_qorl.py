@@ -3,6 +3,7 @@
 
     check_qorl.py QORL SHOWCASE [unittest arguments]
 """
+import json
 import os
 import re
 import resource
@@ -160,6 +161,42 @@ class Usage(InTemporaryFolder):
                 result = run(*words)
                 self.assertEqual((result.returncode, result.stderr), (0, ""))
                 self.assertIn("qorl", result.stdout)
+
+
+class Json(InTemporaryFolder):
+    def test_tree_has_every_view_of_the_text(self):
+        words = ("tree", SHOWCASE / "skin.xml", "Panel")
+        text, data = run(*words), run(*words, "--json")
+        self.assertEqual((data.returncode, data.stderr), (0, ""))
+        lines = []
+
+        def collect(view, depth):
+            lines.append("  " * depth + view["class"])
+            for inner in view.get("views", []):
+                collect(inner, depth + 1)
+            return view
+
+        window = collect(json.loads(data.stdout), 0)
+        self.assertEqual(lines, [re.match(r" *\w+", line)[0] for line in text.stdout.splitlines()])
+        self.assertEqual(window["frame"][2:], [912, 540])
+        self.assertEqual(window["views"][0]["source"]["line"], 25)
+        self.assertEqual(list(window["views"][0]), ["class", "name", "title", "frame", "attach", "flags", "source",
+                                                    "views"])
+
+    def test_check_tells_the_same_faults_as_data(self):
+        path = self.write("skin.xml", skin('<template name="T" size="0,0,9,9">\n<blink/>\n<view name="T"/></template>'))
+        text, data = run("check", path), run("check", path, "--json")
+        self.assertEqual((text.stdout, data.stderr), ("", ""))
+        self.assertEqual((text.returncode, data.returncode), (1, 1))
+        found = json.loads(data.stdout)["diagnostics"]
+        self.assertEqual([f"{fault['file']}:{fault['line']}:{fault['column']}: {fault['severity']}: {fault['text']}"
+                          for fault in found],
+                         [line for line in text.stderr.splitlines() if not line.startswith(" ")])
+        self.assertEqual({fault["severity"] for fault in found}, {"warning", "error"})
+
+    def test_check_tells_an_empty_list_for_what_is_right(self):
+        result = run("check", "--json", SHOWCASE / "skin.xml")
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, '{"diagnostics":[]}\n', ""))
 
 
 class BadInput(InTemporaryFolder):

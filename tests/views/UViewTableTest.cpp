@@ -152,7 +152,7 @@ public:
     }
 };
 
-TEST(ViewDump, WritesOneLineAView) {
+TEST(ViewDump, WritesOneLineOrOneObjectAView) {
     auto root = make<UView>(CmRect{10, 20, 110, 220}, ConstString("Mixer"));
     root->setClientInsets({2, 3, 4, 5}, true);
     auto named = make<SpokenView>(CmRect{1, 2, 31, 12});
@@ -171,6 +171,13 @@ TEST(ViewDump, WritesOneLineAView) {
         "\"a \\\"b\\\"\\nc\\\\\"";
     EXPECT_EQ(dumpViewTree(*root, DumpDetail::plain), plain + "\n    UView -1,-1 1x1\n");
     EXPECT_EQ(dumpViewTree(*root), plain + " @ panel.xml:12:5\n    UView -1,-1 1x1\n");
+    EXPECT_EQ(dumpViewTreeAsJson(*root),
+              R"({"class":"UView","title":"Mixer","frame":[10,20,100,200],"client":[2,3,94,192],)"
+              R"("flags":["shown"],"views":[{"class":"SpokenView","name":"level","frame":[1,2,30,10],)"
+              R"("attach":["left","right"],"flags":["shown","focusable","disabled"],)"
+              R"("value":"a \"b\"\nc\\","source":{"file":"panel.xml","line":12,"column":5},)"
+              R"("views":[{"class":"UView","frame":[-1,-1,1,1]}]}]})"
+              "\n");
 }
 
 TEST(UViewClone, HandsOnWhatATemplateSays) {

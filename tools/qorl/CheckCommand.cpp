@@ -1,4 +1,5 @@
 #include "Session.h"
+#include "foundation/DiagnosticJson.h"
 #include "persistence/FNPath.h"
 #include "skin/UIWizard.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 constexpr OptionSpec options[] = {
     {"--strict", nullptr, nullptr, "warnings are errors"},
+    {"--json", nullptr, nullptr, "prints {\"diagnostics\": […]} on standard output instead of lines of text"},
     SessionOption::condition,
 };
 
@@ -39,8 +41,8 @@ public:
                 all_.push_back(diagnostic);
     }
 
-    /// True when something is wrong enough to refuse the document.
-    bool tell(bool strict) {
+    /// Hands them on. True when something is wrong enough to refuse the document.
+    bool tell(bool strict, DiagnosticSink& sink) {
         std::stable_sort(all_.begin(), all_.end(), [](const Diagnostic& a, const Diagnostic& b) {
             return a.position.file == b.position.file && a.position.line < b.position.line;
         });
@@ -49,7 +51,7 @@ public:
             if (strict && diagnostic.severity == Severity::warning)
                 diagnostic.severity = Severity::error;
             refused |= diagnostic.severity == Severity::error;
-            std::fprintf(stderr, "%s\n", toText(diagnostic).c_str());
+            sink.report(diagnostic);
         }
         return refused;
     }
@@ -58,6 +60,26 @@ private:
     std::vector<Diagnostic> all_;
     std::set<std::string> known_;
 };
+
+/// Prints each on standard error.
+class Lines final : public DiagnosticSink {
+public:
+    void report(const Diagnostic& diagnostic) override {
+        std::fprintf(stderr, "%s\n", toText(diagnostic).c_str());
+    }
+};
+
+void printJson(const std::vector<Diagnostic>& diagnostics) {
+    JsonWriter json;
+    json.beginObject();
+    json.key("diagnostics");
+    json.beginArray();
+    for (const Diagnostic& diagnostic : diagnostics)
+        writeJson(json, diagnostic);
+    json.endArray();
+    json.endObject();
+    std::printf("%s\n", json.text().c_str());
+}
 
 void buildEverything(UIWizard& wizard, bool truth) {
     const SkinElement* templates = wizard.description()->peekSection(UIDescription::Section::templates);
@@ -68,7 +90,7 @@ void buildEverything(UIWizard& wizard, bool truth) {
         wizard.createView(element->name(), controller.get(), nullptr);
 }
 
-bool checkOne(UIWizard& wizard, const std::string& path, bool strict) {
+bool checkOne(UIWizard& wizard, const std::string& path, bool strict, DiagnosticSink& sink) {
     Findings findings;
     wizard.loader().setMisplaced(UIDescriptionLoader::Misplaced::isSkipped);
     const bool loaded = wizard.load(FUrl(FNPath(ConstString(path.c_str()))));
@@ -80,7 +102,7 @@ bool checkOne(UIWizard& wizard, const std::string& path, bool strict) {
         findings.add(wizard.description()->diagnostics());
         findings.add(wizard.diagnostics());
     }
-    return !findings.tell(strict) && loaded;
+    return !findings.tell(strict, sink) && loaded;
 }
 
 int check(const CommandLine& line) {
@@ -90,9 +112,15 @@ int check(const CommandLine& line) {
     UIWizard& wizard = *UIWizard::instance();
     for (const std::string& condition : line.allOf("--condition"))
         wizard.setCondition(condition);
+    Lines lines;
+    DiagnosticList list;
+    const bool asJson = line.has("--json");
+    DiagnosticSink& sink = asJson ? static_cast<DiagnosticSink&>(list) : lines;
     bool allGood = true;
     for (const std::string& path : line.positional())
-        allGood &= checkOne(wizard, path, line.has("--strict"));
+        allGood &= checkOne(wizard, path, line.has("--strict"), sink);
+    if (asJson)
+        printJson(list.all());
     return allGood ? ExitStatus::success : ExitStatus::badInput;
 }
 
@@ -102,7 +130,7 @@ const Command checkCommand{
     "check",
     "SKIN…",
     "Reads skins with their includes and tells every fault with its place.",
-    "  qorl check skin.xml\n  qorl check --strict skins/*/skin.xml\n",
+    "  qorl check skin.xml\n  qorl check --strict skins/*/skin.xml\n  qorl check --json skin.xml\n",
     options,
     1,
     1000,

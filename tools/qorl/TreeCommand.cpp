@@ -9,6 +9,7 @@ namespace {
 
 constexpr OptionSpec options[] = {
     {"--output", "-o", "FILE", "where the text goes; standard output unless given"},
+    {"--json", nullptr, nullptr, "as JSON: an object for each view, with its subviews in \"views\""},
     SessionOption::size,
     SessionOption::values,
     SessionOption::set,
@@ -19,7 +20,8 @@ int tree(const CommandLine& line) {
     Session session;
     if (const int status = session.run(line, Session::Screen::headless))
         return status;
-    const std::string dump = dumpViewTree(session.window());
+    UView& window = session.window();
+    const std::string dump = line.has("--json") ? dumpViewTreeAsJson(window) : dumpViewTree(window);
     if (line.has("--output"))
         return saveText(line.valueOf("--output"), dump);
     std::fwrite(dump.data(), 1, dump.size(), stdout);
@@ -32,7 +34,8 @@ const Command treeCommand{
     "tree",
     "SKIN TEMPLATE",
     "Prints the built view tree: class, name, rect, flags, value, place in the document.",
-    "  qorl tree skin.xml Panel\n  qorl tree skin.xml Panel --size 640x400 -o tree.txt\n",
+    "  qorl tree skin.xml Panel\n  qorl tree skin.xml Panel --size 640x400 -o tree.txt\n"
+    "  qorl tree skin.xml Panel --json | jq .views\n",
     options,
     2,
     2,
