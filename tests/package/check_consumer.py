@@ -34,6 +34,15 @@ def expect_no_path_of_this_machine(prefix, *paths):
                 sys.exit(f"{file.name} names {path}: the installed tree can't be moved")
 
 
+def expect_manual_beside_the_tool(prefix):
+    if not (prefix / "bin" / "qorl").exists():
+        return
+    for name, word in (("man/man1/qorl.1", ".TH QORL"), ("bash-completion/completions/qorl", "complete -F")):
+        path = prefix / "share" / name
+        if not path.exists() or word not in path.read_text():
+            sys.exit(f"the tool is installed, but {path} is not")
+
+
 def build_by_cmake(prefix, scratch):
     run("cmake", "-S", SOURCES, "-B", scratch / "cmake", "-G", "Ninja", f"-DCMAKE_CXX_COMPILER={CXX}",
         f"-DCMAKE_PREFIX_PATH={prefix}", "-DCMAKE_BUILD_TYPE=Debug")
@@ -60,6 +69,7 @@ def main():
         moved.parent.mkdir()
         installed.rename(moved)
         expect_no_path_of_this_machine(moved, TREE, BUILD, installed)
+        expect_manual_beside_the_tool(moved)
         for derives, hosts in (build_by_cmake(moved, scratch), build_by_pkg_config(moved, scratch)):
             print(run(derives), end="")
             print(run(hosts, LD_LIBRARY_PATH=str(moved / LIBRARIES)), end="")

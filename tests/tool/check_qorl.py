@@ -156,7 +156,8 @@ class Usage(InTemporaryFolder):
                 self.assertNotEqual(result.stderr, "")
 
     def test_help_and_version_answer_zero(self):
-        for words in (["--help"], ["--version"], ["render", "--help"], ["drive", "--help"]):
+        for words in (["--help"], ["--version"], ["render", "--help"], ["drive", "--help"], ["--man"],
+                      ["--completion"]):
             with self.subTest(words=words):
                 result = run(*words)
                 self.assertEqual((result.returncode, result.stderr), (0, ""))
@@ -197,6 +198,49 @@ class Json(InTemporaryFolder):
     def test_check_tells_an_empty_list_for_what_is_right(self):
         result = run("check", "--json", SHOWCASE / "skin.xml")
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, '{"diagnostics":[]}\n', ""))
+
+
+class Manual(InTemporaryFolder):
+    COMMANDS = ("render", "show", "check", "drive", "tree")
+
+    def test_man_page_tells_every_option_of_the_help(self):
+        page = run("--man").stdout
+        for command in self.COMMANDS:
+            section = re.search(rf'^\.SS "{command} .*?(?=^\.S[SH] )', page, re.M | re.S)[0].replace("\\-", "-")
+            options = re.findall(r"^  ((?:-\w, )?--\w+.*?)  ", run(command, "--help").stdout, re.M)
+            self.assertEqual(re.findall(r"^\.B (-.*)", section, re.M), options)
+            self.assertNotEqual(options, [])
+
+    def test_man_page_is_clean_roff(self):
+        result = subprocess.run(["groff", "-man", "-ww", "-z", "-Kutf8"], input=run("--man").stdout, capture_output=True,
+                                text=True, timeout=HANGS_AFTER)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def complete(self, *words):
+        """What bash offers for the last of the words."""
+        script = run("--completion").stdout + 'COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qorl; ' \
+            'printf "%s\\n" "${COMPREPLY[@]}" | sort'
+        result = subprocess.run(["bash", "-c", script, "qorl", "qorl", *words], cwd=self.folder, capture_output=True,
+                                text=True, timeout=HANGS_AFTER)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return result.stdout.split()
+
+    def test_bash_completes_commands_options_files_and_templates(self):
+        self.write("skin.xml", skin('<template name="One" size="0,0,9,9"/>\n<template size="0,0,9,9" name="Two"/>'))
+        cases = [
+            (["r"], ["render"]),
+            ([""], sorted([*self.COMMANDS, "--help", "--version", "--man", "--completion"])),
+            (["check", "--"], ["--condition", "--help", "--json", "--strict"]),
+            (["tree", "sk"], ["skin.xml"]),
+            (["check", "skin.xml", ""], ["skin.xml"]),
+            (["tree", "skin.xml", ""], ["One", "Two"]),
+            (["tree", "skin.xml", "T"], ["Two"]),
+            (["drive", "skin.xml", "One", "--script", "s"], ["skin.xml"]),
+            (["drive", "skin.xml", "One", "--size", "s"], []),
+        ]
+        for words, offered in cases:
+            with self.subTest(words=words):
+                self.assertEqual(sorted(self.complete(*words)), sorted(offered))
 
 
 class BadInput(InTemporaryFolder):
