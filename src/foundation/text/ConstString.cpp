@@ -11,6 +11,7 @@ namespace qorl {
 
 using text::isDigitIn;
 using text::NarrowCopy;
+using text::skipDigits;
 using text::value;
 using text::View;
 using text::WideCopy;
@@ -187,13 +188,6 @@ int32_t firstDifferenceOf(View<Char> a, View<Char> b, bool ignoreCase) {
 template <typename Char>
 size_t skipZeros(View<Char> text, size_t at) {
     while (at < text.size() && text[at] == '0')
-        ++at;
-    return at;
-}
-
-template <typename Char>
-size_t skipDigits(View<Char> text, size_t at) {
-    while (isDigitIn(text, at))
         ++at;
     return at;
 }

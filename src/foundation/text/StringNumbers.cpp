@@ -11,6 +11,7 @@
 namespace qorl {
 
 using text::isDigitIn;
+using text::skipDigits;
 using text::value;
 using text::View;
 
@@ -49,13 +50,6 @@ Reading readNumber(View<Char> text, Number& number) {
         number.magnitude = number.isCut ? most : number.magnitude * 10 + digit;
     }
     return Reading::done;
-}
-
-template <typename Char>
-size_t skipDigits(View<Char> text, size_t at) {
-    while (isDigitIn(text, at))
-        ++at;
-    return at;
 }
 
 /// Where the number that begins at `at`, behind its sign, ends; `at` itself when there is none.

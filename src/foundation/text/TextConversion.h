@@ -81,6 +81,14 @@ bool isDigitIn(View<Char> text, size_t at) {
     return at < text.size() && isAsciiDigit(value(text[at]));
 }
 
+/// The first place from `at` on that is no digit.
+template <typename Char>
+size_t skipDigits(View<Char> text, size_t at) {
+    while (isDigitIn(text, at))
+        ++at;
+    return at;
+}
+
 /// Characters for one call: on the stack where they are few. Never throws.
 template <typename Char, int32_t fewest>
 class Scratch {
