@@ -1,6 +1,9 @@
 #include "windows/UDesktop.h"
 
+#include "foundation/Cast.h"
+#include "foundation/containers/CmStack.h"
 #include "foundation/messages/EventLoop.h"
+#include "persistence/FAttributes.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "windows/PlainTipPresenter.h"
@@ -16,6 +19,29 @@ namespace {
 
 constinit UDesktop* theDesktop = nullptr;
 constinit UDesktop::DeactivationHook deactivationHook = nullptr;
+
+constexpr std::string_view cursorStackKey = "cursorStack";
+
+/// What `popCursor` goes back to.
+class CursorRecord : public CmObject {
+    QORL_CLASS(CursorRecord, CmObject)
+
+public:
+    CursorRecord(Ref<UCursor> newCursor, UView* newOwner) : cursor(std::move(newCursor)), owner(newOwner) {}
+
+    Ref<UCursor> cursor;
+    UView* owner;
+};
+
+void forgetOwner(const CmStack* cursors, const UView* owner) {
+    if (!cursors)
+        return;
+    for (CmLinkedListIterator iterator(*cursors); !iterator.done();) {
+        auto* record = static_cast<CursorRecord*>(iterator.next());
+        if (record->owner == owner)
+            record->owner = nullptr;
+    }
+}
 
 int64_t squaredDistance(CmPoint point, const CmRect& rect) {
     const int64_t dx = std::max({rect.left - point.x, point.x - rect.right, 0});
@@ -63,7 +89,8 @@ UDesktop::~UDesktop() {
     if (platform::desktop())
         platform::desktop()->setCursor(nullptr);
     cursor_.reset();
-    cursorStack_.clear();
+    if (CmStack* stack = cursorStack())
+        stack->removeAll();
     UCursor::releaseStandardCursors();
     theDesktop = nullptr;
 }
@@ -108,17 +135,30 @@ void UDesktop::setCursor(UCursor* cursor, UView* owner) {
         showPlatformCursor(UCursor::standard(platform::CursorShape::arrow));
 }
 
+CmStack* UDesktop::cursorStack() const {
+    FAttributes* attributes = peekAttributes();
+    return attributes ? cast<CmStack>(attributes->getObject(cursorStackKey).get()) : nullptr;
+}
+
 void UDesktop::pushCursor(UCursor* cursor, UView* owner) {
-    cursorStack_.push_back({cursor_, cursorOwner_});
+    CmStack* stack = cursorStack();
+    if (!stack) {
+        stack = new CmStack(Ownership::adopt);
+        getAttributes().setObject(cursorStackKey, stack, FAttributes::Hold::adopt);
+    }
+    Ref<CursorRecord> record = make<CursorRecord>(cursor_, cursorOwner_);
+    if (stack->add(record.get()))
+        static_cast<void>(record.detach());
     setCursor(cursor, owner);
 }
 
 bool UDesktop::popCursor() {
-    if (cursorStack_.empty())
+    CmStack* stack = cursorStack();
+    const auto top = Ref<CmObject>::adopt(stack ? stack->takeFirst() : nullptr);
+    if (!top)
         return false;
-    const CursorRecord top = std::move(cursorStack_.back());
-    cursorStack_.pop_back();
-    setCursor(top.cursor.get(), top.owner);
+    const auto& record = *static_cast<CursorRecord*>(top.get());
+    setCursor(record.cursor.get(), record.owner);
     return true;
 }
 
@@ -300,9 +340,7 @@ void UDesktop::viewGone(UView* view) {
         focusWindow_ = nullptr;
     if (cursorOwner_ == view)
         setCursor(nullptr, nullptr);
-    for (CursorRecord& record : cursorStack_)
-        if (record.owner == view)
-            record.owner = nullptr;
+    forgetOwner(cursorStack(), view);
     mouseObservers_.tell([&](GlobalMouseObserver& observer) { observer.viewGone(view); });
 }
 

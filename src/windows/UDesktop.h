@@ -13,6 +13,7 @@
 
 namespace qorl {
 
+class CmStack;
 class PlainTipPresenter;
 class UModalDialog;
 class UPopupWindow;
@@ -135,18 +136,14 @@ protected:
 
 private:
     void showPlatformCursor(UCursor* cursor);
+    /// The pushed cursors, which stand among the attributes; null before the first push.
+    CmStack* cursorStack() const;
     void takeFocusFrom(UWindow* window);
     void releaseAllCaptures();
-
-    struct CursorRecord {
-        Ref<UCursor> cursor;
-        UView* owner;
-    };
 
     std::vector<Ref<UWindow>> windows_;
     std::vector<Ref<UModalDialog>> modalStack_;
     ListenerList<GlobalMouseObserver> mouseObservers_;
-    std::vector<CursorRecord> cursorStack_;
     UWindow* focusWindow_ = nullptr;
     UPopupWindow* openPopup_ = nullptr;
     UWindow* windowUnderMouse_ = nullptr;
