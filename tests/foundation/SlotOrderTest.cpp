@@ -118,7 +118,7 @@ TEST(SlotOrder, TextsAreExchangedInNineSlots) {
     EXPECT_EQ(entryOf(&IStringExchange::isWideString), 8);
 }
 
-TEST(SlotOrder, IteratorsBeginWithTheirDestructor) {
+TEST(SlotOrder, IteratorsAndVisitorsBeginWithTheirDestructor) {
     EXPECT_EQ(entryOf(&CmIterator::done), 2);
     EXPECT_EQ(entryOf(&CmIterator::next), 3);
     EXPECT_EQ(entryOf(&CmIterator::previous), 4);
@@ -128,6 +128,7 @@ TEST(SlotOrder, IteratorsBeginWithTheirDestructor) {
     EXPECT_EQ(entryOf(&CmIterator::seek), 8);
     EXPECT_EQ(entryOf(&CmIterator::forward), 9);
     EXPECT_EQ(entryOf(&CmIterator::backward), 10);
+    EXPECT_EQ(entryOf(&CmVisitor::visit), 2);
 }
 
 TEST(SlotOrder, TheDestructorsStandBetweenUpdateAndIsA) {

@@ -13,6 +13,8 @@ class CmArrayIterator;
 /// when it is used up.
 class ArrayStorage : public CmContainer {
 public:
+    using Iterator = CmArrayIterator;
+
     static constexpr int32_t defaultGrowth = 10;
     static constexpr int32_t fixedCapacity = 0;
     /// 10, 20, 40...: for arrays that may grow large.

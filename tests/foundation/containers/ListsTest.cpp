@@ -61,9 +61,9 @@ TYPED_TEST_SUITE(IntrusiveLists, Kinds);
 
 TYPED_TEST(IntrusiveLists, HaveAnElementOnOneListAtMost) {
     using Element = typename TypeParam::Element;
+    const Ref<Element> items[] = {make<Element>(1), make<Element>(2)};
     typename TypeParam::List list;
     typename TypeParam::List other;
-    const Ref<Element> items[] = {make<Element>(1), make<Element>(2)};
     for (const auto& item : items) {
         EXPECT_TRUE(list.add(item.get()));
         EXPECT_FALSE(list.add(item.get())) << "the last one has no next either";
