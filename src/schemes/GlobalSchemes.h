@@ -37,6 +37,7 @@ public:
     /// Start inside the library: one new scheme for main, dialog, system and current.
     static bool createForLibrary();
     /// What is still empty after the application's own step: main is made, dialog and system become main.
+    /// Current is main when system had to be filled, else system.
     static void fillEmpty();
     /// Colours, fonts and metrics to their defaults, on each of main, dialog and system once.
     static void resetAll();

@@ -74,6 +74,12 @@ public:
         return document != nullptr;
     }
     using UApplication::takeDocuments;
+    bool createSchemes() override {
+        if (!onlyScheme)
+            return UApplication::createSchemes();
+        GlobalSchemes::setDialog(onlyScheme);
+        return true;
+    }
     bool skinLoaded() override { return acceptsSkin; }
     bool openDocument(const FPath& path, bool) override {
         String text;
@@ -85,6 +91,7 @@ public:
     bool quits = false;
     bool mayQuit = true;
     bool acceptsSkin = true;
+    UScheme* onlyScheme = nullptr; ///< For dialogs, instead of all others.
 
 private:
     Log& log_;
@@ -134,6 +141,18 @@ TEST_F(UApplicationTest, RunsThroughItsStartIntoTheLoopUntilItQuits) {
     EXPECT_NE(GlobalSchemes::system(), GlobalSchemes::main()) << "a program has a system scheme of its own";
     EXPECT_EQ(GlobalSchemes::dialog(), GlobalSchemes::main());
     EXPECT_EQ(GlobalSchemes::current(), GlobalSchemes::system());
+}
+
+TEST_F(UApplicationTest, FillsTheSchemesThatItsOwnStepLeftEmpty) {
+    const Ref<UScheme> own = make<UScheme>();
+    program->onlyScheme = own.get();
+    desktop->postCall([&] { send("MenuSelect", quitTag); });
+    EXPECT_TRUE(program->run());
+    EXPECT_EQ(GlobalSchemes::dialog(), own.get());
+    ASSERT_NE(GlobalSchemes::main(), nullptr);
+    EXPECT_NE(GlobalSchemes::main(), own.get());
+    EXPECT_EQ(GlobalSchemes::system(), GlobalSchemes::main());
+    EXPECT_EQ(GlobalSchemes::current(), GlobalSchemes::main());
 }
 
 TEST_F(UApplicationTest, GivesUpWhenItQuitsDuringItsStart) {
