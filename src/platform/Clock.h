@@ -36,4 +36,11 @@ CalendarTime toUtc(int64_t wallClock);
 /// range carry over.
 int64_t fromLocalTime(const CalendarTime& time);
 
+/// The user's time zone as a whole, whatever the date.
+struct TimeZone {
+    int32_t secondsBehindUtc = 0; ///< of its standard time; negative to the east
+    bool hasDaylight = false;     ///< whether it ever has daylight saving time
+};
+TimeZone getTimeZone();
+
 } // namespace qorl::platform

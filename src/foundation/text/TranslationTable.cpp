@@ -1,5 +1,7 @@
 #include "foundation/text/TranslationTable.h"
 
+#include <cstring>
+
 namespace qorl {
 
 namespace {
@@ -27,8 +29,19 @@ void TranslationTable::setup(bool builtInOnly) {
     builtInOnly_ = builtInOnly;
 }
 
+void TranslationTable::setupForLanguage(const char* code) {
+    loaded_ = true;
+    if (!code || std::strlen(code) != 2)
+        code = "us";
+    std::memcpy(language_, code, sizeof language_);
+}
+
 ConstString TranslationTable::lookup(const ConstString& key) const {
     return emptyIfMissing_ && loaded_ ? ConstString() : key;
+}
+
+const char* currentLanguage() {
+    return table ? table->getLanguage() : "us";
 }
 
 ConstString translate(const ConstString& key) {

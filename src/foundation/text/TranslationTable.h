@@ -23,7 +23,13 @@ public:
 
     /// With `builtInOnly` no language is loaded and every key stands for itself.
     void setup(bool builtInOnly);
+    /// The same for one language: a code of two letters, such as "us", "de" or "jp". Any other text stands
+    /// for "us".
+    void setupForLanguage(const char* code);
     bool isLoaded() const { return loaded_; }
+
+    /// The code of the language in use; American English until another one is set up.
+    const char* getLanguage() const { return language_; }
 
     /// While set, a key without a translation gives an empty text instead of itself.
     void setEmptyIfMissing(bool empty) { emptyIfMissing_ = empty; }
@@ -35,7 +41,11 @@ private:
     bool loaded_ = false;
     bool builtInOnly_ = false;
     bool emptyIfMissing_ = false;
+    char language_[3] = "us";
 };
+
+/// The code of the language in use, through the one table if it stands.
+const char* currentLanguage();
 
 /// `key` as the user reads it, through the one table if it stands.
 ConstString translate(const ConstString& key);

@@ -70,4 +70,9 @@ int64_t fromLocalTime(const CalendarTime& time) {
     return int64_t{mktime(&parts)} * 1000 + time.millisecond;
 }
 
+TimeZone getTimeZone() {
+    tzset();
+    return {static_cast<int32_t>(timezone), daylight != 0};
+}
+
 } // namespace qorl::platform
