@@ -30,6 +30,11 @@ uint32_t toPremultiplied(const Pixel& pixel) {
     return pixel.alpha << 24 | scaled(pixel.red) << 16 | scaled(pixel.green) << 8 | scaled(pixel.blue);
 }
 
+/// ITU-R BT.601.
+uint32_t lumaOf(uint32_t word) {
+    return ((word >> 16 & 0xFF) * 299 + (word >> 8 & 0xFF) * 587 + (word & 0xFF) * 114 + 500) / 1000;
+}
+
 template <typename Change>
 void forEachPixel(GraphicsImage& image, Change change) {
     const PixelLock pixels(image);
@@ -122,6 +127,22 @@ void replaceColor(GraphicsImage& image, const UColor& from, const UColor& to) {
             p.alpha == from.alpha())
             p = {to.red(), to.green(), to.blue(), to.alpha()};
     });
+}
+
+void applyMask(GraphicsImage& image, GraphicsImage& mask) {
+    const PixelLock pixels(image);
+    const PixelLock shares(mask);
+    for (int32_t y = 0; !pixels->isEmpty() && y < pixels->height; ++y) {
+        uint32_t* row = pixels->getRow(y);
+        const uint32_t* shareRow = y < shares->height && !shares->isEmpty() ? shares->getRow(y) : nullptr;
+        for (int32_t x = 0; x < pixels->width; ++x) {
+            // Premultiplied: what is transparent in the mask is dark.
+            const uint32_t share = shareRow && x < shares->width ? lumaOf(shareRow[x]) : 0;
+            Pixel pixel = fromPremultiplied(row[x]);
+            pixel.alpha = (pixel.alpha * share + 127) / 255;
+            row[x] = toPremultiplied(pixel);
+        }
+    }
 }
 
 UColor meanColor(GraphicsImage& image) {

@@ -20,6 +20,8 @@ void tint(GraphicsImage& image, const UColor& color, float factor);
 void adjustHsl(GraphicsImage& image, int32_t hue, int32_t saturation, int32_t luminance);
 /// Pixels of exactly the colour `from`, alpha included, become `to`.
 void replaceColor(GraphicsImage& image, const UColor& from, const UColor& to);
+/// Multiplies the alpha by the lightness of `mask` at the same place; what lies outside of that goes.
+void applyMask(GraphicsImage& image, GraphicsImage& mask);
 /// The mean of all pixels, weighed by their alpha; transparent black for an image without pixels.
 UColor meanColor(GraphicsImage& image);
 

@@ -211,6 +211,20 @@ Ref<UBitmap> UBitmap::getColored(const UColor& color, ColorMode mode) {
     });
 }
 
+Ref<UBitmap> UBitmap::getKeyedOut(const UColor& color) {
+    auto copy = copyPixels();
+    if (copy)
+        PixelFilters::replaceColor(*copy->getBackendImage(), color, UColor());
+    return copy;
+}
+
+Ref<UBitmap> UBitmap::getMasked(UBitmap& mask) {
+    auto copy = mask.isValid() ? copyPixels() : nullptr;
+    if (copy)
+        PixelFilters::applyMask(*copy->getBackendImage(), *mask.getBackendImage());
+    return copy;
+}
+
 Ref<UBitmap> UBitmap::getTinted(const UColor& color, float factor) {
     const auto key =
         keyText("tint-%lu-%s", static_cast<unsigned long>(color.packed()), factorText(factor).c_str());

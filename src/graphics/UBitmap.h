@@ -92,6 +92,10 @@ public:
     Ref<UBitmap> getTinted(const UColor& color, float factor);
     /// Offsets: hue in degrees, saturation and luminance in per cent from -100 to 100.
     Ref<UBitmap> getAdjusted(int32_t hue, int32_t saturation, int32_t luminance);
+    /// Pixels of exactly that colour become transparent. Each call makes a new bitmap.
+    Ref<UBitmap> getKeyedOut(const UColor& color);
+    /// As opaque as `mask` is light at the same place. Each call makes a new bitmap.
+    Ref<UBitmap> getMasked(UBitmap& mask);
 
     GraphicsImage* getBackendImage() override { return image_.get(); }
     int32_t getWidth() override { return size_.width; }

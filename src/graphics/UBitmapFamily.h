@@ -32,6 +32,20 @@ protected:
     Ref<UBitmap> delegate_;
 };
 
+/// A bitmap as a skin declares it, with the group of colours that it belongs to.
+class USkinBitmap : public UDelegatedBitmap {
+    QORL_CLASS(USkinBitmap, UDelegatedBitmap)
+
+public:
+    USkinBitmap(Ref<UBitmap> bitmap, uint32_t group) : UDelegatedBitmap(std::move(bitmap)), group_(group) {}
+
+    /// The bits of the group, as on colours of a scheme.
+    uint32_t getGroup() const { return group_; }
+
+private:
+    uint32_t group_;
+};
+
 /// A view into a part of another bitmap's pixels.
 class UBitmapSection : public UDelegatedBitmap {
     QORL_CLASS(UBitmapSection, UDelegatedBitmap)

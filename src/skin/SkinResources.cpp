@@ -3,6 +3,7 @@
 #include "skin/SizeExpression.h"
 #include "skin/SkinLimits.h"
 #include "skin/UIDescription.h"
+#include "views/UCursor.h"
 
 #include <algorithm>
 #include <span>
@@ -28,17 +29,6 @@ CmRect sectionRect(const SkinElement& element) {
     if (parsePlainSize(element.text(SkinAttribute::size), size) && element.has(SkinAttribute::size))
         return CmRect::ofSize({size.left, size.top}, {size.width, size.height});
     return parseRect(element.text(SkinAttribute::rect));
-}
-
-/// `colorize` and `alpha`, for bitmaps that have them.
-Ref<UBitmap> withLook(Ref<UBitmap> bitmap, const SkinElement& element) {
-    UColor color;
-    if (color.parse(element.text(SkinAttribute::colorize)))
-        bitmap = bitmap->getColored(color, UBitmap::ColorMode::multiply);
-    const int32_t alpha = element.integer(SkinAttribute::alpha, -1);
-    if (bitmap && alpha >= 0 && alpha < 255)
-        bitmap = bitmap->getDesaturated(0, static_cast<float>(alpha) / 255);
-    return bitmap;
 }
 
 } // namespace
@@ -77,17 +67,18 @@ UBitmap* UIDescription::bitmapOf(ResourceElement& element) {
     return static_cast<UBitmap*>(element.object());
 }
 
-Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, bool& exists) {
+Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, std::string_view path,
+                                           bool& exists) {
     exists = false;
-    std::string reference(element.text(SkinAttribute::path));
+    std::string reference(path);
     std::ranges::replace(reference, '\\', '/');
     FUrl folder(baseUrl_);
     folder.up();
-    const std::string path = FUrl::resolveInside(folder.path().toUtf8(), reference);
+    const std::string inside = FUrl::resolveInside(folder.path().toUtf8(), reference);
     FFileSystem* fileSystem = fileSystem_.get();
-    if (path.empty() || !fileSystem)
+    if (inside.empty() || !fileSystem)
         return nullptr;
-    const FPath file{ConstString(path)};
+    const FPath file{ConstString(inside)};
     exists = fileSystem->exists(file);
     if (!exists)
         return nullptr;
@@ -107,10 +98,10 @@ Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, bool&
 /// The bitmap that `path` names: a file, or for parts of bitmaps another resource.
 Ref<UBitmap> UIDescription::sourceBitmap(const ResourceElement& element) {
     bool exists = false;
-    Ref<UBitmap> bitmap = loadBitmapFile(element, exists);
+    const std::string_view path = element.text(SkinAttribute::path);
+    Ref<UBitmap> bitmap = loadBitmapFile(element, path, exists);
     if (exists)
         return bitmap;
-    const std::string_view path = element.text(SkinAttribute::path);
     const bool mayBeResource = element.isOfType(SkinType::section) || element.isOfType(SkinType::filmstrip) ||
                                element.isOfType(SkinType::dbitmap);
     if (mayBeResource)
@@ -123,26 +114,63 @@ Ref<UBitmap> UIDescription::sourceBitmap(const ResourceElement& element) {
     return bitmap;
 }
 
+/// A colour that becomes transparent, or a bitmap that is light where this one is to be seen.
+Ref<UBitmap> UIDescription::masked(Ref<UBitmap> bitmap, const ResourceElement& element) {
+    const std::string_view mask = element.text(SkinAttribute::mask);
+    if (mask.empty())
+        return bitmap;
+    if (UColor color; color.parse(mask))
+        return bitmap->getKeyedOut(color);
+    bool exists = false;
+    Ref<UBitmap> shape = loadBitmapFile(element, mask, exists);
+    if (!exists)
+        shape = retain(findBitmap(mask));
+    if (Ref<UBitmap> result = shape ? bitmap->getMasked(*shape) : nullptr)
+        return result;
+    report(Severity::warning, element.mark(),
+           "mask '" + std::string(mask) + "' is neither a colour nor a bitmap");
+    return bitmap;
+}
+
+/// What all bitmaps may say of their look.
+Ref<UBitmap> UIDescription::withLook(Ref<UBitmap> bitmap, const ResourceElement& element) {
+    bitmap = masked(std::move(bitmap), element);
+    UColor color;
+    if (bitmap && color.parse(element.text(SkinAttribute::colorize)))
+        bitmap = bitmap->getColored(color, UBitmap::ColorMode::multiply);
+    const int32_t alpha = element.integer(SkinAttribute::alpha, -1);
+    if (bitmap && alpha >= 0 && alpha < 255)
+        bitmap = bitmap->getDesaturated(0, static_cast<float>(alpha) / 255);
+    const auto group = static_cast<uint32_t>(element.keywords(SkinAttribute::group));
+    if (bitmap && group != 0)
+        bitmap = make<USkinBitmap>(std::move(bitmap), group);
+    return bitmap;
+}
+
+Ref<UBitmap> UIDescription::createPart(Ref<UBitmap> bitmap, const ResourceElement& element) {
+    const CmRect rect = sectionRect(element);
+    const Ref<UBitmap> part = bitmap->createSection(rect);
+    if (!part) {
+        report(Severity::warning, element.mark(),
+               "section '" + std::string(element.name()) + "' reaches outside of its bitmap of " +
+                   std::to_string(bitmap->getWidth()) + " x " + std::to_string(bitmap->getHeight()) +
+                   " pixels");
+        return nullptr;
+    }
+    if (element.data().find("reference") != std::string_view::npos)
+        return make<UBitmapSection>(std::move(bitmap), rect);
+    return Ref<UBitmap>::adopt(static_cast<UBitmap*>(part->clone()));
+}
+
 Ref<UBitmap> UIDescription::createBitmap(const ResourceElement& element) {
     Ref<UBitmap> bitmap = sourceBitmap(element);
+    const bool isPart = element.isOfType(SkinType::section);
+    if (bitmap && isPart)
+        bitmap = createPart(std::move(bitmap), element);
     if (bitmap)
         bitmap = withLook(std::move(bitmap), element);
-    if (!bitmap)
-        return nullptr;
-    if (element.isOfType(SkinType::section)) {
-        const CmRect rect = sectionRect(element);
-        const Ref<UBitmap> part = bitmap->createSection(rect);
-        if (!part) {
-            report(Severity::warning, element.mark(),
-                   "section '" + std::string(element.name()) + "' reaches outside of its bitmap of " +
-                       std::to_string(bitmap->getWidth()) + " x " + std::to_string(bitmap->getHeight()) +
-                       " pixels");
-            return nullptr;
-        }
-        if (element.data().find("reference") != std::string_view::npos)
-            return make<UBitmapSection>(std::move(bitmap), rect);
-        return Ref<UBitmap>::adopt(static_cast<UBitmap*>(part->clone()));
-    }
+    if (!bitmap || isPart)
+        return bitmap;
     if (element.isOfType(SkinType::filmstrip)) {
         auto strip = make<UFilmStrip>(
             std::move(bitmap), element.integer(SkinAttribute::framecount),
@@ -174,6 +202,24 @@ UBitmapCollection* UIDescription::collectionOf(ResourceElement& element) {
     return static_cast<UBitmapCollection*>(element.object());
 }
 
+UCursor* UIDescription::findCursor(std::string_view name) {
+    SkinElement* element = findIn(Section::resources, name, SkinType::cursor);
+    if (!element)
+        element = findIn(Section::scheme, name, SkinType::cursor);
+    return element ? cursorOf(static_cast<ResourceElement&>(*element)) : nullptr;
+}
+
+UCursor* UIDescription::cursorOf(ResourceElement& element) {
+    if (!element.isCreated()) {
+        const std::string_view path = element.text(SkinAttribute::path);
+        UCursor* cursor = UCursor::find(path);
+        if (!cursor)
+            report(Severity::warning, element.mark(), "there is no cursor '" + std::string(path) + "'");
+        element.setObject(retain(cursor));
+    }
+    return static_cast<UCursor*>(element.object());
+}
+
 void UIDescription::preloadResources() {
     if (std::exchange(resourcesLoaded_, true))
         return;
@@ -182,6 +228,8 @@ void UIDescription::preloadResources() {
         for (SkinElement* child : resources->children()) {
             if (child->type() == SkinType::bitmapcollection)
                 collectionOf(static_cast<ResourceElement&>(*child));
+            if (child->type() == SkinType::cursor)
+                cursorOf(static_cast<ResourceElement&>(*child));
             if (!isBitmap(child->type()))
                 continue;
             auto& element = static_cast<ResourceElement&>(*child);

@@ -113,11 +113,6 @@ SkinElement* UIDescription::findTagList(std::string_view name) {
     return findIn(Section::resources, name, SkinType::taglist);
 }
 
-SkinElement* UIDescription::findCursor(std::string_view name) {
-    SkinElement* cursor = findIn(Section::resources, name, SkinType::cursor);
-    return cursor ? cursor : findIn(Section::scheme, name, SkinType::cursor);
-}
-
 SkinElement* UIDescription::findAnimation(std::string_view name) {
     return findIn(Section::resources, name, SkinType::animation);
 }

@@ -21,6 +21,7 @@ namespace qorl {
 class UBitmap;
 class UBitmapCollection;
 class UColor;
+class UCursor;
 class ConditionNames;
 class UScheme;
 
@@ -75,7 +76,8 @@ public:
     UBitmapCollection* findBitmapCollection(std::string_view name);
     SkinElement* findPropertyCollection(std::string_view name);
     SkinElement* findTagList(std::string_view name);
-    SkinElement* findCursor(std::string_view name);
+    /// A standard cursor by the path of the `cursor` element of that name.
+    UCursor* findCursor(std::string_view name);
     SkinElement* findAnimation(std::string_view name);
     SkinElement* findBitmapFont(std::string_view name);
     SkinElement* findCustomSettings(std::string_view name);
@@ -126,8 +128,12 @@ private:
     ResourceElement* findBitmapElement(std::string_view name);
     UBitmap* bitmapOf(ResourceElement& element);
     UBitmapCollection* collectionOf(ResourceElement& element);
+    UCursor* cursorOf(ResourceElement& element);
+    Ref<UBitmap> withLook(Ref<UBitmap> bitmap, const ResourceElement& element);
+    Ref<UBitmap> masked(Ref<UBitmap> bitmap, const ResourceElement& element);
+    Ref<UBitmap> createPart(Ref<UBitmap> bitmap, const ResourceElement& element);
     Ref<UBitmap> createBitmap(const ResourceElement& element);
-    Ref<UBitmap> loadBitmapFile(const ResourceElement& element, bool& exists);
+    Ref<UBitmap> loadBitmapFile(const ResourceElement& element, std::string_view path, bool& exists);
     Ref<UBitmap> sourceBitmap(const ResourceElement& element);
 
     Ref<SkinStore> store_;

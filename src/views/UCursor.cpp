@@ -58,8 +58,12 @@ UCursor* UCursor::standard(CursorShape shape) {
 }
 
 void UCursor::releaseStandardCursors() {
-    for (Ref<UCursor>& cursor : standardCursors)
+    for (Ref<UCursor>& cursor : standardCursors) {
+        // Views and documents may hold on to the object.
+        if (cursor)
+            cursor->cursor_.reset();
         cursor.reset();
+    }
 }
 
 platform::PlatformCursor* UCursor::platformCursor() {

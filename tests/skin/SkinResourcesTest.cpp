@@ -5,6 +5,7 @@
 #include "support/TestPaths.h"
 #include "views/UView.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -91,6 +92,55 @@ TEST_F(SkinResourcesTest, ABackgroundGivesTheTemplateItsSize) {
         EXPECT_EQ(view->getSubView(0)->getFrameSize(), c.image);
         EXPECT_EQ(view->getSubView(0)->getAttach(), c.attach);
     }
+}
+
+TEST_F(SkinResourcesTest, AppliesWhatABitmapSaysOfItsLook) {
+    const auto picture = make<UBitmap>(CmSize{3, 1});
+    const auto shape = make<UBitmap>(CmSize{2, 1});
+    const auto paint = [](UBitmap& bitmap, std::initializer_list<uint32_t> pixels) {
+        const PixelLock lock(*bitmap.getBackendImage());
+        std::ranges::copy(pixels, lock->getRow(0));
+    };
+    paint(*picture, {0xFFFF00FF, 0xFF4080C0, 0xFF4080C0});
+    paint(*shape, {0xFFFFFFFF, 0xFF808080});
+    const auto store = [this](const char* name, UBitmap& bitmap) {
+        const auto png = bitmap.toPng();
+        write(name, {reinterpret_cast<const char*>(png.data()), png.size()});
+    };
+    store("images/picture.png", *picture);
+    store("images/shape.png", *shape);
+    const std::string path = " path='images/picture.png' ";
+    loadResources("<bitmap name='plain'" + path + "/><bitmap name='keyed'" + path +
+                  "mask='#FF00FF'/><bitmap name='shape' path='images/shape.png'/><bitmap name='masked'" +
+                  path + "mask='shape'/><bitmap name='by file'" + path +
+                  "mask='images/shape.png'/><bitmap name='half'" + path +
+                  "alpha='51'/><bitmap name='tinted'" + path +
+                  "colorize='#FF0000'/><section name='part' size='1,0,2,1'" + path +
+                  "mask='shape' alpha='51'/><bitmap name='lost'" + path +
+                  "mask='nothing'/><bitmap name='grouped' group='display'" + path + "/>");
+    const struct {
+        const char* name;
+        std::vector<uint32_t> pixels;
+    } cases[] = {
+        {"plain", {0xFFFF00FF, 0xFF4080C0, 0xFF4080C0}},
+        {"keyed", {0, 0xFF4080C0, 0xFF4080C0}},
+        {"masked", {0xFFFF00FF, 0x80204060, 0}},
+        {"by file", {0xFFFF00FF, 0x80204060, 0}},
+        {"half", {0x33330033, 0x330D1A26, 0x330D1A26}},
+        {"tinted", {0xFFFF0000, 0xFF400000, 0xFF400000}},
+        {"part", {0x330D1A26, 0x1A070D13}},
+        {"lost", {0xFFFF00FF, 0xFF4080C0, 0xFF4080C0}},
+        {"grouped", {0xFFFF00FF, 0xFF4080C0, 0xFF4080C0}},
+    };
+    for (const auto& c : cases) {
+        UBitmap* bitmap = find(c.name);
+        ASSERT_TRUE(bitmap) << c.name;
+        const PixelLock lock(*bitmap->getBackendImage());
+        const std::vector<uint32_t> pixels(lock->getRow(0), lock->getRow(0) + lock->width);
+        EXPECT_EQ(pixels, c.pixels) << c.name;
+    }
+    EXPECT_EQ(static_cast<USkinBitmap*>(find("grouped"))->getGroup(), 0x20000u);
+    EXPECT_EQ(findings(), "warning: mask 'nothing' is neither a colour nor a bitmap\n");
 }
 
 TEST_F(SkinResourcesTest, TellsWhatCantBeMade) {
