@@ -1,6 +1,6 @@
 #include "schemes/UScheme.h"
 
-#include "graphics/GraphicsFactory.h"
+#include "schemes/FontFaces.h"
 #include "schemes/SchemeTables.h"
 
 #include <algorithm>
@@ -8,36 +8,6 @@
 namespace qorl {
 
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
-    while (!text.empty() && isBlank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
-/// The first of the names that there is a font for; false when there is none. No names at all stand for the
-/// default face, so that a scheme reads back as it was written.
-bool resolveFace(std::string_view names, std::string_view& face) {
-    face = {};
-    if (trimmed(names).empty())
-        return true;
-    GraphicsFactory* factory = getGraphicsFactory();
-    FontCollection* fonts = factory ? factory->getFontCollection() : nullptr;
-    if (!fonts)
-        return false;
-    for (;;) {
-        const size_t end = names.find(',');
-        face = trimmed(names.substr(0, end));
-        if (!face.empty() && fonts->hasFace(face))
-            return true;
-        if (end == std::string_view::npos)
-            return false;
-        names.remove_prefix(end + 1);
-    }
-}
 
 const char* nameAt(std::string_view name) {
     return name.data(); // the tables hold literals
@@ -204,7 +174,7 @@ void UScheme::applyScheme(std::span<const SchemeEntry> section) {
 void UScheme::applyFont(const SchemeEntry& entry) {
     const int32_t key = fontIndex(entry.name);
     std::string_view face;
-    if (key < 0 || !resolveFace(entry.faces, face))
+    if (key < 0 || !findFontFace(entry.faces, face))
         return;
     const UColor color = entry.fontColor ? *entry.fontColor : fonts_[static_cast<size_t>(key)].getColor();
     setFont(key,

@@ -385,6 +385,8 @@ constexpr SkinAttribute idleInCheckBoxes[] = {A::bitmap};
 constexpr SkinAttribute idleInSliders[] = {A::bitmap, A::rotaryMultiplier, A::offset};
 constexpr SkinAttribute idleInTexts[] = {A::displaywidth, A::template_, A::controllerId};
 constexpr SkinAttribute idleInImages[] = {A::collection, A::painter, A::margins, A::animationMode};
+constexpr SkinAttribute idleInCursors[] = {A::hotspot};
+constexpr SkinAttribute idleInFonts[] = {A::mode};
 constexpr SkinAttribute idleInValues[] = {A::setting, A::lookup};
 
 constexpr struct {
@@ -393,7 +395,7 @@ constexpr struct {
 } idleAttributes[] = {
     {T::template_, idleInTemplates}, {T::switch_, idleInSwitches}, {T::checkbox, idleInCheckBoxes},
     {T::slider, idleInSliders}, {T::text, idleInTexts}, {T::edit, idleInTexts}, {T::image, idleInImages},
-    {T::valuedefine, idleInValues},
+    {T::valuedefine, idleInValues}, {T::cursor, idleInCursors}, {T::font, idleInFonts},
 };
 // clang-format on
 

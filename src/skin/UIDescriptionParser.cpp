@@ -250,6 +250,9 @@ void UIDescriptionParser::startRecord(SkinType type, const char** attributes, Sk
         skip();
         return;
     }
+    if (type == SkinType::property)
+        if (ViewElement* owner = asViewElement(currentRecord()))
+            owner->markProperties();
     open_.push_back({element, home, true, pending_.size(), section_});
     section_ = section;
     program_.clear();

@@ -8,6 +8,8 @@
 #include "skin/BuildScopes.h"
 #include "skin/ElementBuilders.h"
 #include "skin/SkinLimits.h"
+#include "views/UCursorView.h"
+#include "views/UPropertyCollection.h"
 #include "views/UView.h"
 #include "views/containers/URowColumn.h"
 #include "views/controls/UControl.h"
@@ -166,9 +168,11 @@ Ref<UView> ViewBuilder::buildView(const ViewElement& element, UView& parent, ICo
     if (!view)
         return nullptr;
     view = finishView(element, std::move(view), controller);
-    if (view && !parent.addSubView(view))
+    if (!view)
         return nullptr;
-    return view;
+    if (const Ref<UView> cursor = createCursorView(element, *view))
+        parent.addSubView(cursor);
+    return parent.addSubView(view) ? view : nullptr;
 }
 
 void ViewBuilder::applyName(const ViewElement& element, UView& view) {
@@ -201,6 +205,50 @@ void ViewBuilder::applySizeLimits(const ViewElement& element, UView& view) {
     view.setSizeLimits(limits);
 }
 
+/// Left, top, right, bottom: what the frame keeps free inside. A frame that fits its content grows with it.
+void ViewBuilder::applyPad(const ViewElement& element, UView& view, std::string_view pad) {
+    int32_t sides[4] = {};
+    parseInts(pad, sides, 4);
+    view.setClientInsets({double(sides[0]), double(sides[1]), double(sides[2]), double(sides[3])}, true);
+    if (!takesSizeOfContent(element, view))
+        return;
+    CmRect frame = view.getFrameRect();
+    frame.right = limitToInt32(int64_t{frame.right} + sides[0] + sides[2]);
+    frame.bottom = limitToInt32(int64_t{frame.bottom} + sides[1] + sides[3]);
+    view.setFrame(frame, false);
+}
+
+void ViewBuilder::applyProperties(const ViewElement& element, UView& view) {
+    constexpr int64_t embedded = 1;
+    const auto properties = make<UPropertyCollection>();
+    for (const SkinElement* child : element.children()) {
+        if (child->type() != SkinType::property || child->keywords(SkinAttribute::style) != embedded)
+            continue;
+        const std::string name(counted(*child, wizard_.substitute(child->name())));
+        properties->add(name, counted(*child, text(*child, SkinAttribute::value)));
+    }
+    if (properties->count() > 0)
+        view.getAttributes().setObject(UPropertyCollection::attributeKey, properties.get(),
+                                       FAttributeValue::Hold::retain);
+}
+
+/// What shows the cursor of the element, to stand behind its view; null without one.
+Ref<UView> ViewBuilder::createCursorView(const ViewElement& element, const UView& view) {
+    const AttributeValue* attribute = element.find(SkinAttribute::cursor);
+    if (!attribute || attribute->length == 0)
+        return nullptr;
+    const std::string name(wizard_.substitute(attribute->view()));
+    UCursor* cursor = document_.findCursor(name);
+    if (!cursor) {
+        warn(element, "no cursor '" + name + "' among the resources");
+        return nullptr;
+    }
+    auto area = make<UCursorView>(view.getFrameRect(), retain(cursor));
+    area->setAttach(view.getAttach());
+    area->setSource(retain(&element.source()));
+    return area;
+}
+
 void ViewBuilder::applyAttributes(const ViewElement& element, UView& view) {
     for (const AttributeValue& value : element.attributes()) {
         switch (value.attribute) {
@@ -212,6 +260,13 @@ void ViewBuilder::applyAttributes(const ViewElement& element, UView& view) {
             if (value.number)
                 view.setAttach(static_cast<uint32_t>(value.number));
             break;
+        case SkinAttribute::focus:
+            if (element.focus() == ViewElement::Focus::none)
+                view.setFocusable(false);
+            else if (element.focus() == ViewElement::Focus::noRemote)
+                view.setFlag(viewNoRemoteFocus, true);
+            break;
+        case SkinAttribute::pad: applyPad(element, view, value.view()); break;
         default: break;
         }
     }
@@ -220,11 +275,11 @@ void ViewBuilder::applyAttributes(const ViewElement& element, UView& view) {
 Ref<UView> ViewBuilder::finishView(const ViewElement& element, Ref<UView> view, IController* controller) {
     view->setSource(retain(&element.source()));
     applyName(element, *view);
-    applyAttributes(element, *view);
     if (takesSizeOfContent(element, *view))
         view->resizeToFit(0, 0);
-    if (element.focus() == ViewElement::Focus::none)
-        view->setFocusable(false);
+    applyAttributes(element, *view);
+    if (element.hasProperties())
+        applyProperties(element, *view);
     if (!controller)
         return view;
     UView* looked = controller->viewCreated(view.get(), &element);

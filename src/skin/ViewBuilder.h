@@ -9,8 +9,10 @@
 
 #include <qorl/Ref.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace qorl {
@@ -90,6 +92,7 @@ private:
     bool checkConditions(const SkinElement& element, size_t count);
     bool checkVariable(const SkinElement& element, const UIWizardVariable& variable);
     UFont fontOf(const SkinElement& element);
+    const std::optional<std::string_view>& faceOf(std::string_view names);
 
     Ref<UView> createTemplateView(const ViewElement& element);
     Ref<UView> addBackground(const ViewElement& element, UView& view);
@@ -105,11 +108,16 @@ private:
     static void applySizeLimits(const ViewElement& element, UView& view);
     /// What all views have in common.
     void applyAttributes(const ViewElement& element, UView& view);
+    static void applyPad(const ViewElement& element, UView& view, std::string_view pad);
+    void applyProperties(const ViewElement& element, UView& view);
+    Ref<UView> createCursorView(const ViewElement& element, const UView& view);
     void nameMissingKind(const SkinElement& element);
 
     UIWizard& wizard_;
     UIDescription& document_;
     std::vector<UFont> fonts_;
+    /// Of the face lists of `font` elements; both lie in the document.
+    std::unordered_map<std::string_view, std::optional<std::string_view>> faces_;
     std::vector<SkinType> missingKinds_;
     int64_t stepsLeft_ = SkinLimits::buildSteps;
     int64_t textBytesLeft_ = SkinLimits::builtTextBytes;

@@ -1,6 +1,7 @@
 #include "foundation/messages/FMessage.h"
 #include "graphics/UColor.h"
 #include "persistence/FAttributes.h"
+#include "schemes/FontFaces.h"
 #include "schemes/GlobalSchemes.h"
 #include "skin/BuildScopes.h"
 #include "skin/ControllerScope.h"
@@ -260,6 +261,14 @@ void ViewBuilder::buildMutableContent(const SkinElement& element, UView& parent,
     holder->resizeToFit(0, 0);
 }
 
+const std::optional<std::string_view>& ViewBuilder::faceOf(std::string_view names) {
+    const auto [place, isNew] = faces_.try_emplace(names);
+    std::string_view face;
+    if (isNew && findFontFace(names, face))
+        place->second = face;
+    return place->second;
+}
+
 UFont ViewBuilder::fontOf(const SkinElement& element) {
     const UScheme* scheme = GlobalSchemes::currentScheme(GlobalSchemes::main());
     const int32_t key = UScheme::fontIndex(wizard_.substitute(element.name()));
@@ -267,7 +276,8 @@ UFont ViewBuilder::fontOf(const SkinElement& element) {
     if (key >= 0 && scheme)
         font = scheme->getFont(key);
     if (const std::string_view faces = element.text(SkinAttribute::face); !faces.empty())
-        font.setFaceName(faces.substr(0, faces.find(',')));
+        if (const auto& face = faceOf(faces))
+            font.setFaceName(*face);
     if (const int32_t size = element.integer(SkinAttribute::size); size > 0)
         font.setSize(size);
     if (element.has(SkinAttribute::style))

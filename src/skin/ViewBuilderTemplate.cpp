@@ -35,6 +35,9 @@ CmRect sizeLimits(const ViewElement& element) {
 Ref<UView> ViewBuilder::createTemplateView(const ViewElement& element) {
     auto view = make<UBaseView>(element.rect());
     view->setTitle(title(element));
+    view->setFirstFocus(text(element, SkinAttribute::focusId));
+    if (const std::string_view help = text(element, SkinAttribute::help); !help.empty())
+        view->setHelpIdentifier(ConstString(help));
     const uint32_t style = static_cast<uint32_t>(element.keywords(SkinAttribute::style));
     if (style & remembersState)
         view->setStateName(ConstString(element.name()), 0);

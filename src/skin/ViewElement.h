@@ -30,6 +30,10 @@ public:
     /// Overrides what was read; an expression is forgotten.
     void setSize(const SizeFields& size);
 
+    /// Whether a `property` stands directly in it.
+    bool hasProperties() const { return (state_ & properties) != 0; }
+    void markProperties() { state_ |= properties; }
+
     bool hasSizeExpression() const { return (state_ & expression) != 0; }
     /// 0xF00 is all four sides; the values are those of the view's attach flags.
     uint32_t attach() const { return static_cast<uint32_t>(keywords(SkinAttribute::attach)); }
@@ -41,7 +45,7 @@ protected:
     ViewElement(const ViewElement&) = default;
 
 private:
-    enum State : uint8_t { expression = 1, toldFailure = 2 };
+    enum State : uint8_t { expression = 1, toldFailure = 2, properties = 4 };
 
     SizeFields size_;
 };

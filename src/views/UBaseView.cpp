@@ -3,6 +3,7 @@
 #include "foundation/messages/FMessage.h"
 #include "persistence/FDefaultPool.h"
 #include "schemes/UScheme.h"
+#include "views/FocusPolicy.h"
 #include "views/ViewNotices.h"
 #include "windows/UDesktop.h"
 #include "windows/UDocWindow.h"
@@ -61,11 +62,11 @@ int32_t clampedExtent(int32_t extent, int32_t smallest, int32_t largest) {
 } // namespace
 
 UBaseView::UBaseView(const UBaseView& other)
-    : UView(other), windowStyle_(other.windowStyle_), helpIdentifier_(other.helpIdentifier_),
-      stateName_(other.stateName_), stateVersion_(other.stateVersion_), windowTitle_(other.windowTitle_),
-      controller_(other.controller_), viewContext_(other.viewContext_), menuName_(other.menuName_),
-      sizeLimits_(other.sizeLimits_), backgroundColor_(other.backgroundColor_), baseFlags_(other.baseFlags_),
-      scheme_(other.scheme_) {}
+    : UView(other), windowStyle_(other.windowStyle_), firstFocus_(other.firstFocus_),
+      helpIdentifier_(other.helpIdentifier_), stateName_(other.stateName_),
+      stateVersion_(other.stateVersion_), windowTitle_(other.windowTitle_), controller_(other.controller_),
+      viewContext_(other.viewContext_), menuName_(other.menuName_), sizeLimits_(other.sizeLimits_),
+      backgroundColor_(other.backgroundColor_), baseFlags_(other.baseFlags_), scheme_(other.scheme_) {}
 
 UBaseView::~UBaseView() {
     if (formerParent_)
@@ -73,6 +74,13 @@ UBaseView::~UBaseView() {
 }
 
 // ---- What the window gets.
+
+UView* UBaseView::findFirstFocus() {
+    if (firstFocus_.empty())
+        return nullptr;
+    return findSubView(viewsWhere(
+        [this](UView* view) { return view->getItem().name() == firstFocus_ && canTakeFocus(view); }));
+}
 
 void UBaseView::setHelpIdentifier(const ConstString& identifier) {
     helpIdentifier_ = identifier;

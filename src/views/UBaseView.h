@@ -5,6 +5,8 @@
 #include "views/UView.h"
 
 #include <functional>
+#include <string>
+#include <string_view>
 
 namespace qorl {
 
@@ -71,6 +73,10 @@ public:
     uint32_t getWindowStyle() const { return windowStyle_; }
     void setWindowStyle(uint32_t style) { windowStyle_ = style; }
     BaseWindowType getWindowType() const { return windowType_; }
+    /// The name of the view below this one that has the keyboard first; empty leaves it to the window.
+    void setFirstFocus(std::string_view name) { firstFocus_ = name; }
+    /// Null when there is no such view, or it can't take the focus now.
+    UView* findFirstFocus();
     void setHelpIdentifier(const ConstString& identifier);
     const char* getHelpIdentifier() const override;
     /// The name under which the window's state is stored; empty stores none.
@@ -135,6 +141,7 @@ private:
 
     uint32_t windowStyle_ = 0;
     BaseWindowType windowType_ = BaseWindowType::none;
+    std::string firstFocus_;
     String helpIdentifier_;
     String stateName_;
     int32_t stateVersion_ = 0;

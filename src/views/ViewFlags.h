@@ -32,8 +32,9 @@ enum ViewFlag : uint32_t {
     viewRelaysAncestorMoved = 0x100000,
     viewAttached = 0x200000, ///< In a live window.
     viewStopsResizeRequests = 0x400000,
-    viewFrameFrozen = 0x800000,  ///< `setFrame` has no effect.
-    viewDirectPaint = 0x1000000, ///< Draws everything of its client itself; registers with its window.
+    viewFrameFrozen = 0x800000,    ///< `setFrame` has no effect.
+    viewDirectPaint = 0x1000000,   ///< Draws everything of its client itself; registers with its window.
+    viewNoRemoteFocus = 0x2000000, ///< A remote control passes it over.
 };
 
 /// Bits of `viewState`.

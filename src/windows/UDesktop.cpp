@@ -6,6 +6,7 @@
 #include "persistence/FAttributes.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
+#include "views/UBaseView.h"
 #include "windows/PlainTipPresenter.h"
 #include "windows/UModalDialog.h"
 #include "windows/UPopupWindow.h"
@@ -54,6 +55,18 @@ struct NearestFocus {
     UView* view = nullptr;
     int64_t distance = 0;
 };
+
+/// What the content of a window that never had the keyboard asks for.
+UView* firstFocusOf(UWindow& window) {
+    if (window.focusPoint() != CmPoint{})
+        return nullptr;
+    UView* first = nullptr;
+    window.forEachSubView([&first](UView& view) {
+        if (auto* base = cast<UBaseView>(&view); base && !first)
+            first = base->findFirstFocus();
+    });
+    return first;
+}
 
 void findNearestFocus(UView& parent, NearestFocus& nearest) {
     parent.forEachSubView([&](UView& view) {
@@ -204,10 +217,14 @@ void UDesktop::chooseFocus(UWindow* window) {
         window->hasStyle(styleNoActivate))
         return;
     if (!window->getFocusView()) {
-        NearestFocus nearest{window->focusPoint()};
-        findNearestFocus(*window, nearest);
-        if (nearest.view)
-            window->setFocusView(nearest.view->getFocusView());
+        UView* view = firstFocusOf(*window);
+        if (!view) {
+            NearestFocus nearest{window->focusPoint()};
+            findNearestFocus(*window, nearest);
+            view = nearest.view;
+        }
+        if (view)
+            window->setFocusView(view->getFocusView());
     }
     focusWindow_ = window;
     if (UView* focus = getFocus())

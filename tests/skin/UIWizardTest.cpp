@@ -9,7 +9,10 @@
 #include "skin/FController.h"
 #include "skin/UViewClass.h"
 #include "views/UBaseView.h"
-#include "views/controls/UControl.h"
+#include "views/UCursorView.h"
+#include "views/UPropertyCollection.h"
+#include "views/controls/USlider.h"
+#include "views/controls/UTextDisplay.h"
 
 #include <map>
 #include <set>
@@ -71,6 +74,13 @@ protected:
     Ref<UView> build(std::string_view content) {
         load("<template name='T' size='0,0,100,100'>" + std::string(content) + "</template>" + others_);
         return wizard().createView("T", controller_.get(), nullptr);
+    }
+    /// What the build has found.
+    std::vector<std::string> findings() {
+        std::vector<std::string> texts;
+        for (const Diagnostic& finding : wizard().diagnostics())
+            texts.push_back(finding.text);
+        return texts;
     }
     std::string built(std::string_view content) { return list(*build(content)); }
 
@@ -284,10 +294,8 @@ TEST_F(UIWizardTest, AGroundIsAColourOrAValueOfOne) {
     const Binding::Value* expected[] = {ground.get(), nullptr, nullptr, ground.get(), nullptr};
     for (int32_t i = 0; i < view->getSubViewCount(); ++i)
         EXPECT_EQ(cast<UControl>(view->getSubView(i))->getSecondValue(), expected[i]) << i;
-    std::string told;
-    for (const Diagnostic& finding : wizard().diagnostics())
-        told += finding.text + "\n";
-    EXPECT_EQ(told, "'number' is a value, but none of a colour\n'gold' is neither a colour nor a value\n");
+    EXPECT_THAT(findings(), ::testing::ElementsAre("'number' is a value, but none of a colour",
+                                                   "'gold' is neither a colour nor a value"));
 }
 
 TEST_F(UIWizardTest, ViewsRememberTheirPlaceAfterTheDocumentIsGone) {
@@ -346,6 +354,59 @@ TEST_F(UIWizardTest, ADefinedValueKnowsWhatToCallItself) {
     EXPECT_EQ(nameOf(1), "Own");
     ValueRegistry::instance()->clear();
     EXPECT_EQ(nameOf(0), "") << "the registry is out of reach of the values that it gave up";
+}
+
+TEST_F(UIWizardTest, ACursorStandsBehindTheViewThatAsksForIt) {
+    load("<skin><resources><cursor name='hand' path='pointhand'/><cursor name='none' path='paw'/></resources>"
+         "<template name='T'><label cursor='hand' size='5,6,20,10' attach='right'/>"
+         "<label cursor='none' size='0,0,9,9'/><label cursor='gone' size='0,0,9,9'/></template></skin>");
+    const Ref<UView> view = wizard().createView("T", nullptr, nullptr);
+    ASSERT_EQ(view->getSubViewCount(), 4);
+    auto* cursor = cast<UCursorView>(view->getSubView(0));
+    ASSERT_TRUE(cursor);
+    EXPECT_EQ(cursor->getCursor(), UCursor::find("pointhand"));
+    EXPECT_EQ(cursor->getFrameRect(), (CmRect{5, 6, 25, 16}));
+    EXPECT_EQ(cursor->getAttach(), uint32_t{viewAttachRight});
+    EXPECT_THAT(findings(), ::testing::ElementsAre("no cursor 'none' among the resources",
+                                                   "no cursor 'gone' among the resources"));
+}
+
+TEST_F(UIWizardTest, ViewsTakeWhatTheSkinSaysOfThem) {
+    const Ref<UView> view = build(
+        "<label focus='noRemote' titleNT='x' size='0,0,50,20' pad='1,2,3,4'/>"
+        "<slider name='v' size='0,0,9,9'><property name='a[' value='1' style='embedded'/>"
+        "<property name='b' value='2'/></slider><rowcol pad='1,2,3,4'><view size='0,0,10,10'/></rowcol>");
+    const UView* label = view->getSubView(0);
+    EXPECT_TRUE(label->hasFlag(viewNoRemoteFocus));
+    EXPECT_EQ(label->getClientRect(), (CmRect{1, 2, 47, 16}));
+    auto properties = view->getSubView(1)->getAttributes().getObject("PropertyCollection");
+    auto* collection = cast<UPropertyCollection>(properties);
+    ASSERT_TRUE(collection);
+    EXPECT_EQ(collection->count(), 1) << "embedded ones only";
+    std::string_view value;
+    EXPECT_TRUE(collection->find("a[", value) && value == "1");
+    EXPECT_EQ(view->getSubView(2)->getFrameSize(), (CmSize{14, 16})) << "grows by what it keeps free";
+}
+
+UView* makeText(const ViewElement& element, IController*) {
+    return new UTextDisplay(element.rect(), ConstString(), nullptr, 0);
+}
+
+UView* makeSlider(const ViewElement& element, IController*) {
+    return new USlider(element.rect(), ConstString(), nullptr, 0);
+}
+
+TEST_F(UIWizardTest, ControlsOfAnyClassTakeGroundAndDefault) {
+    UControlClass::add("text", makeText);
+    UControlClass::add("slider", makeSlider);
+    const Ref<UView> view = build("<control class='slider' bgcolor='#112233' style='jump|default'/>"
+                                  "<control class='slider' style='default-not'/>"
+                                  "<control class='text' bgcolor='number'/>");
+    uint32_t color = 0;
+    EXPECT_TRUE(cast<UControl>(view->getSubView(0))->getContentColor(color) && color == 0xFF112233);
+    EXPECT_TRUE(cast<UControl>(view->getSubView(0))->isDefaultControl());
+    EXPECT_FALSE(cast<UControl>(view->getSubView(1))->isDefaultControl());
+    EXPECT_THAT(findings(), ::testing::ElementsAre("'number' is no colour"));
 }
 
 TEST_F(UIWizardTest, ReloadTellsListeners) {

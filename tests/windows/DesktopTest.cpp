@@ -2,6 +2,7 @@
 #include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
+#include "views/UCursorView.h"
 #include "views/controls/UControl.h"
 #include "windows/UDocWindow.h"
 #include "windows/UModalDialog.h"
@@ -186,6 +187,20 @@ TEST(UModalDialog, RunsInsideAPressWithoutHoldingTheMouse) {
     shell.settle();
     EXPECT_FALSE(dialog->isOpen());
     EXPECT_FALSE(wasCapturing);
+}
+
+TEST(UCursorView, ShowsItsCursorWhileItIsHovered) {
+    HeadlessShell shell{};
+    shell.window().addSubView(make<UCursorView>(CmRect{10, 10, 50, 50}, retain(UCursor::find("beam"))));
+    shell.window().addSubView(make<UView>(CmRect{10, 10, 30, 50}));
+    const auto shown = [&] { return static_cast<platform::CursorShape>(shell.platform().getShownCursor()); };
+    const std::pair<CmPoint, platform::CursorShape> moves[] = {{{40, 20}, platform::CursorShape::beam},
+                                                               {{60, 20}, platform::CursorShape::arrow},
+                                                               {{20, 20}, platform::CursorShape::beam}};
+    for (const auto& [point, shape] : moves) {
+        shell.move(point);
+        EXPECT_EQ(shown(), shape) << point.x;
+    }
 }
 
 TEST(UDesktop, KeepsTheCursorOfTheHoveredViewUnderTheWaitCursor) {

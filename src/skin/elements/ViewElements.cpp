@@ -1,9 +1,14 @@
+#include "foundation/Cast.h"
 #include "skin/ElementBuilders.h"
+#include "skin/SkinKeywords.h"
 #include "skin/UViewClass.h"
 #include "skin/ViewBuilder.h"
 #include "views/UView.h"
 #include "views/containers/UContainer.h"
 #include "views/containers/URowColumn.h"
+#include "views/controls/UCheckBoxBase.h"
+#include "views/controls/ULabel.h"
+#include "views/controls/UTextDisplay.h"
 
 // Elements that stand for views as such: by template, by class, by controller, and those that hold others.
 namespace qorl {
@@ -35,6 +40,26 @@ Ref<UView> buildByTemplate(const ElementInput& input, const ViewElement& element
     return view;
 }
 
+/// What the skin says of a control of any class.
+void applyLook(const ElementInput& input, UControl& control) {
+    auto* text = cast<UTextDisplay>(&control);
+    if (const UFont* font = input.builder.font()) {
+        if (text)
+            text->setFont(*font);
+        else if (auto* box = cast<UCheckBoxBase>(&control))
+            box->setFont(*font);
+    }
+    if (UColor color; input.builder.color(input.element, SkinAttribute::bgcolor, color)) {
+        if (text)
+            text->setBackground(color);
+        else
+            control.setContentColor(color.packed());
+    }
+    constexpr Keyword defaultWord[] = {{"default", 1}};
+    if (parseKeywords({{}, defaultWord}, input.element.text(SkinAttribute::style)).value != 0)
+        control.setDefaultControl(true);
+}
+
 } // namespace
 
 Ref<UView> ElementBuilders::buildView(const ElementInput& input) {
@@ -60,6 +85,10 @@ Ref<UView> ElementBuilders::buildControl(const ElementInput& input) {
     Ref<UView> view = Ref<UView>::adopt(factory ? factory(input.element, input.controller) : nullptr);
     if (!view)
         input.builder.warn(input.element, "no control class '" + name + "'");
+    if (auto* control = cast<UControl>(view))
+        applyLook(input, *control);
+    else if (auto* label = cast<ULabel>(view); label && input.builder.font())
+        label->setFont(*input.builder.font());
     return view;
 }
 

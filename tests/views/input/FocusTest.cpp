@@ -37,6 +37,33 @@ TEST(FocusDirection, ComesFromTabAndArrowsOnly) {
     }
 }
 
+TEST(UBaseView, SaysWhoHasTheKeyboardFirst) {
+    HeadlessShell shell{platform::HeadlessSettings{}};
+    const std::pair<const char*, const char*> cases[] = {{"", "a"}, {"b", "b"}, {"c", "a"}, {"gone", "a"}};
+    for (const auto& [wanted, expected] : cases) {
+        SCOPED_TRACE(wanted);
+        auto content = make<UBaseView>(CmRect{0, 0, 100, 100});
+        content->setFirstFocus(wanted);
+        for (const char* name : {"a", "b", "c"}) {
+            auto view = make<UView>(CmRect{10, 10, 60, 40});
+            view->getItem().setName(name);
+            view->setFocusable(true);
+            view->setEnabled(*name != 'c');
+            content->addSubView(view);
+        }
+        const auto window = make<UDocWindow>(CmRect{0, 0, 100, 100}, 0xFDu, ConstString());
+        window->addSubView(content);
+        shell.open(*window);
+        shell.desktop().chooseFocus(window.get());
+        ASSERT_TRUE(window->getFocusView());
+        EXPECT_EQ(window->getFocusView()->getItem().name(), expected);
+        shell.desktop().setFocus(content->getSubView(0));
+        window->setFocusView(nullptr);
+        shell.desktop().chooseFocus(window.get());
+        EXPECT_EQ(window->getFocusView()->getItem().name(), "a") << "only as long as nobody had it";
+    }
+}
+
 /// Four focusable views as a grid of two rows, and below them a fifth that is wider:
 ///
 ///     a b
