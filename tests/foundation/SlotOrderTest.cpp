@@ -2,6 +2,8 @@
 #include "foundation/containers/CmContainer.h"
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/String.h"
+#include "foundation/threads/PreferWorkerThread.h"
+#include "foundation/threads/WorkerThread.h"
 
 #include <qorl/IStringExchange.h>
 
@@ -129,6 +131,27 @@ TEST(SlotOrder, IteratorsAndVisitorsBeginWithTheirDestructor) {
     EXPECT_EQ(entryOf(&CmIterator::forward), 9);
     EXPECT_EQ(entryOf(&CmIterator::backward), 10);
     EXPECT_EQ(entryOf(&CmVisitor::visit), 2);
+}
+
+TEST(SlotOrder, ThreadsJobsAndLocksBeginWithTheirDestructor) {
+    EXPECT_EQ(entryOf(&FLock::lock), 2);
+    EXPECT_EQ(entryOf(&FLock::unlock), 3);
+    EXPECT_EQ(entryOf(&FLock::tryLock), 4);
+    EXPECT_EQ(entryOf(&FThread::setPriority), 2);
+    EXPECT_EQ(entryOf(&FThread::threadStarted), 3);
+    EXPECT_EQ(entryOf(&FThread::run), 4);
+    EXPECT_EQ(entryOf(&Job::run), 2);
+    EXPECT_EQ(entryOf(&Job::release), 3);
+    EXPECT_EQ(entryOf(&Job::cancel), 4);
+    EXPECT_EQ(entryOf(&WorkerThread::addJob), 5);
+    EXPECT_EQ(entryOf(&WorkerThread::beforeJob), 6);
+    EXPECT_EQ(entryOf(&WorkerThread::afterJob), 7);
+    EXPECT_EQ(entryOf(&WorkerThread::idle), 8);
+    EXPECT_EQ(entryOf(&PreferWorkerThread::cancelAll), 5);
+    EXPECT_EQ(entryOf(&JobQueue::addJob), 0);
+    EXPECT_EQ(entryOf(&JobQueue::stop), 1);
+    EXPECT_EQ(entryOf(&JobQueue::pause), 2);
+    EXPECT_EQ(entryOf(&JobQueue::resume), 3);
 }
 
 TEST(SlotOrder, TheDestructorsStandBetweenUpdateAndIsA) {

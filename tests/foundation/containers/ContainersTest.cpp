@@ -70,15 +70,15 @@ struct Record {
 };
 
 TEST(ContainerRecords, MakeEachClassByItsNameOnItsBase) {
-    for (const Record& record : {Record{"CmAssociation", "CmObject"}, Record{"CmILink", "CmObject"},
-                                 Record{"CmIDLink", "CmObject"}, Record{"CmOrderedArray", "CmContainer"},
-                                 Record{"CmArray", "CmContainer"}, Record{"CmLinkedList", "CmContainer"},
-                                 Record{"CmBTree", "CmContainer"}, Record{"CmILinkedList", "CmContainer"},
-                                 Record{"CmHashTable", "CmContainer"}, Record{"CmDLinkedList", "CmContainer"},
-                                 Record{"CmIDLinkedList", "CmContainer"}, Record{"CmBTreeDictionary", "CmBTree"},
-                                 Record{"CmQueue", "CmLinkedList"}, Record{"CmStack", "CmLinkedList"},
-                                 Record{"CmHashDictionary", "CmHashTable"},
-                                 Record{"CmDictionary", "CmDLinkedList"}}) {
+    for (const Record& record :
+         {Record{"CmAssociation", "CmObject"}, Record{"CmILink", "CmObject"}, Record{"CmIDLink", "CmObject"},
+          Record{"CmOrderedArray", "CmContainer"}, Record{"CmArray", "CmContainer"},
+          Record{"CmLinkedList", "CmContainer"}, Record{"CmBTree", "CmContainer"},
+          Record{"CmILinkedList", "CmContainer"}, Record{"CmHashTable", "CmContainer"},
+          Record{"CmDLinkedList", "CmContainer"}, Record{"CmIDLinkedList", "CmContainer"},
+          Record{"CmBTreeDictionary", "CmBTree"}, Record{"CmQueue", "CmLinkedList"},
+          Record{"CmStack", "CmLinkedList"}, Record{"CmHashDictionary", "CmHashTable"},
+          Record{"CmDictionary", "CmDLinkedList"}}) {
         SCOPED_TRACE(record.name);
         const Ref<FInterface> made = ClassFactory::instance()->createByName(record.name);
         const CmObject* object = castToCmObject(made.get());

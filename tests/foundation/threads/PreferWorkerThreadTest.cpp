@@ -2,6 +2,7 @@
 
 #include "ProbeJob.h"
 #include "foundation/CmObject.h"
+#include "support/FailingAllocation.h"
 
 #include <qorl/Ref.h>
 
@@ -175,6 +176,22 @@ TEST(PreferWorkerThread, CancelsAllAndGoesOnWithNewJobs) {
     worker->stop();
     EXPECT_EQ(log.text(), "run a1, cancel a, cancel b, release b, release a, run c3, release c")
         << "the pause has ended too";
+}
+
+TEST(PreferWorkerThread, RefusesAJobThatItFindsNoMemoryFor) {
+    failEachAllocation([](FailingAllocation& allocation) {
+        ThreadLog log;
+        ProbeJob a("a", log);
+        ProbeJob b("b", log);
+        const Owner owner;
+        auto* worker = new PreferWorkerThread;
+        const bool added = allocation.during([&] { return worker->addJob(&a, owner.face(), 1); });
+        EXPECT_TRUE(worker->addJob(&b, 2));
+        b.released.wait();
+        worker->stop();
+        EXPECT_EQ(log.text(), added ? "run a1, release a, run b2, release b" : "run b2, release b");
+        EXPECT_EQ(owner.references(), 1u);
+    });
 }
 
 enum class State { notStarted, waiting, running, paused };

@@ -1,6 +1,7 @@
 #include "foundation/threads/WorkerThread.h"
 
 #include "ProbeJob.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -212,6 +213,20 @@ TEST(WorkerThread, RunsEachJobOfManyThreadsOnce) {
     worker->stop();
     EXPECT_EQ(counter.sum, threads * jobs * (jobs + 1) / 2);
     EXPECT_EQ(counter.releases, threads * jobs);
+}
+
+TEST(WorkerThread, DropsAJobThatItFindsNoMemoryForAndGoesOn) {
+    failEachAllocation([](FailingAllocation& allocation) {
+        ThreadLog log;
+        ProbeJob a("a", log);
+        ProbeJob b("b", log);
+        auto* worker = new WorkerThread;
+        const bool added = allocation.during([&] { return worker->addJob(&a, 1); });
+        EXPECT_TRUE(worker->addJob(&b, 2));
+        b.released.wait();
+        worker->stop();
+        EXPECT_EQ(log.text(), added ? "run a1, release a, run b2, release b" : "run b2, release b");
+    });
 }
 
 TEST(WorkerThread, KnowsTheFirstOneWhileItStands) {

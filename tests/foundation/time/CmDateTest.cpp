@@ -4,6 +4,7 @@
 #include "foundation/text/TranslationTable.h"
 #include "persistence/FAttributes.h"
 #include "persistence/FMemoryStream.h"
+#include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"
 
 #include <qorl/Ref.h>
@@ -17,21 +18,22 @@ namespace {
 using Direction = PlainArchive::Direction;
 
 TEST(CmDate, AgreesWithTheCalendarOnEachDayOfThreeThousandYears) {
-    using namespace std::chrono;
+    namespace chrono = std::chrono;
     constexpr int64_t julianOf1970 = 2440588;
-    const sys_days end = year(3100) / January / 1;
+    const chrono::sys_days end = chrono::year(3100) / chrono::January / 1;
     CmDate date;
-    for (sys_days day = year(100) / January / 1; day < end; day += days(1)) {
-        const year_month_day parts(day);
+    for (chrono::sys_days day = chrono::year(100) / chrono::January / 1; day < end; day += chrono::days(1)) {
+        const chrono::year_month_day parts(day);
         const auto julian = static_cast<uint32_t>(julianOf1970 + day.time_since_epoch().count());
         date.setJulian(julian);
-        const bool same = date.getDay() == static_cast<int32_t>(unsigned(parts.day())) &&
-                          date.getMonth() == static_cast<int32_t>(unsigned(parts.month())) &&
-                          date.getYear() == int32_t(parts.year()) &&
-                          date.getWeekday() == static_cast<int32_t>(weekday(day).iso_encoding()) &&
-                          date.isLeapYear() == parts.year().is_leap() &&
-                          date.getDayOfYear() == (day - sys_days(parts.year() / January / 1)).count() + 1 &&
-                          CmDate::toJulian(date.getDay(), date.getMonth(), date.getYear()) == julian;
+        const bool same =
+            date.getDay() == static_cast<int32_t>(unsigned(parts.day())) &&
+            date.getMonth() == static_cast<int32_t>(unsigned(parts.month())) &&
+            date.getYear() == int32_t(parts.year()) &&
+            date.getWeekday() == static_cast<int32_t>(chrono::weekday(day).iso_encoding()) &&
+            date.isLeapYear() == parts.year().is_leap() &&
+            date.getDayOfYear() == (day - chrono::sys_days(parts.year() / chrono::January / 1)).count() + 1 &&
+            CmDate::toJulian(date.getDay(), date.getMonth(), date.getYear()) == julian;
         ASSERT_TRUE(same) << "day " << julian << ", " << date.getYear() << '-' << date.getMonth() << '-'
                           << date.getDay();
     }
@@ -148,6 +150,16 @@ TEST(CmDate, IsWrittenInTheLanguageOfTheProgram) {
     EXPECT_TRUE(text.isEmpty());
     EXPECT_TRUE(date.toText(text, 99));
     EXPECT_EQ(text, ConstString("3/5/24")) << "an unknown style, without a table of languages";
+}
+
+TEST(CmDate, HasNoTextWithoutMemory) {
+    failEachAllocation([](FailingAllocation& allocation) {
+        String text("old");
+        const bool done =
+            allocation.during([&] { return CmDate(5, 3, 2024).toText(text, CmDate::fullStyle); });
+        EXPECT_EQ(done, !allocation.hasFailed());
+        EXPECT_EQ(text.isEmpty(), !done);
+    });
 }
 
 TEST(CmDate, ReadsDatesOnly) {

@@ -44,13 +44,15 @@ std::string clock(const CmTime& time) {
 }
 
 TEST(CmTime, CountsSecondsOfUniversalTimeSince1901) {
-    using namespace std::chrono;
+    namespace chrono = std::chrono;
     const Zone zone(0, false);
-    const auto epoch = sys_days(year(1901) / January / 1).time_since_epoch();
+    const auto epoch = chrono::sys_days(chrono::year(1901) / chrono::January / 1).time_since_epoch();
     for (int32_t y = 1901; y < 2037; ++y) {
-        const auto days = sys_days(year(y) / June / 7).time_since_epoch() - epoch;
+        const auto days = chrono::sys_days(chrono::year(y) / chrono::June / 7).time_since_epoch() - epoch;
         const CmTime time(CmDate(7, 6, y), 13, 14, 15);
-        EXPECT_EQ(int64_t{time.getSeconds()}, (duration_cast<seconds>(days) + 13h + 14min + 15s).count())
+        EXPECT_EQ(int64_t{time.getSeconds()},
+                  (chrono::duration_cast<chrono::seconds>(days) + chrono::seconds(13 * 3600 + 14 * 60 + 15))
+                      .count())
             << y;
         EXPECT_EQ(time.getDate(), CmDate(7, 6, y));
         EXPECT_EQ(clock(time), "13:14:15");
