@@ -49,6 +49,8 @@ public:
     /// Within its folder.
     virtual bool rename(FPath& path, const ConstString& newName) = 0;
     virtual bool move(FPath& path, const FPath& newFolder) = 0;
+    /// A file with its times and rights; a read-only target is replaced too. A copy that fails, that
+    /// `progress` cancels or that would go onto itself leaves `to` as it was.
     virtual bool copy(const FPath& from, const FPath& to, StreamProgress* progress = nullptr) = 0;
     virtual bool createFolder(const FPath& path) = 0;
     virtual bool setCurrentFolder(const FPath& path) = 0;

@@ -72,20 +72,6 @@ private:
     bool isAtEntry_ = false;
 };
 
-/// A copy that can be watched and cancelled; what is unfinished goes.
-bool copyWatched(FNFileSystem& files, const FPath& from, const FPath& to, StreamProgress& progress) {
-    const Ref<FFileStream> source = files.openFile(from, FFileStream::readAccess | FFileStream::sequential);
-    Ref<FFileStream> target = source ? files.createFile(to, FFileStream::writeAccess) : nullptr;
-    if (!target)
-        return false;
-    source->setProgress(&progress);
-    if (target->copyFrom(*source, source->getLength()))
-        return true;
-    target.reset();
-    files.deleteFile(to);
-    return false;
-}
-
 } // namespace
 
 FNFileSystem* FNFileSystem::instance() {
@@ -150,15 +136,14 @@ bool FNFileSystem::move(FPath& path, const FPath& newFolder) {
 }
 
 bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* progress) {
-    const std::string target = to.toUtf8();
-    if (infoOf(to).isReadOnly)
-        platform::setReadOnly(target, false);
-    const bool isCopied = progress ? copyWatched(*this, from, to, *progress)
-                                   : answer(platform::copyFile(from.toUtf8(), target));
-    if (!isCopied)
+    platform::CopyStep step;
+    if (progress)
+        step = [progress, start = progress->position()](std::span<const uint8_t> block, int64_t done) {
+            progress->setPosition(start + done);
+            return !progress->isCancelled(block.data(), static_cast<int64_t>(block.size()));
+        };
+    if (!answer(platform::copyFile(from.toUtf8(), to.toUtf8(), step)))
         return false;
-    const platform::FileInfo info = infoOf(from);
-    platform::setFileTimes(target, info.written, info.read);
     notify(fileWritten, to);
     return true;
 }
@@ -238,20 +223,9 @@ bool FNFileSystem::deleteTree(const FPath& path) {
 }
 
 bool FNFileSystem::copyTree(const FPath& from, const FPath& to) {
-    if (!answer(platform::createFolders(to.toUtf8())))
+    if (!answer(platform::copyTree(from.toUtf8(), to.toUtf8())))
         return false;
-    const Ref<FFileIterator> entries = getIterator(from);
-    if (!entries)
-        return false;
-    while (FPath* entry = entries->next()) {
-        // A link to a folder may lead back up.
-        if (entry->isFolder() && infoOf(*entry).isLink)
-            continue;
-        FNPath target(to.toUtf8(), true);
-        target.addFolder(entry->getName(), entry->isFolder());
-        if (!(entry->isFolder() ? copyTree(*entry, target) : copy(*entry, target)))
-            return false;
-    }
+    notify(folderCreated, to);
     return true;
 }
 

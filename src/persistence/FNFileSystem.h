@@ -40,7 +40,8 @@ public:
     Ref<FFileStream> createTempFile(FNPath& path);
     /// A folder with all that is in it; links are removed, never followed.
     bool deleteTree(const FPath& path);
-    /// A folder with all that is in it, into `to`, which is made.
+    /// A folder with all that is in it, into `to`, which is made and may not lie inside of `from`. A link to
+    /// a file becomes a file, any other link stays one.
     bool copyTree(const FPath& from, const FPath& to);
     /// Free bytes for this user, -1 on failure.
     int64_t getFreeSpace(const FPath& path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,8 +29,9 @@ enum OpenMode : uint32_t {
     openTruncate = 8,    ///< cut an existing one to nothing
     openExclusive = 16,  ///< with `openCreate`: fail if it exists
     openSequential = 32, ///< a hint: from front to end, once
-    openLocked = 64      ///< fail if another program holds it open with this bit;
+    openLocked = 64,     ///< fail if another program holds it open with this bit;
                          ///< advisory, for the whole file
+    openRegular = 128    ///< fail for what is no plain file, and never wait for the other end of a pipe
 };
 
 enum class SeekOrigin : uint8_t { start, current, end };
@@ -65,6 +67,9 @@ public:
     FileError close();
 
 private:
+    friend class NativeFile;
+    FileError open(const std::string& path, uint32_t mode, uint32_t rights);
+
     int descriptor_ = -1;
 };
 
@@ -91,10 +96,23 @@ bool fileExists(const std::string& path);
 bool folderExists(const std::string& path);
 
 FileError deleteFile(const std::string& path);
-/// Replaces an existing `to`, in one step when both lie on one volume; moves across volumes by a copy.
+/// A file, a link or a folder with all that is in it. Replaces an existing `to`, in one step when both lie on
+/// one volume. Across volumes by a copy, in which links stay links; `from` goes when all of it stands, so
+/// that a failed move leaves both as they were. What is neither file, link nor folder can't be moved across.
 FileError moveFile(const std::string& from, const std::string& to);
-/// Takes times and rights over; a failed copy leaves no `to` behind.
-FileError copyFile(const std::string& from, const std::string& to);
+
+/// Asked before each block of a copy, with where it will be read to and the bytes copied so far; false ends
+/// the copy with the code of "Operation canceled".
+using CopyStep = std::function<bool(std::span<const uint8_t> block, int64_t done)>;
+
+/// The contents of a plain file, with its rights and, where the volume keeps them, its times. Stored as
+/// `replaceFile` does, so that a copy that fails leaves `to` as it was. Refuses to copy a file onto itself.
+FileError copyFile(const std::string& from, const std::string& to, const CopyStep& step = {});
+
+/// A folder with all that is in it, into `to`, which is made with the folders above it; files that are there
+/// already stay or are replaced. A link to a file becomes a file; any other link stays a link. Refuses a `to`
+/// inside of `from`.
+FileError copyTree(const std::string& from, const std::string& to);
 FileError createFolder(const std::string& path);
 /// With every folder above it that is missing. No error when it exists.
 FileError createFolders(const std::string& path);
@@ -118,7 +136,7 @@ FileError readWholeFile(const std::string& path, std::vector<uint8_t>& bytes, in
 
 /// The one way to store a file: writes `bytes` beside it, flushes them to the disk, renames over `path` and
 /// flushes the folder. Whatever crashes, `path` holds either the old bytes or the new ones. Rights of an
-/// existing file stay; a symbolic link is written through.
+/// existing file stay; a symbolic link is written through, also one whose target is missing.
 FileError replaceFile(const std::string& path, std::span<const uint8_t> bytes);
 
 /// Flushes a folder's own entries, so that files just renamed in it outlive a power cut.

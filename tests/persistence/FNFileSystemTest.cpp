@@ -290,6 +290,32 @@ TEST(FNFileSystem, MovesCopiesAndDeletes) {
     EXPECT_TRUE(files.readWholeFile(FNPath(std::string_view(folder / "copy/of/b.txt")), bytes, 5000));
 }
 
+TEST(FNFileSystem, NeverLosesAFileByCopyingIt) {
+    const SettingsFolder folder;
+    auto& files = *FNFileSystem::instance();
+    folder.write("file.txt", "contents");
+    folder.write("locked.txt", "locked");
+    std::filesystem::create_symlink("file.txt", folder / "link.txt");
+    std::filesystem::create_hard_link(folder / "file.txt", folder / "twin.txt");
+    const FNPath file(std::string_view(folder / "file.txt"));
+    for (const char* name : {"file.txt", "./file.txt", "link.txt", "twin.txt"}) {
+        SCOPED_TRACE(name);
+        Watch watch(1 << 20);
+        const FNPath itself(std::string_view(folder / name));
+        EXPECT_FALSE(files.copy(file, itself));
+        EXPECT_FALSE(files.copy(file, itself, &watch)) << "with progress";
+        EXPECT_EQ(folder.read("file.txt"), "contents");
+    }
+    const FNPath locked(std::string_view(folder / "locked.txt"));
+    const FNPath missing(std::string_view(folder / "missing.txt"));
+    platform::setReadOnly(locked.toUtf8(), true);
+    const auto rights = std::filesystem::status(folder / "locked.txt").permissions();
+    EXPECT_FALSE(files.copy(missing, locked));
+    EXPECT_EQ(std::filesystem::status(folder / "locked.txt").permissions(), rights) << "a copy that failed";
+    EXPECT_TRUE(files.copy(file, locked));
+    EXPECT_EQ(folder.read("locked.txt"), "contents");
+}
+
 TEST(FNFileSystem, MakesNamesLegal) {
     auto& files = *FNFileSystem::instance();
     String name("a:b|c");

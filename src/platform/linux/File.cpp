@@ -1,4 +1,5 @@
 #include "platform/linux/FileErrors.h"
+#include "platform/linux/NativeFile.h"
 
 #include <cstring>
 #include <fcntl.h>
@@ -34,6 +35,10 @@ File& File::operator=(File&& other) noexcept {
 }
 
 FileError File::open(const std::string& path, uint32_t mode) {
+    return NativeFile::open(*this, path, mode, 0666);
+}
+
+FileError File::open(const std::string& path, uint32_t mode, uint32_t rights) {
     close();
     int flags = O_CLOEXEC;
     const bool isReading = mode & openRead;
@@ -41,10 +46,11 @@ FileError File::open(const std::string& path, uint32_t mode) {
     flags |= isReading && isWriting ? O_RDWR : isWriting ? O_WRONLY : O_RDONLY;
     flags |= mode & openCreate ? O_CREAT : 0;
     flags |= mode & openExclusive ? O_EXCL : 0;
+    flags |= mode & openRegular ? O_NONBLOCK : 0;
     // A file that another program holds is not cut before the lock is ours.
     flags |= mode & openTruncate && !(mode & openLocked) ? O_TRUNC : 0;
     do {
-        descriptor_ = ::open(path.c_str(), flags, 0666);
+        descriptor_ = ::open(path.c_str(), flags, rights);
     } while (descriptor_ < 0 && errno == EINTR);
     if (descriptor_ < 0)
         return lastFileError();
@@ -53,6 +59,8 @@ FileError File::open(const std::string& path, uint32_t mode) {
     FileError error = toFileError(fstat(descriptor_, &status));
     if (!error && S_ISDIR(status.st_mode))
         error.code = EISDIR;
+    if (!error && mode & openRegular && !S_ISREG(status.st_mode))
+        error.code = ENOTSUP;
     if (!error && mode & openLocked)
         error = toFileError(flock(descriptor_, LOCK_EX | LOCK_NB));
     if (!error && mode & openLocked && mode & openTruncate)

@@ -1,7 +1,7 @@
 #include "platform/linux/FileErrors.h"
+#include "platform/linux/FileNames.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
@@ -34,97 +34,16 @@ timespec toTimespec(int64_t milliseconds) {
     return {static_cast<time_t>(seconds), static_cast<long>((milliseconds - seconds * 1000) * 1'000'000)};
 }
 
+// As the system itself follows.
+constexpr int mostLinks = 40;
+
+/// Without separators at its end, but for the root's own.
+std::string withoutEnd(const std::string& path) {
+    return path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1));
+}
+
 bool isDots(const char* name) {
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-}
-
-std::string parentOf(const std::string& path) {
-    const size_t last = path.find_last_not_of('/');
-    const size_t cut = last == std::string::npos ? std::string::npos : path.find_last_of('/', last);
-    if (cut == std::string::npos)
-        return ".";
-    return cut == 0 ? "/" : path.substr(0, cut);
-}
-
-std::string lastPart(const std::string& path) {
-    return path.substr(path.find_last_of('/') + 1);
-}
-
-FileError copyContents(File& from, File& to) {
-    std::vector<uint8_t> block(256 * 1024);
-    for (;;) {
-        FileError error;
-        const int64_t got = from.read(block.data(), static_cast<int64_t>(block.size()), &error);
-        if (got <= 0)
-            return error;
-        if (to.write(block.data(), got, &error) < 0)
-            return error;
-    }
-}
-
-FileError moveByCopy(const std::string& from, const std::string& to) {
-    FileInfo info;
-    if (FileError error = getFileInfo(from, info))
-        return error;
-    if (info.kind != FileKind::folder) {
-        const FileError error = copyFile(from, to);
-        return error ? error : deleteFile(from);
-    }
-    std::vector<FolderEntry> entries;
-    FileError error = createFolder(to);
-    if (!error)
-        error = listFolder(from, entries);
-    for (size_t i = 0; !error && i < entries.size(); ++i)
-        error = moveByCopy(from + "/" + entries[i].name, to + "/" + entries[i].name);
-    return error ? error : deleteFolder(from);
-}
-
-/// Opens a new file beside `path` under a name that nobody else has.
-FileError openBeside(const std::string& path, File& file, std::string& name) {
-    const std::string prefix = parentOf(path) + "/." + lastPart(path).substr(0, 200) + ".";
-    FileError error;
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        char suffix[32];
-        timespec now = {};
-        clock_gettime(CLOCK_MONOTONIC, &now);
-        std::snprintf(suffix, sizeof suffix, "%x-%lx-%x.new", static_cast<unsigned>(getpid()), now.tv_nsec,
-                      static_cast<unsigned>(attempt));
-        name = prefix + suffix;
-        error = file.open(name, openWrite | openCreate | openExclusive);
-        if (!error.isExisting())
-            break;
-    }
-    return error;
-}
-
-FileError writeAndFlush(File& file, std::span<const uint8_t> bytes) {
-    FileError error;
-    if (file.write(bytes.data(), static_cast<int64_t>(bytes.size()), &error) < 0)
-        return error;
-    error = file.flushToDisk();
-    return error ? error : file.close();
-}
-
-FileError deleteTreeAt(int parent, const char* name) {
-    if (unlinkat(parent, name, 0) == 0)
-        return {};
-    if (errno != EISDIR && errno != EPERM)
-        return lastFileError();
-    const int descriptor = openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0)
-        return lastFileError();
-    const OpenFolder folder(fdopendir(descriptor));
-    if (!folder) {
-        close(descriptor);
-        return lastFileError();
-    }
-    while (const dirent* entry = readdir(folder.get())) {
-        if (isDots(entry->d_name))
-            continue;
-        if (FileError error = deleteTreeAt(descriptor, entry->d_name))
-            return error;
-    }
-    return toFileError(unlinkat(parent, name, AT_REMOVEDIR));
 }
 
 } // namespace
@@ -166,41 +85,6 @@ FileError deleteFile(const std::string& path) {
     return toFileError(unlink(path.c_str()));
 }
 
-FileError moveFile(const std::string& from, const std::string& to) {
-    const FileError error = toFileError(rename(from.c_str(), to.c_str()));
-    return error.code == EXDEV ? moveByCopy(from, to) : error;
-}
-
-FileError copyFile(const std::string& from, const std::string& to) {
-    File source;
-    if (FileError error = source.open(from, openRead | openSequential))
-        return error;
-    struct stat status = {};
-    if (stat(from.c_str(), &status) != 0)
-        return lastFileError();
-    FileInfo earlier;
-    getFileInfo(to, earlier);
-    FileInfo own;
-    getFileInfo(from, own);
-    if (earlier.kind != FileKind::none && earlier.serial == own.serial && earlier.volume == own.volume)
-        return {EEXIST};
-    File target;
-    if (FileError error = target.open(to, openWrite | openCreate | openTruncate))
-        return error;
-    FileError error = copyContents(source, target);
-    if (!error)
-        error = target.close();
-    if (!error)
-        error = toFileError(chmod(to.c_str(), status.st_mode & 07777));
-    if (!error) {
-        const timespec times[2] = {status.st_atim, status.st_mtim};
-        error = toFileError(utimensat(AT_FDCWD, to.c_str(), times, 0));
-    }
-    if (error)
-        deleteFile(to);
-    return error;
-}
-
 FileError createFolder(const std::string& path) {
     return toFileError(mkdir(path.c_str(), 0777));
 }
@@ -218,10 +102,6 @@ FileError createFolders(const std::string& path) {
 
 FileError deleteFolder(const std::string& path) {
     return toFileError(rmdir(path.c_str()));
-}
-
-FileError deleteTree(const std::string& path) {
-    return deleteTreeAt(AT_FDCWD, path.c_str());
 }
 
 FileError setReadOnly(const std::string& path, bool on) {
@@ -304,28 +184,6 @@ FileError flushFolder(const std::string& path) {
     return error.code == EINVAL || error.code == EROFS ? FileError() : error;
 }
 
-FileError replaceFile(const std::string& path, std::span<const uint8_t> bytes) {
-    const std::string target = getCanonicalPath(path);
-    struct stat earlier = {};
-    const bool exists = stat(target.c_str(), &earlier) == 0;
-    if (exists && S_ISDIR(earlier.st_mode))
-        return {EISDIR};
-    File file;
-    std::string beside;
-    if (FileError error = openBeside(target, file, beside))
-        return error;
-    FileError error = writeAndFlush(file, bytes);
-    if (!error && exists)
-        error = toFileError(chmod(beside.c_str(), earlier.st_mode & 07777));
-    if (!error)
-        error = toFileError(rename(beside.c_str(), target.c_str()));
-    if (error) {
-        deleteFile(beside);
-        return error;
-    }
-    return flushFolder(parentOf(target));
-}
-
 FileError createTemporaryFile(const std::string& folder, std::string_view prefix, std::string& path) {
     std::string name = folder + "/" + std::string(prefix) + "XXXXXX";
     const int descriptor = mkostemp(name.data(), O_CLOEXEC);
@@ -337,15 +195,22 @@ FileError createTemporaryFile(const std::string& folder, std::string_view prefix
 }
 
 std::string getCanonicalPath(const std::string& path) {
-    std::string existing = path.empty() ? "." : path;
+    std::string existing = path.empty() ? "." : withoutEnd(path);
     std::vector<std::string> missing;
-    for (;;) {
+    for (int linksLeft = mostLinks;;) {
         if (char* resolved = realpath(existing.c_str(), nullptr)) {
             std::string whole = resolved;
             std::free(resolved);
             for (size_t i = missing.size(); i-- > 0;)
-                whole += (whole.back() == '/' ? "" : "/") + missing[i];
+                whole = missing[i] == ".." ? parentOf(whole) : joinPath(whole, missing[i]);
             return whole;
+        }
+        // A link whose target is missing leads on all the same.
+        std::string target;
+        if (linksLeft > 0 && !readLink(existing, target)) {
+            existing = withoutEnd(target.starts_with('/') ? target : joinPath(parentOf(existing), target));
+            --linksLeft;
+            continue;
         }
         std::string part = lastPart(existing);
         const std::string parent = parentOf(existing);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,7 +24,10 @@ protected:
         std::string pattern = "/tmp/qorl-files-XXXXXX";
         folder = mkdtemp(pattern.data());
     }
-    void TearDown() override { deleteTree(folder); }
+    void TearDown() override {
+        for (const std::string& made : {folder, away})
+            deleteTree(made);
+    }
 
     std::string at(const std::string& name) const { return folder + "/" + name; }
 
@@ -42,7 +46,17 @@ protected:
         return all;
     }
 
+    FileError createLink(const std::string& target, const std::string& name) const {
+        return {symlink(target.c_str(), at(name).c_str()) == 0 ? 0 : errno};
+    }
+
+    std::string linkAt(const std::string& name) const {
+        char target[512] = {};
+        return readlink(at(name).c_str(), target, sizeof target - 1) < 0 ? "no link" : target;
+    }
+
     std::string folder;
+    std::string away;
 };
 
 TEST_F(FilesTest, ReplacesAFileAsAWhole) {
@@ -78,6 +92,25 @@ TEST_F(FilesTest, ReplacesBehindALink) {
     FileInfo info;
     getFileInfo(at("link"), info);
     EXPECT_TRUE(info.isLink) << "the link itself stays";
+}
+
+TEST_F(FilesTest, ReplacesBehindALinkWhoseTargetIsMissing) {
+    ASSERT_FALSE(createFolder(at("real")));
+    ASSERT_EQ(symlink("real/../real/file", at("link").c_str()), 0);
+    ASSERT_EQ(symlink("ring", at("ring").c_str()), 0);
+    EXPECT_FALSE(replaceFile(at("link"), toBytes("new")));
+    EXPECT_EQ(read("real/file"), "new");
+    EXPECT_TRUE(replaceFile(at("ring"), toBytes("x"))) << "a link to itself leads nowhere";
+    EXPECT_EQ(list(), "link real/ ring ");
+}
+
+TEST_F(FilesTest, RefusesToReplaceWhatIsNoFile) {
+    ASSERT_EQ(mkfifo(at("pipe").c_str(), 0600), 0);
+    ASSERT_FALSE(replaceFile(at("file"), toBytes("x")));
+    EXPECT_EQ(replaceFile(at("pipe"), toBytes("x")).code, ENOTSUP);
+    EXPECT_EQ(copyFile(at("file"), at("pipe")).code, ENOTSUP);
+    EXPECT_EQ(copyFile(at("pipe"), at("copy")).code, ENOTSUP) << "without waiting for a writer";
+    EXPECT_EQ(list(), "file pipe ");
 }
 
 TEST_F(FilesTest, TellsApartWhyAnOpenFails) {
@@ -189,8 +222,78 @@ TEST_F(FilesTest, CopiesWithTimesAndRightsAndLeavesNoHalfFile) {
 
     EXPECT_TRUE(copyFile(at("from"), at("./from"))) << "onto itself";
     EXPECT_EQ(read("from"), "contents");
+    ASSERT_FALSE(createLink("to", "alias"));
+    EXPECT_TRUE(copyFile(at("to"), at("alias"))) << "onto itself by a link";
+    EXPECT_EQ(link(at("to").c_str(), at("twin").c_str()), 0);
+    EXPECT_TRUE(copyFile(at("to"), at("twin"))) << "onto itself by another name";
+    EXPECT_EQ(read("to"), "contents");
     EXPECT_TRUE(copyFile("/proc/self/mem", at("half")));
-    EXPECT_FALSE(fileExists(at("half")));
+    EXPECT_EQ(list(), "alias from to twin ");
+}
+
+TEST_F(FilesTest, KeepsPrivateWhatItStores) {
+    ASSERT_FALSE(replaceFile(at("private"), toBytes(std::string(600'000, 'x'))));
+    chmod(at("private").c_str(), 0600);
+    ASSERT_FALSE(replaceFile(at("old"), toBytes("old")));
+    std::string rights;
+    const auto look = [&](std::span<const uint8_t>, int64_t) {
+        std::vector<FolderEntry> entries;
+        listFolder(folder, entries);
+        for (const FolderEntry& entry : entries) {
+            struct stat status = {};
+            stat(at(entry.name).c_str(), &status);
+            if (entry.name.ends_with(".new") && (status.st_mode & 077) != 0)
+                rights += entry.name + " can be read by others ";
+        }
+        return true;
+    };
+    ASSERT_FALSE(copyFile(at("private"), at("copy"), look));
+    EXPECT_EQ(rights, "");
+    const auto stop = [](std::span<const uint8_t>, int64_t done) { return done == 0; };
+    EXPECT_EQ(copyFile(at("private"), at("old"), stop).code, ECANCELED);
+    EXPECT_EQ(read("old"), "old") << "a copy that ends half way leaves the earlier file";
+    EXPECT_EQ(list(), "copy old private ");
+}
+
+TEST_F(FilesTest, CopiesTreesWithoutRunningInCircles) {
+    ASSERT_FALSE(createFolders(at("tree/sub")));
+    ASSERT_FALSE(replaceFile(at("tree/file"), toBytes("contents")));
+    ASSERT_FALSE(createLink("file", "tree/toFile"));
+    ASSERT_FALSE(createLink("..", "tree/sub/up"));
+    ASSERT_FALSE(createLink("nowhere", "tree/dangling"));
+    chmod(at("tree/sub").c_str(), 0700);
+    for (const char* inside : {"tree", "tree/sub", "tree/sub/up/tree/new", "tree/new/deeper"})
+        EXPECT_EQ(copyTree(at("tree"), at(inside)).code, EINVAL) << inside;
+    EXPECT_EQ(list("tree"), "dangling file sub/ toFile ");
+
+    ASSERT_FALSE(copyTree(at("tree"), at("new/copy")));
+    EXPECT_EQ(list("new/copy"), "dangling file sub/ toFile ");
+    EXPECT_EQ(linkAt("new/copy/toFile"), "no link");
+    EXPECT_EQ(read("new/copy/toFile"), "contents");
+    EXPECT_EQ(linkAt("new/copy/dangling"), "nowhere");
+    EXPECT_EQ(linkAt("new/copy/sub/up"), "..");
+    struct stat status = {};
+    stat(at("new/copy/sub").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777, 0700U);
+}
+
+TEST_F(FilesTest, DeletesTreesDeeperThanItMayOpenFiles) {
+    ASSERT_FALSE(createFolder(at("deep")));
+    const std::string before = getCurrentFolder();
+    ASSERT_FALSE(setCurrentFolder(at("deep")));
+    for (int i = 0; i < 200; ++i) {
+        ASSERT_FALSE(createFolder("level"));
+        ASSERT_FALSE(setCurrentFolder("level"));
+    }
+    ASSERT_FALSE(setCurrentFolder(before));
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit few = {48, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    const FileError error = deleteTree(at("deep"));
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_FALSE(error) << error.getText();
+    EXPECT_EQ(list(), "");
 }
 
 TEST_F(FilesTest, MovesOntoExistingFiles) {
@@ -201,18 +304,40 @@ TEST_F(FilesTest, MovesOntoExistingFiles) {
     EXPECT_EQ(list(), "b ");
 }
 
-TEST_F(FilesTest, MovesTreesAcrossVolumes) {
+TEST_F(FilesTest, MovesTreesAcrossVolumesWithTheirLinks) {
     // Memory files are a volume of their own; where they are not, the move is a plain one with the same
     // outcome.
     const std::string other = "/dev/shm/qorl-move-" + std::to_string(getProcessId());
     ASSERT_FALSE(createFolders(at("tree/sub")));
+    ASSERT_FALSE(createFolder(at("outside")));
     ASSERT_FALSE(replaceFile(at("tree/sub/file"), toBytes("moved")));
+    ASSERT_FALSE(replaceFile(at("outside/keep"), toBytes("kept")));
+    ASSERT_FALSE(createLink(at("outside"), "tree/toFolder"));
+    ASSERT_FALSE(createLink("..", "tree/sub/up"));
+    ASSERT_FALSE(createLink("sub/file", "tree/toFile"));
     EXPECT_FALSE(moveFile(at("tree"), other));
-    EXPECT_FALSE(folderExists(at("tree")));
-    std::vector<uint8_t> bytes;
-    EXPECT_FALSE(readWholeFile(other + "/sub/file", bytes, 100));
-    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "moved");
-    deleteTree(other);
+    EXPECT_EQ(list(), "outside/ ");
+    EXPECT_EQ(read("outside/keep"), "kept") << "what a link leads to is not moved";
+    away = folder;
+    folder = other;
+    EXPECT_EQ(read("sub/file"), "moved");
+    EXPECT_EQ(linkAt("sub/up"), "..");
+    EXPECT_EQ(linkAt("toFile"), "sub/file");
+    EXPECT_EQ(linkAt("toFolder"), away + "/outside");
+}
+
+TEST_F(FilesTest, LeavesATreeWholeThatCannotBeMoved) {
+    const std::string other = "/dev/shm/qorl-stays-" + std::to_string(getProcessId());
+    ASSERT_FALSE(createFolder(at("tree")));
+    ASSERT_FALSE(replaceFile(at("tree/file"), toBytes("x")));
+    ASSERT_EQ(mkfifo(at("tree/pipe").c_str(), 0600), 0);
+    // A plain move, on one volume, takes pipes along.
+    const FileError error = moveFile(at("tree"), other);
+    EXPECT_EQ(error.code, error ? ENOTSUP : 0);
+    EXPECT_EQ(folderExists(other), !error);
+    away = folder;
+    folder = error ? at("tree") : other;
+    EXPECT_EQ(list(), "file pipe ");
 }
 
 TEST_F(FilesTest, ResolvesPathsThatDoNotExistYet) {
@@ -224,8 +349,12 @@ TEST_F(FilesTest, ResolvesPathsThatDoNotExistYet) {
         {at("link/new/file.xml"), base + "/real/new/file.xml"},
         {at("real/../real/./x"), base + "/real/x"},
         {at("real/"), base + "/real"},
+        {at("missing/../real/x"), base + "/real/x"},
+        {at("none/"), base + "/none"},
+        {at("dangling/file"), base + "/real/none/file"},
         {"/", "/"},
     };
+    ASSERT_FALSE(createLink("real/none", "dangling"));
     for (const auto& [path, expected] : cases)
         EXPECT_EQ(getCanonicalPath(path), expected) << path;
 }
