@@ -17,8 +17,10 @@
 namespace qorl {
 
 class UColor;
+class UBaseView;
 class UScheme;
 class UView;
+class UWindow;
 
 /// Turns a template of a skin document into a live tree of views, each control bound to the value of a
 /// controller.
@@ -46,6 +48,18 @@ public:
     /// The same with `outerController` one step up.
     virtual Ref<UView> createViewChained(std::string_view templateName, IController* controller,
                                          IController* outerController, UView* parentView);
+
+    // The same in a window. Nothing is opened, and the result is null, when there is no such template. The
+    // desktop owns an open window.
+
+    /// A document window on that monitor. `style` 0 and an empty `title` leave these to the template.
+    Ref<UWindow> showInWindow(std::string_view templateName, IController* controller, uint32_t style = 0,
+                              int32_t monitor = 0, const ConstString& title = {});
+    /// A popup with its client's top left corner at `position` on the screen; a press outside closes it.
+    Ref<UWindow> openPopup(std::string_view templateName, IController* controller, CmPoint position);
+    /// Runs a modal dialog until it is closed and gives its result, `UModalDialog::canceledResult` without a
+    /// template.
+    int32_t runDialog(std::string_view templateName, IController* controller, const ConstString& title = {});
 
     CmObject* clone() const override { return new UIWizard(*this); }
     /// "ReloadDescription" reads the current document again and passes the message on to the listeners.
@@ -108,6 +122,8 @@ private:
         IController* controller_;
     };
 
+    Ref<UBaseView> createContent(std::string_view templateName, IController* controller, uint32_t style,
+                                 const ConstString& title);
     void useDocument();
     void failSubstitution(std::string_view name, std::string_view text);
     /// Takes what looking through `bytes` costs off the budget of the build. False when it is used up.
