@@ -31,10 +31,14 @@ CmDelegatingUnknown::Creator CmDelegatingUnknown::setCreator(Creator creator) {
 }
 
 CmDelegatingUnknown::CmDelegatingUnknown(Ref<FInterface> foreign, Owner* owner)
-    : foreign_(std::move(foreign)), owner_(owner) {}
+    : foreign_(std::move(foreign)), owner_(owner) {
+    becomeStandIn();
+}
 
 CmDelegatingUnknown::CmDelegatingUnknown(const CmDelegatingUnknown& other)
-    : CmObject(other), foreign_(other.foreign_) {}
+    : CmObject(other), foreign_(other.foreign_) {
+    becomeStandIn();
+}
 
 CmDelegatingUnknown::~CmDelegatingUnknown() {
     if (owner_)

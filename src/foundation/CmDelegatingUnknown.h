@@ -31,7 +31,7 @@ public:
     /// Gives back the one before.
     static Creator setCreator(Creator creator);
 
-    CmDelegatingUnknown() = default;
+    CmDelegatingUnknown() { becomeStandIn(); }
     /// `owner` is not counted and outlives the wrapper.
     explicit CmDelegatingUnknown(Ref<FInterface> foreign, Owner* owner = nullptr);
     /// Wraps the same object; the copy has no owner.

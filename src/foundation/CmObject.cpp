@@ -1,5 +1,7 @@
 #include "foundation/CmObject.h"
 
+#include "foundation/messages/UpdateHandler.h"
+
 #include <functional>
 #include <new>
 
@@ -8,7 +10,10 @@ namespace qorl {
 ClassRecord CmObject::classRecord_{"CmObject", &createObject<CmObject>, nullptr};
 
 void CmObject::update(FInterface* changed, int32_t message) {
-    if (CmObject* object = castToCmObject(changed))
+    CmObject* object = UpdateHandler::findBeingTold(changed);
+    if (!object)
+        object = castToCmObject(changed);
+    if (object)
         notify(object, message);
 }
 

@@ -45,27 +45,48 @@ bool FObject::isTypeOf(const char* name, bool deep) const {
     return classNames_.matches(name, deep);
 }
 
+uint32_t FObject::releaseLast() {
+    // What its dependents are hearing of stays until all have heard.
+    if (detail::notificationsUnderWay.load(std::memory_order_acquire) != 0 &&
+        UpdateHandler::keepNotified(*this))
+        return 1;
+    // References that are taken and given back while the object is being destroyed must not reach 0 again.
+    count_.store(goingDown, std::memory_order_relaxed);
+    delete this;
+    return 0;
+}
+
+bool FObject::addRefUnlessGone() noexcept {
+    int32_t count = count_.load(std::memory_order_relaxed);
+    while (count > 0)
+        if (count_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed))
+            return true;
+    return false;
+}
+
 void FObject::addDependent(FDependent* dependent) {
-    if (FUpdateRegistry* registry = FUpdateRegistry::current())
-        registry->addDependent(this, dependent);
+    if (UpdateHandler* handler = UpdateHandler::current())
+        handler->addDependent(this, dependent);
 }
 
 void FObject::removeDependent(FDependent* dependent) {
-    if (FUpdateRegistry* registry = FUpdateRegistry::current())
-        registry->removeDependent(this, dependent);
+    if (UpdateHandler* handler = UpdateHandler::current())
+        handler->removeDependent(this, dependent);
 }
 
 void FObject::changed(int32_t message) {
-    if (FUpdateRegistry* registry = FUpdateRegistry::current())
-        registry->triggerUpdates(this, message);
-    else
+    if (UpdateHandler* handler = UpdateHandler::current())
+        handler->triggerUpdates(this, message);
+    else if (message != objectDestroyed)
         updateDone(message);
 }
 
 void FObject::deferUpdate(int32_t message) {
-    if (FUpdateRegistry* registry = FUpdateRegistry::current())
-        registry->deferUpdates(this, message);
-    else
+    if (UpdateHandler::isNewestDeferred(this, message))
+        return;
+    if (UpdateHandler* handler = UpdateHandler::current())
+        handler->deferUpdates(this, message);
+    else if (message != objectDestroyed)
         updateDone(message);
 }
 

@@ -12,6 +12,7 @@ class FObject;
 
 namespace detail {
 extern InterfaceId privateInterfaceId;
+extern std::atomic<uint32_t> notificationsUnderWay;
 } // namespace detail
 
 /// The id that objects of this very load of the library answer with their `FObject` face, and nobody else.
@@ -48,7 +49,10 @@ public:
     }
     /// The count that this call left behind. It is not read again: another thread's last release may have
     /// freed the object meanwhile.
-    uint32_t release() override;
+    uint32_t release() override {
+        const int32_t left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        return left != 0 ? static_cast<uint32_t>(left) : releaseLast();
+    }
     void update(FInterface* changed, int32_t message) override;
 
     virtual ~FObject() = default;
@@ -74,11 +78,27 @@ public:
 
     virtual bool isSameObject(const FObject* other) const;
 
+    /// A reference for the caller, unless the last one has been released already. For tables that don't count
+    /// what stands in them, while their lock keeps the destructor of the object waiting.
+    bool addRefUnlessGone() noexcept;
+
+    /// Whether this object answers as another one when it is asked for an interface.
+    bool isStandIn() const { return isStandIn_; }
+
+protected:
+    /// For constructors of classes whose `queryInterface` goes to another object.
+    void becomeStandIn() { isStandIn_ = true; }
+
 private:
+    friend class UpdateHandler;
+
+    uint32_t releaseLast();
+
     static constexpr int32_t goingDown = -1000;
     static constexpr ClassName classNames_{"FObject", nullptr};
 
     std::atomic<int32_t> count_{1};
+    bool isStandIn_ = false;
 };
 
 /// `unknown` as an object of this library, null when it is foreign. It is asked for `privateInterfaceId`, and
@@ -90,16 +110,6 @@ inline FObject* borrowObject(FInterface* unknown) {
     auto* object = static_cast<FObject*>(found);
     object->release();
     return object;
-}
-
-inline uint32_t FObject::release() {
-    const int32_t left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left != 0)
-        return static_cast<uint32_t>(left);
-    // References that are taken and given back while the object is being destroyed must not reach 0 again.
-    count_.store(goingDown, std::memory_order_relaxed);
-    delete this;
-    return 0;
 }
 
 } // namespace qorl

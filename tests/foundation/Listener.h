@@ -22,6 +22,8 @@ public:
     }
     void updateDone(int32_t message) override { log_.push_back(name_ + " done:" + std::to_string(message)); }
 
+    const std::string& name() const { return name_; }
+
     std::function<void()> reaction;
 
 private:

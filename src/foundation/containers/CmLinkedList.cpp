@@ -4,6 +4,16 @@ namespace qorl {
 
 QORL_REGISTER(CmLinkedList, "CmLinkedList", CmContainer, 0)
 
+void CmLinkedList::moveFirst(CmLinkedList& other) {
+    ListNode* node = chain_.head;
+    if (!node)
+        return;
+    chain_.unlink(nullptr, node);
+    --size_;
+    other.chain_.append(node);
+    ++other.size_;
+}
+
 void CmLinkedList::splice(CmLinkedList& other) {
     if (other.isEmpty() || &other == this)
         return;

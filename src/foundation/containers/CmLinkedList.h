@@ -16,6 +16,8 @@ public:
 
     CmObject* clone() const override { return copyOf(*this); }
 
+    /// Moves the first element, if there is one, behind those of `other`, as it is. Needs no memory.
+    void moveFirst(CmLinkedList& other);
     /// Moves all elements of `other` behind these, as they are; `other` is empty afterwards.
     void splice(CmLinkedList& other);
 };

@@ -6,10 +6,10 @@
 #include "foundation/threads/Ticks.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
-#include "platform/Threads.h"
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -17,7 +17,6 @@ namespace qorl {
 namespace {
 
 constinit EventLoop* currentLoop = nullptr;
-constinit std::atomic<uint32_t> guiThreadId{0};
 
 /// How early an idle step may be before it gives up time, and how much it gives up.
 constexpr int32_t pacing = 5;
@@ -28,11 +27,14 @@ int32_t ticksUntil(uint32_t due) {
 
 } // namespace
 
+constinit thread_local char EventLoop::threadMark_ = 0;
+constinit std::atomic<const char*> EventLoop::guiThread_{nullptr};
+
 EventLoop::EventLoop() {
     if (currentLoop)
         return;
     currentLoop = this;
-    guiThreadId = platform::currentThreadId();
+    guiThread_ = &threadMark_;
     nextDue_ = getTicks();
 }
 
@@ -41,16 +43,11 @@ EventLoop::~EventLoop() {
     if (currentLoop != this)
         return;
     currentLoop = nullptr;
-    guiThreadId = 0;
+    guiThread_ = nullptr;
 }
 
 EventLoop* EventLoop::current() {
     return currentLoop;
-}
-
-bool EventLoop::isGuiThread() {
-    const uint32_t id = guiThreadId;
-    return id != 0 && id == platform::currentThreadId();
 }
 
 void EventLoop::wake() {
@@ -127,9 +124,9 @@ void EventLoop::idle(Pace pace) {
     if (isIdling_ || stopped_)
         return;
     isIdling_ = true;
-    if (pace == Pace::sleepWhenEarly && ticksUntil(nextDue_) > pacing)
-        sleep(pacing);
     const uint32_t ticks = getTicks();
+    if (pace == Pace::sleepWhenEarly && static_cast<int32_t>(nextDue_ - ticks) > pacing)
+        sleep(pacing);
     nextDue_ = ticks + idlePeriod;
     if (timeListener_)
         timeListener_->timePassed(ticks);
@@ -138,29 +135,42 @@ void EventLoop::idle(Pace pace) {
     isIdling_ = false;
 }
 
+/// The one behind the last that was given; null at the end of the list.
+Ref<CmObject> EventLoop::nextIdleClient() {
+    const FGuard guard(idleLock_);
+    while (nextClient_ < idleClients_.size()) {
+        CmObject* client = idleClients_[nextClient_++];
+        if (client->addRefUnlessGone())
+            return Ref<CmObject>::adopt(client);
+    }
+    return nullptr;
+}
+
 void EventLoop::callIdleClients() {
+    {
+        const FGuard guard(idleLock_);
+        nextClient_ = 0;
+    }
     Ref<FMessage> message;
     // Read afresh at each step, since clients come and go meanwhile.
-    for (nextClient_ = 0;;) {
-        CmObject* client = nullptr;
-        {
-            const FGuard guard(idleLock_);
-            if (nextClient_ >= idleClients_.size())
-                return;
-            client = idleClients_[nextClient_++];
-        }
+    while (const Ref<CmObject> client = nextIdleClient()) {
         if (!message)
-            message = make<FMessage>("Idle");
+            message = FMessage::named("Idle");
+        if (!message)
+            return; // short of memory: the next idle step is soon
         client->handleMessage(message.get());
     }
 }
 
-void EventLoop::addIdleClient(CmObject* client) {
-    {
+bool EventLoop::addIdleClient(CmObject* client) {
+    try {
         const FGuard guard(idleLock_);
         idleClients_.push_back(client);
+    } catch (const std::bad_alloc&) {
+        return false;
     }
     wake();
+    return true;
 }
 
 void EventLoop::removeIdleClient(CmObject* client) {
@@ -174,9 +184,11 @@ void EventLoop::removeIdleClient(CmObject* client) {
 }
 
 void EventLoop::releaseLater(Ref<FObject> object) {
-    {
+    try {
         const FGuard guard(releaseLock_);
-        releaseList_.push_back(std::move(object));
+        releaseList_.push_back(object);
+    } catch (const std::bad_alloc&) {
+        static_cast<void>(object.detach());
     }
     wake();
 }

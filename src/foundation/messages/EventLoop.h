@@ -5,6 +5,7 @@
 
 #include <qorl/Ref.h>
 
+#include <atomic>
 #include <vector>
 
 namespace qorl {
@@ -49,7 +50,7 @@ public:
     /// Null before the first and after the last loop.
     static EventLoop* current();
     /// Whether the calling thread is the GUI thread.
-    static bool isGuiThread();
+    static bool isGuiThread() { return guiThread_.load(std::memory_order_relaxed) == &threadMark_; }
     /// Ends the GUI thread's wait, because something was queued for it. Any thread.
     static void wake();
 
@@ -71,11 +72,13 @@ public:
     /// stopped. With `sleepWhenEarly` it first gives up five milliseconds if it is far from due.
     void idle(Pace pace = Pace::none);
 
-    /// A client hears the message "Idle" until it is removed; it may remove itself meanwhile. Not counted.
-    void addIdleClient(CmObject* client);
+    /// A client hears the message "Idle" until it is removed; it may remove and release itself meanwhile. Not
+    /// counted. False when memory is short.
+    bool addIdleClient(CmObject* client);
     void removeIdleClient(CmObject* client);
 
     /// Releases `object` at the end of the next idle step: for objects that can't go while they are in use.
+    /// When memory is short it is never released, since it can't go now.
     void releaseLater(Ref<FObject> object);
     /// Null takes it away. Not owned.
     void setTimeListener(TimeListener* listener) { timeListener_ = listener; }
@@ -83,9 +86,14 @@ public:
 private:
     static constexpr int64_t noLimit = -1;
 
+    /// Its address tells threads apart, for less than a call of the system.
+    static constinit thread_local char threadMark_;
+    static constinit std::atomic<const char*> guiThread_;
+
     void deliver();
     bool needsIdle();
     bool wait(int64_t limit);
+    Ref<CmObject> nextIdleClient();
     void callIdleClients();
     void releaseAll();
 
@@ -94,7 +102,7 @@ private:
     std::vector<CmObject*> idleClients_;
     std::vector<Ref<FObject>> releaseList_;
     TimeListener* timeListener_ = nullptr;
-    size_t nextClient_ = 0; ///< Place of the walk over the idle clients.
+    size_t nextClient_ = 0; ///< Place of the walk over the idle clients; under `idleLock_`.
     uint32_t nextDue_ = 0;
     bool isIdling_ = false;
     bool stopped_ = false;

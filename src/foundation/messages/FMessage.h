@@ -3,6 +3,7 @@
 #include "foundation/text/CmString.h"
 
 #include <qorl/IMessageAttributes.h>
+#include <qorl/IMessageObjects.h>
 #include <qorl/Ref.h>
 
 #include <string_view>
@@ -13,14 +14,17 @@ namespace qorl {
 /// `FMessenger`.
 ///
 /// The attribute list is made on first use. A getter for a missing key gives 0, null or an empty text.
-class FMessage : public CmObject, public IMessageAttributes {
+class FMessage : public CmObject, public IMessageAttributes, public IMessageObjects {
     QORL_CLASS(FMessage, CmObject)
     QORL_CLONE(FMessage)
     QORL_RECORD(FMessage)
 
 public:
     FMessage();
+    /// Throws std::bad_alloc, as a copy does.
     explicit FMessage(const ConstString& name);
+    /// A new message; null when memory is short.
+    static Ref<FMessage> named(const ConstString& name) noexcept;
     /// Copies the attributes; objects in them are shared.
     FMessage(const FMessage& other);
     FMessage& operator=(const FMessage&) = delete;
@@ -54,6 +58,7 @@ public:
     FAttributes& attributes();
     bool hasAttributes() const { return attributes_ != nullptr; }
 
+    /// In a stream: the name, then the body of the attributes.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
 
@@ -76,7 +81,13 @@ public:
     Result remove8(const char* key) override;
     Result contains8(const char* key) override;
 
+    Result storeObject(const char* key, FInterface* object) override;
+    Result fetchObject(const char* key, FInterface** object) override;
+    Result removeObject(const char* key) override;
+
 private:
+    void expectName(const ConstString& name) const;
+
     CmString name_;
     Ref<FAttributes> attributes_;
 };

@@ -2,10 +2,9 @@
 
 #include "foundation/Cast.h"
 #include "foundation/messages/EventLoop.h"
-#include "foundation/messages/FMessage.h"
+#include "foundation/messages/FPostedMessage.h"
 
-#include <qorl/IPlugMessageTarget.h>
-
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -16,45 +15,18 @@ namespace {
 FMessenger theMessenger;
 constinit std::atomic<FMessenger*> connected{&theMessenger};
 
-bool isNamed(const FMessage& message, const FMessage& like) {
-    return message.getName().string() == like.getName().string();
-}
-
-/// Removes the entries of `target`, and with `like` only those of that message name.
-void removeEntries(CmLinkedList& list, const FInterface* target, const FMessage* like) {
-    CmLinkedListIterator iterator(list);
-    while (!iterator.done()) {
-        const auto* entry = static_cast<FPostedMessage*>(iterator.current());
-        if (entry->target() == target && (!like || isNamed(*entry->message(), *like)))
-            list.removeAtIterator(&iterator);
-        else
-            iterator.next();
+/// Moves the entries of `target`, and with `like` only those of that message name, into `removed`.
+void takeOut(CmLinkedList& list, const FInterface* target, const FMessage* like, CmLinkedList& removed) {
+    CmLinkedList kept(Ownership::adopt);
+    for (int32_t left = list.count(); left > 0; --left) {
+        const auto& entry = static_cast<const FPostedMessage&>(*CmLinkedListIterator(list).current());
+        const bool isMeant = like ? entry.isLike(target, *like) : entry.isFor(target);
+        list.moveFirst(isMeant ? removed : kept);
     }
-}
-
-bool isQueued(const CmLinkedList& list, const FInterface* target, const FMessage& like) {
-    for (CmLinkedListIterator iterator(list); !iterator.done(); iterator.next()) {
-        const auto* entry = static_cast<FPostedMessage*>(iterator.current());
-        if (entry->target() == target && isNamed(*entry->message(), like))
-            return true;
-    }
-    return false;
-}
-
-/// One target may come in through several faces; it is known by its root.
-FInterface* rootOf(FInterface* target) {
-    Ref<FInterface> root;
-    if (target)
-        target->queryInterface(FInterface::iid, root.out());
-    return root ? root.get() : target;
+    list.splice(kept);
 }
 
 } // namespace
-
-FPostedMessage::FPostedMessage(FInterface* target, Ref<FMessage> message, uint32_t delay)
-    : delay(delay), message_(std::move(message)), target_(target) {}
-
-FPostedMessage::~FPostedMessage() = default;
 
 FMessenger::~FMessenger() {
     FMessenger* self = this;
@@ -71,77 +43,118 @@ void FMessenger::connect() {
 
 void FMessenger::disconnect() {
     connected.store(nullptr, std::memory_order_release);
+    CmLinkedList dropped(Ownership::adopt);
     const FGuard guard(theMessenger.queueLock_);
-    theMessenger.queue_.removeAll();
+    dropped.splice(theMessenger.queue_);
+    theMessenger.queueChanged();
 }
 
-void FMessenger::postForeign(FInterface* target, Ref<FMessage> message, Duplicates duplicates,
-                             uint32_t delay) {
-    FInterface* root = rootOf(target);
-    if (!root || !message)
-        return;
+// Posting
+
+void FMessenger::queueChanged() {
+    isQueueEmpty_.store(queue_.isEmpty(), std::memory_order_release);
+}
+
+bool FMessenger::isQueued(const FInterface* target, const FMessage& like) {
+    for (CmLinkedListIterator iterator(queue_); !iterator.done(); iterator.next())
+        if (static_cast<const FPostedMessage*>(iterator.current())->isLike(target, like))
+            return true;
+    return false;
+}
+
+bool FMessenger::postTo(const RootIdentity& target, Ref<FMessage> message, Duplicates duplicates,
+                        uint32_t delay) {
+    if (!target || !message)
+        return false;
+    auto entry =
+        Ref<FPostedMessage>::adopt(new (std::nothrow) FPostedMessage(target, std::move(message), delay));
+    if (!entry)
+        return false;
+    bool wasEmpty = false;
     {
         const FGuard guard(queueLock_);
-        if (duplicates == Duplicates::drop && isQueued(queue_, root, *message))
-            return;
-        queue_.add(new FPostedMessage(root, std::move(message), delay));
+        if (duplicates == Duplicates::drop && isQueued(target.get(), *entry->message()))
+            return true;
+        if (!queue_.add(entry.get()))
+            return false;
+        static_cast<void>(entry.detach());
+        wasEmpty = isQueueEmpty_.load(std::memory_order_relaxed);
+        isQueueEmpty_.store(false, std::memory_order_release);
     }
-    EventLoop::wake();
+    // The loop doesn't sleep while it has something to deliver.
+    if (wasEmpty)
+        EventLoop::wake();
+    return true;
 }
 
-void FMessenger::post(CmObject* target, Ref<FMessage> message, Duplicates duplicates, uint32_t delay) {
-    postForeign(target, std::move(message), duplicates, delay);
+bool FMessenger::postForeign(FInterface* target, Ref<FMessage> message, Duplicates duplicates,
+                             uint32_t delay) {
+    return postTo(RootIdentity(target), std::move(message), duplicates, delay);
 }
 
-void FMessenger::post(CmObject* target, const char* name, Duplicates duplicates) {
-    postForeign(target, make<FMessage>(name), duplicates);
+bool FMessenger::post(CmObject* target, Ref<FMessage> message, Duplicates duplicates, uint32_t delay) {
+    return postTo(RootIdentity(target), std::move(message), duplicates, delay);
+}
+
+bool FMessenger::post(CmObject* target, const char* name, Duplicates duplicates, uint32_t delay) {
+    return postTo(RootIdentity(target), FMessage::named(name), duplicates, delay);
 }
 
 bool FMessenger::post(FInterface* target, FInterface* message) {
     auto* own = cast<FMessage>(message);
-    if (!own)
+    if (!own || !postTo(RootIdentity(target), retain(own), Duplicates::allow, 0))
         return false;
-    postForeign(target, Ref<FMessage>::adopt(own));
+    own->release();
     return true;
 }
 
-void FMessenger::removeQueued(const FInterface* root, const FMessage* like) {
+void FMessenger::removeQueued(const RootIdentity& target, const FMessage* like) {
+    if (!target)
+        return;
+    // Goes last: what a message holds may cancel messages of its own.
+    CmLinkedList removed(Ownership::adopt);
     const FGuard deliveryGuard(deliveryLock_);
     const FGuard queueGuard(queueLock_);
-    removeEntries(queue_, root, like);
-    removeEntries(deliveryList_, root, like);
+    takeOut(queue_, target.get(), like, removed);
+    takeOut(deliveryList_, target.get(), like, removed);
+    queueChanged();
 }
 
 void FMessenger::cancel(CmObject* target, const FMessage* message) {
-    removeQueued(rootOf(target), message);
+    removeQueued(RootIdentity(target), message);
 }
 
 void FMessenger::cancel(FInterface* target, FInterface* message) {
-    removeQueued(rootOf(target), cast<FMessage>(message));
+    const FMessage* own = cast<FMessage>(message);
+    if (own || !message)
+        removeQueued(RootIdentity(target), own);
 }
 
-bool FMessenger::hasPending() {
-    const FGuard guard(queueLock_);
-    return !paused_ && !queue_.isEmpty();
+// Delivery
+
+bool FMessenger::hasPending() const {
+    return !paused_ && !isQueueEmpty_.load(std::memory_order_acquire);
 }
 
 bool FMessenger::setPaused(bool flag) {
-    return paused_.exchange(flag);
+    const bool old = paused_.exchange(flag);
+    if (old && !flag)
+        EventLoop::wake();
+    return old;
 }
 
 void FMessenger::collectDue() {
     const FGuard guard(queueLock_);
     CmLinkedList later(Ownership::adopt);
-    while (CmObject* object = queue_.takeFirst()) {
-        auto* entry = static_cast<FPostedMessage*>(object);
-        if (entry->delay == 0) {
-            deliveryList_.add(entry);
-            continue;
-        }
-        --entry->delay;
-        later.add(entry);
+    while (!queue_.isEmpty()) {
+        auto& entry = static_cast<FPostedMessage&>(*CmLinkedListIterator(queue_).current());
+        const bool isDue = entry.delay == 0;
+        if (!isDue)
+            --entry.delay;
+        queue_.moveFirst(isDue ? deliveryList_ : later);
     }
     queue_.splice(later);
+    queueChanged();
 }
 
 void FMessenger::deliverPending() {
@@ -151,16 +164,8 @@ void FMessenger::deliverPending() {
     collectDue();
     while (CmObject* object = deliveryList_.takeFirst()) {
         const Ref<CmObject> entry = Ref<CmObject>::adopt(object);
-        deliver(*static_cast<FPostedMessage*>(object));
+        static_cast<FPostedMessage*>(object)->deliver();
     }
-}
-
-void FMessenger::deliver(const FPostedMessage& entry) {
-    Ref<IPlugMessageTarget> foreign;
-    if (entry.target()->queryInterface(IPlugMessageTarget::iid, foreign.out()) == Result::ok)
-        foreign->receiveMessage(static_cast<IMessageAttributes*>(entry.message()));
-    else if (CmObject* target = castToCmObject(entry.target()))
-        target->handleMessage(entry.message());
 }
 
 } // namespace qorl

@@ -3,6 +3,7 @@
 #include "foundation/messages/FMessage.h"
 #include "platform/Platform.h"
 
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -33,8 +34,14 @@ void UTimer::stop() {
 
 void UTimer::timerElapsed(platform::TimerId) {
     const Ref<UTimer> self = retain(this);
-    const Ref<FMessage> message = make<FMessage>("Timer");
-    message->setObject("Timer", this);
+    const Ref<FMessage> message = FMessage::named("Timer");
+    if (!message)
+        return; // short of memory: the next tick may find some again
+    try {
+        message->setObject("Timer", this);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
     target_->handleMessage(message.get());
 }
 

@@ -1,48 +1,52 @@
 #include "foundation/messages/UpdateHandler.h"
 
+#include "foundation/Cast.h"
 #include "foundation/Singleton.h"
 #include "foundation/messages/EventLoop.h"
-
-#include <qorl/Ref.h>
+#include "foundation/messages/RootIdentity.h"
 
 #include <algorithm>
-#include <atomic>
+#include <new>
+#include <utility>
 
 namespace qorl {
 
 namespace {
 
 constinit Singleton<UpdateHandler> handlerSlot;
-constinit std::atomic<FUpdateRegistry*> currentRegistry{nullptr};
-
-/// The pointer by which an object is known, whatever face it came through. Holds the object meanwhile: it may
-/// lose its last other reference while dependents hear of it.
-Ref<FInterface> rootOf(FInterface* object) {
-    Ref<FInterface> root;
-    if (object)
-        object->queryInterface(FInterface::iid, root.out());
-    return root;
-}
+constinit std::atomic<UpdateHandler*> currentHandler{nullptr};
 
 /// Dependents are called through this face, so it stands for them in the table.
 FDependent* dependentFace(FDependent* dependent) {
+    if (FObject* own = borrowObject(dependent))
+        return own;
     Ref<FDependent> face;
     if (dependent)
         dependent->queryInterface(FDependent::iid, face.out());
     return face.get();
 }
 
-void finish(FInterface* root, int32_t message) {
-    if (message == FDependent::objectDestroyed)
-        return;
-    if (FObject* object = borrowObject(root))
+void finish(FObject* object, int32_t message) {
+    if (object && message != FDependent::objectDestroyed)
         object->updateDone(message);
 }
 
 } // namespace
 
+namespace detail {
+constinit std::atomic<uint32_t> notificationsUnderWay{0};
+} // namespace detail
+
+constinit thread_local UpdateHandler::Told UpdateHandler::told_;
+constinit std::atomic<const FInterface*> UpdateHandler::newestObject_{nullptr};
+constinit std::atomic<int32_t> UpdateHandler::newestMessage_{0};
+
 FUpdateRegistry* FUpdateRegistry::current() {
-    return currentRegistry.load(std::memory_order_acquire);
+    return UpdateHandler::current();
+}
+
+UpdateHandler* UpdateHandler::current() {
+    return currentHandler.load(std::memory_order_acquire);
 }
 
 UpdateHandler* UpdateHandler::instance() {
@@ -50,62 +54,48 @@ UpdateHandler* UpdateHandler::instance() {
 }
 
 UpdateHandler::UpdateHandler() {
-    FUpdateRegistry* none = nullptr;
-    currentRegistry.compare_exchange_strong(none, this);
+    UpdateHandler* none = nullptr;
+    currentHandler.compare_exchange_strong(none, this);
 }
 
 UpdateHandler::~UpdateHandler() {
-    FUpdateRegistry* self = this;
-    currentRegistry.compare_exchange_strong(self, nullptr);
+    UpdateHandler* self = this;
+    currentHandler.compare_exchange_strong(self, nullptr);
+    newestObject_ = nullptr;
 }
 
-// FNV-1a over the eight bytes of the address (Fowler, Noll, Vo), lowest first.
-size_t UpdateHandler::AddressHash::operator()(const FInterface* address) const noexcept {
-    uint64_t rest = reinterpret_cast<uintptr_t>(address);
-    uint64_t hash = 0xCBF29CE484222325;
-    for (int i = 0; i < 8; ++i, rest >>= 8)
-        hash = (hash ^ (rest & 0xFF)) * 0x100000001B3;
-    return static_cast<size_t>(hash);
-}
-
-UpdateHandler::LinkMap& UpdateHandler::mapOf(const FInterface* object) {
-    return maps_[reinterpret_cast<uintptr_t>(object) >> 12 & (mapCount - 1)];
-}
-
-UpdateHandler::Links* UpdateHandler::find(FInterface* object) {
-    LinkMap& map = mapOf(object);
-    const auto found = map.find(object);
-    return found != map.end() ? &found->second : nullptr;
-}
-
-void UpdateHandler::dropIfUnused(FInterface* object) {
-    const Links* links = find(object);
-    if (links && links->dependents.empty() && links->queued.empty())
-        mapOf(object).erase(object);
-}
+// Dependents
 
 int32_t UpdateHandler::addDependent(FInterface* object, FDependent* dependent) {
-    const Ref<FInterface> root = rootOf(object);
+    const RootIdentity root(object);
     FDependent* face = dependentFace(dependent);
     if (!root || !face)
         return 1;
     const FGuard guard(lock_);
-    mapOf(root.get())[root.get()].dependents.push_back(face);
-    return 0;
+    DependentEntry* entry = nullptr;
+    try {
+        entry = &table_.obtain(root.get());
+        entry->dependents.push_back(face);
+        return 0;
+    } catch (const std::bad_alloc&) {
+        if (entry)
+            table_.dropIfUnused(*entry);
+        return 1;
+    }
 }
 
 int32_t UpdateHandler::removeDependent(FInterface* object, FDependent* dependent) {
-    if (!object && !dependent)
-        return 0;
-    const Ref<FInterface> root = rootOf(object);
+    const RootIdentity root(object);
     FDependent* face = dependentFace(dependent);
+    if ((object && !root) || (!object && !face))
+        return 0;
     const FGuard guard(lock_);
     if (face)
         blankRunning(root.get(), face);
-    if (root)
-        removeFrom(root.get(), face);
-    else if (face)
+    if (!object)
         removeEverywhere(face);
+    else if (DependentEntry* entry = table_.find(root.get()))
+        removeFrom(*entry, face);
     return 0;
 }
 
@@ -115,48 +105,48 @@ void UpdateHandler::blankRunning(const FInterface* object, const FDependent* dep
             continue;
         for (uint32_t i = 0; i < record->length; ++i) {
             // Another thread may be walking this snapshot without the lock.
-            std::atomic_ref<FDependent*> entry(record->snapshot[i]);
-            if (entry.load(std::memory_order_relaxed) == dependent)
-                entry.store(nullptr, std::memory_order_relaxed);
+            std::atomic_ref<FDependent*> place(record->snapshot[i]);
+            if (place.load(std::memory_order_relaxed) == dependent)
+                place.store(nullptr, std::memory_order_relaxed);
         }
     }
 }
 
-void UpdateHandler::removeFrom(FInterface* object, FDependent* dependent) {
-    Links* links = find(object);
-    if (!links)
-        return;
+void UpdateHandler::removeFrom(DependentEntry& entry, FDependent* dependent) {
     if (dependent)
-        std::erase(links->dependents, dependent);
+        std::erase(entry.dependents, dependent);
     else
-        links->dependents.clear();
-    if (links->dependents.empty())
-        cancelQueued(object);
+        entry.dependents.clear();
+    if (!entry.dependents.empty())
+        return;
+    cancelQueued(entry);
+    table_.dropIfUnused(entry);
 }
 
 void UpdateHandler::removeEverywhere(FDependent* dependent) {
-    for (LinkMap& map : maps_) {
-        for (auto it = map.begin(); it != map.end();) {
-            Links& links = it->second;
-            std::erase(links.dependents, dependent);
-            it = links.dependents.empty() && links.queued.empty() ? map.erase(it) : std::next(it);
-        }
-    }
+    table_.forEach([dependent](DependentEntry& entry) { std::erase(entry.dependents, dependent); });
 }
 
-void UpdateHandler::enter(Notification& record, FDependent** local, std::unique_ptr<FDependent*[]>& heap) {
-    const FGuard guard(lock_);
-    const Links* links = find(record.object);
-    if (!links || links->dependents.empty())
+// Notifications
+
+void UpdateHandler::enter(Notification& record, const DependentEntry& entry) {
+    const std::vector<FDependent*>& dependents = entry.dependents;
+    if (dependents.empty())
         return;
-    const std::vector<FDependent*>& dependents = links->dependents;
-    if (dependents.size() > stackSnapshot)
-        heap.reset(new FDependent*[largestSnapshot]);
-    record.snapshot = heap ? heap.get() : local;
-    record.length = static_cast<uint32_t>(std::min<size_t>(dependents.size(), largestSnapshot));
+    uint32_t most = stackSnapshot;
+    if (dependents.size() > stackSnapshot) {
+        record.heap.reset(new (std::nothrow) FDependent*[largestSnapshot]);
+        if (record.heap) {
+            record.snapshot = record.heap.get();
+            most = largestSnapshot;
+        }
+    }
+    record.length = static_cast<uint32_t>(std::min<size_t>(dependents.size(), most));
     std::copy_n(dependents.begin(), record.length, record.snapshot);
     record.outer = running_;
     running_ = &record;
+    detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) + 1,
+                                        std::memory_order_release);
 }
 
 void UpdateHandler::leave(const Notification& record) {
@@ -166,118 +156,228 @@ void UpdateHandler::leave(const Notification& record) {
     while (*link != &record)
         link = &(*link)->outer;
     *link = record.outer;
+    detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) - 1,
+                                        std::memory_order_release);
 }
 
-int32_t UpdateHandler::triggerUpdates(FInterface* object, int32_t message, UpdateDone done) {
-    const Ref<FInterface> root = rootOf(object);
-    if (!root)
-        return 1;
-    FDependent* local[stackSnapshot];
-    std::unique_ptr<FDependent*[]> heap;
-    Notification record{root.get(), nullptr, 0, nullptr};
-    enter(record, local, heap);
+void UpdateHandler::callDependents(const Notification& record, int32_t message) {
+    const Told outer = std::exchange(told_, {record.object, cast<CmObject>(record.own)});
     for (uint32_t i = 0; i < record.length; ++i) {
-        const std::atomic_ref<FDependent*> entry(record.snapshot[i]);
-        if (FDependent* dependent = entry.load(std::memory_order_relaxed))
-            dependent->update(root.get(), message);
+        const std::atomic_ref<FDependent*> place(record.snapshot[i]);
+        if (FDependent* dependent = place.load(std::memory_order_relaxed))
+            dependent->update(record.object, message);
     }
-    if (record.length > 0)
+    told_ = outer;
+}
+
+int32_t UpdateHandler::tell(Notification& record, int32_t message, UpdateDone done) {
+    const Ref<FInterface> foreign = record.own ? nullptr : retain(record.object);
+    if (record.length > 0) {
+        callDependents(record, message);
         leave(record);
+    }
     if (done == UpdateDone::call)
-        finish(root.get(), message);
+        finish(record.own, message);
+    if (record.holdsObject)
+        record.own->release();
     return record.length > 0 ? 0 : 1;
 }
 
-int32_t UpdateHandler::deferUpdates(FInterface* object, int32_t message) {
-    const Ref<FInterface> root = rootOf(object);
-    if (!root)
+int32_t UpdateHandler::trigger(const RootIdentity& object, int32_t message, UpdateDone done) {
+    if (!object)
         return 1;
+    Notification record;
+    record.object = object.get();
+    record.own = object.own();
     {
         const FGuard guard(lock_);
-        Links* links = find(root.get());
-        if ((links && !links->dependents.empty()) || message == FDependent::objectDestroyed) {
-            if (!links)
-                links = &mapOf(root.get())[root.get()];
-            if (std::find(links->queued.begin(), links->queued.end(), message) != links->queued.end())
-                return 0;
-            links->queued.push_back(message);
-            deferred_.push_back({root.get(), message, nullptr});
-            if (deferred_.size() == 1)
-                EventLoop::wake();
-            return 0;
+        if (const DependentEntry* entry = table_.find(record.object))
+            enter(record, *entry);
+    }
+    return tell(record, message, done);
+}
+
+int32_t UpdateHandler::triggerUpdates(FInterface* object, int32_t message) {
+    return trigger(RootIdentity(object), message, UpdateDone::call);
+}
+
+int32_t UpdateHandler::triggerUpdates(FObject* object, int32_t message, UpdateDone done) {
+    return trigger(RootIdentity(object), message, done);
+}
+
+/// Called for an object that has just lost its last reference. True when a notification keeps it.
+bool UpdateHandler::keepNotified(FObject& object) {
+    UpdateHandler* handler = currentHandler.load(std::memory_order_acquire);
+    return handler && handler->handOver(object);
+}
+
+bool UpdateHandler::handOver(FObject& object) {
+    const FGuard guard(lock_);
+    Notification* record = running_;
+    while (record && record->own != &object)
+        record = record->outer;
+    if (!record)
+        return false;
+    object.count_.store(1, std::memory_order_relaxed);
+    record->holdsObject = true;
+    return true;
+}
+
+// Deferred changes
+
+int32_t UpdateHandler::defer(const RootIdentity& object, int32_t message) {
+    if (!object)
+        return 1;
+    if (isNewestDeferred(object.get(), message))
+        return 0;
+    try {
+        if (!queue(object, message))
+            finish(object.own(), message);
+        return 0;
+    } catch (const std::bad_alloc&) {
+        return EventLoop::isGuiThread() ? trigger(object, message, UpdateDone::call) : 1;
+    }
+}
+
+int32_t UpdateHandler::deferUpdates(FInterface* object, int32_t message) {
+    return defer(RootIdentity(object), message);
+}
+
+int32_t UpdateHandler::deferUpdates(FObject* object, int32_t message) {
+    return defer(RootIdentity(object), message);
+}
+
+/// False when nobody hears of the change.
+bool UpdateHandler::queue(const RootIdentity& object, int32_t message) {
+    bool isFirst = false;
+    {
+        const FGuard guard(lock_);
+        DependentEntry* entry = table_.find(object.get());
+        if ((!entry || entry->dependents.empty()) && message != FDependent::objectDestroyed)
+            return false;
+        if (entry && DeferredQueue::find(*entry, message))
+            return true;
+        deferred_.reserve();
+        deferred_.add(entry ? *entry : table_.obtain(object.get()), object.own(), message);
+        isFirst = !isWaiting_.load(std::memory_order_relaxed);
+        isWaiting_.store(true, std::memory_order_release);
+        if (EventLoop::isGuiThread()) {
+            newestMessage_.store(message, std::memory_order_relaxed);
+            newestObject_.store(object.get(), std::memory_order_release);
         }
     }
-    finish(root.get(), message);
-    return 0;
+    if (isFirst)
+        EventLoop::wake();
+    return true;
 }
 
 int32_t UpdateHandler::cancelUpdates(FInterface* object) {
-    const Ref<FInterface> root = rootOf(object);
+    const RootIdentity root(object);
     if (!root)
         return 1;
     const FGuard guard(lock_);
-    cancelQueued(root.get());
+    if (DependentEntry* entry = table_.find(root.get())) {
+        cancelQueued(*entry);
+        table_.dropIfUnused(*entry);
+    }
     return 0;
 }
 
-void UpdateHandler::cancelQueued(FInterface* object) {
-    Links* links = find(object);
-    if (!links)
-        return;
-    if (!links->queued.empty()) {
-        links->queued.clear();
-        std::erase_if(deferred_, [object](const Deferred& pair) { return pair.object == object; });
-    }
-    dropIfUnused(object);
+void UpdateHandler::cancelQueued(DependentEntry& entry) {
+    while (entry.deferred)
+        takeOff(entry, *entry.deferred);
+}
+
+void UpdateHandler::takeOff(DependentEntry& entry, DeferredChange& change) {
+    // The GUI thread must not take the change for one that waits.
+    if (newestObject_.load(std::memory_order_relaxed) == change.object)
+        newestObject_.store(nullptr, std::memory_order_release);
+    deferred_.remove(entry, change);
+    isWaiting_.store(deferred_.first() != nullptr, std::memory_order_release);
 }
 
 bool UpdateHandler::isNotified(const FInterface* object) const {
-    for (const Notification* record = running_; record; record = record->outer)
-        if (record->object == object)
-            return true;
-    return false;
+    const Notification* record = running_;
+    while (record && record->object != object)
+        record = record->outer;
+    return record != nullptr;
 }
 
 bool UpdateHandler::hasDeliverable() {
+    if (!isWaiting_.load(std::memory_order_acquire))
+        return false;
     const FGuard guard(lock_);
-    return std::any_of(deferred_.begin(), deferred_.end(),
-                       [this](const Deferred& pair) { return !isNotified(pair.object); });
+    DeferredChange* change = deferred_.first();
+    while (change && isNotified(change->object))
+        change = deferred_.next(*change);
+    return change != nullptr;
 }
 
-bool UpdateHandler::takeDeferred(const FInterface* object, const Pass& pass, Deferred& taken) {
-    const FGuard guard(lock_);
-    for (auto it = deferred_.begin(); it != deferred_.end(); ++it) {
-        if (it->heldBy || (object && it->object != object))
-            continue;
-        if (isNotified(it->object)) {
-            it->heldBy = &pass;
-            continue;
-        }
-        taken = *it;
-        deferred_.erase(it);
-        std::erase(find(taken.object)->queued, taken.message);
-        dropIfUnused(taken.object);
-        return true;
+void UpdateHandler::holdBack(Pass& pass, DeferredChange& change) {
+    DeferredQueue::holdBack(change, pass.held);
+    pass.isHolding = true;
+}
+
+/// The next change of the pass; those of objects that are being notified are held back.
+DeferredChange* UpdateHandler::findDeliverable(Pass& pass) {
+    if (!pass.object) {
+        DeferredChange* change = deferred_.first();
+        for (; change && isNotified(change->object); change = deferred_.first())
+            holdBack(pass, *change);
+        return change;
     }
-    return false;
+    const DependentEntry* entry = table_.find(pass.object);
+    const bool isRunning = isNotified(pass.object);
+    DeferredChange* change = entry ? entry->deferred : nullptr;
+    for (; change; change = change->nextOfObject) {
+        if (change->isHeld)
+            continue;
+        if (!isRunning)
+            return change;
+        holdBack(pass, *change);
+    }
+    return nullptr;
 }
 
-void UpdateHandler::giveBack(const Pass& pass) {
+/// Takes the next change off the queue and begins its notification, both at once, so that the object can't go
+/// in between.
+bool UpdateHandler::enterNext(Pass& pass, Notification& record, int32_t& message) {
     const FGuard guard(lock_);
-    const auto isFree = [&pass](const Deferred& pair) { return pair.heldBy != &pass; };
-    const auto held = std::stable_partition(deferred_.begin(), deferred_.end(), isFree);
-    std::for_each(held, deferred_.end(), [](Deferred& pair) { pair.heldBy = nullptr; });
+    DeferredChange* change = findDeliverable(pass);
+    if (!change) {
+        giveBack(pass);
+        return false;
+    }
+    record.object = change->object;
+    record.own = change->own;
+    message = change->message;
+    DependentEntry& entry = *table_.find(change->object);
+    takeOff(entry, *change);
+    enter(record, entry);
+    table_.dropIfUnused(entry);
+    return true;
+}
+
+void UpdateHandler::giveBack(Pass& pass) {
+    while (!pass.held.isAlone()) {
+        auto& change = static_cast<DeferredChange&>(*pass.held.behind);
+        deferred_.giveBack(*table_.find(change.object), change);
+    }
+    isWaiting_.store(deferred_.first() != nullptr, std::memory_order_release);
 }
 
 int32_t UpdateHandler::triggerDeferredUpdates(FInterface* object) {
-    const Ref<FInterface> root = rootOf(object);
+    const RootIdentity root(object);
     if (object && !root)
         return 1;
-    const Pass pass;
-    Deferred taken;
-    while (takeDeferred(root.get(), pass, taken))
-        triggerUpdates(taken.object, taken.message);
-    giveBack(pass);
+    Pass pass{root.get(), {}, false};
+    while (pass.isHolding || isWaiting_.load(std::memory_order_acquire)) {
+        Notification record;
+        int32_t message = 0;
+        if (!enterNext(pass, record, message))
+            break;
+        tell(record, message, UpdateDone::call);
+    }
     return 0;
 }
 

@@ -2,12 +2,15 @@
 
 #include "foundation/ClassMacros.h"
 #include "foundation/FObject.h"
+#include "foundation/messages/DeferredQueue.h"
+#include "foundation/messages/DependentTable.h"
+#include "foundation/messages/EventLoop.h"
 #include "foundation/threads/FLock.h"
 
-#include <deque>
+#include <qorl/Ref.h>
+
+#include <atomic>
 #include <memory>
-#include <unordered_map>
-#include <vector>
 
 namespace qorl {
 
@@ -41,15 +44,21 @@ protected:
     ~FUpdateQueue() = default;
 };
 
+class CmObject;
+class RootIdentity;
+template <typename T>
+class Singleton;
+
 enum class UpdateDone { call, suppress };
 
 /// The one table of who depends on whom, and the queue of changes that are told later.
 ///
 /// The table keeps no references: whoever adds a dependent removes it before either object goes. Objects are
-/// known by their root interface, so it doesn't matter through which face one comes in.
+/// known by their root interface, so it doesn't matter through which face one comes in. An object that loses
+/// its last reference while its dependents hear of it goes when all have heard.
 ///
-/// Threading: any thread; dependents hear a change on the thread that triggers it. The lock is never held
-/// while a dependent is called.
+/// Threading: any thread; dependents hear a change on the thread that triggers it, deferred ones on the GUI
+/// thread. The lock is never held while a dependent is called.
 class UpdateHandler : public FObject, public FUpdateRegistry, public FUpdateQueue {
     QORL_CLASS(UpdateHandler, FObject)
     QORL_FACES(UpdateHandler, FObject, FUpdateRegistry, FUpdateQueue)
@@ -57,86 +66,120 @@ class UpdateHandler : public FObject, public FUpdateRegistry, public FUpdateQueu
 public:
     /// Past this number of dependents a notification allocates.
     static constexpr uint32_t stackSnapshot = 1024;
-    /// Dependents past this number are not told.
+    /// Dependents past this number are not told. When memory is short those past `stackSnapshot` are not.
     static constexpr uint32_t largestSnapshot = 10240;
 
-    UpdateHandler();
     UpdateHandler(const UpdateHandler&) = delete;
     UpdateHandler& operator=(const UpdateHandler&) = delete;
     ~UpdateHandler() override;
 
     /// The one handler, made on first use.
     static UpdateHandler* instance();
+    /// The handler that objects forward to; null before the first one is made and after it went.
+    static UpdateHandler* current();
 
     // The signatures of `FObject` and of the faces share names, not slots.
     using FObject::addDependent;
     using FObject::removeDependent;
 
-    /// The same dependent may stand twice and hears a change twice then. 1 when either is null.
+    /// The same dependent may stand twice and hears a change twice then. 1, and nothing done, when either is
+    /// null or memory is short.
     int32_t addDependent(FInterface* object, FDependent* dependent) override;
     /// A null `dependent` removes all of `object`; a null `object` removes `dependent` everywhere. A running
     /// notification skips what was removed.
     int32_t removeDependent(FInterface* object, FDependent* dependent) override;
     /// 1 when there was nobody to tell.
-    int32_t triggerUpdates(FInterface* object, int32_t message) override {
-        return triggerUpdates(object, message, UpdateDone::call);
-    }
-    int32_t triggerUpdates(FInterface* object, int32_t message, UpdateDone done);
-    /// Queues the pair once. Without dependents `updateDone` is called at once instead.
+    int32_t triggerUpdates(FInterface* object, int32_t message) override;
+    /// The same for an object that is known to be one of ours.
+    int32_t triggerUpdates(FObject* object, int32_t message, UpdateDone done = UpdateDone::call);
+    /// Queues the pair once. Without dependents `updateDone` is called at once instead. When memory is short
+    /// the GUI thread tells the change at once; on another one the result is 1, and the change isn't told.
     int32_t deferUpdates(FInterface* object, int32_t message) override;
+    int32_t deferUpdates(FObject* object, int32_t message);
 
     int32_t cancelUpdates(FInterface* object) override;
     /// Delivers in the order of arrival. The change of an object whose notification is running waits for a
-    /// later pass.
+    /// later pass. GUI thread.
     int32_t triggerDeferredUpdates(FInterface* object) override;
 
     /// Whether a pass would deliver anything now.
     bool hasDeliverable();
 
+    /// The object whose change this thread is telling now, if that is `root`: dependents needn't ask it then
+    /// what it is. Null for any other, and when it is no `CmObject`.
+    static CmObject* findBeingTold(const FInterface* root) {
+        return told_.root == root ? told_.object : nullptr;
+    }
+
+    /// Whether this very change was the last one that the GUI thread, which asks, has deferred, and waits
+    /// still. Then it needn't be queued, and nobody can be delivering it at this moment.
+    static bool isNewestDeferred(const FInterface* root, int32_t message) {
+        // Only the GUI thread writes a new object and message, so that it reads both as it wrote them.
+        return newestObject_.load(std::memory_order_acquire) == root &&
+               newestMessage_.load(std::memory_order_relaxed) == message && EventLoop::isGuiThread();
+    }
+
 private:
-    static constexpr size_t mapCount = 256;
+    friend class Singleton<UpdateHandler>;
+    friend class FObject;
 
-    struct AddressHash {
-        size_t operator()(const FInterface* address) const noexcept;
-    };
-    struct Links {
-        std::vector<FDependent*> dependents;
-        std::vector<int32_t> queued; ///< Messages of this object in the deferred queue.
-    };
-    using LinkMap = std::unordered_map<FInterface*, Links, AddressHash>;
-
-    /// A delivery of deferred changes under way, which holds back the objects that are being notified.
-    struct Pass {};
-    struct Deferred {
-        FInterface* object;
-        int32_t message;
-        const Pass* heldBy;
-    };
-    /// A notification under way.
+    /// A notification under way: an entry of the update stack.
     struct Notification {
-        FInterface* object;
-        FDependent** snapshot;
-        uint32_t length;
-        Notification* outer;
+        FInterface* object = nullptr; ///< The root interface.
+        FObject* own = nullptr;       ///< The object as one of ours; null for a foreign one.
+        FDependent** snapshot = local;
+        uint32_t length = 0;
+        bool holdsObject = false; ///< It got the reference on `own` that was the last one.
+        Notification* outer = nullptr;
+        std::unique_ptr<FDependent*[]> heap;
+        FDependent* local[stackSnapshot];
     };
 
-    LinkMap& mapOf(const FInterface* object);
-    Links* find(FInterface* object);
-    void dropIfUnused(FInterface* object);
+    /// The object whose change a thread is telling.
+    struct Told {
+        const FInterface* root = nullptr;
+        CmObject* object = nullptr;
+    };
+
+    /// A delivery of deferred changes under way.
+    struct Pass {
+        const FInterface* object; ///< Null for all.
+        DeferredLink held;        ///< Changes of objects that are being notified.
+        bool isHolding = false;   ///< Something came to `held`, for the thread that doesn't have the lock.
+    };
+
+    UpdateHandler();
+
+    static bool keepNotified(FObject& object);
+    bool handOver(FObject& object);
+
     void blankRunning(const FInterface* object, const FDependent* dependent);
-    void removeFrom(FInterface* object, FDependent* dependent);
+    void removeFrom(DependentEntry& entry, FDependent* dependent);
     void removeEverywhere(FDependent* dependent);
-    void cancelQueued(FInterface* object);
+    void cancelQueued(DependentEntry& entry);
+    void takeOff(DependentEntry& entry, DeferredChange& change);
+    int32_t trigger(const RootIdentity& object, int32_t message, UpdateDone done);
+    int32_t defer(const RootIdentity& object, int32_t message);
+    bool queue(const RootIdentity& object, int32_t message);
     bool isNotified(const FInterface* object) const;
-    bool takeDeferred(const FInterface* object, const Pass& pass, Deferred& taken);
-    void giveBack(const Pass& pass);
-    void enter(Notification& record, FDependent** local, std::unique_ptr<FDependent*[]>& heap);
+    static void holdBack(Pass& pass, DeferredChange& change);
+    DeferredChange* findDeliverable(Pass& pass);
+    bool enterNext(Pass& pass, Notification& record, int32_t& message);
+    void giveBack(Pass& pass);
+    void enter(Notification& record, const DependentEntry& entry);
     void leave(const Notification& record);
+    int32_t tell(Notification& record, int32_t message, UpdateDone done);
+    static void callDependents(const Notification& record, int32_t message);
 
     FLock lock_{"FLock"};
-    LinkMap maps_[mapCount];
-    std::deque<Deferred> deferred_;
-    Notification* running_ = nullptr; ///< The update stack, innermost first.
+    DependentTable table_;
+    DeferredQueue deferred_;
+    std::atomic<bool> isWaiting_{false}; ///< Something stands in `deferred_`; written under the lock.
+    Notification* running_ = nullptr;    ///< The update stack, innermost first.
+
+    static constinit thread_local Told told_;
+    static constinit std::atomic<const FInterface*> newestObject_;
+    static constinit std::atomic<int32_t> newestMessage_;
 };
 
 } // namespace qorl

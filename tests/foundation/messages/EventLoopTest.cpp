@@ -3,6 +3,7 @@
 #include "foundation/Listener.h"
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/FMessenger.h"
+#include "foundation/messages/OneShotCaller.h"
 #include "foundation/messages/UTimer.h"
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/threads/Ticks.h"
@@ -196,6 +197,58 @@ TEST_F(EventLoopTest, ATimerMayLoseItsLastReferenceInItsOwnTick) {
     timer->start();
     loop->run();
     EXPECT_EQ(log.size(), 1u);
+}
+
+TEST_F(EventLoopTest, AOneShotCallComesOnceItsTimeHasPassed) {
+    std::vector<uint32_t> times;
+    const uint32_t start = getTicks();
+    const Ref<OneShotCaller> caller = make<OneShotCaller>([&] { times.push_back(getTicks() - start); });
+    EXPECT_TRUE(caller->start(25));
+    loop->run();
+    ASSERT_EQ(times.size(), 1u);
+    EXPECT_GE(times[0], 25u);
+    EXPECT_LE(times[0], 25u + EventLoop::idlePeriod);
+    EXPECT_FALSE(caller->isPending());
+
+    caller->start(10);
+    caller->start(100);
+    loop->run();
+    ASSERT_EQ(times.size(), 2u) << "an earlier start is forgotten";
+    EXPECT_GE(times[1] - times[0], 100u);
+
+    caller->start(5);
+    caller->cancel();
+    loop->run();
+    EXPECT_EQ(times.size(), 2u);
+}
+
+TEST_F(EventLoopTest, AOneShotCallMayReleaseOrRestartItsCaller) {
+    int calls = 0;
+    Ref<OneShotCaller> restarting;
+    restarting = make<OneShotCaller>([&] {
+        if (++calls < 3)
+            restarting->start(0);
+        else
+            restarting.reset();
+    });
+    restarting->start(0);
+    loop->run();
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(restarting, nullptr);
+}
+
+TEST_F(EventLoopTest, HoldsAnIdleClientWhileItIsCalled) {
+    Ref<Client> own = make<Client>(log, "own");
+    own->reaction = [&](FMessage&) {
+        loop->removeIdleClient(own.get());
+        own.reset();
+        log.push_back("left");
+    };
+    loop->addIdleClient(own.get());
+    loop->addIdleClient(&b);
+    loop->idle();
+    EXPECT_EQ(take(), (Log{"own:Idle", "left", "b:Idle"}));
+    loop->removeIdleClient(&b);
 }
 
 TEST(Timer, DoesNotStartWithoutADesktop) {

@@ -1,10 +1,12 @@
 #include "foundation/messages/FMessenger.h"
 
 #include "foundation/messages/FMessage.h"
-#include "foundation/text/CmString.h"
+#include "support/FailingAllocation.h"
 
 #include <qorl/IPlugMessageTarget.h>
 
+#include <algorithm>
+#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
@@ -154,19 +156,98 @@ TEST_F(FMessengerTest, ReachesTargetsOfOtherModules) {
     EXPECT_EQ(deliver(), Log{}) << "a target that is neither is skipped";
 }
 
-TEST_F(FMessengerTest, TakesPostsFromAllThreads) {
+/// Takes its own messages back again and again, while eight threads post to it.
+TEST_F(FMessengerTest, TargetsCancelThemselvesWhileAllThreadsPost) {
+    constexpr size_t threadCount = 8;
     constexpr size_t perThread = 500;
+    size_t sinceCancel = 0;
+    a.reaction = [&] {
+        if (++sinceCancel < 3)
+            return;
+        sinceCancel = 0;
+        messenger.cancelAll(&a);
+    };
+    std::atomic<size_t> finished{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
+    for (size_t t = 0; t < threadCount; ++t)
         threads.emplace_back([&] {
-            for (size_t i = 0; i < perThread; ++i)
+            for (size_t i = 0; i < perThread; ++i) {
                 messenger.post(&a, "Tick");
+                messenger.post(&b, "Tock", FMessenger::Duplicates::allow, static_cast<uint32_t>(i % 3));
+                if (i % 10 == 0)
+                    messenger.cancel(&a, FMessage::named("Other").get());
+            }
+            ++finished;
         });
-    while (log.size() < 4 * perThread)
+    while (finished < threadCount)
         messenger.deliverPending();
     for (std::thread& thread : threads)
         thread.join();
-    EXPECT_EQ(log.size(), 4 * perThread);
+    while (messenger.hasPending())
+        messenger.deliverPending();
+    const auto heard = static_cast<size_t>(std::count(log.begin(), log.end(), "b:Tock"));
+    EXPECT_EQ(heard, threadCount * perThread) << "nothing of another target is lost";
+    EXPECT_LE(log.size() - heard, threadCount * perThread);
+    EXPECT_GE(log.size() - heard, 3u);
+}
+
+struct Canceller : CmObject {
+    explicit Canceller(FMessenger& messenger, CmObject* target) : messenger_(messenger), target_(target) {}
+    ~Canceller() override { messenger_.cancelAll(target_); }
+    FMessenger& messenger_;
+    CmObject* target_;
+};
+
+TEST_F(FMessengerTest, WhatACancelledMessageHeldMayCancelOthers) {
+    const auto postHolder = [&](CmObject* to, CmObject* cancelled) {
+        const Ref<FMessage> message = make<FMessage>("Holder");
+        message->setObject("object", make<Canceller>(messenger, cancelled).get());
+        messenger.post(to, message);
+    };
+    postHolder(&a, &b);
+    messenger.post(&b, "One");
+    messenger.post(&a, "Two");
+    messenger.post(&b, "Three");
+    messenger.cancelAll(&a);
+    EXPECT_EQ(deliver(), Log{});
+
+    postHolder(&a, &a);
+    messenger.post(&a, "Later");
+    EXPECT_EQ(deliver(), (Log{"a:Holder"})) << "the entry goes before the next one is delivered";
+}
+
+struct OwnTarget : Target {
+    OwnTarget(Log& log, FMessenger& messenger) : Target(log, "own:"), messenger_(messenger) {}
+    ~OwnTarget() override { messenger_.cancelAll(this); }
+    FMessenger& messenger_;
+};
+
+TEST_F(FMessengerTest, ATargetMayGoInTheMiddleOfItsOwnMessage) {
+    Ref<OwnTarget> target = make<OwnTarget>(log, messenger);
+    target->reaction = [&] {
+        target.reset();
+        log.push_back("left");
+    };
+    messenger.post(target.get(), "One");
+    messenger.post(target.get(), "Two");
+    messenger.post(&a, "Three");
+    EXPECT_EQ(deliver(), (Log{"own:One", "left", "a:Three"}));
+}
+
+TEST_F(FMessengerTest, KeepsNothingOfAPostThatFoundNoMemory) {
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const Ref<FMessage> message = make<FMessage>("Foo");
+        const bool isPosted = allocation.during([&] {
+            return messenger.post(static_cast<FInterface*>(static_cast<CmObject*>(&a)),
+                                  static_cast<CmObject*>(message.get()));
+        });
+        EXPECT_EQ(isPosted, !allocation.hasFailed());
+        if (isPosted)
+            message->addRef();
+        EXPECT_EQ(deliver(), isPosted ? Log{"a:Foo"} : Log{});
+        EXPECT_EQ(message->addRef(), 2u) << "the reference stays with the caller of a failed post";
+        message->release();
+    });
 }
 
 TEST_F(FMessengerTest, ReleasesWhatIsQueuedWhenItGoes) {
@@ -178,70 +259,6 @@ TEST_F(FMessengerTest, ReleasesWhatIsQueuedWhenItGoes) {
     EXPECT_EQ(message->addRef(), 2u);
     message->release();
     EXPECT_EQ(log, Log{});
-}
-
-TEST(FMessage, ReadsBackItsAttributesAndNothingForMissingKeys) {
-    FMessage message("Test");
-    EXPECT_TRUE(message.isNamed("Test"));
-    EXPECT_FALSE(message.isNamed("test"));
-    EXPECT_FALSE(message.hasAttributes());
-    EXPECT_EQ(message.getInt("no"), 0);
-    EXPECT_EQ(message.getFloat("no"), 0);
-    EXPECT_TRUE(message.getString("no").isEmpty());
-    EXPECT_EQ(message.getObject("no"), nullptr);
-    EXPECT_FALSE(message.contains("no"));
-    EXPECT_FALSE(message.hasAttributes()) << "reading makes no list";
-
-    const Ref<CmString> object = make<CmString>("object");
-    message.setInt("int", INT64_MIN);
-    message.setFloat("float", 0.5);
-    message.setString("string", ConstString(u"text"));
-    message.setObject("object", object.get());
-    EXPECT_EQ(message.getInt("int"), INT64_MIN);
-    EXPECT_EQ(message.getFloat("float"), 0.5);
-    EXPECT_EQ(message.getString("string").toUtf8(), "text");
-    EXPECT_EQ(message.getObject("object"), object.get());
-    EXPECT_EQ(object->addRef(), 3u);
-    object->release();
-
-    const Ref<CmObject> copy = Ref<CmObject>::adopt(message.clone());
-    message.remove("int");
-    message.setObject("object", nullptr);
-    EXPECT_FALSE(message.contains("int"));
-    EXPECT_FALSE(message.contains("object"));
-    EXPECT_EQ(static_cast<FMessage*>(copy.get())->getInt("int"), INT64_MIN) << "a copy has a list of its own";
-}
-
-TEST(FMessage, ShowsItsAttributesToOtherModules) {
-    const Ref<FMessage> message = make<FMessage>("Test");
-    Ref<IMessageAttributes> face;
-    ASSERT_EQ(message->queryInterface(IMessageAttributes::iid, face.out()), Result::ok);
-    CmObject object;
-    EXPECT_EQ(face->setInt16(u"int", 3), Result::ok);
-    EXPECT_EQ(face->setFloat8("float", 1.5), Result::ok);
-    EXPECT_EQ(face->setString16(u"string", u"tschüß"), Result::ok);
-    EXPECT_EQ(face->setObject8("object", &object), Result::ok);
-    EXPECT_EQ(message->getInt("int"), 3);
-    EXPECT_EQ(message->getObject("object"), &object);
-
-    double number = 0;
-    EXPECT_EQ(face->getFloat16(u"float", &number), Result::ok);
-    EXPECT_EQ(number, 1.5);
-    CmString text;
-    EXPECT_EQ(face->getString8("string", &text), Result::ok);
-    EXPECT_EQ(text.string().toUtf8(), "tschüß");
-    FInterface* found = nullptr;
-    EXPECT_EQ(face->getObject16(u"object", &found), Result::ok);
-    EXPECT_EQ(castToCmObject(found), &object);
-
-    int64_t missing = 9;
-    EXPECT_EQ(face->getInt8("missing", &missing), Result::no);
-    EXPECT_EQ(missing, 0);
-    EXPECT_EQ(face->getInt8(nullptr, &missing), Result::invalidArgument);
-    EXPECT_EQ(face->contains8("int"), Result::ok);
-    EXPECT_EQ(face->remove8("int"), Result::ok);
-    EXPECT_EQ(face->contains8("int"), Result::no);
-    face->remove8("object");
 }
 
 } // namespace

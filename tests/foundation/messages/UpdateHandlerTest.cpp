@@ -1,11 +1,15 @@
 #include "foundation/messages/UpdateHandler.h"
 
 #include "foundation/Listener.h"
+#include "foundation/messages/EventLoop.h"
+#include "support/FailingAllocation.h"
 
 #include <qorl/Ref.h>
 
 #include <atomic>
+#include <functional>
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 #include <thread>
 
@@ -23,8 +27,7 @@ protected:
 
     void SetUp() override { ASSERT_NE(UpdateHandler::instance(), nullptr); }
     void TearDown() override {
-        for (CmObject* object :
-             {static_cast<CmObject*>(&subject), static_cast<CmObject*>(&a), static_cast<CmObject*>(&b)}) {
+        for (Listener* object : {&subject, &other, &a, &b, &c}) {
             object->removeDependent(nullptr);
             UpdateHandler::instance()->removeDependent(nullptr, object);
         }
@@ -32,8 +35,10 @@ protected:
 
     Log log;
     Listener subject{"subject", log};
+    Listener other{"other", log};
     Listener a{"a", log};
     Listener b{"b", log};
+    Listener c{"c", log};
 };
 
 TEST_F(UpdateHandlerTest, TellsDependentsInOrderAndThenIsDone) {
@@ -55,29 +60,72 @@ TEST_F(UpdateHandlerTest, IsDoneWithoutDependentsButNeverForDestruction) {
     EXPECT_EQ(take(), (Log{"a:2"}));
     EXPECT_EQ(UpdateHandler::instance()->triggerUpdates(&subject, 3, UpdateDone::suppress), 0);
     EXPECT_EQ(take(), (Log{"a:3"}));
-    EXPECT_EQ(UpdateHandler::instance()->triggerUpdates(nullptr, 1), 1);
+    EXPECT_EQ(UpdateHandler::instance()->triggerUpdates(static_cast<FObject*>(nullptr), 1), 1);
     EXPECT_EQ(UpdateHandler::instance()->triggerUpdates(&b, 1), 1) << "nobody to tell";
 }
 
 TEST_F(UpdateHandlerTest, SkipsWhoIsRemovedDuringTheNotification) {
-    connect(a);
-    connect(b);
     struct Case {
         const char* what;
-        std::function<void()> remove;
+        std::function<void()> remove; ///< What `b`, the one in the middle, does when it hears.
+        Log expected;
+        Log afterwards;
     };
+    UpdateHandler* handler = UpdateHandler::instance();
     const Case cases[] = {
-        {"from the object", [&] { subject.removeDependent(&b); }},
-        {"from everywhere", [&] { UpdateHandler::instance()->removeDependent(nullptr, &b); }},
+        {"itself", [&] { subject.removeDependent(&b); }, {"a:1", "b:1", "c:1"}, {"a:1", "c:1"}},
+        {"a later one", [&] { subject.removeDependent(&c); }, {"a:1", "b:1"}, {"a:1", "b:1"}},
+        {"an earlier one", [&] { subject.removeDependent(&a); }, {"a:1", "b:1", "c:1"}, {"b:1", "c:1"}},
+        {"a later one everywhere",
+         [&] { handler->removeDependent(nullptr, &c); },
+         {"a:1", "b:1"},
+         {"a:1", "b:1"}},
+        {"a later one of another object",
+         [&] { other.removeDependent(&c); },
+         {"a:1", "b:1", "c:1"},
+         {"a:1", "b:1", "c:1"}},
+        // Without a name nobody is taken out of the notification that runs.
+        {"all", [&] { subject.removeDependent(nullptr); }, {"a:1", "b:1", "c:1"}, {}},
+        {"a later one, and adds it again",
+         [&] {
+             subject.removeDependent(&c);
+             connect(c);
+         },
+         {"a:1", "b:1"},
+         {"a:1", "b:1", "c:1"}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        a.reaction = c.remove;
-        subject.changed();
-        EXPECT_EQ(take(), (Log{"a:1", "subject done:1"}));
-        a.reaction = nullptr;
-        connect(b);
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.what);
+        for (Listener* listener : {&a, &b, &c})
+            connect(*listener);
+        other.addDependent(&c);
+        b.reaction = row.remove;
+        handler->triggerUpdates(&subject, 1, UpdateDone::suppress);
+        EXPECT_EQ(take(), row.expected);
+        b.reaction = nullptr;
+        handler->triggerUpdates(&subject, 1, UpdateDone::suppress);
+        EXPECT_EQ(take(), row.afterwards);
+        subject.removeDependent(nullptr);
+        other.removeDependent(nullptr);
     }
+}
+
+TEST_F(UpdateHandlerTest, ARemovalReachesAllNotificationsThatAreNested) {
+    for (Listener* listener : {&a, &b, &c})
+        connect(*listener);
+    other.addDependent(&a);
+    other.addDependent(&c);
+    int depth = 0;
+    a.reaction = [&] {
+        switch (depth++) {
+        case 0: return subject.changed(5);
+        case 1: return other.changed(7);
+        default: UpdateHandler::instance()->removeDependent(nullptr, &c);
+        }
+    };
+    subject.changed(1);
+    EXPECT_EQ(take(),
+              (Log{"a:1", "a:5", "a:7", "other done:7", "b:5", "subject done:5", "b:1", "subject done:1"}));
 }
 
 TEST_F(UpdateHandlerTest, WhoIsAddedDuringTheNotificationHearsTheNextOne) {
@@ -165,15 +213,177 @@ TEST_F(UpdateHandlerTest, DeliversTheChangesOfOneObjectAlone) {
     EXPECT_EQ(take(), Log{});
 }
 
-TEST_F(UpdateHandlerTest, AnObjectMayLoseItsLastReferenceWhileItIsTold) {
-    Ref<Listener> owned = make<Listener>("owned", log);
-    owned->addDependent(&a);
+struct Going : Listener {
+    using Listener::Listener;
+    ~Going() override {
+        updateDone(0);
+        removeDependent(nullptr);
+    }
+};
+
+TEST_F(UpdateHandlerTest, AnObjectThatLosesItsLastReferenceWhileItIsToldGoesWhenAllHaveHeard) {
+    Ref<Going> owned;
+    const auto connectNew = [&](std::initializer_list<Listener*> listeners) {
+        owned = make<Going>("owned", log);
+        for (Listener* listener : listeners)
+            owned->addDependent(listener);
+    };
     a.reaction = [&] {
         owned->removeDependent(&a);
         owned.reset();
     };
+    connectNew({&a});
     owned->changed(1);
-    EXPECT_EQ(take(), (Log{"a:1", "owned done:1"}));
+    EXPECT_EQ(take(), (Log{"a:1", "owned done:1", "owned done:0"}));
+
+    c.reaction = [&] { owned.reset(); };
+    connectNew({&b, &c});
+    b.reaction = [&] {
+        b.reaction = nullptr;
+        owned->changed(3);
+    };
+    owned->changed(1);
+    EXPECT_EQ(take(), (Log{"b:1", "b:3", "c:3", "owned done:3", "c:1", "owned done:1", "owned done:0"}))
+        << "also out of a nested notification";
+
+    connectNew({&c});
+    owned->deferUpdate(4);
+    runDeferred();
+    EXPECT_EQ(take(), (Log{"c:4", "owned done:4", "owned done:0"})) << "also when the change was deferred";
+}
+
+TEST_F(UpdateHandlerTest, AChangeThatIsHeldBackStillCollapsesAndCanBeCancelled) {
+    connect(a);
+    other.addDependent(&b);
+    a.reaction = [&] { runDeferred(); };
+    for (const bool isCancelled : {false, true}) {
+        subject.deferUpdate(7);
+        other.deferUpdate(8);
+        b.reaction = [&] {
+            if (isCancelled)
+                UpdateHandler::instance()->cancelUpdates(&subject);
+            else
+                subject.deferUpdate(7);
+        };
+        subject.changed(1);
+        EXPECT_EQ(take(), (Log{"a:1", "b:8", "other done:8", "subject done:1"}));
+        runDeferred();
+        EXPECT_EQ(take(), isCancelled ? Log{} : (Log{"a:7", "subject done:7"}));
+    }
+}
+
+TEST_F(UpdateHandlerTest, DestructionIsDeferredForAnObjectThatNobodyHearsYet) {
+    subject.deferUpdate(2);
+    EXPECT_EQ(take(), Log{});
+    connect(a);
+    runDeferred();
+    EXPECT_EQ(take(), (Log{"a:2"}));
+    subject.deferUpdate(2);
+    UpdateHandler::instance()->removeDependent(&subject, nullptr);
+    connect(a);
+    runDeferred();
+    EXPECT_EQ(take(), Log{}) << "an object that left the table is in the queue no more";
+}
+
+TEST_F(UpdateHandlerTest, AChangeIsQueuedAgainOnceItsNotificationHasBegun) {
+    const EventLoop loop; // this is the GUI thread now, which knows the newest change without a look-up
+    connect(a);
+    int left = 2;
+    a.reaction = [&] {
+        if (left-- > 0)
+            subject.deferUpdate(4);
+    };
+    for (const Log& expected :
+         {Log{"a:4", "subject done:4", "a:4", "subject done:4", "a:4", "subject done:4"},
+          Log{"a:4", "subject done:4"}}) {
+        subject.deferUpdate(4);
+        subject.deferUpdate(4);
+        runDeferred();
+        EXPECT_EQ(take(), expected);
+    }
+    subject.deferUpdate(4);
+    UpdateHandler::instance()->cancelUpdates(&subject);
+    subject.deferUpdate(4);
+    runDeferred();
+    EXPECT_EQ(take(), (Log{"a:4", "subject done:4"})) << "after it was cancelled";
+    runDeferred();
+    EXPECT_EQ(take(), Log{});
+}
+
+/// Against a plain model, with so many objects in one page's map that places move up and the map grows.
+TEST_F(UpdateHandlerTest, KnowsTheDependentsOfThousandsOfObjects) {
+    constexpr size_t count = 3000;
+    const auto objects = std::make_unique<CmObject[]>(count);
+    std::map<CmObject*, std::vector<Listener*>> model;
+    uint32_t state = 1;
+    const auto draw = [&state](uint32_t below) {
+        state = state * 1664525 + 1013904223;
+        return (state >> 8) % below;
+    };
+    Listener* const listeners[] = {&a, &b, &c};
+    for (int step = 0; step < 40000; ++step) {
+        CmObject* object = &objects[draw(count)];
+        Listener* listener = listeners[draw(3)];
+        if (draw(2) == 0) {
+            object->addDependent(listener);
+            model[object].push_back(listener);
+        } else {
+            object->removeDependent(listener);
+            std::erase(model[object], listener);
+        }
+    }
+    const auto expectModel = [&](int32_t message) {
+        for (size_t i = 0; i < count; ++i) {
+            Log expected;
+            for (Listener* listener : model[&objects[i]])
+                expected.push_back(listener->name() + ":" + std::to_string(message));
+            objects[i].changed(message);
+            ASSERT_EQ(take(), expected) << "object " << i;
+        }
+    };
+    expectModel(1);
+    UpdateHandler::instance()->removeDependent(nullptr, &b);
+    for (auto& [object, heard] : model)
+        std::erase(heard, &b);
+    expectModel(3);
+    for (size_t i = 0; i < count; ++i)
+        objects[i].removeDependent(nullptr);
+    objects[0].changed();
+    EXPECT_EQ(take(), Log{});
+}
+
+TEST_F(UpdateHandlerTest, TellsOfMissingMemoryAndLosesNothing) {
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const Ref<CmObject> fresh = make<CmObject>();
+        const int32_t added =
+            allocation.during([&] { return UpdateHandler::instance()->addDependent(fresh.get(), &a); });
+        EXPECT_EQ(added, allocation.hasFailed() ? 1 : 0);
+        fresh->changed(3);
+        EXPECT_EQ(take(), allocation.hasFailed() ? Log{} : Log{"a:3"});
+        fresh->removeDependent(nullptr);
+    });
+
+    const EventLoop loop;
+    connect(a);
+    UpdateHandler::instance()->removeDependent(nullptr, &b);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        std::vector<Ref<CmObject>> others; // they take what is kept in store
+        for (int i = 0; i < 100; ++i) {
+            others.push_back(make<CmObject>());
+            others.back()->addDependent(&a);
+            others.back()->deferUpdate(6);
+        }
+        const Ref<CmObject> fresh = make<CmObject>();
+        fresh->addDependent(&b);
+        EXPECT_EQ(allocation.during([&] { return UpdateHandler::instance()->deferUpdates(fresh.get(), 5); }),
+                  0);
+        EXPECT_EQ(take(), allocation.hasFailed() ? Log{"b:5"} : Log{}) << "told at once rather than never";
+        for (const Ref<CmObject>& waiting : others)
+            waiting->removeDependent(&a);
+        runDeferred();
+        EXPECT_EQ(take(), allocation.hasFailed() ? Log{} : Log{"b:5"});
+        fresh->removeDependent(&b);
+    });
 }
 
 struct Counting : CmObject {
@@ -181,6 +391,18 @@ struct Counting : CmObject {
     void notify(CmObject*, int32_t) override { ++count_; }
     uint32_t& count_;
 };
+
+TEST_F(UpdateHandlerTest, TellsTheFirstOnesWhenThereIsNoMemoryForMore) {
+    FailingAllocation allocation(1);
+    uint32_t count = 0;
+    Counting counting(count);
+    for (uint32_t i = 0; i < UpdateHandler::stackSnapshot + 5; ++i)
+        subject.addDependent(&counting);
+    allocation.during([&] { UpdateHandler::instance()->triggerUpdates(&subject, 1, UpdateDone::suppress); });
+    EXPECT_TRUE(allocation.hasFailed());
+    EXPECT_EQ(count, UpdateHandler::stackSnapshot);
+    subject.removeDependent(&counting);
+}
 
 TEST_F(UpdateHandlerTest, TellsAtMostAsManyAsTheLargestSnapshotHolds) {
     for (const uint32_t number : {UpdateHandler::stackSnapshot, UpdateHandler::stackSnapshot + 1,

@@ -1,0 +1,32 @@
+#include "foundation/messages/FPostedMessage.h"
+
+#include "foundation/Cast.h"
+
+#include <qorl/IPlugMessageTarget.h>
+
+#include <utility>
+
+namespace qorl {
+
+FPostedMessage::FPostedMessage(const RootIdentity& target, Ref<FMessage> message, uint32_t delay)
+    : delay(delay), message_(std::move(message)), target_(target.get()), own_(target.own()) {}
+
+FPostedMessage::~FPostedMessage() = default;
+
+bool FPostedMessage::isLike(const FInterface* target, const FMessage& like) const {
+    return isFor(target) && message_->getName().string() == like.getName().string();
+}
+
+void FPostedMessage::deliver() const {
+    // Another thread may be about to destroy the target, and wait in its destructor for the end of the pass.
+    if (own_ && !own_->addRefUnlessGone())
+        return;
+    const Ref<FObject> kept = Ref<FObject>::adopt(own_);
+    Ref<IPlugMessageTarget> plug;
+    if (target_->queryInterface(IPlugMessageTarget::iid, plug.out()) == Result::ok)
+        plug->receiveMessage(static_cast<IMessageAttributes*>(message_.get()));
+    else if (auto* target = cast<CmObject>(own_))
+        target->handleMessage(message_.get());
+}
+
+} // namespace qorl

@@ -1,0 +1,147 @@
+#include "foundation/messages/FMessage.h"
+
+#include "persistence/FAttributes.h"
+#include "persistence/FMemoryStream.h"
+#include "persistence/FObjectArchive.h"
+#include "support/FailingAllocation.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+TEST(FMessage, ReadsBackItsAttributesAndNothingForMissingKeys) {
+    FMessage message("Test");
+    EXPECT_TRUE(message.isNamed("Test"));
+    EXPECT_FALSE(message.isNamed("test"));
+    EXPECT_FALSE(message.hasAttributes());
+    EXPECT_EQ(message.getInt("no"), 0);
+    EXPECT_EQ(message.getFloat("no"), 0);
+    EXPECT_TRUE(message.getString("no").isEmpty());
+    EXPECT_EQ(message.getObject("no"), nullptr);
+    EXPECT_FALSE(message.contains("no"));
+    EXPECT_FALSE(message.hasAttributes()) << "reading makes no list";
+
+    const Ref<CmString> object = make<CmString>("object");
+    message.setInt("int", INT64_MIN);
+    message.setFloat("float", 0.5);
+    message.setString("string", ConstString(u"text"));
+    message.setObject("object", object.get());
+    EXPECT_EQ(message.getInt("int"), INT64_MIN);
+    EXPECT_EQ(message.getFloat("float"), 0.5);
+    EXPECT_EQ(message.getString("string").toUtf8(), "text");
+    EXPECT_EQ(message.getObject("object"), object.get());
+    EXPECT_EQ(object->addRef(), 3u);
+    object->release();
+
+    const Ref<CmObject> copy = Ref<CmObject>::adopt(message.clone());
+    message.remove("int");
+    message.setObject("object", nullptr);
+    EXPECT_FALSE(message.contains("int"));
+    EXPECT_FALSE(message.contains("object"));
+    EXPECT_EQ(static_cast<FMessage*>(copy.get())->getInt("int"), INT64_MIN) << "a copy has a list of its own";
+}
+
+TEST(FMessage, ShowsItsAttributesToOtherModules) {
+    const Ref<FMessage> message = make<FMessage>("Test");
+    Ref<IMessageAttributes> face;
+    ASSERT_EQ(message->queryInterface(IMessageAttributes::iid, face.out()), Result::ok);
+    CmObject object;
+    EXPECT_EQ(face->setInt16(u"int", 3), Result::ok);
+    EXPECT_EQ(face->setFloat8("float", 1.5), Result::ok);
+    EXPECT_EQ(face->setString16(u"string", u"tschüß"), Result::ok);
+    EXPECT_EQ(face->setObject8("object", &object), Result::ok);
+    EXPECT_EQ(message->getInt("int"), 3);
+    EXPECT_EQ(message->getObject("object"), &object);
+
+    double number = 0;
+    EXPECT_EQ(face->getFloat16(u"float", &number), Result::ok);
+    EXPECT_EQ(number, 1.5);
+    CmString text;
+    EXPECT_EQ(face->getString8("string", &text), Result::ok);
+    EXPECT_EQ(text.string().toUtf8(), "tschüß");
+    FInterface* found = nullptr;
+    EXPECT_EQ(face->getObject16(u"object", &found), Result::ok);
+    EXPECT_EQ(castToCmObject(found), &object);
+
+    Ref<IMessageObjects> objects;
+    ASSERT_EQ(face->queryInterface(IMessageObjects::iid, objects.out()), Result::ok);
+    Ref<FInterface> kept;
+    EXPECT_EQ(objects->fetchObject("object", reinterpret_cast<FInterface**>(kept.out())), Result::ok);
+    EXPECT_EQ(kept.get(), &object);
+    EXPECT_EQ(objects->removeObject("int"), Result::no) << "it is no object";
+    EXPECT_EQ(objects->removeObject("object"), Result::ok);
+    EXPECT_EQ(objects->fetchObject("object", &found), Result::no);
+    EXPECT_EQ(object.addRef(), 3u) << "one is left with the caller";
+    object.release();
+
+    int64_t missing = 9;
+    EXPECT_EQ(face->getInt8("missing", &missing), Result::no);
+    EXPECT_EQ(missing, 0);
+    EXPECT_EQ(face->getInt8(nullptr, &missing), Result::invalidArgument);
+    EXPECT_EQ(face->contains8("int"), Result::ok);
+    EXPECT_EQ(face->remove8("int"), Result::ok);
+    EXPECT_EQ(face->contains8("int"), Result::no);
+    EXPECT_EQ(face->setInt16(nullptr, 1), Result::invalidArgument);
+}
+
+TEST(FMessage, TellsOtherModulesOfMissingMemory) {
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const Ref<FMessage> message = make<FMessage>("Test");
+        const Result result = allocation.during([&] { return message->setInt16(u"a rather long key", 3); });
+        EXPECT_EQ(result, allocation.hasFailed() ? Result::failure : Result::ok);
+        EXPECT_EQ(message->getInt("a rather long key"), allocation.hasFailed() ? 0 : 3);
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const Ref<FMessage> message = allocation.during([] { return FMessage::named("Quite a long name"); });
+        EXPECT_EQ(message == nullptr, allocation.hasFailed());
+    });
+}
+
+class StreamOnly : public FObjectArchive {
+public:
+    StreamOnly(FStream& stream, Direction direction) : FObjectArchive(stream, direction) {}
+    static StreamOnly reader(FStream& stream) { return {stream, Direction::reading}; }
+    static StreamOnly writer(FStream& stream) { return {stream, Direction::storing}; }
+    CmObject* readObject(const char*) override { return nullptr; }
+    bool writeObject(CmObject*) override { return false; }
+    bool writeObject(CmObject*, bool) override { return false; }
+    CmObject* readObject(const char*, bool) override { return nullptr; }
+    int32_t getStoredVersion(const char*) override { return 0; }
+    void raiseStoredVersion(const ClassRecord*) override {}
+    bool writeClass(const ClassRecord*) override { return false; }
+    const ClassRecord* readClass() override { return nullptr; }
+};
+
+TEST(FMessage, IsItsNameAndTheBodyOfItsAttributesInAStream) {
+    FMessage message("Moved");
+    FAttributes attributes;
+    message.setInt("x", 7);
+    attributes.setInteger("x", 7);
+    message.setString("unit", ConstString("mm"));
+    attributes.setString("unit", ConstString("mm"));
+    const auto bytesOf = [](std::initializer_list<CmObject*> parts) {
+        FMemoryStream stream;
+        StreamOnly archive = StreamOnly::writer(stream);
+        for (CmObject* part : parts)
+            EXPECT_TRUE(part->writeTo(&archive));
+        return std::string(stream.data(), static_cast<size_t>(stream.size()));
+    };
+    CmString name("Moved");
+    const std::string bytes = bytesOf({&message});
+    EXPECT_EQ(bytes, bytesOf({&name, &attributes}));
+
+    FMemoryStream stream(bytes);
+    StreamOnly archive = StreamOnly::reader(stream);
+    FMessage read("Old");
+    read.setInt("forgotten", 1);
+    EXPECT_TRUE(read.readFrom(&archive));
+    EXPECT_TRUE(read.isNamed("Moved"));
+    EXPECT_EQ(read.getInt("x"), 7);
+    EXPECT_EQ(read.getString("unit").toUtf8(), "mm");
+    EXPECT_FALSE(read.contains("forgotten"));
+}
+
+} // namespace
+} // namespace qorl
