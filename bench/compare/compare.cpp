@@ -4,6 +4,7 @@
 // ends.
 
 #include "compare/Measure.h"
+#include "compare/ValueChange.h"
 #include "graphics/GraphicsFactory.h"
 #include "support/DrawRecorder.h"
 #include "support/SkinWindow.h"
@@ -180,6 +181,7 @@ constexpr Workload workloads[] = {
     {"doc_build", &measureBuild},
     {"doc_mem_1000", [] { measureMemory(1000); }},
     {"doc_mem_10000", [] { measureMemory(10000); }},
+    {"value_change", &measureValueChange},
     {"relayout", &measureRelayout},
     {"paint", &measurePaint},
     {"startup", &measureStartup},
