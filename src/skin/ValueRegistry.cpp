@@ -144,9 +144,10 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
     entry->load = loadOf(element);
     entry->value = createValue(element);
     entry->persistence = element.text(SkinAttribute::persistence);
-    entry->title = element.text(SkinAttribute::title);
-    if (!entry->title.empty())
+    if (const std::string_view title = element.text(SkinAttribute::title); !title.empty()) {
+        titles_.emplace(entry->value.get(), title);
         entry->value->setTarget(this, 0, false);
+    }
     if (!entry->persistence.empty()) {
         recall(*entry->value, entry->persistence);
         FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
@@ -173,6 +174,7 @@ void ValueRegistry::forget(const IController* controller) {
 void ValueRegistry::remove(Entry& entry) {
     if (!entry.persistence.empty())
         keep(*entry.value, entry.persistence);
+    titles_.erase(entry.value.get());
     if (entry.value->target() == this)
         entry.value->setTarget(nullptr, 0, false);
 }
@@ -181,12 +183,11 @@ int32_t ValueRegistry::handleMessage(FMessage* message) {
     auto* name = cast<CmString>(message->getObject("String"));
     if (!message->isNamed("Get Value Name") || !name)
         return CmObject::handleMessage(message);
-    for (const auto& [key, entry] : entries_)
-        if (entry->value.get() == message->getObject("Value")) {
-            name->string() = translate(ConstString(entry->title));
-            return handled;
-        }
-    return notHandled;
+    const auto found = titles_.find(message->getObject("Value"));
+    if (found == titles_.end())
+        return notHandled;
+    name->string() = translate(ConstString(found->second));
+    return handled;
 }
 
 void ValueRegistry::storePersistent() {

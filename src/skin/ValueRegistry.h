@@ -65,7 +65,6 @@ private:
     struct Entry {
         std::string name;
         std::string persistence;
-        std::string title; ///< For the user, before translation.
         Ref<Binding::Value> value;
         uint64_t load = 0; ///< The serial number of the store of the document that defined it last.
     };
@@ -74,6 +73,8 @@ private:
     using Entries = std::unordered_map<Key, std::unique_ptr<Entry>, KeyHash>;
 
     Entries entries_;
+    /// What few values have: their name for the user, before translation.
+    std::unordered_map<const CmObject*, std::string> titles_;
     size_t localCount_ = 0;
     bool storesBeforeSave_ = false;
 };

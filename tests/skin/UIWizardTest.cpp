@@ -8,6 +8,7 @@
 #include "skin/ControllerScope.h"
 #include "skin/FController.h"
 #include "skin/UViewClass.h"
+#include "support/TestGraphics.h"
 #include "views/UBaseView.h"
 #include "views/UCursorView.h"
 #include "views/UPropertyCollection.h"
@@ -407,6 +408,20 @@ TEST_F(UIWizardTest, ControlsOfAnyClassTakeGroundAndDefault) {
     EXPECT_TRUE(cast<UControl>(view->getSubView(0))->isDefaultControl());
     EXPECT_FALSE(cast<UControl>(view->getSubView(1))->isDefaultControl());
     EXPECT_THAT(findings(), ::testing::ElementsAre("'number' is no colour"));
+}
+
+TEST_F(UIWizardTest, AFontTakesTheFirstFaceThatIsThere) {
+    useGraphics();
+    const auto width = [this](const std::string& face) {
+        const Ref<UView> view = build("<font size='20' face='DejaVu Serif'><font " + face +
+                                      "><label titleNT='iiiiii' style='autowidth'/></font></font>");
+        return view->getSubView(0)->getFrameSize().width;
+    };
+    const int32_t outer = width("");
+    const int32_t mono = width("face='DejaVu Sans Mono'");
+    EXPECT_NE(outer, mono);
+    EXPECT_EQ(width("face='No Such Face, ,DejaVu Sans Mono , DejaVu Sans'"), mono);
+    EXPECT_EQ(width("face='No Such Face'"), outer) << "stays as it was around it";
 }
 
 TEST_F(UIWizardTest, ReloadTellsListeners) {
