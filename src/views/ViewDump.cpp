@@ -15,7 +15,7 @@ struct FlagWord {
     const char* word;
 };
 
-constexpr FlagWord attachWords[] = {
+constexpr FlagWord attachmentFlags[] = {
     {viewAttachLeft, "left"},
     {viewAttachTop, "top"},
     {viewAttachRight, "right"},
@@ -100,7 +100,7 @@ void writeTree(JsonWriter& json, UView& view, DumpDetail detail) {
     writeRect(json, "frame", view.getFrameRect());
     if (hasOwnClient(view))
         writeRect(json, "client", view.getClientRect());
-    writeWords(json, "attach", attachWords, view.getAttach());
+    writeWords(json, "attach", attachmentFlags, view.getAttach());
     writeWords(json, "flags", flagWords, view.getViewFlags());
     if (String value; view.getAccessibleValue(value))
         json.member("value", value.toUtf8());
