@@ -70,7 +70,8 @@ void FComponentRegistry::addComponent(Ref<FComponentDescription> description) {
         return;
     if (const FAttributes* known = availability(description->getCategory()))
         description->setAvailable(known->getInteger(keyOf(description->getId()), 1) != 0);
-    listeners_.tell([&](ComponentListener& listener) { listener.componentAdded(description.get()); });
+    for (ComponentListener* listener : std::vector(listeners_))
+        listener->componentAdded(description.get());
     changed(objectChanged);
     Descriptions& list = categories_[description->getCategory()];
     list.insert(std::upper_bound(list.begin(), list.end(), description, sortsBefore), std::move(description));
@@ -80,7 +81,8 @@ void FComponentRegistry::removeComponent(const FUID& id) {
     const Ref<FComponentDescription> description = retain(findById(id));
     if (!description)
         return;
-    listeners_.tell([&](ComponentListener& listener) { listener.componentRemoved(description.get()); });
+    for (ComponentListener* listener : std::vector(listeners_))
+        listener->componentRemoved(description.get());
     const auto found = categories_.find(description->getCategory());
     if (found != categories_.end())
         std::erase(found->second, description);
@@ -170,10 +172,10 @@ void FComponentRegistry::saveAvailability(const ConstString& category) {
 }
 
 void FComponentRegistry::addListener(ComponentListener* listener) {
-    listeners_.add(listener);
+    listeners_.push_back(listener);
 }
 void FComponentRegistry::removeListener(ComponentListener* listener) {
-    listeners_.remove(listener);
+    std::erase(listeners_, listener);
 }
 
 } // namespace qorl

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "components/FComponentDescription.h"
-#include "foundation/messages/ListenerList.h"
 
 #include <map>
 #include <vector>
@@ -37,8 +36,7 @@ public:
     FComponentRegistry() = default;
     FComponentRegistry(const FComponentRegistry&) = delete;
 
-    /// Reads from the settings whether the component is available, tells listeners and dependents, and enters
-    /// it only then.
+    /// Reads from the settings whether the component is available, tells the listeners, and enters it.
     void addComponent(Ref<FComponentDescription> description);
     /// An unknown id changes nothing.
     void removeComponent(const FUID& id);
@@ -73,7 +71,7 @@ private:
     const Descriptions* category(const ConstString& name) const;
 
     std::map<String, Descriptions> categories_;
-    ListenerList<ComponentListener> listeners_;
+    std::vector<ComponentListener*> listeners_;
 };
 
 } // namespace qorl

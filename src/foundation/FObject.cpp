@@ -82,8 +82,6 @@ void FObject::changed(int32_t message) {
 }
 
 void FObject::deferUpdate(int32_t message) {
-    if (UpdateHandler::isNewestDeferred(this, message))
-        return;
     if (UpdateHandler* handler = UpdateHandler::current())
         handler->deferUpdates(this, message);
     else if (message != objectDestroyed)

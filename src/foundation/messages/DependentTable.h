@@ -8,11 +8,13 @@
 
 namespace qorl {
 
+class CmObject;
 struct DeferredChange;
 
 /// What is known of one object: who hears its changes, in the order of their arrival, and which changes wait.
 struct DependentEntry {
-    FInterface* object = nullptr; ///< Null in a free place.
+    FInterface* object = nullptr;   ///< Null in a free place.
+    CmObject* asCmObject = nullptr; ///< `object`, when it was known to be one.
     std::vector<FDependent*> dependents;
     DeferredChange* deferred = nullptr; ///< The oldest; the others hang on it.
 

@@ -50,9 +50,8 @@ EventLoop* EventLoop::current() {
     return currentLoop;
 }
 
-void EventLoop::wake() {
-    platform::DesktopServices* desktop = isGuiThread() ? nullptr : platform::desktop();
-    if (desktop)
+void EventLoop::wakeGuiThread() {
+    if (platform::DesktopServices* desktop = platform::desktop())
         desktop->wakeUp();
 }
 

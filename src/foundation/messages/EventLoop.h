@@ -52,7 +52,10 @@ public:
     /// Whether the calling thread is the GUI thread.
     static bool isGuiThread() { return guiThread_.load(std::memory_order_relaxed) == &threadMark_; }
     /// Ends the GUI thread's wait, because something was queued for it. Any thread.
-    static void wake();
+    static void wake() {
+        if (!isGuiThread())
+            wakeGuiThread();
+    }
 
     /// Dispatches one waiting event; without one, delivers what was posted and deferred. True for an event.
     bool processEvent();
@@ -90,6 +93,7 @@ private:
     static constinit thread_local char threadMark_;
     static constinit std::atomic<const char*> guiThread_;
 
+    static void wakeGuiThread();
     void deliver();
     bool needsIdle();
     bool wait(int64_t limit);

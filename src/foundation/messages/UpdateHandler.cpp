@@ -14,8 +14,6 @@ namespace qorl {
 namespace {
 
 constinit Singleton<UpdateHandler> handlerSlot;
-constinit std::atomic<UpdateHandler*> currentHandler{nullptr};
-
 /// Dependents are called through this face, so it stands for them in the table.
 FDependent* dependentFace(FDependent* dependent) {
     if (FObject* own = borrowObject(dependent))
@@ -37,6 +35,7 @@ namespace detail {
 constinit std::atomic<uint32_t> notificationsUnderWay{0};
 } // namespace detail
 
+constinit std::atomic<UpdateHandler*> UpdateHandler::current_{nullptr};
 constinit thread_local UpdateHandler::Told UpdateHandler::told_;
 constinit std::atomic<const FInterface*> UpdateHandler::newestObject_{nullptr};
 constinit std::atomic<int32_t> UpdateHandler::newestMessage_{0};
@@ -45,22 +44,18 @@ FUpdateRegistry* FUpdateRegistry::current() {
     return UpdateHandler::current();
 }
 
-UpdateHandler* UpdateHandler::current() {
-    return currentHandler.load(std::memory_order_acquire);
-}
-
 UpdateHandler* UpdateHandler::instance() {
     return handlerSlot.get();
 }
 
 UpdateHandler::UpdateHandler() {
     UpdateHandler* none = nullptr;
-    currentHandler.compare_exchange_strong(none, this);
+    current_.compare_exchange_strong(none, this);
 }
 
 UpdateHandler::~UpdateHandler() {
     UpdateHandler* self = this;
-    currentHandler.compare_exchange_strong(self, nullptr);
+    current_.compare_exchange_strong(self, nullptr);
     newestObject_ = nullptr;
 }
 
@@ -76,6 +71,7 @@ int32_t UpdateHandler::addDependent(FInterface* object, FDependent* dependent) {
     try {
         entry = &table_.obtain(root.get());
         entry->dependents.push_back(face);
+        entry->asCmObject = cast<CmObject>(root.own());
         return 0;
     } catch (const std::bad_alloc&) {
         if (entry)
@@ -141,8 +137,13 @@ void UpdateHandler::enter(Notification& record, const DependentEntry& entry) {
             most = largestSnapshot;
         }
     }
+    record.known = entry.asCmObject;
     record.length = static_cast<uint32_t>(std::min<size_t>(dependents.size(), most));
-    std::copy_n(dependents.begin(), record.length, record.snapshot);
+    // Most have one: that is not worth a call of the copying routine.
+    if (record.length == 1)
+        record.snapshot[0] = dependents[0];
+    else
+        std::copy_n(dependents.begin(), record.length, record.snapshot);
     record.outer = running_;
     running_ = &record;
     detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) + 1,
@@ -161,7 +162,7 @@ void UpdateHandler::leave(const Notification& record) {
 }
 
 void UpdateHandler::callDependents(const Notification& record, int32_t message) {
-    const Told outer = std::exchange(told_, {record.object, cast<CmObject>(record.own)});
+    const Told outer = std::exchange(told_, {record.object, record.known});
     for (uint32_t i = 0; i < record.length; ++i) {
         const std::atomic_ref<FDependent*> place(record.snapshot[i]);
         if (FDependent* dependent = place.load(std::memory_order_relaxed))
@@ -207,7 +208,7 @@ int32_t UpdateHandler::triggerUpdates(FObject* object, int32_t message, UpdateDo
 
 /// Called for an object that has just lost its last reference. True when a notification keeps it.
 bool UpdateHandler::keepNotified(FObject& object) {
-    UpdateHandler* handler = currentHandler.load(std::memory_order_acquire);
+    UpdateHandler* handler = current_.load(std::memory_order_acquire);
     return handler && handler->handOver(object);
 }
 
@@ -228,8 +229,6 @@ bool UpdateHandler::handOver(FObject& object) {
 int32_t UpdateHandler::defer(const RootIdentity& object, int32_t message) {
     if (!object)
         return 1;
-    if (isNewestDeferred(object.get(), message))
-        return 0;
     try {
         if (!queue(object, message))
             finish(object.own(), message);
@@ -243,7 +242,7 @@ int32_t UpdateHandler::deferUpdates(FInterface* object, int32_t message) {
     return defer(RootIdentity(object), message);
 }
 
-int32_t UpdateHandler::deferUpdates(FObject* object, int32_t message) {
+int32_t UpdateHandler::defer(FObject* object, int32_t message) {
     return defer(RootIdentity(object), message);
 }
 

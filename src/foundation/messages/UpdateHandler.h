@@ -76,7 +76,7 @@ public:
     /// The one handler, made on first use.
     static UpdateHandler* instance();
     /// The handler that objects forward to; null before the first one is made and after it went.
-    static UpdateHandler* current();
+    static UpdateHandler* current() { return current_.load(std::memory_order_acquire); }
 
     // The signatures of `FObject` and of the faces share names, not slots.
     using FObject::addDependent;
@@ -95,7 +95,9 @@ public:
     /// Queues the pair once. Without dependents `updateDone` is called at once instead. When memory is short
     /// the GUI thread tells the change at once; on another one the result is 1, and the change isn't told.
     int32_t deferUpdates(FInterface* object, int32_t message) override;
-    int32_t deferUpdates(FObject* object, int32_t message);
+    int32_t deferUpdates(FObject* object, int32_t message) {
+        return isNewestDeferred(object, message) ? 0 : defer(object, message);
+    }
 
     int32_t cancelUpdates(FInterface* object) override;
     /// Delivers in the order of arrival. The change of an object whose notification is running waits for a
@@ -111,14 +113,6 @@ public:
         return told_.root == root ? told_.object : nullptr;
     }
 
-    /// Whether this very change was the last one that the GUI thread, which asks, has deferred, and waits
-    /// still. Then it needn't be queued, and nobody can be delivering it at this moment.
-    static bool isNewestDeferred(const FInterface* root, int32_t message) {
-        // Only the GUI thread writes a new object and message, so that it reads both as it wrote them.
-        return newestObject_.load(std::memory_order_acquire) == root &&
-               newestMessage_.load(std::memory_order_relaxed) == message && EventLoop::isGuiThread();
-    }
-
 private:
     friend class Singleton<UpdateHandler>;
     friend class FObject;
@@ -127,6 +121,7 @@ private:
     struct Notification {
         FInterface* object = nullptr; ///< The root interface.
         FObject* own = nullptr;       ///< The object as one of ours; null for a foreign one.
+        CmObject* known = nullptr;    ///< The object as a `CmObject`, when it was known to be one.
         FDependent** snapshot = local;
         uint32_t length = 0;
         bool holdsObject = false; ///< It got the reference on `own` that was the last one.
@@ -149,6 +144,15 @@ private:
     };
 
     UpdateHandler();
+
+    /// Whether this very change was the last one that the GUI thread, which asks, has deferred, and waits
+    /// still. Then it needn't be queued, and nobody can be delivering it at this moment.
+    static bool isNewestDeferred(const FInterface* root, int32_t message) {
+        // Only the GUI thread writes a new object and message, so that it reads both as it wrote them.
+        return newestObject_.load(std::memory_order_acquire) == root &&
+               newestMessage_.load(std::memory_order_relaxed) == message && EventLoop::isGuiThread();
+    }
+    int32_t defer(FObject* object, int32_t message);
 
     static bool keepNotified(FObject& object);
     bool handOver(FObject& object);
@@ -177,6 +181,7 @@ private:
     std::atomic<bool> isWaiting_{false}; ///< Something stands in `deferred_`; written under the lock.
     Notification* running_ = nullptr;    ///< The update stack, innermost first.
 
+    static constinit std::atomic<UpdateHandler*> current_;
     static constinit thread_local Told told_;
     static constinit std::atomic<const FInterface*> newestObject_;
     static constinit std::atomic<int32_t> newestMessage_;
