@@ -12,7 +12,8 @@ namespace {
 
 constexpr uint32_t safeStartKeys = platform::shift | platform::ctrl | platform::alt;
 
-constinit bool wasTrashed = false;
+// What this run would save is not to come back, or has no copy of what it would replace.
+constinit bool keepsStore = false;
 
 constexpr const char* question =
     "You activated the safe-start mode by pressing <Ctrl>+<Shift>+<Alt> during program startup.\n\n"
@@ -35,7 +36,7 @@ constexpr const char* question =
 } // namespace
 
 bool checkSafeStart() {
-    wasTrashed = false;
+    keepsStore = false;
     FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
     // What an earlier run put aside for its own time comes back.
     pool->restore();
@@ -49,17 +50,17 @@ bool checkSafeStart() {
     alert.button2 = translate("Disable program preferences");
     alert.button3 = translate("Delete program preferences");
     switch (AlertPresenter::current().show(alert)) {
-    case AlertPresenter::second: pool->backup(); return false;
+    case AlertPresenter::second: keepsStore = !pool->backup(); return false;
     case AlertPresenter::third:
         pool->trash();
-        wasTrashed = true;
+        keepsStore = true;
         return false;
     default: return true;
     }
 }
 
 bool maySaveDefaults() {
-    return !wasTrashed;
+    return !keepsStore;
 }
 
 } // namespace qorl

@@ -6,7 +6,8 @@ namespace qorl {
 /// whether the stored settings are used, put aside for one run, or done away with. False: start without them.
 bool checkSafeStart();
 
-/// Asked before the defaults store is saved: false once the settings were done away with at this start.
+/// Asked before the defaults store is saved: false once the settings were done away with at this start, or
+/// could not be put aside.
 bool maySaveDefaults();
 
 } // namespace qorl

@@ -70,8 +70,7 @@ void FComponentRegistry::addComponent(Ref<FComponentDescription> description) {
         return;
     if (const FAttributes* known = availability(description->getCategory()))
         description->setAvailable(known->getInteger(keyOf(description->getId()), 1) != 0);
-    for (ComponentListener* listener : std::vector(listeners_))
-        listener->componentAdded(description.get());
+    listeners_.tell([&](ComponentListener& listener) { listener.componentAdded(description.get()); });
     changed(objectChanged);
     Descriptions& list = categories_[description->getCategory()];
     list.insert(std::upper_bound(list.begin(), list.end(), description, sortsBefore), std::move(description));
@@ -81,8 +80,7 @@ void FComponentRegistry::removeComponent(const FUID& id) {
     const Ref<FComponentDescription> description = retain(findById(id));
     if (!description)
         return;
-    for (ComponentListener* listener : std::vector(listeners_))
-        listener->componentRemoved(description.get());
+    listeners_.tell([&](ComponentListener& listener) { listener.componentRemoved(description.get()); });
     const auto found = categories_.find(description->getCategory());
     if (found != categories_.end())
         std::erase(found->second, description);
@@ -172,10 +170,10 @@ void FComponentRegistry::saveAvailability(const ConstString& category) {
 }
 
 void FComponentRegistry::addListener(ComponentListener* listener) {
-    listeners_.push_back(listener);
+    listeners_.add(listener);
 }
 void FComponentRegistry::removeListener(ComponentListener* listener) {
-    std::erase(listeners_, listener);
+    listeners_.remove(listener);
 }
 
 } // namespace qorl

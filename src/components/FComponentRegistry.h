@@ -1,6 +1,7 @@
 #pragma once
 
 #include "components/FComponentDescription.h"
+#include "foundation/messages/ListenerList.h"
 
 #include <map>
 #include <vector>
@@ -36,7 +37,8 @@ public:
     FComponentRegistry() = default;
     FComponentRegistry(const FComponentRegistry&) = delete;
 
-    /// Reads from the settings whether the component is available, tells the listeners, and enters it.
+    /// Reads from the settings whether the component is available, tells listeners and dependents, and enters
+    /// it only then.
     void addComponent(Ref<FComponentDescription> description);
     /// An unknown id changes nothing.
     void removeComponent(const FUID& id);
@@ -71,7 +73,7 @@ private:
     const Descriptions* category(const ConstString& name) const;
 
     std::map<String, Descriptions> categories_;
-    std::vector<ComponentListener*> listeners_;
+    ListenerList<ComponentListener> listeners_;
 };
 
 } // namespace qorl

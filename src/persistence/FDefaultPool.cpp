@@ -2,11 +2,10 @@
 
 #include "foundation/Singleton.h"
 #include "persistence/FNFileSystem.h"
-#include "persistence/FPath.h"
+#include "persistence/Md5.h"
 #include "persistence/XmlDocument.h"
 
 #include <algorithm>
-#include <nettle/md5.h>
 
 namespace qorl {
 
@@ -17,11 +16,14 @@ constinit Singleton<FGlobalDefaultPool> globalPool;
 constexpr const char* storeName = "Defaults";
 constexpr const char* trashName = "Defaults (Trashed)";
 constexpr const char* backupName = "Defaults (Backup)";
+// Folders under these names are not whole yet.
+constexpr const char* newStoreName = "Defaults (New)";
+constexpr const char* newBackupName = "Defaults (New Backup)";
 constexpr std::string_view storeTag = "Defaults";
 constexpr std::string_view autoSaverTag = "AutoSaver";
 constexpr const char* poolGroup = "FGlobalDefaultPool";
 constexpr const char* extractedMark = "Preferences extraced";
-constexpr const char* defaultPaths = "Default Paths";
+constexpr const char* autoSaverName = "AutoSaver";
 
 FNPath folderNamed(const char* name) {
     FNPath path(name, FNPath::userSettings);
@@ -29,24 +31,27 @@ FNPath folderNamed(const char* name) {
     return path;
 }
 
-std::string inFolder(const std::string& name) {
-    return std::string(storeName) + '/' + name;
+std::string inFolder(const std::string& name, const std::string& folder = storeName) {
+    return folder + '/' + name;
+}
+
+ConstString toText(const std::string& text) {
+    return ConstString(std::string_view(text));
 }
 
 /// The digest of the name as its string holds it, in 32 digits.
 std::string digestOf(const ConstString& name) {
-    const size_t bytes = static_cast<size_t>(name.size()) * (name.isWide() ? sizeof(char16_t) : sizeof(char));
-    md5_ctx context;
-    uint8_t digest[MD5_DIGEST_SIZE];
-    md5_init(&context);
-    md5_update(&context, bytes, static_cast<const uint8_t*>(name.data()));
-    md5_digest(&context, sizeof digest, digest);
-    std::string text;
-    for (const uint8_t byte : digest) {
-        text += "0123456789ABCDEF"[byte >> 4];
-        text += "0123456789ABCDEF"[byte & 15];
-    }
-    return text;
+    const size_t width = name.isWide() ? sizeof(char16_t) : sizeof(char);
+    return md5Digits(name.data(), static_cast<size_t>(name.size()) * width);
+}
+
+/// Puts a folder that is whole in the place of an earlier one.
+bool putInPlace(FNFileSystem& files, const char* from, const char* to) {
+    FNPath path = folderNamed(from);
+    const FNPath target = folderNamed(to);
+    if (files.exists(target) && !files.deleteTree(target))
+        return false;
+    return files.rename(path, to);
 }
 
 /// Attributes as an object of their own, for the settings files.
@@ -110,8 +115,29 @@ bool FDefaultPool::load() {
     return folderMode_ ? loadFolder() : loadSingleFile();
 }
 
+bool FDefaultPool::loadFile(const std::string& name, std::string_view tag, CmObject& object) {
+    XmlFile::OwnFile found = XmlFile::OwnFile::missing;
+    const bool isLoaded = XmlFile::load(toText(name), tag, object, &found);
+    if (found == XmlFile::OwnFile::unreadable)
+        unreadable_.insert(name);
+    return isLoaded;
+}
+
+bool FDefaultPool::saveFile(const std::string& name, std::string_view tag, CmObject& object) {
+    if (unreadable_.contains(name)) {
+        if (!XmlFile::setAside(toText(name)))
+            return false;
+        unreadable_.erase(name);
+    }
+    return XmlFile::save(toText(name), tag, object);
+}
+
+bool FDefaultPool::loadGroup(FDefaults& group) {
+    return loadFile(inFolder(digestOf(group.group())), storeTag, group);
+}
+
 bool FDefaultPool::loadSingleFile() {
-    const bool isLoaded = XmlFile::load(storeName, storeTag, *this);
+    const bool isLoaded = loadFile(storeName, storeTag, *this);
     if (markExtracted())
         preferencesNeedExtraction_ = true;
     return isLoaded;
@@ -130,11 +156,11 @@ bool FDefaultPool::loadFolder() {
     auto* files = FNFileSystem::instance();
     if (files && files->exists(folderNamed(storeName))) {
         Holder savers;
-        if (XmlFile::load(ConstString(std::string_view(inFolder("AutoSaver"))), autoSaverTag, savers))
+        if (loadFile(inFolder(autoSaverName), autoSaverTag, savers))
             savedAutoSaverAttributes_ = make<FAttributes>(savers.held);
         return true;
     }
-    const bool isRead = XmlFile::load(storeName, storeTag, *this);
+    const bool isRead = loadFile(storeName, storeTag, *this);
     preferencesNeedExtraction_ = isRead;
     const FDefaults* group = getGroup(poolGroup, 0, false);
     if (group && group->values().contains(extractedMark))
@@ -144,9 +170,10 @@ bool FDefaultPool::loadFolder() {
 
 void FDefaultPool::finishLoad() {
     if (savedAutoSaverAttributes_)
-        for (AutoSaver* saver : std::vector(autoSavers_))
-            if (FAttributes* saved = savedAutoSaverAttributes_->getAttributes(saver->getClassName()))
-                saver->restoreAttributes(saved);
+        autoSavers_.tell([saved = savedAutoSaverAttributes_](AutoSaver& saver) {
+            if (FAttributes* own = saved->getAttributes(saver.getClassName()))
+                saver.restoreAttributes(own);
+        });
     for (const Callback callback : std::vector(afterLoad_))
         callback();
     loaded_ = true;
@@ -161,40 +188,59 @@ bool FDefaultPool::save(bool force) {
             callback();
     if (saveHook_ && !saveHook_())
         return true;
-    return folderMode_ ? saveFolder() : XmlFile::save(storeName, storeTag, *this);
+    return folderMode_ ? saveFolder() : saveFile(storeName, storeTag, *this);
 }
 
 bool FDefaultPool::saveFolder() {
     auto* files = FNFileSystem::instance();
-    if (!files || !folderNamed(storeName).createFolders())
+    if (!files)
         return false;
+    if (files->exists(folderNamed(storeName)))
+        return saveGroups(storeName) && removeSingleFile();
+    // The next start reads the single file no more once the folder stands, so it stands when it is whole.
+    const FNPath folder = folderNamed(newStoreName);
+    if (files->exists(folder) && !files->deleteTree(folder))
+        return false;
+    return folder.createFolders() && saveGroups(newStoreName) &&
+           putInPlace(*files, newStoreName, storeName) && removeSingleFile();
+}
+
+bool FDefaultPool::saveGroups(const std::string& folder) {
     bool isGood = true;
     for (const auto& [name, group] : groups_)
         if (!group->isEmpty())
-            isGood &= XmlFile::save(ConstString(std::string_view(inFolder(digestOf(group->group())))),
-                                    storeTag, *group);
+            isGood &= saveFile(inFolder(digestOf(group->group()), folder), storeTag, *group);
     for (const std::string& name : removedGroups_)
         for (const String& stored :
              {String(std::string_view(name)), String(ConstString(name.c_str()).toUtf16().c_str())})
-            XmlFile::remove(ConstString(std::string_view(inFolder(digestOf(stored)))));
-    if (XmlFile::exists(storeName))
-        XmlFile::remove(storeName);
+            XmlFile::remove(toText(inFolder(digestOf(stored), folder)));
     Holder savers;
     if (saveAutoSavers(savers.held))
-        isGood &= XmlFile::save(ConstString(std::string_view(inFolder("AutoSaver"))), autoSaverTag, savers);
+        isGood &= saveFile(inFolder(autoSaverName, folder), autoSaverTag, savers);
     return isGood;
+}
+
+/// What the folder took over is not needed in the single file any more.
+bool FDefaultPool::removeSingleFile() {
+    if (unreadable_.contains(storeName))
+        return XmlFile::setAside(storeName) && unreadable_.erase(storeName) > 0;
+    return !XmlFile::exists(storeName) || XmlFile::remove(storeName);
 }
 
 /// False when none is registered.
 bool FDefaultPool::saveAutoSavers(FAttributes& attributes) {
-    for (AutoSaver* saver : std::vector(autoSavers_))
-        attributes.saveObject(saver->getClassName(), saver);
-    return !autoSavers_.empty();
+    bool isAny = false;
+    autoSavers_.tell([&](AutoSaver& saver) {
+        attributes.saveObject(saver.getClassName(), &saver);
+        isAny = true;
+    });
+    return isAny;
 }
 
 void FDefaultPool::clear() {
     groups_.clear();
     removedGroups_.clear();
+    unreadable_.clear();
     afterLoad_.clear();
     beforeSave_.clear();
     savedAutoSaverAttributes_.reset();
@@ -206,36 +252,33 @@ bool FDefaultPool::trash() {
     auto* files = FNFileSystem::instance();
     if (folderMode_)
         return files && files->deleteTree(folderNamed(storeName));
-    XmlFile::remove(trashName);
     return XmlFile::rename(storeName, trashName);
 }
 
 bool FDefaultPool::backup() {
     if (!folderMode_)
-        return XmlFile::backup(storeName);
+        return !XmlFile::exists(storeName) || XmlFile::backup(storeName);
     auto* files = FNFileSystem::instance();
-    const FNPath copy = folderNamed(backupName);
+    const FNPath copy = folderNamed(newBackupName);
     if (!files || (files->exists(copy) && !files->deleteTree(copy)))
         return false;
-    return files->copyTree(folderNamed(storeName), copy);
+    if (!files->exists(folderNamed(storeName)))
+        return true;
+    return files->copyTree(folderNamed(storeName), copy) && putInPlace(*files, newBackupName, backupName);
 }
 
 bool FDefaultPool::restore() {
     if (!folderMode_)
         return XmlFile::restore(storeName);
     auto* files = FNFileSystem::instance();
-    const FNPath copy = folderNamed(backupName);
-    const FNPath store = folderNamed(storeName);
-    if (!files || !files->exists(copy) || (files->exists(store) && !files->deleteTree(store)))
-        return false;
-    return files->copyTree(copy, store) && files->deleteTree(copy);
+    return files && files->exists(folderNamed(backupName)) && putInPlace(*files, backupName, storeName);
 }
 
 void FDefaultPool::registerAutoSaver(AutoSaver* saver) {
-    autoSavers_.push_back(saver);
+    autoSavers_.add(saver);
 }
 void FDefaultPool::unregisterAutoSaver(AutoSaver* saver) {
-    std::erase(autoSavers_, saver);
+    autoSavers_.remove(saver);
 }
 
 bool FDefaultPool::storeAttributes(FAttributes* attributes) {
@@ -270,23 +313,8 @@ FGlobalDefaultPool* FGlobalDefaultPool::instance() {
 Ref<FDefaults> FGlobalDefaultPool::createGroup(const ConstString& name) {
     Ref<FDefaults> group = FDefaultPool::createGroup(name);
     if (isFolderMode() && !isRefused())
-        XmlFile::load(ConstString(std::string_view(inFolder(digestOf(name)))), storeTag, *group);
+        loadGroup(*group);
     return group;
-}
-
-void FPath::saveDefault(const ConstString& key) const {
-    auto* pool = FGlobalDefaultPool::instance();
-    if (FDefaults* group = pool ? pool->getGroup(defaultPaths) : nullptr)
-        group->values().setString(key.toUtf8(), getFolder());
-}
-
-bool FPath::loadDefault(const ConstString& key) {
-    auto* pool = FGlobalDefaultPool::instance();
-    FDefaults* group = pool ? pool->getGroup(defaultPaths) : nullptr;
-    if (!group || !group->values().contains(key.toUtf8()))
-        return false;
-    setFolder(group->values().getString(key.toUtf8()));
-    return true;
 }
 
 } // namespace qorl

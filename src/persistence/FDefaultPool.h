@@ -1,8 +1,10 @@
 #pragma once
 
+#include "foundation/messages/ListenerList.h"
 #include "foundation/text/CmString.h"
 #include "persistence/FDefaults.h"
 
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -13,7 +15,9 @@ namespace qorl {
 ///
 /// Loaded when the application starts and saved when it ends; in between everyone asks for a group and reads
 /// and writes its values. Settings that keep the program from starting can be put aside: `backup` and
-/// `restore` disable them for one run, `trash` does away with them. Threading: the user-interface thread.
+/// `restore` disable them for one run, `trash` does away with them. A file that could not be read is never
+/// overwritten: the first save over it puts it away as "NAME (Damaged)", and fails where that fails.
+/// Threading: the user-interface thread.
 class FDefaultPool : public CmObject {
     QORL_CLASS(FDefaultPool, CmObject)
 
@@ -40,10 +44,11 @@ public:
     /// Forgets all groups, hooks and callbacks, as before the first load.
     void clear();
 
-    /// Puts the store away under "Defaults (Trashed)".
+    /// Puts the store away under "Defaults (Trashed)"; one file for each group are deleted.
     bool trash();
+    /// Copies the store beside itself, if there is one. A copy that fails leaves an earlier one.
     bool backup();
-    /// Brings back what `backup` left, if anything.
+    /// Brings back what `backup` left, if anything, and takes it away.
     bool restore();
 
     /// Asked before anything is read or written; false stops the work.
@@ -71,8 +76,14 @@ public:
 protected:
     /// The load hook said no: nothing is read from files in this run.
     bool isRefused() const { return noNewGroups_; }
+    /// Reads the file of `group` in folder mode, if it has one.
+    bool loadGroup(FDefaults& group);
 
 private:
+    bool loadFile(const std::string& name, std::string_view tag, CmObject& object);
+    bool saveFile(const std::string& name, std::string_view tag, CmObject& object);
+    bool removeSingleFile();
+    bool saveGroups(const std::string& folder);
     bool isRemoved(const std::string& name) const;
     bool loadFolder();
     bool loadSingleFile();
@@ -82,7 +93,9 @@ private:
 
     std::unordered_map<std::string, Ref<FDefaults>> groups_;
     std::vector<std::string> removedGroups_;
-    std::vector<AutoSaver*> autoSavers_;
+    /// Files, by their names in the settings, that hold what could not be read.
+    std::set<std::string> unreadable_;
+    ListenerList<AutoSaver> autoSavers_;
     Ref<FAttributes> savedAutoSaverAttributes_;
     std::vector<Callback> afterLoad_;
     std::vector<Callback> beforeSave_;

@@ -2,6 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "persistence/FAttributes.h"
+#include "persistence/FDefaultPool.h"
 
 #include <algorithm>
 
@@ -10,6 +11,9 @@ namespace qorl {
 QORL_REGISTER(FPath, "FPath", CmObject, 0)
 
 namespace {
+
+/// The group of the settings that holds the last folders of dialogs.
+constexpr const char* defaultPaths = "Default Paths";
 
 /// Where the extension's dot stands in a name; `notFound` without an extension.
 int32_t dotOf(const String& name) {
@@ -145,6 +149,21 @@ bool FPath::storeAttributes(FAttributes* attributes) {
 bool FPath::restoreAttributes(FAttributes* attributes) {
     setFullPath(attributes->getString("Path"));
     setIsFolder(attributes->getInteger("IsFolder") != 0);
+    return true;
+}
+
+void FPath::saveDefault(const ConstString& key) const {
+    auto* pool = FGlobalDefaultPool::instance();
+    if (FDefaults* group = pool ? pool->getGroup(defaultPaths) : nullptr)
+        group->values().setString(key.toUtf8(), getFolder());
+}
+
+bool FPath::loadDefault(const ConstString& key) {
+    auto* pool = FGlobalDefaultPool::instance();
+    FDefaults* group = pool ? pool->getGroup(defaultPaths) : nullptr;
+    if (!group || !group->values().contains(key.toUtf8()))
+        return false;
+    setFolder(group->values().getString(key.toUtf8()));
     return true;
 }
 

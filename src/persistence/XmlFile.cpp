@@ -23,16 +23,30 @@ FNPath oldFileOf(const ConstString& name) {
     return fileOf(old);
 }
 
-bool readFile(const FNPath& path, std::string_view tag, FAttributes& attributes) {
+enum class Reading { done, cannotOpen, damaged };
+
+Reading readFile(const FNPath& path, std::string_view tag, FAttributes& attributes,
+                 int32_t* error = nullptr) {
     std::string bytes;
     auto* files = FNFileSystem::instance();
-    if (!files || !files->readWholeFile(path, bytes, maxFileBytes))
-        return false;
-    std::string error;
-    if (XmlDocument::read(bytes, tag, attributes, &error))
-        return true;
-    platform::debugOutput(path.toUtf8() + ':' + error);
-    return false;
+    if (!files || !files->readWholeFile(path, bytes, maxFileBytes, error))
+        return Reading::cannotOpen;
+    std::string reason;
+    if (XmlDocument::read(bytes, tag, attributes, &reason))
+        return Reading::done;
+    platform::debugOutput(path.toUtf8() + ':' + reason);
+    return Reading::damaged;
+}
+
+bool restoreFrom(const FNPath& path, std::string_view tag, CmObject& object) {
+    FAttributes attributes;
+    return readFile(path, tag, attributes) == Reading::done && object.restoreAttributes(&attributes);
+}
+
+bool holdsAlready(FNFileSystem& files, const FNPath& path, std::string_view text) {
+    std::string bytes;
+    return files.getFileSizeOf(path) == static_cast<int64_t>(text.size()) &&
+           files.readWholeFile(path, bytes, maxFileBytes) && bytes == text;
 }
 
 } // namespace
@@ -47,21 +61,57 @@ bool XmlFile::save(const ConstString& name, std::string_view tag, CmObject& obje
     if (!path.createFolders())
         return false;
     const std::span bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
-    return files->replaceFile(path, bytes);
+    if (!holdsAlready(*files, path, text) && !files->replaceFile(path, bytes))
+        return false;
+    if (const FNPath old = oldFileOf(name); files->exists(old))
+        files->deleteFile(old);
+    return true;
 }
 
-bool XmlFile::load(const ConstString& name, std::string_view tag, CmObject& object) {
+bool XmlFile::load(const ConstString& name, std::string_view tag, CmObject& object, OwnFile* found) {
+    OwnFile own = OwnFile::missing;
+    OwnFile& state = found ? *found : own;
+    state = OwnFile::missing;
     auto* files = FNFileSystem::instance();
     if (!files)
         return false;
-    FNPath path = fileOf(name);
+    const FNPath path = fileOf(name);
     FNPath old = oldFileOf(name);
-    if (!files->exists(path) && files->exists(old))
-        files->rename(old, path.getName());
-    if (!files->exists(path))
-        path = fileOf(name, FFileType::settingsFile(), FNPath::sharedData);
     FAttributes attributes;
-    return readFile(path, tag, attributes) && object.restoreAttributes(&attributes);
+    platform::FileError error;
+    Reading reading = readFile(path, tag, attributes, &error.code);
+    if (error.isNotFound() && files->exists(old) && files->rename(old, path.getName()))
+        reading = readFile(path, tag, attributes, &error.code);
+    if (reading == Reading::done && object.restoreAttributes(&attributes)) {
+        state = OwnFile::read;
+        return true;
+    }
+    if (!error.isNotFound()) {
+        state = OwnFile::unreadable;
+        if (restoreFrom(old, tag, object))
+            return true;
+    }
+    return reading == Reading::cannotOpen &&
+           restoreFrom(fileOf(name, FFileType::settingsFile(), FNPath::sharedData), tag, object);
+}
+
+bool XmlFile::setAside(const ConstString& name) {
+    constexpr int32_t mostKept = 1000;
+    auto* files = FNFileSystem::instance();
+    FNPath path = fileOf(name);
+    if (!files || !files->exists(path))
+        return files != nullptr;
+    for (int32_t number = 1; number <= mostKept; ++number) {
+        String away = name;
+        away.append(" (Damaged");
+        if (number > 1)
+            away.append(ConstString(std::string_view(' ' + std::to_string(number))));
+        away.append(")");
+        const FNPath target = fileOf(away);
+        if (!files->exists(target))
+            return files->rename(path, target.getName());
+    }
+    return false;
 }
 
 bool XmlFile::exists(const ConstString& name) {

@@ -9,6 +9,7 @@
 #include "persistence/FDefaultPool.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 
 namespace qorl {
@@ -113,6 +114,30 @@ TEST_F(FComponentRegistryTest, TellsListenersBeforeTheDirectoryChanges) {
     EXPECT_EQ(journal.text, "+Gate0 -Gate1 ");
     registry().unloadAll();
     EXPECT_EQ(registry().countInCategory("Effect"), 0);
+}
+
+/// Takes the next listener away when it hears of something.
+class Remover : public ComponentListener {
+public:
+    void componentAdded(FComponentDescription*) override {
+        FComponentRegistry::instance()->removeListener(next.get());
+        next.reset();
+    }
+    void componentRemoved(FComponentDescription*) override {}
+    void componentsLoaded() override {}
+
+    std::unique_ptr<Journal> next;
+};
+
+TEST_F(FComponentRegistryTest, CallsNoListenerThatAnotherOneRemoved) {
+    Remover remover;
+    remover.next = std::make_unique<Journal>(registry());
+    registry().addListener(&remover);
+    registry().addListener(remover.next.get());
+    add("Effect", "Gate", gateId);
+    EXPECT_EQ(remover.next, nullptr);
+    EXPECT_EQ(registry().countInCategory("Effect"), 1);
+    registry().removeListener(&remover);
 }
 
 TEST_F(FComponentRegistryTest, CreatesByPlaceNameAndId) {

@@ -5,12 +5,18 @@
 #include "persistence/XmlDocument.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
+#include <sys/stat.h>
 
 namespace qorl {
 namespace {
 
 std::string calls;
+
+const std::string damaged = "<Defaults><list name='Entries' type='li";
+// MD5 of "Group"
+const std::string groupFile = "03937134CEDAB9078BE39A77EE3A48A0";
 
 bool refuse() {
     calls += "refused ";
@@ -154,14 +160,49 @@ TEST_P(FDefaultPoolTest, PutsBadSettingsAway) {
 }
 
 TEST_P(FDefaultPoolTest, StartsAfreshOverADamagedFile) {
-    folder_.write("settings/Defaults.xml", "<Defaults><list name='Entries' type='li");
+    folder_.write("settings/Defaults.xml", damaged);
     EXPECT_FALSE(loadAll());
     EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
     pool().getGroup("Group")->values().setInteger("n", 1);
+    EXPECT_EQ(folder_.read("settings/Defaults.xml"), damaged) << "until something else is stored";
     EXPECT_TRUE(pool().save(true));
+    EXPECT_EQ(folder_.read("settings/Defaults (Damaged).xml"), damaged);
     restart();
     EXPECT_TRUE(loadAll());
     EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_FALSE(folder_.has("settings/Defaults (Damaged 2).xml"));
+}
+
+TEST_P(FDefaultPoolTest, KeepsEachDamagedFile) {
+    const std::string name = GetParam() ? "Defaults/" + groupFile : "Defaults";
+    folder_.write("settings/" + name + " (Damaged).xml", "earlier");
+    folder_.write("settings/" + name + ".xml", damaged);
+    EXPECT_EQ(loadAll(), GetParam());
+    EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_EQ(folder_.read("settings/" + name + " (Damaged).xml"), "earlier");
+    EXPECT_EQ(folder_.read("settings/" + name + " (Damaged 2).xml"), damaged);
+    EXPECT_NE(folder_.read("settings/" + name + ".xml").find("name=\"n\""), std::string::npos);
+}
+
+TEST_P(FDefaultPoolTest, TouchesOnlyFilesThatChanged) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    const std::string path =
+        folder_ / (GetParam() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml");
+    platform::FileInfo before;
+    platform::FileInfo after;
+    platform::getFileInfo(path, before);
+    pool().save(true);
+    platform::getFileInfo(path, after);
+    EXPECT_EQ(after.serial, before.serial);
+    pool().getGroup("Group")->values().setInteger("n", 2);
+    pool().save(true);
+    platform::getFileInfo(path, after);
+    EXPECT_NE(after.serial, before.serial);
 }
 
 TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
@@ -193,12 +234,66 @@ TEST_P(FDefaultPoolFormTest, MovesToOneFileForEachGroup) {
     EXPECT_FALSE(pool().preferencesNeedExtraction());
     pool().save(true);
     EXPECT_FALSE(folder_.has("settings/Defaults.xml"));
-    // MD5 of "Group"
-    EXPECT_TRUE(folder_.has("settings/Defaults/03937134CEDAB9078BE39A77EE3A48A0.xml"));
+    EXPECT_TRUE(folder_.has("settings/Defaults/" + groupFile + ".xml"));
     restart();
     pool().setFolderMode();
     loadAll();
     EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+}
+
+TEST_P(FDefaultPoolFormTest, KeepsTheSingleFileUntilAllGroupsAreStored) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    restart();
+    pool().setFolderMode();
+    loadAll();
+    // What stands in the way of the new folder fails the save.
+    folder_.write("settings/Defaults (New)", "x");
+    EXPECT_FALSE(pool().save(true));
+    EXPECT_TRUE(folder_.has("settings/Defaults.xml"));
+    EXPECT_FALSE(folder_.has("settings/Defaults"));
+    restart();
+    pool().setFolderMode();
+    EXPECT_TRUE(loadAll());
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+}
+
+TEST_P(FDefaultPoolFormTest, KeepsAnEarlierBackupWhenANewOneFails) {
+    pool().setFolderMode();
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    EXPECT_TRUE(pool().backup());
+    // A pipe can't be copied.
+    ASSERT_EQ(mkfifo((folder_ / "settings/Defaults/pipe").c_str(), 0600), 0);
+    EXPECT_FALSE(pool().backup());
+    EXPECT_TRUE(pool().restore());
+    EXPECT_TRUE(folder_.has("settings/Defaults/" + groupFile + ".xml"));
+    EXPECT_FALSE(folder_.has("settings/Defaults/pipe"));
+    EXPECT_FALSE(folder_.has("settings/Defaults (Backup)"));
+}
+
+/// Goes with the other one.
+class Pair : public Saver {
+    QORL_CLASS(Pair, Saver)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        calls += "stored ";
+        other.reset();
+        return Saver::storeAttributes(attributes);
+    }
+
+    std::unique_ptr<Pair> other;
+};
+
+TEST_P(FDefaultPoolFormTest, AsksNoAutoSaverThatAnotherOneReleased) {
+    loadAll();
+    Pair first;
+    first.other = std::make_unique<Pair>();
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_EQ(calls, "stored ");
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolFormTest, ::testing::Values(false));
