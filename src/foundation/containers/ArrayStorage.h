@@ -62,6 +62,8 @@ protected:
     bool insert(int32_t place, CmObject* object);
 
 private:
+    friend class CmArrayIterator;
+
     /// True when there is room for one more.
     bool grow();
 
@@ -75,20 +77,16 @@ class CmArrayIterator final : public CmIterator {
 public:
     explicit CmArrayIterator(const ArrayStorage& array) : array_(array) {}
 
-    bool done() const override { return index_ < 0 || index_ >= array_.count(); }
+    bool done() const override { return index_ < 0 || index_ >= array_.count_; }
     CmObject* next() override {
-        CmObject* element = current();
-        index_ += element != nullptr;
-        return element;
+        return CmArrayIterator::done() ? nullptr : array_.array_[static_cast<size_t>(index_++)];
     }
     CmObject* previous() override {
-        CmObject* element = current();
-        index_ -= element != nullptr;
-        return element;
+        return CmArrayIterator::done() ? nullptr : array_.array_[static_cast<size_t>(index_--)];
     }
     CmObject* current() const override { return array_.ArrayStorage::at(index_); }
     void first() override { index_ = 0; }
-    void last() override { index_ = array_.count() - 1; }
+    void last() override { index_ = array_.count_ - 1; }
     void forward(int32_t count) override;
     void backward(int32_t count) override;
 

@@ -50,4 +50,43 @@ struct BTreePlace {
     BTreePlace settled() const;
 };
 
+/// Where in `node` a new key goes: behind its equals. `order(key)` compares the new one with a key.
+/// `foundEqual` says whether the search met an equal key; in a node that has one it does.
+template <typename Order>
+int32_t placeBehindEquals(const BTreeNode& node, Order order, bool& foundEqual) {
+    int32_t low = 0;
+    int32_t high = node.count;
+    while (low < high) {
+        const int32_t middle = (low + high) / 2;
+        const int32_t result = order(node.keys[middle]);
+        foundEqual |= result == 0;
+        if (result < 0)
+            high = middle;
+        else
+            low = middle + 1;
+    }
+    return low;
+}
+
+/// The first place of the tree below `node` whose key is not below what `order` compares with.
+template <typename Order>
+BTreePlace placeAtEquals(BTreeNode* node, Order order) {
+    BTreePlace found;
+    while (node) {
+        int32_t low = 0;
+        int32_t high = node->count;
+        while (low < high) {
+            const int32_t middle = (low + high) / 2;
+            if (order(node->keys[middle]) > 0)
+                low = middle + 1;
+            else
+                high = middle;
+        }
+        if (low < node->count)
+            found = {node, low};
+        node = node->isLeaf() ? nullptr : node->children[low];
+    }
+    return found;
+}
+
 } // namespace qorl

@@ -33,6 +33,20 @@ struct Chain {
             tail = node;
     }
 
+    /// Behind `before`, a node of this chain.
+    void insertAfter(Node* before, Node* node) {
+        if (before == tail) {
+            append(node);
+            return;
+        }
+        node->next = before->next;
+        before->next = node;
+        if constexpr (isDouble) {
+            node->previous = before;
+            node->next->previous = node;
+        }
+    }
+
     /// `before` is the node before `node`, null at the head.
     void unlink(Node* before, Node* node) {
         (before ? before->next : head) = node->next;

@@ -91,19 +91,22 @@ private:
 template <typename Node>
 class ChainIterator final : public CmIterator {
 public:
-    explicit ChainIterator(const ChainContainer<Node>& list) : list_(list), node_(list.chain_.head) {}
+    explicit ChainIterator(const ChainContainer<Node>& list) : list_(list) { ChainIterator::first(); }
 
     bool done() const override { return !node_; }
     CmObject* next() override {
         CmObject* element = ChainIterator::current();
-        if (node_)
-            before_ = std::exchange(node_, node_->next);
+        if (!element)
+            return nullptr;
+        if constexpr (!isDouble)
+            before_ = node_;
+        node_ = node_->next;
         return element;
     }
     CmObject* previous() override {
         CmObject* element = ChainIterator::current();
-        if (node_)
-            standOn(before_);
+        if (element)
+            standOn(beforeNode());
         return element;
     }
     CmObject* current() const override { return node_ ? list_.objectOf(node_) : nullptr; }
@@ -113,14 +116,26 @@ public:
 private:
     friend class ChainContainer<Node>;
 
+    static constexpr bool isDouble = Chain<Node>::isDouble;
+
     void standOn(Node* node) {
         node_ = node;
-        before_ = node ? list_.chain_.before(node) : nullptr;
+        if constexpr (!isDouble)
+            before_ = node ? list_.chain_.before(node) : nullptr;
     }
+    Node* beforeNode() const {
+        if constexpr (isDouble)
+            return node_->previous;
+        else
+            return before_;
+    }
+
+    struct Nothing {};
 
     const ChainContainer<Node>& list_;
     Node* node_;
-    Node* before_ = nullptr; ///< The node before `node_`; null at the head.
+    /// The node before `node_`, null at the head, where the node itself does not know it.
+    [[no_unique_address]] std::conditional_t<isDouble, Nothing, Node*> before_;
 };
 
 template <typename Node>
@@ -173,8 +188,9 @@ bool ChainContainer<Node>::removeAtIterator(CmIterator* iterator) {
     auto* at = static_cast<Iterator*>(iterator);
     if (!at || &at->list_ != this || !at->node_)
         return false;
+    Node* before = at->beforeNode();
     Node* removed = std::exchange(at->node_, at->node_->next);
-    give(leave(at->before_, removed));
+    give(leave(before, removed));
     return true;
 }
 

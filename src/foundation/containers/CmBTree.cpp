@@ -71,43 +71,6 @@ void merge(const Siblings& s, BTreePlace& followed) {
     BTreeNode::destroy(s.right);
 }
 
-/// Where `object` goes: behind its equals. `foundEqual` says whether the search met one; in the node that has
-/// one it does.
-int32_t placeBehindEquals(const BTreeNode& node, const CmObject* object, bool& foundEqual) {
-    int32_t low = 0;
-    int32_t high = node.count;
-    while (low < high) {
-        const int32_t middle = (low + high) / 2;
-        const int32_t order = object->compare(node.keys[middle]);
-        foundEqual |= order == 0;
-        if (order < 0)
-            high = middle;
-        else
-            low = middle + 1;
-    }
-    return low;
-}
-
-/// The first place in the tree whose key is not below `object`.
-BTreePlace placeAtEquals(BTreeNode* node, const CmObject* object) {
-    BTreePlace found;
-    while (node) {
-        int32_t low = 0;
-        int32_t high = node->count;
-        while (low < high) {
-            const int32_t middle = (low + high) / 2;
-            if (object->compare(node->keys[middle]) > 0)
-                low = middle + 1;
-            else
-                high = middle;
-        }
-        if (low < node->count)
-            found = {node, low};
-        node = node->isLeaf() ? nullptr : node->children[low];
-    }
-    return found;
-}
-
 } // namespace
 
 class CmBTree::SpareNodes {
@@ -200,29 +163,16 @@ void CmBTree::destroyNode(BTreeNode* node, Ownership ownership) const {
     BTreeNode::destroy(node);
 }
 
-bool CmBTree::insert(CmObject* object, Equals equals) {
-    if (!object)
-        return false;
-    if (!root_)
-        root_ = BTreeNode::make(order_, Kind::leaf);
-    BTreeNode* node = root_;
-    int32_t place = 0;
-    while (node) {
-        bool foundEqual = false;
-        place = placeBehindEquals(*node, object, foundEqual);
-        if (foundEqual && equals == Equals::refuse)
-            return false;
-        if (node->isLeaf())
-            break;
-        node = node->children[place];
-    }
+bool CmBTree::insertAt(BTreeNode* leaf, int32_t index, CmObject* object) {
+    if (!leaf)
+        leaf = root_ = BTreeNode::make(order_, Kind::leaf);
     SpareNodes spare;
-    if (!node || !spare.provide(node, order_))
+    if (!leaf || !spare.provide(leaf, order_))
         return false;
     take(object);
     ++size_;
-    node->insertKey(place, object);
-    for (; node && node->count == order_; node = node->parent)
+    leaf->insertKey(index, object);
+    for (BTreeNode* node = leaf; node && node->count == order_; node = node->parent)
         split(node, spare);
     return true;
 }
@@ -293,10 +243,12 @@ void CmBTree::mend(BTreeNode* node, BTreePlace& followed) {
 BTreePlace CmBTree::locate(const CmObject* object) const {
     if (!object)
         return {};
-    for (BTreePlace place = placeAtEquals(root_, object); place && object->compare(place.key()) == 0;
-         place = place.next())
+    for (BTreePlace place = placeAtEquals(root_, RankOf{object}); place; place = place.next()) {
         if (place.key() == object)
             return place;
+        if (object->compare(place.key()) != 0)
+            break;
+    }
     // Its rank may have changed since.
     BTreePlace place = BTreePlace::first(root_);
     while (place && place.key() != object)
@@ -333,10 +285,13 @@ void CmBTree::removeAll() {
 CmObject* CmBTree::find(const CmObject* object) const {
     if (!object)
         return nullptr;
-    for (BTreePlace place = placeAtEquals(root_, object); place && object->compare(place.key()) == 0;
-         place = place.next())
+    // Most often the first one is it, and its rank needn't be asked for again.
+    for (BTreePlace place = placeAtEquals(root_, RankOf{object}); place; place = place.next()) {
         if (object->isEqual(place.key()))
             return place.key();
+        if (object->compare(place.key()) != 0)
+            return nullptr;
+    }
     return nullptr;
 }
 

@@ -32,7 +32,7 @@ public:
     CmObject* clone() const override { return copyOf(*this); }
 
     int32_t count() const override { return size_; }
-    bool add(CmObject* object) override { return insert(object, Equals::accept); }
+    bool add(CmObject* object) override { return object && insert(object, Equals::accept, RankOf{object}); }
     bool removeAtIterator(CmIterator* iterator) override;
     bool remove(CmObject* object) override;
     void removeAll() override;
@@ -45,11 +45,18 @@ public:
 protected:
     enum class Equals : uint8_t { accept, refuse };
 
-    /// With `refuse` an object that compares equal to an element isn't added.
-    bool insert(CmObject* object, Equals equals);
+    struct RankOf {
+        const CmObject* object;
+        int32_t operator()(const CmObject* key) const { return object->compare(key); }
+    };
+
+    /// Adds an object that is not null where `order`, which compares it with a key, says. With `refuse` it
+    /// isn't added beside an equal one.
+    template <typename Order>
+    bool insert(CmObject* object, Equals equals, Order order);
 
     /// Null when empty.
-    const BTreeNode* getRoot() const { return root_; }
+    BTreeNode* getRoot() const { return root_; }
 
 private:
     friend class CmBTreeIterator;
@@ -58,6 +65,8 @@ private:
     class SpareNodes;
 
     int32_t leastKeys() const { return (order_ - 1) / 2; }
+    /// In a leaf, or in a new root without one.
+    bool insertAt(BTreeNode* leaf, int32_t index, CmObject* object);
     BTreePlace locate(const CmObject* object) const;
     void split(BTreeNode* node, SpareNodes& spare);
     /// Takes the key out. The result is the place of the key behind it.
@@ -69,6 +78,22 @@ private:
     int32_t order_;
     BTreeNode* root_ = nullptr;
 };
+
+template <typename Order>
+bool CmBTree::insert(CmObject* object, Equals equals, Order order) {
+    BTreeNode* node = root_;
+    int32_t index = 0;
+    while (node) {
+        bool foundEqual = false;
+        index = placeBehindEquals(*node, order, foundEqual);
+        if (foundEqual && equals == Equals::refuse)
+            return false;
+        if (node->isLeaf())
+            break;
+        node = node->children[index];
+    }
+    return insertAt(node, index, object);
+}
 
 /// Walks a B-tree in its order.
 class CmBTreeIterator final : public CmIterator {

@@ -1,6 +1,6 @@
 #include "foundation/containers/CmHashTable.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace qorl {
 
@@ -21,22 +21,16 @@ CmHashTable::CmHashTable(int32_t buckets, Growth growth, Ownership ownership)
 CmHashTable::CmHashTable(const CmHashTable& other)
     : CmContainer(other), growth_(other.growth_), hash_(other.hash_) {
     size_ = other.size_;
-    for (CmHashTableIterator iterator(other); !iterator.done();) {
-        CmObject* element = iterator.next();
-        if (!CmHashTable::add(element))
+    for (const Node* node = other.chain_.head; node; node = node->next) {
+        if (!CmHashTable::add(node->object))
             return;
         if (ownership_ == Ownership::adopt)
-            element->addRef();
+            node->object->addRef();
     }
 }
 
 CmHashTable::~CmHashTable() {
     CmHashTable::removeAll();
-}
-
-uint32_t CmHashTable::bucketIndex(const CmObject* object, uint32_t buckets) const {
-    const uint32_t index = hash_ ? hash_(object, buckets) : object->hashCode(buckets);
-    return index < buckets ? index : index % buckets;
 }
 
 bool CmHashTable::makeBuckets() {
@@ -45,22 +39,38 @@ bool CmHashTable::makeBuckets() {
     return buckets_ != nullptr;
 }
 
-ListNode* CmHashTable::takeNodes() {
-    Chain<ListNode> all;
-    for (Bucket* bucket = buckets_.get(); bucket && bucket != buckets_.get() + size_; ++bucket) {
-        if (!bucket->head)
-            continue;
-        (all.tail ? all.tail->next : all.head) = bucket->head;
-        all.tail = bucket->tail;
-        *bucket = Bucket();
+void CmHashTable::enter(Node* node) {
+    node->bucket = bucketOf(hashOf(node->object));
+    Bucket& bucket = buckets_[node->bucket];
+    if (bucket.count++ == 0) {
+        chain_.append(node);
+        bucket.head = node;
+    } else {
+        chain_.insertAfter(bucket.tail, node);
     }
-    return all.head;
+    bucket.tail = node;
 }
 
-void CmHashTable::enterNodes(ListNode* node) {
+CmObject* CmHashTable::leave(Node* node) {
+    Bucket& bucket = buckets_[node->bucket];
+    if (--bucket.count == 0)
+        bucket = Bucket();
+    else if (bucket.head == node)
+        bucket.head = node->next;
+    else if (bucket.tail == node)
+        bucket.tail = node->previous;
+    chain_.unlink(node->previous, node);
+    --count_;
+    CmObject* object = node->object;
+    nodes_.give(node);
+    return object;
+}
+
+void CmHashTable::enterAll() {
+    Node* node = std::exchange(chain_, {}).head;
     while (node) {
-        ListNode* next = node->next;
-        bucketOf(node->object).enter(node);
+        Node* next = node->next;
+        enter(node);
         node = next;
     }
 }
@@ -72,152 +82,90 @@ bool CmHashTable::rebuild(int64_t buckets) {
     std::unique_ptr<Bucket[]> larger(new (std::nothrow) Bucket[static_cast<size_t>(buckets)]);
     if (!larger)
         return false;
-    ListNode* nodes = takeNodes();
     buckets_ = std::move(larger);
     size_ = static_cast<int32_t>(buckets);
-    enterNodes(nodes);
+    enterAll();
     return true;
 }
 
 void CmHashTable::setHashFunction(HashFunction hash) {
-    ListNode* nodes = takeNodes();
     hash_ = hash;
-    enterNodes(nodes);
+    if (!buckets_)
+        return;
+    std::fill_n(buckets_.get(), size_, Bucket());
+    enterAll();
 }
 
 bool CmHashTable::add(CmObject* object) {
     if (!object || !makeBuckets())
         return false;
-    std::unique_ptr<ListNode> node(new (std::nothrow) ListNode{nullptr, object});
+    Node* node = nodes_.take();
     if (!node)
         return false;
     if (growth_ == Growth::automatic && count_ / size_ >= elementsPerBucket &&
-        !rebuild(static_cast<int64_t>(size_) * growthFactor))
+        !rebuild(static_cast<int64_t>(size_) * growthFactor)) {
+        nodes_.give(node);
         return false;
+    }
     take(object);
-    bucketOf(object).enter(node.release());
+    node->object = object;
+    enter(node);
     ++count_;
     return true;
 }
 
-CmHashTable::Place CmHashTable::searchIn(Bucket& bucket, const CmObject* object) {
-    Place place{&bucket, nullptr, bucket.head};
-    while (place.node && place.node->object != object)
-        place.before = std::exchange(place.node, place.node->next);
-    return place;
-}
-
-CmHashTable::Place CmHashTable::locate(const CmObject* object) const {
-    Place place;
+CmHashTable::Node* CmHashTable::locate(const CmObject* object) const {
     if (!object || !buckets_)
-        return place;
-    place = searchIn(bucketOf(object), object);
+        return nullptr;
+    const auto isSame = [object](const CmObject* element) { return element == object; };
+    if (Node* node = nodeIn(hashOf(object), isSame))
+        return node;
     // Its hash may have changed since.
-    for (int32_t i = 0; !place.node && i < size_; ++i)
-        place = searchIn(buckets_[static_cast<size_t>(i)], object);
-    return place;
-}
-
-CmObject* CmHashTable::unlink(const Place& place) {
-    place.bucket->leave(place.before, place.node);
-    --count_;
-    CmObject* object = place.node->object;
-    delete place.node;
-    return object;
+    Node* node = chain_.head;
+    while (node && node->object != object)
+        node = node->next;
+    return node;
 }
 
 bool CmHashTable::removeAtIterator(CmIterator* iterator) {
     auto* at = static_cast<CmHashTableIterator*>(iterator);
-    if (!at || &at->table_ != this || !at->place_.node)
+    if (!at || &at->table_ != this || !at->node_)
         return false;
-    const CmHashTable::Place removed = at->place_;
-    at->place_.node = removed.node->next;
-    CmObject* object = unlink(removed);
-    if (!at->place_.node)
-        at->settle(removed.bucket + 1);
-    give(object);
+    Node* removed = std::exchange(at->node_, at->node_->next);
+    give(leave(removed));
     return true;
 }
 
 bool CmHashTable::remove(CmObject* object) {
-    const Place place = locate(object);
-    if (!place.node)
+    Node* node = locate(object);
+    if (!node)
         return false;
-    give(unlink(place));
+    give(leave(node));
     return true;
 }
 
 void CmHashTable::removeAll() {
-    const int32_t size = size_;
-    const std::unique_ptr<Bucket[]> buckets = std::move(buckets_);
+    // Whoever is reached from a destructor finds the table empty.
+    NodePool<Node> nodes;
+    nodes.swap(nodes_);
+    buckets_.reset();
     count_ = 0;
-    for (int32_t i = 0; buckets && i < size; ++i) {
-        ListNode* node = buckets[static_cast<size_t>(i)].head;
-        while (node) {
-            CmObject* object = node->object;
-            delete std::exchange(node, node->next);
-            give(object);
-        }
-    }
+    for (const Node* node = std::exchange(chain_, {}).head; node; node = node->next)
+        give(node->object);
 }
 
 CmObject* CmHashTable::find(const CmObject* object) const {
     if (!object || !buckets_)
         return nullptr;
-    for (const ListNode* node = bucketOf(object).head; node; node = node->next)
-        if (object->isEqual(node->object))
-            return node->object;
-    return nullptr;
+    return findIn(hashOf(object), [object](const CmObject* element) { return object->isEqual(element); });
 }
 
 bool CmHashTable::containsSame(const CmObject* object) const {
-    return locate(object).node != nullptr;
+    return locate(object) != nullptr;
 }
 
 CmIterator* CmHashTable::newIterator() const {
     return new (std::nothrow) CmHashTableIterator(*this);
-}
-
-CmObject* CmHashTableIterator::next() {
-    CmObject* element = current();
-    if (!element)
-        return nullptr;
-    place_.before = std::exchange(place_.node, place_.node->next);
-    if (!place_.node)
-        settle(place_.bucket + 1);
-    return element;
-}
-
-CmObject* CmHashTableIterator::previous() {
-    CmObject* element = current();
-    if (!element)
-        return nullptr;
-    if (place_.before)
-        place_ = {place_.bucket, place_.bucket->before(place_.before), place_.before};
-    else
-        settleBackwards(place_.bucket);
-    return element;
-}
-
-void CmHashTableIterator::first() {
-    settle(begin());
-}
-
-void CmHashTableIterator::last() {
-    settleBackwards(end());
-}
-
-void CmHashTableIterator::settle(CmHashTable::Bucket* bucket) {
-    while (bucket != end() && !bucket->head)
-        ++bucket;
-    place_ = {bucket, nullptr, bucket != end() ? bucket->head : nullptr};
-}
-
-void CmHashTableIterator::settleBackwards(CmHashTable::Bucket* bucket) {
-    place_ = {};
-    while (bucket != begin() && !place_.node)
-        if (--bucket; bucket->tail)
-            place_ = {bucket, bucket->before(bucket->tail), bucket->tail};
 }
 
 } // namespace qorl

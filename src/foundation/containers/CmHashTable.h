@@ -1,16 +1,18 @@
 #pragma once
 
 #include "foundation/containers/Chain.h"
-#include "foundation/containers/ChainContainer.h"
+#include "foundation/containers/CmContainer.h"
+#include "foundation/containers/NodePool.h"
 
 #include <memory>
+#include <utility>
 
 namespace qorl {
 
 class CmHashTableIterator;
 
-/// Objects by the bucket that their hash gives, in no order that means anything; equal ones in the order in
-/// which they were added. `size` is the number of buckets.
+/// Objects by the bucket that their hash gives; `size` is the number of buckets. A walk goes through the
+/// buckets in the order in which each got its first element, and through a bucket in the order of arrival.
 ///
 /// An element's hash must not change while it is here, else it may not be found; it can be removed still, by
 /// a walk.
@@ -52,69 +54,91 @@ public:
     /// Null, as at first, asks each object for its `hashCode`. The elements move to their new buckets.
     void setHashFunction(HashFunction hash);
 
+protected:
+    HashFunction getHashFunction() const { return hash_; }
+
+    /// The first element of the bucket of `hash` for which `matches` holds; null for none.
+    template <typename Matches>
+    CmObject* findIn(uint32_t hash, Matches matches) const;
+
 private:
     friend class CmHashTableIterator;
 
-    struct Bucket : Chain<ListNode> {
+    struct Node {
+        Node* next;
+        CmObject* object;
+        Node* previous;
+        uint32_t bucket; ///< Where it stands, whatever its hash may be meanwhile.
+    };
+    /// A stretch of the chain of all nodes.
+    struct Bucket {
         int32_t count = 0;
-
-        void enter(ListNode* node) {
-            append(node);
-            ++count;
-        }
-        void leave(ListNode* before, ListNode* node) {
-            unlink(before, node);
-            --count;
-        }
-    };
-    struct Place {
-        Bucket* bucket = nullptr;
-        ListNode* before = nullptr; ///< Null at the head of the bucket.
-        ListNode* node = nullptr;   ///< Null for none.
+        Node* head = nullptr;
+        Node* tail = nullptr;
     };
 
-    uint32_t bucketIndex(const CmObject* object, uint32_t buckets) const;
-    Bucket& bucketOf(const CmObject* object) const {
-        return buckets_[bucketIndex(object, static_cast<uint32_t>(size_))];
+    uint32_t hashOf(const CmObject* object) const {
+        const auto size = static_cast<uint32_t>(size_);
+        return hash_ ? hash_(object, size) : object->hashCode(size);
+    }
+    uint32_t bucketOf(uint32_t hash) const {
+        const auto size = static_cast<uint32_t>(size_);
+        return hash < size ? hash : hash % size;
     }
     bool makeBuckets();
     bool rebuild(int64_t buckets);
-    /// All nodes in one chain; the buckets are empty afterwards.
-    ListNode* takeNodes();
-    void enterNodes(ListNode* node);
-    static Place searchIn(Bucket& bucket, const CmObject* object);
-    Place locate(const CmObject* object) const;
-    CmObject* unlink(const Place& place);
+    /// Puts all nodes into the buckets, which are empty.
+    void enterAll();
+    void enter(Node* node);
+    /// Its object is free of the table then.
+    CmObject* leave(Node* node);
+    template <typename Matches>
+    Node* nodeIn(uint32_t hash, Matches matches) const;
+    Node* locate(const CmObject* object) const;
 
     Growth growth_;
     int32_t count_ = 0;
     HashFunction hash_ = nullptr;
     std::unique_ptr<Bucket[]> buckets_;
+    NodePool<Node> nodes_;
+    Chain<Node> chain_;
 };
 
-/// Walks a hash table bucket by bucket.
+template <typename Matches>
+CmHashTable::Node* CmHashTable::nodeIn(uint32_t hash, Matches matches) const {
+    if (!buckets_)
+        return nullptr;
+    const Bucket& bucket = buckets_[bucketOf(hash)];
+    Node* node = bucket.head;
+    for (int32_t left = bucket.count; left > 0; --left, node = node->next)
+        if (matches(node->object))
+            return node;
+    return nullptr;
+}
+
+template <typename Matches>
+CmObject* CmHashTable::findIn(uint32_t hash, Matches matches) const {
+    const Node* node = nodeIn(hash, matches);
+    return node ? node->object : nullptr;
+}
+
+/// Walks a hash table.
 class CmHashTableIterator final : public CmIterator {
 public:
-    explicit CmHashTableIterator(const CmHashTable& table) : table_(table) { CmHashTableIterator::first(); }
+    explicit CmHashTableIterator(const CmHashTable& table) : table_(table), node_(table.chain_.head) {}
 
-    bool done() const override { return !place_.node; }
-    CmObject* next() override;
-    CmObject* previous() override;
-    CmObject* current() const override { return place_.node ? place_.node->object : nullptr; }
-    void first() override;
-    void last() override;
+    bool done() const override { return !node_; }
+    CmObject* next() override { return node_ ? std::exchange(node_, node_->next)->object : nullptr; }
+    CmObject* previous() override { return node_ ? std::exchange(node_, node_->previous)->object : nullptr; }
+    CmObject* current() const override { return node_ ? node_->object : nullptr; }
+    void first() override { node_ = table_.chain_.head; }
+    void last() override { node_ = table_.chain_.tail; }
 
 private:
     friend class CmHashTable;
 
-    /// On the first element of `bucket` or of the next one that has any.
-    void settle(CmHashTable::Bucket* bucket);
-    void settleBackwards(CmHashTable::Bucket* bucket);
-    CmHashTable::Bucket* begin() const { return table_.buckets_.get(); }
-    CmHashTable::Bucket* end() const { return begin() ? begin() + table_.size() : nullptr; }
-
     const CmHashTable& table_;
-    CmHashTable::Place place_;
+    CmHashTable::Node* node_;
 };
 
 } // namespace qorl

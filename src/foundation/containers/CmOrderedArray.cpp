@@ -29,9 +29,13 @@ CmObject* CmOrderedArray::find(const CmObject* object) const {
     const auto all = elements();
     auto place = std::partition_point(
         all.begin(), all.end(), [object](const CmObject* element) { return object->compare(element) > 0; });
-    for (; place != all.end() && object->compare(*place) == 0; ++place)
+    // Most often the first one is it, and its rank needn't be asked for again.
+    for (; place != all.end(); ++place) {
         if (object->isEqual(*place))
             return *place;
+        if (object->compare(*place) != 0)
+            return nullptr;
+    }
     return nullptr;
 }
 

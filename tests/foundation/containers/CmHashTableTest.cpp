@@ -1,6 +1,9 @@
 #include "foundation/containers/Elements.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <random>
+#include <set>
 
 namespace qorl {
 namespace {
@@ -39,25 +42,69 @@ TEST(CmHashTable, KeepsEqualsInTheOrderOfArrivalWhenItGrows) {
     }
 }
 
+uint32_t byTens(const CmObject* object, uint32_t size) {
+    return static_cast<uint32_t>(Number::of(object)) / 10 % size;
+}
+
+/// The tens of the numbers in the order of a walk, neighbours once.
+Numbers tensOf(const CmHashTable& table) {
+    Numbers tens = numbersOf(table);
+    for (int32_t& number : tens)
+        number /= 10;
+    tens.erase(std::unique(tens.begin(), tens.end()), tens.end());
+    return tens;
+}
+
 TEST(CmHashTable, MovesItsElementsToTheBucketsOfANewFunction) {
     CmHashTable table(7, CmHashTable::Growth::fixed, Ownership::adopt);
-    for (int32_t i = 0; i < 30; ++i)
-        table.add(new NumberedObject(i));
-    table.setHashFunction([](const CmObject* object, uint32_t size) {
-        return (size - 1) - static_cast<uint32_t>(Number::of(object)) % size;
-    });
-    EXPECT_EQ(numbersOf(table).front(), 6) << "of the first bucket, by the function";
-    for (int32_t i = 0; i < 30; ++i) {
-        const NumberedObject probe(i);
-        EXPECT_EQ(Number::of(table.find(&probe)), i);
-    }
+    for (int32_t i = 0; i < 50; ++i)
+        table.add(new NumberedObject(i * 13 % 50));
+    EXPECT_GT(tensOf(table).size(), 5u);
+    table.setHashFunction(&byTens);
+    Numbers tens = tensOf(table);
+    std::sort(tens.begin(), tens.end());
+    EXPECT_EQ(tens, (Numbers{0, 1, 2, 3, 4})) << "a walk goes through one bucket after the other";
+    const auto expectAll = [&table] {
+        EXPECT_EQ(table.count(), 50);
+        for (int32_t i = 0; i < 50; ++i) {
+            const NumberedObject probe(i);
+            EXPECT_EQ(Number::of(table.find(&probe)), i);
+        }
+    };
+    expectAll();
     // A function that does not keep to its limit reaches no memory of others.
     table.setHashFunction([](const CmObject*, uint32_t) { return UINT32_MAX; });
-    EXPECT_EQ(table.count(), 30);
-    const NumberedObject probe(12);
-    EXPECT_EQ(Number::of(table.find(&probe)), 12);
+    expectAll();
     table.setHashFunction(nullptr);
-    EXPECT_EQ(numbersOf(table).front(), 0);
+    expectAll();
+    for (int32_t i = 0; i < 50; ++i) {
+        const NumberedObject probe(i);
+        EXPECT_TRUE(table.remove(table.find(&probe)));
+    }
+    EXPECT_EQ(numbersOf(table), Numbers());
+}
+
+TEST(CmHashTable, KeepsItsBucketsThroughRandomOperations) {
+    CmHashTable table(5, CmHashTable::Growth::fixed, Ownership::adopt);
+    std::multiset<int32_t> reference;
+    std::mt19937 random(3);
+    for (int32_t i = 0; i < 20'000; ++i) {
+        const auto number = static_cast<int32_t>(random() % 40);
+        const NumberedObject probe(number);
+        CmObject* found = table.find(&probe);
+        ASSERT_EQ(found != nullptr, reference.contains(number)) << i;
+        if (found && random() % 100 < (i / 300 % 2 ? 90u : 30u)) {
+            ASSERT_TRUE(table.remove(found));
+            reference.erase(reference.find(number));
+        } else {
+            ASSERT_TRUE(table.add(new NumberedObject(number)));
+            reference.insert(number);
+        }
+        ASSERT_EQ(static_cast<size_t>(table.count()), reference.size());
+    }
+    Numbers all = numbersOf(table);
+    std::sort(all.begin(), all.end());
+    EXPECT_EQ(all, Numbers(reference.begin(), reference.end()));
 }
 
 TEST(CmHashTable, RemovesWhatChangedItsHash) {

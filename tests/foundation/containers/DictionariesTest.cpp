@@ -137,5 +137,48 @@ TEST(CmBTreeDictionary, RefusesAKeyThatExists) {
     }
 }
 
+/// Puts a higher key first.
+class Descending : public CmAssociation {
+    QORL_CLASS(Descending, CmAssociation)
+
+public:
+    using CmAssociation::CmAssociation;
+    int32_t compare(const CmObject* other) const override { return -CmAssociation::compare(other); }
+};
+
+TEST(CmBTreeDictionary, AsksAPairOfADerivedClassForItsOrder) {
+    CmBTreeDictionary dictionary(3, Ownership::adopt);
+    for (const int32_t number : {2, 3, 1, 5, 4})
+        ASSERT_TRUE(dictionary.add(new Descending(new NumberedObject(number), nullptr, Ownership::adopt)));
+    EXPECT_EQ(numbersOf(dictionary), (Numbers{5, 4, 3, 2, 1}));
+}
+
+TEST(CmBTreeDictionary, HasAPairWithoutAKeyInFront) {
+    CmBTreeDictionary dictionary(3, Ownership::adopt);
+    const auto add = [&dictionary](CmObject* key) {
+        return dictionary.add(new CmAssociation(key, nullptr, Ownership::adopt));
+    };
+    ASSERT_TRUE(add(new NumberedObject(1)) && add(nullptr) && add(new NumberedObject(0)));
+    EXPECT_EQ(cast<CmAssociation>(dictionary.at(0))->getKey(), nullptr);
+    const NumberedObject one(1);
+    EXPECT_EQ(dictionary.lookup(&one), dictionary.at(2));
+}
+
+TEST(CmHashDictionary, AsksItsHashFunctionWithPairs) {
+    CmHashDictionary dictionary(10, CmHashTable::Growth::fixed, Ownership::adopt);
+    dictionary.setHashFunction([](const CmObject* object, uint32_t size) {
+        const auto* pair = cast<CmAssociation>(object);
+        return pair ? static_cast<uint32_t>(Number::of(pair->getKey()) / 3) % size : size;
+    });
+    for (int32_t i = 0; i < 30; ++i)
+        ASSERT_TRUE(dictionary.add(new CmAssociation(new NumberedObject(i), nullptr, Ownership::adopt)));
+    for (int32_t i = 0; i < 30; ++i) {
+        const NumberedObject key(i);
+        const CmAssociation* found = dictionary.lookup(&key);
+        ASSERT_TRUE(found) << i;
+        EXPECT_EQ(Number::of(found), i);
+    }
+}
+
 } // namespace
 } // namespace qorl

@@ -4,4 +4,44 @@ namespace qorl {
 
 QORL_REGISTER(CmBTreeDictionary, "CmBTreeDictionary", CmBTree, 0)
 
+namespace {
+
+CmAssociation* pairOf(CmObject* element) {
+    return static_cast<CmAssociation*>(element);
+}
+
+/// What a plain pair with that key says of its rank, without asking each element what it is.
+struct RankOfKey {
+    const CmObject* key;
+
+    int32_t operator()(CmObject* element) const {
+        const CmObject* other = pairOf(element)->getKey();
+        return other ? key->compare(other) : 1;
+    }
+};
+
+} // namespace
+
+bool CmBTreeDictionary::add(CmObject* object) {
+    // A class derived from the pair may have an order of its own.
+    if (object && object->isTypeOf(CmAssociation::className(), false))
+        if (const CmObject* key = pairOf(object)->getKey())
+            return insert(object, Equals::refuse, RankOfKey{key});
+    return cast<CmAssociation>(object) && insert(object, Equals::refuse, RankOf{object});
+}
+
+CmAssociation* CmBTreeDictionary::lookup(const CmObject* key) const {
+    if (!key)
+        return nullptr;
+    const RankOfKey rank{key};
+    for (BTreePlace place = placeAtEquals(getRoot(), rank); place; place = place.next()) {
+        CmAssociation* pair = pairOf(place.key());
+        if (pair->getKey() && key->isEqual(pair->getKey()))
+            return pair;
+        if (rank(pair) != 0)
+            return nullptr;
+    }
+    return nullptr;
+}
+
 } // namespace qorl

@@ -16,9 +16,8 @@ public:
 
     CmObject* clone() const override { return copyOf(*this); }
 
-    bool add(CmObject* object) override {
-        return cast<CmAssociation>(object) && insert(object, Equals::refuse);
-    }
+    bool add(CmObject* object) override;
+    CmAssociation* lookup(const CmObject* key) const;
 };
 
 } // namespace qorl

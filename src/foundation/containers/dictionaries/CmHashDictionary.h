@@ -16,6 +16,8 @@ public:
         : DictionaryOf(buckets, growth, ownership) {}
 
     CmObject* clone() const override { return copyOf(*this); }
+
+    CmAssociation* lookup(const CmObject* key) const;
 };
 
 } // namespace qorl
