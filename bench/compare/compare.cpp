@@ -3,6 +3,7 @@
 // Quiet for a workload that it has nothing for. `startup` writes '!' when the first window is painted, and
 // ends.
 
+#include "compare/Containers.h"
 #include "compare/Measure.h"
 #include "compare/ValueChange.h"
 #include "graphics/GraphicsFactory.h"
@@ -184,6 +185,7 @@ constexpr Workload workloads[] = {
     {"value_change", &measureValueChange},
     {"relayout", &measureRelayout},
     {"paint", &measurePaint},
+    {"containers", &measureContainers},
     {"startup", &measureStartup},
 };
 
