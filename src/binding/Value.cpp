@@ -59,7 +59,7 @@ Value::~Value() {
     formatter_.reset();
     releaseTarget();
     CmObject::changed(valueDestroyed);
-    if (UpdateHandler* handler = FUpdateRegistry::current() ? UpdateHandler::instance() : nullptr)
+    if (UpdateHandler* handler = UpdateHandler::current())
         handler->cancelUpdates(object());
 }
 
@@ -83,9 +83,9 @@ void Value::changed(int32_t message) {
     if (flags_ & (signalsHeld | notifyOff))
         return;
     if (has(immediateUpdates))
-        CmObject::changed(message);
-    else
-        UpdateHandler::instance()->deferUpdates(object(), message);
+        return CmObject::changed(message);
+    UpdateHandler::instance(); // values may be the first to need it
+    CmObject::deferUpdate(message);
 }
 
 bool Value::storeAttributes(FAttributes* attributes) {

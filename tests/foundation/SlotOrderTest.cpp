@@ -1,10 +1,12 @@
 #include "foundation/CmObject.h"
 #include "foundation/containers/CmContainer.h"
+#include "foundation/messages/FMessenger.h"
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/String.h"
 #include "foundation/threads/PreferWorkerThread.h"
 #include "foundation/threads/WorkerThread.h"
 
+#include <qorl/IPlugMessageTarget.h>
 #include <qorl/IStringExchange.h>
 
 #include <cstring>
@@ -86,6 +88,13 @@ TEST(SlotOrder, InterfacesHaveNoDestructorAmongTheirOperations) {
     EXPECT_EQ(entryOf(&FUpdateRegistry::deferUpdates), 6);
     EXPECT_EQ(entryOf(&FUpdateQueue::cancelUpdates), 3);
     EXPECT_EQ(entryOf(&FUpdateQueue::triggerDeferredUpdates), 4);
+    EXPECT_EQ(entryOf(&IPlugMessageTarget::receiveMessage), 3);
+    EXPECT_EQ(entryOf(&IMessenger::post), 3);
+    EXPECT_EQ(entryOf(&IMessenger::cancelAll), 5);
+    EXPECT_EQ(entryOf(&IMessageAttributes::setInt8), 3);
+    EXPECT_EQ(entryOf(&IMessageAttributes::contains8), 20) << "18 operations";
+    EXPECT_EQ(entryOf(&IMessageObjects::storeObject), 3);
+    EXPECT_EQ(entryOf(&IMessageObjects::removeObject), 5);
 }
 
 TEST(SlotOrder, ContainersGoOnBehindObjects) {

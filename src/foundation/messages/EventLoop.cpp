@@ -58,7 +58,8 @@ void EventLoop::wakeGuiThread() {
 void EventLoop::deliver() {
     if (FMessenger* messenger = FMessenger::instance())
         messenger->deliverPending();
-    UpdateHandler::instance()->triggerDeferredUpdates(nullptr);
+    if (UpdateHandler* handler = UpdateHandler::current())
+        handler->triggerDeferredUpdates(nullptr);
 }
 
 bool EventLoop::processEvent() {
@@ -112,8 +113,9 @@ bool EventLoop::needsIdle() {
 }
 
 bool EventLoop::wait(int64_t limit) {
-    FMessenger* messenger = FMessenger::instance();
-    if ((messenger && messenger->hasPending()) || UpdateHandler::instance()->hasDeliverable())
+    const FMessenger* messenger = FMessenger::instance();
+    UpdateHandler* handler = UpdateHandler::current();
+    if ((messenger && messenger->hasPending()) || (handler && handler->hasDeliverable()))
         return true;
     platform::DesktopServices* desktop = platform::desktop();
     return desktop && desktop->waitForEvent(limit) != platform::WaitResult::exhausted;
