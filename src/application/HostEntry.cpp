@@ -2,6 +2,7 @@
 #include "application/CmHostClasses.h"
 #include "application/UPluginApplication.h"
 
+#include <memory>
 #include <new>
 
 namespace {
@@ -14,8 +15,10 @@ bool startApplication() {
         qorl::ApplicationArgs args;
         args.type = qorl::ApplicationType::library;
         args.name = qorl::CmString("qorl-frame");
-        application = new qorl::UPluginApplication(args);
-        application->init(args);
+        // One that is only half made goes again, so that the next call starts afresh.
+        auto made = std::make_unique<qorl::UPluginApplication>(args);
+        made->init(args);
+        application = made.release();
         return application->startup();
     } catch (const std::bad_alloc&) {
         return false;
@@ -26,7 +29,8 @@ bool startApplication() {
 
 extern "C" {
 
-/// Null when the start failed. A further call then gives the object without trying again.
+/// Null when the start failed. A further call then gives the object without trying again, but for a start
+/// that found no memory for the application itself.
 [[gnu::visibility("default")]] qorl::IHostClasses* GetHostClasses() {
     if (!application && !startApplication())
         return nullptr;

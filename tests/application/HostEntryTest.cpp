@@ -13,6 +13,7 @@
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"
+#include "support/FailingAllocation.h"
 #include "support/TestPaths.h"
 #include "views/controls/KnobMode.h"
 #include "windows/AlertPresenter.h"
@@ -62,8 +63,7 @@ class HostEntryTest : public ::testing::Test {
 protected:
     void SetUp() override {
         setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
-        desktop = new platform::HeadlessDesktop;
-        ASSERT_TRUE(platform::start(desktop));
+        startHeadless();
         dropHooks();
         heard = &log;
     }
@@ -72,6 +72,13 @@ protected:
         platform::stop();
     }
     Log take() { return std::exchange(log, {}); }
+    /// Keeps one that runs.
+    void startHeadless() {
+        if (platform::desktop())
+            return;
+        desktop = new platform::HeadlessDesktop;
+        ASSERT_TRUE(platform::start(desktop));
+    }
 
     testing::TemporaryFolder folder;
     platform::HeadlessDesktop* desktop = nullptr;
@@ -149,6 +156,25 @@ TEST_F(HostEntryTest, AFailedStartGivesNullAndIsNotTriedAgain) {
     EXPECT_EQ(take(), Log{});
     TerminateModule();
     EXPECT_EQ(UApplication::instance(), nullptr);
+}
+
+TEST_F(HostEntryTest, StartsAfreshWhenThereWasNoMemoryForTheApplication) {
+    bool isMade = false;
+    for (int64_t nth = 1; !isMade; ++nth) {
+        SCOPED_TRACE("allocation " + std::to_string(nth) + " to fail");
+        FailingAllocation allocation(nth);
+        allocation.during([] { return GetHostClasses(); });
+        ASSERT_TRUE(allocation.hasFailed());
+        isMade = UApplication::instance() != nullptr;
+        startHeadless();
+        if (!isMade) {
+            EXPECT_NE(GetHostClasses(), nullptr);
+            EXPECT_NE(UApplication::instance(), nullptr);
+        }
+        while (UApplication::instance())
+            TerminateModule();
+        startHeadless();
+    }
 }
 
 TEST_F(HostEntryTest, FailsWhenThePlatformRefusesAndDropsTheHooks) {
