@@ -25,12 +25,13 @@ bool joinThread(ThreadHandle handle, int64_t milliseconds);
 /// termination but this one needs nothing of the code that the thread runs.
 ///
 /// Nothing is unwound. What stays behind for the life of the process: the thread's stack, every lock that it
-/// holds, the allocator's among them if it stood there, and whatever it had allocated or half changed. So
-/// this is for a thread that does not answer, before its process ends or its work is given up. Where no
-/// thread is to be lost, its code looks at a flag and returns.
+/// holds, and whatever it had allocated or half changed. For half a second the end is put off as long as the
+/// thread stands within the C library, where it may hold the allocator's lock (glibc on x86-64 only); then it
+/// is ended anywhere. So this is for a thread that does not answer, before its process ends or its work is
+/// given up. Where no thread is to be lost, its code looks at a flag and returns.
 ///
 /// False for the calling thread, for one that has ended, and for one that the system does not interrupt
-/// within a second, which then goes on. One at a time: a second caller waits.
+/// within a further second, which then goes on. One at a time: a second caller waits.
 bool terminateThread(ThreadHandle handle);
 
 /// Gives the handle up. The thread goes on if it still runs.

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <ctime>
+#include <features.h>
 #include <iterator>
 #include <new>
 #include <pthread.h>
@@ -13,7 +14,12 @@
 #include <semaphore.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <ucontext.h>
 #include <unistd.h>
+#if defined(__GLIBC__)
+#include <gnu/libc-version.h>
+#include <link.h>
+#endif
 
 namespace qorl::platform {
 
@@ -96,9 +102,61 @@ bool waitForEnd(ThreadRecord& record, int64_t milliseconds) {
 constinit std::mutex terminationLock;
 constinit thread_local uint32_t ownThreadId = 0;
 
-/// Ends the calling thread in the kernel, with nothing unwound.
-void endCallingThread(int) {
-    if (!ownRecord)
+/// Set for the last attempt.
+constinit std::atomic<bool> mayEndAnywhere = false;
+
+#if defined(__GLIBC__) && defined(__x86_64__)
+
+/// The code of the C library, in which a thread may hold the allocator's lock or another one that the whole
+/// process needs.
+struct CodeRange {
+    uintptr_t begin = 0;
+    uintptr_t end = 0;
+};
+constinit CodeRange libraryCode;
+
+void findLibraryCode() {
+    const auto visit = [](dl_phdr_info* object, size_t, void*) {
+        const auto inside = reinterpret_cast<uintptr_t>(&gnu_get_libc_version);
+        for (int i = 0; i < object->dlpi_phnum; ++i) {
+            const auto& segment = object->dlpi_phdr[i];
+            const uintptr_t begin = object->dlpi_addr + segment.p_vaddr;
+            if (segment.p_type == PT_LOAD && inside >= begin && inside < begin + segment.p_memsz) {
+                libraryCode = {begin, begin + segment.p_memsz};
+                return 1;
+            }
+        }
+        return 0;
+    };
+    dl_iterate_phdr(visit, nullptr);
+}
+
+/// Whether the thread was interrupted within the C library, but for its waits in the kernel: those end behind
+/// the instruction of a system call with "interrupted". Other system calls are made under locks, such as the
+/// allocator's to get more memory.
+bool mayHoldLibraryLock(const void* context) {
+    const auto& registers = static_cast<const ucontext_t*>(context)->uc_mcontext.gregs;
+    const auto at = static_cast<uintptr_t>(registers[REG_RIP]);
+    if (at < libraryCode.begin + 2 || at >= libraryCode.end)
+        return false;
+    const auto* code = reinterpret_cast<const uint8_t*>(at);
+    const bool isBehindSyscall = code[-2] == 0x0F && code[-1] == 0x05;
+    return !(isBehindSyscall && registers[REG_RAX] == -EINTR);
+}
+
+#else
+
+void findLibraryCode() {}
+bool mayHoldLibraryLock(const void*) {
+    return false;
+}
+
+#endif
+
+/// Ends the calling thread in the kernel, with nothing unwound; a later signal tries again where it would
+/// leave a lock of the C library behind.
+void endCallingThread(int, siginfo_t*, void* context) {
+    if (!ownRecord || (!mayEndAnywhere && mayHoldLibraryLock(context)))
         return;
     ownRecord->isTerminated = true;
     sem_post(&ownRecord->ended);
@@ -180,15 +238,29 @@ bool terminateThread(ThreadHandle handle) {
     const int signal = SIGRTMAX - 1;
     struct sigaction action = {};
     struct sigaction earlier = {};
-    action.sa_handler = endCallingThread;
+    action.sa_sigaction = endCallingThread;
+    action.sa_flags = SA_SIGINFO;
     sigemptyset(&action.sa_mask);
+    findLibraryCode();
     if (sigaction(signal, &action, &earlier) != 0)
         return false;
-    pthread_kill(record->thread, signal);
-    const bool hasEnded = joinThread(handle, 1000);
+    bool hasEnded = false;
+    constexpr int attempts = 500; // of a millisecond each
+    for (int i = 0; i < attempts && !hasEnded; ++i) {
+        pthread_kill(record->thread, signal);
+        hasEnded = joinThread(handle, 1);
+    }
+    if (!hasEnded) {
+        mayEndAnywhere = true;
+        pthread_kill(record->thread, signal);
+        hasEnded = joinThread(handle, 1000);
+        mayEndAnywhere = false;
+    }
     // A signal that is still on its way must not meet the default action, which ends the process.
-    if (!hasEnded)
+    if (!hasEnded) {
+        earlier = {};
         earlier.sa_handler = SIG_IGN;
+    }
     sigaction(signal, &earlier, nullptr);
     if (hasEnded && record->isTerminated)
         releaseRecord(record);

@@ -3,6 +3,7 @@
 #include "platform/Clock.h"
 
 #include <atomic>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -79,6 +80,37 @@ TEST(Threads, TerminateEndsAThreadThatNeverLooks) {
     EXPECT_FALSE(terminateThread(self));
     EXPECT_FALSE(joinThread(self, 0));
     closeThread(self);
+}
+
+TEST(Threads, TerminateLeavesNoLockOfTheCLibraryBehind) {
+    struct Writer {
+        FILE* file = nullptr;
+        Event started{Reset::automatic};
+        std::atomic<uint64_t> rounds = 0;
+    };
+    const auto body = [](void* argument) -> uint32_t {
+        auto& own = *static_cast<Writer*>(argument);
+        own.started.set();
+        for (;;) {
+            ++own.rounds;
+            std::fputs("takes the lock of the file", own.file);
+        }
+    };
+    char room[64];
+    char buffer[64];
+    for (int round = 0; round < 20; ++round) {
+        Writer writer;
+        writer.file = fmemopen(room, sizeof room, "w");
+        std::setvbuf(writer.file, buffer, _IOFBF, sizeof buffer);
+        ThreadHandle handle = 0;
+        ASSERT_TRUE(startThread(body, &writer, "writer", handle));
+        ASSERT_TRUE(writer.started.wait(generous));
+        ASSERT_TRUE(terminateThread(handle));
+        closeThread(handle);
+        ASSERT_EQ(ftrylockfile(writer.file), 0) << "in round " << round;
+        funlockfile(writer.file);
+        std::fclose(writer.file);
+    }
 }
 
 TEST(Threads, LoweringAPriorityNeedsNoRights) {
