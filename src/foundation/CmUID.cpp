@@ -18,7 +18,7 @@ namespace {
 
 constexpr size_t idBytes = 16;
 constexpr size_t base32Digits = 26;
-constexpr char digits[] = "0123456789ABCDEFGHIJKLMNOPQRSTUV";
+constexpr char digitSigns[] = "0123456789ABCDEFGHIJKLMNOPQRSTUV";
 
 uint8_t hexValue(char c) {
     if (c >= '0' && c <= '9')
@@ -37,8 +37,8 @@ uint32_t base32Value(char c) {
 std::string CmUID::toHexBytes() const {
     std::string text;
     for (size_t i = 0; i < idBytes; ++i) {
-        text += digits[uid_.data()[i] >> 4];
-        text += digits[uid_.data()[i] & 15];
+        text += digitSigns[uid_.data()[i] >> 4];
+        text += digitSigns[uid_.data()[i] & 15];
     }
     return text;
 }
@@ -58,7 +58,7 @@ std::string CmUID::toBase32String() const {
         uint32_t bits = uid_.data()[bit / 8];
         if (bit / 8 + 1 < idBytes)
             bits |= static_cast<uint32_t>(uid_.data()[bit / 8 + 1]) << 8;
-        text += digits[bits >> bit % 8 & 31];
+        text += digitSigns[bits >> bit % 8 & 31];
     }
     return text;
 }
