@@ -4,8 +4,6 @@
 #include "views/UView.h"
 #include "views/ViewSource.h"
 
-#include <span>
-
 namespace qorl {
 
 namespace {
@@ -13,13 +11,6 @@ namespace {
 struct FlagWord {
     uint32_t flag;
     const char* word;
-};
-
-constexpr FlagWord attachmentFlags[] = {
-    {viewAttachLeft, "left"},
-    {viewAttachTop, "top"},
-    {viewAttachRight, "right"},
-    {viewAttachBottom, "bottom"},
 };
 
 constexpr FlagWord flagWords[] = {
@@ -73,21 +64,13 @@ void writeRect(JsonWriter& json, const char* key, const CmRect& rect) {
     json.endArray();
 }
 
-/// The words of the bits that are set, in the order of the table; no member when there are none.
-void writeWords(JsonWriter& json, const char* key, std::span<const FlagWord> words, uint32_t flags) {
-    bool isOpen = false;
-    for (const FlagWord& known : words) {
-        if (!(flags & known.flag))
-            continue;
-        if (!isOpen) {
-            json.key(key);
-            json.beginArray();
-            isOpen = true;
-        }
-        json.string(known.word);
-    }
-    if (isOpen)
-        json.endArray();
+void writeFlags(JsonWriter& json, uint32_t flags) {
+    json.key("flags");
+    json.beginArray();
+    for (const FlagWord& known : flagWords)
+        if (flags & known.flag)
+            json.string(known.word);
+    json.endArray();
 }
 
 void writeTree(JsonWriter& json, UView& view, DumpDetail detail) {
@@ -100,8 +83,9 @@ void writeTree(JsonWriter& json, UView& view, DumpDetail detail) {
     writeRect(json, "frame", view.getFrameRect());
     if (hasOwnClient(view))
         writeRect(json, "client", view.getClientRect());
-    writeWords(json, "attach", attachmentFlags, view.getAttach());
-    writeWords(json, "flags", flagWords, view.getViewFlags());
+    if (view.getAttach())
+        json.member("attach", attachToText(view.getAttach()));
+    writeFlags(json, view.getViewFlags());
     if (String value; view.getAccessibleValue(value))
         json.member("value", value.toUtf8());
     if (detail == DumpDetail::source && view.getSource()) {

@@ -21,9 +21,9 @@ enum class DumpDetail : uint32_t { plain = 0, source = 1 };
 std::string dumpViewTree(UView& view, DumpDetail detail = DumpDetail::source);
 
 /// The same tree as one JSON text with a line feed behind it: for each view an object of "class", "name",
-/// "title", "frame" and "client" as [left, top, width, height], "attach" and "flags" as lists of words,
-/// "value", "source" as `writeJson` tells a position, and "views", in this order. What the view does not
-/// have, and a client that is all of the frame, are left out.
+/// "title", "frame" and "client" as [left, top, width, height], "attach" as a skin writes it, "flags" as
+/// a list of words, "value", "source" as `writeJson` tells a position, and "views", in this order. What the
+/// view does not have, and a client that is all of the frame, are left out.
 std::string dumpViewTreeAsJson(UView& view, DumpDetail detail = DumpDetail::source);
 
 /// The line of one view, without indent and line feed.

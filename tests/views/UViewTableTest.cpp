@@ -174,9 +174,9 @@ TEST(ViewDump, WritesOneLineOrOneObjectAView) {
     EXPECT_EQ(dumpViewTreeAsJson(*root),
               R"({"class":"UView","title":"Mixer","frame":[10,20,100,200],"client":[2,3,94,192],)"
               R"("flags":["shown"],"views":[{"class":"SpokenView","name":"level","frame":[1,2,30,10],)"
-              R"("attach":["left","right"],"flags":["shown","focusable","disabled"],)"
+              R"("attach":"left|right","flags":["shown","focusable","disabled"],)"
               R"("value":"a \"b\"\nc\\","source":{"file":"panel.xml","line":12,"column":5},)"
-              R"("views":[{"class":"UView","frame":[-1,-1,1,1]}]}]})"
+              R"("views":[{"class":"UView","frame":[-1,-1,1,1],"flags":[]}]}]})"
               "\n");
 }
 
