@@ -177,10 +177,12 @@ bool UDrawDevice::isOutside(const CmRect& rect, int32_t slack) const {
 }
 
 GraphicsPath& UDrawDevice::scratchPath() {
-    if (!scratchPath_)
-        scratchPath_ = make<GraphicsPath>();
-    scratchPath_->clear();
-    return *scratchPath_;
+    // Views open a device each on that of the paint, which keeps the room of the path for all of them.
+    Ref<GraphicsPath>& path = root_->scratchPath_;
+    if (!path)
+        path = make<GraphicsPath>();
+    path->clear();
+    return *path;
 }
 
 void UDrawDevice::lineTo(CmPoint point) {

@@ -149,6 +149,38 @@ TEST_F(CairoDeviceTest, ClipsAreReplacedNotMerged) {
     EXPECT_EQ(drawn(*target), (CmRect{30, 30, 35, 35}));
 }
 
+/// A device that keeps edges of the last clip must come to the same pixels as one that never had another.
+TEST_F(CairoDeviceTest, CutsTheSameWhicheverClipsCameBefore) {
+    const CmRect clips[] = {{0, 0, 60, 60},   {10, 0, 60, 60},  {10, 12, 40, 60}, {0, 12, 40, 44},
+                            {12, 14, 38, 42}, {30, 30, 31, 60}, {0, 0, 60, 13},   {45, 45, 60, 60},
+                            {0, 50, 20, 60},  {10, 12, 40, 44}, {5, 5, 5, 50},    {20, 20, 25, 25},
+                            {0, 0, 60, 60}};
+    const auto drawIn = [](UDrawDevice& device, const CmRect& clip) {
+        device.setClip(clip);
+        device.setBrushColor(StandardColor::red);
+        for (const CmRect& circle : {CmRect{2, 2, 22, 22}, CmRect{15, 8, 55, 50}, CmRect{30, 35, 58, 59}})
+            device.fillEllipse(circle, 0, fullCircle, true);
+        device.drawString(ConstString("clipped"), {8, 20, 55, 40}, 0);
+    };
+    auto kept = surface({60, 60});
+    UDrawDevice device(kept.get());
+    for (size_t i = 0; i < std::size(clips); ++i) {
+        SCOPED_TRACE(i);
+        device.setClip({0, 0, 60, 60});
+        device.setBrushColor(StandardColor::white);
+        device.fillRect({0, 0, 60, 60});
+        drawIn(device, clips[i]);
+        auto fresh = surface({60, 60});
+        {
+            UDrawDevice other(fresh.get());
+            drawIn(other, clips[i]);
+        }
+        for (int32_t y = 0; y < 60; ++y)
+            for (int32_t x = 0; x < 60; ++x)
+                ASSERT_EQ(pixel(*kept, x, y), pixel(*fresh, x, y)) << x << "," << y;
+    }
+}
+
 TEST_F(CairoDeviceTest, TheFirstShapeAfterAClipIsCutByItNotLost) {
     struct Shape {
         const char* name;

@@ -108,21 +108,34 @@ void CairoDevice::useColor(uint32_t color) {
                           (color & 0xFF) / 255.0, (color >> 24) / 255.0);
 }
 
+/// Only the edges that cut the box are set, beside those that are set already: in a small paint, what comes
+/// next is mostly cut by the same ones.
 bool CairoDevice::clipTo(const CmRect& box) {
     pixelsAreOpen_ = false;
-    if (!state_.clip.intersects(box))
+    const CmRect visible = box.intersect(state_.clip);
+    if (visible.isEmpty())
         return false;
-    const CmRect needed = state_.clip.contains(box) ? box : state_.clip;
-    if (needed == state_.clip ? cairoClip_ == state_.clip : cairoClip_.contains(needed))
+    if (box.intersect(cairoClip_) == visible)
         return true;
-    cairo_reset_clip(context_.get());
-    cairoClip_ = bounds_;
-    if (needed == box && bounds_.contains(box))
+    CmRect edges = bounds_;
+    if (box.left < visible.left)
+        edges.left = visible.left;
+    if (box.top < visible.top)
+        edges.top = visible.top;
+    if (box.right > visible.right)
+        edges.right = visible.right;
+    if (box.bottom > visible.bottom)
+        edges.bottom = visible.bottom;
+    CmRect narrowed = cairoClip_.intersect(edges);
+    if (box.intersect(narrowed) != visible) {
+        cairo_reset_clip(context_.get());
+        narrowed = edges;
+    }
+    cairoClip_ = narrowed;
+    if (narrowed == bounds_)
         return true;
-    cairo_rectangle(context_.get(), state_.clip.left, state_.clip.top, state_.clip.width(),
-                    state_.clip.height());
+    cairo_rectangle(context_.get(), narrowed.left, narrowed.top, narrowed.width(), narrowed.height());
     cairo_clip(context_.get());
-    cairoClip_ = state_.clip;
     return true;
 }
 
