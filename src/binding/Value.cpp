@@ -149,8 +149,12 @@ int32_t Value::limitValue(int32_t value) {
     if (has(wrapAround) && min < max) {
         if (value >= min && value <= max)
             return value;
-        const int64_t rest = (value - min) % (max - min);
-        return static_cast<int32_t>(rest >= 0 ? min - 1 + rest : max + 1 + rest);
+        // The remainder that divides lies in 1 to max - min, not in 0 to one less: a whole number of rounds
+        // must not end outside of the range.
+        const int64_t round = max - min;
+        if (value > max)
+            return static_cast<int32_t>(min + (value - min - 1) % round);
+        return static_cast<int32_t>(max - (min - value - 1) % round);
     }
     if (value > max)
         value = static_cast<int32_t>(max);

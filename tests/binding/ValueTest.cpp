@@ -109,11 +109,25 @@ TEST_F(ValueTest, LimitsByClampingOrWrapping) {
         int32_t expected;
     };
     const Case cases[] = {
-        {0, 10, 11, false, 10}, {0, 10, -1, false, 0},
-        {0, 10, 11, true, 0},   {0, 10, -1, true, 10},
-        {0, 10, 5, true, 5},    {3, 3, 9, true, 3},
-        {-5, 5, 6, true, -5},   {-5, 5, -6, true, 5},
-        {0, 10, 12, true, 1},   {INT32_MIN, INT32_MAX, INT32_MAX, true, INT32_MAX},
+        {0, 10, 11, false, 10},
+        {0, 10, -1, false, 0},
+        {0, 10, 11, true, 0},
+        {0, 10, -1, true, 10},
+        {0, 10, 5, true, 5},
+        {3, 3, 9, true, 3},
+        {-5, 5, 6, true, -5},
+        {-5, 5, -6, true, 5},
+        {0, 10, 12, true, 1},
+        {0, 1, 2, true, 0},
+        {0, 1, -1, true, 1},
+        {0, 10, 19, true, 8},
+        {0, 10, 20, true, 9},
+        {0, 10, 21, true, 0},
+        {0, 10, -9, true, 2},
+        {0, 10, -10, true, 1},
+        {0, 10, -11, true, 10},
+        {INT32_MAX - 1, INT32_MAX, INT32_MIN, true, INT32_MAX},
+        {INT32_MIN, INT32_MAX, INT32_MAX, true, INT32_MAX},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message()
