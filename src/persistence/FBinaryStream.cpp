@@ -13,6 +13,8 @@ namespace {
 constexpr int32_t maxCountedBytes = 0x40000;
 constexpr char utf8Mark[] = "\xEF\xBB\xBF";
 constexpr int64_t markLength = 3;
+/// The mark and a last character that is cut in two.
+constexpr size_t longestSequence = markLength + 4;
 
 } // namespace
 
@@ -81,10 +83,13 @@ bool FBinaryStream::writeTextUtf8(const char16_t* text) {
 int32_t FBinaryStream::readTextUtf8(char16_t* buffer, int32_t size) {
     if (!buffer || size < 1)
         return 0;
+    // What lies beyond is read, but could only be cut off: a unit takes at most three bytes.
+    const size_t mostKept = static_cast<size_t>(size) * 3 + longestSequence;
     std::string bytes;
     char byte = 0;
     while (read(&byte, 1) == 1 && byte != 0)
-        bytes += byte;
+        if (bytes.size() < mostKept)
+            bytes += byte;
     std::string_view text = bytes;
     if (text.size() > 2 && text.starts_with(utf8Mark))
         text.remove_prefix(markLength);

@@ -92,8 +92,8 @@ int64_t FMemoryStream::write(const void* buffer, int64_t count) {
 int64_t FMemoryStream::seek(int64_t offset, int32_t mode) {
     if (mode == fromStart)
         position_ = offset;
-    else if (mode == fromHere)
-        __builtin_add_overflow(position_, offset, &position_);
+    else if (mode == fromHere && __builtin_add_overflow(position_, offset, &position_))
+        position_ = offset < 0 ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
     else if (mode == fromEnd)
         position_ = std::min(size_ + std::min<int64_t>(offset, 0), size_);
     return position_;
@@ -105,7 +105,8 @@ bool FMemoryStream::copyFrom(FStream& source, int64_t count) {
     auto* memory = cast<FMemoryStream>(&source);
     if (!memory || memory == this)
         return FStream::copyFrom(source, count);
-    const int64_t taken = std::clamp<int64_t>(memory->size_ - memory->position_, 0, count);
+    const bool hasMore = memory->position_ >= 0 && memory->position_ < memory->size_;
+    const int64_t taken = hasMore ? std::min(memory->size_ - memory->position_, count) : 0;
     const int64_t written = taken > 0 ? write(memory->buffer_ + memory->position_, taken) : 0;
     memory->position_ += written;
     return written == count;

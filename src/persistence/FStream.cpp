@@ -12,6 +12,7 @@ QORL_REGISTER_ABSTRACT(FStream, "FStream", CmObject, 0)
 namespace {
 
 constexpr int64_t stackPiece = 1024;
+constexpr size_t longestLine = size_t{64} << 20;
 
 /// Moves `count` bytes, or all there are for a negative `count`. True when none was missing.
 bool transfer(FStream& from, FStream& to, int64_t count) {
@@ -102,6 +103,10 @@ bool FStream::readTextLine(std::string& line, int32_t trimMode) {
         return false;
     bool isMore = true;
     while (isMore && !isLineEnd(byte)) {
+        if (line.size() == longestLine) {
+            line.clear();
+            return false;
+        }
         line += byte;
         isMore = read(&byte, 1) == 1;
     }

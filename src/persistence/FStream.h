@@ -58,7 +58,8 @@ public:
     /// The raw UTF-16 units, with `withTerminator` a 2-byte zero more.
     bool writeWideText(const char16_t* text, bool withTerminator);
     enum LineTrim : int32_t { keepBlanks = 0, dropBlanks = 1 };
-    /// Reads one line into `line`, and all line ends behind it. False only at the end of the stream.
+    /// Reads one line into `line`, and all line ends behind it. False at the end of the stream, and for
+    /// a line of more than 64 MB, which is no text.
     bool readTextLine(std::string& line, int32_t trimMode = keepBlanks);
 
     using CmObject::writeTo;

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 
 namespace qorl {
@@ -182,6 +183,26 @@ TEST(FBinaryStream, SwapsNumbersByItsByteOrder) {
     EXPECT_TRUE(flag);
 }
 
+TEST(FMemoryStream, NeverReadsBeforeItsBlock) {
+    constexpr int64_t least = std::numeric_limits<int64_t>::min();
+    constexpr int64_t most = std::numeric_limits<int64_t>::max();
+    for (const int64_t place : {int64_t{-1}, int64_t{-1000}, least, int64_t{3}, most}) {
+        SCOPED_TRACE(place);
+        FMemoryStream source(std::string_view("abc"));
+        EXPECT_EQ(source.seek(place, FStream::fromStart), place) << "a place is not limited";
+        FMemoryStream target;
+        EXPECT_FALSE(target.copyFrom(source, 2));
+        EXPECT_EQ(target.bytes(), "");
+        char byte = 0;
+        EXPECT_EQ(source.read(&byte, 1), 0);
+    }
+    FMemoryStream far(std::string_view("abc"));
+    far.seek(most - 1, FStream::fromStart);
+    EXPECT_EQ(far.seek(5, FStream::fromHere), most);
+    far.seek(least + 1, FStream::fromStart);
+    EXPECT_EQ(far.seek(-5, FStream::fromHere), least);
+}
+
 TEST(FBinaryStream, ReadsLinesWithoutTheirEnds) {
     FMemoryStream stream(std::string_view("one\r\ntwo\nthree\0four", 19));
     char line[16];
@@ -237,6 +258,17 @@ TEST(FBinaryStream, StoresTexts) {
     EXPECT_EQ(std::u16string(wide), u"a");
     EXPECT_EQ(utf8.readTextUtf8(wide, 3), 1);
     EXPECT_EQ(std::u16string(wide), u"\u00E4");
+
+    // A character that does not fit is cut off, wherever the bytes of it end.
+    FMemoryStream longText;
+    const std::u16string euros(1000, u'\u20AC');
+    EXPECT_TRUE(longText.writeTextUtf8(euros.c_str()));
+    EXPECT_TRUE(longText.writeTextUtf8(u"next"));
+    longText.rewind();
+    char16_t few[11];
+    EXPECT_EQ(longText.readTextUtf8(few, 11), 10);
+    EXPECT_EQ(std::u16string(few), euros.substr(0, 10));
+    EXPECT_EQ(longText.readTextUtf8(few, 11), 4) << "the rest of the text is behind it";
 }
 
 } // namespace
