@@ -2,7 +2,7 @@
 #include "persistence/FAttrList.h"
 #include "persistence/FAttributes.h"
 #include "persistence/FMemoryStream.h"
-#include "persistence/FXmlObject.h"
+#include "persistence/ReferenceBinder.h"
 #include "persistence/StoredObject.h"
 
 #include <algorithm>
@@ -19,6 +19,12 @@ using Hold = FAttributeValue::Hold;
 /// Replaces live objects in attributes by stored ones, each object by one instance.
 class Detacher {
 public:
+    void detachAll(FAttributes& attributes) {
+        detach(attributes);
+        binder_.bind(attributes);
+    }
+
+private:
     void detach(FAttributes& attributes) {
         for (int32_t i = 0; i < attributes.count(); ++i) {
             // By place: storing an object may lead back to these attributes.
@@ -31,7 +37,6 @@ public:
         }
     }
 
-private:
     Ref<CmObject> detached(CmObject* object) {
         if (auto* nested = cast<FAttributes>(object))
             detach(*nested);
@@ -63,18 +68,20 @@ private:
     }
 
     Ref<CmObject> instanceOf(CmObject* object) {
-        if (const auto known = instances_.find(object); known != instances_.end())
-            return make<FXmlReference>(known->second.get());
+        const uint64_t id = StoredObject::idOf(object);
+        if (!handled_.emplace(object, retain(object)).second)
+            return binder_.addReference(id);
         StoredObject stored;
         stored.take(object);
-        const auto instance =
-            make<FXmlInstance>(StoredObject::idOf(object), stored.className, stored.attributes);
-        instances_.emplace(object, instance);
+        const auto instance = make<FXmlInstance>(id, stored.className, stored.attributes);
+        binder_.addInstance(instance);
         detach(*stored.attributes);
         return instance;
     }
 
-    std::unordered_map<const CmObject*, Ref<FXmlInstance>> instances_;
+    // Held until the end, since an address that is free again would name another object.
+    std::unordered_map<const CmObject*, Ref<CmObject>> handled_;
+    ReferenceBinder binder_;
 };
 
 /// The attributes that stand for a value: nested ones, or those of a stored object.
@@ -168,7 +175,7 @@ uint32_t numberOfKey(std::string_view key) {
 } // namespace
 
 void FAttributes::detachObjects() {
-    Detacher().detach(*this);
+    Detacher().detachAll(*this);
 }
 
 FAttributes* FAttributes::findAttributes(std::string_view path) const {

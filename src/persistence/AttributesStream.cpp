@@ -5,13 +5,12 @@
 #include "persistence/FAttrList.h"
 #include "persistence/FMemoryStream.h"
 #include "persistence/FObjectArchive.h"
-#include "persistence/FXmlObject.h"
+#include "persistence/ReferenceBinder.h"
 #include "persistence/StoredObject.h"
 
 #include <algorithm>
 #include <limits>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace qorl {
 
@@ -41,26 +40,33 @@ class BodyWriter {
 public:
     explicit BodyWriter(FBinaryStream& stream) : stream_(stream) {}
 
-    bool writeBody(const FAttributes& attributes) {
-        if (!stream_.writeInt32(attributes.count()))
-            return false;
-        for (int32_t i = 0; i < attributes.count(); ++i)
-            if (!writeEntry(*attributes.at(i)))
-                return false;
-        return true;
-    }
+    /// False also when an object had no attributes: its place is empty, and what follows can't be read.
+    bool writeRoot(const FAttributes& attributes) { return writeBody(attributes) && isReadable_; }
 
 private:
+    bool writeBody(const FAttributes& attributes) {
+        // Deeper than it could be read.
+        if (depth_ >= maxDepth || !stream_.writeInt32(attributes.count()))
+            return false;
+        ++depth_;
+        bool isGood = true;
+        for (int32_t i = 0; isGood && i < attributes.count(); ++i)
+            isGood = writeEntry(*attributes.at(i));
+        --depth_;
+        return isGood;
+    }
+
     bool writeEntry(const FStringIDAttribute& entry) {
         if (!writeText(ConstString(std::string_view(entry.key()))) || !stream_.writeUInt16(entry.kind()))
             return false;
-        if (entry.isInteger())
-            return stream_.writeInt64(entry.getInteger());
-        if (entry.isFloat())
-            return stream_.writeDouble(entry.getFloat());
-        if (entry.isString())
-            return writeText(entry.getString());
-        return !entry.isObject() || writeObject(entry.getObject());
+        // By the whole kind, as it is read: behind any other one stands nothing.
+        switch (entry.kind()) {
+        case FAttributeValue::integer: return stream_.writeInt64(entry.getInteger());
+        case FAttributeValue::real: return stream_.writeDouble(entry.getFloat());
+        case FAttributeValue::string: return writeText(entry.getString());
+        case FAttributeValue::object: return writeObject(entry.getObject());
+        default: return true;
+        }
     }
 
     /// False also when there is no memory for a copy: an empty text in its place would be a loss.
@@ -99,25 +105,34 @@ private:
         return writeInstance(object);
     }
 
+    bool writeKnown(uint64_t id) { return writeSubkind(knownObject) && stream_.writeUInt64(id); }
+
     bool writeInstance(CmObject* object) {
+        if (!object)
+            return writeKnown(0);
         if (const auto* reference = cast<FXmlReference>(object)) {
             if (!reference->target())
-                return writeSubkind(knownObject) && stream_.writeUInt64(reference->id());
+                return writeKnown(reference->id());
             object = reference->target();
         }
         const uint64_t id = StoredObject::idOf(object);
-        if (!written_.insert(id).second)
-            return writeSubkind(knownObject) && stream_.writeUInt64(id);
+        if (!written_.emplace(id, retain(object)).second)
+            return writeKnown(id);
         if (!writeSubkind(newObject))
             return false;
         StoredObject stored;
-        if (!stored.take(object))
+        if (!stored.take(object)) {
+            isReadable_ = false;
             return true;
+        }
         return writeText(stored.className) && stream_.writeUInt64(id) && writeBody(*stored.attributes);
     }
 
     FBinaryStream& stream_;
-    std::unordered_set<uint64_t> written_;
+    int32_t depth_ = 0;
+    bool isReadable_ = true;
+    // Held until the end, since an address that is free again would name another object.
+    std::unordered_map<uint64_t, Ref<CmObject>> written_;
 };
 
 class BodyReader {
@@ -136,13 +151,7 @@ public:
         return isGood;
     }
 
-    void bindReferences() {
-        for (const auto& reference : references_) {
-            const auto found = instances_.find(reference->id());
-            if (found != instances_.end())
-                reference->bind(found->second.get());
-        }
-    }
+    void bindReferences(const FAttributes& root) { binder_.bind(root); }
 
 private:
     bool readEntry(FAttributes& attributes) {
@@ -254,7 +263,7 @@ private:
         if (subkind == knownObject) {
             if (!stream_.readUInt64(id))
                 return false;
-            value = references_.emplace_back(make<FXmlReference>(id));
+            value = binder_.addReference(id);
             return true;
         }
         String className;
@@ -262,7 +271,7 @@ private:
         if (!className.readFrom(stream_) || !stream_.readUInt64(id) || !readBody(*attributes))
             return false;
         auto instance = make<FXmlInstance>(id, className, std::move(attributes));
-        instances_[id] = instance;
+        binder_.addInstance(instance);
         value = instance;
         return true;
     }
@@ -304,30 +313,20 @@ private:
     FBinaryStream& stream_;
     FObjectArchive* archive_;
     int32_t depth_ = 0;
-    std::unordered_map<uint64_t, Ref<FXmlInstance>> instances_;
-    std::vector<Ref<FXmlReference>> references_;
+    ReferenceBinder binder_;
 };
 
 } // namespace
 
 bool AttributesStream::write(FBinaryStream& stream, const FAttributes& attributes) {
-    return BodyWriter(stream).writeBody(attributes);
+    return BodyWriter(stream).writeRoot(attributes);
 }
 
 bool AttributesStream::read(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive) {
     BodyReader reader(stream, archive);
     const bool isRead = reader.readBody(attributes);
-    reader.bindReferences();
+    reader.bindReferences(attributes);
     return isRead;
-}
-
-bool FAttributes::writeTo(FObjectArchive* archive) {
-    return AttributesStream::write(archive->stream(), *this);
-}
-
-bool FAttributes::readFrom(FObjectArchive* archive) {
-    removeAll();
-    return AttributesStream::read(archive->stream(), *this, archive);
 }
 
 } // namespace qorl

@@ -12,7 +12,8 @@ namespace qorl {
 /// it. So a body can be read and written again where its classes are unknown.
 namespace AttributesStream {
 
-/// False when the stream did not take all bytes, or a text could not be stored.
+/// False when the stream did not take all bytes, a text could not be stored, an object had no attributes or
+/// attributes are nested more than 200 deep: then it can't be read back.
 bool write(FBinaryStream& stream, const FAttributes& attributes);
 
 /// Adds the body's entries to `attributes`. False for a damaged body; what was read until then stays.

@@ -1,8 +1,10 @@
 #include "persistence/FAttributes.h"
 
 #include "foundation/Cast.h"
+#include "persistence/AttributesStream.h"
 #include "persistence/FAttrList.h"
 #include "persistence/FMemoryStream.h"
+#include "persistence/FObjectArchive.h"
 #include "persistence/FXmlObject.h"
 
 #include <algorithm>
@@ -212,6 +214,15 @@ bool FAttributes::loadObject(std::string_view key, CmObject* object) const {
 void FAttributes::shareWith(FAttributes& other) {
     entries();
     other.items_ = items_;
+}
+
+bool FAttributes::writeTo(FObjectArchive* archive) {
+    return AttributesStream::write(archive->stream(), *this);
+}
+
+bool FAttributes::readFrom(FObjectArchive* archive) {
+    removeAll();
+    return AttributesStream::read(archive->stream(), *this, archive);
 }
 
 } // namespace qorl

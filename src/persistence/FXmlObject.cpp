@@ -4,7 +4,40 @@
 #include "foundation/ClassFactory.h"
 #include "persistence/FObjectArchive.h"
 
+#include <new>
+#include <utility>
+
 namespace qorl {
+
+namespace {
+
+// Instances that nobody holds any more, while the first of them goes: so a long chain of references takes no
+// stack. Each thread releases its own.
+constinit thread_local std::vector<Ref<FXmlInstance>>* leaving = nullptr;
+
+void letGo(Ref<FXmlInstance> instance) {
+    if (!instance)
+        return;
+    // Without memory for the list it goes at once.
+    try {
+        if (leaving) {
+            leaving->push_back(std::move(instance));
+            return;
+        }
+        std::vector<Ref<FXmlInstance>> list;
+        list.push_back(std::move(instance));
+        leaving = &list;
+        while (!list.empty()) {
+            const Ref<FXmlInstance> last = std::move(list.back());
+            list.pop_back();
+        }
+        leaving = nullptr;
+    } catch (const std::bad_alloc&) {
+        instance.reset();
+    }
+}
+
+} // namespace
 
 bool FXmlObject::isEqual(const CmObject* other) const {
     const auto* stored = cast<FXmlObject>(other);
@@ -25,6 +58,11 @@ uint32_t FXmlObject::hashCode(uint32_t size) const {
 FXmlInstance::FXmlInstance(uint64_t id, const ConstString& className, Ref<FAttributes> attributes)
     : FXmlObject(id), attributes_(std::move(attributes)), className_(className) {}
 
+FXmlInstance::~FXmlInstance() {
+    for (FXmlReference* watcher : watchers_)
+        watcher->target_ = nullptr;
+}
+
 CmObject* FXmlInstance::getObject() {
     if (object_ || !attributes_ || className_.isEmpty())
         return object_.get();
@@ -44,6 +82,26 @@ CmObject* FXmlInstance::getObject() {
 
 bool FXmlInstance::isClass(const char* className) const {
     return className_.string() == ConstString(className);
+}
+
+FXmlReference::~FXmlReference() {
+    unbind();
+}
+
+void FXmlReference::bind(FXmlInstance* target, Binding binding) {
+    unbind();
+    target_ = target;
+    if (binding == Binding::hold)
+        held_ = retain(target);
+    else
+        target->watchers_.push_back(this);
+}
+
+void FXmlReference::unbind() {
+    if (target_ && !held_)
+        std::erase(target_->watchers_, this);
+    target_ = nullptr;
+    letGo(std::move(held_));
 }
 
 } // namespace qorl

@@ -3,7 +3,11 @@
 #include "foundation/text/CmString.h"
 #include "persistence/FAttributes.h"
 
+#include <vector>
+
 namespace qorl {
+
+class FXmlReference;
 
 /// An object in stored form: a number that names it within its document, and a way to the object and its
 /// attributes.
@@ -36,6 +40,8 @@ class FXmlInstance : public FXmlObject {
 
 public:
     FXmlInstance(uint64_t id, const ConstString& className, Ref<FAttributes> attributes);
+    FXmlInstance(const FXmlInstance&) = delete;
+    ~FXmlInstance() override;
 
     const CmString& className8() const { return className_; }
     bool hasObject() const { return object_.get() != nullptr; }
@@ -45,21 +51,29 @@ public:
     bool isClass(const char* className) const override;
 
 private:
+    friend class FXmlReference;
+
     Ref<CmObject> object_;
     Ref<FAttributes> attributes_;
     CmString className_;
+    std::vector<FXmlReference*> watchers_;
 };
 
-/// A place that names an object by its number; bound to it once everything is read.
+/// A place that names an object by its number; bound to it, by a `ReferenceBinder`, once everything is read.
 class FXmlReference : public FXmlObject {
     QORL_CLASS(FXmlReference, FXmlObject)
 
 public:
-    explicit FXmlReference(uint64_t id) : FXmlObject(id) {}
-    explicit FXmlReference(FXmlInstance* target) : FXmlObject(target->id()), target_(retain(target)) {}
+    /// `watch` is for a reference that would close a ring: it has no target any more once the instance is
+    /// gone.
+    enum class Binding : uint8_t { hold, watch };
 
-    void bind(FXmlInstance* target) { target_ = retain(target); }
-    FXmlInstance* target() const { return target_.get(); }
+    explicit FXmlReference(uint64_t id) : FXmlObject(id) {}
+    FXmlReference(const FXmlReference&) = delete;
+    ~FXmlReference() override;
+
+    void bind(FXmlInstance* target, Binding binding);
+    FXmlInstance* target() const { return target_; }
 
     /// Without a target: null, null and false.
     CmObject* getObject() override { return target_ ? target_->getObject() : nullptr; }
@@ -67,7 +81,12 @@ public:
     bool isClass(const char* className) const override { return target_ && target_->isClass(className); }
 
 private:
-    Ref<FXmlInstance> target_;
+    friend class FXmlInstance;
+
+    void unbind();
+
+    FXmlInstance* target_ = nullptr;
+    Ref<FXmlInstance> held_;
 };
 
 } // namespace qorl

@@ -1,12 +1,11 @@
 #include "foundation/Cast.h"
 #include "persistence/FAttrList.h"
 #include "persistence/FMemoryStream.h"
-#include "persistence/FXmlObject.h"
 #include "persistence/FXmlParser.h"
+#include "persistence/ReferenceBinder.h"
 #include "persistence/XmlDocument.h"
 
 #include <charconv>
-#include <unordered_map>
 
 namespace qorl {
 
@@ -82,11 +81,7 @@ public:
 
     bool isFound() const { return isFound_; }
 
-    void bindReferences() {
-        for (const auto& reference : references_)
-            if (const auto found = instances_.find(reference->id()); found != instances_.end())
-                reference->bind(found->second.get());
-    }
+    void bindReferences() { binder_.bind(root_); }
 
 private:
     enum class Kind { body, list, value, text, binary, skipped };
@@ -257,7 +252,7 @@ private:
         } else if (auto* objects = cast<FObjectList>(list)) {
             uint64_t id = 0;
             if (readId(find(attributes, "value"), id))
-                objects->items.push_back(newReference(id).detach());
+                objects->items.push_back(binder_.addReference(id).detach());
         } else {
             return false;
         }
@@ -273,13 +268,13 @@ private:
             return true;
         }
         if (!className) {
-            store(newReference(id), attributes);
+            store(binder_.addReference(id), attributes);
             push(Kind::value);
             return true;
         }
         auto state = make<FAttributes>();
         const auto instance = make<FXmlInstance>(id, ConstString(className), state);
-        instances_[id] = instance;
+        binder_.addInstance(instance);
         store(instance, attributes);
         push(Kind::body, state.get());
         kept_.push_back(std::move(state));
@@ -294,16 +289,13 @@ private:
             append(attributes)->setObject(object.get(), Hold::retain);
     }
 
-    Ref<FXmlReference> newReference(uint64_t id) { return references_.emplace_back(make<FXmlReference>(id)); }
-
     std::string_view tag_;
     FAttributes& root_;
     bool isFound_ = false;
     std::vector<Frame> frames_;
     // What open elements point to, some of it stored nowhere else.
     std::vector<Ref<CmObject>> kept_;
-    std::unordered_map<uint64_t, Ref<FXmlInstance>> instances_;
-    std::vector<Ref<FXmlReference>> references_;
+    ReferenceBinder binder_;
 };
 
 } // namespace

@@ -8,7 +8,7 @@
 
 #include <charconv>
 #include <deque>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace qorl {
 
@@ -174,7 +174,7 @@ private:
     bool writeListed(CmObject* item, int32_t level) {
         item = targetOf(item);
         const uint64_t id = StoredObject::idOf(item);
-        if (!cast<FXmlReference>(item) && known_.insert(id).second)
+        if (!cast<FXmlReference>(item) && known_.emplace(id, retain(item)).second)
             return writeFull(item, {}, level);
         writeItem(std::to_string(id), level);
         return true;
@@ -183,7 +183,7 @@ private:
     bool writeInstance(CmObject* object, std::string_view key, int32_t level) {
         object = targetOf(object);
         const uint64_t id = StoredObject::idOf(object);
-        const bool isNew = !cast<FXmlReference>(object) && known_.insert(id).second;
+        const bool isNew = !cast<FXmlReference>(object) && known_.emplace(id, retain(object)).second;
         if (isNew && level < queueLevel)
             return writeFull(object, key, level);
         if (isNew)
@@ -204,7 +204,8 @@ private:
     }
 
     std::string& out_;
-    std::unordered_set<uint64_t> known_;
+    // Held until the end, since an address that is free again would name another object.
+    std::unordered_map<uint64_t, Ref<CmObject>> known_;
     std::deque<Ref<CmObject>> queue_;
 };
 

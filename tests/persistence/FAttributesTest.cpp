@@ -6,6 +6,7 @@
 #include "persistence/FAttrList.h"
 #include "persistence/FMemoryStream.h"
 #include "persistence/FXmlObject.h"
+#include "persistence/XmlDocument.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -328,6 +329,93 @@ TEST(AttributesStream, KeepsObjectsOfUnknownClasses) {
     EXPECT_EQ(read.getObject("gone"), nullptr);
     EXPECT_EQ(read.getObject("again"), nullptr);
     EXPECT_EQ(read.getObject("gone"), nullptr) << "a failed object is not tried again";
+}
+
+/// Writes an object that nobody else holds, and itself when `part` has no number.
+class Maker : public CmObject {
+    QORL_CLASS(Maker, CmObject)
+
+public:
+    explicit Maker(int32_t number) : number_(number) {}
+
+    bool storeAttributes(FAttributes* attributes) override {
+        const auto part = make<CmString>(ConstString(std::string_view(std::to_string(number_))));
+        attributes->setObject("part", number_ < 0 ? static_cast<CmObject*>(this) : part.get(), Hold::retain);
+        return true;
+    }
+
+private:
+    int32_t number_;
+};
+
+TEST(AttributesStream, TellsObjectsApartThatLiveOnlyWhileTheyAreWritten) {
+    FAttributes attributes;
+    for (int32_t i = 0; i < 20; ++i)
+        attributes.appendObject("makers", new Maker(i), true);
+    const std::string bytes = stored(attributes);
+    std::string document;
+    ASSERT_TRUE(XmlDocument::write(document, "State", attributes));
+    FAttributes read[3];
+    FMemoryStream source{std::string_view(bytes)};
+    ASSERT_TRUE(AttributesStream::read(source, read[0]));
+    ASSERT_TRUE(XmlDocument::read(document, "State", read[1]));
+    read[2] = attributes;
+    read[2].detachObjects();
+    for (FAttributes& one : read) {
+        const auto* list = cast<FObjectList>(one.find("makers")->getObject());
+        ASSERT_EQ(list->count(), 20);
+        for (int32_t i = 0; i < 20; ++i) {
+            auto* maker = cast<FXmlObject>(list->items[static_cast<size_t>(i)]);
+            const Ref<CmObject> part = maker->getAttributes()->getObject("part", "CmString");
+            ASSERT_NE(part, nullptr) << i;
+            EXPECT_EQ(cast<CmString>(part)->string(), ConstString(std::string_view(std::to_string(i))));
+        }
+    }
+}
+
+TEST(AttributesStream, TellsThatAnObjectCouldNotBeStored) {
+    FAttributes attributes;
+    attributes.setObject("o", new CmObject, Hold::adopt);
+    FMemoryStream stream;
+    EXPECT_FALSE(AttributesStream::write(stream, attributes)) << "nobody could read on behind it";
+    EXPECT_EQ(stream.bytes(), std::string_view("\x01\0\0\0\x02\0\0\0o\0\x02\0\x14\0", 14));
+
+    auto deep = make<FAttributes>();
+    for (int32_t i = 0; i < 200; ++i) {
+        auto above = make<FAttributes>();
+        above->setObject("nested", deep.get(), Hold::retain);
+        deep = above;
+    }
+    EXPECT_FALSE(AttributesStream::write(stream, *deep)) << "deeper than it is read";
+}
+
+TEST(AttributesStream, ReadsOnBehindWhatHasNoValue) {
+    FAttributes attributes;
+    attributes.appendObject("objects", new CmString("x"), true);
+    cast<FObjectList>(attributes.find("objects")->getObject())->items.push_back(nullptr);
+    attributes.setInteger("foreign", 7);
+    attributes.find("foreign")->setForeign();
+    attributes.entry("face").setInterface(nullptr, Hold::plain);
+    attributes.setInteger("last", 1);
+    const std::string bytes = stored(attributes);
+    FMemoryStream source{std::string_view(bytes)};
+    FAttributes read;
+    ASSERT_TRUE(AttributesStream::read(source, read));
+    EXPECT_EQ(read.getInteger("last"), 1);
+    EXPECT_FALSE(read.contains("foreign"));
+    EXPECT_FALSE(read.contains("face"));
+    EXPECT_EQ(read.count("objects"), 2);
+}
+
+TEST(FAttributes, LetsGoOfObjectsThatNameThemselves) {
+    FAttributes attributes;
+    attributes.setObject("ring", new Maker(-1), Hold::adopt);
+    attributes.detachObjects();
+    const Ref<FAttributes> state = retain(cast<FXmlObject>(attributes.at(0)->getObject())->getAttributes());
+    EXPECT_EQ(cast<FXmlReference>(state->at(0)->getObject())->target(), attributes.at(0)->getObject());
+    attributes.removeAll();
+    EXPECT_EQ(references(state.get()), 1u);
+    EXPECT_EQ(cast<FXmlReference>(state->at(0)->getObject())->target(), nullptr);
 }
 
 TEST(FAttributes, DetachesFromLiveObjects) {

@@ -210,6 +210,67 @@ TEST(XmlDocument, PassesOverWhatIsOdd) {
     EXPECT_EQ(read.getBinarySize("b"), 2);
 }
 
+uint32_t countOf(const Ref<FAttributes>& attributes) {
+    attributes->addRef();
+    return attributes->release();
+}
+
+TEST(XmlDocument, IsReleasedWhateverItsReferencesNameInIt) {
+    // 1 names itself and 2, which stands nowhere else; 2 names 1 and has a part that names 2.
+    constexpr std::string_view document =
+        "<State>"
+        "<obj name='early' ID='1'/>"
+        "<obj class='X' name='a' ID='1'><obj name='self' ID='1'/>"
+        "<obj name='b' ID='2'/></obj>"
+        "<obj class='X' ID='2'><obj name='owner' ID='1'/>"
+        "<obj class='X' name='part' ID='3'><obj name='b' ID='2'/></obj></obj>"
+        "</State>";
+    auto read = make<FAttributes>();
+    ASSERT_TRUE(XmlDocument::read(document, "State", *read));
+    auto target = [](FAttributes* attributes, const char* name) {
+        auto* object = cast<FXmlObject>(attributes->find(name)->getObject());
+        return object->getAttributes();
+    };
+    Ref<FAttributes> a = retain(target(read.get(), "a"));
+    Ref<FAttributes> b = retain(target(a.get(), "b"));
+    ASSERT_NE(b, nullptr);
+    const Ref<FAttributes> part = retain(target(b.get(), "part"));
+    EXPECT_EQ(target(read.get(), "early"), a.get());
+    EXPECT_EQ(target(a.get(), "self"), a.get());
+    EXPECT_EQ(target(b.get(), "owner"), a.get());
+    EXPECT_EQ(target(part.get(), "b"), b.get());
+    Ref<CmObject> early = retain(read->find("early")->getObject());
+    read.reset();
+    EXPECT_EQ(cast<FXmlReference>(early)->getAttributes(), a.get()) << "a reference holds what it names";
+    EXPECT_EQ(target(b.get(), "owner"), a.get());
+    early.reset();
+    EXPECT_EQ(target(a.get(), "self"), nullptr) << "the object itself is gone";
+    EXPECT_EQ(countOf(a), 1u);
+    a.reset();
+    EXPECT_EQ(countOf(b), 1u);
+    b.reset();
+    EXPECT_EQ(countOf(part), 1u);
+}
+
+TEST(XmlDocument, ReleasesAChainOfAnyLength) {
+    constexpr int32_t length = 30'000;
+    std::string document = "<State><obj name='first' ID='1'/>";
+    for (int32_t i = 1; i <= length; ++i)
+        document += "<obj class='X' ID='" + std::to_string(i) + "'><obj name='next' ID='" +
+                    std::to_string(i + 1) + "'/></obj>";
+    auto read = make<FAttributes>();
+    ASSERT_TRUE(XmlDocument::read(document + "</State>", "State", *read));
+    Ref<FAttributes> last = read;
+    int32_t hops = 0;
+    const char* name = "first";
+    for (FAttributes* next = nullptr;
+         (next = cast<FXmlObject>(last->find(name)->getObject())->getAttributes()); name = "next", ++hops)
+        last = retain(next);
+    EXPECT_EQ(hops, length);
+    read.reset();
+    EXPECT_EQ(countOf(last), 1u);
+}
+
 TEST(XmlFile, SavesBesideAndKeepsTheEarlierFile) {
     const SettingsFolder folder;
     CmString text("first");
