@@ -50,16 +50,20 @@ struct BTreePlace {
     BTreePlace settled() const;
 };
 
-/// Where in `node` a new key goes: behind its equals. `order(key)` compares the new one with a key.
-/// `foundEqual` says whether the search met an equal key; in a node that has one it does.
-template <typename Order>
-int32_t placeBehindEquals(const BTreeNode& node, Order order, bool& foundEqual) {
+/// What a tree does with a new key that equals one it has.
+enum class EqualKeys : uint8_t { accept, refuse };
+
+/// Where in `node` a new key goes: behind its equals. `order(key)` compares the new one with a key. -1 when
+/// it is refused; a search in the node that has an equal key meets it.
+template <EqualKeys equals, typename Order>
+int32_t placeBehindEquals(const BTreeNode& node, Order order) {
     int32_t low = 0;
     int32_t high = node.count;
     while (low < high) {
         const int32_t middle = (low + high) / 2;
         const int32_t result = order(node.keys[middle]);
-        foundEqual |= result == 0;
+        if (equals == EqualKeys::refuse && result == 0)
+            return -1;
         if (result < 0)
             high = middle;
         else

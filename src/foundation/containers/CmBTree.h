@@ -32,7 +32,9 @@ public:
     CmObject* clone() const override { return copyOf(*this); }
 
     int32_t count() const override { return size_; }
-    bool add(CmObject* object) override { return object && insert(object, Equals::accept, RankOf{object}); }
+    bool add(CmObject* object) override {
+        return object && insert<EqualKeys::accept>(object, RankOf{object});
+    }
     bool removeAtIterator(CmIterator* iterator) override;
     bool remove(CmObject* object) override;
     void removeAll() override;
@@ -43,17 +45,14 @@ public:
     int32_t getOrder() const { return order_; }
 
 protected:
-    enum class Equals : uint8_t { accept, refuse };
-
     struct RankOf {
         const CmObject* object;
         int32_t operator()(const CmObject* key) const { return object->compare(key); }
     };
 
-    /// Adds an object that is not null where `order`, which compares it with a key, says. With `refuse` it
-    /// isn't added beside an equal one.
-    template <typename Order>
-    bool insert(CmObject* object, Equals equals, Order order);
+    /// Adds an object that is not null where `order`, which compares it with a key, says.
+    template <EqualKeys equals, typename Order>
+    bool insert(CmObject* object, Order order);
 
     /// Null when empty.
     BTreeNode* getRoot() const { return root_; }
@@ -79,14 +78,13 @@ private:
     BTreeNode* root_ = nullptr;
 };
 
-template <typename Order>
-bool CmBTree::insert(CmObject* object, Equals equals, Order order) {
+template <EqualKeys equals, typename Order>
+bool CmBTree::insert(CmObject* object, Order order) {
     BTreeNode* node = root_;
     int32_t index = 0;
     while (node) {
-        bool foundEqual = false;
-        index = placeBehindEquals(*node, order, foundEqual);
-        if (foundEqual && equals == Equals::refuse)
+        index = placeBehindEquals<equals>(*node, order);
+        if (index < 0)
             return false;
         if (node->isLeaf())
             break;

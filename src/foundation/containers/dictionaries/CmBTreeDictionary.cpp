@@ -26,8 +26,8 @@ bool CmBTreeDictionary::add(CmObject* object) {
     // A class derived from the pair may have an order of its own.
     if (object && object->isTypeOf(CmAssociation::className(), false))
         if (const CmObject* key = pairOf(object)->getKey())
-            return insert(object, Equals::refuse, RankOfKey{key});
-    return cast<CmAssociation>(object) && insert(object, Equals::refuse, RankOf{object});
+            return insert<EqualKeys::refuse>(object, RankOfKey{key});
+    return cast<CmAssociation>(object) && insert<EqualKeys::refuse>(object, RankOf{object});
 }
 
 CmAssociation* CmBTreeDictionary::lookup(const CmObject* key) const {
