@@ -20,10 +20,8 @@ struct FileTimes {
 
 /// A volume: what the user calls it, and what it is.
 struct FVolumeInfo {
-    enum class Kind { unknown, fixed, removable, network, optical, memory };
-
     String name;
-    Kind kind = Kind::unknown;
+    platform::VolumeKind kind = platform::VolumeKind::unknown;
     int64_t freeBytes = 0;
     int64_t totalBytes = 0;
 };

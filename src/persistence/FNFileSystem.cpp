@@ -160,7 +160,7 @@ bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) {
     if (!answer(platform::getVolumeInfo(path.toUtf8(), volume)))
         return false;
     info.name = ConstString(std::string_view(volume.name));
-    info.kind = static_cast<FVolumeInfo::Kind>(volume.kind);
+    info.kind = volume.kind;
     info.freeBytes = volume.freeBytes;
     info.totalBytes = volume.totalBytes;
     return true;

@@ -44,7 +44,6 @@ public:
     ~FXmlInstance() override;
 
     const CmString& className8() const { return className_; }
-    bool hasObject() const { return object_.get() != nullptr; }
 
     CmObject* getObject() override;
     FAttributes* getAttributes() override { return attributes_.get(); }

@@ -120,7 +120,6 @@ FileError deleteFolder(const std::string& path);
 /// A folder with all that is in it. Links are removed, never followed.
 FileError deleteTree(const std::string& path);
 FileError setReadOnly(const std::string& path, bool on);
-FileError setFileTimes(const std::string& path, int64_t written, int64_t read);
 
 /// One entry of a folder. `kind` is that of a link's target.
 struct FolderEntry {

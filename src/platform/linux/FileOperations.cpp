@@ -29,11 +29,6 @@ int64_t toMilliseconds(const statx_timestamp& time) {
     return time.tv_sec * 1000 + time.tv_nsec / 1'000'000;
 }
 
-timespec toTimespec(int64_t milliseconds) {
-    const int64_t seconds = milliseconds >= 0 ? milliseconds / 1000 : (milliseconds - 999) / 1000;
-    return {static_cast<time_t>(seconds), static_cast<long>((milliseconds - seconds * 1000) * 1'000'000)};
-}
-
 // As the system itself follows.
 constexpr int mostLinks = 40;
 
@@ -111,11 +106,6 @@ FileError setReadOnly(const std::string& path, bool on) {
     constexpr mode_t allWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     const mode_t mode = on ? status.st_mode & ~allWrite : status.st_mode | S_IWUSR;
     return toFileError(chmod(path.c_str(), mode & 07777));
-}
-
-FileError setFileTimes(const std::string& path, int64_t written, int64_t read) {
-    const timespec times[2] = {toTimespec(read), toTimespec(written)};
-    return toFileError(utimensat(AT_FDCWD, path.c_str(), times, 0));
 }
 
 FileError listFolder(const std::string& path, std::vector<FolderEntry>& entries) {
