@@ -10,7 +10,7 @@ namespace qorl {
 
 namespace {
 
-constexpr char digits[] = "0123456789ABCDEF";
+constexpr char hexDigits[] = "0123456789ABCDEF";
 
 /// The memory place of each byte of the plain text, in reading order.
 constexpr uint8_t readingOrder[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
@@ -36,8 +36,8 @@ bool parse(InterfaceId& id, const char* text, const uint8_t (&starts)[16]) {
 }
 
 char* writeByte(char* out, uint8_t byte) {
-    *out++ = digits[byte >> 4];
-    *out++ = digits[byte & 15];
+    *out++ = hexDigits[byte >> 4];
+    *out++ = hexDigits[byte & 15];
     return out;
 }
 
