@@ -61,17 +61,16 @@ UpdateHandler::~UpdateHandler() {
 
 // Dependents
 
-int32_t UpdateHandler::addDependent(FInterface* object, FDependent* dependent) {
-    const RootIdentity root(object);
+int32_t UpdateHandler::add(const RootIdentity& object, FDependent* dependent) {
     FDependent* face = dependentFace(dependent);
-    if (!root || !face)
+    if (!object || !face)
         return 1;
     const FGuard guard(lock_);
     DependentEntry* entry = nullptr;
     try {
-        entry = &table_.obtain(root.get());
+        entry = &table_.obtain(object.get());
         entry->dependents.push_back(face);
-        entry->asCmObject = cast<CmObject>(root.own());
+        entry->asCmObject = cast<CmObject>(object.own());
         return 0;
     } catch (const std::bad_alloc&) {
         if (entry)
@@ -80,19 +79,42 @@ int32_t UpdateHandler::addDependent(FInterface* object, FDependent* dependent) {
     }
 }
 
-int32_t UpdateHandler::removeDependent(FInterface* object, FDependent* dependent) {
-    const RootIdentity root(object);
+int32_t UpdateHandler::addDependent(FInterface* object, FDependent* dependent) {
+    return add(RootIdentity(object), dependent);
+}
+
+int32_t UpdateHandler::addDependent(FObject* object, FDependent* dependent) {
+    return add(RootIdentity(object), dependent);
+}
+
+int32_t UpdateHandler::remove(const RootIdentity& object, FDependent* dependent) {
     FDependent* face = dependentFace(dependent);
-    if ((object && !root) || (!object && !face))
+    if (!object)
         return 0;
     const FGuard guard(lock_);
     if (face)
-        blankRunning(root.get(), face);
-    if (!object)
-        removeEverywhere(face);
-    else if (DependentEntry* entry = table_.find(root.get()))
+        blankRunning(object.get(), face);
+    if (DependentEntry* entry = table_.find(object.get()))
         removeFrom(*entry, face);
     return 0;
+}
+
+int32_t UpdateHandler::removeEverywhere(FDependent* dependent) {
+    FDependent* face = dependentFace(dependent);
+    if (!face)
+        return 0;
+    const FGuard guard(lock_);
+    blankRunning(nullptr, face);
+    table_.forEach([face](DependentEntry& entry) { std::erase(entry.dependents, face); });
+    return 0;
+}
+
+int32_t UpdateHandler::removeDependent(FInterface* object, FDependent* dependent) {
+    return object ? remove(RootIdentity(object), dependent) : removeEverywhere(dependent);
+}
+
+int32_t UpdateHandler::removeDependent(FObject* object, FDependent* dependent) {
+    return object ? remove(RootIdentity(object), dependent) : removeEverywhere(dependent);
 }
 
 void UpdateHandler::blankRunning(const FInterface* object, const FDependent* dependent) {
@@ -117,10 +139,6 @@ void UpdateHandler::removeFrom(DependentEntry& entry, FDependent* dependent) {
         return;
     cancelQueued(entry);
     table_.dropIfUnused(entry);
-}
-
-void UpdateHandler::removeEverywhere(FDependent* dependent) {
-    table_.forEach([dependent](DependentEntry& entry) { std::erase(entry.dependents, dependent); });
 }
 
 // Notifications

@@ -10,6 +10,7 @@
 #include <qorl/Ref.h>
 
 #include <atomic>
+#include <cstddef>
 #include <memory>
 
 namespace qorl {
@@ -85,12 +86,15 @@ public:
     /// The same dependent may stand twice and hears a change twice then. 1, and nothing done, when either is
     /// null or memory is short.
     int32_t addDependent(FInterface* object, FDependent* dependent) override;
+    /// This and the other operations that take an `FObject`: the same for an object known to be one of ours.
+    int32_t addDependent(FObject* object, FDependent* dependent);
     /// A null `dependent` removes all of `object`; a null `object` removes `dependent` everywhere. A running
     /// notification skips what was removed.
     int32_t removeDependent(FInterface* object, FDependent* dependent) override;
+    int32_t removeDependent(FObject* object, FDependent* dependent);
+    int32_t removeDependent(std::nullptr_t, FDependent* dependent) { return removeEverywhere(dependent); }
     /// 1 when there was nobody to tell.
     int32_t triggerUpdates(FInterface* object, int32_t message) override;
-    /// The same for an object that is known to be one of ours.
     int32_t triggerUpdates(FObject* object, int32_t message, UpdateDone done = UpdateDone::call);
     /// Queues the pair once. Without dependents `updateDone` is called at once instead. When memory is short
     /// the GUI thread tells the change at once; on another one the result is 1, and the change isn't told.
@@ -157,9 +161,11 @@ private:
     static bool keepNotified(FObject& object);
     bool handOver(FObject& object);
 
+    int32_t add(const RootIdentity& object, FDependent* dependent);
+    int32_t remove(const RootIdentity& object, FDependent* dependent);
+    int32_t removeEverywhere(FDependent* dependent);
     void blankRunning(const FInterface* object, const FDependent* dependent);
     void removeFrom(DependentEntry& entry, FDependent* dependent);
-    void removeEverywhere(FDependent* dependent);
     void cancelQueued(DependentEntry& entry);
     void takeOff(DependentEntry& entry, DeferredChange& change);
     int32_t trigger(const RootIdentity& object, int32_t message, UpdateDone done);

@@ -446,7 +446,7 @@ TEST_F(UpdateHandlerTest, ForeignDependentsHearAndForeignChangesStayWithThem) {
     EXPECT_EQ(take(), Log{}) << "an object of ours can't be told of a foreign one";
     UpdateHandler::instance()->removeDependent(&foreign, nullptr);
     subject.removeDependent(&foreign);
-    EXPECT_EQ(UpdateHandler::instance()->addDependent(nullptr, &foreign), 1);
+    EXPECT_EQ(UpdateHandler::instance()->addDependent(static_cast<FObject*>(nullptr), &foreign), 1);
     EXPECT_EQ(UpdateHandler::instance()->addDependent(&foreign, nullptr), 1);
 }
 
