@@ -269,12 +269,20 @@ bool equalsMixed(View<char> narrow, View<char16_t> wide) {
 
 template <typename Char>
 uint32_t hashOf(View<Char> text, uint32_t size) {
+    // A remainder has 32 bits and each character adds 6, so that one division does for five characters.
+    constexpr size_t charactersADivision = 5;
     int64_t hash = 0;
+    size_t left = charactersADivision;
     for (const Char c : text) {
         const auto character =
             sizeof(Char) == 1 ? static_cast<int32_t>(static_cast<signed char>(c)) : static_cast<int32_t>(c);
-        hash = (hash * 64 + character) % int64_t{size};
+        hash = hash * 64 + character;
+        if (--left > 0)
+            continue;
+        hash %= int64_t{size};
+        left = charactersADivision;
     }
+    hash %= int64_t{size};
     // 8-bit characters above 127 count as negative numbers, and so can the remainder.
     return static_cast<uint32_t>(hash < 0 ? hash + int64_t{size} : hash);
 }

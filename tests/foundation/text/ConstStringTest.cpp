@@ -342,5 +342,29 @@ TEST(ConstString, HashesItsStoredCharacters) {
     EXPECT_EQ(ConstString("ab").hashCode(0), 0u);
 }
 
+/// A remainder after each character, as the hash is defined.
+template <typename Char>
+uint32_t foldedHash(std::basic_string_view<Char> text, uint32_t size) {
+    int64_t hash = 0;
+    for (const Char c : text)
+        hash = (hash * 64 + (sizeof c == 1 ? static_cast<signed char>(c) : static_cast<int32_t>(c))) % size;
+    return static_cast<uint32_t>(hash < 0 ? hash + size : hash);
+}
+
+TEST(ConstString, HashesLongTextsOfAnyCharacters) {
+    for (const char extreme : {'\x7F', '\xFF', '\x80', 'a'}) {
+        for (size_t length = 1; length < 40; ++length) {
+            const std::string narrow(length, extreme);
+            const std::u16string wide(length, static_cast<char16_t>(0xFF00 | static_cast<uint8_t>(extreme)));
+            for (const uint32_t size : {1u, 2u, 10u, 50u, 65521u, 100'000u, 0x80000000u, UINT32_MAX}) {
+                EXPECT_EQ(ConstString(narrow.c_str()).hashCode(size), foldedHash<char>(narrow, size))
+                    << length << " in " << size;
+                EXPECT_EQ(ConstString(wide.c_str()).hashCode(size), foldedHash<char16_t>(wide, size))
+                    << length << " in " << size;
+            }
+        }
+    }
+}
+
 } // namespace
 } // namespace qorl
