@@ -40,7 +40,7 @@ bool CmHashTable::makeBuckets() {
 }
 
 void CmHashTable::enter(Node* node) {
-    node->bucket = bucketOf(hashOf(node->object));
+    node->bucket = bucketOf(node->object);
     Bucket& bucket = buckets_[node->bucket];
     if (bucket.count++ == 0) {
         chain_.append(node);
@@ -93,6 +93,8 @@ void CmHashTable::setHashFunction(HashFunction hash) {
     if (!buckets_)
         return;
     std::fill_n(buckets_.get(), size_, Bucket());
+    for (Node* node = chain_.head; node; node = node->next)
+        node->mark = hashOf(node->object, marks);
     enterAll();
 }
 
@@ -109,6 +111,7 @@ bool CmHashTable::add(CmObject* object) {
     }
     take(object);
     node->object = object;
+    node->mark = hashOf(object, marks);
     enter(node);
     ++count_;
     return true;
@@ -117,11 +120,13 @@ bool CmHashTable::add(CmObject* object) {
 CmHashTable::Node* CmHashTable::locate(const CmObject* object) const {
     if (!object || !buckets_)
         return nullptr;
-    const auto isSame = [object](const CmObject* element) { return element == object; };
-    if (Node* node = nodeIn(hashOf(object), isSame))
-        return node;
+    const Bucket& bucket = buckets_[bucketOf(object)];
+    Node* node = bucket.head;
+    for (int32_t left = bucket.count; left > 0; --left, node = node->next)
+        if (node->object == object)
+            return node;
     // Its hash may have changed since.
-    Node* node = chain_.head;
+    node = chain_.head;
     while (node && node->object != object)
         node = node->next;
     return node;
@@ -155,9 +160,10 @@ void CmHashTable::removeAll() {
 }
 
 CmObject* CmHashTable::find(const CmObject* object) const {
-    if (!object || !buckets_)
+    if (!object)
         return nullptr;
-    return findIn(hashOf(object), [object](const CmObject* element) { return object->isEqual(element); });
+    return findBy([this, object](uint32_t size) { return hashOf(object, size); },
+                  [object](const CmObject* element) { return object->isEqual(element); });
 }
 
 bool CmHashTable::containsSame(const CmObject* object) const {

@@ -57,9 +57,10 @@ public:
 protected:
     HashFunction getHashFunction() const { return hash_; }
 
-    /// The first element of the bucket of `hash` for which `matches` holds; null for none.
-    template <typename Matches>
-    CmObject* findIn(uint32_t hash, Matches matches) const;
+    /// The first element for which `matches` holds among those whose hash is `hashFor(size)` for any size;
+    /// null for none.
+    template <typename HashFor, typename Matches>
+    CmObject* findBy(HashFor hashFor, Matches matches) const;
 
 private:
     friend class CmHashTableIterator;
@@ -69,6 +70,7 @@ private:
         CmObject* object;
         Node* previous;
         uint32_t bucket; ///< Where it stands, whatever its hash may be meanwhile.
+        uint32_t mark;   ///< A second hash, by which most of those that are not meant are passed over.
     };
     /// A stretch of the chain of all nodes.
     struct Bucket {
@@ -77,13 +79,20 @@ private:
         Node* tail = nullptr;
     };
 
-    uint32_t hashOf(const CmObject* object) const {
-        const auto size = static_cast<uint32_t>(size_);
+    /// A prime: numbers of buckets share no factor with it, so that it parts what they throw together.
+    static constexpr uint32_t marks = 65521;
+
+    uint32_t hashOf(const CmObject* object, uint32_t size) const {
         return hash_ ? hash_(object, size) : object->hashCode(size);
     }
-    uint32_t bucketOf(uint32_t hash) const {
+    template <typename HashFor>
+    uint32_t bucketBy(HashFor hashFor) const {
         const auto size = static_cast<uint32_t>(size_);
+        const uint32_t hash = hashFor(size);
         return hash < size ? hash : hash % size;
+    }
+    uint32_t bucketOf(const CmObject* object) const {
+        return bucketBy([this, object](uint32_t size) { return hashOf(object, size); });
     }
     bool makeBuckets();
     bool rebuild(int64_t buckets);
@@ -92,8 +101,6 @@ private:
     void enter(Node* node);
     /// Its object is free of the table then.
     CmObject* leave(Node* node);
-    template <typename Matches>
-    Node* nodeIn(uint32_t hash, Matches matches) const;
     Node* locate(const CmObject* object) const;
 
     Growth growth_;
@@ -104,22 +111,19 @@ private:
     Chain<Node> chain_;
 };
 
-template <typename Matches>
-CmHashTable::Node* CmHashTable::nodeIn(uint32_t hash, Matches matches) const {
+template <typename HashFor, typename Matches>
+CmObject* CmHashTable::findBy(HashFor hashFor, Matches matches) const {
     if (!buckets_)
         return nullptr;
-    const Bucket& bucket = buckets_[bucketOf(hash)];
-    Node* node = bucket.head;
+    const Bucket& bucket = buckets_[bucketBy(hashFor)];
+    if (bucket.count == 1)
+        return matches(bucket.head->object) ? bucket.head->object : nullptr;
+    const uint32_t mark = bucket.count > 0 ? hashFor(marks) : 0;
+    const Node* node = bucket.head;
     for (int32_t left = bucket.count; left > 0; --left, node = node->next)
-        if (matches(node->object))
-            return node;
+        if (node->mark == mark && matches(node->object))
+            return node->object;
     return nullptr;
-}
-
-template <typename Matches>
-CmObject* CmHashTable::findIn(uint32_t hash, Matches matches) const {
-    const Node* node = nodeIn(hash, matches);
-    return node ? node->object : nullptr;
 }
 
 /// Walks a hash table.

@@ -8,11 +8,11 @@ CmAssociation* CmHashDictionary::lookup(const CmObject* key) const {
     // A hash function of the table's owner wants pairs.
     if (!key || getHashFunction())
         return DictionaryOf::lookup(key);
-    return static_cast<CmAssociation*>(
-        findIn(key->hashCode(static_cast<uint32_t>(size_)), [key](const CmObject* element) {
-            const CmObject* other = static_cast<const CmAssociation*>(element)->getKey();
-            return other && key->isEqual(other);
-        }));
+    const auto isEqual = [key](const CmObject* element) {
+        const CmObject* other = static_cast<const CmAssociation*>(element)->getKey();
+        return other && key->isEqual(other);
+    };
+    return static_cast<CmAssociation*>(findBy([key](uint32_t size) { return key->hashCode(size); }, isEqual));
 }
 
 } // namespace qorl
