@@ -72,7 +72,7 @@ void forEachAncestorDependent(UView& view, const AncestorKind& kind,
         return;
     const Ref<CmContainer> dependents = retain(container);
     for (int32_t i = 0; i < dependents->count(); ++i)
-        if (auto* dependent = cast<UView>(dependents->at(i)))
+        if (const Ref<UView> dependent = retain(cast<UView>(dependents->at(i))))
             visit(*dependent);
 }
 

@@ -60,11 +60,12 @@ bool UView::draw(const CmRect& rect) {
 bool UView::drawSubViews(const CmRect& rect) {
     SubViewIterator walk(*this);
     while (UView* view = walk.next()) {
-        if (!view->isShown())
+        const CmRect frame = view->core_.frameRect;
+        if (!view->isShown() || !frame.intersects(rect))
             continue;
-        const CmRect& frame = view->core_.frameRect;
-        if (frame.intersects(rect))
-            view->draw(rect.intersect(frame).moved(CmPoint{} - frame.origin()));
+        // What asks for its texts while it is drawn may be rebuilt by whoever is asked.
+        const Ref<UView> keep = retain(view);
+        view->draw(rect.intersect(frame).moved(CmPoint{} - frame.origin()));
     }
     return true;
 }

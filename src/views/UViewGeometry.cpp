@@ -63,6 +63,8 @@ void tellAncestorSized(UView& view) {
 // ---- Frame.
 
 bool UView::setFrame(const CmRect& rect, bool redraw) {
+    // Who hears of the change may take the view out of its parent.
+    const Ref<UView> keep = retain(this);
     const bool result = applyFrameHook(rect, redraw) || applyFrame(rect, redraw);
     return frameApplied(result, rect, redraw);
 }

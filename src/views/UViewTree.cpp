@@ -59,7 +59,9 @@ bool UView::addSubView(Ref<UView> view) {
 bool UView::insertSubView(int32_t index, Ref<UView> view) {
     if (!view || view->parent_ || view == this)
         return false;
-    UView* child = view.detach();
+    const Ref<UView> keep = retain(this);
+    const Ref<UView> child = std::move(view);
+    child->addRef(); // The parent's own.
     child->parent_ = this;
     core_.item.insertChild(index, child->core_.item);
     App::Layout::IItemLayout* layout = core_.item.layout();
@@ -67,10 +69,12 @@ bool UView::insertSubView(int32_t index, Ref<UView> view) {
         layout->childAdded(core_.item, child->core_.item,
                            isRealized() ? App::Layout::Realized::yes : App::Layout::Realized::no);
     child->updateClientRect();
-    if (isAttached() && child->isShown()) {
-        child->attached(this);
+    if (!isAttached() || !child->isShown() || child->parent_ != this)
+        return true;
+    child->attached(this);
+    // Whoever was told may have taken it out again.
+    if (child->parent_ == this)
         invalidate(child->core_.frameRect);
-    }
     return true;
 }
 
@@ -78,6 +82,7 @@ Ref<UView> UView::removeSubView(UView* view) {
     if (!view || view->parent_ != this)
         return nullptr;
     const Ref<UView> keep = retain(this);
+    const Ref<UView> keepView = retain(view);
     if (isAttached()) {
         const bool wasVisible = view->isVisible();
         if (view->isAttached())
@@ -155,6 +160,7 @@ bool UView::show() {
     core_.item.setVisible(true);
     if (isShown())
         return true;
+    const Ref<UView> keep = retain(this);
     setFlag(viewVisible, true);
     if (!isAttached() && parent_ && parent_->isAttached()) {
         attached(parent_);
@@ -181,6 +187,7 @@ bool UView::hide() {
 }
 
 void UView::attached(UView* parent) {
+    const Ref<UView> keep = retain(this);
     const bool wasAttached = isAttached();
     setFlag(viewAttached, true);
     if (core_.item.layout())
@@ -189,11 +196,14 @@ void UView::attached(UView* parent) {
         if (view.isVisible())
             view.attached(this);
     });
+    // A subview may have taken this view out of the window, in answer to its own attachment.
+    if (!isAttached())
+        return;
     if (hasFlag(viewWantsAncestorSized | viewWantsAncestorMoved))
         enterAncestorDependents(*this, parent);
     if (!wasAttached)
         tellLifecycle(*this, &IViewLifecycleListener::viewAttached);
-    if (!hasFlag(viewDirectPaint))
+    if (!hasFlag(viewDirectPaint) || !isAttached())
         return;
     UWindow* window = getWindow();
     ViewRare& rare = getRare();

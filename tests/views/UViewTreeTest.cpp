@@ -1,5 +1,6 @@
 #include "RecordingViews.h"
 #include "foundation/messages/UpdateHandler.h"
+#include "support/PoisonedView.h"
 
 #include <gtest/gtest.h>
 
@@ -174,6 +175,88 @@ TEST_F(UViewTree, TellsItsListenersOfItsLife) {
     EXPECT_EQ(log_.take(),
               "attached sized moved disabled enabled detaching detached hidden attached shown detaching "
               "detached destroyed");
+}
+
+/// Takes the view out of its parent, whose reference is the last, when it hears one certain notice.
+class LeavesOn : public CmObject, public IViewLifecycleListener {
+    QORL_CLASS(LeavesOn, CmObject)
+    QORL_FACES(LeavesOn, CmObject, IViewLifecycleListener)
+
+public:
+    explicit LeavesOn(std::string notice) : notice_(std::move(notice)) {}
+
+    void viewShown(UView* view) override { heard(view, "shown"); }
+    void viewHidden(UView* view) override { heard(view, "hidden"); }
+    void viewFocusGained(UView*) override {}
+    void viewFocusLost(UView*) override {}
+    void viewEnabled(UView*) override {}
+    void viewDisabled(UView* view) override { heard(view, "disabled"); }
+    void viewMoved(UView* view) override { heard(view, "moved"); }
+    void viewSized(UView* view) override { heard(view, "sized"); }
+    void viewAttached(UView* view) override { heard(view, "attached"); }
+    void viewDetaching(UView* view) override { heard(view, "detaching"); }
+    void viewDetached(UView* view) override { heard(view, "detached"); }
+    void viewDestroyed(UView*) override { isGone = true; }
+
+    bool isGone = false;
+
+private:
+    void heard(UView* view, const char* notice) {
+        UView* parent = view->getParent();
+        if (notice == std::exchange(notice_, notice == notice_ ? "" : notice_) && parent)
+            parent->removeSubView(view);
+    }
+
+    std::string notice_;
+};
+
+struct LeavingCase {
+    const char* notice;
+    void (*act)(UView& parent, UView& child);
+    bool beginsHidden;
+};
+
+TEST_F(UViewTree, LetsAViewLeaveForGoodInAnswerToAnyNotice) {
+    const LeavingCase cases[] = {
+        {"detaching", [](UView& parent, UView& child) { parent.removeSubView(&child); }, false},
+        {"detached", [](UView& parent, UView& child) { parent.removeSubView(&child); }, false},
+        {"detaching", [](UView&, UView& child) { child.hide(); }, false},
+        {"detached", [](UView&, UView& child) { child.hide(); }, false},
+        {"hidden", [](UView&, UView& child) { child.hide(); }, false},
+        {"attached", [](UView&, UView& child) { child.show(); }, true},
+        {"shown", [](UView&, UView& child) { child.show(); }, true},
+        {"disabled", [](UView&, UView& child) { child.setEnabled(false); }, false},
+        {"sized",
+         [](UView&, UView& child) {
+             child.setFrame({5, 5, 25, 25}, true);
+         },
+         false},
+        {"moved",
+         [](UView&, UView& child) {
+             child.setFrame({5, 5, 25, 25}, true);
+         },
+         false},
+        {"attached", [](UView& parent, UView& child) { parent.addSubView(parent.removeSubView(&child)); },
+         false},
+    };
+    window_->attachTree();
+    for (const LeavingCase& c : cases) {
+        SCOPED_TRACE(c.notice);
+        LeavesOn listener(c.notice);
+        auto made = make<testing::PoisonedView>(CmRect{0, 0, 10, 10});
+        made->setFlag(viewDirectPaint | viewWantsAncestorSized, true);
+        if (c.beginsHidden)
+            made->hide();
+        UView* child = made.get();
+        window_->addSubView(std::move(made));
+        child->addLifecycleListener(&listener);
+        c.act(*window_, *child);
+        EXPECT_TRUE(listener.isGone);
+        EXPECT_EQ(window_->getSubViewCount(), 0);
+        // A view that is gone must not be drawn or told of sizes any more.
+        window_->drawSubViews({0, 0, 5, 5});
+        window_->setSize({window_->getSize().width + 1, 200});
+    }
 }
 
 TEST(ListenerList, ToleratesChangesWhileItCalls) {
