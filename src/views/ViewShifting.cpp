@@ -35,8 +35,10 @@ public:
     /// Positive distances go away from the moved view.
     void slide(int32_t distance) {
         collect();
-        for (UView* view : sliding_)
-            slideOne(*view, far_ ? distance : -distance);
+        // Each slide is heard of, and whoever hears it may take others out.
+        for (const Ref<UView>& view : sliding_)
+            if (view->getParent() == &parent_)
+                slideOne(*view, far_ ? distance : -distance);
     }
 
 private:
@@ -58,7 +60,7 @@ private:
             parent_.forEachSubView([&](UView& view) {
                 if (&view == &moved_ || contains(view) || !isReachedBy(origin, view))
                     return;
-                sliding_.push_back(&view);
+                sliding_.push_back(retain(&view));
                 // What stretches stops the push.
                 if (!stretches(view))
                     work.push_back(view.getFrameRect());
@@ -91,7 +93,7 @@ private:
     UView& moved_;
     bool vertical_;
     bool far_;
-    std::vector<UView*> sliding_;
+    std::vector<Ref<UView>> sliding_;
 };
 
 int32_t distanceOf(const UView& view, int32_t gap, uint32_t flags) {

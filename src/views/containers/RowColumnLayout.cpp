@@ -5,6 +5,7 @@
 #include "windows/UWindow.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qorl {
 
@@ -27,11 +28,28 @@ private:
 void RowColumnLayout::update(UView& view) {
     if (suspended_ || placing_ || (view.getSubViewCount() == 0 && !view.isRealized()))
         return;
+    arrange(view, 0);
+}
+
+void RowColumnLayout::subViewsChanged(UView& view) {
+    isStale_ = true;
+    update(view);
+}
+
+void RowColumnLayout::arrange(UView& view, int32_t crossDelta) {
+    // A listener that always changes something must not keep the program here.
+    constexpr int32_t mostRounds = 8;
+    const Ref<UView> keep = retain(&view);
     const Held held(placing_);
-    if (!has(RowColumnStyle::fitInParent))
-        place(view);
-    else if (view.isRealized())
-        stretch(view, 0);
+    for (int32_t round = 0; round < mostRounds; ++round) {
+        isStale_ = false;
+        if (!has(RowColumnStyle::fitInParent))
+            place(view);
+        else if (view.isRealized())
+            stretch(view, std::exchange(crossDelta, 0));
+        if (!isStale_)
+            return;
+    }
 }
 
 bool RowColumnLayout::frameChanged(UView& view, const CmRect& oldClientRect) {
@@ -39,9 +57,8 @@ bool RowColumnLayout::frameChanged(UView& view, const CmRect& oldClientRect) {
         return false;
     if (suspended_ || placing_ || resizing_ || !view.isRealized())
         return true;
-    const Held held(placing_);
     const CmRect& client = view.getClientRect();
-    stretch(view, isHorizontal() ? client.height() - oldClientRect.height()
+    arrange(view, isHorizontal() ? client.height() - oldClientRect.height()
                                  : client.width() - oldClientRect.width());
     return true;
 }
@@ -185,13 +202,22 @@ void RowColumnLayout::stretch(UView& view, int32_t crossDelta) {
     const auto factor = static_cast<float>(stretchable > 0 ? free / stretchable : 0);
 
     int32_t cursor = (horizontal ? marginX + offsetX : marginY + offsetY);
-    const std::vector<Share> shares = shares_;
-    for (const Share& share : shares) {
-        UView& child = *const_cast<UView*>(share.view);
-        if (!child.isShown() || share.size <= 0)
+    // Each placing is heard of, and whoever hears it may take subviews out.
+    struct Placing {
+        Ref<UView> child;
+        double size;
+    };
+    std::vector<Placing> placings;
+    placings.reserve(shares_.size());
+    for (const Share& share : shares_)
+        if (share.view->isShown() && share.size > 0)
+            placings.push_back({retain(share.view), share.size});
+    for (const Placing& placing : placings) {
+        UView& child = *placing.child;
+        if (child.getParent() != &view)
             continue;
         const int32_t size = child.hasFlag(stretchFlag)
-                                 ? static_cast<int32_t>(factor * static_cast<float>(share.size))
+                                 ? static_cast<int32_t>(factor * static_cast<float>(placing.size))
                                  : extentOf(child.getFrameRect());
         CmRect frame = alongAndAcross(child.getFrameRect(), cursor, size);
         if (crossDelta != 0 && child.hasFlag(crossFar)) {

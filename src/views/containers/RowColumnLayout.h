@@ -61,6 +61,9 @@ public:
 
     /// Places the subviews of `view` anew.
     void update(UView& view);
+    /// Subviews came, went, were shown or hidden. While they are being placed, by a listener of one of them,
+    /// all are placed once more afterwards.
+    void subViewsChanged(UView& view);
     /// The view got another size: children that share its room follow along the axis, and by their attach
     /// flags across it. False when the attach rule shall place them alone.
     bool frameChanged(UView& view, const CmRect& oldClientRect);
@@ -72,10 +75,11 @@ public:
 
 private:
     struct Share {
-        const UView* view;
+        UView* view;
         double size;
     };
 
+    void arrange(UView& view, int32_t crossDelta);
     void place(UView& view);
     CmSize stackChildren(UView& view);
     void evenOut(UView& view, CmSize used);
@@ -88,6 +92,7 @@ private:
     std::vector<Share> shares_;
     bool suspended_ = false;
     bool placing_ = false;
+    bool isStale_ = false; ///< The subviews changed while they were placed.
     bool resizing_ = false;
 };
 

@@ -14,18 +14,20 @@ void URowColumn::setSuspended(bool suspended) {
 }
 
 bool URowColumn::insertSubView(int32_t index, Ref<UView> view) {
+    const Ref<UView> keep = retain(this);
     if (!UView::insertSubView(index, std::move(view)))
         return false;
-    layout_.update(*this);
+    layout_.subViewsChanged(*this);
     return true;
 }
 
 Ref<UView> URowColumn::removeSubView(UView* view) {
+    const Ref<UView> keep = retain(this);
     Ref<UView> removed = UView::removeSubView(view);
     if (!removed)
         return removed;
     layout_.childRemoved(*removed);
-    layout_.update(*this);
+    layout_.subViewsChanged(*this);
     return removed;
 }
 
@@ -68,7 +70,7 @@ void URowColumn::detached(UView* parent) {
 
 void URowColumn::invalidateLayout() {
     UView::invalidateLayout();
-    layout_.update(*this);
+    layout_.subViewsChanged(*this);
 }
 
 } // namespace qorl

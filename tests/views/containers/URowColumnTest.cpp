@@ -1,8 +1,11 @@
 #include "views/containers/URowColumn.h"
 
 #include "support/HeadlessShell.h"
+#include "support/PoisonedView.h"
 
+#include <functional>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace qorl {
 
@@ -176,6 +179,60 @@ TEST(URowColumn, ResizesItsParentBeforeItself) {
     row->addSubView(make<UView>(CmRect{0, 0, 20, 30}));
     EXPECT_EQ(toText(row->getFrameRect()), "0,0,90,30");
     EXPECT_EQ(parent.getFrameRect().width(), 70) << "by the size that the row had before";
+}
+
+/// Does something once, in answer to the first change of its place.
+class StirringView : public UView {
+    QORL_CLASS(StirringView, UView)
+
+public:
+    explicit StirringView(const CmRect& frame) : UView(frame) { setAttach(viewAttachRight); }
+
+    std::function<void()> stir;
+
+    void moved() override {
+        UView::moved();
+        if (const auto once = std::exchange(stir, nullptr))
+            once();
+    }
+};
+
+struct StirCase {
+    const char* what;
+    uint32_t style;
+    std::function<void(UView& row)> stir;
+    const char* places;
+};
+
+TEST(URowColumn, PlacesOnceMoreWhenSubViewsChangeWhileTheyArePlaced) {
+    constexpr uint32_t plain = RowColumnStyle::horizontal;
+    constexpr uint32_t shared = plain | RowColumnStyle::fitInParent;
+    const auto removeLast = [](UView& row) { row.removeSubView(row.getLastSubView()); };
+    const auto removeFirst = [](UView& row) { row.removeSubView(row.getFirstSubView()); };
+    const auto add = [](UView& row) { row.addSubView(make<UView>(CmRect{0, 0, 25, 10})); };
+    const auto hideFirst = [](UView& row) { row.getFirstSubView()->hide(); };
+    const StirCase cases[] = {
+        {"one behind goes", plain, removeLast, "0,0,30,10 30,0,20,10"},
+        {"one before goes", plain, removeFirst, "0,0,20,10 20,0,40,10"},
+        {"one comes", plain, add, "0,0,30,10 30,0,20,10 50,0,40,10 90,0,25,10"},
+        {"one is hidden", plain, hideFirst, "0,0,20,10 20,0,40,10"},
+        {"one behind goes from a shared row", shared, removeLast, "0,0,30,10 30,0,170,10"},
+        {"one before goes from a shared row", shared, removeFirst, "0,0,160,10 160,0,40,10"},
+    };
+    for (const StirCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        HeadlessShell shell;
+        const auto row = make<URowColumn>(CmRect{0, 0, 200, 10}, c.style);
+        shell.window().addSubView(row);
+        const auto stirring = make<StirringView>(CmRect{0, 0, 20, 10});
+        row->setSuspended(true);
+        row->addSubView(make<testing::PoisonedView>(CmRect{0, 0, 30, 10}));
+        row->addSubView(stirring);
+        row->addSubView(make<testing::PoisonedView>(CmRect{0, 0, 40, 10}));
+        stirring->stir = [&] { c.stir(*row); };
+        row->setSuspended(false);
+        EXPECT_EQ(placesIn(*row), c.places);
+    }
 }
 
 } // namespace
