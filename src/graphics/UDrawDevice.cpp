@@ -468,6 +468,7 @@ void UDrawDevice::setAntialiasing(int32_t flags) {
     brush_.setAntialiased(antialiased);
     if (!backEnd_)
         return;
+    takeBackEnd();
     if (flags & now)
         flushPen();
     flushAntialias(antialiased);

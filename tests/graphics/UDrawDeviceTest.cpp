@@ -181,6 +181,19 @@ TEST_F(UDrawDeviceTest, GivesEachOfSeveralDevicesItsOwnState) {
     EXPECT_EQ(backEnd_->take(), "rect 10,0 1x1 fill");
 }
 
+TEST_F(UDrawDeviceTest, SmoothsAnewWhenAnotherDeviceWasAtTheBackEnd) {
+    UDrawDevice other(device_, {10, 0});
+    settle();
+    other.setAntialiasing(UDrawDevice::off);
+    other.fillRect({0, 0, 1, 1});
+    backEnd_->take();
+    device_.setAntialiasing(UDrawDevice::shapes);
+    EXPECT_EQ(backEnd_->take(), "smooth");
+    device_.fillRect({0, 0, 1, 1});
+    const std::string again = backEnd_->take();
+    EXPECT_NE(again.find("clip -30000,-30000"), std::string::npos) << again;
+}
+
 TEST_F(UDrawDeviceTest, NeverDrawsBeyondTheLimitOfItsClip) {
     struct Limited : UDrawDevice {
         explicit Limited(UDrawDevice& outer) : UDrawDevice(outer, {5, 5}) { limitClip({0, 0, 10, 10}); }
