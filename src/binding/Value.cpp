@@ -303,9 +303,13 @@ void Value::formatValueFloat(double value, String& text) {
     if (!quiet)
         enableNotify(false);
     const float remembered = getValueFloat();
+    const int32_t whole = getValue();
     setValueFloat(static_cast<float>(value));
     toString(text);
     setValueFloat(remembered);
+    // A large whole number does not come back from a float.
+    if (getValue() != whole)
+        setValue(whole);
     if (!quiet)
         enableNotify(true);
 }

@@ -254,6 +254,15 @@ TEST_F(ValueTest, FormatsAnotherNumberWithoutTellingAnyone) {
     value->removeDependent(witness.get());
 }
 
+TEST_F(ValueTest, ComesBackWholeFromTheFormatOfAFloat) {
+    const auto value = make<IntValue>(0, 2'000'000'000);
+    value->setValue(16'777'217);
+    String text;
+    value->formatValueFloat(5, text);
+    EXPECT_STREQ(text.text8(), "5");
+    EXPECT_EQ(value->getValue(), 16'777'217) << "a float has no place for all of its digits";
+}
+
 TEST_F(ValueTest, ACopySharesATargetThatIsNotOwned) {
     auto value = make<IntValue>(0, 10);
     value->setTarget(witness.get(), 3, false);
