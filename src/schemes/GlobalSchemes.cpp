@@ -27,6 +27,7 @@ constinit UScheme* GlobalSchemes::dialog_ = nullptr;
 constinit UScheme* GlobalSchemes::control_ = nullptr;
 constinit UScheme* GlobalSchemes::system_ = nullptr;
 constinit UScheme* GlobalSchemes::current_ = nullptr;
+constinit CurrentScheme* GlobalSchemes::scopes_ = nullptr;
 
 void GlobalSchemes::set(UScheme*& slot, UScheme* scheme) {
     if (scheme)
@@ -36,8 +37,13 @@ void GlobalSchemes::set(UScheme*& slot, UScheme* scheme) {
     if (!old)
         return;
     const bool isHeld = old == main_ || old == dialog_ || old == control_ || old == system_;
-    if (current_ == old && !isHeld)
-        current_ = scheme;
+    if (!isHeld) {
+        if (current_ == old)
+            current_ = scheme;
+        for (CurrentScheme* scope = scopes_; scope; scope = scope->around_)
+            if (scope->outer_ == old)
+                scope->outer_ = scheme;
+    }
     old->release();
 }
 

@@ -52,20 +52,31 @@ private:
     static UScheme* control_;
     static UScheme* system_;
     static UScheme* current_;
+    static class CurrentScheme* scopes_; ///< the innermost
+    friend class CurrentScheme;
 };
 
-/// Another current scheme for as long as the object stands.
+/// Another current scheme for as long as the object stands, on the stack. What comes back then is the scheme
+/// of before, or what took its place as a global one meanwhile.
 class CurrentScheme {
 public:
-    explicit CurrentScheme(UScheme* scheme) : outer_(GlobalSchemes::current()) {
+    explicit CurrentScheme(UScheme* scheme)
+        : outer_(GlobalSchemes::current()), around_(GlobalSchemes::scopes_) {
+        GlobalSchemes::scopes_ = this;
         GlobalSchemes::setCurrent(scheme);
     }
-    ~CurrentScheme() { GlobalSchemes::setCurrent(outer_); }
+    ~CurrentScheme() {
+        GlobalSchemes::scopes_ = around_;
+        GlobalSchemes::setCurrent(outer_);
+    }
     CurrentScheme(const CurrentScheme&) = delete;
     CurrentScheme& operator=(const CurrentScheme&) = delete;
 
 private:
+    friend class GlobalSchemes;
+
     UScheme* outer_;
+    CurrentScheme* around_;
 };
 
 } // namespace qorl

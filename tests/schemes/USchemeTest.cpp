@@ -386,6 +386,20 @@ TEST_F(GlobalSchemesTest, WhatIsEmptyIsFilledWithMain) {
     EXPECT_EQ(GlobalSchemes::current(), mine.get()) << "never a scheme that is gone";
 }
 
+TEST_F(GlobalSchemesTest, AScopeEndsWithTheSchemeThatTookThePlaceOfTheFormer) {
+    GlobalSchemes::createForLibrary();
+    const auto during = make<UScheme>();
+    const auto fresh = make<UScheme>();
+    {
+        const CurrentScheme outer(GlobalSchemes::main());
+        const CurrentScheme inner(during.get());
+        for (auto* set : {&GlobalSchemes::setDialog, &GlobalSchemes::setSystem, &GlobalSchemes::setMain})
+            set(fresh.get());
+        EXPECT_EQ(GlobalSchemes::current(), during.get());
+    }
+    EXPECT_EQ(GlobalSchemes::current(), fresh.get()) << "never a scheme that is gone";
+}
+
 TEST_F(GlobalSchemesTest, ColoursAreFoundByTheirSchemeNames) {
     UColor color = StandardColor::red;
     EXPECT_FALSE(color.parse("hyperlink")) << "no scheme, no names";
