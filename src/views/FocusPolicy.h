@@ -33,8 +33,8 @@ constexpr bool isArrow(FocusDirection direction) {
 /// Chooses which view the keyboard goes to next within one part of the tree.
 ///
 /// The base class keeps the order of reading: forward and back follow the tree and wrap at the ends; arrows
-/// go to the nearest view that lies that way, preferring views in line with the start. A base view, a scroll
-/// view and a window use it unless the view was given another policy.
+/// go to the nearest view that lies that way, preferring views in line with the start. The root of a tree
+/// uses it unless it was given another policy; a view below has one only when it was given one.
 class FocusPolicy : public CmObject {
     QORL_CLASS(FocusPolicy, CmObject)
 

@@ -1,5 +1,6 @@
 #include "views/GeometryAttributes.h"
 
+#include <algorithm>
 #include <array>
 
 namespace qorl {
@@ -22,9 +23,13 @@ bool load(const FAttributes& attributes, std::string_view key, Numbers<count>& n
     std::array<uint8_t, count * 4> bytes;
     if (!attributes.getBinaryData(key, bytes.data(), static_cast<int64_t>(bytes.size())))
         return false;
-    for (size_t i = 0; i < count; ++i)
-        numbers[i] = static_cast<int32_t>(bytes[i * 4] | bytes[i * 4 + 1] << 8 | bytes[i * 4 + 2] << 16 |
-                                          static_cast<uint32_t>(bytes[i * 4 + 3]) << 24);
+    constexpr int32_t farthest = 1 << 28;
+    for (size_t i = 0; i < count; ++i) {
+        const auto number =
+            static_cast<int32_t>(bytes[i * 4] | bytes[i * 4 + 1] << 8 | bytes[i * 4 + 2] << 16 |
+                                 static_cast<uint32_t>(bytes[i * 4 + 3]) << 24);
+        numbers[i] = std::clamp(number, -farthest, farthest);
+    }
     return true;
 }
 

@@ -165,7 +165,9 @@ UWindow* UBaseView::getOwnWindow() const {
 Ref<UWindow> UBaseView::windowize(const WindowizePlan& wanted) {
     const Ref<UView> keep = retain(static_cast<UView*>(this));
     WindowizePlan plan = wanted;
-    for (const WindowizeHook& hook : windowizeHooks())
+    // A hook may add one.
+    const std::vector<WindowizeHook> hooks = windowizeHooks();
+    for (const WindowizeHook& hook : hooks)
         hook(*this, plan);
     resolveStoredType(plan);
     if (plan.type != BaseWindowType::none && !makerOf(plan.type))
@@ -209,9 +211,8 @@ void UBaseView::resolveStoredType(WindowizePlan& plan) {
     FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
     FDefaults* group = pool ? pool->getGroup(stateName_, stateVersion_, false) : nullptr;
     const auto stored = static_cast<BaseWindowType>(group ? group->values().getInteger(stateKey, 1) : 1);
-    const bool known = makerOf(stored) || stored == BaseWindowType::fullScreenHidden ||
-                       (stored == BaseWindowType::fullScreen && hasBaseFlag(baseOffersFullScreen));
-    plan.type = known ? stored : BaseWindowType::document;
+    const bool offered = stored != BaseWindowType::fullScreen || hasBaseFlag(baseOffersFullScreen);
+    plan.type = offered && makerOf(stored) ? stored : BaseWindowType::document;
 }
 
 void UBaseView::rememberPlace() {

@@ -45,21 +45,23 @@ bool UToolTipHandler::mouseDown(UWindow* window, CmPoint, uint32_t) {
 void UToolTipHandler::mouseMove(UWindow* window, CmPoint point) {
     if (!enabled_ || isTipWindow(*window))
         return;
-    UView* view = window->findViewAt(point, true, viewsWhere([](UView* v) { return v->hasTooltip(); }));
+    Ref<UView> view =
+        retain(window->findViewAt(point, true, viewsWhere([](UView* v) { return v->hasTooltip(); })));
     String text;
     CmRect rect;
     if (view && !view->getTooltip(text, view->windowToClient(point), rect))
         text = String();
-    if (text.isEmpty())
-        view = nullptr;
+    // Whoever was asked for the text may have rebuilt its views.
+    if (text.isEmpty() || view->getWindow() != window)
+        view.reset();
     if (view && !rect.contains(view->windowToClient(point)))
         rect = {};
-    if (view == view_ && rect == rect_ && text == text_)
+    if (view.get() == view_ && rect == rect_ && text == text_)
         return;
     hide(Forget::all);
     if (!view)
         return;
-    view_ = view;
+    view_ = view.get();
     text_ = text;
     rect_ = rect;
     window_ = window;

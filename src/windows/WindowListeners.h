@@ -9,7 +9,7 @@ class UWindow;
 /// Hears what happens to a window without being its controller. Registered by whoever owns it; not counted.
 class WindowListener {
 public:
-    /// The size or the position of the client changed; 11 is told to the window's dependents, too.
+    /// The size of the client changed; 11 is told to the window's dependents, too.
     virtual void windowSized(UWindow* window, CmSize oldSize) = 0;
     virtual void windowClosing(UWindow* window) = 0;
 

@@ -3,6 +3,7 @@
 #include "RecordingViews.h"
 #include "foundation/messages/FMessage.h"
 #include "persistence/FAttributes.h"
+#include "persistence/FDefaultPool.h"
 #include "support/HeadlessShell.h"
 #include "windows/UDocWindow.h"
 
@@ -127,6 +128,32 @@ TEST_F(UBaseViewTest, TakesADocumentWithoutAStoredState) {
     EXPECT_EQ(window->getWindowType(), WindowType::document);
     EXPECT_TRUE(base_->hasBaseFlag(UBaseView::baseUsesStoredState));
     EXPECT_FALSE(window->isOpen());
+}
+
+TEST_F(UBaseViewTest, TakesADocumentForAStoredStateThatCannotBe) {
+    base_->setStateName(ConstString("UBaseViewTest"), 1);
+    base_->setBaseFlag(UBaseView::baseOffersFullScreen, true);
+    FAttributes& stored =
+        FGlobalDefaultPool::instance()->getGroup(ConstString("UBaseViewTest"), 1, true)->values();
+    for (const int64_t state : {0, 4, 6, 7, 8, -1}) {
+        SCOPED_TRACE(state);
+        stored.setInteger("State", state);
+        const Ref<UWindow> window = windowize(BaseWindowType::stored);
+        ASSERT_TRUE(window);
+        EXPECT_EQ(window->getWindowType(), WindowType::document);
+    }
+    FGlobalDefaultPool::instance()->removeGroup(ConstString("UBaseViewTest"));
+}
+
+TEST_F(UBaseViewTest, LetsAHookAddHooks) {
+    static int32_t calls;
+    calls = 0;
+    UBaseView::addWindowizeHook([](UBaseView&, WindowizePlan&) {
+        for (int32_t i = 0; i < 20; ++i)
+            UBaseView::addWindowizeHook([](UBaseView&, WindowizePlan&) { ++calls; });
+    });
+    ASSERT_TRUE(windowize(BaseWindowType::document));
+    EXPECT_EQ(calls, 0) << "a new one is asked from the next time on";
 }
 
 TEST_F(UBaseViewTest, ClampsAProposalWhenItIsNotAloneInAWindow) {
