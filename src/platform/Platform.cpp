@@ -1,19 +1,29 @@
 #include "platform/Platform.h"
 
+#include "platform/Clock.h"
 #include "platform/DesktopServices.h"
 #include "platform/System.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "platform/x11/X11Desktop.h"
 
-#include <atomic>
 #include <memory>
+#include <mutex>
 
 namespace qorl::platform {
 
 namespace {
 
-// Other threads ask for the time and wake the user interface.
-constinit std::atomic<DesktopServices*> services{nullptr};
+constinit DesktopServices* services = nullptr;
+
+// The same for other threads: the one that is told here stands for as long as the lock is held.
+constinit std::mutex sharedLock;
+constinit DesktopServices* shared = nullptr;
+
+void share(DesktopServices* desktop) {
+    const std::lock_guard guard(sharedLock);
+    shared = desktop;
+}
+
 constinit DpiAwareness dpiAwareness = DpiAwareness::none;
 
 /// Empty when the environment names none.
@@ -48,6 +58,7 @@ bool start(Backend backend, std::string& error) {
     else
         made = createX11(error);
     services = made.release();
+    share(services);
     return services != nullptr;
 }
 
@@ -57,13 +68,26 @@ bool start(DesktopServices* made) {
         return false;
     }
     services = made;
+    share(services);
     return services != nullptr;
 }
 
 void stop() {
+    share(nullptr);
     // Windows that close last may still ask for the desktop.
-    delete services.load();
+    delete services;
     services = nullptr;
+}
+
+void wakeUp() {
+    const std::lock_guard guard(sharedLock);
+    if (shared)
+        shared->wakeUp();
+}
+
+int64_t getTicks() {
+    const std::lock_guard guard(sharedLock);
+    return shared ? shared->getTicks() : getMonotonicMilliseconds();
 }
 
 DesktopServices* desktop() {

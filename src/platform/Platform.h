@@ -44,8 +44,16 @@ DpiAwareness getDpiAwareness();
 /// unloaded. Windows and pointers must be gone. Safe when nothing was started.
 void stop();
 
-/// The services of this process; null before `start` and after `stop`.
+/// The services of this process; null before `start` and after `stop`. User-interface thread.
 DesktopServices* desktop();
+
+// What other threads ask of them, at any time: `stop` waits for those that are in here.
+
+/// Ends a wait of the user-interface thread, or its next one. Nothing where no desktop runs.
+void wakeUp();
+
+/// Ticks of the user-interface clock; those of the system where no desktop runs.
+int64_t getTicks();
 
 /// Puts a back end in place by hand, for tests and tools that configure it first. Fails when one runs
 /// already; `services` is deleted then. Ends with `stop`.

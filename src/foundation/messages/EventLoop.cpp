@@ -51,8 +51,7 @@ EventLoop* EventLoop::current() {
 }
 
 void EventLoop::wakeGuiThread() {
-    if (platform::DesktopServices* desktop = platform::desktop())
-        desktop->wakeUp();
+    platform::wakeUp();
 }
 
 void EventLoop::deliver() {

@@ -1,7 +1,6 @@
 #include "foundation/threads/Ticks.h"
 
 #include "foundation/messages/EventLoop.h"
-#include "platform/Clock.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "platform/Threads.h"
@@ -9,8 +8,7 @@
 namespace qorl {
 
 uint32_t getTicks() {
-    const platform::DesktopServices* desktop = platform::desktop();
-    return static_cast<uint32_t>(desktop ? desktop->getTicks() : platform::getMonotonicMilliseconds());
+    return static_cast<uint32_t>(platform::getTicks());
 }
 
 void sleep(uint32_t milliseconds) {

@@ -345,6 +345,9 @@ void Event::reset() {
 bool Event::wait(int64_t milliseconds) {
     std::unique_lock guard(mutex_);
     const auto isSet = [this] { return isSet_; };
+    // The clock counts nanoseconds; a century is for ever.
+    constexpr int64_t longest = int64_t{100} * 365 * 24 * 60 * 60 * 1000;
+    milliseconds = std::min(milliseconds, longest);
     if (milliseconds < 0)
         condition_.wait(guard, isSet);
     else if (!condition_.wait_for(guard, std::chrono::milliseconds(milliseconds), isSet))

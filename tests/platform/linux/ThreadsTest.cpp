@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <limits>
 #include <vector>
 
 namespace qorl::platform {
@@ -139,6 +140,30 @@ TEST(Events, AutomaticOnesLetOneWaiterThrough) {
     event.set();
     event.reset();
     EXPECT_FALSE(event.wait(0));
+}
+
+TEST(Events, WaitForAsLongAsIsAsked) {
+    Event never(Reset::manual);
+    Event begun(Reset::manual);
+    struct Waiter {
+        Event& begun;
+        Event& never;
+        bool wasSet = false;
+    } waiter{begun, never};
+    const auto body = [](void* argument) -> uint32_t {
+        auto& own = *static_cast<Waiter*>(argument);
+        own.begun.set();
+        own.wasSet = own.never.wait(std::numeric_limits<int64_t>::max());
+        return 0;
+    };
+    ThreadHandle thread = 0;
+    ASSERT_TRUE(startThread(body, &waiter, "waiter", thread));
+    EXPECT_TRUE(begun.wait(generous));
+    EXPECT_FALSE(joinThread(thread, 1)) << "the longest wait was over at once";
+    never.set();
+    EXPECT_TRUE(joinThread(thread, generous));
+    EXPECT_TRUE(waiter.wasSet);
+    closeThread(thread);
 }
 
 TEST(Events, ManualOnesLetAllThroughUntilReset) {
