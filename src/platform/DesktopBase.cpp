@@ -9,16 +9,11 @@ namespace qorl::platform {
 
 namespace {
 
-constexpr int64_t tipDelay = 500; // milliseconds
+constexpr int64_t tipDelay = 500;        // milliseconds
+constexpr int64_t longestInputTurn = 20; // milliseconds
 
 bool canBeMain(const WindowBase& window) {
     return window.getKind() == WindowKind::document || window.getKind() == WindowKind::full;
-}
-
-int64_t distanceTo(const CmRect& rect, CmPoint point) {
-    const int64_t dx = std::max({rect.left - point.x, 0, point.x - rect.right + 1});
-    const int64_t dy = std::max({rect.top - point.y, 0, point.y - rect.bottom + 1});
-    return dx * dx + dy * dy;
 }
 
 } // namespace
@@ -87,8 +82,26 @@ bool DesktopBase::hasEvent() {
 }
 
 bool DesktopBase::dispatchEvent() {
-    if (hasNativeEvent() && dispatchNativeEvent())
-        return true;
+    return dispatchInput() || dispatchTimerOrPaint() || (hasNativeEvent() && dispatchNativeEvent()) ||
+           dispatchSource();
+}
+
+/// A mouse that moves faster than its moves are handled must keep neither timers nor paints waiting.
+bool DesktopBase::dispatchInput() {
+    if (!hasNativeEvent()) {
+        inputSince_ = TimerQueue::never;
+        return false;
+    }
+    const int64_t now = getTicks();
+    if (inputSince_ == TimerQueue::never)
+        inputSince_ = now;
+    if (now - inputSince_ < longestInputTurn)
+        return dispatchNativeEvent();
+    inputSince_ = TimerQueue::never;
+    return false;
+}
+
+bool DesktopBase::dispatchTimerOrPaint() {
     // A timer that is always due must not keep the screen from being painted.
     if (wasTimerLast_ && dispatchPaint())
         return true;
@@ -96,7 +109,7 @@ bool DesktopBase::dispatchEvent() {
         wasTimerLast_ = true;
         return timers_.dispatch(getTicks());
     }
-    return dispatchPaint() || dispatchSource();
+    return dispatchPaint();
 }
 
 bool DesktopBase::dispatchPaint() {
@@ -130,12 +143,16 @@ void DesktopBase::processEvents() {
     }
 }
 
-void DesktopBase::flushAll() {
+std::vector<Ref<WindowBase>> DesktopBase::keepWindows() const {
     std::vector<Ref<WindowBase>> windows;
     windows.reserve(windows_.size());
     for (WindowBase* window : windows_)
         windows.push_back(retain(window));
-    for (const Ref<WindowBase>& window : windows)
+    return windows;
+}
+
+void DesktopBase::flushAll() {
+    for (const Ref<WindowBase>& window : keepWindows())
         window->update();
     nativeFlush();
 }
@@ -184,7 +201,7 @@ int32_t DesktopBase::monitorAt(CmPoint screen) const {
     for (int32_t i = 0; i < monitorCount(); ++i) {
         CmRect rect;
         getMonitorRect(i, MonitorArea::whole, rect);
-        const int64_t distance = distanceTo(rect, screen);
+        const int64_t distance = squaredDistance(rect, screen);
         if (distance < bestDistance) {
             bestDistance = distance;
             best = i;
@@ -221,8 +238,14 @@ void DesktopBase::windowHidden(WindowBase& window) {
         setActive(chooseNextActive(window));
 }
 
+void DesktopBase::windowDisabled(WindowBase& window) {
+    if (capture_ == &window)
+        loseCapture();
+}
+
 void DesktopBase::windowClosed(WindowBase& window) {
     std::erase(windows_, &window);
+    forget(window);
     if (tipWindow_ == &window)
         setTip(window, {}, {});
     if (capture_ == &window)
@@ -237,17 +260,26 @@ void DesktopBase::windowClosed(WindowBase& window) {
 }
 
 void DesktopBase::closeOwnedWindows(WindowBase& owner) {
-    for (size_t i = windows_.size(); i-- > 0;) {
-        if (i < windows_.size() && windows_[i]->getOwner() == &owner) {
-            windows_[i]->close(CloseMode::withOwner);
-            i = windows_.size();
-        }
+    // One that is closing already stays in the list until what it owns is closed.
+    const auto isOwned = [&](const WindowBase* w) { return w->getOwner() == &owner && !w->isClosed(); };
+    for (;;) {
+        const auto found = std::find_if(windows_.rbegin(), windows_.rend(), isOwned);
+        if (found == windows_.rend())
+            return;
+        const Ref<WindowBase> owned = retain(*found);
+        owned->getClient()->ownerClosed();
+        owned->close(CloseMode::withOwner);
     }
 }
 
 void DesktopBase::closeAllWindows() {
-    while (!windows_.empty())
-        windows_.back()->close(CloseMode::normal);
+    for (;;) {
+        const auto isOpen = [](const WindowBase* w) { return !w->isClosed(); };
+        const auto found = std::find_if(windows_.rbegin(), windows_.rend(), isOpen);
+        if (found == windows_.rend())
+            break;
+        (*found)->close(CloseMode::normal);
+    }
     setTipPresenter(nullptr);
     cursor_.reset();
 }

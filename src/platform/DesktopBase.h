@@ -46,6 +46,7 @@ public:
 
     void windowShown(WindowBase& window);
     void windowHidden(WindowBase& window);
+    void windowDisabled(WindowBase& window);
     void windowClosed(WindowBase& window);
     void closeOwnedWindows(WindowBase& owner);
     void raiseInOrder(WindowBase& window);
@@ -55,6 +56,8 @@ public:
 
     /// All windows that are not closed, the topmost last. Valid until one is made, raised or closed.
     const std::vector<WindowBase*>& getWindows() const { return windows_; }
+    /// The same for a walk in which they may close.
+    std::vector<Ref<WindowBase>> keepWindows() const;
 
 protected:
     DesktopBase() = default;
@@ -87,6 +90,8 @@ protected:
     virtual bool dispatchNativeEvent() = 0;
     virtual void nativeSetCapture(WindowBase* window) = 0; ///< null releases
     virtual void nativeSetCursor() = 0;
+    /// The window is closing: whoever knows it by its address forgets it, since another may come to have it.
+    virtual void forget(WindowBase& window) = 0;
 
     /// Who gets the input when the active window `gone` hides or closes, as far as this program decides it.
     virtual WindowBase* chooseNextActive(WindowBase& gone) = 0;
@@ -98,6 +103,8 @@ protected:
 private:
     void timerElapsed(TimerId timer) override;
     void stopTipTimer();
+    bool dispatchInput();
+    bool dispatchTimerOrPaint();
     bool dispatchPaint();
     bool dispatchSource();
     bool needsPaint() const;
@@ -110,6 +117,7 @@ private:
     bool isMainActive_ = false;
     WindowBase* capture_ = nullptr;
     bool wasTimerLast_ = false;
+    int64_t inputSince_ = TimerQueue::never; ///< ticks; when input began to keep the others waiting
     Ref<PlatformCursor> cursor_;
     bool isCursorShown_ = true;
 

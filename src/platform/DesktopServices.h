@@ -44,8 +44,8 @@ enum class WaitResult : uint8_t {
     event,    ///< `dispatchEvent` has work
     wakeUp,   ///< another thread called `wakeUp`
     timeout,  ///< the time has passed
-    exhausted ///< nothing can ever come: no event, no timer, no limit of time.
-              ///< Only where time is virtual.
+    exhausted ///< nothing can ever come: no event, no timer and no limit of time, where time is
+              ///< virtual, or the desktop itself is lost
 };
 
 enum class MonitorArea : uint8_t { whole, work };
@@ -65,7 +65,8 @@ enum class SystemColor : uint8_t {
 /// The desktop of one process: windows, input state, the event pump, timers and time, monitors, pointers.
 ///
 /// One object a process, from `start` to `stop` of `platform/Platform.h`. Screen coordinates are logical
-/// pixels. Threading: user-interface thread (the one that called `start`), but for `wakeUp` and `getTicks`.
+/// pixels. Threading: user-interface thread (the one that called `start`), but for `wakeUp` and `getTicks`,
+/// which other threads call by way of `platform/Platform.h`.
 class DesktopServices {
 public:
     virtual ~DesktopServices() = default;
@@ -95,6 +96,11 @@ public:
     virtual CmPoint getMousePosition() const = 0;
     virtual void setMousePosition(CmPoint screen) = 0;
 
+    /// The same as they stood with the last input that was dispatched. Gestures go by these: the user may be
+    /// further on already, and what comes after will be dispatched too.
+    virtual uint32_t eventModifiers() const = 0;
+    virtual uint32_t eventMouseButtons() const = 0;
+
     /// All mouse events go to `window` until the capture is released or lost; an earlier holder hears
     /// `captureLost`.
     virtual void setCapture(PlatformWindow& window) = 0;
@@ -107,8 +113,9 @@ public:
     /// True when `dispatchEvent` would find something now.
     virtual bool hasEvent() = 0;
 
-    /// Handles one event: an input, then a due timer, then a paint. May be called from within an event. False
-    /// when there was none.
+    /// Handles one event: an input, then a due timer, then a paint. Input that keeps the others waiting for
+    /// longer than a frame lets them have a turn. May be called from within an event. False when there was
+    /// none.
     virtual bool dispatchEvent() = 0;
 
     /// Waits for at most `milliseconds`, without limit if negative. Dispatches nothing.

@@ -65,6 +65,10 @@ public:
     /// The mouse was captured by this window and is not any more, without a release by the window itself.
     virtual void captureLost() = 0;
 
+    /// The owner is being closed, and this window with it: as soon as this comes back, unless the window
+    /// closes in here.
+    virtual void ownerClosed() = 0;
+
 protected:
     ~PlatformWindowClient() = default;
 };
@@ -110,7 +114,7 @@ public:
     virtual void center() = 0;
     virtual void activate() = 0;
 
-    /// A disabled window hears no mouse, wheel and key events.
+    /// A disabled window hears no mouse, wheel and key events, and loses the capture of the mouse.
     virtual void enable(bool on) = 0;
 
     /// Adds to the invalid region, cut at the client area. The paint comes out of the event pump.
@@ -130,7 +134,8 @@ public:
     virtual void setOpacity(float opacity) = 0;
     virtual void setLimits(LimitKind kind, CmSize size) = 0;
 
-    /// Destroys the window on the screen, its owned windows first. The client is not called any more.
+    /// Destroys the window on the screen, its owned windows first. The client is not called any more, but
+    /// those of the owned windows hear `ownerClosed`.
     virtual void close(CloseMode mode) = 0;
 
     enum class Activation : int32_t { inactive = 0, active = 1, childActive = 2 };
@@ -153,6 +158,10 @@ public:
 
     // Operations that callers need beside the published table.
 
+    /// From now on the window stays above `owner` and goes with it; null sets it free. Not counted: see
+    /// `WindowDescription::owner`. Nothing for a window of kind `child`, and for an owner that it owns
+    /// itself.
+    virtual void setOwner(PlatformWindow* owner) = 0;
     virtual void hide() = 0;
     virtual bool isVisible() const = 0;
     virtual ShowState getShowState() const = 0;

@@ -288,4 +288,13 @@ CmRect scaledOutward(const CmRect& rect, double factor) {
             toEdge(std::ceil(rect.right * factor - slack)), toEdge(std::ceil(rect.bottom * factor - slack))};
 }
 
+int64_t squaredDistance(const CmRect& rect, CmPoint point) {
+    const auto beyond = [](int64_t place, int64_t first, int64_t end) {
+        return std::max({first - place, int64_t{0}, place - end + 1});
+    };
+    const int64_t dx = beyond(point.x, rect.left, rect.right);
+    const int64_t dy = beyond(point.y, rect.top, rect.bottom);
+    return dx * dx + dy * dy;
+}
+
 } // namespace qorl::platform

@@ -60,4 +60,7 @@ private:
 /// `rect` times `factor`, edges rounded outward. Edges within a thousandth of a whole number count as whole.
 CmRect scaledOutward(const CmRect& rect, double factor);
 
+/// The square of the distance from `point` to the nearest pixel of `rect`; 0 inside.
+int64_t squaredDistance(const CmRect& rect, CmPoint point);
+
 } // namespace qorl::platform

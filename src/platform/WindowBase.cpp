@@ -76,6 +76,7 @@ bool WindowBase::isOwnedBy(const WindowBase& window) const {
 void WindowBase::show(ShowState state, uint32_t flags) {
     if (isClosed())
         return;
+    const Ref<WindowBase> self = retain(this);
     if (flags & showMaximized)
         state = ShowState::maximized;
     if (style_ & WindowStyle::noActivate || kind_ == WindowKind::overlay || kind_ == WindowKind::child)
@@ -85,7 +86,8 @@ void WindowBase::show(ShowState state, uint32_t flags) {
         invalidateDevice(getDeviceRect());
     }
     desktop_.windowShown(*this);
-    nativeShow(state, flags);
+    if (!isClosed())
+        nativeShow(state, flags);
 }
 
 void WindowBase::hide() {
@@ -108,6 +110,7 @@ void WindowBase::setTitle(std::u16string_view title) {
 void WindowBase::setPositionSize(CmPoint position, CmSize size) {
     if (isClosed())
         return;
+    const Ref<WindowBase> self = retain(this);
     size = withinLimits(size);
     if (showState_ != ShowState::normal)
         restoredRect_ = CmRect::ofSize(position, size);
@@ -128,6 +131,8 @@ void WindowBase::update() {
     isPainting_ = true;
     client_->paint(surface, logical, drawn);
     isPainting_ = false;
+    if (isSurfaceStale_)
+        dropSurface();
     present(drawn);
 }
 
@@ -136,8 +141,13 @@ void WindowBase::present(const Region& region) {
         return;
     Region device = scale_ == 1.0 ? region : region.scaled(scale_);
     device.intersect(getDeviceRect());
-    if (!device.isEmpty())
-        nativePresent(device);
+    presentDevice(device);
+}
+
+void WindowBase::presentDevice(const Region& region) {
+    // A surface that is being painted may have the size of before.
+    if (!region.isEmpty() && !isSurfaceStale_)
+        nativePresent(region);
 }
 
 void WindowBase::center() {
@@ -156,14 +166,32 @@ void WindowBase::center() {
 void WindowBase::activate() {
     if (isClosed() || !isVisible_)
         return;
+    const Ref<WindowBase> self = retain(this);
     if (showState_ == ShowState::minimized)
         setShowState(ShowState::normal);
+    if (isClosed())
+        return;
     desktop_.raiseInOrder(*this);
     nativeActivate();
 }
 
 void WindowBase::enable(bool on) {
     isEnabled_ = on;
+    // The release would be kept from it, and the mouse from everybody else.
+    if (!on)
+        desktop_.windowDisabled(*this);
+}
+
+void WindowBase::setOwner(PlatformWindow* owner) {
+    auto* next = static_cast<WindowBase*>(owner);
+    if (isClosed() || next == owner_ || kind_ == WindowKind::child)
+        return;
+    if (next && (next == this || next->isClosed() || next->isOwnedBy(*this)))
+        return;
+    owner_ = next;
+    nativeSetOwner();
+    if (owner_)
+        desktop_.raiseInOrder(*owner_);
 }
 
 void WindowBase::invalidate(const CmRect& rect) {
@@ -191,6 +219,7 @@ void WindowBase::raise() {
 }
 
 void WindowBase::setShowState(ShowState state) {
+    const Ref<WindowBase> self = retain(this);
     if (!isClosed() && state != showState_)
         nativeSetShowState(state);
 }
@@ -316,6 +345,10 @@ void WindowBase::freeSurface() {
 void WindowBase::dropSurface() {
     if (!surface_.pixels)
         return;
+    // The client still draws on it.
+    isSurfaceStale_ = isPainting_;
+    if (isPainting_)
+        return;
     surface_ = {};
     freeSurface();
 }
@@ -329,7 +362,8 @@ void WindowBase::scrollRect(const CmRect& rect, CmPoint delta) {
     const CmPoint device{static_cast<int32_t>(std::lround(x)), static_cast<int32_t>(std::lround(y))};
     // A distance of broken device pixels cannot be moved, and nothing stands in a surface that was never
     // painted.
-    if (!surface_.pixels || std::abs(x - device.x) > 0.001 || std::abs(y - device.y) > 0.001) {
+    if (!surface_.pixels || isSurfaceStale_ || std::abs(x - device.x) > 0.001 ||
+        std::abs(y - device.y) > 0.001) {
         invalidateDevice(area);
         return;
     }

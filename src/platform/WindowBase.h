@@ -47,6 +47,7 @@ public:
     void setPlacement(const CmRect& rect) override;
     PixelSurface getSurface() override;
     double getScaleFactor() const override { return scale_; }
+    void setOwner(PlatformWindow* owner) override;
     void hide() override;
     bool isVisible() const override { return isVisible_; }
     ShowState getShowState() const override { return showState_; }
@@ -97,8 +98,11 @@ protected:
 
     /// `rect` in device pixels.
     void invalidateDevice(const CmRect& rect);
+    /// Puts `region` of the surface, in device pixels, on the screen; not while its size is that of before.
+    void presentDevice(const Region& region);
 
-    /// Fills a fresh surface of `deviceSize`; rows from top to bottom. Empty when memory is short.
+    /// Fills a fresh surface of `deviceSize`; rows from top to bottom. Empty when memory is short. It stays
+    /// until the end of a paint, also when the window is closed or sized in there.
     virtual PixelSurface allocateSurface(CmSize deviceSize);
     virtual void freeSurface();
 
@@ -111,6 +115,7 @@ protected:
     virtual void nativeSetShowState(ShowState state) = 0;
     virtual void nativeClose() = 0;
     virtual void nativePresent(const Region& deviceRegion) = 0;
+    virtual void nativeSetOwner() {}
     virtual void nativeSetTitle() {}
     virtual void nativeSetStyle() {}
     virtual void nativeSetOpacity() {}
@@ -153,7 +158,8 @@ private:
     bool isVisible_ = false;
     bool isEnabled_ = true;
     bool isPainting_ = false;
-    Region invalid_; ///< device pixels
+    bool isSurfaceStale_ = false; ///< Dropped within a paint, which still draws on it.
+    Region invalid_;              ///< device pixels
     PixelSurface surface_;
     std::unique_ptr<uint32_t[]> memory_;
 };

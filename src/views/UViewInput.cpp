@@ -21,7 +21,7 @@ MouseEvent mouseEventFor(UView& view, CmPoint point) {
     event.clientHeight = view.getClientSize().height;
     event.position = point;
     if (const platform::DesktopServices* desktop = platform::desktop())
-        event.modifiers = desktop->currentModifiers();
+        event.modifiers = desktop->eventModifiers();
     if (const UWindow* window = view.getWindow()) {
         event.buttons = window->pressedButtons();
         event.isDoubleClick = window->isDoubleClick();

@@ -6,6 +6,7 @@
 #include "persistence/FAttributes.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
+#include "platform/Region.h"
 #include "views/UBaseView.h"
 #include "windows/PlainTipPresenter.h"
 #include "windows/UModalDialog.h"
@@ -44,12 +45,6 @@ void forgetOwner(const CmStack* cursors, const UView* owner) {
     }
 }
 
-int64_t squaredDistance(CmPoint point, const CmRect& rect) {
-    const int64_t dx = std::max({rect.left - point.x, point.x - rect.right, 0});
-    const int64_t dy = std::max({rect.top - point.y, point.y - rect.bottom, 0});
-    return dx * dx + dy * dy;
-}
-
 struct NearestFocus {
     CmPoint point;
     UView* view = nullptr;
@@ -74,7 +69,7 @@ void findNearestFocus(UView& parent, NearestFocus& nearest) {
             return;
         if (view.isFocusable() && !view.getClientSize().isEmpty()) {
             const CmRect frame = CmRect::ofSize(view.frameToWindow({}), view.getFrameSize());
-            const int64_t distance = squaredDistance(nearest.point, frame);
+            const int64_t distance = platform::squaredDistance(frame, nearest.point);
             if (!nearest.view || distance < nearest.distance) {
                 nearest.view = &view;
                 nearest.distance = distance;

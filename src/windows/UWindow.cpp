@@ -189,12 +189,22 @@ void UWindow::addChildWindow(Ref<UWindow> child) {
     if (!child || child->core().parentWindow == this)
         return;
     if (UWindow* parent = child->core().parentWindow)
-        parent->removeChildWindow(child.get());
+        parent->takeChildWindow(child.get());
     child->core().parentWindow = this;
+    if (child->core().platformWindow)
+        child->core().platformWindow->setOwner(getPlatformWindow());
     core_->childWindows.push_back(std::move(child));
 }
 
 Ref<UWindow> UWindow::removeChildWindow(UWindow* child) {
+    Ref<UWindow> removed = takeChildWindow(child);
+    if (removed && removed->core().platformWindow)
+        removed->core().platformWindow->setOwner(nullptr);
+    return removed;
+}
+
+/// Leaves the platform as it is: an owner is also who gets the keyboard when its window closes.
+Ref<UWindow> UWindow::takeChildWindow(UWindow* child) {
     auto& children = core_->childWindows;
     const auto found = std::find(children.begin(), children.end(), child);
     if (found == children.end())

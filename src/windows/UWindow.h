@@ -118,6 +118,7 @@ public:
     UWindow* getParentWindow() const;
     /// Takes over a reference; `child` closes with this window.
     void addChildWindow(Ref<UWindow> child);
+    /// `child` stays open, if it is.
     Ref<UWindow> removeChildWindow(UWindow* child);
     std::span<const Ref<UWindow>> childWindows() const;
     void addWindowListener(WindowListener* listener);
@@ -182,7 +183,8 @@ public:
     bool isInputBlocked() const;
     UView* getHoverView() const;
     /// Until the button is released, moves reach `view` as `mouseOver` and the release as its `mouseUp`,
-    /// wherever the mouse is. For a view that is being pressed.
+    /// wherever the mouse is. With several buttons it is the release of the last. For a view that is being
+    /// pressed; whoever held the mouse before hears `mouseCaptureLost`.
     void captureMouse(UView* view);
     void releaseMouse(UView* view);
     UView* getMouseCapture() const;
@@ -194,7 +196,7 @@ public:
     bool isDoubleClick() const;
     CmPoint focusPoint() const;
 
-    /// Buttons of the press that is being handled; outside of one, those that are down now.
+    /// Buttons of the press that is being handled; outside of one, those that were down with the last event.
     uint32_t pressedButtons() const;
     /// "Hit", "Escape", "Fore", "Back", "Left", "Right", "Up", "Down": what the category "Focus" of commands
     /// does. False for any other word and when nothing came of it.
@@ -241,6 +243,7 @@ private:
     friend class WindowPlatformSide;
 
     bool open();
+    bool prepareToOpen();
     bool createPlatformWindow();
     void placeForOpening();
     void showOnPlatform();
@@ -250,12 +253,12 @@ private:
     void storeLook(FAttributes& attributes);
     /// Where the window is when it is neither minimized nor maximized.
     CmRect normalFrame() const;
-    void leaveLists();
     void changeState(WindowState state);
     void tellState(const char* message, bool on);
     bool closeByKey(const UKeyCode& key);
     bool pressRight(CmPoint point);
     void beginClientDrag(CmPoint point);
+    Ref<UWindow> takeChildWindow(UWindow* child);
     bool mouseMoved(CmPoint point);
     void mouseLeft();
     bool mousePressed(CmPoint point, const platform::MouseEvent& event);

@@ -1,10 +1,14 @@
 #include "windows/UWindow.h"
 #include "windows/WindowCore.h"
 
+#include <utility>
+
 namespace qorl {
 
 void UWindow::captureMouse(UView* view) {
-    core_->captureView = view;
+    const Ref<UView> earlier = retain(std::exchange(core_->captureView, view));
+    if (earlier && earlier != view)
+        earlier->mouseCaptureLost();
 }
 
 void UWindow::releaseMouse(UView* view) {
@@ -15,8 +19,7 @@ void UWindow::releaseMouse(UView* view) {
 void UWindow::captureLost() {
     core_->clickTracker.cancel();
     setWindowFlag(clientDragged, false);
-    if (const Ref<UView> holder = retain(std::exchange(core_->captureView, nullptr)))
-        holder->mouseCaptureLost();
+    captureMouse(nullptr);
 }
 
 UView* UWindow::getMouseCapture() const {

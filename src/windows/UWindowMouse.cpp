@@ -67,6 +67,9 @@ bool UWindow::mouseMoved(CmPoint point) {
         setPosition(clientToScreen(point) - core_->dragOffset);
         return true;
     }
+    // A dialog that came up under a gesture ends it.
+    if (core_->captureView && isInputBlocked())
+        captureLost();
     if (const Ref<UView> holder = retain(core_->captureView))
         return holder->mouseOver(holder->windowToClient(point));
     updateHover(point);
@@ -95,11 +98,19 @@ bool UWindow::mousePressed(CmPoint point, const platform::MouseEvent& event) {
 
 bool UWindow::mouseReleased(CmPoint point, const platform::MouseEvent& event) {
     const bool isClick = core_->clickTracker.release(point);
-    setWindowFlag(clientDragged, false);
-    if (platform::desktop() && platform::desktop()->getCapture() == core_->platformWindow.get())
-        platform::desktop()->releaseCapture();
+    platform::DesktopServices* desktop = platform::desktop();
+    const bool isLast = !desktop || desktop->eventMouseButtons() == platform::noButton;
+    if (isInputBlocked())
+        captureMouse(nullptr);
+    if (isLast) {
+        setWindowFlag(clientDragged, false);
+        if (desktop && desktop->getCapture() == core_->platformWindow.get())
+            desktop->releaseCapture();
+    }
     if (isInputBlocked())
         return false;
+    if (!isLast && core_->captureView)
+        return true;
     UView* holder = std::exchange(core_->captureView, nullptr);
     const Ref<UView> target = retain(holder ? holder : core_->hoverView ? core_->hoverView : this);
     bool taken = target->mouseUp(target->windowToClient(point));
@@ -152,7 +163,7 @@ bool UWindow::isInputBlocked() const {
 uint32_t UWindow::pressedButtons() const {
     if (core_->pressButtons != platform::noButton)
         return core_->pressButtons;
-    return platform::desktop() ? platform::desktop()->currentMouseButtons() : platform::noButton;
+    return platform::desktop() ? platform::desktop()->eventMouseButtons() : platform::noButton;
 }
 
 bool UWindow::isDoubleClick() const {
@@ -290,6 +301,8 @@ bool UWindow::getMouseLocation(CmPoint& point) const {
 }
 
 bool UWindow::getMousePosition(CmPoint& point) const {
+    if (getMouseLocation(point))
+        return true;
     if (!platform::desktop())
         return false;
     point = screenToClient(platform::desktop()->getMousePosition());
@@ -297,7 +310,7 @@ bool UWindow::getMousePosition(CmPoint& point) const {
 }
 
 bool UWindow::isMouseDown() const {
-    return platform::desktop() && platform::desktop()->currentMouseButtons() != platform::noButton;
+    return platform::desktop() && platform::desktop()->eventMouseButtons() != platform::noButton;
 }
 
 } // namespace qorl

@@ -36,11 +36,13 @@ bool UWindow::show() {
         return false;
     if (!core_->platformWindow)
         return open();
+    const Ref<UWindow> keep = retain(this);
     showOnPlatform();
-    return UView::show();
+    return !hasWindowFlag(closed) && UView::show();
 }
 
 bool UWindow::hide() {
+    const Ref<UWindow> keep = retain(this);
     if (core_->platformWindow)
         core_->platformWindow->hide();
     return UView::hide();
@@ -49,28 +51,39 @@ bool UWindow::hide() {
 bool UWindow::open() {
     const Ref<UWindow> keep = retain(this);
     setWindowFlag(opening, true);
-    if (!createPlatformWindow()) {
-        setWindowFlag(opening, false);
+    const bool isReady = prepareToOpen();
+    setWindowFlag(opening, false);
+    if (!isReady)
         return false;
-    }
-    if (UDesktop* desktop = UDesktop::instance())
-        desktop->registerWindow(this);
-    restoreStoredState();
-    setWindowFlag(stateApplied, true);
-    placeForOpening();
-    UView::show();
-    if (!isAttached())
-        attached(nullptr);
-    tellController("Before Open");
-    // The controller may have closed the window in answer.
+    showOnPlatform();
     if (hasWindowFlag(closed))
         return false;
-    setWindowFlag(opening, false);
-    showOnPlatform();
     setWindowFlag(opened, true);
     if (getWindowType() == WindowType::document && !hasStyle(styleNoActivate))
         activate();
     return true;
+}
+
+/// Each step tells somebody, who may close the window in answer.
+bool UWindow::prepareToOpen() {
+    if (!createPlatformWindow())
+        return false;
+    if (UDesktop* desktop = UDesktop::instance())
+        desktop->registerWindow(this);
+    restoreStoredState();
+    if (hasWindowFlag(closed))
+        return false;
+    setWindowFlag(stateApplied, true);
+    placeForOpening();
+    if (hasWindowFlag(closed))
+        return false;
+    UView::show();
+    if (!isAttached() && !hasWindowFlag(closed))
+        attached(nullptr);
+    if (hasWindowFlag(closed))
+        return false;
+    tellController("Before Open");
+    return !hasWindowFlag(closed);
 }
 
 bool UWindow::createPlatformWindow() {
@@ -99,14 +112,14 @@ bool UWindow::createPlatformWindow() {
 }
 
 void UWindow::placeForOpening() {
-    platform::PlatformWindow& window = *core_->platformWindow;
+    const Ref<platform::PlatformWindow> window = core_->platformWindow;
     if (core_->centerOnOpen) {
-        window.center();
+        window->center();
         return;
     }
     const std::vector<CmRect> areas = workAreas(*platform::desktop());
     const CmPoint wanted = getFrameRect().origin();
-    const CmPoint corrected = correctedPosition(getFrameRect(), areas, window.getFrameInsets().top);
+    const CmPoint corrected = correctedPosition(getFrameRect(), areas, window->getFrameInsets().top);
     if (corrected != wanted)
         setPosition(corrected);
 }
@@ -124,7 +137,8 @@ void UWindow::showOnPlatform() {
         flags |= platform::showWithoutActivation;
     if (core_->windowState == WindowState::maximized)
         flags |= platform::showMaximized;
-    core_->platformWindow->show(static_cast<platform::ShowState>(core_->windowState), flags);
+    const Ref<platform::PlatformWindow> window = core_->platformWindow;
+    window->show(static_cast<platform::ShowState>(core_->windowState), flags);
 }
 
 // Closing
@@ -174,9 +188,9 @@ void UWindow::willClose(bool canceled) {
     storeStateAtClose();
     tellController(canceled ? "Window Canceled" : "Before Close");
     if (core_->parentWindow)
-        core_->parentWindow->removeChildWindow(this);
+        core_->parentWindow->takeChildWindow(this);
     while (!core_->childWindows.empty()) {
-        const Ref<UWindow> child = removeChildWindow(core_->childWindows.back().get());
+        const Ref<UWindow> child = takeChildWindow(core_->childWindows.back().get());
         child->willClose(canceled);
     }
     if (isAttached())

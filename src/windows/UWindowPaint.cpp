@@ -37,16 +37,20 @@ void UWindow::update() {
 
 void UWindow::paint(const platform::PixelSurface& surface, const platform::Region& region,
                     platform::Region* drawn) {
-    if (region.isEmpty() || hasWindowFlag(painting) || !core_->surface->beginPaint(surface))
+    // What draws may close the window; the surface stays until the paint is over.
+    const Ref<WindowSurface> target = core_->surface;
+    if (region.isEmpty() || hasWindowFlag(painting) || !target || !target->beginPaint(surface))
         return;
     setWindowFlag(painting, true);
     const platform::Region toDraw = regionToDraw(region);
     const CmRect bounds = region.getBounds();
-    core_->paintTarget = make<RenderTarget>(core_->surface.get(), this);
+    core_->paintTarget = make<RenderTarget>(target.get(), this);
     UDrawDevice& device = core_->paintTarget->getDevice();
     prePaint(region);
     core_->prePaintListeners.tell([&](WindowPaintListener& listener) { listener.windowPaint(this, bounds); });
     for (const CmRect& rect : toDraw.getRects()) {
+        if (hasWindowFlag(closed))
+            break;
         device.saveState();
         core_->paintTarget->setClip(rect);
         draw(rect);
@@ -57,7 +61,7 @@ void UWindow::paint(const platform::PixelSurface& surface, const platform::Regio
     core_->paintListeners.tell([&](WindowPaintListener& listener) { listener.windowPaint(this, bounds); });
     postPaint();
     core_->paintTarget.reset();
-    core_->surface->endPaint();
+    target->endPaint();
     setWindowFlag(painting, false);
 }
 
@@ -102,8 +106,10 @@ bool UWindow::drawSubViews(const CmRect& rect) {
         if (!view->isShown())
             continue;
         const CmRect client = view->getClientBounds().moved(view->clientToWindow({}));
-        if (client.contains(rect))
-            return view->drawSubViews(rect.moved(view->windowToClient({})));
+        if (!client.contains(rect))
+            continue;
+        const Ref<UView> pane = retain(view);
+        return pane->drawSubViews(rect.moved(pane->windowToClient({})));
     }
     return UView::drawSubViews(rect);
 }

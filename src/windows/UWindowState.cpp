@@ -49,8 +49,11 @@ void UWindow::restoreStoredState() {
         setPosition(location);
     if (CmRect placement; getRect(*stored, "Placement", placement) && !placement.isEmpty()) {
         core_->placementRect = placement;
-        core_->platformWindow->setPlacement(placement);
+        if (core_->platformWindow)
+            core_->platformWindow->setPlacement(placement);
     }
+    if (hasWindowFlag(closed))
+        return;
     if (stored->getInteger("Maximized") != 0)
         setWindowFlag(restoreMaximized, true);
     restoreLook(*stored);

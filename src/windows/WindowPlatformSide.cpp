@@ -86,4 +86,8 @@ void WindowPlatformSide::captureLost() {
     window_.captureLost();
 }
 
+void WindowPlatformSide::ownerClosed() {
+    window_.willClose(false);
+}
+
 } // namespace qorl

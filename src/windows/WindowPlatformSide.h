@@ -30,6 +30,7 @@ public:
     bool wheel(const platform::WheelEvent& event) override;
     void scaleFactorChanged(double factor) override;
     void captureLost() override;
+    void ownerClosed() override;
 
 private:
     UWindow& window_;

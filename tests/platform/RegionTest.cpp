@@ -166,5 +166,19 @@ TEST(Region, ScalesOutwardWithoutLosingPixels) {
         EXPECT_EQ(test::toText(scaledOutward(c.from, c.factor)), test::toText(c.to)) << test::toText(c.from);
 }
 
+TEST(SquaredDistance, CountsToTheNearestPixelInside) {
+    constexpr CmRect rect{10, 20, 30, 40};
+    struct Case {
+        CmPoint point;
+        int64_t distance;
+    };
+    const Case cases[] = {
+        {{10, 20}, 0}, {{29, 39}, 0},  {{30, 39}, 1}, {{9, 25}, 1},
+        {{15, 40}, 1}, {{32, 43}, 25}, {{7, 16}, 25}, {{-2147483647, 20}, 4611686057082093649},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(squaredDistance(rect, c.point), c.distance) << c.point.x << "," << c.point.y;
+}
+
 } // namespace
 } // namespace qorl::platform

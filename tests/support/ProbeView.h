@@ -68,6 +68,7 @@ public:
         note("focusLost");
         UView::focusLost();
     }
+    void mouseCaptureLost() override { note("captureLost"); }
     int32_t handleMessage(FMessage* message) override;
 
 private:

@@ -126,6 +126,10 @@ void WindowRecorder::captureLost() {
     write("capture lost");
 }
 
+void WindowRecorder::ownerClosed() {
+    write("owner closed");
+}
+
 std::string WindowRecorder::take() {
     std::string all;
     for (const std::string& line : *log_)

@@ -32,6 +32,7 @@ public:
     bool wheel(const platform::WheelEvent& event) override;
     void scaleFactorChanged(double factor) override;
     void captureLost() override;
+    void ownerClosed() override;
 
     /// The lines since the last call, joined by "; ".
     std::string take();

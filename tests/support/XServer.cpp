@@ -87,7 +87,7 @@ bool isOfferTaken(XUser& user) {
 
 } // namespace
 
-XServer::XServer(Manager manager, SharedMemory memory) {
+XServer::XServer(Manager manager, SharedMemory memory, int depth) {
     int ends[2];
     if (pipe(ends) != 0) {
         error_ = "no pipe";
@@ -95,9 +95,11 @@ XServer::XServer(Manager manager, SharedMemory memory) {
     }
     fcntl(ends[0], F_SETFD, FD_CLOEXEC);
     const std::string descriptor = std::to_string(ends[1]);
-    std::vector<const char*> arguments = {"Xvfb",        "-displayfd", descriptor.c_str(), "-screen", "0",
-                                          "1024x768x24", "-noreset",   "-nolisten",        "tcp",     "-dpi",
-                                          "96"};
+    const std::string screen = "1024x768x" + std::to_string(depth);
+    std::vector<const char*> arguments = {"Xvfb",     "-displayfd", descriptor.c_str(),
+                                          "-screen",  "0",          screen.c_str(),
+                                          "-noreset", "-nolisten",  "tcp",
+                                          "-dpi",     "96"};
     if (memory == SharedMemory::absent)
         arguments.insert(arguments.end(), {"-extension", "MIT-SHM"});
     server_ = launch(arguments, "");

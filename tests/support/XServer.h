@@ -18,8 +18,9 @@ public:
     enum class Manager : uint8_t { none, openbox };
     enum class SharedMemory : uint8_t { absent, present };
 
-    /// Screens are 1024 x 768. `isRunning` tells whether it worked; `getError` what did not.
-    explicit XServer(Manager manager, SharedMemory memory = SharedMemory::present);
+    /// Screens are 1024 x 768 pixels of `depth` bits. `isRunning` tells whether it worked; `getError` what
+    /// did not.
+    explicit XServer(Manager manager, SharedMemory memory = SharedMemory::present, int depth = 24);
     ~XServer();
     XServer(const XServer&) = delete;
     XServer& operator=(const XServer&) = delete;

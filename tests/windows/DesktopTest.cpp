@@ -1,6 +1,7 @@
 #include "binding/IntValue.h"
 #include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
+#include "support/PoisonedView.h"
 #include "support/ProbeView.h"
 #include "views/UCursorView.h"
 #include "views/controls/UControl.h"
@@ -263,6 +264,30 @@ TEST(UToolTipHandler, FollowsTheViewUnderTheMouse) {
     tips.setEnabled(false);
     shell.move({10, 10});
     EXPECT_EQ(tips.getView(), nullptr);
+}
+
+/// Is taken out of its parent for good by whoever is asked for its tip.
+class FleetingTip : public testing::PoisonedView {
+    QORL_CLASS(FleetingTip, PoisonedView)
+
+public:
+    using PoisonedView::PoisonedView;
+
+    bool getTooltip(String& text, CmPoint, CmRect&) const override {
+        text = String("tip");
+        getParent()->removeSubView(const_cast<FleetingTip*>(this));
+        return true;
+    }
+};
+
+TEST(UToolTipHandler, GivesUpAViewThatLeavesWhenItIsAsked) {
+    HeadlessShell shell;
+    auto view = make<FleetingTip>(CmRect{0, 0, 200, 200});
+    view->setTooltip(ConstString("tip"));
+    shell.window().addSubView(std::move(view));
+    shell.move({10, 10});
+    EXPECT_EQ(shell.desktop().toolTips().getView(), nullptr);
+    EXPECT_EQ(shell.window().getSubViewCount(), 0);
 }
 
 TEST(UToolTipHandler, ShowsTheTipWhenTheMouseRestsAndTakesItAwayWithAPress) {

@@ -4,6 +4,7 @@
 #include "windows/UDocWindow.h"
 #include "windows/URenderWindow.h"
 
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -27,9 +28,16 @@ public:
     using UView::UView;
 
     std::vector<CmRect> drawn;
+    /// Done in the middle of a paint, before the view fills itself.
+    std::function<void()> during;
 
     bool drawContent(const CmRect& rect) override {
         drawn.push_back(rect);
+        if (during)
+            during();
+        ViewDevice device(*this, rect);
+        device.setBrushColor(UColor::fromPacked(green));
+        device.fillRect(rect);
         return true;
     }
 };
@@ -78,6 +86,62 @@ TEST_F(PaintTest, PaintsAtOnceOnlyWhenUpdated) {
     EXPECT_THAT(view->drawn, ElementsAre(CmRect{10, 10, 20, 20}));
     shell.settle();
     EXPECT_EQ(view->drawn.size(), 1U) << "nothing is left for the paint event";
+}
+
+TEST_F(PaintTest, MayCloseTheWindowInItsOwnPaint) {
+    auto second = make<UDocWindow>(CmRect{500, 100, 800, 300}, styleWindowPreset, ConstString("Second"));
+    auto closer = make<PaintedView>(CmRect{0, 0, 300, 200});
+    closer->during = [&] { second->willClose(false); };
+    second->addSubView(closer);
+    shell.open(*second);
+    EXPECT_EQ(closer->drawn.size(), 1U);
+    EXPECT_FALSE(second->isOpen());
+    EXPECT_FALSE(second->hasWindowFlag(UWindow::painting));
+}
+
+struct PaintCase {
+    const char* what;
+    std::function<void(HeadlessShell&)> act;
+    CmSize pixels; ///< of the window at the end
+};
+
+TEST_F(PaintTest, MayChangeSizeAndScaleInItsOwnPaint) {
+    const auto scaleTo = [](HeadlessShell& used, double scale) {
+        platform::HeadlessMonitor monitor;
+        monitor.scale = scale;
+        used.platform().setMonitors({monitor});
+    };
+    const PaintCase cases[] = {
+        {"smaller",
+         [](HeadlessShell& used) {
+             used.window().setSize({200, 100});
+         },
+         {200, 100}},
+        {"larger",
+         [](HeadlessShell& used) {
+             used.window().setSize({900, 700});
+         },
+         {900, 700}},
+        {"scaled", [&](HeadlessShell& used) { scaleTo(used, 2); }, {1800, 1400}},
+        {"larger, and scrolled at once",
+         [](HeadlessShell& used) {
+             used.window().setSize({950, 800});
+             used.window().scrollRect({0, 0, 950, 800}, {0, 10});
+         },
+         {1900, 1600}},
+    };
+    view->setAttach(viewAttachAll);
+    for (const PaintCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        view->during = [&] {
+            view->during = nullptr;
+            c.act(shell);
+        };
+        view->invalidateAll();
+        const testing::Picture picture = shell.screenshot();
+        ASSERT_EQ(picture.size, c.pixels);
+        EXPECT_EQ(picture.at(c.pixels.width - 1, c.pixels.height - 1), green) << "painted again, whole";
+    }
 }
 
 TEST_F(PaintTest, InvalidatesNothingThatCannotBeSeen) {

@@ -3,6 +3,7 @@
 #include "persistence/FDefaultPool.h"
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
+#include "support/WindowRecorder.h"
 #include "views/GeometryAttributes.h"
 #include "windows/UDocWindow.h"
 #include "windows/UPanel.h"
@@ -15,6 +16,7 @@ namespace qorl {
 
 namespace {
 
+using test::WindowRecorder;
 using testing::CallLog;
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -80,6 +82,43 @@ TEST_F(WindowTest, TellsItsControllerInOrderFromOpeningToClosing) {
     EXPECT_FALSE(window->show()) << "a window that was closed is not opened again";
 }
 
+TEST_F(WindowTest, MayBeClosedByWhoeverHearsOfItsOpening) {
+    struct Case {
+        const char* what;
+        const char* message;
+        CmRect frame;
+        bool isStored;
+    };
+    const Case cases[] = {
+        {"the stored size", "MsgWindowSized", {500, 100, 800, 300}, true},
+        {"before it opens", "Before Open", {500, 100, 800, 300}, false},
+        {"the activation", "MsgWindowOnActivate", {500, 100, 800, 300}, false},
+    };
+    const String section("WindowTest closes");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        if (c.isStored) {
+            FAttributes& stored = FGlobalDefaultPool::instance()->getGroup(section, 1, true)->values();
+            setSize(stored, "Size", {333, 222});
+            setPoint(stored, "Location", {40, 50});
+            setRect(stored, "Placement", {40, 50, 373, 272});
+        }
+        const Ref<UWindow> window = makeWindow(c.frame, styleWindowPreset | styleRememberViews);
+        window->setStateName(section, 1);
+        controller->answer = [&](FMessage& message) {
+            if (message.isNamed(c.message))
+                window->willClose(false);
+            return 0;
+        };
+        EXPECT_FALSE(window->show());
+        EXPECT_FALSE(window->isOpen());
+        EXPECT_FALSE(window->hasWindowFlag(UWindow::opening));
+        EXPECT_EQ(window->getPlatformWindow(), nullptr);
+        EXPECT_THAT(shell.desktop().windows(), Not(Contains(window.get())));
+        FGlobalDefaultPool::instance()->removeGroup(section);
+    }
+}
+
 TEST_F(WindowTest, LivesAsLongAsItIsOpen) {
     Ref<UWindow> window = makeWindow({500, 100, 800, 300});
     UWindow* kept = window.get();
@@ -128,6 +167,47 @@ TEST_F(WindowTest, TakesItsChildrenAlong) {
     parent->willClose(false);
     EXPECT_FALSE(child->isOpen());
     EXPECT_EQ(child->getParentWindow(), nullptr);
+}
+
+TEST_F(WindowTest, GoesWithTheParentThatItHasNow) {
+    const Ref<UWindow> first = makeWindow({500, 100, 800, 300});
+    const Ref<UWindow> second = makeWindow({900, 100, 1200, 300});
+    const Ref<UWindow> child =
+        make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset, ConstString("Child"));
+    const Ref<UWindow> freed =
+        make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset, ConstString("Freed"));
+    for (const Ref<UWindow>& window : {first, second})
+        shell.open(*window);
+    for (const Ref<UWindow>& window : {child, freed}) {
+        first->addChildWindow(window);
+        shell.open(*window);
+    }
+    second->addChildWindow(child);
+    first->removeChildWindow(freed.get());
+
+    first->willClose(false);
+    for (const Ref<UWindow>& window : {child, freed}) {
+        ASSERT_TRUE(window->isOpen());
+        EXPECT_TRUE(window->getPlatformWindow()->isVisible()) << "the screen agrees";
+    }
+    second->willClose(false);
+    EXPECT_FALSE(child->isOpen());
+    EXPECT_TRUE(freed->isOpen());
+    freed->willClose(false);
+}
+
+TEST_F(WindowTest, ClosesWithItsOwnerOnTheScreen) {
+    const Ref<UWindow> child =
+        make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset, ConstString("Child"));
+    shell.open(*child);
+    WindowRecorder client;
+    platform::WindowDescription description;
+    description.frame = {500, 100, 800, 300};
+    const Ref<platform::PlatformWindow> owner = shell.platform().createWindow(description, client);
+    child->getPlatformWindow()->setOwner(owner.get());
+    owner->close(platform::CloseMode::normal);
+    EXPECT_FALSE(child->isOpen()) << "a window without one on the screen counts as open";
+    EXPECT_THAT(shell.desktop().windows(), Not(Contains(child.get())));
 }
 
 TEST_F(WindowTest, KeepsItsLimitOnTheAxisThatIsNotSet) {

@@ -173,18 +173,14 @@ void HeadlessDesktop::setMonitors(std::vector<HeadlessMonitor> monitors) {
     if (monitors.empty())
         return;
     settings_.monitors = std::move(monitors);
-    const std::vector<WindowBase*> windows = getWindows();
-    for (WindowBase* window : windows) {
-        if (isHere(window))
-            toHeadless(window)->updateScale();
-    }
+    for (const Ref<WindowBase>& window : keepWindows())
+        toHeadless(window.get())->updateScale();
 }
 
 void HeadlessDesktop::setAppearance(Appearance appearance) {
     settings_.appearance = appearance;
-    const std::vector<WindowBase*> windows = getWindows();
-    for (WindowBase* window : windows) {
-        if (isHere(window))
+    for (const Ref<WindowBase>& window : keepWindows()) {
+        if (!window->isClosed())
             window->getClient()->colorSchemeChanged();
     }
 }
@@ -268,43 +264,44 @@ void HeadlessDesktop::postShowState(PlatformWindow& window, ShowState state) {
 
 void HeadlessDesktop::postActivation(PlatformWindow* window) {
     post([this, target = retain(static_cast<HeadlessWindow*>(window))] {
-        if (!target || isHere(target.get()))
+        if (!target || !target->isClosed())
             setActive(target.get());
     });
 }
 
-bool HeadlessDesktop::isHere(const WindowBase* window) const {
-    const auto& windows = getWindows();
-    return std::find(windows.begin(), windows.end(), window) != windows.end();
+void HeadlessDesktop::forget(WindowBase& window) {
+    if (hover_ == &window)
+        hover_ = nullptr;
+    if (pressed_ == &window)
+        pressed_ = nullptr;
 }
 
 WindowBase* HeadlessDesktop::findTarget() const {
     if (WindowBase* capture = getCaptureWindow())
         return capture;
-    if (pressed_ && isHere(pressed_))
+    if (pressed_)
         return pressed_;
-    return static_cast<WindowBase*>(windowAt(mouse_));
+    return static_cast<WindowBase*>(windowAt(eventMouse_));
 }
 
 void HeadlessDesktop::sendMouse(WindowBase* target, MouseKind kind, uint32_t buttons) {
     if (target)
-        target->deliverMouse({kind, toHeadless(target)->toDevice(mouse_), modifiers_, buttons, now_});
+        target->deliverMouse({kind, toHeadless(target)->toDevice(eventMouse_), modifiers_, buttons, now_});
 }
 
 void HeadlessDesktop::updateHover(WindowBase* under) {
-    if (!isHere(hover_))
-        hover_ = nullptr;
     if (under == hover_)
         return;
     WindowBase* left = std::exchange(hover_, under);
     sendMouse(left, MouseKind::leave, buttons_);
-    if (hover_ == under && isHere(under))
+    // The window that was left may have closed the other.
+    if (hover_ == under)
         sendMouse(under, MouseKind::enter, buttons_);
 }
 
 void HeadlessDesktop::moveMouse(CmPoint screen) {
-    mouse_ = screen;
-    if (!isCapturing() && !(pressed_ && isHere(pressed_)))
+    mouse_ = eventMouse_ = screen;
+    if (!isCapturing() && !pressed_)
         updateHover(static_cast<WindowBase*>(windowAt(screen)));
     sendMouse(findTarget(), MouseKind::move, buttons_);
 }
@@ -334,15 +331,16 @@ void HeadlessDesktop::releaseButton(uint32_t button) {
         pressed_ = nullptr;
     sendMouse(target, MouseKind::up, button);
     if (buttons_ == noButton && !isCapturing())
-        updateHover(static_cast<WindowBase*>(windowAt(mouse_)));
+        updateHover(static_cast<WindowBase*>(windowAt(eventMouse_)));
 }
 
 void HeadlessDesktop::turnWheel(double deltaX, double deltaY, uint8_t flags) {
     WindowBase* target = getCaptureWindow();
     if (!target)
-        target = static_cast<WindowBase*>(windowAt(mouse_));
+        target = static_cast<WindowBase*>(windowAt(eventMouse_));
     if (target)
-        target->deliverWheel({toHeadless(target)->toDevice(mouse_), deltaX, deltaY, flags, modifiers_, now_});
+        target->deliverWheel(
+            {toHeadless(target)->toDevice(eventMouse_), deltaX, deltaY, flags, modifiers_, now_});
 }
 
 void HeadlessDesktop::windowMinimized(WindowBase& window) {

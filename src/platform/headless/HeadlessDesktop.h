@@ -63,6 +63,8 @@ public:
 
     uint32_t currentModifiers() const override { return modifiers_; }
     uint32_t currentMouseButtons() const override { return buttons_; }
+    uint32_t eventModifiers() const override { return modifiers_; }
+    uint32_t eventMouseButtons() const override { return buttons_; }
     CmPoint getMousePosition() const override { return mouse_; }
     void setMousePosition(CmPoint screen) override;
 
@@ -135,6 +137,7 @@ protected:
     bool dispatchNativeEvent() override;
     void nativeSetCapture(WindowBase*) override {}
     void nativeSetCursor() override {}
+    void forget(WindowBase& window) override;
     WindowBase* chooseNextActive(WindowBase& gone) override;
 
 private:
@@ -155,7 +158,6 @@ private:
     void updateHover(WindowBase* under);
     WindowBase* findTarget() const;
     void sendMouse(WindowBase* target, MouseKind kind, uint32_t buttons);
-    bool isHere(const WindowBase* window) const;
 
     HeadlessSettings settings_;
     std::deque<Step> queue_;
@@ -165,6 +167,7 @@ private:
     int64_t pauseEnd_ = firstTick;
     int64_t lastInput_ = firstTick;
     CmPoint mouse_;
+    CmPoint eventMouse_; ///< with the last event; `mouse_` may have been set since
     uint32_t buttons_ = noButton;
     uint32_t modifiers_ = noModifier;
     WindowBase* hover_ = nullptr;

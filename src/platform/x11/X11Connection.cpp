@@ -59,6 +59,22 @@ bool isPresent(xcb_connection_t* connection, xcb_extension_t& extension, T& data
     return data && data->present;
 }
 
+/// 0 for a depth that the server has no images of.
+int pixelBitsOf(const xcb_setup_t* setup, uint8_t depth) {
+    for (auto it = xcb_setup_pixmap_formats_iterator(setup); it.rem; xcb_format_next(&it))
+        if (it.data->depth == depth)
+            return it.data->bits_per_pixel;
+    return 0;
+}
+
+const xcb_visualtype_t* findVisual(const xcb_screen_t* screen, xcb_visualid_t id) {
+    for (auto depth = xcb_screen_allowed_depths_iterator(screen); depth.rem; xcb_depth_next(&depth))
+        for (auto visual = xcb_depth_visuals_iterator(depth.data); visual.rem; xcb_visualtype_next(&visual))
+            if (visual.data->visual_id == id)
+                return visual.data;
+    return nullptr;
+}
+
 } // namespace
 
 std::unique_ptr<X11Connection> X11Connection::open(const std::string& display, std::string& error) {
@@ -89,17 +105,20 @@ bool X11Connection::findScreen(std::string& error) {
     for (int i = 0; i < screenNumber_ && it.rem > 1; ++i)
         xcb_screen_next(&it);
     screen_ = it.data;
-    const bool isNative =
-        xcb_get_setup(connection_)->image_byte_order ==
-        (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? XCB_IMAGE_ORDER_LSB_FIRST : XCB_IMAGE_ORDER_MSB_FIRST);
-    if (screen_->root_depth < 24 || !isNative) {
-        error = "the X server's screen is not supported: it needs 24 bits a pixel in this machine's byte "
-                "order, it "
-                "has " +
-                std::to_string(screen_->root_depth) + (isNative ? "" : " in another order");
-        return false;
-    }
-    return true;
+    constexpr int order =
+        __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? XCB_IMAGE_ORDER_LSB_FIRST : XCB_IMAGE_ORDER_MSB_FIRST;
+    const xcb_setup_t* setup = xcb_get_setup(connection_);
+    const bool isNative = setup->image_byte_order == order;
+    const int pixelBits = pixelBitsOf(setup, screen_->root_depth);
+    const xcb_visualtype_t* visual = findVisual(screen_, screen_->root_visual);
+    if (isNative && pixelBits == 32 && visual && visual->red_mask == 0xFF0000 &&
+        visual->green_mask == 0xFF00 && visual->blue_mask == 0xFF)
+        return true;
+    error = "the X server's screen is not supported: it needs 8 bits each of red, green and blue, in this "
+            "order, in 32 bits a pixel of this machine's byte order; it has a depth of " +
+            std::to_string(screen_->root_depth) + " in " + std::to_string(pixelBits) + " bits a pixel" +
+            (isNative ? "" : " of another byte order");
+    return false;
 }
 
 void X11Connection::findAlphaVisual() {
@@ -192,8 +211,21 @@ void X11Connection::setProperty32(xcb_window_t window, X11Atom property, xcb_ato
 
 void X11Connection::setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
                             std::string_view text) const {
+    constexpr size_t longest = 16'000; // bytes; the smallest limit that the protocol allows is 16384
+    if (text.size() > longest) {
+        const auto isInsideCharacter = [](char byte) { return (static_cast<uint8_t>(byte) & 0xC0) == 0x80; };
+        size_t end = longest;
+        while (end > 0 && isInsideCharacter(text[end]))
+            --end;
+        text = text.substr(0, end);
+    }
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, property, type, 8,
                         static_cast<uint32_t>(text.size()), text.data());
+}
+
+size_t X11Connection::getMostValues() const {
+    constexpr size_t headWords = 8;
+    return xcb_get_maximum_request_length(connection_) - headWords;
 }
 
 void X11Connection::sendToManager(xcb_window_t window, X11Atom message,

@@ -97,7 +97,10 @@ public:
     std::vector<uint32_t> getProperty32(xcb_window_t window, xcb_atom_t property, xcb_atom_t type) const;
     void setProperty32(xcb_window_t window, X11Atom property, xcb_atom_t type,
                        std::span<const uint32_t> values) const;
+    /// Cuts what is longer than every server takes in one request: it would end the connection.
     void setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, std::string_view text) const;
+    /// How many values `setProperty32` may get.
+    size_t getMostValues() const;
 
     /// A message to the window manager about `window`.
     void sendToManager(xcb_window_t window, X11Atom message, std::span<const uint32_t> values) const;

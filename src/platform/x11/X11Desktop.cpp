@@ -179,6 +179,9 @@ void X11Desktop::setMousePosition(CmPoint screen) {
 WaitResult X11Desktop::waitForEvent(int64_t milliseconds) {
     const int64_t end = milliseconds < 0 ? TimerQueue::never : getTicks() + milliseconds;
     for (;;) {
+        // A flush reads what has come, too. Behind the look at the queue it would hide an event from the
+        // poll.
+        xcb_flush(*connection_);
         if (hasEvent())
             return WaitResult::event;
         if (poller_.takeWakeUp())
@@ -190,7 +193,6 @@ WaitResult X11Desktop::waitForEvent(int64_t milliseconds) {
         int64_t wait = end == TimerQueue::never ? -1 : end - now;
         if (due != TimerQueue::never)
             wait = wait < 0 ? due - now : std::min(wait, due - now);
-        xcb_flush(*connection_);
         std::vector<PollEntry> entries = {{xcb_get_file_descriptor(*connection_), PollEntry::readable, 0}};
         poll(entries, wait < 0 ? -1 : std::max<int64_t>(wait, 0));
     }
@@ -267,16 +269,14 @@ void X11Desktop::beep() {
 
 void X11Desktop::lookChanged() {
     const double scale = settings_.getLook().scale;
-    const std::vector<WindowBase*> windows = getWindows();
     const bool isScaled = scale != scale_;
     scale_ = scale;
     readMonitors();
-    for (WindowBase* window : windows) {
-        auto* own = static_cast<X11Window*>(window);
-        if (isScaled && isHere(own))
-            own->applyScale(scale);
-        if (isHere(own) && own->getClient())
-            own->getClient()->colorSchemeChanged();
+    for (const Ref<WindowBase>& window : keepWindows()) {
+        if (isScaled)
+            static_cast<X11Window*>(window.get())->applyScale(scale);
+        if (!window->isClosed())
+            window->getClient()->colorSchemeChanged();
     }
 }
 
@@ -357,7 +357,7 @@ WindowBase* X11Desktop::chooseNextActive(WindowBase& gone) {
     return focused_ != &gone ? focused_ : nullptr;
 }
 
-void X11Desktop::windowDestroyed(X11Window& window) {
+void X11Desktop::forget(WindowBase& window) {
     std::erase(x11Windows_, &window);
     if (focused_ == &window)
         focused_ = nullptr;
@@ -367,7 +367,6 @@ void X11Desktop::windowDestroyed(X11Window& window) {
         sizeTracker_.reset();
     if (grabber_ == &window)
         grabber_ = nullptr; // the server ends a grab with its window
-    updateGrab();
 }
 
 void X11Desktop::trackSizing(X11Window& window) {
@@ -375,10 +374,6 @@ void X11Desktop::trackSizing(X11Window& window) {
         return;
     sizeTracker_ = std::make_unique<SizeTracker>(*this, window);
     window.getClient()->sizeTrackingStarted();
-}
-
-bool X11Desktop::findKnown(const X11Window* window) const {
-    return std::find(x11Windows_.begin(), x11Windows_.end(), window) != x11Windows_.end();
 }
 
 X11Window* X11Desktop::findWindow(xcb_window_t id) const {

@@ -33,6 +33,8 @@ public:
 
     uint32_t currentModifiers() const override;
     uint32_t currentMouseButtons() const override;
+    uint32_t eventModifiers() const override { return keyboard_.getModifiers(); }
+    uint32_t eventMouseButtons() const override { return eventButtons_; }
     CmPoint getMousePosition() const override;
     void setMousePosition(CmPoint screen) override;
 
@@ -67,7 +69,6 @@ public:
     CmPoint getOriginOf(xcb_window_t window) const;
     void requestFocus(X11Window& window);
     void activatePopup(X11Window& window);
-    void windowDestroyed(X11Window& window);
     /// Grabs or frees the mouse as the capture and the open popup ask for.
     void updateGrab();
     /// The size of `window` changed; if the user drags its border, tells it so until the button goes up.
@@ -78,6 +79,7 @@ protected:
     bool dispatchNativeEvent() override;
     void nativeSetCapture(WindowBase* window) override;
     void nativeSetCursor() override;
+    void forget(WindowBase& window) override;
     void nativeFlush() override;
     WindowBase* chooseNextActive(WindowBase& gone) override;
 
@@ -126,8 +128,6 @@ private:
     X11Window* findTarget(X11Window* window) const;
     CmPoint toClient(const X11Window* event, const X11Window& target, const Pointer& pointer) const;
     void focusChanged(X11Window* window);
-    bool isHere(const X11Window* window) const { return window && findKnown(window); }
-    bool findKnown(const X11Window* window) const;
 
     std::unique_ptr<X11Connection> connection_;
     X11Keyboard keyboard_;
@@ -147,6 +147,7 @@ private:
     X11Window* hover_ = nullptr;
     X11Window* grabber_ = nullptr;
     bool isPressed_ = false;
+    uint32_t eventButtons_ = noButton; ///< with the last event of the pointer
     uint32_t lastTime_ = 0;
     int64_t timeOffset_ = 0;
     bool isTimeKnown_ = false;

@@ -34,11 +34,46 @@ int32_t fromFixed(xcb_input_fp1616_t value) {
     return static_cast<int32_t>(std::floor(value / 65536.0));
 }
 
-/// Whether a later event of this kind makes an earlier one of the same window needless.
-bool isReplacedBy(const xcb_generic_event_t& earlier, const xcb_generic_event_t& later) {
-    if (kindOf(earlier) != XCB_CONFIGURE_NOTIFY || kindOf(later) != XCB_CONFIGURE_NOTIFY)
+/// The motion of the second input extension in `event`; null for anything else. A turn of a smooth wheel
+/// comes as one, too, with more numbers than the two of the place: those must not be lost.
+const xcb_input_motion_event_t* plainMotionOf(const xcb_generic_event_t& event, uint8_t opcode) {
+    const auto& generic = as<xcb_ge_generic_event_t>(event);
+    if (kindOf(event) != XCB_GE_GENERIC || opcode == 0 || generic.extension != opcode ||
+        generic.event_type != XCB_INPUT_MOTION)
+        return nullptr;
+    const auto& motion = as<xcb_input_motion_event_t>(event);
+    constexpr uint32_t place = 3;
+    const uint32_t* numbers = xcb_input_button_press_valuator_mask(&motion);
+    for (uint16_t i = 0; i < motion.valuators_len; ++i)
+        if (numbers[i] & ~(i == 0 ? place : 0U))
+            return nullptr;
+    return &motion;
+}
+
+bool isReplacedMotion(const xcb_input_motion_event_t& earlier, const xcb_input_motion_event_t& later) {
+    const auto buttonsOf = [](const xcb_input_motion_event_t& motion) {
+        return motion.buttons_len > 0 ? *xcb_input_button_press_button_mask(&motion) : 0U;
+    };
+    return earlier.event == later.event && earlier.sourceid == later.sourceid &&
+           earlier.mods.effective == later.mods.effective && buttonsOf(earlier) == buttonsOf(later);
+}
+
+/// Whether the event that follows makes an earlier one needless: a size by a later one of the same window,
+/// and a move by a later one with the same keys and buttons.
+bool isReplacedBy(const xcb_generic_event_t& earlier, const xcb_generic_event_t& later, uint8_t input2) {
+    if (kindOf(earlier) != kindOf(later))
         return false;
-    return as<xcb_configure_notify_event_t>(earlier).window == as<xcb_configure_notify_event_t>(later).window;
+    if (kindOf(earlier) == XCB_CONFIGURE_NOTIFY)
+        return as<xcb_configure_notify_event_t>(earlier).window ==
+               as<xcb_configure_notify_event_t>(later).window;
+    if (kindOf(earlier) == XCB_MOTION_NOTIFY) {
+        const auto& from = as<xcb_motion_notify_event_t>(earlier);
+        const auto& to = as<xcb_motion_notify_event_t>(later);
+        return from.event == to.event && from.state == to.state;
+    }
+    const auto* from = plainMotionOf(earlier, input2);
+    const auto* to = plainMotionOf(later, input2);
+    return from && to && isReplacedMotion(*from, *to);
 }
 
 } // namespace
@@ -47,7 +82,7 @@ void X11Desktop::pullEvents() {
     if (isConnectionLost_)
         return;
     while (X11Reply<xcb_generic_event_t> event{xcb_poll_for_event(*connection_)}) {
-        if (!events_.empty() && isReplacedBy(*events_.back(), *event))
+        if (!events_.empty() && isReplacedBy(*events_.back(), *event, connection_->getInputOpcode()))
             events_.back() = std::move(event);
         else
             events_.push_back(std::move(event));
@@ -230,6 +265,7 @@ void X11Desktop::dispatchKey(const xcb_generic_event_t& event) {
 void X11Desktop::dispatchCrossing(const xcb_generic_event_t& event) {
     const auto& crossing = as<xcb_enter_notify_event_t>(event);
     X11Window* window = findWindow(crossing.event);
+    eventButtons_ = toButtons(crossing.state);
     const Pointer pointer{{crossing.event_x, crossing.event_y},
                           {crossing.root_x, crossing.root_y},
                           crossing.state,
@@ -311,7 +347,7 @@ CmPoint X11Desktop::toClient(const X11Window* event, const X11Window& target, co
 
 void X11Desktop::sendMouse(X11Window* event, X11Window* target, MouseKind kind, uint32_t buttons,
                            const Pointer& pointer) {
-    if (!isHere(target))
+    if (!target || target->isClosed())
         return;
     target->deliverMouse({kind, toClient(event, *target, pointer), toModifiers(pointer.state), buttons,
                           toTicks(pointer.time)});
@@ -328,8 +364,10 @@ void X11Desktop::updateHover(X11Window* under, const Pointer& pointer) {
 }
 
 void X11Desktop::movePointer(X11Window* window, const Pointer& pointer) {
+    const Ref<WindowBase> keep = retain<WindowBase>(window);
     // With a grab the grabbing window hears of places outside of all of ours.
     const bool isInside = window && CmRect::ofSize({}, window->getDeviceSize()).contains(pointer.client);
+    eventButtons_ = toButtons(pointer.state);
     if (!isCapturing() && !isPressed_)
         updateHover(isInside ? window : nullptr, pointer);
     sendMouse(window, findTarget(window), MouseKind::move, toButtons(pointer.state), pointer);
@@ -345,6 +383,7 @@ void X11Desktop::pressButton(X11Window* window, uint32_t number, const Pointer& 
     if (button == noButton || !target)
         return;
     isPressed_ = true;
+    eventButtons_ = toButtons(pointer.state) | button;
     const Ref<WindowBase> self = retain<WindowBase>(target);
     // While a popup holds the grab, the manager does not see the press that would activate another window.
     if (grabber_ && target != getOpenPopup() && target->isManaged() && target != focused_ &&
@@ -357,12 +396,14 @@ void X11Desktop::releaseButton(X11Window* window, uint32_t number, const Pointer
     const uint32_t button = toButton(number);
     if (button == noButton)
         return;
-    isPressed_ = (toButtons(pointer.state) & ~button) != 0;
+    const Ref<WindowBase> keep = retain<WindowBase>(window);
+    eventButtons_ = toButtons(pointer.state) & ~button;
+    isPressed_ = eventButtons_ != noButton;
     sendMouse(window, findTarget(window), MouseKind::up, button, pointer);
     if (isPressed_ || isCapturing())
         return;
     const bool isInside =
-        isHere(window) && CmRect::ofSize({}, window->getDeviceSize()).contains(pointer.client);
+        window && !window->isClosed() && CmRect::ofSize({}, window->getDeviceSize()).contains(pointer.client);
     updateHover(isInside ? window : nullptr, pointer);
 }
 

@@ -114,8 +114,7 @@ void X11Window::handleExpose(const xcb_expose_event_t& event) {
     region.intersect(CmRect::ofSize({}, getDeviceSize()));
     // What is invalid is painted and presented soon; the rest stands in the surface.
     region.subtract(getInvalidRegion());
-    if (!region.isEmpty())
-        nativePresent(region);
+    presentDevice(region);
 }
 
 void X11Window::nativeShow(ShowState state, uint32_t flags) {
@@ -134,7 +133,7 @@ void X11Window::nativeShow(ShowState state, uint32_t flags) {
         if (!isManaged_)
             reportShowState(ShowState::normal);
     }
-    if (!(flags & showWithoutActivation) && state != ShowState::minimized)
+    if (!(flags & showWithoutActivation) && state != ShowState::minimized && !isClosed())
         nativeActivate();
     xcb_flush(connection_);
 }
@@ -214,7 +213,7 @@ void X11Window::nativeClose() {
     xcb_free_gc(connection_, context_);
     xcb_destroy_window(connection_, id_);
     isMapped_ = false;
-    x11_.windowDestroyed(*this);
+    x11_.updateGrab();
     xcb_flush(connection_);
 }
 
@@ -281,6 +280,7 @@ void X11Window::readShowState() {
 void X11Window::applyScale(double scale) {
     if (isClosed() || scale == getScaleFactor())
         return;
+    const Ref<WindowBase> self = retain<WindowBase>(this);
     const CmRect device = scaledOutward({0, 0, getSize().width, getSize().height}, scale);
     reportScale(scale, device.size());
     if (!isClosed())

@@ -46,6 +46,7 @@ protected:
     void nativeSetShowState(ShowState state) override;
     void nativeClose() override;
     void nativePresent(const Region& deviceRegion) override;
+    void nativeSetOwner() override;
     void nativeSetTitle() override;
     void nativeSetStyle() override;
     void nativeSetOpacity() override;

@@ -123,10 +123,8 @@ void X11Window::writeHints() {
     connection_.setProperty32(id_, X11Atom::netWmPid, XCB_ATOM_CARDINAL, std::span(&process, 1));
     const uint32_t protocols[] = {connection_[X11Atom::wmDeleteWindow], connection_[X11Atom::netWmPing]};
     connection_.setProperty32(id_, X11Atom::wmProtocols, XCB_ATOM_ATOM, protocols);
-    if (getOwner()) {
-        const auto owner = static_cast<xcb_window_t>(getOwner()->getHandle());
-        xcb_icccm_set_wm_transient_for(connection_, id_, owner);
-    }
+    if (getOwner())
+        nativeSetOwner();
     writeNormalHints();
     nativeSetStyle();
 }
@@ -217,6 +215,16 @@ void X11Window::changeState(bool on, X11Atom first, X11Atom second) {
     connection_.sendToManager(id_, X11Atom::netWmState, values);
 }
 
+void X11Window::nativeSetOwner() {
+    if (!isManaged_)
+        return;
+    if (getOwner())
+        xcb_icccm_set_wm_transient_for(connection_, id_, static_cast<xcb_window_t>(getOwner()->getHandle()));
+    else
+        xcb_delete_property(connection_, id_, XCB_ATOM_WM_TRANSIENT_FOR);
+    xcb_flush(connection_);
+}
+
 void X11Window::nativeSetTitle() {
     const std::string title = toUtf8(getTitle());
     for (const X11Atom property : {X11Atom::netWmName, X11Atom::netWmIconName})
@@ -247,8 +255,12 @@ void X11Window::setIcon(std::span<const PixelSurface> pictures) {
         return;
     std::vector<uint32_t> words;
     constexpr int32_t longest = 512;
+    const size_t most = connection_.getMostValues();
     for (const PixelSurface& picture : pictures) {
         if (picture.isEmpty() || picture.width > longest || picture.height > longest)
+            continue;
+        const size_t needed = 2 + static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height);
+        if (needed > most - words.size())
             continue;
         words.push_back(static_cast<uint32_t>(picture.width));
         words.push_back(static_cast<uint32_t>(picture.height));

@@ -3,6 +3,7 @@
 #include "foundation/messages/EventLoop.h"
 #include "platform/Platform.h"
 #include "views/UView.h"
+#include "windows/UWindow.h"
 
 namespace qorl {
 
@@ -22,7 +23,9 @@ PressLoop::~PressLoop() {
 }
 
 void PressLoop::readMouse() {
-    point_ = view_.screenToClient(platform::desktop()->getMousePosition());
+    CmPoint point;
+    if (const UWindow* window = view_.getWindow(); window && window->getMouseLocation(point))
+        point_ = view_.windowToClient(point);
 }
 
 bool PressLoop::runOneRound() {
@@ -45,7 +48,7 @@ bool PressLoop::next() {
         return false;
     }
     readMouse();
-    if (desktop->currentMouseButtons() == platform::noButton)
+    if (desktop->eventMouseButtons() == platform::noButton)
         return false;
     interrupted_ = !desktop->isCapturing();
     return !interrupted_;

@@ -29,7 +29,8 @@ public:
     /// False when the button is up, the capture was lost, or the view left its window. The first call comes
     /// back at once.
     bool next();
-    /// The mouse in client coordinates of the view, also of the place of the release.
+    /// Where the last event of the mouse had it, in client coordinates of the view; at the end that is the
+    /// place of the release, even if the mouse has gone on since.
     CmPoint point() const { return point_; }
     bool isInside() const;
     /// Milliseconds of the user-interface clock since the press.

@@ -51,7 +51,7 @@ void repeat(int32_t times, Binding::Value& value, void (Binding::Value::*step)()
 
 uint32_t heldModifiers() {
     auto* desktop = platform::desktop();
-    return desktop ? desktop->currentModifiers() : 0;
+    return desktop ? desktop->eventModifiers() : 0;
 }
 
 UControl* createSlider(const CmRect& rect, int32_t style, Binding::Value* value, const ConstString& title) {
@@ -296,11 +296,11 @@ void USlider::runMessageLoop() {
     PressLoop press(*this, tracker_.isRamping() ? rampResolution : 0);
     auto* desktop = platform::desktop();
     while (press.next()) {
-        tracker_.tick(press.point(), desktop->currentModifiers(), desktop->getTicks());
-        tracker_.move(press.point(), desktop->currentModifiers());
+        tracker_.tick(press.point(), desktop->eventModifiers(), desktop->getTicks());
+        tracker_.move(press.point(), desktop->eventModifiers());
     }
     if (!press.wasInterrupted())
-        tracker_.move(press.point(), desktop->currentModifiers());
+        tracker_.move(press.point(), desktop->eventModifiers());
     endGesture();
 }
 
@@ -347,7 +347,7 @@ void USlider::stepRamp() {
     auto* desktop = platform::desktop();
     if (!desktop || !getMousePosition(point))
         return;
-    tracker_.tick(point, desktop->currentModifiers(), desktop->getTicks());
+    tracker_.tick(point, desktop->eventModifiers(), desktop->getTicks());
     if (!tracker_.isRamping() && rampTimer_)
         rampTimer_->stop();
 }

@@ -38,7 +38,7 @@ uint32_t USwitchBase::getMarks() const {
 
 bool USwitchBase::filterPress(bool& result) const {
     auto* desktop = platform::desktop();
-    const bool modifierHeld = desktop && desktop->currentModifiers() != platform::noModifier;
+    const bool modifierHeld = desktop && desktop->eventModifiers() != platform::noModifier;
     if (hasStyle(ControlStyle::modifiedClick) && !modifierHeld) {
         result = false;
         return true;

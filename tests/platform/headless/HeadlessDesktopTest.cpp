@@ -1,8 +1,7 @@
 #include "platform/headless/HeadlessDesktop.h"
 
 #include "platform/Platform.h"
-#include "platform/headless/HeadlessWindow.h"
-#include "support/WindowRecorder.h"
+#include "support/HeadlessScene.h"
 
 #include <gtest/gtest.h>
 #include <utility>
@@ -11,40 +10,6 @@ namespace qorl::platform {
 namespace {
 
 using test::WindowRecorder;
-
-WindowDescription describe(const CmRect& frame, WindowKind kind = WindowKind::document,
-                           PlatformWindow* owner = nullptr) {
-    WindowDescription description;
-    description.kind = kind;
-    description.frame = frame;
-    description.owner = owner;
-    return description;
-}
-
-class HeadlessDesktopTest : public testing::Test {
-protected:
-    Ref<PlatformWindow> open(const CmRect& frame, WindowRecorder& client,
-                             WindowKind kind = WindowKind::document, PlatformWindow* owner = nullptr) {
-        Ref<PlatformWindow> window = desktop.createWindow(describe(frame, kind, owner), client);
-        window->show(ShowState::normal, showDefault);
-        desktop.processEvents();
-        log.clear();
-        return window;
-    }
-
-    std::string takeLog() {
-        std::string all;
-        for (const std::string& line : log)
-            all += (all.empty() ? "" : "; ") + line;
-        log.clear();
-        return all;
-    }
-
-    std::vector<std::string> log;
-    WindowRecorder a{"a", &log};
-    WindowRecorder b{"b", &log};
-    HeadlessDesktop desktop;
-};
 
 /// Writes down the ticks at which a timer came.
 class Ticker : public TimerClient {
@@ -98,6 +63,44 @@ TEST_F(HeadlessDesktopTest, SendsEverythingToTheWindowThatCaptures) {
     EXPECT_FALSE(desktop.isCapturing());
 }
 
+TEST_F(HeadlessDesktopTest, FreesTheMouseOfAWindowThatIsDisabled) {
+    auto first = open({0, 0, 100, 100}, a);
+    auto second = open({100, 0, 200, 100}, b);
+    desktop.postMouseMove({10, 10});
+    desktop.postButtonDown(leftButton);
+    desktop.processEvents();
+    desktop.setCapture(*first);
+    log.clear();
+    first->enable(false);
+    EXPECT_EQ(takeLog(), "a capture lost");
+    desktop.postButtonUp(leftButton);
+    desktop.postMouseMove({150, 10});
+    desktop.processEvents();
+    EXPECT_EQ(takeLog(), "a leave 150,10 b0 m0; b enter 50,10 b0 m0; b move 50,10 b0 m0");
+}
+
+TEST_F(HeadlessDesktopTest, LetsTimersAndPaintsHaveTheirTurnBetweenSlowInputs) {
+    auto window = open({0, 0, 100, 100}, a);
+    a.isLoggingPaint = true;
+    a.isLoggingMoves = false;
+    Ticker ticker(desktop);
+    ticker.onTick = [&] { log.push_back("tick"); };
+    a.onMouse = [&](const MouseEvent& event) {
+        log.push_back(event.kind == MouseKind::enter ? "enter" : "move");
+        window->invalidate({0, 0, 10, 10});
+        desktop.sleep(15);
+    };
+    desktop.postMouseMove({1, 1});
+    desktop.processEvents();
+    log.clear();
+    const TimerId timer = desktop.startTimer(10, ticker);
+    for (int32_t x = 2; x < 6; ++x)
+        desktop.postMouseMove({x, 1});
+    desktop.processEvents();
+    EXPECT_EQ(takeLog(), "move; move; tick; move; move; a paint 0,0 10x10; tick");
+    desktop.stopTimer(timer);
+}
+
 TEST_F(HeadlessDesktopTest, CarriesModifiersIntoEveryEvent) {
     auto window = open({0, 0, 100, 100}, a);
     a.isLoggingMoves = false;
@@ -144,7 +147,7 @@ TEST_F(HeadlessDesktopTest, ClosesOwnedWindowsFirstAndCallsNobodyAfterwards) {
     document->close(CloseMode::normal);
     desktop.processEvents();
 
-    EXPECT_EQ(takeLog(), "");
+    EXPECT_EQ(takeLog(), "b owner closed");
     EXPECT_FALSE(desktop.isCapturing());
     EXPECT_FALSE(panel->isVisible());
     EXPECT_TRUE(panel->getSurface().isEmpty());

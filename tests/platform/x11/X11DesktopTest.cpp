@@ -2,6 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Platform.h"
+#include "platform/PollSource.h"
 #include "platform/x11/X11Window.h"
 #include "support/WindowRecorder.h"
 #include "support/XServer.h"
@@ -10,6 +11,8 @@
 #include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <utility>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace qorl::platform {
@@ -167,6 +170,88 @@ TEST(X11Desktop, KeepsTheMouseWhileItIsCaptured) {
     scene.desktop->getMousePosition();
     scene.user.moveMouse({601, 500});
     EXPECT_TRUE(scene.waitFor([&] { return client.take().find("leave") != std::string::npos; }));
+}
+
+TEST(X11Desktop, MeetsAllMovesThatWaitAsTheLastOfThem) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 50, 300, 150}, client);
+    scene.user.moveMouse({105, 55});
+    ASSERT_TRUE(scene.waitForLine(client, "move 5,5 b0 m0"));
+    client.take();
+    for (int32_t x = 110; x < 140; ++x)
+        scene.user.moveMouse({x, 60});
+    scene.user.pressButton(1);
+    for (int32_t x = 140; x < 170; ++x)
+        scene.user.moveMouse({x, 60});
+    scene.user.releaseButton(1);
+    ASSERT_TRUE(scene.waitForLine(client, "up 69,10 b1 m0"));
+    EXPECT_EQ(client.take(), "move 39,10 b0 m0; down 39,10 b1 m0; move 69,10 b1 m0; up 69,10 b1 m0");
+}
+
+TEST(X11Desktop, KnowsTheButtonsAndKeysOfTheEventAtHand) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 50, 300, 150}, client);
+    std::string seen;
+    client.onMouse = [&](const MouseEvent& event) {
+        if (event.kind == MouseKind::down || event.kind == MouseKind::up)
+            seen += "b" + std::to_string(scene.desktop->eventMouseButtons()) + " m" +
+                    std::to_string(scene.desktop->eventModifiers()) + "; ";
+    };
+    scene.user.moveMouse({110, 60});
+    scene.user.pressKey(XKB_KEY_Shift_L);
+    scene.user.pressButton(1);
+    scene.user.pressButton(3);
+    scene.user.releaseButton(1);
+    scene.user.releaseKey(XKB_KEY_Shift_L);
+    scene.user.releaseButton(3);
+    // All of it is over by now.
+    EXPECT_EQ(scene.desktop->currentMouseButtons(), static_cast<uint32_t>(noButton));
+    ASSERT_TRUE(scene.waitForLine(client, "up 10,10 b4 m0"));
+    EXPECT_EQ(seen, "b1 m1; b5 m1; b4 m1; b0 m0; ");
+}
+
+/// Sees to it that an event stands unread in the connection when the desktop has looked for one, and whether
+/// the desktop then goes to sleep over it.
+class LateEvent : public PollSource {
+public:
+    explicit LateEvent(X11Scene& scene) : scene_(scene) {}
+
+    int64_t prepare(std::vector<PollEntry>&) override {
+        xcb_connection_t* connection = scene_.desktop->getConnection();
+        if (!std::exchange(isSent_, true)) {
+            scene_.user.moveMouse({120, 70});
+            pollfd socket = {xcb_get_file_descriptor(connection), POLLIN, 0};
+            EXPECT_EQ(::poll(&socket, 1, static_cast<int>(longestWait)), 1);
+            xcb_no_operation(connection); // Something to flush, which reads as well.
+        } else if (X11Reply<xcb_generic_event_t> event{xcb_poll_for_queued_event(connection)}) {
+            isMissed = true;
+        }
+        return 0;
+    }
+    bool check(const PollEntry*, size_t) override { return false; }
+    void dispatch() override {}
+
+    bool isMissed = false;
+
+private:
+    X11Scene& scene_;
+    bool isSent_ = false;
+};
+
+TEST(X11Desktop, DoesNotSleepOverAnEventThatWasReadAlready) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 50, 300, 150}, client);
+    scene.user.moveMouse({110, 60});
+    ASSERT_TRUE(scene.waitForLine(client, "move 10,10 b0 m0"));
+    scene.desktop->processEvents();
+    LateEvent source(scene);
+    scene.desktop->addPollSource(source);
+    EXPECT_EQ(scene.desktop->waitForEvent(longestWait), WaitResult::event);
+    EXPECT_FALSE(source.isMissed);
+    scene.desktop->removePollSource(source);
 }
 
 TEST(X11Desktop, GivesKeysAndOutsidePressesToAPopup) {
@@ -338,6 +423,35 @@ TEST(X11Desktop, ShowsPointersOfEveryShape) {
     picture.width = 100'000;
     EXPECT_EQ(scene.desktop->createPictureCursor(picture, {}), nullptr);
     scene.desktop->setCursor(nullptr);
+}
+
+TEST(X11Desktop, OutlivesATitleThatNoRequestCanHold) {
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 50, 300, 150}, client);
+    // Three bytes each, so that the cut falls into the middle of one.
+    window->setTitle(std::u16string(8'000'000, u'\u20AC'));
+    const auto id = static_cast<uint32_t>(window->getHandle());
+    scene.desktop->getMousePosition(); // the server has taken the title when it answers
+    const std::string title = scene.user.getProperty(id, "_NET_WM_NAME");
+    EXPECT_EQ(title.size(), 15'999U);
+    EXPECT_EQ(title.substr(title.size() - 3), "\xE2\x82\xAC");
+    EXPECT_NE(scene.desktop->waitForEvent(0), WaitResult::exhausted) << "the connection still stands";
+}
+
+TEST(X11Desktop, SaysWhichScreenItNeeds) {
+    struct Case {
+        int depth;
+        const char* has;
+    };
+    for (const Case& c : {Case{16, "a depth of 16 in 16 bits"}, Case{30, "a depth of 30 in 32 bits"}}) {
+        SCOPED_TRACE(c.depth);
+        XServer server(XServer::Manager::none, XServer::SharedMemory::present, c.depth);
+        ASSERT_TRUE(server.isRunning()) << server.getError();
+        std::string error;
+        EXPECT_EQ(X11Desktop::create(server.getDisplay(), error), nullptr);
+        EXPECT_NE(error.find(c.has), std::string::npos) << error;
+    }
 }
 
 TEST(X11Desktop, SurvivesTheServersEnd) {

@@ -69,6 +69,18 @@ TEST(USwitchBase, DoesWhatItsBehaviourSays) {
     }
 }
 
+TEST(USwitchBase, TakesTheReleaseWhereItWasThoughTheMouseHasGoneOn) {
+    HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
+    shell.postPress(inside);
+    shell.platform().postCall([&] {
+        // The mouse is there at once; that it moved is told behind the release.
+        shell.platform().setMousePosition(shell.window().clientToScreen(outside));
+    });
+    shell.postRelease();
+    shell.settle();
+    EXPECT_EQ(shell.value("v").getValue(), 1);
+}
+
 TEST(USwitchBase, ReturnsAButtonToItsMinimumWithoutPerforming) {
     HeadlessShell shell{switchSkin("button"), numberIn(0, 1)};
     shell.click(inside);

@@ -1,6 +1,7 @@
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
 #include "windows/UDocWindow.h"
+#include "windows/UModalDialog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -98,6 +99,78 @@ TEST_F(MouseTest, SurvivesAClickThatClosesTheWindow) {
     shell.press({50, 50});
     EXPECT_TRUE(window->hasWindowFlag(UWindow::closed));
     shell.release();
+}
+
+TEST_F(MouseTest, GivesTheMouseToOthersWhenTheWindowIsDisabledWithinAPress) {
+    front->during = [&](const std::string& call) {
+        if (call != "mouseDown")
+            return;
+        shell.window().captureMouse(front.get());
+        shell.window().setEnabled(false);
+    };
+    shell.press({120, 30});
+    EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "front.captureLost"));
+    shell.release();
+
+    const Ref<UWindow> second =
+        make<UDocWindow>(CmRect{600, 100, 700, 200}, styleWindowPreset, ConstString("Second"));
+    second->addSubView(make<ProbeView>(CmRect{0, 0, 100, 100}, "other", &log));
+    shell.open(*second);
+    shell.aim(*second);
+    log.clear();
+    shell.press({50, 50});
+    EXPECT_THAT(log, ElementsAre("other.mouseDown 50,50"));
+    second->willClose(false);
+}
+
+TEST_F(MouseTest, TellsTheHolderWhenAnotherViewTakesTheMouse) {
+    for (const Ref<ProbeView>& view : {front, back}) {
+        view->setFlag(viewTakesRightClick, true);
+        view->during = [this, held = view.get()](const std::string& call) {
+            if (call == "mouseDown")
+                shell.window().captureMouse(held);
+        };
+    }
+    shell.press({120, 30});
+    shell.press({20, 30}, platform::rightButton);
+    EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "back.mouseDown 10,10", "front.captureLost"));
+}
+
+TEST_F(MouseTest, HoldsTheMouseUntilTheLastButtonIsUp) {
+    front->during = [&](const std::string& call) {
+        if (call == "mouseDown")
+            shell.window().captureMouse(front.get());
+    };
+    shell.press({120, 30});
+    shell.press({130, 30}, platform::rightButton);
+    shell.release(platform::rightButton);
+    EXPECT_EQ(shell.window().getMouseCapture(), front.get());
+    EXPECT_TRUE(shell.platform().isCapturing());
+    shell.move({20, 30});
+    shell.release();
+    EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "front.mouseUp -90,10"));
+    EXPECT_FALSE(shell.platform().isCapturing());
+}
+
+TEST_F(MouseTest, EndsAGestureThatADialogCameOver) {
+    front->during = [&](const std::string& call) {
+        if (call == "mouseDown")
+            shell.window().captureMouse(front.get());
+    };
+    for (const bool isMoved : {true, false}) {
+        SCOPED_TRACE(isMoved ? "found by a move" : "found by the release");
+        log.clear();
+        shell.press({120, 30});
+        const Ref<UWindow> dialog = make<UModalDialog>(CmRect{600, 100, 700, 200}, 0U, ConstString("Dialog"));
+        shell.open(*dialog);
+        if (isMoved)
+            shell.move({125, 30});
+        shell.release();
+        EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "front.captureLost"));
+        EXPECT_EQ(shell.window().getMouseCapture(), nullptr);
+        dialog->willClose(false);
+        shell.settle();
+    }
 }
 
 TEST_F(MouseTest, SaysWhichClickIsADoubleClick) {
