@@ -13,6 +13,8 @@
 #include "windows/UWindow.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace qorl {
 
@@ -31,14 +33,19 @@ Ref<Binding::Value> freshValue() {
     return make<Binding::IntValue>(0, 100);
 }
 
+/// The number that a float stands for: the whole one, where the value has that.
+double exact(int32_t whole, float number) {
+    return static_cast<float>(whole) == number ? double(whole) : double(number);
+}
+
 bool isShiftHeld() {
     auto* desktop = platform::desktop();
-    return desktop && (desktop->currentModifiers() & platform::shift);
+    return desktop && (desktop->eventModifiers() & platform::shift);
 }
 
 } // namespace
 
-UControl::UControl() : value_(freshValue()) {}
+UControl::UControl() : UControl({}, {}, nullptr, 0) {}
 
 UControl::UControl(const CmRect& frame, const ConstString& title, Binding::Value* value, uint32_t style)
     : UView(frame, title), value_(value ? retain(value) : freshValue()), style_(style) {
@@ -54,13 +61,16 @@ UControl::~UControl() {
 }
 
 void UControl::follow(Binding::Value* value) {
+    // One object in both places is followed once.
+    if (value_ != secondValue_)
+        value_->removeDependent(this);
     value_ = value ? retain(value) : freshValue();
-    value_->addDependent(this);
+    if (value_ != secondValue_)
+        value_->addDependent(this);
 }
 
 void UControl::setValue(Binding::Value* value) {
     const Ref<Binding::Value> old = value_;
-    old->removeDependent(this);
     follow(value);
     refresh();
     onValueAttached();
@@ -69,7 +79,8 @@ void UControl::setValue(Binding::Value* value) {
 }
 
 void UControl::loseValue() {
-    value_->removeDependent(this);
+    if (secondValue_ == value_)
+        secondValue_.reset();
     follow(nullptr);
     refresh();
     update();
@@ -245,13 +256,17 @@ void UControl::notifyTargetOfClick() {
     if (!target || target->queryInterface(Binding::IClickTarget::iid, listener.out()) != Result::ok)
         return;
     auto* desktop = platform::desktop();
-    listener->valueClicked(bound(), desktop ? desktop->currentModifiers() : 0);
+    listener->valueClicked(bound(), desktop ? desktop->eventModifiers() : 0);
 }
 
 bool UControl::hasTooltip() const {
+    if (UView::hasTooltip())
+        return true;
+    // Asked of each view that the mouse goes over: most have no command to be read.
+    const FAttributes* attributes = peekAttributes();
     String category;
     String name;
-    return UView::hasTooltip() || getCommand(category, name);
+    return attributes && attributes->contains(nameKey) && getCommand(category, name);
 }
 
 bool UControl::getTooltipFromController(String& text, CmPoint point) const {
@@ -320,9 +335,9 @@ bool UControl::getAccessibleValue(String& value) const {
 }
 
 bool UControl::getAccessibleRange(AccessibleRange& range) const {
-    range.value = bound()->getValueFloat();
-    range.minimum = bound()->getMinFloat();
-    range.maximum = bound()->getMaxFloat();
+    range.value = exact(value_->getValue(), bound()->getValueFloat());
+    range.minimum = exact(value_->getMin(), bound()->getMinFloat());
+    range.maximum = exact(value_->getMax(), bound()->getMaxFloat());
     range.step = 1;
     return true;
 }
@@ -330,10 +345,16 @@ bool UControl::getAccessibleRange(AccessibleRange& range) const {
 bool UControl::setAccessibleValue(double value) {
     if (!isValueEnabled())
         return false;
-    value_->beginEdit();
-    bound()->setValueFloat(static_cast<float>(value));
-    value_->performUpdate();
-    value_->endEdit(true);
+    const auto keptAlive = retain(value_.get());
+    keptAlive->beginEdit();
+    constexpr double most = std::numeric_limits<int32_t>::max();
+    // A whole number goes as one: a float has no place for all of its digits.
+    if (value == std::floor(value) && std::abs(value) <= most)
+        keptAlive->setValue(static_cast<int32_t>(value));
+    else
+        keptAlive->bound()->setValueFloat(static_cast<float>(value));
+    keptAlive->performUpdate();
+    keptAlive->endEdit(true);
     return true;
 }
 

@@ -196,6 +196,44 @@ TEST(UControl, FollowsItsSecondValue) {
     EXPECT_EQ(control->getSecondValue(), nullptr);
 }
 
+TEST(UControl, FollowsOneValueInBothPlacesUntilItLeavesBoth) {
+    HeadlessShell shell;
+    const auto value = make<Binding::IntValue>(0, 10);
+    const auto other = make<Binding::IntValue>(0, 10);
+    const auto control = make<CountingControl>(frame, ConstString(), value.get(), 0);
+    shell.window().addSubView(control);
+    const auto redrawsBy = [&](Binding::Value& changed) {
+        shell.settle();
+        control->redraws = 0;
+        changed.setValue(changed.getValue() + 1);
+        shell.settle();
+        return control->redraws;
+    };
+    control->setSecondValue(value.get());
+    EXPECT_EQ(redrawsBy(*value), 1);
+    control->setValue(other.get());
+    EXPECT_EQ(redrawsBy(*value), 1) << "still the second value";
+    EXPECT_EQ(redrawsBy(*other), 1);
+    control->setSecondValue(other.get());
+    EXPECT_EQ(redrawsBy(*value), 0);
+    EXPECT_EQ(redrawsBy(*other), 1);
+    other->setImmediateUpdates(true);
+    other->changed(Binding::valueDestroyed);
+    EXPECT_EQ(control->getSecondValue(), nullptr) << "a value that goes leaves both places";
+    EXPECT_NE(control->getValueObject(), other.get());
+}
+
+TEST(UControl, FollowsTheValueThatItMakesForItself) {
+    HeadlessShell shell;
+    const auto control = make<CountingControl>();
+    shell.window().addSubView(control);
+    shell.settle();
+    control->redraws = 0;
+    control->setControlValue(40);
+    shell.settle();
+    EXPECT_EQ(control->redraws, 1);
+}
+
 TEST(UControl, SetsItsStyleOnlyForNewBits) {
     HeadlessShell shell;
     const auto control = make<CountingControl>(frame, ConstString(), nullptr, 0x300);
@@ -253,6 +291,20 @@ TEST(UControl, AsksTheControllerForItsToolTipFirst) {
     EXPECT_EQ(tip(), "Told by the controller");
     shell.window().setController(nullptr);
     shell.value("level").setTarget(nullptr, 0, false);
+}
+
+TEST(UControl, TellsAssistiveToolsLargeNumbersExactly) {
+    HeadlessShell shell;
+    const auto value = make<Binding::IntValue>(-16'777'219, 2'147'483'647);
+    const auto control = make<UControl>(frame, ConstString(), value.get(), 0);
+    shell.window().addSubView(control);
+    EXPECT_TRUE(control->setAccessibleValue(16'777'217));
+    EXPECT_EQ(value->getValue(), 16'777'217);
+    AccessibleRange range;
+    ASSERT_TRUE(control->getAccessibleRange(range));
+    EXPECT_EQ(range.value, 16'777'217);
+    EXPECT_EQ(range.minimum, -16'777'219);
+    EXPECT_EQ(range.maximum, 2'147'483'647);
 }
 
 TEST(UControl, IsOperatedByAssistiveTools) {
