@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <unordered_map>
 
 namespace qorl {
@@ -318,15 +319,19 @@ private:
 
 } // namespace
 
-bool AttributesStream::write(FBinaryStream& stream, const FAttributes& attributes) {
+bool AttributesStream::write(FBinaryStream& stream, const FAttributes& attributes) try {
     return BodyWriter(stream).writeRoot(attributes);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool AttributesStream::read(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive) {
+bool AttributesStream::read(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive) try {
     BodyReader reader(stream, archive);
     const bool isRead = reader.readBody(attributes);
     reader.bindReferences(attributes);
     return isRead;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

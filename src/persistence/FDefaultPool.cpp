@@ -6,6 +6,7 @@
 #include "persistence/XmlDocument.h"
 
 #include <algorithm>
+#include <new>
 
 namespace qorl {
 
@@ -31,6 +32,10 @@ FNPath folderNamed(const char* name) {
     return path;
 }
 
+bool stands(const char* folder) {
+    return platform::folderExists(folderNamed(folder).toUtf8());
+}
+
 std::string inFolder(const std::string& name, const std::string& folder = storeName) {
     return folder + '/' + name;
 }
@@ -49,7 +54,7 @@ std::string digestOf(const ConstString& name) {
 bool putInPlace(FNFileSystem& files, const char* from, const char* to) {
     FNPath path = folderNamed(from);
     const FNPath target = folderNamed(to);
-    if (files.exists(target) && !files.deleteTree(target))
+    if (stands(to) && !files.deleteTree(target))
         return false;
     return files.rename(path, to);
 }
@@ -74,7 +79,7 @@ public:
 FDefaultPool::FDefaultPool() = default;
 FDefaultPool::~FDefaultPool() = default;
 
-FDefaults* FDefaultPool::getGroup(const ConstString& name, int32_t version, bool create) {
+FDefaults* FDefaultPool::getGroup(const ConstString& name, int32_t version, bool create) try {
     if (name.isEmpty() || disabled_)
         return nullptr;
     const std::string key = name.toUtf8();
@@ -90,6 +95,8 @@ FDefaults* FDefaultPool::getGroup(const ConstString& name, int32_t version, bool
     if (group->version() != version)
         return nullptr;
     return groups_.emplace(key, std::move(group)).first->second.get();
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 Ref<FDefaults> FDefaultPool::createGroup(const ConstString& name) {
@@ -107,12 +114,16 @@ void FDefaultPool::removeGroup(const ConstString& name) {
         removedGroups_.push_back(key);
 }
 
-bool FDefaultPool::load() {
+bool FDefaultPool::load() try {
     if (loadHook_ && !loadHook_()) {
         noNewGroups_ = true;
         return false;
     }
     return folderMode_ ? loadFolder() : loadSingleFile();
+} catch (const std::bad_alloc&) {
+    // What the store holds is not known, so nothing may take its place.
+    isUnknown_ = true;
+    return false;
 }
 
 bool FDefaultPool::loadFile(const std::string& name, std::string_view tag, CmObject& object) {
@@ -154,7 +165,7 @@ bool FDefaultPool::markExtracted() {
 
 bool FDefaultPool::loadFolder() {
     auto* files = FNFileSystem::instance();
-    if (files && files->exists(folderNamed(storeName))) {
+    if (files && stands(storeName)) {
         Holder savers;
         if (loadFile(inFolder(autoSaverName), autoSaverTag, savers))
             savedAutoSaverAttributes_ = make<FAttributes>(savers.held);
@@ -180,8 +191,8 @@ void FDefaultPool::finishLoad() {
     savedAutoSaverAttributes_.reset();
 }
 
-bool FDefaultPool::save(bool force) {
-    if (!loaded_)
+bool FDefaultPool::save(bool force) try {
+    if (!loaded_ || isUnknown_)
         return false;
     if (force)
         for (const Callback callback : std::vector(beforeSave_))
@@ -189,17 +200,19 @@ bool FDefaultPool::save(bool force) {
     if (saveHook_ && !saveHook_())
         return true;
     return folderMode_ ? saveFolder() : saveFile(storeName, storeTag, *this);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 bool FDefaultPool::saveFolder() {
     auto* files = FNFileSystem::instance();
     if (!files)
         return false;
-    if (files->exists(folderNamed(storeName)))
+    if (stands(storeName))
         return saveGroups(storeName) && removeSingleFile();
     // The next start reads the single file no more once the folder stands, so it stands when it is whole.
     const FNPath folder = folderNamed(newStoreName);
-    if (files->exists(folder) && !files->deleteTree(folder))
+    if (stands(newStoreName) && !files->deleteTree(folder))
         return false;
     return folder.createFolders() && saveGroups(newStoreName) &&
            putInPlace(*files, newStoreName, storeName) && removeSingleFile();
@@ -245,33 +258,39 @@ void FDefaultPool::clear() {
     beforeSave_.clear();
     savedAutoSaverAttributes_.reset();
     loadHook_ = saveHook_ = nullptr;
-    disabled_ = noNewGroups_ = folderMode_ = loaded_ = preferencesNeedExtraction_ = false;
+    disabled_ = isUnknown_ = noNewGroups_ = folderMode_ = loaded_ = preferencesNeedExtraction_ = false;
 }
 
-bool FDefaultPool::trash() {
+bool FDefaultPool::trash() try {
     auto* files = FNFileSystem::instance();
     if (folderMode_)
         return files && files->deleteTree(folderNamed(storeName));
     return XmlFile::rename(storeName, trashName);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FDefaultPool::backup() {
+bool FDefaultPool::backup() try {
     if (!folderMode_)
         return !XmlFile::exists(storeName) || XmlFile::backup(storeName);
     auto* files = FNFileSystem::instance();
     const FNPath copy = folderNamed(newBackupName);
-    if (!files || (files->exists(copy) && !files->deleteTree(copy)))
+    if (!files || (stands(newBackupName) && !files->deleteTree(copy)))
         return false;
-    if (!files->exists(folderNamed(storeName)))
+    if (!stands(storeName))
         return true;
     return files->copyTree(folderNamed(storeName), copy) && putInPlace(*files, newBackupName, backupName);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FDefaultPool::restore() {
+bool FDefaultPool::restore() try {
     if (!folderMode_)
         return XmlFile::restore(storeName);
     auto* files = FNFileSystem::instance();
-    return files && files->exists(folderNamed(backupName)) && putInPlace(*files, backupName, storeName);
+    return files && stands(backupName) && putInPlace(*files, backupName, storeName);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 void FDefaultPool::registerAutoSaver(AutoSaver* saver) {

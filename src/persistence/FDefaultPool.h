@@ -35,7 +35,8 @@ public:
     /// Drops a group: it is not made again, and its file goes with the next save.
     void removeGroup(const ConstString& name);
 
-    /// False when the load hook refused or the store could not be read; the pool is empty then.
+    /// False when the load hook refused or the store could not be read; the pool is empty then. Without
+    /// memory for it nothing is saved in this run.
     bool load();
     /// Restores the auto-savers and calls the after-load callbacks. Only after this anything is saved.
     void finishLoad();
@@ -102,6 +103,8 @@ private:
     Hook loadHook_ = nullptr;
     Hook saveHook_ = nullptr;
     bool disabled_ = false;
+    /// There was no memory to load it.
+    bool isUnknown_ = false;
     bool noNewGroups_ = false;
     bool folderMode_ = false;
     bool loaded_ = false;

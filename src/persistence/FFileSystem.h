@@ -28,7 +28,8 @@ struct FVolumeInfo {
 
 /// Files and folders behind paths. One class for each kind of place: the native disk, an archive, a service.
 ///
-/// Operations give false, null or -1 on failure, and the system's error number in `error` when that is given.
+/// Operations give false, null or -1 on failure, also without memory, and the system's error number in
+/// `error` when that is given.
 class FFileSystem : public CmObject {
     QORL_CLASS(FFileSystem, CmObject)
     QORL_RECORD(FFileSystem)

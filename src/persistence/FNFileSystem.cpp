@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 namespace qorl {
 
@@ -78,7 +79,7 @@ FNFileSystem* FNFileSystem::instance() {
     return fileSystem.get();
 }
 
-Ref<FFileStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) {
+Ref<FFileStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
     const std::string name = path.toUtf8();
     const uint32_t access =
         accessOf(mode | FFileStream::writeAccess) | platform::openCreate | platform::openTruncate;
@@ -89,13 +90,19 @@ Ref<FFileStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int3
     if (!answer(failure, error))
         return nullptr;
     return streamOf(std::move(file), path, mode | FFileStream::writeAccess);
+} catch (const std::bad_alloc&) {
+    answer(platform::FileError::outOfMemory(), error);
+    return nullptr;
 }
 
-Ref<FFileStream> FNFileSystem::openFile(const FPath& path, uint32_t mode, int32_t* error) {
+Ref<FFileStream> FNFileSystem::openFile(const FPath& path, uint32_t mode, int32_t* error) try {
     platform::File file;
     if (!answer(file.open(path.toUtf8(), accessOf(mode)), error))
         return nullptr;
     return streamOf(std::move(file), path, mode);
+} catch (const std::bad_alloc&) {
+    answer(platform::FileError::outOfMemory(), error);
+    return nullptr;
 }
 
 bool FNFileSystem::closeFile(Ref<FFileStream> stream) {
@@ -104,19 +111,23 @@ bool FNFileSystem::closeFile(Ref<FFileStream> stream) {
     return stream != nullptr;
 }
 
-bool FNFileSystem::deleteFile(const FPath& path) {
+bool FNFileSystem::deleteFile(const FPath& path) try {
     if (!answer(platform::deleteFile(path.toUtf8())))
         return false;
     notify(fileDeleted, path);
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::exists(const FPath& path) {
+bool FNFileSystem::exists(const FPath& path) try {
     const platform::FileKind kind = infoOf(path).kind;
     return path.isFolder() ? kind == platform::FileKind::folder : kind != platform::FileKind::none;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::rename(FPath& path, const ConstString& newName) {
+bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
     FNPath target(path.toUtf8(), path.isFolder());
     target.setName(newName);
     if (!answer(platform::moveFile(path.toUtf8(), target.toUtf8())))
@@ -124,18 +135,22 @@ bool FNFileSystem::rename(FPath& path, const ConstString& newName) {
     path.setName(newName);
     notify(path.isFolder() ? folderRenamed : fileWritten, path);
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::move(FPath& path, const FPath& newFolder) {
+bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     FNPath target(newFolder.toUtf8(), true);
     target.addFolder(path.getName(), path.isFolder());
     if (!answer(platform::moveFile(path.toUtf8(), target.toUtf8())))
         return false;
     path.setFolder(target.getFolder());
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* progress) {
+bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* progress) try {
     platform::CopyStep step;
     if (progress)
         step = [progress, start = progress->position()](std::span<const uint8_t> block, int64_t done) {
@@ -146,16 +161,22 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
         return false;
     notify(fileWritten, to);
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::createFolder(const FPath& path) {
+bool FNFileSystem::createFolder(const FPath& path) try {
     return answer(platform::createFolder(path.toUtf8()));
+} catch (const std::bad_alloc&) {
+    return false;
 }
-bool FNFileSystem::setCurrentFolder(const FPath& path) {
+bool FNFileSystem::setCurrentFolder(const FPath& path) try {
     return answer(platform::setCurrentFolder(path.toUtf8()));
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) {
+bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
     platform::VolumeInfo volume;
     if (!answer(platform::getVolumeInfo(path.toUtf8(), volume)))
         return false;
@@ -164,16 +185,22 @@ bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) {
     info.freeBytes = volume.freeBytes;
     info.totalBytes = volume.totalBytes;
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::deleteFolder(const FPath& path) {
+bool FNFileSystem::deleteFolder(const FPath& path) try {
     return answer(platform::deleteFolder(path.toUtf8()));
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::getFileTime(const FPath& path, FileTimes& times) {
+bool FNFileSystem::getFileTime(const FPath& path, FileTimes& times) try {
     const platform::FileInfo info = infoOf(path);
     times = {info.created, info.written, info.read};
     return info.kind != platform::FileKind::none;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 int64_t FNFileSystem::getFileSize(FStream& stream) {
@@ -184,49 +211,65 @@ int64_t FNFileSystem::getFileSize(FStream& stream) {
     return size;
 }
 
-int64_t FNFileSystem::getFileSizeOf(const FPath& path) {
+int64_t FNFileSystem::getFileSizeOf(const FPath& path) try {
     const platform::FileInfo info = infoOf(path);
     return info.kind == platform::FileKind::file ? info.size : -1;
+} catch (const std::bad_alloc&) {
+    return -1;
 }
 
-bool FNFileSystem::isReadOnly(const FPath& path) {
+bool FNFileSystem::isReadOnly(const FPath& path) try {
     return infoOf(path).isReadOnly;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::isWriteProtected(const FPath& path) {
+bool FNFileSystem::isWriteProtected(const FPath& path) try {
     platform::VolumeInfo volume;
     platform::getVolumeInfo(path.toUtf8(), volume);
     return volume.isReadOnly || isReadOnly(path);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::createParents(const FPath& path, bool isFolder) {
+bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
     return FNPath(path.toUtf8(), isFolder).createFolders();
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t) {
+Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t) try {
     std::vector<platform::FolderEntry> entries;
     if (!answer(platform::listFolder(path.toUtf8(), entries)))
         return nullptr;
     return make<FNFileIterator>(path, std::move(entries));
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
-Ref<FFileStream> FNFileSystem::createTempFile(FNPath& path) {
+Ref<FFileStream> FNFileSystem::createTempFile(FNPath& path) try {
     std::string name;
     if (!answer(platform::createTemporaryFile(FNPath::knownFolder(FNPath::temporary), "qorl", name)))
         return nullptr;
     path.setPath(ConstString(std::string_view(name)), false);
     return openFile(path, FFileStream::readAccess | FFileStream::writeAccess);
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
-bool FNFileSystem::deleteTree(const FPath& path) {
+bool FNFileSystem::deleteTree(const FPath& path) try {
     return answer(platform::deleteTree(path.toUtf8()));
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool FNFileSystem::copyTree(const FPath& from, const FPath& to) {
+bool FNFileSystem::copyTree(const FPath& from, const FPath& to) try {
     if (!answer(platform::copyTree(from.toUtf8(), to.toUtf8())))
         return false;
     notify(folderCreated, to);
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 int64_t FNFileSystem::getFreeSpace(const FPath& path) {
@@ -243,19 +286,25 @@ void FNFileSystem::formatSize(int64_t bytes, String& text) {
     text.printf8("%.3f %s", size, units[unit]);
 }
 
-bool FNFileSystem::replaceFile(const FPath& path, std::span<const uint8_t> bytes, int32_t* error) {
+bool FNFileSystem::replaceFile(const FPath& path, std::span<const uint8_t> bytes, int32_t* error) try {
     if (!answer(platform::replaceFile(path.toUtf8(), bytes), error))
         return false;
     notify(fileWritten, path);
     return true;
+} catch (const std::bad_alloc&) {
+    answer(platform::FileError::outOfMemory(), error);
+    return false;
 }
 
-bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error) {
+bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error) try {
     std::vector<uint8_t> content;
     if (!answer(platform::readWholeFile(path.toUtf8(), content, limit), error))
         return false;
     bytes.assign(content.begin(), content.end());
     return true;
+} catch (const std::bad_alloc&) {
+    answer(platform::FileError::outOfMemory(), error);
+    return false;
 }
 
 } // namespace qorl

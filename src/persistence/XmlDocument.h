@@ -12,7 +12,7 @@ namespace qorl {
 namespace XmlDocument {
 
 /// Appends the document of `attributes` with the top element `tag` to `text`. False when an object in it has
-/// no attributes.
+/// no attributes, and without memory.
 bool write(std::string& text, std::string_view tag, const FAttributes& attributes);
 
 /// Adds what `text` holds to `attributes`. False, with "LINE:COLUMN: reason" in `error`, when it is no such

@@ -2,6 +2,8 @@
 #include "persistence/XmlDocument.h"
 #include "platform/System.h"
 
+#include <new>
+
 namespace qorl {
 
 namespace {
@@ -18,9 +20,8 @@ FNPath fileOf(const ConstString& name, const FFileType& type = FFileType::settin
 
 /// Where earlier versions kept the file while they wrote the new one.
 FNPath oldFileOf(const ConstString& name) {
-    String old = name;
-    old.append("_old");
-    return fileOf(old);
+    const std::string old = name.toUtf8() + "_old";
+    return fileOf(ConstString(std::string_view(old)));
 }
 
 enum class Reading { done, cannotOpen, damaged };
@@ -51,11 +52,12 @@ bool holdsAlready(FNFileSystem& files, const FNPath& path, std::string_view text
 
 } // namespace
 
-bool XmlFile::save(const ConstString& name, std::string_view tag, CmObject& object) {
+bool XmlFile::save(const ConstString& name, std::string_view tag, CmObject& object) try {
     FAttributes attributes;
     std::string text;
     auto* files = FNFileSystem::instance();
     const FNPath path = fileOf(name);
+    const FNPath old = oldFileOf(name);
     if (!files || !object.storeAttributes(&attributes) || !XmlDocument::write(text, tag, attributes))
         return false;
     if (!path.createFolders())
@@ -63,12 +65,14 @@ bool XmlFile::save(const ConstString& name, std::string_view tag, CmObject& obje
     const std::span bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
     if (!holdsAlready(*files, path, text) && !files->replaceFile(path, bytes))
         return false;
-    if (const FNPath old = oldFileOf(name); files->exists(old))
+    if (files->exists(old))
         files->deleteFile(old);
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool XmlFile::load(const ConstString& name, std::string_view tag, CmObject& object, OwnFile* found) {
+bool XmlFile::load(const ConstString& name, std::string_view tag, CmObject& object, OwnFile* found) try {
     OwnFile own = OwnFile::missing;
     OwnFile& state = found ? *found : own;
     state = OwnFile::missing;
@@ -93,53 +97,66 @@ bool XmlFile::load(const ConstString& name, std::string_view tag, CmObject& obje
     }
     return reading == Reading::cannotOpen &&
            restoreFrom(fileOf(name, FFileType::settingsFile(), FNPath::sharedData), tag, object);
+} catch (const std::bad_alloc&) {
+    if (found)
+        *found = OwnFile::unreadable;
+    return false;
 }
 
-bool XmlFile::setAside(const ConstString& name) {
+bool XmlFile::setAside(const ConstString& name) try {
     constexpr int32_t mostKept = 1000;
     auto* files = FNFileSystem::instance();
     FNPath path = fileOf(name);
     if (!files || !files->exists(path))
         return files != nullptr;
     for (int32_t number = 1; number <= mostKept; ++number) {
-        String away = name;
-        away.append(" (Damaged");
-        if (number > 1)
-            away.append(ConstString(std::string_view(' ' + std::to_string(number))));
-        away.append(")");
-        const FNPath target = fileOf(away);
+        const std::string suffix = number > 1 ? ' ' + std::to_string(number) : std::string();
+        const std::string away = name.toUtf8() + " (Damaged" + suffix + ')';
+        const FNPath target = fileOf(ConstString(std::string_view(away)));
         if (!files->exists(target))
             return files->rename(path, target.getName());
     }
     return false;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool XmlFile::exists(const ConstString& name) {
+bool XmlFile::exists(const ConstString& name) try {
     auto* files = FNFileSystem::instance();
     return files && files->exists(fileOf(name));
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool XmlFile::remove(const ConstString& name) {
+bool XmlFile::remove(const ConstString& name) try {
     auto* files = FNFileSystem::instance();
     return files && files->deleteFile(fileOf(name));
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool XmlFile::rename(const ConstString& name, const ConstString& newName) {
+bool XmlFile::rename(const ConstString& name, const ConstString& newName) try {
     auto* files = FNFileSystem::instance();
     FNPath path = fileOf(name);
     return files && files->exists(path) && files->rename(path, fileOf(newName).getName());
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool XmlFile::backup(const ConstString& name) {
+bool XmlFile::backup(const ConstString& name) try {
     auto* files = FNFileSystem::instance();
     return files && files->copy(fileOf(name), fileOf(name, FFileType::settingsBackupFile()));
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool XmlFile::restore(const ConstString& name) {
+bool XmlFile::restore(const ConstString& name) try {
     auto* files = FNFileSystem::instance();
     FNPath copy = fileOf(name, FFileType::settingsBackupFile());
     // A rename takes the copy over the file and the copy away in one step.
     return files && files->exists(copy) && files->rename(copy, fileOf(name).getName());
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

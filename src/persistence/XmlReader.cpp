@@ -6,6 +6,7 @@
 #include "persistence/XmlDocument.h"
 
 #include <charconv>
+#include <new>
 
 namespace qorl {
 
@@ -301,7 +302,7 @@ private:
 } // namespace
 
 bool XmlDocument::read(std::string_view text, std::string_view tag, FAttributes& attributes,
-                       std::string* error) {
+                       std::string* error) try {
     DocumentReader reader(text, tag, attributes);
     const bool isRead = reader.parse() && reader.isFound();
     reader.bindReferences();
@@ -312,6 +313,8 @@ bool XmlDocument::read(std::string_view text, std::string_view tag, FAttributes&
                  reader.getErrorText();
     }
     return isRead;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

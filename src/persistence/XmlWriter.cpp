@@ -8,6 +8,7 @@
 
 #include <charconv>
 #include <deque>
+#include <new>
 #include <unordered_map>
 
 namespace qorl {
@@ -211,8 +212,10 @@ private:
 
 } // namespace
 
-bool XmlDocument::write(std::string& text, std::string_view tag, const FAttributes& attributes) {
+bool XmlDocument::write(std::string& text, std::string_view tag, const FAttributes& attributes) try {
     return DocumentWriter(text).writeDocument(tag, attributes);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

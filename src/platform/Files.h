@@ -19,6 +19,8 @@ struct FileError {
     bool isNotFound() const;
     bool isExisting() const;
     bool isFull() const;
+
+    static FileError outOfMemory();
 };
 
 /// Bits of what `File::open` may do.
@@ -36,8 +38,9 @@ enum OpenMode : uint32_t {
 
 enum class SeekOrigin : uint8_t { start, current, end };
 
-/// An open file. Paths everywhere here are the system's native form in UTF-8, absolute or relative to the
-/// current folder. Sizes and places in bytes. Threading: one thread at a time.
+/// An open file. Operations of this header throw nothing but std::bad_alloc. Paths everywhere here are the
+/// system's native form in UTF-8, absolute or relative to the current folder. Sizes and places in bytes.
+/// Threading: one thread at a time.
 class File {
 public:
     File() = default;

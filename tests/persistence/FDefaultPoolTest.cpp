@@ -3,6 +3,7 @@
 #include "persistence/FNFileSystem.h"
 #include "persistence/SettingsFolder.h"
 #include "persistence/XmlDocument.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -203,6 +204,27 @@ TEST_P(FDefaultPoolTest, TouchesOnlyFilesThatChanged) {
     pool().save(true);
     platform::getFileInfo(path, after);
     EXPECT_NE(after.serial, before.serial);
+}
+
+TEST_P(FDefaultPoolTest, TellsWhenThereIsNoMemoryToLoadOrSave) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        restart();
+        const FDefaults* group = allocation.during([] {
+            pool().load();
+            return pool().getGroup("Group");
+        });
+        EXPECT_TRUE(group || allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        restart();
+        loadAll();
+        pool().getGroup("Group");
+        const bool isSaved = allocation.during([] { return pool().save(true); });
+        EXPECT_TRUE(isSaved || allocation.hasFailed());
+    });
 }
 
 TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {

@@ -27,6 +27,10 @@ bool FileError::isFull() const {
     return code == ENOSPC || code == EDQUOT;
 }
 
+FileError FileError::outOfMemory() {
+    return {ENOMEM};
+}
+
 File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
 
 File& File::operator=(File&& other) noexcept {
