@@ -166,7 +166,7 @@ void UWindow::setMaximized(bool maximized) {
 
 void UWindow::changeState(WindowState state) {
     if (core_->platformWindow)
-        core_->platformWindow->setShowState(static_cast<platform::ShowState>(state));
+        core_->platformWindow->setShowState(state);
     // Without a platform window, or when the platform answers later, the state stands at once.
     stateChangedTo(state);
 }

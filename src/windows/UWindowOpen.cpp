@@ -138,7 +138,7 @@ void UWindow::showOnPlatform() {
     if (core_->windowState == WindowState::maximized)
         flags |= platform::showMaximized;
     const Ref<platform::PlatformWindow> window = core_->platformWindow;
-    window->show(static_cast<platform::ShowState>(core_->windowState), flags);
+    window->show(core_->windowState, flags);
 }
 
 // Closing

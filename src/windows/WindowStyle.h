@@ -8,16 +8,17 @@
 
 namespace qorl {
 
-/// Bits of a window's style word. The words with which a skin names them stand in `windowStyleWords`.
+/// Bits of a window's style word, those of the platform among them. The words with which a skin names them
+/// stand in `windowStyleWords`.
 enum WindowStyle : uint32_t {
-    styleSizable = 0x1,
+    styleSizable = platform::WindowStyle::sizable,
     styleNoAutoHide = 0x2,
-    styleMaximize = 0x4,
-    styleMinimize = 0x8,
-    styleCloseButton = 0x10,
+    styleMaximize = platform::WindowStyle::maximize,
+    styleMinimize = platform::WindowStyle::minimize,
+    styleCloseButton = platform::WindowStyle::closeButton,
     styleMenu = 0x20,
-    styleTitle = 0x40,
-    styleFrame = 0x80,
+    styleTitle = platform::WindowStyle::title,
+    styleFrame = platform::WindowStyle::frame,
     styleTypeFlag = 0x100,
     styleNoErase = 0x200,
     styleFocusNavigation = 0x400,
@@ -26,13 +27,13 @@ enum WindowStyle : uint32_t {
     styleRememberPosition = 0x2000,
     styleRememberViews = 0x4000,
     styleClientMovable = 0x8000,
-    styleNoActivate = 0x10000,
+    styleNoActivate = platform::WindowStyle::noActivate,
     styleCloseOnEnter = 0x20000,
     styleCloseOnEscape = 0x40000,
     styleOverlayFirst = 0x100000,
     styleOverlaySecond = 0x200000,
     styleFollowsMainWindow = 0x4000000,
-    styleTransparent = 0x8000000,
+    styleTransparent = platform::WindowStyle::transparent,
     styleCustomLook = 0x10000000,
     styleHiddenFromMenu = 0x80000000,
 
@@ -58,6 +59,7 @@ using WindowType = platform::WindowKind;
 /// The word answered to the property "windowType"; null for a window without a screen life.
 const char* windowTypeWord(WindowType type);
 
-enum class WindowState : int32_t { normal = 0, minimized = 1, maximized = 2 };
+/// How a window stands on the screen.
+using WindowState = platform::ShowState;
 
 } // namespace qorl
