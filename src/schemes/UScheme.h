@@ -86,7 +86,9 @@ public:
     /// In the device's brush.
     virtual void drawArrow(UDrawDevice& device, const CmRect& rect, ArrowDirection direction);
     virtual void drawExpansionBox(UDrawDevice& device, const CmRect& rect, bool expanded);
+    /// `rect` is all that the handle moves in; the groove in the middle of it is `sliderGroove` here.
     virtual void drawSliderTrack(UDrawDevice& device, const CmRect& rect, bool vertical);
+    static CmRect sliderGroove(const CmRect& track, bool vertical);
     virtual void drawSliderHandle(UDrawDevice& device, const CmRect& rect, uint32_t marks);
     /// `position` from 0 to 1.
     virtual void drawProgress(UDrawDevice& device, const CmRect& rect, double position);

@@ -116,16 +116,21 @@ void UScheme::drawExpansionBox(UDrawDevice& device, const CmRect& rect, bool exp
     device.lineTo({center.x, box.bottom - 3});
 }
 
-void UScheme::drawSliderTrack(UDrawDevice& device, const CmRect& rect, bool vertical) {
+CmRect UScheme::sliderGroove(const CmRect& track, bool vertical) {
     constexpr int32_t thickness = 4;
-    CmRect groove = rect;
+    CmRect groove = track;
     if (vertical) {
-        groove.left += (rect.width() - thickness) / 2;
+        groove.left += (track.width() - thickness) / 2;
         groove.right = groove.left + thickness;
     } else {
-        groove.top += (rect.height() - thickness) / 2;
+        groove.top += (track.height() - thickness) / 2;
         groove.bottom = groove.top + thickness;
     }
+    return groove;
+}
+
+void UScheme::drawSliderTrack(UDrawDevice& device, const CmRect& rect, bool vertical) {
+    const CmRect groove = sliderGroove(rect, vertical);
     fill(device, groove, SchemeColor::datafieldback);
     drawBevel(device, groove, 0, SchemeColor::datafieldtop, SchemeColor::datafieldbottom);
 }

@@ -20,7 +20,6 @@ namespace qorl {
 namespace {
 
 constexpr int32_t drawnHandleSize = 11;
-constexpr int32_t drawnTrackWidth = 4;
 constexpr int32_t borderSize = 8;
 /// How often a ramp looks at the clock.
 constexpr int32_t rampResolution = 10;
@@ -182,25 +181,13 @@ float USlider::stripStart() const {
     return hasStyle(SliderStyle::lightStripLinearMax) ? 1 : 0;
 }
 
-CmRect USlider::grooveRect() const {
-    CmRect groove = trackRect();
-    if (isVertical()) {
-        groove.left += (groove.width() - drawnTrackWidth) / 2;
-        groove.right = groove.left + drawnTrackWidth;
-    } else {
-        groove.top += (groove.height() - drawnTrackWidth) / 2;
-        groove.bottom = groove.top + drawnTrackWidth;
-    }
-    return groove;
-}
-
 /// The groove from one place in the range to another; an end of the range is an end of the groove.
 CmRect USlider::grooveBetween(float from, float to) const {
     const auto centre = [this](float place) {
         const CmRect handle = tracker_.handleRectFor(place);
         return isVertical() ? (handle.top + handle.bottom) / 2 : (handle.left + handle.right) / 2;
     };
-    CmRect part = grooveRect();
+    CmRect part = UScheme::sliderGroove(trackRect(), isVertical());
     int32_t& low = isVertical() ? part.top : part.left;
     int32_t& high = isVertical() ? part.bottom : part.right;
     const int32_t start =
@@ -255,9 +242,9 @@ void USlider::drawTrack(UDrawDevice& device, const CmRect&) {
         return;
     if (const UColor* color = getPartColor(SliderPart::track)) {
         device.setBrushColor(*color);
-        device.fillRect(grooveRect());
+        device.fillRect(UScheme::sliderGroove(trackRect(), isVertical()));
     } else {
-        getScheme()->drawSliderTrack(device, grooveRect(), isVertical());
+        getScheme()->drawSliderTrack(device, trackRect(), isVertical());
     }
 }
 

@@ -66,7 +66,6 @@ private:
     const UColor* getPartColor(SliderPart part) const;
     bool getStripColor(UColor& color) const;
     float stripStart() const;
-    CmRect grooveRect() const;
     CmRect shownHandle() const;
     CmRect grooveBetween(float from, float to) const;
     void drawStrips(UDrawDevice& device);

@@ -1,6 +1,7 @@
 #include "views/controls/USlider.h"
 
 #include "binding/IntValue.h"
+#include "schemes/UScheme.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
 #include "windows/UWindow.h"
@@ -282,6 +283,25 @@ TEST(USlider, LightsAStripFromWhereItsStyleSays) {
         EXPECT_EQ(picture.at(c.lit, 10), strip);
         EXPECT_NE(picture.at(c.dark, 10), strip);
     }
+}
+
+/// Draws tracks of its own thickness.
+class BroadScheme : public UScheme {
+    QORL_CLASS(BroadScheme, UScheme)
+
+public:
+    CmRect track;
+
+    void drawSliderTrack(UDrawDevice&, const CmRect& rect, bool) override { track = rect; }
+};
+
+TEST(USlider, LeavesTheThicknessOfItsTrackToTheScheme) {
+    HeadlessShell shell{"<slider name='level' style='horizontal' size='0,0,100,20'/>"};
+    const auto scheme = make<BroadScheme>();
+    shell.window().setScheme(scheme.get());
+    shell.settle();
+    EXPECT_EQ(scheme->track, (CmRect{0, 0, 100, 20}));
+    shell.window().setScheme(nullptr);
 }
 
 } // namespace
