@@ -245,6 +245,8 @@ public:
 protected:
     ~UView() override;
 
+    /// What a view with a size of its own does for `resizeToFit`.
+    void fitTo(CmSize own, int32_t extraWidth, int32_t extraHeight);
     /// The frame without hooks.
     bool applyFrame(const CmRect& rect, bool redraw);
 

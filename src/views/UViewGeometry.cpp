@@ -255,6 +255,13 @@ bool UView::checkSubViewSize(UView& subView, CmRect& rect, CmSize growth) {
     return false;
 }
 
+void UView::fitTo(CmSize own, int32_t extraWidth, int32_t extraHeight) {
+    const CmRect& frame = core_.frameRect;
+    const CmSize size{extraWidth < 0 ? frame.width() : own.width + extraWidth,
+                      extraHeight < 0 ? frame.height() : own.height + extraHeight};
+    setFrame(CmRect::ofSize(frame.origin(), size), true);
+}
+
 void UView::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
     if (App::Layout::IItemLayout* layout = core_.item.layout())
         layout->run(core_.item);

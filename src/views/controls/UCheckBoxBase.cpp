@@ -73,12 +73,8 @@ void UCheckBoxBase::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
     const CmSize mark = getMarkSize();
     const CmSize text = measureControlText(titleFont(), getTitle());
     const int32_t least = getScheme()->getMetric(SchemeMetric::checkboxheight);
-    const CmRect frame = getFrameRect();
     const int32_t width = mark.width + (hasTitle() ? titleGap + text.width : 0);
-    const CmSize size{extraWidth < 0 ? frame.width() : width + extraWidth,
-                      extraHeight < 0 ? frame.height()
-                                      : std::max({mark.height, text.height, least}) + extraHeight};
-    setFrame(CmRect::ofSize(frame.origin(), size), true);
+    fitTo({width, std::max({mark.height, text.height, least})}, extraWidth, extraHeight);
 }
 
 void UCustomCheckBox::drawMark(UDrawDevice& device, const CmRect& mark) {

@@ -51,11 +51,7 @@ void UImage::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
         UView::resizeToFit(extraWidth, extraHeight);
         return;
     }
-    const CmRect frame = getFrameRect();
-    const CmSize own = bitmap_->getSize();
-    setFrame(CmRect::ofSize(frame.origin(), {extraWidth < 0 ? frame.width() : own.width + extraWidth,
-                                             extraHeight < 0 ? frame.height() : own.height + extraHeight}),
-             true);
+    fitTo(bitmap_->getSize(), extraWidth, extraHeight);
 }
 
 } // namespace qorl

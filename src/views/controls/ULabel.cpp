@@ -48,12 +48,9 @@ bool ULabel::drawContent(const CmRect& rect) {
 }
 
 void ULabel::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
-    const CmRect frame = getFrameRect();
     const bool wraps = (just_ & TextJust::wordWrap) && extraWidth < 0;
-    const CmSize text = measureControlText(measureFont(), getTitle(), wraps ? frame.width() : 0);
-    const CmSize size{extraWidth < 0 ? frame.width() : text.width + extraWidth,
-                      extraHeight < 0 ? frame.height() : text.height + extraHeight};
-    setFrame(CmRect::ofSize(frame.origin(), size), true);
+    const CmSize text = measureControlText(measureFont(), getTitle(), wraps ? getFrameRect().width() : 0);
+    fitTo(text, extraWidth, extraHeight);
 }
 
 } // namespace qorl

@@ -76,7 +76,6 @@ void USwitch::drawButtonLook(UDrawDevice& device) {
 
 void USwitch::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
     const UScheme* scheme = getScheme();
-    const CmRect frame = getFrameRect();
     CmSize own;
     if (bitmap_) {
         own = getBitmapSize();
@@ -85,9 +84,7 @@ void USwitch::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
         own = {text.width + 2 * scheme->getMetric(SchemeMetric::margin),
                scheme->getMetric(SchemeMetric::buttonheight)};
     }
-    setFrame(CmRect::ofSize(frame.origin(), {extraWidth < 0 ? frame.width() : own.width + extraWidth,
-                                             extraHeight < 0 ? frame.height() : own.height + extraHeight}),
-             true);
+    fitTo(own, extraWidth, extraHeight);
 }
 
 } // namespace qorl

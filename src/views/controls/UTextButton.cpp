@@ -49,11 +49,7 @@ void UTextButton::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
     const UScheme* scheme = getScheme();
     const int32_t margin = scheme->getMetric(SchemeMetric::margin);
     const CmSize text = measureControlText(scheme->getFont(SchemeFont::label), getTitle());
-    const CmRect frame = getFrameRect();
-    const CmSize size{extraWidth < 0 ? frame.width() : text.width + 2 * margin + extraWidth,
-                      extraHeight < 0 ? frame.height()
-                                      : scheme->getMetric(SchemeMetric::buttonheight) + extraHeight};
-    setFrame(CmRect::ofSize(frame.origin(), size), true);
+    fitTo({text.width + 2 * margin, scheme->getMetric(SchemeMetric::buttonheight)}, extraWidth, extraHeight);
 }
 
 } // namespace qorl

@@ -222,13 +222,10 @@ void UTextDisplay::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
     String text;
     getShownText(text);
     const CmSize extent = measureControlText(textFont(), text);
-    const CmRect frame = getFrameRect();
     const int32_t least = scheme->getMetric(SchemeMetric::datafieldheight);
     const int32_t border = hasStyle(TextStyle::border) ? scheme->getMetric(SchemeMetric::datafieldborder) : 0;
     const int32_t height = std::max(extent.height + 2 * border, least);
-    const CmSize size{extraWidth < 0 ? frame.width() : extent.width + 2 * (border + textMargin) + extraWidth,
-                      extraHeight < 0 ? frame.height() : height + extraHeight};
-    setFrame(CmRect::ofSize(frame.origin(), size), true);
+    fitTo({extent.width + 2 * (border + textMargin), height}, extraWidth, extraHeight);
 }
 
 } // namespace qorl
