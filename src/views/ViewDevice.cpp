@@ -27,6 +27,8 @@ ViewDevice::ViewDevice(UView& view, const CmRect& updateRect) : ViewDevice(view,
 ViewDevice::ViewDevice(UView& view, const DrawContext& context)
     : UDrawDevice(context.target->getDevice(), context.origin), context_(context), view_(view) {
     limitClip(context.clip);
+    if (!context.clip.isEmpty())
+        context.target->drawWithin(context.clip.moved(context.origin));
 }
 
 } // namespace qorl

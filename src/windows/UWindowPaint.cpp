@@ -78,7 +78,7 @@ bool UWindow::getRenderTarget(Ref<RenderTarget>& target, CmPoint& offset) {
     }
     if (!core_->surface || hasWindowFlag(opening))
         return false;
-    target = make<RenderTarget>(core_->surface.get(), this);
+    target = make<RenderTarget>(core_->surface.get(), this, core_->surface);
     return true;
 }
 

@@ -13,9 +13,4 @@ GraphicsImage* WindowSurface::getTargetImage() {
     return target_.getTargetImage();
 }
 
-void WindowSurface::drawingEnds() {
-    if (!painting_)
-        window_->present(platform::Region(CmRect::ofSize({}, window_->getSize())));
-}
-
 } // namespace qorl

@@ -3,6 +3,7 @@
 #include "foundation/FObject.h"
 #include "graphics/DrawTarget.h"
 #include "platform/PlatformWindow.h"
+#include "views/RenderTarget.h"
 
 #include <qorl/Ref.h>
 
@@ -11,8 +12,8 @@ namespace qorl {
 /// The pixels of a platform window as something that devices draw on.
 ///
 /// In a paint it stands for the surface that the platform handed over, and the platform shows the result.
-/// Outside of one it opens the window's own surface and shows it when the drawing ends.
-class WindowSurface final : public FObject, public DrawTarget {
+/// Outside of one it opens the window's own surface and shows what was drawn of it.
+class WindowSurface final : public DrawnListener, public DrawTarget {
     QORL_CLASS(WindowSurface, FObject)
     QORL_FACES(WindowSurface, FObject, DrawTarget)
 
@@ -26,7 +27,8 @@ public:
     GraphicsImage* getTargetImage() override;
     double getScaleFactor() override { return target_.getScaleFactor(); }
     void drawingBegins() override {}
-    void drawingEnds() override;
+    void drawingEnds() override {}
+    void drawn(const platform::Region& region) override { window_->present(region); }
 
 private:
     Ref<platform::PlatformWindow> window_;

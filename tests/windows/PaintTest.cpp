@@ -1,3 +1,4 @@
+#include "platform/headless/HeadlessWindow.h"
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
 #include "views/ViewDevice.h"
@@ -243,11 +244,14 @@ TEST(WindowPicture, TakesDrawingOutsideOfAPaint) {
     view->color = UColor::fromPacked(red);
     shell.window().addSubView(view);
     shell.settle();
+    auto& window = static_cast<platform::HeadlessWindow&>(*shell.window().getPlatformWindow());
+    window.takePresented();
     {
         ViewDevice device(*view);
         device.setBrushColor(UColor::fromPacked(green));
         device.fillRect({0, 0, 5, 5});
     }
+    EXPECT_EQ(window.takePresented(), platform::Region(CmRect{10, 10, 50, 40})) << "no more than the view";
     const testing::Picture picture = shell.screenshot();
     EXPECT_EQ(picture.at(12, 12), green);
     EXPECT_EQ(picture.at(20, 20), red);
