@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -20,6 +21,14 @@ uint16_t entryFlags(uint32_t constructionFlags) {
     return static_cast<uint16_t>((constructionFlags & 1 ? FAttributeValue::entryFlag1 : 0) |
                                  (constructionFlags & 2 ? FAttributeValue::entryFlag2 : 0) |
                                  (constructionFlags & 8 ? FAttributeValue::untracked : 0));
+}
+
+/// An empty text in place of one that there is no memory for would be stored as such.
+String copyOf(const ConstString& text) {
+    String copy(text);
+    if (copy.isEmpty() != text.isEmpty())
+        throw std::bad_alloc();
+    return copy;
 }
 
 template <typename T>
@@ -99,7 +108,10 @@ void FAttributeValue::replace(uint16_t newFlags, int64_t newValue) const {
 }
 
 void FAttributeValue::own(const ConstString& text) const {
-    replace(string, toWord(new CmString(text)));
+    String copy = copyOf(text);
+    auto* owned = new CmString;
+    owned->string() = std::move(copy);
+    replace(string, toWord(owned));
 }
 
 CmString* FAttributeValue::ownedString() const {
@@ -120,7 +132,7 @@ void FAttributeValue::setFloat(double value) {
 
 void FAttributeValue::setString(const ConstString& text) {
     if (CmString* owned = ownedString())
-        owned->string() = text;
+        owned->string() = copyOf(text);
     else
         own(text);
 }

@@ -28,6 +28,8 @@ constexpr const char* autoSaverName = "AutoSaver";
 
 FNPath folderNamed(const char* name) {
     FNPath path(name, FNPath::userSettings);
+    if (!path.isValid())
+        throw std::bad_alloc();
     path.setIsFolder(true);
     return path;
 }
@@ -308,7 +310,8 @@ bool FDefaultPool::storeAttributes(FAttributes* attributes) {
     // By name, so that a file only changes where a setting did.
     std::sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) { return a->compare(b) < 0; });
     for (FDefaults* group : sorted)
-        attributes->appendSavedObject("Entries", group);
+        if (!attributes->appendSavedObject("Entries", group))
+            return false;
     auto savers = make<FAttributes>();
     if (saveAutoSavers(*savers))
         attributes->setObject("AutoSavers", savers.get(), FAttributes::Hold::retain);
@@ -318,9 +321,14 @@ bool FDefaultPool::storeAttributes(FAttributes* attributes) {
 bool FDefaultPool::restoreAttributes(FAttributes* attributes) {
     groups_.clear();
     attributes->resetCursor("Entries");
-    for (auto group = make<FDefaults>(); attributes->loadNextObject("Entries", group.get());
-         group = make<FDefaults>())
+    for (int32_t left = attributes->count("Entries"); left > 0; --left) {
+        const auto group = make<FDefaults>();
+        if (!attributes->loadNextObject("Entries", group.get())) {
+            groups_.clear();
+            return false;
+        }
         groups_.insert_or_assign(group->group().toUtf8(), group);
+    }
     savedAutoSaverAttributes_ = retain(attributes->getAttributes("AutoSavers"));
     return true;
 }

@@ -24,7 +24,11 @@ bool FDefaults::storeAttributes(FAttributes* attributes) {
 }
 
 bool FDefaults::restoreAttributes(FAttributes* attributes) {
-    group_.string() = attributes->getString("Group");
+    const ConstString name = attributes->getString("Group");
+    group_.string() = name;
+    // Without memory for its name it would be stored as another group.
+    if (group_.string() != name)
+        return false;
     version_ = static_cast<int32_t>(attributes->getInteger("Version"));
     attributes->loadExtraAttributes(values_, "Values", true);
     return true;

@@ -49,14 +49,18 @@ FNPath::FNPath(const ConstString& name, FolderKind kind, Create create, const Co
         return;
     }
     setFolder(ConstString(std::string_view(folder)));
-    setName(name);
+    if (isValid())
+        setName(name);
 }
 
 void FNPath::getFullPath(String& text) const {
     getPath(text);
     if (location_ != 0 && isRelative()) {
         const std::string folder = knownFolder(static_cast<FolderKind>(location_)) + '/';
+        const int32_t length = text.size();
         text.insert(0, ConstString(std::string_view(folder)));
+        if (text.size() == length)
+            text.clear();
     }
 }
 

@@ -5,6 +5,7 @@
 #include "persistence/FDefaultPool.h"
 
 #include <algorithm>
+#include <new>
 
 namespace qorl {
 
@@ -21,9 +22,24 @@ int32_t dotOf(const String& name) {
     return dot > 0 ? dot : ConstString::notFound;
 }
 
-void closeFolder(String& folder) {
-    if (!folder.isEmpty() && !folder.charEquals(folder.size() - 1, FPath::separator))
-        folder.appendChar16(FPath::separator);
+/// A text as paths keep it. False, and `place` empty, without memory for all of it: a part of a path would
+/// name another place.
+bool keep(String& place, const ConstString& text) {
+    String copy = text;
+    copy.toWide();
+    const bool isKept = text.isEmpty() || (!copy.isEmpty() && copy.isWide());
+    place.clear();
+    if (isKept)
+        place = std::move(copy);
+    return isKept;
+}
+
+bool closeFolder(String& folder) {
+    if (folder.isEmpty() || folder.charEquals(folder.size() - 1, FPath::separator))
+        return true;
+    const int32_t length = folder.size();
+    folder.appendChar16(FPath::separator);
+    return folder.size() > length;
 }
 
 } // namespace
@@ -49,8 +65,11 @@ void FPath::setFileType(const FFileType& type, bool replace) {
     if (dotOf(name_) != ConstString::notFound)
         return;
     name_.remove(maxNameLength - 1 - type.extension().size());
+    const int32_t length = name_.size() + 1 + type.extension().size();
     name_.appendChar16(u'.');
     name_.append(type.extension());
+    if (name_.size() != length)
+        setPath({}, isFolder());
 }
 
 bool FPath::isRelative() const {
@@ -67,10 +86,10 @@ bool FPath::isRoot() const {
 void FPath::addFolder(const ConstString& name, bool isFolder) {
     String folder;
     getPath(folder);
-    closeFolder(folder);
+    const bool isWhole = folder.isEmpty() == !FPath::isValid() && closeFolder(folder);
     folder_ = std::move(folder);
-    name_ = name;
-    name_.toWide();
+    if (!keep(name_, name) || !isWhole)
+        setPath({}, isFolder);
     setIsFolder(isFolder);
 }
 
@@ -83,35 +102,43 @@ bool FPath::up() {
 }
 
 void FPath::setFolder(const ConstString& text) {
-    folder_ = text;
-    folder_.toWide();
-    closeFolder(folder_);
+    if (!keep(folder_, text) || !closeFolder(folder_))
+        setPath({}, isFolder());
 }
 
 void FPath::setName(const ConstString& name) {
-    name_ = name;
-    name_.toWide();
+    if (!keep(name_, name))
+        setPath({}, isFolder());
 }
 
 void FPath::getPath(String& text) const {
-    text = folder_;
-    if (name_.isEmpty())
-        return;
-    closeFolder(text);
-    text.append(name_);
+    bool isWhole = keep(text, folder_);
+    if (!name_.isEmpty()) {
+        isWhole = isWhole && closeFolder(text);
+        const int32_t length = text.size() + name_.size();
+        text.append(name_);
+        isWhole = isWhole && text.size() == length;
+    }
+    if (!isWhole)
+        text.clear();
 }
 
 void FPath::setPath(const ConstString& text, bool isFolder) {
-    String path = text;
-    path.toWide();
+    String path;
+    const bool isKept = keep(path, text);
     while (path.size() > 1 && path.charEquals(path.size() - 1, separator)) {
         path.remove(path.size() - 1);
         isFolder = true;
     }
     const int32_t cut = path.findLastChar16(separator);
-    folder_.assign(path, cut + 1);
+    folder_.clear();
     name_.clear();
+    folder_.assign(path, cut + 1);
     path.substring(name_, cut + 1);
+    if (!isKept || folder_.size() + name_.size() != path.size()) {
+        folder_.clear();
+        name_.clear();
+    }
     setIsFolder(isFolder || name_.isEmpty());
 }
 
@@ -122,7 +149,10 @@ void FPath::setIsFolder(bool isFolder) {
 std::string FPath::toUtf8() const {
     String path;
     getFullPath(path);
-    return path.toUtf8();
+    std::string text = path.toUtf8();
+    if (text.empty() && isValid())
+        throw std::bad_alloc();
+    return text;
 }
 
 bool FPath::isEqual(const CmObject* other) const {

@@ -13,8 +13,11 @@ constexpr int64_t maxFileBytes = int64_t{64} << 20;
 FNPath fileOf(const ConstString& name, const FFileType& type = FFileType::settingsFile(),
               FNPath::FolderKind folder = FNPath::userSettings) {
     // Through the whole path, since the name may begin with a folder.
-    FNPath path(FNPath(name, folder).toUtf8());
+    const FNPath whole(name, folder);
+    FNPath path(whole.toUtf8());
     path.setFileType(type);
+    if (!whole.isValid() || !path.isValid() || type.extension().isEmpty())
+        throw std::bad_alloc();
     return path;
 }
 

@@ -172,6 +172,8 @@ private:
         if (!frame.body)
             return;
         String value{text};
+        if (value.isEmpty() != text.empty())
+            throw std::bad_alloc();
         if (frame.isWide || !value.isAscii())
             value.toWide();
         frame.body->append(frame.name).setString(value);
