@@ -190,8 +190,9 @@ void WindowBase::setOwner(PlatformWindow* owner) {
         return;
     owner_ = next;
     nativeSetOwner();
+    // Above its owner; the others stay as they are.
     if (owner_)
-        desktop_.raiseInOrder(*owner_);
+        desktop_.raiseInOrder(*this);
 }
 
 void WindowBase::invalidate(const CmRect& rect) {

@@ -38,15 +38,16 @@ TEST_F(WindowBaseTest, EndsACloseThatIsMetByAnother) {
 TEST_F(WindowBaseTest, MovesAWindowToAnotherOwner) {
     WindowRecorder c{"c", &log};
     auto first = open({0, 0, 100, 100}, a);
-    auto second = open({200, 0, 300, 100}, b);
+    auto second = open({50, 0, 150, 100}, b);
     auto panel = open({0, 0, 50, 50}, c, WindowKind::floating, first.get());
-    panel->setOwner(second.get());
     first->raise();
+    panel->setOwner(second.get());
+    EXPECT_EQ(desktop.windowAt({60, 60}), first.get()) << "the new owner stays where it is";
     second->raise();
     EXPECT_EQ(desktop.windowAt({10, 10}), panel.get()) << "it stays above its owner";
     second->setOwner(panel.get());
     panel->center();
-    EXPECT_EQ(panel->getPosition(), (CmPoint{225, 25})) << "an owner must not be owned by its own window";
+    EXPECT_EQ(panel->getPosition(), (CmPoint{75, 25})) << "an owner must not be owned by its own window";
     takeLog();
     first->close(CloseMode::normal);
     EXPECT_EQ(takeLog(), "");
