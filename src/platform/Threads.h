@@ -18,7 +18,8 @@ using ThreadBody = uint32_t (*)(void* argument);
 bool startThread(ThreadBody body, void* argument, const char* name, ThreadHandle& handle);
 
 /// Waits for the thread's end for at most `milliseconds`, without limit if negative. True when it ended, also
-/// when asked again; the handle stays valid until `closeThread`.
+/// when asked again or by several threads at once; the handle stays valid until `closeThread`. The end of a
+/// thread that was not started here is seen within a hundredth of a second.
 bool joinThread(ThreadHandle handle, int64_t milliseconds);
 
 /// Ends the thread where it stands, by a signal whose handler leaves the kernel's thread: no forced
@@ -30,8 +31,9 @@ bool joinThread(ThreadHandle handle, int64_t milliseconds);
 /// is ended anywhere. So this is for a thread that does not answer, before its process ends or its work is
 /// given up. Where no thread is to be lost, its code looks at a flag and returns.
 ///
-/// False for the calling thread, for one that has ended, and for one that the system does not interrupt
-/// within a further second, which then goes on. One at a time: a second caller waits.
+/// True when the thread has ended, by this or by itself. False for the calling thread, for one that was not
+/// started here, and for one that the system does not interrupt within a further second, which then goes on.
+/// One at a time: a second caller waits.
 bool terminateThread(ThreadHandle handle);
 
 /// Gives the handle up. The thread goes on if it still runs.
@@ -43,12 +45,14 @@ ThreadHandle openCurrentThread();
 /// Whether the handle is the calling thread's.
 bool isCurrentThread(ThreadHandle handle);
 
-/// The number by which the system's tools know the calling thread.
+/// The number by which the system's tools know the calling thread, and the thread of a handle. The latter
+/// waits until a thread that was just started has one.
 uint32_t currentThreadId();
+uint32_t getThreadId(ThreadHandle handle);
 
-/// Relative priorities: -15 idle, -2 lowest, -1 below normal, 0 normal, 1 above normal, 2 highest, 15 time
-/// critical. Raising needs rights; the nearest priority that the system grants is taken. False when nothing
-/// could be set.
+/// Priorities relative to the class of the process: -15 idle, -2 lowest, -1 below normal, 0 normal, 1 above
+/// normal, 2 highest, 15 time critical. Raising needs rights; the nearest priority that the system grants is
+/// taken, at worst the one that the thread has. False for a thread that has ended.
 bool setThreadPriority(ThreadHandle handle, int32_t priority);
 
 enum class PriorityClass : uint8_t {
@@ -56,7 +60,8 @@ enum class PriorityClass : uint8_t {
     other ///< the process runs raised or lowered against others
 };
 
-/// The class of this process at the moment.
+/// The class of this process at the moment: as it was started or changed from outside. What
+/// `setThreadPriority` gives to the process's first thread does not count.
 PriorityClass getPriorityClass();
 
 /// Real time, on any thread. The user-interface thread uses `DesktopServices::sleep`.

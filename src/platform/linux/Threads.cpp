@@ -35,7 +35,8 @@ struct ThreadRecord {
     std::atomic<int> owners = 1;
     std::atomic<bool> isTerminated = false;
     bool isForeign = false; ///< not started here: cannot be joined
-    bool isJoined = false;
+    std::mutex joinLock;    ///< while it is held, nobody else joins the thread
+    std::atomic<bool> isJoined = false;
     sem_t released = {};
     sem_t ended = {};
 
@@ -92,10 +93,33 @@ bool waitForEnd(ThreadRecord& record, int64_t milliseconds) {
         const int result = milliseconds < 0 ? sem_wait(&record.ended)
                                             : sem_clockwait(&record.ended, CLOCK_MONOTONIC, &deadline);
         if (result == 0)
-            return true;
+            break;
         if (errno != EINTR)
             return false;
     }
+    // The thread tells its end once; each waiter passes it on to the next.
+    sem_post(&record.ended);
+    return true;
+}
+
+/// Nobody tells the end of a thread that was not started here, but its number goes.
+bool waitForForeignEnd(const ThreadRecord& record, int64_t milliseconds) {
+    constexpr int64_t step = 10;
+    for (;;) {
+        if (syscall(SYS_tgkill, getpid(), record.id.load(), 0) != 0 && errno == ESRCH)
+            return true;
+        if (milliseconds == 0)
+            return false;
+        const int64_t pause = milliseconds < 0 ? step : std::min(milliseconds, step);
+        sleepThread(pause);
+        milliseconds -= milliseconds < 0 ? 0 : pause;
+    }
+}
+
+/// False once the thread is joined: then its `pthread_t` may be another one's.
+bool signalThread(ThreadRecord& record, int signal) {
+    const std::lock_guard guard(record.joinLock);
+    return !record.isJoined && pthread_kill(record.thread, signal) == 0;
 }
 
 /// The handler of the signal is the process's, so one termination at a time.
@@ -175,6 +199,32 @@ int toNice(int32_t priority) {
     return row == std::end(rows) ? -20 : row->nice;
 }
 
+/// The nice value of the first thread of a process is that of the process, too. What we gave to it is no
+/// class of the process; a value that differs from it comes from outside and is.
+struct FirstThread {
+    std::mutex lock;
+    int processNice = 0;
+    int given = noNice;
+
+    static constexpr int noNice = 20; // beyond the range
+};
+constinit FirstThread firstThread;
+
+/// With `firstThread.lock` held.
+int getProcessNice() {
+    const int nice = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
+    return nice == firstThread.given ? firstThread.processNice : nice;
+}
+
+/// The nice value nearest to `wanted` that the system grants to a thread of ours, which may always stay as it
+/// is.
+int grantedNice(id_t id, int wanted) {
+    rlimit limit = {};
+    getrlimit(RLIMIT_NICE, &limit);
+    const int lowest = 20 - static_cast<int>(std::min<rlim_t>(limit.rlim_cur, 40));
+    return std::min(getpriority(PRIO_PROCESS, id), std::max(wanted, lowest));
+}
+
 /// Slots carry the number of their use, so that a value left by an earlier use of the number is not seen.
 constexpr int32_t slotCount = 64;
 
@@ -213,12 +263,15 @@ bool startThread(ThreadBody body, void* argument, const char* name, ThreadHandle
 
 bool joinThread(ThreadHandle handle, int64_t milliseconds) {
     ThreadRecord* record = toRecord(handle);
-    if (!record || record->isForeign)
+    if (!record)
         return false;
-    if (record->isJoined)
-        return true;
+    if (record->isForeign)
+        return waitForForeignEnd(*record, milliseconds);
     if (!waitForEnd(*record, milliseconds))
         return false;
+    const std::lock_guard guard(record->joinLock);
+    if (record->isJoined)
+        return true;
     // A terminated thread is never joined: the next one on its stack would inherit its thread-specific data.
     if (!record->isTerminated)
         pthread_join(record->thread, nullptr);
@@ -228,13 +281,13 @@ bool joinThread(ThreadHandle handle, int64_t milliseconds) {
 
 bool terminateThread(ThreadHandle handle) {
     ThreadRecord* record = toRecord(handle);
-    if (!record || record->isForeign || record->isJoined || pthread_equal(record->thread, pthread_self()))
-        return false;
-    if (joinThread(handle, 0))
+    if (!record || record->isForeign || record == ownRecord)
         return false;
     // Before it has told its id a thread does not know its record, which the signal's handler needs.
     record->id.wait(0);
     const std::lock_guard guard(terminationLock);
+    if (joinThread(handle, 0))
+        return true;
     const int signal = SIGRTMAX - 1;
     struct sigaction action = {};
     struct sigaction earlier = {};
@@ -247,12 +300,12 @@ bool terminateThread(ThreadHandle handle) {
     bool hasEnded = false;
     constexpr int attempts = 500; // of a millisecond each
     for (int i = 0; i < attempts && !hasEnded; ++i) {
-        pthread_kill(record->thread, signal);
+        signalThread(*record, signal);
         hasEnded = joinThread(handle, 1);
     }
     if (!hasEnded) {
         mayEndAnywhere = true;
-        pthread_kill(record->thread, signal);
+        signalThread(*record, signal);
         hasEnded = joinThread(handle, 1000);
         mayEndAnywhere = false;
     }
@@ -299,23 +352,37 @@ uint32_t currentThreadId() {
     return ownThreadId;
 }
 
+uint32_t getThreadId(ThreadHandle handle) {
+    ThreadRecord* record = toRecord(handle);
+    if (!record)
+        return 0;
+    record->id.wait(0);
+    return static_cast<uint32_t>(record->id);
+}
+
 bool setThreadPriority(ThreadHandle handle, int32_t priority) {
     ThreadRecord* record = toRecord(handle);
     if (!record || record->isJoined)
         return false;
-    // A thread that was just started may not have told its id yet.
-    record->id.wait(0);
-    const pid_t id = record->id;
-    const int base = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
-    const int wanted = std::clamp(base + toNice(priority), -20, 19);
-    if (setpriority(PRIO_PROCESS, static_cast<id_t>(id), wanted) == 0)
-        return true;
-    return priority > 0 && setpriority(PRIO_PROCESS, static_cast<id_t>(id), base) == 0;
+    const auto id = static_cast<id_t>(getThreadId(handle));
+    const std::lock_guard guard(firstThread.lock);
+    const int processNice = getProcessNice();
+    int nice = std::clamp(processNice + toNice(priority), -20, 19);
+    if (setpriority(PRIO_PROCESS, id, nice) != 0) {
+        nice = grantedNice(id, nice);
+        if (setpriority(PRIO_PROCESS, id, nice) != 0)
+            return false;
+    }
+    if (id == static_cast<id_t>(getpid())) {
+        firstThread.processNice = processNice;
+        firstThread.given = nice;
+    }
+    return true;
 }
 
 PriorityClass getPriorityClass() {
-    const int nice = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
-    return nice == 0 ? PriorityClass::normal : PriorityClass::other;
+    const std::lock_guard guard(firstThread.lock);
+    return getProcessNice() == 0 ? PriorityClass::normal : PriorityClass::other;
 }
 
 void sleepThread(int64_t milliseconds) {

@@ -2,10 +2,16 @@
 
 #include "platform/Clock.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <limits>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace qorl::platform {
@@ -38,7 +44,39 @@ TEST(Threads, RunJoinAndClose) {
     EXPECT_TRUE(joinThread(shared.handle, 0)) << "asked again";
     EXPECT_EQ(shared.count, 1);
     EXPECT_EQ(shared.seen, shared.handle) << "the handle is stored before the body runs";
-    EXPECT_FALSE(terminateThread(shared.handle)) << "has ended";
+    EXPECT_TRUE(terminateThread(shared.handle)) << "has ended";
+    closeThread(shared.handle);
+}
+
+TEST(Threads, EachOfSeveralWaitersHearsOfTheEnd) {
+    Shared shared;
+    const auto body = [](void* argument) -> uint32_t {
+        static_cast<Shared*>(argument)->go.wait();
+        return 0;
+    };
+    ASSERT_TRUE(startThread(body, &shared, "awaited", shared.handle));
+    std::vector<std::thread> waiters;
+    for (int i = 0; i < 4; ++i)
+        waiters.emplace_back([&shared] { shared.count += joinThread(shared.handle, 5000); });
+    shared.go.set();
+    for (std::thread& waiter : waiters)
+        waiter.join();
+    EXPECT_EQ(shared.count, 4);
+    closeThread(shared.handle);
+}
+
+TEST(Threads, AForeignThreadIsAwaitedToo) {
+    Shared shared;
+    std::thread foreign([&shared] {
+        shared.handle = openCurrentThread();
+        shared.done.set();
+        shared.go.wait();
+    });
+    ASSERT_TRUE(shared.done.wait(generous));
+    EXPECT_FALSE(joinThread(shared.handle, 1));
+    shared.go.set();
+    EXPECT_TRUE(joinThread(shared.handle, generous));
+    foreign.join();
     closeThread(shared.handle);
 }
 
@@ -127,6 +165,50 @@ TEST(Threads, LoweringAPriorityNeedsNoRights) {
     EXPECT_TRUE(joinThread(shared.handle, generous));
     EXPECT_FALSE(setThreadPriority(shared.handle, 0));
     closeThread(shared.handle);
+}
+
+TEST(Threads, APriorityOfTheFirstThreadIsNoClassOfTheProcess) {
+    const auto niceOf = [](id_t thread) { return getpriority(PRIO_PROCESS, thread); };
+    const int before = niceOf(0);
+    const PriorityClass processClass = getPriorityClass();
+    const ThreadHandle self = openCurrentThread();
+    for (const auto& [priority, nice] : {std::pair{-1, 5}, {-2, 10}}) {
+        EXPECT_TRUE(setThreadPriority(self, priority));
+        EXPECT_EQ(niceOf(0), std::min(before + nice, 19)) << priority;
+        EXPECT_EQ(getPriorityClass(), processClass) << priority;
+    }
+    setThreadPriority(self, 0);
+    closeThread(self);
+}
+
+TEST(Threads, TheNearestPriorityThatTheSystemGrantsIsTaken) {
+    struct Raised {
+        Shared shared;
+        bool isSet = false;
+        int nice = 0;
+    } raised;
+    const auto body = [](void* argument) -> uint32_t {
+        auto& own = *static_cast<Raised*>(argument);
+        // Of this thread alone: without the rights of an administrator.
+        constexpr unsigned nobody = 65534;
+        syscall(SYS_setresuid, -1, nobody, -1);
+        own.isSet = setThreadPriority(own.shared.handle, 15);
+        own.nice = getpriority(PRIO_PROCESS, 0);
+        return 0;
+    };
+    const int before = getpriority(PRIO_PROCESS, 0);
+    rlimit earlier = {};
+    getrlimit(RLIMIT_NICE, &earlier);
+    constexpr int granted = -5;
+    const rlimit limit = {20 - granted, 20 - granted};
+    // Who may not set the limit has none that grants anything.
+    const bool mayRaise = setrlimit(RLIMIT_NICE, &limit) == 0;
+    ASSERT_TRUE(startThread(body, &raised, "raised", raised.shared.handle));
+    EXPECT_TRUE(joinThread(raised.shared.handle, generous));
+    EXPECT_TRUE(raised.isSet);
+    EXPECT_EQ(raised.nice, mayRaise ? granted : before);
+    closeThread(raised.shared.handle);
+    setrlimit(RLIMIT_NICE, &earlier);
 }
 
 TEST(Events, AutomaticOnesLetOneWaiterThrough) {
