@@ -45,7 +45,6 @@ void FThread::threadStarted() {}
 
 uint32_t FThread::body(void* argument) {
     auto* thread = static_cast<FThread*>(argument);
-    thread->threadId_ = platform::currentThreadId();
     thread->resumed_.wait();
     thread->threadStarted();
     // The object may delete itself at the end of `run`.
@@ -61,6 +60,7 @@ bool FThread::start() {
     resumed_.reset();
     if (!platform::startThread(&FThread::body, this, name_.c_str(), handle_))
         return false;
+    threadId_ = platform::getThreadId(handle_);
     setPriority(priority_);
     resumed_.set();
     return true;
@@ -75,7 +75,7 @@ bool FThread::join(uint32_t milliseconds) {
 bool FThread::terminate() {
     if (!handle_)
         return true;
-    if (!platform::joinThread(handle_, 0) && !platform::terminateThread(handle_))
+    if (!platform::terminateThread(handle_))
         return false;
     platform::closeThread(handle_);
     handle_ = 0;

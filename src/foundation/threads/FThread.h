@@ -72,7 +72,7 @@ protected:
     std::atomic<int32_t> priority_{defaultPriority};
     std::atomic<bool> started_{false};
     platform::ThreadHandle handle_ = 0;
-    std::atomic<uint32_t> threadId_{0}; ///< set when the thread runs first
+    std::atomic<uint32_t> threadId_{0}; ///< 0 until the start
 
 private:
     static uint32_t body(void* argument);

@@ -30,16 +30,22 @@ JobRecord* JobList::popBack() {
     return record;
 }
 
-void dropRecord(JobRecord* record) {
-    record->job->release();
-    if (record->owner)
-        record->owner->release();
-    delete record;
+DoneRecords::~DoneRecords() {
+    while (const JobRecord* record = records_.popFront()) {
+        if (record->owner)
+            record->owner->release();
+        delete record;
+    }
 }
 
-void cancelRecord(JobRecord* record) {
+void DoneRecords::take(JobRecord* record) {
+    record->job->release();
+    records_.append(record);
+}
+
+void DoneRecords::cancel(JobRecord* record) {
     record->job->cancel(true);
-    dropRecord(record);
+    take(record);
 }
 
 } // namespace qorl

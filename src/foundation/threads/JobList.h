@@ -41,10 +41,23 @@ private:
     JobRecord* last_ = nullptr;
 };
 
-/// Gives back what a record holds, the references on the job and its owner, and deletes it.
-void dropRecord(JobRecord* record);
+/// Records that a queue has done with. It stands in front of the guard of the queue's lock: jobs are given
+/// back at once, thus under the lock, the owners and the records when it goes, behind the lock. An owner is
+/// anybody's object, and its end may take locks under which others ask the queue.
+class DoneRecords {
+public:
+    DoneRecords() = default;
+    DoneRecords(const DoneRecords&) = delete;
+    DoneRecords& operator=(const DoneRecords&) = delete;
+    ~DoneRecords();
 
-/// Cancels the job for good, then drops the record.
-void cancelRecord(JobRecord* record);
+    /// Gives the reference on the job back.
+    void take(JobRecord* record);
+    /// Cancels the job for good before that.
+    void cancel(JobRecord* record);
+
+private:
+    JobList records_;
+};
 
 } // namespace qorl

@@ -18,7 +18,10 @@ public:
     /// cancelled: a thread that is stopped waits a second for it, then the job is ended with the thread.
     virtual void run(int64_t argument) = 0;
 
-    /// Gives one reference back.
+    /// Gives one reference back, with the queue's lock held. So the end of a job must neither wait for
+    /// another thread nor take a lock under which somebody asks the queue. The last reference on a message
+    /// target, for one, takes the lock under which messages are delivered: what a job works for goes with it
+    /// as its owner, or with the end of `run`.
     virtual void release() = 0;
 
     /// Asks the job to give up; `isFinal` says that it will not be run again. From any thread, with the

@@ -9,7 +9,8 @@ PreferWorkerThread::PreferWorkerThread(const char* name)
     : FThread(name && *name ? name : "Prefer Worker Thread") {}
 
 PreferWorkerThread::~PreferWorkerThread() {
-    cancelQueued();
+    DoneRecords done;
+    cancelQueued(done);
 }
 
 bool PreferWorkerThread::addJob(Job* job, int64_t argument) {
@@ -19,6 +20,7 @@ bool PreferWorkerThread::addJob(Job* job, int64_t argument) {
 bool PreferWorkerThread::addJob(Job* job, FInterface* owner, int64_t argument) {
     if (!job)
         return false;
+    DoneRecords done;
     const FGuard guard(queue_.lock());
     if (owner && queue_.contains(owner))
         return false;
@@ -28,7 +30,7 @@ bool PreferWorkerThread::addJob(Job* job, FInterface* owner, int64_t argument) {
     record->job = job;
     record->argument = argument;
     if (stopping_) {
-        cancelRecord(record);
+        done.cancel(record);
         return true;
     }
     if (owner)
@@ -43,19 +45,16 @@ bool PreferWorkerThread::addJob(Job* job, FInterface* owner, int64_t argument) {
     return true;
 }
 
-void PreferWorkerThread::cancelQueued() {
+void PreferWorkerThread::cancelQueued(DoneRecords& done) {
     FInterface* owner = nullptr;
     while (JobRecord* record = queue_.popFront(owner))
-        cancelRecord(record);
+        done.cancel(record);
 }
 
-void PreferWorkerThread::releaseCurrent() {
-    if (JobRecord* record = std::exchange(currentRecord_, nullptr)) {
-        record->job->release();
-        delete record;
-    }
-    if (FInterface* owner = std::exchange(currentOwner_, nullptr))
-        owner->release();
+void PreferWorkerThread::giveBackCurrent(DoneRecords& done) {
+    currentOwner_ = nullptr;
+    if (JobRecord* record = std::exchange(currentRecord_, nullptr))
+        done.take(record);
 }
 
 PreferWorkerThread::Found PreferWorkerThread::runNext() {
@@ -63,6 +62,9 @@ PreferWorkerThread::Found PreferWorkerThread::runNext() {
     int64_t argument = 0;
     {
         const FGuard guard(queue_.lock());
+        // The pause may have begun since `run` looked; from here on it finds the job that it has to ask.
+        if (paused_)
+            return Found::nothing;
         currentRecord_ = queue_.popFront(currentOwner_);
         if (!currentRecord_)
             return Found::nothing;
@@ -71,32 +73,29 @@ PreferWorkerThread::Found PreferWorkerThread::runNext() {
     }
     job->run(argument);
     // Unless `cancelAll` has done it meanwhile.
+    DoneRecords done;
     const FGuard guard(queue_.lock());
-    releaseCurrent();
+    giveBackCurrent(done);
     return Found::job;
 }
 
 uint32_t PreferWorkerThread::run() {
-    while (!stopping_) {
-        // In a loop, since a job that came before the pause has left the event set.
-        while (paused_ && !stopping_)
+    // Whoever changes what is asked here sets the event afterwards, so that no change is slept over.
+    while (!stopping_)
+        if (runNext() == Found::nothing)
             wakeEvent_.wait();
-        const Found found = runNext();
-        // The event that woke a paused thread may have been the last one: that of `stop`.
-        if ((found == Found::nothing || paused_) && !stopping_)
-            wakeEvent_.wait();
-    }
     return 0;
 }
 
 void PreferWorkerThread::cancelAll() {
+    DoneRecords done;
     const FGuard guard(queue_.lock());
     paused_ = false;
     if (currentRecord_)
         currentRecord_->job->cancel(true);
-    cancelQueued();
+    cancelQueued(done);
     wakeEvent_.set();
-    releaseCurrent();
+    giveBackCurrent(done);
 }
 
 void PreferWorkerThread::stop() {
@@ -107,18 +106,20 @@ void PreferWorkerThread::stop() {
     cancelAll();
     {
         // Whatever an own `cancelAll` left or brought.
+        DoneRecords done;
         const FGuard guard(queue_.lock());
         if (currentRecord_)
             currentRecord_->job->cancel(true);
-        cancelQueued();
+        cancelQueued(done);
         wakeEvent_.set();
     }
     if (!join(stopLimit)) {
         // As in `WorkerThread::stop`: the thread first, then its job.
+        DoneRecords done;
         const FGuard guard(queue_.lock());
         if (!terminate())
             return;
-        releaseCurrent();
+        giveBackCurrent(done);
     }
     delete this;
 }

@@ -50,8 +50,8 @@ protected:
 private:
     enum class Found : bool { nothing, job };
     Found runNext();
-    void cancelQueued();
-    void releaseCurrent();
+    void cancelQueued(DoneRecords& done);
+    void giveBackCurrent(DoneRecords& done);
 
     // The queue's lock guards the current record and the changes of the flags too.
     platform::Event wakeEvent_{platform::Reset::automatic};
@@ -60,7 +60,7 @@ private:
     std::atomic<bool> stopping_{false};
     std::atomic<bool> paused_{false};
     JobRecord* currentRecord_ = nullptr;
-    FInterface* currentOwner_ = nullptr; ///< counted
+    FInterface* currentOwner_ = nullptr; ///< that of the record, which counts it
 };
 
 } // namespace qorl

@@ -1,6 +1,7 @@
 #include "foundation/threads/WorkerThread.h"
 
 #include <new>
+#include <utility>
 
 namespace qorl {
 
@@ -19,8 +20,9 @@ WorkerThread::WorkerThread(const char* name, int32_t priority)
 WorkerThread::~WorkerThread() {
     WorkerThread* self = this;
     firstWorker.compare_exchange_strong(self, nullptr);
+    DoneRecords done;
     while (JobRecord* record = queue_.popFront())
-        cancelRecord(record);
+        done.cancel(record);
 }
 
 WorkerThread* WorkerThread::first() {
@@ -40,9 +42,10 @@ bool WorkerThread::addJob(Job* job, int64_t argument) {
     record->job = job;
     record->argument = argument;
 
+    DoneRecords done;
     const FGuard guard(lock_);
     if (stopping_) {
-        cancelRecord(record);
+        done.cancel(record);
         return true;
     }
     queue_.append(record);
@@ -64,6 +67,9 @@ void WorkerThread::runNext() {
     int64_t argument = 0;
     {
         const FGuard guard(lock_);
+        // The pause may have begun since `run` looked; from here on it is the job that runs.
+        if (paused_)
+            return;
         currentJob_ = queue_.popFront();
         if (!currentJob_)
             return;
@@ -74,12 +80,11 @@ void WorkerThread::runNext() {
     job->run(argument);
     afterJob(job);
 
+    DoneRecords done;
     const FGuard guard(lock_);
     // `cancelCurrent` may have taken the record meanwhile.
-    if (!currentJob_)
-        return;
-    dropRecord(currentJob_);
-    currentJob_ = nullptr;
+    if (JobRecord* record = std::exchange(currentJob_, nullptr))
+        done.take(record);
 }
 
 uint32_t WorkerThread::run() {
@@ -103,37 +108,38 @@ uint32_t WorkerThread::run() {
 void WorkerThread::stop() {
     {
         // Set under the lock: between the flag and the end of the queue a paused thread would take a job.
+        DoneRecords done;
         const FGuard guard(lock_);
         stopping_ = true;
         if (currentJob_)
             currentJob_->job->cancel(true);
         while (JobRecord* record = queue_.popFront())
-            cancelRecord(record);
+            done.cancel(record);
         wakeEvent_.set();
         resumeEvent_.set();
     }
     if (!join(stopLimit)) {
         // With the lock held the thread can't be ended while it holds it itself. The job goes behind the
         // thread: until then it may still use what `release` frees.
+        DoneRecords done;
         const FGuard guard(lock_);
         if (!terminate())
             return;
-        if (currentJob_)
-            dropRecord(currentJob_);
-        currentJob_ = nullptr;
+        if (JobRecord* record = std::exchange(currentJob_, nullptr))
+            done.take(record);
     }
     delete this;
 }
 
 void WorkerThread::cancelCurrent(bool isFinal) {
+    DoneRecords done;
     const FGuard guard(lock_);
-    JobRecord* record = currentJob_;
+    JobRecord* record = std::exchange(currentJob_, nullptr);
     if (!record)
         return;
-    currentJob_ = nullptr;
     record->job->cancel(isFinal);
     if (isFinal)
-        dropRecord(record);
+        done.take(record);
     else
         queue_.append(record);
 }

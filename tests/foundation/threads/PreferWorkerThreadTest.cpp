@@ -7,6 +7,7 @@
 #include <qorl/Ref.h>
 
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace qorl {
 namespace {
@@ -192,6 +193,48 @@ TEST(PreferWorkerThread, RefusesAJobThatItFindsNoMemoryFor) {
         EXPECT_EQ(log.text(), added ? "run a1, release a, run b2, release b" : "run b2, release b");
         EXPECT_EQ(owner.references(), 1u);
     });
+}
+
+/// Something whose end waits for another thread, which asks the queue.
+class AskedOwner : public CmObject {
+public:
+    explicit AskedOwner(PreferWorkerThread* worker) : worker_(worker) {}
+    ~AskedOwner() override {
+        std::thread asker([this] {
+            worker_->contains(nullptr);
+            answered_.set();
+        });
+        // The queue would answer only behind the wait.
+        EXPECT_TRUE(answered_.wait(2000)) << "released under the queue's lock";
+        asker.join();
+    }
+
+private:
+    PreferWorkerThread* worker_;
+    platform::Event answered_{platform::Reset::manual};
+};
+
+TEST(PreferWorkerThread, ReleasesOwnersBehindItsLock) {
+    ThreadLog log;
+    ProbeJob ran("a", log);
+    ProbeJob running("b", log, Kind::obedient);
+    ProbeJob queued("c", log);
+    ProbeJob left("d", log);
+    auto* worker = new PreferWorkerThread;
+    const auto add = [worker](ProbeJob& job) {
+        const auto owner = make<AskedOwner>(worker);
+        EXPECT_TRUE(worker->addJob(&job, static_cast<FDependent*>(owner.get()), 0));
+    };
+    add(ran);
+    add(running);
+    running.entered.wait();
+    add(queued);
+    worker->cancelAll();
+    worker->pause();
+    add(left);
+    worker->stop();
+    EXPECT_EQ(log.text(),
+              "run a0, release a, run b0, cancel b, cancel c, release c, release b, cancel d, release d");
 }
 
 enum class State { notStarted, waiting, running, paused };

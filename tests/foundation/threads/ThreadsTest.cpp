@@ -69,6 +69,17 @@ TEST(FThread, RunsOnAThreadOfItsOwnUntilItEnds) {
     EXPECT_TRUE(worker.join(0));
 }
 
+TEST(FThread, HasItsIdAsSoonAsItIsStarted) {
+    Worker worker;
+    worker.mayEnd.set();
+    EXPECT_EQ(worker.getThreadId(), 0u);
+    ASSERT_TRUE(worker.start());
+    const uint32_t id = worker.getThreadId();
+    EXPECT_TRUE(worker.join());
+    EXPECT_NE(id, 0u);
+    EXPECT_EQ(id, worker.idInside);
+}
+
 TEST(FThread, KeepsItsPriorityWithinTheTable) {
     Worker worker;
     EXPECT_EQ(worker.getPriority(), 2);
