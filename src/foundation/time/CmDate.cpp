@@ -87,6 +87,17 @@ bool isLeap(uint32_t year) {
     return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
 }
 
+/// Of a month that exists.
+int32_t daysOf(int32_t month, bool isLeapYear) {
+    return daysOfMonths[month - 1] + (month == 2 && isLeapYear ? 1 : 0);
+}
+
+int32_t dayOfYear(int32_t day, int32_t month, bool isLeapYear) {
+    for (int32_t earlier = 1; earlier < month; ++earlier)
+        day += daysOf(earlier, isLeapYear);
+    return day;
+}
+
 } // namespace
 
 CmDate::CmDate(int32_t dayOfYear, int32_t year) {
@@ -121,7 +132,7 @@ bool CmDate::isLeapYear(int32_t year) {
 int32_t CmDate::getDaysInMonth(int32_t month, int32_t year) {
     if (month < 1 || month > 12)
         return 0;
-    return daysOfMonths[month - 1] + (month == 2 && isLeapYear(year) ? 1 : 0);
+    return daysOf(month, isLeapYear(year));
 }
 
 uint32_t CmDate::toJulian(int32_t day, int32_t month, int32_t year) {
@@ -140,34 +151,37 @@ int32_t CmDate::getYear() const {
     return partsOf(julian_).year;
 }
 
-bool CmDate::setParts(int32_t day, int32_t month, int32_t year) {
-    const uint32_t julian = toJulian(day, month, year);
-    if (!isValid() || julian == 0)
+bool CmDate::moveWithinYear(int32_t day, int32_t month) {
+    if (getDayOfYear() == 0 || day < 1 || day > getDaysInMonth(month))
+        return false;
+    // Not by way of the year's number: one below 100 would be taken for one of the 20th century.
+    const int64_t julian = int64_t{julian_} - getDayOfYear() + dayOfYear(day, month, isLeapYear());
+    if (julian < firstKnownDay || julian > std::numeric_limits<uint32_t>::max())
+        return false;
+    julian_ = static_cast<uint32_t>(julian);
+    return true;
+}
+
+bool CmDate::setDay(int32_t day) {
+    return moveWithinYear(day, getMonth());
+}
+
+bool CmDate::setMonth(int32_t month) {
+    return moveWithinYear(getDay(), month);
+}
+
+bool CmDate::setYear(int32_t year) {
+    const Parts parts = partsOf(julian_);
+    const uint32_t julian = toJulian(parts.day, parts.month, year);
+    if (julian == 0)
         return false;
     julian_ = julian;
     return true;
 }
 
-bool CmDate::setDay(int32_t day) {
-    const Parts parts = partsOf(julian_);
-    return setParts(day, parts.month, parts.year);
-}
-
-bool CmDate::setMonth(int32_t month) {
-    const Parts parts = partsOf(julian_);
-    return setParts(parts.day, month, parts.year);
-}
-
-bool CmDate::setYear(int32_t year) {
-    const Parts parts = partsOf(julian_);
-    return setParts(parts.day, parts.month, year);
-}
-
 int32_t CmDate::getDayOfYear() const {
     const Parts parts = partsOf(julian_);
-    return parts.day == 0
-               ? 0
-               : static_cast<int32_t>(julian_ - dayNumber(1, 1, static_cast<uint32_t>(parts.year))) + 1;
+    return dayOfYear(parts.day, parts.month, isLeap(static_cast<uint32_t>(parts.year)));
 }
 
 const char* CmDate::getWeekdayName() const {
@@ -187,7 +201,7 @@ bool CmDate::isLeapYear() const {
 int32_t CmDate::getDaysInMonth(int32_t month) const {
     if (month < 1 || month > 12)
         return 0;
-    return daysOfMonths[month - 1] + (month == 2 && isLeapYear() ? 1 : 0);
+    return daysOf(month, isLeapYear());
 }
 
 CmDate CmDate::previous(int32_t weekday) const {

@@ -48,7 +48,8 @@ public:
     int32_t getDay() const override;
     int32_t getMonth() const override;
     int32_t getYear() const override;
-    /// False, and nothing changed, when the month or the year has no such day.
+    /// False, and nothing changed, when the month or the year has no such day. Only the year that is given
+    /// has 1900 added when it is below 100, not that of the date.
     bool setDay(int32_t day);
     bool setMonth(int32_t month);
     bool setYear(int32_t year);
@@ -94,7 +95,7 @@ public:
     friend bool operator==(const CmDate& a, const CmDate& b) { return a.julian_ == b.julian_; }
 
 private:
-    bool setParts(int32_t day, int32_t month, int32_t year);
+    bool moveWithinYear(int32_t day, int32_t month);
 
     uint32_t julian_ = 0;
 };

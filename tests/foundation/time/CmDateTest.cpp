@@ -110,6 +110,33 @@ TEST(CmDate, ChangesAPartOnlyIntoADayThatExists) {
     EXPECT_FALSE(invalid.isValid());
 }
 
+TEST(CmDate, StaysInItsYearWhateverTheCenturyWhenADayOrMonthIsSet) {
+    constexpr uint32_t firstOfMarch = 1721120; // of year 0, which has a leap day
+    struct Row {
+        uint32_t julian;
+        int32_t dayOfYear;
+        int32_t day, month; // 0: left
+        uint32_t expected;  // 0: refused
+    } rows[] = {
+        {firstOfMarch, 61, 31, 0, firstOfMarch + 30},
+        {firstOfMarch, 61, 0, 12, firstOfMarch + 275},
+        {firstOfMarch, 61, 0, 2, 0}, // the calendar begins behind it
+        {firstOfMarch, 61, 32, 0, 0},
+        {firstOfMarch + 305, 366, 1, 0, firstOfMarch + 275},
+        {firstOfMarch + 306, 1, 0, 12, firstOfMarch + 640},
+        {firstOfMarch + 36159, 60, 30, 0, firstOfMarch + 36188}, // 1 March 99
+        {0xFFFFFFFF, 348, 1, 0, 0xFFFFFFFF - 12},
+        {0xFFFFFFFF, 348, 14, 0, 0}, // more than 32 bits hold
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(::testing::Message() << row.julian << " to " << row.day << '.' << row.month);
+        CmDate date(row.julian);
+        EXPECT_EQ(date.getDayOfYear(), row.dayOfYear);
+        EXPECT_EQ(row.day > 0 ? date.setDay(row.day) : date.setMonth(row.month), row.expected != 0);
+        EXPECT_EQ(date.getJulian(), row.expected ? row.expected : row.julian);
+    }
+}
+
 TEST(CmDate, FindsThePreviousDayOfTheWeek) {
     const CmDate sunday(10, 3, 2024);
     EXPECT_EQ(sunday.previous(CmDate::sunday), CmDate(3, 3, 2024)) << "strictly before";
