@@ -89,7 +89,8 @@ int32_t UpdateHandler::addDependent(FObject* object, FDependent* dependent) {
 
 int32_t UpdateHandler::remove(const RootIdentity& object, FDependent* dependent) {
     FDependent* face = dependentFace(dependent);
-    if (!object)
+    // One that has no such face, as while it goes down, was never added; it doesn't stand for all of them.
+    if (!object || (dependent && !face))
         return 0;
     const FGuard guard(lock_);
     if (face)
@@ -105,7 +106,11 @@ int32_t UpdateHandler::removeEverywhere(FDependent* dependent) {
         return 0;
     const FGuard guard(lock_);
     blankRunning(nullptr, face);
-    table_.forEach([face](DependentEntry& entry) { std::erase(entry.dependents, face); });
+    table_.forEach([this, face](DependentEntry& entry) {
+        // Nobody has a reason to take an object out again that has no dependents: it may go at any time.
+        if (std::erase(entry.dependents, face) > 0 && entry.dependents.empty())
+            cancelQueued(entry);
+    });
     return 0;
 }
 
@@ -131,10 +136,10 @@ void UpdateHandler::blankRunning(const FInterface* object, const FDependent* dep
 }
 
 void UpdateHandler::removeFrom(DependentEntry& entry, FDependent* dependent) {
-    if (dependent)
-        std::erase(entry.dependents, dependent);
-    else
+    if (!dependent)
         entry.dependents.clear();
+    else if (std::erase(entry.dependents, dependent) == 0)
+        return;
     if (!entry.dependents.empty())
         return;
     cancelQueued(entry);
@@ -169,14 +174,24 @@ void UpdateHandler::enter(Notification& record, const DependentEntry& entry) {
 }
 
 void UpdateHandler::leave(const Notification& record) {
-    const FGuard guard(lock_);
-    // Not always the innermost one: other threads notify too.
-    Notification** link = &running_;
-    while (*link != &record)
-        link = &(*link)->outer;
-    *link = record.outer;
-    detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) - 1,
-                                        std::memory_order_release);
+    bool isWaitedFor = false;
+    {
+        const FGuard guard(lock_);
+        // Not always the innermost one: other threads notify too.
+        Notification** link = &running_;
+        while (*link != &record)
+            link = &(*link)->outer;
+        *link = record.outer;
+        detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) - 1,
+                                            std::memory_order_release);
+        if (isWaiting_.load(std::memory_order_relaxed)) {
+            const DependentEntry* entry = table_.find(record.object);
+            isWaitedFor = entry && entry->deferred;
+        }
+    }
+    // The GUI thread may be asleep over a change that had to wait for this notification.
+    if (isWaitedFor)
+        EventLoop::wake();
 }
 
 void UpdateHandler::callDependents(const Notification& record, int32_t message) {
@@ -266,7 +281,6 @@ int32_t UpdateHandler::defer(FObject* object, int32_t message) {
 
 /// False when nobody hears of the change.
 bool UpdateHandler::queue(const RootIdentity& object, int32_t message) {
-    bool isFirst = false;
     {
         const FGuard guard(lock_);
         DependentEntry* entry = table_.find(object.get());
@@ -276,15 +290,14 @@ bool UpdateHandler::queue(const RootIdentity& object, int32_t message) {
             return true;
         deferred_.reserve();
         deferred_.add(entry ? *entry : table_.obtain(object.get()), object.own(), message);
-        isFirst = !isWaiting_.load(std::memory_order_relaxed);
         isWaiting_.store(true, std::memory_order_release);
         if (EventLoop::isGuiThread()) {
             newestMessage_.store(message, std::memory_order_relaxed);
             newestObject_.store(object.get(), std::memory_order_release);
         }
     }
-    if (isFirst)
-        EventLoop::wake();
+    // Also behind others: the GUI thread sleeps over those whose objects are being notified.
+    EventLoop::wake();
     return true;
 }
 

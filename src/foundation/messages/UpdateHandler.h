@@ -89,7 +89,7 @@ public:
     /// This and the other operations that take an `FObject`: the same for an object known to be one of ours.
     int32_t addDependent(FObject* object, FDependent* dependent);
     /// A null `dependent` removes all of `object`; a null `object` removes `dependent` everywhere. A running
-    /// notification skips what was removed.
+    /// notification skips what was removed. The last one to leave an object takes its deferred changes along.
     int32_t removeDependent(FInterface* object, FDependent* dependent) override;
     int32_t removeDependent(FObject* object, FDependent* dependent);
     int32_t removeDependent(std::nullptr_t, FDependent* dependent) { return removeEverywhere(dependent); }
@@ -100,7 +100,7 @@ public:
     /// the GUI thread tells the change at once; on another one the result is 1, and the change isn't told.
     int32_t deferUpdates(FInterface* object, int32_t message) override;
     int32_t deferUpdates(FObject* object, int32_t message) {
-        return isNewestDeferred(object, message) ? 0 : defer(object, message);
+        return object && isNewestDeferred(object, message) ? 0 : defer(object, message);
     }
 
     int32_t cancelUpdates(FInterface* object) override;

@@ -165,6 +165,32 @@ TEST_F(UpdateHandlerTest, DefersNothingThatNobodyHears) {
     EXPECT_EQ(take(), Log{}) << "the last dependent takes the queued change with it";
 }
 
+TEST_F(UpdateHandlerTest, WhoLeavesEverywhereTakesTheChangesThatNobodyElseHears) {
+    const EventLoop loop;
+    connect(a);
+    connect(b);
+    other.addDependent(&a);
+    c.deferUpdate(2);
+    for (Listener* object : {&subject, &other})
+        object->deferUpdate(7);
+    UpdateHandler::instance()->removeDependent(nullptr, &a);
+    other.deferUpdate(7);
+    EXPECT_EQ(take(), Log{"other done:7"}) << "nobody is left to hear it, so it is done at once";
+    c.addDependent(&b);
+    runDeferred();
+    EXPECT_EQ(take(), (Log{"b:2", "b:7", "subject done:7"}));
+}
+
+TEST_F(UpdateHandlerTest, NoObjectIsNoChangeThatWaitsAlready) {
+    const EventLoop loop;
+    connect(a);
+    subject.deferUpdate(0);
+    runDeferred();
+    take();
+    // What the GUI thread remembers of its newest change is the number now, and no object.
+    EXPECT_EQ(UpdateHandler::instance()->deferUpdates(static_cast<FObject*>(nullptr), 0), 1);
+}
+
 TEST_F(UpdateHandlerTest, HoldsBackTheChangeOfAnObjectThatIsBeingNotified) {
     connect(a);
     b.addDependent(&a);
@@ -278,6 +304,12 @@ TEST_F(UpdateHandlerTest, DestructionIsDeferredForAnObjectThatNobodyHearsYet) {
     connect(a);
     runDeferred();
     EXPECT_EQ(take(), (Log{"a:2"}));
+    subject.removeDependent(&a);
+    subject.deferUpdate(2);
+    subject.removeDependent(&a);
+    connect(a);
+    runDeferred();
+    EXPECT_EQ(take(), (Log{"a:2"})) << "a removal that removes nobody leaves it alone";
     subject.deferUpdate(2);
     UpdateHandler::instance()->removeDependent(&subject, nullptr);
     connect(a);
@@ -393,14 +425,17 @@ struct Counting : CmObject {
 };
 
 TEST_F(UpdateHandlerTest, TellsTheFirstOnesWhenThereIsNoMemoryForMore) {
-    FailingAllocation allocation(1);
+    constexpr uint32_t all = UpdateHandler::stackSnapshot + 5;
     uint32_t count = 0;
     Counting counting(count);
-    for (uint32_t i = 0; i < UpdateHandler::stackSnapshot + 5; ++i)
+    for (uint32_t i = 0; i < all; ++i)
         subject.addDependent(&counting);
-    allocation.during([&] { UpdateHandler::instance()->triggerUpdates(&subject, 1, UpdateDone::suppress); });
-    EXPECT_TRUE(allocation.hasFailed());
-    EXPECT_EQ(count, UpdateHandler::stackSnapshot);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        count = 0;
+        allocation.during(
+            [&] { UpdateHandler::instance()->triggerUpdates(&subject, 1, UpdateDone::suppress); });
+        EXPECT_EQ(count, allocation.hasFailed() ? UpdateHandler::stackSnapshot : all);
+    });
     subject.removeDependent(&counting);
 }
 
@@ -424,7 +459,7 @@ TEST_F(UpdateHandlerTest, TellsAtMostAsManyAsTheLargestSnapshotHolds) {
 class FaceOnly : public FDependent {
 public:
     Result queryInterface(const InterfaceId& id, void** out) override {
-        const bool known = id == FInterface::iid || id == FDependent::iid;
+        const bool known = id == FInterface::iid || (id == FDependent::iid && !isGoing);
         *out = known ? this : nullptr;
         return known ? Result::ok : Result::noInterface;
     }
@@ -433,6 +468,7 @@ public:
     void update(FInterface* changed, int32_t message) override { heard = {changed, message}; }
 
     std::pair<FInterface*, int32_t> heard;
+    bool isGoing = false;
 };
 
 TEST_F(UpdateHandlerTest, ForeignDependentsHearAndForeignChangesStayWithThem) {
@@ -448,6 +484,12 @@ TEST_F(UpdateHandlerTest, ForeignDependentsHearAndForeignChangesStayWithThem) {
     subject.removeDependent(&foreign);
     EXPECT_EQ(UpdateHandler::instance()->addDependent(static_cast<FObject*>(nullptr), &foreign), 1);
     EXPECT_EQ(UpdateHandler::instance()->addDependent(&foreign, nullptr), 1);
+
+    connect(a);
+    foreign.isGoing = true;
+    subject.removeDependent(&foreign);
+    subject.changed(6);
+    EXPECT_EQ(take(), (Log{"a:6", "subject done:6"})) << "one that is a dependent no more isn't everyone";
 }
 
 TEST_F(UpdateHandlerTest, ManyThreadsMayConnectTellAndLeave) {
