@@ -16,7 +16,7 @@ namespace qorl {
 
 namespace {
 
-constinit EventLoop* currentLoop = nullptr;
+constinit std::atomic<EventLoop*> currentLoop{nullptr};
 
 /// How early an idle step may be before it gives up time, and how much it gives up.
 constexpr int32_t pacing = 5;
@@ -31,9 +31,9 @@ constinit thread_local char EventLoop::threadMark_ = 0;
 constinit std::atomic<const char*> EventLoop::guiThread_{nullptr};
 
 EventLoop::EventLoop() {
-    if (currentLoop)
+    EventLoop* none = nullptr;
+    if (!currentLoop.compare_exchange_strong(none, this))
         return;
-    currentLoop = this;
     guiThread_ = &threadMark_;
     nextDue_ = getTicks();
 }
@@ -47,7 +47,7 @@ EventLoop::~EventLoop() {
 }
 
 EventLoop* EventLoop::current() {
-    return currentLoop;
+    return currentLoop.load(std::memory_order_acquire);
 }
 
 void EventLoop::wakeGuiThread() {
@@ -186,7 +186,8 @@ void EventLoop::removeIdleClient(CmObject* client) {
 void EventLoop::releaseLater(Ref<FObject> object) {
     try {
         const FGuard guard(releaseLock_);
-        releaseList_.push_back(object);
+        // No reference stays here, on what may be another thread: the idle step has the last one.
+        std::swap(releaseList_.emplace_back(), object);
     } catch (const std::bad_alloc&) {
         static_cast<void>(object.detach());
     }

@@ -18,7 +18,8 @@ namespace qorl {
 ///
 ///     while (dialog.isOpen() && loop->step() != EventLoop::Step::ended) {}
 ///
-/// Threading: GUI thread, but for idle clients and `releaseLater`, which any thread may use.
+/// Threading: GUI thread, but for idle clients and `releaseLater`, which any thread may use that ends before
+/// the loop does. `current` and `wake` are safe at any time.
 class EventLoop {
 public:
     /// Idle clients are called about every ten milliseconds.
@@ -59,7 +60,8 @@ public:
 
     /// Dispatches one waiting event; without one, delivers what was posted and deferred. True for an event.
     bool processEvent();
-    /// Dispatches all waiting events, then delivers what was posted and deferred.
+    /// Dispatches all waiting events, then delivers what was posted and deferred. Events that keep others
+    /// coming are left to the next step after a second.
     void flushEvents();
 
     /// `processEvent`; if there was no event, runs the idle step when it is due and else waits for an event

@@ -10,10 +10,12 @@
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 
+#include <future>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace qorl {
@@ -140,6 +142,25 @@ TEST_F(EventLoopTest, ReleasesWhatWasHandedInBehindTheIdleClients) {
     loop->removeIdleClient(&a);
 }
 
+TEST(EventLoopOfAnotherDesktop, KeepsTheOnlyReferenceOnWhatAThreadHandsIn) {
+    struct Desktop : platform::HeadlessDesktop {
+        void wakeUp() override { left = object->addRef() - 1, object->release(); }
+        CmObject* object = nullptr;
+        uint32_t left = 0;
+    };
+    auto* desktop = new Desktop;
+    ASSERT_TRUE(platform::start(desktop));
+    {
+        EventLoop loop;
+        Ref<CmObject> object = make<CmObject>();
+        desktop->object = object.get();
+        std::thread([&] { loop.releaseLater(std::move(object)); }).join();
+        EXPECT_EQ(desktop->left, 1u) << "the thread would release the object if the idle step came first";
+        loop.idle();
+    }
+    platform::stop();
+}
+
 TEST_F(EventLoopTest, TellsTheTimeWhileSomeoneWaitsForIt) {
     struct Listener : EventLoop::TimeListener {
         void timePassed(uint32_t ticks) override { told.push_back(ticks); }
@@ -164,6 +185,50 @@ TEST_F(EventLoopTest, WakesForWhatOtherThreadsQueue) {
     EXPECT_FALSE(otherIsGui);
     EXPECT_EQ(loop->step(), Step::idle);
     EXPECT_EQ(take(), Log{"a:From afar"});
+}
+
+TEST_F(EventLoopTest, AChangeThatCanBeToldDoesNotSleepOnBehindOneThatCannot) {
+    testing::Listener heard("heard", log);
+    a.addDependent(&heard);
+    b.addDependent(&heard);
+    bool isFirst = true;
+    heard.reaction = [&] {
+        if (!std::exchange(isFirst, false))
+            return;
+        a.deferUpdate(7);
+        EXPECT_EQ(loop->step(), Step::ended) << "it waits for the notification";
+        std::thread([&] { b.deferUpdate(8); }).join();
+        EXPECT_EQ(desktop->waitForEvent(-1), platform::WaitResult::wakeUp);
+        EXPECT_EQ(loop->step(), Step::ended);
+        EXPECT_EQ(take(), (Log{"heard:1", "heard:8"}));
+    };
+    a.changed(1);
+    EXPECT_EQ(loop->step(), Step::ended);
+    EXPECT_EQ(take(), Log{"heard:7"});
+    a.removeDependent(nullptr);
+    b.removeDependent(nullptr);
+}
+
+TEST_F(EventLoopTest, WakesWhenAnotherThreadHasToldWhatADeferredChangeWaitsFor) {
+    testing::Listener heard("heard", log);
+    a.addDependent(&heard);
+    std::promise<void> told;
+    std::promise<void> deferred;
+    heard.reaction = [&] {
+        told.set_value();
+        deferred.get_future().wait();
+    };
+    std::thread other([&] { a.changed(1); });
+    told.get_future().wait();
+    a.deferUpdate(7);
+    EXPECT_EQ(loop->step(), Step::ended);
+    deferred.set_value();
+    other.join();
+    heard.reaction = nullptr;
+    EXPECT_EQ(desktop->waitForEvent(-1), platform::WaitResult::wakeUp);
+    EXPECT_FALSE(loop->processEvent());
+    EXPECT_EQ(take(), (Log{"heard:1", "heard:7"}));
+    a.removeDependent(nullptr);
 }
 
 TEST_F(EventLoopTest, TimersRepeatUntilTheyAreStopped) {
