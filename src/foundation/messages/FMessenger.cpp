@@ -38,15 +38,23 @@ FMessenger* FMessenger::instance() {
 }
 
 void FMessenger::connect() {
+    if (instance())
+        return;
+    // A thread that got the pointer in time may have posted since, to a target that found none to cancel by.
+    theMessenger.dropQueued();
     connected.store(&theMessenger, std::memory_order_release);
 }
 
 void FMessenger::disconnect() {
     connected.store(nullptr, std::memory_order_release);
+    theMessenger.dropQueued();
+}
+
+void FMessenger::dropQueued() {
     CmLinkedList dropped(Ownership::adopt);
-    const FGuard guard(theMessenger.queueLock_);
-    dropped.splice(theMessenger.queue_);
-    theMessenger.queueChanged();
+    const FGuard guard(queueLock_);
+    dropped.splice(queue_);
+    queueChanged();
 }
 
 // Posting
@@ -62,22 +70,23 @@ bool FMessenger::isQueued(const FInterface* target, const FMessage& like) {
     return false;
 }
 
-bool FMessenger::postTo(const RootIdentity& target, Ref<FMessage> message, Duplicates duplicates,
+/// Takes the message when it is queued. Else it stays with the caller, who may hold a lock under which it
+/// must not go.
+bool FMessenger::postTo(const RootIdentity& target, Ref<FMessage>& message, Duplicates duplicates,
                         uint32_t delay) {
     if (!target || !message)
         return false;
-    auto entry =
-        Ref<FPostedMessage>::adopt(new (std::nothrow) FPostedMessage(target, std::move(message), delay));
+    auto entry = Ref<FPostedMessage>::adopt(new (std::nothrow) FPostedMessage(target, delay));
     if (!entry)
         return false;
     bool wasEmpty = false;
     {
         const FGuard guard(queueLock_);
-        if (duplicates == Duplicates::drop && isQueued(target.get(), *entry->message()))
+        if (duplicates == Duplicates::drop && isQueued(target.get(), *message))
             return true;
         if (!queue_.add(entry.get()))
             return false;
-        static_cast<void>(entry.detach());
+        entry.detach()->carry(std::move(message));
         wasEmpty = isQueueEmpty_.load(std::memory_order_relaxed);
         isQueueEmpty_.store(false, std::memory_order_release);
     }
@@ -89,23 +98,24 @@ bool FMessenger::postTo(const RootIdentity& target, Ref<FMessage> message, Dupli
 
 bool FMessenger::postForeign(FInterface* target, Ref<FMessage> message, Duplicates duplicates,
                              uint32_t delay) {
-    return postTo(RootIdentity(target), std::move(message), duplicates, delay);
+    return postTo(RootIdentity(target), message, duplicates, delay);
 }
 
 bool FMessenger::post(CmObject* target, Ref<FMessage> message, Duplicates duplicates, uint32_t delay) {
-    return postTo(RootIdentity(target), std::move(message), duplicates, delay);
+    return postTo(RootIdentity(target), message, duplicates, delay);
 }
 
 bool FMessenger::post(CmObject* target, const char* name, Duplicates duplicates, uint32_t delay) {
-    return postTo(RootIdentity(target), FMessage::named(name), duplicates, delay);
+    Ref<FMessage> message = FMessage::named(name);
+    return postTo(RootIdentity(target), message, duplicates, delay);
 }
 
 bool FMessenger::post(FInterface* target, FInterface* message) {
-    auto* own = cast<FMessage>(message);
-    if (!own || !postTo(RootIdentity(target), retain(own), Duplicates::allow, 0))
-        return false;
-    own->release();
-    return true;
+    Ref<FMessage> own = Ref<FMessage>::adopt(cast<FMessage>(message));
+    const bool isPosted = postTo(RootIdentity(target), own, Duplicates::allow, 0);
+    // The reference of one that wasn't is still the caller's.
+    static_cast<void>(own.detach());
+    return isPosted;
 }
 
 void FMessenger::removeQueued(const RootIdentity& target, const FMessage* like) {

@@ -35,9 +35,10 @@ protected:
 /// Messages that are posted during a delivery pass wait for the next one. A target is held while it is
 /// called.
 ///
-/// Threading: any thread, but for `deliverPending`. Locks are taken in the order names, delivery, queue; a
-/// pass holds the delivery lock, so `cancel` of another thread waits for its end. Nothing is released under
-/// the queue's or the names' lock.
+/// Threading: any thread, but for `deliverPending`. Locks are taken in the order delivery, names, queue,
+/// since a target may use all of this while it is called; a pass holds the delivery lock, so `cancel` of
+/// another thread waits for its end. No message is released under the queue's or the names' lock: what it
+/// holds may take back messages of its own.
 class FMessenger : public CmObject, public IMessenger {
     QORL_CLASS(FMessenger, CmObject)
     QORL_FACES(FMessenger, CmObject, IMessenger)
@@ -52,7 +53,7 @@ public:
 
     /// The messenger of the library; null between the teardown of the application and its next start.
     static FMessenger* instance();
-    /// Called by the application's start.
+    /// Called by the application's start. What other threads posted behind the teardown is dropped.
     static void connect();
     /// Called by its teardown: what is queued is released without being delivered.
     static void disconnect();
@@ -112,7 +113,8 @@ public:
 private:
     bool isQueued(const FInterface* target, const FMessage& like);
     void collectDue();
-    bool postTo(const RootIdentity& target, Ref<FMessage> message, Duplicates duplicates, uint32_t delay);
+    bool postTo(const RootIdentity& target, Ref<FMessage>& message, Duplicates duplicates, uint32_t delay);
+    void dropQueued();
     void removeQueued(const RootIdentity& target, const FMessage* like);
     void queueChanged();
     CmObject* findNamed(const CmObject& name) const;

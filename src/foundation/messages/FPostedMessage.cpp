@@ -4,12 +4,10 @@
 
 #include <qorl/IPlugMessageTarget.h>
 
-#include <utility>
-
 namespace qorl {
 
-FPostedMessage::FPostedMessage(const RootIdentity& target, Ref<FMessage> message, uint32_t delay)
-    : delay(delay), message_(std::move(message)), target_(target.get()), own_(target.own()) {}
+FPostedMessage::FPostedMessage(const RootIdentity& target, uint32_t delay)
+    : delay(delay), target_(target.get()), own_(target.own()) {}
 
 FPostedMessage::~FPostedMessage() = default;
 

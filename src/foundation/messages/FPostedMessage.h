@@ -3,6 +3,8 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/RootIdentity.h"
 
+#include <utility>
+
 namespace qorl {
 
 /// An entry of the messenger's queue.
@@ -10,10 +12,11 @@ class FPostedMessage : public CmObject {
     QORL_CLASS(FPostedMessage, CmObject)
 
 public:
-    FPostedMessage(const RootIdentity& target, Ref<FMessage> message, uint32_t delay);
+    /// Still without its message.
+    FPostedMessage(const RootIdentity& target, uint32_t delay);
     ~FPostedMessage() override;
 
-    FMessage* message() const { return message_.get(); }
+    void carry(Ref<FMessage> message) { message_ = std::move(message); }
     /// The root interface of the target. Not counted.
     FInterface* target() const { return target_; }
     bool isFor(const FInterface* target) const { return target_ == target; }

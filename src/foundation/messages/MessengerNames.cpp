@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <new>
-#include <utility>
 
 // The part of the messenger that knows targets by name and by channel.
 
@@ -99,9 +98,10 @@ bool FMessenger::postByName(const ConstString& name, Ref<FMessage> message, Name
         return false;
     if (observer == NameObserver::tell && !observe(*key, message.get()))
         return false;
-    // Posted under the lock: a target that goes gives up its name first, and then takes its messages back.
+    // Posted under the lock: a target that goes gives up its name first, and then takes its messages back. A
+    // message that isn't queued stays in the parameter, which goes behind the lock.
     const FGuard guard(namesLock_);
-    return postTo(RootIdentity(findNamed(*key)), std::move(message), Duplicates::allow, 0);
+    return postTo(RootIdentity(findNamed(*key)), message, Duplicates::allow, 0);
 }
 
 // Channels
@@ -150,14 +150,16 @@ void FMessenger::unsubscribe(int32_t channel, CmObject* target) {
 }
 
 bool FMessenger::postToChannel(int32_t channel, Ref<FMessage> message) {
+    Ref<FMessage> copy; // one that found no place is for the next subscriber, and else goes behind the lock
     const FGuard guard(namesLock_);
     const std::vector<CmObject*>* targets = findChannel(channel);
     if (!targets || !message)
         return false;
     bool reachedAll = true;
     for (CmObject* target : *targets) {
-        Ref<FMessage> copy = Ref<FMessage>::adopt(static_cast<FMessage*>(message->clone()));
-        if (!postTo(RootIdentity(target), std::move(copy), Duplicates::allow, 0))
+        if (!copy)
+            copy = Ref<FMessage>::adopt(static_cast<FMessage*>(message->clone()));
+        if (!postTo(RootIdentity(target), copy, Duplicates::allow, 0))
             reachedAll = false;
     }
     return reachedAll;

@@ -261,5 +261,20 @@ TEST_F(FMessengerTest, ReleasesWhatIsQueuedWhenItGoes) {
     EXPECT_EQ(log, Log{});
 }
 
+TEST_F(FMessengerTest, WhatIsPostedBehindTheTeardownIsNotDeliveredByTheNextStart) {
+    FMessenger* shared = FMessenger::instance();
+    shared->post(&a, "Early");
+    FMessenger::connect();
+    EXPECT_TRUE(shared->hasPending()) << "what is posted before the first start waits for it";
+    FMessenger::disconnect();
+    EXPECT_FALSE(shared->hasPending());
+    // As a thread does that asked for the messenger in time.
+    shared->post(&a, "Late");
+    FMessenger::connect();
+    EXPECT_EQ(FMessenger::instance(), shared);
+    shared->deliverPending();
+    EXPECT_EQ(log, Log{}) << "the target may have gone, without a messenger to take it back from";
+}
+
 } // namespace
 } // namespace qorl

@@ -2,8 +2,11 @@
 #include "foundation/messages/FMessenger.h"
 #include "support/FailingAllocation.h"
 
+#include <chrono>
 #include <functional>
+#include <future>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -123,6 +126,54 @@ TEST_F(MessengerNamesTest, SendingFromDeliveryAndFromAThreadDontWaitForEachOther
     }
     other.join();
     EXPECT_EQ(take().size(), 500u);
+}
+
+/// Looks, as it goes, whether another thread can use the names at that moment.
+class NamesProbe : public CmObject {
+public:
+    NamesProbe(FMessenger& messenger, bool& areFree, std::thread& other) : areFree_(areFree) {
+        // It stands ready, since there may be no memory for it in the end.
+        other = std::thread([talk = talk_, &messenger] {
+            talk->going.get_future().wait();
+            messenger.unregisterName("Nobody");
+            talk->used.set_value();
+        });
+    }
+    ~NamesProbe() override {
+        talk_->going.set_value();
+        areFree_ = used_.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+    }
+
+private:
+    struct Talk {
+        std::promise<void> going;
+        std::promise<void> used;
+    };
+
+    std::shared_ptr<Talk> talk_ = std::make_shared<Talk>();
+    std::future<void> used_ = talk_->used.get_future();
+    bool& areFree_;
+};
+
+/// What a message holds may wait in its destructor for a delivery that asks for a name.
+TEST_F(MessengerNamesTest, AMessageThatIsNotPostedGoesBehindTheLock) {
+    failEachAllocation([&](FailingAllocation& allocation) {
+        for (const char* name : {"Anna", "Nobody"}) {
+            SCOPED_TRACE(name);
+            FMessenger fresh;
+            fresh.registerName("Anna", &a);
+            std::thread other;
+            bool areFree = false;
+            Ref<FMessage> message = make<FMessage>("Hello");
+            message->setObject("Probe", make<NamesProbe>(fresh, areFree, other).get());
+            const bool hasFailed = allocation.hasFailed();
+            const bool done = allocation.during([&] { return fresh.postByName(name, std::move(message)); });
+            EXPECT_EQ(done, name[0] == 'A' && (hasFailed || !allocation.hasFailed()));
+            fresh.cancelAll(&a);
+            EXPECT_TRUE(areFree);
+            other.join();
+        }
+    });
 }
 
 TEST_F(MessengerNamesTest, AChannelGivesEachSubscriberACopyOfItsOwn) {
