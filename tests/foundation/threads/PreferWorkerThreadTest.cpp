@@ -7,6 +7,7 @@
 #include <qorl/Ref.h>
 
 #include <gtest/gtest.h>
+#include <memory>
 #include <thread>
 
 namespace qorl {
@@ -200,18 +201,18 @@ class AskedOwner : public CmObject {
 public:
     explicit AskedOwner(PreferWorkerThread* worker) : worker_(worker) {}
     ~AskedOwner() override {
-        std::thread asker([this] {
-            worker_->contains(nullptr);
-            answered_.set();
+        const auto answered = std::make_shared<platform::Event>(platform::Reset::manual);
+        std::thread asker([answered, worker = worker_] {
+            worker->contains(nullptr);
+            answered->set();
         });
-        // The queue would answer only behind the wait.
-        EXPECT_TRUE(answered_.wait(2000)) << "released under the queue's lock";
-        asker.join();
+        const bool isFree = answered->wait(2000);
+        EXPECT_TRUE(isFree) << "released under the queue's lock";
+        isFree ? asker.join() : asker.detach();
     }
 
 private:
     PreferWorkerThread* worker_;
-    platform::Event answered_{platform::Reset::manual};
 };
 
 TEST(PreferWorkerThread, ReleasesOwnersBehindItsLock) {
@@ -219,7 +220,6 @@ TEST(PreferWorkerThread, ReleasesOwnersBehindItsLock) {
     ProbeJob ran("a", log);
     ProbeJob running("b", log, Kind::obedient);
     ProbeJob queued("c", log);
-    ProbeJob left("d", log);
     auto* worker = new PreferWorkerThread;
     const auto add = [worker](ProbeJob& job) {
         const auto owner = make<AskedOwner>(worker);
@@ -230,11 +230,8 @@ TEST(PreferWorkerThread, ReleasesOwnersBehindItsLock) {
     running.entered.wait();
     add(queued);
     worker->cancelAll();
-    worker->pause();
-    add(left);
     worker->stop();
-    EXPECT_EQ(log.text(),
-              "run a0, release a, run b0, cancel b, cancel c, release c, release b, cancel d, release d");
+    EXPECT_EQ(log.text(), "run a0, release a, run b0, cancel b, cancel c, release c, release b");
 }
 
 enum class State { notStarted, waiting, running, paused };

@@ -70,14 +70,20 @@ TEST(FThread, RunsOnAThreadOfItsOwnUntilItEnds) {
 }
 
 TEST(FThread, HasItsIdAsSoonAsItIsStarted) {
-    Worker worker;
+    struct Watched : Worker {
+        // The last that `start` does before the thread may run.
+        void setPriority(int32_t index) override {
+            idAtStart = getThreadId();
+            FThread::setPriority(index);
+        }
+        uint32_t idAtStart = 0;
+    } worker;
     worker.mayEnd.set();
     EXPECT_EQ(worker.getThreadId(), 0u);
     ASSERT_TRUE(worker.start());
-    const uint32_t id = worker.getThreadId();
     EXPECT_TRUE(worker.join());
-    EXPECT_NE(id, 0u);
-    EXPECT_EQ(id, worker.idInside);
+    EXPECT_NE(worker.idAtStart, 0u);
+    EXPECT_EQ(worker.idAtStart, worker.idInside);
 }
 
 TEST(FThread, KeepsItsPriorityWithinTheTable) {

@@ -185,6 +185,7 @@ TEST(Threads, TheNearestPriorityThatTheSystemGrantsIsTaken) {
     struct Raised {
         Shared shared;
         bool isSet = false;
+        int lowered = 0;
         int nice = 0;
     } raised;
     const auto body = [](void* argument) -> uint32_t {
@@ -192,21 +193,22 @@ TEST(Threads, TheNearestPriorityThatTheSystemGrantsIsTaken) {
         // Of this thread alone: without the rights of an administrator.
         constexpr unsigned nobody = 65534;
         syscall(SYS_setresuid, -1, nobody, -1);
+        setThreadPriority(own.shared.handle, -1);
+        own.lowered = getpriority(PRIO_PROCESS, 0);
         own.isSet = setThreadPriority(own.shared.handle, 15);
         own.nice = getpriority(PRIO_PROCESS, 0);
         return 0;
     };
-    const int before = getpriority(PRIO_PROCESS, 0);
     rlimit earlier = {};
     getrlimit(RLIMIT_NICE, &earlier);
     constexpr int granted = -5;
     const rlimit limit = {20 - granted, 20 - granted};
-    // Who may not set the limit has none that grants anything.
+    // Who may not set the limit has one that grants nothing: the thread stays where it was lowered to.
     const bool mayRaise = setrlimit(RLIMIT_NICE, &limit) == 0;
     ASSERT_TRUE(startThread(body, &raised, "raised", raised.shared.handle));
     EXPECT_TRUE(joinThread(raised.shared.handle, generous));
     EXPECT_TRUE(raised.isSet);
-    EXPECT_EQ(raised.nice, mayRaise ? granted : before);
+    EXPECT_EQ(raised.nice, mayRaise ? granted : raised.lowered);
     closeThread(raised.shared.handle);
     setrlimit(RLIMIT_NICE, &earlier);
 }
