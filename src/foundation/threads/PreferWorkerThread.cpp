@@ -62,7 +62,7 @@ PreferWorkerThread::Found PreferWorkerThread::runNext() {
     int64_t argument = 0;
     {
         const FGuard guard(queue_.lock());
-        // The pause may have begun since `run` looked; from here on it finds the job that it has to ask.
+        // Under the lock, so that `pause` finds each job that it has to ask.
         if (paused_)
             return Found::nothing;
         currentRecord_ = queue_.popFront(currentOwner_);
