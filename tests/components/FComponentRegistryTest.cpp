@@ -49,7 +49,7 @@ FInterface* makeForeign(void* context) {
     return static_cast<FPersistent*>(new Foreign);
 }
 
-class Journal : public ComponentListener {
+class Journal final : public ComponentListener {
 public:
     explicit Journal(FComponentRegistry& registry) : registry_(registry) {}
     void componentAdded(FComponentDescription* component) override { note('+', component); }

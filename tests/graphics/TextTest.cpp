@@ -54,8 +54,8 @@ TEST_F(TextTest, BothWaysOfMeasuringAgree) {
 TEST_F(TextTest, WidthDoesNotDependOnTheStoredWidth) {
     const auto face = font(12);
     const char* const texts[] = {"plain",
-                                 "Gr\xC3\xBC\xC3\x9F"
-                                 "e",
+                                 ("Gr\xC3\xBC\xC3\x9F"
+                                  "e"),
                                  "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D", "a\nlonger\nb", ""};
     for (const char* text : texts) {
         const std::u16string wide = ConstString(text).toUtf16();

@@ -21,7 +21,7 @@ public:
         auto* bytes = static_cast<volatile unsigned char*>(memory);
         for (size_t i = 0; i < size; ++i)
             bytes[i] = pattern;
-        ::operator delete(memory, size);
+        ::operator delete(memory);
     }
 };
 
