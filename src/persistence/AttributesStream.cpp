@@ -255,7 +255,7 @@ private:
         if (!stream_.readUInt16(subkind) || !readInstance(subkind, item))
             return false;
         if (item)
-            list.items.push_back(item.detach());
+            list.adopt(std::move(item));
         return true;
     }
 
@@ -285,7 +285,7 @@ private:
             return value != nullptr;
         case archivedList:
             return readList(value, make<FObjectList>(true), [this](FObjectList& list) {
-                list.items.push_back(archive_ ? archive_->readObject(nullptr) : nullptr);
+                list.adopt(Ref<CmObject>::adopt(archive_ ? archive_->readObject(nullptr) : nullptr));
                 return list.items.back() != nullptr;
             });
         case classObject: return readByClass(value);
@@ -294,7 +294,7 @@ private:
                 Ref<CmObject> item;
                 const bool isRead = readByClass(item);
                 if (item)
-                    list.items.push_back(item.detach());
+                    list.adopt(std::move(item));
                 return isRead;
             });
         default: return true;

@@ -101,6 +101,12 @@ public:
 
     int32_t count() const override { return static_cast<int32_t>(items.size()); }
 
+    /// For a list that owns: `object`'s reference becomes the list's.
+    void adopt(Ref<CmObject> object) {
+        items.push_back(object.get());
+        static_cast<void>(object.detach());
+    }
+
     /// May hold null where an object failed to come up.
     std::vector<CmObject*> items;
     const bool owned;

@@ -130,10 +130,14 @@ void FAttributes::setText16(std::string_view key, const char16_t* text) {
 }
 
 void FAttributes::setObject(std::string_view key, CmObject* object, Hold hold) {
-    if (object)
-        entry(key).setObject(object, hold);
-    else
+    if (!object) {
         remove(key);
+        return;
+    }
+    // What is taken over goes, too, when there is no memory for its entry.
+    auto adopted = Ref<CmObject>::adopt(hold == Hold::adopt ? object : nullptr);
+    entry(key).setObject(object, hold);
+    static_cast<void>(adopted.detach());
 }
 
 void FAttributes::setBinary(std::string_view key, const void* data, int64_t size, bool copy) {

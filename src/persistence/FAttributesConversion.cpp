@@ -63,7 +63,7 @@ private:
         auto list = make<FObjectList>(true);
         for (CmObject* item : objects.items)
             if (item)
-                list->items.push_back(detached(item).detach());
+                list->adopt(detached(item));
         return list;
     }
 

@@ -16,9 +16,10 @@ template <typename List, typename... Arguments>
 List* FAttributes::makeList(std::string_view key, Arguments... arguments) {
     if (const auto* found = find(key))
         return cast<List>(found->getObject());
-    auto* made = new List(arguments...);
-    append(key).setObject(made, Hold::adopt);
-    return made;
+    auto made = make<List>(arguments...);
+    List* list = made.get();
+    append(key).setObject(made.detach(), Hold::adopt);
+    return list;
 }
 
 bool FAttributes::appendInteger(std::string_view key, int64_t value) {

@@ -255,7 +255,7 @@ private:
         } else if (auto* objects = cast<FObjectList>(list)) {
             uint64_t id = 0;
             if (readId(find(attributes, "value"), id))
-                objects->items.push_back(binder_.addReference(id).detach());
+                objects->adopt(binder_.addReference(id));
         } else {
             return false;
         }
@@ -287,7 +287,7 @@ private:
     /// Under its name, or into the open list of objects, or nowhere.
     void store(Ref<CmObject> object, const FXmlAttributes& attributes) {
         if (auto* objects = cast<FObjectList>(frames_.back().list))
-            objects->items.push_back(object.detach());
+            objects->adopt(std::move(object));
         else if (body() && find(attributes, "name"))
             append(attributes)->setObject(object.get(), Hold::retain);
     }
