@@ -314,7 +314,7 @@ bool UIDescriptionParser::finish(bool parsed) {
     const XmlPosition at = errorPosition();
     const SourceMark where(file_, static_cast<uint32_t>(at.line + lineOffset_),
                            static_cast<uint32_t>(at.column));
-    document_.report(Severity::error, where, "Skin parsing failed: " + errorMessage());
+    document_.report(Severity::error, where, errorMessage());
     reported_ = true;
     return false;
 }
@@ -325,8 +325,7 @@ bool UIDescriptionParser::parseDocument(FStream& stream) {
     char rest[256];
     for (int64_t got = stream.read(rest, sizeof rest); got > 0; got = stream.read(rest, sizeof rest))
         if (!isAllBlank({rest, static_cast<size_t>(got)})) {
-            document_.report(Severity::error, mark(),
-                             "Skin parsing failed: something follows the end of the document");
+            document_.report(Severity::error, mark(), "something follows the end of the document");
             reported_ = true;
             return false;
         }
