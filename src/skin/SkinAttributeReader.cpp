@@ -63,6 +63,12 @@ AttributeValue SkinAttributeReader::keepForeign(std::string_view name, std::stri
 
 AttributeValue SkinAttributeReader::convert(SkinStore& store, SkinType type, SkinAttribute attribute,
                                             std::string_view text) {
+    std::string path;
+    if (attribute == SkinAttribute::path && text.find('\\') != std::string_view::npos) {
+        path = text;
+        std::ranges::replace(path, '\\', '/');
+        text = path;
+    }
     const std::string_view kept = store.keep(text);
     AttributeValue value{kept.data(), {}, static_cast<uint32_t>(kept.size()), attribute};
     value.number = 0;

@@ -5,7 +5,6 @@
 #include "skin/UIDescription.h"
 #include "views/UCursor.h"
 
-#include <algorithm>
 #include <span>
 
 // What a document makes of its resources.
@@ -70,8 +69,7 @@ UBitmap* UIDescription::bitmapOf(ResourceElement& element) {
 Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, std::string_view path,
                                            bool& exists) {
     exists = false;
-    std::string reference(path);
-    std::ranges::replace(reference, '\\', '/');
+    const std::string reference(path);
     FUrl folder(baseUrl_);
     folder.up();
     const std::string inside = FUrl::resolveInside(folder.path().toUtf8(), reference);

@@ -304,6 +304,19 @@ TEST_F(UIDescriptionTest, ReadsOnlyTheSectionsThatAreWanted) {
     EXPECT_FALSE(document().peekSection(Section::resources));
 }
 
+TEST_F(UIDescriptionTest, KeepsPathsWithOneKindOfSlash) {
+    load("<skin><header><bitmap name='Preview-Bitmap' path='images\\small\\a.png'/></header><resources>"
+         "<bitmap name='b' path='x/y\\z.png' mask='a\\b'/></resources></skin>");
+    std::string text;
+    EXPECT_TRUE(document().getInfo("Preview-Bitmap", text));
+    EXPECT_EQ(text, "images/small/a.png");
+    SkinElement* bitmap = document().section(Section::resources).children()[0];
+    EXPECT_EQ(bitmap->text(SkinAttribute::path), "x/y/z.png");
+    EXPECT_EQ(bitmap->text(SkinAttribute::mask), "a\\b") << "a name";
+    bitmap->set(SkinAttribute::path, "\\c");
+    EXPECT_EQ(bitmap->text(SkinAttribute::path), "/c");
+}
+
 TEST_F(UIDescriptionTest, KeepsProgramsAndOnRequestComments) {
     const uint32_t options = UIDescription::options();
     UIDescription::setOptions(options | UIDescription::keepComments);
