@@ -157,6 +157,7 @@ Ref<UIDescriptionParser> UIDescriptionLoader::createParser(UIDescription& docume
     auto parser = make<UIDescriptionParser>(document, file, conditions_);
     parser->setSectionMask(sectionMask_);
     parser->setMisplaced(misplaced_);
+    parser->setValidation(validation_);
     return parser;
 }
 

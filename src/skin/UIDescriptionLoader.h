@@ -22,6 +22,7 @@ class UIDescriptionLoader {
 public:
     enum class Merge : uint8_t { replace, add };
     using Misplaced = UIDescriptionParser::Misplaced;
+    using Validation = UIDescriptionParser::Validation;
 
     /// `conditions` decides includes and variants; it outlives the loader and may be null.
     explicit UIDescriptionLoader(ConditionNames* conditions) : conditions_(conditions) {}
@@ -38,6 +39,8 @@ public:
     /// skins.
     void setSectionMask(uint32_t mask) { sectionMask_ = mask; }
     void setMisplaced(Misplaced misplaced) { misplaced_ = misplaced; }
+    /// For whoever makes a document; programs read without it.
+    void setValidation(Validation validation) { validation_ = validation; }
 
     UIDescription* current() const { return current_.get(); }
     void setCurrent(Ref<UIDescription> description) { current_ = std::move(description); }
@@ -71,6 +74,7 @@ private:
     DiagnosticList diagnostics_;
     uint32_t sectionMask_ = UIDescriptionParser::allSections;
     Misplaced misplaced_ = Misplaced::stops;
+    Validation validation_ = Validation::off;
 };
 
 } // namespace qorl

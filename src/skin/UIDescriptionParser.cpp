@@ -245,7 +245,10 @@ void UIDescriptionParser::startRecord(SkinType type, const char** attributes, Sk
     SkinElement* element = SkinElement::create(type, document_.store(), here);
     reader_.begin(attributes, type, here);
     element->readAttributes(reader_);
-    if (validating_ && !element->afterParse()) {
+    if (validation_ == Validation::on && !element->afterParse()) {
+        document_.report(Severity::warning, here,
+                         "Skin validation failed: " + tag(type) +
+                             " has no name to ask for it by; left out with all that is in it");
         delete element;
         skip();
         return;

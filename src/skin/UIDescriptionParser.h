@@ -32,6 +32,7 @@ public:
         allSections = 0xFF,
     };
     enum class Misplaced : uint8_t { stops, isSkipped };
+    enum class Validation : uint8_t { off, on };
 
     /// The error code of a document that was given up for an element in a wrong place.
     static constexpr int32_t unexpectedTag = 5;
@@ -43,8 +44,8 @@ public:
     /// Sections whose bit is clear are skipped.
     void setSectionMask(uint32_t mask) { sectionMask_ = mask; }
     void setMisplaced(Misplaced misplaced) { misplaced_ = misplaced; }
-    /// Asks each element's `afterParse`.
-    void setValidating(bool validating) { validating_ = validating; }
+    /// Asks each element's `afterParse`; what that drops is a warning. Off until it is set.
+    void setValidation(Validation validation) { validation_ = validation; }
 
     /// False on an error, which stands among the document's diagnostics then.
     bool parseDocument(FStream& stream);
@@ -88,7 +89,7 @@ private:
     uint32_t file_;
     uint32_t sectionMask_ = allSections;
     Misplaced misplaced_ = Misplaced::stops;
-    bool validating_ = false;
+    Validation validation_ = Validation::off;
     bool reported_ = false;
     Section section_ = outside;
     int32_t skipDepth_ = 0;

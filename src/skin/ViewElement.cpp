@@ -94,6 +94,10 @@ void ViewElement::resolveSizes() {
     SkinElement::resolveSizes();
 }
 
+bool ViewElement::afterParse() {
+    return type() != SkinType::template_ || !name().empty();
+}
+
 bool ViewElement::resolveSize(int32_t depth) {
     if (depth > SkinLimits::sizeDepth)
         return false;

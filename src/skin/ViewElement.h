@@ -15,6 +15,8 @@ public:
 
     void readAttributes(SkinAttributeReader& attributes) override;
     void resolveSizes() override;
+    /// False for a template without a name, which nothing can ask for.
+    bool afterParse() override;
     SkinElement* clone() const override;
     /// The parent record; a `variant` and the like count.
     virtual SkinElement* getParentElement() const;

@@ -317,6 +317,24 @@ TEST_F(UIDescriptionTest, KeepsPathsWithOneKindOfSlash) {
     EXPECT_EQ(bitmap->text(SkinAttribute::path), "/c");
 }
 
+TEST_F(UIDescriptionTest, DropsWhatNothingCanAskForWhenItValidates) {
+    const char* text =
+        "<skin><templates>\n<template><label/></template><template name='a'/></templates></skin>";
+    load(text);
+    EXPECT_EQ(document().section(Section::templates).children().size(), 2u);
+    EXPECT_TRUE(wizard().loader().diagnostics().empty());
+    wizard().loader().setValidation(UIDescriptionLoader::Validation::on);
+    load(text);
+    EXPECT_EQ(document().section(Section::templates).children().size(), 1u);
+    EXPECT_TRUE(document().findTemplate("a"));
+    ASSERT_EQ(wizard().loader().diagnostics().size(), 1u);
+    const Diagnostic& finding = wizard().loader().diagnostics()[0];
+    EXPECT_EQ(finding.text,
+              "Skin validation failed: <template> has no name to ask for it by; left out with all "
+              "that is in it");
+    EXPECT_EQ(toText(finding.position), "(text):2:1");
+}
+
 TEST_F(UIDescriptionTest, KeepsProgramsAndOnRequestComments) {
     const uint32_t options = UIDescription::options();
     UIDescription::setOptions(options | UIDescription::keepComments);

@@ -93,6 +93,7 @@ void buildEverything(UIWizard& wizard, bool truth) {
 bool checkOne(UIWizard& wizard, const std::string& path, bool strict, DiagnosticSink& sink) {
     Findings findings;
     wizard.loader().setMisplaced(UIDescriptionLoader::Misplaced::isSkipped);
+    wizard.loader().setValidation(UIDescriptionLoader::Validation::on);
     const bool loaded = wizard.load(FUrl(FNPath(ConstString(path.c_str()))));
     findings.add(wizard.loader().diagnostics());
     if (loaded) {
