@@ -82,6 +82,7 @@ private:
     void buildVariant(const SkinElement& element, UView& parent, IController* controller);
     void buildController(const SkinElement& element, UView& parent, IController* controller);
     void buildFor(const SkinElement& element, UView& parent, IController* controller);
+    bool isTrueInside(std::string_view condition, IController* controller);
     void buildSet(const SkinElement& element, UView& parent, IController* controller);
     void buildMutable(const SkinElement& element, UView& parent, IController* controller);
     void buildFont(const SkinElement& element, UView& parent, IController* controller);

@@ -154,6 +154,12 @@ bool ViewBuilder::checkConditions(const SkinElement& element, size_t count) {
     return false;
 }
 
+/// With `controller` as one that encloses: "../" in a name leads back to it.
+bool ViewBuilder::isTrueInside(std::string_view condition, IController* controller) {
+    const ControllerScope scope(controller);
+    return wizard_.evaluate(condition, controller);
+}
+
 void ViewBuilder::buildFor(const SkinElement& element, UView& parent, IController* controller) {
     const CmPoint ends = element.point(SkinAttribute::range);
     LoopRange range{ends.x, ends.y, element.integer(SkinAttribute::step, 1)};
@@ -181,7 +187,7 @@ void ViewBuilder::buildFor(const SkinElement& element, UView& parent, IControlle
         variable->setNumber(range.at(round));
         if (!step(element) || (element.has(SkinAttribute::variable) && !checkVariable(element, *variable)))
             return;
-        if (!condition.empty() && !wizard_.evaluate(condition, controller)) {
+        if (!condition.empty() && !isTrueInside(condition, controller)) {
             if (style & failSkip)
                 continue;
             if (!(style & failSpace))

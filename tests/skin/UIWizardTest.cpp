@@ -113,6 +113,17 @@ TEST_F(UIWizardTest, LoopsCountAndMove) {
             << attributes;
 }
 
+TEST_F(UIWizardTest, ALoopAsksForItsConditionFromInside) {
+    controller_->trueNames = {"own"};
+    auto outer = make<TestController>();
+    outer->trueNames = {"outer"};
+    const ControllerScope scope(outer.get());
+    const std::string label = "'><label titleNT='x'/></for>";
+    EXPECT_EQ(built("<for range='0,0' condition='../own" + label), "x@0,0");
+    EXPECT_EQ(built("<for range='0,0' condition='../outer" + label), "");
+    EXPECT_EQ(ControllerScope::innermost(), &scope);
+}
+
 TEST_F(UIWizardTest, VariablesBuildNamesTogether) {
     for (const char* name : {"row0", "row1"})
         controller_->add(name);
