@@ -165,12 +165,14 @@ int32_t parseInts(std::string_view text, int32_t* numbers, int32_t count) {
 }
 
 bool parsePlainSize(std::string_view text, SizeFields& fields) {
-    SizeFields result;
+    SizeFields result = fields;
     int32_t* const targets[] = {&result.left, &result.top, &result.width, &result.height};
     for (int32_t* target : targets) {
         if (text.empty())
             break;
         std::string_view field = withoutBlanks(takeUpTo(text, ','));
+        if (field.empty())
+            continue;
         if (field == "*") {
             *target = static_cast<int32_t>(largest);
             continue;

@@ -27,6 +27,7 @@ struct SizeFields {
 };
 
 /// Reads a `size` whose fields are plain numbers; false if it is an expression. A `*` is the largest number.
+/// Fields that are not there stay as they are.
 bool parsePlainSize(std::string_view text, SizeFields& fields);
 
 /// Evaluates a `size`: up to four fields, each with operators `+`, `-`, `*`, `/` that apply strictly from

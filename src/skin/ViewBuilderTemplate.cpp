@@ -19,15 +19,14 @@ constexpr uint32_t remembersState = 0x7000;
 
 /// `sizelimit`, if it is given as numbers, else what `min-size` and `max-size` say.
 CmRect sizeLimits(const ViewElement& element) {
-    int32_t limits[4] = {UBaseView::noLimit, UBaseView::noLimit, UBaseView::largest, UBaseView::largest};
+    SizeFields limits{UBaseView::noLimit, UBaseView::noLimit, UBaseView::largest, UBaseView::largest};
     const std::string_view text = element.text(SkinAttribute::sizelimit);
-    SizeFields fields;
-    if (text.empty() || !parsePlainSize(text, fields)) {
-        const CmPoint least = element.point(SkinAttribute::minSize, {limits[0], limits[1]});
-        const CmPoint most = element.point(SkinAttribute::maxSize, {limits[2], limits[3]});
+    if (text.empty() || !parsePlainSize(text, limits)) {
+        const CmPoint least = element.point(SkinAttribute::minSize, {limits.left, limits.top});
+        const CmPoint most = element.point(SkinAttribute::maxSize, {limits.width, limits.height});
         return {least.x, least.y, most.x, most.y};
     }
-    return {fields.left, fields.top, fields.width, fields.height};
+    return {limits.left, limits.top, limits.width, limits.height};
 }
 
 } // namespace
@@ -60,6 +59,9 @@ Ref<UView> ViewBuilder::addBackground(const ViewElement& element, UView& view) {
             warn(element, "'" + name + "' is neither a bitmap nor a colour");
         else if (base)
             base->setBackgroundColor(color);
+        else
+            warn(element,
+                 "the view that is filled is no base view and takes no background colour '" + name + "'");
         return nullptr;
     }
     const auto style = static_cast<uint32_t>(element.keywords(SkinAttribute::backgroundStyle));
@@ -120,6 +122,9 @@ Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* c
         current.emplace(scheme);
         if (base)
             base->setScheme(scheme);
+        else
+            warn(element, "the view that is filled is no base view and takes no scheme: views that are added "
+                          "later look as those around it");
     }
     std::vector<UFont> outerFonts;
     outerFonts.swap(fonts_);

@@ -111,8 +111,10 @@ public:
 
 std::string evaluated(const char* text) {
     Operands operands;
-    SizeFields f{-1, -1, -1, -1};
-    if (!parsePlainSize(text, f) && !evaluateSize(text, operands, f))
+    SizeFields plain, f{-1, -1, -1, -1};
+    if (parsePlainSize(text, plain))
+        f = plain;
+    else if (!evaluateSize(text, operands, f))
         return f.left == -1 ? "failed" : "failed and changed";
     return std::to_string(f.left) + " " + std::to_string(f.top) + " " + std::to_string(f.width) + " " +
            std::to_string(f.height);
