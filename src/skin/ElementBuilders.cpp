@@ -43,13 +43,14 @@ const ElementBuilder& elementBuilderOf(SkinType type) {
     return table[static_cast<size_t>(type)];
 }
 
-CmRect ElementInput::rectOr(int32_t widthMetric, int32_t heightMetric) const {
+CmRect ElementInput::rectOr(int32_t widthMetric, int32_t heightMetric) {
     CmRect result = rect;
     const UScheme& scheme = ElementBuilders::scheme();
     if (result.width() <= 0)
         result.right = limitToInt32(int64_t{result.left} + scheme.getMetric(widthMetric));
     if (result.height() <= 0)
         result.bottom = limitToInt32(int64_t{result.top} + scheme.getMetric(heightMetric));
+    keepsSize = !result.isEmpty();
     return result;
 }
 

@@ -116,11 +116,6 @@ void ViewBuilder::nameMissingKind(const SkinElement& element) {
                       ">; a plain view takes the place of each");
 }
 
-/// A view that got its size from a template keeps it.
-bool ViewBuilder::takesSizeOfContent(const ViewElement& element, const UView& view) {
-    return element.rect().isEmpty() && (element.type() != SkinType::view || view.getFrameRect().isEmpty());
-}
-
 // ---- Children.
 
 void ViewBuilder::buildChildren(const SkinElement& element, UView& parent, IController* controller) {
@@ -133,8 +128,16 @@ void ViewBuilder::buildChildren(const SkinElement& element, UView& parent, ICont
 }
 
 void ViewBuilder::buildViewChild(const SkinElement& element, UView& parent, IController* controller) {
+    if (--viewsLeft_ < 0) {
+        stop(element, "the template makes more than " + std::to_string(SkinLimits::builtViews) + " views");
+        return;
+    }
     const auto& viewElement = static_cast<const ViewElement&>(element);
-    const Ref<UView> view = buildView(viewElement, parent, controller);
+    Ref<Binding::Value> value;
+    if (elementBuilderOf(element.type()).takesValue && !element.name().empty())
+        value = wizard_.findValue(element.name(), controller);
+    ElementInput input{*this, viewElement, controller, viewElement.rect(), value.get()};
+    const Ref<UView> view = buildView(input, parent);
     if (!view || element.children().empty())
         return;
     auto* row = cast<URowColumn>(view.get());
@@ -143,34 +146,27 @@ void ViewBuilder::buildViewChild(const SkinElement& element, UView& parent, ICon
     buildChildren(element, *view, controller);
     if (row)
         row->setSuspended(false);
-    if (takesSizeOfContent(viewElement, *view))
+    if (input.takesSizeOfContent())
         view->resizeToFit(0, 0);
 }
 
 // ---- Views.
 
-Ref<UView> ViewBuilder::buildView(const ViewElement& element, UView& parent, IController* controller) {
-    if (--viewsLeft_ < 0) {
-        stop(element, "the template makes more than " + std::to_string(SkinLimits::builtViews) + " views");
-        return nullptr;
-    }
-    const ElementBuilder& builder = elementBuilderOf(element.type());
-    Ref<Binding::Value> value;
-    if (builder.takesValue && !element.name().empty())
-        value = wizard_.findValue(element.name(), controller);
+Ref<UView> ViewBuilder::buildView(ElementInput& input, UView& parent) {
+    const ElementBuilder& builder = elementBuilderOf(input.element.type());
     Ref<UView> view;
     if (builder.build) {
-        view = builder.build({*this, element, controller, element.rect(), value.get()});
+        view = builder.build(input);
     } else {
-        nameMissingKind(element);
-        view = make<UView>(element.rect(), title(element));
+        nameMissingKind(input.element);
+        view = make<UView>(input.rect, title(input.element));
     }
     if (!view)
         return nullptr;
-    view = finishView(element, std::move(view), controller);
+    view = finishView(input, std::move(view));
     if (!view)
         return nullptr;
-    if (const Ref<UView> cursor = createCursorView(element, *view))
+    if (const Ref<UView> cursor = createCursorView(input.element, *view))
         parent.addSubView(cursor);
     return parent.addSubView(view) ? view : nullptr;
 }
@@ -206,11 +202,11 @@ void ViewBuilder::applySizeLimits(const ViewElement& element, UView& view) {
 }
 
 /// Left, top, right, bottom: what the frame keeps free inside. A frame that fits its content grows with it.
-void ViewBuilder::applyPad(const ViewElement& element, UView& view, std::string_view pad) {
+void ViewBuilder::applyPad(const ElementInput& input, UView& view, std::string_view pad) {
     int32_t sides[4] = {};
     parseInts(pad, sides, 4);
     view.setClientInsets({double(sides[0]), double(sides[1]), double(sides[2]), double(sides[3])}, true);
-    if (!takesSizeOfContent(element, view))
+    if (!input.takesSizeOfContent())
         return;
     CmRect frame = view.getFrameRect();
     frame.right = limitToInt32(int64_t{frame.right} + sides[0] + sides[2]);
@@ -249,7 +245,8 @@ Ref<UView> ViewBuilder::createCursorView(const ViewElement& element, const UView
     return area;
 }
 
-void ViewBuilder::applyAttributes(const ViewElement& element, UView& view) {
+void ViewBuilder::applyAttributes(const ElementInput& input, UView& view) {
+    const ViewElement& element = input.element;
     for (const AttributeValue& value : element.attributes()) {
         switch (value.attribute) {
         case SkinAttribute::tip: view.setTooltip(translated(element, value.view())); break;
@@ -266,23 +263,25 @@ void ViewBuilder::applyAttributes(const ViewElement& element, UView& view) {
             else if (element.focus() == ViewElement::Focus::noRemote)
                 view.setFlag(viewNoRemoteFocus, true);
             break;
-        case SkinAttribute::pad: applyPad(element, view, value.view()); break;
+        case SkinAttribute::pad: applyPad(input, view, value.view()); break;
         default: break;
         }
     }
 }
 
-Ref<UView> ViewBuilder::finishView(const ViewElement& element, Ref<UView> view, IController* controller) {
+Ref<UView> ViewBuilder::finishView(const ElementInput& input, Ref<UView> view) {
+    const ViewElement& element = input.element;
     view->setSource(retain(&element.source()));
     applyName(element, *view);
-    if (takesSizeOfContent(element, *view))
+    ElementBuilders::applyLook(input, *view);
+    if (input.takesSizeOfContent())
         view->resizeToFit(0, 0);
-    applyAttributes(element, *view);
+    applyAttributes(input, *view);
     if (element.hasProperties())
         applyProperties(element, *view);
-    if (!controller)
+    if (!input.controller)
         return view;
-    UView* looked = controller->viewCreated(view.get(), &element);
+    UView* looked = input.controller->viewCreated(view.get(), &element);
     return looked == view.get() ? view : Ref<UView>::adopt(looked);
 }
 

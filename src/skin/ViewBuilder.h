@@ -21,6 +21,7 @@ class UBaseView;
 class UBitmap;
 class UColor;
 class UColorValue;
+struct ElementInput;
 
 /// One build of a template: walks the elements and makes their views.
 ///
@@ -36,8 +37,6 @@ public:
     /// A view with all that is in it. With `parentView`, that is filled and returned.
     Ref<UView> buildTemplate(const ViewElement& element, IController* controller, UView* parentView);
     void buildChildren(const SkinElement& element, UView& parent, IController* controller);
-    /// The view, which stands in `parent` already; null if the element makes none.
-    Ref<UView> buildView(const ViewElement& element, UView& parent, IController* controller);
 
     // For the families of elements.
 
@@ -78,6 +77,8 @@ private:
     bool step(const SkinElement& element);
     void stop(const SkinElement& element, std::string text);
     void buildViewChild(const SkinElement& element, UView& parent, IController* controller);
+    /// The view, which stands in `parent` already; null if the element makes none.
+    Ref<UView> buildView(ElementInput& input, UView& parent);
     void buildFrame(const SkinElement& element, UView& parent, IController* controller);
     void buildVariant(const SkinElement& element, UView& parent, IController* controller);
     void buildController(const SkinElement& element, UView& parent, IController* controller);
@@ -99,17 +100,16 @@ private:
     Ref<UView> addBackground(const ViewElement& element, UView& view);
     void addWallpaper(const ViewElement& element, UView& view, IController* controller);
 
-    Ref<UView> finishView(const ViewElement& element, Ref<UView> view, IController* controller);
+    Ref<UView> finishView(const ElementInput& input, Ref<UView> view);
     /// `text`, counted as text that a view is given; empty at the limit.
     std::string_view counted(const SkinElement& element, std::string_view text);
-    static bool takesSizeOfContent(const ViewElement& element, const UView& view);
     void applyName(const ViewElement& element, UView& view);
     void applyCommand(const ViewElement& element, UView& view, std::string_view command);
     /// What the element says; what it leaves open stays.
     static void applySizeLimits(const ViewElement& element, UView& view);
     /// What all views have in common.
-    void applyAttributes(const ViewElement& element, UView& view);
-    static void applyPad(const ViewElement& element, UView& view, std::string_view pad);
+    void applyAttributes(const ElementInput& input, UView& view);
+    static void applyPad(const ElementInput& input, UView& view, std::string_view pad);
     void applyProperties(const ViewElement& element, UView& view);
     Ref<UView> createCursorView(const ViewElement& element, const UView& view);
     void nameMissingKind(const SkinElement& element);

@@ -12,6 +12,7 @@
 #include "views/UBaseView.h"
 #include "views/UCursorView.h"
 #include "views/UPropertyCollection.h"
+#include "views/controls/ULabel.h"
 #include "views/controls/USlider.h"
 #include "views/controls/UTextDisplay.h"
 
@@ -32,7 +33,11 @@ public:
     std::string dropped = "drop this";
     int32_t loopFirst = 0;
     int32_t loopLast = -1;
+    UView* (*createsView)(const ViewElement& element) = nullptr;
 
+    UView* createView(const ViewElement* element, UIDescription*) override {
+        return createsView ? createsView(*element) : nullptr;
+    }
     bool getCondition(const char* name) override {
         askedConditions.emplace_back(name);
         return trueNames.contains(name);
@@ -242,6 +247,18 @@ TEST_F(UIWizardTest, ViewsComeFromTemplatesClassesOrNowhere) {
         << "the template's size counts, not its content";
 }
 
+UView* makeHolder(const ViewElement& element) {
+    return element.name() == "holder" ? new UView(CmRect{0, 0, 7, 7}) : nullptr;
+}
+
+TEST_F(UIWizardTest, AViewOfTheControllerFitsWhatItHolds) {
+    controller_->createsView = makeHolder;
+    const Ref<UView> view = build("<view name='holder'><view size='2,3,20,10'/></view>"
+                                  "<view name='holder' size='0,0,9,9'><view size='2,3,20,10'/></view>");
+    EXPECT_EQ(view->getSubView(0)->getFrameSize(), (CmSize{22, 13}));
+    EXPECT_EQ(view->getSubView(1)->getFrameSize(), (CmSize{7, 7}));
+}
+
 TEST_F(UIWizardTest, ATemplateMakesABaseView) {
     load("<template name='T' size='5,5,80,60' title='Panel' style='dialogstyle' sizelimit='10,20,300,400' "
          "view-style='focusController' attach='all' background='#112233' wallpaper='W'><label/></template>"
@@ -419,6 +436,45 @@ TEST_F(UIWizardTest, ControlsOfAnyClassTakeGroundAndDefault) {
     EXPECT_TRUE(cast<UControl>(view->getSubView(0))->isDefaultControl());
     EXPECT_FALSE(cast<UControl>(view->getSubView(1))->isDefaultControl());
     EXPECT_THAT(findings(), ::testing::ElementsAre("'number' is no colour"));
+}
+
+UView* makeNothing(const ViewElement&, IController*) {
+    return nullptr;
+}
+
+TEST_F(UIWizardTest, TheApplicationMakesControlsThatNoClassMakes) {
+    UControlClass::add("nothing", makeNothing);
+    UControlClass::add("something", makeProbe);
+    UControlClass::setFallback(makeSlider);
+    const Ref<UView> view = build("<control class='nothing'/><control class='unheard-of'/>"
+                                  "<control class='something'/>");
+    UControlClass::setFallback(nullptr);
+    ASSERT_EQ(view->getSubViewCount(), 3);
+    EXPECT_TRUE(cast<USlider>(view->getSubView(0))) << "a factory that makes nothing";
+    EXPECT_TRUE(cast<USlider>(view->getSubView(1))) << "no factory";
+    EXPECT_FALSE(cast<USlider>(view->getSubView(2)));
+}
+
+TEST_F(UIWizardTest, ControlsOfTheControllerTakeGroundDefaultAndFont) {
+    useGraphics();
+    controller_->createsView = [](const ViewElement& element) -> UView* {
+        if (element.name() == "label")
+            return new ULabel(CmRect(), ConstString("iiiiii"), 0, ULabel::autoWidth);
+        return element.name() == "slider" ? makeSlider(element, nullptr) : nullptr;
+    };
+    const Ref<UView> view = build("<control name='slider' bgcolor='#112233' style='default'/>"
+                                  "<view name='slider' bgcolor='#112233' style='default'/>"
+                                  "<control name='label'/><font size='40'><control name='label'/>"
+                                  "<view name='label'/></font>");
+    uint32_t color = 0;
+    auto* control = cast<UControl>(view->getSubView(0));
+    EXPECT_TRUE(control->getContentColor(color) && color == 0xFF112233);
+    EXPECT_TRUE(control->isDefaultControl());
+    control = cast<UControl>(view->getSubView(1));
+    EXPECT_FALSE(control->getContentColor(color) || control->isDefaultControl()) << "of <control> only";
+    const auto width = [&view](int32_t i) { return view->getSubView(i)->getFrameSize().width; };
+    EXPECT_GT(width(3), 2 * width(2));
+    EXPECT_EQ(width(4), width(3));
 }
 
 TEST_F(UIWizardTest, AFontTakesTheFirstFaceThatIsThere) {

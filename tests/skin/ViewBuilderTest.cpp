@@ -11,6 +11,34 @@ namespace {
 
 class ViewBuilderTest : public SkinFixture {};
 
+TEST_F(ViewBuilderTest, ExtentsThatAreNotGivenAreThoseOfTheScheme) {
+    useGraphics();
+    const UScheme* scheme = GlobalSchemes::main();
+    const auto metric = [scheme](int32_t key) { return scheme->getMetric(key); };
+    const struct {
+        const char* element;
+        CmSize standard;
+    } kinds[] = {
+        {"button", {metric(SchemeMetric::buttonwidth), metric(SchemeMetric::buttonheight)}},
+        {"switch", {metric(SchemeMetric::buttonwidth), metric(SchemeMetric::buttonheight)}},
+        {"checkbox", {metric(SchemeMetric::buttonwidth), metric(SchemeMetric::checkboxheight)}},
+        {"text", {metric(SchemeMetric::datafieldwidth), metric(SchemeMetric::datafieldheight)}},
+        {"edit", {metric(SchemeMetric::datafieldwidth), metric(SchemeMetric::datafieldheight)}},
+        {"slider", {metric(SchemeMetric::datafieldwidth), metric(SchemeMetric::scrollbarwidth)}},
+    };
+    for (const auto& [element, standard] : kinds) {
+        const std::string start = "<" + std::string(element) + " titleNT='Hi' size='0,0,";
+        load("<template name='T'>" + start + "133,0'/>" + start + "0,47'/>" + start + "0,0'/>" + start +
+             "133,0'><view/></" + element + "></template>");
+        const Ref<UView> view = wizard().createView("T", nullptr, nullptr);
+        EXPECT_EQ(view->getSubView(0)->getFrameSize(), (CmSize{133, standard.height})) << element;
+        EXPECT_EQ(view->getSubView(1)->getFrameSize(), (CmSize{standard.width, 47})) << element;
+        EXPECT_EQ(view->getSubView(2)->getFrameSize(), standard) << element;
+        EXPECT_EQ(view->getSubView(3)->getFrameSize(), (CmSize{133, standard.height}))
+            << element << " with something in it";
+    }
+}
+
 TEST_F(ViewBuilderTest, LimitsOfAWindowThatAreNotGivenStayOpen) {
     constexpr int32_t none = UBaseView::noLimit, most = UBaseView::largest;
     const std::pair<const char*, CmRect> cases[] = {

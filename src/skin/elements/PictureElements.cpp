@@ -7,12 +7,12 @@
 // Elements that only draw.
 namespace qorl {
 
-Ref<UView> ElementBuilders::buildImage(const ElementInput& input) {
+Ref<UView> ElementBuilders::buildImage(ElementInput& input) {
     return make<UImage>(input.rect, input.builder.bitmap(input.element, SkinAttribute::bitmap),
                         input.style());
 }
 
-Ref<UView> ElementBuilders::buildDecor(const ElementInput& input) {
+Ref<UView> ElementBuilders::buildDecor(ElementInput& input) {
     constexpr int32_t standardPen = 1;
     UColor color = scheme().getColor(SchemeColor::frame);
     input.builder.color(input.element, SkinAttribute::bgcolor, color);

@@ -28,7 +28,7 @@ void applyColor(const ElementInput& input, USlider& slider, SkinAttribute attrib
         slider.setPartColor(part, color);
 }
 
-void applyLook(const ElementInput& input, USlider& slider) {
+void applySliderLook(const ElementInput& input, USlider& slider) {
     for (const AttributeValue& value : input.element.attributes()) {
         switch (value.attribute) {
         case SkinAttribute::bgcolor: applyColor(input, slider, value.attribute, SliderPart::track); break;
@@ -53,13 +53,13 @@ void applyLook(const ElementInput& input, USlider& slider) {
 
 } // namespace
 
-Ref<UView> ElementBuilders::buildSlider(const ElementInput& input) {
+Ref<UView> ElementBuilders::buildSlider(ElementInput& input) {
     const bool isVertical = input.style() & SliderStyle::anyVertical;
     const CmRect rect = isVertical ? input.rectOr(SchemeMetric::scrollbarwidth, SchemeMetric::datafieldwidth)
                                    : input.rectOr(SchemeMetric::datafieldwidth, SchemeMetric::scrollbarwidth);
     Ref<UView> view = createSlider(input, rect);
     if (auto* slider = cast<USlider>(view))
-        applyLook(input, *slider);
+        applySliderLook(input, *slider);
     return view;
 }
 

@@ -2,7 +2,6 @@
 #include "graphics/UBitmap.h"
 #include "skin/ElementBuilders.h"
 #include "skin/ViewBuilder.h"
-#include "views/controls/UCheckBoxBase.h"
 #include "views/controls/USwitch.h"
 #include "views/controls/UTextButton.h"
 
@@ -19,7 +18,7 @@ Ref<UView> createPlain(const ElementInput& input, ControlKind::Kind kind, const 
 
 } // namespace
 
-Ref<UView> ElementBuilders::buildButton(const ElementInput& input) {
+Ref<UView> ElementBuilders::buildButton(ElementInput& input) {
     Ref<UView> view = createPlain(input, ControlKind::button,
                                   input.rectOr(SchemeMetric::buttonwidth, SchemeMetric::buttonheight));
     auto* button = cast<UTextButton>(view.get());
@@ -28,19 +27,21 @@ Ref<UView> ElementBuilders::buildButton(const ElementInput& input) {
     return view;
 }
 
-Ref<UView> ElementBuilders::buildCheckBox(const ElementInput& input) {
-    Ref<UView> view = createPlain(input, ControlKind::checkBox,
-                                  input.rectOr(SchemeMetric::buttonwidth, SchemeMetric::checkboxheight));
-    auto* box = cast<UCheckBoxBase>(view.get());
-    if (box && input.builder.font())
-        box->setFont(*input.builder.font());
-    return view;
+Ref<UView> ElementBuilders::buildCheckBox(ElementInput& input) {
+    return createPlain(input, ControlKind::checkBox,
+                       input.rectOr(SchemeMetric::buttonwidth, SchemeMetric::checkboxheight));
 }
 
-Ref<UView> ElementBuilders::buildSwitch(const ElementInput& input) {
-    auto view = make<USwitch>(input.rect, input.builder.title(input.element), input.value, input.style());
-    if (Ref<UBitmap> bitmap = input.builder.bitmap(input.element, SkinAttribute::bitmap))
+Ref<UView> ElementBuilders::buildSwitch(ElementInput& input) {
+    Ref<UBitmap> bitmap = input.builder.bitmap(input.element, SkinAttribute::bitmap);
+    const CmRect rect =
+        bitmap ? input.rect : input.rectOr(SchemeMetric::buttonwidth, SchemeMetric::buttonheight);
+    auto view = make<USwitch>(rect, input.builder.title(input.element), input.value, input.style());
+    if (bitmap) {
         view->setBitmap(std::move(bitmap));
+        view->resizeToFit(rect.width() > 0 ? -1 : 0, rect.height() > 0 ? -1 : 0);
+        input.keepsSize = true;
+    }
     view->setJust(input.just());
     return view;
 }

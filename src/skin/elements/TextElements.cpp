@@ -20,7 +20,7 @@ void applyBackground(const ElementInput& input, UTextDisplay& text, std::string_
         text.setSecondValue(value.get());
 }
 
-void applyLook(const ElementInput& input, UTextDisplay& text) {
+void applyTextLook(const ElementInput& input, UTextDisplay& text) {
     for (const AttributeValue& value : input.element.attributes()) {
         switch (value.attribute) {
         case SkinAttribute::bgcolor: applyBackground(input, text, value.view()); break;
@@ -42,15 +42,11 @@ void applyLook(const ElementInput& input, UTextDisplay& text) {
 
 } // namespace
 
-Ref<UView> ElementBuilders::buildLabel(const ElementInput& input) {
-    auto label = make<ULabel>(input.rect, input.builder.title(input.element), input.just(), input.style());
-    if (const UFont* font = input.builder.font())
-        label->setFont(*font);
-    label->applyAutoSize();
-    return label;
+Ref<UView> ElementBuilders::buildLabel(ElementInput& input) {
+    return make<ULabel>(input.rect, input.builder.title(input.element), input.just(), input.style());
 }
 
-Ref<UView> ElementBuilders::buildText(const ElementInput& input) {
+Ref<UView> ElementBuilders::buildText(ElementInput& input) {
     const CmRect rect = input.rectOr(SchemeMetric::datafieldwidth, SchemeMetric::datafieldheight);
     const bool isEdit = input.element.type() == SkinType::edit || (input.style() & ControlStyle::edit);
     const String title = input.builder.title(input.element);
@@ -60,9 +56,7 @@ Ref<UView> ElementBuilders::buildText(const ElementInput& input) {
     else
         text = make<UTextDisplay>(rect, title, input.value, input.style());
     text->setJust(input.just());
-    if (const UFont* font = input.builder.font())
-        text->setFont(*font);
-    applyLook(input, *text);
+    applyTextLook(input, *text);
     return text;
 }
 

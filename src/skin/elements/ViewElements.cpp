@@ -22,7 +22,7 @@ Ref<UView> askController(const ElementInput& input) {
 }
 
 /// The element's extents go before those of the template where they are given.
-Ref<UView> buildByTemplate(const ElementInput& input, const ViewElement& element) {
+Ref<UView> buildByTemplate(ElementInput& input, const ViewElement& element) {
     IController* controller = input.controller;
     const std::string data(input.builder.text(input.element, SkinAttribute::data));
     if (!data.empty() && controller)
@@ -37,20 +37,26 @@ Ref<UView> buildByTemplate(const ElementInput& input, const ViewElement& element
     if (input.rect.height() >= 1)
         size.height = input.rect.height();
     view->setFrame(CmRect::ofSize(input.rect.origin(), size), false);
+    input.keepsSize = !view->getFrameRect().isEmpty();
     return view;
 }
 
-/// What the skin says of a control of any class.
-void applyLook(const ElementInput& input, UControl& control) {
-    auto* text = cast<UTextDisplay>(&control);
-    if (const UFont* font = input.builder.font()) {
-        if (text)
-            text->setFont(*font);
-        else if (auto* box = cast<UCheckBoxBase>(&control))
-            box->setFont(*font);
-    }
+/// A label takes its size by its font, the enclosing one or its own.
+void applyFont(const UFont* font, UView& view) {
+    if (auto* label = cast<ULabel>(&view))
+        font ? label->setFont(*font) : label->applyAutoSize();
+    else if (!font)
+        return;
+    else if (auto* text = cast<UTextDisplay>(&view))
+        text->setFont(*font);
+    else if (auto* box = cast<UCheckBoxBase>(&view))
+        box->setFont(*font);
+}
+
+/// What a `control` element says of a control of any class.
+void applyControlLook(const ElementInput& input, UControl& control) {
     if (UColor color; input.builder.color(input.element, SkinAttribute::bgcolor, color)) {
-        if (text)
+        if (auto* text = cast<UTextDisplay>(&control))
             text->setBackground(color);
         else
             control.setContentColor(color.packed());
@@ -62,7 +68,15 @@ void applyLook(const ElementInput& input, UControl& control) {
 
 } // namespace
 
-Ref<UView> ElementBuilders::buildView(const ElementInput& input) {
+void ElementBuilders::applyLook(const ElementInput& input, UView& view) {
+    applyFont(input.builder.font(), view);
+    if (input.element.type() != SkinType::control)
+        return;
+    if (auto* control = cast<UControl>(&view))
+        applyControlLook(input, *control);
+}
+
+Ref<UView> ElementBuilders::buildView(ElementInput& input) {
     if (Ref<UView> view = askController(input))
         return view;
     const std::string name(input.builder.wizard().substitute(input.element.name()));
@@ -75,28 +89,22 @@ Ref<UView> ElementBuilders::buildView(const ElementInput& input) {
     return make<UView>(input.rect, input.builder.title(input.element));
 }
 
-Ref<UView> ElementBuilders::buildControl(const ElementInput& input) {
+Ref<UView> ElementBuilders::buildControl(ElementInput& input) {
     if (Ref<UView> view = askController(input))
         return view;
     const std::string name(input.builder.text(input.element, SkinAttribute::class_));
-    ViewFactory factory = UControlClass::find(name);
-    if (!factory)
-        factory = UControlClass::fallback();
-    Ref<UView> view = Ref<UView>::adopt(factory ? factory(input.element, input.controller) : nullptr);
-    if (!view)
-        input.builder.warn(input.element, "no control class '" + name + "'");
-    if (auto* control = cast<UControl>(view))
-        applyLook(input, *control);
-    else if (auto* label = cast<ULabel>(view); label && input.builder.font())
-        label->setFont(*input.builder.font());
-    return view;
+    for (const ViewFactory factory : {UControlClass::find(name), UControlClass::fallback()})
+        if (UView* view = factory ? factory(input.element, input.controller) : nullptr)
+            return Ref<UView>::adopt(view);
+    input.builder.warn(input.element, "no control class '" + name + "'");
+    return nullptr;
 }
 
-Ref<UView> ElementBuilders::buildContainer(const ElementInput& input) {
+Ref<UView> ElementBuilders::buildContainer(ElementInput& input) {
     return make<UContainer>(input.rect, input.builder.title(input.element));
 }
 
-Ref<UView> ElementBuilders::buildRowColumn(const ElementInput& input) {
+Ref<UView> ElementBuilders::buildRowColumn(ElementInput& input) {
     auto row = make<URowColumn>(input.rect, input.style());
     if (input.element.has(SkinAttribute::title) || input.element.has(SkinAttribute::titleNT))
         row->setTitle(input.builder.title(input.element));
