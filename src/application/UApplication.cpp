@@ -20,6 +20,7 @@
 #include "platform/Folders.h"
 #include "platform/System.h"
 #include "schemes/GlobalSchemes.h"
+#include "skin/UViewClass.h"
 #include "windows/AlertPresenter.h"
 #include "windows/UDesktop.h"
 
@@ -55,6 +56,10 @@ void setFolders(const ConstString& name) {
                            platform::getSystemFolder(platform::SystemFolder::settings) + folder);
     FNPath::setKnownFolder(FNPath::sharedData,
                            platform::getSystemFolder(platform::SystemFolder::sharedData) + folder);
+}
+
+UView* createControlOfProgram(const ViewElement& element, IController* controller) {
+    return theApplication->createControl(element, controller);
 }
 
 } // namespace
@@ -101,6 +106,7 @@ UApplication::~UApplication() {
         skinThread_->join();
     tearDownApplication();
     guiThread_.reset();
+    UControlClass::setFallback(nullptr);
     theApplication = nullptr;
 }
 
@@ -115,6 +121,7 @@ void UApplication::init(const ApplicationArgs& args) {
     FComponentRegistry::makeInstance();
     guiThread_ = std::make_unique<GuiThread>();
     theApplication = this;
+    UControlClass::setFallback(&createControlOfProgram);
     // The teardown releases it.
     const UController* controller = new UController(args.type);
     if (controller->isStopped())
@@ -129,8 +136,8 @@ void UApplication::preStart() {}
 void UApplication::hook40() {}
 void UApplication::menuCreated(UMenuBar*) {}
 
-int32_t UApplication::hook38() {
-    return 0;
+UView* UApplication::createControl(const ViewElement&, IController*) {
+    return nullptr;
 }
 
 int32_t UApplication::hook41() {

@@ -15,12 +15,15 @@
 namespace qorl {
 
 class AboutDialog;
+class IController;
 class SkinLoaderThread;
 class TranslationTable;
 class UMenu;
 class UMenuBar;
 class UMenuItem;
+class UView;
 class UWindow;
+class ViewElement;
 struct UKeyCode;
 
 /// The one object whose life is that of the program.
@@ -71,7 +74,8 @@ public:
     virtual bool createSchemes();
     /// A parsed skin is accepted only if this is true.
     virtual bool skinLoaded();
-    virtual int32_t hook38();
+    /// The view of a `control` element whose class nothing else makes, with one reference. Null here.
+    virtual UView* createControl(const ViewElement& element, IController* controller);
     /// Asked before the program quits.
     virtual bool canQuit(int32_t argument);
     virtual void hook40();

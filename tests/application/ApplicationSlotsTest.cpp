@@ -33,7 +33,7 @@ TEST(ApplicationSlots, StandInTheirPublishedOrder) {
     EXPECT_SLOT(35, UApplication, menuCreated);
     EXPECT_SLOT(36, UApplication, createSchemes);
     EXPECT_SLOT(37, UApplication, skinLoaded);
-    EXPECT_SLOT(38, UApplication, hook38);
+    EXPECT_SLOT(38, UApplication, createControl);
     EXPECT_SLOT(39, UApplication, canQuit);
     EXPECT_SLOT(40, UApplication, hook40);
     EXPECT_SLOT(41, UApplication, hook41);

@@ -10,7 +10,10 @@
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"
 #include "skin/SkinCatalog.h"
+#include "skin/UIWizard.h"
+#include "skin/ViewElement.h"
 #include "support/TestPaths.h"
+#include "views/UView.h"
 #include "windows/AlertPresenter.h"
 #include "windows/UDesktop.h"
 #include "windows/UDocWindow.h"
@@ -56,6 +59,11 @@ public:
         UApplication::closeAbout();
     }
     bool canQuit(int32_t) override { return mayQuit; }
+    UView* createControl(const ViewElement& element, IController* controller) override {
+        if (element.text(SkinAttribute::class_) != "of the program")
+            return UApplication::createControl(element, controller);
+        return new UView({}, ConstString("made by the program"));
+    }
     bool windowDeactivated(UWindow* window) override {
         log_.push_back(UDesktop::instance()->activeWindow() == window ? "deactivated"
                                                                       : "deactivated too late");
@@ -263,6 +271,15 @@ TEST_F(UApplicationTest, TellsWhyASkinIsNotLoadedOnlyWhenAsked) {
     ASSERT_NE(context, std::string::npos) << alerts.texts[0];
     EXPECT_EQ(alerts.texts[0].substr(context),
               "\nContext: " + (folder / "broken.xml").string() + ":3:3\n</  <====== HERE ======  skin>");
+}
+
+TEST_F(UApplicationTest, MakesControlsThatNoClassMakes) {
+    const auto wizard = make<UIWizard>();
+    ASSERT_TRUE(wizard->loadFromString("<template name='T'><control class='of the program'/>"
+                                       "<control class='of nobody'/></template>"));
+    const Ref<UView> view = wizard->createView("T", nullptr, nullptr);
+    ASSERT_EQ(view->getSubViewCount(), 1);
+    EXPECT_EQ(view->getSubView(0)->getTitle().toUtf8(), "made by the program");
 }
 
 TEST_F(UApplicationTest, RemembersTheLastSkinThatItAccepted) {
