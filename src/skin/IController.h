@@ -18,7 +18,10 @@ class Value;
 
 /// How the builder asks the application about a template: for values, conditions and controllers of parts.
 ///
-/// Names are UTF-8. What a getter gives is owned by the controller. Threading: the user-interface thread.
+/// Names are UTF-8. What a getter gives is owned by the controller. The values that a `valuedefine` made for
+/// one controller go by its address: an implementation that is no `FController` calls
+/// `ValueRegistry::forget` when it ends, or the next controller at that address finds them. Threading: the
+/// user-interface thread.
 class IController : public FInterface {
 public:
     static constexpr InterfaceId iid = InterfaceId::fromText("{61E8B7A2-C001-4A7E-8274-058E930171CD}");
