@@ -6,10 +6,16 @@
 #include "windows/UWindow.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace qorl {
 
 namespace {
+
+int32_t nearestEdge(int64_t edge) {
+    using Limits = std::numeric_limits<int32_t>;
+    return static_cast<int32_t>(std::clamp<int64_t>(edge, Limits::min(), Limits::max()));
+}
 
 constexpr uint32_t followsResize = viewAttachAll | viewAlwaysSizeChanged;
 
@@ -276,10 +282,12 @@ void UView::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
     if (!any)
         return;
     CmRect frame = core_.frameRect;
+    // A document may place views anywhere.
     if (extraWidth >= 0)
-        frame.right = frame.left + frame.width() - core_.clientRect.width() + used.right + extraWidth;
+        frame.right = nearestEdge(int64_t{frame.right} - core_.clientRect.width() + used.right + extraWidth);
     if (extraHeight >= 0)
-        frame.bottom = frame.top + frame.height() - core_.clientRect.height() + used.bottom + extraHeight;
+        frame.bottom =
+            nearestEdge(int64_t{frame.bottom} - core_.clientRect.height() + used.bottom + extraHeight);
     if (frame == core_.frameRect)
         return;
     const bool wasSuspended = hasFlag(viewResizeSuspended);
