@@ -1,5 +1,5 @@
-#include "persistence/FAttributes.h"
-#include "persistence/FXmlParser2.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/xml/FXmlParser2.h"
 #include "support/Ratio.h"
 
 #include <expat.h>

@@ -1,6 +1,6 @@
 #include "foundation/Cast.h"
 #include "foundation/containers/CmContainer.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "support/PlainArchive.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "application/UController.h"
 #include "foundation/text/TranslationTable.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "platform/PlatformEvents.h"
 #include "windows/AlertPresenter.h"
 

@@ -3,7 +3,7 @@
 #include "application/ApplicationInfo.h"
 #include "application/GuiThread.h"
 #include "foundation/containers/CmLinkedList.h"
-#include "persistence/FNPath.h"
+#include "persistence/files/FNPath.h"
 
 #include <qorl/Ref.h>
 

@@ -2,7 +2,7 @@
 
 #include "foundation/StartupHook.h"
 #include "foundation/text/TranslationTable.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "schemes/GlobalSchemes.h"
 
 namespace qorl {

@@ -2,7 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "foundation/ClassRecord.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 
 namespace qorl::Binding {
 

@@ -9,7 +9,7 @@
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/StringObject.h"
 #include "foundation/text/TranslationTable.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <cmath>
 

@@ -2,7 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "foundation/CmDelegatingUnknown.h"
-#include "persistence/FNPath.h"
+#include "persistence/files/FNPath.h"
 #include "platform/Folders.h"
 
 namespace qorl {

@@ -3,7 +3,7 @@
 #include "foundation/CmDelegatingUnknown.h"
 #include "foundation/StartupHook.h"
 #include "foundation/Teardown.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 
 #include <algorithm>
 

@@ -3,8 +3,8 @@
 #include "foundation/Cast.h"
 #include "foundation/CmUID.h"
 #include "foundation/FPersistent.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FObjectArchive.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <new>
 #include <utility>

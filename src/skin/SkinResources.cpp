@@ -1,5 +1,5 @@
 #include "graphics/UBitmapFamily.h"
-#include "persistence/FNFileSystem.h"
+#include "persistence/files/FNFileSystem.h"
 #include "skin/SizeExpression.h"
 #include "skin/SkinLimits.h"
 #include "skin/UIDescription.h"

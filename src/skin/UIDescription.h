@@ -1,8 +1,8 @@
 #pragma once
 
 #include "foundation/CmObject.h"
-#include "persistence/FFileSystem.h"
-#include "persistence/FUrl.h"
+#include "persistence/files/FFileSystem.h"
+#include "persistence/files/FUrl.h"
 #include "schemes/SchemeKeys.h"
 #include "skin/LimitedDiagnostics.h"
 #include "skin/ResourceElement.h"

@@ -1,6 +1,6 @@
 #include "skin/UIDescriptionLoader.h"
 
-#include "persistence/FNFileSystem.h"
+#include "persistence/files/FNFileSystem.h"
 #include "schemes/GlobalSchemes.h"
 #include "skin/SkinCondition.h"
 #include "skin/SkinLimits.h"

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "foundation/Diagnostic.h"
-#include "persistence/FFileSystem.h"
-#include "persistence/FUrl.h"
+#include "persistence/files/FFileSystem.h"
+#include "persistence/files/FUrl.h"
 #include "skin/UIDescription.h"
 #include "skin/UIDescriptionParser.h"
 

@@ -1,7 +1,7 @@
 #include "skin/UIDescriptionParser.h"
 
-#include "persistence/FMemoryStream.h"
-#include "persistence/FStream.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/streams/FStream.h"
 #include "skin/SkinLimits.h"
 #include "skin/Suggestion.h"
 #include "skin/Wording.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "persistence/FXmlParser2.h"
+#include "persistence/xml/FXmlParser2.h"
 #include "skin/SkinAttributeReader.h"
 #include "skin/SkinCondition.h"
 #include "skin/UIDescription.h"

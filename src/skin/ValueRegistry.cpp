@@ -7,7 +7,7 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/text/CmString.h"
 #include "foundation/text/TranslationTable.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "skin/SizeExpression.h"
 #include "skin/SkinElement.h"
 

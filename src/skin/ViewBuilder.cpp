@@ -4,7 +4,7 @@
 #include "foundation/Cast.h"
 #include "foundation/text/TranslationTable.h"
 #include "graphics/UBitmap.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "skin/BuildScopes.h"
 #include "skin/ElementBuilders.h"
 #include "skin/SkinLimits.h"

@@ -1,6 +1,6 @@
 #include "foundation/messages/FMessage.h"
 #include "graphics/UColor.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "schemes/FontFaces.h"
 #include "schemes/GlobalSchemes.h"
 #include "skin/BuildScopes.h"

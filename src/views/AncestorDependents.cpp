@@ -2,7 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "foundation/containers/CmArray.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "views/UView.h"
 
 namespace qorl {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <qorl/Geometry.h>
 

@@ -1,7 +1,7 @@
 #include "views/UBaseView.h"
 
 #include "foundation/messages/FMessage.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "schemes/UScheme.h"
 #include "views/FocusPolicy.h"
 #include "views/ViewNotices.h"

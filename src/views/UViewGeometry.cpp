@@ -1,4 +1,4 @@
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "views/AncestorDependents.h"
 #include "views/UView.h"
 #include "views/ViewNotices.h"

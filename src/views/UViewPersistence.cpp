@@ -1,5 +1,5 @@
 #include "foundation/Cast.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "views/GeometryAttributes.h"
 #include "views/UView.h"
 #include "windows/UWindow.h"

@@ -1,5 +1,5 @@
 #include "foundation/Cast.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "views/AncestorDependents.h"
 #include "views/UView.h"
 #include "views/ViewNotices.h"

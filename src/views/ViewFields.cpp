@@ -1,6 +1,6 @@
 #include "views/ViewFields.h"
 
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "views/AncestorDependents.h"
 #include "views/UView.h"
 #include "views/ViewRare.h"

@@ -3,7 +3,7 @@
 #include "foundation/Cast.h"
 #include "foundation/containers/CmStack.h"
 #include "foundation/messages/EventLoop.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "platform/Region.h"

@@ -1,4 +1,4 @@
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "views/GeometryAttributes.h"
 #include "windows/UDesktop.h"
 #include "windows/UWindow.h"

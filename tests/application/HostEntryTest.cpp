@@ -9,7 +9,7 @@
 #include "foundation/Teardown.h"
 #include "foundation/messages/FMessenger.h"
 #include "foundation/text/TranslationTable.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"

@@ -5,7 +5,7 @@
 #include "foundation/Cast.h"
 #include "foundation/StartupHook.h"
 #include "foundation/messages/FMessage.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"

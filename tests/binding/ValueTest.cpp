@@ -9,7 +9,7 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/CmString.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -5,8 +5,8 @@
 #include "foundation/FPersistent.h"
 #include "foundation/text/CmString.h"
 #include "foundation/text/StringObject.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/defaults/FDefaultPool.h"
 
 #include <gtest/gtest.h>
 #include <memory>

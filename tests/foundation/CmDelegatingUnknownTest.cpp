@@ -4,8 +4,8 @@
 #include "foundation/ClassFactory.h"
 #include "foundation/FPersistent.h"
 #include "foundation/text/String.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"
 

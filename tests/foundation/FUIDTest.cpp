@@ -2,8 +2,8 @@
 
 #include "foundation/CmUID.h"
 #include "foundation/text/String.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "platform/System.h"
 #include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "persistence/FNPath.h"
+#include "persistence/files/FNPath.h"
 #include "platform/Files.h"
 #include "support/TestPaths.h"
 

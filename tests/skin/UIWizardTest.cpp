@@ -4,7 +4,7 @@
 #include "binding/UColorValue.h"
 #include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "skin/ControllerScope.h"
 #include "skin/FController.h"
 #include "skin/UViewClass.h"

@@ -2,8 +2,8 @@
 
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
-#include "persistence/FObjectArchive.h"
-#include "persistence/FStream.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/streams/FStream.h"
 
 #include <cstdlib>
 

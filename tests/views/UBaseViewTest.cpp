@@ -2,8 +2,8 @@
 
 #include "RecordingViews.h"
 #include "foundation/messages/FMessage.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "support/HeadlessShell.h"
 #include "windows/UDocWindow.h"
 

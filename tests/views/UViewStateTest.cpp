@@ -1,5 +1,5 @@
 #include "RecordingViews.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "views/GeometryAttributes.h"
 
 #include <gtest/gtest.h>

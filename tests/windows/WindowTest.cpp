@@ -1,6 +1,6 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/FMessenger.h"
-#include "persistence/FDefaultPool.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
 #include "support/WindowRecorder.h"

@@ -1,6 +1,6 @@
 #include "Session.h"
 #include "foundation/DiagnosticJson.h"
-#include "persistence/FNPath.h"
+#include "persistence/files/FNPath.h"
 #include "skin/UIWizard.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "binding/Value.h"
 #include "foundation/Cast.h"
 #include "graphics/GraphicsFactory.h"
-#include "persistence/FNPath.h"
+#include "persistence/files/FNPath.h"
 #include "platform/Files.h"
 #include "platform/Platform.h"
 #include "schemes/GlobalSchemes.h"

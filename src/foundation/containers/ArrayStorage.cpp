@@ -1,7 +1,7 @@
 #include "foundation/containers/ArrayStorage.h"
 
-#include "persistence/FObjectArchive.h"
-#include "persistence/FStream.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/streams/FStream.h"
 
 #include <algorithm>
 #include <utility>

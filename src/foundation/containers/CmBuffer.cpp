@@ -1,7 +1,7 @@
 #include "foundation/containers/CmBuffer.h"
 
-#include "persistence/FObjectArchive.h"
-#include "persistence/FStream.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/streams/FStream.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 #include "foundation/containers/CmRegularExpression.h"
 
 #include "foundation/text/TextConversion.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FObjectArchive.h"
-#include "persistence/FStream.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FStream.h"
 
 #include <algorithm>
 #include <new>

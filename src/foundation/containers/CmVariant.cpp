@@ -1,9 +1,9 @@
 #include "foundation/containers/CmVariant.h"
 
 #include "foundation/text/String.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FObjectArchive.h"
-#include "persistence/FStream.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FStream.h"
 
 #include <qorl/Ref.h>
 

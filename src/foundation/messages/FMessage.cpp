@@ -1,7 +1,7 @@
 #include "foundation/messages/FMessage.h"
 
 #include "foundation/Cast.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <new>
 

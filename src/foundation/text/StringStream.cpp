@@ -1,6 +1,6 @@
 #include "foundation/text/String.h"
 #include "foundation/text/TextConversion.h"
-#include "persistence/FBinaryStream.h"
+#include "persistence/streams/FBinaryStream.h"
 
 #include <cstring>
 #include <limits>

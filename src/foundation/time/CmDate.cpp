@@ -3,9 +3,9 @@
 #include "foundation/Cast.h"
 #include "foundation/text/String.h"
 #include "foundation/time/LocaleTime.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FObjectArchive.h"
-#include "persistence/FStream.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FStream.h"
 #include "platform/Clock.h"
 
 #include <iterator>

@@ -5,7 +5,7 @@
 #include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "foundation/text/CmString.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "schemes/UScheme.h"

@@ -1,7 +1,7 @@
 #include "foundation/containers/CmRegularExpression.h"
 
-#include "persistence/FAttributes.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"
 

@@ -1,7 +1,7 @@
 // What containers tell when memory runs out.
 
 #include "foundation/containers/Elements.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>

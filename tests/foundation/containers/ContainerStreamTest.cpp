@@ -1,6 +1,6 @@
 #include "foundation/containers/Elements.h"
 #include "foundation/text/CmString.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "support/PlainArchive.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "foundation/ClassFactory.h"
 #include "foundation/containers/Elements.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

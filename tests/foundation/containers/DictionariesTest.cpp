@@ -1,6 +1,6 @@
 #include "foundation/containers/Elements.h"
 #include "foundation/text/CmString.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <gtest/gtest.h>
 

@@ -14,8 +14,8 @@
 #include "foundation/containers/dictionaries/CmBTreeDictionary.h"
 #include "foundation/containers/dictionaries/CmDictionary.h"
 #include "foundation/containers/dictionaries/CmHashDictionary.h"
-#include "persistence/FObjectArchive.h"
-#include "persistence/FStream.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/streams/FStream.h"
 
 #include <functional>
 #include <vector>

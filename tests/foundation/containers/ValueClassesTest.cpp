@@ -3,8 +3,8 @@
 #include "foundation/containers/CmRational.h"
 #include "foundation/containers/CmVariant.h"
 #include "foundation/text/CmString.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"
 

@@ -1,8 +1,8 @@
 #include "foundation/messages/FMessage.h"
 
-#include "persistence/FAttributes.h"
-#include "persistence/FMemoryStream.h"
-#include "persistence/FObjectArchive.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>

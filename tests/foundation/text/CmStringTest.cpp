@@ -6,7 +6,7 @@
 #include "foundation/text/CmTmpString.h"
 #include "foundation/text/CmTokens.h"
 #include "foundation/text/StringObject.h"
-#include "persistence/FAttributes.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "foundation/text/CmTokens.h"
 #include "foundation/text/String.h"
 #include "foundation/text/TextWidths.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 
 #include <string>

@@ -1,5 +1,5 @@
 #include "foundation/text/String.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/streams/FMemoryStream.h"
 
 #include <gtest/gtest.h>
 #include <string_view>

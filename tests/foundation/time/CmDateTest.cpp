@@ -2,8 +2,8 @@
 
 #include "foundation/text/CmString.h"
 #include "foundation/text/TranslationTable.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FMemoryStream.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"
 

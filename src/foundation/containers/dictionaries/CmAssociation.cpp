@@ -1,8 +1,8 @@
 #include "foundation/containers/dictionaries/CmAssociation.h"
 
 #include "foundation/Cast.h"
-#include "persistence/FAttributes.h"
-#include "persistence/FObjectArchive.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttributes.h"
 
 #include <utility>
 

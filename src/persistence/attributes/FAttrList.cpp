@@ -1,0 +1,41 @@
+#include "persistence/attributes/FAttrList.h"
+
+#include "foundation/Cast.h"
+#include "foundation/containers/CmBuffer.h"
+#include "persistence/streams/FMemoryStream.h"
+
+namespace qorl {
+
+std::optional<std::string_view> binaryBytes(const CmObject* object) {
+    if (const auto* memory = cast<FMemoryStream>(object))
+        return memory->bytes();
+    if (const auto* foreign = cast<FAttrBuffer>(object))
+        return std::string_view(static_cast<const char*>(foreign->data()),
+                                static_cast<size_t>(foreign->size()));
+    if (const auto* buffer = cast<CmBuffer>(object))
+        return buffer->bytes();
+    return std::nullopt;
+}
+
+FObjectList::FObjectList(const FObjectList& other)
+    : FAttrList(other), items(other.items), owned(other.owned) {
+    if (owned)
+        for (CmObject* item : items)
+            if (item)
+                item->addRef();
+}
+
+FObjectList::~FObjectList() {
+    if (owned)
+        for (CmObject* item : items)
+            if (item)
+                item->release();
+}
+
+FSubList::FSubList(const FSubList& other) : FAttrList(other) {
+    items.reserve(other.items.size());
+    for (const auto& item : other.items)
+        items.push_back(make<FAttributes>(*item));
+}
+
+} // namespace qorl

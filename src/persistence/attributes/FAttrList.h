@@ -1,0 +1,131 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+#include "foundation/text/String.h"
+#include "persistence/attributes/FAttributes.h"
+
+#include <qorl/Ref.h>
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace qorl {
+
+/// A binary block that belongs to the caller, as a value: it must outlive the attributes.
+class FAttrBuffer : public CmObject {
+    QORL_CLASS(FAttrBuffer, CmObject)
+
+public:
+    FAttrBuffer(const void* data, int64_t size) : data_(data), size_(size) {}
+
+    const void* data() const { return data_; }
+    int64_t size() const { return size_; }
+
+private:
+    const void* data_;
+    int64_t size_;
+};
+
+/// The bytes that an object holds as a binary value: an `FAttrBuffer`, a `CmBuffer` (what is in use of it) or
+/// an `FMemoryStream`. Nothing for any other object.
+std::optional<std::string_view> binaryBytes(const CmObject* object);
+
+/// A queue of values of one kind under one key, read one after the other.
+class FAttrList : public CmObject {
+    QORL_CLASS(FAttrList, CmObject)
+
+public:
+    int32_t cursor() const { return cursor_; }
+    void resetCursor() { cursor_ = 0; }
+
+    /// The index of the item to read, moving on; -1 at the end, and the cursor starts over.
+    int32_t step() {
+        if (cursor_ >= count()) {
+            cursor_ = 0;
+            return -1;
+        }
+        return cursor_++;
+    }
+
+    virtual int32_t count() const = 0;
+
+private:
+    int32_t cursor_ = 0;
+};
+
+class FIntList : public FAttrList {
+    QORL_CLASS(FIntList, FAttrList)
+    QORL_CLONE(FIntList)
+
+public:
+    int32_t count() const override { return static_cast<int32_t>(items.size()); }
+
+    std::vector<int64_t> items;
+};
+
+class FFloatList : public FAttrList {
+    QORL_CLASS(FFloatList, FAttrList)
+    QORL_CLONE(FFloatList)
+
+public:
+    int32_t count() const override { return static_cast<int32_t>(items.size()); }
+
+    std::vector<double> items;
+};
+
+/// Texts of one width.
+class FStringList : public FAttrList {
+    QORL_CLASS(FStringList, FAttrList)
+    QORL_CLONE(FStringList)
+
+public:
+    explicit FStringList(bool isWide) : wide(isWide) {}
+
+    int32_t count() const override { return static_cast<int32_t>(items.size()); }
+
+    std::vector<String> items;
+    bool wide;
+};
+
+/// Objects; with `owned` the list holds a reference on each.
+class FObjectList : public FAttrList {
+    QORL_CLASS(FObjectList, FAttrList)
+    QORL_CLONE(FObjectList)
+
+public:
+    explicit FObjectList(bool isOwned) : owned(isOwned) {}
+    FObjectList(const FObjectList& other);
+    FObjectList& operator=(const FObjectList&) = delete;
+    ~FObjectList() override;
+
+    int32_t count() const override { return static_cast<int32_t>(items.size()); }
+
+    /// For a list that owns: `object`'s reference becomes the list's.
+    void adopt(Ref<CmObject> object) {
+        items.push_back(object.get());
+        static_cast<void>(object.detach());
+    }
+
+    /// May hold null where an object failed to come up.
+    std::vector<CmObject*> items;
+    const bool owned;
+};
+
+/// Lists of attributes.
+class FSubList : public FAttrList {
+    QORL_CLASS(FSubList, FAttrList)
+    QORL_CLONE(FSubList)
+
+public:
+    FSubList() = default;
+    /// Copies the items too.
+    FSubList(const FSubList& other);
+    FSubList& operator=(const FSubList&) = delete;
+
+    int32_t count() const override { return static_cast<int32_t>(items.size()); }
+
+    std::vector<Ref<FAttributes>> items;
+};
+
+} // namespace qorl

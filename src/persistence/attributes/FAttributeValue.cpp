@@ -1,0 +1,256 @@
+#include "persistence/attributes/FAttributeValue.h"
+
+#include "foundation/Cast.h"
+#include "foundation/text/CmString.h"
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace qorl {
+
+QORL_REGISTER(FAttributeValue, "FAttributeValue", CmObject, 0)
+QORL_REGISTER(FStringIDAttribute, "FStringIDAttribute", FAttributeValue, 0)
+QORL_REGISTER(FIntIDAttribute, "FIntIDAttribute", FAttributeValue, 0)
+
+namespace {
+
+uint16_t entryFlags(uint32_t constructionFlags) {
+    return static_cast<uint16_t>((constructionFlags & 1 ? FAttributeValue::entryFlag1 : 0) |
+                                 (constructionFlags & 2 ? FAttributeValue::entryFlag2 : 0) |
+                                 (constructionFlags & 8 ? FAttributeValue::untracked : 0));
+}
+
+/// An empty text in place of one that there is no memory for would be stored as such.
+String copyOf(const ConstString& text) {
+    String copy(text);
+    if (copy.isEmpty() != text.isEmpty())
+        throw std::bad_alloc();
+    return copy;
+}
+
+template <typename T>
+int64_t toWord(T* pointer) {
+    return reinterpret_cast<int64_t>(pointer);
+}
+
+uint16_t holdFlag(FAttributeValue::Hold hold) {
+    return hold == FAttributeValue::Hold::retain  ? FAttributeValue::referenced
+           : hold == FAttributeValue::Hold::adopt ? FAttributeValue::adopted
+                                                  : 0;
+}
+
+int64_t truncated(double value) {
+    constexpr double limit = 9223372036854775808.0;
+    if (std::isnan(value))
+        return 0;
+    if (value >= limit)
+        return std::numeric_limits<int64_t>::max();
+    return value < -limit ? std::numeric_limits<int64_t>::min() : static_cast<int64_t>(value);
+}
+
+/// Gives back what a value of these flags holds.
+void releaseHeld(uint16_t flags, int64_t value) {
+    const bool isCounted = flags & (FAttributeValue::referenced | FAttributeValue::adopted);
+    if (flags & FAttributeValue::object) {
+        if (isCounted && value)
+            reinterpret_cast<CmObject*>(value)->release();
+    } else if (flags & FAttributeValue::interfacePointer) {
+        if (isCounted && value)
+            reinterpret_cast<FInterface*>(value)->release();
+    } else if ((flags & FAttributeValue::string) && !(flags & FAttributeValue::referenced)) {
+        reinterpret_cast<CmString*>(value)->release();
+    }
+}
+
+} // namespace
+
+FAttributeValue::FAttributeValue(const FAttributeValue& other) : CmObject(other) {
+    *this = other;
+}
+
+FAttributeValue::FAttributeValue(FAttributeValue&& other) noexcept
+    : flags_(std::exchange(other.flags_, 0)), value_(std::exchange(other.value_, 0)) {}
+
+FAttributeValue& FAttributeValue::operator=(const FAttributeValue& other) {
+    if (this == &other)
+        return *this;
+    if (other.isString()) {
+        setString(other.getString());
+    } else {
+        const bool isCounted = other.flags_ & (referenced | adopted);
+        if (isCounted && other.isObject())
+            other.pointer<CmObject>()->addRef();
+        else if (isCounted && (other.flags_ & interfacePointer))
+            other.pointer<FInterface>()->addRef();
+        replace(other.flags_ & ~keptMask, other.value_);
+    }
+    flags_ = static_cast<uint16_t>((flags_ & ~keptMask) | (other.flags_ & (keptMask | foreign)));
+    return *this;
+}
+
+FAttributeValue& FAttributeValue::operator=(FAttributeValue&& other) noexcept {
+    std::swap(flags_, other.flags_);
+    std::swap(value_, other.value_);
+    return *this;
+}
+
+FAttributeValue::~FAttributeValue() {
+    releaseHeld(flags_, value_);
+}
+
+/// What was held before is released last: its end may lead back to this value.
+void FAttributeValue::replace(uint16_t newFlags, int64_t newValue) const {
+    const uint16_t oldFlags = std::exchange(flags_, static_cast<uint16_t>((flags_ & keptMask) | newFlags));
+    releaseHeld(oldFlags, std::exchange(value_, newValue));
+}
+
+void FAttributeValue::own(const ConstString& text) const {
+    String copy = copyOf(text);
+    auto* owned = new CmString;
+    owned->string() = std::move(copy);
+    replace(string, toWord(owned));
+}
+
+CmString* FAttributeValue::ownedString() const {
+    return isString() && !(flags_ & referenced) ? pointer<CmString>() : nullptr;
+}
+
+bool FAttributeValue::isWide() const {
+    const CmString* owned = ownedString();
+    return owned ? owned->string().isWide() : flags_ & wide;
+}
+
+void FAttributeValue::setInteger(int64_t value) {
+    replace(integer, value);
+}
+void FAttributeValue::setFloat(double value) {
+    replace(real, std::bit_cast<int64_t>(value));
+}
+
+void FAttributeValue::setString(const ConstString& text) {
+    if (CmString* owned = ownedString())
+        owned->string() = copyOf(text);
+    else
+        own(text);
+}
+
+void FAttributeValue::referToText(const char* text) {
+    replace(string | referenced, toWord(text));
+}
+void FAttributeValue::referToText(const char16_t* text) {
+    replace(string | referenced | wide, toWord(text));
+}
+
+void FAttributeValue::setObject(CmObject* value, Hold hold) {
+    if (value && hold == Hold::retain)
+        value->addRef();
+    replace(object | holdFlag(hold), toWord(value));
+}
+
+void FAttributeValue::setInterface(FInterface* value, Hold hold) {
+    if (value && hold == Hold::retain)
+        value->addRef();
+    replace(interfacePointer | holdFlag(hold), toWord(value));
+}
+
+void FAttributeValue::clear() {
+    replace(0, 0);
+}
+
+int64_t FAttributeValue::getInteger() const {
+    if (isInteger())
+        return value_;
+    if (isFloat())
+        return truncated(getFloat());
+    int64_t number = 0;
+    getString().toInt64(number);
+    return number;
+}
+
+double FAttributeValue::getFloat() const {
+    if (isFloat())
+        return std::bit_cast<double>(value_);
+    if (isInteger())
+        return static_cast<double>(value_);
+    double number = 0;
+    getString().toDouble(number);
+    return number;
+}
+
+const char* FAttributeValue::getText8() const {
+    if (isString()) {
+        if ((flags_ & (referenced | wide)) == (referenced | wide))
+            own(ConstString(pointer<const char16_t>()));
+        const CmString* owned = ownedString();
+        return owned ? owned->text8() : pointer<const char>();
+    }
+    const auto* text = cast<CmString>(getObject());
+    return text ? text->text8() : nullptr;
+}
+
+const char16_t* FAttributeValue::getText16() const {
+    if (isString()) {
+        if ((flags_ & (referenced | wide)) == referenced)
+            own(ConstString(pointer<const char>()));
+        const CmString* owned = ownedString();
+        return owned ? owned->text16() : pointer<const char16_t>();
+    }
+    const auto* text = cast<CmString>(getObject());
+    return text ? text->text16() : nullptr;
+}
+
+ConstString FAttributeValue::getString() const {
+    if (isString()) {
+        if (const CmString* owned = ownedString())
+            return owned->string();
+        return flags_ & wide ? ConstString(pointer<const char16_t>()) : ConstString(pointer<const char>());
+    }
+    const auto* text = cast<CmString>(getObject());
+    return text ? ConstString(text->string()) : ConstString();
+}
+
+CmObject* FAttributeValue::getObject() const {
+    return isObject() ? pointer<CmObject>() : nullptr;
+}
+
+FInterface* FAttributeValue::getInterface() const {
+    return flags_ & interfacePointer ? pointer<FInterface>() : nullptr;
+}
+
+FStringIDAttribute::FStringIDAttribute(std::string_view key, uint32_t constructionFlags) : key_(key) {
+    setEntryFlags(entryFlags(constructionFlags));
+}
+
+bool FStringIDAttribute::isEqual(const CmObject* other) const {
+    const auto* entry = cast<FStringIDAttribute>(other);
+    return entry && key_ == entry->key_;
+}
+
+int32_t FStringIDAttribute::compare(const CmObject* other) const {
+    const auto* entry = cast<FStringIDAttribute>(other);
+    if (!entry)
+        return CmObject::compare(other);
+    const int order = key_.compare(entry->key_);
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
+}
+
+FIntIDAttribute::FIntIDAttribute(uint32_t key, uint32_t constructionFlags) : key_(key) {
+    setEntryFlags(entryFlags(constructionFlags));
+}
+
+bool FIntIDAttribute::isEqual(const CmObject* other) const {
+    const auto* entry = cast<FIntIDAttribute>(other);
+    return entry && key_ == entry->key_;
+}
+
+int32_t FIntIDAttribute::compare(const CmObject* other) const {
+    const auto* entry = cast<FIntIDAttribute>(other);
+    if (!entry)
+        return CmObject::compare(other);
+    return key_ < entry->key_ ? -1 : key_ > entry->key_ ? 1 : 0;
+}
+
+} // namespace qorl

@@ -1,0 +1,232 @@
+#include "persistence/attributes/FAttributes.h"
+
+#include "foundation/Cast.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/AttributesStream.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlObject.h"
+
+#include <algorithm>
+#include <new>
+
+namespace qorl {
+
+QORL_REGISTER(FAttributes, "FAttributes", CmObject, 0)
+QORL_REGISTER_ALIAS(FAttributes, "Attributes")
+
+namespace {
+
+/// The live object behind a value, created now when it is stored.
+CmObject* liveObject(CmObject* object, const char* className) {
+    if (auto* stored = cast<FXmlObject>(object))
+        object = stored->getObject();
+    return object && (!className || object->isTypeOf(className, true)) ? object : nullptr;
+}
+
+/// Parts that belong to the list alone, so that a copy of the list needs its own.
+bool isPart(const CmObject* object) {
+    return cast<FAttributes>(object) || cast<FAttrList>(object) || cast<FMemoryStream>(object);
+}
+
+std::string_view bytesOf(const FAttributeValue* value) {
+    return binaryBytes(value ? value->getObject() : nullptr).value_or(std::string_view());
+}
+
+} // namespace
+
+FAttributes::FAttributes(const FAttributes& other) : CmObject(other) {
+    *this = other;
+}
+
+FAttributes& FAttributes::operator=(const FAttributes& other) {
+    if (this == &other || items_ == other.items_)
+        return *this;
+    Ref<FAttributeItems> copy;
+    if (!other.isEmpty()) {
+        copy = make<FAttributeItems>();
+        copy->entries = other.items_->entries;
+        for (auto& entry : copy->entries) {
+            if (!isPart(entry.getObject()))
+                continue;
+            CmObject* part = entry.getObject()->clone();
+            // A copy is whole or it isn't made.
+            if (!part)
+                throw std::bad_alloc();
+            entry.setObject(part, Hold::adopt);
+        }
+    }
+    items_ = std::move(copy);
+    return *this;
+}
+
+FAttributes::~FAttributes() = default;
+
+Result FAttributes::queryInterface(const InterfaceId& id, void** out) {
+    if (id != IAttributes::iid && id != IAttributes::binaryIid)
+        return CmObject::queryInterface(id, out);
+    addRef();
+    *out = static_cast<IAttributes*>(this);
+    return Result::ok;
+}
+
+std::vector<FStringIDAttribute>& FAttributes::entries() {
+    if (!items_)
+        items_ = make<FAttributeItems>();
+    return items_->entries;
+}
+
+FStringIDAttribute* FAttributes::find(std::string_view key) const {
+    if (items_)
+        for (auto& entry : items_->entries)
+            if (entry.key() == key)
+                return &entry;
+    return nullptr;
+}
+
+FStringIDAttribute* FAttributes::at(int32_t index) const {
+    return index >= 0 && index < count() ? &items_->entries[static_cast<size_t>(index)] : nullptr;
+}
+
+FStringIDAttribute& FAttributes::entry(std::string_view key) {
+    FStringIDAttribute* found = find(key);
+    return found ? *found : append(key);
+}
+
+FStringIDAttribute& FAttributes::append(std::string_view key, uint32_t constructionFlags) {
+    return entries().emplace_back(key, constructionFlags);
+}
+
+bool FAttributes::remove(std::string_view key) {
+    FStringIDAttribute* found = find(key);
+    if (!found)
+        return false;
+    // The value goes last: its end may lead back to this list.
+    const FStringIDAttribute removed = std::move(*found);
+    auto& list = items_->entries;
+    list.erase(list.begin() + (found - list.data()));
+    return true;
+}
+
+void FAttributes::removeAll() {
+    if (items_) {
+        const auto removed = std::move(items_->entries);
+        items_->entries.clear();
+    }
+}
+
+void FAttributes::setText8(std::string_view key, const char* text) {
+    if (text)
+        setString(key, ConstString(text));
+    else
+        remove(key);
+}
+
+void FAttributes::setText16(std::string_view key, const char16_t* text) {
+    if (text)
+        setString(key, ConstString(text));
+    else
+        remove(key);
+}
+
+void FAttributes::setObject(std::string_view key, CmObject* object, Hold hold) {
+    if (!object) {
+        remove(key);
+        return;
+    }
+    // What is taken over goes, too, when there is no memory for its entry.
+    auto adopted = Ref<CmObject>::adopt(hold == Hold::adopt ? object : nullptr);
+    entry(key).setObject(object, hold);
+    static_cast<void>(adopted.detach());
+}
+
+void FAttributes::setBinary(std::string_view key, const void* data, int64_t size, bool copy) {
+    if (!copy) {
+        setObject(key, new FAttrBuffer(data, size), Hold::adopt);
+        return;
+    }
+    auto block = make<FMemoryStream>();
+    block->write(data, size);
+    block->rewind();
+    setObject(key, block.detach(), Hold::adopt);
+}
+
+int64_t FAttributes::getInteger(std::string_view key, int64_t standard) const {
+    const auto* found = find(key);
+    return found ? found->getInteger() : standard;
+}
+
+double FAttributes::getFloat(std::string_view key, double standard) const {
+    const auto* found = find(key);
+    return found ? found->getFloat() : standard;
+}
+
+const char* FAttributes::getText8(std::string_view key) const {
+    const auto* found = find(key);
+    return found ? found->getText8() : nullptr;
+}
+
+const char16_t* FAttributes::getText16(std::string_view key) const {
+    const auto* found = find(key);
+    return found ? found->getText16() : nullptr;
+}
+
+ConstString FAttributes::getString(std::string_view key) const {
+    const auto* found = find(key);
+    return found ? found->getString() : ConstString();
+}
+
+Ref<CmObject> FAttributes::getObject(std::string_view key, const char* className) const {
+    const auto* found = find(key);
+    return retain(found ? liveObject(found->getObject(), className) : nullptr);
+}
+
+FAttributes* FAttributes::getAttributes(std::string_view key) const {
+    const auto* found = find(key);
+    return found ? cast<FAttributes>(found->getObject()) : nullptr;
+}
+
+bool FAttributes::getBinaryData(std::string_view key, void* buffer, int64_t size) const {
+    const std::string_view bytes = bytesOf(find(key));
+    if (size < 0 || size > static_cast<int64_t>(bytes.size()) || (size > 0 && !buffer))
+        return false;
+    if (size > 0)
+        std::memcpy(buffer, bytes.data(), static_cast<size_t>(size));
+    return true;
+}
+
+const void* FAttributes::getBinaryAddress(std::string_view key) const {
+    return bytesOf(find(key)).data();
+}
+int64_t FAttributes::getBinarySize(std::string_view key) const {
+    return static_cast<int64_t>(bytesOf(find(key)).size());
+}
+
+bool FAttributes::saveObject(std::string_view key, CmObject* object) {
+    auto attributes = make<FAttributes>();
+    if (!object || !object->storeAttributes(attributes.get()))
+        return false;
+    setObject(key, attributes.detach(), Hold::adopt);
+    return true;
+}
+
+bool FAttributes::loadObject(std::string_view key, CmObject* object) const {
+    FAttributes* attributes = getAttributes(key);
+    return attributes && object && object->restoreAttributes(attributes);
+}
+
+void FAttributes::shareWith(FAttributes& other) {
+    entries();
+    other.items_ = items_;
+}
+
+bool FAttributes::writeTo(FObjectArchive* archive) {
+    return AttributesStream::write(archive->stream(), *this);
+}
+
+bool FAttributes::readFrom(FObjectArchive* archive) {
+    removeAll();
+    return AttributesStream::read(archive->stream(), *this, archive);
+}
+
+} // namespace qorl

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "foundation/text/CmString.h"
+#include "persistence/attributes/FAttributes.h"
+
+namespace qorl {
+
+/// One named group of settings. Its values are plain attributes.
+class FDefaults : public CmObject {
+    QORL_CLASS(FDefaults, CmObject)
+    QORL_CLONE(FDefaults)
+
+public:
+    explicit FDefaults(const ConstString& group = {}, int32_t version = 0)
+        : group_(group), version_(version) {}
+
+    const String& group() const { return group_.string(); }
+    int32_t version() const { return version_; }
+    void setVersion(int32_t version) { version_ = version; }
+    FAttributes& values() { return values_; }
+    const FAttributes& values() const { return values_; }
+    bool isEmpty() const { return values_.isEmpty(); }
+
+    /// By the group's name.
+    bool isEqual(const CmObject* other) const override;
+    int32_t compare(const CmObject* other) const override;
+    /// "Group", "Version" unless 0, "Values".
+    bool storeAttributes(FAttributes* attributes) override;
+    /// Values that the group holds already stay.
+    bool restoreAttributes(FAttributes* attributes) override;
+
+private:
+    CmString group_;
+    int32_t version_;
+    FAttributes values_;
+};
+
+/// An object whose attributes the defaults store keeps under the name of its class, from load to save.
+class AutoSaver : public CmObject {
+    QORL_CLASS(AutoSaver, CmObject)
+
+public:
+    AutoSaver();
+    ~AutoSaver() override;
+};
+
+} // namespace qorl

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "persistence/files/FFileSystem.h"
+#include "persistence/files/FNPath.h"
+
+#include <span>
+#include <string>
+
+namespace qorl {
+
+/// The native disk. One object serves all paths; any thread may use it, notifications run on the caller's.
+class FNFileSystem : public FFileSystem {
+    QORL_CLASS(FNFileSystem, FFileSystem)
+
+public:
+    /// Made on first use; null once the library has released its singletons.
+    static FNFileSystem* instance();
+
+    Ref<FFileStream> createFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
+    Ref<FFileStream> openFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
+    bool closeFile(Ref<FFileStream> stream) override;
+    bool deleteFile(const FPath& path) override;
+    bool exists(const FPath& path) override;
+    bool rename(FPath& path, const ConstString& newName) override;
+    bool move(FPath& path, const FPath& newFolder) override;
+    bool copy(const FPath& from, const FPath& to, StreamProgress* progress = nullptr) override;
+    bool createFolder(const FPath& path) override;
+    bool setCurrentFolder(const FPath& path) override;
+    bool getVolumeInfo(const FPath& path, FVolumeInfo& info) override;
+    bool deleteFolder(const FPath& path) override;
+    bool getFileTime(const FPath& path, FileTimes& times) override;
+    int64_t getFileSize(FStream& stream) override;
+    int64_t getFileSizeOf(const FPath& path) override;
+    bool isReadOnly(const FPath& path) override;
+    bool isWriteProtected(const FPath& path) override;
+    bool createParents(const FPath& path, bool isFolder) override;
+    Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) override;
+
+    /// A new empty file in the temporary folder, open for reading and writing; its name in `path`.
+    Ref<FFileStream> createTempFile(FNPath& path);
+    /// A folder with all that is in it; links are removed, never followed.
+    bool deleteTree(const FPath& path);
+    /// A folder with all that is in it, into `to`, which is made and may not lie inside of `from`. A link to
+    /// a file becomes a file, any other link stays one.
+    bool copyTree(const FPath& from, const FPath& to);
+    /// Free bytes for this user, -1 on failure.
+    int64_t getFreeSpace(const FPath& path);
+    /// "1.500 MB".
+    static void formatSize(int64_t bytes, String& text);
+
+    /// The one way to store a file: beside it first, then in its place, so that whatever crashes leaves the
+    /// old bytes or the new ones.
+    bool replaceFile(const FPath& path, std::span<const uint8_t> bytes, int32_t* error = nullptr);
+    /// The whole file; false when it can't be read or is longer than `limit` bytes.
+    bool readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error = nullptr);
+};
+
+} // namespace qorl

@@ -1,0 +1,114 @@
+#include "persistence/streams/FFileStream.h"
+
+#include "persistence/files/FNFileSystem.h"
+#include "persistence/files/FUrl.h"
+#include "persistence/streams/StreamProgress.h"
+
+namespace qorl {
+
+QORL_REGISTER(FFileStream, "FFileStream", FStream, 0)
+
+FFileStream::FFileStream(platform::File file, uint32_t mode) : file_(std::move(file)), mode_(mode) {}
+FFileStream::~FFileStream() {
+    close();
+}
+
+Result FFileStream::queryInterface(const InterfaceId& id, void** out) {
+    if (detail::answerFace<ISizeableStream>(this, id, out))
+        return Result::ok;
+    return FStream::queryInterface(id, out);
+}
+
+void FFileStream::remember(const platform::FileError& error) {
+    if (lastError_ == 0)
+        lastError_ = error.code;
+}
+
+bool FFileStream::isCancelled(const void* buffer, int64_t count) {
+    return progress_ && progress_->isCancelled(buffer, count);
+}
+
+void FFileStream::advance(int64_t count) {
+    if (progress_ && count > 0)
+        progress_->setPosition(progress_->position() + count);
+}
+
+int64_t FFileStream::read(void* buffer, int64_t count) {
+    if (isCancelled(buffer, count))
+        return -1;
+    if (count < 1)
+        return 0;
+    platform::FileError error;
+    const int64_t got = file_.read(buffer, count, &error);
+    remember(error);
+    advance(got);
+    return got;
+}
+
+int64_t FFileStream::write(const void* buffer, int64_t count) {
+    if (isCancelled(buffer, count))
+        return -1;
+    if (count < 1)
+        return 0;
+    platform::FileError error;
+    const int64_t written = file_.write(buffer, count, &error);
+    remember(error);
+    advance(written);
+    return written;
+}
+
+int64_t FFileStream::seek(int64_t offset, int32_t mode) {
+    using platform::SeekOrigin;
+    if (mode < fromStart || mode > fromEnd)
+        return -1;
+    const SeekOrigin origins[] = {SeekOrigin::start, SeekOrigin::current, SeekOrigin::end};
+    return file_.seek(offset, origins[mode]);
+}
+
+int64_t FFileStream::tell() {
+    return file_.getPosition();
+}
+
+void FFileStream::rewind() {
+    seek(0, fromStart);
+    if (progress_)
+        progress_->setPosition(0);
+}
+
+void FFileStream::flush() {
+    remember(file_.flushToDisk());
+}
+
+Result FFileStream::getStreamSize(int64_t& size) {
+    size = getLength();
+    return size < 0 ? Result::failure : Result::ok;
+}
+
+Result FFileStream::setStreamSize(int64_t size) {
+    return setLength(size) ? Result::ok : Result::failure;
+}
+
+int64_t FFileStream::getLength() const {
+    return file_.getSize();
+}
+
+bool FFileStream::setLength(int64_t length) {
+    const platform::FileError error = file_.setSize(length);
+    remember(error);
+    return !error;
+}
+
+bool FFileStream::isAtEnd() {
+    return tell() >= getLength();
+}
+
+void FFileStream::close() {
+    if (!file_.isOpen())
+        return;
+    remember(file_.close());
+    auto* files = FNFileSystem::instance();
+    if (files && url() && (mode_ & (writeAccess | shareWrite)))
+        files->notify(FFileSystem::fileWritten, FNPath(url()->path()));
+}
+
+} // namespace qorl

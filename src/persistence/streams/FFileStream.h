@@ -1,0 +1,67 @@
+#pragma once
+
+#include "persistence/streams/FStream.h"
+#include "platform/Files.h"
+
+namespace qorl {
+
+/// A file, opened by a file system. When it was written, its file system is told as it closes.
+class FFileStream : public FStream, public ISizeableStream {
+    QORL_CLASS(FFileStream, FStream)
+    QORL_RECORD(FFileStream)
+
+public:
+    enum OpenFlag : uint32_t {
+        readAccess = 1,
+        writeAccess = 2,
+        shareRead = 4,
+        shareWrite = 8,
+        createPath = 16,
+        unbuffered = 32,
+        sequential = 64,
+    };
+
+    FFileStream() = default;
+    FFileStream(platform::File file, uint32_t mode);
+    FFileStream(const FFileStream&) = delete;
+    ~FFileStream() override;
+
+    Result queryInterface(const InterfaceId& id, void** out) override;
+    uint32_t addRef() override { return FStream::addRef(); }
+    uint32_t release() override { return FStream::release(); }
+
+    int64_t read(void* buffer, int64_t count) override;
+    int64_t write(const void* buffer, int64_t count) override;
+    int64_t seek(int64_t offset, int32_t mode) override;
+    int64_t tell() override;
+    void rewind() override;
+    /// Returns when the bytes are on the disk.
+    void flush() override;
+    void setProgress(StreamProgress* monitor) override { progress_ = monitor; }
+    Result getStreamSize(int64_t& size) override;
+    Result setStreamSize(int64_t size) override;
+
+    /// In bytes, -1 on failure.
+    int64_t getLength() const;
+    /// Cuts or grows the file; the position stays.
+    bool setLength(int64_t length);
+    bool isAtEnd();
+    bool isOpen() const { return file_.isOpen(); }
+    void close();
+    /// The first error of the system since `clearError`, 0 for none.
+    int32_t getLastError() const { return lastError_; }
+    void clearError() { lastError_ = 0; }
+    uint32_t mode() const { return mode_; }
+
+private:
+    bool isCancelled(const void* buffer, int64_t count);
+    void advance(int64_t count);
+    void remember(const platform::FileError& error);
+
+    platform::File file_;
+    uint32_t mode_ = 0;
+    int32_t lastError_ = 0;
+    StreamProgress* progress_ = nullptr;
+};
+
+} // namespace qorl

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+#include "persistence/streams/FBinaryStream.h"
+#include "persistence/streams/StreamFace.h"
+
+#include <qorl/Ref.h>
+
+namespace qorl {
+
+class FUrl;
+class StreamProgress;
+
+/// Bytes in a file, in memory or behind another stream, read and written from one moving position.
+///
+/// One object has three faces: this class, the typed layer `FBinaryStream`, and `IBStream` for other modules.
+/// Concrete classes supply the four raw operations and `rewind`. A wrapper keeps a reference on what it wraps
+/// and takes over its URL and byte order. Threading: one thread at a time.
+class FStream : public CmObject, public FBinaryStream, public StreamFace {
+    QORL_CLASS(FStream, CmObject)
+    QORL_RECORD(FStream)
+    QORL_FACES(FStream, CmObject, IBStream)
+
+public:
+    using FBinaryStream::read;
+    using FBinaryStream::seek;
+    using FBinaryStream::tell;
+    using FBinaryStream::write;
+    using SeekMode = FBinaryStream::SeekMode;
+    using FBinaryStream::fromEnd;
+    using FBinaryStream::fromHere;
+    using FBinaryStream::fromStart;
+
+    FStream();
+    FStream(const FStream& other);
+    ~FStream() override;
+
+    virtual void rewind() = 0;
+    /// Hands buffered data on.
+    virtual void flush();
+    /// False once the stream has failed in a way that can't be cured.
+    virtual bool isValid() const;
+    /// Writes `count` bytes taken from `source`. True when all of them went.
+    virtual bool copyFrom(FStream& source, int64_t count);
+    /// Writes all of this stream, from start to end, to `destination`.
+    virtual bool writeTo(FStream& destination);
+    virtual void setProgress(StreamProgress* monitor);
+
+    /// Where the data comes from; null for a stream in memory.
+    FUrl* url() const;
+    void setUrl(FUrl* url);
+
+    bool copyTo(FStream& destination, int64_t count);
+    /// Appends all of `source`, which is rewound first, at this stream's position.
+    bool copyAll(FStream& source);
+    /// Rewinds both and compares their bytes.
+    bool contentEquals(FStream& other);
+    /// The raw UTF-16 units, with `withTerminator` a 2-byte zero more.
+    bool writeWideText(const char16_t* text, bool withTerminator);
+    enum LineTrim : int32_t { keepBlanks = 0, dropBlanks = 1 };
+    /// Reads one line into `line`, and all line ends behind it. False at the end of the stream, and for
+    /// a line of more than 64 MB, which is no text.
+    bool readTextLine(std::string& line, int32_t trimMode = keepBlanks);
+
+    using CmObject::writeTo;
+
+private:
+    Ref<FUrl> url_;
+};
+
+} // namespace qorl

@@ -1,0 +1,107 @@
+#include "persistence/xml/FXmlObject.h"
+
+#include "foundation/Cast.h"
+#include "foundation/ClassFactory.h"
+#include "persistence/archive/FObjectArchive.h"
+
+#include <new>
+#include <utility>
+
+namespace qorl {
+
+namespace {
+
+// Instances that nobody holds any more, while the first of them goes: so a long chain of references takes no
+// stack. Each thread releases its own.
+constinit thread_local std::vector<Ref<FXmlInstance>>* leaving = nullptr;
+
+void letGo(Ref<FXmlInstance> instance) {
+    if (!instance)
+        return;
+    // Without memory for the list it goes at once.
+    try {
+        if (leaving) {
+            leaving->push_back(std::move(instance));
+            return;
+        }
+        std::vector<Ref<FXmlInstance>> list;
+        list.push_back(std::move(instance));
+        leaving = &list;
+        while (!list.empty()) {
+            const Ref<FXmlInstance> last = std::move(list.back());
+            list.pop_back();
+        }
+        leaving = nullptr;
+    } catch (const std::bad_alloc&) {
+        instance.reset();
+    }
+}
+
+} // namespace
+
+bool FXmlObject::isEqual(const CmObject* other) const {
+    const auto* stored = cast<FXmlObject>(other);
+    return stored && id_ == stored->id_;
+}
+
+int32_t FXmlObject::compare(const CmObject* other) const {
+    const auto* stored = cast<FXmlObject>(other);
+    if (!stored)
+        return CmObject::compare(other);
+    return id_ < stored->id_ ? -1 : id_ > stored->id_ ? 1 : 0;
+}
+
+uint32_t FXmlObject::hashCode(uint32_t size) const {
+    return static_cast<uint32_t>(id_ % size);
+}
+
+FXmlInstance::FXmlInstance(uint64_t id, const ConstString& className, Ref<FAttributes> attributes)
+    : FXmlObject(id), attributes_(std::move(attributes)), className_(className) {}
+
+FXmlInstance::~FXmlInstance() {
+    for (FXmlReference* watcher : watchers_)
+        watcher->target_ = nullptr;
+}
+
+CmObject* FXmlInstance::getObject() {
+    if (object_ || !attributes_ || className_.isEmpty())
+        return object_.get();
+    // Whatever comes of it, it is not tried again.
+    const Ref<FAttributes> attributes = std::move(attributes_);
+    auto* factory = ClassFactory::instance();
+    const Ref<FInterface> created = factory ? factory->createByName(className_.text8()) : nullptr;
+    object_ = retain(castToCmObject(created.get()));
+    if (!object_) {
+        FObjectArchive::reportGlobally(FObjectArchive::classNotRegistered, className_.text8());
+        return nullptr;
+    }
+    if (!object_->restoreAttributes(attributes.get()))
+        object_.reset();
+    return object_.get();
+}
+
+bool FXmlInstance::isClass(const char* className) const {
+    return className_.string() == ConstString(className);
+}
+
+FXmlReference::~FXmlReference() {
+    unbind();
+}
+
+void FXmlReference::bind(FXmlInstance* target, Binding binding) {
+    unbind();
+    target_ = target;
+    if (binding == Binding::hold)
+        held_ = retain(target);
+    else
+        target->watchers_.push_back(this);
+}
+
+void FXmlReference::unbind() {
+    if (target_ && !held_)
+        std::erase(target_->watchers_, this);
+    target_ = nullptr;
+    letGo(std::move(held_));
+}
+
+} // namespace qorl

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "persistence/attributes/FAttributes.h"
+
+#include <string>
+#include <string_view>
+
+namespace qorl {
+
+/// Attributes as an XML document that people may read: one element an attribute, objects with class and
+/// number.
+namespace XmlDocument {
+
+/// Appends the document of `attributes` with the top element `tag` to `text`. False when an object in it has
+/// no attributes, and without memory.
+bool write(std::string& text, std::string_view tag, const FAttributes& attributes);
+
+/// Adds what `text` holds to `attributes`. False, with "LINE:COLUMN: reason" in `error`, when it is no such
+/// document.
+bool read(std::string_view text, std::string_view tag, FAttributes& attributes, std::string* error = nullptr);
+
+} // namespace XmlDocument
+
+/// Settings files: one object each, stored by its attributes under a name in the user's settings folder. A
+/// name without an extension gets "xml". A failed or interrupted save leaves the earlier file.
+namespace XmlFile {
+
+/// What a load found of the user's own file. One that is `unreadable` (no right to, not of this form, too
+/// long) may hold what the user still wants: `setAside` before saving over it.
+enum class OwnFile : uint8_t { read, missing, unreadable };
+
+/// Writes nothing when the file holds the same already.
+bool save(const ConstString& name, std::string_view tag, CmObject& object);
+/// Falls back to what an interrupted save of an earlier version left, and, when the file can't be opened, to
+/// the application's shared data.
+bool load(const ConstString& name, std::string_view tag, CmObject& object, OwnFile* found = nullptr);
+/// Puts the file away under "NAME (Damaged)", or the first number behind it that is free. True also
+/// when there is none.
+bool setAside(const ConstString& name);
+bool exists(const ConstString& name);
+bool remove(const ConstString& name);
+bool rename(const ConstString& name, const ConstString& newName);
+/// Copies the file beside itself, with the extension "xml.backup".
+bool backup(const ConstString& name);
+/// Puts such a copy in the file's place. False when there is none.
+bool restore(const ConstString& name);
+
+} // namespace XmlFile
+
+} // namespace qorl

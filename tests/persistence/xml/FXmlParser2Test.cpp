@@ -1,0 +1,201 @@
+#include "persistence/xml/FXmlParser2.h"
+
+#include "foundation/text/StringObject.h"
+#include "persistence/streams/FMemoryStream.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+/// Writes down what it hears, one word an event, and stops or suspends where the test wants it.
+class Recorder : public IXmlHandler {
+public:
+    explicit Recorder(FXmlParser2& parser) : parser_(parser) { parser.setHandler(this); }
+
+    void startElement(IXmlParser*, const char* name, const char** attributes) override {
+        const XmlPosition position = parser_.position();
+        events += '<' + std::string(name);
+        for (; *attributes; attributes += 2)
+            events += ' ' + std::string(attributes[0]) + '=' + attributes[1];
+        events += '>';
+        places += std::to_string(position.line) + ':' + std::to_string(position.column) + '@' +
+                  std::to_string(position.byteOffset) + ' ';
+        deepest = std::max(deepest, parser_.depth());
+        if (name == stopAt)
+            parser_.stop("no " + stopAt + " here");
+        if (name == suspendAt)
+            parser_.suspend();
+    }
+    void endElement(IXmlParser*, const char* name) override { events += "</" + std::string(name) + '>'; }
+    void characterData(IXmlParser*, const char* text, int32_t length) override {
+        events.append(text, static_cast<size_t>(length));
+    }
+    void comment(IXmlParser*, const char* text) override { events += '!' + std::string(text) + '!'; }
+
+    std::string events;
+    std::string places;
+    std::string stopAt;
+    std::string suspendAt;
+    int32_t deepest = 0;
+
+private:
+    FXmlParser2& parser_;
+};
+
+std::string describe(const FXmlParser2& parser) {
+    const XmlPosition position = parser.errorPosition();
+    return std::to_string(position.line) + ':' + std::to_string(position.column) + ": " +
+           parser.errorMessage();
+}
+
+/// A stream that gives one byte at a time, as a slow source would.
+class Trickle : public FMemoryStream {
+public:
+    using FMemoryStream::FMemoryStream;
+    int64_t read(void* buffer, int64_t count) override {
+        return FMemoryStream::read(buffer, std::min<int64_t>(count, 1));
+    }
+};
+
+TEST(FXmlParser2, TellsWhatItFindsAndWhere) {
+    const std::string document = "<?xml version='1.0'?>\n<skin a='1' b=\"x&amp;y\">\n  t\xC3\xA4xt<row/>\n"
+                                 "\xC3\xA4\xC3\xA4<col/><!--note--></skin>\n";
+    const std::string expected =
+        "<skin a=1 b=x&y>\n  t\xC3\xA4xt<row></row>\n\xC3\xA4\xC3\xA4<col></col>!note!</skin>";
+    const std::string places = "2:1@22 3:7@54 4:3@65 ";
+    FXmlParser2 whole;
+    Recorder inMemory(whole);
+    EXPECT_TRUE(whole.parse(document));
+    EXPECT_EQ(inMemory.events, expected);
+    EXPECT_EQ(inMemory.places, places);
+    EXPECT_EQ(inMemory.deepest, 2);
+
+    FXmlParser2 pieces;
+    Recorder inPieces(pieces);
+    EXPECT_TRUE(pieces.parse(make<Trickle>(std::string_view(document)).get()));
+    EXPECT_EQ(inPieces.events, expected);
+    EXPECT_EQ(inPieces.places, places);
+}
+
+struct ErrorCase {
+    const char* document;
+    const char* expected;
+};
+
+TEST(FXmlParser2, SaysWhatIsWrongAndWhere) {
+    const ErrorCase cases[] = {
+        {"", "1:1: no element found"},
+        {"<a>\n <b></c>\n</a>", "2:7: mismatched tag"},
+        {"<a>\n<b", "2:1: unclosed token"},
+        {"<a x='1' x='2'/>", "1:10: duplicate attribute"},
+        {"<a>&nosuch;</a>", "1:4: undefined entity"},
+        {"<a>\n  gr\xF6\xDF"
+         "e</a>",
+         "2:5: byte 0xF6 is no valid UTF-8: save the document as UTF-8, or declare its encoding"},
+        {"<?xml version='1.0' encoding='klingon'?><a/>",
+         "1:31: unknown encoding: save the document as UTF-8"},
+        {"<a>\n", "2:1: no element found"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.document);
+        FXmlParser2 whole;
+        EXPECT_FALSE(whole.parse(std::string_view(c.document)));
+        EXPECT_EQ(describe(whole), c.expected);
+        FXmlParser2 pieces;
+        EXPECT_FALSE(pieces.parse(make<Trickle>(std::string_view(c.document)).get()));
+        EXPECT_EQ(describe(pieces), c.expected);
+        EXPECT_FALSE(pieces.parse(std::string_view("<a/>"))) << "a failed parser must be reset first";
+        EXPECT_TRUE(pieces.reset(nullptr));
+        EXPECT_TRUE(pieces.parse(std::string_view("<a/>")));
+        EXPECT_FALSE(pieces.hasFailed());
+    }
+}
+
+TEST(FXmlParser2, WritesItsErrorTextIntoAString) {
+    FXmlParser2 parser;
+    parser.parse(std::string_view("<a>\n<b>\n</a>"));
+    const auto text = make<StringObject>();
+    parser.getErrorText(static_cast<FDependent*>(text.get()));
+    EXPECT_EQ(text->string().toUtf8(), "Xml Error: mismatched tag \r\nLine: 3");
+
+    FXmlParser2 stopped;
+    Recorder recorder(stopped);
+    recorder.stopAt = "b";
+    EXPECT_FALSE(stopped.parse(std::string_view("<a>\n\n<b/></a>")));
+    EXPECT_EQ(describe(stopped), "3:1: no b here");
+    EXPECT_EQ(recorder.events, "<a>\n\n<b>") << "nothing more is told after a stop";
+    stopped.getErrorText(static_cast<FDependent*>(text.get()));
+    EXPECT_EQ(text->string().toUtf8(), "Xml Error: no b here \r\nLine: 2");
+}
+
+TEST(FXmlParser2, RefusesWhatGrowsWithoutEnd) {
+    std::string deep;
+    for (int i = 0; i < 100000; ++i)
+        deep += "<a>";
+    FXmlParser2 nested;
+    Recorder recorder(nested);
+    EXPECT_FALSE(nested.parse(deep));
+    EXPECT_EQ(describe(nested), "1:3001: elements are nested deeper than 1000");
+    EXPECT_EQ(recorder.deepest, 1000);
+
+    FXmlParser2 large;
+    large.setLimits({.documentBytes = 10});
+    EXPECT_FALSE(large.parse(std::string_view("<a>1234567</a>")));
+    EXPECT_EQ(describe(large), "1:1: the document is larger than 10 bytes");
+
+    const std::string endless = "<a b='" + std::string(300000, 'x');
+    FXmlParser2 tag;
+    tag.setLimits({.tokenBytes = 100000});
+    EXPECT_FALSE(tag.parse(make<FMemoryStream>(std::string_view(endless)).get()));
+    EXPECT_EQ(describe(tag), "1:1: a tag or text is longer than 100000 bytes");
+
+    std::string laughs = "<!DOCTYPE a [<!ENTITY l0 'ha'>";
+    for (int i = 1; i < 40; ++i)
+        laughs += "<!ENTITY l" + std::to_string(i) + " '&l" + std::to_string(i - 1) + ";&l" +
+                  std::to_string(i - 1) + ";'>";
+    FXmlParser2 blowUp;
+    EXPECT_FALSE(blowUp.parse(laughs + "]><a>&l39;</a>"));
+    EXPECT_NE(blowUp.errorMessage().find("amplification"), std::string::npos) << blowUp.errorMessage();
+}
+
+TEST(FXmlParser2, LeavesTheStreamBehindTheDocument) {
+    const auto stream = make<FMemoryStream>(std::string_view("<a>1</a><b>2</b>rest"));
+    for (const char* expected : {"<a>1</a>", "<b>2</b>"}) {
+        FXmlParser2 parser;
+        Recorder recorder(parser);
+        EXPECT_TRUE(parser.parse(stream.get()));
+        EXPECT_EQ(recorder.events, expected);
+    }
+    char rest[8] = {};
+    EXPECT_EQ(stream->read(rest, sizeof rest), 4);
+    EXPECT_STREQ(rest, "rest");
+}
+
+TEST(FXmlParser2, SuspendsAndGoesOn) {
+    const auto stream = make<FMemoryStream>(std::string_view("<a><b/><b/></a>"));
+    FXmlParser2 parser;
+    Recorder recorder(parser);
+    recorder.suspendAt = "b";
+    EXPECT_TRUE(parser.parse(stream.get()));
+    EXPECT_EQ(recorder.events, "<a><b></b>");
+    EXPECT_TRUE(parser.resume(stream.get()));
+    EXPECT_EQ(recorder.events, "<a><b></b><b></b>");
+    EXPECT_TRUE(parser.resume(stream.get()));
+    EXPECT_EQ(recorder.events, "<a><b></b><b></b></a>");
+    EXPECT_FALSE(parser.suspend());
+    FXmlParser2 fresh;
+    EXPECT_FALSE(fresh.resume(stream.get()));
+}
+
+TEST(FXmlParser2, ReadsAnEncodingThatTheCallerKnows) {
+    FXmlParser2 parser;
+    Recorder recorder(parser);
+    EXPECT_TRUE(parser.setEncoding("ISO-8859-1"));
+    EXPECT_TRUE(parser.parse(std::string_view("<a>\xE4</a>")));
+    EXPECT_EQ(recorder.events, "<a>\xC3\xA4</a>");
+}
+
+} // namespace
+} // namespace qorl

@@ -1,0 +1,324 @@
+#include "persistence/xml/XmlDocument.h"
+
+#include "foundation/Cast.h"
+#include "foundation/text/CmString.h"
+#include "persistence/SettingsFolder.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlObject.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+using Hold = FAttributes::Hold;
+
+std::string written(const FAttributes& attributes) {
+    std::string text;
+    EXPECT_TRUE(XmlDocument::write(text, "State", attributes));
+    return text;
+}
+
+/// The body of a document in lines that end in CR LF.
+std::string document(const std::string& body) {
+    std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<State>\n" + body + "</State>\n";
+    for (size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2)
+        text.insert(at, "\r");
+    return text;
+}
+
+TEST(XmlDocument, WritesEachKindInItsForm) {
+    FAttributes attributes;
+    attributes.setInteger("int", -5);
+    attributes.setFloat("float", 0.5);
+    attributes.setFloat("exact", 0.1);
+    attributes.setText8("narrow", "a<\"b\"> $^`\n\xC3\xA4");
+    attributes.setText16("wide", u"<'\u00E4'>&\"");
+    attributes.setObject("nested", new FAttributes, Hold::adopt);
+    attributes.getAttributes("nested")->setInteger("deep", 1);
+    attributes.setBinary("bytes", "\x01\xAB", 2, true);
+    attributes.appendInteger("ints", 7);
+    attributes.appendFloat("floats", 1.5);
+    attributes.appendText8("texts", "t&");
+    attributes.appendAttributes("subs", make<FAttributes>());
+    attributes.setObject("none", new FIntList, Hold::adopt);
+    EXPECT_EQ(
+        written(attributes),
+        document("   <int name=\"int\" value=\"-5\"/>\n"
+                 "   <float name=\"float\" value=\"0.5\"/>\n"
+                 "   <float name=\"exact\" value=\"0.1000000000000000055511151231257827021181583404541\"/>\n"
+                 "   <string name=\"narrow\" value=\"a&lt;&quot;b&quot;&gt; &dollar;&circ;&grave;&nl;&Atilde;"
+                 "&curren;\"/>\n"
+                 "   <string name=\"wide\" value=\"&lt;'\xC3\xA4'&gt;&amp;&quot;\" wide=\"true\"/>\n"
+                 "   <member name=\"nested\">\n"
+                 "      <int name=\"deep\" value=\"1\"/>\n"
+                 "   </member>\n"
+                 "   <bin name=\"bytes\">\n"
+                 "\t\t01AB\n"
+                 "   </bin>\n"
+                 "   <list name=\"ints\" type=\"int\">\n"
+                 "      <item value=\"7\"/>\n"
+                 "   </list>\n"
+                 "   <list name=\"floats\" type=\"float\">\n"
+                 "      <item value=\"1.5\"/>\n"
+                 "   </list>\n"
+                 "   <list name=\"texts\" type=\"string\">\n"
+                 "      <item value=\"t&amp;\"/>\n"
+                 "   </list>\n"
+                 "   <list name=\"subs\" type=\"list\">\n"
+                 "      <item>\n"
+                 "      </item>\n"
+                 "   </list>\n"));
+}
+
+TEST(XmlDocument, ReadsBackWhatItWrote) {
+    FAttributes attributes;
+    std::string every;
+    for (int byte = 1; byte < 128; ++byte)
+        every += byte == '\t' || byte >= ' ' || byte == '\n' || byte == '\r' ? static_cast<char>(byte) : '.';
+    attributes.setText8("key \xC3\xA4", (every + "\xC3\xA4\xE2\x82\xAC").c_str());
+    attributes.setText16("wide", u"\u20AC & <tag>");
+    attributes.setString("short", ConstString(std::string_view(std::string(2048, 'x'))));
+    attributes.setString("long", ConstString(std::string_view(std::string(2049, '&'))));
+    attributes.setFloat("float", 0.1);
+    attributes.setInteger("least", INT64_MIN);
+    attributes.setBinary("bytes", every.data(), static_cast<int64_t>(every.size()), true);
+    attributes.appendFloat("floats", -1e300);
+    attributes.appendText16("texts", u"\u00E4\"");
+    attributes.appendAttributes("subs", make<FAttributes>());
+    attributes.nextAttributes("subs")->setInteger("n", 3);
+    const std::string text = written(attributes);
+    EXPECT_NE(text.find("<string name=\"long\">\r\n&amp;&amp;"), std::string::npos);
+    FAttributes read;
+    std::string error;
+    ASSERT_TRUE(XmlDocument::read(text, "State", read, &error)) << error;
+    EXPECT_EQ(std::u16string(read.getText16("key \xC3\xA4")),
+              ConstString(std::string_view(every)).toUtf16() + u"\u00E4\u20AC");
+    EXPECT_EQ(std::u16string(read.getText16("wide")), u"\u20AC & <tag>");
+    EXPECT_EQ(read.getString("short").size(), 2048);
+    EXPECT_EQ(read.getString("long"), ConstString(std::string_view(std::string(2049, '&'))));
+    EXPECT_EQ(read.getFloat("float"), 0.1);
+    EXPECT_EQ(read.getInteger("least"), INT64_MIN);
+    ASSERT_EQ(read.getBinarySize("bytes"), static_cast<int64_t>(every.size()));
+    EXPECT_EQ(std::string(static_cast<const char*>(read.getBinaryAddress("bytes")), every.size()), every);
+    double number = 0;
+    EXPECT_TRUE(read.nextFloat("floats", number));
+    EXPECT_EQ(number, -1e300);
+    EXPECT_EQ(read.nextAttributes("subs")->getInteger("n"), 3);
+}
+
+TEST(XmlDocument, StoresAnObjectOnceAndFindsItAgain) {
+    FAttributes attributes;
+    const auto object = make<CmString>("one");
+    attributes.setObject("first", object.get(), Hold::retain);
+    attributes.setObject("second", object.get(), Hold::retain);
+    attributes.appendObject("list", retain(object.get()).detach(), true);
+    attributes.appendObject("list", new CmString("two"), true);
+    const std::string text = written(attributes);
+    EXPECT_EQ(text.find("class=\"CmString\""), text.rfind("class=\"CmString\" name=\"first\"") + 0);
+    FAttributes read;
+    ASSERT_TRUE(XmlDocument::read(text, "State", read));
+    const auto first = read.getObject("first", "CmString");
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(read.getObject("second"), first);
+    EXPECT_EQ(read.nextObject("list"), first);
+    EXPECT_EQ(cast<CmString>(read.nextObject("list"))->string(), ConstString("two"));
+}
+
+TEST(XmlDocument, QueuesObjectsThatAreDeep) {
+    FAttributes attributes;
+    FAttributes* inner = &attributes;
+    for (int level = 1; level < 8; ++level) {
+        auto* next = new FAttributes;
+        inner->setObject("m", next, Hold::adopt);
+        inner = next;
+    }
+    inner->setObject("o", new CmString("deep"), Hold::adopt);
+    const std::string text = written(attributes);
+    const size_t reference = text.find("<obj name=\"o\" ID=\"");
+    ASSERT_NE(reference, std::string::npos);
+    EXPECT_GT(text.find("\r\n\r\n   <obj class=\"CmString\" ID=\""), reference);
+    FAttributes read;
+    ASSERT_TRUE(XmlDocument::read(text, "State", read));
+    const auto* found = read.findAttributes("m");
+    while (found && !found->contains("o"))
+        found = found->getAttributes("m");
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(cast<CmString>(found->getObject("o"))->string(), ConstString("deep"));
+}
+
+TEST(XmlDocument, StopsAtADepthThatNobodyWrites) {
+    std::string deep = "<State>";
+    for (int i = 0; i < 100000; ++i)
+        deep += "<member name='m'>";
+    FAttributes read;
+    std::string error;
+    EXPECT_FALSE(XmlDocument::read(deep, "State", read, &error));
+    EXPECT_EQ(error, "1:16991: Xml data malformed!");
+}
+
+struct BadDocument {
+    const char* text;
+    const char* error;
+};
+
+TEST(XmlDocument, SaysWhatItCannotRead) {
+    const BadDocument cases[] = {
+        {"<Other/>", "1:1: Xml data malformed!"},
+        {"<State/>\r\n<State/>", "2:1: Xml data malformed!"},
+        {"<State>\n <nosuch/></State>", "2:2: Unexpected tag or invalid attributes!"},
+        {"<State>\n <int name='a' value='1'></State>", "2:26: Xml data malformed!"},
+        {"<State><item value='1'/></State>", "1:8: Unexpected tag or invalid attributes!"},
+        {"<State>\r\r<int name=a/></State>", "3:1: Xml data malformed!"},
+        {"<State>\n<!-- <!-- --> </State>", "2:1: Unexpected end of file!"},
+        {"<State><int name='a", "1:8: Unexpected end of file!"},
+        {"<State>", "1:8: Unexpected end of file!"},
+        {"", "1:1: Unexpected end of file!"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        FAttributes read;
+        std::string error;
+        EXPECT_FALSE(XmlDocument::read(c.text, "State", read, &error));
+        EXPECT_EQ(error, c.error);
+    }
+}
+
+TEST(XmlDocument, PassesOverWhatIsOdd) {
+    FAttributes read;
+    ASSERT_TRUE(
+        XmlDocument::read("<State>"
+                          "<list name='x' type='other'><item value='1'/><nosuch/></list>"
+                          "<obj class='CmString' ID='0'><nosuch/></obj>"
+                          "<obj name='lost' ID='99'/>"
+                          "<obj class='NoSuchClass' name='gone' ID='-1'><int name='n' value='5'/></obj>"
+                          "<obj name='again' ID='4294967295'/>"
+                          "<!-- a <!-- comment --> in a comment --><!DOCTYPE x [ <!ENTITY a '>'> ]>"
+                          "<string name='s'>a &amp; b &nosuch; &#x41;&#65;&#0; <5</string>"
+                          "<string name='lines' value='a\tb\r\nc' wide='1'/>"
+                          "<bin name='b'>0 1\n2g3</bin>"
+                          "</State> ",
+                          "State", read));
+    EXPECT_FALSE(read.contains("x"));
+    EXPECT_EQ(read.getObject("lost"), nullptr);
+    EXPECT_EQ(read.findAttributes("gone")->getInteger("n"), 5);
+    EXPECT_EQ(cast<FXmlReference>(read.find("again")->getObject())->target(), read.find("gone")->getObject());
+    EXPECT_STREQ(read.getText8("s"), "a & b &nosuch; AA&#0; <5");
+    EXPECT_EQ(std::u16string(read.getText16("lines")), u"a\tb\r\nc");
+    EXPECT_EQ(read.getBinarySize("b"), 2);
+}
+
+uint32_t countOf(const Ref<FAttributes>& attributes) {
+    attributes->addRef();
+    return attributes->release();
+}
+
+TEST(XmlDocument, IsReleasedWhateverItsReferencesNameInIt) {
+    // 1 names itself and 2, which stands nowhere else; 2 names 1 and has a part that names 2.
+    constexpr std::string_view document =
+        "<State>"
+        "<obj name='early' ID='1'/>"
+        "<obj class='X' name='a' ID='1'><obj name='self' ID='1'/>"
+        "<obj name='b' ID='2'/></obj>"
+        "<obj class='X' ID='2'><obj name='owner' ID='1'/>"
+        "<obj class='X' name='part' ID='3'><obj name='b' ID='2'/></obj></obj>"
+        "</State>";
+    auto read = make<FAttributes>();
+    ASSERT_TRUE(XmlDocument::read(document, "State", *read));
+    auto target = [](FAttributes* attributes, const char* name) {
+        auto* object = cast<FXmlObject>(attributes->find(name)->getObject());
+        return object->getAttributes();
+    };
+    Ref<FAttributes> a = retain(target(read.get(), "a"));
+    Ref<FAttributes> b = retain(target(a.get(), "b"));
+    ASSERT_NE(b, nullptr);
+    const Ref<FAttributes> part = retain(target(b.get(), "part"));
+    EXPECT_EQ(target(read.get(), "early"), a.get());
+    EXPECT_EQ(target(a.get(), "self"), a.get());
+    EXPECT_EQ(target(b.get(), "owner"), a.get());
+    EXPECT_EQ(target(part.get(), "b"), b.get());
+    Ref<CmObject> early = retain(read->find("early")->getObject());
+    read.reset();
+    EXPECT_EQ(cast<FXmlReference>(early)->getAttributes(), a.get()) << "a reference holds what it names";
+    EXPECT_EQ(target(b.get(), "owner"), a.get());
+    early.reset();
+    EXPECT_EQ(target(a.get(), "self"), nullptr) << "the object itself is gone";
+    EXPECT_EQ(countOf(a), 1u);
+    a.reset();
+    EXPECT_EQ(countOf(b), 1u);
+    b.reset();
+    EXPECT_EQ(countOf(part), 1u);
+}
+
+TEST(XmlDocument, ReleasesAChainOfAnyLength) {
+    constexpr int32_t length = 30'000;
+    std::string document = "<State><obj name='first' ID='1'/>";
+    for (int32_t i = 1; i <= length; ++i)
+        document += "<obj class='X' ID='" + std::to_string(i) + "'><obj name='next' ID='" +
+                    std::to_string(i + 1) + "'/></obj>";
+    auto read = make<FAttributes>();
+    ASSERT_TRUE(XmlDocument::read(document + "</State>", "State", *read));
+    Ref<FAttributes> last = read;
+    int32_t hops = 0;
+    const char* name = "first";
+    for (FAttributes* next = nullptr;
+         (next = cast<FXmlObject>(last->find(name)->getObject())->getAttributes()); name = "next", ++hops)
+        last = retain(next);
+    EXPECT_EQ(hops, length);
+    read.reset();
+    EXPECT_EQ(countOf(last), 1u);
+}
+
+TEST(XmlFile, SavesBesideAndKeepsTheEarlierFile) {
+    const SettingsFolder folder;
+    CmString text("first");
+    EXPECT_FALSE(XmlFile::exists("Layout"));
+    EXPECT_TRUE(XmlFile::save("Layout", "State", text));
+    EXPECT_TRUE(folder.has("settings/Layout.xml"));
+    const std::string earlier = folder.read("settings/Layout.xml");
+    CmObject stateless;
+    EXPECT_FALSE(XmlFile::save("Layout", "State", stateless));
+    EXPECT_EQ(folder.read("settings/Layout.xml"), earlier);
+
+    EXPECT_FALSE(XmlFile::restore("Layout"));
+    EXPECT_TRUE(XmlFile::backup("Layout"));
+    EXPECT_TRUE(folder.has("settings/Layout.xml.backup"));
+    text.string() = "second";
+    EXPECT_TRUE(XmlFile::save("Layout", "State", text));
+    EXPECT_TRUE(XmlFile::restore("Layout"));
+    EXPECT_FALSE(folder.has("settings/Layout.xml.backup"));
+    CmString loaded;
+    EXPECT_TRUE(XmlFile::load("Layout", "State", loaded));
+    EXPECT_EQ(loaded.string(), ConstString("first"));
+    EXPECT_FALSE(XmlFile::load("Layout", "Other", loaded));
+}
+
+TEST(XmlFile, FindsWhatACrashOrAnInstallationLeft) {
+    const SettingsFolder folder;
+    CmString loaded;
+    folder.write("shared/Keys.xml", "<State><string name='s' value='shared'/></State>");
+    EXPECT_TRUE(XmlFile::load("Keys", "State", loaded));
+    EXPECT_EQ(loaded.string(), ConstString("shared"));
+    folder.write("settings/Keys_old.xml", "<State><string name='s' value='old'/></State>");
+    EXPECT_TRUE(XmlFile::load("Keys", "State", loaded));
+    EXPECT_EQ(loaded.string(), ConstString("old"));
+    EXPECT_TRUE(folder.has("settings/Keys.xml"));
+    EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
+
+    // A save that was cut short by an earlier version left half a file beside the whole one.
+    folder.write("settings/Keys_old.xml", "<State><string name='s' value='whole'/></State>");
+    folder.write("settings/Keys.xml", "<State><string name='s' val");
+    XmlFile::OwnFile found = XmlFile::OwnFile::read;
+    EXPECT_TRUE(XmlFile::load("Keys", "State", loaded, &found));
+    EXPECT_EQ(loaded.string(), ConstString("whole"));
+    EXPECT_EQ(found, XmlFile::OwnFile::unreadable);
+    EXPECT_TRUE(XmlFile::save("Keys", "State", loaded));
+    EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
+    EXPECT_TRUE(XmlFile::load("Keys", "State", loaded, &found));
+    EXPECT_EQ(found, XmlFile::OwnFile::read);
+}
+
+} // namespace
+} // namespace qorl
