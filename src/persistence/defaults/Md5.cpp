@@ -1,21 +1,24 @@
 #include "persistence/defaults/Md5.h"
 
-#include <cstdint>
-#include <nettle/md5.h>
+#include <algorithm>
+#include <glib.h>
+#include <memory>
 
 namespace qorl {
 
+namespace {
+
+struct FreeText {
+    void operator()(gchar* text) const { g_free(text); }
+};
+
+} // namespace
+
 std::string md5Digits(const void* bytes, size_t size) {
-    md5_ctx context;
-    uint8_t digest[MD5_DIGEST_SIZE];
-    md5_init(&context);
-    md5_update(&context, size, static_cast<const uint8_t*>(bytes));
-    md5_digest(&context, sizeof digest, digest);
-    std::string text;
-    for (const uint8_t byte : digest) {
-        text += "0123456789ABCDEF"[byte >> 4];
-        text += "0123456789ABCDEF"[byte & 15];
-    }
+    const std::unique_ptr<gchar, FreeText> digits(
+        g_compute_checksum_for_data(G_CHECKSUM_MD5, static_cast<const guchar*>(bytes), size));
+    std::string text = digits.get();
+    std::transform(text.begin(), text.end(), text.begin(), g_ascii_toupper);
     return text;
 }
 
