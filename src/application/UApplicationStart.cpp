@@ -5,6 +5,7 @@
 #include "foundation/text/TranslationTable.h"
 #include "foundation/threads/Ticks.h"
 #include "graphics/GraphicsFactory.h"
+#include "persistence/files/FFileIterator.h"
 #include "persistence/files/FNFileSystem.h"
 
 namespace qorl {

@@ -76,12 +76,12 @@ Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, std::
     FFileSystem* fileSystem = fileSystem_.get();
     if (inside.empty() || !fileSystem)
         return nullptr;
-    const FPath file{ConstString(inside)};
+    FPath file{ConstString(inside)};
     exists = fileSystem->exists(file);
     if (!exists)
         return nullptr;
-    Ref<FFileStream> stream = fileSystem->openFile(file, FFileStream::readAccess | FFileStream::shareRead);
-    const int64_t length = stream ? stream->getLength() : -1;
+    const Ref<FStream> stream = fileSystem->openFile(file, FFileStream::readAccess | FFileStream::shareRead);
+    const int64_t length = stream ? fileSystem->getFileSize(*stream) : -1;
     std::string error = "the file can't be read";
     if (length >= 0 && length <= SkinLimits::documentBytes) {
         std::vector<std::byte> bytes(static_cast<size_t>(length));

@@ -74,15 +74,15 @@ Ref<UIDescription> UIDescriptionLoader::loadFile(Load& load, const std::string& 
                                                  int32_t level) {
     const SourceMark start(SourceMark::addFile(path, includedFrom), 1, 1);
     const SourceMark blamed = includedFrom.isKnown() ? includedFrom : start;
-    const FPath file{ConstString(path)};
+    FPath file{ConstString(path)};
     if (!load.fileSystem || !load.fileSystem->exists(file)) {
         fail(blamed, "Skin file '" + path + "' not found");
         errorText_ = "Skin file \n\n'" + path + "'\n\nnot found";
         return nullptr;
     }
-    Ref<FFileStream> stream = load.fileSystem->openFile(
+    const Ref<FStream> stream = load.fileSystem->openFile(
         file, FFileStream::readAccess | FFileStream::shareRead | FFileStream::sequential);
-    const int64_t length = stream ? stream->getLength() : -1;
+    const int64_t length = stream ? load.fileSystem->getFileSize(*stream) : -1;
     if (length < 0) {
         fail(blamed, "Invalid Skin File!");
         return nullptr;

@@ -20,11 +20,15 @@ void FPostedMessage::deliver() const {
     if (own_ && !own_->addRefUnlessGone())
         return;
     const Ref<FObject> kept = Ref<FObject>::adopt(own_);
+    handOver(*message_, *target_, own_);
+}
+
+void FPostedMessage::handOver(FMessage& message, FInterface& target, FObject* own) {
     Ref<IPlugMessageTarget> plug;
-    if (target_->queryInterface(IPlugMessageTarget::iid, plug.out()) == Result::ok)
-        plug->receiveMessage(static_cast<IMessageAttributes*>(message_.get()));
-    else if (auto* target = cast<CmObject>(own_))
-        target->handleMessage(message_.get());
+    if (target.queryInterface(IPlugMessageTarget::iid, plug.out()) == Result::ok)
+        plug->receiveMessage(static_cast<IMessageAttributes*>(&message));
+    else if (auto* object = cast<CmObject>(own))
+        object->handleMessage(&message);
 }
 
 } // namespace qorl

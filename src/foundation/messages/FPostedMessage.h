@@ -26,6 +26,9 @@ public:
     /// Hands the message over: to a plug-in's message target, or to `handleMessage` of an object of ours. A
     /// target that is neither, or is about to go, is skipped.
     void deliver() const;
+    /// The same for a message that never stood in the queue. `own` is the target as one of ours, null for a
+    /// foreign one.
+    static void handOver(FMessage& message, FInterface& target, FObject* own);
 
     /// Delivery passes to wait.
     uint32_t delay = 0;

@@ -3,6 +3,7 @@
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
 #include "foundation/messages/EventLoop.h"
+#include "foundation/messages/FPostedMessage.h"
 #include "foundation/messages/RootIdentity.h"
 
 #include <algorithm>
@@ -194,12 +195,13 @@ void UpdateHandler::leave(const Notification& record) {
         EventLoop::wake();
 }
 
-void UpdateHandler::callDependents(const Notification& record, int32_t message) {
+template <typename Call>
+void UpdateHandler::callDependents(const Notification& record, Call call) {
     const Told outer = std::exchange(told_, {record.object, record.known});
     for (uint32_t i = 0; i < record.length; ++i) {
         const std::atomic_ref<FDependent*> place(record.snapshot[i]);
         if (FDependent* dependent = place.load(std::memory_order_relaxed))
-            dependent->update(record.object, message);
+            call(dependent);
     }
     told_ = outer;
 }
@@ -207,7 +209,7 @@ void UpdateHandler::callDependents(const Notification& record, int32_t message) 
 int32_t UpdateHandler::tell(Notification& record, int32_t message, UpdateDone done) {
     const Ref<FInterface> foreign = record.own ? nullptr : retain(record.object);
     if (record.length > 0) {
-        callDependents(record, message);
+        callDependents(record, [&](FDependent* dependent) { dependent->update(record.object, message); });
         leave(record);
     }
     if (done == UpdateDone::call)
@@ -221,14 +223,16 @@ int32_t UpdateHandler::trigger(const RootIdentity& object, int32_t message, Upda
     if (!object)
         return 1;
     Notification record;
+    begin(record, object);
+    return tell(record, message, done);
+}
+
+void UpdateHandler::begin(Notification& record, const RootIdentity& object) {
     record.object = object.get();
     record.own = object.own();
-    {
-        const FGuard guard(lock_);
-        if (const DependentEntry* entry = table_.find(record.object))
-            enter(record, *entry);
-    }
-    return tell(record, message, done);
+    const FGuard guard(lock_);
+    if (const DependentEntry* entry = table_.find(record.object))
+        enter(record, *entry);
 }
 
 int32_t UpdateHandler::triggerUpdates(FInterface* object, int32_t message) {
@@ -237,6 +241,22 @@ int32_t UpdateHandler::triggerUpdates(FInterface* object, int32_t message) {
 
 int32_t UpdateHandler::triggerUpdates(FObject* object, int32_t message, UpdateDone done) {
     return trigger(RootIdentity(object), message, done);
+}
+
+void UpdateHandler::tellMessage(FObject* object, FMessage& message) {
+    const RootIdentity root(object);
+    if (!root)
+        return;
+    Notification record;
+    begin(record, root);
+    if (record.length == 0)
+        return;
+    callDependents(record, [&](FDependent* dependent) {
+        FPostedMessage::handOver(message, *dependent, borrowObject(dependent));
+    });
+    leave(record);
+    if (record.holdsObject)
+        record.own->release();
 }
 
 /// Called for an object that has just lost its last reference. True when a notification keeps it.

@@ -46,6 +46,7 @@ protected:
 };
 
 class CmObject;
+class FMessage;
 class RootIdentity;
 template <typename T>
 class Singleton;
@@ -96,6 +97,8 @@ public:
     /// 1 when there was nobody to tell.
     int32_t triggerUpdates(FInterface* object, int32_t message) override;
     int32_t triggerUpdates(FObject* object, int32_t message, UpdateDone done = UpdateDone::call);
+    /// Hands `message` to each dependent of `object` that takes messages, now and on this thread.
+    void tellMessage(FObject* object, FMessage& message);
     /// Queues the pair once. Without dependents `updateDone` is called at once instead. When memory is short
     /// the GUI thread tells the change at once; on another one the result is 1, and the change isn't told.
     int32_t deferUpdates(FInterface* object, int32_t message) override;
@@ -168,6 +171,7 @@ private:
     void removeFrom(DependentEntry& entry, FDependent* dependent);
     void cancelQueued(DependentEntry& entry);
     void takeOff(DependentEntry& entry, DeferredChange& change);
+    void begin(Notification& record, const RootIdentity& object);
     int32_t trigger(const RootIdentity& object, int32_t message, UpdateDone done);
     int32_t defer(const RootIdentity& object, int32_t message);
     bool queue(const RootIdentity& object, int32_t message);
@@ -179,7 +183,8 @@ private:
     void enter(Notification& record, const DependentEntry& entry);
     void leave(const Notification& record);
     int32_t tell(Notification& record, int32_t message, UpdateDone done);
-    static void callDependents(const Notification& record, int32_t message);
+    template <typename Call>
+    static void callDependents(const Notification& record, Call call);
 
     FLock lock_{"FLock"};
     DependentTable table_;

@@ -1,6 +1,10 @@
 #include "persistence/files/FFileSystem.h"
 
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/UpdateHandler.h"
 #include "persistence/files/FPath.h"
+
+#include <string_view>
 
 namespace qorl {
 
@@ -11,12 +15,20 @@ namespace {
 constexpr int32_t maxLegalLength = 260;
 constexpr std::u16string_view illegalCharacters = u"\\*?/:<>|\"\t\n\r";
 
+bool isPairCutAt(const String& text, int32_t length) {
+    const auto isIn = [&text](int32_t at, char16_t first, char16_t last) {
+        return text.char16At(at) >= first && text.char16At(at) <= last;
+    };
+    return isIn(length - 1, 0xD800, 0xDBFF) && isIn(length, 0xDC00, 0xDFFF);
+}
+
 } // namespace
 
 bool FFileSystem::makeLegalName(String& text, char16_t replacement) {
     text.toWide();
     bool isChanged = text.size() > maxLegalLength;
-    text.remove(maxLegalLength);
+    if (isChanged)
+        text.remove(isPairCutAt(text, maxLegalLength) ? maxLegalLength - 1 : maxLegalLength);
     char16_t* units = text.buffer16();
     for (int32_t i = 0; units && i < text.size(); ++i) {
         if (illegalCharacters.find(units[i]) == std::u16string_view::npos)
@@ -27,8 +39,17 @@ bool FFileSystem::makeLegalName(String& text, char16_t replacement) {
     return isChanged;
 }
 
-void FFileSystem::notify(int32_t, const FPath&, FInterface*) {
-    changed(objectChanged);
+void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) {
+    auto* handler = UpdateHandler::current();
+    const Ref<FMessage> message = FMessage::named(kind == folderRenamed ? "PathChanged" : "FileSystemChange");
+    const Ref<CmObject> copy = Ref<CmObject>::adopt(path.clone());
+    if (!handler || !message || !copy)
+        return;
+    if (message->setObject8("Path", copy.get()) != Result::ok ||
+        message->setInt8("Kind", kind) != Result::ok ||
+        (data && message->setObject8("Data", data) != Result::ok))
+        return;
+    handler->tellMessage(this, *message);
 }
 
 } // namespace qorl

@@ -2,6 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
+#include "persistence/files/FFileIterator.h"
 #include "persistence/files/FUrl.h"
 #include "persistence/streams/StreamProgress.h"
 
@@ -79,7 +80,7 @@ FNFileSystem* FNFileSystem::instance() {
     return fileSystem.get();
 }
 
-Ref<FFileStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
+Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
     const std::string name = path.toUtf8();
     const uint32_t access =
         accessOf(mode | FFileStream::writeAccess) | platform::openCreate | platform::openTruncate;
@@ -95,7 +96,7 @@ Ref<FFileStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int3
     return nullptr;
 }
 
-Ref<FFileStream> FNFileSystem::openFile(const FPath& path, uint32_t mode, int32_t* error) try {
+Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) try {
     platform::File file;
     if (!answer(file.open(path.toUtf8(), accessOf(mode)), error))
         return nullptr;
@@ -105,10 +106,12 @@ Ref<FFileStream> FNFileSystem::openFile(const FPath& path, uint32_t mode, int32_
     return nullptr;
 }
 
-bool FNFileSystem::closeFile(Ref<FFileStream> stream) {
-    if (stream)
-        stream->close();
-    return stream != nullptr;
+bool FNFileSystem::closeFile(Ref<FStream> stream) {
+    if (!stream)
+        return false;
+    if (auto* file = cast<FFileStream>(stream.get()))
+        file->close();
+    return true;
 }
 
 bool FNFileSystem::deleteFile(const FPath& path) try {
@@ -127,14 +130,19 @@ bool FNFileSystem::exists(const FPath& path) try {
     return false;
 }
 
+bool FNFileSystem::moveTo(FPath& path, const FNPath& target) {
+    FNPath earlier(path.toUtf8(), path.isFolder());
+    if (!answer(platform::moveFile(earlier.toUtf8(), target.toUtf8())))
+        return false;
+    path.setPath(ConstString(std::string_view(target.toUtf8())), path.isFolder());
+    notify(path.isFolder() ? folderRenamed : fileRenamed, path, &earlier);
+    return true;
+}
+
 bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
     FNPath target(path.toUtf8(), path.isFolder());
     target.setName(newName);
-    if (!answer(platform::moveFile(path.toUtf8(), target.toUtf8())))
-        return false;
-    path.setName(newName);
-    notify(path.isFolder() ? folderRenamed : fileWritten, path);
-    return true;
+    return moveTo(path, target);
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -142,10 +150,7 @@ bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
 bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     FNPath target(newFolder.toUtf8(), true);
     target.addFolder(path.getName(), path.isFolder());
-    if (!answer(platform::moveFile(path.toUtf8(), target.toUtf8())))
-        return false;
-    path.setFolder(target.getFolder());
-    return true;
+    return moveTo(path, target);
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -166,7 +171,10 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
 }
 
 bool FNFileSystem::createFolder(const FPath& path) try {
-    return answer(platform::createFolder(path.toUtf8()));
+    if (!answer(platform::createFolder(path.toUtf8())))
+        return false;
+    notify(folderCreated, path);
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -190,15 +198,27 @@ bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
 }
 
 bool FNFileSystem::deleteFolder(const FPath& path) try {
-    return answer(platform::deleteFolder(path.toUtf8()));
+    if (!answer(platform::deleteFolder(path.toUtf8())))
+        return false;
+    notify(folderDeleted, path);
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
 
-bool FNFileSystem::getFileTime(const FPath& path, FileTimes& times) try {
+bool FNFileSystem::getFileTime(const FPath& path, platform::CalendarTime* created,
+                               platform::CalendarTime* written, platform::CalendarTime* read) try {
     const platform::FileInfo info = infoOf(path);
-    times = {info.created, info.written, info.read};
-    return info.kind != platform::FileKind::none;
+    if (info.kind == platform::FileKind::none)
+        return false;
+    if (created)
+        *created =
+            platform::toLocalTime(info.created != 0 ? info.created : std::min(info.written, info.read));
+    if (written)
+        *written = platform::toLocalTime(info.written);
+    if (read)
+        *read = platform::toLocalTime(info.read);
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -247,7 +267,7 @@ Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t) try {
     return nullptr;
 }
 
-Ref<FFileStream> FNFileSystem::createTempFile(FNPath& path) try {
+Ref<FStream> FNFileSystem::createTempFile(FNPath& path) try {
     std::string name;
     if (!answer(platform::createTemporaryFile(FNPath::knownFolder(FNPath::temporary), "qorl", name)))
         return nullptr;
@@ -258,7 +278,10 @@ Ref<FFileStream> FNFileSystem::createTempFile(FNPath& path) try {
 }
 
 bool FNFileSystem::deleteTree(const FPath& path) try {
-    return answer(platform::deleteTree(path.toUtf8()));
+    if (!answer(platform::deleteTree(path.toUtf8())))
+        return false;
+    notify(path.isFolder() ? folderDeleted : fileDeleted, path);
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }

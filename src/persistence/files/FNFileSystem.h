@@ -16,9 +16,9 @@ public:
     /// Made on first use; null once the library has released its singletons.
     static FNFileSystem* instance();
 
-    Ref<FFileStream> createFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
-    Ref<FFileStream> openFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
-    bool closeFile(Ref<FFileStream> stream) override;
+    Ref<FStream> createFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
+    Ref<FStream> openFile(FPath& path, uint32_t mode, int32_t* error = nullptr) override;
+    bool closeFile(Ref<FStream> stream) override;
     bool deleteFile(const FPath& path) override;
     bool exists(const FPath& path) override;
     bool rename(FPath& path, const ConstString& newName) override;
@@ -28,7 +28,8 @@ public:
     bool setCurrentFolder(const FPath& path) override;
     bool getVolumeInfo(const FPath& path, FVolumeInfo& info) override;
     bool deleteFolder(const FPath& path) override;
-    bool getFileTime(const FPath& path, FileTimes& times) override;
+    bool getFileTime(const FPath& path, platform::CalendarTime* created, platform::CalendarTime* written,
+                     platform::CalendarTime* read) override;
     int64_t getFileSize(FStream& stream) override;
     int64_t getFileSizeOf(const FPath& path) override;
     bool isReadOnly(const FPath& path) override;
@@ -37,7 +38,7 @@ public:
     Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) override;
 
     /// A new empty file in the temporary folder, open for reading and writing; its name in `path`.
-    Ref<FFileStream> createTempFile(FNPath& path);
+    Ref<FStream> createTempFile(FNPath& path);
     /// A folder with all that is in it; links are removed, never followed.
     bool deleteTree(const FPath& path);
     /// A folder with all that is in it, into `to`, which is made and may not lie inside of `from`. A link to
@@ -53,6 +54,9 @@ public:
     bool replaceFile(const FPath& path, std::span<const uint8_t> bytes, int32_t* error = nullptr);
     /// The whole file; false when it can't be read or is longer than `limit` bytes.
     bool readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error = nullptr);
+
+private:
+    bool moveTo(FPath& path, const FNPath& target);
 };
 
 } // namespace qorl

@@ -1,7 +1,10 @@
 #include "persistence/files/FNFileSystem.h"
 
 #include "foundation/Cast.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/UpdateHandler.h"
 #include "persistence/SettingsFolder.h"
+#include "persistence/files/FFileIterator.h"
 #include "persistence/files/FUrl.h"
 #include "persistence/streams/StreamProgress.h"
 
@@ -217,13 +220,14 @@ private:
 TEST(FNFileSystem, WritesAndReadsFiles) {
     const SettingsFolder folder;
     auto& files = *FNFileSystem::instance();
-    const FNPath path(std::string_view(folder / "new/sub/file.bin"));
+    FNPath path(std::string_view(folder / "new/sub/file.bin"));
     int32_t error = 0;
     EXPECT_EQ(files.createFile(path, FFileStream::writeAccess, &error), nullptr);
     EXPECT_NE(error, 0);
     {
-        const auto stream =
+        const Ref<FStream> made =
             files.createFile(path, FFileStream::writeAccess | FFileStream::createPath, &error);
+        auto* stream = cast<FFileStream>(made.get());
         ASSERT_NE(stream, nullptr);
         EXPECT_EQ(error, 0);
         EXPECT_TRUE(stream->writeInt32(0x01020304));
@@ -233,7 +237,8 @@ TEST(FNFileSystem, WritesAndReadsFiles) {
         EXPECT_EQ(stream->url()->toUtf8(), "file://" + (folder / "new/sub/file.bin"));
     }
     EXPECT_EQ(folder.read("new/sub/file.bin"), "\x04\x03");
-    const auto read = files.openFile(path, FFileStream::readAccess);
+    const Ref<FStream> opened = files.openFile(path, FFileStream::readAccess);
+    auto* read = cast<FFileStream>(opened.get());
     char byte = 0;
     EXPECT_EQ(read->read(&byte, 1), 1);
     EXPECT_FALSE(read->isAtEnd());
@@ -246,7 +251,8 @@ TEST(FNFileSystem, WritesAndReadsFiles) {
     EXPECT_EQ(files.getFileSize(*read), 2);
     EXPECT_EQ(files.getFileSizeOf(path), 2);
     EXPECT_EQ(files.getFileSizeOf(FNPath(std::string_view(folder / "none"))), -1);
-    EXPECT_EQ(files.openFile(FNPath(std::string_view(folder / "none")), FFileStream::readAccess), nullptr);
+    FNPath missing(std::string_view(folder / "none"));
+    EXPECT_EQ(files.openFile(missing, FFileStream::readAccess), nullptr);
 }
 
 TEST(FNFileSystem, MovesCopiesAndDeletes) {
@@ -288,6 +294,66 @@ TEST(FNFileSystem, MovesCopiesAndDeletes) {
     std::string bytes;
     EXPECT_FALSE(files.readWholeFile(FNPath(std::string_view(folder / "copy/of/b.txt")), bytes, 4999));
     EXPECT_TRUE(files.readWholeFile(FNPath(std::string_view(folder / "copy/of/b.txt")), bytes, 5000));
+}
+
+/// Writes down what the file system tells, without the folder of the test.
+class ChangeLog : public CmObject {
+    QORL_CLASS(ChangeLog, CmObject)
+
+public:
+    explicit ChangeLog(const SettingsFolder& folder) : folder_(folder / "") {
+        UpdateHandler::instance();
+        FNFileSystem::instance()->addDependent(this);
+    }
+    ~ChangeLog() override { FNFileSystem::instance()->removeDependent(this); }
+
+    int32_t handleMessage(FMessage* message) override {
+        log_ += message->getName().string().toUtf8() + ' ' + std::to_string(message->getInt("Kind")) + ' ' +
+                nameOf(message->getObject("Path"));
+        if (auto* data = message->getObject("Data"))
+            log_ += " was " + nameOf(data);
+        log_ += '\n';
+        return handled;
+    }
+    std::string take() { return std::exchange(log_, {}); }
+
+private:
+    std::string nameOf(CmObject* object) const {
+        const auto* path = cast<FPath>(object);
+        return path ? path->toUtf8().substr(folder_.size()) + (path->isFolder() ? "/" : "") : "no path";
+    }
+
+    std::string folder_;
+    std::string log_;
+};
+
+TEST(FNFileSystem, TellsItsDependentsWhatChanged) {
+    const SettingsFolder folder;
+    auto& files = *FNFileSystem::instance();
+    ChangeLog log(folder);
+    FNPath file(std::string_view(folder / "a.txt"));
+    {
+        const Ref<FStream> stream = files.createFile(file, FFileStream::writeAccess);
+        EXPECT_EQ(log.take(), "") << "nothing before it is written";
+    }
+    EXPECT_EQ(log.take(), "FileSystemChange 1 a.txt\n");
+    { const Ref<FStream> stream = files.openFile(file, FFileStream::readAccess | FFileStream::shareRead); }
+    EXPECT_EQ(log.take(), "") << "a file that was only read";
+    files.rename(file, "b.txt");
+    EXPECT_EQ(log.take(), "FileSystemChange 3 b.txt was a.txt\n");
+    FNPath sub(std::string_view(folder / "sub"), true);
+    files.createFolder(sub);
+    EXPECT_EQ(log.take(), "FileSystemChange 5 sub/\n");
+    files.move(file, sub);
+    EXPECT_EQ(log.take(), "FileSystemChange 3 sub/b.txt was b.txt\n");
+    files.rename(sub, "tub");
+    EXPECT_EQ(log.take(), "PathChanged 4 tub/ was sub/\n");
+    FNPath other(std::string_view(folder / "c.txt"));
+    files.copy(FNPath(std::string_view(folder / "tub/b.txt")), other);
+    EXPECT_EQ(log.take(), "FileSystemChange 1 c.txt\n");
+    files.deleteFile(other);
+    files.deleteTree(sub);
+    EXPECT_EQ(log.take(), "FileSystemChange 2 c.txt\nFileSystemChange 6 tub/\n");
 }
 
 TEST(FNFileSystem, NeverLosesAFileByCopyingIt) {
