@@ -4,7 +4,7 @@
 #include "persistence/defaults/FDefaultPool.h"
 #include "persistence/defaults/FDefaults.h"
 #include "persistence/files/FNFileSystem.h"
-#include "persistence/files/FUrl.h"
+#include "persistence/urls/FUrl.h"
 #include "skin/SkinCatalog.h"
 #include "skin/SkinLimits.h"
 #include "skin/UIWizard.h"

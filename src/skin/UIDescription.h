@@ -2,7 +2,7 @@
 
 #include "foundation/CmObject.h"
 #include "persistence/files/FFileSystem.h"
-#include "persistence/files/FUrl.h"
+#include "persistence/urls/FUrl.h"
 #include "schemes/SchemeKeys.h"
 #include "skin/LimitedDiagnostics.h"
 #include "skin/ResourceElement.h"

@@ -2,7 +2,7 @@
 
 #include "foundation/Diagnostic.h"
 #include "persistence/files/FFileSystem.h"
-#include "persistence/files/FUrl.h"
+#include "persistence/urls/FUrl.h"
 #include "skin/UIDescription.h"
 #include "skin/UIDescriptionParser.h"
 

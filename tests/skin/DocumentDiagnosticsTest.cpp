@@ -1,5 +1,5 @@
 #include "SkinFixture.h"
-#include "persistence/files/FUrl.h"
+#include "persistence/urls/FUrl.h"
 #include "skin/UIWizard.h"
 #include "support/TestPaths.h"
 #include "views/UView.h"

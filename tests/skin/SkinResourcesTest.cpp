@@ -1,6 +1,6 @@
 #include "SkinFixture.h"
 #include "graphics/UBitmapFamily.h"
-#include "persistence/files/FUrl.h"
+#include "persistence/urls/FUrl.h"
 #include "support/TestGraphics.h"
 #include "support/TestPaths.h"
 #include "views/UView.h"

@@ -1,6 +1,6 @@
 #include "SkinFixture.h"
 #include "graphics/UColor.h"
-#include "persistence/files/FUrl.h"
+#include "persistence/urls/FUrl.h"
 #include "skin/SkinAttributeReader.h"
 #include "skin/SkinLimits.h"
 #include "support/TestPaths.h"

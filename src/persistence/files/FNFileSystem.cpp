@@ -3,8 +3,8 @@
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
 #include "persistence/files/FFileIterator.h"
-#include "persistence/files/FUrl.h"
 #include "persistence/streams/StreamProgress.h"
+#include "persistence/urls/FUrl.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,8 +1,8 @@
 #include "persistence/streams/FFileStream.h"
 
 #include "persistence/files/FNFileSystem.h"
-#include "persistence/files/FUrl.h"
 #include "persistence/streams/StreamProgress.h"
+#include "persistence/urls/FUrl.h"
 
 namespace qorl {
 

@@ -1,6 +1,6 @@
 #include "persistence/streams/FStream.h"
 
-#include "persistence/files/FUrl.h"
+#include "persistence/urls/FUrl.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "persistence/files/FUrl.h"
+#include "persistence/urls/FUrl.h"
 
 #include "foundation/Singleton.h"
 #include "platform/Files.h"
