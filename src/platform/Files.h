@@ -136,9 +136,8 @@ FileError listFolder(const std::string& path, std::vector<FolderEntry>& entries)
 /// The whole file. Fails with the code of "File too large" when it is longer than `limit` bytes.
 FileError readWholeFile(const std::string& path, std::vector<uint8_t>& bytes, int64_t limit);
 
-/// The one way to store a file: writes `bytes` beside it, flushes them to the disk, renames over `path` and
-/// flushes the folder. Whatever crashes, `path` holds either the old bytes or the new ones. Rights of an
-/// existing file stay; a symbolic link is written through, also one whose target is missing.
+/// Stores `bytes` as the file `path` by a `FileReplacement`. Rights of an existing file stay; a symbolic link
+/// is written through, also one whose target is missing.
 FileError replaceFile(const std::string& path, std::span<const uint8_t> bytes);
 
 /// Flushes a folder's own entries, so that files just renamed in it outlive a power cut.

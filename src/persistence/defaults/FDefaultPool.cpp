@@ -129,9 +129,9 @@ bool FDefaultPool::load() try {
 }
 
 bool FDefaultPool::loadFile(const std::string& name, std::string_view tag, CmObject& object) {
-    XmlFile::OwnFile found = XmlFile::OwnFile::missing;
+    StoredFile::Found found = StoredFile::Found::missing;
     const bool isLoaded = XmlFile::load(toText(name), tag, object, &found);
-    if (found == XmlFile::OwnFile::unreadable)
+    if (found == StoredFile::Found::unreadable)
         unreadable_.insert(name);
     return isLoaded;
 }

@@ -309,16 +309,6 @@ void FNFileSystem::formatSize(int64_t bytes, String& text) {
     text.printf8("%.3f %s", size, units[unit]);
 }
 
-bool FNFileSystem::replaceFile(const FPath& path, std::span<const uint8_t> bytes, int32_t* error) try {
-    if (!answer(platform::replaceFile(path.toUtf8(), bytes), error))
-        return false;
-    notify(fileWritten, path);
-    return true;
-} catch (const std::bad_alloc&) {
-    answer(platform::FileError::outOfMemory(), error);
-    return false;
-}
-
 bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error) try {
     std::vector<uint8_t> content;
     if (!answer(platform::readWholeFile(path.toUtf8(), content, limit), error))

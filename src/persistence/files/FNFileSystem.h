@@ -3,7 +3,6 @@
 #include "persistence/files/FFileSystem.h"
 #include "persistence/files/FNPath.h"
 
-#include <span>
 #include <string>
 
 namespace qorl {
@@ -49,9 +48,6 @@ public:
     /// "1.500 MB".
     static void formatSize(int64_t bytes, String& text);
 
-    /// The one way to store a file: beside it first, then in its place, so that whatever crashes leaves the
-    /// old bytes or the new ones.
-    bool replaceFile(const FPath& path, std::span<const uint8_t> bytes, int32_t* error = nullptr);
     /// The whole file; false when it can't be read or is longer than `limit` bytes.
     bool readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error = nullptr);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/files/StoredFile.h"
 
 #include <string>
 #include <string_view>
@@ -25,15 +26,12 @@ bool read(std::string_view text, std::string_view tag, FAttributes& attributes, 
 /// name without an extension gets "xml". A failed or interrupted save leaves the earlier file.
 namespace XmlFile {
 
-/// What a load found of the user's own file. One that is `unreadable` (no right to, not of this form, too
-/// long) may hold what the user still wants: `setAside` before saving over it.
-enum class OwnFile : uint8_t { read, missing, unreadable };
-
 /// Writes nothing when the file holds the same already.
 bool save(const ConstString& name, std::string_view tag, CmObject& object);
 /// Falls back to what an interrupted save of an earlier version left, and, when the file can't be opened, to
 /// the application's shared data.
-bool load(const ConstString& name, std::string_view tag, CmObject& object, OwnFile* found = nullptr);
+bool load(const ConstString& name, std::string_view tag, CmObject& object,
+          StoredFile::Found* found = nullptr);
 /// Puts the file away under "NAME (Damaged)", or the first number behind it that is free. True also
 /// when there is none.
 bool setAside(const ConstString& name);

@@ -310,14 +310,14 @@ TEST(XmlFile, FindsWhatACrashOrAnInstallationLeft) {
     // A save that was cut short by an earlier version left half a file beside the whole one.
     folder.write("settings/Keys_old.xml", "<State><string name='s' value='whole'/></State>");
     folder.write("settings/Keys.xml", "<State><string name='s' val");
-    XmlFile::OwnFile found = XmlFile::OwnFile::read;
+    StoredFile::Found found = StoredFile::Found::whole;
     EXPECT_TRUE(XmlFile::load("Keys", "State", loaded, &found));
     EXPECT_EQ(loaded.string(), ConstString("whole"));
-    EXPECT_EQ(found, XmlFile::OwnFile::unreadable);
+    EXPECT_EQ(found, StoredFile::Found::unreadable);
     EXPECT_TRUE(XmlFile::save("Keys", "State", loaded));
     EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
     EXPECT_TRUE(XmlFile::load("Keys", "State", loaded, &found));
-    EXPECT_EQ(found, XmlFile::OwnFile::read);
+    EXPECT_EQ(found, StoredFile::Found::whole);
 }
 
 } // namespace

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/Files.h"
+
+#include <string>
+
+namespace qorl::platform {
+
+/// The one way to put new bytes in the place of a file: they are written beside it, flushed to the disk and
+/// renamed over it. Whatever fails or crashes on the way, the file holds all of the old bytes or all of the
+/// new ones.
+///
+/// `open`, write `file`, `putInPlace`; an object that goes before that leaves the earlier file and takes what
+/// was written away. While it is open the new file is locked, so that what a crash left is told from what a
+/// living program still writes. Throws nothing but std::bad_alloc. Threading: one thread at a time; any
+/// number of programs and threads may replace one file at once, the last of them stays.
+class FileReplacement {
+public:
+    /// Who may read the new file.
+    enum class Rights : uint8_t {
+        asBefore, ///< as the earlier file says; of a new one, as the user's mask does
+        ownerOnly ///< its owner, until somebody says more
+    };
+
+    FileReplacement() = default;
+    FileReplacement(const FileReplacement&) = delete;
+    ~FileReplacement();
+
+    /// Makes the new file beside `path`. A symbolic link is followed, also one whose target is missing, and
+    /// stays; what is neither a file nor missing is refused.
+    FileError open(const std::string& path, Rights rights = Rights::asBefore);
+
+    /// For writing, reading and moving about, until it is put in place.
+    File& file() { return file_; }
+
+    /// Where the new file goes: the path of `open` with all its links resolved.
+    const std::string& target() const { return target_; }
+
+    /// Whether there is an earlier file with the very bytes of the new one.
+    bool holdsSameBytes();
+
+    /// Puts the new file in its place once the disk has it. With `keptAs`, a path in the same folder, the
+    /// earlier file stands under that name from before it goes until the disk knows the new one, and what
+    /// stood there before goes; for volumes that can't replace a file in one step it is what a crash leaves.
+    /// On failure the earlier file stands in its place again.
+    FileError putInPlace(const std::string& keptAs = {});
+
+    /// Takes away what crashed programs left beside `path`, never what a living one still writes.
+    static void removeLeftovers(const std::string& path);
+
+private:
+    enum class Kept : uint8_t { no, linked, moved };
+
+    FileError makeBeside(uint32_t rights);
+    FileError finishWriting(int& lock);
+    FileError keepEarlier(const std::string& keptAs, Kept& kept);
+    FileError swap(const std::string& keptAs);
+    void takeBack(const std::string& keptAs, Kept kept);
+
+    File file_;
+    std::string name_; ///< of the new file, while it is not in place
+    std::string target_;
+    std::string folder_;
+    bool hasEarlier_ = false;
+};
+
+} // namespace qorl::platform

@@ -1,0 +1,244 @@
+#include "persistence/files/StoredFile.h"
+
+#include "persistence/SettingsFolder.h"
+#include "persistence/streams/FStream.h"
+#include "platform/FileReplacement.h"
+#include "platform/System.h"
+#include "support/FailingAllocation.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qorl {
+namespace {
+
+const FFileType xml = FFileType::settingsFile();
+const FFileType copy = FFileType::settingsBackupFile();
+
+/// Files whose contents are good when they begin with "good".
+class StoredFileTest : public ::testing::Test {
+protected:
+    StoredFileTest() {
+        platform::setDebugOutput(
+            [](std::string_view line, void* lines) {
+                static_cast<std::string*>(lines)->append(line).append("\n");
+            },
+            &said_);
+    }
+    ~StoredFileTest() override { platform::setDebugOutput(nullptr, nullptr); }
+
+    static bool save(const std::string& bytes, int32_t* error = nullptr) {
+        const auto size = static_cast<int64_t>(bytes.size());
+        return StoredFile("Keys", xml)
+            .save([&](FStream& stream) { return stream.write(bytes.data(), size) == size; }, error);
+    }
+
+    /// What a load gives; empty when it fails.
+    std::string load() {
+        std::string bytes;
+        const bool isLoaded = StoredFile("Keys", xml)
+                                  .load(
+                                      [&](FStream& stream) {
+                                          char text[64] = {};
+                                          stream.read(text, sizeof text - 1);
+                                          const bool isGood = std::string_view(text).starts_with("good");
+                                          if (isGood)
+                                              bytes = text;
+                                          return isGood;
+                                      },
+                                      &found_);
+        EXPECT_EQ(isLoaded, !bytes.empty());
+        return bytes;
+    }
+
+    std::string path(const std::string& name = "Keys.xml") const { return folder_ / ("settings/" + name); }
+    bool has(const std::string& name) const { return folder_.has("settings/" + name); }
+    void write(const std::string& name, const std::string& bytes) const {
+        folder_.write("settings/" + name, bytes);
+    }
+    std::string read(const std::string& name) const { return folder_.read("settings/" + name); }
+
+    SettingsFolder folder_;
+    StoredFile::Found found_ = StoredFile::Found::missing;
+    std::string said_;
+};
+
+TEST_F(StoredFileTest, ReplacesTheFileAndLeavesNothingBeside) {
+    EXPECT_TRUE(save("good 1"));
+    EXPECT_TRUE(save("good 2"));
+    EXPECT_EQ(load(), "good 2");
+    EXPECT_EQ(found_, StoredFile::Found::whole);
+    std::vector<platform::FolderEntry> entries;
+    platform::listFolder(folder_ / "settings", entries);
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(said_, "");
+}
+
+TEST_F(StoredFileTest, KeepsTheEarlierFileWhenTheWriterGivesUp) {
+    EXPECT_TRUE(save("good 1"));
+    EXPECT_FALSE(StoredFile("Keys", xml).save([](FStream& stream) {
+        stream.write("good half", 9);
+        return false;
+    }));
+    EXPECT_FALSE(StoredFile("Keys", xml).save([](FStream& stream) -> bool {
+        stream.write("good half", 9);
+        throw std::bad_alloc();
+    }));
+    EXPECT_EQ(load(), "good 1");
+    EXPECT_FALSE(has(".Keys.xml.new"));
+}
+
+TEST_F(StoredFileTest, TellsWhyItCouldNotSave) {
+    folder_.write("settings", "a file where the folder should be");
+    int32_t error = 0;
+    EXPECT_FALSE(save("good", &error));
+    EXPECT_NE(error, 0);
+    EXPECT_EQ(said_, path() + ": its folder can't be made: File exists\n");
+}
+
+/// What a crash or a user left in the folder, and what a load makes of it. "-" stands for no file.
+struct Leftover {
+    const char* name;
+    const char* file;
+    const char* old;
+    const char* shared;
+    const char* loaded;
+    StoredFile::Found found;
+    const char* fileAfter;
+};
+
+class StoredFileLeftoverTest : public StoredFileTest, public ::testing::WithParamInterface<Leftover> {};
+
+TEST_P(StoredFileLeftoverTest, LoadsTheLastGoodState) {
+    const Leftover& row = GetParam();
+    const auto put = [&](const char* name, std::string_view bytes) {
+        if (bytes != "-")
+            folder_.write(name, std::string(bytes));
+    };
+    put("settings/Keys.xml", row.file);
+    put("settings/Keys_old.xml", row.old);
+    put("shared/Keys.xml", row.shared);
+    write(".Keys.xml.new", "good, but not finished");
+    EXPECT_EQ(load(), row.loaded);
+    EXPECT_EQ(found_, row.found);
+    EXPECT_EQ(has("Keys.xml") ? read("Keys.xml") : "-", row.fileAfter);
+    EXPECT_EQ(said_.empty(), row.loaded != std::string_view(row.old)) << said_;
+    EXPECT_FALSE(has(".Keys.xml.new"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, StoredFileLeftoverTest,
+    ::testing::Values(
+        Leftover{"Nothing", "-", "-", "-", "", StoredFile::Found::missing, "-"},
+        Leftover{"OnlyTheShared", "-", "-", "good s", "good s", StoredFile::Found::missing, "-"},
+        Leftover{"BetweenTwoRenames", "-", "good o", "good s", "good o", StoredFile::Found::whole, "good o"},
+        Leftover{"HalfAFile", "goo", "good o", "good s", "good o", StoredFile::Found::unreadable, "goo"},
+        Leftover{"HalfAFileAlone", "goo", "-", "good s", "", StoredFile::Found::unreadable, "goo"},
+        Leftover{"BothBroken", "goo", "go", "good s", "", StoredFile::Found::unreadable, "goo"},
+        Leftover{"OldNotDeleted", "good", "good o", "good s", "good", StoredFile::Found::whole, "good"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(StoredFileTest, SavesOverWhatACrashLeft) {
+    write("Keys.xml", "goo");
+    write("Keys_old.xml", "good 1");
+    write(".Keys.xml.new", "goo");
+    EXPECT_TRUE(save("good 2"));
+    EXPECT_EQ(read("Keys.xml"), "good 2");
+    EXPECT_FALSE(has("Keys_old.xml"));
+    EXPECT_FALSE(has(".Keys.xml.new"));
+}
+
+TEST_F(StoredFileTest, LeavesWhatAnotherProgramStillWrites) {
+    platform::FileReplacement other;
+    platform::createFolders(folder_ / "settings");
+    ASSERT_FALSE(other.open(path()));
+    other.file().write("good other", 10);
+    EXPECT_EQ(load(), "");
+    EXPECT_TRUE(save("good 1"));
+    EXPECT_EQ(load(), "good 1");
+    ASSERT_FALSE(other.putInPlace());
+    EXPECT_EQ(load(), "good other");
+}
+
+TEST_F(StoredFileTest, KeepsLinksAndRights) {
+    folder_.write("dotfiles/keys", "good 1");
+    chmod((folder_ / "dotfiles/keys").c_str(), 0640);
+    platform::createFolders(folder_ / "settings");
+    ASSERT_EQ(symlink((folder_ / "dotfiles/keys").c_str(), path().c_str()), 0);
+    const auto isLink = [&] {
+        platform::FileInfo info;
+        platform::getFileInfo(path(), info);
+        return info.isLink;
+    };
+    EXPECT_TRUE(save("good 2"));
+    EXPECT_TRUE(StoredFile("Keys", xml).backup(copy));
+    EXPECT_TRUE(save("good 3"));
+    EXPECT_TRUE(isLink());
+    EXPECT_EQ(folder_.read("dotfiles/keys"), "good 3");
+    EXPECT_TRUE(StoredFile("Keys", xml).restore(copy));
+    EXPECT_TRUE(isLink());
+    EXPECT_EQ(load(), "good 2");
+    EXPECT_TRUE(StoredFile("Keys", xml).setAside());
+    EXPECT_EQ(folder_.read("dotfiles/keys (Damaged)"), "good 2");
+    // A link whose file is missing leads on.
+    EXPECT_TRUE(save("good 4"));
+    EXPECT_TRUE(isLink());
+    struct stat status = {};
+    stat((folder_ / "dotfiles/keys (Damaged)").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
+}
+
+TEST_F(StoredFileTest, ForgetsAFileWithWhatACrashLeftOfIt) {
+    EXPECT_TRUE(save("good 1"));
+    write("Keys_old.xml", "good 0");
+    EXPECT_TRUE(StoredFile("Keys", xml).rename("Other"));
+    EXPECT_EQ(read("Other.xml"), "good 1");
+    EXPECT_EQ(load(), "") << "the earlier state must not come back";
+    write("Keys_old.xml", "good 0");
+    EXPECT_TRUE(StoredFile("Keys", xml).exists());
+    EXPECT_TRUE(StoredFile("Keys", xml).remove());
+    EXPECT_EQ(load(), "");
+    EXPECT_FALSE(StoredFile("Keys", xml).remove());
+}
+
+TEST_F(StoredFileTest, NamesCopiesAfterTheWholeName) {
+    const struct {
+        const char* name;
+        const char* copy;
+    } rows[] = {{"Plain", "Plain.xml.backup"},
+                {"With.xml", "With.xml.backup"},
+                {"Sub/With.settings", "Sub/With.settings.xml.backup"}};
+    for (const auto& row : rows) {
+        const ConstString name(row.name);
+        const StoredFile file(name, xml);
+        EXPECT_FALSE(file.backup(copy)) << row.name;
+        EXPECT_TRUE(file.save([](FStream& stream) { return stream.write("good", 4) == 4; }));
+        EXPECT_TRUE(file.backup(copy)) << row.name;
+        EXPECT_TRUE(has(row.copy)) << row.copy;
+    }
+}
+
+TEST_F(StoredFileTest, LosesNothingWithoutMemory) {
+    failEachAllocation([&](FailingAllocation& allocation) {
+        save("good 1");
+        const bool isSaved = allocation.during([] { return save("good 2"); });
+        EXPECT_TRUE(isSaved || allocation.hasFailed());
+        const std::string expected = isSaved ? "good 2" : "good 1";
+        std::string bytes;
+        const bool isLoaded = allocation.during([&] {
+            return StoredFile("Keys", xml).load([&](FStream& stream) {
+                bytes.resize(6);
+                return stream.read(bytes.data(), 6) == 6;
+            });
+        });
+        EXPECT_TRUE(isLoaded || allocation.hasFailed());
+        EXPECT_TRUE(!isLoaded || bytes == expected) << bytes;
+        EXPECT_EQ(load(), expected);
+        EXPECT_FALSE(has(".Keys.xml.new"));
+    });
+}
+
+} // namespace
+} // namespace qorl
