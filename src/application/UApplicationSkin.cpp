@@ -91,7 +91,7 @@ void alertAboutParsing(const UIWizard& wizard) {
     std::string text = translate(ConstString("Skin parsing failed")).toUtf8();
     if (!wizard.getErrorText().empty())
         text += ": " + wizard.getErrorText();
-    text += "\n" + translate(ConstString("Context:")).toUtf8() + " " + contextOf(wizard.getErrorPosition());
+    text += "\n" + translate(ConstString("Context:")).toUtf8() + contextOf(wizard.getErrorPosition());
     alertUser(text);
 }
 

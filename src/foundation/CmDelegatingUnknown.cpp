@@ -31,14 +31,10 @@ CmDelegatingUnknown::Creator CmDelegatingUnknown::setCreator(Creator creator) {
 }
 
 CmDelegatingUnknown::CmDelegatingUnknown(Ref<FInterface> foreign, Owner* owner)
-    : foreign_(std::move(foreign)), owner_(owner) {
-    becomeStandIn();
-}
+    : foreign_(std::move(foreign)), owner_(owner) {}
 
 CmDelegatingUnknown::CmDelegatingUnknown(const CmDelegatingUnknown& other)
-    : CmObject(other), foreign_(other.foreign_) {
-    becomeStandIn();
-}
+    : CmObject(other), foreign_(other.foreign_) {}
 
 CmDelegatingUnknown::~CmDelegatingUnknown() {
     if (owner_)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/CmObject.h"
+#include "foundation/messages/RootIdentity.h"
 
 #include <qorl/Ref.h>
 
@@ -31,7 +32,7 @@ public:
     /// Gives back the one before.
     static Creator setCreator(Creator creator);
 
-    CmDelegatingUnknown() { becomeStandIn(); }
+    CmDelegatingUnknown() = default;
     /// `owner` is not counted and outlives the wrapper.
     explicit CmDelegatingUnknown(Ref<FInterface> foreign, Owner* owner = nullptr);
     /// Wraps the same object; the copy has no owner.
@@ -56,6 +57,7 @@ private:
 
     Ref<FInterface> foreign_;
     Owner* owner_ = nullptr;
+    [[no_unique_address]] StandInMark standIn_;
 };
 
 } // namespace qorl

@@ -49,7 +49,7 @@ uint32_t FObject::releaseLast() {
     // What its dependents are hearing of stays until all have heard.
     if (detail::notificationsUnderWay.load(std::memory_order_acquire) != 0 &&
         UpdateHandler::keepNotified(*this))
-        return 1;
+        return 0;
     // References that are taken and given back while the object is being destroyed must not reach 0 again.
     count_.store(goingDown, std::memory_order_relaxed);
     delete this;

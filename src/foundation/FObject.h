@@ -48,7 +48,8 @@ public:
         return static_cast<uint32_t>(count_.fetch_add(1, std::memory_order_relaxed) + 1);
     }
     /// The count that this call left behind. It is not read again: another thread's last release may have
-    /// freed the object meanwhile.
+    /// freed the object meanwhile. After a 0 the object is no longer the caller's, also where a notification
+    /// that it is in keeps it until all have heard.
     uint32_t release() override {
         const int32_t left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
         return left != 0 ? static_cast<uint32_t>(left) : releaseLast();
@@ -82,13 +83,6 @@ public:
     /// what stands in them, while their lock keeps the destructor of the object waiting.
     bool addRefUnlessGone() noexcept;
 
-    /// Whether this object answers as another one when it is asked for an interface.
-    bool isStandIn() const { return isStandIn_; }
-
-protected:
-    /// For constructors of classes whose `queryInterface` goes to another object.
-    void becomeStandIn() { isStandIn_ = true; }
-
 private:
     friend class UpdateHandler;
 
@@ -98,7 +92,6 @@ private:
     static constexpr ClassName classNames_{"FObject", nullptr};
 
     std::atomic<int32_t> count_{1};
-    bool isStandIn_ = false;
 };
 
 /// `unknown` as an object of this library, null when it is foreign. It is asked for `privateInterfaceId`, and

@@ -267,10 +267,10 @@ TEST_F(UApplicationTest, TellsWhyASkinIsNotLoadedOnlyWhenAsked) {
     EXPECT_FALSE(program->loadSkin(FNPath((folder / "broken.xml").string()), UApplication::Errors::show));
     ASSERT_EQ(alerts.texts.size(), 1u);
     EXPECT_EQ(alerts.texts[0].find("Skin parsing failed: mismatched tag\n"), 0u) << alerts.texts[0];
-    const size_t context = alerts.texts[0].find("\nContext: ");
+    const size_t context = alerts.texts[0].find("\nContext:");
     ASSERT_NE(context, std::string::npos) << alerts.texts[0];
     EXPECT_EQ(alerts.texts[0].substr(context),
-              "\nContext: " + (folder / "broken.xml").string() + ":3:3\n</  <====== HERE ======  skin>");
+              "\nContext:" + (folder / "broken.xml").string() + ":3:3\n</  <====== HERE ======  skin>");
 }
 
 TEST_F(UApplicationTest, MakesControlsThatNoClassMakes) {

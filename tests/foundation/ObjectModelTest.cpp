@@ -63,6 +63,14 @@ TEST(InterfaceId, ReadsTextAndWordsAlike) {
     EXPECT_EQ(fromText.bytes[15], 0xFF);
 }
 
+TEST(ObjectModel, AnObjectHasNothingButItsCount) {
+    struct Numbered : FObject {
+        int32_t number = 0;
+    };
+    EXPECT_EQ(sizeof(Numbered), sizeof(void*) + 2 * sizeof(int32_t)) << "its own field stands right behind";
+    EXPECT_EQ(sizeof(CmObject), sizeof(FObject));
+}
+
 TEST(ObjectModel, GivesEachFaceUnderItsOwnId) {
     const Ref<Dog> dog = make<Dog>();
     Ref<IExtra> extra;

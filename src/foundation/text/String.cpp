@@ -411,12 +411,10 @@ bool String::resize(int32_t length, bool wide, bool fill) {
         adopt(other);
         return true;
     }
-    // Until it is measured the text keeps its length, so its end must stay readable.
-    const int32_t room = std::max(length, size());
     const size_t unit = wide ? sizeof(char16_t) : sizeof(char);
-    void* buffer = room > maxLength
+    void* buffer = length > maxLength
                        ? nullptr
-                       : std::realloc(const_cast<void*>(buffer_), (static_cast<size_t>(room) + 1) * unit);
+                       : std::realloc(const_cast<void*>(buffer_), (static_cast<size_t>(length) + 1) * unit);
     if (!buffer)
         return false;
     buffer_ = buffer;

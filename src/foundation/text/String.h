@@ -76,8 +76,9 @@ public:
 
     /// Makes room for exactly `length` characters of the given width, with a terminator, keeping what is
     /// there of the text, converted if need be; `fill` pads the new room with spaces. The stored length
-    /// stays: write to `buffer8` or `buffer16`, then `measure`. Length 0 frees the buffer and empties the
-    /// text. False, and nothing changed, when the text can't be converted or memory ran out.
+    /// stays, also where it is more than the room now: write to `buffer8` or `buffer16`, then `measure`
+    /// before anything else. Length 0 frees the buffer and empties the text. False, and nothing changed, when
+    /// the text can't be converted or memory ran out.
     bool resize(int32_t length, bool wide, bool fill = false);
     char* buffer8() { return isWide() ? nullptr : const_cast<char*>(chars8()); }
     char16_t* buffer16() { return isWide() ? const_cast<char16_t*>(chars16()) : nullptr; }

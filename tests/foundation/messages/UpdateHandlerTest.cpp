@@ -1,5 +1,6 @@
 #include "foundation/messages/UpdateHandler.h"
 
+#include "foundation/CmDelegatingUnknown.h"
 #include "foundation/Listener.h"
 #include "foundation/messages/EventLoop.h"
 #include "support/FailingAllocation.h"
@@ -256,7 +257,7 @@ TEST_F(UpdateHandlerTest, AnObjectThatLosesItsLastReferenceWhileItIsToldGoesWhen
     };
     a.reaction = [&] {
         owned->removeDependent(&a);
-        owned.reset();
+        EXPECT_EQ(owned.detach()->release(), 0u) << "it is the caller's no more";
     };
     connectNew({&a});
     owned->changed(1);
@@ -490,6 +491,18 @@ TEST_F(UpdateHandlerTest, ForeignDependentsHearAndForeignChangesStayWithThem) {
     subject.removeDependent(&foreign);
     subject.changed(6);
     EXPECT_EQ(take(), (Log{"a:6", "subject done:6"})) << "one that is a dependent no more isn't everyone";
+}
+
+TEST_F(UpdateHandlerTest, AWrapperStandsForTheObjectThatItWraps) {
+    CmDelegatingUnknown wrapper{retain<FInterface>(&subject)};
+    wrapper.addDependent(&a);
+    subject.changed(1);
+    EXPECT_EQ(take(), (Log{"a:1", "subject done:1"}));
+    wrapper.changed(2);
+    EXPECT_EQ(take(), Log{"a:2"});
+    wrapper.removeDependent(&a);
+    subject.changed(3);
+    EXPECT_EQ(take(), Log{"subject done:3"});
 }
 
 TEST_F(UpdateHandlerTest, ManyThreadsMayConnectTellAndLeave) {

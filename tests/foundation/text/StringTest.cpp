@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <string>
 
 namespace qorl {
@@ -291,6 +292,17 @@ TEST(String, MakesRoomWithoutChangingItsLength) {
     EXPECT_TRUE(wide.resize(6, false, true));
     wide.measure();
     EXPECT_EQ(shown(wide), "\xC3\xA4\xC3\xB6   narrow");
+}
+
+TEST(String, GivesBackTheRoomThatItNoLongerNeeds) {
+    for (const bool wide : {false, true}) {
+        String text(std::string(5000, 'x'));
+        EXPECT_TRUE(text.resize(5000, wide));
+        EXPECT_TRUE(text.resize(3, wide));
+        EXPECT_LT(malloc_usable_size(const_cast<void*>(text.data())), 100u);
+        text.measure();
+        EXPECT_EQ(shown(text), wide ? "xxx wide" : "xxx narrow");
+    }
 }
 
 TEST(String, ReplacesEachOccurrenceOnce) {
