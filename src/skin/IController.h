@@ -26,7 +26,8 @@ class IController : public FInterface {
 public:
     static constexpr InterfaceId iid = InterfaceId::fromText("{61E8B7A2-C001-4A7E-8274-058E930171CD}");
 
-    /// Hears, for one, "WizardForLoopParams": the range of a `for` element with `data`.
+    /// Hears, for one, "WizardForLoopParams" with "data": the range of a `for` element. Whoever handles it
+    /// sets "first" and "final", which count together only, and "step", which also counts alone.
     virtual int32_t handleMessage(FMessage* message) = 0;
     /// The value for a control, or null.
     virtual Binding::Value* getValue(const char* name) = 0;

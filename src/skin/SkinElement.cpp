@@ -50,7 +50,7 @@ void SkinElement::readAttributes(SkinAttributeReader& attributes) {
     AttributeValue values[SkinLimits::attributesOfElement];
     size_t count = 0;
     while (const AttributeValue* value = attributes.next()) {
-        if (value->attribute == SkinAttribute::name && traitsOf(type_).readsName) {
+        if (value->attribute == SkinAttribute::name) {
             name_ = value->text;
             nameLength_ = value->length;
             continue;
@@ -66,7 +66,7 @@ void SkinElement::readAttributes(SkinAttributeReader& attributes) {
 }
 
 void SkinElement::writeAttributes(SkinAttributeWriter& attributes) const {
-    if (traitsOf(type_).readsName && nameLength_ > 0)
+    if (!isNamedByCondition(type_) && nameLength_ > 0)
         attributes.add(SkinAttribute::name, name());
     for (const AttributeValue& value : this->attributes()) {
         if (value.attribute == SkinAttribute::foreign)

@@ -48,9 +48,13 @@ ResourceElement* UIDescription::findBitmapElement(std::string_view name) {
     return nullptr;
 }
 
-UBitmap* UIDescription::findBitmap(std::string_view name) {
+UBitmap* UIDescription::findBitmap(std::string_view name, bool cached) {
     ResourceElement* element = findBitmapElement(name);
-    return element ? bitmapOf(*element) : nullptr;
+    if (!element)
+        return nullptr;
+    if (!cached && element->isCreated())
+        element->releaseObject();
+    return bitmapOf(*element);
 }
 
 UBitmap* UIDescription::bitmapOf(ResourceElement& element) {

@@ -42,7 +42,7 @@ constexpr Row rows[] = {
     /* templates */ {T::unknown, plain}, /* frame */ {T::unknown, plain}, /* row */ {T::unknown, plain},
     /* col */ {T::unknown, plain}, /* font */ {T::unknown, plain}, /* variant */ {T::unknown, nameless},
     /* controller */ {T::unknown, plain}, /* separated */ {T::unknown, view},
-    /* property */ {T::unknown, plain}, /* for */ {T::unknown, nameless}, /* set */ {T::unknown, nameless},
+    /* property */ {T::unknown, nameless}, /* for */ {T::unknown, nameless}, /* set */ {T::unknown, nameless},
     /* mutable */ {T::unknown, nameless}, /* view */ {T::unknown, view}, /* template */ {T::unknown, view},
     /* control */ {T::unknown, view | open}, /* align */ {T::unknown, view},
     /* relativeattach */ {T::unknown, view}, /* alternative */ {T::unknown, view},

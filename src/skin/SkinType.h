@@ -64,7 +64,7 @@ struct SkinTypeTraits {
     SkinType base;     ///< The type whose attributes it also reads; `unknown` for those without one.
     bool hasFactory;   ///< Without one the element is skipped with its contents.
     bool isView;       ///< Carries the attributes common to all view elements.
-    bool readsName;    ///< `name` and `data` are the element's own.
+    bool readsName;    ///< Reads `name` and `data`, as most do.
     bool keepsUnknown; ///< Any attribute is legal, since a class outside of this table reads it.
 };
 

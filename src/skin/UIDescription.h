@@ -71,8 +71,10 @@ public:
     /// Adds an entry if there is none.
     void setColor(std::string_view name, const UColor& color);
 
-    /// The bitmap of a `bitmap`, `filmstrip`, `dbitmap` or `section`, which stays with the element.
-    UBitmap* findBitmap(std::string_view name);
+    /// The bitmap of a `bitmap`, `filmstrip`, `dbitmap` or `section`, which stays with the element. Without
+    /// `cached` it is made anew, from its file as that is now, and stands in for the one before; what was
+    /// built from that keeps it, and so do other resources.
+    UBitmap* findBitmap(std::string_view name, bool cached = true);
     UBitmapCollection* findBitmapCollection(std::string_view name);
     SkinElement* findPropertyCollection(std::string_view name);
     SkinElement* findTagList(std::string_view name);

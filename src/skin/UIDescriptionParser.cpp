@@ -122,8 +122,7 @@ void UIDescriptionParser::refuse(SkinType type) {
         text += "legal are";
         for (const SkinType legal : legalTypes())
             text += " " + tag(legal);
-        if (section_ != header)
-            text += " " + tag(T::variant);
+        text += " " + tag(T::variant);
     }
     if (misplaced_ == Misplaced::stops) {
         fail(std::move(text), unexpectedTag);

@@ -21,6 +21,7 @@ class UBaseView;
 class UBitmap;
 class UColor;
 class UColorValue;
+class UScheme;
 struct ElementInput;
 
 /// One build of a template: walks the elements and makes their views.
@@ -97,6 +98,7 @@ private:
     const std::optional<std::string_view>& faceOf(std::string_view names);
 
     Ref<UView> createTemplateView(const ViewElement& element);
+    UScheme* schemeOf(const ViewElement& element);
     Ref<UView> addBackground(const ViewElement& element, UView& view);
     void addWallpaper(const ViewElement& element, UView& view, IController* controller);
 

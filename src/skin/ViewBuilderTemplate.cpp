@@ -91,6 +91,16 @@ void ViewBuilder::addWallpaper(const ViewElement& element, UView& view, IControl
     view.insertSubView(0, built);
 }
 
+UScheme* ViewBuilder::schemeOf(const ViewElement& element) {
+    const std::string name(text(element, SkinAttribute::scheme));
+    if (name.empty())
+        return nullptr;
+    UScheme* scheme = UIWizard::findScheme(name);
+    if (!scheme)
+        warn(element, "no scheme '" + name + "'; 'main' and 'dialog' are always there");
+    return scheme;
+}
+
 Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* controller,
                                       UView* parentView) {
     const Depth depth(*this, element);
@@ -114,9 +124,7 @@ Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* c
     if (!data.empty() && controller)
         if (IController* inner = controller->getSubController(data.c_str()))
             controller = inner;
-    UScheme* scheme = element.has(SkinAttribute::scheme)
-                          ? UIWizard::findScheme(text(element, SkinAttribute::scheme))
-                          : nullptr;
+    UScheme* scheme = schemeOf(element);
     std::optional<CurrentScheme> current;
     if (scheme) {
         current.emplace(scheme);

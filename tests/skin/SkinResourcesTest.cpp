@@ -67,6 +67,20 @@ TEST_F(SkinResourcesTest, MakesEachKindOnceFromFilesAndFromEachOther) {
     EXPECT_EQ(findings(), "");
 }
 
+TEST_F(SkinResourcesTest, ReadsAFileAgainWhenTheBitmapOfBeforeWontDo) {
+    loadResources("<bitmap name='strip' path='images/strip.png'/>");
+    const Ref<UBitmap> before = retain(find("strip"));
+    const auto png = make<UBitmap>(CmSize{5, 4})->toPng();
+    write("images/strip.png", {reinterpret_cast<const char*>(png.data()), png.size()});
+    EXPECT_EQ(find("strip"), before.get());
+    UBitmap* now = wizard().description()->findBitmap("strip", false);
+    ASSERT_TRUE(now);
+    EXPECT_EQ(now->getSize(), (CmSize{5, 4}));
+    EXPECT_EQ(find("strip"), now) << "it stays with the element";
+    EXPECT_EQ(before->getSize(), (CmSize{12, 8})) << "what holds the earlier one keeps it";
+    EXPECT_EQ(wizard().description()->findBitmap("absent", false), nullptr);
+}
+
 TEST_F(SkinResourcesTest, ABackgroundGivesTheTemplateItsSize) {
     const std::string label = "><label size='5,0,25,4'/></template>";
     loadResources(

@@ -52,6 +52,10 @@ public:
     int32_t handleMessage(FMessage* message) override {
         if (!message->isNamed("WizardForLoopParams") || loopLast < loopFirst)
             return notHandled;
+        if (message->getString("data") == ConstString("by two")) {
+            message->setInt("step", 2);
+            return handled;
+        }
         message->setInt("first", loopFirst);
         message->setInt("final", loopLast);
         return handled;
@@ -108,6 +112,7 @@ TEST_F(UIWizardTest, LoopsCountAndMove) {
         {"variable='[i]' range='0,3' offset='5,0' condition='on[i]'", ""},
         {"variable='[i]' range='1,3' offset='5,0' condition='on[i]'", "1@0,0"},
         {"data='rows' variable='[i]' range='0,9'", "7@0,0 8@0,0"},
+        {"data='by two' variable='[i]' range='3,6'", "3@0,0 5@0,0"},
     };
     controller_->trueNames = {"on1", "on3"};
     controller_->loopFirst = 7;

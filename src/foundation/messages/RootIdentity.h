@@ -27,8 +27,8 @@ private:
 
 /// What an object is known by in a table, whatever face it came in through: its root interface.
 ///
-/// An object that comes in as one of ours needn't be asked unless there are some that stand in for others; any
-/// other is asked once, and a foreign one is held while this stands.
+/// An object that comes in as one of ours needn't be asked unless there are some that stand in for others;
+/// any other is asked once, and a foreign one is held while this stands.
 class RootIdentity {
 public:
     explicit RootIdentity(FObject* object) : own_(object), root_(object) {
