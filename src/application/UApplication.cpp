@@ -158,7 +158,7 @@ bool UApplication::runMainHooks() {
 
 void UApplication::finishStartup() {
     qorl::runStartupHooks(StartupHook::finish);
-    FNPath(ConstString(), FNPath::userSettings, FNPath::Create::missingFolders);
+    FNPath(ConstString(), FNPath::userSettings, FNPath::folderFlag, {}, FNPath::Create::missingFolders);
     if (skinThreadState_ != noSkinThread) {
         while (skinThreadState_ == skinLoading)
             sleep(skinPollPeriod);

@@ -1,23 +1,14 @@
 #include "application/CmHostClasses.h"
 #include "application/UPluginApplication.h"
+#include "support/Slots.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace qorl {
 namespace {
 
-/// Behind the virtual destructor, which takes two entries of the table, a slot is the entry less one.
-template <typename Operation>
-ptrdiff_t slotOf(Operation operation) {
-    static_assert(sizeof operation == 2 * sizeof(ptrdiff_t));
-    ptrdiff_t words[2];
-    std::memcpy(words, &operation, sizeof words);
-    const ptrdiff_t entry = (words[0] - 1) / static_cast<ptrdiff_t>(sizeof(void*));
-    return entry > 4 ? entry - 1 : entry;
-}
-
-#define EXPECT_SLOT(number, Class, operation) EXPECT_EQ(slotOf(&Class::operation), number) << #operation
+#define EXPECT_SLOT(number, Class, operation)                                                                \
+    EXPECT_EQ(testing::slotOf(&Class::operation), number) << #operation
 
 TEST(ApplicationSlots, StandInTheirPublishedOrder) {
     EXPECT_SLOT(25, UApplication, init);

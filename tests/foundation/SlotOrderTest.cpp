@@ -5,53 +5,20 @@
 #include "foundation/text/String.h"
 #include "foundation/threads/PreferWorkerThread.h"
 #include "foundation/threads/WorkerThread.h"
+#include "support/Slots.h"
 
 #include <qorl/IPlugMessageTarget.h>
 #include <qorl/IStringExchange.h>
 
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace qorl {
 namespace {
 
-/// The entry of a virtual operation in its table, as the Itanium ABI encodes it in a pointer to member. A
-/// virtual destructor takes two entries, so behind it an operation's slot is its entry less one.
-template <typename Operation>
-ptrdiff_t entryOf(Operation operation) {
-    static_assert(sizeof operation == 2 * sizeof(ptrdiff_t));
-    ptrdiff_t words[2];
-    std::memcpy(words, &operation, sizeof words);
-    return (words[0] - 1) / static_cast<ptrdiff_t>(sizeof(void*));
-}
-
-constexpr ptrdiff_t destructorSlot = 4;
-
-template <typename Operation>
-ptrdiff_t slotOf(Operation operation) {
-    const ptrdiff_t entry = entryOf(operation);
-    return entry > destructorSlot ? entry - 1 : entry;
-}
-
-struct Row {
-    ptrdiff_t slot;
-    const char* name;
-};
-
-void expectConsecutive(std::initializer_list<Row> rows, ptrdiff_t first) {
-    ptrdiff_t expected = first;
-    for (const Row& row : rows) {
-        if (expected == destructorSlot)
-            ++expected;
-        EXPECT_EQ(row.slot, expected) << row.name;
-        ++expected;
-    }
-}
-
-#define SLOT(Class, operation)                                                                               \
-    Row {                                                                                                    \
-        slotOf(&Class::operation), #operation                                                                \
-    }
+using testing::destructorSlot;
+using testing::entryOf;
+using testing::expectConsecutive;
+using testing::slotOf;
 
 TEST(SlotOrder, ObjectsAnswerTheSameSlotsInTheSameOrder) {
     expectConsecutive({SLOT(CmObject, queryInterface),

@@ -1,21 +1,14 @@
 #include "RecordingViews.h"
+#include "support/Slots.h"
 #include "views/ViewDump.h"
 #include "views/ViewSource.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace qorl {
 namespace {
 
-/// The entry of a virtual operation in its table, as the Itanium ABI encodes it in a pointer to member.
-template <typename Operation>
-ptrdiff_t entryOf(Operation operation) {
-    static_assert(sizeof operation == 2 * sizeof(ptrdiff_t));
-    ptrdiff_t words[2];
-    std::memcpy(words, &operation, sizeof words);
-    return (words[0] - 1) / static_cast<ptrdiff_t>(sizeof(void*));
-}
+using testing::entryOf;
 
 struct Row {
     ptrdiff_t entry;

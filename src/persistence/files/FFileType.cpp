@@ -1,7 +1,12 @@
 #include "persistence/files/FFileType.h"
 
 #include "foundation/Cast.h"
+#include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FStream.h"
+
+#include <new>
+#include <utility>
 
 namespace qorl {
 
@@ -9,7 +14,20 @@ QORL_REGISTER(FFileType, "FFileType", CmObject, 0)
 
 namespace {
 
-constexpr uint32_t textFile = 0x54455854; // "TEXT"
+constexpr uint32_t macTypeOf(const char (&text)[5]) {
+    uint32_t type = 0;
+    for (int i = 0; i < 4; ++i)
+        type = type << 8 | static_cast<uint8_t>(text[i]);
+    return type;
+}
+
+constexpr uint32_t textFile = macTypeOf("TEXT");
+constexpr uint32_t dataFile = macTypeOf("DATA");
+
+/// Whether a stored text can be read back; it has its terminator and a mark behind it.
+bool isReadable(const String& text) {
+    return static_cast<int32_t>(text.toUtf8().size()) + 4 <= String::maxStoredBytes;
+}
 
 } // namespace
 
@@ -19,12 +37,40 @@ FFileType::FFileType(const ConstString& name, const ConstString& extension, cons
 
 bool FFileType::isEqual(const CmObject* other) const {
     const auto* type = cast<FFileType>(other);
-    return type && unixType_.compare(type->unixType_, ConstString::all, true) == 0;
+    return type && FFileType::compare(type) == 0;
 }
 
 int32_t FFileType::compare(const CmObject* other) const {
     const auto* type = cast<FFileType>(other);
-    return type ? unixType_.compare(type->unixType_, ConstString::all, true) : CmObject::compare(other);
+    if (!type)
+        return CmObject::compare(other);
+    const int32_t order = dosType_.compare(type->dosType_, ConstString::all, true);
+    return order != 0 ? order : unixType_.compare(type->unixType_, ConstString::all, true);
+}
+
+bool FFileType::save(FBinaryStream& stream) const try {
+    if (!isReadable(dosType_) || !isReadable(unixType_) || !isReadable(name_))
+        return false;
+    return stream.writeUInt32(macType_) && dosType_.writeTo(stream) && unixType_.writeTo(stream) &&
+           name_.writeTo(stream);
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FFileType::load(FBinaryStream& stream) {
+    FFileType type;
+    if (!stream.readUInt32(type.macType_) || !type.dosType_.readFrom(stream) ||
+        !type.unixType_.readFrom(stream) || !type.name_.readFrom(stream))
+        return false;
+    *this = std::move(type);
+    return true;
+}
+
+bool FFileType::readFrom(FObjectArchive* archive) {
+    return load(archive->stream());
+}
+bool FFileType::writeTo(FObjectArchive* archive) {
+    return save(archive->stream());
 }
 
 bool FFileType::storeAttributes(FAttributes* attributes) {
@@ -51,6 +97,15 @@ FFileType FFileType::settingsFile() {
 }
 FFileType FFileType::settingsBackupFile() {
     return {"Marrowick XML File (Backup)", "xml.backup", "text/xml", textFile};
+}
+FFileType FFileType::objectFile() {
+    return {"Marrowick BIN File", "bin", {}, dataFile};
+}
+FFileType FFileType::resourceFile() {
+    return {"Marrowick Resource File", "qres"};
+}
+FFileType FFileType::presetFile() {
+    return {"Marrowick Preset File", "xml", {}, textFile};
 }
 
 } // namespace qorl

@@ -5,6 +5,8 @@
 
 namespace qorl {
 
+class FBinaryStream;
+
 /// A kind of file: how it is named and what it is called. Two types are the same when their extensions are,
 /// case aside.
 class FFileType : public CmObject {
@@ -14,11 +16,15 @@ class FFileType : public CmObject {
 
 public:
     FFileType() = default;
-    /// `extension` without the dot, for all systems.
+    /// `extension` without the dot, for all systems. `macType` is four characters, the first one in the
+    /// highest byte.
     FFileType(const ConstString& name, const ConstString& extension, const ConstString& mimeType = {},
               uint32_t macType = 0);
 
-    const String& extension() const { return unixType_; }
+    /// Without the dot: that of this system, or else the other one.
+    const String& extension() const { return unixType_.isEmpty() ? dosType_ : unixType_; }
+    const String& dosType() const { return dosType_; }
+    const String& unixType() const { return unixType_; }
     const String& name() const { return name_; }
     const String& mimeType() const { return mimeType_; }
     uint32_t macType() const { return macType_; }
@@ -26,6 +32,15 @@ public:
 
     bool isEqual(const CmObject* other) const override;
     int32_t compare(const CmObject* other) const override;
+    /// The binary form: the Mac type in 32 bits, the two extensions, the name. `save` gives false, before
+    /// anything is written, for texts that could not be read back; `load` gives false, and changes nothing,
+    /// for damaged bytes.
+    bool save(FBinaryStream& stream) const;
+    bool load(FBinaryStream& stream);
+    /// Both go through `save` and `load`.
+    bool readFrom(FObjectArchive* archive) override;
+    bool writeTo(FObjectArchive* archive) override;
+    /// The same under "MacType", "DosType", "UnixType" and "Name".
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 
@@ -33,6 +48,9 @@ public:
     static FFileType xmlFile();
     static FFileType settingsFile();
     static FFileType settingsBackupFile();
+    static FFileType objectFile();
+    static FFileType resourceFile();
+    static FFileType presetFile();
 
 private:
     uint32_t macType_ = 0;

@@ -253,7 +253,8 @@ bool FNFileSystem::isWriteProtected(const FPath& path) try {
 }
 
 bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
-    return FNPath(path.toUtf8(), isFolder).createFolders();
+    return FNPath(path.toUtf8(), isFolder)
+        .createFolders(isFolder ? FNPath::Folders::withName : FNPath::Folders::above);
 } catch (const std::bad_alloc&) {
     return false;
 }

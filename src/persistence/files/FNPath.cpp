@@ -1,9 +1,11 @@
 #include "persistence/files/FNPath.h"
 
 #include "foundation/Singleton.h"
+#include "persistence/files/PathText.h"
 #include "platform/Files.h"
 #include "platform/Folders.h"
 
+#include <new>
 #include <string>
 
 namespace qorl {
@@ -26,22 +28,47 @@ std::string systemFolder(FNPath::FolderKind kind) {
     case FNPath::temporary: return platform::getSystemFolder(platform::SystemFolder::temporary);
     case FNPath::sharedData: return platform::getSystemFolder(platform::SystemFolder::sharedData);
     case FNPath::system: return platform::getSystemFolder(platform::SystemFolder::system);
+    case FNPath::noKind: break;
     }
     return {};
 }
 
-platform::VolumeKind volumeOf(const FPath& path) {
+/// Without memory the volume isn't known.
+platform::VolumeInfo volumeOf(const FPath& path) try {
     platform::VolumeInfo info;
     platform::getVolumeInfo(path.toUtf8(), info);
-    return info.kind;
+    return info;
+} catch (const std::bad_alloc&) {
+    return {};
+}
+
+/// Adds the parts of `subFolder`. False when it would lead out.
+bool goDown(std::string& folder, std::string_view subFolder) {
+    while (!subFolder.empty()) {
+        const size_t end = subFolder.find('/');
+        const std::string_view part = subFolder.substr(0, end);
+        subFolder = end == std::string_view::npos ? std::string_view() : subFolder.substr(end + 1);
+        if (part == "..")
+            return false;
+        if (!part.empty() && part != ".")
+            folder.append("/").append(part);
+    }
+    return true;
 }
 
 } // namespace
 
-FNPath::FNPath(const ConstString& name, FolderKind kind, Create create, const ConstString& subFolder) {
+FNPath::FNPath(const ConstString& name, FolderKind kind, uint16_t options, const ConstString& subFolder,
+               Create create) {
+    flags_ = options;
+    build(name, kind, subFolder, create);
+}
+
+void FNPath::build(const ConstString& name, FolderKind kind, const ConstString& subFolder,
+                   Create create) try {
     std::string folder = knownFolder(kind);
-    if (!subFolder.isEmpty())
-        folder += '/' + subFolder.toUtf8();
+    if (folder.empty() || !goDown(folder, subFolder.toUtf8()))
+        return;
     if (create == Create::missingFolders && platform::createFolders(folder))
         return;
     if (name.isEmpty()) {
@@ -51,50 +78,67 @@ FNPath::FNPath(const ConstString& name, FolderKind kind, Create create, const Co
     setFolder(ConstString(std::string_view(folder)));
     if (isValid())
         setName(name);
+} catch (const std::bad_alloc&) {
+    setPath({}, false);
 }
 
-void FNPath::getFullPath(String& text) const {
+bool FNPath::createFolders(Folders folders) const try {
+    FNPath folder = *this;
+    if (folders == Folders::above || (folders == Folders::asMarked && !isFolder()))
+        folder.up();
+    // A bare name lies in the current folder, which is there.
+    return !folder.isValid() ? isValid() : !platform::createFolders(folder.toUtf8());
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+uint64_t FNPath::getSerial() const try {
+    platform::FileInfo info;
+    platform::getFileInfo(toUtf8(), info);
+    return info.serial;
+} catch (const std::bad_alloc&) {
+    return 0;
+}
+
+void FNPath::setLocation(FolderKind kind) {
+    pathType_ = kind;
+}
+void FNPath::setPathString(const ConstString& text) {
+    setPath(text, false);
+}
+
+void FNPath::getFullPath(String& text) const try {
     getPath(text);
-    if (location_ != 0 && isRelative()) {
-        const std::string folder = knownFolder(static_cast<FolderKind>(location_)) + '/';
-        const int32_t length = text.size();
-        text.insert(0, ConstString(std::string_view(folder)));
-        if (text.size() == length)
-            text.clear();
-    }
+    if (pathType_ == noKind || pathType_ > system || !isRelative())
+        return;
+    const std::u16string folder = toPathText(knownFolder(static_cast<FolderKind>(pathType_)) + '/');
+    const int32_t length = text.size();
+    text.insert(0, ConstString(std::u16string_view(folder)));
+    if (text.size() == length)
+        text.clear();
+} catch (const std::bad_alloc&) {
+    text.clear();
+}
+
+void FNPath::getDriveName(String& text) const {
+    text = ConstString(std::string_view(volumeOf(*this).name));
 }
 
 bool FNPath::isRemovable() const {
-    const platform::VolumeKind kind = volumeOf(*this);
+    const platform::VolumeKind kind = volumeOf(*this).kind;
     return kind == platform::VolumeKind::removable || kind == platform::VolumeKind::optical;
 }
 
 bool FNPath::isNetwork() const {
-    return volumeOf(*this) == platform::VolumeKind::network;
+    return volumeOf(*this).kind == platform::VolumeKind::network;
 }
-bool FNPath::isHidden() const {
+
+bool FNPath::isHidden() const try {
     platform::FileInfo info;
     platform::getFileInfo(toUtf8(), info);
     return info.isHidden || FPath::isHidden();
-}
-
-bool FNPath::createFolders() const {
-    FNPath folder = *this;
-    if (!isFolder())
-        folder.up();
-    return !platform::createFolders(folder.toUtf8());
-}
-
-uint64_t FNPath::getSerial() const {
-    platform::FileInfo info;
-    platform::getFileInfo(toUtf8(), info);
-    return info.serial;
-}
-void FNPath::setLocation(FolderKind kind) {
-    location_ = kind;
-}
-void FNPath::setPathString(const ConstString& text) {
-    setPath(text, false);
+} catch (const std::bad_alloc&) {
+    return FPath::isHidden();
 }
 
 void FNPath::setKnownFolder(FolderKind kind, std::string_view folder) {

@@ -1,11 +1,15 @@
 #include "persistence/files/FPath.h"
 
 #include "foundation/Cast.h"
+#include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "persistence/files/PathText.h"
+#include "persistence/streams/FStream.h"
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace qorl {
 
@@ -22,16 +26,23 @@ int32_t dotOf(const String& name) {
     return dot > 0 ? dot : ConstString::notFound;
 }
 
-/// A text as paths keep it. False, and `place` empty, without memory for all of it: a part of a path would
-/// name another place.
-bool keep(String& place, const ConstString& text) {
-    String copy = text;
-    copy.toWide();
-    const bool isKept = text.isEmpty() || (!copy.isEmpty() && copy.isWide());
+/// A text as paths keep it. False, and `place` empty, for one with a character 0 and without memory for all
+/// of it.
+bool keep(String& place, const ConstString& text) try {
+    String copy;
+    if (text.isWide())
+        copy = text;
+    else
+        copy = ConstString(std::u16string_view(toPathText(text.view8())));
+    const bool isWhole = copy.isEmpty() == text.isEmpty();
     place.clear();
-    if (isKept)
-        place = std::move(copy);
-    return isKept;
+    if (!isWhole || copy.findChar16(u'\0') != ConstString::notFound)
+        return false;
+    place = std::move(copy);
+    return true;
+} catch (const std::bad_alloc&) {
+    place.clear();
+    return false;
 }
 
 bool closeFolder(String& folder) {
@@ -40,6 +51,31 @@ bool closeFolder(String& folder) {
     const int32_t length = folder.size();
     folder.appendChar16(FPath::separator);
     return folder.size() > length;
+}
+
+/// Shortens a text, never between the two halves of a character.
+void cutTo(String& text, int32_t length) {
+    const char16_t last = text.char16At(length - 1);
+    const char16_t next = text.char16At(length);
+    const bool isPair = last >= 0xD800 && last <= 0xDBFF && next >= 0xDC00 && next <= 0xDFFF;
+    text.remove(isPair ? length - 1 : length);
+}
+
+/// A text as it is stored: in bytes where they are no valid text, so that they can be read back.
+String toStored(const String& text) {
+    String stored = text;
+    if (text.isWide() && !isPlainText(text.view16())) {
+        const std::string native = toNativeText(text.view16());
+        stored = ConstString(std::string_view(native));
+    }
+    if (stored.isEmpty() != text.isEmpty())
+        throw std::bad_alloc();
+    return stored;
+}
+
+/// Whether a text can be read back; it has its terminator and a mark behind it.
+bool canBeRead(const String& text) {
+    return static_cast<int32_t>(text.toUtf8().size()) + 4 <= String::maxStoredBytes;
 }
 
 } // namespace
@@ -58,16 +94,18 @@ void FPath::getBaseName(String& text, bool withoutExtension) const {
 
 void FPath::setFileType(const FFileType& type, bool replace) {
     fileType_ = type;
-    if (type.extension().isEmpty() || name_.isEmpty())
+    const String& extension = type.extension();
+    if (extension.isEmpty() || name_.isEmpty())
         return;
-    if (replace)
-        name_.remove(std::max(dotOf(name_), 0) == 0 ? name_.size() : dotOf(name_));
+    if (replace && dotOf(name_) != ConstString::notFound)
+        name_.remove(dotOf(name_));
     if (dotOf(name_) != ConstString::notFound)
         return;
-    name_.remove(maxNameLength - 1 - type.extension().size());
-    const int32_t length = name_.size() + 1 + type.extension().size();
+    if (name_.size() + 1 + extension.size() > maxNameLength)
+        cutTo(name_, std::max(maxNameLength - 1 - extension.size(), 1));
+    const int32_t length = name_.size() + 1 + extension.size();
     name_.appendChar16(u'.');
-    name_.append(type.extension());
+    name_.append(extension);
     if (name_.size() != length)
         setPath({}, isFolder());
 }
@@ -149,52 +187,115 @@ void FPath::setIsFolder(bool isFolder) {
 std::string FPath::toUtf8() const {
     String path;
     getFullPath(path);
-    std::string text = path.toUtf8();
-    if (text.empty() && isValid())
+    if (path.isEmpty() && isValid())
         throw std::bad_alloc();
-    return text;
+    return path.isWide() ? toNativeText(path.view16()) : path.toUtf8();
 }
 
 bool FPath::isEqual(const CmObject* other) const {
     const auto* path = cast<FPath>(other);
-    return path && toUtf8() == path->toUtf8();
+    return path && FPath::compare(path) == 0;
 }
 
 int32_t FPath::compare(const CmObject* other) const {
     const auto* path = cast<FPath>(other);
     if (!path)
         return CmObject::compare(other);
-    const int order = toUtf8().compare(path->toUtf8());
+    String own;
+    String others;
+    getFullPath(own);
+    path->getFullPath(others);
+    // Memory may have run out for either.
+    if (own.isEmpty() == isValid() || others.isEmpty() == path->isValid())
+        return CmObject::compare(other);
+    const int32_t order = own.compare(others);
     return order < 0 ? -1 : order > 0 ? 1 : 0;
+}
+
+bool FPath::save(FBinaryStream& stream) const try {
+    const String name = toStored(name_);
+    const String folder = toStored(folder_);
+    if (!canBeRead(name) || !canBeRead(folder))
+        return false;
+    return name.writeTo(stream) && fileType_.save(stream) && stream.writeUInt16(pathType_) &&
+           stream.writeUInt16(flags_) && folder.writeTo(stream);
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FPath::load(FBinaryStream& stream) {
+    String name;
+    FFileType type;
+    uint16_t pathType = 0;
+    uint16_t flags = 0;
+    String folder;
+    if (!name.readFrom(stream) || !type.load(stream) || !stream.readUInt16(pathType) ||
+        !stream.readUInt16(flags) || !folder.readFrom(stream))
+        return false;
+    String keptName;
+    String keptFolder;
+    if (!keep(keptName, name) || !keep(keptFolder, folder) || !closeFolder(keptFolder))
+        return false;
+    name_ = std::move(keptName);
+    folder_ = std::move(keptFolder);
+    fileType_ = std::move(type);
+    pathType_ = pathType;
+    flags_ = flags;
+    return true;
+}
+
+bool FPath::readFrom(FObjectArchive* archive) {
+    return load(archive->stream());
+}
+bool FPath::writeTo(FObjectArchive* archive) {
+    return save(archive->stream());
 }
 
 bool FPath::storeAttributes(FAttributes* attributes) {
     String path;
-    getFullPath(path);
-    attributes->setString("Path", path);
+    if (pathType_ != 0)
+        getPath(path);
+    else
+        getFullPath(path);
+    attributes->setString("Path", toStored(path));
     attributes->setInteger("IsFolder", isFolder() ? 1 : 0);
+    if (pathType_ != 0)
+        attributes->setInteger("PathType", pathType_);
+    if ((flags_ & ~folderFlag) != 0)
+        attributes->setInteger("Flags", flags_);
+    if (!fileType_.extension().isEmpty())
+        attributes->saveObject("FileType", &fileType_);
     return true;
 }
 
 bool FPath::restoreAttributes(FAttributes* attributes) {
     setFullPath(attributes->getString("Path"));
+    pathType_ = static_cast<uint16_t>(attributes->getInteger("PathType"));
+    flags_ = static_cast<uint16_t>(attributes->getInteger("Flags"));
     setIsFolder(attributes->getInteger("IsFolder") != 0);
+    fileType_ = {};
+    attributes->loadObject("FileType", &fileType_);
     return true;
 }
 
-void FPath::saveDefault(const ConstString& key) const {
+void FPath::saveDefault(const ConstString& key) const try {
     auto* pool = FGlobalDefaultPool::instance();
     if (FDefaults* group = pool ? pool->getGroup(defaultPaths) : nullptr)
-        group->values().setString(key.toUtf8(), getFolder());
+        group->values().setString(key.toUtf8(), toStored(getFolder()));
+} catch (const std::bad_alloc&) {
+    return; // The folder of the last time is as good.
 }
 
-bool FPath::loadDefault(const ConstString& key) {
+bool FPath::loadDefault(const ConstString& key) try {
     auto* pool = FGlobalDefaultPool::instance();
     FDefaults* group = pool ? pool->getGroup(defaultPaths) : nullptr;
-    if (!group || !group->values().contains(key.toUtf8()))
+    const std::string name = key.toUtf8();
+    if (!group || !group->values().contains(name))
         return false;
-    setFolder(group->values().getString(key.toUtf8()));
-    return true;
+    setFolder(group->values().getString(name));
+    return isValid();
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

@@ -1,0 +1,58 @@
+#include "persistence/files/PathText.h"
+
+#include "foundation/text/TextConversion.h"
+
+namespace qorl {
+
+namespace {
+
+constexpr char32_t replacementCharacter = 0xFFFD;
+
+bool isSurrogate(char32_t point) {
+    return point >= 0xD800 && point <= 0xDFFF;
+}
+
+bool standsForByte(char32_t point) {
+    return point >= 0xDC80 && point <= 0xDCFF;
+}
+
+} // namespace
+
+std::u16string toPathText(std::string_view native) {
+    std::u16string path;
+    path.reserve(native.size());
+    for (int32_t at = 0; at < static_cast<int32_t>(native.size());) {
+        const char32_t point = text::nextPoint(native, at);
+        if (point >= 0x10000) {
+            path += static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10));
+            path += static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF));
+        } else {
+            path += static_cast<char16_t>(point);
+        }
+    }
+    return path;
+}
+
+std::string toNativeText(std::u16string_view path) {
+    std::string native;
+    native.reserve(path.size());
+    for (int32_t at = 0; at < static_cast<int32_t>(path.size());) {
+        char32_t point = text::nextPoint(path, at);
+        if (isSurrogate(point) && !standsForByte(point))
+            point = replacementCharacter;
+        char bytes[4];
+        int32_t length = 0;
+        text::appendPoint8(bytes, length, point);
+        native.append(bytes, static_cast<size_t>(length));
+    }
+    return native;
+}
+
+bool isPlainText(std::u16string_view path) {
+    for (int32_t at = 0; at < static_cast<int32_t>(path.size());)
+        if (isSurrogate(text::nextPoint(path, at)))
+            return false;
+    return true;
+}
+
+} // namespace qorl

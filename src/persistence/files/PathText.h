@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qorl {
+
+/// The system gives and takes names as bytes, which are UTF-8 by agreement only; paths keep them in UTF-16. A
+/// byte that belongs to no valid UTF-8 is kept as a lone surrogate, from U+DC80 on, so that a file with any
+/// name can be opened by the path that a folder gave. Both throw std::bad_alloc.
+std::u16string toPathText(std::string_view native);
+/// The way back. Other lone surrogates, which no name of a file gives, become U+FFFD.
+std::string toNativeText(std::u16string_view path);
+/// Whether no byte of a name, and no other half of a character, stands alone in it.
+bool isPlainText(std::u16string_view path);
+
+} // namespace qorl

@@ -1,0 +1,304 @@
+#include "persistence/SettingsFolder.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/files/FNFileSystem.h"
+#include "persistence/files/FNPath.h"
+#include "persistence/files/PathText.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "support/FailingAllocation.h"
+#include "support/Slots.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+using testing::expectConsecutive;
+
+std::string textOf(const String& text) {
+    return text.toUtf8();
+}
+
+std::string bytesOf(FMemoryStream& stream) {
+    std::string bytes(static_cast<size_t>(stream.tell()), '\0');
+    stream.rewind();
+    stream.read(bytes.data(), static_cast<int64_t>(bytes.size()));
+    stream.rewind();
+    return bytes;
+}
+
+TEST(FPath, SplitsIntoFolderAndName) {
+    struct Case {
+        const char* text;
+        const char* folder;
+        const char* name;
+        const char* whole;
+        bool isFolder;
+    };
+    const Case cases[] = {
+        {"/a/b.txt", "/a/", "b.txt", "/a/b.txt", false},
+        {"/a/b/", "/a/", "b", "/a/b", true},
+        {"b.txt", "", "b.txt", "b.txt", false},
+        {"/", "/", "", "/", true},
+        {"/a//", "/", "a", "/a", true},
+        {"", "", "", "", true},
+        {"\xC3\xA4/\xC3\xB6", "\xC3\xA4/", "\xC3\xB6", "\xC3\xA4/\xC3\xB6", false},
+        {"/\xE4\xFF/\xC3\n", "/\xE4\xFF/", "\xC3\n", "/\xE4\xFF/\xC3\n", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        const FPath path{ConstString(c.text)};
+        EXPECT_EQ(toNativeText(path.getFolder().view16()), c.folder);
+        EXPECT_EQ(toNativeText(path.getName().view16()), c.name);
+        EXPECT_EQ(path.toUtf8(), c.whole);
+        EXPECT_EQ(path.isFolder(), c.isFolder);
+    }
+}
+
+TEST(FPath, GoesUpAndDown) {
+    FPath path{ConstString("/a")};
+    path.addFolder("b", true);
+    path.addFolder("c.txt", false);
+    EXPECT_EQ(path.toUtf8(), "/a/b/c.txt");
+    std::string way;
+    while (path.up())
+        way += path.toUtf8() + ' ';
+    EXPECT_EQ(way, "/a/b /a / ");
+    EXPECT_TRUE(path.isRoot());
+    FPath single{ConstString("one")};
+    EXPECT_TRUE(single.isRelative());
+    EXPECT_TRUE(single.up());
+    EXPECT_FALSE(single.isValid());
+    EXPECT_FALSE(single.up());
+    FPath bare;
+    bare.setFolder("/only");
+    EXPECT_EQ(bare.toUtf8(), "/only/");
+}
+
+TEST(FPath, GivesItsNameAnExtension) {
+    struct Case {
+        const char* name;
+        bool replace;
+        const char* expected;
+    };
+    for (const auto& c : {Case{"Layout", false, "Layout.xml"}, Case{"Layout.bin", false, "Layout.bin"},
+                          Case{"Layout.bin", true, "Layout.xml"}, Case{".hidden", false, ".hidden.xml"},
+                          Case{"a/b.c/Layout", true, "a/b.c/Layout.xml"}}) {
+        FPath path{ConstString(c.name)};
+        path.setFileType(FFileType::xmlFile(), c.replace);
+        EXPECT_EQ(path.toUtf8(), c.expected);
+    }
+    FPath longName{ConstString(std::string_view(std::string(300, 'x')))};
+    longName.setFileType(FFileType::xmlFile());
+    EXPECT_EQ(longName.getName().size(), 259);
+    String text;
+    longName.getExtension(text);
+    EXPECT_EQ(textOf(text), "xml");
+    longName.getBaseName(text, true);
+    EXPECT_EQ(text.size(), 255);
+    // Two units for each character, so that the cut at 255 falls into one.
+    std::u16string clefs = u"x";
+    for (int i = 0; i < 150; ++i)
+        clefs += u"\U0001D11E";
+    FPath pairs;
+    pairs.setName(ConstString(std::u16string_view(clefs)));
+    pairs.setFileType(FFileType("t", "abcd"));
+    EXPECT_EQ(pairs.getName().size(), 1 + 2 * 126 + 5);
+    EXPECT_TRUE(FFileType("a", "XML").isEqual(&static_cast<const CmObject&>(FFileType("b", "xml"))));
+}
+
+TEST(FNPath, KnowsTheFoldersOfTheApplication) {
+    const SettingsFolder folder;
+    const FNPath made("Layout", FNPath::userSettings, 0, "deep/er", FNPath::Create::missingFolders);
+    EXPECT_EQ(made.toUtf8(), folder / "settings/deep/er/Layout");
+    EXPECT_TRUE(folder.has("settings/deep/er"));
+    folder.write("settings/file", "x");
+    EXPECT_FALSE(FNPath("x", FNPath::userSettings, 0, "file/sub", FNPath::Create::missingFolders).isValid());
+    FNPath moved;
+    moved.setPathString("sub/name.txt");
+    moved.setLocation(FNPath::userSettings);
+    EXPECT_EQ(moved.toUtf8(), folder / "settings/sub/name.txt");
+    String folderText;
+    moved.getPath(folderText);
+    EXPECT_EQ(textOf(folderText), "sub/name.txt");
+    moved.setPathString("/abs/name.txt");
+    EXPECT_EQ(moved.toUtf8(), "/abs/name.txt");
+    moved.setPathString("sub/name.txt");
+    for (const char* outside : {"..", "../up", "a/../../b"})
+        EXPECT_FALSE(FNPath("x", FNPath::userSettings, 0, outside).isValid()) << outside;
+    EXPECT_EQ(FNPath("x", FNPath::sharedData, FNPath::folderFlag, "/a/./b/").toUtf8(),
+              folder / "shared/a/b/x");
+    FNPath::setKnownFolder(FNPath::userSettings, "/elsewhere");
+    EXPECT_EQ(moved.toUtf8(), "/elsewhere/sub/name.txt");
+    EXPECT_FALSE(FNPath::knownFolder(FNPath::temporary).empty());
+}
+
+TEST(FPath, TakesNoTextThatWouldNameAnotherFile) {
+    const std::u16string_view cut(u"/etc/pass\0wd", 12);
+    FPath path{ConstString(cut)};
+    EXPECT_FALSE(path.isValid());
+    EXPECT_FALSE(path.setFullPath(ConstString(std::string_view("/a\0b", 4))));
+    path.setPath("/a/b", false);
+    path.setName(ConstString(std::u16string_view(u"x\0y", 3)));
+    EXPECT_FALSE(path.isValid());
+    // Lone halves of characters that stand for no byte of a name.
+    const FPath odd{ConstString(std::u16string_view(u"/\xD800/\xDC2F", 4))};
+    EXPECT_EQ(odd.toUtf8(), "/\xEF\xBF\xBD/\xEF\xBF\xBD");
+}
+
+TEST(FPath, KeepsItsPublishedOrderOfOperations) {
+    expectConsecutive({SLOT(FPath, setName),      SLOT(FPath, getName),        SLOT(FPath, getExtension),
+                       SLOT(FPath, getBaseName),  SLOT(FPath, getFileType),    SLOT(FPath, setFileType),
+                       SLOT(FPath, isRelative),   SLOT(FPath, getFullPath),    SLOT(FPath, getPathKind),
+                       SLOT(FPath, getDriveName), SLOT(FPath, isRemovable),    SLOT(FPath, isNetwork),
+                       SLOT(FPath, isHidden),     SLOT(FPath, isValid),        SLOT(FPath, addFolder),
+                       SLOT(FPath, up),           SLOT(FPath, setNative),      SLOT(FPath, isRoot),
+                       SLOT(FPath, setFullPath),  SLOT(FPath, getFolder),      SLOT(FPath, setFolder),
+                       SLOT(FPath, getPath),      SLOT(FPath, setPath),        SLOT(FPath, save),
+                       SLOT(FPath, load),         SLOT(FNPath, createFolders), SLOT(FNPath, getSerial),
+                       SLOT(FNPath, setLocation), SLOT(FNPath, setPathString)},
+                      25);
+    using System = FFileSystem;
+    expectConsecutive({SLOT(System, createFile),    SLOT(System, openFile),
+                       SLOT(System, closeFile),     SLOT(System, deleteFile),
+                       SLOT(System, exists),        SLOT(System, rename),
+                       SLOT(System, move),          SLOT(System, copy),
+                       SLOT(System, createFolder),  SLOT(System, setCurrentFolder),
+                       SLOT(System, getVolumeInfo), SLOT(System, deleteFolder),
+                       SLOT(System, getFileTime),   SLOT(System, getFileSize),
+                       SLOT(System, getFileSizeOf), SLOT(System, isReadOnly),
+                       SLOT(System, makeLegalName), SLOT(System, isWriteProtected),
+                       SLOT(System, createParents), SLOT(System, getIterator)},
+                      25);
+    constexpr void (FFileSystem::*notify)(int32_t, const FPath&, FInterface*) = &FFileSystem::notify;
+    EXPECT_EQ(testing::slotOf(notify), 45);
+}
+
+FNPath pathWithAll() {
+    FNPath path;
+    path.setLocation(FNPath::userSettings);
+    path.setPathString("d/\xC3\xA4");
+    path.setFileType(FFileType("XML File", "xml", "text/xml", 0x54455854));
+    return path;
+}
+
+TEST(FPath, StoresItsFieldsByteByByte) {
+    // A text is its count, UTF-8, a terminator and, when it was wide, the mark of UTF-8.
+    const std::string low = std::string("\x0A\0\0\0\xC3\xA4.xml\0\xEF\xBB\xBF", 14) +
+                            std::string("TXET\4\0\0\0xml\0\4\0\0\0xml\0\x09\0\0\0XML File\0", 33) +
+                            std::string("\1\0\0\0", 4) + std::string("\6\0\0\0d/\0\xEF\xBB\xBF", 10);
+    const std::string high = std::string("\0\0\0\x0A\xC3\xA4.xml\0\xEF\xBB\xBF", 14) +
+                             std::string("TEXT\0\0\0\4xml\0\0\0\0\4xml\0\0\0\0\x09XML File\0", 33) +
+                             std::string("\0\1\0\0", 4) + std::string("\0\0\0\6d/\0\xEF\xBB\xBF", 10);
+    for (const std::string* expected : {&low, &high}) {
+        FMemoryStream stream;
+        stream.setByteOrder(expected == &high);
+        ASSERT_TRUE(pathWithAll().save(stream));
+        EXPECT_EQ(bytesOf(stream), *expected);
+        FNPath read;
+        EXPECT_TRUE(read.load(stream));
+        const SettingsFolder folder;
+        EXPECT_EQ(read.toUtf8(), folder / "settings/d/\xC3\xA4.xml");
+        FFileType type;
+        read.getFileType(type);
+        EXPECT_EQ(textOf(type.name()), "XML File");
+        EXPECT_EQ(type.macType(), 0x54455854u);
+    }
+    for (size_t length = 0; length < low.size(); ++length) {
+        FMemoryStream stream;
+        stream.write(low.data(), static_cast<int64_t>(length));
+        stream.rewind();
+        FNPath path("/kept");
+        EXPECT_FALSE(path.load(stream)) << "cut behind " << length << " bytes";
+        EXPECT_EQ(path.toUtf8(), "/kept");
+    }
+}
+
+TEST(FPath, StoresNamesThatAreNoText) {
+    const SettingsFolder folder;
+    const std::string native = folder / "\xE4\n\xFF.wav";
+    FNPath path{std::string_view(native)};
+    FMemoryStream stream;
+    ASSERT_TRUE(path.save(stream));
+    stream.rewind();
+    FNPath read;
+    ASSERT_TRUE(read.load(stream));
+    EXPECT_EQ(read.toUtf8(), native);
+    FAttributes attributes;
+    ASSERT_TRUE(path.storeAttributes(&attributes));
+    FNPath restored;
+    ASSERT_TRUE(restored.restoreAttributes(&attributes));
+    EXPECT_EQ(restored.toUtf8(), native);
+    EXPECT_TRUE(restored.isEqual(&path));
+}
+
+TEST(FPath, WritesNothingThatCouldNotBeReadBack) {
+    FMemoryStream stream;
+    FPath path;
+    path.setName(ConstString(std::string_view(std::string(49'997, 'x'))));
+    EXPECT_FALSE(path.save(stream));
+    EXPECT_EQ(stream.tell(), 0);
+    path.setName(ConstString(std::string_view(std::string(49'996, 'x'))));
+    ASSERT_TRUE(path.save(stream));
+    stream.rewind();
+    FPath read;
+    EXPECT_TRUE(read.load(stream));
+    EXPECT_EQ(read.getName().size(), 49'996);
+}
+
+TEST(FPath, KeepsItsStateAsAttributes) {
+    const SettingsFolder folder;
+    FAttributes attributes;
+    ASSERT_TRUE(pathWithAll().storeAttributes(&attributes));
+    EXPECT_EQ(attributes.getString("Path").toUtf8(), "d/\xC3\xA4.xml") << "without the folder of the user";
+    FNPath path;
+    ASSERT_TRUE(path.restoreAttributes(&attributes));
+    EXPECT_EQ(path.toUtf8(), folder / "settings/d/\xC3\xA4.xml");
+    FFileType type;
+    path.getFileType(type);
+    EXPECT_EQ(textOf(type.extension()), "xml");
+    attributes.setInteger("PathType", 60'000);
+    ASSERT_TRUE(path.restoreAttributes(&attributes));
+    EXPECT_EQ(path.toUtf8(), "d/\xC3\xA4.xml") << "of a folder that nobody knows";
+}
+
+TEST(FPath, NeverStoresPartOfItWhenMemoryRunsOut) {
+    const FNPath path = pathWithAll();
+    FMemoryStream whole;
+    ASSERT_TRUE(path.save(whole));
+    const std::string expected = bytesOf(whole);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FMemoryStream stream;
+        // A stream in memory helps itself over one failure.
+        if (allocation.during([&] { return path.save(stream); }))
+            EXPECT_EQ(bytesOf(stream), expected);
+        else
+            EXPECT_TRUE(allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        whole.rewind();
+        FNPath read("/kept");
+        const bool isLoaded = allocation.during([&] { return read.load(whole); });
+        FMemoryStream again;
+        (isLoaded ? read : path).save(again);
+        EXPECT_EQ(bytesOf(again), expected);
+        EXPECT_TRUE(isLoaded || (allocation.hasFailed() && read.toUtf8() == "/kept"));
+    });
+}
+
+TEST(FFileType, KeepsItsState) {
+    const FFileType type("Song", "son", "audio/song", 0x534F4E47);
+    FAttributes attributes;
+    ASSERT_TRUE(FFileType(type).storeAttributes(&attributes));
+    EXPECT_EQ(attributes.getInteger("MacType"), 0x534F4E47);
+    for (const auto& [key, expected] : {std::pair("DosType", "son"), {"UnixType", "son"}, {"Name", "Song"}})
+        EXPECT_EQ(attributes.getString(key).toUtf8(), expected) << key;
+    attributes.setString("UnixType", "");
+    FFileType restored;
+    ASSERT_TRUE(restored.restoreAttributes(&attributes));
+    EXPECT_EQ(textOf(restored.extension()), "son") << "that of other systems where this one has none";
+    EXPECT_NE(restored.compare(&type), 0) << "the extension of Unix systems differs";
+}
+
+} // namespace
+} // namespace qorl

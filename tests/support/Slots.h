@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <initializer_list>
+
+namespace qorl::testing {
+
+/// The entry of a virtual operation in its table, as the Itanium ABI encodes it in a pointer to member.
+template <typename Operation>
+ptrdiff_t entryOf(Operation operation) {
+    static_assert(sizeof operation == 2 * sizeof(ptrdiff_t));
+    ptrdiff_t words[2];
+    std::memcpy(words, &operation, sizeof words);
+    return (words[0] - 1) / static_cast<ptrdiff_t>(sizeof(void*));
+}
+
+constexpr ptrdiff_t destructorSlot = 4;
+
+/// The slot of an operation of an object: its virtual destructor takes two entries, so that behind it a slot
+/// is the entry less one.
+template <typename Operation>
+ptrdiff_t slotOf(Operation operation) {
+    const ptrdiff_t entry = entryOf(operation);
+    return entry > destructorSlot ? entry - 1 : entry;
+}
+
+struct SlotRow {
+    ptrdiff_t slot;
+    const char* name;
+};
+
+/// That the operations stand one behind the other from slot `first` on.
+inline void expectConsecutive(std::initializer_list<SlotRow> rows, ptrdiff_t first) {
+    ptrdiff_t expected = first;
+    for (const SlotRow& row : rows) {
+        if (expected == destructorSlot)
+            ++expected;
+        EXPECT_EQ(row.slot, expected) << row.name;
+        ++expected;
+    }
+}
+
+#define SLOT(Class, operation)                                                                               \
+    ::qorl::testing::SlotRow {                                                                               \
+        ::qorl::testing::slotOf(&Class::operation), #operation                                               \
+    }
+
+} // namespace qorl::testing
