@@ -50,7 +50,7 @@ public:
     bool writeObject(CmObject* object, bool) override { return writeObject(object); }
     CmObject* readObject(const char* className, bool) override { return readObject(className); }
     int32_t getStoredVersion(const char*) override { return 0; }
-    void raiseStoredVersion(const ClassRecord*) override {}
+    bool raiseStoredVersion(const ClassRecord*) override { return false; }
     bool writeClass(const ClassRecord*) override { return false; }
     const ClassRecord* readClass() override { return nullptr; }
 

@@ -1,7 +1,11 @@
 #include "persistence/archive/FObjectArchive.h"
 
+#include "foundation/CmObject.h"
+#include "persistence/streams/FStream.h"
 #include "platform/System.h"
 
+#include <algorithm>
+#include <new>
 #include <string>
 
 namespace qorl {
@@ -10,7 +14,88 @@ namespace {
 
 constinit ArchiveListener* globalListener = nullptr;
 
+void tellTooDeep(const CmObject& object) {
+    try {
+        platform::debugOutput("stored objects: " + std::string(object.getClassName()) +
+                              " is nested more than " + std::to_string(FObjectArchive::deepest) +
+                              " deep and is left out");
+    } catch (const std::bad_alloc&) {
+        platform::debugOutput("stored objects: nested too deep");
+    }
+}
+
 } // namespace
+
+CmObject* FObjectArchive::readObject(const char* className) {
+    return readObject(className, true);
+}
+
+bool FObjectArchive::writeObject(CmObject* object) {
+    return writeObject(object, true);
+}
+
+int32_t FObjectArchive::getVersion() const {
+    return version_;
+}
+
+int32_t FObjectArchive::checkStream() {
+    if (lastError_ == streamFailed)
+        return streamFailed;
+    if (stream_.isValid())
+        return 0;
+    report(streamFailed, nullptr);
+    return streamFailed;
+}
+
+void FObjectArchive::report(Error code, const char* text) {
+    if (lastError_ != streamFailed)
+        lastError_ = code;
+    if (std::ranges::find(errors(), code) == errors().end())
+        errors_[errorCount_++] = code;
+    if (listener_)
+        listener_->report(code, text);
+}
+
+bool FObjectArchive::checked(bool isDone) {
+    if (!isDone)
+        report(streamFailed, nullptr);
+    return isDone;
+}
+
+bool FObjectArchive::beginReading() {
+    if (storing_)
+        return false;
+    if (lastError_ != streamFailed)
+        lastError_ = 0;
+    return checkStream() == 0;
+}
+
+const ClassRecord* FObjectArchive::recordFor(const CmObject& object) {
+    const ClassRecord* record = object.getClassRecord();
+    // Every class has a record, if only that of the base of all: reading by it would lose the object.
+    const bool isBase = record == &CmObject::classRecord() && !object.isA(CmObject::className());
+    if (record && record->create() && record->persistentName() && !isBase)
+        return record;
+    report(classNotRegistered, object.getClassName());
+    return nullptr;
+}
+
+bool FObjectArchive::passContents(CmObject& object) {
+    const Level level(*this);
+    if (!level.isAllowed()) {
+        tellTooDeep(object);
+        if (storing_)
+            report(streamFailed, object.getClassName());
+        return false;
+    }
+    try {
+        return storing_ ? object.writeTo(this) : object.readFrom(this);
+    } catch (const std::bad_alloc&) {
+        if (storing_)
+            report(streamFailed, object.getClassName());
+        return false;
+    }
+}
 
 void FObjectArchive::setGlobalListener(ArchiveListener* listener) {
     globalListener = listener;

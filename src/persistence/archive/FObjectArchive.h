@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
+#include <span>
 
 namespace qorl {
 
@@ -12,6 +12,7 @@ class FStream;
 /// Hears of every error of an archive.
 class ArchiveListener {
 public:
+    /// `text` is the name of the class that the error is about; null where that is not known.
     virtual void report(int32_t code, const char* text) = 0;
 
 protected:
@@ -20,37 +21,79 @@ protected:
 
 /// A graph of objects on its way to or from a stream: what `CmObject::writeTo` and `readFrom` work with.
 ///
-/// An object writes its fields with the typed operations of `stream` and nested objects with `writeObject`.
-/// Concrete archives say how objects and classes are framed. Threading: one thread at a time.
+/// An object writes its fields with the typed operations of `stream` and nested objects with `writeObject`;
+/// what its base class has comes first, by a call of that class's `writeTo`. It reads them back in the same
+/// order, and asks `getVersion` where the fields of older versions of its class differ. A class that is to be
+/// stored has a record with a factory; each class is named in the archive once, with its version.
+///
+/// With tracking an object that occurs again is stored as a reference, so that cycles and shared objects come
+/// back as they were. An archive lives for one store or one load and holds references on tracked objects
+/// meanwhile. Nothing throws: an operation that fails gives false or null and reports an error. After
+/// `streamFailed` every further operation fails at once. Threading: one thread at a time.
 class FObjectArchive {
 public:
     enum Error : int32_t {
-        malformed = -97,
-        classNotRegistered = -98,
-        wrongObject = -99,
-        streamFailed = -100
+        malformed = -97,          ///< A length or marker that can't be. Has no text.
+        classNotRegistered = -98, ///< The object is left out.
+        wrongObject = -99,        ///< Not of the class asked for, or a reference that leads to no object.
+        streamFailed = -100,      ///< A short transfer, or an object that could not be stored. For good.
     };
+    enum class Direction { reading, storing };
 
+    /// How deep objects may be nested: each level takes stack. A deeper one is neither stored nor read, and
+    /// the debug output tells its class.
+    static constexpr int32_t deepest = 2000;
+
+    FObjectArchive(const FObjectArchive&) = delete;
     virtual ~FObjectArchive() = default;
-    /// The next object, of `className` when that is given, with one reference for the caller; null on an
-    /// error and for a stored null.
-    virtual CmObject* readObject(const char* className) = 0;
-    virtual bool writeObject(CmObject* object) = 0;
-    /// Without `track` an object that occurs twice is stored twice.
+
+    /// As the long forms, with tracking.
+    virtual CmObject* readObject(const char* className);
+    virtual bool writeObject(CmObject* object);
+    /// Null is stored too. Without `track` an object that occurs twice is stored twice. False on a reading
+    /// archive, and when the object could not be stored whole.
     virtual bool writeObject(CmObject* object, bool track) = 0;
+    /// The next object, of `className` when that is given, with one reference for the caller; null on an
+    /// error, then `lastError` tells which, and for a stored null. `track` as on storing.
     virtual CmObject* readObject(const char* className, bool track) = 0;
     /// The version that the class of the object being read had when it was written.
-    virtual int32_t getVersion() const { return version_; }
+    virtual int32_t getVersion() const;
+    /// The version that a class had, for base classes too where the form stores them; 0 when it has not
+    /// occurred.
     virtual int32_t getStoredVersion(const char* className) = 0;
-    virtual void raiseStoredVersion(const ClassRecord* record) = 0;
+    /// Counts the version of a class that has occurred one up, for objects still to be read. False when it
+    /// has not.
+    virtual bool raiseStoredVersion(const ClassRecord* record) = 0;
+    /// A class without an object.
     virtual bool writeClass(const ClassRecord* record) = 0;
+    /// What `writeClass` wrote; its version is what `getVersion` gives from now on. Null on an error.
     virtual const ClassRecord* readClass() = 0;
+
+    /// `streamFailed` when the archive can't go on, else 0.
+    int32_t checkStream();
 
     FStream& stream() const { return stream_; }
     bool isStoring() const { return storing_; }
+    /// The error of the last `readObject`, 0 for none; `streamFailed` stays.
     int32_t lastError() const { return lastError_; }
-    const std::set<int32_t>& errors() const { return errors_; }
+    /// Every code that occurred, once, in order.
+    std::span<const Error> errors() const { return {errors_, errorCount_}; }
+    /// Not owned; null for none.
     void setListener(ArchiveListener* listener) { listener_ = listener; }
+
+    /// One level of nesting, for as long as it lives. Readers and writers of forms of their own that stand
+    /// inside of an object and may hold objects again take one for each level of theirs.
+    class Level {
+    public:
+        explicit Level(FObjectArchive& archive) : archive_(archive) { ++archive_.depth_; }
+        Level(const Level&) = delete;
+        ~Level() { --archive_.depth_; }
+        /// False means to give up.
+        bool isAllowed() const { return archive_.depth_ <= deepest; }
+
+    private:
+        FObjectArchive& archive_;
+    };
 
     /// Hears of errors that no archive is there for, such as a stored class that nobody has registered. Not
     /// owned; without one they go to the debug output.
@@ -58,17 +101,33 @@ public:
     static void reportGlobally(int32_t code, const char* text);
 
 protected:
-    enum class Direction { reading, storing };
-
+    /// `stream` is not retained.
     FObjectArchive(FStream& stream, Direction direction)
         : stream_(stream), storing_(direction == Direction::storing) {}
+
+    void report(Error code, const char* text);
+    /// Passes `isDone` on; false is reported as a failed stream.
+    bool checked(bool isDone);
+    /// False when nothing can be read; else the last error is cleared.
+    bool beginReading();
+    /// The record that `object` is stored by; null, which is reported, when it could not be read back.
+    const ClassRecord* recordFor(const CmObject& object);
+    /// Lets the object store or read itself, one level deeper. False when it could not, also for want of
+    /// memory.
+    bool passContents(CmObject& object);
 
     FStream& stream_;
     bool storing_;
     int32_t version_ = 0;
     ArchiveListener* listener_ = nullptr;
     int32_t lastError_ = 0;
-    std::set<int32_t> errors_;
+
+private:
+    static constexpr size_t codeCount = 4;
+
+    Error errors_[codeCount] = {};
+    size_t errorCount_ = 0;
+    int32_t depth_ = 0;
 };
 
 } // namespace qorl

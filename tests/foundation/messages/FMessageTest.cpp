@@ -109,7 +109,7 @@ public:
     bool writeObject(CmObject*, bool) override { return false; }
     CmObject* readObject(const char*, bool) override { return nullptr; }
     int32_t getStoredVersion(const char*) override { return 0; }
-    void raiseStoredVersion(const ClassRecord*) override {}
+    bool raiseStoredVersion(const ClassRecord*) override { return false; }
     bool writeClass(const ClassRecord*) override { return false; }
     const ClassRecord* readClass() override { return nullptr; }
 };

@@ -1,0 +1,295 @@
+#include "persistence/archive/FSizedArchive.h"
+
+#include "foundation/ClassRecord.h"
+#include "foundation/CmObject.h"
+#include "persistence/streams/FStream.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <ranges>
+#include <utility>
+
+namespace qorl {
+
+namespace {
+
+constexpr int32_t nullTag = 0;
+constexpr int32_t classTag = -1;
+constexpr int32_t parentTag = -2;
+constexpr int32_t classBit = INT32_MIN;
+constexpr int64_t fieldSize = sizeof(int32_t);
+/// Places beyond could not be told from the markers once they have the class bit.
+constexpr int64_t mostOffset = INT32_MAX - 2;
+
+constexpr size_t firstClasses = 4096;
+constexpr size_t firstObjects = 100;
+
+/// How often all that was read may be read once more. Objects that read too much go back a little; lengths
+/// that are made to lead back would have a small file read without end.
+constexpr int64_t mostRounds = 4;
+constexpr int64_t alwaysAllowedBack = int64_t{1} << 20;
+
+} // namespace
+
+FSizedArchive::FSizedArchive(FStream& stream, Direction direction)
+    : FObjectArchive(stream, direction), base_(stream.tell()),
+      frameEnd_(std::numeric_limits<int64_t>::max()) {}
+
+FSizedArchive::~FSizedArchive() = default;
+
+int64_t FSizedArchive::offsetHere() {
+    return stream_.tell() - base_;
+}
+
+bool FSizedArchive::writeObject(CmObject* object, bool track) try {
+    return storing_ && checkStream() == 0 && storeObject(object, track);
+} catch (const std::bad_alloc&) {
+    report(streamFailed, object->getClassName());
+    return false;
+}
+
+bool FSizedArchive::storeObject(CmObject* object, bool track) {
+    if (!object)
+        return checked(stream_.writeInt32(nullTag));
+    if (track)
+        if (const auto known = offsets_.find(object); known != offsets_.end())
+            return checked(stream_.writeInt32(known->second));
+    const ClassRecord* record = recordFor(*object);
+    if (!record || !storeClass(*record))
+        return false;
+    const int64_t fieldPosition = stream_.tell();
+    const int64_t offset = fieldPosition - base_;
+    if (!checked(offset <= mostOffset &&
+                 stream_.seek(fieldSize, FStream::fromHere) == fieldPosition + fieldSize))
+        return false;
+    if (track) {
+        // Retained, so that no other object can come at its address and be taken for it.
+        stored_.push_back(retain(object));
+        offsets_.emplace(object, static_cast<int32_t>(offset));
+    }
+    if (!passContents(*object)) {
+        report(streamFailed, object->getClassName());
+        return false;
+    }
+    return checkStream() == 0 && checked(storeLength(fieldPosition));
+}
+
+bool FSizedArchive::storeLength(int64_t fieldPosition) {
+    const int64_t end = stream_.tell();
+    const int64_t length = end - fieldPosition - fieldSize;
+    return length >= 0 && length <= std::numeric_limits<int32_t>::max() &&
+           stream_.seek(fieldPosition, FStream::fromStart) == fieldPosition &&
+           stream_.writeInt32(static_cast<int32_t>(length)) && stream_.seek(end, FStream::fromStart) == end;
+}
+
+bool FSizedArchive::storeClass(const ClassRecord& record) {
+    if (const auto known = offsets_.find(&record); known != offsets_.end())
+        return checked(stream_.writeInt32(known->second | classBit));
+    for (const ClassRecord* parent = record.parent(); parent && !offsets_.contains(parent);
+         parent = parent->parent())
+        if (!storeMarker(parentTag, *parent))
+            return false;
+    return storeMarker(classTag, record);
+}
+
+bool FSizedArchive::storeMarker(int32_t tag, const ClassRecord& record) {
+    const int64_t offset = offsetHere();
+    if (!checked(offset <= mostOffset && stream_.writeInt32(tag) && StoredClass::write(stream_, record)))
+        return false;
+    offsets_.emplace(&record, static_cast<int32_t>(offset));
+    return true;
+}
+
+CmObject* FSizedArchive::readObject(const char* className, bool) try {
+    return beginReading() ? nextObject(className).detach() : nullptr;
+} catch (const std::bad_alloc&) {
+    report(streamFailed, className);
+    return nullptr;
+}
+
+Ref<CmObject> FSizedArchive::nextObject(const char* className) {
+    Header header;
+    if (!readHeader(header) || header.tag == nullTag)
+        return nullptr;
+    return header.tag > 0 ? resolve(header.tag, className) : readInstance(header, className);
+}
+
+/// False when there is no object to read: that is reported, and the object skipped where it has a length.
+bool FSizedArchive::readHeader(Header& header) {
+    if (classes_.capacity() == 0) {
+        classes_.reserve(firstClasses);
+        objects_.reserve(firstObjects);
+    }
+    if (!checked(stream_.readInt32(header.tag)))
+        return false;
+    while (header.tag == parentTag)
+        if (!readMarker(header.classIndex) || !checked(stream_.readInt32(header.tag)))
+            return false;
+    if (header.tag >= 0)
+        return true;
+    if (header.tag == classTag && !readMarker(header.classIndex))
+        return false;
+    if (!checked(stream_.readInt32(header.length)))
+        return false;
+    if (header.length < 0) {
+        report(malformed, nullptr);
+        return false;
+    }
+    if (header.tag != classTag && !findClass(header.tag & ~classBit, header.classIndex))
+        return skipObject(malformed, nullptr, header.length);
+    const StoredClass& type = classes_[header.classIndex];
+    return type.record() || skipObject(classNotRegistered, type.name(), header.length);
+}
+
+/// Reads what stands behind the tag of a marker.
+bool FSizedArchive::readMarker(size_t& index) {
+    const int64_t offset = offsetHere() - fieldSize;
+    StoredClass type;
+    if (!checked(type.read(stream_)))
+        return false;
+    const auto [known, isNew] = classesByOffset_.try_emplace(offset, classes_.size());
+    index = known->second;
+    if (isNew)
+        classes_.push_back(std::move(type));
+    return true;
+}
+
+bool FSizedArchive::findClass(int64_t offset, size_t& index) {
+    auto known = classesByOffset_.find(offset);
+    if (known == classesByOffset_.end()) {
+        // The marker stands in an object that was skipped.
+        readMarkersAt(offset);
+        known = classesByOffset_.find(offset);
+    }
+    if (known == classesByOffset_.end())
+        return false;
+    index = known->second;
+    return true;
+}
+
+void FSizedArchive::readMarkersAt(int64_t offset) {
+    const int64_t here = stream_.tell();
+    stream_.seek(base_ + offset, FStream::fromStart);
+    int32_t tag = parentTag;
+    size_t index = 0;
+    // Only markers count here, so that places which lead to each other come to an end.
+    while (tag == parentTag && stream_.readInt32(tag) && (tag == parentTag || tag == classTag))
+        if (!readMarker(index))
+            break;
+    const int64_t count = stream_.tell() - (base_ + offset);
+    checked(stream_.seek(here, FStream::fromStart) == here);
+    countBack(count);
+}
+
+bool FSizedArchive::skipObject(Error error, const char* text, int32_t length) {
+    report(error, text);
+    const int64_t start = stream_.tell();
+    if (!stream_.skip(endOfFrame(start, length) - start))
+        report(streamFailed, text);
+    return false;
+}
+
+Ref<CmObject> FSizedArchive::resolve(int32_t offset, const char* className) {
+    const auto known = objects_.find(offset);
+    Ref<CmObject> object = known != objects_.end() ? known->second : nullptr;
+    if (object && (!className || object->isTypeOf(className, true)))
+        return object;
+    report(wrongObject, object ? object->getClassName() : className);
+    return nullptr;
+}
+
+Ref<CmObject> FSizedArchive::readInstance(const Header& header, const char* className) {
+    const StoredClass& type = classes_[header.classIndex];
+    const int64_t start = stream_.tell();
+    const int64_t end = endOfFrame(start, header.length);
+    Ref<CmObject> object = type.create();
+    if (!object) {
+        report(wrongObject, className ? className : type.name());
+    } else if ((className && !object->isTypeOf(className, true)) ||
+               !readContents(object, start, end, type.version())) {
+        report(wrongObject, object->getClassName());
+        object = nullptr;
+    }
+    goTo(end);
+    return object;
+}
+
+/// The table keeps a reference on what was read whole.
+bool FSizedArchive::readContents(const Ref<CmObject>& object, int64_t start, int64_t end, int32_t version) {
+    const int64_t offset = start - fieldSize - base_;
+    objects_.insert_or_assign(offset, object);
+    const int32_t outerVersion = std::exchange(version_, version);
+    const int64_t outerEnd = std::exchange(frameEnd_, end);
+    const bool isRead = passContents(*object);
+    version_ = outerVersion;
+    frameEnd_ = outerEnd;
+    if (const auto entry = objects_.find(offset); !isRead && entry->second == object)
+        objects_.erase(entry);
+    return isRead;
+}
+
+/// An object ends no later than the one that holds it, whatever its length says.
+int64_t FSizedArchive::endOfFrame(int64_t start, int32_t length) const {
+    return std::max(start, std::min(start + length, frameEnd_));
+}
+
+void FSizedArchive::goTo(int64_t end) {
+    const int64_t here = stream_.tell();
+    if (here == end)
+        return;
+    countBack(here - end);
+    checked(stream_.seek(end, FStream::fromStart) >= 0);
+}
+
+/// Called at the place from which it goes back.
+void FSizedArchive::countBack(int64_t count) {
+    goneBack_ += std::max<int64_t>(count, 0);
+    checked(goneBack_ <= mostRounds * offsetHere() + alwaysAllowedBack);
+}
+
+StoredClass* FSizedArchive::findStored(const ClassRecord* record) {
+    for (StoredClass& stored : classes_ | std::views::reverse)
+        if (stored.is(record))
+            return &stored;
+    return nullptr;
+}
+
+int32_t FSizedArchive::getStoredVersion(const char* className) {
+    const StoredClass* stored = findStored(StoredClass::find(className));
+    return stored ? stored->version() : 0;
+}
+
+bool FSizedArchive::raiseStoredVersion(const ClassRecord* record) {
+    StoredClass* stored = findStored(record);
+    if (stored)
+        stored->raiseVersion();
+    return stored != nullptr;
+}
+
+bool FSizedArchive::writeClass(const ClassRecord* record) try {
+    if (!storing_ || !record || !record->persistentName() || checkStream() != 0)
+        return false;
+    return storeClass(*record) && checked(stream_.writeInt32(nullTag));
+} catch (const std::bad_alloc&) {
+    report(streamFailed, record->name());
+    return false;
+}
+
+const ClassRecord* FSizedArchive::readClass() try {
+    Header header;
+    if (!beginReading() || !readHeader(header) || header.tag == nullTag)
+        return nullptr;
+    if (header.tag > 0 || header.length != 0) {
+        report(malformed, nullptr);
+        return nullptr;
+    }
+    const StoredClass& type = classes_[header.classIndex];
+    version_ = type.version();
+    return type.record();
+} catch (const std::bad_alloc&) {
+    report(streamFailed, nullptr);
+    return nullptr;
+}
+
+} // namespace qorl

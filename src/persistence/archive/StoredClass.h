@@ -1,0 +1,42 @@
+#pragma once
+
+#include <qorl/Ref.h>
+
+#include <cstdint>
+#include <memory>
+
+namespace qorl {
+
+class CmObject;
+class ClassRecord;
+class FBinaryStream;
+
+/// A class as it stands in an archive: its name and the version that it had.
+class StoredClass {
+public:
+    /// The registered class of this name, or null.
+    static const ClassRecord* find(const char* className);
+    /// A counted name and a 16-bit version.
+    static bool write(FBinaryStream& stream, const ClassRecord& record);
+    /// False for a cut stream and a damaged name. Throws `std::bad_alloc`.
+    bool read(FBinaryStream& stream);
+
+    /// Null when nobody has registered the class.
+    const ClassRecord* record() const { return record_; }
+    /// -1 when nobody has registered the class.
+    int32_t version() const { return version_; }
+    void raiseVersion() { ++version_; }
+    /// The name that stands in the archive, which for a class that is not registered may be cut.
+    const char* name() const;
+    /// Under either of its names, if a class has two. False for null.
+    bool is(const ClassRecord* record) const;
+    /// A new object; null without memory, and when the class makes none or no object of ours.
+    Ref<CmObject> create() const;
+
+private:
+    const ClassRecord* record_ = nullptr;
+    int32_t version_ = -1;
+    std::unique_ptr<char[]> unknownName_;
+};
+
+} // namespace qorl

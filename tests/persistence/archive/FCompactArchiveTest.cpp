@@ -1,0 +1,176 @@
+#include "ArchiveProbe.h"
+#include "ArchiveTesting.h"
+
+#include <gtest/gtest.h>
+
+namespace qorl {
+namespace {
+
+using Stores = Storing<FCompactArchive>;
+using Reads = Reading<FCompactArchive>;
+
+/// A node that links to nothing, to itself, and to a second one of its class.
+Ref<GraphNode> loop() {
+    auto node = makeNode(7);
+    node->links = {nullptr, node, makeNode(8)};
+    return node;
+}
+
+struct StoredLoop {
+    uint16_t byteOrder;
+    const char* bytes;
+};
+
+constexpr StoredLoop storedLoops[] = {
+    {0, "FF FF FF FF  0A 00 00 00 'GraphNode' 03 00"
+        "07 00 00 00  03 00 00 00"
+        "00 00 00 00  02 00 00 00"
+        "01 00 00 80  08 00 00 00  00 00 00 00"},
+    {1, "FF FF FF FF  00 00 00 0A 'GraphNode' 00 03"
+        "00 00 00 07  00 00 00 03"
+        "00 00 00 00  00 00 00 02"
+        "80 00 00 01  00 00 00 08  00 00 00 00"},
+};
+
+TEST(FCompactArchive, HasItsBytesInBothOrders) {
+    for (const auto& [byteOrder, text] : storedLoops) {
+        SCOPED_TRACE(byteOrder);
+        const auto node = loop();
+        const std::string bytes = bytesOf(text);
+        Stores storing(byteOrder);
+        EXPECT_TRUE(storing.archive.writeObject(node.get()));
+        EXPECT_EQ(hexOf(storing.bytes()), hexOf(bytes));
+
+        Reads reading(bytes, byteOrder);
+        EXPECT_EQ(GraphNode::describe(reading.next("GraphNode").get()), GraphNode::describe(node.get()));
+        EXPECT_EQ(reading.archive.getStoredVersion("GraphNode"), 3);
+        GraphNode::cutAll();
+    }
+}
+
+TEST(FCompactArchive, NumbersClassesAndTrackedObjectsInOneRow) {
+    const auto first = makeNode(1);
+    const auto second = makeNode(2);
+    const auto other = make<ArchiveProbe>();
+    Stores storing;
+    EXPECT_TRUE(storing.archive.writeObject(first.get(), false)); // class 1
+    EXPECT_TRUE(storing.archive.writeObject(second.get()));       // object 2
+    EXPECT_TRUE(storing.archive.writeObject(other.get()));        // class 3, object 4
+    EXPECT_TRUE(storing.archive.writeObject(first.get()));        // object 5
+    EXPECT_TRUE(storing.archive.writeObject(other.get()));
+    EXPECT_TRUE(storing.archive.writeObject(first.get()));
+    const std::string bytes = storing.bytes();
+    EXPECT_EQ(hexOf(bytes.substr(bytes.size() - 20)),
+              hexOf(bytesOf("01 00 00 80  01 00 00 00  00 00 00 00  04 00 00 00  05 00 00 00")));
+    Reads reading(bytes);
+    EXPECT_NE(reading.next(nullptr, false), nullptr);
+    EXPECT_EQ(reading.nextValue(), "2");
+    const Ref<CmObject> probe = reading.next();
+    EXPECT_EQ(reading.nextValue(), "1");
+    EXPECT_EQ(reading.next(), probe);
+    EXPECT_EQ(reading.nextValue(), "1");
+}
+
+/// What `readObject` gives, or reports, for bytes that nobody could have written.
+TEST(FCompactArchive, ReportsWhatCantBeRead) {
+    const struct {
+        const char* bytes;
+        const char* className;
+        const char* result;
+    } cases[] = {
+        {"", nullptr, "-100"},
+        {"00 00 00", nullptr, "-100"},
+        {"00 00 00 00", "GraphNode", "null"},
+        {"01 00 00 00", "GraphNode", "-99 GraphNode"},
+        {"01 00 00 00", nullptr, "-99"},
+        {"FF FF FF 7F", nullptr, "-99"},
+        {"00 00 00 80", nullptr, "-99"},
+        {"01 00 00 80", nullptr, "-99"},
+        {"FE FF FF FF", nullptr, "-99"},
+        {"FF FF FF FF", nullptr, "-100"},
+        {"FF FF FF FF FF FF FF FF 'GraphNode' 00 00", nullptr, "-100"},
+        {"FF FF FF FF 00 00 00 00 00 00", nullptr, "-100"},
+        {"FF FF FF FF 01 00 04 00 'GraphNode' 00 00", nullptr, "-100"},
+        {"FF FF FF FF FF FF FF 7F 'GraphNode' 00 00", nullptr, "-100"},
+        {"FF FF FF FF 0A 00 00 00 'GraphNode' 00", nullptr, "-100"},
+        {"FF FF FF FF 08 00 00 00 'Unheard' 00 00 00 00 00 00", "GraphNode", "-99 Unheard"},
+        {"FF FF FF FF 0C 00 00 00 'CmContainer' 00 00 00 00 00 00", nullptr, "-99 CmContainer"},
+        {"FF FF FF FF 0A 00 00 00 'GraphNode' 00 00 07 00", nullptr, "-100 GraphNode"},
+        {"FF FF FF FF 0A 00 00 00 'GraphNode' 00 00 07 00 00 00 FF FF FF 7F", nullptr,
+         "-100; -100 GraphNode"},
+        // Its only link is the number of its class, then one that is still to come.
+        {"FF FF FF FF 0A 00 00 00 'GraphNode' 00 00 07 00 00 00 01 00 00 00 01 00 00 00", nullptr,
+         "-99; -100 GraphNode"},
+        {"FF FF FF FF 0A 00 00 00 'GraphNode' 00 00 07 00 00 00 01 00 00 00 03 00 00 00", nullptr,
+         "-99; -100 GraphNode"},
+    };
+    for (const auto& [text, className, result] : cases) {
+        SCOPED_TRACE(text);
+        const std::string bytes = bytesOf(text);
+        Reads reading(bytes);
+        EXPECT_EQ(reading.nextValue(className), result);
+    }
+}
+
+TEST(FCompactArchive, ComparesTheClassOnlyWhereAnObjectOccursAgain) {
+    const auto node = makeNode(1);
+    Stores storing;
+    storing.archive.writeObject(node.get());
+    storing.archive.writeObject(node.get());
+    storing.archive.writeObject(node.get());
+    const std::string bytes = storing.bytes();
+    Reads reading(bytes);
+    EXPECT_EQ(reading.nextValue("CmString"), "1");
+    EXPECT_EQ(reading.nextValue("CmString"), "-99 GraphNode");
+    EXPECT_EQ(reading.archive.lastError(), FObjectArchive::wrongObject);
+    EXPECT_EQ(reading.nextValue("CmObject"), "1");
+    EXPECT_EQ(reading.archive.lastError(), 0);
+}
+
+TEST(FCompactArchive, GoesOnBehindAnObjectThatCouldNotStoreItself) {
+    const ProbeActions actions([](FObjectArchive&) { return false; }, nullptr);
+    const auto bad = make<ArchiveProbe>();
+    const auto good = makeNode(1);
+    Stores storing;
+    EXPECT_FALSE(storing.archive.writeObject(bad.get()));
+    EXPECT_EQ(storing.archive.lastError(), 0);
+    EXPECT_TRUE(storing.archive.writeObject(good.get()));
+    EXPECT_EQ(storing.log.text, "");
+}
+
+TEST(FCompactArchive, StopsForGoodBehindAnObjectThatCouldNotReadItself) {
+    const ProbeActions actions(nullptr, [](FObjectArchive&) { return false; });
+    Stores storing;
+    storing.archive.writeObject(make<ArchiveProbe>().get());
+    storing.archive.writeObject(makeNode(1).get());
+    const std::string bytes = storing.bytes();
+    Reads reading(bytes);
+    EXPECT_EQ(reading.next(), nullptr);
+    EXPECT_EQ(reading.log.text, "-100 ArchiveProbe");
+    const int64_t place = reading.stream.tell();
+    EXPECT_EQ(reading.next(), nullptr);
+    EXPECT_EQ(reading.archive.readClass(), nullptr);
+    EXPECT_EQ(reading.archive.checkStream(), FObjectArchive::streamFailed);
+    EXPECT_EQ(reading.stream.tell(), place);
+    EXPECT_EQ(reading.log.text, "-100 ArchiveProbe") << "told once";
+}
+
+TEST(FCompactArchive, BringsAClassAloneWithItsVersion) {
+    Stores storing;
+    EXPECT_TRUE(storing.archive.writeClass(&GraphNode::classRecord()));
+    EXPECT_TRUE(storing.archive.writeClass(&GraphNode::classRecord()));
+    EXPECT_FALSE(storing.archive.writeClass(nullptr));
+    const std::string bytes = bytesOf("FF FF FF FF  0A 00 00 00 'GraphNode' 03 00  00 00 00 00"
+                                      "01 00 00 80  00 00 00 00");
+    EXPECT_EQ(hexOf(storing.bytes()), hexOf(bytes));
+    Reads reading(bytes);
+    EXPECT_EQ(reading.archive.getVersion(), 0);
+    EXPECT_EQ(reading.archive.readClass(), &GraphNode::classRecord());
+    EXPECT_EQ(reading.archive.getVersion(), 3);
+    EXPECT_EQ(reading.archive.readClass(), &GraphNode::classRecord());
+    EXPECT_EQ(reading.archive.readClass(), nullptr);
+    EXPECT_EQ(reading.log.text, "-100");
+}
+
+} // namespace
+} // namespace qorl

@@ -1,0 +1,344 @@
+#include "ArchiveProbe.h"
+#include "ArchiveTesting.h"
+#include "foundation/text/CmString.h"
+#include "persistence/attributes/FAttributes.h"
+#include "support/FailingAllocation.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace qorl {
+
+QORL_REGISTER(GraphNode, "GraphNode", CmObject, 3)
+QORL_REGISTER(ArchiveProbe, "ArchiveProbe", CmObject, 4)
+QORL_REGISTER(ArchiveProbeChild, "ArchiveProbeChild", ArchiveProbe, 0xFFFE)
+
+namespace {
+
+template <typename Archive>
+class ObjectGraphs : public ::testing::Test {
+protected:
+    ~ObjectGraphs() override {
+        GraphNode::cutAll();
+        EXPECT_EQ(GraphNode::all.size(), 0u) << "nodes were lost";
+    }
+};
+using Both = ::testing::Types<FCompactArchive, FSizedArchive>;
+TYPED_TEST_SUITE(ObjectGraphs, Both);
+
+/// Nodes that link at random: to themselves, to each other both ways, to one several times, and to nothing.
+std::vector<Ref<GraphNode>> randomGraph(uint32_t seed) {
+    std::mt19937 random(seed);
+    std::vector<Ref<GraphNode>> nodes;
+    for (uint32_t i = random() % 200 + 1; i > 0; --i)
+        nodes.push_back(makeNode(static_cast<int32_t>(random())));
+    for (const auto& node : nodes)
+        for (uint32_t i = random() % 5; i > 0; --i)
+            node->links.push_back(random() % 8 ? Ref<CmObject>(nodes[random() % nodes.size()]) : nullptr);
+    return nodes;
+}
+
+TYPED_TEST(ObjectGraphs, ComeBackWithTheirCyclesAndSharedObjects) {
+    for (uint32_t seed = 0; seed < 200; ++seed) {
+        SCOPED_TRACE(seed);
+        const auto nodes = randomGraph(seed);
+        const auto byteOrder = static_cast<uint16_t>(seed % 2);
+        Storing<TypeParam> storing(byteOrder);
+        ASSERT_TRUE(storing.archive.writeObject(nodes[0].get()));
+        const std::string bytes = storing.bytes();
+
+        Ref<CmObject> back;
+        {
+            Reading<TypeParam> reading(bytes, byteOrder);
+            back = reading.next("GraphNode");
+            EXPECT_EQ(reading.log.text, "");
+            EXPECT_EQ(reading.stream.tell(), reading.stream.size());
+        }
+        EXPECT_EQ(GraphNode::describe(back.get()), GraphNode::describe(nodes[0].get()));
+        Storing<TypeParam> again(byteOrder);
+        ASSERT_TRUE(again.archive.writeObject(back.get()));
+        EXPECT_TRUE(again.bytes() == bytes);
+
+        GraphNode::cutAll();
+    }
+}
+
+TYPED_TEST(ObjectGraphs, HoldTheStoredObjectsUntilTheArchiveGoes) {
+    Storing<TypeParam> storing;
+    for (int32_t i = 0; i < 100; ++i) {
+        // A node at the address of the one before must not be taken for it.
+        const auto node = makeNode(i);
+        ASSERT_TRUE(storing.archive.writeObject(node.get()));
+    }
+    const std::string bytes = storing.bytes();
+    Reading<TypeParam> reading(bytes);
+    for (int32_t i = 0; i < 100; ++i)
+        EXPECT_EQ(reading.nextValue(), std::to_string(i));
+}
+
+TYPED_TEST(ObjectGraphs, StoreAnObjectTwiceWithoutTracking) {
+    const auto node = makeNode(5);
+    Storing<TypeParam> storing;
+    EXPECT_TRUE(storing.archive.writeObject(node.get(), false));
+    EXPECT_TRUE(storing.archive.writeObject(node.get(), false));
+    EXPECT_TRUE(storing.archive.writeObject(node.get(), true));
+    EXPECT_TRUE(storing.archive.writeObject(node.get()));
+    const std::string bytes = storing.bytes();
+    Reading<TypeParam> reading(bytes);
+    const Ref<CmObject> first = reading.next(nullptr, false);
+    const Ref<CmObject> second = reading.next(nullptr, false);
+    const Ref<CmObject> third = reading.next();
+    ASSERT_TRUE(first && second && third);
+    EXPECT_TRUE(first != second && second != third);
+    EXPECT_EQ(reading.next(), third);
+}
+
+TYPED_TEST(ObjectGraphs, TellOnlyWhatWasReadOfACutStream) {
+    const auto shared = makeNode(2);
+    const auto node = makeNode(1, {shared, make<CmString>("text"), shared, nullptr});
+    Storing<TypeParam> storing;
+    ASSERT_TRUE(storing.archive.writeObject(node.get()));
+    const std::string bytes = storing.bytes();
+    const size_t before = GraphNode::all.size();
+    for (size_t length = 0; length < bytes.size(); ++length) {
+        SCOPED_TRACE(length);
+        Reading<TypeParam> reading(std::string_view(bytes).substr(0, length));
+        EXPECT_EQ(reading.next(), nullptr);
+        EXPECT_NE(reading.archive.lastError(), 0);
+        EXPECT_NE(reading.log.text, "");
+    }
+    EXPECT_EQ(GraphNode::all.size(), before) << "objects were lost";
+}
+
+TYPED_TEST(ObjectGraphs, SurviveEveryChangedByte) {
+    const auto shared = makeNode(2);
+    const auto node = makeNode(1, {shared, make<CmString>("text"), makeNode(3, {shared})});
+    Storing<TypeParam> storing;
+    ASSERT_TRUE(storing.archive.writeObject(node.get()));
+    const std::string stored = storing.bytes();
+    GraphNode::cutAll();
+    for (size_t place = 0; place < stored.size(); ++place) {
+        for (const int bits : {1, 2, 4, 0x80, 0xFF}) {
+            SCOPED_TRACE(::testing::Message() << "byte " << place << " bits " << bits);
+            std::string bytes = stored;
+            bytes[place] = static_cast<char>(bytes[place] ^ bits);
+            Reading<TypeParam> reading(bytes);
+            int32_t objects = 0;
+            while (reading.next())
+                ASSERT_LT(++objects, 100);
+            GraphNode::cutAll();
+        }
+    }
+}
+
+TYPED_TEST(ObjectGraphs, AreRefusedWhereTheyAreNestedTooDeep) {
+    for (const int32_t depth : {FObjectArchive::deepest, FObjectArchive::deepest + 1, 100'000}) {
+        SCOPED_TRACE(depth);
+        auto chain = makeNode(0);
+        for (int32_t i = 1; i < depth; ++i)
+            chain = makeNode(i, {chain});
+        Storing<TypeParam> storing;
+        const bool isAllowed = depth <= FObjectArchive::deepest;
+        EXPECT_EQ(storing.archive.writeObject(chain.get()), isAllowed);
+        EXPECT_EQ(storing.archive.lastError(), isAllowed ? 0 : FObjectArchive::streamFailed);
+        const std::string bytes = storing.bytes();
+        if (isAllowed) {
+            Reading<TypeParam> reading(bytes);
+            const Ref<CmObject> back = reading.next();
+            EXPECT_TRUE(GraphNode::describe(back.get()) == GraphNode::describe(chain.get()));
+        }
+        GraphNode::cutAll();
+    }
+}
+
+TYPED_TEST(ObjectGraphs, TellWhenMemoryRunsOutAndLoseNothing) {
+    const auto shared = makeNode(2);
+    const auto node = makeNode(1, {shared, make<CmString>("text"), shared});
+    Storing<TypeParam> whole;
+    ASSERT_TRUE(whole.archive.writeObject(node.get()));
+    const std::string bytes = whole.bytes();
+    const size_t before = GraphNode::all.size();
+
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FMemoryStream stream;
+        stream.resize(4096);
+        stream.rewind();
+        const bool isStored = allocation.during([&] {
+            TypeParam archive(stream, Direction::storing);
+            return archive.writeObject(node.get()) && archive.lastError() == 0;
+        });
+        EXPECT_EQ(isStored, !allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FMemoryStream stream{std::string_view(bytes)};
+        const Ref<CmObject> back = allocation.during([&] {
+            TypeParam archive(stream, Direction::reading);
+            auto object = Ref<CmObject>::adopt(archive.readObject(nullptr));
+            EXPECT_EQ(archive.lastError() != 0, !object);
+            return object;
+        });
+        EXPECT_EQ(back == nullptr, allocation.hasFailed());
+    });
+    EXPECT_EQ(GraphNode::all.size(), before) << "objects were lost";
+}
+
+/// Takes a number of bytes and no more.
+class ShortStream : public FMemoryStream {
+public:
+    explicit ShortStream(int64_t room) : room_(room) {}
+    int64_t write(const void* buffer, int64_t count) override {
+        return FMemoryStream::write(buffer, std::min(count, std::max<int64_t>(room_ - tell(), 0)));
+    }
+
+private:
+    int64_t room_;
+};
+
+TYPED_TEST(ObjectGraphs, TellThatAStreamTookNotAll) {
+    const auto shared = makeNode(2);
+    const auto node = makeNode(1, {shared, nullptr, shared});
+    Storing<TypeParam> whole;
+    ASSERT_TRUE(whole.archive.writeObject(node.get()));
+    for (int64_t room = 0; room < whole.stream.size(); ++room) {
+        SCOPED_TRACE(room);
+        ShortStream stream(room);
+        TypeParam archive(stream, Direction::storing);
+        EXPECT_FALSE(archive.writeObject(node.get()));
+        const int64_t end = stream.tell();
+        if (archive.lastError() == 0)
+            continue;
+        EXPECT_EQ(archive.lastError(), FObjectArchive::streamFailed);
+        EXPECT_FALSE(archive.writeObject(nullptr));
+        EXPECT_FALSE(archive.writeClass(&GraphNode::classRecord()));
+        EXPECT_EQ(stream.tell(), end) << "it goes on after a failure";
+    }
+}
+
+TYPED_TEST(ObjectGraphs, KnowTheVersionOfTheClassThatIsBeingRead) {
+    std::string versions;
+    bool isInside = false;
+    const auto nested = [&isInside](auto transfer) {
+        if (isInside)
+            return true;
+        isInside = true;
+        const bool isDone = transfer();
+        isInside = false;
+        return isDone;
+    };
+    const auto child = make<ArchiveProbeChild>();
+    const ProbeActions actions(
+        [&](FObjectArchive& archive) {
+            return nested([&] { return archive.writeObject(child.get(), false); });
+        },
+        [&](FObjectArchive& archive) {
+            const auto note = [&] { versions += std::to_string(archive.getVersion()) + ' '; };
+            note();
+            return nested([&] {
+                const bool isRead =
+                    Ref<CmObject>::adopt(archive.readObject("ArchiveProbeChild", false)) != nullptr;
+                note();
+                return isRead;
+            });
+        });
+    const auto outer = make<ArchiveProbe>();
+    Storing<TypeParam> storing;
+    EXPECT_TRUE(storing.archive.writeObject(outer.get(), false));
+    EXPECT_TRUE(storing.archive.writeObject(outer.get(), false));
+    EXPECT_EQ(storing.archive.getStoredVersion("ArchiveProbe"), 0);
+    EXPECT_FALSE(storing.archive.raiseStoredVersion(&ArchiveProbe::classRecord()));
+
+    const std::string bytes = storing.bytes();
+    Reading<TypeParam> reading(bytes);
+    EXPECT_NE(reading.next(nullptr, false), nullptr);
+    EXPECT_EQ(versions, "4 -2 4 ") << "a version has 16 bits and a sign";
+    EXPECT_EQ(reading.archive.getVersion(), 0);
+    EXPECT_EQ(reading.archive.getStoredVersion("ArchiveProbe"), 4);
+    EXPECT_EQ(reading.archive.getStoredVersion("ArchiveProbeChild"), -2);
+    EXPECT_EQ(reading.archive.getStoredVersion("GraphNode"), 0);
+    EXPECT_EQ(reading.archive.getStoredVersion("Unheard"), 0);
+    EXPECT_EQ(reading.archive.getStoredVersion(nullptr), 0);
+
+    EXPECT_TRUE(reading.archive.raiseStoredVersion(&ArchiveProbe::classRecord()));
+    EXPECT_FALSE(reading.archive.raiseStoredVersion(&GraphNode::classRecord()));
+    EXPECT_FALSE(reading.archive.raiseStoredVersion(nullptr));
+    EXPECT_EQ(reading.archive.getStoredVersion("ArchiveProbe"), 5);
+    versions.clear();
+    EXPECT_NE(reading.next(nullptr, false), nullptr);
+    EXPECT_EQ(versions, "5 -2 5 ");
+}
+
+TYPED_TEST(ObjectGraphs, StoreAClassUnderItsAliasAndReadEitherName) {
+    const auto attributes = make<FAttributes>();
+    Storing<TypeParam> storing;
+    ASSERT_TRUE(storing.archive.writeObject(attributes.get()));
+    std::string bytes = storing.bytes();
+    const std::string stored = bytesOf("0B 00 00 00 'Attributes' 00 00");
+    ASSERT_NE(bytes.find(stored), std::string::npos) << hexOf(bytes);
+    {
+        Reading<TypeParam> reading(bytes);
+        EXPECT_NE(cast<FAttributes>(reading.next("FAttributes")), nullptr);
+        EXPECT_TRUE(reading.archive.raiseStoredVersion(&FAttributes::classRecord()));
+        EXPECT_EQ(reading.archive.getStoredVersion("FAttributes"), 1);
+        EXPECT_EQ(reading.archive.getStoredVersion("Attributes"), 1);
+    }
+    bytes.replace(bytes.find(stored), stored.size(), bytesOf("0C 00 00 00 'FAttributes' 00 00"));
+    Reading<TypeParam> reading(bytes);
+    EXPECT_NE(cast<FAttributes>(reading.next()), nullptr);
+}
+
+TYPED_TEST(ObjectGraphs, StoreNothingThatCouldNotBeReadBack) {
+    const auto object = make<UnrecordedObject>();
+    Storing<TypeParam> storing;
+    EXPECT_FALSE(storing.archive.writeObject(object.get()));
+    EXPECT_EQ(storing.log.text, "-98 UnrecordedObject");
+    EXPECT_EQ(storing.stream.size(), 0);
+    EXPECT_TRUE(storing.archive.writeObject(makeNode(1).get())) << "others still go";
+}
+
+TYPED_TEST(ObjectGraphs, CollectTheErrorsThatOccurredAndKeepTheLastOne) {
+    const std::string bytes = bytesOf("FF FF FF 7F  FF FF FF 7F  00 00 00 00");
+    Reading<TypeParam> reading(bytes);
+    for (int32_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(reading.next(), nullptr);
+        EXPECT_EQ(reading.archive.lastError(), FObjectArchive::wrongObject);
+    }
+    EXPECT_EQ(reading.next(), nullptr);
+    EXPECT_EQ(reading.archive.lastError(), 0) << "a stored null is no error";
+    EXPECT_EQ(reading.archive.checkStream(), 0);
+    EXPECT_EQ(reading.next(), nullptr);
+    EXPECT_EQ(reading.next(), nullptr);
+    EXPECT_EQ(reading.archive.lastError(), FObjectArchive::streamFailed);
+    EXPECT_THAT(reading.archive.errors(),
+                ::testing::ElementsAre(FObjectArchive::wrongObject, FObjectArchive::streamFailed));
+    EXPECT_EQ(reading.log.text, "-99; -99; -100");
+}
+
+TYPED_TEST(ObjectGraphs, StopAtAStreamThatIsNotValidAnyMore) {
+    char room[4] = {};
+    FMemoryStream stream(room, sizeof room);
+    TypeParam archive(stream, Direction::storing);
+    ReportLog log;
+    archive.setListener(&log);
+    EXPECT_FALSE(stream.writeInt64(0)) << "which is how the stream comes to fail";
+    EXPECT_EQ(archive.checkStream(), FObjectArchive::streamFailed);
+    EXPECT_EQ(archive.checkStream(), FObjectArchive::streamFailed);
+    EXPECT_FALSE(archive.writeObject(nullptr));
+    EXPECT_EQ(log.text, "-100") << "told once";
+}
+
+TYPED_TEST(ObjectGraphs, AreReadAndStoredByArchivesOfTheirDirectionOnly) {
+    Storing<TypeParam> storing;
+    EXPECT_EQ(storing.archive.readObject(nullptr), nullptr);
+    EXPECT_EQ(storing.archive.readClass(), nullptr);
+    EXPECT_TRUE(storing.archive.isStoring());
+    const std::string bytes(16, '\0');
+    Reading<TypeParam> reading(bytes);
+    EXPECT_FALSE(reading.archive.writeObject(nullptr));
+    EXPECT_FALSE(reading.archive.writeClass(&GraphNode::classRecord()));
+    EXPECT_FALSE(reading.archive.isStoring());
+    EXPECT_EQ(storing.stream.tell() + reading.stream.tell(), 0);
+}
+
+} // namespace
+} // namespace qorl
