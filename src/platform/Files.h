@@ -169,4 +169,8 @@ FileError getVolumeInfo(const std::string& path, VolumeInfo& info);
 /// Volumes that hold a user's files; those of the system's own machinery are left out.
 std::vector<VolumeInfo> listVolumes();
 
+/// The folder in which a share of another computer is mounted, by the system or by the desktop for this
+/// user; empty when it is not. Case of both names aside.
+std::string findNetworkShare(const std::string& host, const std::string& share);
+
 } // namespace qorl::platform

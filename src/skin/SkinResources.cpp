@@ -76,7 +76,7 @@ Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, std::
     const std::string reference(path);
     FUrl folder(baseUrl_);
     folder.up();
-    const std::string inside = FUrl::resolveInside(folder.path().toUtf8(), reference);
+    const std::string inside = FUrl::resolveInside(folder.plainPath(), reference);
     FFileSystem* fileSystem = fileSystem_.get();
     if (inside.empty() || !fileSystem)
         return nullptr;

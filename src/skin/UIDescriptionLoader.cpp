@@ -60,7 +60,7 @@ bool UIDescriptionLoader::load(const FUrl& url, Ref<FFileSystem> fileSystem) {
     begin();
     Load load;
     load.fileSystem = fileSystem ? std::move(fileSystem) : Ref<FFileSystem>(retain(FNFileSystem::instance()));
-    const std::string path = url.path().toUtf8();
+    const std::string path = url.plainPath();
     load.rootFolder = folderOf(path);
     Ref<UIDescription> document = loadFile(load, path, "", SourceMark(), 0);
     if (!document)

@@ -1,12 +1,15 @@
 #include "persistence/urls/FUrl.h"
 
+#include "foundation/Cast.h"
 #include "foundation/Singleton.h"
-#include "platform/Files.h"
+#include "foundation/threads/FLock.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/files/FNPath.h"
+#include "persistence/urls/UrlBytes.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
-#include <vector>
+#include <new>
 
 namespace qorl {
 
@@ -15,267 +18,324 @@ QORL_REGISTER(FUrl, "FUrl", FPath, 1)
 namespace {
 
 constexpr std::u16string_view schemeEnd = u"://";
-constexpr std::u16string_view fileScheme = u"file";
 
 class SchemePorts : public FObject {
 public:
+    FLock lock{"SchemePorts"};
     std::map<std::string, int32_t, std::less<>> ports;
 };
 
 constinit Singleton<SchemePorts> schemePorts;
 
-bool passesUnencoded(uint8_t byte) {
-    const bool isLetter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
-    return isLetter || (byte >= '0' && byte <= '9') ||
-           (byte != 0 &&
-            std::string_view("&+-./=?_").find(static_cast<char>(byte)) != std::string_view::npos);
-}
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+int32_t registeredPort(const String& scheme) {
+    auto* known = schemePorts.peek();
+    if (!known)
+        return 0;
+    const std::string name = urlbytes::lowerCase(scheme.toUtf8());
+    const FGuard guard(known->lock);
+    const auto found = known->ports.find(name);
+    return found == known->ports.end() ? 0 : found->second;
 }
 
 /// What stands before the first `mark`; `rest` goes on behind it, and is empty without one.
-std::u16string_view cut(std::u16string_view& rest, char16_t mark) {
+std::u16string_view cutAt(std::u16string_view& rest, char16_t mark) {
     const size_t place = rest.find(mark);
     const std::u16string_view before = rest.substr(0, place);
     rest = place == std::u16string_view::npos ? std::u16string_view() : rest.substr(place + 1);
     return before;
 }
 
-/// Bytes that are no UTF-8 are Latin-1.
-std::u16string toWideOrLatin(const std::string& bytes) {
-    String text{std::string_view(bytes)};
-    if (text.toWide())
-        return std::u16string(text.view16());
-    std::u16string wide;
-    for (const char c : bytes)
-        wide += static_cast<char16_t>(static_cast<uint8_t>(c));
-    return wide;
+/// A copy of all of `text`, or std::bad_alloc.
+void keepWhole(String& place, std::u16string_view text) {
+    String copy(text);
+    if (static_cast<size_t>(copy.size()) != text.size())
+        throw std::bad_alloc();
+    copy.toWide();
+    place = std::move(copy);
 }
 
-/// Whether nothing in a reference can lead elsewhere than below: no root, no drive, no scheme, no control
-/// character.
-bool isPlainReference(std::string_view reference) {
-    if (reference.empty() || reference[0] == '/' || reference[0] == '\\')
-        return false;
-    const std::string_view firstPart = reference.substr(0, reference.find_first_of("/\\"));
-    if (firstPart.find(':') != std::string_view::npos)
-        return false;
-    for (const char c : reference)
-        if (static_cast<uint8_t>(c) < 0x20)
-            return false;
-    return true;
+/// A name as the system knows it. False for one that is part of no path.
+bool toNativeName(const ConstString& name, std::string& bytes) {
+    FPath plain;
+    plain.setName(name);
+    bytes = plain.toUtf8();
+    return bytes.empty() == name.isEmpty() && bytes.find('\0') == std::string::npos;
 }
 
-/// The parts of a reference without "." and ".."; false when it leads out.
-bool splitInside(std::string_view reference, std::vector<std::string_view>& parts) {
-    while (!reference.empty()) {
-        const size_t end = reference.find_first_of("/\\");
-        const std::string_view part = reference.substr(0, end);
-        reference = end == std::string_view::npos ? std::string_view() : reference.substr(end + 1);
-        if (part.empty() || part == ".")
-            continue;
-        if (part != "..") {
-            parts.push_back(part);
-            continue;
-        }
-        if (parts.empty())
-            return false;
-        parts.pop_back();
+std::u16string asciiToWide(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+/// The port of "host:port", with the colon in front; 0 without digits, -1 when it is no port.
+int32_t portOf(std::u16string_view digits) {
+    int32_t port = 0;
+    for (const char16_t digit : digits.substr(digits.empty() ? 0 : 1)) {
+        if (digit < u'0' || digit > u'9')
+            return -1;
+        port = port * 10 + (digit - u'0');
+        if (port > FUrl::maxPort)
+            return -1;
     }
-    return !parts.empty();
-}
-
-bool isBelow(const std::string& path, std::string folder) {
-    if (!folder.ends_with('/'))
-        folder += '/';
-    return path.starts_with(folder);
+    return port;
 }
 
 } // namespace
 
 FUrl::FUrl(const FPath& path) {
-    scheme_ = ConstString(fileScheme);
-    path.getFullPath(path_);
-    path_.toWide();
-    setIsFolder(path.isFolder());
+    if (const auto* url = cast<FUrl>(&path))
+        *this = *url;
+    else
+        adoptNative(path);
 }
 
-bool FUrl::setFullPath(const ConstString& text) {
-    String trimmed = text;
-    trimmed.toWide();
+FUrl::FUrl(const ConstString& scheme, const ConstString& host, int32_t port, const ConstString& path) try {
+    if (port < 0 || port > maxPort)
+        return;
+    keepWhole(scheme_, scheme.toUtf16());
+    keepWhole(host_, host.toUtf16());
+    port_ = port;
+    FUrl::setPath(path, false);
+} catch (const std::bad_alloc&) {
+    clearAll();
+}
+
+bool FUrl::setFullPath(const ConstString& text) try {
+    const std::u16string whole = text.toUtf16();
+    String trimmed{std::u16string_view(whole)};
+    if (static_cast<size_t>(trimmed.size()) != whole.size())
+        throw std::bad_alloc();
     trimmed.trim();
-    std::u16string_view rest = trimmed.isWide() ? trimmed.view16() : std::u16string_view();
-    scheme_.clear();
-    host_.clear();
-    user_.clear();
-    password_.clear();
-    port_ = 0;
-    const size_t end = rest.find(schemeEnd);
+    clearAll();
+    if (takeApart(trimmed.isWide() ? trimmed.view16() : std::u16string_view()))
+        return true;
+    clearAll();
+    return false;
+} catch (const std::bad_alloc&) {
+    clearAll();
+    return false;
+}
+
+bool FUrl::takeApart(std::u16string_view text) {
+    const size_t end = text.find(schemeEnd);
     if (end == std::u16string_view::npos) {
-        path_ = ConstString(rest);
-        return isValid();
+        adopt(text, text.ends_with(u'/'));
+        return true;
     }
-    scheme_ = ConstString(rest.substr(0, end));
-    rest.remove_prefix(end + schemeEnd.size());
-    if (isFile()) {
-        path_ = ConstString(rest);
-        return isValid();
-    }
-    std::u16string_view authority = cut(rest, u'/');
-    path_ = ConstString(rest);
-    if (authority.find(u'@') != std::u16string_view::npos) {
-        std::u16string_view login = cut(authority, u'@');
-        user_ = ConstString(cut(login, u':'));
-        password_ = ConstString(login);
-    }
-    host_ = ConstString(cut(authority, u':'));
-    ConstString(authority).toInt32(port_, 0, false);
-    if (authority.empty())
-        if (const auto* known = schemePorts.peek())
-            if (const auto found = known->ports.find(scheme_.toUtf8()); found != known->ports.end())
-                port_ = found->second;
-    return isValid();
+    if (end == 0)
+        return false;
+    keepWhole(scheme_, text.substr(0, end));
+    text.remove_prefix(end + schemeEnd.size());
+    if (!hasScheme(fileScheme) && !takeAuthority(cutAt(text, u'/')))
+        return false;
+    adopt(text, text.empty() || text.ends_with(u'/'));
+    return true;
 }
 
-void FUrl::getFullPath(String& text) const {
-    text.clear();
+bool FUrl::takeAuthority(std::u16string_view authority) {
+    const size_t loginEnd = authority.rfind(u'@');
+    if (loginEnd != std::u16string_view::npos) {
+        std::u16string_view login = authority.substr(0, loginEnd);
+        authority.remove_prefix(loginEnd + 1);
+        keepWhole(user_, cutAt(login, u':'));
+        keepWhole(password_, login);
+    }
+    // The colons of an address in brackets are none in front of a port.
+    const size_t bracket = authority.starts_with(u'[') ? authority.find(u']') : std::u16string_view::npos;
+    const size_t colon = authority.find(u':', bracket == std::u16string_view::npos ? 0 : bracket);
+    const std::u16string_view port =
+        colon == std::u16string_view::npos ? std::u16string_view() : authority.substr(colon);
+    keepWhole(host_, authority.substr(0, colon));
+    port_ = port.size() > 1 ? portOf(port) : registeredPort(scheme_);
+    return port_ >= 0;
+}
+
+void FUrl::clearAll() {
+    for (String* part : {&scheme_, &host_, &path_, &user_, &password_, &name_, &folder_})
+        part->clear();
+    port_ = 0;
+    setIsFolder(false);
+}
+
+void FUrl::getFullPath(String& text) const try {
+    std::u16string whole;
     if (!scheme_.isEmpty()) {
-        text = scheme_;
-        text.append(ConstString(schemeEnd));
-        if (!isFile()) {
-            text.append(host_);
-            if (port_ != 0) {
-                String port;
-                port.printInt64(port_);
-                text.append(u":");
-                text.append(port);
-            }
-        }
-        if (!path_.isEmpty() && !path_.charEquals(0, u'/'))
-            text.append(u"/");
+        whole.append(scheme_.view16()).append(schemeEnd);
+        const bool isFile = hasScheme(fileScheme);
+        if (!isFile)
+            whole.append(host_.view16());
+        if (!isFile && port_ != 0)
+            whole += asciiToWide(':' + std::to_string(port_));
+        // The path of a file URL brings its own one where it is absolute.
+        if (!path_.isEmpty() && !(isFile && path_.charEquals(0, u'/')))
+            whole += u'/';
     }
-    text.append(path_);
+    whole.append(path_.view16());
+    keepWhole(text, whole);
+} catch (const std::bad_alloc&) {
+    text.clear();
 }
 
-void FUrl::setPath(const ConstString& text, bool isFolder) {
-    path_ = text;
-    path_.toWide();
+void FUrl::getPath(String& text) const {
+    text = path_;
+    if (text.size() != path_.size())
+        text.clear();
+}
+
+void FUrl::setPath(const ConstString& text, bool isFolder) try {
+    adopt(text.toUtf16(), isFolder);
+} catch (const std::bad_alloc&) {
+    clearAll();
+}
+
+void FUrl::adopt(std::u16string_view path, bool isFolder) {
+    String kept;
+    keepWhole(kept, path);
+    path_ = std::move(kept);
+    keepWhole(folder_, folderPart());
+    const std::string bytes = ConstString(lastPart()).toUtf8();
+    const std::string name = scheme_.isEmpty() ? bytes : urlbytes::decode(bytes);
+    // By the base, which knows how paths keep bytes that are no text. A character 0 is part of no name.
+    FPath named;
+    if (name.find('\0') == std::string::npos)
+        named.setName(ConstString(std::string_view(name)));
+    name_ = named.getName();
+    if (name_.size() != named.getName().size() ||
+        (name_.isEmpty() && !name.empty() && name.find('\0') == std::string::npos))
+        throw std::bad_alloc();
     setIsFolder(isFolder);
+}
+
+std::u16string_view FUrl::lastPart() const {
+    std::u16string_view path = path_.isWide() ? path_.view16() : std::u16string_view();
+    if (path.ends_with(u'/'))
+        path.remove_suffix(1);
+    return path.substr(path.rfind(u'/') + 1);
+}
+
+std::u16string_view FUrl::folderPart() const {
+    std::u16string_view path = path_.isWide() ? path_.view16() : std::u16string_view();
+    const std::u16string_view rest = path.ends_with(u'/') ? path.substr(0, path.size() - 1) : path;
+    return path.substr(0, rest.rfind(u'/') + 1);
+}
+
+void FUrl::setName(const ConstString& name) try {
+    std::string bytes;
+    if (!toNativeName(name, bytes)) {
+        clearAll();
+        return;
+    }
+    std::u16string path(folderPart());
+    const bool hadEnd = path_.size() > 1 && path_.view16().ends_with(u'/');
+    path += scheme_.isEmpty() ? name.toUtf16() : asciiToWide(urlbytes::encode(bytes));
+    adopt(hadEnd ? path + u'/' : path, isFolder());
+} catch (const std::bad_alloc&) {
+    clearAll();
+}
+
+void FUrl::setFileType(const FFileType& type, bool replace) {
+    FPath::setFileType(type, replace);
+    // The base empties a name that it has no memory for.
+    if (name_.isEmpty() && !lastPart().empty())
+        clearAll();
+    else if (!name_.isEmpty())
+        setName(String(name_));
+}
+
+void FUrl::setFolder(const ConstString& text) try {
+    std::u16string path = text.toUtf16();
+    if (!path.empty() && !path.ends_with(u'/'))
+        path += u'/';
+    adopt(path + std::u16string(path_.view16().substr(folderPart().size())), isFolder());
+} catch (const std::bad_alloc&) {
+    clearAll();
+}
+
+void FUrl::addFolder(const ConstString& name, bool isFolder) {
+    if (!scheme_.isEmpty()) {
+        addPathSegment(name, isFolder);
+        return;
+    }
+    FPath path;
+    path.setPath(path_, true);
+    path.addFolder(name, isFolder);
+    String text;
+    path.getPath(text);
+    setPath(text, isFolder);
+}
+
+void FUrl::addPathSegment(const ConstString& segment, bool isFolder) try {
+    std::string bytes;
+    if (!toNativeName(segment, bytes)) {
+        clearAll();
+        return;
+    }
+    std::u16string path(path_.isWide() ? path_.view16() : std::u16string_view());
+    if (!path.empty() && !path.ends_with(u'/'))
+        path += u'/';
+    path += asciiToWide(urlbytes::encode(bytes));
+    if (isFolder)
+        path += u'/';
+    adopt(path, isFolder);
+} catch (const std::bad_alloc&) {
+    clearAll();
+}
+
+bool FUrl::up() try {
+    if (path_.isEmpty() || isRoot())
+        return false;
+    const std::u16string folder(folderPart());
+    adopt(folder, true);
+    return true;
+} catch (const std::bad_alloc&) {
+    clearAll();
+    return false;
 }
 
 bool FUrl::isRelative() const {
     return scheme_.isEmpty() && (path_.isEmpty() || !path_.charEquals(0, u'/'));
 }
 bool FUrl::isRoot() const {
-    return path_.isEmpty() || (path_.size() == 1 && path_.charEquals(0, u'/'));
-}
-bool FUrl::isFile() const {
-    return scheme_ == ConstString(fileScheme);
+    return path_.size() == 1 && path_.charEquals(0, u'/');
 }
 
-const String& FUrl::getName() const {
-    String whole = path_;
-    while (!whole.isEmpty() && whole.charEquals(whole.size() - 1, u'/'))
-        whole.remove(whole.size() - 1);
-    lastSegment_.clear();
-    whole.substring(lastSegment_, whole.findLastChar16(u'/') + 1);
-    return lastSegment_;
+bool FUrl::hasScheme(std::string_view scheme) const {
+    scheme = scheme.substr(0, scheme.find(':'));
+    return static_cast<size_t>(scheme_.size()) == scheme.size() &&
+           scheme_.compare(ConstString(scheme), ConstString::all, true) == 0;
 }
 
-void FUrl::setName(const ConstString& name) {
-    up();
-    path_.append(name);
+void FUrl::setLogin(const ConstString& user, const ConstString& password) try {
+    keepWhole(user_, user.toUtf16());
+    keepWhole(password_, password.toUtf16());
+} catch (const std::bad_alloc&) {
+    clearAll();
 }
 
-bool FUrl::up() {
-    if (path_.isEmpty())
-        return false;
-    const int32_t last = path_.size() - 1;
-    const int32_t end = path_.charEquals(last, u'/') ? last - 1 : last;
-    path_.remove(end < 0 ? 0 : path_.findLastChar16(u'/', end) + 1);
-    setIsFolder(true);
-    return true;
+bool FUrl::isEqual(const CmObject* other) const {
+    const auto* url = cast<FUrl>(other);
+    return url && FUrl::compare(url) == 0;
 }
 
-void FUrl::addPathSegment(const ConstString& segment, bool isFolder) {
-    if (!path_.isEmpty() && !path_.charEquals(path_.size() - 1, u'/'))
-        path_.append(u"/");
-    String encoded = segment;
-    encoded.toWide();
-    encode(encoded);
-    path_.append(encoded);
-    if (isFolder)
-        path_.append(u"/");
-    setIsFolder(isFolder);
-}
-
-void FUrl::encode(String& text, bool asUtf8) {
-    const bool wide = text.isWide();
-    std::string bytes;
-    if (wide && !asUtf8 &&
-        std::all_of(text.view16().begin(), text.view16().end(), [](char16_t c) { return c < 0x100; }))
-        for (const char16_t c : text.view16())
-            bytes += static_cast<char>(c);
-    else
-        bytes = text.toUtf8();
-    std::string encoded;
-    for (const char c : bytes) {
-        const auto byte = static_cast<uint8_t>(c);
-        if (passesUnencoded(byte)) {
-            encoded += c;
-            continue;
-        }
-        char digits[4];
-        std::snprintf(digits, sizeof digits, "%%%02x", byte);
-        encoded += digits;
-    }
-    text = ConstString(std::string_view(encoded));
-    if (wide)
-        text.toWide();
-}
-
-void FUrl::decode(String& text) {
-    const bool wide = text.isWide();
-    const std::string encoded = text.toUtf8();
-    std::string bytes;
-    for (size_t i = 0; i < encoded.size(); ++i) {
-        const int high = encoded[i] == '%' && i + 2 < encoded.size() ? hexDigit(encoded[i + 1]) : -1;
-        const int low = high >= 0 ? hexDigit(encoded[i + 2]) : -1;
-        if (low < 0) {
-            bytes += encoded[i];
-            continue;
-        }
-        bytes += static_cast<char>(high * 16 + low);
-        i += 2;
-    }
-    if (wide)
-        text = ConstString(std::u16string_view(toWideOrLatin(bytes)));
-    else
-        text = ConstString(std::string_view(bytes));
+int32_t FUrl::compare(const CmObject* other) const try {
+    const auto* url = cast<FUrl>(other);
+    if (!url)
+        return FPath::compare(other);
+    const int order = normalForm().compare(url->normalForm());
+    if (order != 0)
+        return order < 0 ? -1 : 1;
+    const int32_t users = user_.compare(url->user_);
+    const int32_t logins = users != 0 ? users : password_.compare(url->password_);
+    return logins < 0 ? -1 : logins > 0 ? 1 : 0;
+} catch (const std::bad_alloc&) {
+    return CmObject::compare(other);
 }
 
 void FUrl::registerPort(std::string_view scheme, int32_t port) {
-    if (auto* known = schemePorts.get())
-        known->ports.insert_or_assign(std::string(scheme), port);
-}
-
-std::string FUrl::resolveInside(std::string_view base, std::string_view reference) {
-    std::vector<std::string_view> parts;
-    if (!isPlainReference(reference) || !splitInside(reference, parts))
-        return {};
-    std::string path(base.empty() ? "." : base);
-    for (const std::string_view part : parts) {
-        if (!path.ends_with('/'))
-            path += '/';
-        path += part;
-    }
-    const std::string folder = platform::getCanonicalPath(std::string(base.empty() ? "." : base));
-    return isBelow(platform::getCanonicalPath(path), folder) ? path : std::string();
+    auto* known = schemePorts.get();
+    if (!known)
+        return;
+    const FGuard guard(known->lock);
+    known->ports.insert_or_assign(urlbytes::lowerCase(scheme.substr(0, scheme.find(':'))), port);
 }
 
 } // namespace qorl

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <sstream>
 #include <string_view>
+#include <strings.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
@@ -117,6 +118,10 @@ FileError fillSizes(const std::string& path, VolumeInfo& info) {
     return {};
 }
 
+bool equalsIgnoringCase(const std::string& a, const std::string& b) {
+    return strcasecmp(a.c_str(), b.c_str()) == 0;
+}
+
 std::string nameOf(const Mount& mount) {
     if (mount.root == "/")
         return "/";
@@ -170,6 +175,28 @@ std::vector<VolumeInfo> listVolumes() {
         volumes.push_back(std::move(info));
     }
     return volumes;
+}
+
+std::string findNetworkShare(const std::string& host, const std::string& share) {
+    const bool isOnePart = (host + share).find_first_of("/,=") == std::string::npos;
+    if (host.empty() || share.empty() || !isOnePart)
+        return {};
+    const std::string device = "//" + host + '/' + share;
+    for (const Mount& mount : readMounts())
+        if ((mount.type == "cifs" || mount.type == "smb3") && equalsIgnoringCase(mount.device, device))
+            return mount.root;
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    std::vector<FolderEntry> entries;
+    const std::string desktop = std::string(runtime ? runtime : "") + "/gvfs";
+    if (!runtime || listFolder(desktop, entries))
+        return {};
+    // The desktop's own mounts: "smb-share:server=HOST,share=SHARE", perhaps with a user behind them.
+    const std::string name = "smb-share:server=" + host + ",share=" + share;
+    for (const FolderEntry& entry : entries)
+        if (equalsIgnoringCase(entry.name, name) ||
+            equalsIgnoringCase(entry.name.substr(0, name.size() + 1), name + ','))
+            return desktop + '/' + entry.name;
+    return {};
 }
 
 } // namespace qorl::platform
