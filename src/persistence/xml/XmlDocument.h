@@ -1,26 +1,10 @@
 #pragma once
 
-#include "persistence/attributes/FAttributes.h"
 #include "persistence/files/StoredFile.h"
 
-#include <string>
 #include <string_view>
 
 namespace qorl {
-
-/// Attributes as an XML document that people may read: one element an attribute, objects with class and
-/// number.
-namespace XmlDocument {
-
-/// Appends the document of `attributes` with the top element `tag` to `text`. False when an object in it has
-/// no attributes, and without memory.
-bool write(std::string& text, std::string_view tag, const FAttributes& attributes);
-
-/// Adds what `text` holds to `attributes`. False, with "LINE:COLUMN: reason" in `error`, when it is no such
-/// document.
-bool read(std::string_view text, std::string_view tag, FAttributes& attributes, std::string* error = nullptr);
-
-} // namespace XmlDocument
 
 /// Settings files: one object each, stored by its attributes under a name in the user's settings folder. A
 /// name without an extension gets "xml". A failed or interrupted save leaves the earlier file.

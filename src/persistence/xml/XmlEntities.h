@@ -1,23 +1,51 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <string>
+#include <span>
 #include <string_view>
 
-/// The named entities of settings documents, and how texts are written with them.
+/// The named entities of settings documents: the Latin-1 character entities of ISO 8879 with some additions.
+/// Read-only; any thread may ask.
 namespace qorl::XmlEntities {
 
-/// The name of a character that must not, or should not, stand as it is in 8-bit text; empty for any other.
-/// Of two names for one character the later one.
-std::string_view nameToWrite(uint8_t byte);
+/// In which set the code of a name is looked up.
+enum class Column : uint8_t { latin1, macintosh };
 
-/// Replaces `&name;`, `&#N;` and `&#xH;`, each by one byte. What is unknown, 0 or beyond a byte stays as it
-/// stands.
-std::string decode(std::string_view text);
+struct Row {
+    std::string_view name;
+    uint8_t latin1;
+    uint8_t macintosh; ///< In Macintosh Roman; 0xFF where that has no such character.
+    bool isWritten;    ///< Written as a name though its code is below 0x80.
+};
 
-/// 8-bit text: names for what has one, numbers for all other bytes above 0x7F.
-void escape8(std::string& out, std::string_view bytes);
-/// UTF-8 of wide text, where only `& < > "` are escaped.
-void escapeUtf8(std::string& out, std::string_view utf8);
+std::span<const Row> rows();
+
+/// How 8-bit text is written.
+enum class Escape : uint8_t {
+    entities, ///< Names for what has one, numbers for all other bytes of 0x80 and more.
+    markup    ///< Only & < > " by their names.
+};
+
+/// What is written for a byte; nothing for one that stands for itself. Of two names for one code the later
+/// one is written.
+struct Substitute {
+    uint8_t length = 0;
+    char text[9] = {};
+};
+const std::array<Substitute, 256>& substitutes(Escape escape);
+
+/// More bytes than any reference has, "&" and ";" included.
+constexpr size_t longestReference = 16;
+
+struct Decoded {
+    size_t length;     ///< What is left of the text.
+    bool hasNamedHigh; ///< A name stood for a code of 0x80 or more.
+};
+
+/// Replaces `&name;`, `&#N;` and `&#xH;` in place, each by one byte. What is unknown, 0 or no byte stays as
+/// it stands.
+Decoded decode(char* text, size_t length, Column column);
 
 } // namespace qorl::XmlEntities

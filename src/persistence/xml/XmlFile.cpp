@@ -1,5 +1,6 @@
-#include "persistence/streams/FStream.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "persistence/urls/FUrl.h"
+#include "persistence/xml/FXmlDocument.h"
 #include "persistence/xml/XmlDocument.h"
 #include "platform/System.h"
 
@@ -9,42 +10,26 @@ namespace qorl {
 
 namespace {
 
-constexpr int64_t maxFileBytes = int64_t{64} << 20;
-
-std::string placeOf(FStream& stream) {
-    return stream.url() ? stream.url()->path().toUtf8() : std::string();
-}
-
 bool readDocument(FStream& stream, std::string_view tag, CmObject& object) {
-    const int64_t size = stream.seek(0, FStream::fromEnd);
-    if (size < 0 || size > maxFileBytes) {
-        platform::debugOutput(placeOf(stream) + ": is longer than a document may be");
-        return false;
-    }
-    stream.rewind();
-    std::string bytes(static_cast<size_t>(size), '\0');
-    if (stream.read(bytes.data(), size) != size)
-        return false;
     FAttributes attributes;
-    std::string reason;
-    if (!XmlDocument::read(bytes, tag, attributes, &reason)) {
-        platform::debugOutput(placeOf(stream) + ':' + reason);
-        return false;
-    }
-    return object.restoreAttributes(&attributes);
+    FXmlDocument document(&stream, FXmlDocument::Mode::read);
+    if (document.restoreAttributes(tag, attributes))
+        return object.restoreAttributes(&attributes);
+    const std::string place = stream.url() ? stream.url()->path().toUtf8() : std::string();
+    platform::debugOutput(place + ':' + document.errorText());
+    return false;
 }
 
 } // namespace
 
 bool XmlFile::save(const ConstString& name, std::string_view tag, CmObject& object) try {
     FAttributes attributes;
-    std::string text;
-    if (!object.storeAttributes(&attributes) || !XmlDocument::write(text, tag, attributes))
+    FMemoryStream text;
+    FXmlDocument document(&text, FXmlDocument::Mode::write);
+    if (!object.storeAttributes(&attributes) || !document.storeAttributes(tag, attributes))
         return false;
-    const FFileType type = FFileType::settingsFile();
-    const auto size = static_cast<int64_t>(text.size());
-    return StoredFile(name, type).save([&](FStream& stream) {
-        return stream.write(text.data(), size) == size;
+    return StoredFile(name, FFileType::settingsFile()).save([&](FStream& stream) {
+        return stream.write(text.data(), text.size()) == text.size();
     });
 } catch (const std::bad_alloc&) {
     return false;

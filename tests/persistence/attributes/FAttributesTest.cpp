@@ -5,8 +5,8 @@
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlDocument.h"
 #include "persistence/xml/FXmlObject.h"
-#include "persistence/xml/XmlDocument.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -353,12 +353,13 @@ TEST(AttributesStream, TellsObjectsApartThatLiveOnlyWhileTheyAreWritten) {
     for (int32_t i = 0; i < 20; ++i)
         attributes.appendObject("makers", new Maker(i), true);
     const std::string bytes = stored(attributes);
-    std::string document;
-    ASSERT_TRUE(XmlDocument::write(document, "State", attributes));
+    FMemoryStream document;
+    ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::write).storeAttributes("State", attributes));
+    document.rewind();
     FAttributes read[3];
     FMemoryStream source{std::string_view(bytes)};
     ASSERT_TRUE(AttributesStream::read(source, read[0]));
-    ASSERT_TRUE(XmlDocument::read(document, "State", read[1]));
+    ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::read).restoreAttributes("State", read[1]));
     read[2] = attributes;
     read[2].detachObjects();
     for (FAttributes& one : read) {

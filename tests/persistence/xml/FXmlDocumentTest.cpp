@@ -1,4 +1,4 @@
-#include "persistence/xml/XmlDocument.h"
+#include "persistence/xml/FXmlDocument.h"
 
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
@@ -6,6 +6,7 @@
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
+#include "persistence/xml/XmlDocument.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -15,10 +16,22 @@ namespace {
 
 using Hold = FAttributes::Hold;
 
+using Mode = FXmlDocument::Mode;
+
 std::string written(const FAttributes& attributes) {
-    std::string text;
-    EXPECT_TRUE(XmlDocument::write(text, "State", attributes));
-    return text;
+    FMemoryStream stream;
+    FXmlDocument document(&stream, Mode::write);
+    EXPECT_TRUE(document.storeAttributes("State", attributes)) << document.errorText();
+    return std::string(stream.bytes());
+}
+
+bool readDocument(std::string_view text, FAttributes& attributes, std::string* error = nullptr) {
+    FMemoryStream stream(text);
+    FXmlDocument document(&stream, Mode::read);
+    const bool isRead = document.restoreAttributes("State", attributes);
+    if (error)
+        *error = document.errorText();
+    return isRead;
 }
 
 /// The body of a document in lines that end in CR LF.
@@ -29,7 +42,7 @@ std::string document(const std::string& body) {
     return text;
 }
 
-TEST(XmlDocument, WritesEachKindInItsForm) {
+TEST(FXmlDocument, WritesEachKindInItsForm) {
     FAttributes attributes;
     attributes.setInteger("int", -5);
     attributes.setFloat("float", 0.5);
@@ -73,7 +86,7 @@ TEST(XmlDocument, WritesEachKindInItsForm) {
                  "   </list>\n"));
 }
 
-TEST(XmlDocument, ReadsBackWhatItWrote) {
+TEST(FXmlDocument, ReadsBackWhatItWrote) {
     FAttributes attributes;
     std::string every;
     for (int byte = 1; byte < 128; ++byte)
@@ -93,7 +106,7 @@ TEST(XmlDocument, ReadsBackWhatItWrote) {
     EXPECT_NE(text.find("<string name=\"long\">\r\n&amp;&amp;"), std::string::npos);
     FAttributes read;
     std::string error;
-    ASSERT_TRUE(XmlDocument::read(text, "State", read, &error)) << error;
+    ASSERT_TRUE(readDocument(text, read, &error)) << error;
     EXPECT_EQ(std::u16string(read.getText16("key \xC3\xA4")),
               ConstString(std::string_view(every)).toUtf16() + u"\u00E4\u20AC");
     EXPECT_EQ(std::u16string(read.getText16("wide")), u"\u20AC & <tag>");
@@ -109,7 +122,7 @@ TEST(XmlDocument, ReadsBackWhatItWrote) {
     EXPECT_EQ(read.nextAttributes("subs")->getInteger("n"), 3);
 }
 
-TEST(XmlDocument, StoresAnObjectOnceAndFindsItAgain) {
+TEST(FXmlDocument, StoresAnObjectOnceAndFindsItAgain) {
     FAttributes attributes;
     const auto object = make<CmString>("one");
     attributes.setObject("first", object.get(), Hold::retain);
@@ -119,7 +132,7 @@ TEST(XmlDocument, StoresAnObjectOnceAndFindsItAgain) {
     const std::string text = written(attributes);
     EXPECT_EQ(text.find("class=\"CmString\""), text.rfind("class=\"CmString\" name=\"first\"") + 0);
     FAttributes read;
-    ASSERT_TRUE(XmlDocument::read(text, "State", read));
+    ASSERT_TRUE(readDocument(text, read));
     const auto first = read.getObject("first", "CmString");
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(read.getObject("second"), first);
@@ -127,7 +140,7 @@ TEST(XmlDocument, StoresAnObjectOnceAndFindsItAgain) {
     EXPECT_EQ(cast<CmString>(read.nextObject("list"))->string(), ConstString("two"));
 }
 
-TEST(XmlDocument, QueuesObjectsThatAreDeep) {
+TEST(FXmlDocument, QueuesObjectsThatAreDeep) {
     FAttributes attributes;
     FAttributes* inner = &attributes;
     for (int level = 1; level < 8; ++level) {
@@ -141,7 +154,7 @@ TEST(XmlDocument, QueuesObjectsThatAreDeep) {
     ASSERT_NE(reference, std::string::npos);
     EXPECT_GT(text.find("\r\n\r\n   <obj class=\"CmString\" ID=\""), reference);
     FAttributes read;
-    ASSERT_TRUE(XmlDocument::read(text, "State", read));
+    ASSERT_TRUE(readDocument(text, read));
     const auto* found = read.findAttributes("m");
     while (found && !found->contains("o"))
         found = found->getAttributes("m");
@@ -149,14 +162,14 @@ TEST(XmlDocument, QueuesObjectsThatAreDeep) {
     EXPECT_EQ(cast<CmString>(found->getObject("o"))->string(), ConstString("deep"));
 }
 
-TEST(XmlDocument, StopsAtADepthThatNobodyWrites) {
+TEST(FXmlDocument, StopsAtADepthThatNobodyWrites) {
     std::string deep = "<State>";
     for (int i = 0; i < 100000; ++i)
         deep += "<member name='m'>";
     FAttributes read;
     std::string error;
-    EXPECT_FALSE(XmlDocument::read(deep, "State", read, &error));
-    EXPECT_EQ(error, "1:16991: Xml data malformed!");
+    EXPECT_FALSE(readDocument(deep, read, &error));
+    EXPECT_EQ(error, "1:16991: Xml data malformed! (elements are nested deeper than 1000)");
 }
 
 struct BadDocument {
@@ -164,43 +177,45 @@ struct BadDocument {
     const char* error;
 };
 
-TEST(XmlDocument, SaysWhatItCannotRead) {
+TEST(FXmlDocument, SaysWhatItCannotRead) {
     const BadDocument cases[] = {
-        {"<Other/>", "1:1: Xml data malformed!"},
-        {"<State/>\r\n<State/>", "2:1: Xml data malformed!"},
-        {"<State>\n <nosuch/></State>", "2:2: Unexpected tag or invalid attributes!"},
-        {"<State>\n <int name='a' value='1'></State>", "2:26: Xml data malformed!"},
-        {"<State><item value='1'/></State>", "1:8: Unexpected tag or invalid attributes!"},
-        {"<State>\r\r<int name=a/></State>", "3:1: Xml data malformed!"},
-        {"<State>\n<!-- <!-- --> </State>", "2:1: Unexpected end of file!"},
-        {"<State><int name='a", "1:8: Unexpected end of file!"},
-        {"<State>", "1:8: Unexpected end of file!"},
+        {"<Other/>", "1:1: Xml data malformed! (the top element must be <State>)"},
+        {"<State/>\r\n<State/>", "2:1: Xml data malformed! (a document has one top element only)"},
+        {"<State>\n <nosuch/></State>",
+         "2:2: Unexpected tag or invalid attributes! (<nosuch> can't stand here)"},
+        {"<State>\n <int name='a' value='1'></State>", "2:26: Xml data malformed! (</int> is missing here)"},
+        {"<State><item value='1'/></State>",
+         "1:8: Unexpected tag or invalid attributes! (<item> can't stand here)"},
+        {"<State>\r\r<int name=a/></State>",
+         "3:1: Xml data malformed! (an attribute's value must stand in quotes)"},
+        {"<State>\n<!-- <!-- --> </State>", "2:1: Unexpected end of file! (a comment has no end)"},
+        {"<State><int name='a", "1:8: Unexpected end of file! (a tag is not closed)"},
+        {"<State>", "1:8: Unexpected end of file! (<State> has no end tag)"},
         {"", "1:1: Unexpected end of file!"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         FAttributes read;
         std::string error;
-        EXPECT_FALSE(XmlDocument::read(c.text, "State", read, &error));
+        EXPECT_FALSE(readDocument(c.text, read, &error));
         EXPECT_EQ(error, c.error);
     }
 }
 
-TEST(XmlDocument, PassesOverWhatIsOdd) {
+TEST(FXmlDocument, PassesOverWhatIsOdd) {
     FAttributes read;
-    ASSERT_TRUE(
-        XmlDocument::read("<State>"
-                          "<list name='x' type='other'><item value='1'/><nosuch/></list>"
-                          "<obj class='CmString' ID='0'><nosuch/></obj>"
-                          "<obj name='lost' ID='99'/>"
-                          "<obj class='NoSuchClass' name='gone' ID='-1'><int name='n' value='5'/></obj>"
-                          "<obj name='again' ID='4294967295'/>"
-                          "<!-- a <!-- comment --> in a comment --><!DOCTYPE x [ <!ENTITY a '>'> ]>"
-                          "<string name='s'>a &amp; b &nosuch; &#x41;&#65;&#0; <5</string>"
-                          "<string name='lines' value='a\tb\r\nc' wide='1'/>"
-                          "<bin name='b'>0 1\n2g3</bin>"
-                          "</State> ",
-                          "State", read));
+    ASSERT_TRUE(readDocument("<State>"
+                             "<list name='x' type='other'><item value='1'/><nosuch/></list>"
+                             "<obj class='CmString' ID='0'><nosuch/></obj>"
+                             "<obj name='lost' ID='99'/>"
+                             "<obj class='NoSuchClass' name='gone' ID='-1'><int name='n' value='5'/></obj>"
+                             "<obj name='again' ID='4294967295'/>"
+                             "<!-- a <!-- comment --> in a comment --><!DOCTYPE x [ <!ENTITY a '>'> ]>"
+                             "<string name='s'>a &amp; b &nosuch; &#x41;&#65;&#0; <5</string>"
+                             "<string name='lines' value='a\tb\r\nc' wide='1'/>"
+                             "<bin name='b'>0 1\n2g3</bin>"
+                             "</State> ",
+                             read));
     EXPECT_FALSE(read.contains("x"));
     EXPECT_EQ(read.getObject("lost"), nullptr);
     EXPECT_EQ(read.findAttributes("gone")->getInteger("n"), 5);
@@ -215,7 +230,7 @@ uint32_t countOf(const Ref<FAttributes>& attributes) {
     return attributes->release();
 }
 
-TEST(XmlDocument, IsReleasedWhateverItsReferencesNameInIt) {
+TEST(FXmlDocument, IsReleasedWhateverItsReferencesNameInIt) {
     // 1 names itself and 2, which stands nowhere else; 2 names 1 and has a part that names 2.
     constexpr std::string_view document =
         "<State>"
@@ -226,7 +241,7 @@ TEST(XmlDocument, IsReleasedWhateverItsReferencesNameInIt) {
         "<obj class='X' name='part' ID='3'><obj name='b' ID='2'/></obj></obj>"
         "</State>";
     auto read = make<FAttributes>();
-    ASSERT_TRUE(XmlDocument::read(document, "State", *read));
+    ASSERT_TRUE(readDocument(document, *read));
     auto target = [](FAttributes* attributes, const char* name) {
         auto* object = cast<FXmlObject>(attributes->find(name)->getObject());
         return object->getAttributes();
@@ -252,14 +267,14 @@ TEST(XmlDocument, IsReleasedWhateverItsReferencesNameInIt) {
     EXPECT_EQ(countOf(part), 1u);
 }
 
-TEST(XmlDocument, ReleasesAChainOfAnyLength) {
+TEST(FXmlDocument, ReleasesAChainOfAnyLength) {
     constexpr int32_t length = 30'000;
     std::string document = "<State><obj name='first' ID='1'/>";
     for (int32_t i = 1; i <= length; ++i)
         document += "<obj class='X' ID='" + std::to_string(i) + "'><obj name='next' ID='" +
                     std::to_string(i + 1) + "'/></obj>";
     auto read = make<FAttributes>();
-    ASSERT_TRUE(XmlDocument::read(document + "</State>", "State", *read));
+    ASSERT_TRUE(readDocument(document + "</State>", *read));
     Ref<FAttributes> last = read;
     int32_t hops = 0;
     const char* name = "first";

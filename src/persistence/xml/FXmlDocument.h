@@ -1,0 +1,72 @@
+#pragma once
+
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FStream.h"
+
+#include <qorl/Ref.h>
+
+#include <string>
+#include <string_view>
+
+namespace qorl {
+
+/// Reads and writes the XML form of attributes and objects: one element an attribute, objects with class and
+/// number, references by number, so that people may read what is stored.
+///
+/// A document of root objects names the objects that it is about (`objects`), and holds further attributes
+/// that go with them (`data`); whatever these refer to stands behind them, each object once. The simpler form
+/// holds one list of attributes. Objects come to life when they are asked for, so a document passes through
+/// unchanged where a class is missing. Texts of any length read back as they were written; keys have at most
+/// 2048 characters, and elements are nested at most 1000 deep.
+///
+/// Every operation gives false without memory. A document that is damaged gives false, too; what was read
+/// before the damage stays. Threading: one thread at a time.
+class FXmlDocument {
+public:
+    enum class Mode : bool { read, write };
+
+    /// Works from where `stream` stands. In the wrong mode an operation gives false and does nothing.
+    FXmlDocument(FStream* stream, Mode mode);
+    FXmlDocument(const FXmlDocument&) = delete;
+    FXmlDocument& operator=(const FXmlDocument&) = delete;
+    virtual ~FXmlDocument();
+
+    /// Root objects by name: live ones to be written; behind a load references, which `getObject` follows.
+    FAttributes& objects() { return *objects_; }
+    /// Attributes by name. For writing also objects, which are asked for theirs then.
+    FAttributes& data() { return *data_; }
+
+    /// Writes the document with the top element `tag`. False also when an object has no attributes, when
+    /// something is nested too deep or a key is too long, and when the stream fails: what is written is
+    /// not to be used then.
+    virtual bool saveRoots(std::string_view tag);
+    /// The simpler form.
+    virtual bool storeAttributes(std::string_view tag, const FAttributes& attributes);
+    /// Reads a document whose top element must be `tag`. With `rootName` only that root is read, with what it
+    /// refers to, and reading stops behind it as early as it can. With `macEncoding` named entities are those
+    /// of the Macintosh, and so are bytes that are no UTF-8.
+    virtual bool load(std::string_view tag, const char* rootName = nullptr, bool macEncoding = false);
+    /// The simpler form; adds to `attributes`.
+    virtual bool restoreAttributes(std::string_view tag, FAttributes& attributes);
+
+    /// A root object, created now if it wasn't before. Null when there is none of that name, when its class
+    /// is unknown or another than `className`.
+    Ref<CmObject> getObject(std::string_view name, const char* className = nullptr) const;
+
+    /// What failed last: "LINE:COLUMN: reason" of a document that was read, else a reason alone.
+    const std::string& errorText() const { return errorText_; }
+
+protected:
+    FStream* stream() const { return stream_.get(); }
+
+private:
+    bool fail(const char* reason);
+
+    Ref<FAttributes> objects_;
+    Ref<FAttributes> data_;
+    Ref<FStream> stream_;
+    Mode mode_;
+    std::string errorText_;
+};
+
+} // namespace qorl

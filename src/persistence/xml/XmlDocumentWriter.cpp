@@ -1,0 +1,310 @@
+#include "persistence/xml/XmlDocumentWriter.h"
+
+#include "foundation/Cast.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/StoredObject.h"
+#include "persistence/xml/FXmlObject.h"
+#include "persistence/xml/FXmlParser.h"
+#include "persistence/xml/XmlText.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qorl {
+
+namespace {
+
+using Escape = XmlLine::Escape;
+
+constexpr int32_t blanksOfLevel = 3;
+constexpr int32_t longestValue = FXmlParser::maxValueLength;
+/// From here on an object goes behind the document's body, and its entry names it.
+constexpr int32_t queueLevel = 8;
+/// So does an item of a list where its own parts might be too deep to be read.
+constexpr int32_t deepestListed = FXmlParser::maxDepth / 2;
+constexpr size_t bytesOfLine = 32;
+
+/// An object stands for a reference to it.
+CmObject* targetOf(CmObject* object) {
+    const auto* reference = cast<FXmlReference>(object);
+    return reference && reference->target() ? reference->target() : object;
+}
+
+} // namespace
+
+XmlLine& XmlDocumentWriter::indent(int32_t level) {
+    return line_.fill(' ', level * blanksOfLevel);
+}
+
+bool XmlDocumentWriter::finish(std::string_view text) {
+    return line_.put(text).put(XmlLine::lineEnd).writeTo(stream_) || fail("the stream does not take it");
+}
+
+bool XmlDocumentWriter::fail(const char* reason) {
+    if (!*reason_)
+        reason_ = reason;
+    return false;
+}
+
+XmlLine& XmlDocumentWriter::open(std::string_view element, std::string_view key, int32_t level) {
+    return indent(level).put('<').put(element).put(" name=\"").putEscaped(key, Escape::entities).put('"');
+}
+
+bool XmlDocumentWriter::closeElement(std::string_view element, int32_t level) {
+    indent(level).put("</").put(element);
+    return finish(">");
+}
+
+bool XmlDocumentWriter::begin(std::string_view tag) {
+    if (!finish("<?xml version=\"1.0\" encoding=\"utf-8\"?>"))
+        return false;
+    line_.put('<').put(tag);
+    return finish(">");
+}
+
+bool XmlDocumentWriter::end(std::string_view tag) {
+    return closeElement(tag, 0);
+}
+
+bool XmlDocumentWriter::writeAttributes(std::string_view tag, const FAttributes& attributes) {
+    return begin(tag) && writeBody(attributes, 1) && writeQueue() && end(tag);
+}
+
+bool XmlDocumentWriter::writeRoots(std::string_view tag, const FAttributes& objects,
+                                   const FAttributes& data) {
+    if (!begin(tag))
+        return false;
+    indent(1);
+    if (!finish("<rootObjects>"))
+        return false;
+    for (int32_t i = 0; i < objects.count(); ++i)
+        if (!writeRoot(*objects.at(i)))
+            return false;
+    for (int32_t i = 0; i < data.count(); ++i)
+        if (!writeDataRoot(*data.at(i)))
+            return false;
+    return closeElement("rootObjects", 1) && writeQueue() && end(tag);
+}
+
+bool XmlDocumentWriter::writeRoot(const FStringIDAttribute& entry) {
+    CmObject* object = targetOf(entry.getObject());
+    if (!object)
+        return true;
+    uint64_t id = 0;
+    if (enter(object, id))
+        queue_.push_back(retain(object));
+    open("root", entry.key(), 2).put(" ID=\"").putUnsigned(id);
+    return finish("\"/>");
+}
+
+bool XmlDocumentWriter::writeDataRoot(const FStringIDAttribute& entry) {
+    CmObject* object = entry.getObject();
+    if (!object)
+        return true;
+    Ref<FAttributes> attributes = retain(cast<FAttributes>(object));
+    if (!attributes) {
+        attributes = make<FAttributes>();
+        if (!object->storeAttributes(attributes.get()))
+            return fail("an object has no attributes");
+    }
+    open("root", entry.key(), 2);
+    return finish(">") && writeBody(*attributes, 3) && closeElement("root", 2);
+}
+
+bool XmlDocumentWriter::writeQueue() {
+    if (!queue_.empty() && !finish({}))
+        return false;
+    while (!queue_.empty()) {
+        const Ref<CmObject> object = std::move(queue_.front());
+        queue_.pop_front();
+        if (!writeFull(object.get(), {}, 1) || !finish({}))
+            return false;
+    }
+    return true;
+}
+
+bool XmlDocumentWriter::writeBody(const FAttributes& attributes, int32_t level) {
+    const int32_t count = attributes.count();
+    if (count > 0 && level >= static_cast<int32_t>(FXmlParser::maxDepth))
+        return fail("attributes are nested deeper than 1000");
+    for (int32_t i = 0; i < count; ++i)
+        if (!writeEntry(*attributes.at(i), level))
+            return false;
+    return true;
+}
+
+bool XmlDocumentWriter::writeEntry(const FStringIDAttribute& entry, int32_t level) {
+    const std::string_view key = entry.key();
+    if (key.size() > FXmlParser::maxValueLength)
+        return fail("a key is longer than 2048 bytes");
+    switch (entry.kind()) {
+    case FAttributeValue::integer:
+        open("int", key, level).put(" value=\"").putInteger(entry.getInteger());
+        return finish("\"/>");
+    case FAttributeValue::real:
+        open("float", key, level).put(" value=\"").putFloat(entry.getFloat());
+        return finish("\"/>");
+    case FAttributeValue::string: return writeString(key, entry.getString(), level);
+    case FAttributeValue::object: return writeObject(entry.getObject(), key, level);
+    // Behind any other kind stands nothing that could be stored.
+    default: return true;
+    }
+}
+
+bool XmlDocumentWriter::writeString(std::string_view key, const ConstString& text, int32_t level) {
+    const std::string_view wide = text.isWide() ? " wide=\"true\"" : "";
+    if (text.size() <= longestValue) {
+        open("string", key, level).put(" value=\"").putEscaped(text, Escape::entities).put('"').put(wide);
+        return finish("/>");
+    }
+    open("string", key, level).put(wide);
+    if (!finish(">"))
+        return false;
+    line_.putEscaped(text, Escape::entities);
+    return finish({}) && closeElement("string", level);
+}
+
+bool XmlDocumentWriter::writeObject(CmObject* object, std::string_view key, int32_t level) {
+    if (!object)
+        return true;
+    if (const auto* nested = cast<FAttributes>(object)) {
+        open("member", key, level);
+        return finish(">") && writeBody(*nested, level + 1) && closeElement("member", level);
+    }
+    if (const auto* list = cast<FAttrList>(object))
+        return list->count() == 0 || writeList(object, key, level);
+    if (const auto bytes = binaryBytes(object))
+        return writeBinary(key, *bytes, level);
+    return writeInstance(object, key, level);
+}
+
+bool XmlDocumentWriter::writeBinary(std::string_view key, std::string_view bytes, int32_t level) {
+    open("bin", key, level);
+    if (!finish(">"))
+        return false;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(bytesOfLine, bytes.size()))) {
+        line_.fill('\t', level + 1).putHex(bytes.substr(0, bytesOfLine));
+        if (!finish({}))
+            return false;
+    }
+    return closeElement("bin", level);
+}
+
+bool XmlDocumentWriter::writeList(CmObject* list, std::string_view key, int32_t level) {
+    const auto begin = [&](std::string_view type) {
+        open("list", key, level).put(" type=\"").put(type);
+        return finish("\">");
+    };
+    const auto beginItem = [&]() -> XmlLine& { return indent(level + 1).put("<item value=\""); };
+    bool isGood = true;
+    if (const auto* integers = cast<FIntList>(list)) {
+        isGood = begin("int");
+        for (size_t i = 0; isGood && i < integers->items.size(); ++i) {
+            beginItem().putInteger(integers->items[i]);
+            isGood = finish("\"/>");
+        }
+    } else if (const auto* reals = cast<FFloatList>(list)) {
+        isGood = begin("float");
+        for (size_t i = 0; isGood && i < reals->items.size(); ++i) {
+            beginItem().putFloat(reals->items[i]);
+            isGood = finish("\"/>");
+        }
+    } else if (const auto* texts = cast<FStringList>(list)) {
+        isGood = begin("string");
+        for (size_t i = 0; isGood && i < texts->items.size(); ++i)
+            isGood = writeTextItem(texts->items[i], level + 1);
+    } else if (const auto* objects = cast<FObjectList>(list)) {
+        isGood = begin("obj");
+        for (size_t i = 0; isGood && i < objects->items.size(); ++i)
+            isGood = writeListed(objects->items[i], level + 1);
+    } else if (const auto* lists = cast<FSubList>(list)) {
+        isGood = begin("list");
+        for (size_t i = 0; isGood && i < lists->items.size(); ++i) {
+            indent(level + 1);
+            isGood =
+                finish("<item>") && writeBody(*lists->items[i], level + 2) && closeElement("item", level + 1);
+        }
+    } else {
+        return true;
+    }
+    return isGood && closeElement("list", level);
+}
+
+/// Items are wide text. A long one stands as a long string does.
+bool XmlDocumentWriter::writeTextItem(const ConstString& text, int32_t level) {
+    const String wide = text.isWide() ? String() : XmlText::widen(text.view8());
+    const ConstString& item = text.isWide() ? text : wide;
+    indent(level).put("<item");
+    if (item.size() <= longestValue) {
+        line_.put(" value=\"").putEscaped(item, Escape::entities);
+        return finish("\"/>");
+    }
+    if (!finish(">"))
+        return false;
+    line_.putEscaped(item, Escape::entities);
+    return finish({}) && closeElement("item", level);
+}
+
+/// Gives the object's number, and true when the object is to be written. A reference that was never bound has
+/// none to write.
+bool XmlDocumentWriter::enter(CmObject* object, uint64_t& id) {
+    const auto found = known_.find(object);
+    if (found != known_.end()) {
+        id = found->second;
+        return false;
+    }
+    id = StoredObject::idOf(object);
+    if (cast<FXmlReference>(object))
+        return false;
+    // Two documents may have given one number to two objects that came together.
+    while (id == 0 || !ids_.insert(id).second)
+        ++id;
+    held_.push_back(retain(object));
+    known_.emplace(object, id);
+    return true;
+}
+
+bool XmlDocumentWriter::writeListed(CmObject* item, int32_t level) {
+    item = targetOf(item);
+    if (!item)
+        return true;
+    uint64_t id = 0;
+    if (enter(item, id)) {
+        if (level < deepestListed)
+            return writeFull(item, {}, level);
+        queue_.push_back(retain(item));
+    }
+    indent(level).put("<item value=\"").putUnsigned(id);
+    return finish("\"/>");
+}
+
+bool XmlDocumentWriter::writeInstance(CmObject* object, std::string_view key, int32_t level) {
+    object = targetOf(object);
+    uint64_t id = 0;
+    if (enter(object, id)) {
+        if (level < queueLevel)
+            return writeFull(object, key, level);
+        queue_.push_back(retain(object));
+    }
+    open("obj", key, level).put(" ID=\"").putUnsigned(id);
+    return finish("\"/>");
+}
+
+bool XmlDocumentWriter::writeFull(CmObject* object, std::string_view key, int32_t level) {
+    StoredObject stored;
+    if (!stored.take(object)) {
+        // One whose class could not be made goes on without its attributes, which are gone.
+        auto* instance = cast<FXmlInstance>(object);
+        if (!instance || instance->getObject())
+            return fail("an object has no attributes");
+        stored.className = instance->className8().string();
+        stored.attributes = make<FAttributes>();
+    }
+    indent(level).put("<obj class=\"").put(stored.className.toUtf8()).put('"');
+    if (!key.empty())
+        line_.put(" name=\"").putEscaped(key, Escape::entities).put('"');
+    line_.put(" ID=\"").putUnsigned(known_[object]);
+    return finish("\">") && writeBody(*stored.attributes, level + 1) && closeElement("obj", level);
+}
+
+} // namespace qorl

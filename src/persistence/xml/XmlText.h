@@ -1,0 +1,20 @@
+#pragma once
+
+#include "foundation/text/String.h"
+
+#include <string_view>
+
+/// Texts of XML documents on their way from bytes to characters.
+namespace qorl::XmlText {
+
+/// What bytes are read as that are no valid UTF-8.
+enum class Fallback : uint32_t { western = 1252, macintosh = 10000 };
+
+/// UTF-8 as wide text; bytes that are no valid UTF-8 are taken from `fallback`, so that none is dropped. A
+/// byte without a character there becomes the control character of its number. Throws `std::bad_alloc`.
+String widen(std::string_view bytes, Fallback fallback = Fallback::western);
+
+/// Plain ASCII stays as it is, any other text becomes wide. Throws `std::bad_alloc`.
+String decode(std::string_view bytes, Fallback fallback = Fallback::western);
+
+} // namespace qorl::XmlText
