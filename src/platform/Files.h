@@ -57,8 +57,8 @@ public:
     /// Writes all of it: `count`, or -1.
     int64_t write(const void* buffer, int64_t count, FileError* error = nullptr);
 
-    /// The new place, or -1.
-    int64_t seek(int64_t offset, SeekOrigin origin);
+    /// The new place, or -1 with `error` set when given.
+    int64_t seek(int64_t offset, SeekOrigin origin, FileError* error = nullptr);
     int64_t getPosition() { return seek(0, SeekOrigin::current); }
     int64_t getSize() const;
 

@@ -150,6 +150,7 @@ TEST_F(CmDelegatingUnknownTest, WithoutMemoryItSaysThatItIsNotStored) {
     });
     failEachAllocation([&](FailingAllocation& memory) {
         const Ref<FMemoryStream> stream = make<FMemoryStream>();
+        stream->pad(1); // has its block
         PlainArchive archive(*stream, PlainArchive::Direction::storing);
         const bool stored = memory.during([&] { return wrapper->writeTo(&archive); });
         EXPECT_NE(stored, memory.hasFailed());

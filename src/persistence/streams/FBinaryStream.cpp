@@ -1,20 +1,29 @@
 #include "persistence/streams/FBinaryStream.h"
 
-#include "foundation/text/String.h"
+#include "foundation/containers/CmBuffer.h"
+#include "foundation/text/TextConversion.h"
 
-#include <algorithm>
 #include <cstdlib>
-#include <cstring>
+#include <limits>
 
 namespace qorl {
 
 namespace {
 
 constexpr int32_t maxCountedBytes = 0x40000;
-constexpr char utf8Mark[] = "\xEF\xBB\xBF";
-constexpr int64_t markLength = 3;
-/// The mark and a last character that is cut in two.
-constexpr size_t longestSequence = markLength + 4;
+constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
+/// How a text is collected that is read byte by byte.
+constexpr int32_t textGrowth = 1024;
+/// What of a stored text can matter to a buffer of `size` characters: the mark, three bytes for each unit,
+/// and a last character that is cut in two.
+int32_t mostBytesFor(int32_t size) {
+    const int64_t bytes = static_cast<int64_t>(utf8Mark.size()) + int64_t{size} * 3 + 4;
+    return static_cast<int32_t>(std::min<int64_t>(bytes, std::numeric_limits<int32_t>::max()));
+}
+
+bool isLeadSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
 
 } // namespace
 
@@ -26,24 +35,18 @@ bool FBinaryStream::readBool(bool& value) {
 }
 
 bool FBinaryStream::writeChars(const char* text, bool withTerminator) {
-    const auto count = static_cast<int64_t>(text ? std::strlen(text) : 0);
-    if (!text)
-        return !withTerminator || writeInt8(0);
-    return write(text, count + (withTerminator ? 1 : 0)) == count + (withTerminator ? 1 : 0);
+    const std::string_view bytes(text ? text : "");
+    const auto count = static_cast<int64_t>(bytes.size()) + (withTerminator ? 1 : 0);
+    return count == 0 || write(bytes.data(), count) == count;
 }
 
 int32_t FBinaryStream::readLine(char* buffer, int32_t size) {
     if (!buffer || size < 1)
         return 0;
     int32_t length = 0;
-    while (length < size - 1) {
-        char byte = 0;
-        if (read(&byte, 1) != 1 || byte == 0)
-            break;
+    char byte = 0;
+    while (length < size - 1 && byte != '\n' && readByte(byte) && byte != 0)
         buffer[length++] = byte;
-        if (byte == '\n')
-            break;
-    }
     buffer[length] = 0;
     if (length >= 2 && buffer[length - 1] == '\n' && buffer[length - 2] == '\r')
         buffer[length - 2] = 0;
@@ -53,8 +56,10 @@ int32_t FBinaryStream::readLine(char* buffer, int32_t size) {
 bool FBinaryStream::writeCountedChars(const char* text) {
     if (!text)
         return writeInt32(0);
-    const auto count = static_cast<int32_t>(std::strlen(text) + 1);
-    return writeInt32(count) && write(text, count) == count;
+    const size_t count = std::strlen(text) + 1;
+    if (count > maxCountedBytes)
+        return false;
+    return writeInt32(static_cast<int32_t>(count)) && writeChars(text, true);
 }
 
 char* FBinaryStream::readCountedChars() {
@@ -73,53 +78,57 @@ char* FBinaryStream::readCountedChars() {
 }
 
 bool FBinaryStream::writeTextUtf8(const char16_t* text) {
-    const ConstString wide(text);
-    std::string bytes = wide.isAscii() ? "" : utf8Mark;
-    bytes += wide.toUtf8();
-    const auto count = static_cast<int64_t>(bytes.size()) + 1;
-    return write(bytes.c_str(), count) == count;
+    const std::u16string_view wide(text ? text : u"");
+    if (wide.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max()))
+        return false;
+    const std::string_view mark = text::isAscii(wide) ? std::string_view() : utf8Mark;
+    const int64_t count = static_cast<int64_t>(mark.size()) + text::narrowLength(wide) + 1;
+    CmBuffer bytes(0, textGrowth);
+    if (count > std::numeric_limits<int32_t>::max() || !bytes.setCapacity(static_cast<int32_t>(count)))
+        return false;
+    std::copy(mark.begin(), mark.end(), bytes.data());
+    text::narrow(wide, bytes.data() + mark.size());
+    return write(bytes.data(), count) == count;
 }
 
-int32_t FBinaryStream::readTextUtf8(char16_t* buffer, int32_t size) {
+int32_t FBinaryStream::readTextUtf8(char16_t* buffer, int32_t size) try {
     if (!buffer || size < 1)
         return 0;
-    // What lies beyond is read, but could only be cut off: a unit takes at most three bytes.
-    const size_t mostKept = static_cast<size_t>(size) * 3 + longestSequence;
-    std::string bytes;
+    buffer[0] = 0;
+    const int32_t mostKept = mostBytesFor(size);
+    CmBuffer bytes(0, textGrowth);
+    bool isWhole = true;
     char byte = 0;
-    while (read(&byte, 1) == 1 && byte != 0)
-        if (bytes.size() < mostKept)
-            bytes += byte;
-    std::string_view text = bytes;
-    if (text.size() > 2 && text.starts_with(utf8Mark))
-        text.remove_prefix(markLength);
+    while (readByte(byte) && byte != 0)
+        if (bytes.used() < mostKept)
+            isWhole = isWhole && bytes.appendByte(byte);
+    if (!isWhole)
+        return 0;
+    std::string_view text = bytes.bytes();
+    if (text.starts_with(utf8Mark))
+        text.remove_prefix(utf8Mark.size());
     const std::u16string wide = ConstString(text).toUtf16();
-    const auto length = std::min(static_cast<int32_t>(wide.size()), size - 1);
+    auto length = static_cast<int32_t>(std::min<size_t>(wide.size(), static_cast<size_t>(size) - 1));
+    if (static_cast<size_t>(length) < wide.size() && length > 0 && isLeadSurrogate(wide[length - 1]))
+        --length;
     std::copy_n(wide.data(), length, buffer);
     buffer[length] = 0;
     return length;
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 bool FBinaryStream::skip(int64_t count) {
-    char dropped[1024];
-    while (count > 0) {
-        const int64_t piece = std::min<int64_t>(count, sizeof dropped);
-        if (read(dropped, piece) != piece)
-            return false;
-        count -= piece;
-    }
-    return true;
+    char dropped = 0;
+    while (count > 0 && readByte(dropped))
+        --count;
+    return count <= 0;
 }
 
 bool FBinaryStream::pad(int64_t count) {
-    constexpr char zeros[1024] = {};
-    while (count > 0) {
-        const int64_t piece = std::min<int64_t>(count, sizeof zeros);
-        if (write(zeros, piece) != piece)
-            return false;
-        count -= piece;
-    }
-    return true;
+    while (count > 0 && writeInt8(0))
+        --count;
+    return count <= 0;
 }
 
 } // namespace qorl

@@ -4,7 +4,9 @@
 
 #include <qorl/IBStream.h>
 
-#include <string>
+#include <algorithm>
+#include <cstring>
+#include <utility>
 
 namespace qorl {
 
@@ -12,12 +14,16 @@ namespace qorl {
 ///
 /// Integers and floats stand low byte first unless the byte order is set. Each typed write is true when all
 /// bytes went; each typed read is false on a short read and then leaves the value 0. Nothing throws; a raw
-/// operation tells of a failure by a short count or a negative value.
+/// operation tells of a failure by a short count or a negative value. Positions and counts are in bytes.
+/// Threading: one thread at a time.
 class FBinaryStream {
 public:
     /// As `IBStream::SeekMode`.
     enum SeekMode : int32_t { fromStart = 0, fromHere = 1, fromEnd = 2 };
 
+    FBinaryStream& operator=(const FBinaryStream&) = delete;
+
+    /// The bytes moved, at most `count`.
     virtual int64_t read(void* buffer, int64_t count) = 0;
     virtual int64_t write(const void* buffer, int64_t count) = 0;
     /// The new position, negative on failure.
@@ -66,56 +72,98 @@ public:
     /// line end of carriage return and line feed, keeps a bare line feed. The length before the first zero
     /// byte.
     int32_t readLine(char* buffer, int32_t size);
-    /// A 32-bit count that includes the terminator, then the bytes and the terminator. Null is count 0.
+    /// A 32-bit count that includes the terminator, then the bytes and the terminator: 5 bytes more than the
+    /// text. Null is count 0. A text of 0x40000 bytes and more is refused, since it could not be read back.
     bool writeCountedChars(const char* text);
-    /// The text of `writeCountedChars` in a block from `malloc` for the caller; null for a count that is
-    /// below 1 or above 0x40000, whose body is left unread.
+    /// The text of `writeCountedChars` in a block from `malloc` for the caller. Null for a count that is
+    /// below 1 or above 0x40000, whose body is left unread, for a body that is cut off, and without memory.
     char* readCountedChars();
-    /// Terminated: bytes for a text of nothing but ASCII, else EF BB BF and UTF-8.
+    /// Terminated: bytes for a text of nothing but ASCII, else EF BB BF and UTF-8. False, with nothing
+    /// written, when there is no memory for the bytes.
     bool writeTextUtf8(const char16_t* text);
-    /// Reads what `writeTextUtf8` wrote, cut to `size` - 1 characters, always terminated. The length.
+    /// Reads up to a zero byte or the end what `writeTextUtf8` wrote. Cut to `size` - 1 characters, never
+    /// between the halves of one, and always terminated. The length; 0 also when memory ran out.
     int32_t readTextUtf8(char16_t* buffer, int32_t size);
-    /// Reads and drops. False at the first short read.
+    /// Reads and drops, byte by byte. False at the first short read.
     bool skip(int64_t count);
-    /// Writes zero bytes.
+    /// Writes zero bytes, one by one. False at the first that doesn't go.
     bool pad(int64_t count);
 
 protected:
+    /// Bytes in memory that the typed operations reach without a call for each field. `position` may lie
+    /// anywhere; what is at or behind 0 and below `size` can be read, what is below `writable` be written.
+    struct Memory {
+        char* bytes = nullptr;
+        int64_t position = 0;
+        int64_t size = 0;
+        int64_t writable = 0;
+    };
+
+    FBinaryStream() = default;
+    /// For a class whose raw operations do to `memory` just what the typed ones do, and which therefore lets
+    /// nobody override them.
+    explicit FBinaryStream(Memory& memory) : memory_(&memory) {}
+    /// A clone keeps the byte order. It has memory of its own, if any.
+    FBinaryStream(const FBinaryStream& other) : byteOrder_(other.byteOrder_) {}
+    FBinaryStream(const FBinaryStream& other, Memory& memory)
+        : memory_(&memory), byteOrder_(other.byteOrder_) {}
     ~FBinaryStream() = default;
 
+    /// False at the end of the data; `byte` is then 0.
+    bool readByte(char& byte) { return readRaw(byte); }
+
 private:
+    template <typename Number>
+    Number ordered(Number value) const;
     template <typename Number>
     bool writeRaw(Number value);
     template <typename Number>
     bool readRaw(Number& value);
 
+    Memory* memory_ = nullptr;
     uint16_t byteOrder_ = 0;
 };
 
+/// As it is stored; the same again turns it back.
+template <typename Number>
+Number FBinaryStream::ordered(Number value) const {
+    if constexpr (sizeof(Number) > 1) {
+        if (byteOrder_ == 0)
+            return value;
+        char bytes[sizeof value];
+        std::memcpy(bytes, &value, sizeof value);
+        for (size_t i = 0; i < sizeof value / 2; ++i)
+            std::swap(bytes[i], bytes[sizeof value - 1 - i]);
+        std::memcpy(&value, bytes, sizeof value);
+    }
+    return value;
+}
+
 template <typename Number>
 bool FBinaryStream::writeRaw(Number value) {
-    if constexpr (sizeof(Number) > 1) {
-        if (byteOrder_ != 0) {
-            char bytes[sizeof value];
-            const char* source = reinterpret_cast<const char*>(&value);
-            for (size_t i = 0; i < sizeof value; ++i)
-                bytes[i] = source[sizeof value - 1 - i];
-            return write(bytes, sizeof bytes) == sizeof bytes;
-        }
-    }
-    return write(&value, sizeof value) == sizeof value;
+    constexpr int64_t count = sizeof value;
+    value = ordered(value);
+    Memory* memory = memory_;
+    if (!memory || memory->position < 0 || memory->position > memory->writable - count)
+        return write(&value, count) == count;
+    std::memcpy(memory->bytes + memory->position, &value, sizeof value);
+    memory->position += count;
+    memory->size = std::max(memory->size, memory->position);
+    return true;
 }
 
 template <typename Number>
 bool FBinaryStream::readRaw(Number& value) {
-    char bytes[sizeof value];
-    if (read(bytes, sizeof bytes) != sizeof bytes) {
+    constexpr int64_t count = sizeof value;
+    Memory* memory = memory_;
+    if (memory && memory->position >= 0 && memory->position <= memory->size - count) {
+        std::memcpy(&value, memory->bytes + memory->position, sizeof value);
+        memory->position += count;
+    } else if (read(&value, count) != count) {
         value = 0;
         return false;
     }
-    char* target = reinterpret_cast<char*>(&value);
-    for (size_t i = 0; i < sizeof value; ++i)
-        target[i] = bytes[byteOrder_ != 0 ? sizeof value - 1 - i : i];
+    value = ordered(value);
     return true;
 }
 

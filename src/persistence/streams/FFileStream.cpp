@@ -8,7 +8,9 @@ namespace qorl {
 
 QORL_REGISTER(FFileStream, "FFileStream", FStream, 0)
 
-FFileStream::FFileStream(platform::File file, uint32_t mode) : file_(std::move(file)), mode_(mode) {}
+FFileStream::FFileStream(platform::File file, uint32_t mode, int32_t sectorSize)
+    : file_(std::move(file)), mode_(mode), sectorSize_(sectorSize) {}
+
 FFileStream::~FFileStream() {
     close();
 }
@@ -62,7 +64,10 @@ int64_t FFileStream::seek(int64_t offset, int32_t mode) {
     if (mode < fromStart || mode > fromEnd)
         return -1;
     const SeekOrigin origins[] = {SeekOrigin::start, SeekOrigin::current, SeekOrigin::end};
-    return file_.seek(offset, origins[mode]);
+    platform::FileError error;
+    const int64_t place = file_.seek(offset, origins[mode], &error);
+    remember(error);
+    return place;
 }
 
 int64_t FFileStream::tell() {
@@ -102,13 +107,15 @@ bool FFileStream::isAtEnd() {
     return tell() >= getLength();
 }
 
-void FFileStream::close() {
+void FFileStream::close() try {
     if (!file_.isOpen())
         return;
     remember(file_.close());
     auto* files = FNFileSystem::instance();
     if (files && url() && (mode_ & (writeAccess | shareWrite)))
         files->notify(FFileSystem::fileWritten, FNPath(url()->path()));
+} catch (const std::bad_alloc&) {
+    // The file is closed; only those who watch it don't hear of it.
 }
 
 } // namespace qorl

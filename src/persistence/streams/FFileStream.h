@@ -5,7 +5,9 @@
 
 namespace qorl {
 
-/// A file, opened by a file system. When it was written, its file system is told as it closes.
+/// A file, opened by a file system, which gives it its URL. It holds no bytes back: bulk work goes through
+/// an `FBufferedStream` or an `FBlockStreamReader`. When it was opened for writing, the file system is told
+/// as it closes. The first error of the system is kept until `clearError`.
 class FFileStream : public FStream, public ISizeableStream {
     QORL_CLASS(FFileStream, FStream)
     QORL_RECORD(FFileStream)
@@ -14,15 +16,16 @@ public:
     enum OpenFlag : uint32_t {
         readAccess = 1,
         writeAccess = 2,
-        shareRead = 4,
-        shareWrite = 8,
-        createPath = 16,
-        unbuffered = 32,
-        sequential = 64,
+        shareRead = 4,   ///< other openers may read
+        shareWrite = 8,  ///< other openers may write
+        createPath = 16, ///< with write: makes the missing folders and tries once more
+        unbuffered = 32, ///< asks for `sectorSize`, and for access past the caches
+        sequential = 64, ///< from front to end, once
     };
 
     FFileStream() = default;
-    FFileStream(platform::File file, uint32_t mode);
+    /// `sectorSize` in bytes, 0 when it was not asked for.
+    FFileStream(platform::File file, uint32_t mode, int32_t sectorSize = 0);
     FFileStream(const FFileStream&) = delete;
     ~FFileStream() override;
 
@@ -30,6 +33,7 @@ public:
     uint32_t addRef() override { return FStream::addRef(); }
     uint32_t release() override { return FStream::release(); }
 
+    /// -1 on failure, and when the progress monitor says so.
     int64_t read(void* buffer, int64_t count) override;
     int64_t write(const void* buffer, int64_t count) override;
     int64_t seek(int64_t offset, int32_t mode) override;
@@ -52,6 +56,8 @@ public:
     int32_t getLastError() const { return lastError_; }
     void clearError() { lastError_ = 0; }
     uint32_t mode() const { return mode_; }
+    /// What transfers past the caches begin and end at a multiple of; 0 unless the file was opened so.
+    int32_t sectorSize() const { return sectorSize_; }
 
 private:
     bool isCancelled(const void* buffer, int64_t count);
@@ -61,6 +67,7 @@ private:
     platform::File file_;
     uint32_t mode_ = 0;
     int32_t lastError_ = 0;
+    int32_t sectorSize_ = 0;
     StreamProgress* progress_ = nullptr;
 };
 

@@ -15,35 +15,60 @@ QORL_REGISTER_ID(FMemoryStream, IMemoryStream::iid)
 
 namespace {
 
-/// Beyond this a size is the fault of a damaged file, not a wish.
-constexpr int64_t maxSize = std::numeric_limits<int64_t>::max() / 4;
+constexpr int64_t least = std::numeric_limits<int64_t>::min();
+constexpr int64_t most = std::numeric_limits<int64_t>::max();
+/// Beyond this there is no memory anywhere.
+constexpr int64_t maxSize = most / 4;
+
+/// A block of another size with the bytes of the old one, which is gone then; null when there is no memory.
+char* regrown(char* bytes, int64_t oldSize, int64_t newSize) {
+    if (void* block = std::realloc(bytes, static_cast<size_t>(newSize)))
+        return static_cast<char*>(block);
+    auto* block = static_cast<char*>(std::malloc(static_cast<size_t>(newSize)));
+    if (block && bytes)
+        std::memcpy(block, bytes, static_cast<size_t>(oldSize));
+    if (block)
+        std::free(bytes);
+    return block;
+}
 
 } // namespace
 
 FMemoryStream::FMemoryStream(void* memory, int64_t size)
-    : buffer_(static_cast<char*>(memory)), capacity_(size), size_(size), ownsMemory_(false) {}
+    : FStream(memory_), memory_{.bytes = static_cast<char*>(memory), .size = size, .writable = size},
+      capacity_(size), ownsMemory_(false) {}
 
 FMemoryStream::FMemoryStream(std::string_view bytes)
     : FMemoryStream(const_cast<char*>(bytes.data()), static_cast<int64_t>(bytes.size())) {
-    readOnly_ = true;
+    memory_.writable = 0;
 }
 
-FMemoryStream::FMemoryStream(const FMemoryStream& other) : FStream(other) {
-    setByteOrder(other.byteOrder());
-    write(other.buffer_, other.size_);
-    position_ = other.position_;
+FMemoryStream::FMemoryStream(const FMemoryStream& other) : FStream(other, memory_) {
+    write(other.data(), other.size());
 }
 
 FMemoryStream::~FMemoryStream() {
     forget();
 }
 
-/// Frees the block if it is owned and stands for an empty one of our own.
+/// Frees the block if it is owned.
 void FMemoryStream::forget() {
     if (ownsMemory_)
-        std::free(buffer_);
-    buffer_ = nullptr;
-    capacity_ = size_ = position_ = 0;
+        std::free(memory_.bytes);
+    memory_ = {};
+    capacity_ = 0;
+}
+
+/// An empty stream that can grow.
+void FMemoryStream::forgetFailure() {
+    forget();
+    ownsMemory_ = true;
+    failed_ = false;
+}
+
+void FMemoryStream::fail() {
+    failed_ = true;
+    memory_.writable = 0;
 }
 
 Result FMemoryStream::queryInterface(const InterfaceId& id, void** out) {
@@ -58,68 +83,74 @@ Result FMemoryStream::queryInterface(const InterfaceId& id, void** out) {
 }
 
 int64_t FMemoryStream::read(void* buffer, int64_t count) {
-    if (position_ < 0)
+    if (memory_.position < 0)
         return 0;
-    const int64_t left = size_ - position_;
+    const int64_t left = memory_.size - memory_.position;
     if (left <= 0) {
-        position_ = size_;
+        memory_.position = memory_.size;
         return 0;
     }
     count = std::min(count, left);
     if (count < 1 || !buffer)
         return 0;
-    std::memcpy(buffer, buffer_ + position_, static_cast<size_t>(count));
-    position_ += count;
+    std::memcpy(buffer, memory_.bytes + memory_.position, static_cast<size_t>(count));
+    memory_.position += count;
     return count;
 }
 
 int64_t FMemoryStream::write(const void* buffer, int64_t count) {
-    if (failed_ || readOnly_ || position_ < 0 || !buffer || count < 1)
+    const int64_t position = memory_.position;
+    if (failed_ || position < 0 || !buffer || count < 1 || position > maxSize || count > maxSize)
         return 0;
-    if (position_ > maxSize || count > maxSize)
-        return 0;
-    const int64_t end = position_ + count;
-    if (end > capacity_)
-        resize(end);
-    if (failed_)
-        return 0;
-    size_ = std::max(size_, end);
-    std::memcpy(buffer_ + position_, buffer, static_cast<size_t>(count));
-    position_ = end;
+    const int64_t end = position + count;
+    if (end > memory_.writable) {
+        const bool isReadOnly = memory_.writable < capacity_;
+        const auto* from = static_cast<const char*>(buffer);
+        // A part of this block moves with it.
+        const bool isOwn = memory_.bytes && from >= memory_.bytes && from < memory_.bytes + capacity_;
+        const int64_t place = isOwn ? from - memory_.bytes : 0;
+        if (isReadOnly || !reserve(end))
+            return 0;
+        buffer = isOwn ? memory_.bytes + place : from;
+    }
+    std::memmove(memory_.bytes + position, buffer, static_cast<size_t>(count));
+    memory_.position = end;
+    memory_.size = std::max(memory_.size, end);
     return count;
 }
 
 int64_t FMemoryStream::seek(int64_t offset, int32_t mode) {
     if (mode == fromStart)
-        position_ = offset;
-    else if (mode == fromHere && __builtin_add_overflow(position_, offset, &position_))
-        position_ = offset < 0 ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
+        memory_.position = offset;
+    else if (mode == fromHere && __builtin_add_overflow(memory_.position, offset, &memory_.position))
+        memory_.position = offset < 0 ? least : most;
     else if (mode == fromEnd)
-        position_ = std::min(size_ + std::min<int64_t>(offset, 0), size_);
-    return position_;
+        memory_.position = memory_.size + std::min<int64_t>(offset, 0);
+    return memory_.position;
 }
 
 bool FMemoryStream::copyFrom(FStream& source, int64_t count) {
-    if (count < 1)
-        return true;
     auto* memory = cast<FMemoryStream>(&source);
     if (!memory || memory == this)
         return FStream::copyFrom(source, count);
-    const bool hasMore = memory->position_ >= 0 && memory->position_ < memory->size_;
-    const int64_t taken = hasMore ? std::min(memory->size_ - memory->position_, count) : 0;
-    const int64_t written = taken > 0 ? write(memory->buffer_ + memory->position_, taken) : 0;
-    memory->position_ += written;
+    if (count < 1)
+        return true;
+    Memory& other = memory->memory_;
+    const bool hasMore = other.position >= 0 && other.position < other.size;
+    const int64_t taken = hasMore ? std::min(other.size - other.position, count) : 0;
+    const int64_t written = taken > 0 ? write(other.bytes + other.position, taken) : 0;
+    other.position += written;
     return written == count;
 }
 
 bool FMemoryStream::writeTo(FStream& destination) {
-    if (position_ != 0)
+    if (memory_.position != 0)
         rewind();
-    return size_ == 0 || destination.write(buffer_, size_) == size_;
+    return memory_.size == 0 || destination.write(memory_.bytes, memory_.size) == memory_.size;
 }
 
 Result FMemoryStream::getStreamSize(int64_t& size) {
-    size = size_;
+    size = memory_.size;
     return Result::ok;
 }
 
@@ -129,61 +160,55 @@ Result FMemoryStream::setStreamSize(int64_t size) {
 }
 
 void FMemoryStream::resize(int64_t size) {
-    if (size < 1) {
+    if (size < 1)
         forget();
-        return;
-    }
-    if (size > maxSize) {
-        failed_ = true;
-        return;
-    }
-    const int64_t wanted = (std::max(size, capacity_) + growthStep - 1) / growthStep * growthStep;
-    if (wanted == capacity_ || size <= capacity_) {
-        size_ = size;
-        return;
-    }
-    if (!ownsMemory_) {
-        failed_ = true;
-        return;
-    }
-    auto* block = static_cast<char*>(std::realloc(buffer_, static_cast<size_t>(wanted)));
-    if (!block) {
-        forget();
-        failed_ = true;
-        return;
-    }
-    std::memset(block + capacity_, 0, static_cast<size_t>(wanted - capacity_));
-    buffer_ = block;
-    capacity_ = wanted;
-    size_ = size;
+    else if (reserve(size))
+        memory_.size = size;
 }
 
-bool FMemoryStream::storeAttributes(FAttributes* attributes) {
-    attributes->setBinary("Data", buffer_, size_, true);
+/// Room for `size` bytes; more of it holds zeros.
+bool FMemoryStream::reserve(int64_t size) {
+    if (size <= capacity_)
+        return true;
+    if (failed_ || !ownsMemory_) {
+        fail();
+        return false;
+    }
+    const int64_t wanted = (size + growthStep - 1) / growthStep * growthStep;
+    char* block = size > maxSize ? nullptr : regrown(memory_.bytes, capacity_, wanted);
+    if (!block) {
+        forget();
+        fail();
+        return false;
+    }
+    std::memset(block + capacity_, 0, static_cast<size_t>(wanted - capacity_));
+    memory_.bytes = block;
+    memory_.writable = capacity_ = wanted;
     return true;
+}
+
+bool FMemoryStream::storeAttributes(FAttributes* attributes) try {
+    attributes->setBinary("Data", memory_.bytes, memory_.size, true);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 bool FMemoryStream::restoreAttributes(FAttributes* attributes) {
     const int64_t size = attributes->getBinarySize("Data");
-    forget();
-    ownsMemory_ = true;
-    readOnly_ = failed_ = false;
-    if (size > 0) {
-        resize(size);
-        if (!failed_)
-            attributes->getBinaryData("Data", buffer_, size);
-    }
+    forgetFailure();
+    resize(size);
+    if (memory_.size > 0)
+        attributes->getBinaryData("Data", memory_.bytes, memory_.size);
     rewind();
     return !failed_;
 }
 
 bool FMemoryStream::loadBinary(FBinaryStream& source) {
     int32_t count = 0;
-    if (!source.readInt32(count))
+    if (!source.readInt32(count) || count < 0)
         return false;
-    forget();
-    ownsMemory_ = true;
-    readOnly_ = failed_ = false;
+    forgetFailure();
     // In pieces, so that a damaged count costs no more memory than the source has bytes.
     char piece[4096];
     while (count > 0) {
@@ -197,10 +222,10 @@ bool FMemoryStream::loadBinary(FBinaryStream& source) {
 }
 
 bool FMemoryStream::saveBinary(FBinaryStream& target) {
-    if (size_ > std::numeric_limits<int32_t>::max())
+    if (memory_.size > std::numeric_limits<int32_t>::max())
         return false;
-    return target.writeInt32(static_cast<int32_t>(size_)) &&
-           (size_ == 0 || target.write(buffer_, size_) == size_);
+    return target.writeInt32(static_cast<int32_t>(memory_.size)) &&
+           (memory_.size == 0 || target.write(memory_.bytes, memory_.size) == memory_.size);
 }
 
 } // namespace qorl

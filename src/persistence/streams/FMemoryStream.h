@@ -13,6 +13,10 @@ public:
 };
 
 /// A growable block of bytes.
+///
+/// Typed operations of `FBinaryStream` reach the block without a call, so a stream that does something else
+/// with its bytes derives from `FStream`. Once the block can't grow, `isValid` is false for good and writes
+/// give 0.
 class FMemoryStream : public FStream, public ISizeableStream {
     QORL_CLASS(FMemoryStream, FStream)
     QORL_CLONE(FMemoryStream)
@@ -21,12 +25,12 @@ class FMemoryStream : public FStream, public ISizeableStream {
 public:
     static constexpr int64_t growthStep = 4096;
 
-    FMemoryStream() = default;
+    FMemoryStream() : FStream(memory_) {}
     /// Reads and writes a foreign block in place; it must outlive the stream and can't grow.
     FMemoryStream(void* memory, int64_t size);
     /// Reads a foreign block. Writing fails.
     explicit FMemoryStream(std::string_view bytes);
-    /// Owns a copy of the bytes, at the same position.
+    /// Owns a copy of the bytes, and stands behind them, as if it had just written them.
     FMemoryStream(const FMemoryStream& other);
     FMemoryStream& operator=(const FMemoryStream&) = delete;
     ~FMemoryStream() override;
@@ -35,45 +39,50 @@ public:
     uint32_t addRef() override { return FStream::addRef(); }
     uint32_t release() override { return FStream::release(); }
 
-    int64_t read(void* buffer, int64_t count) override;
-    int64_t write(const void* buffer, int64_t count) override;
+    /// 0 when nothing is left, at the end of the bytes then.
+    int64_t read(void* buffer, int64_t count) final;
+    /// All of it or 0. Behind the end it raises the size; what it leaves out stays as the block held it.
+    int64_t write(const void* buffer, int64_t count) final;
     /// A place past the end is allowed, but for `fromEnd`, which is cut to the end.
-    int64_t seek(int64_t offset, int32_t mode) override;
-    int64_t tell() override { return position_; }
-    void rewind() override { position_ = 0; }
+    int64_t seek(int64_t offset, int32_t mode) final;
+    int64_t tell() final { return memory_.position; }
+    void rewind() override { memory_.position = 0; }
     bool isValid() const override { return !failed_; }
+    /// From another stream in memory in one piece.
     bool copyFrom(FStream& source, int64_t count) override;
     using FStream::writeTo;
     bool writeTo(FStream& destination) override;
     Result getStreamSize(int64_t& size) override;
+    /// As `resize`. `Result::failure` when the stream isn't valid.
     Result setStreamSize(int64_t size) override;
 
     /// Stores the bytes as the binary attribute "Data".
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 
-    /// The block grows in steps of 4096 bytes and never shrinks, but for a size below 1, which frees it.
+    /// The block grows in steps of 4096 bytes and never shrinks, but for a size below 1, which frees it. When
+    /// it can't grow, a foreign block stays as it is and one of our own is gone.
     void resize(int64_t size);
     /// Null for an empty stream.
-    char* data() const { return buffer_; }
-    int64_t size() const { return size_; }
+    char* data() const { return memory_.bytes; }
+    int64_t size() const { return memory_.size; }
     int64_t capacity() const { return capacity_; }
     bool ownsMemory() const { return ownsMemory_; }
-    std::string_view bytes() const { return {buffer_, static_cast<size_t>(size_)}; }
+    std::string_view bytes() const { return {memory_.bytes, static_cast<size_t>(memory_.size)}; }
 
-    /// A 32-bit length and then the bytes.
+    /// A 32-bit length and then the bytes. Stands at the start when loaded.
     bool loadBinary(FBinaryStream& source);
     bool saveBinary(FBinaryStream& target);
 
 private:
     void forget();
+    void forgetFailure();
+    void fail();
+    bool reserve(int64_t size);
 
-    char* buffer_ = nullptr;
+    Memory memory_;
     int64_t capacity_ = 0;
-    int64_t size_ = 0;
-    int64_t position_ = 0;
     bool ownsMemory_ = true;
-    bool readOnly_ = false;
     bool failed_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "persistence/streams/FStream.h"
 
+#include "foundation/containers/CmBuffer.h"
 #include "persistence/urls/FUrl.h"
 
 #include <algorithm>
@@ -12,20 +13,16 @@ QORL_REGISTER_ABSTRACT(FStream, "FStream", CmObject, 0)
 namespace {
 
 constexpr int64_t stackPiece = 1024;
-constexpr size_t longestLine = size_t{64} << 20;
+constexpr int32_t longestLine = 64 << 20;
 
-/// Moves `count` bytes, or all there are for a negative `count`. True when none was missing.
+/// Moves `count` bytes. True when none was missing.
 bool transfer(FStream& from, FStream& to, int64_t count) {
     char piece[stackPiece];
-    for (int64_t left = count; left != 0;) {
-        const int64_t wanted = left < 0 ? stackPiece : std::min(left, stackPiece);
-        const int64_t got = from.read(piece, wanted);
-        if (got < 0 || (got > 0 && to.write(piece, got) != got))
+    while (count > 0) {
+        const int64_t got = from.read(piece, std::min(count, stackPiece));
+        if (got < 1 || to.write(piece, got) != got)
             return false;
-        if (got < wanted)
-            return count < 0;
-        if (left > 0)
-            left -= got;
+        count -= got;
     }
     return true;
 }
@@ -41,6 +38,9 @@ bool isBlank(char c) {
 
 FStream::FStream() = default;
 FStream::FStream(const FStream& other) = default;
+FStream::FStream(Memory& memory) : FBinaryStream(memory) {}
+FStream::FStream(const FStream& other, Memory& memory)
+    : CmObject(other), FBinaryStream(other, memory), StreamFace(other), url_(other.url_) {}
 FStream::~FStream() = default;
 
 void FStream::flush() {}
@@ -48,7 +48,7 @@ bool FStream::isValid() const {
     return true;
 }
 bool FStream::copyFrom(FStream& source, int64_t count) {
-    return count < 1 || transfer(source, *this, count);
+    return transfer(source, *this, count);
 }
 bool FStream::writeTo(FStream& destination) {
     return destination.copyAll(*this);
@@ -62,14 +62,26 @@ void FStream::setUrl(FUrl* url) {
     url_ = retain(url);
 }
 
+void FStream::takeOver(const FStream& wrapped) {
+    url_ = wrapped.url_;
+    setByteOrder(wrapped.byteOrder());
+}
+
 bool FStream::copyTo(FStream& destination, int64_t count) {
-    return count < 1 || transfer(*this, destination, count);
+    return transfer(*this, destination, count);
 }
 
 bool FStream::copyAll(FStream& source) {
     if (source.tell() != 0)
         source.rewind();
-    return transfer(source, *this, -1);
+    char piece[stackPiece];
+    int64_t got = stackPiece;
+    while (got == stackPiece) {
+        got = source.read(piece, stackPiece);
+        if (got < 0 || (got > 0 && write(piece, got) != got))
+            return false;
+    }
+    return true;
 }
 
 bool FStream::contentEquals(FStream& other) {
@@ -91,34 +103,40 @@ bool FStream::contentEquals(FStream& other) {
 }
 
 bool FStream::writeWideText(const char16_t* text, bool withTerminator) {
-    const ConstString wide(text);
-    const bool isWritten = writeArray(wide.text16(), wide.size());
-    return isWritten && (!withTerminator || writeUInt16(0));
+    const std::u16string_view units(text ? text : u"");
+    const auto count = static_cast<int64_t>((units.size() + (withTerminator ? 1 : 0)) * sizeof(char16_t));
+    return count == 0 || write(units.data(), count) == count;
 }
 
-bool FStream::readTextLine(std::string& line, int32_t trimMode) {
+bool FStream::readTextLine(CmBuffer& line, int32_t trimMode) {
     line.clear();
     char byte = 0;
-    if (read(&byte, 1) != 1)
+    if (!readByte(byte))
         return false;
     bool isMore = true;
-    while (isMore && !isLineEnd(byte)) {
-        if (line.size() == longestLine) {
+    for (; isMore && !isLineEnd(byte); isMore = readByte(byte)) {
+        if (line.used() == longestLine || !line.appendByte(byte)) {
             line.clear();
             return false;
         }
-        line += byte;
-        isMore = read(&byte, 1) == 1;
     }
     while (isMore && isLineEnd(byte))
-        isMore = read(&byte, 1) == 1;
+        isMore = readByte(byte);
     if (isMore)
         seek(-1, fromHere);
-    if (trimMode == dropBlanks) {
-        line.erase(line.begin(), std::find_if_not(line.begin(), line.end(), isBlank));
-        line.erase(std::find_if_not(line.rbegin(), line.rend(), isBlank).base(), line.end());
+    std::string_view kept = line.bytes();
+    while (trimMode == dropBlanks && !kept.empty() && isBlank(kept.front()))
+        kept.remove_prefix(1);
+    while (trimMode == dropBlanks && !kept.empty() && isBlank(kept.back()))
+        kept.remove_suffix(1);
+    if (!kept.empty())
+        std::memmove(line.data(), kept.data(), kept.size());
+    line.setUsedSize(static_cast<int32_t>(kept.size()));
+    if (!line.appendByte('\0')) {
+        line.clear();
+        return false;
     }
-    return true;
+    return line.setUsedSize(line.used() - 1);
 }
 
 FStream& StreamFace::self() {

@@ -8,6 +8,7 @@
 
 namespace qorl {
 
+class CmBuffer;
 class FUrl;
 class StreamProgress;
 
@@ -35,15 +36,17 @@ public:
     FStream(const FStream& other);
     ~FStream() override;
 
+    /// Goes to the start.
     virtual void rewind() = 0;
     /// Hands buffered data on.
     virtual void flush();
     /// False once the stream has failed in a way that can't be cured.
     virtual bool isValid() const;
-    /// Writes `count` bytes taken from `source`. True when all of them went.
+    /// Writes `count` bytes taken from `source`, in pieces of 1024. True when all of them went.
     virtual bool copyFrom(FStream& source, int64_t count);
-    /// Writes all of this stream, from start to end, to `destination`.
+    /// Writes all of this stream, from its start to its end, to `destination`. False when not all of it went.
     virtual bool writeTo(FStream& destination);
+    /// Long operations report to `monitor` from now on; null ends that. Only files and buffered streams do.
     virtual void setProgress(StreamProgress* monitor);
 
     /// Where the data comes from; null for a stream in memory.
@@ -51,18 +54,27 @@ public:
     void setUrl(FUrl* url);
 
     bool copyTo(FStream& destination, int64_t count);
-    /// Appends all of `source`, which is rewound first, at this stream's position.
+    /// Writes all of `source`, which is rewound first, at this stream's position.
     bool copyAll(FStream& source);
     /// Rewinds both and compares their bytes.
     bool contentEquals(FStream& other);
     /// The raw UTF-16 units, with `withTerminator` a 2-byte zero more.
     bool writeWideText(const char16_t* text, bool withTerminator);
     enum LineTrim : int32_t { keepBlanks = 0, dropBlanks = 1 };
-    /// Reads one line into `line`, and all line ends behind it. False at the end of the stream, and for
-    /// a line of more than 64 MB, which is no text.
-    bool readTextLine(std::string& line, int32_t trimMode = keepBlanks);
+    /// Reads one line into `line`, with a zero byte behind it that doesn't count, and all line ends behind
+    /// it. With `dropBlanks`, blanks and tabs at both ends of it are dropped. False at the end of the stream,
+    /// and, with `line` empty, for one of more than 64 MB, which is no text, and when memory ran out.
+    bool readTextLine(CmBuffer& line, int32_t trimMode = keepBlanks);
 
     using CmObject::writeTo;
+
+protected:
+    /// As those of `FBinaryStream`.
+    explicit FStream(Memory& memory);
+    FStream(const FStream& other, Memory& memory);
+    /// What a wrapper takes over from the stream that it wraps: where the data comes from, and its byte
+    /// order.
+    void takeOver(const FStream& wrapped);
 
 private:
     Ref<FUrl> url_;

@@ -112,9 +112,12 @@ int64_t File::write(const void* buffer, int64_t count, FileError* error) {
     return done;
 }
 
-int64_t File::seek(int64_t offset, SeekOrigin origin) {
+int64_t File::seek(int64_t offset, SeekOrigin origin, FileError* error) {
     static constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    return lseek(descriptor_, offset, origins[static_cast<int>(origin)]);
+    const int64_t place = lseek(descriptor_, offset, origins[static_cast<int>(origin)]);
+    if (place < 0 && error)
+        *error = lastFileError();
+    return place;
 }
 
 int64_t File::getSize() const {

@@ -1,9 +1,8 @@
 #include "persistence/streams/FMemoryStream.h"
 
-#include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
+#include "support/FailingAllocation.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
@@ -69,6 +68,7 @@ TEST(FMemoryStream, FailsForGoodWhenForeignMemoryIsFull) {
     auto& owned = static_cast<FMemoryStream&>(*copy);
     EXPECT_TRUE(owned.ownsMemory());
     EXPECT_EQ(bytesOf(owned), "const");
+    EXPECT_EQ(owned.tell(), 5) << "behind the bytes that it wrote into itself";
     FMemoryStream literal(std::string_view("const"));
     EXPECT_EQ(literal.write("x", 1), 0);
 }
@@ -99,6 +99,15 @@ TEST(FMemoryStream, LoadsOnlyWhatIsThere) {
     FMemoryStream loaded;
     EXPECT_FALSE(loaded.loadBinary(damaged));
     EXPECT_LE(loaded.capacity(), 8192);
+    FMemoryStream negative;
+    negative.writeInt32(-1);
+    negative.rewind();
+    EXPECT_FALSE(loaded.loadBinary(negative));
+    FMemoryStream empty;
+    empty.writeInt32(0);
+    empty.rewind();
+    EXPECT_TRUE(loaded.loadBinary(empty));
+    EXPECT_EQ(loaded.size(), 0);
 
     FMemoryStream stored;
     FMemoryStream source;
@@ -145,44 +154,6 @@ TEST(FMemoryStream, HasThreeFaces) {
     stream->release();
 }
 
-TEST(FBinaryStream, SwapsNumbersByItsByteOrder) {
-    FMemoryStream stream;
-    stream.writeInt32(0x01020304);
-    stream.setByteOrder(1);
-    stream.writeInt32(0x01020304);
-    stream.writeInt16(0x0506);
-    stream.writeInt8(7);
-    EXPECT_EQ(bytesOf(stream), std::string("\x04\x03\x02\x01\x01\x02\x03\x04\x05\x06\x07", 11));
-    stream.writeDouble(1.0);
-    EXPECT_EQ(bytesOf(stream).substr(11), std::string("\x3F\xF0\0\0\0\0\0\0", 8));
-    stream.seek(4, FStream::fromStart);
-    int32_t number = 0;
-    EXPECT_TRUE(stream.readInt32(number));
-    EXPECT_EQ(number, 0x01020304);
-    stream.seek(11, FStream::fromStart);
-    double real = 0;
-    EXPECT_TRUE(stream.readDouble(real));
-    EXPECT_EQ(real, 1.0);
-    number = 9;
-    stream.seek(-2, FStream::fromEnd);
-    EXPECT_FALSE(stream.readInt32(number));
-    EXPECT_EQ(number, 0);
-
-    FMemoryStream array;
-    const uint16_t values[] = {1, 2, 3};
-    EXPECT_TRUE(array.writeArray(values, 3));
-    EXPECT_TRUE(array.writeArray(values, -1));
-    array.rewind();
-    uint16_t read[4] = {9, 9, 9, 9};
-    EXPECT_FALSE(array.readArray(read, 4));
-    EXPECT_EQ(read[2], 3);
-    EXPECT_EQ(read[3], 0);
-    array.rewind();
-    bool flag = false;
-    EXPECT_TRUE(array.readBool(flag));
-    EXPECT_TRUE(flag);
-}
-
 TEST(FMemoryStream, NeverReadsBeforeItsBlock) {
     constexpr int64_t least = std::numeric_limits<int64_t>::min();
     constexpr int64_t most = std::numeric_limits<int64_t>::max();
@@ -203,72 +174,85 @@ TEST(FMemoryStream, NeverReadsBeforeItsBlock) {
     EXPECT_EQ(far.seek(-5, FStream::fromHere), least);
 }
 
-TEST(FBinaryStream, ReadsLinesWithoutTheirEnds) {
-    FMemoryStream stream(std::string_view("one\r\ntwo\nthree\0four", 19));
-    char line[16];
-    EXPECT_EQ(stream.readLine(line, sizeof line), 3);
-    EXPECT_STREQ(line, "one");
-    EXPECT_EQ(stream.readLine(line, sizeof line), 4);
-    EXPECT_STREQ(line, "two\n");
-    EXPECT_EQ(stream.readLine(line, 4), 3);
-    EXPECT_STREQ(line, "thr");
-    EXPECT_EQ(stream.readLine(line, sizeof line), 2);
-    EXPECT_EQ(stream.readLine(line, sizeof line), 4);
-    EXPECT_EQ(stream.readLine(line, sizeof line), 0);
-
-    FMemoryStream text(std::string_view("  first \r\n\r\n\tsecond"));
-    std::string read;
-    EXPECT_TRUE(text.readTextLine(read));
-    EXPECT_EQ(read, "  first ");
-    EXPECT_TRUE(text.readTextLine(read, FStream::dropBlanks));
-    EXPECT_EQ(read, "second");
-    EXPECT_FALSE(text.readTextLine(read));
+TEST(FMemoryStream, GrowsUnderTypedFieldsAsUnderBytes) {
+    FMemoryStream stream;
+    stream.seek(4093, FStream::fromStart);
+    EXPECT_TRUE(stream.writeInt8(1)) << "from outside of the block";
+    EXPECT_EQ(stream.capacity(), 4096);
+    EXPECT_EQ(stream.size(), 4094);
+    EXPECT_TRUE(stream.writeInt32(0x05040302)) << "over the end of the block";
+    EXPECT_EQ(stream.capacity(), 8192);
+    EXPECT_EQ(stream.bytes().substr(4092), std::string("\0\1\2\3\4\5", 6)) << "new room holds zeros";
+    EXPECT_TRUE(stream.writeInt16(6));
+    EXPECT_EQ(stream.size(), 4100);
+    EXPECT_EQ(stream.tell(), 4100);
+    stream.seek(-1, FStream::fromHere);
+    int16_t cut = 9;
+    EXPECT_FALSE(stream.readInt16(cut)) << "one byte of two";
+    EXPECT_EQ(cut, 0);
+    stream.seek(-1, FStream::fromStart);
+    EXPECT_FALSE(stream.readInt16(cut)) << "before the block";
+    EXPECT_FALSE(stream.writeInt16(cut));
+    EXPECT_EQ(stream.size(), 4100);
 }
 
-TEST(FBinaryStream, StoresTexts) {
-    FMemoryStream stream;
-    EXPECT_TRUE(stream.writeCountedChars("ab"));
-    EXPECT_TRUE(stream.writeCountedChars(nullptr));
-    EXPECT_EQ(bytesOf(stream), std::string("\x03\0\0\0ab\0\0\0\0\0", 11));
+TEST(FMemoryStream, IsNotWrittenPastForeignMemoryByTypedFields) {
+    char memory[6] = "abcde";
+    FMemoryStream stream(memory, 5);
+    EXPECT_TRUE(stream.writeInt32(0x7A7A7A7A));
+    EXPECT_FALSE(stream.writeInt16(1));
+    EXPECT_STREQ(memory, "zzzze");
+    EXPECT_FALSE(stream.isValid());
     stream.rewind();
-    char* text = stream.readCountedChars();
-    EXPECT_STREQ(text, "ab");
-    std::free(text);
-    EXPECT_EQ(stream.readCountedChars(), nullptr);
+    EXPECT_FALSE(stream.writeInt8(1)) << "it failed for good";
+    int32_t number = 0;
+    EXPECT_TRUE(stream.readInt32(number)) << "its bytes are still there";
+    FMemoryStream literal(std::string_view("const"));
+    EXPECT_FALSE(literal.writeInt8(1));
+    EXPECT_TRUE(literal.isValid());
+}
 
-    FMemoryStream large;
-    large.writeInt32(0x40001);
-    large.writeInt32(0x40000);
-    large.pad(0x40000);
-    large.rewind();
-    EXPECT_EQ(large.readCountedChars(), nullptr);
-    EXPECT_EQ(large.tell(), 4);
-    text = large.readCountedChars();
-    EXPECT_NE(text, nullptr);
-    std::free(text);
-    EXPECT_EQ(large.tell(), 8 + 0x40000);
+TEST(FMemoryStream, FailsForGoodWhenThereIsNoMemory) {
+    FMemoryStream stream;
+    stream.write("abc", 3);
+    EXPECT_EQ(stream.setStreamSize(int64_t{1} << 62), Result::failure);
+    EXPECT_FALSE(stream.isValid());
+    EXPECT_EQ(stream.size(), 0);
+    EXPECT_EQ(stream.data(), nullptr);
+    EXPECT_EQ(stream.setStreamSize(10), Result::failure);
+    EXPECT_EQ(stream.write("x", 1), 0);
+    FAttributes attributes;
+    attributes.setBinary("Data", "again", 5, true);
+    EXPECT_TRUE(stream.restoreAttributes(&attributes));
+    EXPECT_EQ(bytesOf(stream), "again");
+}
 
-    FMemoryStream utf8;
-    EXPECT_TRUE(utf8.writeTextUtf8(u"ab"));
-    EXPECT_TRUE(utf8.writeTextUtf8(u"\u00E4"));
-    EXPECT_EQ(bytesOf(utf8), std::string("ab\0\xEF\xBB\xBF\xC3\xA4\0", 9));
-    utf8.rewind();
-    char16_t wide[3];
-    EXPECT_EQ(utf8.readTextUtf8(wide, 2), 1);
-    EXPECT_EQ(std::u16string(wide), u"a");
-    EXPECT_EQ(utf8.readTextUtf8(wide, 3), 1);
-    EXPECT_EQ(std::u16string(wide), u"\u00E4");
+TEST(FMemoryStream, StoresAndRestoresWithEachAllocationFailing) {
+    FMemoryStream source;
+    source.write("bytes", 5);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FAttributes attributes;
+        const bool isStored = allocation.during([&] { return source.storeAttributes(&attributes); });
+        EXPECT_TRUE(isStored || allocation.hasFailed());
+        EXPECT_EQ(attributes.getBinarySize("Data") == 5, isStored);
+    });
+    FAttributes attributes;
+    source.storeAttributes(&attributes);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FMemoryStream restored;
+        const bool isRestored = allocation.during([&] { return restored.restoreAttributes(&attributes); });
+        EXPECT_TRUE(isRestored) << "where a block can't be made larger, another one can be had";
+        EXPECT_EQ(restored.bytes(), "bytes");
+    });
+}
 
-    // A character that does not fit is cut off, wherever the bytes of it end.
-    FMemoryStream longText;
-    const std::u16string euros(1000, u'\u20AC');
-    EXPECT_TRUE(longText.writeTextUtf8(euros.c_str()));
-    EXPECT_TRUE(longText.writeTextUtf8(u"next"));
-    longText.rewind();
-    char16_t few[11];
-    EXPECT_EQ(longText.readTextUtf8(few, 11), 10);
-    EXPECT_EQ(std::u16string(few), euros.substr(0, 10));
-    EXPECT_EQ(longText.readTextUtf8(few, 11), 4) << "the rest of the text is behind it";
+TEST(FMemoryStream, TakesItsOwnBytesWhileItGrows) {
+    FMemoryStream stream;
+    stream.write(std::string(4000, 'x').data(), 4000);
+    stream.write("tail", 4);
+    EXPECT_EQ(stream.write(stream.data() + 3996, 8), 8);
+    EXPECT_EQ(stream.write(stream.data(), 4000), 4000) << "the block moves";
+    EXPECT_EQ(stream.bytes().substr(3998, 16), "xxtailxxxxtailxx");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "foundation/text/StringObject.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "support/ShakyStream.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -50,15 +51,6 @@ std::string describe(const FXmlParser2& parser) {
            parser.errorMessage();
 }
 
-/// A stream that gives one byte at a time, as a slow source would.
-class Trickle : public FMemoryStream {
-public:
-    using FMemoryStream::FMemoryStream;
-    int64_t read(void* buffer, int64_t count) override {
-        return FMemoryStream::read(buffer, std::min<int64_t>(count, 1));
-    }
-};
-
 TEST(FXmlParser2, TellsWhatItFindsAndWhere) {
     const std::string document = "<?xml version='1.0'?>\n<skin a='1' b=\"x&amp;y\">\n  t\xC3\xA4xt<row/>\n"
                                  "\xC3\xA4\xC3\xA4<col/><!--note--></skin>\n";
@@ -74,7 +66,9 @@ TEST(FXmlParser2, TellsWhatItFindsAndWhere) {
 
     FXmlParser2 pieces;
     Recorder inPieces(pieces);
-    EXPECT_TRUE(pieces.parse(make<Trickle>(std::string_view(document)).get()));
+    const auto slow = make<ShakyStream>(document);
+    slow->atOnce = 1;
+    EXPECT_TRUE(pieces.parse(slow.get()));
     EXPECT_EQ(inPieces.events, expected);
     EXPECT_EQ(inPieces.places, places);
 }
@@ -104,7 +98,9 @@ TEST(FXmlParser2, SaysWhatIsWrongAndWhere) {
         EXPECT_FALSE(whole.parse(std::string_view(c.document)));
         EXPECT_EQ(describe(whole), c.expected);
         FXmlParser2 pieces;
-        EXPECT_FALSE(pieces.parse(make<Trickle>(std::string_view(c.document)).get()));
+        const auto slow = make<ShakyStream>(c.document);
+        slow->atOnce = 1;
+        EXPECT_FALSE(pieces.parse(slow.get()));
         EXPECT_EQ(describe(pieces), c.expected);
         EXPECT_FALSE(pieces.parse(std::string_view("<a/>"))) << "a failed parser must be reset first";
         EXPECT_TRUE(pieces.reset(nullptr));
