@@ -11,6 +11,7 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
@@ -21,7 +22,51 @@ namespace {
 
 constexpr int64_t longestStart = 60'000; // milliseconds, for a busy machine
 
-pid_t launch(std::vector<const char*> arguments, const std::string& display) {
+/// The two ends of a pipe; what a child writes into one is read from the other.
+class Pipe {
+public:
+    Pipe() {
+        if (pipe2(ends_, O_CLOEXEC) != 0)
+            ends_[0] = ends_[1] = -1;
+    }
+    ~Pipe() {
+        close(ends_[0]);
+        closeInput();
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    int input() const { return ends_[1]; }
+    /// From here on the end of the children that have the input is the end of what can be read.
+    void closeInput() { close(std::exchange(ends_[1], -1)); }
+
+    /// The next line, as soon as it is there; empty if it never comes.
+    std::string readLine() {
+        const int64_t end = platform::getMonotonicMilliseconds() + longestStart;
+        size_t length = 0;
+        while ((length = text_.find('\n')) == std::string::npos) {
+            pollfd wait = {ends_[0], POLLIN, 0};
+            const int64_t left = end - platform::getMonotonicMilliseconds();
+            char buffer[16];
+            if (left <= 0 || ::poll(&wait, 1, static_cast<int>(left)) <= 0)
+                return {};
+            const ssize_t got = read(ends_[0], buffer, sizeof buffer);
+            if (got <= 0)
+                return {};
+            text_.append(buffer, static_cast<size_t>(got));
+        }
+        const std::string line = text_.substr(0, length);
+        text_.erase(0, length + 1);
+        return line;
+    }
+
+private:
+    int ends_[2];
+    std::string text_;
+};
+
+/// `output` is what the program writes to as its standard output, and knows as `kept` if that isn't -1.
+pid_t launch(std::vector<const char*> arguments, const std::string& display, int output, int kept = -1) {
     arguments.push_back(nullptr);
     const pid_t pid = fork();
     if (pid != 0)
@@ -30,8 +75,10 @@ pid_t launch(std::vector<const char*> arguments, const std::string& display) {
     if (!display.empty())
         setenv("DISPLAY", display.c_str(), 1);
     const int quiet = open("/dev/null", O_RDWR);
-    dup2(quiet, STDOUT_FILENO);
+    dup2(output < 0 ? quiet : output, STDOUT_FILENO);
     dup2(quiet, STDERR_FILENO);
+    if (kept >= 0)
+        fcntl(kept, F_SETFD, 0);
     execvp(arguments[0], const_cast<char* const*>(arguments.data()));
     _exit(127);
 }
@@ -44,57 +91,11 @@ void finish(pid_t& pid, int signal) {
     pid = -1;
 }
 
-/// The number that the server writes as soon as it takes connections; empty if it never comes.
-std::string readDisplayNumber(int descriptor) {
-    std::string text;
-    const int64_t end = platform::getMonotonicMilliseconds() + longestStart;
-    while (text.find('\n') == std::string::npos) {
-        pollfd wait = {descriptor, POLLIN, 0};
-        const int64_t left = end - platform::getMonotonicMilliseconds();
-        char buffer[16];
-        if (left <= 0 || ::poll(&wait, 1, static_cast<int>(left)) <= 0)
-            return {};
-        const ssize_t got = read(descriptor, buffer, sizeof buffer);
-        if (got <= 0)
-            return {};
-        text.append(buffer, static_cast<size_t>(got));
-    }
-    return text.substr(0, text.find('\n'));
-}
-
-/// Shows a window and waits half a second for a window manager to mark it as its own.
-bool isOfferTaken(XUser& user) {
-    xcb_connection_t* connection = user.getConnection();
-    const xcb_window_t window = xcb_generate_id(connection);
-    const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, user.getRoot(), 0, 0, 10, 10, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
-    xcb_map_window(connection, window);
-    xcb_flush(connection);
-    const int64_t end = platform::getMonotonicMilliseconds() + 500;
-    bool isTaken = false;
-    while (!isTaken && platform::getMonotonicMilliseconds() < end) {
-        pollfd wait = {xcb_get_file_descriptor(connection), POLLIN, 0};
-        ::poll(&wait, 1, 50);
-        while (xcb_generic_event_t* event = xcb_poll_for_event(connection))
-            std::free(event);
-        isTaken = !user.getProperty(window, "WM_STATE").empty();
-    }
-    xcb_destroy_window(connection, window);
-    xcb_flush(connection);
-    return isTaken;
-}
-
 } // namespace
 
 XServer::XServer(Manager manager, SharedMemory memory, int depth) {
-    int ends[2];
-    if (pipe(ends) != 0) {
-        error_ = "no pipe";
-        return;
-    }
-    fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-    const std::string descriptor = std::to_string(ends[1]);
+    Pipe started;
+    const std::string descriptor = std::to_string(started.input());
     const std::string screen = "1024x768x" + std::to_string(depth);
     std::vector<const char*> arguments = {"Xvfb",     "-displayfd", descriptor.c_str(),
                                           "-screen",  "0",          screen.c_str(),
@@ -102,10 +103,10 @@ XServer::XServer(Manager manager, SharedMemory memory, int depth) {
                                           "-dpi",     "96"};
     if (memory == SharedMemory::absent)
         arguments.insert(arguments.end(), {"-extension", "MIT-SHM"});
-    server_ = launch(arguments, "");
-    close(ends[1]);
-    const std::string number = readDisplayNumber(ends[0]);
-    close(ends[0]);
+    server_ = launch(arguments, "", -1, started.input());
+    started.closeInput();
+    // The server writes its number as soon as it takes connections.
+    const std::string number = started.readLine();
     if (number.empty()) {
         error_ = "Xvfb did not start";
         return;
@@ -125,18 +126,29 @@ void XServer::kill() {
     finish(server_, SIGKILL);
 }
 
-/// Openbox says that it is there some time before it hears of new windows, and those in between it never
-/// manages. So windows are offered until one is taken.
+/// Openbox says on the root window that it is there some time before it hears of new windows, and those in
+/// between it never manages. Its start-up command it runs when it does.
 void XServer::startManager() {
-    XUser user(display_);
-    manager_ = launch({"openbox", "--sm-disable", "--config-file", "/etc/xdg/openbox/rc.xml"}, display_);
-    const int64_t end = platform::getMonotonicMilliseconds() + longestStart;
-    while (!isOfferTaken(user)) {
-        if (platform::getMonotonicMilliseconds() > end || waitpid(manager_, nullptr, WNOHANG) != 0) {
-            error_ = "openbox did not start";
-            return;
-        }
-    }
+    Pipe started;
+    manager_ = launch(
+        {"openbox", "--sm-disable", "--config-file", "/etc/xdg/openbox/rc.xml", "--startup", "echo ready"},
+        display_, started.input());
+    started.closeInput();
+    // In front of it stands what it has to say of its menus.
+    std::string line = started.readLine();
+    while (!line.empty() && line != "ready")
+        line = started.readLine();
+    if (line.empty())
+        error_ = "openbox did not start";
+}
+
+std::string XServer::tellEnd() {
+    int status = 0;
+    if (server_ <= 0 || waitpid(server_, &status, WNOHANG) != server_)
+        return {};
+    server_ = -1;
+    return WIFSIGNALED(status) ? "Xvfb ended by signal " + std::to_string(WTERMSIG(status))
+                               : "Xvfb ended with status " + std::to_string(WEXITSTATUS(status));
 }
 
 XUser::XUser(const std::string& display) : connection_(xcb_connect(display.c_str(), nullptr)) {

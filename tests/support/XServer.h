@@ -31,6 +31,8 @@ public:
 
     /// Ends the server as a crash would.
     void kill();
+    /// How the server ended if it did so by itself; empty while it runs and when it was killed.
+    std::string tellEnd();
 
 private:
     void startManager();

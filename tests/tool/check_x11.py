@@ -9,7 +9,9 @@ pixel, what the driven window shows, and the control that the step is for must h
 """
 import os
 import re
+import select
 import shutil
+import socket
 import struct
 import subprocess
 import sys
@@ -117,16 +119,66 @@ def unfilter(kind, row, above, step):
     return row
 
 
-def wait_for(condition, what):
-    """The first true answer of `condition`. `what`, a text or what makes one, tells what never came."""
+def wait_for(condition, watched, what):
+    """The first true answer of `condition`, which is asked again whenever one of `watched` has something to read.
+    `what`, a text or what makes one, tells what never came."""
     end = time.monotonic() + PATIENCE
     while True:
         answer = condition()
         if answer:
             return answer
-        if time.monotonic() > end:
+        if not select.select(watched, [], [], max(0, end - time.monotonic()))[0]:
             raise AssertionError(what() if callable(what) else what)
-        time.sleep(0.01)
+
+
+class Changes:
+    """Tells that something was drawn on the screen or that another window is the active one: a connection to the X
+    server that asks for nothing else (core protocol, and DAMAGE 1.1)."""
+
+    ROOT_PROPERTY_CHANGES = 1 << 22
+
+    def __init__(self, display):
+        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.connect(f"\0/tmp/.X11-unix/X{display}")
+        self.socket.sendall(struct.pack("<BxHHHHxx", ord("l"), 11, 0, 0, 0))
+        status, words = struct.unpack("<B5xH", self.read(8))
+        setup = self.read(words * 4)
+        if status != 1:
+            raise AssertionError("the X server refuses a connection")
+        first_id, = struct.unpack_from("<I", setup, 4)
+        vendor, formats = struct.unpack_from("<H", setup, 16)[0], setup[21]
+        root, = struct.unpack_from("<I", setup, 32 + (vendor + 3) // 4 * 4 + formats * 8)
+        damage = self.ask(struct.pack("<BxHHxx8s", 98, 4, 6, b"DAMAGE"))
+        present, self.opcode, self.first_event, _ = struct.unpack_from("<4B", damage, 8)
+        if not present:
+            raise AssertionError("the X server has no extension DAMAGE")
+        self.ask(struct.pack("<BBHII", self.opcode, 0, 3, 1, 1))
+        self.damage = first_id
+        non_empty = 3
+        self.socket.sendall(struct.pack("<BBHIIBxxx", self.opcode, 1, 4, self.damage, root, non_empty))
+        self.socket.sendall(struct.pack("<BxHIII", 2, 4, root, 1 << 11, self.ROOT_PROPERTY_CHANGES))
+
+    def read(self, count):
+        data = b""
+        while len(data) < count:
+            part = self.socket.recv(count - len(data))
+            if not part:
+                raise AssertionError("the X server has ended")
+            data += part
+        return data
+
+    def ask(self, request):
+        self.socket.sendall(request)
+        return self.read(32)
+
+    def fileno(self):
+        return self.socket.fileno()
+
+    def forget(self):
+        """What happened until now is known. Whoever looks at the screen forgets first, so that nothing is missed."""
+        while select.select([self], [], [], 0)[0]:
+            self.read(32)
+        self.socket.sendall(struct.pack("<BBHIII", self.opcode, 3, 4, self.damage, 0, 0))
 
 
 class Screen:
@@ -144,20 +196,22 @@ class Screen:
         self.launch("Xvfb", "-displayfd", str(write_end), "-screen", "0", f"{SCREEN[0]}x{SCREEN[1]}x24", "-dpi", "96",
                     "-fbdir", str(folder), "-nocursor", "-noreset", "-nolisten", "tcp", pass_fds=[write_end])
         os.close(write_end)
-        with os.fdopen(read_end) as number:
-            self.environment["DISPLAY"] = ":" + number.readline().strip()
-        if self.environment["DISPLAY"] == ":":
+        with os.fdopen(read_end) as line:
+            number = line.readline().strip()
+        if not number:
             raise AssertionError("Xvfb did not start")
+        self.environment["DISPLAY"] = ":" + number
+        self.changes = Changes(number)
         # Windows that open while it still starts are never managed.
-        ready = folder / "openbox-is-ready"
         manager = self.launch("openbox", "--sm-disable", "--config-file", "/etc/xdg/openbox/rc.xml",
-                              "--startup", f"touch '{ready}'")
-        wait_for(lambda: ready.exists() or manager.poll() is not None, "openbox did not start")
+                              "--startup", "echo ready", stdout=subprocess.PIPE)
+        if b"ready\n" not in iter(manager.stdout.readline, b""):
+            raise AssertionError("openbox did not start")
 
     def launch(self, *words, **options):
         # Nothing outlives this program, however it ends.
-        child = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *words], env=self.environment,
-                                 stdout=subprocess.DEVNULL, stderr=options.pop("stderr", subprocess.DEVNULL), **options)
+        options = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, **options}
+        child = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *words], env=self.environment, **options)
         self.children.append(child)
         return child
 
@@ -169,6 +223,9 @@ class Screen:
             except subprocess.TimeoutExpired:
                 child.kill()
                 child.wait()
+            if child.stdout:
+                child.stdout.close()
+        self.changes.socket.close()
 
     def do(self, *words):
         """One run of xdotool; what it prints, empty when it fails."""
@@ -193,9 +250,24 @@ class ShownWindow:
         self.screen = screen
         self.messages = tempfile.TemporaryFile("w+")
         self.process = screen.launch(QORL, "show", SHOWCASE / "skin.xml", TEMPLATE, stderr=self.messages)
+        self.end = os.pidfd_open(self.process.pid)
         # The window manager's mark: before it the window may still be moved into its frame.
-        self.window = wait_for(self.find(title), self.complaint("no window opened"))
+        self.window = self.wait_for(self.find(title), self.complaint("no window opened"))
         self.origin = self.find_origin()
+
+    def wait_for(self, condition, what):
+        """As the function, until the screen says so or the program has ended."""
+        def answer():
+            self.screen.changes.forget()
+            return condition() or self.process.poll() is not None
+        answered = wait_for(answer, [self.screen.changes, self.end], what)
+        if self.process.poll() is not None:
+            raise AssertionError(what() if callable(what) else what)
+        return answered
+
+    def close(self):
+        self.messages.close()
+        os.close(self.end)
 
     def find(self, title):
         return lambda: self.screen.do("getactivewindow", "getwindowname") == title + "\n" and \
@@ -206,6 +278,11 @@ class ShownWindow:
             self.messages.seek(0)
             return f"{what}; exit status {self.process.poll()}, standard error: {self.messages.read()!r}"
         return text
+
+    def tell(self, picture):
+        if self.process.poll() is not None:
+            return self.complaint("the program has ended")()
+        return self.picture().difference(picture)
 
     def picture(self):
         words = dict(line.split("=") for line in
@@ -296,16 +373,14 @@ class Showcase(unittest.TestCase):
         screen = Screen(self.folder)
         self.addCleanup(screen.close)
         shown = ShownWindow(screen, "Nocturne")
-        self.addCleanup(shown.messages.close)
+        self.addCleanup(shown.close)
         places = expected[0][1]
         for (step, control), (picture, new_places) in zip([("open", None), *STEPS], expected):
             before = shown.picture()
             if step != "open":
                 shown.play(step, places)
-            wait_for(lambda: shown.process.poll() is not None or shown.picture() == picture,
-                     lambda: f'after "{step}" the screen is not what it is when driven: ' +
-                     shown.picture().difference(picture))
-            self.assertIsNone(shown.process.poll(), shown.complaint(f'it ended after "{step}"')())
+            shown.wait_for(lambda: shown.picture() == picture,
+                           lambda: f'after "{step}" the screen is not what it is when driven: ' + shown.tell(picture))
             if control:
                 self.assertFalse(before.cut(*places[control]) == shown.picture().cut(*new_places[control]),
                                  f"{control} looks as before")

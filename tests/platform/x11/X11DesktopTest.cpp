@@ -38,6 +38,10 @@ public:
         desktop.reset(static_cast<X11Desktop*>(made.release()));
     }
 
+    ~X11Scene() { EXPECT_EQ(server.tellEnd(), ""); }
+    X11Scene(const X11Scene&) = delete;
+    X11Scene& operator=(const X11Scene&) = delete;
+
     Ref<PlatformWindow> open(const CmRect& frame, WindowRecorder& client,
                              WindowKind kind = WindowKind::document, PlatformWindow* owner = nullptr,
                              uint32_t style = framed) {
@@ -342,7 +346,7 @@ TEST(X11Desktop, TellsWhichWindowIsActiveAndWhenTheUserAsksToClose) {
 
     auto panel = scene.open({100, 400, 200, 500}, b, WindowKind::floating, first.get());
     ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == panel.get(); }));
-    EXPECT_TRUE(a.has("a deactivated")) << "the main window stays";
+    EXPECT_TRUE(a.has("a deactivated")) << "the main window stays, but heard: " << a.take();
     EXPECT_EQ(first->getActivationState(), PlatformWindow::Activation::childActive);
 
     log.clear();
