@@ -127,6 +127,7 @@ private:
                    const Pointer& pointer);
     X11Window* findTarget(X11Window* window) const;
     CmPoint toClient(const X11Window* event, const X11Window& target, const Pointer& pointer) const;
+    void believeFocusLost();
     void focusChanged(X11Window* window);
 
     std::unique_ptr<X11Connection> connection_;

@@ -102,15 +102,25 @@ bool X11Desktop::hasNativeEvent() {
 
 bool X11Desktop::dispatchNativeEvent() {
     if (events_.empty()) {
-        // No other window of ours got the input right behind: another program has it.
-        isFocusLost_ = false;
-        focusChanged(nullptr);
+        believeFocusLost();
         return true;
     }
     const X11Reply<xcb_generic_event_t> event = std::move(events_.front());
     events_.pop_front();
     dispatch(*event);
     return true;
+}
+
+/// The input went from a window of ours, and no event says where to. The server's answer stands behind all
+/// that it sent before: with it comes what was still on its way.
+void X11Desktop::believeFocusLost() {
+    const X11Reply<xcb_get_input_focus_reply_t> holder(
+        xcb_get_input_focus_reply(*connection_, xcb_get_input_focus(*connection_), nullptr));
+    pullEvents();
+    if (!events_.empty())
+        return;
+    isFocusLost_ = false;
+    focusChanged(holder ? findWindow(holder->focus) : nullptr);
 }
 
 int64_t X11Desktop::toTicks(uint32_t serverTime) {
