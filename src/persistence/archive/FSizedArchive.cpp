@@ -25,10 +25,9 @@ constexpr int64_t mostOffset = INT32_MAX - 2;
 constexpr size_t firstClasses = 4096;
 constexpr size_t firstObjects = 100;
 
-/// How often all that was read may be read once more. Objects that read too much go back a little; lengths
-/// that are made to lead back would have a small file read without end.
-constexpr int64_t mostRounds = 4;
-constexpr int64_t alwaysAllowedBack = int64_t{1} << 20;
+/// What may be read once more besides as much as was read. Objects that read too much go back a little;
+/// lengths that are made to lead back would have a small file read without end.
+constexpr int64_t alwaysAllowedBack = int64_t{1} << 16;
 
 } // namespace
 
@@ -245,7 +244,7 @@ void FSizedArchive::goTo(int64_t end) {
 /// Called at the place from which it goes back.
 void FSizedArchive::countBack(int64_t count) {
     goneBack_ += std::max<int64_t>(count, 0);
-    checked(goneBack_ <= mostRounds * offsetHere() + alwaysAllowedBack);
+    checked(goneBack_ <= offsetHere() + alwaysAllowedBack);
 }
 
 StoredClass* FSizedArchive::findStored(const ClassRecord* record) {

@@ -208,6 +208,25 @@ TEST(FSizedArchive, ReadsANeighbourAgainThatAnObjectTookForItsOwn) {
     EXPECT_EQ(reading.next(), first);
 }
 
+TEST(FSizedArchive, GivesUpWhereLengthsLeadBackForEver) {
+    // Each object is empty by its length, but reads two: the second one from within the first.
+    std::string bytes = bytesOf("FE FF FF FF 09 00 00 00 'CmObject' 00 00  "
+                                "FF FF FF FF 0D 00 00 00 'ArchiveProbe' 04 00  00 00 00 00 ");
+    for (int32_t i = 0; i < 500; ++i)
+        bytes += bytesOf("13 00 00 80  00 00 00 00");
+    int32_t count = 0;
+    const ProbeActions actions(nullptr, [&count](FObjectArchive& archive) {
+        ++count;
+        for (int32_t i = 0; i < 2; ++i)
+            Ref<CmObject>::adopt(archive.readObject(nullptr));
+        return true;
+    });
+    Reads reading(bytes);
+    reading.next();
+    EXPECT_EQ(reading.archive.lastError(), FObjectArchive::streamFailed);
+    EXPECT_LT(count, 20'000);
+}
+
 TEST(FSizedArchive, RefusesObjectsOfAnotherClassAndSkipsThem) {
     const std::string bytes = bytesOf(FIRST_NODE LATER_NODE("02") "27 00 00 00 27 00 00 00");
     Reads reading(bytes);
