@@ -54,8 +54,12 @@ void setFolders(const ConstString& name) {
     const std::string folder = "/" + name.toUtf8() + "_64";
     FNPath::setKnownFolder(FNPath::userSettings,
                            platform::getSystemFolder(platform::SystemFolder::settings) + folder);
-    FNPath::setKnownFolder(FNPath::sharedData,
-                           platform::getSystemFolder(platform::SystemFolder::sharedData) + folder);
+    const std::vector<std::string> shared = platform::getSharedDataFolders();
+    const auto holdsOurs = [&folder](const std::string& place) {
+        return platform::folderExists(place + folder);
+    };
+    const auto found = std::ranges::find_if(shared, holdsOurs);
+    FNPath::setKnownFolder(FNPath::sharedData, (found == shared.end() ? shared.front() : *found) + folder);
 }
 
 UView* createControlOfProgram(const ViewElement& element, IController* controller) {

@@ -27,14 +27,24 @@ struct FileError {
 enum OpenMode : uint32_t {
     openRead = 1,
     openWrite = 2,
-    openCreate = 4,      ///< make the file if it is missing
-    openTruncate = 8,    ///< cut an existing one to nothing
-    openExclusive = 16,  ///< with `openCreate`: fail if it exists
-    openSequential = 32, ///< a hint: from front to end, once
-    openLocked = 64,     ///< fail if another program holds it open with this bit;
-                         ///< advisory, for the whole file
-    openRegular = 128    ///< fail for what is no plain file, and never wait for the other end of a pipe
+    openCreate = 4,         ///< make the file if it is missing
+    openTruncate = 8,       ///< cut an existing one to nothing
+    openExclusive = 16,     ///< with `openCreate`: fail if it exists
+    openSequential = 32,    ///< a hint: from front to end, once
+    openLocked = 64,        ///< fail if another opener, of this program or another one, uses it in a way that
+                            ///< this one does not share, or the other way round; see below
+    openRegular = 128,      ///< fail for what is no plain file, and never wait for the other end of a pipe
+    openSharesRead = 256,   ///< with `openLocked`: others may read
+    openSharesWrite = 512,  ///< with `openLocked`: others may write
+    openUncached = 1024,    ///< transfers go past the caches where their places, lengths and buffers are
+                            ///< multiples of the sector size; others go through them
+    openWriteThrough = 2048 ///< a write returns when its bytes are on the disk
 };
+
+// Locks are advisory: programs that don't ask for one are kept from nothing, and on volumes without locks
+// nobody is. Of two openers with `openLocked` the second one fails when either writes what the other does not
+// share. One case can't be told apart: a reader that shares both is not kept out by a writer that shares
+// neither.
 
 enum class SeekOrigin : uint8_t { start, current, end };
 
@@ -85,7 +95,7 @@ struct FileInfo {
     int64_t created = 0;
     int64_t written = 0;
     int64_t read = 0;
-    bool isReadOnly = false; ///< this user may not write it
+    bool isReadOnly = false; ///< nobody may write it, or not this user
     bool isHidden = false;
     bool isLink = false; ///< a symbolic link; everything else describes its target
     /// Names the file itself, whatever its path is.
@@ -112,10 +122,12 @@ using CopyStep = std::function<bool(std::span<const uint8_t> block, int64_t done
 /// `replaceFile` does, so that a copy that fails leaves `to` as it was. Refuses to copy a file onto itself.
 FileError copyFile(const std::string& from, const std::string& to, const CopyStep& step = {});
 
+/// What becomes of symbolic links to files in a copy of a folder. Any other link stays one.
+enum class FileLinks : uint8_t { keep, copyContents };
+
 /// A folder with all that is in it, into `to`, which is made with the folders above it; files that are there
-/// already stay or are replaced. A link to a file becomes a file; any other link stays a link. Refuses a `to`
-/// inside of `from`.
-FileError copyTree(const std::string& from, const std::string& to);
+/// already stay or are replaced. Refuses a `to` inside of `from`.
+FileError copyTree(const std::string& from, const std::string& to, FileLinks links);
 FileError createFolder(const std::string& path);
 /// With every folder above it that is missing. No error when it exists.
 FileError createFolders(const std::string& path);
@@ -163,8 +175,11 @@ struct VolumeInfo {
     bool isReadOnly = false;
 };
 
-/// The volume that `path` lies on.
+/// The volume that `path` lies on; of a path that isn't there yet, the part that is there.
 FileError getVolumeInfo(const std::string& path, VolumeInfo& info);
+
+/// What transfers with `openUncached` have to be multiples of, in bytes; 0 when it isn't known.
+int32_t getSectorSize(const std::string& path);
 
 /// Volumes that hold a user's files; those of the system's own machinery are left out.
 std::vector<VolumeInfo> listVolumes();

@@ -281,7 +281,9 @@ bool FDefaultPool::backup() try {
         return false;
     if (!stands(storeName))
         return true;
-    return files->copyTree(folderNamed(storeName), copy) && putInPlace(*files, newBackupName, backupName);
+    // A link would lead to settings that this run may change.
+    return files->copyTree(folderNamed(storeName), copy, platform::FileLinks::copyContents) &&
+           putInPlace(*files, newBackupName, backupName);
 } catch (const std::bad_alloc&) {
     return false;
 }

@@ -287,8 +287,8 @@ bool FNFileSystem::deleteTree(const FPath& path) try {
     return false;
 }
 
-bool FNFileSystem::copyTree(const FPath& from, const FPath& to) try {
-    if (!answer(platform::copyTree(from.toUtf8(), to.toUtf8())))
+bool FNFileSystem::copyTree(const FPath& from, const FPath& to, platform::FileLinks links) try {
+    if (!answer(platform::copyTree(from.toUtf8(), to.toUtf8(), links)))
         return false;
     notify(folderCreated, to);
     return true;

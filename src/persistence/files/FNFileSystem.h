@@ -40,9 +40,9 @@ public:
     Ref<FStream> createTempFile(FNPath& path);
     /// A folder with all that is in it; links are removed, never followed.
     bool deleteTree(const FPath& path);
-    /// A folder with all that is in it, into `to`, which is made and may not lie inside of `from`. A link to
-    /// a file becomes a file, any other link stays one.
-    bool copyTree(const FPath& from, const FPath& to);
+    /// A folder with all that is in it, into `to`, which is made and may not lie inside of `from`. Links stay
+    /// links; those to files become files when `links` says so.
+    bool copyTree(const FPath& from, const FPath& to, platform::FileLinks links = platform::FileLinks::keep);
     /// Free bytes for this user, -1 on failure.
     int64_t getFreeSpace(const FPath& path);
     /// "1.500 MB".

@@ -10,6 +10,52 @@
 
 namespace qorl::platform {
 
+namespace {
+
+int flagsOf(uint32_t mode) {
+    int flags = O_CLOEXEC;
+    const bool isReading = mode & openRead;
+    const bool isWriting = mode & openWrite;
+    flags |= isReading && isWriting ? O_RDWR : isWriting ? O_WRONLY : O_RDONLY;
+    flags |= mode & openCreate ? O_CREAT : 0;
+    flags |= mode & openExclusive ? O_EXCL : 0;
+    flags |= mode & openRegular ? O_NONBLOCK : 0;
+    flags |= mode & openUncached ? O_DIRECT : 0;
+    flags |= mode & openWriteThrough ? O_DSYNC : 0;
+    // A file that somebody else uses is not cut before the lock is ours.
+    flags |= mode & openTruncate && !(mode & openLocked) ? O_TRUNC : 0;
+    return flags;
+}
+
+/// Two kinds of locks stand for four ways of sharing. Who lets others write holds none, but looks whether
+/// somebody else would mind.
+FileError lock(int descriptor, uint32_t mode) {
+    const bool sharesRead = mode & openSharesRead;
+    const bool sharesWrite = mode & openSharesWrite;
+    const bool isWriting = mode & openWrite;
+    if (sharesRead && sharesWrite && !isWriting)
+        return {};
+    const int kind = isWriting || !sharesRead ? LOCK_EX : LOCK_SH;
+    if (flock(descriptor, kind | LOCK_NB) != 0)
+        return errno == EWOULDBLOCK ? lastFileError() : FileError();
+    if (sharesWrite)
+        flock(descriptor, LOCK_UN);
+    return {};
+}
+
+/// Whether a transfer that failed may be tried again: one that was interrupted, or that could not go past the
+/// caches.
+bool canRetry(int descriptor) {
+    const int code = errno;
+    const int flags = code == EINVAL ? fcntl(descriptor, F_GETFL) : -1;
+    if (flags >= 0 && flags & O_DIRECT)
+        return fcntl(descriptor, F_SETFL, flags & ~O_DIRECT) == 0;
+    errno = code;
+    return code == EINTR;
+}
+
+} // namespace
+
 std::string FileError::getText() const {
     char buffer[256] = {};
     return code == 0 ? std::string("success") : std::string(strerror_r(code, buffer, sizeof buffer));
@@ -44,20 +90,15 @@ FileError File::open(const std::string& path, uint32_t mode) {
 
 FileError File::open(const std::string& path, uint32_t mode, uint32_t rights) {
     close();
-    int flags = O_CLOEXEC;
-    const bool isReading = mode & openRead;
-    const bool isWriting = mode & openWrite;
-    flags |= isReading && isWriting ? O_RDWR : isWriting ? O_WRONLY : O_RDONLY;
-    flags |= mode & openCreate ? O_CREAT : 0;
-    flags |= mode & openExclusive ? O_EXCL : 0;
-    flags |= mode & openRegular ? O_NONBLOCK : 0;
-    // A file that another program holds is not cut before the lock is ours.
-    flags |= mode & openTruncate && !(mode & openLocked) ? O_TRUNC : 0;
+    int flags = flagsOf(mode);
     do {
         descriptor_ = ::open(path.c_str(), flags, rights);
-    } while (descriptor_ < 0 && errno == EINTR);
-    if (descriptor_ < 0)
-        return lastFileError();
+        // Volumes in memory have nothing to go past.
+        if (descriptor_ < 0 && errno == EINVAL && flags & O_DIRECT)
+            flags &= ~O_DIRECT;
+        else if (descriptor_ < 0 && errno != EINTR)
+            return lastFileError();
+    } while (descriptor_ < 0);
 
     struct stat status = {};
     FileError error = toFileError(fstat(descriptor_, &status));
@@ -66,7 +107,7 @@ FileError File::open(const std::string& path, uint32_t mode, uint32_t rights) {
     if (!error && mode & openRegular && !S_ISREG(status.st_mode))
         error.code = ENOTSUP;
     if (!error && mode & openLocked)
-        error = toFileError(flock(descriptor_, LOCK_EX | LOCK_NB));
+        error = lock(descriptor_, mode);
     if (!error && mode & openLocked && mode & openTruncate)
         error = setSize(0);
     if (error) {
@@ -87,7 +128,7 @@ int64_t File::read(void* buffer, int64_t count, FileError* error) {
             break;
         if (got > 0) {
             done += got;
-        } else if (errno != EINTR) {
+        } else if (!canRetry(descriptor_)) {
             if (error)
                 *error = lastFileError();
             return done > 0 ? done : -1;
@@ -103,7 +144,7 @@ int64_t File::write(const void* buffer, int64_t count, FileError* error) {
         const ssize_t put = ::write(descriptor_, bytes + done, static_cast<size_t>(count - done));
         if (put >= 0) {
             done += put;
-        } else if (errno != EINTR) {
+        } else if (!canRetry(descriptor_)) {
             if (error)
                 *error = lastFileError();
             return -1;

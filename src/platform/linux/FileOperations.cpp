@@ -29,6 +29,7 @@ int64_t toMilliseconds(const statx_timestamp& time) {
     return time.tv_sec * 1000 + time.tv_nsec / 1'000'000;
 }
 
+constexpr mode_t allWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 // As the system itself follows.
 constexpr int mostLinks = 40;
 
@@ -58,7 +59,8 @@ FileError getFileInfo(const std::string& path, FileInfo& info) {
     info.created = status.stx_mask & STATX_BTIME ? toMilliseconds(status.stx_btime) : 0;
     info.written = toMilliseconds(status.stx_mtime);
     info.read = toMilliseconds(status.stx_atime);
-    info.isReadOnly = access(path.c_str(), W_OK) != 0;
+    // The system's administrator may write what nobody may.
+    info.isReadOnly = (status.stx_mode & allWrite) == 0 || access(path.c_str(), W_OK) != 0;
     info.isHidden = lastPart(path).starts_with('.');
     info.isLink = isLink;
     info.volume = uint64_t{status.stx_dev_major} << 32 | status.stx_dev_minor;
@@ -103,7 +105,6 @@ FileError setReadOnly(const std::string& path, bool on) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0)
         return lastFileError();
-    constexpr mode_t allWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     const mode_t mode = on ? status.st_mode & ~allWrite : status.st_mode | S_IWUSR;
     return toFileError(chmod(path.c_str(), mode & 07777));
 }

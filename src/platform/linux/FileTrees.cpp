@@ -13,9 +13,6 @@ namespace qorl::platform {
 
 namespace {
 
-/// What becomes of a symbolic link to a file.
-enum class FileLinks : uint8_t { keep, copyContents };
-
 /// An open folder.
 class Folder {
 public:
@@ -188,14 +185,14 @@ FileError moveFile(const std::string& from, const std::string& to) {
     return error.code == EXDEV ? moveByCopy(from, to) : error;
 }
 
-FileError copyTree(const std::string& from, const std::string& to) {
+FileError copyTree(const std::string& from, const std::string& to, FileLinks links) {
     if (!folderExists(from))
         return {fileExists(from) ? ENOTDIR : ENOENT};
     if (isInside(to, from))
         return {EINVAL};
     if (FileError error = createFolders(parentOf(to)))
         return error;
-    return copyFolder(from, to, FileLinks::copyContents);
+    return copyFolder(from, to, links);
 }
 
 FileError deleteTree(const std::string& path) {

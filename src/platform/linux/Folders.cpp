@@ -2,11 +2,13 @@
 
 #include "platform/System.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fstream>
 #include <pwd.h>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace qorl::platform {
@@ -61,6 +63,56 @@ std::string documentsFolder() {
 
 } // namespace
 
+namespace {
+
+/// "PREFIX/share" of what is installed in "PREFIX/lib", or a folder below that, or in "PREFIX/bin".
+std::string dataFolderOfInstallation() {
+    std::string folder = getModulePath(reinterpret_cast<const void*>(&getSharedDataFolders));
+    for (size_t end = folder.rfind('/'); end != std::string::npos; end = folder.rfind('/')) {
+        folder.resize(end);
+        const std::string part = folder.substr(folder.rfind('/') + 1);
+        if (part == "bin" || part.starts_with("lib"))
+            return folder.substr(0, folder.rfind('/')) + "/share";
+    }
+    return {};
+}
+
+void addFolder(std::vector<std::string>& folders, const std::string& folder) {
+    if (!folder.empty() && folder.front() == '/' && std::ranges::find(folders, folder) == folders.end())
+        folders.push_back(folder);
+}
+
+bool isOwnFolder(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
+           access(path.c_str(), W_OK | X_OK) == 0;
+}
+
+std::string temporaryFolder() {
+    if (std::string folder = absoluteFromEnvironment("XDG_RUNTIME_DIR"); isOwnFolder(folder))
+        return folder;
+    const std::string folder = absoluteFromEnvironment("TMPDIR");
+    return folder.empty() ? "/tmp" : folder;
+}
+
+} // namespace
+
+std::vector<std::string> getSharedDataFolders() {
+    std::vector<std::string> folders;
+    addFolder(folders, dataFolderOfInstallation());
+    std::string list;
+    if (!getEnvironment("XDG_DATA_DIRS", list) || list.empty())
+        list = "/usr/local/share:/usr/share";
+    for (size_t start = 0; start <= list.size();) {
+        const size_t end = std::min(list.find(':', start), list.size());
+        addFolder(folders, withoutFinalSeparator(list.substr(start, end - start)));
+        start = end + 1;
+    }
+    if (folders.empty())
+        folders.emplace_back("/usr/local/share");
+    return folders;
+}
+
 std::string getSystemFolder(SystemFolder folder) {
     switch (folder) {
     case SystemFolder::settings: return baseFolder("XDG_CONFIG_HOME", ".config");
@@ -68,11 +120,8 @@ std::string getSystemFolder(SystemFolder folder) {
     case SystemFolder::cache: return baseFolder("XDG_CACHE_HOME", ".cache");
     case SystemFolder::documents: return documentsFolder();
     case SystemFolder::home: return getHome();
-    case SystemFolder::temporary: {
-        const std::string folderName = absoluteFromEnvironment("TMPDIR");
-        return folderName.empty() ? "/tmp" : folderName;
-    }
-    case SystemFolder::sharedData: return "/usr/local/share";
+    case SystemFolder::temporary: return temporaryFolder();
+    case SystemFolder::sharedData: return getSharedDataFolders().front();
     case SystemFolder::system: return "/usr";
     }
     return {};

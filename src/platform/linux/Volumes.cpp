@@ -1,4 +1,5 @@
 #include "platform/linux/FileErrors.h"
+#include "platform/linux/FileNames.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -139,9 +140,15 @@ bool holdsPath(const Mount& mount, const std::string& path) {
 
 FileError getVolumeInfo(const std::string& path, VolumeInfo& info) {
     info = {};
-    if (FileError error = fillSizes(path, info))
-        return error;
     const std::string whole = getCanonicalPath(path);
+    std::string existing = whole;
+    FileError error = fillSizes(existing, info);
+    while (error.isNotFound() && parentOf(existing) != existing) {
+        existing = parentOf(existing);
+        error = fillSizes(existing, info);
+    }
+    if (error)
+        return error;
     const std::vector<Mount> mounts = readMounts();
     const Mount* best = nullptr;
     // A later mount on the same folder hides the earlier one.
@@ -158,6 +165,11 @@ FileError getVolumeInfo(const std::string& path, VolumeInfo& info) {
     info.name = nameOf(*best);
     info.kind = kindOf(*best);
     return {};
+}
+
+int32_t getSectorSize(const std::string& path) {
+    struct statvfs status = {};
+    return statvfs(path.c_str(), &status) == 0 ? static_cast<int32_t>(status.f_frsize) : 0;
 }
 
 std::vector<VolumeInfo> listVolumes() {

@@ -152,6 +152,62 @@ TEST_F(FilesTest, ALockedFileIsNotCutByAnother) {
     EXPECT_EQ(read("file"), "");
 }
 
+TEST_F(FilesTest, SharesAFileAsItsOpenersSay) {
+    ASSERT_FALSE(replaceFile(at("file"), toBytes("x")));
+    constexpr uint32_t r = openRead;
+    constexpr uint32_t w = openRead | openWrite;
+    constexpr uint32_t shareR = openSharesRead;
+    constexpr uint32_t shareW = openSharesWrite;
+    struct Case {
+        uint32_t first;
+        uint32_t second;
+        bool isOpened;
+    };
+    const Case cases[] = {
+        {r | shareR, r | shareR, true},
+        {r | shareR, w | shareR, false},
+        {r | shareR, w | shareR | shareW, false},
+        {w | shareR, r | shareR, false},
+        {w | shareR, r | shareR | shareW, true},
+        {w | shareR, w | shareR | shareW, false},
+        {w | shareR | shareW, w | shareR | shareW, true},
+        {w | shareR | shareW, r | shareR | shareW, true},
+        {r, r | shareR, false},
+        {r | shareR, r, false},
+        {w, w, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "modes " << c.first << " and " << c.second);
+        File first;
+        File second;
+        ASSERT_FALSE(first.open(at("file"), c.first | openLocked));
+        EXPECT_EQ(!second.open(at("file"), c.second | openLocked), c.isOpened);
+        File unguarded;
+        EXPECT_FALSE(unguarded.open(at("file"), w)) << "locks are advisory";
+    }
+}
+
+TEST_F(FilesTest, GoesThroughTheCachesWhereItCannotGoPastThem) {
+    for (const std::string& place :
+         {at("file"), "/dev/shm/qorl-uncached-" + std::to_string(getProcessId())}) {
+        SCOPED_TRACE(place);
+        ASSERT_FALSE(replaceFile(place, toBytes(std::string(10'000, 'x'))));
+        File file;
+        ASSERT_FALSE(file.open(place, openRead | openWrite | openUncached | openWriteThrough));
+        alignas(4096) char buffer[4096];
+        EXPECT_EQ(file.read(buffer, sizeof buffer), 4096);
+        EXPECT_EQ(file.read(buffer + 1, 5), 5) << "at no multiple of anything";
+        EXPECT_EQ(file.write("y", 1), 1);
+        EXPECT_EQ(file.getPosition(), 4102);
+        EXPECT_EQ(file.read(buffer, sizeof buffer), 4096);
+        deleteFile(place);
+    }
+    const int32_t size = getSectorSize(folder);
+    EXPECT_GT(size, 0);
+    EXPECT_EQ(size & (size - 1), 0) << "a power of two";
+    EXPECT_EQ(getSectorSize(at("none")), 0);
+}
+
 TEST_F(FilesTest, SeeksCutsAndGrows) {
     File file;
     ASSERT_FALSE(file.open(at("file"), openRead | openWrite | openCreate));
@@ -265,10 +321,12 @@ TEST_F(FilesTest, CopiesTreesWithoutRunningInCircles) {
     ASSERT_FALSE(createLink("nowhere", "tree/dangling"));
     chmod(at("tree/sub").c_str(), 0700);
     for (const char* inside : {"tree", "tree/sub", "tree/sub/up/tree/new", "tree/new/deeper"})
-        EXPECT_EQ(copyTree(at("tree"), at(inside)).code, EINVAL) << inside;
+        EXPECT_EQ(copyTree(at("tree"), at(inside), FileLinks::keep).code, EINVAL) << inside;
     EXPECT_EQ(list("tree"), "dangling file sub/ toFile ");
 
-    ASSERT_FALSE(copyTree(at("tree"), at("new/copy")));
+    ASSERT_FALSE(copyTree(at("tree"), at("links"), FileLinks::keep));
+    EXPECT_EQ(linkAt("links/toFile"), "file");
+    ASSERT_FALSE(copyTree(at("tree"), at("new/copy"), FileLinks::copyContents));
     EXPECT_EQ(list("new/copy"), "dangling file sub/ toFile ");
     EXPECT_EQ(linkAt("new/copy/toFile"), "no link");
     EXPECT_EQ(read("new/copy/toFile"), "contents");
@@ -374,6 +432,8 @@ TEST_F(FilesTest, DescribesFiles) {
     struct stat status = {};
     stat(at(".hidden").c_str(), &status);
     EXPECT_EQ(status.st_mode & 0222, 0U);
+    getFileInfo(at(".hidden"), info);
+    EXPECT_TRUE(info.isReadOnly) << "also for the administrator";
     ASSERT_FALSE(setReadOnly(at(".hidden"), false));
     getFileInfo(at(".hidden"), info);
     EXPECT_FALSE(info.isReadOnly);
@@ -388,6 +448,9 @@ TEST_F(FilesTest, DescribesFiles) {
     EXPECT_GT(volume.totalBytes, 0);
     EXPECT_GE(volume.totalBytes, volume.freeBytes);
     EXPECT_EQ(volume.root.front(), '/');
+    VolumeInfo future;
+    ASSERT_FALSE(getVolumeInfo(at("not/yet/there"), future));
+    EXPECT_EQ(future.root, volume.root);
 }
 
 } // namespace

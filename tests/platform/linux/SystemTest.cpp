@@ -37,6 +37,7 @@ private:
 
 TEST(Folders, FollowTheEnvironmentIfItIsAbsolute) {
     const EnvironmentScope home("HOME", "/home/someone/");
+    const EnvironmentScope noRuntime("XDG_RUNTIME_DIR", nullptr);
     struct Case {
         const char* name;
         const char* value;
@@ -57,6 +58,35 @@ TEST(Folders, FollowTheEnvironmentIfItIsAbsolute) {
         const EnvironmentScope scope(c.name, c.value);
         EXPECT_EQ(getSystemFolder(c.folder), c.expected) << c.name << " " << (c.value ? c.value : "absent");
     }
+}
+
+TEST(Folders, KeepTemporaryFilesFromOtherUsers) {
+    const EnvironmentScope plain("TMPDIR", "/var/tmp");
+    std::string pattern = "/tmp/qorl-runtime-XXXXXX";
+    const std::string own = mkdtemp(pattern.data());
+    const std::pair<std::string, std::string> cases[] = {
+        {own, own}, {own + "/", own}, {own + "/missing", "/var/tmp"}, {"tmp", "/var/tmp"}, {"", "/var/tmp"}};
+    for (const auto& [value, expected] : cases) {
+        const EnvironmentScope runtime("XDG_RUNTIME_DIR", value.c_str());
+        EXPECT_EQ(getSystemFolder(SystemFolder::temporary), expected) << value;
+    }
+    rmdir(own.c_str());
+}
+
+TEST(Folders, LookForSharedDataWhereTheLibraryLiesFirst) {
+    const std::string program = getProgramPath();
+    const std::string bin = program.substr(0, program.rfind('/'));
+    const std::string ours = bin.substr(0, bin.rfind('/')) + "/share";
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {nullptr, {ours, "/usr/local/share", "/usr/share"}},
+        {"", {ours, "/usr/local/share", "/usr/share"}},
+        {"/a/:relative::/b:/a", {ours, "/a", "/b"}},
+    };
+    for (const auto& [value, expected] : cases) {
+        const EnvironmentScope folders("XDG_DATA_DIRS", value);
+        EXPECT_EQ(getSharedDataFolders(), expected) << (value ? value : "absent");
+    }
+    EXPECT_EQ(getSystemFolder(SystemFolder::sharedData), ours);
 }
 
 TEST(Folders, ReadTheUsersListOfFolders) {

@@ -1,0 +1,139 @@
+#include "platform/Trash.h"
+
+#include "platform/System.h"
+#include "support/TestPaths.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <regex>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qorl::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+class TrashTest : public ::testing::Test {
+protected:
+    TrashTest() {
+        std::string before;
+        if (getEnvironment("XDG_DATA_HOME", before))
+            earlier_ = before;
+        setenv("XDG_DATA_HOME", (home / "data").c_str(), 1);
+    }
+    ~TrashTest() override {
+        if (earlier_.empty())
+            unsetenv("XDG_DATA_HOME");
+        else
+            setenv("XDG_DATA_HOME", earlier_.c_str(), 1);
+    }
+
+    static void write(const fs::path& path, const std::string& text) {
+        fs::create_directories(path.parent_path());
+        std::ofstream(path) << text;
+    }
+    static std::string read(const fs::path& path) {
+        std::ifstream file(path);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    static std::string list(const fs::path& folder) {
+        std::vector<FolderEntry> entries;
+        listFolder(folder.string(), entries);
+        std::string all;
+        for (const FolderEntry& entry : entries)
+            all += entry.name + ' ';
+        return all;
+    }
+    std::string canonical(const std::string& name) const {
+        return (fs::canonical(home.path()) / name).string();
+    }
+
+    qorl::testing::TemporaryFolder home;
+    fs::path bin = home / "data/Trash";
+
+private:
+    std::string earlier_;
+};
+
+TEST_F(TrashTest, PutsFilesIntoTheBinOfTheUserWithTheWayBack) {
+    write(home / "a b\xC3\xA4%.txt", "one");
+    ASSERT_FALSE(moveToTrash((home / "a b\xC3\xA4%.txt").string()));
+    EXPECT_EQ(read(bin / "files/a b\xC3\xA4%.txt"), "one");
+    const std::string info = read(bin / "info/a b\xC3\xA4%.txt.trashinfo");
+    const std::string start = "[Trash Info]\nPath=" + canonical("a%20b%C3%A4%25.txt") + "\nDeletionDate=";
+    EXPECT_EQ(info.substr(0, start.size()), start);
+    EXPECT_TRUE(std::regex_match(info.substr(start.size()),
+                                 std::regex("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")))
+        << info;
+    struct stat status = {};
+    stat(bin.c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777, 0700U);
+}
+
+TEST_F(TrashTest, KeepsWhatLiesInTheBinAlready) {
+    for (const char* text : {"one", "two", "three"}) {
+        write(home / "song.wav", text);
+        ASSERT_FALSE(moveToTrash((home / "song.wav").string()));
+    }
+    write(bin / "files/left.txt", "without a description");
+    write(home / "left.txt", "new");
+    ASSERT_FALSE(moveToTrash((home / "left.txt").string()));
+    EXPECT_EQ(list(bin / "files"), "left.2.txt left.txt song.2.wav song.3.wav song.wav ");
+    EXPECT_EQ(list(bin / "info"),
+              "left.2.txt.trashinfo song.2.wav.trashinfo song.3.wav.trashinfo song.wav.trashinfo ");
+    EXPECT_EQ(read(bin / "files/song.2.wav"), "two");
+    const std::string longName(250, 'n');
+    write(home / longName, "long");
+    ASSERT_FALSE(moveToTrash((home / longName).string()));
+    EXPECT_EQ(read(bin / "files" / longName.substr(0, 230)), "long");
+    EXPECT_NE(read(bin / "info" / (longName.substr(0, 230) + ".trashinfo")).find(longName + '\n'),
+              std::string::npos);
+}
+
+TEST_F(TrashTest, TakesFoldersWholeAndLinksAlone) {
+    write(home / "tree/sub/file", "x");
+    write(home / "kept/file", "kept");
+    fs::create_directory_symlink(home / "kept", home / "link");
+    ASSERT_FALSE(moveToTrash((home / "tree/").string()));
+    ASSERT_FALSE(moveToTrash((home / "link").string()));
+    EXPECT_EQ(read(bin / "files/tree/sub/file"), "x");
+    EXPECT_TRUE(fs::is_symlink(bin / "files/link"));
+    EXPECT_EQ(read(home / "kept/file"), "kept");
+}
+
+TEST_F(TrashTest, LeavesWhatCannotGoThereWithoutATrace) {
+    EXPECT_TRUE(moveToTrash((home / "none").string()).isNotFound());
+    write(home / "file", "x");
+    ASSERT_FALSE(moveToTrash((home / "file").string()));
+    for (const fs::path& inside : {bin, bin / "files/file", home / "data", home.path()})
+        EXPECT_EQ(moveToTrash(inside.string()).code, EINVAL) << inside;
+    EXPECT_EQ(list(bin / "info"), "file.trashinfo ");
+    EXPECT_EQ(read(bin / "files/file"), "x");
+}
+
+TEST_F(TrashTest, UsesTheBinOfAnotherVolume) {
+    // Memory files are a volume of their own; where they are not, everything goes to the user's bin.
+    struct stat here = {};
+    struct stat there = {};
+    stat(home.path().c_str(), &here);
+    stat("/dev/shm", &there);
+    const std::string name = "qorl-trash-" + std::to_string(getProcessId());
+    write("/dev/shm/" + name, "x");
+    ASSERT_FALSE(moveToTrash("/dev/shm/" + name));
+    const bool isOther = here.st_dev != there.st_dev;
+    const fs::path used = isOther ? fs::path("/dev/shm/.Trash-" + std::to_string(geteuid())) : bin;
+    EXPECT_EQ(read(used / "files" / name), "x");
+    const std::string info = read(used / "info" / (name + ".trashinfo"));
+    EXPECT_NE(info.find("Path=" + (isOther ? name : "/dev/shm/" + name) + '\n'), std::string::npos) << info;
+    deleteFile(used / "files" / name);
+    deleteFile(used / "info" / (name + ".trashinfo"));
+    for (const char* part : {"files", "info", ""})
+        deleteFolder(used / part);
+}
+
+} // namespace
+} // namespace qorl::platform
