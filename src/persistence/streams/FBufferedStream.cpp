@@ -1,0 +1,265 @@
+#include "persistence/streams/FBufferedStream.h"
+
+#include "foundation/Cast.h"
+#include "persistence/streams/FFileStream.h"
+#include "persistence/streams/StreamProgress.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace qorl {
+
+namespace {
+
+constexpr int64_t farthest = std::numeric_limits<int64_t>::max();
+
+} // namespace
+
+FBufferedStream::FBufferedStream(Ref<FStream> inner, int32_t blockSize, bool writable,
+                                 Ref<StreamBufferPool> pool)
+    : FBufferedStream(std::move(inner), blockSize, writable ? uint32_t{writableFlag} : 0u, std::move(pool)) {}
+
+FBufferedStream::FBufferedStream(Ref<FStream> inner, int32_t blockSize, uint32_t flags,
+                                 Ref<StreamBufferPool> pool)
+    : inner_(std::move(inner)), blockSize_(blockSize < 1 ? CmBuffer::defaultGrowth : blockSize),
+      monitorThreshold_(blockSize_), flags_(flags), pool_(std::move(pool)) {
+    if (!inner_)
+        return;
+    takeOver(*inner_);
+    position_ = std::max<int64_t>(inner_->tell(), 0);
+    blockIndex_ = position_ / blockSize_;
+    endPosition_ = std::max<int64_t>(inner_->seek(0, fromEnd), 0);
+    inner_->seek(position_, fromStart);
+    block_.buffer = takeBuffer();
+    if (flags_ & readAhead) {
+        other_.buffer = takeBuffer();
+        if (!other_.buffer)
+            block_.buffer.reset();
+    }
+}
+
+FReadAheadStream::FReadAheadStream(Ref<FStream> inner, int32_t blockSize, bool writable,
+                                   Ref<StreamBufferPool> pool)
+    : FBufferedStream(std::move(inner), blockSize, readAhead | (writable ? uint32_t{writableFlag} : 0u),
+                      std::move(pool)) {}
+
+FBufferedStream::~FBufferedStream() {
+    flush();
+    cutPadding();
+    for (Ref<CmBuffer>* buffer : {&block_.buffer, &other_.buffer})
+        if (pool_ && *buffer)
+            pool_->giveBack(std::move(*buffer));
+}
+
+Ref<FBufferedStream> FBufferedStream::openBuffered(Ref<FStream> stream, int32_t blockSize) try {
+    if (!stream)
+        return nullptr;
+    const auto* file = cast<FFileStream>(stream.get());
+    const int32_t sector = file ? file->sectorSize() : 0;
+    if (sector > 0 && (blockSize < sector || blockSize % sector != 0))
+        blockSize = sector;
+    return make<FBufferedStream>(std::move(stream), blockSize, true);
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+Ref<CmBuffer> FBufferedStream::takeBuffer() {
+    return pool_ ? pool_->take(blockSize_) : StreamBufferPool::make(blockSize_);
+}
+
+bool FBufferedStream::isCancelled(const void* buffer, int64_t count) {
+    return progress_ && progress_->isCancelled(buffer, count);
+}
+
+int64_t FBufferedStream::read(void* buffer, int64_t count) {
+    if (isCancelled(buffer, count) || !block_.buffer)
+        return -1;
+    int64_t done = 0;
+    while (done < count) {
+        const Block* block = findForReading();
+        if (!block)
+            return done > 0 ? done : -1;
+        const auto offset = static_cast<int32_t>(position_ % blockSize_);
+        const int64_t piece = std::min<int64_t>(count - done, block->buffer->used() - offset);
+        if (piece < 1)
+            break;
+        std::memcpy(static_cast<char*>(buffer) + done, block->buffer->data() + offset,
+                    static_cast<size_t>(piece));
+        done += piece;
+        moveTo(position_ + piece, Crossing::byReading);
+    }
+    return done;
+}
+
+int64_t FBufferedStream::write(const void* buffer, int64_t count) {
+    if (!(flags_ & writableFlag) || !isValid() || isCancelled(buffer, count))
+        return -1;
+    if (count < 0 || count > farthest - position_) {
+        flags_ |= failed;
+        return -1;
+    }
+    for (int64_t done = 0; done < count;) {
+        const auto offset = static_cast<int32_t>(position_ % blockSize_);
+        const int64_t piece = std::min<int64_t>(count - done, blockSize_ - offset);
+        if (!prepareForWriting(offset, piece)) {
+            flags_ |= failed;
+            return -1;
+        }
+        CmBuffer& block = *block_.buffer;
+        flags_ |= dirty;
+        std::memcpy(block.data() + offset, static_cast<const char*>(buffer) + done,
+                    static_cast<size_t>(piece));
+        block.setUsedSize(std::max(block.used(), offset + static_cast<int32_t>(piece)));
+        done += piece;
+        endPosition_ = std::max(endPosition_, position_ + piece);
+        moveTo(position_ + piece, Crossing::otherwise);
+        if (flags_ & failed)
+            return -1;
+    }
+    return count;
+}
+
+int64_t FBufferedStream::seek(int64_t offset, int32_t mode) {
+    if (mode < fromStart || mode > fromEnd)
+        return -1;
+    const int64_t from = mode == fromStart ? 0 : mode == fromHere ? position_ : endPosition_;
+    int64_t target = 0;
+    if (__builtin_add_overflow(from, offset, &target))
+        target = farthest; // no place lies below 0, so it can't be the other end
+    moveTo(target, Crossing::otherwise);
+    return position_;
+}
+
+void FBufferedStream::moveTo(int64_t position, Crossing crossing) {
+    if (!(flags_ & writableFlag))
+        position = std::min(position, endPosition_);
+    position = std::max<int64_t>(position, 0);
+    if (progress_) {
+        const int64_t told = progress_->position();
+        const auto distance =
+            static_cast<uint64_t>(std::max(told, position)) - static_cast<uint64_t>(std::min(told, position));
+        if (distance > static_cast<uint64_t>(std::max<int64_t>(monitorThreshold_, 0)))
+            progress_->setPosition(position);
+    }
+    position_ = position;
+    if (position / blockSize_ == blockIndex_)
+        return;
+    blockIndex_ = position / blockSize_;
+    if (!(flags_ & readAhead)) {
+        flush();
+    } else if (crossing == Crossing::otherwise) {
+        store();
+        std::swap(block_, other_);
+    }
+}
+
+/// How much of the data lies in the block around the position.
+int64_t FBufferedStream::bytesInBlock() const {
+    return std::clamp<int64_t>(endPosition_ - blockIndex_ * blockSize_, 0, blockSize_);
+}
+
+/// The block around the position; null when the inner stream fails.
+FBufferedStream::Block* FBufferedStream::findForReading() {
+    if (other_.index == blockIndex_)
+        return &other_;
+    if (block_.index == blockIndex_)
+        return &block_;
+    Block& block = flags_ & readAhead ? other_ : block_;
+    return load(block) < 0 ? nullptr : &block;
+}
+
+/// Makes `block_` the block around the position, with all bytes that `count` new ones at `offset` leave.
+bool FBufferedStream::prepareForWriting(int32_t offset, int64_t count) {
+    if (other_.index == blockIndex_) {
+        store();
+        std::swap(block_, other_);
+    }
+    // What was the last block of the data goes on with zeros now.
+    if (position_ > endPosition_)
+        other_.index = -1;
+    if (block_.index != blockIndex_) {
+        store();
+        const int64_t there = bytesInBlock();
+        const bool isReplaced = offset == 0 && count >= there;
+        if (!isReplaced && load(block_) != there)
+            return false;
+        if (isReplaced)
+            block_.buffer->clear();
+        block_.index = blockIndex_;
+    }
+    const int32_t used = block_.buffer->used();
+    if (offset > used)
+        std::memset(block_.buffer->data() + used, 0, static_cast<size_t>(offset - used));
+    return true;
+}
+
+/// Reads the block around the position. The bytes that came, -1 when the inner stream failed before the
+/// first. A block that is not whole is asked for again next time.
+int64_t FBufferedStream::load(Block& block) {
+    store();
+    block.index = -1;
+    block.buffer->clear();
+    const int64_t there = bytesInBlock();
+    const int64_t start = blockIndex_ * blockSize_;
+    if (there > 0 && inner_->seek(start, fromStart) != start)
+        return -1;
+    int64_t done = 0;
+    int64_t got = 1;
+    for (; done < there && got > 0; done += std::max<int64_t>(got, 0))
+        got = inner_->read(block.buffer->data() + done, there - done);
+    if (done == 0 && got < 0)
+        return -1;
+    block.buffer->setUsedSize(static_cast<int32_t>(done));
+    if (done == there)
+        block.index = blockIndex_;
+    return done;
+}
+
+/// Writes the block if it was changed.
+void FBufferedStream::store() {
+    if (!(flags_ & dirty))
+        return;
+    flags_ &= ~uint32_t{dirty};
+    CmBuffer& block = *block_.buffer;
+    std::memset(block.data() + block.used(), 0, static_cast<size_t>(blockSize_ - block.used()));
+    const int64_t start = block_.index * blockSize_;
+    isPadded_ = isPadded_ || start > endPosition_ - blockSize_;
+    if (inner_->seek(start, fromStart) != start || inner_->write(block.data(), blockSize_) != blockSize_)
+        flags_ |= failed;
+}
+
+void FBufferedStream::flush() {
+    store();
+    block_.index = other_.index = -1;
+}
+
+void FBufferedStream::cutPadding() {
+    Ref<ISizeableStream> sizeable;
+    int64_t size = 0;
+    if (!isPadded_ || inner_->queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok)
+        return;
+    if (sizeable->getStreamSize(size) == Result::ok && size > endPosition_)
+        sizeable->setStreamSize(endPosition_);
+    isPadded_ = false;
+}
+
+Result FBufferedStream::getStreamSize(int64_t& size) {
+    size = endPosition_;
+    return inner_ ? Result::ok : Result::failure;
+}
+
+Result FBufferedStream::setStreamSize(int64_t size) {
+    Ref<ISizeableStream> sizeable;
+    if (!(flags_ & writableFlag) || !isValid() || size < 0 ||
+        inner_->queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok)
+        return Result::failure;
+    flush();
+    const Result result = sizeable->setStreamSize(size);
+    if (result == Result::ok)
+        endPosition_ = size;
+    return result;
+}
+
+} // namespace qorl

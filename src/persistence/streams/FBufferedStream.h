@@ -1,0 +1,99 @@
+#pragma once
+
+#include "foundation/containers/CmBuffer.h"
+#include "persistence/streams/FStream.h"
+#include "persistence/streams/StreamBufferPool.h"
+
+namespace qorl {
+
+/// Reads and writes another stream in whole blocks, and keeps the block around its position.
+///
+/// Nobody else moves or writes the inner stream meanwhile. Each block goes out whole, as unbuffered files
+/// want it: until the buffered stream is gone the inner one may be up to a block longer than what was
+/// written, by zeros; it is then cut to the exact length, if its size can be set. Writing fails for good, and
+/// `isValid` is false, once a block could not be written or read back. Threading: as the inner stream.
+class FBufferedStream : public FStream, public ISizeableStream {
+    QORL_CLASS(FBufferedStream, FStream)
+    QORL_FACES(FBufferedStream, FStream, ISizeableStream)
+
+public:
+    /// Keeps a reference on `inner`, takes over its URL and byte order, and begins at its position.
+    /// `blockSize` in bytes; below 1 it is 4096. With a `pool` the block comes from there and goes back.
+    FBufferedStream(Ref<FStream> inner, int32_t blockSize, bool writable,
+                    Ref<StreamBufferPool> pool = nullptr);
+    FBufferedStream(const FBufferedStream&) = delete;
+    ~FBufferedStream() override;
+
+    /// For reading and writing. Over a file that knows its sector size, a `blockSize` that is no multiple of
+    /// it becomes the sector size. Null for a null `stream` and without memory.
+    static Ref<FBufferedStream> openBuffered(Ref<FStream> stream, int32_t blockSize);
+
+    /// -1 when cancelled, without a block, and when the inner stream fails before a byte came.
+    int64_t read(void* buffer, int64_t count) override;
+    /// `count`, or -1: what did not reach the inner stream is then lost. A negative count ends all writing.
+    int64_t write(const void* buffer, int64_t count) override;
+    /// Cut to the start, and to the end unless the stream is writable. -1 for an unknown mode.
+    int64_t seek(int64_t offset, int32_t mode) override;
+    int64_t tell() override { return position_; }
+    void rewind() override { seek(0, fromStart); }
+    /// Writes the block if it was changed, and reads it anew when it is next asked for.
+    void flush() override;
+    bool isValid() const override { return block_.buffer && !(flags_ & failed); }
+    void setProgress(StreamProgress* monitor) override { progress_ = monitor; }
+    Result getStreamSize(int64_t& size) override;
+    /// `Result::failure` unless the stream is writable and the inner one's size can be set.
+    Result setStreamSize(int64_t size) override;
+
+    /// The progress monitor is told of a new position that is more than this many bytes away from what it
+    /// knows; a block at first.
+    void setMonitorThreshold(int64_t bytes) { monitorThreshold_ = bytes; }
+    int32_t blockSize() const { return blockSize_; }
+
+protected:
+    enum Flag : uint32_t { writableFlag = 1, dirty = 2, failed = 4, readAhead = 8 };
+
+    FBufferedStream(Ref<FStream> inner, int32_t blockSize, uint32_t flags, Ref<StreamBufferPool> pool);
+
+private:
+    /// What a buffer holds: the block of that index, or nothing for -1.
+    struct Block {
+        Ref<CmBuffer> buffer;
+        int64_t index = -1;
+    };
+    enum class Crossing { byReading, otherwise };
+
+    Ref<CmBuffer> takeBuffer();
+    void moveTo(int64_t position, Crossing crossing);
+    bool isCancelled(const void* buffer, int64_t count);
+    int64_t bytesInBlock() const;
+    Block* findForReading();
+    bool prepareForWriting(int32_t offset, int64_t count);
+    int64_t load(Block& block);
+    void store();
+    void cutPadding();
+
+    Ref<FStream> inner_;
+    Block block_;
+    /// The block before, of a stream that reads ahead.
+    Block other_;
+    int32_t blockSize_;
+    int64_t blockIndex_ = 0;
+    int64_t position_ = 0;
+    int64_t endPosition_ = 0;
+    int64_t monitorThreshold_;
+    uint32_t flags_;
+    bool isPadded_ = false;
+    StreamProgress* progress_ = nullptr;
+    Ref<StreamBufferPool> pool_;
+};
+
+/// Keeps the last two blocks: for who goes to and fro between two places.
+class FReadAheadStream : public FBufferedStream {
+    QORL_CLASS(FReadAheadStream, FBufferedStream)
+
+public:
+    FReadAheadStream(Ref<FStream> inner, int32_t blockSize, bool writable,
+                     Ref<StreamBufferPool> pool = nullptr);
+};
+
+} // namespace qorl

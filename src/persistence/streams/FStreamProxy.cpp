@@ -1,0 +1,96 @@
+#include "persistence/streams/FStreamProxy.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace qorl {
+
+QORL_REGISTER(FStreamProxy, "FStreamProxy", FStream, 0)
+
+namespace {
+
+constexpr int64_t farthestPlace = std::numeric_limits<int64_t>::max();
+
+} // namespace
+
+FStreamProxy::FStreamProxy(Ref<FStream> inner, int64_t start, int64_t length, uint32_t mode)
+    : inner_(std::move(inner)), start_(std::max<int64_t>(start, 0)), cursor_(start_),
+      length_(length < 0 ? unlimited : std::min(length, farthestPlace - start_)), mode_(mode) {
+    if (inner_)
+        takeOver(*inner_);
+}
+
+int64_t FStreamProxy::cut(int64_t count) const {
+    return length_ == unlimited ? count : std::min(count, start_ + length_ - cursor_);
+}
+
+/// Puts `inner` at our place. It may stop at its end, before that.
+FStreamProxy::Place FStreamProxy::placeInner() {
+    int64_t place = inner_->seek(cursor_, fromStart);
+    // A stream that only runs forward goes to its start on a move back, and on from there on a second one.
+    if (place >= 0 && place < cursor_)
+        place = inner_->seek(cursor_, fromStart);
+    return place == cursor_ ? Place::there : place < 0 ? Place::failed : Place::shortOfIt;
+}
+
+int64_t FStreamProxy::read(void* buffer, int64_t count) {
+    count = cut(count);
+    if (!inner_ || count < 0)
+        return -1;
+    if (count == 0)
+        return 0;
+    const Place place = placeInner();
+    if (place != Place::there)
+        return place == Place::failed ? -1 : 0;
+    const int64_t got = inner_->read(buffer, count);
+    cursor_ = std::max(inner_->tell(), start_);
+    return got;
+}
+
+int64_t FStreamProxy::write(const void* buffer, int64_t count) {
+    count = cut(count);
+    if (!inner_ || count < 0)
+        return -1;
+    if (count == 0)
+        return 0;
+    if (placeInner() != Place::there)
+        return -1;
+    const int64_t written = inner_->write(buffer, count);
+    cursor_ = std::max(inner_->tell(), start_);
+    return written;
+}
+
+int64_t FStreamProxy::seek(int64_t offset, int32_t mode) {
+    if (!inner_ || mode < fromStart || mode > fromEnd)
+        return -1;
+    int64_t target = 0;
+    if (mode == fromEnd && length_ == unlimited) {
+        target = inner_->seek(offset, fromEnd);
+        if (target < 0 && inner_->tell() != target)
+            return -1;
+    } else {
+        const int64_t from = mode == fromStart ? start_ : mode == fromHere ? cursor_ : start_ + length_;
+        if (__builtin_add_overflow(from, offset, &target))
+            target = farthestPlace; // all places are positive, so it can't be the other end
+    }
+    if (length_ != unlimited)
+        target = std::min(target, start_ + length_);
+    cursor_ = std::max(target, start_);
+    return tell();
+}
+
+void FStreamProxy::flush() {
+    if (inner_)
+        inner_->flush();
+}
+
+Result FStreamProxy::getStreamSize(int64_t& size) {
+    size = length_;
+    if (length_ != unlimited)
+        return Result::ok;
+    const int64_t end = inner_ ? inner_->seek(0, fromEnd) : -1;
+    size = std::max<int64_t>(end - start_, 0);
+    return end < 0 ? Result::failure : Result::ok;
+}
+
+} // namespace qorl

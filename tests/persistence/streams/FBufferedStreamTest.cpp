@@ -1,0 +1,371 @@
+#include "persistence/streams/FBufferedStream.h"
+
+#include "foundation/Cast.h"
+#include "persistence/SettingsFolder.h"
+#include "persistence/files/FNFileSystem.h"
+#include "persistence/streams/FFileStream.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/streams/StreamProgress.h"
+#include "persistence/urls/FUrl.h"
+#include "support/FailingAllocation.h"
+#include "support/ShakyStream.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+#include <string>
+
+namespace qorl {
+namespace {
+
+constexpr int64_t most = std::numeric_limits<int64_t>::max();
+constexpr int64_t least = std::numeric_limits<int64_t>::min();
+
+enum class Form { plain, readAhead };
+
+Ref<FBufferedStream> buffered(Form form, Ref<FStream> inner, int32_t blockSize, bool writable = true) {
+    if (form == Form::readAhead)
+        return make<FReadAheadStream>(std::move(inner), blockSize, writable);
+    return make<FBufferedStream>(std::move(inner), blockSize, writable);
+}
+
+std::string readAll(FStream& stream, int64_t count) {
+    std::string bytes(static_cast<size_t>(count), '?');
+    const int64_t got = stream.read(bytes.data(), count);
+    bytes.resize(static_cast<size_t>(std::max<int64_t>(got, 0)));
+    return bytes;
+}
+
+/// The bytes that a stream should hold, and where it should stand.
+struct Model {
+    std::string read(size_t count) {
+        const std::string taken = place < text.size() ? text.substr(place, count) : "";
+        place += taken.size();
+        return taken;
+    }
+    void write(const std::string& bytes) {
+        if (bytes.empty())
+            return;
+        text.resize(std::max(text.size(), place + bytes.size()));
+        text.replace(place, bytes.size(), bytes);
+        place += bytes.size();
+    }
+
+    std::string text;
+    size_t place = 0;
+};
+
+void expectAsModel(Form form, int32_t blockSize, uint32_t seed) {
+    SCOPED_TRACE(::testing::Message() << (form == Form::plain ? "plain" : "read ahead") << " block "
+                                      << blockSize << " seed " << seed);
+    std::mt19937 random(seed);
+    const auto upTo = [&](uint32_t limit) { return static_cast<uint32_t>(random() % (limit + 1)); };
+    Model model;
+    for (uint32_t i = upTo(60); i > 0; --i)
+        model.text += static_cast<char>('a' + upTo(25));
+    const auto inner = make<FMemoryStream>();
+    inner->write(model.text.data(), static_cast<int64_t>(model.text.size()));
+    auto stream = buffered(form, inner, blockSize);
+    model.place = model.text.size();
+    for (int step = 0; step < 3000; ++step) {
+        switch (upTo(9)) {
+        case 0:
+        case 1:
+        case 2: ASSERT_EQ(readAll(*stream, 20), model.read(20)) << "step " << step; break;
+        case 3:
+        case 4: {
+            const std::string bytes(upTo(24), static_cast<char>('A' + step % 26));
+            ASSERT_EQ(stream->write(bytes.data(), static_cast<int64_t>(bytes.size())),
+                      static_cast<int64_t>(bytes.size()));
+            model.write(bytes);
+            break;
+        }
+        case 5: stream->flush(); break;
+        case 6:
+            model.place =
+                static_cast<size_t>(stream->seek(-static_cast<int64_t>(upTo(30)), FStream::fromEnd));
+            break;
+        case 7: model.place = static_cast<size_t>(stream->seek(upTo(40), FStream::fromHere)); break;
+        default:
+            model.place = upTo(static_cast<uint32_t>(model.text.size()));
+            ASSERT_EQ(stream->seek(static_cast<int64_t>(model.place), FStream::fromStart),
+                      static_cast<int64_t>(model.place));
+        }
+        ASSERT_EQ(stream->tell(), static_cast<int64_t>(model.place)) << "step " << step;
+        int64_t size = -1;
+        ASSERT_EQ(stream->getStreamSize(size), Result::ok);
+        ASSERT_EQ(size, static_cast<int64_t>(model.text.size())) << "step " << step;
+    }
+    EXPECT_TRUE(stream->isValid());
+    stream.reset();
+    EXPECT_EQ(inner->bytes(), model.text) << "cut to the exact length";
+}
+
+TEST(FBufferedStream, ReadsAndWritesAsItsInnerStreamWould) {
+    for (const Form form : {Form::plain, Form::readAhead})
+        for (const int32_t blockSize : {1, 2, 7, 16, 64, 4096})
+            for (uint32_t seed = 1; seed <= 3; ++seed)
+                expectAsModel(form, blockSize, seed);
+}
+
+TEST(FBufferedStream, KeepsWithinTheDataUnlessItIsWritable) {
+    const auto inner = make<FMemoryStream>(std::string_view("0123456789"));
+    const auto stream = buffered(Form::plain, inner, 4, false);
+    struct Row {
+        int64_t offset;
+        int32_t mode;
+        int64_t place;
+    };
+    for (const Row& row :
+         {Row{4, FStream::fromStart, 4}, Row{3, FStream::fromHere, 7}, Row{-3, FStream::fromEnd, 7},
+          Row{100, FStream::fromStart, 10}, Row{most, FStream::fromHere, 10}, Row{-100, FStream::fromHere, 0},
+          Row{least, FStream::fromEnd, 0}, Row{-1, FStream::fromStart, 0}, Row{most, FStream::fromEnd, 10},
+          Row{0, 3, -1}, Row{0, -1, -1}}) {
+        SCOPED_TRACE(::testing::Message() << row.offset << " from " << row.mode);
+        EXPECT_EQ(stream->seek(row.offset, row.mode), row.place);
+    }
+    EXPECT_EQ(stream->tell(), 10);
+    EXPECT_EQ(stream->write("x", 1), -1);
+    EXPECT_EQ(readAll(*stream, 0), "");
+    stream->rewind();
+    EXPECT_EQ(readAll(*stream, 100), "0123456789");
+    EXPECT_EQ(stream->setStreamSize(3), Result::failure);
+
+    const auto writable = buffered(Form::plain, make<FMemoryStream>(), 4);
+    EXPECT_EQ(writable->seek(most, FStream::fromStart), most);
+    EXPECT_EQ(writable->seek(1, FStream::fromHere), most);
+    EXPECT_EQ(writable->write("x", 1), -1) << "there is no place for it";
+    EXPECT_FALSE(writable->isValid());
+}
+
+TEST(FBufferedStream, WritesWholeBlocksAndCutsAtTheEnd) {
+    const auto inner = make<FMemoryStream>();
+    auto stream = buffered(Form::plain, inner, 8);
+    stream->seek(11, FStream::fromStart);
+    EXPECT_EQ(stream->write("five", 4), 4);
+    EXPECT_EQ(inner->size(), 0) << "not before the block is left";
+    EXPECT_EQ(stream->write("!", 1), 1);
+    EXPECT_EQ(inner->size(), 16);
+    EXPECT_EQ(stream->write("x", 1), 1);
+    stream->flush();
+    EXPECT_EQ(inner->size(), 24) << "a whole block";
+    stream.reset();
+    EXPECT_EQ(inner->bytes(), std::string("\0\0\0\0\0\0\0\0\0\0\0five!x", 17));
+}
+
+TEST(FBufferedStream, LeavesAFileExactlyAsLongAsItWasWritten) {
+    const SettingsFolder folder;
+    auto& files = *FNFileSystem::instance();
+    const FNPath path(std::string_view(folder / "five.bin"));
+    constexpr uint32_t mode = FFileStream::readAccess | FFileStream::writeAccess | FFileStream::unbuffered;
+    const Ref<FStream> opened = files.createFile(path, mode);
+    auto* file = cast<FFileStream>(opened.get());
+    ASSERT_NE(file, nullptr);
+    {
+        const auto stream = FBufferedStream::openBuffered(opened, 1000);
+        EXPECT_EQ(stream->url(), file->url());
+        EXPECT_EQ(stream->write("12345", 5), 5);
+        stream->flush();
+    }
+    EXPECT_EQ(file->getLength(), 5);
+    {
+        const auto stream = FBufferedStream::openBuffered(opened, 4096);
+        stream->seek(3, FStream::fromStart);
+        EXPECT_EQ(readAll(*stream, 10), "45");
+        file->setLength(2);
+    }
+    EXPECT_EQ(file->getLength(), 2) << "who only reads cuts nothing and adds nothing";
+}
+
+TEST(FBufferedStream, FitsItsBlocksToTheSectorsOfAFile) {
+    struct Row {
+        int32_t sector, asked, used;
+    };
+    for (const Row& row : {Row{4096, 1000, 4096}, Row{4096, 10000, 4096}, Row{4096, 8192, 8192},
+                           Row{4096, 4096, 4096}, Row{512, 0, 512}, Row{0, 1000, 1000}, Row{0, -1, 4096}}) {
+        SCOPED_TRACE(::testing::Message() << row.sector << ' ' << row.asked);
+        const auto file = make<FFileStream>(platform::File(), FFileStream::readAccess, row.sector);
+        EXPECT_EQ(FBufferedStream::openBuffered(file, row.asked)->blockSize(), row.used);
+    }
+    EXPECT_EQ(FBufferedStream::openBuffered(make<FMemoryStream>(), 1000)->blockSize(), 1000);
+    EXPECT_EQ(FBufferedStream::openBuffered(nullptr, 4096), nullptr);
+}
+
+TEST(FBufferedStream, BeginsWhereItsInnerStreamStands) {
+    const auto inner = make<FMemoryStream>();
+    inner->write("0123456789", 10);
+    inner->setByteOrder(7);
+    inner->setUrl(make<FUrl>().get());
+    inner->seek(6, FStream::fromStart);
+    const auto stream = buffered(Form::plain, inner, 4, false);
+    EXPECT_EQ(stream->tell(), 6);
+    EXPECT_EQ(inner->tell(), 6) << "left as it was";
+    EXPECT_EQ(stream->byteOrder(), 7);
+    EXPECT_EQ(stream->url(), inner->url());
+    EXPECT_EQ(readAll(*stream, 10), "6789");
+}
+
+TEST(FBufferedStream, LosesNothingSilentlyWhenItsInnerStreamFails) {
+    for (const Form form : {Form::plain, Form::readAhead}) {
+        for (int64_t failAt = 1; failAt <= 20; ++failAt) {
+            SCOPED_TRACE(::testing::Message() << "call " << failAt);
+            const auto inner = make<ShakyStream>("abcdefghijklmnopqrst");
+            auto stream = buffered(form, inner, 8);
+            inner->failAt = failAt;
+            bool isTold = stream->seek(2, FStream::fromStart) != 2;
+            isTold |= stream->write("12", 2) != 2;
+            isTold |= stream->write("345678", 6) != 6;
+            stream->seek(17, FStream::fromStart);
+            isTold |= stream->write("Z", 1) != 1;
+            stream->flush();
+            isTold |= !stream->isValid();
+            const bool hasFailed = inner->failAt <= 0;
+            EXPECT_EQ(isTold, hasFailed);
+            if (!stream->isValid()) {
+                EXPECT_EQ(stream->write("more", 4), -1);
+            }
+            stream.reset();
+            if (!hasFailed) {
+                EXPECT_EQ(inner->text.substr(0, 20), "ab12345678klmnopqZst");
+            }
+        }
+    }
+    const auto slow = make<ShakyStream>("abcdefghij");
+    slow->atOnce = 1;
+    EXPECT_EQ(readAll(*buffered(Form::plain, slow, 4, false), 9), "abcdefghi") << "byte by byte";
+    slow->failAt = 5;
+    slow->place = 0;
+    const auto failing = buffered(Form::plain, slow, 4, false);
+    char byte = 0;
+    EXPECT_EQ(failing->read(&byte, 1), 1) << "what came";
+    const auto shortOf = make<ShakyStream>();
+    shortOf->room = 7;
+    const auto full = buffered(Form::plain, shortOf, 4);
+    EXPECT_EQ(full->write("1234567", 7), 7);
+    full->flush();
+    EXPECT_FALSE(full->isValid()) << "a block that does not fit whole";
+}
+
+TEST(FBufferedStream, DoesNothingWithoutABlock) {
+    failEachAllocation([](FailingAllocation& allocation) {
+        const auto inner = make<FMemoryStream>(std::string_view("abc"));
+        const auto stream = allocation.during([&] { return FBufferedStream::openBuffered(inner, 16); });
+        if (!stream || !stream->isValid()) {
+            EXPECT_TRUE(allocation.hasFailed());
+            char byte = 0;
+            EXPECT_EQ(stream ? stream->read(&byte, 1) : -1, -1);
+            EXPECT_EQ(stream ? stream->write(&byte, 1) : -1, -1);
+        }
+        EXPECT_EQ(inner->bytes(), "abc");
+    });
+    FBufferedStream none(nullptr, 16, true);
+    EXPECT_FALSE(none.isValid());
+    EXPECT_EQ(none.write("x", 1), -1);
+    none.flush();
+    int64_t size = 0;
+    EXPECT_EQ(none.getStreamSize(size), Result::failure);
+}
+
+TEST(FBufferedStream, EndsWritingAtANegativeCount) {
+    const auto inner = make<FMemoryStream>();
+    const auto stream = buffered(Form::plain, inner, 4);
+    EXPECT_EQ(stream->write("a", 1), 1);
+    EXPECT_EQ(stream->write("a", -1), -1);
+    EXPECT_FALSE(stream->isValid());
+    EXPECT_EQ(stream->write("a", 1), -1);
+    stream->rewind();
+    EXPECT_EQ(readAll(*stream, 5), "a") << "reading goes on";
+}
+
+class Monitor : public StreamProgress {
+public:
+    bool isCancelled(const void*, int64_t count) override {
+        asked.push_back(count);
+        return isStopped;
+    }
+    int64_t position() const override { return told; }
+    void setPosition(int64_t position) override { told = position; }
+    int64_t total() const override { return 0; }
+
+    std::vector<int64_t> asked;
+    bool isStopped = false;
+    int64_t told = 0;
+};
+
+TEST(FBufferedStream, AsksItsMonitorFirst) {
+    const auto inner = make<FMemoryStream>(std::string_view("0123456789"));
+    const auto stream = buffered(Form::plain, inner, 4, true);
+    Monitor monitor;
+    stream->setProgress(&monitor);
+    stream->setMonitorThreshold(3);
+    EXPECT_EQ(readAll(*stream, 3), "012");
+    EXPECT_EQ(monitor.told, 0) << "not more than the threshold";
+    EXPECT_EQ(readAll(*stream, 1), "3");
+    EXPECT_EQ(monitor.told, 4);
+    stream->seek(-3, FStream::fromHere);
+    EXPECT_EQ(monitor.told, 4);
+    stream->rewind();
+    EXPECT_EQ(monitor.told, 0);
+    monitor.isStopped = true;
+    EXPECT_EQ(readAll(*stream, 5), "");
+    char byte = 0;
+    EXPECT_EQ(stream->read(&byte, 1), -1);
+    EXPECT_EQ(stream->write("x", 1), -1);
+    EXPECT_EQ(monitor.asked, (std::vector<int64_t>{3, 1, 5, 1, 1}));
+    EXPECT_TRUE(stream->isValid());
+}
+
+TEST(FReadAheadStream, KeepsTheLastTwoBlocks) {
+    const auto inner = make<ShakyStream>("aaaabbbbcccc");
+    const auto stream = buffered(Form::readAhead, inner, 4, false);
+    const auto readAt = [&](int64_t place) {
+        stream->seek(place, FStream::fromStart);
+        return readAll(*stream, 2);
+    };
+    EXPECT_EQ(readAt(1) + readAt(9), "aacc");
+    const int64_t calls = inner->calls;
+    EXPECT_EQ(readAt(2) + readAt(8) + readAt(0) + readAt(10), "aaccaacc");
+    EXPECT_EQ(inner->calls, calls) << "both are kept";
+    EXPECT_EQ(readAt(4), "bb");
+    EXPECT_GT(inner->calls, calls);
+    const int64_t after = inner->calls;
+    EXPECT_EQ(readAt(8), "cc") << "the one before is still there";
+    EXPECT_EQ(inner->calls, after);
+}
+
+TEST(FReadAheadStream, GoesOnWithZerosBehindTheLastBlock) {
+    const auto inner = make<FMemoryStream>();
+    inner->write("abcde", 5);
+    const auto stream = buffered(Form::readAhead, inner, 4);
+    stream->seek(4, FStream::fromStart);
+    EXPECT_EQ(readAll(*stream, 4), "e");
+    stream->seek(13, FStream::fromStart);
+    EXPECT_EQ(stream->write("z", 1), 1);
+    stream->seek(4, FStream::fromStart);
+    EXPECT_EQ(readAll(*stream, 100), std::string("e\0\0\0\0\0\0\0\0z", 10));
+}
+
+TEST(StreamBufferPool, HandsOutWhatCameBack) {
+    const auto pool = make<StreamBufferPool>();
+    const CmBuffer* first = nullptr;
+    {
+        Ref<CmBuffer> block = pool->take(100);
+        EXPECT_EQ(block->capacity(), 100);
+        block->append("left over", 9);
+        first = block.get();
+        pool->giveBack(std::move(block));
+    }
+    EXPECT_NE(pool->take(50).get(), first) << "of another size";
+    {
+        FBufferedStream stream(make<FMemoryStream>(), 100, true, pool);
+        stream.write("abc", 3);
+        EXPECT_NE(pool->take(100).get(), first) << "the stream has it";
+    }
+    const Ref<CmBuffer> again = pool->take(100);
+    EXPECT_EQ(again.get(), first);
+    EXPECT_EQ(again->used(), 0);
+    EXPECT_EQ(pool->take(0), nullptr);
+}
+
+} // namespace
+} // namespace qorl
