@@ -1,8 +1,7 @@
 #include "persistence/defaults/FDefaultPool.h"
 
 #include "foundation/Singleton.h"
-#include "persistence/defaults/Md5.h"
-#include "persistence/files/FNFileSystem.h"
+#include "persistence/defaults/DefaultsFolder.h"
 #include "persistence/xml/XmlDocument.h"
 
 #include <algorithm>
@@ -16,53 +15,23 @@ constinit Singleton<FGlobalDefaultPool> globalPool;
 
 constexpr const char* storeName = "Defaults";
 constexpr const char* trashName = "Defaults (Trashed)";
-constexpr const char* backupName = "Defaults (Backup)";
-// Folders under these names are not whole yet.
-constexpr const char* newStoreName = "Defaults (New)";
-constexpr const char* newBackupName = "Defaults (New Backup)";
 constexpr std::string_view storeTag = "Defaults";
 constexpr std::string_view autoSaverTag = "AutoSaver";
 constexpr const char* poolGroup = "FGlobalDefaultPool";
 constexpr const char* extractedMark = "Preferences extraced";
 constexpr const char* autoSaverName = "AutoSaver";
 
-FNPath folderNamed(const char* name) {
-    FNPath path(name, FNPath::userSettings);
-    if (!path.isValid())
-        throw std::bad_alloc();
-    path.setIsFolder(true);
-    return path;
+std::string inFolder(const std::string& name, const char* folder = DefaultsFolder::store) {
+    return std::string(folder) + '/' + name;
 }
 
-bool stands(const char* folder) {
-    return platform::folderExists(folderNamed(folder).toUtf8());
-}
-
-std::string inFolder(const std::string& name, const std::string& folder = storeName) {
-    return folder + '/' + name;
-}
-
-ConstString toText(const std::string& text) {
-    return ConstString(std::string_view(text));
-}
-
-/// The digest of the name as its string holds it, in 32 digits.
-std::string digestOf(const ConstString& name) {
-    const size_t width = name.isWide() ? sizeof(char16_t) : sizeof(char);
-    return md5Digits(name.data(), static_cast<size_t>(name.size()) * width);
-}
-
-/// Puts a folder that is whole in the place of an earlier one.
-bool putInPlace(FNFileSystem& files, const char* from, const char* to) {
-    FNPath path = folderNamed(from);
-    const FNPath target = folderNamed(to);
-    if (stands(to) && !files.deleteTree(target))
-        return false;
-    return files.rename(path, to);
+/// One of the settings files, for as long as its name is there.
+StoredFile settingsFile(std::string_view name) {
+    return {ConstString(name), FFileType::xmlFile()};
 }
 
 /// Attributes as an object of their own, for the settings files.
-class Holder : public CmObject {
+class AttributesHolder : public CmObject {
 public:
     bool storeAttributes(FAttributes* attributes) override {
         *attributes = held;
@@ -79,12 +48,21 @@ public:
 } // namespace
 
 FDefaultPool::FDefaultPool() = default;
+FDefaultPool::FDefaultPool(const FDefaultPool& other)
+    : CmObject(other), removedGroups_(other.removedGroups_), unreadable_(other.unreadable_),
+      afterLoad_(other.afterLoad_), beforeSave_(other.beforeSave_), loadHook_(other.loadHook_),
+      saveHook_(other.saveHook_), state_(other.state_) {
+    for (const auto& [name, group] : other.groups_)
+        groups_.emplace(name, make<FDefaults>(*group));
+    if (other.savedAutoSaverAttributes_)
+        savedAutoSaverAttributes_ = make<FAttributes>(*other.savedAutoSaverAttributes_);
+}
 FDefaultPool::~FDefaultPool() = default;
 
 FDefaults* FDefaultPool::getGroup(const ConstString& name, int32_t version, bool create) try {
-    if (name.isEmpty() || disabled_)
+    if (name.isEmpty() || state_.disabled)
         return nullptr;
-    const std::string key = name.toUtf8();
+    const std::u16string key = name.toUtf16();
     if (const auto found = groups_.find(key); found != groups_.end())
         return found->second->version() == version ? found->second.get() : nullptr;
     if (!create || isRemoved(key))
@@ -105,12 +83,12 @@ Ref<FDefaults> FDefaultPool::createGroup(const ConstString& name) {
     return make<FDefaults>(name);
 }
 
-bool FDefaultPool::isRemoved(const std::string& name) const {
+bool FDefaultPool::isRemoved(const std::u16string& name) const {
     return std::find(removedGroups_.begin(), removedGroups_.end(), name) != removedGroups_.end();
 }
 
 void FDefaultPool::removeGroup(const ConstString& name) {
-    const std::string key = name.toUtf8();
+    const std::u16string key = name.toUtf16();
     groups_.erase(key);
     if (!isRemoved(key))
         removedGroups_.push_back(key);
@@ -118,41 +96,55 @@ void FDefaultPool::removeGroup(const ConstString& name) {
 
 bool FDefaultPool::load() try {
     if (loadHook_ && !loadHook_()) {
-        noNewGroups_ = true;
+        state_.noNewGroups = true;
         return false;
     }
-    return folderMode_ ? loadFolder() : loadSingleFile();
+    return state_.folderMode ? loadFolder() : loadSingleFile();
 } catch (const std::bad_alloc&) {
     // What the store holds is not known, so nothing may take its place.
-    isUnknown_ = true;
+    state_.isUnknown = true;
     return false;
 }
 
 bool FDefaultPool::loadFile(const std::string& name, std::string_view tag, CmObject& object) {
     StoredFile::Found found = StoredFile::Found::missing;
-    const bool isLoaded = XmlFile::load(toText(name), tag, object, &found);
+    const bool isLoaded = XmlFile::load(ConstString(std::string_view(name)), tag, object, &found);
     if (found == StoredFile::Found::unreadable)
         unreadable_.insert(name);
     return isLoaded;
 }
 
 bool FDefaultPool::saveFile(const std::string& name, std::string_view tag, CmObject& object) {
-    if (unreadable_.contains(name)) {
-        if (!XmlFile::setAside(toText(name)))
-            return false;
-        unreadable_.erase(name);
-    }
-    return XmlFile::save(toText(name), tag, object);
+    return setAsideUnread(name) && XmlFile::save(ConstString(std::string_view(name)), tag, object);
+}
+
+/// What could not be read is kept under another name before anything takes its place.
+bool FDefaultPool::setAsideUnread(const std::string& name) {
+    if (!unreadable_.contains(name))
+        return true;
+    if (!settingsFile(name).setAside())
+        return false;
+    unreadable_.erase(name);
+    return true;
+}
+
+/// Takes away a file whose settings are stored elsewhere by now.
+bool FDefaultPool::removeFile(const std::string& name) {
+    const StoredFile file = settingsFile(name);
+    return setAsideUnread(name) && (!file.exists() || file.remove());
 }
 
 bool FDefaultPool::loadGroup(FDefaults& group) {
-    return loadFile(inFolder(digestOf(group.group())), storeTag, group);
+    const std::string name = inFolder(DefaultsFolder::fileOf(group.group()));
+    const std::string earlier = inFolder(DefaultsFolder::earlierFileOf(group.group()));
+    const bool isEarlier = !settingsFile(name).exists() && settingsFile(earlier).exists();
+    return loadFile(isEarlier ? earlier : name, storeTag, group);
 }
 
 bool FDefaultPool::loadSingleFile() {
     const bool isLoaded = loadFile(storeName, storeTag, *this);
     if (markExtracted())
-        preferencesNeedExtraction_ = true;
+        state_.preferencesNeedExtraction = true;
     return isLoaded;
 }
 
@@ -166,18 +158,17 @@ bool FDefaultPool::markExtracted() {
 }
 
 bool FDefaultPool::loadFolder() {
-    auto* files = FNFileSystem::instance();
-    if (files && stands(storeName)) {
-        Holder savers;
+    if (DefaultsFolder::stands(DefaultsFolder::store)) {
+        AttributesHolder savers;
         if (loadFile(inFolder(autoSaverName), autoSaverTag, savers))
             savedAutoSaverAttributes_ = make<FAttributes>(savers.held);
         return true;
     }
     const bool isRead = loadFile(storeName, storeTag, *this);
-    preferencesNeedExtraction_ = isRead;
+    state_.preferencesNeedExtraction = isRead;
     const FDefaults* group = getGroup(poolGroup, 0, false);
     if (group && group->values().contains(extractedMark))
-        preferencesNeedExtraction_ = false;
+        state_.preferencesNeedExtraction = false;
     return isRead;
 }
 
@@ -189,57 +180,47 @@ void FDefaultPool::finishLoad() {
         });
     for (const Callback callback : std::vector(afterLoad_))
         callback();
-    loaded_ = true;
+    state_.loaded = true;
     savedAutoSaverAttributes_.reset();
 }
 
 bool FDefaultPool::save(bool force) try {
-    if (!loaded_ || isUnknown_)
+    if (!state_.loaded || state_.isUnknown)
         return false;
     if (force)
         for (const Callback callback : std::vector(beforeSave_))
             callback();
     if (saveHook_ && !saveHook_())
         return true;
-    return folderMode_ ? saveFolder() : saveFile(storeName, storeTag, *this);
+    return state_.folderMode ? saveFolder() : saveFile(storeName, storeTag, *this);
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FDefaultPool::saveFolder() {
-    auto* files = FNFileSystem::instance();
-    if (!files)
-        return false;
-    if (stands(storeName))
-        return saveGroups(storeName) && removeSingleFile();
+    using namespace DefaultsFolder;
+    if (stands(store))
+        return saveGroups(store) && removeFile(storeName);
     // The next start reads the single file no more once the folder stands, so it stands when it is whole.
-    const FNPath folder = folderNamed(newStoreName);
-    if (stands(newStoreName) && !files->deleteTree(folder))
-        return false;
-    return folder.createFolders() && saveGroups(newStoreName) &&
-           putInPlace(*files, newStoreName, storeName) && removeSingleFile();
+    return createAfresh(newStore) && saveGroups(newStore) && putInPlace(newStore, store) &&
+           removeFile(storeName);
 }
 
-bool FDefaultPool::saveGroups(const std::string& folder) {
+bool FDefaultPool::saveGroups(const char* folder) {
     bool isGood = true;
     for (const auto& [name, group] : groups_)
         if (!group->isEmpty())
-            isGood &= saveFile(inFolder(digestOf(group->group()), folder), storeTag, *group);
-    for (const std::string& name : removedGroups_)
-        for (const String& stored :
-             {String(std::string_view(name)), String(ConstString(name.c_str()).toUtf16().c_str())})
-            XmlFile::remove(toText(inFolder(digestOf(stored), folder)));
-    Holder savers;
+            isGood &= saveFile(inFolder(DefaultsFolder::fileOf(group->group()), folder), storeTag, *group) &&
+                      removeFile(inFolder(DefaultsFolder::earlierFileOf(group->group()), folder));
+    for (const std::u16string& name : removedGroups_) {
+        const ConstString group(name.c_str(), static_cast<int32_t>(name.size()));
+        isGood &= removeFile(inFolder(DefaultsFolder::fileOf(group), folder)) &&
+                  removeFile(inFolder(DefaultsFolder::earlierFileOf(group), folder));
+    }
+    AttributesHolder savers;
     if (saveAutoSavers(savers.held))
         isGood &= saveFile(inFolder(autoSaverName, folder), autoSaverTag, savers);
     return isGood;
-}
-
-/// What the folder took over is not needed in the single file any more.
-bool FDefaultPool::removeSingleFile() {
-    if (unreadable_.contains(storeName))
-        return XmlFile::setAside(storeName) && unreadable_.erase(storeName) > 0;
-    return !XmlFile::exists(storeName) || XmlFile::remove(storeName);
 }
 
 /// False when none is registered.
@@ -260,39 +241,48 @@ void FDefaultPool::clear() {
     beforeSave_.clear();
     savedAutoSaverAttributes_.reset();
     loadHook_ = saveHook_ = nullptr;
-    disabled_ = isUnknown_ = noNewGroups_ = folderMode_ = loaded_ = preferencesNeedExtraction_ = false;
+    state_ = {};
 }
 
 bool FDefaultPool::trash() try {
-    auto* files = FNFileSystem::instance();
-    if (folderMode_)
-        return files && files->deleteTree(folderNamed(storeName));
-    return XmlFile::rename(storeName, trashName);
+    const bool isFolder = state_.folderMode && DefaultsFolder::stands(DefaultsFolder::store);
+    const StoredFile file = settingsFile(storeName);
+    // In folder mode the next start would read an older single file again.
+    const bool isFile = file.exists();
+    const bool isGone = !isFolder || DefaultsFolder::discard(DefaultsFolder::store);
+    return (isFolder || isFile) && (!isFile || file.rename(trashName)) && isGone;
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FDefaultPool::backup() try {
-    if (!folderMode_)
-        return !XmlFile::exists(storeName) || XmlFile::backup(storeName);
-    auto* files = FNFileSystem::instance();
-    const FNPath copy = folderNamed(newBackupName);
-    if (!files || (stands(newBackupName) && !files->deleteTree(copy)))
+    using namespace DefaultsFolder;
+    // Settings that could not be brought back are worth more than those of the run without them.
+    if (state_.isBackupStuck)
         return false;
-    if (!stands(storeName))
-        return true;
-    // A link would lead to settings that this run may change.
-    return files->copyTree(folderNamed(storeName), copy, platform::FileLinks::copyContents) &&
-           putInPlace(*files, newBackupName, backupName);
+    if (state_.folderMode && stands(store))
+        return DefaultsFolder::copy(store, newBackup) && putInPlace(newBackup, DefaultsFolder::backup);
+    const StoredFile file = settingsFile(storeName);
+    return !file.exists() || file.backup(FFileType::settingsBackupFile());
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FDefaultPool::restore() try {
-    if (!folderMode_)
-        return XmlFile::restore(storeName);
-    auto* files = FNFileSystem::instance();
-    return files && stands(backupName) && putInPlace(*files, backupName, storeName);
+    using namespace DefaultsFolder;
+    state_.isBackupStuck = true;
+    const StoredFile file = settingsFile(storeName);
+    bool isRestored = false;
+    if (state_.folderMode && stands(DefaultsFolder::backup))
+        isRestored = putInPlace(DefaultsFolder::backup, store);
+    else if (file.hasBackup(FFileType::settingsBackupFile()))
+        // In folder mode it was made before the folder.
+        isRestored = (!state_.folderMode || !stands(store) || discard(store)) &&
+                     file.restore(FFileType::settingsBackupFile());
+    else
+        state_.isBackupStuck = false;
+    state_.isBackupStuck = state_.isBackupStuck && !isRestored;
+    return isRestored;
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -329,7 +319,7 @@ bool FDefaultPool::restoreAttributes(FAttributes* attributes) {
             groups_.clear();
             return false;
         }
-        groups_.insert_or_assign(group->group().toUtf8(), group);
+        groups_.insert_or_assign(group->group().toUtf16(), group);
     }
     savedAutoSaverAttributes_ = retain(attributes->getAttributes("AutoSavers"));
     return true;

@@ -20,13 +20,16 @@ namespace qorl {
 /// Threading: the user-interface thread.
 class FDefaultPool : public CmObject {
     QORL_CLASS(FDefaultPool, CmObject)
+    QORL_CLONE(FDefaultPool)
 
 public:
     using Hook = bool (*)();
     using Callback = void (*)();
 
     FDefaultPool();
-    FDefaultPool(const FDefaultPool&) = delete;
+    /// With copies of the groups; the auto-savers stay with the pool that they registered at.
+    FDefaultPool(const FDefaultPool& other);
+    FDefaultPool& operator=(const FDefaultPool&) = delete;
     ~FDefaultPool() override;
 
     /// The group of that name, made when it is missing and `create` is set. Null for an empty name, for a
@@ -45,11 +48,13 @@ public:
     /// Forgets all groups, hooks and callbacks, as before the first load.
     void clear();
 
-    /// Puts the store away under "Defaults (Trashed)"; one file for each group are deleted.
+    /// Puts the single file away under "Defaults (Trashed)", in place of an earlier one; in folder mode the
+    /// folder is deleted. False when there was nothing, too.
     bool trash();
-    /// Copies the store beside itself, if there is one. A copy that fails leaves an earlier one.
+    /// Copies the store beside itself, if there is one. A copy that fails leaves an earlier one, and one that
+    /// `restore` could not bring back is never replaced.
     bool backup();
-    /// Brings back what `backup` left, if anything, and takes it away.
+    /// Brings back what `backup` left, and takes it away. False, and nothing changed, when there is nothing.
     bool restore();
 
     /// Asked before anything is read or written; false stops the work.
@@ -59,12 +64,12 @@ public:
     void addBeforeSaveCallback(Callback callback) { beforeSave_.push_back(callback); }
 
     /// From now on one file for each group instead of one for all.
-    void setFolderMode() { folderMode_ = true; }
-    bool isFolderMode() const { return folderMode_; }
-    void setDisabled(bool disabled) { disabled_ = disabled; }
-    bool isLoaded() const { return loaded_; }
+    void setFolderMode() { state_.folderMode = true; }
+    bool isFolderMode() const { return state_.folderMode; }
+    void setDisabled(bool disabled) { state_.disabled = disabled; }
+    bool isLoaded() const { return state_.loaded; }
     /// Settings of an older form wait to be taken out of the store.
-    bool preferencesNeedExtraction() const { return preferencesNeedExtraction_; }
+    bool preferencesNeedExtraction() const { return state_.preferencesNeedExtraction; }
 
     void registerAutoSaver(AutoSaver* saver);
     void unregisterAutoSaver(AutoSaver* saver);
@@ -76,24 +81,25 @@ public:
 
 protected:
     /// The load hook said no: nothing is read from files in this run.
-    bool isRefused() const { return noNewGroups_; }
+    bool isRefused() const { return state_.noNewGroups; }
     /// Reads the file of `group` in folder mode, if it has one.
     bool loadGroup(FDefaults& group);
 
 private:
     bool loadFile(const std::string& name, std::string_view tag, CmObject& object);
     bool saveFile(const std::string& name, std::string_view tag, CmObject& object);
-    bool removeSingleFile();
-    bool saveGroups(const std::string& folder);
-    bool isRemoved(const std::string& name) const;
+    bool setAsideUnread(const std::string& name);
+    bool removeFile(const std::string& name);
+    bool saveGroups(const char* folder);
+    bool isRemoved(const std::u16string& name) const;
     bool loadFolder();
     bool loadSingleFile();
     bool saveFolder();
     bool saveAutoSavers(FAttributes& attributes);
     bool markExtracted();
 
-    std::unordered_map<std::string, Ref<FDefaults>> groups_;
-    std::vector<std::string> removedGroups_;
+    std::unordered_map<std::u16string, Ref<FDefaults>> groups_;
+    std::vector<std::u16string> removedGroups_;
     /// Files, by their names in the settings, that hold what could not be read.
     std::set<std::string> unreadable_;
     ListenerList<AutoSaver> autoSavers_;
@@ -102,18 +108,25 @@ private:
     std::vector<Callback> beforeSave_;
     Hook loadHook_ = nullptr;
     Hook saveHook_ = nullptr;
-    bool disabled_ = false;
-    /// There was no memory to load it.
-    bool isUnknown_ = false;
-    bool noNewGroups_ = false;
-    bool folderMode_ = false;
-    bool loaded_ = false;
-    bool preferencesNeedExtraction_ = false;
+
+    struct State {
+        bool disabled = false;
+        /// There was no memory to load it.
+        bool isUnknown = false;
+        /// What `backup` left could not be brought back.
+        bool isBackupStuck = false;
+        bool noNewGroups = false;
+        bool folderMode = false;
+        bool loaded = false;
+        bool preferencesNeedExtraction = false;
+    };
+    State state_;
 };
 
 /// The pool of the process: in folder mode a group comes from its own file when somebody first asks for it.
 class FGlobalDefaultPool : public FDefaultPool {
     QORL_CLASS(FGlobalDefaultPool, FDefaultPool)
+    QORL_CLONE(FGlobalDefaultPool)
 
 public:
     /// Made on first use; null once the library has released its singletons.

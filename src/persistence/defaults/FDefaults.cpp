@@ -30,7 +30,8 @@ bool FDefaults::restoreAttributes(FAttributes* attributes) {
     if (group_.string() != name)
         return false;
     version_ = static_cast<int32_t>(attributes->getInteger("Version"));
-    attributes->loadExtraAttributes(values_, "Values", true);
+    values_.removeAll();
+    attributes->loadExtraAttributes(values_, "Values");
     return true;
 }
 

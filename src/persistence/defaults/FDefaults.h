@@ -26,7 +26,7 @@ public:
     int32_t compare(const CmObject* other) const override;
     /// "Group", "Version" unless 0, "Values".
     bool storeAttributes(FAttributes* attributes) override;
-    /// Values that the group holds already stay.
+    /// What the group held before goes.
     bool restoreAttributes(FAttributes* attributes) override;
 
 private:

@@ -49,6 +49,21 @@ platform::FileError moveWithin(const std::string& from, const std::string& to) {
     return error ? error : platform::flushFolder(folderOf(to));
 }
 
+/// With every folder above it, known to the disk: a file is lost with its folder.
+platform::FileError makeFolder(const std::string& folder) {
+    if (folder.empty() || platform::folderExists(folder))
+        return {};
+    const std::string parent = folderOf(folder.substr(0, folder.size() - 1));
+    if (platform::FileError error = makeFolder(parent))
+        return error;
+    const platform::FileError error = platform::createFolder(folder);
+    if (error && !platform::folderExists(folder))
+        return error;
+    // One that can't be flushed may still keep what is in it.
+    platform::flushFolder(parent);
+    return {};
+}
+
 /// Takes away what would come back in the place of a file that goes.
 bool removeOld(const std::string& file) {
     const std::string old = oldOf(platform::getCanonicalPath(file));
@@ -140,7 +155,7 @@ bool StoredFile::save(const Work& write, int32_t* error) const try {
     const FNPath path = pathOf(name_, type_);
     const std::string file = path.toUtf8();
     platform::FileReplacement replacement;
-    if (!report(file, "its folder can't be made", platform::createFolders(folderOf(file)), error) ||
+    if (!report(file, "its folder can't be made", makeFolder(folderOf(file)), error) ||
         !report(file, "can't be stored", replacement.open(file), error))
         return false;
     const auto stream = make<StoringStream>(replacement.file());
@@ -242,6 +257,12 @@ bool StoredFile::backup(const FFileType& copyType) const try {
         return false;
     const std::string file = pathOf(name_, type_).toUtf8();
     return report(file, "can't be copied", platform::copyFile(file, copyOf(copyType)));
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool StoredFile::hasBackup(const FFileType& copyType) const try {
+    return platform::fileExists(copyOf(copyType));
 } catch (const std::bad_alloc&) {
     return false;
 }

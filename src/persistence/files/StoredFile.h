@@ -41,7 +41,7 @@ public:
         bool (*call_)(const void* work, FStream& stream);
     };
 
-    /// Both are read by each operation, and outlive the object.
+    /// `name` is read by each operation, so it outlives the object.
     StoredFile(const ConstString& name, const FFileType& type) : name_(name), type_(type) {}
 
     /// Makes missing folders, lets `write` fill an empty stream, which can be moved about and read too but
@@ -64,6 +64,7 @@ public:
 
     /// Copies the file beside itself, with the extension of `copyType`. False when there is none.
     bool backup(const FFileType& copyType) const;
+    bool hasBackup(const FFileType& copyType) const;
     /// Puts such a copy in the file's place, and takes it away. False when there is none.
     bool restore(const FFileType& copyType) const;
 
@@ -74,7 +75,7 @@ private:
     bool settle() const;
 
     ConstString name_;
-    const FFileType& type_;
+    FFileType type_;
 };
 
 } // namespace qorl

@@ -1,5 +1,6 @@
 #include "persistence/defaults/FDefaultPool.h"
 
+#include "foundation/Cast.h"
 #include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/xml/XmlDocument.h"
@@ -16,8 +17,15 @@ namespace {
 std::string calls;
 
 const std::string damaged = "<Defaults><list name='Entries' type='li";
-// MD5 of "Group"
-const std::string groupFile = "03937134CEDAB9078BE39A77EE3A48A0";
+// MD5 of "Group", in UTF-16 and in 8 bits
+const std::string groupFile = "782743F1529D5384B5C3C8AFE48ECBC4";
+const std::string earlierGroupFile = "03937134CEDAB9078BE39A77EE3A48A0";
+
+std::string groupDocument(int number) {
+    return "<Defaults><string name=\"Group\" value=\"Group\"/><member name=\"Values\"><int name=\"n\" "
+           "value=\"" +
+           std::to_string(number) + "\"/></member></Defaults>";
+}
 
 bool refuse() {
     calls += "refused ";
@@ -240,7 +248,185 @@ TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
 INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolTest, ::testing::Values(false, true),
                          [](const auto& form) { return form.param ? "OneFileForEachGroup" : "OneFile"; });
 
-class FDefaultPoolFormTest : public FDefaultPoolTest {};
+TEST_P(FDefaultPoolTest, TakesNothingOfAFileThatWasCut) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    const std::string name = GetParam() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml";
+    const std::string whole = folder_.read(name);
+    for (size_t size = 0; size + 3 < whole.size(); size += 1) {
+        folder_.write(name, whole.substr(0, size));
+        restart();
+        EXPECT_EQ(loadAll(), GetParam()) << size;
+        EXPECT_TRUE(pool().getGroup("Group")->isEmpty()) << size;
+    }
+}
+
+TEST_P(FDefaultPoolTest, CopiesItsGroups) {
+    loadAll();
+    pool().getGroup("Group", 2)->values().setInteger("n", 1);
+    const Ref<CmObject> copy = Ref<CmObject>::adopt(pool().clone());
+    auto* other = cast<FGlobalDefaultPool>(copy.get());
+    ASSERT_NE(other, nullptr);
+    other->getGroup("Group", 2)->values().setInteger("n", 2);
+    EXPECT_EQ(pool().getGroup("Group", 2)->values().getInteger("n"), 1);
+    EXPECT_EQ(other->isFolderMode(), GetParam());
+}
+
+class FDefaultPoolFormTest : public FDefaultPoolTest {
+protected:
+    void begin(int number) {
+        pool().setFolderMode();
+        loadAll();
+        pool().getGroup("Group")->values().setInteger("n", number);
+    }
+    int64_t numberAfterRestart() {
+        restart();
+        pool().setFolderMode();
+        pool().restore();
+        loadAll();
+        return pool().getGroup("Group")->values().getInteger("n");
+    }
+};
+
+TEST_P(FDefaultPoolFormTest, WritesTheDocuments) {
+    loadAll();
+    Saver saver;
+    saver.state = 7;
+    pool().getGroup("FGlobalDefaultPool")->values().removeAll();
+    pool().getGroup("Z", 3)->values().setString("t", "x");
+    pool().getGroup("Empty", 3);
+    EXPECT_TRUE(pool().save(true));
+    const std::string head = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n";
+    EXPECT_EQ(folder_.read("settings/Defaults.xml"), head +
+                                                         "<Defaults>\r\n"
+                                                         "   <list name=\"Entries\" type=\"list\">\r\n"
+                                                         "      <item>\r\n"
+                                                         "         <string name=\"Group\" value=\"Z\"/>\r\n"
+                                                         "         <int name=\"Version\" value=\"3\"/>\r\n"
+                                                         "         <member name=\"Values\">\r\n"
+                                                         "            <string name=\"t\" value=\"x\"/>\r\n"
+                                                         "         </member>\r\n"
+                                                         "      </item>\r\n"
+                                                         "   </list>\r\n"
+                                                         "   <member name=\"AutoSavers\">\r\n"
+                                                         "      <member name=\"Saver\">\r\n"
+                                                         "         <int name=\"state\" value=\"7\"/>\r\n"
+                                                         "      </member>\r\n"
+                                                         "   </member>\r\n"
+                                                         "</Defaults>\r\n");
+    pool().setFolderMode();
+    EXPECT_TRUE(pool().save(true));
+    // MD5 of "Z" in UTF-16
+    EXPECT_EQ(folder_.read("settings/Defaults/BF7DFE4BBE9619E219FD63F902180762.xml"),
+              head + "<Defaults>\r\n"
+                     "   <string name=\"Group\" value=\"Z\"/>\r\n"
+                     "   <int name=\"Version\" value=\"3\"/>\r\n"
+                     "   <member name=\"Values\">\r\n"
+                     "      <string name=\"t\" value=\"x\"/>\r\n"
+                     "   </member>\r\n"
+                     "</Defaults>\r\n");
+    EXPECT_EQ(folder_.read("settings/Defaults/AutoSaver.xml"),
+              head + "<AutoSaver>\r\n"
+                     "   <member name=\"Saver\">\r\n"
+                     "      <int name=\"state\" value=\"7\"/>\r\n"
+                     "   </member>\r\n"
+                     "</AutoSaver>\r\n");
+    std::vector<platform::FolderEntry> entries;
+    platform::listFolder(folder_ / "settings/Defaults", entries);
+    EXPECT_EQ(entries.size(), 2u);
+}
+
+TEST_P(FDefaultPoolFormTest, NamesAFileByTheWideFormOfItsGroup) {
+    // MD5 of "\xC4\xA7" (h with stroke), in UTF-16: 27 01
+    begin(0);
+    pool().getGroup("\xC4\xA7")->values().setInteger("n", 1);
+    pool().getGroup(ConstString(u"\u0127"))->values().setInteger("m", 2);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_TRUE(folder_.has("settings/Defaults/561E978B7276894F98B030DF25EA8112.xml"));
+}
+
+TEST_P(FDefaultPoolFormTest, FindsAGroupUnderItsEarlierName) {
+    const std::string earlier = "settings/Defaults/" + earlierGroupFile + ".xml";
+    const std::string now = "settings/Defaults/" + groupFile + ".xml";
+    folder_.write(earlier, groupDocument(1));
+    EXPECT_EQ(numberAfterRestart(), 1);
+    pool().getGroup("Group")->values().setInteger("n", 2);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_TRUE(folder_.has(now));
+    EXPECT_FALSE(folder_.has(earlier)) << "it would come back";
+    folder_.write(earlier, groupDocument(1));
+    EXPECT_EQ(numberAfterRestart(), 2);
+    pool().removeGroup("Group");
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_FALSE(folder_.has(now) || folder_.has(earlier));
+    folder_.write(earlier, damaged);
+    EXPECT_EQ(numberAfterRestart(), 0);
+    pool().getGroup("Group")->values().setInteger("n", 3);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_EQ(folder_.read("settings/Defaults/" + earlierGroupFile + " (Damaged).xml"), damaged);
+}
+
+TEST_P(FDefaultPoolFormTest, BringsBackASingleFileThatWasDisabledBeforeItMoved) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    restart();
+    pool().setFolderMode();
+    EXPECT_TRUE(pool().backup());
+    pool().setLoadHook(&refuse);
+    begin(2);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_TRUE(folder_.has("settings/Defaults"));
+    EXPECT_EQ(numberAfterRestart(), 1);
+    EXPECT_FALSE(pool().restore());
+}
+
+TEST_P(FDefaultPoolFormTest, KeepsABackupThatCouldNotBeBroughtBack) {
+    begin(1);
+    pool().save(true);
+    EXPECT_TRUE(pool().backup());
+    begin(2);
+    pool().save(true);
+    // A file where the store is put away to.
+    folder_.write("settings/Defaults (Trashed)", "x");
+    EXPECT_FALSE(pool().restore());
+    EXPECT_FALSE(pool().backup()) << "it would replace the user's own settings";
+    platform::deleteFile(folder_ / "settings/Defaults (Trashed)");
+    EXPECT_EQ(numberAfterRestart(), 1);
+}
+
+TEST_P(FDefaultPoolFormTest, TrashesBothForms) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    restart();
+    pool().setFolderMode();
+    EXPECT_TRUE(pool().trash());
+    EXPECT_TRUE(folder_.has("settings/Defaults (Trashed).xml"));
+    EXPECT_FALSE(pool().trash());
+    begin(2);
+    pool().save(true);
+    EXPECT_TRUE(pool().trash());
+    EXPECT_FALSE(folder_.has("settings/Defaults") || folder_.has("settings/Defaults (Trashed)"));
+}
+
+TEST(FDefaults, HoldsOnlyWhatItsFileHeld) {
+    FAttributes stored;
+    FDefaults group("Group", 4);
+    group.values().setInteger("n", 1);
+    EXPECT_TRUE(group.storeAttributes(&stored));
+    group.values().setInteger("n", 2);
+    group.values().setInteger("m", 3);
+    EXPECT_TRUE(group.restoreAttributes(&stored));
+    EXPECT_EQ(group.values().count(), 1);
+    EXPECT_EQ(group.values().getInteger("n"), 1);
+    EXPECT_EQ(group.version(), 4);
+    const FDefaults same("Group", 5);
+    const FDefaults later("Grouq");
+    EXPECT_TRUE(group.isEqual(&same));
+    EXPECT_LT(group.compare(&later), 0);
+}
 
 TEST_P(FDefaultPoolFormTest, MovesToOneFileForEachGroup) {
     loadAll();
