@@ -152,6 +152,19 @@ FileError readWholeFile(const std::string& path, std::vector<uint8_t>& bytes, in
 /// is written through, also one whose target is missing.
 FileError replaceFile(const std::string& path, std::span<const uint8_t> bytes);
 
+/// Holds a folder against other programs and threads that lock it too, so that one of them at a time moves
+/// whole folders in it about; advisory. A volume without locks locks nothing.
+class FolderLock {
+public:
+    /// Waits until the folder is free. One that can't be opened is not locked.
+    explicit FolderLock(const std::string& path);
+    FolderLock(const FolderLock&) = delete;
+    ~FolderLock();
+
+private:
+    int descriptor_ = -1;
+};
+
 /// Flushes a folder's own entries, so that files just renamed in it outlive a power cut.
 FileError flushFolder(const std::string& path);
 

@@ -20,6 +20,12 @@ std::string folderNamed(const char* name) {
     return platform::getCanonicalPath(path.toUtf8());
 }
 
+std::string madeSettingsFolder() {
+    std::string folder = FNPath::knownFolder(FNPath::userSettings);
+    platform::createFolders(folder);
+    return folder;
+}
+
 bool succeeds(const char* what, const std::string& folder, const platform::FileError& error) {
     if (error)
         platform::debugOutput(folder + ": " + what + ": " + error.getText());
@@ -38,8 +44,17 @@ platform::FileError deleteIfStanding(const std::string& folder) {
 
 } // namespace
 
+DefaultsLock::DefaultsLock() : lock_(madeSettingsFolder()) {}
+
 bool DefaultsFolder::stands(const char* folder) {
     return platform::folderExists(folderNamed(folder));
+}
+
+void DefaultsFolder::tidy() {
+    for (const char* folder : {newStore, newBackup})
+        deleteIfStanding(folderNamed(folder));
+    for (const char* folder : {store, DefaultsFolder::backup})
+        deleteIfStanding(folderNamed(folder) + discarded);
 }
 
 bool DefaultsFolder::discard(const char* folder) {
@@ -72,7 +87,8 @@ bool DefaultsFolder::putInPlace(const char* from, const char* to) {
 bool DefaultsFolder::copy(const char* from, const char* to) {
     const std::string source = folderNamed(from);
     return createAfresh(to) &&
-           succeeds("can't be copied", source, platform::copyTree(source, folderNamed(to), platform::FileLinks::copyContents));
+           succeeds("can't be copied", source,
+                    platform::copyTree(source, folderNamed(to), platform::FileLinks::copyContents));
 }
 
 bool DefaultsFolder::createAfresh(const char* folder) {

@@ -1,13 +1,24 @@
 #pragma once
 
 #include "foundation/text/ConstString.h"
+#include "platform/Files.h"
 
 #include <string>
 
 namespace qorl {
 
+/// Keeps other programs from moving the folders about while it lives. Makes the user's settings folder.
+class DefaultsLock {
+public:
+    DefaultsLock();
+
+private:
+    platform::FolderLock lock_;
+};
+
 /// Folders in the user's settings folder that hold a whole state of the defaults store. A link to one stays a
-/// link. Operations give false on failure and throw nothing but std::bad_alloc.
+/// link. The caller holds a `DefaultsLock`. Operations give false on failure and throw nothing but
+/// std::bad_alloc.
 namespace DefaultsFolder {
 
 /// The store itself.
@@ -19,6 +30,8 @@ inline constexpr const char* newStore = "Defaults (New)";
 inline constexpr const char* newBackup = "Defaults (New Backup)";
 
 bool stands(const char* folder);
+/// Deletes what a crash left half made or half deleted.
+void tidy();
 /// Away at once, then deleted.
 bool discard(const char* folder);
 /// Puts a folder that is whole in the place of an earlier one.

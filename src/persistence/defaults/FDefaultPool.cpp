@@ -199,6 +199,7 @@ bool FDefaultPool::save(bool force) try {
 
 bool FDefaultPool::saveFolder() {
     using namespace DefaultsFolder;
+    const DefaultsLock lock;
     if (stands(store))
         return saveGroups(store) && removeFile(storeName);
     // The next start reads the single file no more once the folder stands, so it stands when it is whole.
@@ -245,6 +246,7 @@ void FDefaultPool::clear() {
 }
 
 bool FDefaultPool::trash() try {
+    const DefaultsLock lock;
     const bool isFolder = state_.folderMode && DefaultsFolder::stands(DefaultsFolder::store);
     const StoredFile file = settingsFile(storeName);
     // In folder mode the next start would read an older single file again.
@@ -260,6 +262,7 @@ bool FDefaultPool::backup() try {
     // Settings that could not be brought back are worth more than those of the run without them.
     if (state_.isBackupStuck)
         return false;
+    const DefaultsLock lock;
     if (state_.folderMode && stands(store))
         return DefaultsFolder::copy(store, newBackup) && putInPlace(newBackup, DefaultsFolder::backup);
     const StoredFile file = settingsFile(storeName);
@@ -271,6 +274,8 @@ bool FDefaultPool::backup() try {
 bool FDefaultPool::restore() try {
     using namespace DefaultsFolder;
     state_.isBackupStuck = true;
+    const DefaultsLock lock;
+    DefaultsFolder::tidy();
     const StoredFile file = settingsFile(storeName);
     bool isRestored = false;
     if (state_.folderMode && stands(DefaultsFolder::backup))

@@ -262,18 +262,19 @@ bool StoredFile::backup(const FFileType& copyType) const try {
 }
 
 bool StoredFile::hasBackup(const FFileType& copyType) const try {
-    return platform::fileExists(copyOf(copyType));
+    const std::string copy = copyOf(copyType);
+    platform::FileReplacement::removeLeftovers(copy);
+    return platform::fileExists(copy);
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool StoredFile::restore(const FFileType& copyType) const try {
-    const std::string copy = copyOf(copyType);
-    if (!platform::fileExists(copy))
+    if (!hasBackup(copyType))
         return false;
     // A rename takes the copy over the file and the copy away in one step.
     const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
-    return report(file, "can't be restored", moveWithin(copy, file));
+    return report(file, "can't be restored", moveWithin(copyOf(copyType), file));
 } catch (const std::bad_alloc&) {
     return false;
 }

@@ -7,6 +7,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -163,6 +164,21 @@ FileError readWholeFile(const std::string& path, std::vector<uint8_t>& bytes, in
     }
     bytes.resize(static_cast<size_t>(done));
     return {};
+}
+
+FolderLock::FolderLock(const std::string& path)
+    : descriptor_(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (descriptor_ < 0)
+        return;
+    int result = 0;
+    do
+        result = flock(descriptor_, LOCK_EX);
+    while (result != 0 && errno == EINTR);
+}
+
+FolderLock::~FolderLock() {
+    if (descriptor_ >= 0)
+        close(descriptor_);
 }
 
 FileError flushFolder(const std::string& path) {
