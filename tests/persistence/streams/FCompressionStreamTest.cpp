@@ -1,0 +1,394 @@
+#include "persistence/streams/FCompressionStream.h"
+
+#include "foundation/containers/CmBuffer.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/streams/FStreamProxy.h"
+#include "persistence/streams/StreamProgress.h"
+#include "persistence/streams/ZLibCompressor.h"
+#include "persistence/urls/FUrl.h"
+#include "support/FailingAllocation.h"
+#include "support/ShakyStream.h"
+#include "support/Slots.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+#include <string>
+#include <zlib.h>
+
+namespace qorl {
+namespace {
+
+constexpr int64_t most = std::numeric_limits<int64_t>::max();
+
+/// Text that compresses to about a third, longer than the engine's buffers even then.
+const std::string& sample() {
+    static const std::string text = [] {
+        std::mt19937 random(3);
+        std::string words;
+        while (words.size() < 400'000)
+            words += std::to_string(random() % 100'000) + ' ';
+        return words;
+    }();
+    return text;
+}
+
+Ref<FMemoryStream> memoryOf(std::string_view bytes) {
+    auto memory = make<FMemoryStream>();
+    memory->write(bytes.data(), static_cast<int64_t>(bytes.size()));
+    memory->rewind();
+    return memory;
+}
+
+Ref<FMemoryStream> deflated(std::string_view bytes, float quality = 0.5f) {
+    const auto source = memoryOf(bytes);
+    auto target = make<FMemoryStream>();
+    EXPECT_TRUE(FCompressionStream::compress(*source, target, nullptr, quality));
+    target->rewind();
+    return target;
+}
+
+std::string readSome(FStream& stream, int64_t count) {
+    std::string bytes(static_cast<size_t>(count), '?');
+    bytes.resize(static_cast<size_t>(std::max<int64_t>(stream.read(bytes.data(), count), 0)));
+    return bytes;
+}
+
+class Watch : public StreamProgress {
+public:
+    bool isCancelled(const void*, int64_t) override { return told.size() >= patience; }
+    int64_t position() const override { return 0; }
+    void setPosition(int64_t) override {}
+    int64_t total() const override { return all; }
+    void report(double fraction) override { told.push_back(fraction); }
+
+    int64_t all = 200'000;
+    size_t patience = 1000;
+    std::vector<double> told;
+};
+
+TEST(ZLibCompressor, TakesItsLevelFromTheQuality) {
+    struct Row {
+        float quality;
+        int32_t level;
+    };
+    for (const Row& row : {Row{1.0f, 9}, Row{0.5f, 4}, Row{2.0f, 9}, Row{-0.1f, -1}, Row{0.0f, 0},
+                           Row{0.12f, 1}, Row{1e30f, 9}, Row{std::numeric_limits<float>::quiet_NaN(), -1}})
+        EXPECT_EQ(ZLibCompressor::levelOf(row.quality), row.level) << row.quality;
+}
+
+TEST(ZLibCompressor, MakesTheStreamThatZlibMakes) {
+    for (const float quality : {-1.0f, 0.2f, 0.5f, 1.0f}) {
+        SCOPED_TRACE(quality);
+        std::string expected(compressBound(sample().size()), '\0');
+        uLongf size = expected.size();
+        ASSERT_EQ(compress2(reinterpret_cast<Bytef*>(expected.data()), &size,
+                            reinterpret_cast<const Bytef*>(sample().data()), sample().size(),
+                            ZLibCompressor::levelOf(quality)),
+                  Z_OK);
+        expected.resize(size);
+        EXPECT_TRUE(deflated(sample(), quality)->bytes() == expected);
+    }
+    EXPECT_EQ(deflated("", -1)->bytes(), std::string("\x78\x9C\x03\0\0\0\0\1", 8));
+    EXPECT_EQ(deflated("a", 0)->bytes(), std::string("\x78\x01\x01\1\0\xFE\xFF"
+                                                     "a\0\x62\0\x62",
+                                                     12));
+}
+
+TEST(ZLibCompressor, IsFoundByItsClassAndAsTheDefault) {
+    const FUID id(0x443752F1, 0x5680439C, 0xAC5CB48A, 0x13A8D6DE);
+    const auto* record = CompressionEngineRecord::first();
+    EXPECT_STREQ(record->name(), "Zlib Compressor");
+    EXPECT_EQ(record->priority(), 0x7FFFFFFF);
+    for (const auto& engine :
+         {CompressionEngineRecord::createEngine(id), CompressionEngineRecord::createDefault()}) {
+        ASSERT_NE(engine, nullptr);
+        FUID found;
+        EXPECT_EQ(engine->getClassId(found), Result::ok);
+        EXPECT_EQ(found, id);
+        EXPECT_EQ(engine->getKind(), 1);
+    }
+    EXPECT_EQ(CompressionEngineRecord::createEngine(IMemoryStream::iid), nullptr);
+    FCompressionStream without(make<FMemoryStream>(), FUID());
+    EXPECT_FALSE(without.beginCompression(0.5f));
+    EXPECT_FALSE(without.beginDecompression(5));
+    int64_t size = 0;
+    EXPECT_EQ(without.getStreamSize(size), Result::failure);
+    EXPECT_EQ(without.read(&size, 1), -1);
+    EXPECT_EQ(without.write(&size, 1), -1);
+    FCompressionEngine base;
+    EXPECT_EQ(base.createCompressor(), nullptr);
+    EXPECT_EQ(base.createDecompressor(), nullptr);
+    EXPECT_EQ(base.getKind(), 1);
+    testing::expectConsecutive({SLOT(FCompressionEngine, createCompressor),
+                                SLOT(FCompressionEngine, createDecompressor),
+                                SLOT(FCompressionEngine, getClassId), SLOT(FCompressionEngine, getKind),
+                                SLOT(FCompressionEngine, reserved29), SLOT(FCompressionEngine, reserved30)},
+                               25);
+}
+
+TEST(FCompressionStream, InflatesWhatItCompressed) {
+    const auto compressed = deflated(sample());
+    EXPECT_LT(compressed->size(), 200'000);
+    EXPECT_GT(compressed->size(), FCompressionStream::pieceSize);
+    for (const int64_t piece : {int64_t{1000}, int64_t{65'536}, int64_t{1'000'000}}) {
+        SCOPED_TRACE(piece);
+        compressed->rewind();
+        const auto inflated = make<FMemoryStream>();
+        EXPECT_TRUE(FCompressionStream::decompress(compressed, *inflated, nullptr, nullptr, piece));
+        EXPECT_TRUE(inflated->bytes() == sample());
+    }
+    compressed->setByteOrder(1);
+    compressed->setUrl(make<FUrl>().get());
+    compressed->rewind();
+    FCompressionStream stream(compressed);
+    EXPECT_EQ(stream.byteOrder(), 1);
+    EXPECT_EQ(stream.url(), compressed->url());
+    EXPECT_TRUE(stream.beginDecompression(400));
+    int64_t size = 0;
+    EXPECT_EQ(stream.getStreamSize(size), Result::ok);
+    EXPECT_EQ(size, 400);
+    EXPECT_EQ(stream.setStreamSize(1), Result::notImplemented);
+}
+
+TEST(FCompressionStream, MovesForwardAndToTheStart) {
+    FCompressionStream stream(deflated("0123456789"));
+    ASSERT_TRUE(stream.beginDecompression());
+    EXPECT_EQ(readSome(stream, 2), "01");
+    EXPECT_EQ(stream.seek(2, FStream::fromHere), 4);
+    EXPECT_EQ(readSome(stream, 1), "4");
+    EXPECT_EQ(stream.seek(7, FStream::fromStart), 7);
+    EXPECT_EQ(stream.seek(3, FStream::fromEnd), 7) << "it knows no end";
+    EXPECT_EQ(readSome(stream, 9), "789");
+    EXPECT_TRUE(stream.isComplete());
+    EXPECT_EQ(readSome(stream, 1), "");
+    EXPECT_EQ(stream.seek(4, FStream::fromStart), 0) << "backward begins anew";
+    EXPECT_EQ(readSome(stream, 3), "012");
+    EXPECT_EQ(stream.seek(most, FStream::fromHere), 10) << "no further than the data";
+    EXPECT_EQ(stream.seek(-5, FStream::fromStart), 0);
+    stream.rewind();
+    EXPECT_EQ(stream.seek(most, FStream::fromStart), 10);
+    EXPECT_EQ(stream.seek(-3, FStream::fromHere), 10) << "not backward";
+}
+
+TEST(FCompressionStream, GivesTextLinesWithoutLosingACharacter) {
+    FCompressionStream stream(deflated("one\r\n\r\ntwo\nthree"));
+    ASSERT_TRUE(stream.beginDecompression());
+    CmBuffer line;
+    std::string read;
+    while (stream.readTextLine(line))
+        read += std::string(line.bytes()) + '|';
+    EXPECT_EQ(read, "one|two|three|");
+    stream.rewind();
+    EXPECT_EQ(stream.seek(-1, FStream::fromHere), 0) << "nothing was read";
+    EXPECT_EQ(readSome(stream, 2), "on");
+    EXPECT_EQ(stream.seek(-1, FStream::fromHere), 1);
+    EXPECT_EQ(stream.seek(-1, FStream::fromHere), 1) << "one byte and no more";
+    EXPECT_EQ(readSome(stream, 2), "ne");
+    EXPECT_EQ(stream.tell(), 3);
+}
+
+TEST(FCompressionStream, CanBeReadThroughWindowsThatShareIt) {
+    const auto stream = make<FCompressionStream>(deflated("aaaabbbbcccc"));
+    ASSERT_TRUE(stream->beginDecompression());
+    FStreamProxy late(stream, 8, 4, 0);
+    FStreamProxy early(stream, 2, 4, 0);
+    EXPECT_EQ(readSome(late, 2), "cc");
+    EXPECT_EQ(readSome(early, 9), "aabb") << "it goes back to the start, and forward from there";
+    EXPECT_EQ(readSome(late, 9), "cc");
+}
+
+TEST(FCompressionStream, MakesReadableWhatWasFlushed) {
+    const auto target = make<FMemoryStream>();
+    FCompressionStream writing(target);
+    ASSERT_TRUE(writing.beginCompression(1.0f));
+    EXPECT_EQ(writing.write("flushed", 7), 7);
+    EXPECT_EQ(writing.tell(), 7);
+    EXPECT_EQ(target->size(), 0) << "held back";
+    writing.flush();
+    writing.flush();
+    FCompressionStream reading(memoryOf(target->bytes()));
+    ASSERT_TRUE(reading.beginDecompression());
+    EXPECT_EQ(readSome(reading, 100), "flushed");
+    EXPECT_FALSE(reading.isComplete());
+    EXPECT_EQ(writing.write(" and finished", 13), 13);
+    EXPECT_TRUE(writing.endCompression());
+    EXPECT_FALSE(writing.endCompression());
+    EXPECT_EQ(writing.write("x", 1), -1);
+    FCompressionStream whole(memoryOf(target->bytes()));
+    ASSERT_TRUE(whole.beginDecompression());
+    EXPECT_EQ(readSome(whole, 100), "flushed and finished");
+    const auto dropped = make<FMemoryStream>();
+    {
+        FCompressionStream stream(dropped);
+        stream.beginCompression(1.0f);
+        stream.write("by going", 8);
+    }
+    dropped->rewind();
+    const auto inflated = make<FMemoryStream>();
+    EXPECT_TRUE(FCompressionStream::decompress(dropped, *inflated, nullptr));
+    EXPECT_EQ(inflated->bytes(), "by going");
+}
+
+TEST(FCompressionStream, TellsOfDataThatIsCutOrDamaged) {
+    const std::string text = std::string(2000, 'a') + "some end of it";
+    const std::string whole(deflated(text)->bytes());
+    for (size_t length = 0; length < whole.size(); ++length) {
+        const auto inflated = make<FMemoryStream>();
+        EXPECT_FALSE(FCompressionStream::decompress(memoryOf(whole.substr(0, length)), *inflated, nullptr))
+            << "cut at " << length;
+    }
+    for (size_t place = 0; place < whole.size(); ++place) {
+        std::string damaged = whole;
+        damaged[place] = static_cast<char>(damaged[place] ^ 0x40);
+        const auto inflated = make<FMemoryStream>();
+        // A run of equal letters can be told in two ways.
+        EXPECT_TRUE(!FCompressionStream::decompress(memoryOf(damaged), *inflated, nullptr) ||
+                    inflated->bytes() == text)
+            << "damaged at " << place;
+        EXPECT_LT(inflated->size(), 100'000);
+    }
+    std::string noise = whole;
+    noise[1] = 'x';
+    FCompressionStream stream(memoryOf(noise));
+    ASSERT_TRUE(stream.beginDecompression());
+    char byte = 0;
+    EXPECT_EQ(stream.read(&byte, 1), 0);
+    EXPECT_EQ(stream.read(&byte, 1), 0) << "and ever after";
+    FCompressionStream empty(make<FMemoryStream>());
+    EXPECT_FALSE(empty.beginDecompression(10));
+}
+
+TEST(FCompressionStream, TellsOfTheCallThatFails) {
+    for (int64_t failAt = 1; failAt <= 3; ++failAt) {
+        SCOPED_TRACE(failAt);
+        const auto target = make<ShakyStream>();
+        target->failAt = failAt;
+        EXPECT_FALSE(FCompressionStream::compress(*memoryOf(sample()), target, nullptr, 0.5f));
+        ShakyStream source(sample());
+        source.failAt = failAt;
+        EXPECT_FALSE(FCompressionStream::compress(source, make<FMemoryStream>(), nullptr, 0.5f));
+        const auto compressed = make<ShakyStream>(std::string(deflated(sample())->bytes()));
+        compressed->failAt = failAt;
+        ShakyStream inflated;
+        EXPECT_FALSE(FCompressionStream::decompress(compressed, inflated, nullptr));
+        compressed->rewind();
+        compressed->failAt = ShakyStream::never;
+        inflated.failAt = failAt;
+        EXPECT_FALSE(FCompressionStream::decompress(compressed, inflated, nullptr));
+    }
+    const auto full = make<ShakyStream>();
+    full->room = 70'000;
+    FCompressionStream stream(full);
+    ASSERT_TRUE(stream.beginCompression(0.5f));
+    EXPECT_EQ(stream.write(sample().data(), 400'000), -1) << "a buffer that goes half only";
+    EXPECT_EQ(stream.write("more", 4), -1);
+    EXPECT_FALSE(stream.endCompression());
+    EXPECT_FALSE(FCompressionStream::compress(*memoryOf("x"), nullptr, nullptr, 0.5f));
+}
+
+TEST(FCompressionStream, ReportsAndStopsWhenCancelled) {
+    Watch watch;
+    const auto target = make<FMemoryStream>();
+    EXPECT_TRUE(
+        FCompressionStream::compress(*memoryOf(sample().substr(0, 150'000)), target, nullptr, 0.5f, &watch));
+    EXPECT_EQ(watch.told, (std::vector<double>{65'536 / 2e5, 131'072 / 2e5, 0.75}));
+    watch.told.clear();
+    target->rewind();
+    EXPECT_TRUE(FCompressionStream::decompress(target, *make<FMemoryStream>(), nullptr, &watch, 100'000));
+    EXPECT_EQ(watch.told, (std::vector<double>{0.5, 0.75}));
+    watch.told.clear();
+    watch.patience = 2;
+    const auto source = memoryOf(sample());
+    EXPECT_FALSE(FCompressionStream::compress(*source, make<FMemoryStream>(), nullptr, 0.5f, &watch));
+    EXPECT_EQ(source->tell(), 131'072) << "the third piece is not read";
+    watch.told.clear();
+    target->rewind();
+    const auto half = make<FMemoryStream>();
+    EXPECT_FALSE(FCompressionStream::decompress(target, *half, nullptr, &watch, 1000));
+    EXPECT_EQ(half->size(), 2000);
+    watch.all = 0;
+    watch.told.clear();
+    target->rewind();
+    EXPECT_TRUE(FCompressionStream::decompress(target, *half, nullptr, &watch));
+    EXPECT_TRUE(watch.told.empty()) << "nothing to divide by";
+}
+
+TEST(FCompressionStream, EstimatesFromTheFirstBytes) {
+    const auto source = memoryOf("xx" + std::string(8192, 'a') + sample());
+    source->seek(2, FStream::fromStart);
+    const double ratio = FCompressionStream::estimateRatio(*source, nullptr, 0.5f);
+    std::string expected(9000, '\0');
+    uLongf size = expected.size();
+    const std::string zeros(8192, 'a');
+    compress2(reinterpret_cast<Bytef*>(expected.data()), &size, reinterpret_cast<const Bytef*>(zeros.data()),
+              zeros.size(), 4);
+    EXPECT_EQ(ratio, static_cast<double>(size) / 8192);
+    EXPECT_EQ(source->tell(), 2);
+    EXPECT_EQ(FCompressionStream::estimateRatio(*make<FMemoryStream>(), nullptr, 0.5f), 1.0);
+    ShakyStream broken("text");
+    broken.failAt = 1;
+    EXPECT_EQ(FCompressionStream::estimateRatio(broken, nullptr, 0.5f), 1.0);
+    EXPECT_EQ(FCompressionStream::estimateRatio(*source, make<FCompressionEngine>(), 0.5f), 1.0);
+    EXPECT_GT(FCompressionStream::estimateRatio(*memoryOf("x"), nullptr, 0.5f), 1.0) << "it grows";
+}
+
+TEST(FCompressionStream, GoesToMemoryWhenItsSizeIsKnown) {
+    const auto toMemory = [](std::string_view bytes, int64_t size) {
+        FCompressionStream stream(memoryOf(bytes));
+        EXPECT_TRUE(stream.beginDecompression(size));
+        return FCompressionStream::toMemory(&stream);
+    };
+    const auto compressed = deflated(sample());
+    const auto size = static_cast<int64_t>(sample().size());
+    const Ref<IBStream> memory = toMemory(compressed->bytes(), size);
+    Ref<IMemoryStream> object;
+    void* found = nullptr;
+    ASSERT_EQ(memory->queryInterface(IMemoryStream::iid, &found), Result::ok);
+    const auto stream = Ref<FMemoryStream>::adopt(static_cast<FMemoryStream*>(found));
+    EXPECT_TRUE(stream->bytes() == sample());
+    EXPECT_EQ(stream->tell(), 0);
+    EXPECT_EQ(toMemory(compressed->bytes(), size + 1), nullptr) << "a byte is missing";
+    EXPECT_EQ(toMemory(compressed->bytes(), int64_t{4} << 30), nullptr) << "and costs no memory";
+    FCompressionStream unknown(compressed);
+    EXPECT_EQ(FCompressionStream::toMemory(&unknown), static_cast<IBStream*>(&unknown));
+    EXPECT_EQ(FCompressionStream::toMemory(compressed.get()), static_cast<IBStream*>(compressed.get()));
+    EXPECT_EQ(FCompressionStream::toMemory(nullptr), nullptr);
+}
+
+TEST(FCompressionStream, TellsWithoutMemory) {
+    failEachAllocation([](FailingAllocation& allocation) {
+        const auto source = memoryOf("some text");
+        const auto target = make<FMemoryStream>();
+        target->pad(1);
+        target->rewind();
+        const bool isCompressed =
+            allocation.during([&] { return FCompressionStream::compress(*source, target, nullptr, 0.5f); });
+        EXPECT_EQ(isCompressed, !allocation.hasFailed());
+    });
+    const auto compressed = deflated("some text");
+    failEachAllocation([&](FailingAllocation& allocation) {
+        compressed->rewind();
+        const auto target = make<FMemoryStream>();
+        target->pad(1);
+        const bool isInflated =
+            allocation.during([&] { return FCompressionStream::decompress(compressed, *target, nullptr); });
+        EXPECT_EQ(isInflated, !allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        compressed->rewind();
+        const double ratio =
+            allocation.during([&] { return FCompressionStream::estimateRatio(*compressed, nullptr, 0.5f); });
+        EXPECT_TRUE(ratio != 1.0 || allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        compressed->rewind();
+        FCompressionStream stream(compressed);
+        stream.beginDecompression(9);
+        const Ref<IBStream> memory = allocation.during([&] { return FCompressionStream::toMemory(&stream); });
+        EXPECT_TRUE(memory || allocation.hasFailed());
+    });
+}
+
+} // namespace
+} // namespace qorl
