@@ -37,8 +37,9 @@ struct Reading {
         if (rootName)
             reader.select(rootName, selection);
         const bool isRead = reader.parse() && reader.isFound();
-        // What came before an error stays, and is whole.
-        reader.bindReferences();
+        // What came before an error stays, and is whole as far as memory goes.
+        if (reader.error() != FXmlParser::Error::noMemory)
+            reader.bindReferences();
         lacksSkipped = reader.lacksSkipped();
         errorText = isRead ? std::string() : reasonOf(reader);
         return isRead;

@@ -3,6 +3,7 @@
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
 #include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttrList.h"
 
 #include <new>
 #include <utility>
@@ -56,16 +57,56 @@ uint32_t FXmlObject::hashCode(uint32_t size) const {
 }
 
 FXmlInstance::FXmlInstance(uint64_t id, const ConstString& className, Ref<FAttributes> attributes)
-    : FXmlObject(id), attributes_(std::move(attributes)), className_(className) {}
+    : FXmlObject(id), attributes_(std::move(attributes)), className_(className) {
+    if (className_.isEmpty() != className.isEmpty())
+        throw std::bad_alloc();
+}
 
 FXmlInstance::~FXmlInstance() {
     for (FXmlReference* watcher : watchers_)
         watcher->target_ = nullptr;
+    for (auto& part : parts_)
+        letGo(std::move(part));
+}
+
+/// An instance that only this one holds would be lost to those that watch it, did it go with the attributes.
+void FXmlInstance::keepParts(const FAttributes& attributes) {
+    std::vector<const FAttributes*> open{&attributes};
+    const auto visit = [&](CmObject* object) {
+        if (const auto* nested = cast<FAttributes>(object)) {
+            open.push_back(nested);
+        } else if (const auto* lists = cast<FSubList>(object)) {
+            for (const auto& item : lists->items)
+                open.push_back(item.get());
+        } else if (auto* instance = cast<FXmlInstance>(object)) {
+            parts_.push_back(retain(instance));
+        } else if (const auto* reference = cast<FXmlReference>(object)) {
+            if (reference->held_)
+                parts_.push_back(reference->held_);
+        }
+    };
+    while (!open.empty()) {
+        const FAttributes* next = open.back();
+        open.pop_back();
+        for (int32_t i = 0; i < next->count(); ++i) {
+            CmObject* object = next->at(i)->getObject();
+            visit(object);
+            if (const auto* objects = cast<FObjectList>(object))
+                for (CmObject* item : objects->items)
+                    visit(item);
+        }
+    }
 }
 
 CmObject* FXmlInstance::getObject() {
     if (object_ || !attributes_ || className_.isEmpty())
         return object_.get();
+    try {
+        keepParts(*attributes_);
+    } catch (const std::bad_alloc&) {
+        parts_.clear();
+        return nullptr;
+    }
     // Whatever comes of it, it is not tried again.
     const Ref<FAttributes> attributes = std::move(attributes_);
     auto* factory = ClassFactory::instance();

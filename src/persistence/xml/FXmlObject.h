@@ -39,6 +39,7 @@ class FXmlInstance : public FXmlObject {
     QORL_CLASS(FXmlInstance, FXmlObject)
 
 public:
+    /// Throws std::bad_alloc without memory for the name.
     FXmlInstance(uint64_t id, const ConstString& className, Ref<FAttributes> attributes);
     FXmlInstance(const FXmlInstance&) = delete;
     ~FXmlInstance() override;
@@ -52,8 +53,12 @@ public:
 private:
     friend class FXmlReference;
 
+    void keepParts(const FAttributes& attributes);
+
     Ref<CmObject> object_;
     Ref<FAttributes> attributes_;
+    // What the attributes held, once they are gone: others may only watch it.
+    std::vector<Ref<FXmlInstance>> parts_;
     CmString className_;
     std::vector<FXmlReference*> watchers_;
 };

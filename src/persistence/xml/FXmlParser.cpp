@@ -45,6 +45,10 @@ bool isOf(char byte, uint8_t bits) {
     return byteClasses[static_cast<uint8_t>(byte)] & bits;
 }
 
+bool isQuote(char byte) {
+    return byte == '"' || byte == '\'';
+}
+
 const char* skipSpace(const char* at) {
     while (isOf(*at, space))
         ++at;
@@ -115,6 +119,8 @@ void FXmlParser::comment(std::string_view, void*, bool) {}
 bool FXmlParser::parse(void* context) try {
     if (isInEmptyTag_)
         return error_ == Error::none;
+    if (!isInStartTag_)
+        isStopped_ = false;
     const size_t level = open_.size();
     const bool endsAtClose = isInStartTag_ || (options_ & returnAtClose);
     while (error_ == Error::none && !isStopped_) {
@@ -153,6 +159,10 @@ bool FXmlParser::parseNext(void* context) {
     hold(at_);
     if (!has(1))
         return false;
+    if (!std::exchange(hasBegun_, true) && isNext("\xEF\xBB\xBF")) {
+        at_ += 3;
+        return true;
+    }
     if (buffer_.data()[at_] == '<' && has(2) && isOf(buffer_.data()[at_ + 1], markupStart))
         parseMarkup(context);
     else
@@ -207,9 +217,7 @@ bool FXmlParser::tellText(size_t start, size_t end, void* context) {
     size_t length = end - start;
     if (std::memchr(data, '&', length)) {
         decoded_.assign(data, data + length);
-        const auto column =
-            options_ & macintoshEntities ? XmlEntities::Column::macintosh : XmlEntities::Column::latin1;
-        length = XmlEntities::decode(decoded_.data(), length, column).length;
+        length = XmlEntities::decode(decoded_.data(), length, entityColumn()).length;
         data = decoded_.data();
     }
     text(data, static_cast<int32_t>(length), context);
@@ -246,7 +254,7 @@ FXmlParser::Scan FXmlParser::scanAttribute(const char*& at, FXmlAttributes::View
     if (at == stop)
         return Scan::more;
     const char quote = *at;
-    if (quote != '"' && quote != '\'')
+    if (!isQuote(quote))
         return Scan::bad;
     start = ++at;
     // Marked by itself: whether there is something to decode.
@@ -258,10 +266,16 @@ FXmlParser::Scan FXmlParser::scanAttribute(const char*& at, FXmlAttributes::View
             break;
         if (*at == 0 && at == stop)
             return Scan::more;
-        if (*at == '&')
+        if (*at == '&') {
             view.isWide = true;
-        else if (*at == '\\' && (options_ & backslashQuotes) && at + 1 < stop)
-            ++at;
+        } else if (*at == '\\' && (options_ & backslashQuotes)) {
+            if (at + 1 == stop)
+                return Scan::more;
+            if (isQuote(at[1])) {
+                view.isWide = true;
+                ++at;
+            }
+        }
     }
     view.value = {start, at};
     ++at;
@@ -348,15 +362,8 @@ bool FXmlParser::decodeAttributes() {
         decoded_.reserve(room);
     for (auto& view : attributes_.views_) {
         const std::string_view raw = view.value;
-        if (std::exchange(view.isWide, false)) {
-            const size_t start = decoded_.size();
-            decoded_.insert(decoded_.end(), raw.begin(), raw.end());
-            const auto column = isMacintosh ? XmlEntities::Column::macintosh : XmlEntities::Column::latin1;
-            const auto decoded = XmlEntities::decode(decoded_.data() + start, raw.size(), column);
-            decoded_.resize(start + decoded.length);
-            view.value = {decoded_.data() + start, decoded.length};
-            view.isWide = decoded.hasNamedHigh && (options_ & wideNamedValues);
-        }
+        if (view.isWide)
+            decodeValue(view);
         if (isTooLong(view.value)) {
             const auto start = static_cast<size_t>(view.name.data() - buffer_.data());
             fail(Error::malformed, "an attribute's value is longer than 2048 characters", start,
@@ -365,6 +372,25 @@ bool FXmlParser::decodeAttributes() {
         }
     }
     return true;
+}
+
+void FXmlParser::decodeValue(FXmlAttributes::View& view) {
+    const size_t start = decoded_.size();
+    const std::string_view raw = view.value;
+    for (size_t i = 0; i < raw.size(); ++i) {
+        if (raw[i] == '\\' && (options_ & backslashQuotes) && i + 1 < raw.size() && isQuote(raw[i + 1]))
+            ++i;
+        decoded_.push_back(raw[i]);
+    }
+    const auto decoded =
+        XmlEntities::decode(decoded_.data() + start, decoded_.size() - start, entityColumn());
+    decoded_.resize(start + decoded.length);
+    view.value = {decoded_.data() + start, decoded.length};
+    view.isWide = decoded.hasNamedHigh && (options_ & wideNamedValues);
+}
+
+XmlEntities::Column FXmlParser::entityColumn() const {
+    return options_ & macintoshEntities ? XmlEntities::Column::macintosh : XmlEntities::Column::latin1;
 }
 
 void FXmlParser::parseEndTag(void* context) {

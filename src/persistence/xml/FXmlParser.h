@@ -2,6 +2,7 @@
 
 #include "foundation/containers/CmBuffer.h"
 #include "persistence/xml/FXmlAttribute.h"
+#include "persistence/xml/XmlEntities.h"
 
 #include <cstdint>
 #include <string>
@@ -77,7 +78,8 @@ public:
     bool parse(void* context = nullptr);
     /// From within `startTag`: passes over the element and its end tag; nothing of it is told.
     bool skipElement();
-    /// From within a handler: all calls of `parse` return, with an error or as if the document had ended.
+    /// From within a handler: all calls of `parse` return, with an error, or as if the document had ended; in
+    /// the latter case `parse` may be called again to go on.
     void setError(Error error, std::string_view detail = {});
     void stop() { isStopped_ = true; }
 
@@ -121,6 +123,8 @@ private:
     Scan scanStartTag(const char*& at, std::string_view& name, bool& isEmpty);
     Scan scanAttribute(const char*& at, FXmlAttributes::View& view);
     bool decodeAttributes();
+    void decodeValue(FXmlAttributes::View& view);
+    XmlEntities::Column entityColumn() const;
     void parseEndTag(void* context);
     void parseComment(void* context);
     void skipCharacterData();
@@ -157,6 +161,7 @@ private:
     std::vector<char> decoded_;
     std::string commentPiece_;
 
+    bool hasBegun_ = false;
     bool isUtf8_ = false;
     bool isMuted_ = false;
     bool isStopped_ = false;

@@ -292,14 +292,16 @@ bool XmlDocumentWriter::writeInstance(CmObject* object, std::string_view key, in
 
 bool XmlDocumentWriter::writeFull(CmObject* object, std::string_view key, int32_t level) {
     StoredObject stored;
+    auto* instance = cast<FXmlInstance>(object);
     if (!stored.take(object)) {
         // One whose class could not be made goes on without its attributes, which are gone.
-        auto* instance = cast<FXmlInstance>(object);
         if (!instance || instance->getObject())
             return fail("an object has no attributes");
         stored.className = instance->className8().string();
         stored.attributes = make<FAttributes>();
     }
+    if (stored.className.isEmpty() && !(instance && instance->className8().isEmpty()))
+        throw std::bad_alloc();
     indent(level).put("<obj class=\"").put(stored.className.toUtf8()).put('"');
     if (!key.empty())
         line_.put(" name=\"").putEscaped(key, Escape::entities).put('"');

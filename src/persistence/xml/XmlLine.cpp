@@ -4,11 +4,14 @@
 #include "persistence/streams/FBinaryStream.h"
 #include "persistence/xml/XmlEntities.h"
 
+#include <qorl/Ref.h>
+
 #include <algorithm>
 #include <atomic>
 #include <charconv>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -25,7 +28,10 @@ CmBuffer* takeBuffer() {
     for (auto& slot : keptBuffers)
         if (CmBuffer* buffer = slot.exchange(nullptr))
             return buffer;
-    return new CmBuffer(lineBytes, lineBytes);
+    auto buffer = make<CmBuffer>(lineBytes, lineBytes);
+    if (buffer->capacity() < lineBytes)
+        throw std::bad_alloc();
+    return buffer.detach();
 }
 
 void giveBuffer(CmBuffer* buffer) {

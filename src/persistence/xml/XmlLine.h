@@ -39,7 +39,7 @@ public:
     /// Upper-case digits, high one first.
     XmlLine& putHex(std::string_view bytes);
 
-    bool isEmpty() const { return buffer_->used() == 0 && !isBroken_; }
+    bool isBroken() const { return isBroken_; }
     std::string_view text() const { return buffer_->bytes(); }
 
     /// Hands the line over in one write and begins a new one. False when it was broken or not all of it went.

@@ -58,12 +58,17 @@ String fromBytes(std::string_view bytes, Fallback fallback) {
 } // namespace
 
 String widen(std::string_view bytes, Fallback fallback) {
-    if (text::wideLength(bytes) == text::invalid)
+    const int32_t length = text::wideLength(bytes);
+    if (length == text::invalid)
         return fromBytes(bytes, fallback);
-    String wide = checked(String(bytes), bytes);
-    if (!wide.toWide())
+    // Not through a text of bytes, which would end at a zero.
+    constexpr int32_t fewest = 256;
+    text::Scratch<char16_t, fewest> scratch;
+    char16_t* wide = scratch.room(length);
+    if (!wide)
         throw std::bad_alloc();
-    return wide;
+    text::widen(bytes, wide);
+    return checked(String(std::u16string_view(wide, static_cast<size_t>(length))), bytes);
 }
 
 String decode(std::string_view bytes, Fallback fallback) {

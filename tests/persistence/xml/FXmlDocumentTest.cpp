@@ -7,7 +7,10 @@
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
 #include "persistence/xml/XmlDocument.h"
+#include "support/FailingAllocation.h"
+#include "support/Slots.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -284,6 +287,239 @@ TEST(FXmlDocument, ReleasesAChainOfAnyLength) {
     EXPECT_EQ(hops, length);
     read.reset();
     EXPECT_EQ(countOf(last), 1u);
+}
+
+TEST(FXmlDocument, ReadsBackEveryText) {
+    std::string bytes;
+    for (int byte = 0; byte < 0x80; ++byte)
+        bytes += static_cast<char>(byte);
+    const std::string pad(2048, 'p');
+    const std::string padded[] = {
+        pad,
+        pad + 'q',
+        "\r\n" + pad,
+        pad + "\r\n",
+        "\n" + pad + '\n',
+        "\r" + pad + '\r',
+        "  " + pad,
+        pad + "\n   ",
+        "\r\n\r\n" + pad,
+        pad + "\n\r\n ",
+        "\t" + pad + '\t',
+        pad + "</string>",
+        pad + "&amp;",
+        pad + "<!-- -->",
+        bytes + pad + bytes,
+        pad + pad,
+        pad + "&",
+        "]]>" + pad + "&#65;",
+    };
+    FAttributes attributes;
+    for (const std::string& text : padded) {
+        const ConstString narrow{std::string_view(text)};
+        const std::u16string wide = narrow.toUtf16();
+        attributes.append("narrow").setString(narrow);
+        attributes.append("wide").setString(ConstString(std::u16string_view(wide)));
+        attributes.append("far").setString(ConstString(std::u16string_view(wide + u"\u20AC\U0001F600")));
+        attributes.appendString("list", ConstString(std::u16string_view(wide)));
+    }
+    attributes.appendString("list", ConstString(u""));
+    attributes.append("empty").setString(ConstString(""));
+    FAttributes read;
+    std::string error;
+    ASSERT_TRUE(readDocument(written(attributes), read, &error)) << error;
+    ASSERT_EQ(read.count(), attributes.count());
+    for (int32_t i = 0; i < read.count(); ++i) {
+        EXPECT_EQ(read.at(i)->key(), attributes.at(i)->key());
+        EXPECT_EQ(read.at(i)->isWide(), attributes.at(i)->isWide()) << i;
+        EXPECT_TRUE(read.at(i)->getString().toUtf16() == attributes.at(i)->getString().toUtf16()) << i;
+    }
+    ConstString expected;
+    ConstString item;
+    while (attributes.nextText("list", expected)) {
+        ASSERT_TRUE(read.nextText("list", item));
+        EXPECT_TRUE(item.toUtf16() == expected.toUtf16());
+    }
+    EXPECT_FALSE(read.nextText("list", item));
+}
+
+TEST(FXmlDocument, WritesALongTextAsContent) {
+    const std::string longest(2048, 'x');
+    FAttributes attributes;
+    attributes.setString("a", ConstString(std::string_view(longest)));
+    attributes.setString("b", ConstString(std::string_view(longest + '\n')));
+    attributes.setString("c", ConstString(std::u16string_view(std::u16string(2049, u'\u00E4'))));
+    std::string wide;
+    for (int i = 0; i < 2049; ++i)
+        wide += "\xC3\xA4";
+    EXPECT_EQ(written(attributes), document("   <string name=\"a\" value=\"" + longest +
+                                            "\"/>\n"
+                                            "   <string name=\"b\">\n" +
+                                            longest +
+                                            "&nl;\n"
+                                            "   </string>\n"
+                                            "   <string name=\"c\" wide=\"true\">\n" +
+                                            wide +
+                                            "\n"
+                                            "   </string>\n"));
+}
+
+TEST(FXmlDocument, PutsDeepObjectsBehindTheBody) {
+    const auto object = make<CmString>("deep");
+    const std::string id = std::to_string(reinterpret_cast<uintptr_t>(object.get()));
+    for (const int level : {7, 8}) {
+        auto attributes = make<FAttributes>();
+        attributes->setObject("o", object.get(), Hold::retain);
+        std::string open;
+        std::string close;
+        for (int i = level - 1; i > 0; --i) {
+            const auto outer = make<FAttributes>();
+            outer->setObject("m", attributes.get(), Hold::retain);
+            attributes = outer;
+            const std::string indent(static_cast<size_t>(i) * 3, ' ');
+            open = indent + "<member name=\"m\">\n" + open;
+            close += indent + "</member>\n";
+        }
+        const std::string indent(static_cast<size_t>(level) * 3, ' ');
+        const std::string inPlace = indent + "<obj class=\"CmString\" name=\"o\" ID=\"" + id + "\">\n" +
+                                    indent + "   <string name=\"s\" value=\"deep\"/>\n" + indent + "</obj>\n";
+        const std::string queued = "\n   <obj class=\"CmString\" ID=\"" + id +
+                                   "\">\n"
+                                   "      <string name=\"s\" value=\"deep\"/>\n"
+                                   "   </obj>\n\n";
+        EXPECT_EQ(written(*attributes), document(level < 8 ? open + inPlace + close
+                                                           : open + indent + "<obj name=\"o\" ID=\"" + id +
+                                                                 "\"/>\n" + close + queued));
+    }
+}
+
+/// Holds another one in a list, so that a chain of them goes ever deeper.
+class Link : public CmObject {
+    QORL_CLASS(Link, CmObject)
+
+public:
+    explicit Link(Ref<CmObject> next) : next_(std::move(next)) {}
+    bool storeAttributes(FAttributes* attributes) override {
+        if (next_)
+            attributes->appendObject("list", retain(next_.get()).detach(), true);
+        return true;
+    }
+
+private:
+    Ref<CmObject> next_;
+};
+
+TEST(FXmlDocument, SavesNothingThatCannotBeReadAgain) {
+    Ref<Link> chain;
+    for (int i = 0; i < 5000; ++i)
+        chain = make<Link>(chain);
+    FAttributes links;
+    links.setObject("chain", chain.get(), Hold::retain);
+    FAttributes read;
+    EXPECT_TRUE(readDocument(written(links), read)) << "a chain of objects has no end";
+
+    for (const int depth : {998, 999}) {
+        auto nested = make<FAttributes>();
+        nested->setInteger("n", 1);
+        for (int i = 0; i < depth; ++i) {
+            const auto outer = make<FAttributes>();
+            outer->setObject("m", nested.get(), Hold::retain);
+            nested = outer;
+        }
+        FMemoryStream stream;
+        FXmlDocument document(&stream, Mode::write);
+        EXPECT_EQ(document.storeAttributes("State", *nested), depth < 999);
+        EXPECT_EQ(document.errorText(), depth < 999 ? "" : "attributes are nested deeper than 1000");
+        FAttributes back;
+        EXPECT_EQ(readDocument(stream.bytes(), back), depth < 999);
+    }
+
+    FAttributes named;
+    named.setInteger(std::string(2049, 'k'), 1);
+    FMemoryStream stream;
+    FXmlDocument document(&stream, Mode::write);
+    EXPECT_FALSE(document.storeAttributes("State", named));
+    EXPECT_EQ(document.errorText(), "a key is longer than 2048 bytes");
+}
+
+TEST(FXmlDocument, ReadsNumbersAsTheyAreWrittenByHand) {
+    const std::pair<const char*, double> reals[] = {
+        {"1.5", 1.5},          {" \t+2", 2},  {"-1e3x", -1000}, {"1e400", HUGE_VAL},
+        {"-1e400", -HUGE_VAL}, {"1e-400", 0}, {"0x1.8p1", 3.0}, {"-0X10", -16},
+        {"inf", HUGE_VAL},     {"", 0},       {"none", 0},      {"1E+2", 100},
+    };
+    for (const auto& [text, expected] : reals) {
+        FAttributes read;
+        EXPECT_TRUE(readDocument("<State><float name='f' value='" + std::string(text) + "'/></State>", read));
+        EXPECT_EQ(read.getFloat("f"), expected) << text;
+    }
+    const std::pair<const char*, int64_t> integers[] = {
+        {"9223372036854775807", INT64_MAX},
+        {"9223372036854775808", INT64_MAX},
+        {"-9223372036854775809", INT64_MIN},
+        {" +5", 5},
+        {"-0", 0},
+        {"12abc", 12},
+        {"", 0},
+    };
+    for (const auto& [text, expected] : integers) {
+        FAttributes read;
+        EXPECT_TRUE(readDocument("<State><int name='i' value='" + std::string(text) + "'/></State>", read));
+        EXPECT_EQ(read.getInteger("i"), expected) << text;
+    }
+}
+
+TEST(FXmlDocument, KeepsWhatStoodInFrontOfACut) {
+    FAttributes attributes;
+    attributes.setInteger("n", 5);
+    attributes.setBinary("b", "\x01\x02\x03", 3, true);
+    attributes.appendText8("l", "text");
+    attributes.setObject("o", new CmString("object"), Hold::adopt);
+    const std::string text = written(attributes);
+    const size_t afterFirst = text.find("<bin");
+    const size_t end = text.find("</State>") + 8;
+    for (size_t length = 0; length <= text.size(); ++length) {
+        SCOPED_TRACE(length);
+        FAttributes read;
+        EXPECT_EQ(readDocument(std::string_view(text).substr(0, length), read), length >= end);
+        EXPECT_EQ(read.contains("n"), length >= afterFirst - 5);
+    }
+}
+
+TEST(FXmlDocument, FailsWithoutMemory) {
+    FAttributes attributes;
+    attributes.setText8("narrow", "text & more of it than fits anywhere");
+    attributes.setText16("wide", u"\u00E4 wide");
+    attributes.setObject("nested", new FAttributes, Hold::adopt);
+    attributes.setBinary("bytes", "0123456789", 10, true);
+    attributes.appendInteger("ints", 1);
+    attributes.appendText8("texts", "item");
+    const auto shared = make<CmString>("shared");
+    attributes.setObject("one", shared.get(), Hold::retain);
+    attributes.appendObject("objects", retain(shared.get()).detach(), true);
+    std::string text;
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FMemoryStream stream;
+        FXmlDocument document(&stream, Mode::write);
+        const bool isStored =
+            allocation.during([&] { return document.storeAttributes("State", attributes); });
+        EXPECT_EQ(isStored, !allocation.hasFailed());
+        text = stream.bytes();
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FMemoryStream stream{std::string_view(text)};
+        FXmlDocument document(&stream, Mode::read);
+        FAttributes read;
+        const bool isRead = allocation.during([&] { return document.restoreAttributes("State", read); });
+        EXPECT_EQ(isRead, !allocation.hasFailed());
+    });
+}
+
+TEST(FXmlObject, KeepsItsSlotsBehindThoseOfEveryObject) {
+    const ptrdiff_t first = testing::entryOf(&CmObject::clone) + 1;
+    EXPECT_EQ(testing::entryOf(&FXmlObject::getObject), first);
+    EXPECT_EQ(testing::entryOf(&FXmlObject::getAttributes), first + 1);
+    EXPECT_EQ(testing::entryOf(&FXmlObject::isClass), first + 2);
 }
 
 TEST(XmlFile, SavesBesideAndKeepsTheEarlierFile) {

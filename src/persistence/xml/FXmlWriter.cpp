@@ -1,0 +1,101 @@
+#include "persistence/xml/FXmlWriter.h"
+
+#include <new>
+
+namespace qorl {
+
+namespace {
+
+std::string_view viewOf(const char* text) {
+    return text ? std::string_view(text) : std::string_view();
+}
+
+/// Takes the first line off `text`: up to CR, LF or both.
+std::string_view cutLine(std::string_view& text) {
+    const size_t end = text.find_first_of("\r\n");
+    const std::string_view line = text.substr(0, end);
+    if (end == std::string_view::npos)
+        text = {};
+    else
+        text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
+    return line;
+}
+
+} // namespace
+
+bool FXmlWriter::writeLine(std::string_view text, int32_t level) {
+    if (text.empty())
+        return true;
+    if (!stream_)
+        return false;
+    XmlLine line;
+    return line.fill('\t', level).put(text).put(XmlLine::lineEnd).writeTo(*stream_);
+}
+
+bool FXmlWriter::startTag(const char* name, const char* const* attributes, bool isEmpty) try {
+    const std::string_view element = viewOf(name);
+    if (element.empty())
+        return false;
+    XmlLine line;
+    line.put('<').put(element);
+    for (; attributes && attributes[0]; attributes += 2) {
+        const std::string_view key = viewOf(attributes[0]);
+        const std::string_view value = viewOf(attributes[1]);
+        if ((options_ & dropEmpty) && (key.empty() || value.empty()))
+            continue;
+        line.put(' ').put(key).put("=\"");
+        if (options_ & (escapeValues | escapeMarkup))
+            line.putEscaped(value,
+                            options_ & escapeMarkup ? XmlLine::Escape::markup : XmlLine::Escape::entities);
+        else
+            line.put(value);
+        line.put('"');
+    }
+    line.put(isEmpty ? "/>" : ">");
+    const int32_t outer = level();
+    if (!isEmpty)
+        open_.emplace_back(element);
+    return !line.isBroken() && writeLine(line.text(), outer);
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FXmlWriter::endTag(const char* name) try {
+    if (!name)
+        return true;
+    if (!open_.empty())
+        open_.pop_back();
+    XmlLine line;
+    line.put("</").put(name).put('>');
+    return !line.isBroken() && writeLine(line.text(), level());
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FXmlWriter::writeComment(const char* text) try {
+    XmlLine line;
+    line.put("<!-- ").putEscaped(viewOf(text), XmlLine::Escape::entities).put(" -->");
+    return !line.isBroken() && writeLine(line.text(), level());
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FXmlWriter::writeText(const char* text) try {
+    std::string_view rest = viewOf(text);
+    bool isGood = true;
+    while (isGood && !rest.empty()) {
+        const std::string_view line = cutLine(rest);
+        if (!(options_ & escapeMarkup)) {
+            isGood = writeLine(line, level());
+            continue;
+        }
+        XmlLine escaped;
+        escaped.putEscaped(line, XmlLine::Escape::markup);
+        isGood = !escaped.isBroken() && writeLine(escaped.text(), level());
+    }
+    return isGood;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+} // namespace qorl

@@ -1,0 +1,444 @@
+#include "foundation/Cast.h"
+#include "foundation/text/CmString.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlDocument.h"
+#include "persistence/xml/FXmlObject.h"
+#include "support/FailingAllocation.h"
+
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace qorl {
+
+/// A number with links to others, some by name and some in a list.
+class XmlTestNode : public CmObject {
+    QORL_CLASS(XmlTestNode, CmObject)
+    QORL_RECORD(XmlTestNode)
+
+public:
+    explicit XmlTestNode(int64_t value = 0) : value(value) { ++living; }
+    XmlTestNode(const XmlTestNode&) = delete;
+    ~XmlTestNode() override { --living; }
+
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setInteger("value", value);
+        if (next)
+            attributes->setObject("next", next.get(), FAttributes::Hold::retain);
+        for (const auto& link : links)
+            attributes->appendObject("links", retain(link.get()).detach(), true);
+        return isStorable;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        value = attributes->getInteger("value");
+        next = attributes->getObject("next");
+        while (Ref<CmObject> link = attributes->nextObject("links"))
+            links.push_back(std::move(link));
+        return true;
+    }
+
+    /// All that can be reached, in the order in which it is found.
+    static std::vector<XmlTestNode*> reach(CmObject* root) {
+        std::vector<XmlTestNode*> nodes;
+        std::map<CmObject*, size_t> known;
+        const auto add = [&](CmObject* object) {
+            auto* node = cast<XmlTestNode>(object);
+            if (node && known.try_emplace(node, nodes.size()).second)
+                nodes.push_back(node);
+        };
+        add(root);
+        for (size_t i = 0; i < nodes.size(); ++i) {
+            add(nodes[i]->next.get());
+            for (const auto& link : nodes[i]->links)
+                add(link.get());
+        }
+        return nodes;
+    }
+    /// The graph as text, the same for graphs that are the same.
+    static std::string describe(CmObject* root) {
+        const auto nodes = reach(root);
+        std::map<CmObject*, size_t> numbers;
+        for (size_t i = 0; i < nodes.size(); ++i)
+            numbers[nodes[i]] = i;
+        std::string text;
+        for (XmlTestNode* node : nodes) {
+            text += std::to_string(node->value) + ':';
+            if (node->next)
+                text += " >" + std::to_string(numbers[node->next.get()]);
+            for (const auto& link : node->links)
+                text += ' ' + std::to_string(numbers[link.get()]);
+            text += '\n';
+        }
+        return text;
+    }
+    static void cut(CmObject* root) {
+        std::vector<Ref<XmlTestNode>> nodes;
+        for (XmlTestNode* node : reach(root))
+            nodes.push_back(retain(node));
+        for (const auto& node : nodes) {
+            node->next.reset();
+            node->links.clear();
+        }
+    }
+
+    static inline int32_t living = 0;
+
+    int64_t value;
+    bool isStorable = true;
+    Ref<CmObject> next;
+    std::vector<Ref<CmObject>> links;
+};
+
+QORL_REGISTER(XmlTestNode, "XmlTestNode", CmObject, 0)
+
+namespace {
+
+using Hold = FAttributes::Hold;
+using Mode = FXmlDocument::Mode;
+
+std::string lines(std::string text) {
+    for (size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2)
+        text.insert(at, "\r");
+    return text;
+}
+
+std::string idOf(const CmObject* object) {
+    return std::to_string(reinterpret_cast<uintptr_t>(object));
+}
+
+/// A document over bytes that it owns.
+struct Reading {
+    explicit Reading(std::string_view text)
+        : bytes(text), stream{std::string_view(bytes)}, document(&stream, Mode::read) {}
+
+    std::string bytes;
+    FMemoryStream stream;
+    FXmlDocument document;
+};
+
+struct Writing {
+    Writing() : document(&stream, Mode::write) {}
+
+    std::string_view save() {
+        EXPECT_TRUE(document.saveRoots("Doc")) << document.errorText();
+        return stream.bytes();
+    }
+
+    FMemoryStream stream;
+    FXmlDocument document;
+};
+
+TEST(XmlRoots, AreWrittenWithTheirDataAndObjects) {
+    const auto leaf = make<XmlTestNode>(2);
+    const auto root = make<XmlTestNode>(1);
+    root->next = leaf;
+    root->links = {leaf};
+    Writing writing;
+    writing.document.objects().setObject("first & only", root.get(), Hold::retain);
+    writing.document.objects().setObject("leaf", leaf.get(), Hold::retain);
+    const auto data = make<FAttributes>();
+    data->setInteger("n", 7);
+    data->setObject("again", leaf.get(), Hold::retain);
+    writing.document.data().setObject("plain", data.get(), Hold::retain);
+    const auto live = make<CmString>("text");
+    writing.document.data().setObject("live", live.get(), Hold::retain);
+    EXPECT_EQ(writing.save(), lines("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                                    "<Doc>\n"
+                                    "   <rootObjects>\n"
+                                    "      <root name=\"first &amp; only\" ID=\"" +
+                                    idOf(root.get()) +
+                                    "\"/>\n"
+                                    "      <root name=\"leaf\" ID=\"" +
+                                    idOf(leaf.get()) +
+                                    "\"/>\n"
+                                    "      <root name=\"plain\">\n"
+                                    "         <int name=\"n\" value=\"7\"/>\n"
+                                    "         <obj name=\"again\" ID=\"" +
+                                    idOf(leaf.get()) +
+                                    "\"/>\n"
+                                    "      </root>\n"
+                                    "      <root name=\"live\">\n"
+                                    "         <string name=\"s\" value=\"text\"/>\n"
+                                    "      </root>\n"
+                                    "   </rootObjects>\n"
+                                    "\n"
+                                    "   <obj class=\"XmlTestNode\" ID=\"" +
+                                    idOf(root.get()) +
+                                    "\">\n"
+                                    "      <int name=\"value\" value=\"1\"/>\n"
+                                    "      <obj name=\"next\" ID=\"" +
+                                    idOf(leaf.get()) +
+                                    "\"/>\n"
+                                    "      <list name=\"links\" type=\"obj\">\n"
+                                    "         <item value=\"" +
+                                    idOf(leaf.get()) +
+                                    "\"/>\n"
+                                    "      </list>\n"
+                                    "   </obj>\n"
+                                    "\n"
+                                    "   <obj class=\"XmlTestNode\" ID=\"" +
+                                    idOf(leaf.get()) +
+                                    "\">\n"
+                                    "      <int name=\"value\" value=\"2\"/>\n"
+                                    "   </obj>\n"
+                                    "\n"
+                                    "</Doc>\n"));
+}
+
+TEST(XmlRoots, ComeBackByName) {
+    Writing writing;
+    writing.document.objects().setObject("node", new XmlTestNode(5), Hold::adopt);
+    writing.document.objects().setObject("text", new CmString("hello"), Hold::adopt);
+    writing.document.data().setObject("data", new FAttributes, Hold::adopt);
+    writing.document.data().getAttributes("data")->setInteger("n", 3);
+    Reading reading(writing.save());
+    ASSERT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
+    EXPECT_EQ(reading.document.data().getAttributes("data")->getInteger("n"), 3);
+    EXPECT_EQ(reading.document.getObject("node", "CmString"), nullptr);
+    const Ref<CmObject> node = reading.document.getObject("node", "XmlTestNode");
+    ASSERT_NE(node, nullptr);
+    EXPECT_EQ(reading.document.getObject("node"), node);
+    EXPECT_EQ(cast<CmString>(reading.document.getObject("text"))->string(), ConstString("hello"));
+    EXPECT_EQ(reading.document.getObject("nothing"), nullptr);
+    EXPECT_FALSE(reading.document.saveRoots("Doc")) << "it is open for reading";
+    EXPECT_FALSE(reading.document.load("Other"));
+}
+
+TEST(XmlRoots, GraphsComeBackWithCyclesAndSharedObjects) {
+    const int32_t before = XmlTestNode::living;
+    for (uint32_t seed = 0; seed < 200; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        std::vector<Ref<XmlTestNode>> nodes;
+        for (uint32_t i = random() % 60 + 1; i > 0; --i)
+            nodes.push_back(make<XmlTestNode>(random()));
+        for (const auto& node : nodes) {
+            if (random() % 3)
+                node->next = nodes[random() % nodes.size()];
+            for (uint32_t i = random() % 4; i > 0; --i)
+                node->links.emplace_back(nodes[random() % nodes.size()]);
+        }
+        Writing writing;
+        writing.document.objects().setObject("a", nodes.front().get(), Hold::retain);
+        const auto data = make<FAttributes>();
+        data->setObject("b", nodes.back().get(), Hold::retain);
+        writing.document.data().setObject("data", data.get(), Hold::retain);
+        Reading reading(writing.save());
+        ASSERT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
+        const Ref<CmObject> a = reading.document.getObject("a");
+        const Ref<CmObject> b = reading.document.data().getAttributes("data")->getObject("b");
+        EXPECT_EQ(XmlTestNode::describe(a.get()), XmlTestNode::describe(nodes.front().get()));
+        EXPECT_EQ(XmlTestNode::describe(b.get()), XmlTestNode::describe(nodes.back().get()));
+        for (CmObject* root : {a.get(), b.get()})
+            XmlTestNode::cut(root);
+        for (const auto& node : nodes)
+            XmlTestNode::cut(node.get());
+    }
+    EXPECT_EQ(XmlTestNode::living, before) << "nodes were lost";
+}
+
+constexpr std::string_view selectable =
+    "<Doc><rootObjects>"
+    "<root name='one' ID='1'/><root name='two' ID='2'/>"
+    "<root name='data'><int name='n' value='4'/></root>"
+    "<root name='links'><obj name='o' ID='3'/></root>"
+    "</rootObjects>"
+    "<obj class='XmlTestNode' ID='3'><int name='value' value='30'/></obj>"
+    "<obj class='XmlTestNode' ID='1'><int name='value' value='10'/></obj>"
+    "<obj class='XmlTestNode' ID='2'><int name='value' value='20'/>"
+    "<obj name='next' ID='3'/><list name='links' type='obj'><item value='4'/></list></obj>"
+    "<obj class='XmlTestNode' ID='5'><member name='broken'></obj>"
+    "<obj class='XmlTestNode' ID='4'><int name='value' value='40'/></obj>"
+    "</Doc>";
+
+TEST(XmlRoots, OneCanBeReadWithoutTheRest) {
+    std::string whole(selectable);
+    whole.replace(whole.find("<member name='broken'>"), 22, "");
+    Reading one(selectable);
+    EXPECT_TRUE(one.document.load("Doc", "one")) << "reading stops in front of the damage";
+    EXPECT_EQ(cast<XmlTestNode>(one.document.getObject("one"))->value, 10);
+    EXPECT_EQ(one.document.objects().count(), 1);
+    EXPECT_EQ(one.document.data().count(), 0);
+
+    // What it refers to stands in front of it and behind it.
+    Reading two(whole);
+    ASSERT_TRUE(two.document.load("Doc", "two")) << two.document.errorText();
+    EXPECT_EQ(XmlTestNode::describe(two.document.getObject("two").get()), "20: >1 2\n30:\n40:\n");
+    EXPECT_EQ(two.document.getObject("one"), nullptr);
+
+    Reading data(selectable);
+    EXPECT_TRUE(data.document.load("Doc", "data"));
+    EXPECT_EQ(data.document.data().getAttributes("data")->getInteger("n"), 4);
+    Reading links(whole);
+    EXPECT_TRUE(links.document.load("Doc", "links"));
+    EXPECT_EQ(cast<XmlTestNode>(links.document.data().getAttributes("links")->getObject("o"))->value, 30);
+
+    Reading none(whole);
+    EXPECT_TRUE(none.document.load("Doc", "none"));
+    EXPECT_EQ(none.document.objects().count(), 0);
+}
+
+TEST(XmlRoots, ASelectedOneCostsNoMoreThanItsPlace) {
+    std::string text = "<Doc><rootObjects><root name='one' ID='1'/></rootObjects>"
+                       "<obj class='XmlTestNode' ID='1'/>";
+    const size_t needed = text.size();
+    text += std::string(1 << 20, ' ') + "</Doc>";
+    Reading reading(text);
+    EXPECT_TRUE(reading.document.load("Doc", "one"));
+    EXPECT_LT(reading.stream.tell(), static_cast<int64_t>(needed) + 4096);
+}
+
+struct RootFault {
+    const char* text;
+    const char* error;
+};
+
+TEST(XmlRoots, SaysWhatIsWrongWithThem) {
+    const RootFault cases[] = {
+        {"<Doc><root ID='1'/></Doc>", "1:6: Not enough actual attributes in tag!"},
+        {"<Doc><root name='a'/></Doc>", "1:6: Not enough actual attributes in tag!"},
+        {"<Doc><root name='a' ID='0'/></Doc>", "1:6: Not enough actual attributes in tag!"},
+        {"<Doc><root></root></Doc>", "1:6: Not enough actual attributes in tag!"},
+        {"<Doc><int name='a' value='1'/></Doc>",
+         "1:6: Unexpected tag or invalid attributes! (<int> can't stand here)"},
+        {"<Doc><root name='a'><root name='b' ID='1'/></root></Doc>",
+         "1:21: Unexpected tag or invalid attributes! (<root> can't stand here)"},
+        {"<Doc><rootObjects><member name='a'/></rootObjects></Doc>",
+         "1:19: Unexpected tag or invalid attributes! (<member> can't stand here)"},
+    };
+    for (const RootFault& c : cases) {
+        Reading reading(c.text);
+        EXPECT_FALSE(reading.document.load("Doc")) << c.text;
+        EXPECT_EQ(reading.document.errorText(), c.error) << c.text;
+    }
+    Reading old("<Doc><root name='a' ID='-2'/><obj class='XmlTestNode' ID='4294967294'/></Doc>");
+    EXPECT_TRUE(old.document.load("Doc"));
+    EXPECT_NE(old.document.getObject("a"), nullptr);
+    Reading lost("<Doc><root name='a' ID='1'/></Doc>");
+    EXPECT_TRUE(lost.document.load("Doc"));
+    EXPECT_EQ(lost.document.getObject("a"), nullptr);
+}
+
+TEST(XmlRoots, PassThroughUnchangedWithoutTheirClasses) {
+    const std::string text = lines("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                                   "<Doc>\n"
+                                   "   <rootObjects>\n"
+                                   "      <root name=\"a\" ID=\"18446744073709551615\"/>\n"
+                                   "      <root name=\"d\">\n"
+                                   "         <obj class=\"Gone\" name=\"in\" ID=\"7\">\n"
+                                   "            <obj name=\"unbound\" ID=\"99\"/>\n"
+                                   "            <string name=\"s\" value=\"\"/>\n"
+                                   "         </obj>\n"
+                                   "      </root>\n"
+                                   "   </rootObjects>\n"
+                                   "\n"
+                                   "   <obj class=\"Gone\" ID=\"18446744073709551615\">\n"
+                                   "      <list name=\"l\" type=\"obj\">\n"
+                                   "         <obj class=\"Lost\" ID=\"8\">\n"
+                                   "            <obj name=\"up\" ID=\"18446744073709551615\"/>\n"
+                                   "         </obj>\n"
+                                   "         <item value=\"7\"/>\n"
+                                   "      </list>\n"
+                                   "   </obj>\n"
+                                   "\n"
+                                   "</Doc>\n");
+    Reading reading(text);
+    ASSERT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
+    Writing writing;
+    const auto copy = [](FAttributes& from, FAttributes& to) {
+        for (int32_t i = 0; i < from.count(); ++i)
+            to.setObject(from.at(i)->key(), from.at(i)->getObject(), Hold::retain);
+    };
+    copy(reading.document.objects(), writing.document.objects());
+    copy(reading.document.data(), writing.document.data());
+    EXPECT_EQ(writing.save(), text);
+}
+
+TEST(XmlRoots, KeepObjectsApartWhoseNumbersAreTheSame) {
+    // Both were the first object of their documents.
+    Reading one("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='1'/></obj></Doc>");
+    Reading two("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='2'/></obj></Doc>");
+    ASSERT_TRUE(one.document.load("Doc") && two.document.load("Doc"));
+    Writing writing;
+    writing.document.objects().setObject("a", one.document.objects().at(0)->getObject(), Hold::retain);
+    writing.document.objects().setObject("b", two.document.objects().at(0)->getObject(), Hold::retain);
+    Reading both(writing.save());
+    ASSERT_TRUE(both.document.load("Doc"));
+    for (const auto& [name, value] : {std::pair("a", 1), std::pair("b", 2)}) {
+        auto* stored = cast<FXmlObject>(both.document.objects().find(name)->getObject());
+        ASSERT_NE(stored->getAttributes(), nullptr);
+        EXPECT_EQ(stored->getAttributes()->getInteger("n"), value);
+    }
+}
+
+TEST(XmlRoots, AreNotWrittenInHalf) {
+    const auto node = make<XmlTestNode>();
+    node->isStorable = false;
+    Writing object;
+    object.document.objects().setObject("a", node.get(), Hold::retain);
+    EXPECT_FALSE(object.document.saveRoots("Doc"));
+    EXPECT_EQ(object.document.errorText(), "an object has no attributes");
+    Writing data;
+    data.document.data().setObject("a", node.get(), Hold::retain);
+    EXPECT_FALSE(data.document.saveRoots("Doc"));
+
+    FMemoryStream full(std::string_view("read only"));
+    FXmlDocument document(&full, Mode::write);
+    EXPECT_FALSE(document.saveRoots("Doc"));
+    EXPECT_EQ(document.errorText(), "the stream does not take it");
+    FXmlDocument none(nullptr, Mode::write);
+    EXPECT_FALSE(none.saveRoots("Doc"));
+}
+
+TEST(XmlRoots, AFailedObjectIsWrittenWithoutItsAttributes) {
+    Reading reading(
+        "<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='1'/></obj></Doc>");
+    ASSERT_TRUE(reading.document.load("Doc"));
+    EXPECT_EQ(reading.document.getObject("a"), nullptr);
+    Writing writing;
+    writing.document.objects().setObject("a", reading.document.objects().at(0)->getObject(), Hold::retain);
+    EXPECT_NE(writing.save().find("   <obj class=\"Gone\" ID=\"1\">\r\n   </obj>\r\n"),
+              std::string_view::npos);
+}
+
+TEST(XmlRoots, ReadAndWrittenWithoutMemoryTellOfIt) {
+    const auto leaf = make<XmlTestNode>(2);
+    const auto root = make<XmlTestNode>(1);
+    root->next = leaf;
+    root->links = {leaf};
+    std::string text;
+    failEachAllocation([&](FailingAllocation& allocation) {
+        Writing writing;
+        writing.document.objects().setObject("root", root.get(), Hold::retain);
+        writing.document.data().setObject("leaf", leaf.get(), Hold::retain);
+        const bool isSaved = allocation.during([&] { return writing.document.saveRoots("Doc"); });
+        EXPECT_EQ(isSaved, !allocation.hasFailed());
+        text = writing.stream.bytes();
+    });
+    for (const char* selected : {static_cast<const char*>(nullptr), "root"}) {
+        failEachAllocation([&](FailingAllocation& allocation) {
+            Reading reading(text);
+            const bool isRead = allocation.during([&] { return reading.document.load("Doc", selected); });
+            EXPECT_EQ(isRead, !allocation.hasFailed());
+        });
+    }
+}
+
+TEST(XmlRoots, ReadNamedEntitiesOfTheMacintosh) {
+    const std::string_view text = "<Doc><root name='d'><string name='s' value='&Auml;&Auml;'/>"
+                                  "<string name='u' value='\xC3\xA4'/></root></Doc>";
+    for (const bool isMacintosh : {false, true}) {
+        Reading reading(text);
+        ASSERT_TRUE(reading.document.load("Doc", nullptr, isMacintosh));
+        const FAttributes* data = reading.document.data().getAttributes("d");
+        EXPECT_EQ(std::u16string(data->getText16("s")), u"\u00C4\u00C4")
+            << "read as the set that it was decoded to";
+        EXPECT_EQ(std::u16string(data->getText16("u")), u"\u00E4");
+    }
+}
+
+} // namespace
+} // namespace qorl
