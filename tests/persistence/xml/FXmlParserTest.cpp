@@ -2,6 +2,7 @@
 
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/ShakyStream.h"
 #include "support/Slots.h"
 
 #include <gtest/gtest.h>
@@ -10,18 +11,6 @@
 
 namespace qorl {
 namespace {
-
-/// A stream that gives a few bytes at a time, so that everything lies across the borders of pieces.
-class Drops : public FMemoryStream {
-public:
-    Drops(std::string_view bytes, int64_t size) : FMemoryStream(bytes), size_(size) {}
-    int64_t read(void* buffer, int64_t count) override {
-        return FMemoryStream::read(buffer, std::min(count, size_));
-    }
-
-private:
-    int64_t size_;
-};
 
 /// Writes down what it hears, and does with some elements what their names say.
 class Recorder : public FXmlParser {
@@ -80,7 +69,9 @@ struct Parsed {
 };
 
 Parsed parse(std::string_view document, uint32_t options = 0, int64_t pieces = 1 << 20) {
-    Drops stream(document, pieces);
+    // Of a stream that gives few bytes at a time, everything lies across the borders of pieces.
+    ShakyStream stream{std::string(document)};
+    stream.atOnce = pieces;
     Recorder recorder(stream, options);
     recorder.setReporting(FXmlParser::Reporting::off);
     const bool isGood = recorder.parse();
@@ -177,7 +168,8 @@ TEST(FXmlParser, SaysWhatIsWrongAndWhere) {
 
 TEST(FXmlParser, CountsEachKindOfLineEndOnce) {
     for (const int64_t pieces : {1 << 20, 1}) {
-        Drops stream("a\rb\nc\r\nd\n\re\n\nf\r\r\n\n\rg", pieces);
+        ShakyStream stream("a\rb\nc\r\nd\n\re\n\nf\r\r\n\n\rg");
+        stream.atOnce = pieces;
         Recorder recorder(stream);
         EXPECT_TRUE(recorder.parse());
         EXPECT_EQ(recorder.getLineText(), "Line 10");
