@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Runs the tool as a designer would: the showcase in its forms, scripts played on it, and documents that are broken.
+"""Runs the tool as a designer would: the showcase in its forms, scripts played on it, stored documents, and documents
+that are broken.
 
     check_qorl.py QORL SHOWCASE [unittest arguments]
 """
@@ -149,7 +150,10 @@ class Drive(InTemporaryFolder):
 class Usage(InTemporaryFolder):
     def test_wrong_words_answer_two(self):
         for words in ([], ["paint"], ["render"], ["render", "a", "b", "c"], ["render", "a", "b", "--colour"],
-                      ["render", "a", "b", "--size", "0x4"], ["render", "a", "b", "--scale", "99"], ["drive", "a", "b"]):
+                      ["render", "a", "b", "--size", "0x4"], ["render", "a", "b", "--scale", "99"], ["drive", "a", "b"],
+                      ["document"], ["document", "dump"], ["document", "burn", "a"], ["document", "convert", "a"],
+                      ["objects", "dump", "a"], ["objects", "dump", "a", "--form", "round"],
+                      ["objects", "burn", "a", "--form", "sized"]):
             with self.subTest(words=words):
                 result = run(*words)
                 self.assertEqual(result.returncode, 2, result.stderr)
@@ -200,8 +204,161 @@ class Json(InTemporaryFolder):
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, '{"diagnostics":[]}\n', ""))
 
 
+def int32(*numbers):
+    return b"".join(struct.pack("<I", number & 0xFFFFFFFF) for number in numbers)
+
+
+def counted(text):
+    return int32(len(text) + 1) + text.encode() + b"\0"
+
+
+def marker(tag, name, version=0):
+    return int32(tag) + counted(name) + struct.pack("<H", version)
+
+
+class Documents(InTemporaryFolder):
+    SETTINGS = ('<?xml version="1.0" encoding="utf-8"?>\n<Settings>\n'
+                '<int name="i" value="-5"/>\n<float name="f" value="0.1"/>\n<float name="n" value="1e300"/>\n'
+                '<string name="s" value="a"/>\n<string name="w" value="T\u00fcr" wide="true"/>\n'
+                '<member name="m">\n<int name="x" value="1"/>\n</member>\n<bin name="b">\n00ff\n</bin>\n'
+                '<list name="li" type="int">\n<item value="1"/>\n<item value="2"/>\n</list>\n'
+                '<list name="lf" type="float">\n<item value="0.5"/>\n</list>\n'
+                '<list name="ls" type="string">\n<item value="a"/>\n</list>\n'
+                '<list name="ll" type="list">\n<item>\n<int name="x" value="2"/>\n</item>\n</list>\n'
+                '<list name="lo" type="obj">\n<item value="7"/>\n<item value="7"/>\n</list>\n'
+                '<obj name="o" ID="7"/>\n<obj name="gone" ID="9"/>\n'
+                '<obj class="Unheard" ID="7">\n<obj name="self" ID="7"/>\n</obj>\n</Settings>\n')
+    ATTRIBUTES = [
+        {"key": "i", "kind": "int", "value": -5},
+        {"key": "f", "kind": "float", "value": 0.1},
+        {"key": "n", "kind": "float", "value": 1e300},
+        {"key": "s", "kind": "string", "value": "a", "wide": False},
+        {"key": "w", "kind": "string", "value": "T\u00fcr", "wide": True},
+        {"key": "m", "kind": "attributes", "attributes": [{"key": "x", "kind": "int", "value": 1}]},
+        {"key": "b", "kind": "binary", "hex": "00FF"},
+        {"key": "li", "kind": "list", "of": "int", "value": [1, 2]},
+        {"key": "lf", "kind": "list", "of": "float", "value": [0.5]},
+        {"key": "ls", "kind": "list", "of": "string", "value": ["a"]},
+        {"key": "ll", "kind": "list", "of": "attributes", "value": [{"attributes": [{"key": "x", "kind": "int", "value": 2}]}]},
+        {"key": "lo", "kind": "list", "of": "object", "value": [
+            {"kind": "object", "class": "Unheard", "id": 7, "attributes": [{"key": "self", "kind": "reference", "id": 7}]},
+            {"kind": "reference", "id": 7}]},
+        {"key": "o", "kind": "reference", "id": 7},
+        {"key": "gone", "kind": "reference", "id": 9},
+    ]
+
+    def dump(self, path):
+        result = run("document", "dump", path)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return json.loads(result.stdout)
+
+    def convert(self, *words):
+        result = run("document", "convert", *words)
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+
+    def test_dump_has_every_kind_in_either_form_and_nothing_is_lost_between(self):
+        source = self.write("settings.xml", self.SETTINGS)
+        body, back, again = (self.folder / name for name in ("body", "back.xml", "again"))
+        self.assertEqual(self.dump(source), {"tag": "Settings", "attributes": self.ATTRIBUTES})
+        self.convert(source, body)
+        self.assertEqual(self.dump(body), {"attributes": self.ATTRIBUTES})
+        self.convert(body, back, "--tag", "Settings")
+        self.assertEqual(self.dump(back), {"tag": "Settings", "attributes": self.ATTRIBUTES})
+        self.convert(back, again)
+        self.assertEqual(again.read_bytes(), body.read_bytes())
+
+    def test_root_objects_stand_under_their_names(self):
+        path = self.write("roots.xml", '<Doc><rootObjects><root name="main" ID="5"/>\n<root name="more">\n'
+                          '<int name="x" value="1"/></root></rootObjects>\n<obj class="Unheard" ID="5"></obj></Doc>')
+        self.assertEqual(self.dump(path), {"tag": "Doc", "attributes": [
+            {"key": "main", "kind": "object", "class": "Unheard", "id": 5, "attributes": []},
+            {"key": "more", "kind": "attributes", "attributes": [{"key": "x", "kind": "int", "value": 1}]}]})
+
+    def test_damaged_ones_are_refused_with_their_place(self):
+        entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
+        cases = {
+            "xml": ('<?xml version="1.0"?>\n<Doc>\n<int name="x" value="1"/>\n</Dox>\n', ":4:1: error: "),
+            "cut": (int32(2) + entry, f":1:{5 + len(entry)}: error: at byte {4 + len(entry)}: "),
+            "longer": (int32(1) + entry + b"...", f":1:{5 + len(entry)}: error: at byte {4 + len(entry)}: "),
+            "huge": (int32(0x7FFFFFFF), ":1:5: error: "),
+            "empty": (b"", ":1:1: error: "),
+        }
+        for name, (content, place) in cases.items():
+            with self.subTest(name):
+                path = self.write(name, content)
+                for words in (["dump", path], ["convert", path, self.folder / "out"]):
+                    result = run("document", *words)
+                    self.assertEqual(result.returncode, 1)
+                    self.assertIn(str(path) + place, result.stderr)
+        self.assertFalse((self.folder / "out").exists())
+
+    def test_nesting_100000_deep_is_refused(self):
+        nested = b"".join(int32(1) + counted("x") + b"\2\0\6\0" for _ in range(100000))
+        for name, content in (("xml", "<D>" + '<member name="x">' * 100000), ("body", nested)):
+            result = run("document", "dump", self.write(name, content))
+            self.assertEqual(result.returncode, 1, result.stderr[-400:])
+
+
+class Objects(InTemporaryFolder):
+    TEXT = marker(-1, "CmString")
+    SIZED = marker(-2, "CmObject") + TEXT
+
+    def dump(self, content, form, *options, status=0):
+        result = run("objects", "dump", self.write("archive", content), "--form", form, *options)
+        self.assertEqual(result.returncode, status, result.stderr)
+        return json.loads(result.stdout or "null"), result.stderr
+
+    @staticmethod
+    def text(offset, number, value):
+        return {"offset": offset, "version": 0, "kind": "object", "class": "CmString", "id": number,
+                "attributes": [{"key": "s", "kind": "string", "value": value, "wide": False}]}
+
+    def test_sized_archives_show_what_they_can_of_unknown_classes(self):
+        content = (self.SIZED + int32(7) + counted("hi") +
+                   marker(-2, "Base") + marker(-1, "Unheard", 7) + int32(2) + b"\1\xFF" +
+                   int32(0x80000000 + 64, 1) + b"\7" + int32(0, 38, 0x80000013, 7) + counted("yo"))
+        data, errors = self.dump(content, "sized")
+        self.assertEqual(errors, "")
+        why = 'class "Unheard" is not known here, and only a class can tell its fields'
+        self.assertEqual(data, {"form": "sized", "objects": [
+            self.text(0, 1, "hi"),
+            {"offset": 49, "kind": "unread", "class": "Unheard", "known": False, "parents": ["Base"], "why": why,
+             "length": 2, "hex": "01FF"},
+            {"offset": 88, "kind": "unread", "class": "Unheard", "known": False, "why": why, "length": 1, "hex": "07"},
+            {"offset": 97, "kind": "null"},
+            {"offset": 101, "kind": "reference", "id": 1},
+            self.text(105, 2, "yo")]})
+
+    def test_compact_archives_end_at_an_unknown_class(self):
+        data, errors = self.dump(self.TEXT + counted("hi") + int32(2) + marker(-1, "Unheard") + b"four", "compact", status=1)
+        self.assertEqual(data["objects"][:2], [self.text(0, 1, "hi"), {"offset": 26, "kind": "reference", "id": 1}])
+        self.assertEqual(data["objects"][2]["class"], "Unheard")
+        self.assertIn(':1:31: error: at byte 30: class "Unheard" is not known here, and the compact form does not tell '
+                      'where its objects end: the 4 bytes behind', errors)
+
+    def test_contents_without_a_name_need_the_class(self):
+        self.assertEqual(self.dump(counted("hi"), "sized", "--class", "CmString")[0],
+                         {key: value for key, value in self.text(0, 1, "hi").items() if key not in ("offset", "version")})
+        self.assertIn("Unheard", self.dump(counted("hi"), "sized", "--class", "Unheard", status=2)[1])
+        self.assertIn(":1:", self.dump(b"\1", "sized", "--class", "CmString", status=1)[1])
+
+    def test_damaged_ones_are_refused_with_their_place(self):
+        cases = [
+            ("sized", self.SIZED + int32(7) + b"\3", ":1:1: error: "),
+            ("sized", self.SIZED + int32(-1), ":1:1: error: at byte 0: a length below 0"),
+            ("sized", int32(0, 77), ":1:5: error: at byte 4: an object that can't be read, or a reference"),
+            ("sized", int32(-1, 0x7FFFFFFF), ":1:1: error: at byte 0: the archive ends"),
+            ("compact", int32(0, 77), ":1:5: error: at byte 4: "),
+            ("compact", self.TEXT, ":1:1: error: "),
+            ("compact", b"\0\0", ":1:1: error: at byte 0: the archive ends"),
+        ]
+        for form, content, message in cases:
+            with self.subTest(content):
+                self.assertIn(message, self.dump(content, form, status=1)[1])
+
+
 class Manual(InTemporaryFolder):
-    COMMANDS = ("render", "show", "check", "drive", "tree")
+    COMMANDS = ("render", "show", "check", "drive", "tree", "document", "objects")
 
     def test_man_page_tells_every_option_of_the_help(self):
         page = run("--man").stdout
@@ -237,6 +394,9 @@ class Manual(InTemporaryFolder):
             (["tree", "skin.xml", "T"], ["Two"]),
             (["drive", "skin.xml", "One", "--script", "s"], ["skin.xml"]),
             (["drive", "skin.xml", "One", "--size", "s"], []),
+            (["document", "d"], ["dump"]),
+            (["document", "convert", "sk"], ["skin.xml"]),
+            (["objects", "dump", "skin.xml", "--f"], ["--form"]),
         ]
         for words, offered in cases:
             with self.subTest(words=words):

@@ -58,6 +58,7 @@ struct Command {
     size_t leastPositional;
     size_t mostPositional;
     int (*run)(const CommandLine& line);
+    const char* actions = nullptr; ///< "dump convert": the first of the words has to be one of these.
 };
 
 extern const Command renderCommand;
@@ -65,6 +66,8 @@ extern const Command showCommand;
 extern const Command checkCommand;
 extern const Command driveCommand;
 extern const Command treeCommand;
+extern const Command documentCommand;
+extern const Command objectsCommand;
 
 /// Prints `qorl: TEXT` on standard error.
 int complain(int status, std::string_view text);

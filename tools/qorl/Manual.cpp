@@ -6,7 +6,8 @@ namespace qorl::tool {
 
 namespace {
 
-constexpr const char* purpose = "Looks at skins, draws them, and plays a user on them.";
+constexpr const char* purpose =
+    "Looks at skins, draws them, and plays a user on them; shows and converts what programs stored.";
 constexpr const char* exitStatus = "Exit status: 0 success, 1 the input is bad, 2 wrong usage.";
 
 struct GeneralOption {
@@ -74,8 +75,8 @@ void printBashCase(const Command& command) {
                 withFile += (withFile.empty() ? "" : "|") + std::string(name);
         }
     }
-    std::printf("    %s) options='%s--help'; files='@(%s)' ;;\n", command.name, all.c_str(),
-                withFile.c_str());
+    std::printf("    %s) options='%s--help'; files='@(%s)'; actions='%s' ;;\n", command.name, all.c_str(),
+                withFile.c_str(), command.actions ? command.actions : "");
 }
 
 } // namespace
@@ -99,8 +100,8 @@ void printHelp(const Command& command) {
 
 void printManPage(CommandList commands) {
     std::printf(
-        ".TH QORL 1 \"\" \"qorl-frame %s\"\n.SH NAME\nqorl \\- looks at skins, draws them, and plays a "
-        "user on them\n.SH SYNOPSIS\n",
+        ".TH QORL 1 \"\" \"qorl-frame %s\"\n.SH NAME\nqorl \\- looks at skins, draws them, plays a user on "
+        "them, and shows what programs stored\n.SH SYNOPSIS\n",
         roff(libraryVersion()).c_str());
     for (const Command* command : commands)
         std::printf(".B qorl %s\n%s [OPTION…]\n.br\n", command->name, roff(command->arguments).c_str());
@@ -128,7 +129,7 @@ void printBashCompletion(CommandList commands) {
     std::printf("# bash completion for qorl\n"
                 "_qorl() {\n"
                 "  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]}\n"
-                "  local options='' files='' skin\n"
+                "  local options='' files='' actions='' skin\n"
                 "  COMPREPLY=()\n"
                 "  if [ \"$COMP_CWORD\" -eq 1 ]; then\n"
                 "    mapfile -t COMPREPLY < <(compgen -W '%s' -- \"$word\")\n"
@@ -138,23 +139,27 @@ void printBashCompletion(CommandList commands) {
                 words.c_str());
     for (const Command* command : commands)
         printBashCase(*command);
-    std::fputs(
-        "  esac\n"
-        "  if [[ $word == -* ]]; then\n"
-        "    mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$word\")\n"
-        "    return\n"
-        "  fi\n"
-        "  skin=${COMP_WORDS[2]/#\\~/$HOME}\n"
-        "  if [[ $COMP_CWORD -eq 3 && $before != -* && ${COMP_WORDS[1]} != check && -f $skin ]]; then\n"
-        "    mapfile -t COMPREPLY < <(compgen -W \"$(sed -n "
-        "'s/.*<template[^>]* name=\"\\([^\"]*\\)\".*/\\1/p' \"$skin\")\" -- \"$word\")\n"
-        "  elif [[ $before != -* || $before == $files ]]; then\n"
-        "    compopt -o filenames 2>/dev/null\n"
-        "    mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n"
-        "  fi\n"
-        "}\n"
-        "complete -F _qorl qorl\n",
-        stdout);
+    std::fputs("  esac\n"
+               "  if [[ $word == -* ]]; then\n"
+               "    mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$word\")\n"
+               "    return\n"
+               "  fi\n"
+               "  if [[ $COMP_CWORD -eq 2 && -n $actions ]]; then\n"
+               "    mapfile -t COMPREPLY < <(compgen -W \"$actions\" -- \"$word\")\n"
+               "    return\n"
+               "  fi\n"
+               "  skin=${COMP_WORDS[2]/#\\~/$HOME}\n"
+               "  if [[ $COMP_CWORD -eq 3 && $before != -* && ${COMP_WORDS[1]} != check && -z $actions && -f "
+               "$skin ]]; then\n"
+               "    mapfile -t COMPREPLY < <(compgen -W \"$(sed -n "
+               "'s/.*<template[^>]* name=\"\\([^\"]*\\)\".*/\\1/p' \"$skin\")\" -- \"$word\")\n"
+               "  elif [[ $before != -* || $before == $files ]]; then\n"
+               "    compopt -o filenames 2>/dev/null\n"
+               "    mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n"
+               "  fi\n"
+               "}\n"
+               "complete -F _qorl qorl\n",
+               stdout);
 }
 
 } // namespace qorl::tool

@@ -19,7 +19,6 @@ namespace qorl::tool {
 
 namespace {
 
-constexpr int64_t largestText = 16 << 20;
 constexpr double smallestScale = 0.25;
 constexpr double largestScale = 8;
 /// Where windows open on the headless screen.
@@ -229,7 +228,7 @@ int saveText(const std::string& path, std::string_view text) {
     return ExitStatus::success;
 }
 
-bool loadText(const std::string& path, std::string& text) {
+bool loadText(const std::string& path, std::string& text, int64_t limit) {
     if (path == "-") {
         char block[4096];
         while (const size_t got = std::fread(block, 1, sizeof block, stdin))
@@ -237,7 +236,7 @@ bool loadText(const std::string& path, std::string& text) {
         return true;
     }
     std::vector<uint8_t> bytes;
-    if (const platform::FileError error = platform::readWholeFile(path, bytes, largestText)) {
+    if (const platform::FileError error = platform::readWholeFile(path, bytes, limit)) {
         complain(ExitStatus::badInput, path + ": " + error.getText());
         return false;
     }

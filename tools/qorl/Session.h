@@ -97,7 +97,9 @@ private:
 
 /// Writes the file in one step. An exit status; a fault has been told.
 int saveText(const std::string& path, std::string_view text);
-/// False, with the fault told.
-bool loadText(const std::string& path, std::string& text);
+/// The longest script or list of values.
+constexpr int64_t longestText = 16 << 20;
+/// False, with the fault told, also for a file of more than `limit` bytes.
+bool loadText(const std::string& path, std::string& text, int64_t limit = longestText);
 
 } // namespace qorl::tool

@@ -9,13 +9,25 @@ namespace {
 
 using namespace qorl::tool;
 
-const Command* const commands[] = {&renderCommand, &showCommand, &checkCommand, &driveCommand, &treeCommand};
+const Command* const commands[] = {&renderCommand, &showCommand,     &checkCommand,  &driveCommand,
+                                   &treeCommand,   &documentCommand, &objectsCommand};
 
 const Command* findCommand(const char* name) {
     const auto found = std::find_if(std::begin(commands), std::end(commands), [name](const Command* command) {
         return std::strcmp(command->name, name) == 0;
     });
     return found == std::end(commands) ? nullptr : *found;
+}
+
+bool hasAction(const Command& command, std::string_view word) {
+    std::string_view left = command.actions;
+    while (!left.empty()) {
+        const std::string_view action = left.substr(0, left.find(' '));
+        if (action == word)
+            return true;
+        left.remove_prefix(std::min(action.size() + 1, left.size()));
+    }
+    return false;
 }
 
 int runCommand(const Command& command, std::span<char* const> words) {
@@ -33,6 +45,10 @@ int runCommand(const Command& command, std::span<char* const> words) {
     if (count < command.leastPositional || count > command.mostPositional)
         return complain(ExitStatus::wrongUsage,
                         std::string("usage: qorl ") + command.name + " " + command.arguments);
+    if (command.actions && !hasAction(command, line.positional()[0]))
+        return complain(ExitStatus::wrongUsage, std::string("qorl ") + command.name +
+                                                    " does one of these: " + command.actions + "; not \"" +
+                                                    line.positional()[0] + '"');
     return command.run(line);
 }
 

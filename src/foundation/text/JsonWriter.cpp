@@ -2,6 +2,10 @@
 
 #include "foundation/text/TextConversion.h"
 
+#include <charconv>
+#include <cmath>
+#include <iterator>
+
 namespace qorl {
 
 void JsonWriter::separate() {
@@ -55,6 +59,21 @@ void JsonWriter::string(std::string_view text) {
 void JsonWriter::number(int64_t number) {
     separate();
     text_ += std::to_string(number);
+}
+
+void JsonWriter::real(double number) {
+    char digits[32];
+    const char* end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    const std::string_view text(digits, static_cast<size_t>(end - digits));
+    if (!std::isfinite(number))
+        return string(std::isnan(number) ? "nan" : text);
+    separate();
+    text_ += text;
+}
+
+void JsonWriter::boolean(bool value) {
+    separate();
+    text_ += value ? "true" : "false";
 }
 
 void JsonWriter::member(std::string_view name, std::string_view text) {

@@ -20,6 +20,10 @@ public:
     /// UTF-8; what isn't valid becomes U+FFFD.
     void string(std::string_view text);
     void number(int64_t number);
+    /// So that it reads back equal. What is no finite number, of which JSON has none, becomes the string
+    /// "inf", "-inf" or "nan".
+    void real(double number);
+    void boolean(bool value);
 
     /// A member that is a string.
     void member(std::string_view name, std::string_view text);

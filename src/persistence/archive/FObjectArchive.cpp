@@ -81,20 +81,22 @@ const ClassRecord* FObjectArchive::recordFor(const CmObject& object) {
 }
 
 bool FObjectArchive::passContents(CmObject& object) {
-    const Level level(*this);
-    if (!level.isAllowed()) {
+    if (depth_ >= deepest) {
         tellTooDeep(object);
         if (storing_)
             report(streamFailed, object.getClassName());
         return false;
     }
+    bool isDone = false;
+    ++depth_;
     try {
-        return storing_ ? object.writeTo(this) : object.readFrom(this);
+        isDone = storing_ ? object.writeTo(this) : object.readFrom(this);
     } catch (const std::bad_alloc&) {
         if (storing_)
             report(streamFailed, object.getClassName());
-        return false;
     }
+    --depth_;
+    return isDone;
 }
 
 void FObjectArchive::setGlobalListener(ArchiveListener* listener) {

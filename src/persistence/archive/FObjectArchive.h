@@ -81,20 +81,6 @@ public:
     /// Not owned; null for none.
     void setListener(ArchiveListener* listener) { listener_ = listener; }
 
-    /// One level of nesting, for as long as it lives. Readers and writers of forms of their own that stand
-    /// inside of an object and may hold objects again take one for each level of theirs.
-    class Level {
-    public:
-        explicit Level(FObjectArchive& archive) : archive_(archive) { ++archive_.depth_; }
-        Level(const Level&) = delete;
-        ~Level() { --archive_.depth_; }
-        /// False means to give up.
-        bool isAllowed() const { return archive_.depth_ <= deepest; }
-
-    private:
-        FObjectArchive& archive_;
-    };
-
     /// Hears of errors that no archive is there for, such as a stored class that nobody has registered. Not
     /// owned; without one they go to the debug output.
     static void setGlobalListener(ArchiveListener* listener);

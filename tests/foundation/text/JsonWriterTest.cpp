@@ -1,6 +1,8 @@
 #include "foundation/DiagnosticJson.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace qorl {
 namespace {
@@ -23,6 +25,18 @@ TEST(JsonWriter, PutsCommasBetweenAndNowhereElse) {
     json.string("y");
     json.endArray();
     EXPECT_EQ(json.text(), R"([-7,{},{"a":1,"b":[],"c":"x"},"y"])");
+}
+
+TEST(JsonWriter, WritesNumbersThatReadBackEqualAndNoneThatJsonHasNot) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    JsonWriter json;
+    json.beginArray();
+    for (const double number : {0.1, -0.0, 1e300, 4.9e-324, 2.0, infinity, -infinity, -std::nan("")})
+        json.real(number);
+    json.boolean(true);
+    json.boolean(false);
+    json.endArray();
+    EXPECT_EQ(json.text(), R"([0.1,-0,1e+300,5e-324,2,"inf","-inf","nan",true,false])");
 }
 
 TEST(JsonWriter, LeavesNoCharacterThatAReaderRefuses) {

@@ -1,0 +1,176 @@
+#include "AttributesJson.h"
+#include "Session.h"
+#include "foundation/Cast.h"
+#include "persistence/attributes/AttributesStream.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlDocument.h"
+#include "persistence/xml/FXmlParser2.h"
+
+#include <cstdio>
+#include <optional>
+
+namespace qorl::tool {
+
+namespace {
+
+constexpr const char* standardTag = "Attributes";
+
+constexpr OptionSpec options[] = {
+    {"--tag", nullptr, "NAME", "the top element of a converted XML document; \"Attributes\" unless given"},
+    {"--json", nullptr, nullptr, "a dump is JSON anyway"},
+};
+
+/// The top element of a document, and whether it is one of root objects.
+class TopElements final : public IXmlHandler {
+public:
+    void startElement(IXmlParser* parser, const char* name, const char**) override {
+        if (tag.empty()) {
+            tag = name;
+            return;
+        }
+        hasRoots = std::string_view(name) == "rootObjects";
+        parser->stop();
+    }
+    void endElement(IXmlParser*, const char*) override {}
+    void characterData(IXmlParser*, const char*, int32_t) override {}
+    void comment(IXmlParser*, const char*) override {}
+
+    std::string tag;
+    bool hasRoots = false;
+};
+
+/// A document in either form, as attributes.
+struct Document {
+    /// Only in XML.
+    std::optional<std::string> tag;
+    Ref<FAttributes> attributes = make<FAttributes>();
+};
+
+bool isXml(std::string_view bytes) {
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    if (bytes.starts_with(mark))
+        bytes.remove_prefix(mark.size());
+    bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
+    // A body begins with its count, whose higher bytes are 0 in any that fits in memory.
+    return bytes.size() >= 2 && bytes[0] == '<' && bytes[1] != 0;
+}
+
+bool complainAt(const std::string& path, const std::string& place, const std::string& text) {
+    std::fprintf(stderr, "%s:%s: error: %s\n", path.c_str(), place.c_str(), text.c_str());
+    return false;
+}
+
+/// A place in bytes stands as a column of the one line that there is.
+bool complainAtByte(const std::string& path, int64_t offset, const std::string& text) {
+    return complainAt(path, "1:" + std::to_string(offset + 1),
+                      "at byte " + std::to_string(offset) + ": " + text);
+}
+
+/// Root objects and further attributes become entries of one list, by their names.
+void addAll(const FAttributes& source, FAttributes& target) {
+    for (int32_t i = 0; i < source.count(); ++i)
+        target.append(source.at(i)->key()).setObject(source.at(i)->getObject(), FAttributes::Hold::retain);
+}
+
+bool readXml(const std::string& path, const std::string& bytes, Document& document) {
+    TopElements top;
+    const auto parser = make<FXmlParser2>();
+    parser->setHandler(&top);
+    parser->parse(bytes);
+    document.tag = top.tag;
+    const auto stream = make<FMemoryStream>(std::string_view(bytes));
+    FXmlDocument xml(stream.get(), FXmlDocument::Mode::read);
+    const bool isRead =
+        top.hasRoots ? xml.load(top.tag) : xml.restoreAttributes(top.tag, *document.attributes);
+    if (top.hasRoots) {
+        addAll(xml.objects(), *document.attributes);
+        addAll(xml.data(), *document.attributes);
+    }
+    if (isRead)
+        return true;
+    // "LINE:COLUMN: reason"
+    std::string text = xml.errorText();
+    const size_t reason = text.find(": ");
+    if (reason == std::string::npos)
+        return complainAt(path, "1:1", text);
+    return complainAt(path, text.substr(0, reason), text.substr(reason + 2));
+}
+
+bool readBody(const std::string& path, const std::string& bytes, Document& document) {
+    FMemoryStream stream{std::string_view(bytes)};
+    if (!AttributesStream::read(stream, *document.attributes))
+        return complainAtByte(
+            path, stream.tell(),
+            "a binary attribute body is damaged or cut short; only what stands before is read");
+    if (stream.tell() == stream.size())
+        return true;
+    return complainAtByte(path, stream.tell(),
+                          "the attribute body ends here, but " +
+                              std::to_string(stream.size() - stream.tell()) + " bytes follow");
+}
+
+bool readDocument(const std::string& path, std::string& bytes, Document& document) {
+    if (!loadText(path, bytes, longestDocument))
+        return false;
+    return isXml(bytes) ? readXml(path, bytes, document) : readBody(path, bytes, document);
+}
+
+int dump(const std::string& path) {
+    std::string bytes;
+    Document document;
+    const bool isRead = readDocument(path, bytes, document);
+    if (isRead || document.attributes->count() > 0) {
+        JsonWriter json;
+        json.beginObject();
+        if (document.tag)
+            json.member("tag", *document.tag);
+        AttributesJson(json).writeAttributes(document.attributes);
+        std::printf("%s\n", json.text().c_str());
+    }
+    return isRead ? ExitStatus::success : ExitStatus::badInput;
+}
+
+int convert(const std::string& from, const std::string& to, const std::string& tag) {
+    std::string bytes;
+    Document document;
+    if (!readDocument(from, bytes, document))
+        return ExitStatus::badInput;
+    const auto stream = make<FMemoryStream>();
+    if (document.tag) {
+        if (!AttributesStream::write(*stream, *document.attributes))
+            return complain(
+                ExitStatus::badInput,
+                from + ": has no binary form, since a text or a key in it is longer than 50000 bytes");
+    } else {
+        FXmlDocument xml(stream.get(), FXmlDocument::Mode::write);
+        if (!xml.storeAttributes(tag, *document.attributes))
+            return complain(ExitStatus::badInput, from + ": has no XML form: " + xml.errorText());
+    }
+    return saveText(to, stream->bytes());
+}
+
+int runDocument(const CommandLine& line) {
+    const auto& words = line.positional();
+    const bool isDump = words[0] == "dump";
+    if (words.size() != (isDump ? 2 : 3))
+        return complain(ExitStatus::wrongUsage, isDump ? "dump takes one file" : "convert takes two files");
+    return isDump ? dump(words[1]) : convert(words[1], words[2], line.valueOf("--tag", standardTag));
+}
+
+} // namespace
+
+const Command documentCommand{
+    "document",
+    "dump FILE | convert FROM TO",
+    "Prints stored attributes, in XML or binary, as JSON, or converts them from either form to the other.",
+    "  qorl document dump settings.xml | jq .attributes\n  qorl document dump layout.bin\n"
+    "  qorl document convert settings.xml settings.bin\n"
+    "  qorl document convert --tag Settings settings.bin settings.xml\n",
+    options,
+    1,
+    3,
+    &runDocument,
+    "dump convert",
+};
+
+} // namespace qorl::tool
