@@ -5,6 +5,7 @@
 
 #include "compare/Containers.h"
 #include "compare/Measure.h"
+#include "compare/Settings.h"
 #include "compare/ValueChange.h"
 #include "graphics/GraphicsFactory.h"
 #include "support/DrawRecorder.h"
@@ -186,6 +187,7 @@ constexpr Workload workloads[] = {
     {"relayout", &measureRelayout},
     {"paint", &measurePaint},
     {"containers", &measureContainers},
+    {"settings", [] { measureSettings(documents); }},
     {"startup", &measureStartup},
 };
 

@@ -12,8 +12,10 @@ namespace {
 
 constexpr uint32_t safeStartKeys = platform::shift | platform::ctrl | platform::alt;
 
-// What this run would save is not to come back, or has no copy of what it would replace.
-constinit bool keepsStore = false;
+// What this run would save is not to come back.
+constinit bool preferencesDeleted = false;
+// There is no copy of what this run would replace.
+constinit bool preferencesUncopied = false;
 
 constexpr const char* question =
     "You activated the safe-start mode by pressing <Ctrl>+<Shift>+<Alt> during program startup.\n\n"
@@ -36,7 +38,7 @@ constexpr const char* question =
 } // namespace
 
 bool checkSafeStart() {
-    keepsStore = false;
+    preferencesDeleted = preferencesUncopied = false;
     FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
     // What an earlier run put aside for its own time comes back.
     pool->restore();
@@ -50,17 +52,17 @@ bool checkSafeStart() {
     alert.button2 = translate("Disable program preferences");
     alert.button3 = translate("Delete program preferences");
     switch (AlertPresenter::current().show(alert)) {
-    case AlertPresenter::second: keepsStore = !pool->backup(); return false;
+    case AlertPresenter::second: preferencesUncopied = !pool->backup(); return false;
     case AlertPresenter::third:
         pool->trash();
-        keepsStore = true;
+        preferencesDeleted = true;
         return false;
     default: return true;
     }
 }
 
 bool maySaveDefaults() {
-    return !keepsStore;
+    return !preferencesDeleted && !preferencesUncopied;
 }
 
 } // namespace qorl

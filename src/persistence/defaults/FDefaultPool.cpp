@@ -30,6 +30,19 @@ StoredFile settingsFile(std::string_view name) {
     return {ConstString(name), FFileType::xmlFile()};
 }
 
+/// In the order of their registration; one may add or remove others.
+void runCallbacks(const std::vector<FDefaultPool::Callback>& callbacks) {
+    for (size_t i = 0; i < callbacks.size(); ++i)
+        callbacks[i]();
+}
+
+bool addCallback(std::vector<FDefaultPool::Callback>& callbacks, FDefaultPool::Callback callback) try {
+    callbacks.push_back(callback);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
 /// Attributes as an object of their own, for the settings files.
 class AttributesHolder : public CmObject {
 public:
@@ -87,11 +100,14 @@ bool FDefaultPool::isRemoved(const std::u16string& name) const {
     return std::find(removedGroups_.begin(), removedGroups_.end(), name) != removedGroups_.end();
 }
 
-void FDefaultPool::removeGroup(const ConstString& name) {
+bool FDefaultPool::removeGroup(const ConstString& name) try {
     const std::u16string key = name.toUtf16();
-    groups_.erase(key);
     if (!isRemoved(key))
         removedGroups_.push_back(key);
+    groups_.erase(key);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 bool FDefaultPool::load() try {
@@ -172,24 +188,25 @@ bool FDefaultPool::loadFolder() {
     return isRead;
 }
 
-void FDefaultPool::finishLoad() {
+void FDefaultPool::finishLoad() try {
     if (savedAutoSaverAttributes_)
         autoSavers_.tell([saved = savedAutoSaverAttributes_](AutoSaver& saver) {
             if (FAttributes* own = saved->getAttributes(saver.getClassName()))
                 saver.restoreAttributes(own);
         });
-    for (const Callback callback : std::vector(afterLoad_))
-        callback();
+    runCallbacks(afterLoad_);
     state_.loaded = true;
     savedAutoSaverAttributes_.reset();
+} catch (const std::bad_alloc&) {
+    // Somebody has less than is stored.
+    state_.isUnknown = true;
 }
 
 bool FDefaultPool::save(bool force) try {
     if (!state_.loaded || state_.isUnknown)
         return false;
     if (force)
-        for (const Callback callback : std::vector(beforeSave_))
-            callback();
+        runCallbacks(beforeSave_);
     if (saveHook_ && !saveHook_())
         return true;
     return state_.folderMode ? saveFolder() : saveFile(storeName, storeTag, *this);
@@ -292,8 +309,18 @@ bool FDefaultPool::restore() try {
     return false;
 }
 
-void FDefaultPool::registerAutoSaver(AutoSaver* saver) {
+bool FDefaultPool::addAfterLoadCallback(Callback callback) {
+    return addCallback(afterLoad_, callback);
+}
+bool FDefaultPool::addBeforeSaveCallback(Callback callback) {
+    return addCallback(beforeSave_, callback);
+}
+
+bool FDefaultPool::registerAutoSaver(AutoSaver* saver) try {
     autoSavers_.add(saver);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 void FDefaultPool::unregisterAutoSaver(AutoSaver* saver) {
     autoSavers_.remove(saver);

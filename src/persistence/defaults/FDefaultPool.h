@@ -35,8 +35,9 @@ public:
     /// The group of that name, made when it is missing and `create` is set. Null for an empty name, for a
     /// group of another version, and when the pool gives out none.
     FDefaults* getGroup(const ConstString& name, int32_t version = 0, bool create = true);
-    /// Drops a group: it is not made again, and its file goes with the next save.
-    void removeGroup(const ConstString& name);
+    /// Drops a group: it is not made again, and its file goes with the next save. False, and nothing done,
+    /// without memory.
+    bool removeGroup(const ConstString& name);
 
     /// False when the load hook refused or the store could not be read; the pool is empty then. Without
     /// memory for it nothing is saved in this run.
@@ -60,8 +61,9 @@ public:
     /// Asked before anything is read or written; false stops the work.
     void setLoadHook(Hook hook) { loadHook_ = hook; }
     void setSaveHook(Hook hook) { saveHook_ = hook; }
-    void addAfterLoadCallback(Callback callback) { afterLoad_.push_back(callback); }
-    void addBeforeSaveCallback(Callback callback) { beforeSave_.push_back(callback); }
+    /// False without memory for it.
+    bool addAfterLoadCallback(Callback callback);
+    bool addBeforeSaveCallback(Callback callback);
 
     /// From now on one file for each group instead of one for all.
     void setFolderMode() { state_.folderMode = true; }
@@ -71,7 +73,8 @@ public:
     /// Settings of an older form wait to be taken out of the store.
     bool preferencesNeedExtraction() const { return state_.preferencesNeedExtraction; }
 
-    void registerAutoSaver(AutoSaver* saver);
+    /// False without memory for it: it is neither saved nor restored then.
+    bool registerAutoSaver(AutoSaver* saver);
     void unregisterAutoSaver(AutoSaver* saver);
 
     bool storeAttributes(FAttributes* attributes) override;

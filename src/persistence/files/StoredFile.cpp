@@ -25,35 +25,35 @@ std::string oldOf(const std::string& file) {
     return withText(file, "_old");
 }
 
-std::string folderOf(const std::string& file) {
+std::string folderHolding(const std::string& file) {
     return file.substr(0, file.find_last_of('/') + 1);
 }
 
-void say(const std::string& file, const char* text) {
+void tellOf(const std::string& file, const char* text) {
     platform::debugOutput(file + ": " + text);
 }
 
 /// Tells of a failure, and gives it to the caller.
-bool report(const std::string& file, const char* what, const platform::FileError& failure,
-            int32_t* error = nullptr) {
+bool tellFailure(const std::string& file, const char* what, const platform::FileError& failure,
+                 int32_t* error = nullptr) {
     if (error)
         *error = failure.code;
     if (failure)
-        say(file, (std::string(what) + ": " + failure.getText()).c_str());
+        tellOf(file, (std::string(what) + ": " + failure.getText()).c_str());
     return !failure;
 }
 
 /// A rename has to be known to the disk before anything counts on it.
 platform::FileError moveWithin(const std::string& from, const std::string& to) {
     const platform::FileError error = platform::moveFile(from, to);
-    return error ? error : platform::flushFolder(folderOf(to));
+    return error ? error : platform::flushFolder(folderHolding(to));
 }
 
 /// With every folder above it, known to the disk: a file is lost with its folder.
 platform::FileError makeFolder(const std::string& folder) {
     if (folder.empty() || platform::folderExists(folder))
         return {};
-    const std::string parent = folderOf(folder.substr(0, folder.size() - 1));
+    const std::string parent = folderHolding(folder.substr(0, folder.size() - 1));
     if (platform::FileError error = makeFolder(parent))
         return error;
     const platform::FileError error = platform::createFolder(folder);
@@ -67,7 +67,7 @@ platform::FileError makeFolder(const std::string& folder) {
 /// Takes away what would come back in the place of a file that goes.
 bool removeOld(const std::string& file) {
     const std::string old = oldOf(platform::getCanonicalPath(file));
-    return !platform::fileExists(old) || report(old, "can't be deleted", platform::deleteFile(old));
+    return !platform::fileExists(old) || tellFailure(old, "can't be deleted", platform::deleteFile(old));
 }
 
 /// The new file of a save. It remembers its first failure, so that bytes that got lost fail the save also
@@ -110,24 +110,25 @@ void tellWritten(const FPath& path) try {
     platform::debugOutput("no memory to tell that a file was written");
 }
 
-enum class Reading { done, missing, closed, refused };
+enum class StoredReading { done, missing, closed, refused };
 
 /// `closed`: it is there and can't be opened.
-Reading readFile(const std::string& path, const StoredFile::Work& read) {
+StoredReading readStored(const std::string& path, const StoredFile::Work& read) {
     platform::File file;
     const uint32_t mode = platform::openRead | platform::openSequential | platform::openRegular;
     if (const platform::FileError error = file.open(path, mode)) {
         if (error.isNotFound())
-            return Reading::missing;
-        report(path, "can't be opened", error);
-        return Reading::closed;
+            return StoredReading::missing;
+        tellFailure(path, "can't be opened", error);
+        return StoredReading::closed;
     }
     const auto stream = make<FFileStream>(std::move(file), FFileStream::readAccess | FFileStream::sequential);
     stream->setUrl(make<FUrl>(FNPath(path)).get());
     if (!read(*stream))
-        return Reading::refused;
+        return StoredReading::refused;
     // What is missing at its end may be missing in what was read.
-    return report(path, "can't be read", {stream->getLastError()}) ? Reading::done : Reading::refused;
+    return tellFailure(path, "can't be read", {stream->getLastError()}) ? StoredReading::done
+                                                                        : StoredReading::refused;
 }
 
 } // namespace
@@ -155,16 +156,16 @@ bool StoredFile::save(const Work& write, int32_t* error) const try {
     const FNPath path = pathOf(name_, type_);
     const std::string file = path.toUtf8();
     platform::FileReplacement replacement;
-    if (!report(file, "its folder can't be made", makeFolder(folderOf(file)), error) ||
-        !report(file, "can't be stored", replacement.open(file), error))
+    if (!tellFailure(file, "its folder can't be made", makeFolder(folderHolding(file)), error) ||
+        !tellFailure(file, "can't be stored", replacement.open(file), error))
         return false;
     const auto stream = make<StoringStream>(replacement.file());
     const bool isWritten = write(*stream);
-    if (!report(file, "can't be stored", stream->error(), error) || !isWritten)
+    if (!tellFailure(file, "can't be stored", stream->error(), error) || !isWritten)
         return false;
     if (replacement.holdsSameBytes())
         return true;
-    if (!report(file, "can't be stored", replacement.putInPlace(oldOf(replacement.target())), error))
+    if (!tellFailure(file, "can't be stored", replacement.putInPlace(oldOf(replacement.target())), error))
         return false;
     tellWritten(path);
     return true;
@@ -182,27 +183,27 @@ bool StoredFile::load(const Work& read, Found* found) const try {
     const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
     const std::string old = oldOf(file);
     platform::FileReplacement::removeLeftovers(file);
-    const Reading reading = readFile(file, read);
-    if (reading == Reading::done) {
+    const StoredReading reading = readStored(file, read);
+    if (reading == StoredReading::done) {
         state = Found::whole;
         return true;
     }
-    const Reading oldReading = readFile(old, read);
-    if (oldReading == Reading::done) {
-        say(file, reading == Reading::missing
-                      ? "an interrupted save left it without its name; it gets it back"
-                      : "can't be read; what an interrupted save kept is taken");
+    const StoredReading oldReading = readStored(old, read);
+    if (oldReading == StoredReading::done) {
+        tellOf(file, reading == StoredReading::missing
+                         ? "an interrupted save left it without its name; it gets it back"
+                         : "can't be read; what an interrupted save kept is taken");
         // Another program may have gone on with its save meanwhile.
-        const bool isSettled = reading == Reading::missing && !platform::fileExists(file);
-        if (isSettled && report(file, "can't be put back", moveWithin(old, file)))
+        const bool isSettled = reading == StoredReading::missing && !platform::fileExists(file);
+        if (isSettled && tellFailure(file, "can't be put back", moveWithin(old, file)))
             state = Found::whole;
         return true;
     }
-    if (reading == Reading::missing && oldReading == Reading::missing)
+    if (reading == StoredReading::missing && oldReading == StoredReading::missing)
         state = Found::missing;
-    if (reading == Reading::refused)
+    if (reading == StoredReading::refused)
         return false;
-    return readFile(pathOf(name_, type_, FNPath::sharedData).toUtf8(), read) == Reading::done;
+    return readStored(pathOf(name_, type_, FNPath::sharedData).toUtf8(), read) == StoredReading::done;
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -213,7 +214,7 @@ bool StoredFile::settle() const {
     if (platform::fileExists(file))
         return true;
     const std::string old = oldOf(file);
-    return platform::fileExists(old) && report(file, "can't be put back", moveWithin(old, file));
+    return platform::fileExists(old) && tellFailure(file, "can't be put back", moveWithin(old, file));
 }
 
 bool StoredFile::exists() const try { return settle(); } catch (const std::bad_alloc&) {
@@ -231,7 +232,7 @@ bool StoredFile::remove() const try {
 bool StoredFile::rename(const ConstString& newName) const try {
     const std::string file = pathOf(name_, type_).toUtf8();
     const std::string target = pathOf(newName, type_).toUtf8();
-    return settle() && removeOld(file) && report(file, "can't be renamed", moveWithin(file, target));
+    return settle() && removeOld(file) && tellFailure(file, "can't be renamed", moveWithin(file, target));
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -245,7 +246,7 @@ bool StoredFile::setAside() const try {
         const std::string suffix = number > 1 ? ' ' + std::to_string(number) : std::string();
         const std::string away = withText(file, " (Damaged" + suffix + ')');
         if (!platform::fileExists(away))
-            return report(file, "can't be put away", moveWithin(file, away));
+            return tellFailure(file, "can't be put away", moveWithin(file, away));
     }
     return false;
 } catch (const std::bad_alloc&) {
@@ -256,7 +257,7 @@ bool StoredFile::backup(const FFileType& copyType) const try {
     if (!settle())
         return false;
     const std::string file = pathOf(name_, type_).toUtf8();
-    return report(file, "can't be copied", platform::copyFile(file, copyOf(copyType)));
+    return tellFailure(file, "can't be copied", platform::copyFile(file, copyOf(copyType)));
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -274,7 +275,7 @@ bool StoredFile::restore(const FFileType& copyType) const try {
         return false;
     // A rename takes the copy over the file and the copy away in one step.
     const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
-    return report(file, "can't be restored", moveWithin(copyOf(copyType), file));
+    return tellFailure(file, "can't be restored", moveWithin(copyOf(copyType), file));
 } catch (const std::bad_alloc&) {
     return false;
 }

@@ -236,6 +236,35 @@ TEST_P(FDefaultPoolTest, LosesNoSettingsWithoutMemory) {
     });
 }
 
+TEST_P(FDefaultPoolTest, SavesNothingOverAutoSaversItHadNoMemoryToRestore) {
+    loadAll();
+    Saver saver;
+    saver.state = 7;
+    pool().save(true);
+    const std::string name = GetParam() ? "settings/Defaults/AutoSaver.xml" : "settings/Defaults.xml";
+    const std::string whole = folder_.read(name);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        restart();
+        saver.state = 0;
+        pool().load();
+        allocation.during([] {
+            pool().finishLoad();
+            return true;
+        });
+        EXPECT_TRUE(saver.state == 7 || !pool().save(true));
+        EXPECT_EQ(folder_.read(name), whole);
+    });
+}
+
+TEST_P(FDefaultPoolTest, RunsCallbacksThatAddOthers) {
+    pool().addAfterLoadCallback(+[] {
+        calls += "first ";
+        pool().addAfterLoadCallback(+[] { calls += "second "; });
+    });
+    loadAll();
+    EXPECT_EQ(calls, "first second ");
+}
+
 TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
     const FNPath path("/music/takes/one.wav");
     path.saveDefault("Import");
