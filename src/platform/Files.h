@@ -21,6 +21,7 @@ struct FileError {
     bool isFull() const;
 
     static FileError outOfMemory();
+    static FileError notSupported();
 };
 
 /// Bits of what `File::open` may do.

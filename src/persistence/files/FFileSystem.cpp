@@ -3,7 +3,9 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/UpdateHandler.h"
 #include "persistence/files/FPath.h"
+#include "persistence/files/PathText.h"
 
+#include <new>
 #include <string_view>
 
 namespace qorl {
@@ -24,8 +26,10 @@ bool isPairCutAt(const String& text, int32_t length) {
 
 } // namespace
 
-bool FFileSystem::makeLegalName(String& text, char16_t replacement) {
-    text.toWide();
+bool FFileSystem::makeLegalName(String& text, char16_t replacement) try {
+    // Bytes that are no text become characters that stand for them, as in a path.
+    if (!text.toWide())
+        text = ConstString(std::u16string_view(toPathText(text.view8())));
     bool isChanged = text.size() > maxLegalLength;
     if (isChanged)
         text.remove(isPairCutAt(text, maxLegalLength) ? maxLegalLength - 1 : maxLegalLength);
@@ -37,6 +41,8 @@ bool FFileSystem::makeLegalName(String& text, char16_t replacement) {
         isChanged = true;
     }
     return isChanged;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) {

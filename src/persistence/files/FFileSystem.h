@@ -48,7 +48,8 @@ public:
     virtual Ref<FStream> createFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) = 0;
     /// An existing file. `path` changes where the file was found under another spelling of its name.
     virtual Ref<FStream> openFile(FPath& path, uint32_t mode, int32_t* error = nullptr) = 0;
-    /// Closes the file; the caller's reference goes. False when the system could not write its last bytes.
+    /// Closes the file; the caller's reference goes. False when the system told of an error on the way, so
+    /// that not all that was written may be there.
     virtual bool closeFile(Ref<FStream> stream) = 0;
     virtual bool deleteFile(const FPath& path) = 0;
     /// A path that is marked as a folder exists as a folder, any other one as anything.

@@ -2,12 +2,14 @@
 
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
-#include "persistence/files/FFileIterator.h"
+#include "foundation/StartupHook.h"
+#include "foundation/text/TextConversion.h"
+#include "persistence/files/FNFileIterator.h"
+#include "persistence/files/PathText.h"
 #include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
 
 #include <algorithm>
-#include <iterator>
 #include <new>
 
 namespace qorl {
@@ -15,6 +17,13 @@ namespace qorl {
 namespace {
 
 constinit Singleton<FNFileSystem> fileSystem;
+
+const StartupHook hook{"FNFileSystem", StartupHook::ready,
+                       [] { return FNFileSystem::instance() != nullptr; }};
+
+constexpr std::u16string_view schemeEnd = u"://";
+/// What programs of western languages wrote names in before UTF-8.
+constexpr uint32_t earlierCodePage = 1252;
 
 /// Stores the system's number where the caller wants it. Whether the work succeeded.
 bool answer(const platform::FileError& error, int32_t* out = nullptr) {
@@ -25,54 +34,51 @@ bool answer(const platform::FileError& error, int32_t* out = nullptr) {
 
 platform::FileInfo infoOf(const FPath& path) {
     platform::FileInfo info;
-    platform::getFileInfo(path.toUtf8(), info);
+    platform::getFileInfo(FNFileSystem::nativeOf(path), info);
     return info;
 }
 
+struct AccessRow {
+    uint32_t mode;
+    uint32_t access;
+};
+
+constexpr AccessRow accesses[] = {
+    {FFileStream::readAccess, platform::openRead},       {FFileStream::writeAccess, platform::openWrite},
+    {FFileStream::shareRead, platform::openSharesRead},  {FFileStream::shareWrite, platform::openSharesWrite},
+    {FFileStream::sequential, platform::openSequential},
+};
+
 uint32_t accessOf(uint32_t mode) {
-    return (mode & FFileStream::readAccess ? platform::openRead : 0u) |
-           (mode & FFileStream::writeAccess ? platform::openWrite : 0u) |
-           (mode & FFileStream::sequential ? platform::openSequential : 0u);
+    uint32_t access = platform::openLocked | platform::openRegular;
+    for (const AccessRow& row : accesses)
+        access |= mode & row.mode ? row.access : 0u;
+    return access;
 }
 
-Ref<FFileStream> streamOf(platform::File file, const FPath& path, uint32_t mode) {
-    auto stream = make<FFileStream>(std::move(file), mode);
+Ref<FStream> streamOf(platform::File file, const FPath& path, uint32_t mode, int32_t sectorSize) {
+    auto stream = make<FFileStream>(std::move(file), mode, sectorSize);
     stream->setUrl(make<FUrl>(path).get());
     return stream;
 }
 
-/// A folder's entries, as they were when it was opened.
-class FNFileIterator : public FFileIterator {
-    QORL_CLASS(FNFileIterator, FFileIterator)
+/// The last part of a path in the bytes of the earlier code page; empty when it has no such form, or the
+/// same.
+std::string earlierSpelling(const FPath& path) {
+    const std::u16string name = path.getName().toUtf16();
+    std::string bytes;
+    std::u16string back;
+    const bool isSpelt = !text::isAscii(name) && text::encode(earlierCodePage, name, bytes) &&
+                         text::decode(earlierCodePage, bytes, back) && back == name;
+    // What is valid UTF-8 as well would be another file's name.
+    return isSpelt && text::wideLength(bytes) == text::invalid ? bytes : std::string();
+}
 
-public:
-    FNFileIterator(const FPath& folder, std::vector<platform::FolderEntry> entries)
-        : folder_(folder.toUtf8()), entries_(std::move(entries)) {
-        if (!folder_.ends_with('/'))
-            folder_ += '/';
-    }
-
-    FPath* next() override {
-        if (place_ >= entries_.size()) {
-            isAtEntry_ = false;
-            return nullptr;
-        }
-        const auto& entry = entries_[place_++];
-        current_.setPath(ConstString(std::string_view(folder_ + entry.name)),
-                         entry.kind == platform::FileKind::folder);
-        isAtEntry_ = true;
-        return &current_;
-    }
-
-    FPath* getCurrent() override { return isAtEntry_ ? &current_ : nullptr; }
-
-private:
-    std::string folder_;
-    std::vector<platform::FolderEntry> entries_;
-    size_t place_ = 0;
-    FNPath current_;
-    bool isAtEntry_ = false;
-};
+/// One part of a path, as a name has to be.
+bool isName(const ConstString& name) {
+    const std::string text = name.toUtf8();
+    return !text.empty() && text != "." && text != ".." && text.find('/') == std::string::npos;
+}
 
 } // namespace
 
@@ -80,27 +86,65 @@ FNFileSystem* FNFileSystem::instance() {
     return fileSystem.get();
 }
 
+std::string FNFileSystem::nativeOf(const FPath& path) {
+    const auto* url = cast<FUrl>(&path);
+    FUrl parsed;
+    if (!url && !cast<FNPath>(&path) &&
+        path.getFolder().find(ConstString(schemeEnd)) != ConstString::notFound) {
+        String text;
+        path.getFullPath(text);
+        parsed.setFullPath(text);
+        url = &parsed;
+    }
+    if (!url)
+        return path.toUtf8();
+    FNPath native;
+    return url->getNativePath(native) ? native.toUtf8() : std::string();
+}
+
 Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
-    const std::string name = path.toUtf8();
+    const std::string native = nativeOf(path);
     const uint32_t access =
         accessOf(mode | FFileStream::writeAccess) | platform::openCreate | platform::openTruncate;
+    constexpr uint32_t makesPath = FFileStream::writeAccess | FFileStream::createPath;
     platform::File file;
-    platform::FileError failure = file.open(name, access);
-    if (failure && (mode & FFileStream::createPath) && createParents(path, false))
-        failure = file.open(name, access);
+    platform::FileError failure =
+        native.empty() ? platform::FileError::notSupported() : file.open(native, access);
+    if (failure && (mode & makesPath) == makesPath && createParents(path, false))
+        failure = file.open(native, access);
     if (!answer(failure, error))
         return nullptr;
-    return streamOf(std::move(file), path, mode | FFileStream::writeAccess);
+    const int32_t sectorSize = mode & FFileStream::unbuffered ? platform::getSectorSize(native) : 0;
+    return streamOf(std::move(file), path, mode | FFileStream::writeAccess, sectorSize);
 } catch (const std::bad_alloc&) {
     answer(platform::FileError::outOfMemory(), error);
     return nullptr;
 }
 
 Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) try {
+    std::string native = nativeOf(path);
+    uint32_t access = accessOf(mode);
+    int32_t sectorSize = 0;
+    if (mode & FFileStream::unbuffered && mode & FFileStream::writeAccess)
+        access |= platform::openWriteThrough;
+    else if (mode & FFileStream::unbuffered)
+        sectorSize = platform::getSectorSize(native);
+    access |= sectorSize != 0 ? platform::openUncached : 0u;
     platform::File file;
-    if (!answer(file.open(path.toUtf8(), accessOf(mode)), error))
+    platform::FileError failure =
+        native.empty() ? platform::FileError::notSupported() : file.open(native, access);
+    if (const std::string name = failure.isNotFound() ? earlierSpelling(path) : std::string();
+        !name.empty()) {
+        FNPath other{std::string_view(native)};
+        other.setName(ConstString(std::string_view(name)));
+        if (!file.open(other.toUtf8(), access)) {
+            failure = {};
+            path.setName(ConstString(std::string_view(name)));
+        }
+    }
+    if (!answer(failure, error))
         return nullptr;
-    return streamOf(std::move(file), path, mode);
+    return streamOf(std::move(file), path, mode, sectorSize);
 } catch (const std::bad_alloc&) {
     answer(platform::FileError::outOfMemory(), error);
     return nullptr;
@@ -109,13 +153,15 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
 bool FNFileSystem::closeFile(Ref<FStream> stream) {
     if (!stream)
         return false;
-    if (auto* file = cast<FFileStream>(stream.get()))
-        file->close();
-    return true;
+    auto* file = cast<FFileStream>(stream.get());
+    if (!file)
+        return true;
+    file->close();
+    return file->getLastError() == 0;
 }
 
 bool FNFileSystem::deleteFile(const FPath& path) try {
-    if (!answer(platform::deleteFile(path.toUtf8())))
+    if (!answer(platform::deleteFile(nativeOf(path))))
         return false;
     notify(fileDeleted, path);
     return true;
@@ -130,39 +176,54 @@ bool FNFileSystem::exists(const FPath& path) try {
     return false;
 }
 
-bool FNFileSystem::moveTo(FPath& path, const FNPath& target) {
-    FNPath earlier(path.toUtf8(), path.isFolder());
-    if (!answer(platform::moveFile(earlier.toUtf8(), target.toUtf8())))
+bool FNFileSystem::moveTo(FPath& path, const std::string& from, const FNPath& target) {
+    const bool isFolder = infoOf(path).kind == platform::FileKind::folder;
+    FNPath earlier(from, isFolder);
+    if (from.empty() || !answer(platform::moveFile(from, target.toUtf8())))
         return false;
-    path.setPath(ConstString(std::string_view(target.toUtf8())), path.isFolder());
-    notify(path.isFolder() ? folderRenamed : fileRenamed, path, &earlier);
+    notify(isFolder ? folderRenamed : fileRenamed, target, &earlier);
     return true;
 }
 
 bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
-    FNPath target(path.toUtf8(), path.isFolder());
+    const std::string native = nativeOf(path);
+    FNPath target(native, path.isFolder());
     target.setName(newName);
-    return moveTo(path, target);
+    if (!isName(newName) || !moveTo(path, native, target))
+        return false;
+    path.setName(newName);
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
-    FNPath target(newFolder.toUtf8(), true);
-    target.addFolder(path.getName(), path.isFolder());
-    return moveTo(path, target);
+    const std::string native = nativeOf(path);
+    FNPath target(nativeOf(newFolder), true);
+    if (!target.isValid())
+        return false;
+    target.addFolder(FNPath(std::string_view(native)).getName(), path.isFolder());
+    if (!moveTo(path, native, target))
+        return false;
+    path.setNative(ConstString(std::string_view(target.toUtf8())));
+    path.setIsFolder(target.isFolder());
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* progress) try {
     platform::CopyStep step;
-    if (progress)
+    if (progress) {
+        String text("Copying File: ");
+        text.append(from.getName());
+        progress->setText(text);
         step = [progress, start = progress->position()](std::span<const uint8_t> block, int64_t done) {
             progress->setPosition(start + done);
             return !progress->isCancelled(block.data(), static_cast<int64_t>(block.size()));
         };
-    if (!answer(platform::copyFile(from.toUtf8(), to.toUtf8(), step)))
+    }
+    if (!answer(platform::copyFile(nativeOf(from), nativeOf(to), step)))
         return false;
     notify(fileWritten, to);
     return true;
@@ -171,22 +232,24 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
 }
 
 bool FNFileSystem::createFolder(const FPath& path) try {
-    if (!answer(platform::createFolder(path.toUtf8())))
+    if (!answer(platform::createFolder(nativeOf(path))))
         return false;
     notify(folderCreated, path);
     return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
+
 bool FNFileSystem::setCurrentFolder(const FPath& path) try {
-    return answer(platform::setCurrentFolder(path.toUtf8()));
+    return answer(platform::setCurrentFolder(nativeOf(path)));
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
+    const std::string native = nativeOf(path);
     platform::VolumeInfo volume;
-    if (!answer(platform::getVolumeInfo(path.toUtf8(), volume)))
+    if (native.empty() || !answer(platform::getVolumeInfo(native, volume)))
         return false;
     info.name = ConstString(std::string_view(volume.name));
     info.kind = volume.kind;
@@ -198,7 +261,7 @@ bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
 }
 
 bool FNFileSystem::deleteFolder(const FPath& path) try {
-    if (!answer(platform::deleteFolder(path.toUtf8())))
+    if (!answer(platform::deleteFolder(nativeOf(path))))
         return false;
     notify(folderDeleted, path);
     return true;
@@ -227,8 +290,10 @@ int64_t FNFileSystem::getFileSize(FStream& stream) {
     int64_t size = -1;
     Ref<ISizeableStream> sizeable;
     if (stream.queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok)
-        sizeable->getStreamSize(size);
-    return size;
+        return sizeable->getStreamSize(size) == Result::ok ? size : -1;
+    const int64_t place = stream.tell();
+    size = stream.seek(0, FStream::fromEnd);
+    return stream.seek(place, FStream::fromStart) == place ? size : -1;
 }
 
 int64_t FNFileSystem::getFileSizeOf(const FPath& path) try {
@@ -245,80 +310,34 @@ bool FNFileSystem::isReadOnly(const FPath& path) try {
 }
 
 bool FNFileSystem::isWriteProtected(const FPath& path) try {
+    const std::string native = nativeOf(path);
     platform::VolumeInfo volume;
-    platform::getVolumeInfo(path.toUtf8(), volume);
+    if (native.empty() || platform::getVolumeInfo(native, volume))
+        return true;
     return volume.isReadOnly || isReadOnly(path);
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
-    return FNPath(path.toUtf8(), isFolder)
+    return FNPath(nativeOf(path), isFolder)
         .createFolders(isFolder ? FNPath::Folders::withName : FNPath::Folders::above);
 } catch (const std::bad_alloc&) {
     return false;
 }
 
-Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t) try {
-    std::vector<platform::FolderEntry> entries;
-    if (!answer(platform::listFolder(path.toUtf8(), entries)))
-        return nullptr;
-    return make<FNFileIterator>(path, std::move(entries));
+Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t mode) {
+    return FNFileIterator::open(path, mode);
+}
+
+void FNFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {
+    const std::string native = cast<FUrl>(&path) ? nativeOf(path) : std::string();
+    if (native.empty())
+        FFileSystem::notify(kind, path, data);
+    else
+        FFileSystem::notify(kind, FNPath(native, path.isFolder()), data);
 } catch (const std::bad_alloc&) {
-    return nullptr;
-}
-
-Ref<FStream> FNFileSystem::createTempFile(FNPath& path) try {
-    std::string name;
-    if (!answer(platform::createTemporaryFile(FNPath::knownFolder(FNPath::temporary), "qorl", name)))
-        return nullptr;
-    path.setPath(ConstString(std::string_view(name)), false);
-    return openFile(path, FFileStream::readAccess | FFileStream::writeAccess);
-} catch (const std::bad_alloc&) {
-    return nullptr;
-}
-
-bool FNFileSystem::deleteTree(const FPath& path) try {
-    if (!answer(platform::deleteTree(path.toUtf8())))
-        return false;
-    notify(path.isFolder() ? folderDeleted : fileDeleted, path);
-    return true;
-} catch (const std::bad_alloc&) {
-    return false;
-}
-
-bool FNFileSystem::copyTree(const FPath& from, const FPath& to, platform::FileLinks links) try {
-    if (!answer(platform::copyTree(from.toUtf8(), to.toUtf8(), links)))
-        return false;
-    notify(folderCreated, to);
-    return true;
-} catch (const std::bad_alloc&) {
-    return false;
-}
-
-int64_t FNFileSystem::getFreeSpace(const FPath& path) {
-    FVolumeInfo info;
-    return getVolumeInfo(path, info) ? info.freeBytes : -1;
-}
-
-void FNFileSystem::formatSize(int64_t bytes, String& text) {
-    constexpr const char* units[] = {"B", "KB", "MB", "GB", "TB"};
-    auto size = static_cast<double>(bytes);
-    size_t unit = 0;
-    for (; size >= 1024 && unit + 1 < std::size(units); ++unit)
-        size /= 1024;
-    text.printf8("%.3f %s", size, units[unit]);
-}
-
-bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error) try {
-    std::vector<uint8_t> content;
-    if (!answer(platform::readWholeFile(path.toUtf8(), content, limit), error))
-        return false;
-    bytes.assign(content.begin(), content.end());
-    return true;
-} catch (const std::bad_alloc&) {
-    answer(platform::FileError::outOfMemory(), error);
-    return false;
+    return; // Nobody is told without memory for it.
 }
 
 } // namespace qorl

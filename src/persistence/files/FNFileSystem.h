@@ -4,10 +4,26 @@
 #include "persistence/files/FNPath.h"
 
 #include <string>
+#include <vector>
 
 namespace qorl {
 
-/// The native disk. One object serves all paths; any thread may use it, notifications run on the caller's.
+struct FNFileSearch;
+
+/// The native disk, and the door to everything else: a path that leads to no place on it, such as most URLs,
+/// is handed to the one that knows the place.
+///
+/// Of the modes of `FFileStream::OpenFlag` Linux gives this: what an opener does not share is kept by
+/// advisory locks, so it is kept from everything that opens files through this class and from nothing else;
+/// one that shares neither reading nor writing does not keep out who reads and shares both. `unbuffered`
+/// reading goes past the caches where the volume can do that and a transfer fits its sectors; others go
+/// through them. What is no plain file, such as a pipe, is not opened.
+///
+/// Names of files are bytes here: see `FPath`. A path of more than 4095 bytes is refused by the system. Links
+/// are followed on the way to a file; `copyTree`, `deleteTree`, `trash` and `move` take them for what they
+/// are.
+///
+/// Threading: one object serves all paths; any thread may use it, notifications run on the caller's.
 class FNFileSystem : public FFileSystem {
     QORL_CLASS(FNFileSystem, FFileSystem)
 
@@ -16,6 +32,7 @@ public:
     static FNFileSystem* instance();
 
     Ref<FStream> createFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
+    /// A name that is not found is tried once more as programs wrote it before UTF-8, in code page 1252.
     Ref<FStream> openFile(FPath& path, uint32_t mode, int32_t* error = nullptr) override;
     bool closeFile(Ref<FStream> stream) override;
     bool deleteFile(const FPath& path) override;
@@ -34,25 +51,53 @@ public:
     bool isReadOnly(const FPath& path) override;
     bool isWriteProtected(const FPath& path) override;
     bool createParents(const FPath& path, bool isFolder) override;
+    /// Sorted by the bytes of the names.
     Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) override;
+    /// Dependents get a path on the disk, also for a URL that leads there.
+    void notify(int32_t kind, const FPath& path, FInterface* data = nullptr) override;
 
-    /// A new empty file in the temporary folder, open for reading and writing; its name in `path`.
+    /// A new empty file in the temporary folder that nobody else may read, open for reading and writing; its
+    /// name in `path`. The caller deletes it. Null, and no file, on failure.
     Ref<FStream> createTempFile(FNPath& path);
+    /// The entries of a folder, "." and ".." left out, one after the other: false at the end and for a folder
+    /// that can't be read. `mask` lets only files of some extensions pass, "*.wav;*.aif", case aside; all of
+    /// them when it is empty. Folders pass whatever it is. `mode` of `IteratorMode`.
+    bool findFirst(const FPath& folder, const ConstString& mask, FNFileSearch& search, int32_t mode = 0);
+    bool findNext(FNFileSearch& search);
+    /// To the user's bin, a folder with all that is in it; what can't go there stays.
+    bool trash(const FPath& path);
     /// A folder with all that is in it; links are removed, never followed.
     bool deleteTree(const FPath& path);
     /// A folder with all that is in it, into `to`, which is made and may not lie inside of `from`. Links stay
-    /// links; those to files become files when `links` says so.
+    /// links; those to files become files when `links` says so. A failure leaves what was copied until then.
     bool copyTree(const FPath& from, const FPath& to, platform::FileLinks links = platform::FileLinks::keep);
-    /// Free bytes for this user, -1 on failure.
+    /// The volumes that a user keeps files on: their top folders, and in the same order what the user calls
+    /// them. Empty without memory.
+    std::vector<FNPath> getDrives();
+    std::vector<String> getRootNames();
+    /// Free bytes for this user on the volume of a path, which needn't be there yet; -1 on failure.
     int64_t getFreeSpace(const FPath& path);
     /// "1.500 MB".
     static void formatSize(int64_t bytes, String& text);
+    /// Goes from a shortcut to what it stands for: a ".lnk" file with a target that is found from here, a
+    /// ".desktop" file of the type Link to a file, or a symbolic link. False, and `path` as it was, for
+    /// anything else and when there is nothing at its end.
+    bool resolveShortcut(FNPath& path);
+    /// Looks for a file that comes with the system, by its name or a relative path: in the system folder of
+    /// `FNPath`, then in the folders of shared data. False, and `path` as it was, when none has it.
+    bool getSystemFile(FNPath& path);
+    /// Nobody may write it, or its owner may again.
+    bool setReadOnly(const FPath& path, bool on);
 
     /// The whole file; false when it can't be read or is longer than `limit` bytes.
     bool readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error = nullptr);
 
+    /// The path as the system's calls take it; empty for one that leads to no place on the disk. Throws
+    /// std::bad_alloc.
+    static std::string nativeOf(const FPath& path);
+
 private:
-    bool moveTo(FPath& path, const FNPath& target);
+    bool moveTo(FPath& path, const std::string& from, const FNPath& target);
 };
 
 } // namespace qorl

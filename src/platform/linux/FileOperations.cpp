@@ -192,7 +192,7 @@ FileError flushFolder(const std::string& path) {
 }
 
 FileError createTemporaryFile(const std::string& folder, std::string_view prefix, std::string& path) {
-    std::string name = folder + "/" + std::string(prefix) + "XXXXXX";
+    std::string name = joinPath(folder, std::string(prefix) + "XXXXXX");
     const int descriptor = mkostemp(name.data(), O_CLOEXEC);
     if (descriptor < 0)
         return lastFileError();

@@ -8,9 +8,13 @@
 #include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
+#include <utility>
 
 namespace qorl {
 namespace {
@@ -27,6 +31,9 @@ public:
     int64_t position() const override { return position_; }
     void setPosition(int64_t position) override { position_ = position; }
     int64_t total() const override { return limit_; }
+    void setText(const ConstString& told) override { text = told.toUtf8(); }
+
+    std::string text;
 
 private:
     int64_t limit_;
@@ -94,6 +101,7 @@ TEST(FNFileSystem, MovesCopiesAndDeletes) {
     Watch patient(1 << 20);
     EXPECT_TRUE(files.copy(file, target, &patient));
     EXPECT_EQ(patient.position(), 5000);
+    EXPECT_EQ(patient.text, "Copying File: b.txt");
     EXPECT_EQ(folder.read("c.txt").size(), 5000u);
 
     std::string found;
@@ -198,6 +206,109 @@ TEST(FNFileSystem, NeverLosesAFileByCopyingIt) {
     EXPECT_EQ(folder.read("locked.txt"), "contents");
 }
 
+TEST(FNFileSystem, RenamesWithinTheFolderOnly) {
+    const SettingsFolder folder;
+    auto& files = *FNFileSystem::instance();
+    folder.write("sub/file", "x");
+    FNPath path(std::string_view(folder / "sub/file"));
+    for (const char* name : {"../file", "a/b", "/tmp/x", "", ".", ".."}) {
+        EXPECT_FALSE(files.rename(path, name)) << name;
+        EXPECT_EQ(path.toUtf8(), folder / "sub/file");
+    }
+    EXPECT_EQ(folder.read("sub/file"), "x");
+    FNPath relative;
+    relative.setLocation(FNPath::userSettings);
+    relative.setPathString("a.xml");
+    folder.write("settings/a.xml", "y");
+    EXPECT_TRUE(files.rename(relative, "b.xml"));
+    EXPECT_TRUE(relative.isRelative()) << "it still counts from the folder of the user";
+    EXPECT_EQ(relative.toUtf8(), folder / "settings/b.xml");
+}
+
+TEST(FNFileSystem, TakesUrlsThatLeadToTheDisk) {
+    const SettingsFolder folder;
+    auto& files = *FNFileSystem::instance();
+    folder.write("a b.txt", "contents");
+    FUrl url;
+    url.setNative(ConstString(std::string_view(folder / "a b.txt")));
+    EXPECT_TRUE(files.exists(url));
+    EXPECT_EQ(files.getFileSizeOf(url), 8);
+    EXPECT_NE(files.openFile(url, FFileStream::readAccess), nullptr);
+    FPath text;
+    text.setFullPath(ConstString(std::string_view("file://" + (folder / "a%20b.txt"))));
+    EXPECT_TRUE(files.exists(text)) << "the text of a URL in a plain path";
+    EXPECT_TRUE(files.rename(url, "c d.txt"));
+    EXPECT_TRUE(files.exists(url));
+    EXPECT_TRUE(folder.has("c d.txt"));
+    FUrl away(ConstString("nobody://host/x"));
+    int32_t error = 0;
+    EXPECT_EQ(files.openFile(away, FFileStream::readAccess, &error), nullptr);
+    EXPECT_NE(error, 0);
+    EXPECT_EQ(files.createFile(away, FFileStream::writeAccess, &error), nullptr);
+    EXPECT_FALSE(files.exists(away));
+    EXPECT_FALSE(files.createParents(away, true));
+    EXPECT_EQ(files.getIterator(away), nullptr);
+    EXPECT_FALSE(files.deleteFile(away) || files.createFolder(away) || files.deleteTree(away) ||
+                 files.copy(away, url) || files.copy(url, away) || files.move(url, away) ||
+                 files.setCurrentFolder(away) || files.trash(away));
+    EXPECT_TRUE(folder.has("c d.txt"));
+}
+
+TEST(FNFileSystem, OpensAsItsModeSays) {
+    const SettingsFolder folder;
+    auto& files = *FNFileSystem::instance();
+    FNPath path(std::string_view(folder / "file"));
+    constexpr uint32_t readShared = FFileStream::readAccess | FFileStream::shareRead;
+    {
+        const Ref<FStream> made = files.createFile(path, FFileStream::writeAccess | FFileStream::unbuffered);
+        ASSERT_NE(made, nullptr);
+        EXPECT_GT(cast<FFileStream>(made.get())->sectorSize(), 0);
+        int32_t error = 0;
+        EXPECT_EQ(files.openFile(path, readShared, &error), nullptr) << "who writes shares nothing";
+        EXPECT_EQ(error, EWOULDBLOCK);
+        EXPECT_TRUE(files.closeFile(made));
+    }
+    const Ref<FStream> plain = files.openFile(path, readShared);
+    const Ref<FStream> direct = files.openFile(path, readShared | FFileStream::unbuffered);
+    ASSERT_TRUE(plain && direct);
+    EXPECT_EQ(cast<FFileStream>(plain.get())->sectorSize(), 0);
+    EXPECT_GT(cast<FFileStream>(direct.get())->sectorSize(), 0);
+    EXPECT_EQ(files.openFile(path, FFileStream::writeAccess), nullptr) << "they let nobody write";
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    FNPath pipe(std::string_view(folder / "pipe"));
+    EXPECT_EQ(files.openFile(pipe, readShared), nullptr) << "without waiting for its other end";
+    FNPath tooLong(std::string_view(folder / std::string(5000, 'x')));
+    int32_t error = 0;
+    EXPECT_EQ(files.openFile(tooLong, readShared, &error), nullptr);
+    EXPECT_EQ(error, ENAMETOOLONG);
+    const FNPath deep(std::string_view(folder / "deep/er/file"));
+    EXPECT_EQ(files.createFile(deep, FFileStream::createPath), nullptr) << "without the bit for writing";
+    EXPECT_NE(files.createFile(deep, FFileStream::writeAccess | FFileStream::createPath), nullptr);
+    FFileStream nothing;
+    EXPECT_EQ(files.getFileSize(nothing), -1);
+}
+
+TEST(FNFileSystem, TellsTimesInTheUsersZone) {
+    const SettingsFolder folder;
+    auto& files = *FNFileSystem::instance();
+    folder.write("file", "x");
+    const FNPath path(std::string_view(folder / "file"));
+    const timespec times[2] = {{1'000'000'000, 0}, {1'700'000'000, 250'000'000}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.toUtf8().c_str(), times, 0), 0);
+    platform::CalendarTime created;
+    platform::CalendarTime written;
+    platform::CalendarTime read;
+    ASSERT_TRUE(files.getFileTime(path, &created, &written, &read));
+    EXPECT_EQ(platform::fromLocalTime(written), 1'700'000'000'250);
+    EXPECT_EQ(platform::fromLocalTime(read), 1'000'000'000'000);
+    EXPECT_TRUE(files.getFileTime(path, nullptr, nullptr, nullptr));
+    EXPECT_FALSE(files.getFileTime(FNPath(std::string_view(folder / "none")), &created, &written, &read));
+    const FNPath copy(std::string_view(folder / "copy"));
+    ASSERT_TRUE(files.copy(path, copy));
+    ASSERT_TRUE(files.getFileTime(copy, nullptr, &written, nullptr));
+    EXPECT_EQ(platform::fromLocalTime(written), 1'700'000'000'250) << "a copy keeps the time of its source";
+}
+
 TEST(FNFileSystem, MakesNamesLegal) {
     auto& files = *FNFileSystem::instance();
     String name("a:b|c");
@@ -207,9 +318,18 @@ TEST(FNFileSystem, MakesNamesLegal) {
     String longName{std::string_view(std::string(300, 'x'))};
     EXPECT_TRUE(files.makeLegalName(longName, u'-'));
     EXPECT_EQ(longName.size(), 260);
-    String size;
-    FNFileSystem::formatSize(1536, size);
-    EXPECT_EQ(textOf(size), "1.500 KB");
+    std::u16string clefs(259, u'x');
+    for (int i = 0; i < 4; ++i)
+        clefs += u"\U0001D11E";
+    String pairs{std::u16string_view(clefs)};
+    EXPECT_TRUE(files.makeLegalName(pairs));
+    EXPECT_EQ(pairs.size(), 259) << "a pair is never cut";
+    String all("\\*?/:<>|\"\t\n\r.ok");
+    EXPECT_TRUE(files.makeLegalName(all, u'-'));
+    EXPECT_EQ(textOf(all), "------------.ok");
+    String bytes("\xE4:");
+    EXPECT_TRUE(files.makeLegalName(bytes));
+    EXPECT_EQ(bytes.view16(), u"\xDCE4_");
 }
 
 } // namespace
