@@ -1,28 +1,63 @@
 #pragma once
 
-#include <mutex>
+#include <atomic>
+#include <cstdint>
+#include <thread>
 
 namespace qorl {
 
 /// A re-entrant lock. The thread that holds it may lock it again and unlocks as often as it locked.
 ///
 /// Hold it through a `FGuard`. Locks have no fixed order; never call out of a class with its lock held unless
-/// the operation says so.
+/// the operation says so. A lock that nobody else wants costs one exchange to take and one to give back
+/// (U. Drepper, Futexes Are Tricky, 2011, the mutex of section 6).
 class FLock {
 public:
     /// The name tells a reader what the lock is for; it isn't stored.
-    explicit FLock(const char* name = "FLock");
+    explicit FLock(const char* = "FLock") {}
     FLock(const FLock&) = delete;
     FLock& operator=(const FLock&) = delete;
     virtual ~FLock() = default;
 
-    virtual void lock();
-    virtual void unlock();
+    virtual void lock() {
+        const std::thread::id self = std::this_thread::get_id();
+        if (owner_.load(std::memory_order_relaxed) == self)
+            ++depth_;
+        else
+            enter(self);
+    }
+    virtual void unlock() {
+        if (depth_ > 0) {
+            --depth_;
+            return;
+        }
+        owner_.store({}, std::memory_order_relaxed);
+        if (state_.exchange(open, std::memory_order_release) == awaited)
+            state_.notify_one();
+    }
     /// True when this thread holds the lock now.
     virtual bool tryLock();
 
 private:
-    std::recursive_mutex mutex_;
+    enum State : int32_t {
+        open,
+        held,
+        awaited ///< Held, and somebody may be waiting.
+    };
+
+    void enter(std::thread::id self) {
+        int32_t expected = open;
+        if (!state_.compare_exchange_strong(expected, held, std::memory_order_acquire,
+                                            std::memory_order_relaxed))
+            wait();
+        owner_.store(self, std::memory_order_relaxed);
+    }
+    void wait();
+
+    std::atomic<int32_t> state_{open};
+    uint32_t depth_ = 0; ///< How often the owner locked again.
+    /// Only a thread itself makes this its own id, so that none finds that by mistake.
+    std::atomic<std::thread::id> owner_{};
 };
 
 /// Holds a lock while it stands.

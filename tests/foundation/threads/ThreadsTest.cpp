@@ -37,6 +37,29 @@ TEST(FLock, IsTakenAgainByItsHolderOnly) {
     EXPECT_TRUE(otherMayEnter());
 }
 
+TEST(FLock, WakesEachThreadThatWaitsForIt) {
+    constexpr int threadCount = 4;
+    constexpr int rounds = 20'000;
+    FLock lock;
+    int64_t sum = 0;
+    int inside = 0;
+    std::vector<std::thread> threads;
+    lock.lock();
+    for (int t = 0; t < threadCount; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < rounds; ++i) {
+                const FGuard guard(lock);
+                const FGuard again(lock);
+                sum += ++inside == 1;
+                --inside;
+            }
+        });
+    lock.unlock();
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(sum, int64_t{threadCount} * rounds) << "never two at a time";
+}
+
 class Worker : public FThread {
 public:
     Worker() : FThread("Test Worker") {}
