@@ -3,9 +3,12 @@
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
 #include "persistence/archive/FObjectArchive.h"
-#include "persistence/streams/FStream.h"
+#include "persistence/streams/FMemoryStream.h"
 
 #include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+#include <string_view>
 
 namespace qorl {
 
@@ -67,5 +70,24 @@ private:
 
     int32_t depth_ = 0;
 };
+
+namespace testing {
+
+/// The bytes that `object` stores.
+inline std::string written(CmObject& object) {
+    FMemoryStream stream;
+    PlainArchive archive(stream, PlainArchive::Direction::storing);
+    EXPECT_TRUE(object.writeTo(&archive));
+    return std::string(stream.bytes());
+}
+
+/// What `object` answers when it reads them.
+inline bool read(CmObject& object, std::string_view bytes) {
+    FMemoryStream stream(bytes);
+    PlainArchive archive(stream, PlainArchive::Direction::reading);
+    return object.readFrom(&archive);
+}
+
+} // namespace testing
 
 } // namespace qorl

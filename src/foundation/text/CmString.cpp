@@ -43,23 +43,4 @@ bool CmString::restoreAttributes(FAttributes* attributes) {
     return string_.assign(attributes->getString("s"));
 }
 
-void CmString::set8(const char* text) {
-    string_.assign8(text);
-}
-void CmString::set16(const char16_t* text) {
-    string_.assign16(text);
-}
-const char* CmString::get8() {
-    return string_.text8();
-}
-const char16_t* CmString::get16() {
-    return string_.text16();
-}
-void CmString::take(void* buffer, bool isWide) {
-    string_.take(buffer, isWide);
-}
-bool CmString::isWideString() {
-    return string_.isWide();
-}
-
 } // namespace qorl

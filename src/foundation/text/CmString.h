@@ -1,9 +1,7 @@
 #pragma once
 
 #include "foundation/CmObject.h"
-#include "foundation/text/String.h"
-
-#include <qorl/IStringExchange.h>
+#include "foundation/text/TextExchange.h"
 
 namespace qorl {
 
@@ -11,7 +9,7 @@ namespace qorl {
 ///
 /// Compared and hashed by contents, case counts. Stored under the attribute key "s"; without memory for that,
 /// storing and restoring give false.
-class CmString : public CmObject, public IStringExchange {
+class CmString : public CmObject, public TextExchange {
     QORL_CLASS(CmString, CmObject)
     QORL_CLONE(CmString)
     QORL_RECORD(CmString)
@@ -19,13 +17,11 @@ class CmString : public CmObject, public IStringExchange {
 
 public:
     CmString() = default;
-    CmString(const ConstString& text) : string_(text) {}
-    CmString(String&& text) noexcept : string_(std::move(text)) {}
-    CmString(const char* text, int32_t length = ConstString::all) : string_(text, length) {}
-    CmString(const char16_t* text, int32_t length = ConstString::all) : string_(text, length) {}
+    CmString(const ConstString& text) : TextExchange(String(text)) {}
+    CmString(String&& text) noexcept : TextExchange(std::move(text)) {}
+    CmString(const char* text, int32_t length = ConstString::all) : TextExchange(String(text, length)) {}
+    CmString(const char16_t* text, int32_t length = ConstString::all) : TextExchange(String(text, length)) {}
 
-    String& string() { return string_; }
-    const String& string() const { return string_; }
     operator const String&() const { return string_; }
 
     const char* text8() const { return string_.text8(); }
@@ -41,16 +37,6 @@ public:
     bool writeTo(FObjectArchive* archive) override;
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
-
-    void set8(const char* text) override;
-    void set16(const char16_t* text) override;
-    const char* get8() override;
-    const char16_t* get16() override;
-    void take(void* buffer, bool isWide) override;
-    bool isWideString() override;
-
-private:
-    String string_;
 };
 
 } // namespace qorl

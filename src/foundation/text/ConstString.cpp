@@ -328,6 +328,18 @@ template <typename Search>
     return found == ConstString::notFound ? found : placeOfUnit(text, found);
 }
 
+/// `search(text, wanted, start)` in whichever width takes the fewest conversions; places are those of `text`.
+template <typename Search>
+int32_t searchInOneWidth(const ConstString& text, const ConstString& wanted, int32_t start, int32_t count,
+                         Round round, const Search& search) {
+    if (!text.isWide() && wanted.isWide())
+        return searchWidened(text.view8(), start, round, [&](View<char16_t> wide, int32_t from) {
+            return search(wide, first(wanted.view16(), count), from);
+        });
+    return inOneWidth(text, wanted, ConstString::notFound,
+                      [&](auto a, auto b) { return search(a, first(b, count), start); });
+}
+
 constexpr size_t maxBytesOfUnit = 3;
 
 /// The UTF-8 form of a character in `bytes`. Half of a pair has none, and gives an empty text.
@@ -465,13 +477,10 @@ bool ConstString::charEquals(int32_t index, char16_t character) const {
 }
 
 int32_t ConstString::find(const ConstString& other, int32_t start, int32_t count, bool ignoreCase) const {
-    if (!isWide() && other.isWide())
-        return searchWidened(view8(), start, Round::toNext, [&](View<char16_t> text, int32_t from) {
-            return findForward(text, first(other.view16(), count), from, ignoreCase);
-        });
-    return inOneWidth(*this, other, notFound, [=](auto text, auto wanted) {
-        return findForward(text, first(wanted, count), start, ignoreCase);
-    });
+    return searchInOneWidth(*this, other, start, count, Round::toNext,
+                            [ignoreCase](auto text, auto wanted, int32_t from) {
+                                return findForward(text, wanted, from, ignoreCase);
+                            });
 }
 
 int32_t ConstString::findChar8(char character, int32_t start, bool ignoreCase) const {
@@ -487,13 +496,10 @@ int32_t ConstString::findChar16(char16_t character, int32_t start, bool ignoreCa
 }
 
 int32_t ConstString::findLast(const ConstString& other, int32_t start, int32_t count, bool ignoreCase) const {
-    if (!isWide() && other.isWide())
-        return searchWidened(view8(), start, Round::toStart, [&](View<char16_t> text, int32_t from) {
-            return findBackward(text, first(other.view16(), count), from, ignoreCase);
-        });
-    return inOneWidth(*this, other, notFound, [=](auto text, auto wanted) {
-        return findBackward(text, first(wanted, count), start, ignoreCase);
-    });
+    return searchInOneWidth(*this, other, start, count, Round::toStart,
+                            [ignoreCase](auto text, auto wanted, int32_t from) {
+                                return findBackward(text, wanted, from, ignoreCase);
+                            });
 }
 
 int32_t ConstString::findLastChar8(char character, int32_t start, bool ignoreCase) const {

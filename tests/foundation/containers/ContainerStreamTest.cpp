@@ -8,20 +8,8 @@
 namespace qorl {
 namespace {
 
-using Direction = PlainArchive::Direction;
-
-std::string written(CmObject& object) {
-    FMemoryStream stream;
-    PlainArchive archive(stream, Direction::storing);
-    EXPECT_TRUE(object.writeTo(&archive));
-    return std::string(stream.bytes());
-}
-
-bool read(CmObject& object, std::string_view bytes) {
-    FMemoryStream stream(bytes);
-    PlainArchive archive(stream, Direction::reading);
-    return object.readFrom(&archive);
-}
+using testing::read;
+using testing::written;
 
 template <typename Container>
 class ContainerStreams : public ::testing::Test {};
@@ -152,7 +140,7 @@ private:
 TEST(ContainerStream, HasNoByteOfAContainerWithANullElement) {
     Broken broken;
     FMemoryStream stream;
-    PlainArchive archive(stream, Direction::storing);
+    PlainArchive archive(stream, PlainArchive::Direction::storing);
     EXPECT_FALSE(broken.writeTo(&archive));
     EXPECT_EQ(stream.size(), 0);
 }

@@ -4,7 +4,6 @@
 #include "foundation/containers/CmVariant.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
-#include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"
 
@@ -18,21 +17,9 @@
 namespace qorl {
 namespace {
 
-using Direction = PlainArchive::Direction;
+using testing::read;
+using testing::written;
 using Hold = CmVariant::Hold;
-
-std::string written(CmObject& object) {
-    FMemoryStream stream;
-    PlainArchive archive(stream, Direction::storing);
-    EXPECT_TRUE(object.writeTo(&archive));
-    return std::string(stream.bytes());
-}
-
-bool read(CmObject& object, std::string_view bytes) {
-    FMemoryStream stream(bytes);
-    PlainArchive archive(stream, Direction::reading);
-    return object.readFrom(&archive);
-}
 
 TEST(CmBuffer, RoundsItsRoomUpToItsStep) {
     struct Row {

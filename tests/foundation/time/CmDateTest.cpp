@@ -3,7 +3,6 @@
 #include "foundation/text/CmString.h"
 #include "foundation/text/TranslationTable.h"
 #include "persistence/attributes/FAttributes.h"
-#include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"
 
@@ -14,8 +13,6 @@
 
 namespace qorl {
 namespace {
-
-using Direction = PlainArchive::Direction;
 
 TEST(CmDate, AgreesWithTheCalendarOnEachDayOfThreeThousandYears) {
     namespace chrono = std::chrono;
@@ -226,14 +223,10 @@ TEST(CmDate, IsAValue) {
     ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
     EXPECT_EQ(restored.getJulian(), 0xFFFFFFFFu);
 
-    FMemoryStream stream;
-    PlainArchive storing(stream, Direction::storing);
-    ASSERT_TRUE(CmDate(0x01020304u).writeTo(&storing));
-    EXPECT_EQ(stream.bytes(), "\4\3\2\1");
-    stream.rewind();
-    PlainArchive reading(stream, Direction::reading);
-    EXPECT_TRUE(restored.readFrom(&reading));
-    EXPECT_FALSE(restored.readFrom(&reading)) << "at the end";
+    CmDate stored(0x01020304u);
+    EXPECT_EQ(testing::written(stored), "\4\3\2\1");
+    EXPECT_TRUE(testing::read(restored, "\4\3\2\1"));
+    EXPECT_FALSE(testing::read(restored, "\4\3\2"));
     EXPECT_EQ(restored.getJulian(), 0x01020304u);
 
     const auto shared = make<CmDate>(5, 3, 2024);

@@ -3,7 +3,6 @@
 #include "foundation/text/CmString.h"
 #include "foundation/text/TranslationTable.h"
 #include "persistence/attributes/FAttributes.h"
-#include "persistence/streams/FMemoryStream.h"
 #include "support/PlainArchive.h"
 
 #include <qorl/Ref.h>
@@ -13,8 +12,6 @@
 
 namespace qorl {
 namespace {
-
-using Direction = PlainArchive::Direction;
 
 /// Puts another zone in place for a test.
 class Zone {
@@ -190,14 +187,10 @@ TEST(CmTime, IsAValue) {
     ASSERT_TRUE(early.restoreAttributes(attributes.get()));
     EXPECT_EQ(early, late);
 
-    FMemoryStream stream;
-    PlainArchive storing(stream, Direction::storing);
-    ASSERT_TRUE(CmTime(0x01020304u).writeTo(&storing));
-    EXPECT_EQ(stream.bytes(), "\4\3\2\1");
-    stream.rewind();
-    PlainArchive reading(stream, Direction::reading);
-    EXPECT_TRUE(early.readFrom(&reading));
-    EXPECT_FALSE(early.readFrom(&reading)) << "at the end";
+    CmTime stored(0x01020304u);
+    EXPECT_EQ(testing::written(stored), "\4\3\2\1");
+    EXPECT_TRUE(testing::read(early, "\4\3\2\1"));
+    EXPECT_FALSE(testing::read(early, "\4\3\2"));
     EXPECT_EQ(early.getSeconds(), 0x01020304u);
 
     const Zone zone(0, false);

@@ -1,0 +1,24 @@
+#include "foundation/text/TextExchange.h"
+
+namespace qorl {
+
+void TextExchange::set8(const char* text) {
+    string_.assign8(text);
+}
+void TextExchange::set16(const char16_t* text) {
+    string_.assign16(text);
+}
+const char* TextExchange::get8() {
+    return string_.text8();
+}
+const char16_t* TextExchange::get16() {
+    return string_.text16();
+}
+void TextExchange::take(void* buffer, bool isWide) {
+    string_.take(buffer, isWide);
+}
+bool TextExchange::isWideString() {
+    return string_.isWide();
+}
+
+} // namespace qorl

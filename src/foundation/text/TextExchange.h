@@ -1,0 +1,35 @@
+#pragma once
+
+#include "foundation/text/String.h"
+
+#include <qorl/IStringExchange.h>
+
+#include <utility>
+
+namespace qorl {
+
+/// The text of an object that other modules read and set. The object's class answers for the faces
+/// `IStringExchange` and `IStringSink`.
+class TextExchange : public IStringExchange {
+public:
+    String& string() { return string_; }
+    const String& string() const { return string_; }
+
+    void set8(const char* text) override;
+    void set16(const char16_t* text) override;
+    const char* get8() override;
+    const char16_t* get16() override;
+    void take(void* buffer, bool isWide) override;
+    bool isWideString() override;
+
+protected:
+    TextExchange() = default;
+    explicit TextExchange(String&& text) noexcept : string_(std::move(text)) {}
+    TextExchange(const TextExchange&) = default;
+    TextExchange& operator=(const TextExchange&) = default;
+    ~TextExchange() = default;
+
+    String string_;
+};
+
+} // namespace qorl
