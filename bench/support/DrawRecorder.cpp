@@ -19,11 +19,11 @@ int32_t whole(double value) {
     return static_cast<int32_t>(std::lround(value));
 }
 
-CmRect wholeRect(const DrawRect& rect) {
+CmRect wholeRect(const Geometry::Rect& rect) {
     return {whole(rect.x), whole(rect.y), whole(rect.right()), whole(rect.bottom())};
 }
 
-CmRect outward(const DrawRect& rect, double slack) {
+CmRect outward(const Geometry::Rect& rect, double slack) {
     return {static_cast<int32_t>(std::floor(rect.x - slack)),
             static_cast<int32_t>(std::floor(rect.y - slack)),
             static_cast<int32_t>(std::ceil(rect.right() + slack)),
@@ -31,7 +31,7 @@ CmRect outward(const DrawRect& rect, double slack) {
 }
 
 void trace(cairo_t* context, const GraphicsPath& path) {
-    const DrawPoint* p = path.points().data();
+    const Geometry::Point* p = path.points().data();
     for (const GraphicsPath::Verb verb : path.verbs()) {
         switch (verb) {
         case GraphicsPath::Verb::move: cairo_move_to(context, p[0].x, p[0].y); break;
@@ -47,15 +47,15 @@ void trace(cairo_t* context, const GraphicsPath& path) {
 
 std::shared_ptr<GraphicsPath> mapped(const GraphicsPath& path, const TransformMatrix* matrix) {
     auto copy = std::make_shared<GraphicsPath>();
-    const DrawPoint* p = path.points().data();
+    const Geometry::Point* p = path.points().data();
     const auto next = [&] { return matrix ? matrix->map(*p++) : *p++; };
     for (const GraphicsPath::Verb verb : path.verbs()) {
         switch (verb) {
         case GraphicsPath::Verb::move: copy->moveTo(next()); break;
         case GraphicsPath::Verb::line: copy->lineTo(next()); break;
         case GraphicsPath::Verb::curve: {
-            const DrawPoint first = next();
-            const DrawPoint second = next();
+            const Geometry::Point first = next();
+            const Geometry::Point second = next();
             copy->curveTo(first, second, next());
             break;
         }
@@ -164,7 +164,7 @@ void DrawRecorder::addBox(const CmRect& box, uint32_t color) {
 }
 
 /// A line along an axis is a box, as a bare loop would draw it.
-Result DrawRecorder::drawLine(DrawPoint from, DrawPoint to) {
+Result DrawRecorder::drawLine(Geometry::Point from, Geometry::Point to) {
     if (from.x == to.x || from.y == to.y) {
         const double half = penWidth_ / 2;
         addBox(wholeRect({std::min(from.x, to.x) - half, std::min(from.y, to.y) - half,
@@ -179,7 +179,7 @@ Result DrawRecorder::drawLine(DrawPoint from, DrawPoint to) {
 }
 
 /// The outline of a rectangle is four boxes, as a bare loop would draw it.
-Result DrawRecorder::drawRect(const DrawRect& rect, DrawMode mode) {
+Result DrawRecorder::drawRect(const Geometry::Rect& rect, DrawMode mode) {
     if (fills(mode))
         addBox(wholeRect(rect), brushColor_);
     if (!strokes(mode))
@@ -195,7 +195,7 @@ Result DrawRecorder::drawRect(const DrawRect& rect, DrawMode mode) {
     return Result::ok;
 }
 
-Result DrawRecorder::drawEllipse(const DrawRect& rect, DrawMode mode) {
+Result DrawRecorder::drawEllipse(const Geometry::Rect& rect, DrawMode mode) {
     GraphicsPath path;
     path.addEllipse(rect);
     return drawPath(&path, mode, nullptr);
@@ -221,7 +221,7 @@ Result DrawRecorder::drawPath(GraphicsPath* path, DrawMode mode, const Transform
     return Result::ok;
 }
 
-Result DrawRecorder::drawString(std::u16string_view text, const DrawRect& rect, GraphicsFont* font,
+Result DrawRecorder::drawString(std::u16string_view text, const Geometry::Rect& rect, GraphicsFont* font,
                                 uint32_t color, int32_t alignment) {
     auto* face = cast<CairoFont>(font);
     if (!face || text.find(u'\n') != text.npos)
@@ -245,16 +245,16 @@ Result DrawRecorder::drawString(std::u16string_view text, const DrawRect& rect, 
     return Result::ok;
 }
 
-Result DrawRecorder::drawBitmap(GraphicsImage*, DrawPoint, const DrawRect*) {
+Result DrawRecorder::drawBitmap(GraphicsImage*, Geometry::Point, const Geometry::Rect*) {
     return refuse();
 }
 
-Result DrawRecorder::drawBitmapStretched(GraphicsImage*, const DrawRect&, const DrawRect&, double,
+Result DrawRecorder::drawBitmapStretched(GraphicsImage*, const Geometry::Rect&, const Geometry::Rect&, double,
                                          Interpolation) {
     return refuse();
 }
 
-Result DrawRecorder::clearRect(const DrawRect&) {
+Result DrawRecorder::clearRect(const Geometry::Rect&) {
     return refuse();
 }
 
@@ -285,7 +285,7 @@ Result DrawRecorder::concatTransformMatrix(const TransformMatrix&) {
     return refuse();
 }
 
-Result DrawRecorder::setClip(const DrawRect& rect) {
+Result DrawRecorder::setClip(const Geometry::Rect& rect) {
     clip_ = wholeRect(rect);
     return Result::ok;
 }
@@ -324,7 +324,7 @@ Result DrawRecorder::getFontMetrics(GraphicsFont* font, FontMetrics& metrics) {
     return Result::ok;
 }
 
-Result DrawRecorder::measureStringHeight(std::u16string_view, GraphicsFont*, DrawRect&) {
+Result DrawRecorder::measureStringHeight(std::u16string_view, GraphicsFont*, Geometry::Rect&) {
     return refuse();
 }
 

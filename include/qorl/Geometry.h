@@ -90,4 +90,44 @@ struct CmRect {
     friend constexpr bool operator!=(const CmRect& a, const CmRect& b) { return !(a == b); }
 };
 
+/// The same in doubles, as layouts and drawing systems work with: logical pixels of which a part counts, too.
+namespace Geometry {
+
+struct Point {
+    double x = 0;
+    double y = 0;
+
+    friend constexpr bool operator==(const Point& a, const Point& b) { return a.x == b.x && a.y == b.y; }
+    friend constexpr bool operator!=(const Point& a, const Point& b) { return !(a == b); }
+};
+
+struct Size {
+    double width = 0;
+    double height = 0;
+
+    friend constexpr bool operator==(const Size& a, const Size& b) {
+        return a.width == b.width && a.height == b.height;
+    }
+    friend constexpr bool operator!=(const Size& a, const Size& b) { return !(a == b); }
+};
+
+/// A rectangle as place and extent.
+struct Rect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+
+    constexpr double right() const { return x + width; }
+    constexpr double bottom() const { return y + height; }
+    constexpr bool isEmpty() const { return !(width > 0 && height > 0); }
+
+    friend constexpr bool operator==(const Rect& a, const Rect& b) {
+        return a.x == b.x && a.y == b.y && a.width == b.width && a.height == b.height;
+    }
+    friend constexpr bool operator!=(const Rect& a, const Rect& b) { return !(a == b); }
+};
+
+} // namespace Geometry
+
 } // namespace qorl

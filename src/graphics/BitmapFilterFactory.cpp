@@ -120,19 +120,19 @@ class MirrorFilter final : public FilterBase {
 class RotateFilter final : public FilterBase {
     void declareParameters() override {
         declare("angle", 0.0);
-        declare("center", DrawPoint{0.5, 0.5});
+        declare("center", Geometry::Point{0.5, 0.5});
         declare("interpolation", true);
         declare("extend", false);
     }
     Ref<GraphicsImage> apply(GraphicsImage& image) override {
-        const DrawPoint share = parameter<DrawPoint>("center");
+        const Geometry::Point share = parameter<Geometry::Point>("center");
         const double degrees = parameter<double>("angle");
         const TransformMatrix back = TransformMatrix::rotation(
             -degrees * std::numbers::pi / 180, {share.x * image.getWidth(), share.y * image.getHeight()});
         const bool smooth = parameter<bool>("interpolation");
         const bool extend = parameter<bool>("extend");
         return mapped(image, [=](const platform::PixelSurface& from, int32_t x, int32_t y) {
-            const DrawPoint place = back.map({x + 0.5, y + 0.5});
+            const Geometry::Point place = back.map({x + 0.5, y + 0.5});
             return smooth ? between(from, place, extend)
                           : pixelAt(from, std::floor(place.x), std::floor(place.y), extend);
         });
@@ -147,7 +147,7 @@ class RotateFilter final : public FilterBase {
         return inside ? from.getRow(static_cast<int32_t>(y))[static_cast<int32_t>(x)] : 0;
     }
 
-    static uint32_t between(const platform::PixelSurface& from, DrawPoint place, bool extend) {
+    static uint32_t between(const platform::PixelSurface& from, Geometry::Point place, bool extend) {
         const double left = std::floor(place.x - 0.5);
         const double top = std::floor(place.y - 0.5);
         const double right = place.x - 0.5 - left;

@@ -14,7 +14,7 @@
 namespace qorl {
 
 /// A value of a filter's parameter. A point is a share of the size.
-using FilterValue = std::variant<double, bool, UColor, DrawPoint, CmSize>;
+using FilterValue = std::variant<double, bool, UColor, Geometry::Point, CmSize>;
 
 /// One change of an image, with named parameters. It takes an input and gives one result.
 ///

@@ -45,7 +45,6 @@ public:
     bool attach(const platform::PixelSurface& memory);
 
     CmSize getSize() const;
-    void setScaleFactor(double scaleFactor) { scaleFactor_ = scaleFactor; }
     Ref<GraphicsImage> getImage() const { return image_; }
 
     GraphicsImage* getTargetImage() override { return image_.get(); }

@@ -1,30 +1,10 @@
 #pragma once
 
+#include <qorl/Geometry.h>
+
 #include <cstdint>
 
 namespace qorl {
-
-/// A place in the doubles that back ends work in. Logical pixels; the back end maps them to the device.
-struct DrawPoint {
-    double x = 0;
-    double y = 0;
-
-    friend constexpr bool operator==(const DrawPoint&, const DrawPoint&) = default;
-};
-
-/// A rectangle as place and extent.
-struct DrawRect {
-    double x = 0;
-    double y = 0;
-    double width = 0;
-    double height = 0;
-
-    constexpr double right() const { return x + width; }
-    constexpr double bottom() const { return y + height; }
-    constexpr bool isEmpty() const { return !(width > 0 && height > 0); }
-
-    friend constexpr bool operator==(const DrawRect&, const DrawRect&) = default;
-};
 
 /// Which parts of a shape are drawn: its outline with the pen, its inside with the brush.
 enum class DrawMode : int32_t { stroke = 1, fill = 2, both = 3 };

@@ -19,7 +19,7 @@ FastLines::FastLines(int32_t capacity) : capacity_(capacityOf(capacity)) {
     lines_.reserve(std::min(capacity_, reserveLimit));
 }
 
-bool FastLines::add(DrawPoint from, DrawPoint to) {
+bool FastLines::add(Geometry::Point from, Geometry::Point to) {
     if (lines_.size() >= capacity_)
         return false;
     lines_.push_back({from, to});
@@ -30,7 +30,7 @@ FastRects::FastRects(int32_t capacity) : capacity_(capacityOf(capacity)) {
     rects_.reserve(std::min(capacity_, reserveLimit));
 }
 
-bool FastRects::add(const DrawRect& rect) {
+bool FastRects::add(const Geometry::Rect& rect) {
     if (rects_.size() >= capacity_)
         return false;
     rects_.push_back(rect);

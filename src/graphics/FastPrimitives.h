@@ -14,13 +14,13 @@ class FastLines : public FObject {
 
 public:
     struct Line {
-        DrawPoint from;
-        DrawPoint to;
+        Geometry::Point from;
+        Geometry::Point to;
     };
 
     explicit FastLines(int32_t capacity);
     /// False when the collector is full.
-    bool add(DrawPoint from, DrawPoint to);
+    bool add(Geometry::Point from, Geometry::Point to);
     const std::vector<Line>& lines() const { return lines_; }
 
 private:
@@ -35,12 +35,12 @@ class FastRects : public FObject {
 public:
     explicit FastRects(int32_t capacity);
     /// False when the collector is full.
-    bool add(const DrawRect& rect);
-    const std::vector<DrawRect>& rects() const { return rects_; }
+    bool add(const Geometry::Rect& rect);
+    const std::vector<Geometry::Rect>& rects() const { return rects_; }
 
 private:
     size_t capacity_;
-    std::vector<DrawRect> rects_;
+    std::vector<Geometry::Rect> rects_;
 };
 
 } // namespace qorl

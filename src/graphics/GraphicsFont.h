@@ -31,7 +31,7 @@ public:
     /// The advance of the widest line, in logical pixels, not rounded.
     virtual double measureWidth(const ConstString& text) = 0;
     /// The extent of all lines, its top left at 0, 0.
-    virtual DrawRect measureExtent(const ConstString& text) = 0;
+    virtual Geometry::Rect measureExtent(const ConstString& text) = 0;
     /// How many leading characters of a single line fit into `width` logical pixels.
     virtual int32_t countFitting(const ConstString& text, double width) = 0;
 };

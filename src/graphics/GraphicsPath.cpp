@@ -6,12 +6,12 @@
 
 namespace qorl {
 
-void GraphicsPath::moveTo(DrawPoint point) {
+void GraphicsPath::moveTo(Geometry::Point point) {
     verbs_.push_back(Verb::move);
     points_.push_back(point);
 }
 
-void GraphicsPath::lineTo(DrawPoint point) {
+void GraphicsPath::lineTo(Geometry::Point point) {
     if (verbs_.empty()) {
         moveTo(point);
         return;
@@ -20,7 +20,7 @@ void GraphicsPath::lineTo(DrawPoint point) {
     points_.push_back(point);
 }
 
-void GraphicsPath::curveTo(DrawPoint control1, DrawPoint control2, DrawPoint end) {
+void GraphicsPath::curveTo(Geometry::Point control1, Geometry::Point control2, Geometry::Point end) {
     if (verbs_.empty())
         moveTo(control1);
     verbs_.push_back(Verb::curve);
@@ -32,7 +32,7 @@ void GraphicsPath::closeFigure() {
         verbs_.push_back(Verb::close);
 }
 
-void GraphicsPath::addRect(const DrawRect& rect) {
+void GraphicsPath::addRect(const Geometry::Rect& rect) {
     moveTo({rect.x, rect.y});
     lineTo({rect.right(), rect.y});
     lineTo({rect.right(), rect.bottom()});
@@ -40,7 +40,7 @@ void GraphicsPath::addRect(const DrawRect& rect) {
     closeFigure();
 }
 
-void GraphicsPath::addRoundRect(const DrawRect& rect, double radius) {
+void GraphicsPath::addRoundRect(const Geometry::Rect& rect, double radius) {
     radius = std::clamp(radius, 0.0, std::max(0.0, std::min(rect.width, rect.height) / 2));
     if (radius == 0) {
         addRect(rect);
@@ -62,18 +62,18 @@ void GraphicsPath::addRoundRect(const DrawRect& rect, double radius) {
     closeFigure();
 }
 
-void GraphicsPath::addEllipse(const DrawRect& rect) {
-    const DrawPoint center{rect.x + rect.width / 2, rect.y + rect.height / 2};
+void GraphicsPath::addEllipse(const Geometry::Rect& rect) {
+    const Geometry::Point center{rect.x + rect.width / 2, rect.y + rect.height / 2};
     moveTo({rect.right(), center.y});
     arcPieces(center, rect.width / 2, rect.height / 2, 0, 2 * std::numbers::pi);
     closeFigure();
 }
 
-void GraphicsPath::addArc(const DrawRect& rect, double start, double sweep) {
-    const DrawPoint center{rect.x + rect.width / 2, rect.y + rect.height / 2};
+void GraphicsPath::addArc(const Geometry::Rect& rect, double start, double sweep) {
+    const Geometry::Point center{rect.x + rect.width / 2, rect.y + rect.height / 2};
     const double radiusX = rect.width / 2;
     const double radiusY = rect.height / 2;
-    const DrawPoint first{center.x + radiusX * std::cos(start), center.y + radiusY * std::sin(start)};
+    const Geometry::Point first{center.x + radiusX * std::cos(start), center.y + radiusY * std::sin(start)};
     if (verbs_.empty() || verbs_.back() == Verb::close)
         moveTo(first);
     else
@@ -83,7 +83,8 @@ void GraphicsPath::addArc(const DrawRect& rect, double start, double sweep) {
 
 /// Pieces of at most a quarter, each a Bézier curve whose control points stand at 4/3 tan(angle / 4) of the
 /// radius: off the true arc by less than 0.03 % of the radius.
-void GraphicsPath::arcPieces(DrawPoint center, double radiusX, double radiusY, double start, double sweep) {
+void GraphicsPath::arcPieces(Geometry::Point center, double radiusX, double radiusY, double start,
+                             double sweep) {
     constexpr double quarter = std::numbers::pi / 2;
     constexpr double mostTurns = 1000;
     if (!std::isfinite(start) || !std::isfinite(sweep))
@@ -105,7 +106,7 @@ void GraphicsPath::arcPieces(DrawPoint center, double radiusX, double radiusY, d
     }
 }
 
-void GraphicsPath::addPolyline(const DrawPoint* points, size_t count) {
+void GraphicsPath::addPolyline(const Geometry::Point* points, size_t count) {
     if (count < 2)
         return;
     moveTo(points[0]);
@@ -113,7 +114,7 @@ void GraphicsPath::addPolyline(const DrawPoint* points, size_t count) {
         lineTo(points[i]);
 }
 
-void GraphicsPath::addPolygon(const DrawPoint* points, size_t count) {
+void GraphicsPath::addPolygon(const Geometry::Point* points, size_t count) {
     addPolyline(points, count);
     if (count >= 2)
         closeFigure();
@@ -124,12 +125,12 @@ void GraphicsPath::clear() {
     points_.clear();
 }
 
-DrawRect GraphicsPath::getBounds() const {
+Geometry::Rect GraphicsPath::getBounds() const {
     if (points_.empty())
         return {};
-    DrawPoint low = points_.front();
-    DrawPoint high = low;
-    for (const DrawPoint& p : points_) {
+    Geometry::Point low = points_.front();
+    Geometry::Point high = low;
+    for (const Geometry::Point& p : points_) {
         low = {std::min(low.x, p.x), std::min(low.y, p.y)};
         high = {std::max(high.x, p.x), std::max(high.y, p.y)};
     }

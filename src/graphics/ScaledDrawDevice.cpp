@@ -19,7 +19,7 @@ void ScaledDrawDevice::setMapping(DrawBackEnd* inner, CmPoint origin, int32_t fa
     factorY_ = factorY;
 }
 
-DrawPoint ScaledDrawDevice::map(DrawPoint point) const {
+Geometry::Point ScaledDrawDevice::map(Geometry::Point point) const {
     if (factorX_ != 1)
         point.x *= factorX_;
     if (factorY_ != 1)
@@ -27,20 +27,20 @@ DrawPoint ScaledDrawDevice::map(DrawPoint point) const {
     return {point.x + origin_.x, point.y + origin_.y};
 }
 
-DrawRect ScaledDrawDevice::map(const DrawRect& rect) const {
-    const DrawPoint corner = map(DrawPoint{rect.x, rect.y});
+Geometry::Rect ScaledDrawDevice::map(const Geometry::Rect& rect) const {
+    const Geometry::Point corner = map(Geometry::Point{rect.x, rect.y});
     return {corner.x, corner.y, rect.width * factorX_, rect.height * factorY_};
 }
 
-Result ScaledDrawDevice::drawLine(DrawPoint from, DrawPoint to) {
+Result ScaledDrawDevice::drawLine(Geometry::Point from, Geometry::Point to) {
     return inner_ ? inner_->drawLine(map(from), map(to)) : Result::failure;
 }
 
-Result ScaledDrawDevice::drawRect(const DrawRect& rect, DrawMode mode) {
+Result ScaledDrawDevice::drawRect(const Geometry::Rect& rect, DrawMode mode) {
     return inner_ ? inner_->drawRect(map(rect), mode) : Result::failure;
 }
 
-Result ScaledDrawDevice::drawEllipse(const DrawRect& rect, DrawMode mode) {
+Result ScaledDrawDevice::drawEllipse(const Geometry::Rect& rect, DrawMode mode) {
     return inner_ ? inner_->drawEllipse(map(rect), mode) : Result::failure;
 }
 
@@ -52,30 +52,31 @@ Result ScaledDrawDevice::drawPath(GraphicsPath* path, DrawMode mode, const Trans
     return inner_->drawPath(path, mode, both.isIdentity() ? nullptr : &both);
 }
 
-Result ScaledDrawDevice::drawString(std::u16string_view text, const DrawRect& rect, GraphicsFont* font,
+Result ScaledDrawDevice::drawString(std::u16string_view text, const Geometry::Rect& rect, GraphicsFont* font,
                                     uint32_t color, int32_t alignment) {
     return inner_ ? inner_->drawString(text, map(rect), font, color, alignment) : Result::failure;
 }
 
-Result ScaledDrawDevice::drawBitmap(GraphicsImage* image, DrawPoint point, const DrawRect* source) {
+Result ScaledDrawDevice::drawBitmap(GraphicsImage* image, Geometry::Point point,
+                                    const Geometry::Rect* source) {
     if (!inner_ || !image)
         return Result::failure;
     if (factorX_ == 1 && factorY_ == 1)
         return inner_->drawBitmap(image, map(point), source);
-    const DrawRect part =
-        source ? *source : DrawRect{0, 0, double(image->getWidth()), double(image->getHeight())};
-    return inner_->drawBitmapStretched(image, map(DrawRect{point.x, point.y, part.width, part.height}), part,
-                                       1.0, Interpolation::linear);
+    const Geometry::Rect part =
+        source ? *source : Geometry::Rect{0, 0, double(image->getWidth()), double(image->getHeight())};
+    return inner_->drawBitmapStretched(image, map(Geometry::Rect{point.x, point.y, part.width, part.height}),
+                                       part, 1.0, Interpolation::linear);
 }
 
-Result ScaledDrawDevice::drawBitmapStretched(GraphicsImage* image, const DrawRect& destination,
-                                             const DrawRect& source, double alpha,
+Result ScaledDrawDevice::drawBitmapStretched(GraphicsImage* image, const Geometry::Rect& destination,
+                                             const Geometry::Rect& source, double alpha,
                                              Interpolation interpolation) {
     return inner_ ? inner_->drawBitmapStretched(image, map(destination), source, alpha, interpolation)
                   : Result::failure;
 }
 
-Result ScaledDrawDevice::clearRect(const DrawRect& rect) {
+Result ScaledDrawDevice::clearRect(const Geometry::Rect& rect) {
     return inner_ ? inner_->clearRect(map(rect)) : Result::failure;
 }
 
@@ -109,7 +110,7 @@ Result ScaledDrawDevice::concatTransformMatrix(const TransformMatrix& matrix) {
     return inner_->concatTransformMatrix(own.after(matrix).after(back));
 }
 
-Result ScaledDrawDevice::setClip(const DrawRect& rect) {
+Result ScaledDrawDevice::setClip(const Geometry::Rect& rect) {
     return inner_ ? inner_->setClip(map(rect)) : Result::failure;
 }
 
@@ -151,7 +152,8 @@ Result ScaledDrawDevice::getFontMetrics(GraphicsFont* font, FontMetrics& metrics
     return inner_ ? inner_->getFontMetrics(font, metrics) : Result::failure;
 }
 
-Result ScaledDrawDevice::measureStringHeight(std::u16string_view text, GraphicsFont* font, DrawRect& rect) {
+Result ScaledDrawDevice::measureStringHeight(std::u16string_view text, GraphicsFont* font,
+                                             Geometry::Rect& rect) {
     return inner_ ? inner_->measureStringHeight(text, font, rect) : Result::failure;
 }
 

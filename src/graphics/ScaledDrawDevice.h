@@ -23,26 +23,26 @@ public:
     ScaledDrawDevice(DrawBackEnd* inner, CmPoint origin, int32_t factorX = 1, int32_t factorY = 1);
 
     void setMapping(DrawBackEnd* inner, CmPoint origin, int32_t factorX, int32_t factorY);
-    DrawBackEnd* getInner() const { return inner_.get(); }
     CmPoint getOrigin() const { return origin_; }
 
-    Result drawLine(DrawPoint from, DrawPoint to) override;
-    Result drawRect(const DrawRect& rect, DrawMode mode) override;
-    Result drawEllipse(const DrawRect& rect, DrawMode mode) override;
+    Result drawLine(Geometry::Point from, Geometry::Point to) override;
+    Result drawRect(const Geometry::Rect& rect, DrawMode mode) override;
+    Result drawEllipse(const Geometry::Rect& rect, DrawMode mode) override;
     Result drawPath(GraphicsPath* path, DrawMode mode, const TransformMatrix* matrix) override;
-    Result drawString(std::u16string_view text, const DrawRect& rect, GraphicsFont* font, uint32_t color,
-                      int32_t alignment) override;
-    Result drawBitmap(GraphicsImage* image, DrawPoint point, const DrawRect* source) override;
-    Result drawBitmapStretched(GraphicsImage* image, const DrawRect& destination, const DrawRect& source,
-                               double alpha, Interpolation interpolation) override;
-    Result clearRect(const DrawRect& rect) override;
+    Result drawString(std::u16string_view text, const Geometry::Rect& rect, GraphicsFont* font,
+                      uint32_t color, int32_t alignment) override;
+    Result drawBitmap(GraphicsImage* image, Geometry::Point point, const Geometry::Rect* source) override;
+    Result drawBitmapStretched(GraphicsImage* image, const Geometry::Rect& destination,
+                               const Geometry::Rect& source, double alpha,
+                               Interpolation interpolation) override;
+    Result clearRect(const Geometry::Rect& rect) override;
     Result setDrawAntialiased(bool antialiased) override;
     Result setPenColor(uint32_t color) override;
     Result setPenWidth(double width) override;
     Result setLineStyle(const LineStyle& style) override;
     Result setBrushColor(uint32_t color) override;
     Result concatTransformMatrix(const TransformMatrix& matrix) override;
-    Result setClip(const DrawRect& rect) override;
+    Result setClip(const Geometry::Rect& rect) override;
     Result saveGlobalState() override;
     Result restoreGlobalState() override;
     Ref<FastLines> createFastLines(int32_t capacity) override;
@@ -50,12 +50,12 @@ public:
     Ref<FastRects> createFastRects(int32_t capacity) override;
     Result drawFastRects(FastRects* rects, DrawMode mode) override;
     Result getFontMetrics(GraphicsFont* font, FontMetrics& metrics) override;
-    Result measureStringHeight(std::u16string_view text, GraphicsFont* font, DrawRect& rect) override;
+    Result measureStringHeight(std::u16string_view text, GraphicsFont* font, Geometry::Rect& rect) override;
     Result measureStringWidth(std::u16string_view text, GraphicsFont* font, double& width) override;
 
 private:
-    DrawPoint map(DrawPoint point) const;
-    DrawRect map(const DrawRect& rect) const;
+    Geometry::Point map(Geometry::Point point) const;
+    Geometry::Rect map(const Geometry::Rect& rect) const;
 
     Ref<DrawBackEnd> inner_;
     CmPoint origin_;

@@ -6,7 +6,7 @@
 
 namespace qorl {
 
-TransformMatrix TransformMatrix::rotation(double angle, DrawPoint center) {
+TransformMatrix TransformMatrix::rotation(double angle, Geometry::Point center) {
     const double c = std::cos(angle);
     const double s = std::sin(angle);
     return {c, s, -s, c, center.x - c * center.x + s * center.y, center.y - s * center.x - c * center.y};

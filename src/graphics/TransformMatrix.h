@@ -17,11 +17,11 @@ struct TransformMatrix {
     static TransformMatrix translation(double dx, double dy) { return {1, 0, 0, 1, dx, dy}; }
     static TransformMatrix scaling(double x, double y) { return {x, 0, 0, y, 0, 0}; }
     /// Clockwise on the screen, in radians, about a point.
-    static TransformMatrix rotation(double angle, DrawPoint center = {});
+    static TransformMatrix rotation(double angle, Geometry::Point center = {});
 
     /// The map that does `first`, then this.
     TransformMatrix after(const TransformMatrix& first) const;
-    constexpr DrawPoint map(DrawPoint p) const {
+    constexpr Geometry::Point map(Geometry::Point p) const {
         return {m11 * p.x + m21 * p.y + dx, m12 * p.x + m22 * p.y + dy};
     }
 

@@ -260,7 +260,8 @@ void UBitmap::draw(UDrawDevice& device, const CmRect& source, const CmRect& dest
     if (!backEnd)
         return;
     const CmRect part = toImage(source);
-    const DrawRect from{double(part.left), double(part.top), double(part.width()), double(part.height())};
+    const Geometry::Rect from{double(part.left), double(part.top), double(part.width()),
+                              double(part.height())};
     const bool plain = alpha >= 1 && scale_ == 1.0 && source.size() == destination.size();
     if (plain) {
         backEnd->drawBitmap(image, {double(destination.left), double(destination.top)}, &from);

@@ -88,7 +88,6 @@ public:
     uint8_t green() const { return static_cast<uint8_t>(green_ >> 8); }
     uint8_t blue() const { return static_cast<uint8_t>(blue_ >> 8); }
     uint8_t alpha() const { return static_cast<uint8_t>(alpha_ >> 8); }
-    void setAlpha(uint8_t alpha) { alpha_ = static_cast<uint16_t>(alpha << 8); }
 
     /// 0xAARRGGBB.
     uint32_t packed() const noexcept {

@@ -20,12 +20,12 @@ bool isAbout(double value, double wanted) {
     return std::abs(value - wanted) <= sweepTolerance;
 }
 
-DrawRect wholeRect(const CmRect& rect) {
+Geometry::Rect wholeRect(const CmRect& rect) {
     return {double(rect.left), double(rect.top), double(rect.width()), double(rect.height())};
 }
 
 /// Strokes run through the centres of the outermost pixels.
-DrawRect strokeRect(const CmRect& rect) {
+Geometry::Rect strokeRect(const CmRect& rect) {
     return {rect.left + 0.5, rect.top + 0.5, rect.width() - 1.0, rect.height() - 1.0};
 }
 
@@ -77,7 +77,7 @@ constexpr int32_t alignmentOf(int32_t just) {
 
 template <typename Add>
 void addPoints(std::span<const CmPoint> points, double shift, Add add) {
-    std::vector<DrawPoint> places;
+    std::vector<Geometry::Point> places;
     places.reserve(points.size());
     for (const CmPoint& p : points)
         places.push_back({p.x + shift, p.y + shift});
@@ -197,7 +197,7 @@ void UDrawDevice::drawLines(std::span<const CmPoint> points) {
     if (points.size() < 2 || !prepare())
         return;
     const double shift = pen_.getWidth() & 1 ? 0.5 : 0.0;
-    const auto place = [shift](CmPoint p) { return DrawPoint{p.x + shift, p.y + shift}; };
+    const auto place = [shift](CmPoint p) { return Geometry::Point{p.x + shift, p.y + shift}; };
     const auto batch = backEnd_->createFastLines(static_cast<int32_t>(points.size() / 2));
     for (size_t i = 0; i + 1 < points.size(); i += 2) {
         if (batch)
@@ -302,7 +302,7 @@ void UDrawDevice::fillEllipse(const CmRect& rect, double start, double sweep, bo
         return;
     const UColor& color = useBrush ? brush_.getColor() : pen_.getColor();
     GraphicsPath& path = scratchPath();
-    const DrawRect whole = wholeRect(rect);
+    const Geometry::Rect whole = wholeRect(rect);
     if (isAbout(sweep, fullCircle)) {
         path.addEllipse(whole);
     } else {
@@ -317,7 +317,8 @@ void UDrawDevice::drawPolygon(std::span<const CmPoint> points) {
     if (points.size() < 2 || !prepare())
         return;
     GraphicsPath& path = scratchPath();
-    addPoints(points, 0.5, [&](const DrawPoint* places, size_t count) { path.addPolygon(places, count); });
+    addPoints(points, 0.5,
+              [&](const Geometry::Point* places, size_t count) { path.addPolygon(places, count); });
     backEnd_->drawPath(&path, DrawMode::stroke, nullptr);
 }
 
@@ -325,7 +326,8 @@ void UDrawDevice::fillPolygon(std::span<const CmPoint> points) {
     if (points.size() < 3 || !prepare())
         return;
     GraphicsPath& path = scratchPath();
-    addPoints(points, 0.0, [&](const DrawPoint* places, size_t count) { path.addPolygon(places, count); });
+    addPoints(points, 0.0,
+              [&](const Geometry::Point* places, size_t count) { path.addPolygon(places, count); });
     backEnd_->drawPath(&path, DrawMode::fill, nullptr);
 }
 
@@ -333,7 +335,8 @@ void UDrawDevice::drawPolyline(std::span<const CmPoint> points) {
     if (points.size() < 2 || !prepare())
         return;
     GraphicsPath& path = scratchPath();
-    addPoints(points, 0.5, [&](const DrawPoint* places, size_t count) { path.addPolyline(places, count); });
+    addPoints(points, 0.5,
+              [&](const Geometry::Point* places, size_t count) { path.addPolyline(places, count); });
     backEnd_->drawPath(&path, DrawMode::stroke, nullptr);
 }
 
@@ -377,8 +380,8 @@ void UDrawDevice::drawString(const ConstString& text, CmPoint point) {
     if (!face)
         return;
     const FontMetrics& metrics = face->getMetrics();
-    const DrawRect rect{double(point.x), point.y - metrics.ascent, face->measureWidth(text),
-                        metrics.ascent + metrics.descent};
+    const Geometry::Rect rect{double(point.x), point.y - metrics.ascent, face->measureWidth(text),
+                              metrics.ascent + metrics.descent};
     backEnd_->drawString(WideText(text).view(), rect, face, font_.getColor().packed(),
                          TextAlignment::center + TextAlignment::verticalCenter);
 }

@@ -121,13 +121,10 @@ public:
 
     /// For bitmaps, which draw themselves: the back end with the clip sent; null when nothing can be seen.
     DrawBackEnd* beginBitmap();
-    /// The back end behind all mapping; null without one. Not counted for the caller.
-    DrawBackEnd* getBackEnd() const { return backEnd_.get(); }
 
 protected:
     /// Nothing is drawn outside of `limit` from now on, whatever clip is set.
     void limitClip(const CmRect& limit);
-    const CmRect& getClipLimit() const { return clipLimit_; }
     /// Makes an open device silent.
     void detach();
 

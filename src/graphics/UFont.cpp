@@ -87,7 +87,7 @@ CmSize UFont::getStringExtent(const ConstString& text) const {
     GraphicsFont* face = getFace();
     if (!face)
         return {text.size() * size_, TextMetrics().lineHeight};
-    const DrawRect extent = face->measureExtent(text);
+    const Geometry::Rect extent = face->measureExtent(text);
     return {roundUp(extent.width), roundUp(extent.height)};
 }
 

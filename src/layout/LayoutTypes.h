@@ -1,33 +1,8 @@
 #pragma once
 
+#include <qorl/Geometry.h>
+
 #include <limits>
-
-namespace qorl::Geometry {
-
-struct Point {
-    double x = 0;
-    double y = 0;
-
-    friend constexpr bool operator==(const Point&, const Point&) = default;
-};
-
-struct Size {
-    double width = 0;
-    double height = 0;
-
-    friend constexpr bool operator==(const Size&, const Size&) = default;
-};
-
-struct Rect {
-    double x = 0;
-    double y = 0;
-    double width = 0;
-    double height = 0;
-
-    friend constexpr bool operator==(const Rect&, const Rect&) = default;
-};
-
-} // namespace qorl::Geometry
 
 namespace qorl::App::Layout {
 

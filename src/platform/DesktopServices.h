@@ -185,8 +185,6 @@ public:
 
     /// Not owned; null takes it away.
     virtual void setTipPresenter(TipPresenter* presenter) = 0;
-
-    virtual void beep() = 0;
 };
 
 } // namespace qorl::platform

@@ -102,9 +102,7 @@ public:
     CmSize getFrameSize() const { return core_.frameRect.size(); }
     CmPoint clientOrigin() const { return core_.frameRect.origin() + core_.clientRect.origin(); }
     CmPoint parentToClient(CmPoint point) const { return point - clientOrigin(); }
-    CmPoint clientToParent(CmPoint point) const { return point + clientOrigin(); }
     CmPoint parentToFrame(CmPoint point) const { return point - core_.frameRect.origin(); }
-    CmPoint frameToParent(CmPoint point) const { return point + core_.frameRect.origin(); }
 
     // ---- Listeners and handlers. None is counted, save for the delegate and the policy.
 

@@ -15,9 +15,6 @@ public:
                  CmPoint mouse) override;
     void hideTip() override;
 
-    /// Null while no tip shows.
-    UPopupWindow* getPopup() const { return popup_.get(); }
-
 private:
     Ref<UPopupWindow> popup_;
 };

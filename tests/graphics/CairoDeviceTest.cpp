@@ -1,6 +1,7 @@
 #include "graphics/GraphicsFactory.h"
 #include "graphics/UBitmap.h"
 #include "graphics/UDrawDevice.h"
+#include "graphics/cairo/CairoImage.h"
 #include "support/GoldenImage.h"
 #include "support/TestGraphics.h"
 
@@ -39,6 +40,11 @@ protected:
                 if (pixels->getRow(y)[x] != white)
                     box = box.unite({x, y, x + 1, y + 1});
         return box;
+    }
+    static void fill(UBitmap& picture, StandardColor color) {
+        UDrawDevice device(&picture);
+        device.setBrushColor(color);
+        device.fillRect({0, 0, 10000, 10000});
     }
     static int countColors(SurfaceTarget& target) {
         const PixelLock pixels(*target.getImage());
@@ -270,32 +276,46 @@ TEST_F(CairoDeviceTest, AttachedMemoryIsDrawnInto) {
 
 TEST_F(CairoDeviceTest, KeptCopiesFollowTheirSource) {
     UBitmap picture({4, 4});
-    const auto fillPicture = [&](StandardColor color) {
-        UDrawDevice device(&picture);
-        device.setBrushColor(color);
-        device.fillRect({0, 0, 4, 4});
-    };
     auto target = surface({20, 20});
     const auto show = [&] {
         UDrawDevice device(target.get());
         device.drawBitmap(&picture, {0, 0, 16, 16});
         return pixel(*target, 8, 8);
     };
-    fillPicture(StandardColor::red);
+    fill(picture, StandardColor::red);
     EXPECT_EQ(show(), red);
-    fillPicture(StandardColor::black);
+    fill(picture, StandardColor::black);
     EXPECT_EQ(show(), black);
     const auto section = picture.createSection({1, 1, 3, 3});
     {
         UDrawDevice device(target.get());
         device.drawBitmap(section.get(), {0, 0, 16, 16});
     }
-    fillPicture(StandardColor::red);
+    fill(picture, StandardColor::red);
     {
         UDrawDevice device(target.get());
         device.drawBitmap(section.get(), {0, 0, 16, 16});
     }
     EXPECT_EQ(pixel(*target, 8, 8), red) << "a section of a picture that changed";
+}
+
+TEST_F(CairoDeviceTest, KeepsStretchedPicturesWithinOneBudget) {
+    constexpr CmSize large{1000, 1000};
+    constexpr int64_t pictures = 3 * CairoImage::mostKeptPixels / (large.width * large.height);
+    auto target = surface(large);
+    std::vector<Ref<UBitmap>> all;
+    UDrawDevice device(target.get());
+    for (int64_t i = 0; i < pictures; ++i) {
+        all.push_back(make<UBitmap>(CmSize{2, 2}));
+        fill(*all.back(), i % 2 ? StandardColor::red : StandardColor::blue);
+        device.drawBitmap(all.back().get(), CmRect::ofSize({}, large));
+        ASSERT_LE(CairoImage::keptPixels(), CairoImage::mostKeptPixels) << i;
+    }
+    EXPECT_GT(CairoImage::keptPixels(), CairoImage::mostKeptPixels / 2) << "what fits is kept";
+    device.drawBitmap(all.front().get(), CmRect::ofSize({}, large));
+    EXPECT_EQ(pixel(*target, 500, 500), 0xFF0000FFu) << "one that had to go is made again";
+    all.clear();
+    EXPECT_EQ(CairoImage::keptPixels(), 0) << "they go with their pictures";
 }
 
 TEST_F(CairoDeviceTest, SurvivesAnyNumbers) {
@@ -307,7 +327,7 @@ TEST_F(CairoDeviceTest, SurvivesAnyNumbers) {
     const double numbers[] = {NAN, INFINITY, -INFINITY, 1e300, -1e300, 1e9, 0, -5};
     for (const double a : numbers) {
         for (const double b : numbers) {
-            const DrawRect rect{a, b, b, a};
+            const Geometry::Rect rect{a, b, b, a};
             backEnd->setPenWidth(a);
             backEnd->drawLine({a, b}, {b, a});
             backEnd->drawRect(rect, DrawMode::both);

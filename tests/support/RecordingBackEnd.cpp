@@ -17,11 +17,11 @@ std::string number(double value) {
     return text.str();
 }
 
-std::string text(DrawPoint point) {
+std::string text(Geometry::Point point) {
     return number(point.x) + "," + number(point.y);
 }
 
-std::string text(const DrawRect& rect) {
+std::string text(const Geometry::Rect& rect) {
     return number(rect.x) + "," + number(rect.y) + " " + number(rect.width) + "x" + number(rect.height);
 }
 
@@ -50,15 +50,15 @@ std::string RecordingBackEnd::take() {
     return all;
 }
 
-Result RecordingBackEnd::drawLine(DrawPoint from, DrawPoint to) {
+Result RecordingBackEnd::drawLine(Geometry::Point from, Geometry::Point to) {
     return record("line " + text(from) + " " + text(to));
 }
 
-Result RecordingBackEnd::drawRect(const DrawRect& rect, DrawMode mode) {
+Result RecordingBackEnd::drawRect(const Geometry::Rect& rect, DrawMode mode) {
     return record(std::string("rect ") + text(rect) + " " + text(mode));
 }
 
-Result RecordingBackEnd::drawEllipse(const DrawRect& rect, DrawMode mode) {
+Result RecordingBackEnd::drawEllipse(const Geometry::Rect& rect, DrawMode mode) {
     return record(std::string("ellipse ") + text(rect) + " " + text(mode));
 }
 
@@ -66,22 +66,22 @@ Result RecordingBackEnd::drawPath(GraphicsPath* path, DrawMode mode, const Trans
     return record(std::string("path ") + text(path->getBounds()) + " " + text(mode));
 }
 
-Result RecordingBackEnd::drawString(std::u16string_view string, const DrawRect& rect, GraphicsFont*,
+Result RecordingBackEnd::drawString(std::u16string_view string, const Geometry::Rect& rect, GraphicsFont*,
                                     uint32_t color, int32_t alignment) {
     return record("string " + ConstString(string).toUtf8() + " " + text(rect) + " " + text(color) + " " +
                   std::to_string(alignment));
 }
 
-Result RecordingBackEnd::drawBitmap(GraphicsImage*, DrawPoint point, const DrawRect* source) {
+Result RecordingBackEnd::drawBitmap(GraphicsImage*, Geometry::Point point, const Geometry::Rect* source) {
     return record("bitmap " + text(point) + (source ? " from " + text(*source) : std::string()));
 }
 
-Result RecordingBackEnd::drawBitmapStretched(GraphicsImage*, const DrawRect& destination,
-                                             const DrawRect& source, double alpha, Interpolation) {
+Result RecordingBackEnd::drawBitmapStretched(GraphicsImage*, const Geometry::Rect& destination,
+                                             const Geometry::Rect& source, double alpha, Interpolation) {
     return record("stretched " + text(destination) + " from " + text(source) + " " + number(alpha));
 }
 
-Result RecordingBackEnd::clearRect(const DrawRect& rect) {
+Result RecordingBackEnd::clearRect(const Geometry::Rect& rect) {
     return record("clear " + text(rect));
 }
 
@@ -110,7 +110,7 @@ Result RecordingBackEnd::concatTransformMatrix(const TransformMatrix& matrix) {
                   number(matrix.m22) + "," + number(matrix.dx) + "," + number(matrix.dy));
 }
 
-Result RecordingBackEnd::setClip(const DrawRect& rect) {
+Result RecordingBackEnd::setClip(const Geometry::Rect& rect) {
     return record("clip " + text(rect));
 }
 
@@ -148,7 +148,7 @@ Result RecordingBackEnd::getFontMetrics(GraphicsFont*, FontMetrics&) {
     return Result::notImplemented;
 }
 
-Result RecordingBackEnd::measureStringHeight(std::u16string_view, GraphicsFont*, DrawRect&) {
+Result RecordingBackEnd::measureStringHeight(std::u16string_view, GraphicsFont*, Geometry::Rect&) {
     return Result::notImplemented;
 }
 

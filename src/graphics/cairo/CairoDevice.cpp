@@ -26,7 +26,7 @@ constexpr cairo_line_join_t joinOf(LineJoin join) {
                                      : CAIRO_LINE_JOIN_MITER;
 }
 
-CmRect outward(DrawPoint low, DrawPoint high, double slack) {
+CmRect outward(Geometry::Point low, Geometry::Point high, double slack) {
     return {toDevicePixel(std::floor(low.x - slack)), toDevicePixel(std::floor(low.y - slack)),
             toDevicePixel(std::ceil(high.x + slack)), toDevicePixel(std::ceil(high.y + slack))};
 }
@@ -86,11 +86,11 @@ double CairoDevice::penScale() const {
                                      : std::sqrt(std::abs(state_.matrix.determinant()));
 }
 
-DrawPoint CairoDevice::toDevice(DrawPoint point) const {
+Geometry::Point CairoDevice::toDevice(Geometry::Point point) const {
     return bounded(state_.matrix.map(point));
 }
 
-CmRect CairoDevice::toDeviceRect(const DrawRect& rect) const {
+CmRect CairoDevice::toDeviceRect(const Geometry::Rect& rect) const {
     const TransformMatrix& m = state_.matrix;
     const CmRect mapped{toDevicePixel(rect.x * m.m11 + m.dx), toDevicePixel(rect.y * m.m22 + m.dy),
                         toDevicePixel(rect.right() * m.m11 + m.dx),
@@ -179,7 +179,7 @@ void CairoDevice::writeBoxes(uint32_t color) {
 }
 
 /// The outline of a rectangle as the four boxes that the pen covers, each a whole number of pixels thick.
-void CairoDevice::addFrame(const DrawRect& rect) {
+void CairoDevice::addFrame(const Geometry::Rect& rect) {
     const double half = penWidth_ / 2;
     const CmRect outer =
         toDeviceRect({rect.x - half, rect.y - half, rect.width + penWidth_, rect.height + penWidth_});
@@ -197,7 +197,7 @@ void CairoDevice::addFrame(const DrawRect& rect) {
 }
 
 /// A solid line along an axis is a box. False for any other line.
-bool CairoDevice::addStraightLine(DrawPoint from, DrawPoint to) {
+bool CairoDevice::addStraightLine(Geometry::Point from, Geometry::Point to) {
     if (!isSolidPen() || !state_.matrix.isUpright() || (from.x != to.x && from.y != to.y))
         return false;
     if (penStyle_.cap == LineCap::round && penWidth_ > 1)
@@ -259,24 +259,24 @@ void CairoDevice::stroke() {
 
 void CairoDevice::addPath(const GraphicsPath& path, const TransformMatrix& matrix) {
     cairo_t* context = context_.get();
-    const DrawPoint* point = path.points().data();
+    const Geometry::Point* point = path.points().data();
     const auto next = [&] { return bounded(matrix.map(*point++)); };
     for (const GraphicsPath::Verb verb : path.verbs()) {
         switch (verb) {
         case GraphicsPath::Verb::move: {
-            const DrawPoint p = next();
+            const Geometry::Point p = next();
             cairo_move_to(context, p.x, p.y);
             break;
         }
         case GraphicsPath::Verb::line: {
-            const DrawPoint p = next();
+            const Geometry::Point p = next();
             cairo_line_to(context, p.x, p.y);
             break;
         }
         case GraphicsPath::Verb::curve: {
-            const DrawPoint a = next();
-            const DrawPoint b = next();
-            const DrawPoint c = next();
+            const Geometry::Point a = next();
+            const Geometry::Point b = next();
+            const Geometry::Point c = next();
             cairo_curve_to(context, a.x, a.y, b.x, b.y, c.x, c.y);
             break;
         }
@@ -286,23 +286,23 @@ void CairoDevice::addPath(const GraphicsPath& path, const TransformMatrix& matri
 }
 
 CmRect CairoDevice::boxOf(const GraphicsPath& path, const TransformMatrix& matrix) const {
-    DrawPoint low{INFINITY, INFINITY};
-    DrawPoint high{-INFINITY, -INFINITY};
-    for (const DrawPoint& point : path.points()) {
-        const DrawPoint p = bounded(matrix.map(point));
+    Geometry::Point low{INFINITY, INFINITY};
+    Geometry::Point high{-INFINITY, -INFINITY};
+    for (const Geometry::Point& point : path.points()) {
+        const Geometry::Point p = bounded(matrix.map(point));
         low = {std::min(low.x, p.x), std::min(low.y, p.y)};
         high = {std::max(high.x, p.x), std::max(high.y, p.y)};
     }
     return path.points().empty() ? CmRect{} : outward(low, high, 1);
 }
 
-Result CairoDevice::drawLine(DrawPoint from, DrawPoint to) {
+Result CairoDevice::drawLine(Geometry::Point from, Geometry::Point to) {
     if (addStraightLine(from, to)) {
         fillBoxes(penColor_);
         return status();
     }
-    const DrawPoint a = toDevice(from);
-    const DrawPoint b = toDevice(to);
+    const Geometry::Point a = toDevice(from);
+    const Geometry::Point b = toDevice(to);
     // Setting a clip uses up the path, so it comes first.
     if (!clipTo(strokedBox(
             outward({std::min(a.x, b.x), std::min(a.y, b.y)}, {std::max(a.x, b.x), std::max(a.y, b.y)}, 1))))
@@ -313,7 +313,7 @@ Result CairoDevice::drawLine(DrawPoint from, DrawPoint to) {
     return status();
 }
 
-Result CairoDevice::drawRect(const DrawRect& rect, DrawMode mode) {
+Result CairoDevice::drawRect(const Geometry::Rect& rect, DrawMode mode) {
     if (!state_.matrix.isUpright()) {
         GraphicsPath path;
         path.addRect(rect);
@@ -335,7 +335,7 @@ Result CairoDevice::drawRect(const DrawRect& rect, DrawMode mode) {
     return drawPath(&path, DrawMode::stroke, nullptr);
 }
 
-Result CairoDevice::drawEllipse(const DrawRect& rect, DrawMode mode) {
+Result CairoDevice::drawEllipse(const Geometry::Rect& rect, DrawMode mode) {
     GraphicsPath path;
     path.addEllipse(rect);
     return drawPath(&path, mode, nullptr);
@@ -362,7 +362,7 @@ Result CairoDevice::drawPath(GraphicsPath* path, DrawMode mode, const TransformM
     return status();
 }
 
-Result CairoDevice::clearRect(const DrawRect& rect) {
+Result CairoDevice::clearRect(const Geometry::Rect& rect) {
     if (state_.matrix.isUpright()) {
         addBox(toDeviceRect(rect));
         writeBoxes(0);
@@ -416,7 +416,7 @@ Result CairoDevice::concatTransformMatrix(const TransformMatrix& matrix) {
     return Result::ok;
 }
 
-Result CairoDevice::setClip(const DrawRect& rect) {
+Result CairoDevice::setClip(const Geometry::Rect& rect) {
     if (state_.matrix.isUpright()) {
         state_.clip = toDeviceRect(rect).intersect(bounds_);
         return Result::ok;
@@ -467,7 +467,7 @@ Result CairoDevice::drawFastRects(FastRects* rects, DrawMode mode) {
     if (!rects)
         return Result::invalidArgument;
     const bool asBoxes = mode == DrawMode::fill && state_.matrix.isUpright();
-    for (const DrawRect& rect : rects->rects()) {
+    for (const Geometry::Rect& rect : rects->rects()) {
         if (asBoxes)
             addBox(toDeviceRect(rect));
         else
@@ -484,7 +484,7 @@ Result CairoDevice::getFontMetrics(GraphicsFont* font, FontMetrics& metrics) {
     return Result::ok;
 }
 
-Result CairoDevice::measureStringHeight(std::u16string_view text, GraphicsFont* font, DrawRect& rect) {
+Result CairoDevice::measureStringHeight(std::u16string_view text, GraphicsFont* font, Geometry::Rect& rect) {
     if (!font)
         return Result::invalidArgument;
     rect = font->measureExtent(ConstString(text));

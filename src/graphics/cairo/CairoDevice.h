@@ -26,23 +26,24 @@ public:
 
     ~CairoDevice() override;
 
-    Result drawLine(DrawPoint from, DrawPoint to) override;
-    Result drawRect(const DrawRect& rect, DrawMode mode) override;
-    Result drawEllipse(const DrawRect& rect, DrawMode mode) override;
+    Result drawLine(Geometry::Point from, Geometry::Point to) override;
+    Result drawRect(const Geometry::Rect& rect, DrawMode mode) override;
+    Result drawEllipse(const Geometry::Rect& rect, DrawMode mode) override;
     Result drawPath(GraphicsPath* path, DrawMode mode, const TransformMatrix* matrix) override;
-    Result drawString(std::u16string_view text, const DrawRect& rect, GraphicsFont* font, uint32_t color,
-                      int32_t alignment) override;
-    Result drawBitmap(GraphicsImage* image, DrawPoint point, const DrawRect* source) override;
-    Result drawBitmapStretched(GraphicsImage* image, const DrawRect& destination, const DrawRect& source,
-                               double alpha, Interpolation interpolation) override;
-    Result clearRect(const DrawRect& rect) override;
+    Result drawString(std::u16string_view text, const Geometry::Rect& rect, GraphicsFont* font,
+                      uint32_t color, int32_t alignment) override;
+    Result drawBitmap(GraphicsImage* image, Geometry::Point point, const Geometry::Rect* source) override;
+    Result drawBitmapStretched(GraphicsImage* image, const Geometry::Rect& destination,
+                               const Geometry::Rect& source, double alpha,
+                               Interpolation interpolation) override;
+    Result clearRect(const Geometry::Rect& rect) override;
     Result setDrawAntialiased(bool antialiased) override;
     Result setPenColor(uint32_t color) override;
     Result setPenWidth(double width) override;
     Result setLineStyle(const LineStyle& style) override;
     Result setBrushColor(uint32_t color) override;
     Result concatTransformMatrix(const TransformMatrix& matrix) override;
-    Result setClip(const DrawRect& rect) override;
+    Result setClip(const Geometry::Rect& rect) override;
     Result saveGlobalState() override;
     Result restoreGlobalState() override;
     Ref<FastLines> createFastLines(int32_t capacity) override;
@@ -50,7 +51,7 @@ public:
     Ref<FastRects> createFastRects(int32_t capacity) override;
     Result drawFastRects(FastRects* rects, DrawMode mode) override;
     Result getFontMetrics(GraphicsFont* font, FontMetrics& metrics) override;
-    Result measureStringHeight(std::u16string_view text, GraphicsFont* font, DrawRect& rect) override;
+    Result measureStringHeight(std::u16string_view text, GraphicsFont* font, Geometry::Rect& rect) override;
     Result measureStringWidth(std::u16string_view text, GraphicsFont* font, double& width) override;
 
 private:
@@ -63,9 +64,9 @@ private:
 
     Result status() const;
     double penScale() const;
-    DrawPoint toDevice(DrawPoint point) const;
+    Geometry::Point toDevice(Geometry::Point point) const;
     /// Under an upright matrix.
-    CmRect toDeviceRect(const DrawRect& rect) const;
+    CmRect toDeviceRect(const Geometry::Rect& rect) const;
 
     void useColor(uint32_t color);
     /// Makes Cairo's clip such that a primitive within `box` comes out right. False when nothing of it shows.
@@ -74,8 +75,8 @@ private:
     /// Fills the boxes that were added.
     void fillBoxes(uint32_t color);
     void writeBoxes(uint32_t color);
-    void addFrame(const DrawRect& rect);
-    bool addStraightLine(DrawPoint from, DrawPoint to);
+    void addFrame(const Geometry::Rect& rect);
+    bool addStraightLine(Geometry::Point from, Geometry::Point to);
     bool isSolidPen() const { return penStyle_.dashCount == 0; }
     void usePen();
     /// What a stroke of a path within `box` can touch.
@@ -83,12 +84,13 @@ private:
     void stroke();
     void addPath(const GraphicsPath& path, const TransformMatrix& matrix);
     CmRect boxOf(const GraphicsPath& path, const TransformMatrix& matrix) const;
-    void drawLine(CairoFont& font, std::u16string_view line, DrawPoint start, double width, uint32_t color);
-    void drawRotatedLine(CairoFont& font, std::u16string_view line, DrawPoint start);
-    void drawDecoration(const CairoFont::Decoration& decoration, DrawPoint start, double width,
+    void drawLine(CairoFont& font, std::u16string_view line, Geometry::Point start, double width,
+                  uint32_t color);
+    void drawRotatedLine(CairoFont& font, std::u16string_view line, Geometry::Point start);
+    void drawDecoration(const CairoFont::Decoration& decoration, Geometry::Point start, double width,
                         uint32_t color);
-    Result drawRotatedBitmap(CairoImage& image, const DrawRect& destination, const DrawRect& source,
-                             double alpha, Interpolation interpolation);
+    Result drawRotatedBitmap(CairoImage& image, const Geometry::Rect& destination,
+                             const Geometry::Rect& source, double alpha, Interpolation interpolation);
     void paintSurface(cairo_surface_t* surface, CmPoint place, const CmRect& box, double alpha);
 
     Ref<CairoImage> image_;

@@ -11,24 +11,25 @@ namespace {
 /// Larger targets are drawn straight from the source: a copy of that size would be kept for nothing.
 constexpr int64_t mostCopiedPixels = 4 * 1024 * 1024;
 
-CmRect wholePixels(const DrawRect& rect) {
+CmRect wholePixels(const Geometry::Rect& rect) {
     return {toDevicePixel(rect.x), toDevicePixel(rect.y), toDevicePixel(rect.right()),
             toDevicePixel(rect.bottom())};
 }
 
 } // namespace
 
-Result CairoDevice::drawBitmap(GraphicsImage* image, DrawPoint point, const DrawRect* source) {
+Result CairoDevice::drawBitmap(GraphicsImage* image, Geometry::Point point, const Geometry::Rect* source) {
     if (!image)
         return Result::invalidArgument;
-    const DrawRect whole{0, 0, double(image->getWidth()), double(image->getHeight())};
-    const DrawRect& part = source ? *source : whole;
+    const Geometry::Rect whole{0, 0, double(image->getWidth()), double(image->getHeight())};
+    const Geometry::Rect& part = source ? *source : whole;
     return drawBitmapStretched(image, {point.x, point.y, part.width, part.height}, part, 1.0,
                                Interpolation::linear);
 }
 
-Result CairoDevice::drawBitmapStretched(GraphicsImage* image, const DrawRect& destination,
-                                        const DrawRect& source, double alpha, Interpolation interpolation) {
+Result CairoDevice::drawBitmapStretched(GraphicsImage* image, const Geometry::Rect& destination,
+                                        const Geometry::Rect& source, double alpha,
+                                        Interpolation interpolation) {
     auto* picture = cast<CairoImage>(image);
     if (!picture || picture == image_.get())
         return Result::invalidArgument;
@@ -48,10 +49,10 @@ Result CairoDevice::drawBitmapStretched(GraphicsImage* image, const DrawRect& de
     }
     if (int64_t{box.width()} * box.height() > mostCopiedPixels)
         return drawRotatedBitmap(*picture, destination, source, alpha, interpolation);
-    cairo_surface_t* stretched = picture->stretched(part, box.size(), interpolation);
+    const CairoHandle<cairo_surface_t> stretched = picture->stretched(part, box.size(), interpolation);
     if (!stretched)
         return Result::failure;
-    paintSurface(stretched, box.origin(), box, alpha);
+    paintSurface(stretched.get(), box.origin(), box, alpha);
     return status();
 }
 
@@ -75,8 +76,9 @@ void CairoDevice::paintSurface(cairo_surface_t* surface, CmPoint place, const Cm
     cairo_restore(context);
 }
 
-Result CairoDevice::drawRotatedBitmap(CairoImage& image, const DrawRect& destination, const DrawRect& source,
-                                      double alpha, Interpolation interpolation) {
+Result CairoDevice::drawRotatedBitmap(CairoImage& image, const Geometry::Rect& destination,
+                                      const Geometry::Rect& source, double alpha,
+                                      Interpolation interpolation) {
     cairo_t* context = context_.get();
     const TransformMatrix map =
         state_.matrix.after({destination.width / source.width, 0, 0, destination.height / source.height,

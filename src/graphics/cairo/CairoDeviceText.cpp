@@ -19,7 +19,7 @@ double alignedStart(double start, double room, double length, bool atCenter, boo
 
 } // namespace
 
-Result CairoDevice::drawString(std::u16string_view text, const DrawRect& rect, GraphicsFont* font,
+Result CairoDevice::drawString(std::u16string_view text, const Geometry::Rect& rect, GraphicsFont* font,
                                uint32_t color, int32_t alignment) {
     auto* face = cast<CairoFont>(font);
     if (!face)
@@ -38,9 +38,10 @@ Result CairoDevice::drawString(std::u16string_view text, const DrawRect& rect, G
         const size_t end = text.find(u'\n');
         const std::u16string_view line = text.substr(0, end);
         const double width = face->measureLine(line);
-        const DrawPoint start{alignedStart(rect.x, rect.width, width, horizontal == TextAlignment::center,
-                                           horizontal == TextAlignment::right),
-                              baseline};
+        const Geometry::Point start{alignedStart(rect.x, rect.width, width,
+                                                 horizontal == TextAlignment::center,
+                                                 horizontal == TextAlignment::right),
+                                    baseline};
         drawLine(*face, line, start, width, color);
         if (end == text.npos)
             break;
@@ -50,12 +51,12 @@ Result CairoDevice::drawString(std::u16string_view text, const DrawRect& rect, G
     return status();
 }
 
-void CairoDevice::drawLine(CairoFont& font, std::u16string_view line, DrawPoint start, double width,
+void CairoDevice::drawLine(CairoFont& font, std::u16string_view line, Geometry::Point start, double width,
                            uint32_t color) {
     const TransformMatrix& matrix = state_.matrix;
     const bool upright = matrix.isUpright() && matrix.m11 > 0 && matrix.m22 > 0;
     if (upright) {
-        const DrawPoint place = matrix.map(start);
+        const Geometry::Point place = matrix.map(start);
         const CmPoint origin{toDevicePixel(place.x), toDevicePixel(place.y)};
         font.placeLine(line, origin, matrix.m11, matrix.m22, [this](const GlyphBatch& batch) {
             if (batch.glyphs.empty() || !clipTo(batch.ink))
@@ -71,7 +72,7 @@ void CairoDevice::drawLine(CairoFont& font, std::u16string_view line, DrawPoint 
 }
 
 /// Glyphs are placed in logical pixels and Cairo turns them.
-void CairoDevice::drawRotatedLine(CairoFont& font, std::u16string_view line, DrawPoint start) {
+void CairoDevice::drawRotatedLine(CairoFont& font, std::u16string_view line, Geometry::Point start) {
     cairo_t* context = context_.get();
     const TransformMatrix map = state_.matrix.after(TransformMatrix::translation(start.x, start.y));
     if (!std::isnormal(map.determinant()) || !clipTo(bounds_))
@@ -91,12 +92,12 @@ void CairoDevice::drawRotatedLine(CairoFont& font, std::u16string_view line, Dra
     cairo_restore(context);
 }
 
-void CairoDevice::drawDecoration(const CairoFont::Decoration& decoration, DrawPoint start, double width,
+void CairoDevice::drawDecoration(const CairoFont::Decoration& decoration, Geometry::Point start, double width,
                                  uint32_t color) {
     if (!(width > 0) || !(decoration.thickness > 0))
         return;
-    const DrawRect bar{start.x, start.y + decoration.offset - decoration.thickness / 2, width,
-                       decoration.thickness};
+    const Geometry::Rect bar{start.x, start.y + decoration.offset - decoration.thickness / 2, width,
+                             decoration.thickness};
     if (!state_.matrix.isUpright()) {
         GraphicsPath path;
         path.addRect(bar);

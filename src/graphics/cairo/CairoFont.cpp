@@ -162,7 +162,7 @@ double CairoFont::measureWidth(const ConstString& text) {
     return widest;
 }
 
-DrawRect CairoFont::measureExtent(const ConstString& text) {
+Geometry::Rect CairoFont::measureExtent(const ConstString& text) {
     const auto countLines = [](auto view) {
         using Char = typename decltype(view)::value_type;
         return 1 + std::count(view.begin(), view.end(), static_cast<Char>('\n'));
@@ -224,8 +224,8 @@ void CairoFont::placeShaped(const ShapedRun& run, const ShapedRun::Segment& segm
     cairo_text_extents_t extents{};
     cairo_scaled_font_glyph_extents(batch_.font->get(), batch_.glyphs.data(),
                                     static_cast<int>(batch_.glyphs.size()), &extents);
-    const DrawPoint start{batch_.glyphs.front().x + extents.x_bearing,
-                          batch_.glyphs.front().y + extents.y_bearing};
+    const Geometry::Point start{batch_.glyphs.front().x + extents.x_bearing,
+                                batch_.glyphs.front().y + extents.y_bearing};
     batch_.ink = CmRect{toDevicePixel(std::floor(start.x)), toDevicePixel(std::floor(start.y)),
                         toDevicePixel(std::ceil(start.x + extents.width)),
                         toDevicePixel(std::ceil(start.y + extents.height))}

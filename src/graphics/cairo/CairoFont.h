@@ -39,7 +39,7 @@ public:
 
     const FontMetrics& getMetrics() const override { return metrics_; }
     double measureWidth(const ConstString& text) override;
-    DrawRect measureExtent(const ConstString& text) override;
+    Geometry::Rect measureExtent(const ConstString& text) override;
     int32_t countFitting(const ConstString& text, double width) override;
 
     double measureLine(std::u16string_view line);

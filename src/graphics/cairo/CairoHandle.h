@@ -28,7 +28,7 @@ inline double bounded(double place) {
     return place > -limit ? (place < limit ? place : limit) : -limit;
 }
 
-inline DrawPoint bounded(DrawPoint point) {
+inline Geometry::Point bounded(Geometry::Point point) {
     return {bounded(point.x), bounded(point.y)};
 }
 

@@ -3,6 +3,7 @@
 #include "graphics/GraphicsFactory.h"
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
 namespace qorl {
@@ -21,7 +22,24 @@ bool isGood(const CairoHandle<cairo_surface_t>& surface) {
     return cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS;
 }
 
+CairoHandle<cairo_surface_t> another(cairo_surface_t* surface) {
+    return CairoHandle<cairo_surface_t>(cairo_surface_reference(surface));
+}
+
 } // namespace
+
+struct CairoImage::Keepers {
+    std::mutex lock;
+    int64_t pixels = 0;
+    CairoImage* newest = nullptr;
+    CairoImage* oldest = nullptr;
+
+    /// `image` keeps other copies than before.
+    void update(CairoImage& image);
+    void limit();
+};
+
+constinit CairoImage::Keepers CairoImage::keepers_;
 
 CairoImage::CairoImage(CairoHandle<cairo_surface_t> surface, Ref<CairoImage> parent)
     : parent_(std::move(parent)),
@@ -91,24 +109,75 @@ Ref<CairoImage> CairoImage::stretch(const CmRect& part, CmSize size, Interpolati
     return cairo_status(context.get()) == CAIRO_STATUS_SUCCESS ? copy : nullptr;
 }
 
-cairo_surface_t* CairoImage::stretched(const CmRect& part, CmSize size, Interpolation kind) {
-    const auto fits = [&](const Stretched& entry) {
+void CairoImage::Keepers::update(CairoImage& image) {
+    int64_t kept = 0;
+    for (const Stretched& entry : image.stretched_)
+        kept += int64_t{entry.size.width} * entry.size.height;
+    pixels += kept - std::exchange(image.keptPixels_, kept);
+    if (image.later_ || newest == &image)
+        (image.later_ ? image.later_->earlier_ : newest) = image.earlier_;
+    if (image.earlier_ || oldest == &image)
+        (image.earlier_ ? image.earlier_->later_ : oldest) = image.later_;
+    image.later_ = nullptr;
+    image.earlier_ = nullptr;
+    if (kept == 0)
+        return;
+    image.earlier_ = std::exchange(newest, &image);
+    (image.earlier_ ? image.earlier_->later_ : oldest) = &image;
+}
+
+void CairoImage::Keepers::limit() {
+    while (pixels > mostKeptPixels && oldest != newest) {
+        CairoImage& image = *oldest;
+        image.stretched_.clear();
+        update(image);
+    }
+}
+
+int64_t CairoImage::keptPixels() {
+    const std::lock_guard guard(keepers_.lock);
+    return keepers_.pixels;
+}
+
+CairoImage::~CairoImage() {
+    const std::lock_guard guard(keepers_.lock);
+    stretched_.clear();
+    keepers_.update(*this);
+}
+
+CairoHandle<cairo_surface_t> CairoImage::findStretched(const CmRect& part, CmSize size, Interpolation kind) {
+    const auto found = std::find_if(stretched_.begin(), stretched_.end(), [&](const Stretched& entry) {
         return entry.part == part && entry.size == size && entry.kind == kind &&
                entry.generation == *generation_;
-    };
-    const auto found = std::find_if(stretched_.begin(), stretched_.end(), fits);
-    if (found != stretched_.end()) {
-        std::rotate(stretched_.begin(), found, found + 1);
-        return stretched_.front().image->surface();
+    });
+    if (found == stretched_.end())
+        return nullptr;
+    std::rotate(stretched_.begin(), found, found + 1);
+    return another(stretched_.front().surface.get());
+}
+
+void CairoImage::keepStretched(Stretched copy) {
+    std::erase_if(stretched_,
+                  [&copy](const Stretched& entry) { return entry.generation != copy.generation; });
+    if (stretched_.size() >= mostStretched)
+        stretched_.resize(mostStretched / 2);
+    stretched_.insert(stretched_.begin(), std::move(copy));
+    keepers_.update(*this);
+    keepers_.limit();
+}
+
+CairoHandle<cairo_surface_t> CairoImage::stretched(const CmRect& part, CmSize size, Interpolation kind) {
+    {
+        const std::lock_guard guard(keepers_.lock);
+        if (CairoHandle<cairo_surface_t> found = findStretched(part, size, kind))
+            return found;
     }
-    std::erase_if(stretched_, [this](const Stretched& entry) { return entry.generation != *generation_; });
-    Ref<CairoImage> copy = stretch(part, size, kind);
+    const Ref<CairoImage> copy = stretch(part, size, kind);
     if (!copy)
         return nullptr;
-    if (stretched_.size() >= mostStretched || int64_t{size.width} * size.height > mostStretchedPixels)
-        stretched_.resize(std::min(stretched_.size(), size_t{mostStretched / 2}));
-    stretched_.insert(stretched_.begin(), {part, size, kind, *generation_, copy});
-    return copy->surface();
+    const std::lock_guard guard(keepers_.lock);
+    keepStretched({part, size, kind, *generation_, another(copy->surface())});
+    return another(copy->surface());
 }
 
 } // namespace qorl

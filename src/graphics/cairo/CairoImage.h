@@ -29,31 +29,48 @@ public:
     /// The pixels are about to change: scaled copies of them, and of what shares them, are out of date.
     void contentsChange() { ++*generation_; }
 
-    /// A part, stretched: made once and kept until the pixels change. `part` lies inside. Null without
-    /// memory.
-    cairo_surface_t* stretched(const CmRect& part, CmSize size, Interpolation kind);
+    /// A part, stretched: made once and kept until the pixels change, or until all images together keep more
+    /// than `mostKeptPixels` and this one has not got a copy for the longest time. `part` lies inside. Null
+    /// without memory. Any thread.
+    CairoHandle<cairo_surface_t> stretched(const CmRect& part, CmSize size, Interpolation kind);
+
+    static constexpr int64_t mostKeptPixels = 16 * 1024 * 1024;
+    /// What all images keep stretched now.
+    static int64_t keptPixels();
+
+    ~CairoImage() override;
 
 private:
+    /// The images that keep something, the one that got a copy last in front.
+    struct Keepers;
+
     struct Stretched {
         CmRect part;
         CmSize size;
         Interpolation kind;
         uint64_t generation;
-        Ref<CairoImage> image;
+        CairoHandle<cairo_surface_t> surface;
     };
 
     static constexpr size_t mostStretched = 16;
-    static constexpr int64_t mostStretchedPixels = 4 * 1024 * 1024;
 
     CairoImage(CairoHandle<cairo_surface_t> surface, Ref<CairoImage> parent);
 
     Ref<CairoImage> stretch(const CmRect& part, CmSize size, Interpolation kind);
+    /// Null when there is none. With the lock of the keepers held, as the next one.
+    CairoHandle<cairo_surface_t> findStretched(const CmRect& part, CmSize size, Interpolation kind);
+    void keepStretched(Stretched copy);
 
     Ref<CairoImage> parent_; ///< Whose pixels these are, when they are not our own.
     CairoHandle<cairo_surface_t> surface_;
     CmSize size_;
     std::shared_ptr<uint64_t> generation_;
     std::vector<Stretched> stretched_;
+    int64_t keptPixels_ = 0;
+    CairoImage* earlier_ = nullptr; ///< Among the keepers.
+    CairoImage* later_ = nullptr;
+
+    static constinit Keepers keepers_;
 };
 
 } // namespace qorl

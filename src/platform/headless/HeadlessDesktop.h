@@ -81,7 +81,6 @@ public:
     Ref<PlatformCursor> createPictureCursor(const PixelSurface& picture, CmPoint hotSpot) override;
     bool getSystemColor(SystemColor which, uint32_t& color) const override;
     Appearance getAppearance() const override { return settings_.appearance; }
-    void beep() override { ++beeps_; }
 
     // Input: each goes to the end of the queue.
 
@@ -122,7 +121,6 @@ public:
     // What a test looks at
 
     bool isQueueEmpty() const { return queue_.empty(); }
-    int32_t getBeepCount() const { return beeps_; }
     /// The shape that the mouse shows; `CursorShape::arrow` unless set, -1 while hidden, -2 for a picture.
     int32_t getShownCursor() const;
 
@@ -172,7 +170,6 @@ private:
     uint32_t modifiers_ = noModifier;
     WindowBase* hover_ = nullptr;
     WindowBase* pressed_ = nullptr; ///< hears the mouse from the first press to the last release
-    int32_t beeps_ = 0;
 };
 
 } // namespace qorl::platform

@@ -262,11 +262,6 @@ bool X11Desktop::getSystemColor(SystemColor, uint32_t&) const {
     return false; // An X desktop publishes theme names, no colours.
 }
 
-void X11Desktop::beep() {
-    xcb_bell(*connection_, 0);
-    xcb_flush(*connection_);
-}
-
 void X11Desktop::lookChanged() {
     const double scale = settings_.getLook().scale;
     const bool isScaled = scale != scale_;

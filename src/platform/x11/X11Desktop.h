@@ -53,7 +53,6 @@ public:
     }
     bool getSystemColor(SystemColor which, uint32_t& color) const override;
     Appearance getAppearance() const override { return settings_.getLook().appearance; }
-    void beep() override;
 
     // For the windows
 
