@@ -20,7 +20,9 @@
 #include "platform/Folders.h"
 #include "platform/System.h"
 #include "schemes/GlobalSchemes.h"
+#include "skin/UIDescription.h"
 #include "skin/UViewClass.h"
+#include "views/controls/KnobMode.h"
 #include "windows/AlertPresenter.h"
 #include "windows/UDesktop.h"
 
@@ -36,6 +38,12 @@ namespace {
 constexpr const char* companyName = "Marrowick";
 constexpr const char* standardName = "Application";
 constexpr uint32_t skinPollPeriod = 100;
+
+/// Words of the process that each program starts with, whatever an earlier one in it has left there.
+constexpr struct {
+    KnobMode knobMode = KnobMode::linear;
+    uint32_t skinOptions = UIDescription::standardOptions;
+} startSettings;
 
 constinit UApplication* theApplication = nullptr;
 
@@ -60,6 +68,11 @@ void setFolders(const ConstString& name) {
     };
     const auto found = std::ranges::find_if(shared, holdsOurs);
     FNPath::setKnownFolder(FNPath::sharedData, (found == shared.end() ? shared.front() : *found) + folder);
+}
+
+void copyStartSettings() {
+    setKnobMode(startSettings.knobMode);
+    UIDescription::setOptions(startSettings.skinOptions);
 }
 
 UView* createControlOfProgram(const ViewElement& element, IController* controller) {
@@ -123,6 +136,7 @@ void UApplication::init(const ApplicationArgs& args) {
     UpdateHandler::instance();
     FMessenger::connect();
     FComponentRegistry::makeInstance();
+    copyStartSettings();
     guiThread_ = std::make_unique<GuiThread>();
     theApplication = this;
     UControlClass::setFallback(&createControlOfProgram);

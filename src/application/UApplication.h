@@ -56,6 +56,7 @@ public:
     // The published table, behind that of CmObject.
 
     /// Makes the controller and with it the user interface; the calling thread is the GUI thread from now on.
+    /// Knob mode and skin options of the process stand at their start values again: set others behind this.
     virtual void init(const ApplicationArgs& args);
     virtual void hook26();
     virtual void preStart();

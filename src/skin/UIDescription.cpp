@@ -23,7 +23,7 @@ bool isOrderedByName(const SkinElement* a, const SkinElement* b) {
 
 } // namespace
 
-uint32_t UIDescription::options_ = resetScheme | followIncludes | sortByName | reserved;
+uint32_t UIDescription::options_ = standardOptions;
 
 /// The element at the top, which knows its document.
 class UIDescription::Root final : public SkinElement {

@@ -42,6 +42,8 @@ public:
         sortByName = 8, ///< Templates and resources are ordered by name.
         reserved = 0x10,
     };
+    /// What a program starts with.
+    static constexpr uint32_t standardOptions = resetScheme | followIncludes | sortByName | reserved;
     static uint32_t options() { return options_; }
     static void setOptions(uint32_t options) { options_ = options; }
 

@@ -13,6 +13,7 @@
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"
+#include "skin/UIDescription.h"
 #include "support/FailingAllocation.h"
 #include "support/TestPaths.h"
 #include "views/controls/KnobMode.h"
@@ -120,6 +121,21 @@ TEST_F(HostEntryTest, TheFirstUserStartsAndTheLastOneTakesDown) {
     EXPECT_EQ(FMessenger::instance(), nullptr);
     EXPECT_EQ(TranslationTable::instance(), nullptr);
     EXPECT_EQ(take(), (Log{"c", "b", "m", "w", "h"})) << "the steps of the teardown in their order";
+}
+
+TEST_F(HostEntryTest, NoSettingOfOneHostReachesTheNext) {
+    GetHostClasses();
+    setKnobMode(KnobMode::circular);
+    UIDescription::setOptions(UIDescription::keepComments);
+    GetHostClasses();
+    EXPECT_EQ(getKnobMode(), KnobMode::circular) << "the library runs already";
+    TerminateModule();
+    TerminateModule();
+    startHeadless();
+    GetHostClasses();
+    EXPECT_EQ(getKnobMode(), KnobMode::linear);
+    EXPECT_EQ(UIDescription::options(), 0x1Du);
+    TerminateModule();
 }
 
 TEST_F(HostEntryTest, InTheLibraryAllSchemesAreOne) {
