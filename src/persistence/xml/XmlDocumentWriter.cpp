@@ -117,7 +117,7 @@ bool XmlDocumentWriter::writeQueue() {
     while (!queue_.empty()) {
         const Ref<CmObject> object = std::move(queue_.front());
         queue_.pop_front();
-        if (!writeFull(object.get(), {}, 1) || !finish({}))
+        if (!writeFull(object.get(), nullptr, 1) || !finish({}))
             return false;
     }
     return true;
@@ -271,7 +271,7 @@ bool XmlDocumentWriter::writeListed(CmObject* item, int32_t level) {
     uint64_t id = 0;
     if (enter(item, id)) {
         if (level < deepestListed)
-            return writeFull(item, {}, level);
+            return writeFull(item, nullptr, level);
         queue_.push_back(retain(item));
     }
     indent(level).put("<item value=\"").putUnsigned(id);
@@ -283,14 +283,26 @@ bool XmlDocumentWriter::writeInstance(CmObject* object, std::string_view key, in
     uint64_t id = 0;
     if (enter(object, id)) {
         if (level < queueLevel)
-            return writeFull(object, key, level);
+            return writeFull(object, &key, level);
         queue_.push_back(retain(object));
     }
     open("obj", key, level).put(" ID=\"").putUnsigned(id);
     return finish("\"/>");
 }
 
-bool XmlDocumentWriter::writeFull(CmObject* object, std::string_view key, int32_t level) {
+/// As it stands, but for what would end the value or be taken for an entity.
+void XmlDocumentWriter::putClassName(std::string_view name) {
+    for (size_t at = 0; at < name.size();) {
+        const size_t end = std::min(name.find_first_of("\"&", at), name.size());
+        line_.put(name.substr(at, end - at));
+        if (end < name.size())
+            line_.put(name[end] == '&' ? "&amp;" : "&quot;");
+        at = end + 1;
+    }
+}
+
+/// With a null `key` it has no name where it stands.
+bool XmlDocumentWriter::writeFull(CmObject* object, const std::string_view* key, int32_t level) {
     StoredObject stored;
     auto* instance = cast<FXmlInstance>(object);
     if (!stored.take(object)) {
@@ -302,9 +314,13 @@ bool XmlDocumentWriter::writeFull(CmObject* object, std::string_view key, int32_
     }
     if (stored.className.isEmpty() && !(instance && instance->className8().isEmpty()))
         throw std::bad_alloc();
-    indent(level).put("<obj class=\"").put(stored.className.toUtf8()).put('"');
-    if (!key.empty())
-        line_.put(" name=\"").putEscaped(key, Escape::entities).put('"');
+    if (stored.className.size() > longestValue)
+        return fail("a class name is longer than 2048 characters");
+    indent(level).put("<obj class=\"");
+    putClassName(stored.className.toUtf8());
+    line_.put('"');
+    if (key)
+        line_.put(" name=\"").putEscaped(*key, Escape::entities).put('"');
     line_.put(" ID=\"").putUnsigned(known_[object]);
     return finish("\">") && writeBody(*stored.attributes, level + 1) && closeElement("obj", level);
 }

@@ -42,7 +42,8 @@ private:
     bool writeTextItem(const ConstString& text, int32_t level);
     bool writeListed(CmObject* item, int32_t level);
     bool writeInstance(CmObject* object, std::string_view key, int32_t level);
-    bool writeFull(CmObject* object, std::string_view key, int32_t level);
+    void putClassName(std::string_view name);
+    bool writeFull(CmObject* object, const std::string_view* key, int32_t level);
     bool enter(CmObject* object, uint64_t& id);
 
     /// The line of an element, up to its name.

@@ -442,6 +442,31 @@ TEST(FXmlDocument, SavesNothingThatCannotBeReadAgain) {
     EXPECT_EQ(document.errorText(), "a key is longer than 2048 bytes");
 }
 
+TEST(FXmlDocument, KeepsOddNames) {
+    FAttributes attributes;
+    attributes.setInteger("", 1);
+    attributes.setInteger("a\"<\n\xE4\xFF&amp;", 2);
+    for (const char* className : {"", "A<B>", "a\"b&lt;c"}) {
+        const auto state = make<FAttributes>();
+        state->setInteger("n", 3);
+        attributes.append("").setObject(make<FXmlInstance>(1, ConstString(className), state).get(),
+                                        Hold::retain);
+    }
+    FAttributes read;
+    std::string error;
+    ASSERT_TRUE(readDocument(written(attributes), read, &error)) << error;
+    ASSERT_EQ(read.count(), attributes.count());
+    for (int32_t i = 0; i < read.count(); ++i)
+        EXPECT_EQ(read.at(i)->key(), attributes.at(i)->key());
+    EXPECT_EQ(read.getInteger("a\"<\n\xE4\xFF&amp;"), 2);
+    for (int32_t i = 2; i < read.count(); ++i) {
+        const auto* stored = cast<FXmlInstance>(read.at(i)->getObject());
+        const auto* original = cast<FXmlInstance>(attributes.at(i)->getObject());
+        ASSERT_NE(stored, nullptr);
+        EXPECT_EQ(stored->className8().string(), original->className8().string());
+    }
+}
+
 TEST(FXmlDocument, ReadsNumbersAsTheyAreWrittenByHand) {
     const std::pair<const char*, double> reals[] = {
         {"1.5", 1.5},          {" \t+2", 2},  {"-1e3x", -1000}, {"1e400", HUGE_VAL},
