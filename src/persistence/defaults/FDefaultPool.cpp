@@ -20,6 +20,8 @@ constexpr std::string_view autoSaverTag = "AutoSaver";
 constexpr const char* poolGroup = "FGlobalDefaultPool";
 constexpr const char* extractedMark = "Preferences extraced";
 constexpr const char* autoSaverName = "AutoSaver";
+constexpr const char* entriesKey = "Entries";
+constexpr const char* autoSaversKey = "AutoSavers";
 
 std::string inFolder(const std::string& name, const char* folder = DefaultsFolder::store) {
     return std::string(folder) + '/' + name;
@@ -43,6 +45,21 @@ bool addCallback(std::vector<FDefaultPool::Callback>& callbacks, FDefaultPool::C
     return false;
 }
 
+/// A group on its way to or from a file of its own, with its values lent and taken.
+class GroupInFile : public CmObject {
+public:
+    explicit GroupInFile(FDefaults& group) : group_(group) {}
+
+    bool storeAttributes(FAttributes* attributes) override {
+        group_.lendAttributes(*attributes);
+        return true;
+    }
+    bool restoreAttributes(FAttributes* attributes) override { return group_.takeAttributes(*attributes); }
+
+private:
+    FDefaults& group_;
+};
+
 /// Attributes as an object of their own, for the settings files.
 class AttributesHolder : public CmObject {
 public:
@@ -59,6 +76,29 @@ public:
 };
 
 } // namespace
+
+/// The same for all groups in the single file.
+class FDefaultPool::InFile : public CmObject {
+public:
+    explicit InFile(FDefaultPool& pool) : pool_(pool) {}
+
+    bool storeAttributes(FAttributes* attributes) override {
+        for (const auto& group : pool_.storedGroups()) {
+            auto stored = make<FAttributes>();
+            group->lendAttributes(*stored);
+            attributes->appendAttributes(entriesKey, std::move(stored));
+        }
+        pool_.storeAutoSavers(*attributes);
+        return true;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        return pool_.restoreGroups(
+            *attributes, [](FDefaults& group, FAttributes& stored) { return group.takeAttributes(stored); });
+    }
+
+private:
+    FDefaultPool& pool_;
+};
 
 FDefaultPool::FDefaultPool() = default;
 FDefaultPool::FDefaultPool(const FDefaultPool& other)
@@ -154,11 +194,13 @@ bool FDefaultPool::loadGroup(FDefaults& group) {
     const std::string name = inFolder(DefaultsFolder::fileOf(group.group()));
     const std::string earlier = inFolder(DefaultsFolder::earlierFileOf(group.group()));
     const bool isEarlier = !settingsFile(name).exists() && settingsFile(earlier).exists();
-    return loadFile(isEarlier ? earlier : name, storeTag, group);
+    GroupInFile file(group);
+    return loadFile(isEarlier ? earlier : name, storeTag, file);
 }
 
 bool FDefaultPool::loadSingleFile() {
-    const bool isLoaded = loadFile(storeName, storeTag, *this);
+    InFile file(*this);
+    const bool isLoaded = loadFile(storeName, storeTag, file);
     if (markExtracted())
         state_.preferencesNeedExtraction = true;
     return isLoaded;
@@ -180,7 +222,8 @@ bool FDefaultPool::loadFolder() {
             savedAutoSaverAttributes_ = make<FAttributes>(savers.held);
         return true;
     }
-    const bool isRead = loadFile(storeName, storeTag, *this);
+    InFile file(*this);
+    const bool isRead = loadFile(storeName, storeTag, file);
     state_.preferencesNeedExtraction = isRead;
     const FDefaults* group = getGroup(poolGroup, 0, false);
     if (group && group->values().contains(extractedMark))
@@ -209,7 +252,10 @@ bool FDefaultPool::save(bool force) try {
         runCallbacks(beforeSave_);
     if (saveHook_ && !saveHook_())
         return true;
-    return state_.folderMode ? saveFolder() : saveFile(storeName, storeTag, *this);
+    if (state_.folderMode)
+        return saveFolder();
+    InFile file(*this);
+    return saveFile(storeName, storeTag, file);
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -226,10 +272,11 @@ bool FDefaultPool::saveFolder() {
 
 bool FDefaultPool::saveGroups(const char* folder) {
     bool isGood = true;
-    for (const auto& [name, group] : groups_)
-        if (!group->isEmpty())
-            isGood &= saveFile(inFolder(DefaultsFolder::fileOf(group->group()), folder), storeTag, *group) &&
-                      removeFile(inFolder(DefaultsFolder::earlierFileOf(group->group()), folder));
+    for (const auto& group : storedGroups()) {
+        GroupInFile file(*group);
+        isGood &= saveFile(inFolder(DefaultsFolder::fileOf(group->group()), folder), storeTag, file) &&
+                  removeFile(inFolder(DefaultsFolder::earlierFileOf(group->group()), folder));
+    }
     for (const std::u16string& name : removedGroups_) {
         const ConstString group(name.c_str(), static_cast<int32_t>(name.size()));
         isGood &= removeFile(inFolder(DefaultsFolder::fileOf(group), folder)) &&
@@ -326,34 +373,48 @@ void FDefaultPool::unregisterAutoSaver(AutoSaver* saver) {
     autoSavers_.remove(saver);
 }
 
-bool FDefaultPool::storeAttributes(FAttributes* attributes) {
-    std::vector<FDefaults*> sorted;
+std::vector<Ref<FDefaults>> FDefaultPool::storedGroups() const {
+    std::vector<Ref<FDefaults>> groups;
     for (const auto& [name, group] : groups_)
         if (!group->isEmpty())
-            sorted.push_back(group.get());
-    // By name, so that a file only changes where a setting did.
-    std::sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) { return a->compare(b) < 0; });
-    for (FDefaults* group : sorted)
-        if (!attributes->appendSavedObject("Entries", group))
-            return false;
-    auto savers = make<FAttributes>();
+            groups.push_back(group);
+    std::sort(groups.begin(), groups.end(),
+              [](const auto& a, const auto& b) { return a->compare(b.get()) < 0; });
+    return groups;
+}
+
+void FDefaultPool::storeAutoSavers(FAttributes& attributes) {
+    const auto savers = make<FAttributes>();
     if (saveAutoSavers(*savers))
-        attributes->setObject("AutoSavers", savers.get(), FAttributes::Hold::retain);
+        attributes.setObject(autoSaversKey, savers.get(), FAttributes::Hold::retain);
+}
+
+bool FDefaultPool::storeAttributes(FAttributes* attributes) {
+    for (const auto& group : storedGroups())
+        if (!attributes->appendSavedObject(entriesKey, group.get()))
+            return false;
+    storeAutoSavers(*attributes);
     return true;
 }
 
 bool FDefaultPool::restoreAttributes(FAttributes* attributes) {
+    return restoreGroups(
+        *attributes, [](FDefaults& group, FAttributes& stored) { return group.restoreAttributes(&stored); });
+}
+
+bool FDefaultPool::restoreGroups(FAttributes& attributes, bool (*restore)(FDefaults&, FAttributes&)) {
     groups_.clear();
-    attributes->resetCursor("Entries");
-    for (int32_t left = attributes->count("Entries"); left > 0; --left) {
+    attributes.resetCursor(entriesKey);
+    for (int32_t left = attributes.count(entriesKey); left > 0; --left) {
         const auto group = make<FDefaults>();
-        if (!attributes->loadNextObject("Entries", group.get())) {
+        FAttributes* stored = attributes.nextAttributes(entriesKey);
+        if (!stored || !restore(*group, *stored)) {
             groups_.clear();
             return false;
         }
         groups_.insert_or_assign(group->group().toUtf16(), group);
     }
-    savedAutoSaverAttributes_ = retain(attributes->getAttributes("AutoSavers"));
+    savedAutoSaverAttributes_ = retain(attributes.getAttributes(autoSaversKey));
     return true;
 }
 

@@ -89,6 +89,8 @@ protected:
     bool loadGroup(FDefaults& group);
 
 private:
+    class InFile;
+
     bool loadFile(const std::string& name, std::string_view tag, CmObject& object);
     bool saveFile(const std::string& name, std::string_view tag, CmObject& object);
     bool setAsideUnread(const std::string& name);
@@ -99,6 +101,11 @@ private:
     bool loadSingleFile();
     bool saveFolder();
     bool saveAutoSavers(FAttributes& attributes);
+    void storeAutoSavers(FAttributes& attributes);
+    bool restoreGroups(FAttributes& attributes, bool (*restore)(FDefaults&, FAttributes&));
+    /// Those that are written, by name, so that a file only changes where a setting did. Objects among their
+    /// values may ask for other groups meanwhile.
+    std::vector<Ref<FDefaults>> storedGroups() const;
     bool markExtracted();
 
     std::unordered_map<std::u16string, Ref<FDefaults>> groups_;

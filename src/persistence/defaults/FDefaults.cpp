@@ -5,6 +5,25 @@
 
 namespace qorl {
 
+namespace {
+
+constexpr const char* valuesKey = "Values";
+
+/// Whether all entries are numbers and texts that are stored: they are the same in a group and in its stored
+/// form.
+bool isPlain(const FAttributes& values) {
+    using Value = FAttributeValue;
+    for (int32_t i = 0; i < values.count(); ++i) {
+        const FAttributeValue& value = *values.at(i);
+        if (!(value.kind() & (Value::integer | Value::real | Value::string)) ||
+            (value.flags() & (Value::entryFlag1 | Value::foreign)))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
 bool FDefaults::isEqual(const CmObject* other) const {
     const auto* group = cast<FDefaults>(other);
     return group && group_.isEqual(&group->group_);
@@ -15,24 +34,51 @@ int32_t FDefaults::compare(const CmObject* other) const {
     return group ? group_.compare(&group->group_) : CmObject::compare(other);
 }
 
-bool FDefaults::storeAttributes(FAttributes* attributes) {
-    attributes->setString("Group", group_.string());
+void FDefaults::storeName(FAttributes& attributes) const {
+    attributes.setString("Group", group_.string());
     if (version_ != 0)
-        attributes->setInteger("Version", version_);
-    attributes->saveExtraAttributes(values_, "Values");
+        attributes.setInteger("Version", version_);
+}
+
+bool FDefaults::restoreName(const FAttributes& attributes) {
+    const ConstString name = attributes.getString("Group");
+    group_.string() = name;
+    version_ = static_cast<int32_t>(attributes.getInteger("Version"));
+    // Without memory for its name it would be stored as another group.
+    return group_.string() == name;
+}
+
+bool FDefaults::storeAttributes(FAttributes* attributes) {
+    storeName(*attributes);
+    attributes->saveExtraAttributes(values_, valuesKey);
     return true;
 }
 
 bool FDefaults::restoreAttributes(FAttributes* attributes) {
-    const ConstString name = attributes->getString("Group");
-    group_.string() = name;
-    // Without memory for its name it would be stored as another group.
-    if (group_.string() != name)
+    if (!restoreName(*attributes))
         return false;
-    version_ = static_cast<int32_t>(attributes->getInteger("Version"));
     values_.removeAll();
-    attributes->loadExtraAttributes(values_, "Values");
+    attributes->loadExtraAttributes(values_, valuesKey);
     return true;
+}
+
+void FDefaults::lendAttributes(FAttributes& attributes) {
+    if (values_.isEmpty() || !isPlain(values_)) {
+        storeAttributes(&attributes);
+        return;
+    }
+    storeName(attributes);
+    const auto values = make<FAttributes>();
+    values_.shareWith(*values);
+    attributes.setObject(valuesKey, values.get(), FAttributes::Hold::retain);
+}
+
+bool FDefaults::takeAttributes(FAttributes& attributes) {
+    FAttributes* values = attributes.getAttributes(valuesKey);
+    if (!values || !isPlain(*values))
+        return restoreAttributes(&attributes);
+    values->shareWith(values_);
+    return restoreName(attributes);
 }
 
 AutoSaver::AutoSaver() {

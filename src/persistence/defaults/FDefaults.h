@@ -29,7 +29,17 @@ public:
     /// What the group held before goes.
     bool restoreAttributes(FAttributes* attributes) override;
 
+    /// As `storeAttributes`, for a caller that writes `attributes` out and lets them go before anyone sets a
+    /// value: the values are lent, not copied.
+    void lendAttributes(FAttributes& attributes);
+    /// As `restoreAttributes`, for a caller who has no use for `attributes` any more: the values go over, not
+    /// copied.
+    bool takeAttributes(FAttributes& attributes);
+
 private:
+    void storeName(FAttributes& attributes) const;
+    bool restoreName(const FAttributes& attributes);
+
     CmString group_;
     int32_t version_;
     FAttributes values_;
