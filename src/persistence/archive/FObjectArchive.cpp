@@ -103,11 +103,14 @@ void FObjectArchive::setGlobalListener(ArchiveListener* listener) {
     globalListener = listener;
 }
 
-void FObjectArchive::reportGlobally(int32_t code, const char* text) {
+void FObjectArchive::reportGlobally(int32_t code, const char* text) try {
     if (globalListener)
         globalListener->report(code, text);
     else
-        platform::debugOutput("stored object: error " + std::to_string(code) + ": " + text);
+        platform::debugOutput("stored object: error " + std::to_string(code) + (text ? ": " : "") +
+                              (text ? text : ""));
+} catch (const std::bad_alloc&) {
+    platform::debugOutput("stored object: error, and no memory to tell which");
 }
 
 } // namespace qorl

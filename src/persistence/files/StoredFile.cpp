@@ -72,8 +72,9 @@ bool removeOld(const std::string& file) {
 
 /// The new file of a save. It remembers its first failure, so that bytes that got lost fail the save also
 /// when nobody looked at the results.
-class StoringStream : public FStream {
+class StoringStream : public FStream, public ISizeableStream {
     QORL_CLASS(StoringStream, FStream)
+    QORL_FACES(StoringStream, FStream, ISizeableStream)
 
 public:
     explicit StoringStream(platform::File& file) : file_(file) {}
@@ -94,6 +95,15 @@ public:
     int64_t tell() override { return file_.getPosition(); }
     void rewind() override { file_.seek(0, platform::SeekOrigin::start); }
     bool isValid() const override { return !error_; }
+    Result getStreamSize(int64_t& size) override {
+        size = file_.getSize();
+        return size < 0 ? Result::failure : Result::ok;
+    }
+    Result setStreamSize(int64_t size) override {
+        if (!error_)
+            error_ = file_.setSize(size);
+        return error_ ? Result::failure : Result::ok;
+    }
 
     const platform::FileError& error() const { return error_; }
 

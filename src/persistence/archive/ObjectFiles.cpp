@@ -1,0 +1,75 @@
+#include "persistence/archive/ObjectFiles.h"
+
+#include "foundation/CmObject.h"
+#include "persistence/archive/FSizedArchive.h"
+#include "persistence/files/StoredFile.h"
+#include "persistence/streams/FBufferedStream.h"
+
+#include <new>
+
+namespace qorl {
+
+namespace {
+
+constexpr int32_t fileBlockSize = 65536;
+
+class GlobalReports final : public ArchiveListener {
+public:
+    void report(int32_t code, const char* text) override { FObjectArchive::reportGlobally(code, text); }
+};
+
+bool storeContents(FStream& file, CmObject& object) {
+    const auto stream = make<FBufferedStream>(retain(&file), fileBlockSize, true);
+    GlobalReports reports;
+    FSizedArchive archive(*stream, FObjectArchive::Direction::storing);
+    archive.setListener(&reports);
+    if (!object.writeTo(&archive) || archive.checkStream() != 0)
+        return false;
+    stream->flush();
+    return stream->isValid();
+}
+
+bool readContents(FStream& file, CmObject& object) {
+    const auto stream = make<FBufferedStream>(retain(&file), fileBlockSize, false);
+    GlobalReports reports;
+    FSizedArchive archive(*stream, FObjectArchive::Direction::reading);
+    archive.setListener(&reports);
+    return object.readFrom(&archive);
+}
+
+/// Calls `work` with the file of that name; without memory the result is false.
+template <typename Work>
+bool withFile(const ConstString& name, Work work) try {
+    const FFileType type = FFileType::objectFile();
+    return work(StoredFile(name, type));
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+} // namespace
+
+bool saveObjectFile(const ConstString& name, CmObject* object) {
+    return object && withFile(name, [object](const StoredFile& file) {
+               return file.save([object](FStream& stream) { return storeContents(stream, *object); });
+           });
+}
+
+bool loadObjectFile(const ConstString& name, CmObject* object) {
+    return object && withFile(name, [object](const StoredFile& file) {
+               return file.load([object](FStream& stream) { return readContents(stream, *object); });
+           });
+}
+
+bool objectFileExists(const ConstString& name) {
+    return withFile(name, [](const StoredFile& file) { return file.exists(); });
+}
+
+bool renameObjectFile(const ConstString& name, const ConstString& newName) {
+    return withFile(name, [&newName](const StoredFile& file) { return file.rename(newName); });
+}
+
+bool deleteObjectFile(const ConstString& name) {
+    return withFile(name, [](const StoredFile& file) { return file.remove(); });
+}
+
+} // namespace qorl
