@@ -14,10 +14,10 @@ namespace qorl {
 
 namespace {
 
-constexpr int32_t nullTag = 0;
+constexpr int32_t sizedNullTag = 0;
 constexpr int32_t classTag = -1;
 constexpr int32_t parentTag = -2;
-constexpr int32_t classBit = INT32_MIN;
+constexpr int32_t sizedClassBit = INT32_MIN;
 constexpr int64_t fieldSize = sizeof(int32_t);
 /// Places beyond could not be told from the markers once they have the class bit.
 constexpr int64_t mostOffset = INT32_MAX - 2;
@@ -50,7 +50,7 @@ bool FSizedArchive::writeObject(CmObject* object, bool track) try {
 
 bool FSizedArchive::storeObject(CmObject* object, bool track) {
     if (!object)
-        return checked(stream_.writeInt32(nullTag));
+        return checked(stream_.writeInt32(sizedNullTag));
     if (track)
         if (const auto known = offsets_.find(object); known != offsets_.end())
             return checked(stream_.writeInt32(known->second));
@@ -84,7 +84,7 @@ bool FSizedArchive::storeLength(int64_t fieldPosition) {
 
 bool FSizedArchive::storeClass(const ClassRecord& record) {
     if (const auto known = offsets_.find(&record); known != offsets_.end())
-        return checked(stream_.writeInt32(known->second | classBit));
+        return checked(stream_.writeInt32(known->second | sizedClassBit));
     for (const ClassRecord* parent = record.parent(); parent && !offsets_.contains(parent);
          parent = parent->parent())
         if (!storeMarker(parentTag, *parent))
@@ -109,7 +109,7 @@ CmObject* FSizedArchive::readObject(const char* className, bool) try {
 
 Ref<CmObject> FSizedArchive::nextObject(const char* className) {
     Header header;
-    if (!readHeader(header) || header.tag == nullTag)
+    if (!readHeader(header) || header.tag == sizedNullTag)
         return nullptr;
     return header.tag > 0 ? resolve(header.tag, className) : readInstance(header, className);
 }
@@ -135,7 +135,7 @@ bool FSizedArchive::readHeader(Header& header) {
         report(malformed, nullptr);
         return false;
     }
-    if (header.tag != classTag && !findClass(header.tag & ~classBit, header.classIndex))
+    if (header.tag != classTag && !findClass(header.tag & ~sizedClassBit, header.classIndex))
         return skipObject(malformed, nullptr, header.length);
     const StoredClass& type = classes_[header.classIndex];
     return type.record() || skipObject(classNotRegistered, type.name(), header.length);
@@ -269,7 +269,7 @@ bool FSizedArchive::raiseStoredVersion(const ClassRecord* record) {
 bool FSizedArchive::writeClass(const ClassRecord* record) try {
     if (!storing_ || !record || !record->persistentName() || checkStream() != 0)
         return false;
-    return storeClass(*record) && checked(stream_.writeInt32(nullTag));
+    return storeClass(*record) && checked(stream_.writeInt32(sizedNullTag));
 } catch (const std::bad_alloc&) {
     report(streamFailed, record->name());
     return false;
@@ -277,7 +277,7 @@ bool FSizedArchive::writeClass(const ClassRecord* record) try {
 
 const ClassRecord* FSizedArchive::readClass() try {
     Header header;
-    if (!beginReading() || !readHeader(header) || header.tag == nullTag)
+    if (!beginReading() || !readHeader(header) || header.tag == sizedNullTag)
         return nullptr;
     if (header.tag > 0 || header.length != 0) {
         report(malformed, nullptr);

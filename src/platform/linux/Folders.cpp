@@ -82,14 +82,14 @@ void addFolder(std::vector<std::string>& folders, const std::string& folder) {
         folders.push_back(folder);
 }
 
-bool isOwnFolder(const std::string& path) {
+bool isWritableByOwner(const std::string& path) {
     struct stat status = {};
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
            access(path.c_str(), W_OK | X_OK) == 0;
 }
 
 std::string temporaryFolder() {
-    if (std::string folder = absoluteFromEnvironment("XDG_RUNTIME_DIR"); isOwnFolder(folder))
+    if (std::string folder = absoluteFromEnvironment("XDG_RUNTIME_DIR"); isWritableByOwner(folder))
         return folder;
     const std::string folder = absoluteFromEnvironment("TMPDIR");
     return folder.empty() ? "/tmp" : folder;
