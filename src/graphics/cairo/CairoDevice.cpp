@@ -313,10 +313,21 @@ Result CairoDevice::drawLine(Geometry::Point from, Geometry::Point to) {
     return status();
 }
 
+GraphicsPath& CairoDevice::scratchBox(const Geometry::Rect& rect) {
+    scratch_.clear();
+    scratch_.addRect(rect);
+    return scratch_;
+}
+
+GraphicsPath& CairoDevice::scratchEllipse(const Geometry::Rect& rect) {
+    scratch_.clear();
+    scratch_.addEllipse(rect);
+    return scratch_;
+}
+
 Result CairoDevice::drawRect(const Geometry::Rect& rect, DrawMode mode) {
     if (!state_.matrix.isUpright()) {
-        GraphicsPath path;
-        path.addRect(rect);
+        GraphicsPath& path = scratchBox(rect);
         return drawPath(&path, mode, nullptr);
     }
     if (fills(mode)) {
@@ -330,14 +341,12 @@ Result CairoDevice::drawRect(const Geometry::Rect& rect, DrawMode mode) {
         fillBoxes(penColor_);
         return status();
     }
-    GraphicsPath path;
-    path.addRect(rect);
+    GraphicsPath& path = scratchBox(rect);
     return drawPath(&path, DrawMode::stroke, nullptr);
 }
 
 Result CairoDevice::drawEllipse(const Geometry::Rect& rect, DrawMode mode) {
-    GraphicsPath path;
-    path.addEllipse(rect);
+    GraphicsPath& path = scratchEllipse(rect);
     return drawPath(&path, mode, nullptr);
 }
 
@@ -369,8 +378,7 @@ Result CairoDevice::clearRect(const Geometry::Rect& rect) {
         boxes_.clear();
         return status();
     }
-    GraphicsPath path;
-    path.addRect(rect);
+    GraphicsPath& path = scratchBox(rect);
     if (!clipTo(boxOf(path, state_.matrix)))
         return Result::ok;
     cairo_t* context = context_.get();
@@ -421,8 +429,7 @@ Result CairoDevice::setClip(const Geometry::Rect& rect) {
         state_.clip = toDeviceRect(rect).intersect(bounds_);
         return Result::ok;
     }
-    GraphicsPath path;
-    path.addRect(rect);
+    GraphicsPath& path = scratchBox(rect);
     state_.clip = boxOf(path, state_.matrix).intersect(bounds_);
     return Result::ok;
 }

@@ -3,6 +3,7 @@
 #include "foundation/FObject.h"
 #include "graphics/DrawBackEnd.h"
 #include "graphics/DrawTarget.h"
+#include "graphics/GraphicsPath.h"
 #include "graphics/TransformMatrix.h"
 #include "graphics/cairo/CairoFont.h"
 #include "graphics/cairo/CairoImage.h"
@@ -83,6 +84,9 @@ private:
     CmRect strokedBox(const CmRect& box) const;
     void stroke();
     void addPath(const GraphicsPath& path, const TransformMatrix& matrix);
+    /// The path that plain shapes are drawn by, with nothing but this one in it.
+    GraphicsPath& scratchBox(const Geometry::Rect& rect);
+    GraphicsPath& scratchEllipse(const Geometry::Rect& rect);
     CmRect boxOf(const GraphicsPath& path, const TransformMatrix& matrix) const;
     void drawLine(CairoFont& font, std::u16string_view line, Geometry::Point start, double width,
                   uint32_t color);
@@ -108,6 +112,7 @@ private:
     bool antialiased_ = true;
     bool pixelsAreOpen_ = false; ///< Cairo knows that its surface is written to from outside.
     std::vector<CmRect> boxes_;
+    GraphicsPath scratch_; ///< Kept for its memory.
 };
 
 } // namespace qorl

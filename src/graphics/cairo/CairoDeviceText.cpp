@@ -99,8 +99,7 @@ void CairoDevice::drawDecoration(const CairoFont::Decoration& decoration, Geomet
     const Geometry::Rect bar{start.x, start.y + decoration.offset - decoration.thickness / 2, width,
                              decoration.thickness};
     if (!state_.matrix.isUpright()) {
-        GraphicsPath path;
-        path.addRect(bar);
+        GraphicsPath& path = scratchBox(bar);
         if (!clipTo(boxOf(path, state_.matrix)))
             return;
         addPath(path, state_.matrix);
