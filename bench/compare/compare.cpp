@@ -6,6 +6,7 @@
 #include "compare/Containers.h"
 #include "compare/Measure.h"
 #include "compare/Settings.h"
+#include "compare/Streams.h"
 #include "compare/ValueChange.h"
 #include "graphics/GraphicsFactory.h"
 #include "support/DrawRecorder.h"
@@ -188,6 +189,8 @@ constexpr Workload workloads[] = {
     {"paint", &measurePaint},
     {"containers", &measureContainers},
     {"settings", [] { measureSettings(documents); }},
+    {"compress", [] { measureCompression(documents); }},
+    {"bin_serialise", &measureFields},
     {"startup", &measureStartup},
 };
 

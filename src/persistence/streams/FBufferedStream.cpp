@@ -81,7 +81,7 @@ int64_t FBufferedStream::read(void* buffer, int64_t count) {
         const Block* block = findForReading();
         if (!block)
             return done > 0 ? done : -1;
-        const auto offset = static_cast<int32_t>(position_ % blockSize_);
+        const auto offset = static_cast<int32_t>(position_ - blockStart());
         const int64_t piece = std::min<int64_t>(count - done, block->buffer->used() - offset);
         if (piece < 1)
             break;
@@ -101,7 +101,7 @@ int64_t FBufferedStream::write(const void* buffer, int64_t count) {
         return -1;
     }
     for (int64_t done = 0; done < count;) {
-        const auto offset = static_cast<int32_t>(position_ % blockSize_);
+        const auto offset = static_cast<int32_t>(position_ - blockStart());
         const int64_t piece = std::min<int64_t>(count - done, blockSize_ - offset);
         if (!prepareForWriting(offset, piece)) {
             flags_ |= failed;
@@ -144,7 +144,8 @@ void FBufferedStream::moveTo(int64_t position, Crossing crossing) {
             progress_->setPosition(position);
     }
     position_ = position;
-    if (position / blockSize_ == blockIndex_)
+    const int64_t offset = position - blockStart();
+    if (offset >= 0 && offset < blockSize_)
         return;
     blockIndex_ = position / blockSize_;
     if (!(flags_ & readAhead)) {
@@ -157,7 +158,7 @@ void FBufferedStream::moveTo(int64_t position, Crossing crossing) {
 
 /// How much of the data lies in the block around the position.
 int64_t FBufferedStream::bytesInBlock() const {
-    return std::clamp<int64_t>(endPosition_ - blockIndex_ * blockSize_, 0, blockSize_);
+    return std::clamp<int64_t>(endPosition_ - blockStart(), 0, blockSize_);
 }
 
 /// The block around the position; null when the inner stream fails.
@@ -202,7 +203,7 @@ int64_t FBufferedStream::load(Block& block) {
     block.index = -1;
     block.buffer->clear();
     const int64_t there = bytesInBlock();
-    const int64_t start = blockIndex_ * blockSize_;
+    const int64_t start = blockStart();
     if (there > 0 && inner_->seek(start, fromStart) != start)
         return -1;
     int64_t done = 0;

@@ -63,6 +63,7 @@ private:
     enum class Crossing { byReading, otherwise };
 
     Ref<CmBuffer> takeBuffer();
+    int64_t blockStart() const { return blockIndex_ * blockSize_; }
     void moveTo(int64_t position, Crossing crossing);
     bool isCancelled(const void* buffer, int64_t count);
     int64_t bytesInBlock() const;

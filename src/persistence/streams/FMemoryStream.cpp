@@ -51,6 +51,11 @@ FMemoryStream::~FMemoryStream() {
     forget();
 }
 
+CmObject* FMemoryStream::clone() const {
+    auto copy = Ref<FMemoryStream>::adopt(detail::copyOf(*this));
+    return copy && copy->size() == size() ? copy.detach() : nullptr;
+}
+
 /// Frees the block if it is owned.
 void FMemoryStream::forget() {
     if (ownsMemory_)

@@ -19,7 +19,6 @@ public:
 /// give 0.
 class FMemoryStream : public FStream, public ISizeableStream {
     QORL_CLASS(FMemoryStream, FStream)
-    QORL_CLONE(FMemoryStream)
     QORL_RECORD(FMemoryStream)
 
 public:
@@ -34,6 +33,8 @@ public:
     FMemoryStream(const FMemoryStream& other);
     FMemoryStream& operator=(const FMemoryStream&) = delete;
     ~FMemoryStream() override;
+    /// Null also when there is no memory for all of the bytes.
+    CmObject* clone() const override;
 
     Result queryInterface(const InterfaceId& id, void** out) override;
     uint32_t addRef() override { return FStream::addRef(); }
