@@ -43,7 +43,7 @@ std::string topOf(const std::string& path, dev_t volume) {
 }
 
 /// A folder that is no link and belongs to this user.
-bool isOwnFolder(const std::string& path) {
+bool isOwnPlainFolder(const std::string& path) {
     struct stat status = {};
     return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid();
 }
@@ -59,8 +59,8 @@ bool makePrivate(const std::string& folder) {
 }
 
 bool makeParts(const std::string& folder) {
-    return makePrivate(folder) && isOwnFolder(folder) && makePrivate(folder + "/info") &&
-           makePrivate(folder + "/files") && isOwnFolder(folder + "/info") && isOwnFolder(folder + "/files");
+    return makePrivate(folder) && isOwnPlainFolder(folder) && makePrivate(folder + "/info") &&
+           makePrivate(folder + "/files") && isOwnPlainFolder(folder + "/info") && isOwnPlainFolder(folder + "/files");
 }
 
 bool makeHomeBin(Bin& bin) {
