@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <utility>
 
 namespace qorl {
@@ -14,6 +15,11 @@ namespace qorl {
 namespace {
 
 constexpr int64_t farthest = std::numeric_limits<int64_t>::max();
+
+int32_t sectorSizeOf(FStream& stream) {
+    const auto* file = cast<FFileStream>(&stream);
+    return file ? file->sectorSize() : 0;
+}
 
 } // namespace
 
@@ -32,12 +38,13 @@ FBufferedStream::FBufferedStream(Ref<FStream> inner, int32_t blockSize, uint32_t
     blockIndex_ = position_ / blockSize_;
     endPosition_ = std::max<int64_t>(inner_->seek(0, fromEnd), 0);
     inner_->seek(position_, fromStart);
-    block_.buffer = takeBuffer();
-    if (flags_ & readAhead) {
-        other_.buffer = takeBuffer();
-        if (!other_.buffer)
-            block_.buffer.reset();
-    }
+    if (const int32_t sector = sectorSizeOf(*inner_); sector > 0 && (sector & (sector - 1)) == 0)
+        sectorSize_ = sector;
+    block_ = takeBlock();
+    if (flags_ & readAhead)
+        other_ = takeBlock();
+    if (flags_ & readAhead && !other_.buffer)
+        block_.buffer.reset();
 }
 
 FReadAheadStream::FReadAheadStream(Ref<FStream> inner, int32_t blockSize, bool writable,
@@ -56,8 +63,7 @@ FBufferedStream::~FBufferedStream() {
 Ref<FBufferedStream> FBufferedStream::openBuffered(Ref<FStream> stream, int32_t blockSize) try {
     if (!stream)
         return nullptr;
-    const auto* file = cast<FFileStream>(stream.get());
-    const int32_t sector = file ? file->sectorSize() : 0;
+    const int32_t sector = sectorSizeOf(*stream);
     if (sector > 0 && (blockSize < sector || blockSize % sector != 0))
         blockSize = sector;
     return make<FBufferedStream>(std::move(stream), blockSize, true);
@@ -65,8 +71,21 @@ Ref<FBufferedStream> FBufferedStream::openBuffered(Ref<FStream> stream, int32_t 
     return nullptr;
 }
 
-Ref<CmBuffer> FBufferedStream::takeBuffer() {
-    return pool_ ? pool_->take(blockSize_) : StreamBufferPool::make(blockSize_);
+/// Room for a block; none without memory.
+FBufferedStream::Block FBufferedStream::takeBlock() {
+    const int64_t size = int64_t{blockSize_} + sectorSize_;
+    if (size > std::numeric_limits<int32_t>::max())
+        return {};
+    const auto room = static_cast<int32_t>(size);
+    Block block{.buffer = pool_ ? pool_->take(room) : StreamBufferPool::make(room)};
+    if (!block.buffer)
+        return block;
+    void* place = block.buffer->data();
+    auto left = static_cast<size_t>(room);
+    if (sectorSize_ > 0)
+        std::align(static_cast<size_t>(sectorSize_), static_cast<size_t>(blockSize_), place, left);
+    block.bytes = static_cast<char*>(place);
+    return block;
 }
 
 bool FBufferedStream::isCancelled(const void* buffer, int64_t count) {
@@ -85,8 +104,7 @@ int64_t FBufferedStream::read(void* buffer, int64_t count) {
         const int64_t piece = std::min<int64_t>(count - done, block->buffer->used() - offset);
         if (piece < 1)
             break;
-        std::memcpy(static_cast<char*>(buffer) + done, block->buffer->data() + offset,
-                    static_cast<size_t>(piece));
+        std::memcpy(static_cast<char*>(buffer) + done, block->bytes + offset, static_cast<size_t>(piece));
         done += piece;
         moveTo(position_ + piece, Crossing::byReading);
     }
@@ -109,7 +127,7 @@ int64_t FBufferedStream::write(const void* buffer, int64_t count) {
         }
         CmBuffer& block = *block_.buffer;
         flags_ |= dirty;
-        std::memcpy(block.data() + offset, static_cast<const char*>(buffer) + done,
+        std::memcpy(block_.bytes + offset, static_cast<const char*>(buffer) + done,
                     static_cast<size_t>(piece));
         block.setUsedSize(std::max(block.used(), offset + static_cast<int32_t>(piece)));
         done += piece;
@@ -192,7 +210,7 @@ bool FBufferedStream::prepareForWriting(int32_t offset, int64_t count) {
     }
     const int32_t used = block_.buffer->used();
     if (offset > used)
-        std::memset(block_.buffer->data() + used, 0, static_cast<size_t>(offset - used));
+        std::memset(block_.bytes + used, 0, static_cast<size_t>(offset - used));
     return true;
 }
 
@@ -208,10 +226,13 @@ int64_t FBufferedStream::load(Block& block) {
         return -1;
     int64_t done = 0;
     int64_t got = 1;
+    // Past the caches a file is read by whole sectors; the last one of them just has fewer bytes.
+    const int64_t wanted = sectorSize_ > 0 ? blockSize_ : there;
     for (; done < there && got > 0; done += std::max<int64_t>(got, 0))
-        got = inner_->read(block.buffer->data() + done, there - done);
+        got = inner_->read(block.bytes + done, wanted - done);
     if (done == 0 && got < 0)
         return -1;
+    done = std::min(done, there);
     block.buffer->setUsedSize(static_cast<int32_t>(done));
     if (done == there)
         block.index = blockIndex_;
@@ -223,11 +244,11 @@ void FBufferedStream::store() {
     if (!(flags_ & dirty))
         return;
     flags_ &= ~uint32_t{dirty};
-    CmBuffer& block = *block_.buffer;
-    std::memset(block.data() + block.used(), 0, static_cast<size_t>(blockSize_ - block.used()));
+    const int32_t used = block_.buffer->used();
+    std::memset(block_.bytes + used, 0, static_cast<size_t>(blockSize_ - used));
     const int64_t start = block_.index * blockSize_;
     isPadded_ = isPadded_ || start > endPosition_ - blockSize_;
-    if (inner_->seek(start, fromStart) != start || inner_->write(block.data(), blockSize_) != blockSize_)
+    if (inner_->seek(start, fromStart) != start || inner_->write(block_.bytes, blockSize_) != blockSize_)
         flags_ |= failed;
 }
 

@@ -58,11 +58,13 @@ private:
     /// What a buffer holds: the block of that index, or nothing for -1.
     struct Block {
         Ref<CmBuffer> buffer;
+        /// In the buffer, where the sectors of the file want it.
+        char* bytes = nullptr;
         int64_t index = -1;
     };
     enum class Crossing { byReading, otherwise };
 
-    Ref<CmBuffer> takeBuffer();
+    Block takeBlock();
     int64_t blockStart() const { return blockIndex_ * blockSize_; }
     void moveTo(int64_t position, Crossing crossing);
     bool isCancelled(const void* buffer, int64_t count);
@@ -78,6 +80,8 @@ private:
     /// The block before, of a stream that reads ahead.
     Block other_;
     int32_t blockSize_;
+    /// Of a file whose transfers go past the caches; otherwise 0.
+    int32_t sectorSize_ = 0;
     int64_t blockIndex_ = 0;
     int64_t position_ = 0;
     int64_t endPosition_ = 0;

@@ -60,7 +60,8 @@ bool makePrivate(const std::string& folder) {
 
 bool makeParts(const std::string& folder) {
     return makePrivate(folder) && isOwnPlainFolder(folder) && makePrivate(folder + "/info") &&
-           makePrivate(folder + "/files") && isOwnPlainFolder(folder + "/info") && isOwnPlainFolder(folder + "/files");
+           makePrivate(folder + "/files") && isOwnPlainFolder(folder + "/info") &&
+           isOwnPlainFolder(folder + "/files");
 }
 
 bool makeHomeBin(Bin& bin) {

@@ -177,6 +177,22 @@ TEST(FBufferedStream, LeavesAFileExactlyAsLongAsItWasWritten) {
     EXPECT_EQ(file->getLength(), 2) << "who only reads cuts nothing and adds nothing";
 }
 
+TEST(FBufferedStream, ReadsUnbufferedFilesToTheirLastByte) {
+    const SettingsFolder folder;
+    std::string text;
+    for (int i = 0; text.size() < 10'000; ++i)
+        text += std::to_string(i) + ' ';
+    folder.write("file.bin", text);
+    FNPath path(std::string_view(folder / "file.bin"));
+    const auto file =
+        FNFileSystem::instance()->openFile(path, FFileStream::readAccess | FFileStream::unbuffered);
+    const auto stream = FBufferedStream::openBuffered(file, 0);
+    ASSERT_NE(stream, nullptr);
+    EXPECT_TRUE(readAll(*stream, 20'000) == text);
+    stream->seek(5000, FStream::fromStart);
+    EXPECT_EQ(readAll(*stream, 10), text.substr(5000, 10));
+}
+
 TEST(FBufferedStream, FitsItsBlocksToTheSectorsOfAFile) {
     struct Row {
         int32_t sector, asked, used;

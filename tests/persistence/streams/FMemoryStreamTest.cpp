@@ -236,6 +236,10 @@ TEST(FMemoryStream, StoresAndRestoresWithEachAllocationFailing) {
         EXPECT_TRUE(isStored || allocation.hasFailed());
         EXPECT_EQ(attributes.getBinarySize("Data") == 5, isStored);
     });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const auto copy = Ref<CmObject>::adopt(allocation.during([&] { return source.clone(); }));
+        EXPECT_TRUE(copy ? static_cast<FMemoryStream&>(*copy).bytes() == "bytes" : allocation.hasFailed());
+    });
     FAttributes attributes;
     source.storeAttributes(&attributes);
     failEachAllocation([&](FailingAllocation& allocation) {
