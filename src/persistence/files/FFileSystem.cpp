@@ -49,7 +49,7 @@ void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) {
     auto* handler = UpdateHandler::current();
     const Ref<FMessage> message = FMessage::named(kind == folderRenamed ? "PathChanged" : "FileSystemChange");
     const Ref<CmObject> copy = Ref<CmObject>::adopt(path.clone());
-    if (!handler || !message || !copy)
+    if (!handler || !message || !copy || !static_cast<const FPath&>(*copy).isValid())
         return;
     if (message->setObject8("Path", copy.get()) != Result::ok ||
         message->setInt8("Kind", kind) != Result::ok ||

@@ -18,24 +18,28 @@ namespace {
 
 constinit Singleton<FNFileSystem> fileSystem;
 
-const StartupHook hook{"FNFileSystem", StartupHook::ready,
-                       [] { return FNFileSystem::instance() != nullptr; }};
+const StartupHook fileSystemHook{"FNFileSystem", StartupHook::ready,
+                                 [] { return FNFileSystem::instance() != nullptr; }};
 
-constexpr std::u16string_view schemeEnd = u"://";
+constexpr std::u16string_view schemeSeparator = u"://";
 /// What programs of western languages wrote names in before UTF-8.
 constexpr uint32_t earlierCodePage = 1252;
 
 /// Stores the system's number where the caller wants it. Whether the work succeeded.
-bool answer(const platform::FileError& error, int32_t* out = nullptr) {
+bool succeeded(const platform::FileError& error, int32_t* out = nullptr) {
     if (out)
         *out = error.code;
     return !error;
 }
 
-platform::FileInfo infoOf(const FPath& path) {
+platform::FileInfo infoAt(const std::string& native) {
     platform::FileInfo info;
-    platform::getFileInfo(FNFileSystem::nativeOf(path), info);
+    platform::getFileInfo(native, info);
     return info;
+}
+
+platform::FileInfo infoOf(const FPath& path) {
+    return infoAt(FNFileSystem::nativeOf(path));
 }
 
 struct AccessRow {
@@ -75,9 +79,9 @@ std::string earlierSpelling(const FPath& path) {
 }
 
 /// One part of a path, as a name has to be.
-bool isName(const ConstString& name) {
-    const std::string text = name.toUtf8();
-    return !text.empty() && text != "." && text != ".." && text.find('/') == std::string::npos;
+bool isName(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." &&
+           name.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
 }
 
 } // namespace
@@ -90,7 +94,7 @@ std::string FNFileSystem::nativeOf(const FPath& path) {
     const auto* url = cast<FUrl>(&path);
     FUrl parsed;
     if (!url && !cast<FNPath>(&path) &&
-        path.getFolder().find(ConstString(schemeEnd)) != ConstString::notFound) {
+        path.getFolder().find(ConstString(schemeSeparator)) != ConstString::notFound) {
         String text;
         path.getFullPath(text);
         parsed.setFullPath(text);
@@ -112,12 +116,12 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
         native.empty() ? platform::FileError::notSupported() : file.open(native, access);
     if (failure && (mode & makesPath) == makesPath && createParents(path, false))
         failure = file.open(native, access);
-    if (!answer(failure, error))
+    if (!succeeded(failure, error))
         return nullptr;
     const int32_t sectorSize = mode & FFileStream::unbuffered ? platform::getSectorSize(native) : 0;
     return streamOf(std::move(file), path, mode | FFileStream::writeAccess, sectorSize);
 } catch (const std::bad_alloc&) {
-    answer(platform::FileError::outOfMemory(), error);
+    succeeded(platform::FileError::outOfMemory(), error);
     return nullptr;
 }
 
@@ -135,18 +139,19 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
         native.empty() ? platform::FileError::notSupported() : file.open(native, access);
     if (const std::string name = failure.isNotFound() ? earlierSpelling(path) : std::string();
         !name.empty()) {
-        FNPath other{std::string_view(native)};
-        other.setName(ConstString(std::string_view(name)));
-        if (!file.open(other.toUtf8(), access)) {
+        const std::string other = folderOfNative(native) + name;
+        if (!file.open(other, access)) {
             failure = {};
             path.setName(ConstString(std::string_view(name)));
+            if (!path.isValid())
+                throw std::bad_alloc();
         }
     }
-    if (!answer(failure, error))
+    if (!succeeded(failure, error))
         return nullptr;
     return streamOf(std::move(file), path, mode, sectorSize);
 } catch (const std::bad_alloc&) {
-    answer(platform::FileError::outOfMemory(), error);
+    succeeded(platform::FileError::outOfMemory(), error);
     return nullptr;
 }
 
@@ -161,7 +166,7 @@ bool FNFileSystem::closeFile(Ref<FStream> stream) {
 }
 
 bool FNFileSystem::deleteFile(const FPath& path) try {
-    if (!answer(platform::deleteFile(nativeOf(path))))
+    if (!succeeded(platform::deleteFile(nativeOf(path))))
         return false;
     notify(fileDeleted, path);
     return true;
@@ -176,20 +181,19 @@ bool FNFileSystem::exists(const FPath& path) try {
     return false;
 }
 
-bool FNFileSystem::moveTo(FPath& path, const std::string& from, const FNPath& target) {
-    const bool isFolder = infoOf(path).kind == platform::FileKind::folder;
+bool FNFileSystem::moveTo(const std::string& from, const std::string& to) {
+    const bool isFolder = infoAt(from).kind == platform::FileKind::folder;
     FNPath earlier(from, isFolder);
-    if (from.empty() || !answer(platform::moveFile(from, target.toUtf8())))
+    if (!succeeded(platform::moveFile(from, to)))
         return false;
-    notify(isFolder ? folderRenamed : fileRenamed, target, &earlier);
+    notify(isFolder ? folderRenamed : fileRenamed, FNPath(to, isFolder), &earlier);
     return true;
 }
 
 bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
     const std::string native = nativeOf(path);
-    FNPath target(native, path.isFolder());
-    target.setName(newName);
-    if (!isName(newName) || !moveTo(path, native, target))
+    const std::string name = toNativeText(newName);
+    if (native.empty() || !isName(name) || !moveTo(native, folderOfNative(native) + name))
         return false;
     path.setName(newName);
     return true;
@@ -199,14 +203,16 @@ bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
 
 bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     const std::string native = nativeOf(path);
-    FNPath target(nativeOf(newFolder), true);
-    if (!target.isValid())
+    std::string target = nativeOf(newFolder);
+    const std::string name = nameOfNative(native);
+    if (!isName(name) || target.empty())
         return false;
-    target.addFolder(FNPath(std::string_view(native)).getName(), path.isFolder());
-    if (!moveTo(path, native, target))
+    target += target.ends_with('/') ? name : '/' + name;
+    if (!moveTo(native, target))
         return false;
-    path.setNative(ConstString(std::string_view(target.toUtf8())));
-    path.setIsFolder(target.isFolder());
+    const bool isFolder = path.isFolder();
+    path.setNative(ConstString(std::string_view(target)));
+    path.setIsFolder(isFolder);
     return true;
 } catch (const std::bad_alloc&) {
     return false;
@@ -223,7 +229,7 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
             return !progress->isCancelled(block.data(), static_cast<int64_t>(block.size()));
         };
     }
-    if (!answer(platform::copyFile(nativeOf(from), nativeOf(to), step)))
+    if (!succeeded(platform::copyFile(nativeOf(from), nativeOf(to), step)))
         return false;
     notify(fileWritten, to);
     return true;
@@ -232,7 +238,7 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
 }
 
 bool FNFileSystem::createFolder(const FPath& path) try {
-    if (!answer(platform::createFolder(nativeOf(path))))
+    if (!succeeded(platform::createFolder(nativeOf(path))))
         return false;
     notify(folderCreated, path);
     return true;
@@ -241,7 +247,7 @@ bool FNFileSystem::createFolder(const FPath& path) try {
 }
 
 bool FNFileSystem::setCurrentFolder(const FPath& path) try {
-    return answer(platform::setCurrentFolder(nativeOf(path)));
+    return succeeded(platform::setCurrentFolder(nativeOf(path)));
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -249,7 +255,7 @@ bool FNFileSystem::setCurrentFolder(const FPath& path) try {
 bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
     const std::string native = nativeOf(path);
     platform::VolumeInfo volume;
-    if (native.empty() || !answer(platform::getVolumeInfo(native, volume)))
+    if (native.empty() || !succeeded(platform::getVolumeInfo(native, volume)))
         return false;
     info.name = ConstString(std::string_view(volume.name));
     info.kind = volume.kind;
@@ -261,7 +267,7 @@ bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
 }
 
 bool FNFileSystem::deleteFolder(const FPath& path) try {
-    if (!answer(platform::deleteFolder(nativeOf(path))))
+    if (!succeeded(platform::deleteFolder(nativeOf(path))))
         return false;
     notify(folderDeleted, path);
     return true;
@@ -320,8 +326,12 @@ bool FNFileSystem::isWriteProtected(const FPath& path) try {
 }
 
 bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
-    return FNPath(nativeOf(path), isFolder)
-        .createFolders(isFolder ? FNPath::Folders::withName : FNPath::Folders::above);
+    std::string folder = nativeOf(path);
+    if (folder.empty())
+        return false;
+    if (!isFolder)
+        folder = folderOfNative(folder);
+    return folder.empty() || succeeded(platform::createFolders(folder));
 } catch (const std::bad_alloc&) {
     return false;
 }

@@ -97,7 +97,7 @@ public:
     static std::string nativeOf(const FPath& path);
 
 private:
-    bool moveTo(FPath& path, const std::string& from, const FNPath& target);
+    bool moveTo(const std::string& from, const std::string& to);
 };
 
 } // namespace qorl

@@ -83,11 +83,13 @@ void FNPath::build(const ConstString& name, FolderKind kind, const ConstString& 
 }
 
 bool FNPath::createFolders(Folders folders) const try {
-    FNPath folder = *this;
+    if (!isValid())
+        return false;
+    std::string folder = toUtf8();
     if (folders == Folders::above || (folders == Folders::asMarked && !isFolder()))
-        folder.up();
+        folder = folderOfNative(folder);
     // A bare name lies in the current folder, which is there.
-    return !folder.isValid() ? isValid() : !platform::createFolders(folder.toUtf8());
+    return folder.empty() || !platform::createFolders(folder);
 } catch (const std::bad_alloc&) {
     return false;
 }

@@ -70,7 +70,7 @@ std::string folderOf(const std::string& path) {
 }
 
 /// The place on another computer that the block `info` of a link names, where it is mounted.
-std::string onShare(const LinkReader& link, size_t info) {
+std::string targetOnShare(const LinkReader& link, size_t info) {
     constexpr uint32_t hasNetworkName = 2;
     if ((link.number(info + 8, 4) & hasNetworkName) == 0)
         return {};
@@ -108,7 +108,7 @@ std::string targetOfLink(const std::string& path, const std::vector<uint8_t>& by
         target = folderOf(path) + target;
     if (!target.empty() && (platform::fileExists(target) || platform::folderExists(target)))
         return target;
-    return flags & hasInfo ? onShare(link, info) : std::string();
+    return flags & hasInfo ? targetOnShare(link, info) : std::string();
 }
 
 std::string targetOfDesktopEntry(std::string_view text) {

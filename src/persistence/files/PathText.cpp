@@ -48,6 +48,20 @@ std::string toNativeText(std::u16string_view path) {
     return native;
 }
 
+std::string toNativeText(const ConstString& text) {
+    return text.isWide() ? toNativeText(text.view16()) : std::string(text.view8());
+}
+
+std::string folderOfNative(std::string_view native) {
+    native = native.substr(0, native.find_last_not_of('/') + 1);
+    return std::string(native.substr(0, native.find_last_of('/') + 1));
+}
+
+std::string nameOfNative(std::string_view native) {
+    native = native.substr(0, native.find_last_not_of('/') + 1);
+    return std::string(native.substr(native.find_last_of('/') + 1));
+}
+
 bool isPlainText(std::u16string_view path) {
     for (int32_t at = 0; at < static_cast<int32_t>(path.size());)
         if (isSurrogate(text::nextPoint(path, at)))

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/text/ConstString.h"
+
 #include <string>
 #include <string_view>
 
@@ -11,6 +13,12 @@ namespace qorl {
 std::u16string toPathText(std::string_view native);
 /// The way back. Other lone surrogates, which no name of a file gives, become U+FFFD.
 std::string toNativeText(std::u16string_view path);
+/// The same for a text of either width; bytes are as they are.
+std::string toNativeText(const ConstString& text);
+/// What stands in front of the last `/` of a native path, with it, and what behind it. Final ones count for
+/// the folder above: "/a/b/" is "b" in "/a/".
+std::string folderOfNative(std::string_view native);
+std::string nameOfNative(std::string_view native);
 /// Whether no byte of a name, and no other half of a character, stands alone in it.
 bool isPlainText(std::u16string_view path);
 

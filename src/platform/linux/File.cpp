@@ -29,7 +29,7 @@ int flagsOf(uint32_t mode) {
 
 /// Two kinds of locks stand for four ways of sharing. Who lets others write holds none, but looks whether
 /// somebody else would mind.
-FileError lock(int descriptor, uint32_t mode) {
+FileError lockAsShared(int descriptor, uint32_t mode) {
     const bool sharesRead = mode & openSharesRead;
     const bool sharesWrite = mode & openSharesWrite;
     const bool isWriting = mode & openWrite;
@@ -111,7 +111,7 @@ FileError File::open(const std::string& path, uint32_t mode, uint32_t rights) {
     if (!error && mode & openRegular && !S_ISREG(status.st_mode))
         error.code = ENOTSUP;
     if (!error && mode & openLocked)
-        error = lock(descriptor_, mode);
+        error = lockAsShared(descriptor_, mode);
     if (!error && mode & openLocked && mode & openTruncate)
         error = setSize(0);
     if (error) {

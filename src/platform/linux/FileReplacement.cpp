@@ -11,6 +11,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace qorl::platform {
 
@@ -99,7 +100,7 @@ FileError FileReplacement::open(const std::string& path, Rights rights) {
 FileError FileReplacement::makeBeside(uint32_t rights) {
     constexpr uint32_t mode = openRead | openWrite | openCreate | openExclusive;
     for (int writer = 0; writer < mostWriters; ++writer) {
-        const std::string name = nameOfNew(target_, writer);
+        std::string name = nameOfNew(target_, writer);
         FileError error = NativeFile::open(file_, name, mode, rights);
         if (error.isExisting() && removeIfLeft(name))
             error = NativeFile::open(file_, name, mode, rights);
@@ -108,7 +109,7 @@ FileError FileReplacement::makeBeside(uint32_t rights) {
         if (error)
             return error;
         if (lockNew(NativeFile::descriptorOf(file_))) {
-            name_ = name;
+            name_ = std::move(name);
             return {};
         }
         file_.close();
