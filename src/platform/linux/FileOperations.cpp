@@ -225,7 +225,7 @@ std::string getCanonicalPath(const std::string& path) {
             return path;
         if (!part.empty() && part != ".")
             missing.push_back(std::move(part));
-        existing = parent;
+        existing = withoutEnd(parent);
     }
 }
 

@@ -411,6 +411,7 @@ TEST_F(FilesTest, ResolvesPathsThatDoNotExistYet) {
         {at("real/"), base + "/real"},
         {at("missing/../real/x"), base + "/real/x"},
         {at("none/"), base + "/none"},
+        {at("none//new///file"), base + "/none/new/file"},
         {at("dangling/file"), base + "/real/none/file"},
         {"/", "/"},
     };
