@@ -3,8 +3,8 @@
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
 #include "foundation/threads/FLock.h"
-#include "persistence/archive/FObjectArchive.h"
-#include "persistence/files/FNPath.h"
+#include "persistence/files/PathText.h"
+#include "persistence/streams/FBinaryStream.h"
 #include "persistence/urls/UrlBytes.h"
 
 #include <algorithm>
@@ -56,10 +56,21 @@ void keepWhole(String& place, std::u16string_view text) {
 
 /// A name as the system knows it. False for one that is part of no path.
 bool toNativeName(const ConstString& name, std::string& bytes) {
-    FPath plain;
-    plain.setName(name);
-    bytes = plain.toUtf8();
-    return bytes.empty() == name.isEmpty() && bytes.find('\0') == std::string::npos;
+    bytes = name.isWide() ? toNativeText(name.view16()) : std::string(name.view8());
+    return bytes.find('\0') == std::string::npos;
+}
+
+/// A text as paths keep it, whatever its width.
+std::u16string wideText(const ConstString& text) {
+    return text.isWide() ? std::u16string(text.view16()) : toPathText(text.view8());
+}
+
+/// A text in the width in which it can be read back.
+void printStored(String& stored, const String& text) {
+    const std::string native = toNativeText(text.view16());
+    stored = isPlainText(text.view16()) ? ConstString(text.view16()) : ConstString(std::string_view(native));
+    if (stored.isEmpty() != text.isEmpty())
+        throw std::bad_alloc();
 }
 
 std::u16string asciiToWide(const std::string& text) {
@@ -81,6 +92,29 @@ int32_t portOf(std::u16string_view digits) {
 
 } // namespace
 
+FUrl::FUrl(const FUrl& other)
+    : FPath(other), scheme_(other.scheme_), host_(other.host_), port_(other.port_), path_(other.path_),
+      user_(other.user_), password_(other.password_) {
+    clearUnlessCopyOf(other);
+}
+
+FUrl& FUrl::operator=(const FUrl& other) {
+    if (this != &other)
+        *this = FUrl(other);
+    return *this;
+}
+
+/// A text that memory does not suffice for is left out of a copy.
+void FUrl::clearUnlessCopyOf(const FUrl& other) {
+    constexpr String FUrl::*parts[] = {&FUrl::scheme_,   &FUrl::host_, &FUrl::path_,  &FUrl::user_,
+                                       &FUrl::password_, &FUrl::name_, &FUrl::folder_};
+    for (const auto part : parts)
+        if ((this->*part).size() != (other.*part).size()) {
+            clearAll();
+            return;
+        }
+}
+
 FUrl::FUrl(const FPath& path) {
     if (const auto* url = cast<FUrl>(&path))
         *this = *url;
@@ -100,13 +134,14 @@ FUrl::FUrl(const ConstString& scheme, const ConstString& host, int32_t port, con
 }
 
 bool FUrl::setFullPath(const ConstString& text) try {
-    const std::u16string whole = text.toUtf16();
+    const std::u16string whole = wideText(text);
     String trimmed{std::u16string_view(whole)};
     if (static_cast<size_t>(trimmed.size()) != whole.size())
         throw std::bad_alloc();
     trimmed.trim();
     clearAll();
-    if (takeApart(trimmed.isWide() ? trimmed.view16() : std::u16string_view()))
+    if (whole.find(u'\0') == std::u16string::npos &&
+        takeApart(trimmed.isWide() ? trimmed.view16() : std::u16string_view()))
         return true;
     clearAll();
     return false;
@@ -182,7 +217,11 @@ void FUrl::getPath(String& text) const {
 }
 
 void FUrl::setPath(const ConstString& text, bool isFolder) try {
-    adopt(text.toUtf16(), isFolder);
+    const std::u16string path = wideText(text);
+    if (path.find(u'\0') == std::u16string::npos)
+        adopt(path, isFolder);
+    else
+        clearAll();
 } catch (const std::bad_alloc&) {
     clearAll();
 }
@@ -192,16 +231,11 @@ void FUrl::adopt(std::u16string_view path, bool isFolder) {
     keepWhole(kept, path);
     path_ = std::move(kept);
     keepWhole(folder_, folderPart());
-    const std::string bytes = ConstString(lastPart()).toUtf8();
-    const std::string name = scheme_.isEmpty() ? bytes : urlbytes::decode(bytes);
-    // By the base, which knows how paths keep bytes that are no text. A character 0 is part of no name.
-    FPath named;
-    if (name.find('\0') == std::string::npos)
-        named.setName(ConstString(std::string_view(name)));
-    name_ = named.getName();
-    if (name_.size() != named.getName().size() ||
-        (name_.isEmpty() && !name.empty() && name.find('\0') == std::string::npos))
-        throw std::bad_alloc();
+    std::u16string name(lastPart());
+    if (!scheme_.isEmpty())
+        name = toPathText(urlbytes::decode(toNativeText(name)));
+    // A character 0 is part of no name.
+    keepWhole(name_, name.find(u'\0') == std::u16string::npos ? name : std::u16string());
     setIsFolder(isFolder);
 }
 
@@ -226,7 +260,7 @@ void FUrl::setName(const ConstString& name) try {
     }
     std::u16string path(folderPart());
     const bool hadEnd = path_.size() > 1 && path_.view16().ends_with(u'/');
-    path += scheme_.isEmpty() ? name.toUtf16() : asciiToWide(urlbytes::encode(bytes));
+    path += scheme_.isEmpty() ? toPathText(bytes) : asciiToWide(urlbytes::encode(bytes));
     adopt(hadEnd ? path + u'/' : path, isFolder());
 } catch (const std::bad_alloc&) {
     clearAll();
@@ -242,7 +276,7 @@ void FUrl::setFileType(const FFileType& type, bool replace) {
 }
 
 void FUrl::setFolder(const ConstString& text) try {
-    std::u16string path = text.toUtf16();
+    std::u16string path = wideText(text);
     if (!path.empty() && !path.ends_with(u'/'))
         path += u'/';
     adopt(path + std::u16string(path_.view16().substr(folderPart().size())), isFolder());
@@ -328,6 +362,38 @@ int32_t FUrl::compare(const CmObject* other) const try {
     return logins < 0 ? -1 : logins > 0 ? 1 : 0;
 } catch (const std::bad_alloc&) {
     return CmObject::compare(other);
+}
+
+bool FUrl::save(FBinaryStream& stream) const try {
+    // A text is written with a mark of three bytes and its terminator.
+    for (const String* part : {&scheme_, &host_, &path_})
+        if (toNativeText(part->view16()).size() + 4 > String::maxStoredBytes)
+            return false;
+    String path;
+    printStored(path, path_);
+    return FPath::save(stream) && scheme_.writeTo(stream) && host_.writeTo(stream) &&
+           stream.writeInt32(port_) && path.writeTo(stream);
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FUrl::load(FBinaryStream& stream) try {
+    FUrl loaded;
+    String scheme;
+    String host;
+    String path;
+    if (!loaded.FPath::load(stream) || !scheme.readFrom(stream) || !host.readFrom(stream) ||
+        !stream.readInt32(loaded.port_) || !path.readFrom(stream))
+        return false;
+    if (loaded.port_ < 0 || loaded.port_ > maxPort || path.findChar16(u'\0') != ConstString::notFound)
+        return false;
+    keepWhole(loaded.scheme_, scheme.toUtf16());
+    keepWhole(loaded.host_, host.toUtf16());
+    loaded.adopt(wideText(path), loaded.isFolder());
+    *this = std::move(loaded);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 void FUrl::registerPort(std::string_view scheme, int32_t port) {

@@ -16,8 +16,8 @@ class FNPath;
 /// and two digits (RFC 3986); what goes through the name (`getName`, `setName`, `addFolder`, `setFileType`)
 /// is plain, and is encoded and decoded on the way.
 ///
-/// An operation that runs out of memory, or gets a name with a character 0 in it, leaves the URL empty, since
-/// a part of it would name another place.
+/// A text or a name with a character 0 in it, and one that memory does not suffice for, leaves the URL empty:
+/// a part of it would name another place. So does a copy without memory.
 /// Threading: as a path, one thread at a time; a URL that nobody changes may be read by many.
 class FUrl : public FPath {
     QORL_CLASS(FUrl, FPath)
@@ -36,6 +36,10 @@ public:
     static constexpr int32_t maxPort = 65535;
 
     FUrl() = default;
+    FUrl(const FUrl& other);
+    FUrl(FUrl&& other) noexcept = default;
+    FUrl& operator=(const FUrl& other);
+    FUrl& operator=(FUrl&& other) noexcept = default;
     explicit FUrl(const ConstString& text) { setFullPath(text); }
     /// A copy of a URL. Of any other path: its file URL, when it is absolute, or the path alone.
     explicit FUrl(const FPath& path);
@@ -102,6 +106,11 @@ public:
     bool isEqual(const CmObject* other) const override;
     int32_t compare(const CmObject* other) const override;
 
+    /// The binary form: that of a path, then scheme, host, the port in 32 bits, path. Neither here nor in
+    /// attributes, which hold the whole text, is there a user or a password.
+    bool save(FBinaryStream& stream) const override;
+    bool load(FBinaryStream& stream) override;
+
     /// Percent encoding of each byte but lower-case letters and `& + - . / 0-9 = ? A-Z _`, with two digits in
     /// lower case. A wide text stays wide. With `asUtf8` the bytes are those of UTF-8; else a character has
     /// one byte (Latin-1), unless one above 255 makes that impossible.
@@ -127,6 +136,7 @@ private:
     std::u16string_view lastPart() const;
     void replaceLastPart(const ConstString& name);
     void clearAll();
+    void clearUnlessCopyOf(const FUrl& other);
 
     String scheme_;
     String host_;

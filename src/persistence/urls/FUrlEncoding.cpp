@@ -1,4 +1,5 @@
 #include "foundation/text/TextConversion.h"
+#include "persistence/files/PathText.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/urls/UrlBytes.h"
 
@@ -85,23 +86,23 @@ void FUrl::decode(String& text) try {
 }
 
 std::string FUrl::plainPath() const {
-    const std::string bytes = path_.toUtf8();
+    const std::string bytes = toNativeText(path_.view16());
     return scheme_.isEmpty() ? bytes : urlbytes::decode(bytes);
 }
 
 std::string FUrl::normalForm() const {
     if (scheme_.isEmpty())
-        return withoutDotSegments(path_.toUtf8());
+        return withoutDotSegments(plainPath());
     std::string form = urlbytes::lowerCase(scheme_.toUtf8()) + "://";
     if (!hasScheme(fileScheme)) {
-        form += urlbytes::lowerCase(urlbytes::normalize(host_.toUtf8()));
+        form += urlbytes::lowerCase(host_.toUtf8());
         FUrl plain;
         plain.scheme_ = scheme_;
         plain.takeAuthority({});
         if (port_ != 0 && port_ != plain.port_)
             form += ':' + std::to_string(port_);
     }
-    const std::string path = urlbytes::normalize(path_.toUtf8());
+    const std::string path = urlbytes::normalize(toNativeText(path_.view16()));
     return form + withoutDotSegments(path.starts_with('/') && hasScheme(fileScheme) ? path : '/' + path);
 }
 

@@ -1,4 +1,5 @@
 #include "persistence/files/FNPath.h"
+#include "persistence/files/PathText.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/urls/UrlBytes.h"
 #include "platform/Files.h"
@@ -84,7 +85,7 @@ void FUrl::adoptNative(const FPath& path) try {
     const std::string native = path.toUtf8();
     clearAll();
     if (!native.starts_with('/')) {
-        adopt(ConstString(std::string_view(native)).toUtf16(), path.isFolder());
+        adopt(toPathText(native), path.isFolder());
         return;
     }
     *this = FUrl(ConstString("file"), {}, 0, ConstString(std::string_view(urlbytes::encodePath(native))));
