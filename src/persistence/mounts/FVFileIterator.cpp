@@ -1,0 +1,29 @@
+#include "persistence/mounts/FVFileIterator.h"
+
+namespace qorl {
+
+FVFileIterator::FVFileIterator(const FUrl& folder, std::vector<VirtualFileService::Entry> entries,
+                               int32_t mode)
+    : folder_(folder), entries_(std::move(entries)), mode_(mode) {}
+
+FPath* FVFileIterator::next() {
+    constexpr int32_t eachKind = FFileSystem::files | FFileSystem::folders;
+    const int32_t wanted = (mode_ & eachKind) == 0 ? eachKind : mode_;
+    isAtEntry_ = false;
+    while (!isAtEntry_ && place_ < entries_.size()) {
+        const auto& entry = entries_[place_++];
+        const bool isFolder = entry.kind == VirtualFileService::Info::Kind::folder;
+        if (!(wanted & (isFolder ? FFileSystem::folders : FFileSystem::files)))
+            continue;
+        current_ = folder_;
+        current_.addPathSegment(entry.name, isFolder);
+        isAtEntry_ = true;
+    }
+    return getCurrent();
+}
+
+FPath* FVFileIterator::getCurrent() {
+    return isAtEntry_ ? &current_ : nullptr;
+}
+
+} // namespace qorl

@@ -1,0 +1,17 @@
+#include "persistence/urls/FFileIteratorUrlWrapper.h"
+
+namespace qorl {
+
+FPath* FFileIteratorUrlWrapper::next() {
+    const FPath* path = inner_ ? inner_->next() : nullptr;
+    isAtEntry_ = path != nullptr;
+    if (path)
+        current_ = FUrl(*path);
+    return getCurrent();
+}
+
+FPath* FFileIteratorUrlWrapper::getCurrent() {
+    return isAtEntry_ ? &current_ : nullptr;
+}
+
+} // namespace qorl

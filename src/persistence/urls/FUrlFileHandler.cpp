@@ -1,0 +1,33 @@
+#include "persistence/urls/FUrlFileHandler.h"
+
+#include "persistence/files/FNFileSystem.h"
+
+#include <new>
+#include <utility>
+
+namespace qorl {
+
+bool FUrlFileHandler::open() try {
+    close();
+    auto* files = FNFileSystem::instance();
+    FNPath path;
+    if (!files || !url_.getNativePath(path))
+        return false;
+    stream_ = files->openFile(path, FFileStream::readAccess | FFileStream::shareRead);
+    size_ = stream_ ? files->getFileSize(*stream_) : -1;
+    return stream_ != nullptr;
+} catch (const std::bad_alloc&) {
+    close();
+    return false;
+}
+
+void FUrlFileHandler::close() {
+    size_ = -1;
+    if (!stream_)
+        return;
+    if (auto* files = FNFileSystem::instance())
+        files->closeFile(std::move(stream_));
+    stream_ = nullptr;
+}
+
+} // namespace qorl

@@ -1,0 +1,95 @@
+#include "persistence/urls/UrlMetaHandler.h"
+
+#include "foundation/Singleton.h"
+#include "persistence/mounts/FVfsHandler.h"
+#include "persistence/urls/FUrlFileHandler.h"
+#include "persistence/urls/UrlBytes.h"
+
+#include <algorithm>
+#include <new>
+#include <system_error>
+
+namespace qorl {
+
+namespace {
+
+constinit Singleton<UrlMetaHandler> metaHandler;
+
+std::string schemeKey(std::string_view scheme) {
+    return urlbytes::lowerCase(scheme.substr(0, scheme.find(':')));
+}
+
+Ref<FUrlHandler> createFileHandler(const FUrl& url) {
+    return make<FUrlFileHandler>(url);
+}
+
+void tell(int32_t* error, std::errc reason) {
+    if (error)
+        *error = static_cast<int32_t>(reason);
+}
+
+} // namespace
+
+UrlMetaHandler* UrlMetaHandler::instance() {
+    return metaHandler.get();
+}
+
+UrlMetaHandler::UrlMetaHandler()
+    : handlers_{{"", &createFileHandler},
+                {schemeKey(FUrl::fileScheme), &createFileHandler},
+                {schemeKey(FUrl::networkScheme), &createFileHandler},
+                {schemeKey(FUrl::virtualScheme), &FVfsHandler::create}} {}
+
+bool UrlMetaHandler::registerHandler(std::string_view scheme, CreateHandler create, int32_t port) try {
+    std::string key = schemeKey(scheme);
+    if (port != 0)
+        FUrl::registerPort(key, port);
+    const FGuard guard(lock_);
+    const auto found = std::ranges::find(handlers_, key, &Entry::scheme);
+    if (found != handlers_.end())
+        found->create = create;
+    else
+        handlers_.push_back({std::move(key), create});
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+void UrlMetaHandler::unregisterHandler(std::string_view scheme) {
+    scheme = scheme.substr(0, scheme.find(':'));
+    const FGuard guard(lock_);
+    std::erase_if(handlers_, [scheme](const Entry& entry) {
+        return ConstString(std::string_view(entry.scheme))
+                   .compare(ConstString(scheme), ConstString::all, true) == 0;
+    });
+}
+
+Ref<FUrlHandler> UrlMetaHandler::createHandler(const FUrl& url) try {
+    const std::string key = urlbytes::lowerCase(url.scheme().toUtf8());
+    CreateHandler create = nullptr;
+    {
+        const FGuard guard(lock_);
+        const auto found = std::ranges::find(handlers_, key, &Entry::scheme);
+        if (found != handlers_.end())
+            create = found->create;
+    }
+    return create ? create(url) : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+Ref<FStream> UrlMetaHandler::openUrl(const FUrl& url, int32_t* error) {
+    if (error)
+        *error = 0;
+    const Ref<FUrlHandler> handler = createHandler(url);
+    if (!handler) {
+        tell(error, std::errc::protocol_not_supported);
+        return nullptr;
+    }
+    if (handler->open())
+        return retain(handler->getStream());
+    tell(error, std::errc::no_such_file_or_directory);
+    return nullptr;
+}
+
+} // namespace qorl

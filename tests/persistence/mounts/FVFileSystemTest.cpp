@@ -1,0 +1,273 @@
+#include "persistence/mounts/FVFileSystem.h"
+
+#include "foundation/Cast.h"
+#include "persistence/files/FFileIterator.h"
+#include "persistence/mounts/MemoryService.h"
+#include "persistence/streams/StreamProgress.h"
+#include "persistence/urls/UrlMetaHandler.h"
+#include "support/FailingAllocation.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+FVFileSystem& files() {
+    return *FVFileSystem::instance();
+}
+
+FUrl at(const std::string& text) {
+    return FUrl(ConstString(std::string_view(text)));
+}
+
+TEST(VfsResult, HasANumberAndATextOfOneCategory) {
+    struct Row {
+        VfsError error;
+        const char* text;
+    };
+    const Row rows[] = {
+        {VfsError::internal, "internal filesystem returned error"},
+        {VfsError::readOnly, "filesystem is readonly"},
+        {VfsError::noArchive, "no archive registered for this uri"},
+        {VfsError::noFileSystem, "no filesystem registered to handle URI"},
+        {VfsError::notImplemented, "not implemented"},
+        {VfsError::unknown, "unknown error"},
+        {VfsError(99), "unknown error"},
+        {VfsError(-1), "unknown error"},
+    };
+    for (const Row& row : rows) {
+        const VfsResult result = row.error;
+        EXPECT_EQ(result.message(), row.text);
+        EXPECT_EQ(result.value(), static_cast<int>(row.error));
+        EXPECT_STREQ(result.category().name(), "system");
+        EXPECT_NE(result, std::error_code(result.value(), std::system_category()))
+            << "only the name is shared";
+    }
+    EXPECT_FALSE(VfsResult());
+}
+
+TEST(FVFileSystem, GoesByTheUriToOneService) {
+    const RegisteredService all("vfs:");
+    const RegisteredService samples("vfs://Samples");
+    const RegisteredService packs("tonepack:");
+    all->add("a", "of the scheme");
+    samples->add("a", "of the host");
+    packs->add("a", "of the pack");
+    struct Row {
+        const char* url;
+        const char* content;
+        VfsError error;
+    };
+    const Row rows[] = {
+        {"vfs://samples/a", "of the host", VfsError(0)},
+        {"VFS://SAMPLES/a", "of the host", VfsError(0)},
+        {"vfs://other/a", "of the scheme", VfsError(0)},
+        {"vfs:///a", "of the scheme", VfsError(0)},
+        {"tonepack://x/a", "of the pack", VfsError(0)},
+        {"vfs://samples/b", "nothing", VfsError::internal},
+        {"http://host/a", "nothing", VfsError::noFileSystem},
+        {"/a", "nothing", VfsError::noFileSystem},
+        {"file:///a", "nothing", VfsError::noFileSystem},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.url);
+        FUrl url = at(row.url);
+        int32_t error = -1;
+        EXPECT_EQ(contentOf(files().openFile(url, FFileStream::readAccess, &error).get()), row.content);
+        EXPECT_EQ(error, static_cast<int32_t>(row.error));
+        EXPECT_EQ(FVFileSystem::lastResult(), VfsResult(row.error));
+    }
+    EXPECT_TRUE(files().unregisterService("vfs://samples"));
+    EXPECT_FALSE(files().unregisterService("vfs://samples"));
+    FUrl url = at("vfs://samples/a");
+    EXPECT_EQ(contentOf(files().openFile(url, FFileStream::readAccess).get()), "of the scheme");
+    for (const char* refused : {"file:", "smb://host", "", "no scheme"})
+        EXPECT_FALSE(files().registerService(refused, all.service)) << refused;
+    EXPECT_FALSE(files().registerService("new:", nullptr));
+}
+
+TEST(FVFileSystem, IsWhatUrlsOfItsSchemesAreReadThrough) {
+    auto& urls = *UrlMetaHandler::instance();
+    int32_t error = 0;
+    EXPECT_EQ(urls.openUrl(at("pitchplate://x/a"), &error), nullptr);
+    EXPECT_EQ(error, static_cast<int32_t>(std::errc::protocol_not_supported));
+    {
+        const RegisteredService plates("pitchplate:");
+        plates->add("a b%", "plate");
+        EXPECT_EQ(contentOf(urls.openUrl(at("PITCHPLATE://x/a%20b%25"), &error).get()), "plate");
+        EXPECT_EQ(error, 0);
+        const Ref<FUrlHandler> handler = urls.createHandler(at("pitchplate://x/a%20b%25"));
+        EXPECT_EQ(handler->getStream(), nullptr) << "made is not opened";
+        EXPECT_EQ(handler->getSize(), -1);
+        EXPECT_TRUE(handler->open());
+        EXPECT_EQ(handler->getSize(), 5);
+        EXPECT_EQ(contentOf(handler->getStream()), "plate");
+        handler->close();
+        EXPECT_EQ(handler->getStream(), nullptr);
+        EXPECT_EQ(handler->getSize(), -1);
+        EXPECT_EQ(urls.openUrl(at("pitchplate://x/c"), &error), nullptr);
+        EXPECT_EQ(error, static_cast<int32_t>(std::errc::no_such_file_or_directory));
+    }
+    EXPECT_EQ(urls.createHandler(at("pitchplate://x/a")), nullptr) << "goes with the service";
+    EXPECT_NE(urls.createHandler(at("vfs://x/a")), nullptr);
+    EXPECT_EQ(urls.openUrl(at("vfs://x/a")), nullptr);
+}
+
+TEST(FVFileSystem, DoesWhatFileSystemsDo) {
+    const RegisteredService memory("vfs:");
+    const FUrl path = at("vfs://m/new%20folder/sub/file.txt");
+    EXPECT_EQ(files().createFile(path, FFileStream::writeAccess), nullptr);
+    Ref<FStream> stream = files().createFile(path, FFileStream::writeAccess | FFileStream::createPath);
+    ASSERT_NE(stream, nullptr);
+    EXPECT_EQ(memory->list(), "new folder/ new folder/sub/ new folder/sub/file.txt ");
+    stream->writeChars("content", false);
+    EXPECT_EQ(files().getFileSize(*stream), 7);
+    EXPECT_TRUE(files().closeFile(std::move(stream)));
+    EXPECT_EQ(files().getFileSizeOf(path), 7);
+    EXPECT_EQ(files().getFileSizeOf(at("vfs://m/new%20folder")), -1);
+    EXPECT_TRUE(files().exists(path));
+    EXPECT_TRUE(files().exists(at("vfs://m/new%20folder/")));
+    EXPECT_FALSE(files().exists(at("vfs://m/new%20folder/sub/file.txt/"))) << "a file is no folder";
+    platform::CalendarTime written;
+    EXPECT_TRUE(files().getFileTime(path, nullptr, &written, nullptr));
+    EXPECT_EQ(written.year, 2001);
+    EXPECT_FALSE(files().getFileTime(at("vfs://m/none"), nullptr, &written, nullptr));
+
+    FUrl moving = path;
+    EXPECT_TRUE(files().rename(moving, "a,b.txt"));
+    EXPECT_EQ(moving.toUtf8(), "vfs://m/new%20folder/sub/a%2cb.txt");
+    EXPECT_TRUE(files().move(moving, at("vfs://m/new%20folder/")));
+    EXPECT_EQ(moving.toUtf8(), "vfs://m/new%20folder/a%2cb.txt");
+    for (const char* name : {"", "x/y", ".", ".."})
+        EXPECT_FALSE(files().rename(moving, name)) << name;
+    EXPECT_FALSE(files().move(moving, at("file:///tmp/")));
+    EXPECT_EQ(memory->list(), "new folder/ new folder/a,b.txt new folder/sub/ ");
+
+    EXPECT_TRUE(files().createFolder(at("vfs://m/other")));
+    EXPECT_TRUE(files().deleteFolder(at("vfs://m/other")));
+    EXPECT_TRUE(files().deleteFile(moving));
+    EXPECT_FALSE(files().deleteFile(moving));
+    EXPECT_FALSE(files().setCurrentFolder(at("vfs://m/new%20folder")));
+    EXPECT_EQ(FVFileSystem::lastResult().message(), "not implemented");
+    memory->isReadOnly = true;
+    EXPECT_EQ(files().createFile(path, FFileStream::writeAccess), nullptr);
+    EXPECT_EQ(FVFileSystem::lastResult().message(), "filesystem is readonly");
+    EXPECT_TRUE(files().isReadOnly(path));
+}
+
+TEST(FVFileSystem, WalksAFolderByUrls) {
+    const RegisteredService memory("vfs:");
+    memory->addFolder("f");
+    memory->addFolder("f/sub folder");
+    memory->add("f/a b", "");
+    memory->add("f/c", "");
+    memory->add("f/sub folder/deep", "");
+    struct Row {
+        int32_t mode;
+        const char* found;
+    };
+    for (const Row& row : {Row{0, "vfs://m/f/a%20b vfs://m/f/c vfs://m/f/sub%20folder/ "},
+                           Row{FFileSystem::files, "vfs://m/f/a%20b vfs://m/f/c "},
+                           Row{FFileSystem::folders, "vfs://m/f/sub%20folder/ "}}) {
+        const Ref<FFileIterator> walk = files().getIterator(at("vfs://m/f"), row.mode);
+        std::string found;
+        EXPECT_EQ(walk->getCurrent(), nullptr);
+        while (const FPath* path = walk->next()) {
+            EXPECT_EQ(walk->getCurrent(), path);
+            found += path->toUtf8() + ' ';
+        }
+        EXPECT_EQ(found, row.found);
+        EXPECT_EQ(walk->getCurrent(), nullptr);
+    }
+    EXPECT_EQ(files().getIterator(at("http://m/f")), nullptr);
+}
+
+class CancelAfter : public StreamProgress {
+public:
+    explicit CancelAfter(int64_t limit) : limit_(limit) {}
+    bool isCancelled(const void*, int64_t) override { return position_ >= limit_; }
+    int64_t position() const override { return position_; }
+    void setPosition(int64_t position) override { position_ = position; }
+    int64_t total() const override { return limit_; }
+
+private:
+    int64_t limit_;
+    int64_t position_ = 0;
+};
+
+TEST(FVFileSystem, NeverLosesAFileByCopyingOverIt) {
+    const RegisteredService memory("vfs:");
+    const std::string bytes(200000, 'x');
+    memory->add("from", bytes);
+    memory->add("to", "earlier");
+    for (const char* target : {"vfs://m/to", "vfs://m/new"}) {
+        CancelAfter cancel(70000);
+        EXPECT_FALSE(files().copy(at("vfs://m/from"), at(target), &cancel));
+        EXPECT_EQ(memory->list(), "from to ") << "half a copy is worse than none";
+        EXPECT_EQ(memory->read("to"), "earlier");
+    }
+    EXPECT_FALSE(files().copy(at("vfs://m/from"), at("VFS://M/%66rom"))) << "onto itself";
+    CancelAfter patient(1 << 20);
+    EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://m/to"), &patient));
+    EXPECT_EQ(patient.position(), 200000);
+    EXPECT_EQ(memory->read("to"), bytes);
+    EXPECT_EQ(memory->read("from"), bytes);
+}
+
+TEST(FVFileSystem, MeetsServicesThatMisbehave) {
+    class Odd : public MemoryService {
+    public:
+        VfsResult openFile(const FUrl&, uint32_t, Ref<FStream>&) override { return {}; }
+        VfsResult deleteFile(const FUrl&) override { return std::make_error_code(std::errc::io_error); }
+        VfsResult createFolder(const FUrl&) override { throw std::bad_alloc(); }
+        VfsResult getInfo(const FUrl&, Info&) override { return VfsError::noArchive; }
+    };
+    ASSERT_TRUE(files().registerService("vfs:", make<Odd>()));
+    FUrl path = at("vfs://m/x");
+    int32_t error = 0;
+    EXPECT_EQ(files().openFile(path, FFileStream::readAccess, &error), nullptr);
+    EXPECT_EQ(error, static_cast<int32_t>(VfsError::unknown)) << "a success without a stream";
+    EXPECT_FALSE(files().deleteFile(path));
+    EXPECT_EQ(FVFileSystem::lastResult(), VfsResult(VfsError::unknown)) << "a number of somebody else";
+    EXPECT_FALSE(files().createFolder(path));
+    EXPECT_FALSE(files().exists(path));
+    EXPECT_EQ(FVFileSystem::lastResult().message(), "no archive registered for this uri");
+    EXPECT_TRUE(files().unregisterService("vfs:"));
+}
+
+TEST(FVFileSystem, MakesNoFoldersWithoutEnd) {
+    const RegisteredService memory("vfs:");
+    std::string deep = "vfs://m";
+    for (int i = 0; i < 20000; ++i)
+        deep += "/a";
+    EXPECT_FALSE(files().createParents(at(deep), true));
+    EXPECT_EQ(memory->list(), "");
+    memory->add("file", "");
+    EXPECT_FALSE(files().createParents(at("vfs://m/file/sub/x"), false));
+    EXPECT_EQ(memory->list(), "file ");
+}
+
+TEST(FVFileSystem, TellsOfMissingMemory) {
+    const RegisteredService memory("vfs:");
+    memory->add("a", "bytes");
+    FVFileSystem::instance();
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FUrl url = at("vfs://m/a");
+        int32_t error = -1;
+        const Ref<FStream> stream = allocation.during(
+            [&] { return files().openFile(url, FFileStream::readAccess | FFileStream::shareRead, &error); });
+        EXPECT_EQ(error == 0, stream != nullptr);
+        EXPECT_TRUE(stream || allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        memory->nodes.erase("b");
+        const bool isCopied =
+            allocation.during([&] { return files().copy(at("vfs://m/a"), at("vfs://m/b")); });
+        EXPECT_EQ(memory->read("b"), isCopied ? "bytes" : "nothing");
+        EXPECT_TRUE(isCopied || allocation.hasFailed());
+    });
+}
+
+} // namespace
+} // namespace qorl
