@@ -1,9 +1,11 @@
 #include "components/FComponentRegistry.h"
 
+#include "components/MountableComponents.h"
 #include "foundation/CmDelegatingUnknown.h"
 #include "foundation/StartupHook.h"
 #include "foundation/Teardown.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "persistence/mounts/FMountTable.h"
 
 #include <algorithm>
 
@@ -12,6 +14,7 @@ namespace qorl {
 namespace {
 
 constinit FComponentRegistry* registry = nullptr;
+constinit MountableComponents mountable;
 
 Ref<FInterface> createForeign(const FUID& classId) {
     return registry ? registry->createById(classId, false) : nullptr;
@@ -54,6 +57,7 @@ void FComponentRegistry::makeInstance() {
     if (registry)
         return;
     registry = new FComponentRegistry;
+    registry->addListener(&mountable);
     CmDelegatingUnknown::setCreator(&createForeign);
 }
 
@@ -61,6 +65,7 @@ void FComponentRegistry::dropInstance() {
     if (!registry)
         return;
     CmDelegatingUnknown::setCreator(nullptr);
+    registry->removeListener(&mountable);
     registry->unloadAll();
     std::exchange(registry, nullptr)->release();
 }
@@ -88,6 +93,8 @@ void FComponentRegistry::removeComponent(const FUID& id) {
 }
 
 void FComponentRegistry::unloadAll() {
+    if (auto* table = FMountTable::instance())
+        table->removeAllComponents();
     const auto gone = std::exchange(categories_, {});
     changed(objectChanged);
 }

@@ -1,0 +1,403 @@
+#include "persistence/mounts/FMountTable.h"
+
+#include "foundation/Singleton.h"
+#include "persistence/files/FNFileSystem.h"
+#include "persistence/mounts/FVFileSystem.h"
+#include "persistence/urls/UrlBytes.h"
+#include "platform/Threads.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace qorl {
+
+namespace {
+
+constinit Singleton<FMountTable> mountTable;
+
+/// How many parts of one path are looked at as files that could be mounted.
+constexpr int32_t maxNesting = 16;
+/// No component has more types; one that never comes to an end is cut here.
+constexpr int32_t maxTypes = 1000;
+
+constexpr uint32_t sharedRead = FFileStream::readAccess | FFileStream::shareRead;
+constexpr uint32_t sharedReadWrite = sharedRead | FFileStream::writeAccess | FFileStream::shareWrite;
+
+/// One text for each file, whatever leads to it: that of its URL, behind all links. Empty for what is too
+/// long to lead anywhere.
+std::string mountKey(const FUrl& url) {
+    if (static_cast<size_t>(url.path().size()) > FMountTable::maxPathLength)
+        return {};
+    FNPath native;
+    std::string key;
+    if (url.getNativePath(native))
+        key = FUrl(FNPath(std::string_view(platform::getCanonicalPath(native.toUtf8())))).normalForm();
+    else if (!url.scheme().isEmpty())
+        key = url.normalForm();
+    while (key.ends_with('/') && !key.ends_with("//"))
+        key.pop_back();
+    return key;
+}
+
+FUrl urlOf(std::string_view key) {
+    return FUrl(ConstString(key));
+}
+
+/// The native path of a file URL, which is what the disk's file system takes, and any other URL as it is.
+template <typename Use>
+auto withPath(std::string_view key, Use use) {
+    FUrl url = urlOf(key);
+    FNPath native;
+    return url.getNativePath(native) ? use(static_cast<FPath&>(native)) : use(static_cast<FPath&>(url));
+}
+
+Ref<IVirtualFileSystem> faceOf(FInterface* instance) {
+    Ref<IVirtualFileSystem> face;
+    if (instance && instance->queryInterface(IVirtualFileSystem::iid, face.out()) != Result::ok)
+        face.reset();
+    return face;
+}
+
+template <typename Visit>
+void forEachType(IVirtualFileSystem& instance, Visit visit) {
+    FFileType type;
+    for (int32_t i = 0; i < maxTypes && instance.getFileType(i, type) == Result::ok; ++i)
+        visit(type);
+}
+
+bool holdsTypeOf(IVirtualFileSystem& instance, const FUrl& url) {
+    String extension;
+    url.getExtension(extension);
+    const FFileType wanted({}, extension);
+    bool isFound = false;
+    forEachType(instance, [&](const FFileType& type) {
+        isFound = isFound || (!extension.isEmpty() && type.isEqual(static_cast<const CmObject*>(&wanted)));
+    });
+    return isFound;
+}
+
+/// Whether a name, in the form of a URL, ends in one of the extensions.
+bool hasExtension(std::string_view segment, const std::vector<String>& extensions) {
+    const size_t dot = segment.rfind('.');
+    if (extensions.empty() || dot == std::string_view::npos || dot == 0)
+        return false;
+    const std::string extension = urlbytes::decode(segment.substr(dot + 1));
+    return std::ranges::any_of(extensions, [&](const String& known) {
+        return known.compare(ConstString(std::string_view(extension)), ConstString::all, true) == 0;
+    });
+}
+
+} // namespace
+
+/// A file that a thread is about to mount; others that want it wait here.
+class FMountTable::Mounting : public FObject {
+public:
+    const uint32_t thread = platform::currentThreadId();
+    platform::Event done{platform::Reset::manual};
+    Ref<FRemovableFileSystem> result; ///< set before `done`
+};
+
+FMountTable* FMountTable::instance() {
+    return mountTable.get();
+}
+
+void FMountTable::noteUse() {
+    isUsed_ = archives_ || !components_.empty() || !mounts_.empty();
+}
+
+bool FMountTable::addComponent(Ref<FInterface> component, CreateInstance create) try {
+    const FGuard guard(lock_);
+    components_.push_back({std::move(component), create});
+    areExtensionsKnown_ = false;
+    ++generation_;
+    noteUse();
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+void FMountTable::removeComponent(const FInterface* component) {
+    // What goes, goes when the lock is open again.
+    std::list<Component> gone;
+    Mounts removed;
+    const FGuard guard(lock_);
+    for (auto next = components_.begin(); next != components_.end();) {
+        const auto each = next++;
+        if (each->component == component)
+            gone.splice(gone.end(), components_, each);
+    }
+    for (auto next = mounts_.begin(); next != mounts_.end();) {
+        const auto mount = next++;
+        if (mount->second->component() != component)
+            continue;
+        mount->second->remove();
+        removed.insert(mounts_.extract(mount));
+    }
+    areExtensionsKnown_ = false;
+    ++generation_;
+    noteUse();
+}
+
+void FMountTable::removeAllComponents() {
+    unmountAll();
+    std::list<Component> gone;
+    const FGuard guard(lock_);
+    gone.swap(components_);
+    areExtensionsKnown_ = false;
+    ++generation_;
+    noteUse();
+}
+
+void FMountTable::setArchives(Archives* archives) {
+    const FGuard guard(lock_);
+    archives_ = archives;
+    noteUse();
+}
+
+std::vector<FMountTable::Component> FMountTable::components() {
+    const FGuard guard(lock_);
+    return {components_.begin(), components_.end()};
+}
+
+std::vector<String> FMountTable::knownExtensions() {
+    uint32_t generation = 0;
+    {
+        const FGuard guard(lock_);
+        if (areExtensionsKnown_)
+            return extensions_;
+        generation = generation_;
+    }
+    std::vector<String> extensions;
+    for (const Component& each : components()) {
+        const Ref<FInterface> made = each.create(each.component.get());
+        if (const Ref<IVirtualFileSystem> instance = faceOf(made.get()))
+            forEachType(*instance, [&](const FFileType& type) { extensions.push_back(type.extension()); });
+    }
+    const FGuard guard(lock_);
+    if (generation == generation_) {
+        extensions_ = extensions;
+        areExtensionsKnown_ = true;
+    }
+    return extensions;
+}
+
+bool FMountTable::has(const FInterface* component) const {
+    return std::ranges::any_of(components_,
+                               [=](const Component& each) { return each.component == component; });
+}
+
+Ref<FFileSystem> FMountTable::findArchive(const FUrl& url) {
+    Archives* archives = nullptr;
+    {
+        const FGuard guard(lock_);
+        archives = archives_;
+    }
+    return archives ? archives->findArchive(url) : nullptr;
+}
+
+Ref<FRemovableFileSystem> FMountTable::standing(std::string_view key) {
+    const FGuard guard(lock_);
+    const auto found = mounts_.find(key);
+    return found == mounts_.end() ? nullptr : found->second;
+}
+
+/// The file system that has what lies behind `key` up to `end`, and whether that is a mounted file.
+Ref<FFileSystem> FMountTable::findHolder(const FUrl& url, const std::string& key, size_t end, bool& isMount) {
+    const bool isArchive = url.hasScheme(FUrl::archiveScheme);
+    const bool isOnDisk = key.starts_with(FUrl::fileScheme);
+    Ref<FFileSystem> holder;
+    if (isArchive)
+        holder = findArchive(url);
+    else if (isOnDisk)
+        holder = retain<FFileSystem>(FNFileSystem::instance());
+    else
+        holder = retain<FFileSystem>(FVFileSystem::instance());
+    isMount = isArchive && holder;
+    const std::vector<String> extensions = knownExtensions();
+    int32_t left = maxNesting;
+    const size_t start = key.find("://");
+    for (size_t from = start == std::string::npos ? 0 : start + 3; holder && from < end;) {
+        const size_t to = std::min(key.find('/', from), end);
+        const std::string_view prefix = std::string_view(key).substr(0, to);
+        const std::string_view segment = prefix.substr(from);
+        from = to + 1;
+        Ref<FRemovableFileSystem> mounted = standing(prefix);
+        if (!mounted && hasExtension(segment, extensions)) {
+            const bool isFile =
+                withPath(prefix, [&](FPath& path) { return holder->getFileSizeOf(path) >= 0; });
+            if (isFile)
+                mounted = mountIn(*holder, std::string(prefix));
+            if (--left == 0)
+                return holder;
+        }
+        if (!mounted)
+            continue;
+        holder = mounted;
+        isMount = true;
+    }
+    return holder;
+}
+
+Ref<FFileSystem> FMountTable::findMount(const FPath& path) try {
+    if (!isUsed_)
+        return nullptr;
+    const FUrl url(path);
+    const std::string key = mountKey(url);
+    bool isMount = false;
+    const Ref<FFileSystem> holder = findHolder(url, key, key.size(), isMount);
+    return isMount ? holder : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+Ref<FFileSystem> FMountTable::findInside(const FPath& path) try {
+    if (!isUsed_)
+        return nullptr;
+    const FUrl url(path);
+    const std::string key = mountKey(url);
+    bool isMount = false;
+    const Ref<FFileSystem> holder = key.empty() ? nullptr : findHolder(url, key, key.rfind('/'), isMount);
+    return isMount ? holder : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+Ref<FFileSystem> FMountTable::mount(const FUrl& url) try {
+    const std::string key = mountKey(url);
+    if (key.empty())
+        return nullptr;
+    if (Ref<FRemovableFileSystem> mounted = standing(key))
+        return mounted;
+    bool isMount = false;
+    const Ref<FFileSystem> holder = findHolder(url, key, key.rfind('/'), isMount);
+    return holder ? mountIn(*holder, key) : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+Ref<FRemovableFileSystem> FMountTable::mountIn(FFileSystem& holder, const std::string& key) {
+    const Ref<Mounting> own = make<Mounting>();
+    Ref<Mounting> other;
+    {
+        const FGuard guard(lock_);
+        if (const auto found = mounts_.find(key); found != mounts_.end())
+            return found->second;
+        const auto [place, isFirst] = underWay_.try_emplace(key, own);
+        if (!isFirst)
+            other = place->second;
+    }
+    if (other) {
+        // A component that asks for the file that it is just mounting would wait for itself.
+        if (other->thread == platform::currentThreadId())
+            return nullptr;
+        other->done.wait();
+        return other->result;
+    }
+    Ref<FRemovableFileSystem> made;
+    try {
+        made = makeMount(holder, urlOf(key));
+    } catch (const std::bad_alloc&) {
+        made = nullptr;
+    }
+    {
+        const FGuard guard(lock_);
+        try {
+            // The component may have gone meanwhile.
+            if (made && has(made->component()) && mounts_.try_emplace(key, made).second)
+                own->result = made;
+        } catch (const std::bad_alloc&) {
+            own->result = nullptr;
+        }
+        underWay_.erase(underWay_.find(key));
+        noteUse();
+    }
+    own->done.set();
+    return own->result;
+}
+
+Ref<FRemovableFileSystem> FMountTable::makeMount(FFileSystem& holder, const FUrl& url) {
+    using Access = FRemovableFileSystem::Access;
+    const auto open = [&](uint32_t mode) {
+        return withPath(url.toUtf8(), [&](FPath& path) { return holder.openFile(path, mode); });
+    };
+    for (const Component& each : components()) {
+        const Ref<FInterface> made = each.create(each.component.get());
+        Ref<IVirtualFileSystem> instance = faceOf(made.get());
+        if (!instance || !holdsTypeOf(*instance, url))
+            continue;
+        Ref<FStream> stream = instance->hasCapability("CanWrite") ? open(sharedReadWrite) : nullptr;
+        const Access access = stream ? Access::readWrite : Access::read;
+        if (!stream)
+            stream = open(sharedRead);
+        if (!stream)
+            continue;
+        if (!stream->url())
+            stream->setUrl(make<FUrl>(url).get());
+        if (auto files = Ref<FFileSystem>::adopt(instance->createFileSystem(stream.get())))
+            return make<FRemovableFileSystem>(std::move(files), each.component, std::move(instance),
+                                              std::move(stream), access);
+        holder.closeFile(std::move(stream));
+    }
+    return nullptr;
+}
+
+/// The mount of a file with all that stand on it.
+FMountTable::Mounts FMountTable::takeOut(std::string_view key, Unmount how) {
+    Mounts removed;
+    const FGuard guard(lock_);
+    const auto found = mounts_.find(key);
+    if (found == mounts_.end() || (how == Unmount::ifUnused && found->second->hasOpenFiles()))
+        return removed;
+    for (auto next = found; next != mounts_.end() && next->first.starts_with(key);) {
+        const auto mount = next++;
+        const bool isInside = mount->first.size() == key.size() || mount->first[key.size()] == '/';
+        if (!isInside)
+            continue;
+        mount->second->remove();
+        removed.insert(mounts_.extract(mount));
+    }
+    noteUse();
+    return removed;
+}
+
+bool FMountTable::unmount(const FUrl& url, Unmount how) try {
+    const std::string key = mountKey(url);
+    return !key.empty() && !takeOut(key, how).empty();
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+void FMountTable::unmountAll() {
+    Mounts removed;
+    const FGuard guard(lock_);
+    removed.swap(mounts_);
+    for (const auto& mount : removed)
+        mount.second->remove();
+    noteUse();
+}
+
+bool FMountTable::pathInside(const FUrl& mounted, const FPath& path, std::string& inside) try {
+    const std::string file = mountKey(mounted);
+    const std::string key = mountKey(FUrl(path));
+    if (file.empty() || !key.starts_with(file) || (key.size() > file.size() && key[file.size()] != '/'))
+        return false;
+    std::string names;
+    for (size_t from = file.size() + 1; from < key.size();) {
+        const size_t to = std::min(key.find('/', from), key.size());
+        const std::string name = urlbytes::decode(std::string_view(key).substr(from, to - from));
+        // An encoded separator would lead elsewhere once it is decoded.
+        if (name == "." || name == ".." || name.find('/') != std::string::npos ||
+            name.find('\0') != std::string::npos)
+            return false;
+        if (!name.empty())
+            names.append(names.empty() ? "" : "/").append(name);
+        from = to + 1;
+    }
+    inside = std::move(names);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+} // namespace qorl

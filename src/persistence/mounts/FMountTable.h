@@ -1,0 +1,110 @@
+#pragma once
+
+#include "foundation/threads/FLock.h"
+#include "persistence/mounts/FRemovableFileSystem.h"
+#include "persistence/urls/FUrl.h"
+
+#include <atomic>
+#include <list>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qorl {
+
+/// Finds the file system for paths that lead into a file: which files are open as folders, and how to open
+/// one on demand.
+///
+/// Components of the category "VirtualFileSystem" say which types of files can be mounted; the component
+/// registry enters them here. Archives register themselves here for "archive:" URLs. A file is mounted once,
+/// whoever asks and by whatever spelling of its path, and stays so until `unmount`.
+///
+/// Threading: any. Two threads that ask for the same file get one mount: the second waits. Components and
+/// file systems are called without the lock.
+class FMountTable : public CmObject {
+    QORL_CLASS(FMountTable, CmObject)
+
+public:
+    static constexpr const char* componentCategory = "VirtualFileSystem";
+    /// Longer paths, in bytes, lead nowhere.
+    static constexpr size_t maxPathLength = 32767;
+
+    /// Makes an instance of a component; null when there is none. Any thread; may throw std::bad_alloc.
+    using CreateInstance = Ref<FInterface> (*)(FInterface* component);
+    /// Whoever keeps the mounted archives.
+    class Archives {
+    public:
+        /// The archive that an "archive:" URL leads into, or null. Any thread; may throw std::bad_alloc.
+        virtual Ref<FFileSystem> findArchive(const FUrl& url) = 0;
+
+    protected:
+        ~Archives() = default;
+    };
+    enum class Unmount {
+        always,  ///< files that are open in it stay usable, the file itself stays open until they are closed
+        ifUnused ///< not while a file is open in it
+    };
+
+    /// Made on first use; null once the library has released its singletons, and without memory.
+    static FMountTable* instance();
+
+    FMountTable() = default;
+    FMountTable(const FMountTable&) = delete;
+
+    /// The components are asked in the order of their addition. False without memory.
+    bool addComponent(Ref<FInterface> component, CreateInstance create);
+    /// Takes its mounts away as well.
+    void removeComponent(const FInterface* component);
+    void removeAllComponents();
+    /// Not owned; null takes them away.
+    void setArchives(Archives* archives);
+
+    /// The file system of the file that the path names or leads into, which is mounted if need be; null for a
+    /// path that leads into no file that can be mounted. An inner file of a mounted file can be mounted, too.
+    Ref<FFileSystem> findMount(const FPath& path);
+    /// The same for what lies in the file only: what file systems ask, since the file itself is theirs.
+    Ref<FFileSystem> findInside(const FPath& path);
+    /// The file at `url` as a file system: one that stands, or the first that a component makes of it. It is
+    /// opened for reading and writing, shared, where the component can write and the file be written, else
+    /// for reading. Null when no component has its type, when it can't be opened, and when none of them can
+    /// do anything with its contents.
+    Ref<FFileSystem> mount(const FUrl& url);
+    bool unmount(const FUrl& url, Unmount how = Unmount::always);
+    void unmountAll();
+
+    /// The part of `path` that lies in the file `mounted`: its names, plain, in UTF-8, joined by `/`. Empty
+    /// for the file itself. False for a path that leads elsewhere, whatever "..", links and encodings it has.
+    static bool pathInside(const FUrl& mounted, const FPath& path, std::string& inside);
+
+private:
+    class Mounting;
+    struct Component {
+        Ref<FInterface> component;
+        CreateInstance create;
+    };
+    using Mounts = std::map<std::string, Ref<FRemovableFileSystem>, std::less<>>;
+
+    Ref<FFileSystem> findHolder(const FUrl& url, const std::string& key, size_t end, bool& isMount);
+    Ref<FRemovableFileSystem> standing(std::string_view key);
+    Ref<FRemovableFileSystem> mountIn(FFileSystem& holder, const std::string& key);
+    Ref<FRemovableFileSystem> makeMount(FFileSystem& holder, const FUrl& url);
+    Ref<FFileSystem> findArchive(const FUrl& url);
+    std::vector<String> knownExtensions();
+    std::vector<Component> components();
+    bool has(const FInterface* component) const;
+    Mounts takeOut(std::string_view key, Unmount how);
+    void noteUse();
+
+    FLock lock_{"FMountTable"};
+    std::atomic<bool> isUsed_{false}; ///< false as long as no path can lead anywhere
+    Mounts mounts_;
+    std::map<std::string, Ref<Mounting>> underWay_;
+    std::list<Component> components_;
+    std::vector<String> extensions_;
+    bool areExtensionsKnown_ = false;
+    uint32_t generation_ = 0; ///< counts changes of `components_`
+    Archives* archives_ = nullptr;
+};
+
+} // namespace qorl

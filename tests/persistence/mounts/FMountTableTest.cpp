@@ -1,0 +1,334 @@
+#include "persistence/mounts/FMountTable.h"
+
+#include "foundation/threads/FThread.h"
+#include "persistence/SettingsFolder.h"
+#include "persistence/files/FNFileSystem.h"
+#include "persistence/mounts/MemoryService.h"
+#include "persistence/mounts/PackComponent.h"
+#include "support/FailingAllocation.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+FMountTable& table() {
+    return *FMountTable::instance();
+}
+
+FNPath diskPath(const std::string& path) {
+    return FNPath(std::string_view(path));
+}
+
+std::string readIn(const Ref<FFileSystem>& files, const FPath& path) {
+    FUrl url(path);
+    return contentOf(files ? files->openFile(url, FFileStream::readAccess).get() : nullptr);
+}
+
+TEST(FMountTable, MountsAFileForAPathThatLeadsIntoIt) {
+    const SettingsFolder folder;
+    folder.write("kit.Pack", "a=inner a\nsub/b c=inner b\n");
+    folder.write("plain.txt", "a=x");
+    folder.write("is.pack/a", "in a folder");
+    std::filesystem::create_symlink(folder / "kit.Pack", folder / "link");
+    std::filesystem::create_directory_symlink(folder / "", folder / "here");
+    EXPECT_EQ(table().findInside(diskPath(folder / "kit.Pack/a")), nullptr) << "nobody can mount it yet";
+    const MountedComponent component;
+    const Ref<FFileSystem> kit = table().findInside(diskPath(folder / "kit.Pack/a"));
+    ASSERT_NE(kit, nullptr);
+    for (const std::string& way :
+         {folder / "kit.Pack/a", folder / "here/kit.Pack/sub/../a", folder / "./x/../kit.Pack//a",
+          folder / "link/a", "file://" + (folder / "kit%2ePack/%61"),
+          "FILE://" + (folder / "kit.Pack/./a")}) {
+        SCOPED_TRACE(way);
+        const FUrl url{ConstString(std::string_view(way))};
+        EXPECT_EQ(table().findInside(url), kit) << "one mount for each file";
+        EXPECT_EQ(readIn(kit, url), "inner a");
+    }
+    EXPECT_EQ(readIn(kit, diskPath(folder / "kit.Pack/sub/b c")), "inner b");
+    EXPECT_EQ(readIn(kit, diskPath(folder / "kit.Pack/none")), "nothing");
+    EXPECT_EQ(table().findInside(diskPath(folder / "kit.Pack")), nullptr) << "the file itself is the disk's";
+    EXPECT_EQ(table().findMount(diskPath(folder / "kit.Pack")), kit);
+    EXPECT_EQ(table().mount(FUrl(diskPath(folder / "kit.Pack"))), kit);
+    EXPECT_EQ(component->made, 1);
+    for (const char* other : {"plain.txt/a", "plain.txt", "is.pack/a", "is.pack", "missing.pack/a",
+                              "kit.Pack/../a", "kit.Packs/a", ".pack/a"})
+        EXPECT_EQ(table().findMount(diskPath(folder / other)), nullptr) << other;
+    EXPECT_EQ(table().mount(FUrl(diskPath(folder / "plain.txt"))), nullptr);
+    EXPECT_EQ(table().findMount(FUrl()), nullptr);
+    EXPECT_EQ(table().findMount(FUrl(ConstString("archive://x.pack/a"))), nullptr);
+}
+
+TEST(FMountTable, OpensForWritingWhereItCan) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a=x");
+    const FUrl url(diskPath(folder / "a.pack"));
+    const FNPath inner = diskPath(folder / "a.pack/new");
+    struct Row {
+        const char* capabilities;
+        const char* modes;
+        bool canWrite;
+        bool canRead;
+        bool canIterate;
+    };
+    for (const Row& row :
+         {Row{"CanRead CanWrite CanIterate", "15 ", true, true, true},
+          Row{"CanRead", "5 ", false, true, false}, Row{"CanIterate", "5 ", false, false, true}}) {
+        SCOPED_TRACE(row.capabilities);
+        const MountedComponent component;
+        component->capabilities = row.capabilities;
+        const Ref<FFileSystem> files = table().mount(url);
+        ASSERT_NE(files, nullptr);
+        EXPECT_EQ(component->modes, row.modes);
+        int32_t error = -1;
+        EXPECT_EQ(files->createFile(inner, FFileStream::writeAccess, &error) != nullptr, row.canWrite);
+        EXPECT_EQ(error != 0, !row.canWrite);
+        EXPECT_EQ(files->isReadOnly(inner), !row.canWrite);
+        EXPECT_EQ(files->createFolder(inner), row.canWrite);
+        EXPECT_EQ(files->deleteFolder(inner), row.canWrite);
+        EXPECT_EQ(files->createParents(inner, true), row.canWrite);
+        EXPECT_EQ(files->deleteFile(inner), row.canWrite);
+        FNPath moving = inner;
+        EXPECT_EQ(files->rename(moving, "x"), row.canWrite);
+        EXPECT_EQ(files->move(moving, inner), row.canWrite);
+        EXPECT_EQ(files->copy(inner, inner), row.canWrite && row.canRead);
+        EXPECT_EQ(readIn(files, diskPath(folder / "a.pack/a")), row.canRead ? "x" : "nothing");
+        EXPECT_EQ(files->exists(diskPath(folder / "a.pack/a")), row.canRead);
+        EXPECT_EQ(files->getFileSizeOf(diskPath(folder / "a.pack/a")), row.canRead ? 1 : -1);
+        EXPECT_EQ(files->getIterator(inner) != nullptr, row.canIterate);
+    }
+}
+
+TEST(FMountTable, OpensForReadingWhatCannotBeWritten) {
+    const RegisteredService memory("vfs://packs");
+    memory->add("a.pack", "a=x\ninner.pack=nested");
+    memory->isReadOnly = true;
+    const MountedComponent component;
+    const FUrl inside{ConstString("vfs://packs/a.pack/a")};
+    const Ref<FFileSystem> files = table().findInside(inside);
+    ASSERT_NE(files, nullptr);
+    EXPECT_EQ(memory->opened, "15 5 ");
+    EXPECT_EQ(readIn(files, inside), "x");
+    EXPECT_TRUE(files->isReadOnly(inside));
+    EXPECT_FALSE(files->deleteFile(inside)) << "the component could, but not in this file";
+}
+
+TEST(FMountTable, AsksTheNextComponentWhenOneFails) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a=x");
+    const MountedComponent first;
+    const MountedComponent second;
+    first->fails = true;
+    first->extension = "PACK";
+    const FUrl url(diskPath(folder / "a.pack"));
+    EXPECT_NE(table().mount(url), nullptr);
+    EXPECT_EQ(first->made, 1);
+    EXPECT_EQ(second->made, 1);
+    EXPECT_TRUE(table().unmount(url));
+    second->fails = true;
+    EXPECT_EQ(table().mount(url), nullptr);
+    EXPECT_EQ(table().findInside(diskPath(folder / "a.pack/a")), nullptr);
+    second->fails = false;
+    EXPECT_NE(table().mount(url), nullptr) << "a failure is not for ever";
+    EXPECT_EQ(table().mount(FUrl(diskPath(folder / "missing.pack"))), nullptr);
+}
+
+TEST(FMountTable, DoesNotWaitForItself) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a=x");
+    const FUrl url(diskPath(folder / "a.pack"));
+    const MountedComponent component;
+    Ref<FFileSystem> inner;
+    component->whileMounting = [&] { inner = table().mount(url); };
+    EXPECT_NE(table().mount(url), nullptr);
+    EXPECT_EQ(inner, nullptr);
+    EXPECT_EQ(component->made, 1);
+}
+
+class MountingThread : public FThread {
+public:
+    explicit MountingThread(const FUrl& url) : FThread("mounting"), url_(url) {}
+    uint32_t run() override {
+        begun.set();
+        result = table().mount(url_);
+        return 0;
+    }
+
+    platform::Event begun{platform::Reset::manual};
+    Ref<FFileSystem> result;
+
+private:
+    FUrl url_;
+};
+
+TEST(FMountTable, GivesOneMountToThreadsThatAskForTheSameFile) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a=x");
+    const FUrl url(diskPath(folder / "a.pack"));
+    const MountedComponent component;
+    MountingThread threads[] = {MountingThread(url), MountingThread(url), MountingThread(url)};
+    component->whileMounting = [&] {
+        for (MountingThread& thread : threads) {
+            thread.start();
+            thread.begun.wait();
+        }
+    };
+    const Ref<FFileSystem> own = table().mount(url);
+    ASSERT_NE(own, nullptr);
+    for (MountingThread& thread : threads) {
+        EXPECT_TRUE(thread.join());
+        EXPECT_EQ(thread.result, own);
+    }
+    EXPECT_EQ(component->made, 1);
+}
+
+TEST(FMountTable, LetsOpenFilesOutliveTheirMount) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a=content");
+    const FUrl url(diskPath(folder / "a.pack"));
+    FUrl inside(diskPath(folder / "a.pack/a"));
+    const MountedComponent component;
+    Ref<FFileSystem> files = table().mount(url);
+    Ref<FStream> stream = files->openFile(inside, FFileStream::readAccess);
+    EXPECT_EQ(files->getFileSize(*stream), 7);
+    int64_t size = 0;
+    Ref<ISizeableStream> sizeable;
+    ASSERT_EQ(stream->queryInterface(ISizeableStream::iid, sizeable.out()), Result::ok);
+    EXPECT_EQ(sizeable->getStreamSize(size), Result::ok);
+    EXPECT_EQ(size, 7);
+    EXPECT_FALSE(table().unmount(url, FMountTable::Unmount::ifUnused)) << "a file is open";
+    EXPECT_TRUE(table().unmount(url));
+    EXPECT_FALSE(table().unmount(url));
+    EXPECT_EQ(readIn(files, inside), "nothing") << "nothing new is opened";
+    EXPECT_FALSE(files->exists(inside));
+    EXPECT_FALSE(files->deleteFile(inside));
+    EXPECT_EQ(files->getIterator(inside), nullptr);
+    const Ref<FFileSystem> again = table().findInside(inside);
+    EXPECT_NE(again, files) << "mounted anew";
+    EXPECT_EQ(readIn(again, inside), "content");
+    files = nullptr;
+    EXPECT_EQ(contentOf(stream.get()), "content") << "what was open reads on";
+    stream = again->openFile(inside, FFileStream::readAccess);
+    EXPECT_TRUE(again->closeFile(stream));
+    EXPECT_EQ(stream->read(&size, 1), -1) << "closed for everybody";
+    EXPECT_FALSE(again->closeFile(stream));
+    EXPECT_TRUE(table().unmount(url, FMountTable::Unmount::ifUnused));
+}
+
+TEST(FMountTable, MountsAFileInAMountedFile) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "b.pack=c=deep\nd=flat");
+    const MountedComponent component;
+    const FNPath deep = diskPath(folder / "a.pack/b.pack/c");
+    const Ref<FFileSystem> inner = table().findInside(deep);
+    EXPECT_EQ(readIn(inner, deep), "deep");
+    EXPECT_EQ(component->made, 2);
+    const FUrl outer(diskPath(folder / "a.pack"));
+    EXPECT_FALSE(table().unmount(outer, FMountTable::Unmount::ifUnused)) << "the inner one stands on it";
+    EXPECT_TRUE(table().unmount(outer));
+    EXPECT_FALSE(table().unmount(FUrl(diskPath(folder / "a.pack/b.pack")))) << "went with the outer one";
+    EXPECT_EQ(readIn(inner, deep), "nothing");
+}
+
+TEST(FMountTable, LetsGoOfAComponentsMounts) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a=x");
+    const FNPath inside = diskPath(folder / "a.pack/a");
+    Ref<FFileSystem> files;
+    {
+        const MountedComponent component;
+        files = table().findInside(inside);
+        component->whileMounting = [&] { table().removeComponent(component.component.get()); };
+        table().unmountAll();
+        EXPECT_EQ(table().findInside(inside), nullptr) << "it went while it mounted";
+        component->whileMounting = {};
+        table().addComponent(component.component, &PackComponent::createInstance);
+        files = table().findInside(inside);
+        EXPECT_EQ(readIn(files, inside), "x");
+    }
+    EXPECT_EQ(readIn(files, inside), "nothing");
+    EXPECT_EQ(table().findInside(inside), nullptr);
+}
+
+TEST(FMountTable, AsksThoseWhoKeepTheArchives) {
+    class Keeper : public FMountTable::Archives {
+    public:
+        Ref<FFileSystem> findArchive(const FUrl& url) override {
+            return url.host() == ConstString("skin") ? retain<FFileSystem>(FNFileSystem::instance())
+                                                     : nullptr;
+        }
+    };
+    Keeper keeper;
+    table().setArchives(&keeper);
+    EXPECT_EQ(table().findMount(FUrl(ConstString("archive://skin/a"))), FNFileSystem::instance());
+    EXPECT_EQ(table().findInside(FUrl(ConstString("Archive://skin/a"))), FNFileSystem::instance());
+    EXPECT_EQ(table().findMount(FUrl(ConstString("archive://other/a"))), nullptr);
+    table().setArchives(nullptr);
+    EXPECT_EQ(table().findMount(FUrl(ConstString("archive://skin/a"))), nullptr);
+}
+
+TEST(FMountTable, NeverLeadsOutOfAFile) {
+    struct Row {
+        const char* path;
+        const char* inside; ///< null where it leads elsewhere
+    };
+    const Row rows[] = {
+        {"vfs://h/p.pack/a/b%20c", "a/b c"},
+        {"vfs://h/p.pack", ""},
+        {"vfs://h/p.pack/", ""},
+        {"VFS://H/p.pack//a/./b", "a/b"},
+        {"vfs://h/p.pack/a/../b", "b"},
+        {"vfs://h/p.pack/a/%2e%2e/b", "b"},
+        {"vfs://h/p.pack/../x", nullptr},
+        {"vfs://h/p.pack/%2e%2e/x", nullptr},
+        {"vfs://h/p.pack/..%2fx", nullptr},
+        {"vfs://h/p.pack/a%2f..%2f..%2fx", nullptr},
+        {"vfs://h/p.pack/x%00y", nullptr},
+        {"vfs://h/p.packs/a", nullptr},
+        {"vfs://other/p.pack/a", nullptr},
+        {"p.pack/a", nullptr},
+        {"vfs://h/p.pack/..\\x", "..\\x"},
+        {"vfs://h/p.pack/%252e%252e/x", "%2e%2e/x"},
+    };
+    const FUrl pack{ConstString("vfs://h/p.pack")};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        std::string inside = "untouched";
+        EXPECT_EQ(FMountTable::pathInside(pack, FUrl(ConstString(row.path)), inside), row.inside != nullptr);
+        EXPECT_EQ(inside, row.inside ? row.inside : "untouched");
+    }
+}
+
+TEST(FMountTable, MeetsPathsWithoutEnd) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a.pack=a.pack=a.pack=a.pack=x");
+    const MountedComponent component;
+    std::string deep = folder / "a.pack";
+    for (int i = 0; i < 4000; ++i)
+        deep += "/a.pack";
+    EXPECT_NE(table().findInside(diskPath(deep)), nullptr);
+    EXPECT_LE(component->made, 16);
+    while (deep.size() < 1000000)
+        deep += "/a.pack/..";
+    EXPECT_EQ(table().findInside(diskPath(deep)), nullptr);
+    EXPECT_EQ(table().mount(FUrl(diskPath(deep))), nullptr);
+}
+
+TEST(FMountTable, IsAsItWasWithoutMemory) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a=x");
+    const MountedComponent component;
+    const FNPath inside = diskPath(folder / "a.pack/a");
+    table().findInside(inside);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        table().unmountAll();
+        const Ref<FFileSystem> files = allocation.during([&] { return table().findInside(inside); });
+        EXPECT_TRUE(files || allocation.hasFailed());
+        EXPECT_EQ(readIn(table().findInside(inside), inside), "x") << "the next one succeeds";
+    });
+}
+
+} // namespace
+} // namespace qorl
