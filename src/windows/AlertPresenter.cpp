@@ -1,5 +1,6 @@
 #include "windows/AlertPresenter.h"
 
+#include "persistence/xml/XmlFile.h"
 #include "platform/System.h"
 
 namespace qorl {
@@ -17,6 +18,17 @@ public:
 
 constinit DebugAlertPresenter debugPresenter;
 constinit AlertPresenter* presenterInForce = nullptr;
+
+bool askByAlert(const ConstString& text, const ConstString& first, const ConstString& second) {
+    AlertRecord alert;
+    alert.kind = AlertRecord::Kind::question;
+    alert.text = text;
+    alert.button1 = first;
+    alert.button2 = second;
+    return AlertPresenter::current().show(alert) == AlertPresenter::first;
+}
+
+const ReplaceQuestionRecord askBeforeReplacing{&askByAlert};
 
 } // namespace
 

@@ -2,7 +2,7 @@
 
 #include "foundation/Singleton.h"
 #include "persistence/defaults/DefaultsFolder.h"
-#include "persistence/xml/XmlDocument.h"
+#include "persistence/xml/XmlFile.h"
 
 #include <algorithm>
 #include <new>
@@ -164,14 +164,14 @@ bool FDefaultPool::load() try {
 
 bool FDefaultPool::loadFile(const std::string& name, std::string_view tag, CmObject& object) {
     StoredFile::Found found = StoredFile::Found::missing;
-    const bool isLoaded = XmlFile::load(ConstString(std::string_view(name)), tag, object, &found);
+    const bool isLoaded = loadXml(ConstString(std::string_view(name)), tag, object, &found);
     if (found == StoredFile::Found::unreadable)
         unreadable_.insert(name);
     return isLoaded;
 }
 
 bool FDefaultPool::saveFile(const std::string& name, std::string_view tag, CmObject& object) {
-    return setAsideUnread(name) && XmlFile::save(ConstString(std::string_view(name)), tag, object);
+    return setAsideUnread(name) && saveXml(ConstString(std::string_view(name)), tag, object);
 }
 
 /// What could not be read is kept under another name before anything takes its place.

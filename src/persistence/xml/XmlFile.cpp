@@ -1,14 +1,26 @@
+#include "persistence/xml/XmlFile.h"
+
+#include "foundation/text/TranslationTable.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/xml/FXmlDocument.h"
-#include "persistence/xml/XmlDocument.h"
 #include "platform/System.h"
 
 #include <new>
+#include <utility>
 
 namespace qorl {
 
 namespace {
+
+constinit ReplaceQuestion replaceQuestion = nullptr;
+
+bool mayReplace(const ConstString& name) {
+    if (!replaceQuestion)
+        return true;
+    const std::u16string text = translate("Do you want to replace ").toUtf16() + name.toUtf16() + u'?';
+    return replaceQuestion(ConstString(std::u16string_view(text)), translate("Replace"), translate("Cancel"));
+}
 
 bool readDocument(FStream& stream, std::string_view tag, CmObject& object) {
     FAttributes attributes;
@@ -22,47 +34,50 @@ bool readDocument(FStream& stream, std::string_view tag, CmObject& object) {
 
 } // namespace
 
-bool XmlFile::save(const ConstString& name, std::string_view tag, CmObject& object) try {
+ReplaceQuestionRecord::ReplaceQuestionRecord(ReplaceQuestion question)
+    : earlier_(std::exchange(replaceQuestion, question)) {}
+
+ReplaceQuestionRecord::~ReplaceQuestionRecord() {
+    replaceQuestion = earlier_;
+}
+
+bool saveXml(const ConstString& name, std::string_view tag, CmObject& object, bool askToReplace) try {
+    const FFileType type = FFileType::settingsFile();
+    const StoredFile file(name, type);
+    if (askToReplace && file.exists() && !mayReplace(name))
+        return false;
     FAttributes attributes;
     FMemoryStream text;
     FXmlDocument document(&text, FXmlDocument::Mode::write);
     if (!object.storeAttributes(&attributes) || !document.storeAttributes(tag, attributes))
         return false;
-    return StoredFile(name, FFileType::settingsFile()).save([&](FStream& stream) {
-        return stream.write(text.data(), text.size()) == text.size();
-    });
+    return file.save([&](FStream& stream) { return stream.write(text.data(), text.size()) == text.size(); });
 } catch (const std::bad_alloc&) {
     return false;
 }
 
-bool XmlFile::load(const ConstString& name, std::string_view tag, CmObject& object,
-                   StoredFile::Found* found) {
-    const FFileType type = FFileType::settingsFile();
-    return StoredFile(name, type)
+bool loadXml(const ConstString& name, std::string_view tag, CmObject& object, StoredFile::Found* found) {
+    return StoredFile(name, FFileType::settingsFile())
         .load([&](FStream& stream) { return readDocument(stream, tag, object); }, found);
 }
 
-bool XmlFile::setAside(const ConstString& name) {
-    return StoredFile(name, FFileType::settingsFile()).setAside();
-}
-
-bool XmlFile::exists(const ConstString& name) {
+bool xmlExists(const ConstString& name) {
     return StoredFile(name, FFileType::settingsFile()).exists();
 }
 
-bool XmlFile::remove(const ConstString& name) {
+bool deleteXml(const ConstString& name) {
     return StoredFile(name, FFileType::settingsFile()).remove();
 }
 
-bool XmlFile::rename(const ConstString& name, const ConstString& newName) {
+bool renameXml(const ConstString& name, const ConstString& newName) {
     return StoredFile(name, FFileType::settingsFile()).rename(newName);
 }
 
-bool XmlFile::backup(const ConstString& name) {
+bool backupXml(const ConstString& name) {
     return StoredFile(name, FFileType::settingsFile()).backup(FFileType::settingsBackupFile());
 }
 
-bool XmlFile::restore(const ConstString& name) {
+bool restoreXml(const ConstString& name) {
     return StoredFile(name, FFileType::settingsFile()).restore(FFileType::settingsBackupFile());
 }
 

@@ -3,7 +3,7 @@
 #include "foundation/Cast.h"
 #include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
-#include "persistence/xml/XmlDocument.h"
+#include "persistence/xml/XmlFile.h"
 #include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "foundation/text/CmString.h"
 #include "persistence/SettingsFolder.h"
 #include "persistence/defaults/FDefaultPool.h"
-#include "persistence/xml/XmlDocument.h"
+#include "persistence/xml/XmlFile.h"
 #include "platform/System.h"
 #include "support/FailingDisk.h"
 
@@ -207,7 +207,7 @@ TEST_F(NothingLostTest, OnAVolumeThatKnowsNoLinks) {
 TEST_F(NothingLostTest, WhenAnObjectIsSavedAsXml) {
     const auto save = [](const char* text) {
         CmString object(text);
-        return XmlFile::save("Layouts/Main", "State", object);
+        return saveXml("Layouts/Main", "State", object);
     };
     failEachDiskCall(
         [&] {
@@ -217,7 +217,7 @@ TEST_F(NothingLostTest, WhenAnObjectIsSavedAsXml) {
         [&] { return save("after, and a little longer"); },
         [&](const Outcome& outcome) {
             CmString object;
-            EXPECT_TRUE(XmlFile::load("Layouts/Main", "State", object));
+            EXPECT_TRUE(loadXml("Layouts/Main", "State", object));
             const bool isNew = object.string() == ConstString("after, and a little longer");
             EXPECT_TRUE(isNew || object.string() == ConstString("before"));
             EXPECT_TRUE(outcome.hasCrashed || isNew == outcome.answer);
@@ -230,12 +230,12 @@ TEST_F(NothingLostTest, WhenAnObjectIsSavedForTheFirstTime) {
     failEachDiskCall([&] { beginAnew(); },
                      [&] {
                          CmString object("first");
-                         return XmlFile::save("Layouts/Main", "State", object);
+                         return saveXml("Layouts/Main", "State", object);
                      },
                      [&](const Outcome& outcome) {
                          CmString object;
-                         const bool isThere = XmlFile::load("Layouts/Main", "State", object);
-                         EXPECT_TRUE(isThere == XmlFile::exists("Layouts/Main"));
+                         const bool isThere = loadXml("Layouts/Main", "State", object);
+                         EXPECT_TRUE(isThere == xmlExists("Layouts/Main"));
                          EXPECT_TRUE(outcome.hasCrashed || isThere == outcome.answer);
                          EXPECT_TRUE(!isThere || object.string() == ConstString("first"));
                      });

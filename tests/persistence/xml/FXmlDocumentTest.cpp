@@ -2,11 +2,9 @@
 
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
-#include "persistence/xml/XmlDocument.h"
 #include "support/FailingAllocation.h"
 #include "support/Slots.h"
 
@@ -548,55 +546,6 @@ TEST(FXmlObject, KeepsItsSlotsBehindThoseOfEveryObject) {
     EXPECT_EQ(testing::entryOf(&FXmlObject::getObject), first);
     EXPECT_EQ(testing::entryOf(&FXmlObject::getAttributes), first + 1);
     EXPECT_EQ(testing::entryOf(&FXmlObject::isClass), first + 2);
-}
-
-TEST(XmlFile, SavesBesideAndKeepsTheEarlierFile) {
-    const SettingsFolder folder;
-    CmString text("first");
-    EXPECT_FALSE(XmlFile::exists("Layout"));
-    EXPECT_TRUE(XmlFile::save("Layout", "State", text));
-    EXPECT_TRUE(folder.has("settings/Layout.xml"));
-    const std::string earlier = folder.read("settings/Layout.xml");
-    CmObject stateless;
-    EXPECT_FALSE(XmlFile::save("Layout", "State", stateless));
-    EXPECT_EQ(folder.read("settings/Layout.xml"), earlier);
-
-    EXPECT_FALSE(XmlFile::restore("Layout"));
-    EXPECT_TRUE(XmlFile::backup("Layout"));
-    EXPECT_TRUE(folder.has("settings/Layout.xml.backup"));
-    text.string() = "second";
-    EXPECT_TRUE(XmlFile::save("Layout", "State", text));
-    EXPECT_TRUE(XmlFile::restore("Layout"));
-    EXPECT_FALSE(folder.has("settings/Layout.xml.backup"));
-    CmString loaded;
-    EXPECT_TRUE(XmlFile::load("Layout", "State", loaded));
-    EXPECT_EQ(loaded.string(), ConstString("first"));
-    EXPECT_FALSE(XmlFile::load("Layout", "Other", loaded));
-}
-
-TEST(XmlFile, FindsWhatACrashOrAnInstallationLeft) {
-    const SettingsFolder folder;
-    CmString loaded;
-    folder.write("shared/Keys.xml", "<State><string name='s' value='shared'/></State>");
-    EXPECT_TRUE(XmlFile::load("Keys", "State", loaded));
-    EXPECT_EQ(loaded.string(), ConstString("shared"));
-    folder.write("settings/Keys_old.xml", "<State><string name='s' value='old'/></State>");
-    EXPECT_TRUE(XmlFile::load("Keys", "State", loaded));
-    EXPECT_EQ(loaded.string(), ConstString("old"));
-    EXPECT_TRUE(folder.has("settings/Keys.xml"));
-    EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
-
-    // A save that was cut short by an earlier version left half a file beside the whole one.
-    folder.write("settings/Keys_old.xml", "<State><string name='s' value='whole'/></State>");
-    folder.write("settings/Keys.xml", "<State><string name='s' val");
-    StoredFile::Found found = StoredFile::Found::whole;
-    EXPECT_TRUE(XmlFile::load("Keys", "State", loaded, &found));
-    EXPECT_EQ(loaded.string(), ConstString("whole"));
-    EXPECT_EQ(found, StoredFile::Found::unreadable);
-    EXPECT_TRUE(XmlFile::save("Keys", "State", loaded));
-    EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
-    EXPECT_TRUE(XmlFile::load("Keys", "State", loaded, &found));
-    EXPECT_EQ(found, StoredFile::Found::whole);
 }
 
 } // namespace

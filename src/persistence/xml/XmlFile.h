@@ -1,0 +1,47 @@
+#pragma once
+
+#include "persistence/files/StoredFile.h"
+
+#include <string_view>
+
+namespace qorl {
+
+class CmObject;
+
+// Settings files: one object each, stored by its attributes as an XML document in the user's settings folder.
+// A name may begin with folders; one without an extension gets "xml". A failed or interrupted save leaves the
+// earlier file, see `StoredFile`. Operations give false on failure, also without memory. GUI thread.
+
+/// With `askToReplace` the user is asked before a file of that name is replaced; false when he doesn't want
+/// it.
+bool saveXml(const ConstString& name, std::string_view tag, CmObject& object, bool askToReplace = false);
+/// Falls back to what an interrupted save left, and, when the file can't be opened, to the application's
+/// shared data. A document that is damaged leaves the object as it is.
+bool loadXml(const ConstString& name, std::string_view tag, CmObject& object,
+             StoredFile::Found* found = nullptr);
+bool xmlExists(const ConstString& name);
+bool deleteXml(const ConstString& name);
+bool renameXml(const ConstString& name, const ConstString& newName);
+/// Copies the file beside itself, with the extension "xml.backup".
+bool backupXml(const ConstString& name);
+/// Puts such a copy in the file's place and takes it away. False when there is none.
+bool restoreXml(const ConstString& name);
+
+/// Asks the user, who chooses between two buttons: true for the first one. Texts are as the user reads them.
+using ReplaceQuestion = bool (*)(const ConstString& text, const ConstString& first,
+                                 const ConstString& second);
+
+/// A static record beside whatever shows questions. Without one files are replaced unasked.
+class ReplaceQuestionRecord {
+public:
+    explicit ReplaceQuestionRecord(ReplaceQuestion question);
+    ReplaceQuestionRecord(const ReplaceQuestionRecord&) = delete;
+    ReplaceQuestionRecord& operator=(const ReplaceQuestionRecord&) = delete;
+    /// The record before is in force again.
+    ~ReplaceQuestionRecord();
+
+private:
+    ReplaceQuestion earlier_;
+};
+
+} // namespace qorl

@@ -1,0 +1,88 @@
+#include "persistence/xml/XmlFile.h"
+
+#include "foundation/text/CmString.h"
+#include "persistence/SettingsFolder.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+TEST(XmlFile, SavesBesideAndKeepsTheEarlierFile) {
+    const SettingsFolder folder;
+    CmString text("first");
+    EXPECT_FALSE(xmlExists("Layout"));
+    EXPECT_TRUE(saveXml("Layout", "State", text));
+    EXPECT_TRUE(folder.has("settings/Layout.xml"));
+    const std::string earlier = folder.read("settings/Layout.xml");
+    CmObject stateless;
+    EXPECT_FALSE(saveXml("Layout", "State", stateless));
+    EXPECT_EQ(folder.read("settings/Layout.xml"), earlier);
+
+    EXPECT_FALSE(restoreXml("Layout"));
+    EXPECT_TRUE(backupXml("Layout"));
+    EXPECT_TRUE(folder.has("settings/Layout.xml.backup"));
+    text.string() = "second";
+    EXPECT_TRUE(saveXml("Layout", "State", text));
+    EXPECT_TRUE(restoreXml("Layout"));
+    EXPECT_FALSE(folder.has("settings/Layout.xml.backup"));
+    CmString loaded;
+    EXPECT_TRUE(loadXml("Layout", "State", loaded));
+    EXPECT_EQ(loaded.string(), ConstString("first"));
+    EXPECT_FALSE(loadXml("Layout", "Other", loaded));
+}
+
+std::string asked;
+bool answer = false;
+
+bool noteQuestion(const ConstString& text, const ConstString& first, const ConstString& second) {
+    asked += text.toUtf8() + '[' + first.toUtf8() + '|' + second.toUtf8() + ']';
+    return answer;
+}
+
+TEST(XmlFile, AsksBeforeItReplaces) {
+    const SettingsFolder folder;
+    const ReplaceQuestionRecord record(&noteQuestion);
+    CmString text("first");
+    asked.clear();
+    answer = false;
+    EXPECT_TRUE(saveXml("Layout", "State", text, true));
+    EXPECT_EQ(asked, "") << "there was nothing to replace";
+    const std::string first = folder.read("settings/Layout.xml");
+    text.string() = "second";
+    EXPECT_FALSE(saveXml("Layout", "State", text, true));
+    EXPECT_EQ(asked, "Do you want to replace Layout?[Replace|Cancel]");
+    EXPECT_EQ(folder.read("settings/Layout.xml"), first);
+    answer = true;
+    EXPECT_TRUE(saveXml("Layout", "State", text, true));
+    EXPECT_NE(folder.read("settings/Layout.xml"), first);
+}
+
+TEST(XmlFile, FindsWhatACrashOrAnInstallationLeft) {
+    const SettingsFolder folder;
+    CmString loaded;
+    folder.write("shared/Keys.xml", "<State><string name='s' value='shared'/></State>");
+    EXPECT_TRUE(loadXml("Keys", "State", loaded));
+    EXPECT_EQ(loaded.string(), ConstString("shared"));
+    folder.write("settings/Keys_old.xml", "<State><string name='s' value='old'/></State>");
+    EXPECT_TRUE(loadXml("Keys", "State", loaded));
+    EXPECT_EQ(loaded.string(), ConstString("old"));
+    EXPECT_TRUE(folder.has("settings/Keys.xml"));
+    EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
+
+    // A save that was cut short by an earlier version left half a file beside the whole one.
+    folder.write("settings/Keys_old.xml", "<State><string name='s' value='whole'/></State>");
+    folder.write("settings/Keys.xml", "<State><string name='s' val");
+    StoredFile::Found found = StoredFile::Found::whole;
+    EXPECT_TRUE(loadXml("Keys", "State", loaded, &found));
+    EXPECT_EQ(loaded.string(), ConstString("whole"));
+    EXPECT_EQ(found, StoredFile::Found::unreadable);
+    EXPECT_TRUE(saveXml("Keys", "State", loaded));
+    EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
+    EXPECT_TRUE(loadXml("Keys", "State", loaded, &found));
+    EXPECT_EQ(found, StoredFile::Found::whole);
+}
+
+} // namespace
+} // namespace qorl
