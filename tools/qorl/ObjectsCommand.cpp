@@ -22,11 +22,6 @@ constexpr OptionSpec options[] = {
     {"--json", nullptr, nullptr, "a dump is JSON anyway"},
 };
 
-constexpr int32_t nullTag = 0;
-constexpr int32_t classTag = -1;
-constexpr int32_t parentTag = -2;
-constexpr int32_t classBit = INT32_MIN;
-
 struct Report {
     int32_t code;
     std::string name;
@@ -46,7 +41,7 @@ struct NamedClass {
 
 /// What stands before an object, whether its class is known here or not.
 struct Header {
-    int32_t tag = nullTag;
+    int32_t tag = ArchiveTag::null;
     NamedClass type;
     std::vector<NamedClass> parents;
     int64_t contents = 0; ///< The offset behind the header.
@@ -105,7 +100,7 @@ Header ArchiveDump::peek() {
     const int64_t start = stream_.tell();
     stream_.readInt32(header.tag);
     NamedClass parent;
-    while (form_ == Form::sized && header.tag == parentTag && readName(stream_, parent)) {
+    while (form_ == Form::sized && header.tag == ArchiveTag::parentClass && readName(stream_, parent)) {
         header.parents.push_back(parent);
         stream_.readInt32(header.tag);
     }
@@ -119,16 +114,16 @@ Header ArchiveDump::peek() {
 }
 
 void ArchiveDump::peekType(Header& header) {
-    if (header.tag == classTag) {
+    if (header.tag == ArchiveTag::newClass) {
         readName(stream_, header.type);
         return;
     }
     if (form_ == Form::compact)
         return;
     const int64_t start = stream_.tell();
-    int32_t marker = nullTag;
-    stream_.seek(header.tag & ~classBit, FStream::fromStart);
-    if (stream_.readInt32(marker) && (marker == classTag || marker == parentTag))
+    int32_t marker = ArchiveTag::null;
+    stream_.seek(header.tag & ~ArchiveTag::classBit, FStream::fromStart);
+    if (stream_.readInt32(marker) && (marker == ArchiveTag::newClass || marker == ArchiveTag::parentClass))
         readName(stream_, header.type);
     stream_.seek(start, FStream::fromStart);
 }

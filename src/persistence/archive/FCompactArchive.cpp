@@ -12,10 +12,7 @@ namespace qorl {
 
 namespace {
 
-constexpr int32_t nullTag = 0;
-constexpr int32_t newClassTag = -1;
-constexpr int32_t classBit = INT32_MIN;
-constexpr size_t firstCapacity = 4096;
+constexpr size_t firstEntries = 4096;
 
 } // namespace
 
@@ -32,27 +29,23 @@ bool FCompactArchive::writeObject(CmObject* object, bool track) try {
 
 bool FCompactArchive::storeObject(CmObject* object, bool track) {
     if (!object)
-        return checked(stream_.writeInt32(nullTag));
+        return checked(stream_.writeInt32(ArchiveTag::null));
     if (track)
-        if (const auto known = numbers_.find(object); known != numbers_.end())
-            return checked(stream_.writeInt32(known->second));
+        if (const int32_t* number = places_.find(*object))
+            return checked(stream_.writeInt32(*number));
     const ClassRecord* record = recordFor(*object);
     if (!record || !storeClass(*record))
         return false;
-    if (track) {
-        // Retained, so that no other object can come at its address and be taken for it.
-        stored_.push_back(retain(object));
-        numbers_.emplace(object, nextNumber_++);
-    }
+    if (track)
+        places_.add(*object, nextNumber_++);
     return passContents(*object) && checkStream() == 0;
 }
 
 bool FCompactArchive::storeClass(const ClassRecord& record) {
-    const auto [known, isNew] = numbers_.try_emplace(&record, nextNumber_);
-    if (!isNew)
-        return checked(stream_.writeInt32(known->second | classBit));
-    ++nextNumber_;
-    return checked(stream_.writeInt32(newClassTag) && StoredClass::write(stream_, record));
+    if (const int32_t* number = places_.find(record))
+        return checked(stream_.writeInt32(*number | ArchiveTag::classBit));
+    places_.add(record, nextNumber_++);
+    return checked(stream_.writeInt32(ArchiveTag::newClass) && StoredClass::write(stream_, record));
 }
 
 CmObject* FCompactArchive::readObject(const char* className, bool track) try {
@@ -63,13 +56,13 @@ CmObject* FCompactArchive::readObject(const char* className, bool track) try {
 }
 
 Ref<CmObject> FCompactArchive::nextObject(const char* className, bool track) {
-    int32_t tag = nullTag;
-    if (!checked(stream_.readInt32(tag)) || tag == nullTag)
+    int32_t tag = ArchiveTag::null;
+    if (!checked(stream_.readInt32(tag)) || tag == ArchiveTag::null)
         return nullptr;
     if (tag > 0)
         return resolve(tag, className);
-    const size_t number = readClassNumber(tag);
-    return number > 0 ? readInstance(number, className, track) : nullptr;
+    uint32_t classIndex = 0;
+    return findClass(tag, classIndex) ? readInstance(classIndex, className, track) : nullptr;
 }
 
 Ref<CmObject> FCompactArchive::resolve(int32_t number, const char* className) {
@@ -81,29 +74,31 @@ Ref<CmObject> FCompactArchive::resolve(int32_t number, const char* className) {
     return nullptr;
 }
 
-/// The number of a class that is read, or has been; 0, which is reported, when there is none.
-size_t FCompactArchive::readClassNumber(int32_t tag) {
+/// A class that is read, or has been. False, which is reported, when there is none.
+bool FCompactArchive::findClass(int32_t tag, uint32_t& index) {
     if (entries_.empty()) {
-        entries_.reserve(firstCapacity);
+        entries_.reserve(firstEntries);
         entries_.emplace_back();
     }
-    if (tag == newClassTag) {
-        Entry entry;
-        if (!checked(entry.type.read(stream_)))
-            return 0;
-        classNumbers_.push_back(entries_.size());
-        entries_.push_back(std::move(entry));
-        return classNumbers_.back();
+    if (tag == ArchiveTag::newClass) {
+        StoredClass type;
+        if (!checked(type.read(stream_)))
+            return false;
+        index = static_cast<uint32_t>(classes_.size());
+        classes_.push_back(std::move(type));
+        entries_.push_back({nullptr, index});
+        return true;
     }
-    const auto number = static_cast<size_t>(tag & ~classBit);
-    if (number < entries_.size() && entries_[number].type.name())
-        return number;
+    const auto number = static_cast<size_t>(tag & ~ArchiveTag::classBit);
+    index = number < entries_.size() ? entries_[number].classIndex : Entry::noClass;
+    if (index != Entry::noClass)
+        return true;
     report(wrongObject, nullptr);
-    return 0;
+    return false;
 }
 
-Ref<CmObject> FCompactArchive::readInstance(size_t classNumber, const char* className, bool track) {
-    const StoredClass& type = entries_[classNumber].type;
+Ref<CmObject> FCompactArchive::readInstance(uint32_t classIndex, const char* className, bool track) {
+    const StoredClass& type = classes_[classIndex];
     const int32_t version = type.version();
     Ref<CmObject> object = type.create();
     if (!object) {
@@ -112,7 +107,7 @@ Ref<CmObject> FCompactArchive::readInstance(size_t classNumber, const char* clas
     }
     const size_t number = entries_.size();
     if (track)
-        entries_.push_back({{}, object});
+        entries_.push_back({object});
     const int32_t outerVersion = std::exchange(version_, version);
     const bool isRead = passContents(*object);
     version_ = outerVersion;
@@ -126,9 +121,9 @@ Ref<CmObject> FCompactArchive::readInstance(size_t classNumber, const char* clas
 
 /// The class as it was read last, or null.
 StoredClass* FCompactArchive::findStored(const ClassRecord* record) {
-    for (const size_t number : classNumbers_ | std::views::reverse)
-        if (entries_[number].type.is(record))
-            return &entries_[number].type;
+    for (StoredClass& stored : classes_ | std::views::reverse)
+        if (stored.is(record))
+            return &stored;
     return nullptr;
 }
 
@@ -147,30 +142,30 @@ bool FCompactArchive::raiseStoredVersion(const ClassRecord* record) {
 bool FCompactArchive::writeClass(const ClassRecord* record) try {
     if (!storing_ || !record || !record->persistentName() || checkStream() != 0)
         return false;
-    return storeClass(*record) && checked(stream_.writeInt32(nullTag));
+    return storeClass(*record) && checked(stream_.writeInt32(ArchiveTag::null));
 } catch (const std::bad_alloc&) {
     report(streamFailed, record->name());
     return false;
 }
 
 const ClassRecord* FCompactArchive::readClass() try {
-    int32_t tag = nullTag;
-    if (!beginReading() || !checked(stream_.readInt32(tag)) || tag == nullTag)
+    int32_t tag = ArchiveTag::null;
+    if (!beginReading() || !checked(stream_.readInt32(tag)) || tag == ArchiveTag::null)
         return nullptr;
     if (tag > 0) {
         report(malformed, nullptr);
         return nullptr;
     }
-    const size_t number = readClassNumber(tag);
-    int32_t end = nullTag;
-    if (number == 0 || !checked(stream_.readInt32(end)))
+    uint32_t index = 0;
+    int32_t end = ArchiveTag::null;
+    if (!findClass(tag, index) || !checked(stream_.readInt32(end)))
         return nullptr;
-    const StoredClass& type = entries_[number].type;
-    if (end != nullTag)
+    const StoredClass& type = classes_[index];
+    if (end != ArchiveTag::null)
         report(malformed, nullptr);
     else if (!type.record())
         report(wrongObject, type.name());
-    if (end != nullTag || !type.record())
+    if (end != ArchiveTag::null || !type.record())
         return nullptr;
     version_ = type.version();
     return type.record();

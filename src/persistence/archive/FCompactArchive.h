@@ -2,8 +2,8 @@
 
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/archive/StoredClass.h"
+#include "persistence/archive/StoredPlaces.h"
 
-#include <unordered_map>
 #include <vector>
 
 namespace qorl {
@@ -37,24 +37,24 @@ private:
     /// What a number stands for: an object, or else a class; neither for the null entry and for an object
     /// that could not be read.
     struct Entry {
-        StoredClass type;
+        static constexpr uint32_t noClass = UINT32_MAX;
+
         Ref<CmObject> object;
+        uint32_t classIndex = noClass;
     };
 
     bool storeObject(CmObject* object, bool track);
     bool storeClass(const ClassRecord& record);
     Ref<CmObject> nextObject(const char* className, bool track);
     Ref<CmObject> resolve(int32_t number, const char* className);
-    Ref<CmObject> readInstance(size_t classNumber, const char* className, bool track);
-    size_t readClassNumber(int32_t tag);
+    Ref<CmObject> readInstance(uint32_t classIndex, const char* className, bool track);
+    bool findClass(int32_t tag, uint32_t& index);
     StoredClass* findStored(const ClassRecord* record);
 
-    std::unordered_map<const void*, int32_t> numbers_;
-    std::vector<Ref<CmObject>> stored_;
+    StoredPlaces places_;
     int32_t nextNumber_ = 1;
     std::vector<Entry> entries_;
-    /// Those of `entries_` that are classes.
-    std::vector<size_t> classNumbers_;
+    std::vector<StoredClass> classes_;
 };
 
 } // namespace qorl

@@ -14,10 +14,6 @@ namespace qorl {
 
 namespace {
 
-constexpr int32_t sizedNullTag = 0;
-constexpr int32_t classTag = -1;
-constexpr int32_t parentTag = -2;
-constexpr int32_t sizedClassBit = INT32_MIN;
 constexpr int64_t fieldSize = sizeof(int32_t);
 /// Places beyond could not be told from the markers once they have the class bit.
 constexpr int64_t mostOffset = INT32_MAX - 2;
@@ -50,10 +46,10 @@ bool FSizedArchive::writeObject(CmObject* object, bool track) try {
 
 bool FSizedArchive::storeObject(CmObject* object, bool track) {
     if (!object)
-        return checked(stream_.writeInt32(sizedNullTag));
+        return checked(stream_.writeInt32(ArchiveTag::null));
     if (track)
-        if (const auto known = offsets_.find(object); known != offsets_.end())
-            return checked(stream_.writeInt32(known->second));
+        if (const int32_t* place = places_.find(*object))
+            return checked(stream_.writeInt32(*place));
     const ClassRecord* record = recordFor(*object);
     if (!record || !storeClass(*record))
         return false;
@@ -62,11 +58,8 @@ bool FSizedArchive::storeObject(CmObject* object, bool track) {
     if (!checked(offset <= mostOffset &&
                  stream_.seek(fieldSize, FStream::fromHere) == fieldPosition + fieldSize))
         return false;
-    if (track) {
-        // Retained, so that no other object can come at its address and be taken for it.
-        stored_.push_back(retain(object));
-        offsets_.emplace(object, static_cast<int32_t>(offset));
-    }
+    if (track)
+        places_.add(*object, static_cast<int32_t>(offset));
     if (!passContents(*object)) {
         report(streamFailed, object->getClassName());
         return false;
@@ -83,20 +76,20 @@ bool FSizedArchive::storeLength(int64_t fieldPosition) {
 }
 
 bool FSizedArchive::storeClass(const ClassRecord& record) {
-    if (const auto known = offsets_.find(&record); known != offsets_.end())
-        return checked(stream_.writeInt32(known->second | sizedClassBit));
-    for (const ClassRecord* parent = record.parent(); parent && !offsets_.contains(parent);
+    if (const int32_t* place = places_.find(record))
+        return checked(stream_.writeInt32(*place | ArchiveTag::classBit));
+    for (const ClassRecord* parent = record.parent(); parent && !places_.find(*parent);
          parent = parent->parent())
-        if (!storeMarker(parentTag, *parent))
+        if (!storeMarker(ArchiveTag::parentClass, *parent))
             return false;
-    return storeMarker(classTag, record);
+    return storeMarker(ArchiveTag::newClass, record);
 }
 
 bool FSizedArchive::storeMarker(int32_t tag, const ClassRecord& record) {
     const int64_t offset = offsetHere();
     if (!checked(offset <= mostOffset && stream_.writeInt32(tag) && StoredClass::write(stream_, record)))
         return false;
-    offsets_.emplace(&record, static_cast<int32_t>(offset));
+    places_.add(record, static_cast<int32_t>(offset));
     return true;
 }
 
@@ -109,7 +102,7 @@ CmObject* FSizedArchive::readObject(const char* className, bool) try {
 
 Ref<CmObject> FSizedArchive::nextObject(const char* className) {
     Header header;
-    if (!readHeader(header) || header.tag == sizedNullTag)
+    if (!readHeader(header) || header.tag == ArchiveTag::null)
         return nullptr;
     return header.tag > 0 ? resolve(header.tag, className) : readInstance(header, className);
 }
@@ -122,12 +115,12 @@ bool FSizedArchive::readHeader(Header& header) {
     }
     if (!checked(stream_.readInt32(header.tag)))
         return false;
-    while (header.tag == parentTag)
+    while (header.tag == ArchiveTag::parentClass)
         if (!readMarker(header.classIndex) || !checked(stream_.readInt32(header.tag)))
             return false;
     if (header.tag >= 0)
         return true;
-    if (header.tag == classTag && !readMarker(header.classIndex))
+    if (header.tag == ArchiveTag::newClass && !readMarker(header.classIndex))
         return false;
     if (!checked(stream_.readInt32(header.length)))
         return false;
@@ -135,7 +128,8 @@ bool FSizedArchive::readHeader(Header& header) {
         report(malformed, nullptr);
         return false;
     }
-    if (header.tag != classTag && !findClass(header.tag & ~sizedClassBit, header.classIndex))
+    if (header.tag != ArchiveTag::newClass &&
+        !findClass(header.tag & ~ArchiveTag::classBit, header.classIndex))
         return skipObject(malformed, nullptr, header.length);
     const StoredClass& type = classes_[header.classIndex];
     return type.record() || skipObject(classNotRegistered, type.name(), header.length);
@@ -170,10 +164,11 @@ bool FSizedArchive::findClass(int64_t offset, size_t& index) {
 void FSizedArchive::readMarkersAt(int64_t offset) {
     const int64_t here = stream_.tell();
     stream_.seek(base_ + offset, FStream::fromStart);
-    int32_t tag = parentTag;
+    int32_t tag = ArchiveTag::parentClass;
     size_t index = 0;
     // Only markers count here, so that places which lead to each other come to an end.
-    while (tag == parentTag && stream_.readInt32(tag) && (tag == parentTag || tag == classTag))
+    while (tag == ArchiveTag::parentClass && stream_.readInt32(tag) &&
+           (tag == ArchiveTag::parentClass || tag == ArchiveTag::newClass))
         if (!readMarker(index))
             break;
     const int64_t count = stream_.tell() - (base_ + offset);
@@ -223,9 +218,12 @@ bool FSizedArchive::readContents(const Ref<CmObject>& object, int64_t start, int
     const bool isRead = passContents(*object);
     version_ = outerVersion;
     frameEnd_ = outerEnd;
-    if (const auto entry = objects_.find(offset); !isRead && entry->second == object)
+    if (isRead)
+        return true;
+    // What it read too much may have stood at the same place.
+    if (const auto entry = objects_.find(offset); entry != objects_.end() && entry->second == object)
         objects_.erase(entry);
-    return isRead;
+    return false;
 }
 
 /// An object ends no later than the one that holds it, whatever its length says.
@@ -269,7 +267,7 @@ bool FSizedArchive::raiseStoredVersion(const ClassRecord* record) {
 bool FSizedArchive::writeClass(const ClassRecord* record) try {
     if (!storing_ || !record || !record->persistentName() || checkStream() != 0)
         return false;
-    return storeClass(*record) && checked(stream_.writeInt32(sizedNullTag));
+    return storeClass(*record) && checked(stream_.writeInt32(ArchiveTag::null));
 } catch (const std::bad_alloc&) {
     report(streamFailed, record->name());
     return false;
@@ -277,7 +275,7 @@ bool FSizedArchive::writeClass(const ClassRecord* record) try {
 
 const ClassRecord* FSizedArchive::readClass() try {
     Header header;
-    if (!beginReading() || !readHeader(header) || header.tag == sizedNullTag)
+    if (!beginReading() || !readHeader(header) || header.tag == ArchiveTag::null)
         return nullptr;
     if (header.tag > 0 || header.length != 0) {
         report(malformed, nullptr);

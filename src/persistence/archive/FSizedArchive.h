@@ -2,6 +2,7 @@
 
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/archive/StoredClass.h"
+#include "persistence/archive/StoredPlaces.h"
 
 #include <unordered_map>
 #include <vector>
@@ -59,10 +60,7 @@ private:
     void countBack(int64_t count);
 
     int64_t base_;
-    /// Storing: places of classes and tracked objects.
-    std::unordered_map<const void*, int32_t> offsets_;
-    std::vector<Ref<CmObject>> stored_;
-    /// Reading.
+    StoredPlaces places_;
     std::vector<StoredClass> classes_;
     std::unordered_map<int64_t, size_t> classesByOffset_;
     std::unordered_map<int64_t, Ref<CmObject>> objects_;

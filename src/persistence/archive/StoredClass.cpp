@@ -62,8 +62,11 @@ bool StoredClass::is(const ClassRecord* record) const {
 Ref<CmObject> StoredClass::create() const {
     if (!record_ || !record_->create())
         return nullptr;
-    const auto made = Ref<FInterface>::adopt(record_->create()());
-    return retain(castToCmObject(made.get()));
+    auto made = Ref<FInterface>::adopt(record_->create()());
+    CmObject* object = castToCmObject(made.get());
+    if (object)
+        static_cast<void>(made.detach());
+    return Ref<CmObject>::adopt(object);
 }
 
 } // namespace qorl

@@ -11,6 +11,14 @@ class CmObject;
 class ClassRecord;
 class FBinaryStream;
 
+/// What stands before an object or in its place. Any other number above 0 is a reference to a tracked object.
+namespace ArchiveTag {
+constexpr int32_t null = 0;
+constexpr int32_t newClass = -1;        ///< A class that has not occurred follows.
+constexpr int32_t parentClass = -2;     ///< The same for a base class; only in the sized form.
+constexpr int32_t classBit = INT32_MIN; ///< Set in the number or place of a class that has occurred.
+} // namespace ArchiveTag
+
 /// A class as it stands in an archive: its name and the version that it had.
 class StoredClass {
 public:
