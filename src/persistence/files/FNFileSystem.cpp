@@ -6,8 +6,11 @@
 #include "foundation/text/TextConversion.h"
 #include "persistence/files/FNFileIterator.h"
 #include "persistence/files/PathText.h"
+#include "persistence/mounts/FMountTable.h"
+#include "persistence/mounts/MountedStream.h"
 #include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
+#include "persistence/urls/UrlMetaHandler.h"
 
 #include <algorithm>
 #include <new>
@@ -78,6 +81,30 @@ std::string earlierSpelling(const FPath& path) {
     return isSpelt && text::wideLength(bytes) == text::invalid ? bytes : std::string();
 }
 
+/// The file system of what lies in a mounted file; null for every other path.
+Ref<FFileSystem> mountAround(const FPath& path) {
+    auto* mounts = FMountTable::instance();
+    return mounts ? mounts->findInside(path) : nullptr;
+}
+
+Ref<FStream> openMounted(FFileSystem& mount, FPath& path, uint32_t mode, int32_t* error) {
+    constexpr uint32_t pastCaches = FFileStream::writeAccess | FFileStream::unbuffered;
+    if ((mode & pastCaches) != pastCaches)
+        return mount.openFile(path, mode, error);
+    succeeded(platform::FileError::notSupported(), error);
+    return nullptr;
+}
+
+/// What no native path leads to, for reading only.
+Ref<FStream> openElsewhere(const FPath& path, uint32_t mode, int32_t* error) {
+    auto* urls = UrlMetaHandler::instance();
+    const bool isReading = mode & FFileStream::readAccess && !(mode & FFileStream::writeAccess);
+    if (urls && isReading)
+        return urls->openUrl(FUrl(path), error);
+    succeeded(platform::FileError::notSupported(), error);
+    return nullptr;
+}
+
 /// One part of a path, as a name has to be.
 bool isName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." &&
@@ -126,7 +153,11 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
 }
 
 Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) try {
+    if (const Ref<FFileSystem> mount = mountAround(path))
+        return openMounted(*mount, path, mode, error);
     std::string native = nativeOf(path);
+    if (native.empty())
+        return openElsewhere(path, mode, error);
     uint32_t access = accessOf(mode);
     int32_t sectorSize = 0;
     if (mode & FFileStream::unbuffered && mode & FFileStream::writeAccess)
@@ -135,8 +166,7 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
         sectorSize = platform::getSectorSize(native);
     access |= sectorSize != 0 ? platform::openUncached : 0u;
     platform::File file;
-    platform::FileError failure =
-        native.empty() ? platform::FileError::notSupported() : file.open(native, access);
+    platform::FileError failure = file.open(native, access);
     if (const std::string name = failure.isNotFound() ? earlierSpelling(path) : std::string();
         !name.empty()) {
         const std::string other = folderOfNative(native) + name;
@@ -158,6 +188,8 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
 bool FNFileSystem::closeFile(Ref<FStream> stream) {
     if (!stream)
         return false;
+    if (auto* mounted = cast<MountedStream>(stream.get()))
+        return mounted->mount()->closeFile(std::move(stream));
     auto* file = cast<FFileStream>(stream.get());
     if (!file)
         return true;
@@ -175,6 +207,8 @@ bool FNFileSystem::deleteFile(const FPath& path) try {
 }
 
 bool FNFileSystem::exists(const FPath& path) try {
+    if (const Ref<FFileSystem> mount = mountAround(path))
+        return mount->exists(path);
     const platform::FileKind kind = infoOf(path).kind;
     return path.isFolder() ? kind == platform::FileKind::folder : kind != platform::FileKind::none;
 } catch (const std::bad_alloc&) {
@@ -303,6 +337,8 @@ int64_t FNFileSystem::getFileSize(FStream& stream) {
 }
 
 int64_t FNFileSystem::getFileSizeOf(const FPath& path) try {
+    if (const Ref<FFileSystem> mount = mountAround(path))
+        return mount->getFileSizeOf(path);
     const platform::FileInfo info = infoOf(path);
     return info.kind == platform::FileKind::file ? info.size : -1;
 } catch (const std::bad_alloc&) {
@@ -337,7 +373,9 @@ bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
 }
 
 Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t mode) {
-    return FNFileIterator::open(path, mode);
+    auto* mounts = FMountTable::instance();
+    const Ref<FFileSystem> mount = mounts ? mounts->findMount(path) : nullptr;
+    return mount ? mount->getIterator(path, mode) : FNFileIterator::open(path, mode);
 }
 
 void FNFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {

@@ -32,10 +32,13 @@ public:
     static FNFileSystem* instance();
 
     Ref<FStream> createFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
-    /// A name that is not found is tried once more as programs wrote it before UTF-8, in code page 1252.
+    /// A path that leads into a mounted file goes to its file system, and one to no place on the disk to the
+    /// handler of its URL, for reading only; writing past the caches is refused there. A name that is not
+    /// found is tried once more as programs wrote it before UTF-8, in code page 1252.
     Ref<FStream> openFile(FPath& path, uint32_t mode, int32_t* error = nullptr) override;
     bool closeFile(Ref<FStream> stream) override;
     bool deleteFile(const FPath& path) override;
+    /// This, the size and the entries of a folder are those of a mounted file's contents as well.
     bool exists(const FPath& path) override;
     bool rename(FPath& path, const ConstString& newName) override;
     bool move(FPath& path, const FPath& newFolder) override;

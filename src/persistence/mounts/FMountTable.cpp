@@ -52,6 +52,15 @@ auto withPath(std::string_view key, Use use) {
     return url.getNativePath(native) ? use(static_cast<FPath&>(native)) : use(static_cast<FPath&>(url));
 }
 
+/// The disk is asked below its file system, which would ask the table in turn.
+bool isFileIn(FFileSystem& holder, std::string_view key) {
+    platform::FileInfo info;
+    if (&holder != FNFileSystem::instance())
+        return holder.getFileSizeOf(urlOf(key)) >= 0;
+    withPath(key, [&](FPath& path) { return platform::getFileInfo(path.toUtf8(), info); });
+    return info.kind == platform::FileKind::file;
+}
+
 Ref<IVirtualFileSystem> faceOf(FInterface* instance) {
     Ref<IVirtualFileSystem> face;
     if (instance && instance->queryInterface(IVirtualFileSystem::iid, face.out()) != Result::ok)
@@ -224,9 +233,7 @@ Ref<FFileSystem> FMountTable::findHolder(const FUrl& url, const std::string& key
         from = to + 1;
         Ref<FRemovableFileSystem> mounted = standing(prefix);
         if (!mounted && hasExtension(segment, extensions)) {
-            const bool isFile =
-                withPath(prefix, [&](FPath& path) { return holder->getFileSizeOf(path) >= 0; });
-            if (isFile)
+            if (isFileIn(*holder, prefix))
                 mounted = mountIn(*holder, std::string(prefix));
             if (--left == 0)
                 return holder;

@@ -33,6 +33,7 @@ public:
     Result getStreamSize(int64_t& size) override;
     Result setStreamSize(int64_t size) override;
 
+    FRemovableFileSystem* mount() const { return mount_.get(); }
     FStream* inner() const { return inner_.get(); }
     /// Ends the use of the file, whoever else holds this stream.
     Ref<FStream> detachInner() { return std::move(inner_); }

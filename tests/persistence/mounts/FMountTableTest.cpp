@@ -61,6 +61,41 @@ TEST(FMountTable, MountsAFileForAPathThatLeadsIntoIt) {
     EXPECT_EQ(table().findMount(FUrl(ConstString("archive://x.pack/a"))), nullptr);
 }
 
+TEST(FMountTable, IsWhereTheDiskSendsPathsThatLeadIntoAFile) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "a=content\nb.pack=c=deep");
+    const RegisteredService memory("vfs://m");
+    memory->add("file", "of a service");
+    auto& disk = *FNFileSystem::instance();
+    FNPath inside = diskPath(folder / "a.pack/a");
+    int32_t error = 0;
+    EXPECT_EQ(disk.openFile(inside, FFileStream::readAccess, &error), nullptr) << "nobody can mount it yet";
+    EXPECT_NE(error, 0);
+    const MountedComponent component;
+    Ref<FStream> stream = disk.openFile(inside, FFileStream::readAccess, &error);
+    EXPECT_EQ(error, 0);
+    EXPECT_EQ(disk.getFileSize(*stream), 7);
+    EXPECT_EQ(contentOf(stream.get()), "content");
+    EXPECT_TRUE(disk.closeFile(stream));
+    EXPECT_EQ(stream->read(&error, 1), -1) << "closed for everybody";
+    EXPECT_TRUE(disk.exists(inside));
+    EXPECT_EQ(disk.getFileSizeOf(inside), 7);
+    EXPECT_NE(disk.getIterator(diskPath(folder / "a.pack")), nullptr);
+    EXPECT_EQ(disk.openFile(inside, FFileStream::writeAccess | FFileStream::unbuffered, &error), nullptr);
+    EXPECT_NE(error, 0);
+    FNPath deep = diskPath(folder / "a.pack/b.pack/c");
+    EXPECT_EQ(contentOf(disk.openFile(deep, FFileStream::readAccess).get()), "deep");
+    FNPath whole = diskPath(folder / "a.pack");
+    EXPECT_EQ(contentOf(disk.openFile(whole, FFileStream::readAccess).get()).substr(0, 9), "a=content")
+        << "the file itself stays one";
+
+    FUrl url{ConstString("vfs://m/file")};
+    EXPECT_EQ(contentOf(disk.openFile(url, FFileStream::readAccess, &error).get()), "of a service");
+    EXPECT_EQ(error, 0);
+    EXPECT_EQ(disk.openFile(url, FFileStream::readAccess | FFileStream::writeAccess, &error), nullptr);
+    EXPECT_NE(error, 0);
+}
+
 TEST(FMountTable, OpensForWritingWhereItCan) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=x");
