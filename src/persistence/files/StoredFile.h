@@ -45,8 +45,8 @@ public:
     StoredFile(const ConstString& name, const FFileType& type) : name_(name), type_(type) {}
 
     /// Makes missing folders, lets `write` fill an empty stream, which can be moved about and read too but
-    /// has no buffer of its own, and puts that in the place of the file. A file that holds the same bytes
-    /// already is not touched. The system's number of a failure in `error`.
+    /// has no buffer of its own (`FBufferedStream` has), and puts that in the place of the file. A file that
+    /// holds the same bytes already is not touched. The system's number of a failure in `error`.
     bool save(const Work& write, int32_t* error = nullptr) const;
 
     /// Lets `read` have the file from its start: the user's own, else what an interrupted save kept, else,

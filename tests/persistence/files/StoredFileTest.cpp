@@ -1,15 +1,18 @@
 #include "persistence/files/StoredFile.h"
 
 #include "persistence/SettingsFolder.h"
-#include "persistence/streams/FStream.h"
+#include "persistence/streams/FBufferedStream.h"
 #include "platform/FileReplacement.h"
 #include "platform/System.h"
 #include "support/FailingAllocation.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace qorl {
 namespace {
@@ -90,6 +93,17 @@ TEST_F(StoredFileTest, KeepsTheEarlierFileWhenTheWriterGivesUp) {
     EXPECT_FALSE(has(".Keys.xml.new"));
 }
 
+TEST_F(StoredFileTest, IsAsLongAsWhatABufferedStreamWrote) {
+    EXPECT_TRUE(StoredFile("Keys", xml).save([](FStream& stream) {
+        const auto buffered = FBufferedStream::openBuffered(retain(&stream), 65536);
+        const bool isWritten = buffered->write("good ....", 9) == 9 &&
+                               buffered->seek(5, FStream::fromStart) == 5 && buffered->write("back", 4) == 4;
+        buffered->flush();
+        return isWritten && buffered->isValid();
+    }));
+    EXPECT_EQ(read("Keys.xml"), "good back");
+}
+
 TEST_F(StoredFileTest, TellsWhyItCouldNotSave) {
     folder_.write("settings", "a file where the folder should be");
     int32_t error = 0;
@@ -160,6 +174,26 @@ TEST_F(StoredFileTest, LeavesWhatAnotherProgramStillWrites) {
     EXPECT_EQ(load(), "good 1");
     ASSERT_FALSE(other.putInPlace());
     EXPECT_EQ(load(), "good other");
+}
+
+TEST_F(StoredFileTest, StaysWholeWhileSeveralStoreIt) {
+    ASSERT_TRUE(save("good 0"));
+    std::vector<std::thread> writers;
+    std::atomic<int> failures = 0;
+    for (int writer = 1; writer <= 4; ++writer)
+        writers.emplace_back([writer, &failures] {
+            for (int i = 0; i < 8; ++i)
+                failures += !save("good " + std::string(static_cast<size_t>(writer) * 10, 'x'));
+        });
+    for (int i = 0; i < 50; ++i)
+        EXPECT_NE(load(), "");
+    for (std::thread& writer : writers)
+        writer.join();
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(load().size() % 10, 5u);
+    std::vector<platform::FolderEntry> entries;
+    platform::listFolder(folder_ / "settings", entries);
+    EXPECT_EQ(entries.size(), 1u);
 }
 
 TEST_F(StoredFileTest, KeepsLinksAndRights) {
