@@ -1,5 +1,6 @@
 #include "foundation/text/CmString.h"
 #include "persistence/SettingsFolder.h"
+#include "persistence/archive/ObjectFiles.h"
 #include "persistence/defaults/FDefaultPool.h"
 #include "persistence/xml/XmlFile.h"
 #include "platform/System.h"
@@ -204,21 +205,34 @@ TEST_F(NothingLostTest, OnAVolumeThatKnowsNoLinks) {
         });
 }
 
-TEST_F(NothingLostTest, WhenAnObjectIsSavedAsXml) {
-    const auto save = [](const char* text) {
+/// A form in which one object has a file of its own.
+struct ObjectForm {
+    const char* name;
+    bool (*save)(CmString& object);
+    bool (*load)(CmString& object);
+    bool (*exists)();
+};
+
+class NothingLostObjectTest : public NothingLostTest, public ::testing::WithParamInterface<ObjectForm> {
+protected:
+    static bool save(const char* text) {
         CmString object(text);
-        return saveXml("Layouts/Main", "State", object);
-    };
+        return GetParam().save(object);
+    }
+};
+
+TEST_P(NothingLostObjectTest, WhenAnObjectIsSaved) {
+    const char* longer = "after, and a little longer";
     failEachDiskCall(
         [&] {
             beginAnew();
             ASSERT_TRUE(save("before"));
         },
-        [&] { return save("after, and a little longer"); },
+        [&] { return save(longer); },
         [&](const Outcome& outcome) {
             CmString object;
-            EXPECT_TRUE(loadXml("Layouts/Main", "State", object));
-            const bool isNew = object.string() == ConstString("after, and a little longer");
+            EXPECT_TRUE(GetParam().load(object));
+            const bool isNew = object.string() == ConstString(longer);
             EXPECT_TRUE(isNew || object.string() == ConstString("before"));
             EXPECT_TRUE(outcome.hasCrashed || isNew == outcome.answer);
             EXPECT_TRUE(save("again"));
@@ -226,20 +240,28 @@ TEST_F(NothingLostTest, WhenAnObjectIsSavedAsXml) {
         });
 }
 
-TEST_F(NothingLostTest, WhenAnObjectIsSavedForTheFirstTime) {
-    failEachDiskCall([&] { beginAnew(); },
-                     [&] {
-                         CmString object("first");
-                         return saveXml("Layouts/Main", "State", object);
-                     },
+TEST_P(NothingLostObjectTest, WhenAnObjectIsSavedForTheFirstTime) {
+    failEachDiskCall([&] { beginAnew(); }, [&] { return save("first"); },
                      [&](const Outcome& outcome) {
                          CmString object;
-                         const bool isThere = loadXml("Layouts/Main", "State", object);
-                         EXPECT_TRUE(isThere == xmlExists("Layouts/Main"));
+                         const bool isThere = GetParam().load(object);
+                         EXPECT_EQ(isThere, GetParam().exists());
                          EXPECT_TRUE(outcome.hasCrashed || isThere == outcome.answer);
                          EXPECT_TRUE(!isThere || object.string() == ConstString("first"));
                      });
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Forms, NothingLostObjectTest,
+    ::testing::Values(ObjectForm{"Xml",
+                                 [](CmString& object) { return saveXml("Layouts/Main", "State", object); },
+                                 [](CmString& object) { return loadXml("Layouts/Main", "State", object); },
+                                 [] { return xmlExists("Layouts/Main"); }},
+                      ObjectForm{"Binary",
+                                 [](CmString& object) { return saveObjectFile("Layouts/Main", &object); },
+                                 [](CmString& object) { return loadObjectFile("Layouts/Main", &object); },
+                                 [] { return objectFileExists("Layouts/Main"); }}),
+    [](const auto& form) { return form.param.name; });
 
 } // namespace
 } // namespace qorl
