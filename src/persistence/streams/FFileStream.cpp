@@ -31,8 +31,9 @@ bool FFileStream::isCancelled(const void* buffer, int64_t count) {
 }
 
 void FFileStream::advance(int64_t count) {
-    if (progress_ && count > 0)
-        progress_->setPosition(progress_->position() + count);
+    int64_t place = 0;
+    if (progress_ && count > 0 && !__builtin_add_overflow(progress_->position(), count, &place))
+        progress_->setPosition(place);
 }
 
 int64_t FFileStream::read(void* buffer, int64_t count) {

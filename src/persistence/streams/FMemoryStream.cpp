@@ -179,7 +179,7 @@ bool FMemoryStream::reserve(int64_t size) {
         fail();
         return false;
     }
-    const int64_t wanted = (size + growthStep - 1) / growthStep * growthStep;
+    const int64_t wanted = (std::min(size, maxSize) + growthStep - 1) / growthStep * growthStep;
     char* block = size > maxSize ? nullptr : regrown(memory_.bytes, capacity_, wanted);
     if (!block) {
         forget();

@@ -215,7 +215,7 @@ TEST(FMemoryStream, IsNotWrittenPastForeignMemoryByTypedFields) {
 TEST(FMemoryStream, FailsForGoodWhenThereIsNoMemory) {
     FMemoryStream stream;
     stream.write("abc", 3);
-    EXPECT_EQ(stream.setStreamSize(int64_t{1} << 62), Result::failure);
+    EXPECT_EQ(stream.setStreamSize(std::numeric_limits<int64_t>::max()), Result::failure);
     EXPECT_FALSE(stream.isValid());
     EXPECT_EQ(stream.size(), 0);
     EXPECT_EQ(stream.data(), nullptr);

@@ -1,0 +1,110 @@
+#include "persistence/streams/FFileStream.h"
+
+#include "foundation/Cast.h"
+#include "persistence/SettingsFolder.h"
+#include "persistence/files/FNFileSystem.h"
+#include "persistence/streams/StreamProgress.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+
+namespace qorl {
+namespace {
+
+constexpr uint32_t readAndWrite = FFileStream::readAccess | FFileStream::writeAccess;
+
+class FFileStreamTest : public ::testing::Test {
+protected:
+    Ref<FStream> open(uint32_t mode) {
+        FNPath path(std::string_view(folder_ / "file.bin"));
+        folder_.write("file.bin", "0123456789");
+        return FNFileSystem::instance()->openFile(path, mode);
+    }
+
+    const SettingsFolder folder_;
+};
+
+class Meter : public StreamProgress {
+public:
+    bool isCancelled(const void* buffer, int64_t count) override {
+        lastBuffer = buffer;
+        lastCount = count;
+        return isStopped;
+    }
+    int64_t position() const override { return place; }
+    void setPosition(int64_t position) override { place = position; }
+    int64_t total() const override { return 0; }
+
+    const void* lastBuffer = nullptr;
+    int64_t lastCount = 0;
+    int64_t place = 0;
+    bool isStopped = false;
+};
+
+TEST_F(FFileStreamTest, MovesItsMonitorWithEveryByte) {
+    const Ref<FStream> file = open(readAndWrite);
+    Meter meter;
+    file->setProgress(&meter);
+    char buffer[20];
+    EXPECT_EQ(file->read(buffer, 4), 4);
+    EXPECT_EQ(file->write("ab", 2), 2);
+    EXPECT_EQ(meter.place, 6);
+    EXPECT_EQ(file->read(buffer, 20), 4);
+    EXPECT_EQ(meter.place, 10) << "what came, not what was asked for";
+    EXPECT_EQ(meter.lastBuffer, buffer);
+    EXPECT_EQ(meter.lastCount, 20);
+    file->seek(3, FStream::fromStart);
+    EXPECT_EQ(meter.place, 10);
+    file->rewind();
+    EXPECT_EQ(meter.place, 0);
+    meter.isStopped = true;
+    EXPECT_EQ(file->read(buffer, 1), -1);
+    EXPECT_EQ(file->write("xyz", 3), -1);
+    EXPECT_EQ(file->tell(), 0) << "the file was not touched";
+    file->setProgress(nullptr);
+    EXPECT_EQ(file->read(buffer, 10), 10);
+    EXPECT_EQ(std::string(buffer, 10), "0123ab6789");
+}
+
+TEST_F(FFileStreamTest, KeepsItsFirstErrorUntilItIsCleared) {
+    const Ref<FStream> stream = open(FFileStream::readAccess);
+    auto& file = *cast<FFileStream>(stream.get());
+    EXPECT_EQ(file.write("x", 1), -1);
+    const int32_t first = file.getLastError();
+    EXPECT_NE(first, 0);
+    EXPECT_EQ(file.seek(-1, FStream::fromStart), -1);
+    EXPECT_EQ(file.seek(std::numeric_limits<int64_t>::min(), FStream::fromHere), -1);
+    EXPECT_FALSE(file.setLength(-5));
+    EXPECT_EQ(file.getLastError(), first);
+    file.clearError();
+    EXPECT_EQ(file.getLastError(), 0);
+    EXPECT_EQ(file.seek(-1, FStream::fromStart), -1);
+    EXPECT_NE(file.getLastError(), 0) << "a seek that failed is an error too";
+    EXPECT_EQ(file.tell(), 0);
+}
+
+TEST_F(FFileStreamTest, SetsItsLengthWithoutMoving) {
+    const Ref<FStream> stream = open(readAndWrite);
+    auto& file = *cast<FFileStream>(stream.get());
+    file.seek(8, FStream::fromStart);
+    EXPECT_TRUE(file.setLength(4));
+    EXPECT_EQ(file.tell(), 8);
+    EXPECT_TRUE(file.isAtEnd());
+    Ref<ISizeableStream> sizeable;
+    ASSERT_EQ(stream->queryInterface(ISizeableStream::iid, sizeable.out()), Result::ok);
+    EXPECT_EQ(sizeable->setStreamSize(6), Result::ok);
+    EXPECT_EQ(sizeable->setStreamSize(-1), Result::failure);
+    int64_t size = 0;
+    EXPECT_EQ(sizeable->getStreamSize(size), Result::ok);
+    EXPECT_EQ(size, 6);
+    EXPECT_TRUE(file.isOpen());
+    file.close();
+    EXPECT_FALSE(file.isOpen());
+    EXPECT_EQ(file.getLength(), -1);
+    EXPECT_EQ(sizeable->getStreamSize(size), Result::failure);
+    EXPECT_EQ(folder_.read("file.bin"), std::string("0123\0\0", 6));
+}
+
+} // namespace
+} // namespace qorl
