@@ -8,6 +8,7 @@
 #include "compare/Settings.h"
 #include "compare/Streams.h"
 #include "compare/ValueChange.h"
+#include "compare/XmlParse.h"
 #include "graphics/GraphicsFactory.h"
 #include "support/DrawRecorder.h"
 #include "support/SkinWindow.h"
@@ -187,6 +188,7 @@ constexpr Workload workloads[] = {
     {"value_change", &measureValueChange},
     {"relayout", &measureRelayout},
     {"paint", &measurePaint},
+    {"xml_parse", [] { measureXml(documents); }},
     {"containers", &measureContainers},
     {"settings", [] { measureSettings(documents); }},
     {"compress", [] { measureCompression(documents); }},

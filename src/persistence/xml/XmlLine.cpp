@@ -56,61 +56,60 @@ const TeardownHook dropBuffersAtTheEnd{TeardownStep::hookLists, &dropKeptBuffers
 
 } // namespace
 
-XmlLine::XmlLine() : buffer_(takeBuffer()) {}
+XmlLine::XmlLine()
+    : buffer_(takeBuffer()), at_(buffer_->data()), end_(buffer_->data() + buffer_->capacity()) {}
 
 XmlLine::~XmlLine() {
     giveBuffer(buffer_);
 }
 
-char* XmlLine::makeRoom(size_t count) {
-    const int64_t needed = buffer_->used() + static_cast<int64_t>(count);
-    if (needed > buffer_->capacity()) {
-        // By half at least, so that a long text costs no more for being put in pieces.
-        const int64_t wanted = std::max(needed, int64_t{buffer_->capacity()} * 3 / 2);
-        constexpr int64_t most = std::numeric_limits<int32_t>::max();
-        if (isBroken_ || needed > most ||
-            !buffer_->setCapacity(static_cast<int32_t>(std::min(wanted, most)))) {
-            isBroken_ = true;
-            return nullptr;
-        }
+bool XmlLine::grow(size_t count) {
+    constexpr int64_t most = std::numeric_limits<int32_t>::max();
+    const int64_t used = at_ - buffer_->data();
+    const int64_t needed = used + static_cast<int64_t>(count);
+    // By half at least, so that a long text costs no more for being put in pieces.
+    const int64_t wanted = std::min(std::max(needed, int64_t{buffer_->capacity()} * 3 / 2), most);
+    buffer_->setUsedSize(static_cast<int32_t>(used));
+    if (isBroken_ || needed > most || !buffer_->setCapacity(static_cast<int32_t>(wanted))) {
+        isBroken_ = true;
+        end_ = at_;
+        return false;
     }
-    return isBroken_ ? nullptr : buffer_->data() + buffer_->used();
-}
-
-void XmlLine::used(const char* end) {
-    buffer_->setUsedSize(static_cast<int32_t>(end - buffer_->data()));
-}
-
-XmlLine& XmlLine::put(std::string_view text) {
-    if (char* to = makeRoom(text.size())) {
-        std::memcpy(to, text.data(), text.size());
-        used(to + text.size());
-    }
-    return *this;
+    at_ = buffer_->data() + used;
+    end_ = buffer_->data() + buffer_->capacity();
+    return true;
 }
 
 XmlLine& XmlLine::fill(char character, int32_t count) {
     const auto size = static_cast<size_t>(std::max(count, 0));
-    if (char* to = makeRoom(size)) {
-        std::memset(to, character, size);
-        used(to + size);
+    if (makeRoom(size)) {
+        std::memset(at_, character, size);
+        at_ += size;
     }
     return *this;
 }
 
 XmlLine& XmlLine::putEscaped(std::string_view bytes, Escape escape) {
     const auto& table = XmlEntities::substitutes(escape);
-    size_t at = 0;
-    while (at < bytes.size()) {
-        const size_t start = at;
-        while (at < bytes.size() && table[static_cast<uint8_t>(bytes[at])].length == 0)
-            ++at;
-        put(bytes.substr(start, at - start));
-        if (at < bytes.size()) {
-            const auto& entry = table[static_cast<uint8_t>(bytes[at++])];
-            put(std::string_view(entry.text, entry.length));
+    const char* from = bytes.data();
+    const char* const stop = from + bytes.size();
+    if (!makeRoom(bytes.size()))
+        return *this;
+    char* to = at_;
+    for (; from < stop; ++from) {
+        const auto& entry = table[static_cast<uint8_t>(*from)];
+        if (entry.length == 0) {
+            *to++ = *from;
+            continue;
         }
+        at_ = to;
+        // And for what is left, which then needs no look again.
+        if (!makeRoom(entry.length + static_cast<size_t>(stop - from)))
+            return *this;
+        std::memcpy(at_, entry.text, entry.length);
+        to = at_ + entry.length;
     }
+    at_ = to;
     return *this;
 }
 
@@ -130,9 +129,9 @@ void XmlLine::putEscapedWide(std::u16string_view text) {
     while (at < text.size()) {
         // One unit more may follow, the second of a pair.
         const size_t end = std::min(text.size(), at + piece);
-        char* to = makeRoom((end - at + 1) * mostBytes);
-        if (!to)
+        if (!makeRoom((end - at + 1) * mostBytes))
             return;
+        char* to = at_;
         while (at < end) {
             uint32_t point = text[at++];
             if (point < 0x80) {
@@ -164,7 +163,7 @@ void XmlLine::putEscapedWide(std::u16string_view text) {
             }
             *to++ = static_cast<char>(0x80 | (point & 63));
         }
-        used(to);
+        at_ = to;
     }
 }
 
@@ -188,28 +187,30 @@ XmlLine& XmlLine::putFloat(double value) {
 
 XmlLine& XmlLine::putHex(std::string_view bytes) {
     constexpr char digits[] = "0123456789ABCDEF";
-    if (char* to = makeRoom(bytes.size() * 2)) {
+    if (makeRoom(bytes.size() * 2)) {
+        char* to = at_;
         for (const char byte : bytes) {
             *to++ = digits[static_cast<uint8_t>(byte) >> 4];
             *to++ = digits[static_cast<uint8_t>(byte) & 15];
         }
-        used(to);
+        at_ = to;
     }
     return *this;
 }
 
 bool XmlLine::finish(bool written) {
-    buffer_->clear();
+    at_ = buffer_->data();
+    end_ = at_ + buffer_->capacity();
     return !std::exchange(isBroken_, false) && written;
 }
 
 bool XmlLine::writeTo(FBinaryStream& stream) {
-    const int64_t count = buffer_->used();
+    const auto count = static_cast<int64_t>(text().size());
     return finish(!isBroken_ && stream.write(buffer_->data(), count) == count);
 }
 
 bool XmlLine::writeTo(IBStream& stream) {
-    const int64_t count = buffer_->used();
+    const auto count = static_cast<int64_t>(text().size());
     int64_t got = 0;
     return finish(!isBroken_ && stream.write(buffer_->data(), count, &got) == Result::ok && got == count);
 }

@@ -5,6 +5,7 @@
 #include "persistence/xml/XmlEntities.h"
 
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace qorl {
@@ -26,8 +27,18 @@ public:
     XmlLine(const XmlLine&) = delete;
     XmlLine& operator=(const XmlLine&) = delete;
 
-    XmlLine& put(std::string_view text);
-    XmlLine& put(char character) { return put(std::string_view(&character, 1)); }
+    XmlLine& put(std::string_view text) {
+        if (makeRoom(text.size())) {
+            std::memcpy(at_, text.data(), text.size());
+            at_ += text.size();
+        }
+        return *this;
+    }
+    XmlLine& put(char character) {
+        if (makeRoom(1))
+            *at_++ = character;
+        return *this;
+    }
     XmlLine& fill(char character, int32_t count);
     XmlLine& putEscaped(std::string_view bytes, Escape escape);
     /// 8-bit text as `escape` says; wide text as UTF-8, of which only markup is escaped.
@@ -40,20 +51,22 @@ public:
     XmlLine& putHex(std::string_view bytes);
 
     bool isBroken() const { return isBroken_; }
-    std::string_view text() const { return buffer_->bytes(); }
+    std::string_view text() const { return {buffer_->data(), static_cast<size_t>(at_ - buffer_->data())}; }
 
     /// Hands the line over in one write and begins a new one. False when it was broken or not all of it went.
     bool writeTo(FBinaryStream& stream);
     bool writeTo(IBStream& stream);
 
 private:
-    /// Where `count` bytes more may be put; null without memory.
-    char* makeRoom(size_t count);
-    void used(const char* end);
+    /// For `count` bytes more from `at_` on; false without memory.
+    bool makeRoom(size_t count) { return count <= static_cast<size_t>(end_ - at_) || grow(count); }
+    bool grow(size_t count);
     bool finish(bool written);
     void putEscapedWide(std::u16string_view text);
 
     CmBuffer* buffer_;
+    char* at_;
+    char* end_;
     bool isBroken_ = false;
 };
 
