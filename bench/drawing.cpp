@@ -92,8 +92,8 @@ void paintControlsFloor(benchmark::State& state) {
                                          control.label.c_str(), static_cast<int>(control.label.size()),
                                          &glyphs, &count, nullptr, nullptr, nullptr);
         runs.emplace_back(glyphs, glyphs + count);
-        std::erase_if(runs.back(),
-                      [&](const cairo_glyph_t& glyph) { return glyph.index == runs.back()[5].index; });
+        const auto blank = runs.back()[5].index;
+        std::erase_if(runs.back(), [blank](const cairo_glyph_t& glyph) { return glyph.index == blank; });
         cairo_glyph_free(glyphs);
     }
     for (auto _ : state) {
