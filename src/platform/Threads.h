@@ -6,6 +6,16 @@
 
 namespace qorl::platform {
 
+namespace detail {
+extern const char* const singleThreadMark;
+}
+
+/// True as long as no second thread has been started in this process, by anybody: then nobody can come in
+/// between, and what a thread left behind is seen by those that it starts. Stays false afterwards.
+inline bool isSingleThreaded() {
+    return *detail::singleThreadMark != 0;
+}
+
 /// A thread of the system: opaque, 0 is none.
 using ThreadHandle = uintptr_t;
 

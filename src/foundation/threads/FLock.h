@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Threads.h"
+
 #include <atomic>
 #include <cstdint>
 #include <thread>
@@ -10,7 +12,8 @@ namespace qorl {
 ///
 /// Hold it through a `FGuard`. Locks have no fixed order; never call out of a class with its lock held unless
 /// the operation says so. A lock that nobody else wants costs one exchange to take and one to give back
-/// (U. Drepper, Futexes Are Tricky, 2011, the mutex of section 6).
+/// (U. Drepper, Futexes Are Tricky, 2011, the mutex of section 6), and next to nothing in a process of one
+/// thread.
 class FLock {
 public:
     /// The name tells a reader what the lock is for; it isn't stored.
@@ -32,7 +35,9 @@ public:
             return;
         }
         owner_.store({}, std::memory_order_relaxed);
-        if (state_.exchange(open, std::memory_order_release) == awaited)
+        if (platform::isSingleThreaded())
+            state_.store(open, std::memory_order_relaxed);
+        else if (state_.exchange(open, std::memory_order_release) == awaited)
             state_.notify_one();
     }
     /// True when this thread holds the lock now.
@@ -47,8 +52,10 @@ private:
 
     void enter(std::thread::id self) {
         int32_t expected = open;
-        if (!state_.compare_exchange_strong(expected, held, std::memory_order_acquire,
-                                            std::memory_order_relaxed))
+        if (platform::isSingleThreaded())
+            state_.store(held, std::memory_order_relaxed);
+        else if (!state_.compare_exchange_strong(expected, held, std::memory_order_acquire,
+                                                 std::memory_order_relaxed))
             wait();
         owner_.store(self, std::memory_order_relaxed);
     }

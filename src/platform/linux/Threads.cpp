@@ -13,6 +13,7 @@
 #include <sched.h>
 #include <semaphore.h>
 #include <sys/resource.h>
+#include <sys/single_threaded.h>
 #include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -22,6 +23,8 @@
 #endif
 
 namespace qorl::platform {
+
+constinit const char* const detail::singleThreadMark = &__libc_single_threaded;
 
 namespace {
 
