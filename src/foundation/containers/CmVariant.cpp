@@ -223,7 +223,7 @@ bool CmVariant::readFrom(FObjectArchive* archive) {
         setObject(read, Hold::adopt);
         return true;
     }
-    default: return false;
+    default: archive->report(FObjectArchive::malformed, nullptr); return false;
     }
 }
 

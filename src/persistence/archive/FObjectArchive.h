@@ -33,7 +33,7 @@ protected:
 class FObjectArchive {
 public:
     enum Error : int32_t {
-        malformed = -97,          ///< A length or marker that can't be. Has no text.
+        malformed = -97,          ///< A length, marker or kind of value that can't be. Has no text.
         classNotRegistered = -98, ///< The object is left out.
         wrongObject = -99,        ///< Not of the class asked for, or a reference that leads to no object.
         streamFailed = -100,      ///< A short transfer, or an object that could not be stored. For good.
@@ -78,6 +78,8 @@ public:
     int32_t lastError() const { return lastError_; }
     /// Every code that occurred, once, in order.
     std::span<const Error> errors() const { return {errors_, errorCount_}; }
+    /// For objects too, that find in their own fields what can't be.
+    void report(Error code, const char* text);
     /// Not owned; null for none.
     void setListener(ArchiveListener* listener) { listener_ = listener; }
 
@@ -91,7 +93,6 @@ protected:
     FObjectArchive(FStream& stream, Direction direction)
         : stream_(stream), storing_(direction == Direction::storing) {}
 
-    void report(Error code, const char* text);
     /// Passes `isDone` on; false is reported as a failed stream.
     bool checked(bool isDone);
     /// False when nothing can be read; else the last error is cleared.

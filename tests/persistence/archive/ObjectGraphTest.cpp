@@ -1,5 +1,6 @@
 #include "ArchiveProbe.h"
 #include "ArchiveTesting.h"
+#include "foundation/containers/CmVariant.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
@@ -321,6 +322,16 @@ TYPED_TEST(ObjectGraphs, CollectTheErrorsThatOccurredAndKeepTheLastOne) {
     EXPECT_THAT(reading.archive.errors(),
                 ::testing::ElementsAre(FObjectArchive::wrongObject, FObjectArchive::streamFailed));
     EXPECT_EQ(reading.log.text, "-99; -99; -100");
+}
+
+TYPED_TEST(ObjectGraphs, ReportAValueWithoutAKnownKind) {
+    Storing<TypeParam> storing;
+    ASSERT_TRUE(storing.archive.writeObject(make<CmVariant>().get()));
+    std::string bytes = storing.bytes();
+    bytes[bytes.size() - 2] = 64; // its kind, which is all that an empty one has
+    Reading<TypeParam> reading(bytes);
+    EXPECT_EQ(reading.next(), nullptr);
+    EXPECT_THAT(reading.archive.errors(), ::testing::Contains(FObjectArchive::malformed));
 }
 
 TYPED_TEST(ObjectGraphs, StopAtAStreamThatIsNotValidAnyMore) {
