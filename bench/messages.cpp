@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace qorl::bench {
@@ -31,6 +32,12 @@ public:
     }
     int32_t got = 0;
 };
+
+/// Before its first thread a program locks without atomic operations. All is measured as in one with threads.
+[[maybe_unused]] const bool hasThreads = [] {
+    std::thread([] {}).join();
+    return true;
+}();
 
 /// A source and those who hear it, and what makes this thread the GUI thread.
 class Subject {
