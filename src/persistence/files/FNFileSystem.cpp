@@ -8,7 +8,6 @@
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/mounts/MountedStream.h"
-#include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/urls/UrlMetaHandler.h"
 
@@ -69,6 +68,46 @@ Ref<FStream> streamOf(platform::File file, const FPath& path, uint32_t mode, int
     return stream;
 }
 
+/// Whether a path leads into a file as if that were a folder.
+bool isBelowFile(std::string native) {
+    platform::FileInfo info = infoAt(native);
+    bool isItself = true;
+    while (info.kind == platform::FileKind::none && native.size() > 1) {
+        native = folderOfNative(native);
+        while (native.size() > 1 && native.ends_with('/'))
+            native.pop_back();
+        info = infoAt(native);
+        isItself = false;
+    }
+    return !isItself && info.kind == platform::FileKind::file;
+}
+
+/// Also a plain path whose text has a scheme.
+bool isUrl(const FPath& path) {
+    if (cast<FUrl>(&path))
+        return true;
+    return !cast<FNPath>(&path) &&
+           path.getFolder().find(ConstString(schemeSeparator)) != ConstString::notFound;
+}
+
+FUrl urlOf(const FPath& path) {
+    if (const auto* url = cast<FUrl>(&path))
+        return *url;
+    if (!isUrl(path))
+        return FUrl(path);
+    String text;
+    path.getFullPath(text);
+    return FUrl(text);
+}
+
+/// What lies on no disk can be read where somebody knows its scheme.
+Ref<FStream> openAway(const FPath& path, uint32_t mode, int32_t* error) {
+    succeeded(platform::FileError::notSupported(), error);
+    auto* urls = UrlMetaHandler::instance();
+    const bool isRead = mode & FFileStream::readAccess && !(mode & FFileStream::writeAccess);
+    return urls && isRead ? urls->openUrl(urlOf(path), error) : nullptr;
+}
+
 /// The last part of a path in the bytes of the earlier code page; empty when it has no such form, or the
 /// same.
 std::string earlierSpelling(const FPath& path) {
@@ -79,30 +118,6 @@ std::string earlierSpelling(const FPath& path) {
                          text::decode(earlierCodePage, bytes, back) && back == name;
     // What is valid UTF-8 as well would be another file's name.
     return isSpelt && text::wideLength(bytes) == text::invalid ? bytes : std::string();
-}
-
-/// The file system of what lies in a mounted file; null for every other path.
-Ref<FFileSystem> mountAround(const FPath& path) {
-    auto* mounts = FMountTable::instance();
-    return mounts ? mounts->findInside(path) : nullptr;
-}
-
-Ref<FStream> openMounted(FFileSystem& mount, FPath& path, uint32_t mode, int32_t* error) {
-    constexpr uint32_t pastCaches = FFileStream::writeAccess | FFileStream::unbuffered;
-    if ((mode & pastCaches) != pastCaches)
-        return mount.openFile(path, mode, error);
-    succeeded(platform::FileError::notSupported(), error);
-    return nullptr;
-}
-
-/// What no native path leads to, for reading only.
-Ref<FStream> openElsewhere(const FPath& path, uint32_t mode, int32_t* error) {
-    auto* urls = UrlMetaHandler::instance();
-    const bool isReading = mode & FFileStream::readAccess && !(mode & FFileStream::writeAccess);
-    if (urls && isReading)
-        return urls->openUrl(FUrl(path), error);
-    succeeded(platform::FileError::notSupported(), error);
-    return nullptr;
 }
 
 /// One part of a path, as a name has to be.
@@ -118,22 +133,23 @@ FNFileSystem* FNFileSystem::instance() {
 }
 
 std::string FNFileSystem::nativeOf(const FPath& path) {
-    const auto* url = cast<FUrl>(&path);
-    FUrl parsed;
-    if (!url && !cast<FNPath>(&path) &&
-        path.getFolder().find(ConstString(schemeSeparator)) != ConstString::notFound) {
-        String text;
-        path.getFullPath(text);
-        parsed.setFullPath(text);
-        url = &parsed;
-    }
-    if (!url)
+    if (!isUrl(path))
         return path.toUtf8();
     FNPath native;
-    return url->getNativePath(native) ? native.toUtf8() : std::string();
+    return urlOf(path).getNativePath(native) ? native.toUtf8() : std::string();
+}
+
+/// The file system of what lies in a file that is open as a folder, and in an archive; null for the rest.
+Ref<FFileSystem> FNFileSystem::mountedAt(const FPath& path) {
+    auto* mounts = FMountTable::instance();
+    const std::string native = nativeOf(path);
+    const bool leadsAway = native.empty() || isBelowFile(native);
+    return mounts && leadsAway ? mounts->findInside(urlOf(path)) : nullptr;
 }
 
 Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->createFile(path, mode, error);
     const std::string native = nativeOf(path);
     const uint32_t access =
         accessOf(mode | FFileStream::writeAccess) | platform::openCreate | platform::openTruncate;
@@ -153,14 +169,19 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
 }
 
 Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) try {
-    if (const Ref<FFileSystem> mount = mountAround(path))
-        return openMounted(*mount, path, mode, error);
-    std::string native = nativeOf(path);
+    constexpr uint32_t writesThrough = FFileStream::writeAccess | FFileStream::unbuffered;
+    if (const Ref<FFileSystem> mounted = mountedAt(path)) {
+        if ((mode & writesThrough) != writesThrough)
+            return mounted->openFile(path, mode, error);
+        succeeded(platform::FileError::notSupported(), error);
+        return nullptr;
+    }
+    const std::string native = nativeOf(path);
     if (native.empty())
-        return openElsewhere(path, mode, error);
+        return openAway(path, mode, error);
     uint32_t access = accessOf(mode);
     int32_t sectorSize = 0;
-    if (mode & FFileStream::unbuffered && mode & FFileStream::writeAccess)
+    if ((mode & writesThrough) == writesThrough)
         access |= platform::openWriteThrough;
     else if (mode & FFileStream::unbuffered)
         sectorSize = platform::getSectorSize(native);
@@ -198,6 +219,8 @@ bool FNFileSystem::closeFile(Ref<FStream> stream) {
 }
 
 bool FNFileSystem::deleteFile(const FPath& path) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->deleteFile(path);
     if (!succeeded(platform::deleteFile(nativeOf(path))))
         return false;
     notify(fileDeleted, path);
@@ -207,8 +230,8 @@ bool FNFileSystem::deleteFile(const FPath& path) try {
 }
 
 bool FNFileSystem::exists(const FPath& path) try {
-    if (const Ref<FFileSystem> mount = mountAround(path))
-        return mount->exists(path);
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->exists(path);
     const platform::FileKind kind = infoOf(path).kind;
     return path.isFolder() ? kind == platform::FileKind::folder : kind != platform::FileKind::none;
 } catch (const std::bad_alloc&) {
@@ -225,6 +248,8 @@ bool FNFileSystem::moveTo(const std::string& from, const std::string& to) {
 }
 
 bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->rename(path, newName);
     const std::string native = nativeOf(path);
     const std::string name = toNativeText(newName);
     if (native.empty() || !isName(name) || !moveTo(native, folderOfNative(native) + name))
@@ -239,7 +264,10 @@ bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     const std::string native = nativeOf(path);
     std::string target = nativeOf(newFolder);
     const std::string name = nameOfNative(native);
-    if (!isName(name) || target.empty())
+    const Ref<FFileSystem> mounted = mountedAt(path);
+    if (mounted && mountedAt(newFolder) == mounted)
+        return mounted->move(path, newFolder);
+    if (mounted || !isName(name) || target.empty())
         return false;
     target += target.ends_with('/') ? name : '/' + name;
     if (!moveTo(native, target))
@@ -252,26 +280,9 @@ bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     return false;
 }
 
-bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* progress) try {
-    platform::CopyStep step;
-    if (progress) {
-        String text("Copying File: ");
-        text.append(from.getName());
-        progress->setText(text);
-        step = [progress, start = progress->position()](std::span<const uint8_t> block, int64_t done) {
-            progress->setPosition(start + done);
-            return !progress->isCancelled(block.data(), static_cast<int64_t>(block.size()));
-        };
-    }
-    if (!succeeded(platform::copyFile(nativeOf(from), nativeOf(to), step)))
-        return false;
-    notify(fileWritten, to);
-    return true;
-} catch (const std::bad_alloc&) {
-    return false;
-}
-
 bool FNFileSystem::createFolder(const FPath& path) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->createFolder(path);
     if (!succeeded(platform::createFolder(nativeOf(path))))
         return false;
     notify(folderCreated, path);
@@ -287,6 +298,8 @@ bool FNFileSystem::setCurrentFolder(const FPath& path) try {
 }
 
 bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->getVolumeInfo(path, info);
     const std::string native = nativeOf(path);
     platform::VolumeInfo volume;
     if (native.empty() || !succeeded(platform::getVolumeInfo(native, volume)))
@@ -301,6 +314,8 @@ bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
 }
 
 bool FNFileSystem::deleteFolder(const FPath& path) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->deleteFolder(path);
     if (!succeeded(platform::deleteFolder(nativeOf(path))))
         return false;
     notify(folderDeleted, path);
@@ -311,6 +326,8 @@ bool FNFileSystem::deleteFolder(const FPath& path) try {
 
 bool FNFileSystem::getFileTime(const FPath& path, platform::CalendarTime* created,
                                platform::CalendarTime* written, platform::CalendarTime* read) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->getFileTime(path, created, written, read);
     const platform::FileInfo info = infoOf(path);
     if (info.kind == platform::FileKind::none)
         return false;
@@ -337,8 +354,8 @@ int64_t FNFileSystem::getFileSize(FStream& stream) {
 }
 
 int64_t FNFileSystem::getFileSizeOf(const FPath& path) try {
-    if (const Ref<FFileSystem> mount = mountAround(path))
-        return mount->getFileSizeOf(path);
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->getFileSizeOf(path);
     const platform::FileInfo info = infoOf(path);
     return info.kind == platform::FileKind::file ? info.size : -1;
 } catch (const std::bad_alloc&) {
@@ -346,12 +363,16 @@ int64_t FNFileSystem::getFileSizeOf(const FPath& path) try {
 }
 
 bool FNFileSystem::isReadOnly(const FPath& path) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->isReadOnly(path);
     return infoOf(path).isReadOnly;
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FNFileSystem::isWriteProtected(const FPath& path) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->isWriteProtected(path);
     const std::string native = nativeOf(path);
     platform::VolumeInfo volume;
     if (native.empty() || platform::getVolumeInfo(native, volume))
@@ -362,6 +383,8 @@ bool FNFileSystem::isWriteProtected(const FPath& path) try {
 }
 
 bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
+    if (const Ref<FFileSystem> mounted = mountedAt(path))
+        return mounted->createParents(path, isFolder);
     std::string folder = nativeOf(path);
     if (folder.empty())
         return false;
@@ -372,10 +395,15 @@ bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
     return false;
 }
 
-Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t mode) {
-    auto* mounts = FMountTable::instance();
-    const Ref<FFileSystem> mount = mounts ? mounts->findMount(path) : nullptr;
-    return mount ? mount->getIterator(path, mode) : FNFileIterator::open(path, mode);
+Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t mode) try {
+    // A file that is open as a folder is walked as one.
+    auto* mounts = infoOf(path).kind == platform::FileKind::file ? FMountTable::instance() : nullptr;
+    Ref<FFileSystem> mounted = mounts ? mounts->findMount(path) : mountedAt(path);
+    if (mounted)
+        return mounted->getIterator(path, mode);
+    return FNFileIterator::open(path, mode);
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 void FNFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {

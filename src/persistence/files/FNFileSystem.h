@@ -10,8 +10,9 @@ namespace qorl {
 
 struct FNFileSearch;
 
-/// The native disk, and the door to everything else: a path that leads to no place on it, such as most URLs,
-/// is handed to the one that knows the place.
+/// The native disk, and the door to everything else. A path into a file that can be opened as a folder, or
+/// into an archive, goes to the file system that is mounted there (`FMountTable`); other places that are not
+/// on the disk can be opened for reading where somebody reads their scheme (`UrlMetaHandler`).
 ///
 /// Of the modes of `FFileStream::OpenFlag` Linux gives this: what an opener does not share is kept by
 /// advisory locks, so it is kept from everything that opens files through this class and from nothing else;
@@ -32,13 +33,11 @@ public:
     static FNFileSystem* instance();
 
     Ref<FStream> createFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
-    /// A path that leads into a mounted file goes to its file system, and one to no place on the disk to the
-    /// handler of its URL, for reading only; writing past the caches is refused there. A name that is not
-    /// found is tried once more as programs wrote it before UTF-8, in code page 1252.
+    /// Writing past the caches is refused where the path leads elsewhere. A name that is not found is tried
+    /// once more as programs wrote it before UTF-8, in code page 1252.
     Ref<FStream> openFile(FPath& path, uint32_t mode, int32_t* error = nullptr) override;
     bool closeFile(Ref<FStream> stream) override;
     bool deleteFile(const FPath& path) override;
-    /// This, the size and the entries of a folder are those of a mounted file's contents as well.
     bool exists(const FPath& path) override;
     bool rename(FPath& path, const ConstString& newName) override;
     bool move(FPath& path, const FPath& newFolder) override;
@@ -100,6 +99,7 @@ public:
     static std::string nativeOf(const FPath& path);
 
 private:
+    static Ref<FFileSystem> mountedAt(const FPath& path);
     bool moveTo(const std::string& from, const std::string& to);
 };
 

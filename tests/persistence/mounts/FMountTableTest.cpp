@@ -96,6 +96,26 @@ TEST(FMountTable, IsWhereTheDiskSendsPathsThatLeadIntoAFile) {
     EXPECT_NE(error, 0);
 }
 
+TEST(FMountTable, LetsTheDiskCopyToAndFromMountedFiles) {
+    const SettingsFolder folder;
+    folder.write("kit.pack", "a=inner a\n");
+    folder.write("plain.txt", "x");
+    const MountedComponent component;
+    auto& files = *FNFileSystem::instance();
+    const FNPath inside = diskPath(folder / "kit.pack/a");
+    EXPECT_TRUE(files.copy(inside, diskPath(folder / "out")));
+    EXPECT_EQ(folder.read("out"), "inner a");
+    EXPECT_FALSE(files.copy(diskPath(folder / "kit.pack/none"), diskPath(folder / "out")));
+    EXPECT_EQ(folder.read("out"), "inner a") << "a copy that fails";
+    EXPECT_TRUE(files.copy(diskPath(folder / "plain.txt"), diskPath(folder / "kit.pack/new")));
+    EXPECT_TRUE(files.exists(diskPath(folder / "kit.pack/new")));
+    EXPECT_TRUE(files.deleteFile(inside));
+    EXPECT_FALSE(files.exists(inside));
+    EXPECT_TRUE(files.exists(diskPath(folder / "kit.pack"))) << "the file itself is the disk's";
+    EXPECT_FALSE(files.exists(diskPath(folder / "plain.txt/a")));
+    EXPECT_EQ(files.getIterator(diskPath(folder / "plain.txt")), nullptr);
+}
+
 TEST(FMountTable, OpensForWritingWhereItCan) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=x");
