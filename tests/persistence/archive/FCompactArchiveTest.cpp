@@ -155,6 +155,15 @@ TEST(FCompactArchive, StopsForGoodBehindAnObjectThatCouldNotReadItself) {
     EXPECT_EQ(reading.log.text, "-100 ArchiveProbe") << "told once";
 }
 
+TEST(FCompactArchive, SurvivesObjectsNested100000Deep) {
+    std::string bytes = bytesOf("FF FF FF FF  0A 00 00 00 'GraphNode' 03 00  00 00 00 00  01 00 00 00");
+    for (int32_t i = 0; i < 100'000; ++i)
+        bytes += bytesOf("01 00 00 80  00 00 00 00  01 00 00 00");
+    Reads reading(bytes);
+    EXPECT_EQ(reading.next(), nullptr);
+    EXPECT_EQ(reading.archive.lastError(), FObjectArchive::streamFailed);
+}
+
 TEST(FCompactArchive, BringsAClassAloneWithItsVersion) {
     Stores storing;
     EXPECT_TRUE(storing.archive.writeClass(&GraphNode::classRecord()));

@@ -227,6 +227,26 @@ TEST(FSizedArchive, GivesUpWhereLengthsLeadBackForEver) {
     EXPECT_LT(count, 20'000);
 }
 
+TEST(FSizedArchive, LeavesOutObjectsNested100000DeepAndGoesOnBehindThem) {
+    constexpr int32_t depth = 100'000;
+    constexpr int32_t sizeOfEach = 16; // class, length, value, number of links
+    FMemoryStream stream;
+    const std::string markers = bytesOf(NODE_MARKERS);
+    stream.write(markers.data(), static_cast<int64_t>(markers.size()));
+    for (int32_t left = depth; left > 0; --left) {
+        if (left < depth)
+            stream.writeUInt32(0x80000013);
+        stream.writeInt32(left * sizeOfEach - 8);
+        stream.writeInt32(left);
+        stream.writeInt32(left > 1 ? 1 : 0);
+    }
+    const std::string bytes = std::string(stream.bytes()) + bytesOf(LATER_NODE("02"));
+    Reads reading(bytes);
+    EXPECT_EQ(reading.next(), nullptr);
+    EXPECT_EQ(reading.archive.lastError(), FObjectArchive::wrongObject);
+    EXPECT_EQ(reading.nextValue(), "2");
+}
+
 TEST(FSizedArchive, RefusesObjectsOfAnotherClassAndSkipsThem) {
     const std::string bytes = bytesOf(FIRST_NODE LATER_NODE("02") "27 00 00 00 27 00 00 00");
     Reads reading(bytes);
