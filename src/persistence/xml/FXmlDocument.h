@@ -56,9 +56,6 @@ public:
     /// What failed last: "LINE:COLUMN: reason" of a document that was read, else a reason alone.
     const std::string& errorText() const { return errorText_; }
 
-protected:
-    FStream* stream() const { return stream_.get(); }
-
 private:
     bool fail(const char* reason);
 

@@ -83,7 +83,6 @@ public:
     void setError(Error error, std::string_view detail = {});
     void stop() { isStopped_ = true; }
 
-    void setOptions(uint32_t options) { options_ = options; }
     Error error() const { return error_; }
     /// The message for people; empty without an error.
     const char* getErrorText() const;
@@ -94,6 +93,7 @@ public:
     /// From 1, a column being one byte.
     int64_t line() const;
     int64_t column() const;
+    /// Whether the document says so. Bytes are taken for UTF-8 in any case, where they are.
     bool isUtf8Declared() const { return isUtf8_; }
 
     /// Whether damage is told to the log sink; on unless it is turned off.

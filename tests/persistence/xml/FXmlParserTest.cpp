@@ -280,6 +280,34 @@ TEST(FXmlParser, ReturnsAtTheCloseOfTheElementItWasCalledIn) {
     }
 }
 
+TEST(FXmlParser, KnowsWhatEncodingADocumentDeclares) {
+    const std::pair<const char*, bool> cases[] = {
+        {"<?xml version='1.0' encoding='utf-8'?><a/>", true},
+        {"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone='yes'?><a/>", true},
+        {"<?xml encoding='iso-8859-1'?><a/>", false},
+        {"<?xml version='1.0'?><a/>", false},
+        {"<?xmlx encoding='utf-8'?><a/>", false},
+        {"<a/>", false},
+    };
+    for (const auto& [document, isUtf8] : cases) {
+        FMemoryStream stream{std::string_view(document)};
+        Recorder recorder(stream);
+        EXPECT_TRUE(recorder.parse());
+        EXPECT_EQ(recorder.isUtf8Declared(), isUtf8) << document;
+        EXPECT_EQ(recorder.events, "<a/>");
+    }
+}
+
+TEST(FXmlParser, MayCallItselfAsDeepAsElementsGo) {
+    std::string document;
+    for (size_t i = 0; i < FXmlParser::maxDepth; ++i)
+        document += "<inner>";
+    for (size_t i = 0; i < FXmlParser::maxDepth; ++i)
+        document += "</inner>";
+    EXPECT_TRUE(parse(document).isGood);
+    EXPECT_FALSE(parse("<inner>" + document).isGood);
+}
+
 TEST(FXmlParser, KeepsItsSlots) {
     // Two entries of the destructor stand in front.
     EXPECT_EQ(testing::entryOf(&FXmlParser::startTag), 2);
