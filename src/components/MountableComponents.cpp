@@ -11,7 +11,7 @@ bool canMount(const FComponentDescription& component) {
     return component.getCategory() == ConstString(FMountTable::componentCategory);
 }
 
-Ref<FInterface> createMounter(FInterface* component) {
+Ref<FInterface> createMounter(CmObject* component) {
     auto* description = cast<FComponentDescription>(component);
     return description && description->isAvailable() ? description->createRaw(false) : nullptr;
 }
@@ -20,7 +20,7 @@ Ref<FInterface> createMounter(FInterface* component) {
 
 void MountableComponents::componentAdded(FComponentDescription* component) {
     if (auto* table = canMount(*component) ? FMountTable::instance() : nullptr)
-        table->addComponent(retain<FInterface>(component), &createMounter);
+        table->addComponent(retain<CmObject>(component), &createMounter);
 }
 
 void MountableComponents::componentRemoved(FComponentDescription* component) {

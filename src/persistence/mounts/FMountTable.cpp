@@ -115,9 +115,11 @@ void FMountTable::noteUse() {
     isUsed_ = archives_ || !components_.empty() || !mounts_.empty();
 }
 
-bool FMountTable::addComponent(Ref<FInterface> component, CreateInstance create) try {
+bool FMountTable::addComponent(Ref<CmObject> component, CreateInstance create) try {
     const FGuard guard(lock_);
-    components_.push_back({std::move(component), create});
+    const auto next = std::ranges::find_if(
+        components_, [&](const Component& each) { return each.component->compare(component.get()) > 0; });
+    components_.insert(next, {std::move(component), create});
     areExtensionsKnown_ = false;
     ++generation_;
     noteUse();
@@ -126,7 +128,7 @@ bool FMountTable::addComponent(Ref<FInterface> component, CreateInstance create)
     return false;
 }
 
-void FMountTable::removeComponent(const FInterface* component) {
+void FMountTable::removeComponent(const CmObject* component) {
     // What goes, goes when the lock is open again.
     std::list<Component> gone;
     Mounts removed;
@@ -191,7 +193,7 @@ std::vector<String> FMountTable::knownExtensions() {
     return extensions;
 }
 
-bool FMountTable::has(const FInterface* component) const {
+bool FMountTable::has(const CmObject* component) const {
     return std::ranges::any_of(components_,
                                [=](const Component& each) { return each.component == component; });
 }

@@ -31,7 +31,7 @@ public:
     static constexpr size_t maxPathLength = 32767;
 
     /// Makes an instance of a component; null when there is none. Any thread; may throw std::bad_alloc.
-    using CreateInstance = Ref<FInterface> (*)(FInterface* component);
+    using CreateInstance = Ref<FInterface> (*)(CmObject* component);
     /// Whoever keeps the mounted archives.
     class Archives {
     public:
@@ -52,10 +52,11 @@ public:
     FMountTable() = default;
     FMountTable(const FMountTable&) = delete;
 
-    /// The components are asked in the order of their addition. False without memory.
-    bool addComponent(Ref<FInterface> component, CreateInstance create);
+    /// The components are asked in their own order (`compare`), equal ones in that of their addition. False
+    /// without memory.
+    bool addComponent(Ref<CmObject> component, CreateInstance create);
     /// Takes its mounts away as well.
-    void removeComponent(const FInterface* component);
+    void removeComponent(const CmObject* component);
     void removeAllComponents();
     /// Not owned; null takes them away.
     void setArchives(Archives* archives);
@@ -80,7 +81,7 @@ public:
 private:
     class Mounting;
     struct Component {
-        Ref<FInterface> component;
+        Ref<CmObject> component;
         CreateInstance create;
     };
     using Mounts = std::map<std::string, Ref<FRemovableFileSystem>, std::less<>>;
@@ -92,7 +93,7 @@ private:
     Ref<FFileSystem> findArchive(const FUrl& url);
     std::vector<String> knownExtensions();
     std::vector<Component> components();
-    bool has(const FInterface* component) const;
+    bool has(const CmObject* component) const;
     Mounts takeOut(std::string_view key, Unmount how);
     void noteUse();
 

@@ -19,7 +19,7 @@ void tellRefusal(int32_t* error, std::errc reason) {
 
 } // namespace
 
-FRemovableFileSystem::FRemovableFileSystem(Ref<FFileSystem> files, Ref<FInterface> component,
+FRemovableFileSystem::FRemovableFileSystem(Ref<FFileSystem> files, Ref<CmObject> component,
                                            Ref<IVirtualFileSystem> instance, Ref<FStream> stream,
                                            Access access)
     : stream_(std::move(stream)), component_(std::move(component)), instance_(std::move(instance)),

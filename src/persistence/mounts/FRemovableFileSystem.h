@@ -22,14 +22,14 @@ public:
     enum class Access { read, readWrite };
 
     /// Keeps a reference on each. With `Access::read`, the file could not be opened for writing.
-    FRemovableFileSystem(Ref<FFileSystem> files, Ref<FInterface> component, Ref<IVirtualFileSystem> instance,
+    FRemovableFileSystem(Ref<FFileSystem> files, Ref<CmObject> component, Ref<IVirtualFileSystem> instance,
                          Ref<FStream> stream, Access access);
     FRemovableFileSystem(const FRemovableFileSystem&) = delete;
 
     bool canRead() const { return (capabilities_ & reading) != 0; }
     bool canWrite() const { return (capabilities_ & writing) != 0; }
     bool canIterate() const { return (capabilities_ & iterating) != 0; }
-    FInterface* component() const { return component_.get(); }
+    CmObject* component() const { return component_.get(); }
 
     void remove() { isRemoved_ = true; }
     bool isRemoved() const { return isRemoved_; }
@@ -69,7 +69,7 @@ private:
 
     // In this order: the file system goes first, what it stands on after it.
     Ref<FStream> stream_;
-    Ref<FInterface> component_;
+    Ref<CmObject> component_;
     Ref<IVirtualFileSystem> instance_;
     Ref<FFileSystem> files_;
     uint32_t capabilities_ = 0;

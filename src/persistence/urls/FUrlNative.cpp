@@ -103,7 +103,7 @@ bool FUrl::getNativePath(FNPath& path) const try {
     if (hasScheme(networkScheme))
         native = onShare(urlbytes::decode(host_.toUtf8()), native);
     else if (hasScheme(fileScheme))
-        native = onVolume(native.starts_with('/') ? native : '/' + native);
+        native = onVolume(path_.charEquals(0, u'/') ? native : '/' + native);
     else if (!scheme_.isEmpty())
         return false;
     if (native.empty() || native.find('\0') != std::string::npos)

@@ -188,6 +188,14 @@ TEST(FMountTable, AsksTheNextComponentWhenOneFails) {
     second->fails = false;
     EXPECT_NE(table().mount(url), nullptr) << "a failure is not for ever";
     EXPECT_EQ(table().mount(FUrl(diskPath(folder / "missing.pack"))), nullptr);
+
+    const Ref<PackComponent> foremost = make<PackComponent>();
+    foremost->rank = -1;
+    table().addComponent(foremost, &PackComponent::createInstance);
+    EXPECT_TRUE(table().unmount(url));
+    EXPECT_NE(table().mount(url), nullptr);
+    EXPECT_EQ(foremost->made, 1) << "in the order of the components";
+    table().removeComponent(foremost.get());
 }
 
 TEST(FMountTable, DoesNotWaitForItself) {

@@ -107,7 +107,12 @@ public:
     std::atomic<int> made{0};
     std::string modes;
 
-    static Ref<FInterface> createInstance(FInterface* component);
+    int32_t rank = 0;
+
+    int32_t compare(const CmObject* other) const override {
+        return rank - static_cast<const PackComponent*>(other)->rank;
+    }
+    static Ref<FInterface> createInstance(CmObject* component);
 };
 
 /// One instance of the component.
@@ -149,7 +154,7 @@ private:
     Ref<PackComponent> component_;
 };
 
-inline Ref<FInterface> PackComponent::createInstance(FInterface* component) {
+inline Ref<FInterface> PackComponent::createInstance(CmObject* component) {
     auto* pack = cast<PackComponent>(component);
     return Ref<FInterface>::adopt(static_cast<CmObject*>(new PackInstance(*pack)));
 }
