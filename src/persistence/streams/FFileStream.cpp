@@ -114,7 +114,7 @@ void FFileStream::close() try {
     remember(file_.close());
     auto* files = FNFileSystem::instance();
     if (files && url() && (mode_ & (writeAccess | shareWrite)))
-        files->notify(FFileSystem::fileWritten, FNPath(url()->path()));
+        files->notify(FFileSystem::fileWritten, *url());
 } catch (const std::bad_alloc&) {
     // The file is closed; only those who watch it don't hear of it.
 }

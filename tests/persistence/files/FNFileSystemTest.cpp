@@ -155,16 +155,16 @@ TEST(FNFileSystem, TellsItsDependentsWhatChanged) {
     const SettingsFolder folder;
     auto& files = *FNFileSystem::instance();
     ChangeLog log(folder);
-    FNPath file(std::string_view(folder / "a.txt"));
+    FNPath file(std::string_view(folder / "a b%.txt"));
     {
         const Ref<FStream> stream = files.createFile(file, FFileStream::writeAccess);
         EXPECT_EQ(log.take(), "") << "nothing before it is written";
     }
-    EXPECT_EQ(log.take(), "FileSystemChange 1 a.txt\n");
+    EXPECT_EQ(log.take(), "FileSystemChange 1 a b%.txt\n");
     { const Ref<FStream> stream = files.openFile(file, FFileStream::readAccess | FFileStream::shareRead); }
     EXPECT_EQ(log.take(), "") << "a file that was only read";
     files.rename(file, "b.txt");
-    EXPECT_EQ(log.take(), "FileSystemChange 3 b.txt was a.txt\n");
+    EXPECT_EQ(log.take(), "FileSystemChange 3 b.txt was a b%.txt\n");
     FNPath sub(std::string_view(folder / "sub"), true);
     files.createFolder(sub);
     EXPECT_EQ(log.take(), "FileSystemChange 5 sub/\n");
