@@ -116,9 +116,10 @@ public:
                                  bool keep = false);
 
     /// The binary form: a 32-bit byte count, then 8-bit text with its terminator, or UTF-8 with terminator
-    /// and the mark EF BB BF for 16-bit text. Texts above 50000 bytes are skipped on reading and give false.
-    /// Marked bytes that are no valid UTF-8 stay 8-bit text. False also when the stream or memory fails; the
-    /// text then stays as it was.
+    /// and the mark EF BB BF for 16-bit text. Texts above 50000 bytes, both included, are skipped on reading
+    /// and give false; so they are not written either, and give false before the first byte. Marked bytes
+    /// that are no valid UTF-8 stay 8-bit text. False also when the stream or memory fails; the text then
+    /// stays as it was.
     bool readFrom(FBinaryStream& stream);
     bool writeTo(FBinaryStream& stream) const;
     static constexpr int32_t maxStoredBytes = 50000;

@@ -1,40 +1,52 @@
+#include "foundation/text/StoredText.h"
 #include "foundation/text/String.h"
-#include "foundation/text/TextConversion.h"
 #include "persistence/streams/FBinaryStream.h"
 
 #include <cstring>
-#include <limits>
 
 namespace qorl {
 
 namespace {
 
-constexpr char utf8Mark[] = {'\xEF', '\xBB', '\xBF'};
-constexpr int32_t markLength = sizeof utf8Mark;
-
-bool isMark(const char* bytes) {
-    return std::memcmp(bytes, utf8Mark, sizeof utf8Mark) == 0;
-}
+constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
+static_assert(utf8Mark.size() == text::StoredText::markLength);
 
 } // namespace
 
+void text::StoredText::copyTo(char* out) const {
+    const std::string_view bytes = copy_.view();
+    if (bytes.empty())
+        return;
+    std::memcpy(out, bytes.data(), bytes.size());
+    out[bytes.size()] = 0;
+    if (bytesBehind_ > 1)
+        std::memcpy(out + bytes.size() + 1, utf8Mark.data(), utf8Mark.size());
+}
+
+text::LoadedText text::loadedText(std::string_view bytes) {
+    const bool hasRoom = bytes.size() > utf8Mark.size();
+    const bool isMarkedBehind = hasRoom && bytes.ends_with(utf8Mark);
+    const bool isMarkedInFront = hasRoom && !isMarkedBehind && bytes.starts_with(utf8Mark);
+    if (isMarkedBehind)
+        bytes.remove_suffix(utf8Mark.size());
+    if (isMarkedInFront)
+        bytes.remove_prefix(utf8Mark.size());
+    if (bytes.ends_with('\0'))
+        bytes.remove_suffix(1);
+    return {bytes, isMarkedBehind || isMarkedInFront};
+}
+
 bool String::writeTo(FBinaryStream& stream) const {
-    if (isEmpty())
-        return stream.writeInt32(0);
-    if (!isWide()) {
-        const int32_t count = size() + 1;
-        return stream.writeInt32(count) && stream.write(buffer_, count) == count;
-    }
-    const int64_t length = text::narrowLength(view16());
-    const int64_t count = length + 1 + markLength;
+    const text::StoredText stored(*this);
+    if (!stored.isValid() || stored.isTooLong())
+        return false;
+    const auto count = static_cast<int32_t>(stored.count());
     text::Scratch<char, 256> scratch;
-    char* bytes = count > std::numeric_limits<int32_t>::max() ? nullptr : scratch.room(count);
+    char* bytes = scratch.room(count);
     if (!bytes)
         return false;
-    text::narrow(view16(), bytes);
-    bytes[length] = 0;
-    std::memcpy(bytes + length + 1, utf8Mark, sizeof utf8Mark);
-    return stream.writeInt32(static_cast<int32_t>(count)) && stream.write(bytes, count) == count;
+    stored.copyTo(bytes);
+    return stream.writeInt32(count) && (count == 0 || stream.write(bytes, count) == count);
 }
 
 bool String::readFrom(FBinaryStream& stream) {
@@ -50,21 +62,14 @@ bool String::readFrom(FBinaryStream& stream) {
         stream.seek(count, FBinaryStream::fromHere);
         return false;
     }
-    char* text = read.buffer8();
-    if (stream.read(text, count) != count)
+    char* bytes = read.buffer8();
+    if (stream.read(bytes, count) != count)
         return false;
-    const bool isMarkedBehind = count > markLength && isMark(text + count - markLength);
-    const bool isMarkedInFront = count > markLength && !isMarkedBehind && isMark(text);
-    if (isMarkedBehind || isMarkedInFront)
-        count -= markLength;
-    if (isMarkedInFront)
-        std::memmove(text, text + markLength, static_cast<size_t>(count));
-    if (text[count - 1] == 0)
-        --count;
-    text[count] = 0;
-    read.setLength(count);
-    const bool isUtf8 = isMarkedBehind || isMarkedInFront;
-    if (isUtf8 && !read.toWide(utf8CodePage) && text::wideLength(read.view8()) != text::invalid)
+    const text::LoadedText loaded = text::loadedText({bytes, static_cast<size_t>(count)});
+    std::memmove(bytes, loaded.bytes.data(), loaded.bytes.size());
+    bytes[loaded.bytes.size()] = 0;
+    read.setLength(static_cast<int32_t>(loaded.bytes.size()));
+    if (loaded.isMarked && !read.toWide(utf8CodePage) && text::wideLength(read.view8()) != text::invalid)
         return false; // memory ran out
     adopt(read);
     return true;

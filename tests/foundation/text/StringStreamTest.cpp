@@ -2,6 +2,7 @@
 #include "persistence/streams/FMemoryStream.h"
 
 #include <gtest/gtest.h>
+#include <string>
 #include <string_view>
 
 namespace qorl {
@@ -101,6 +102,27 @@ TEST(StringStream, SkipsWhatIsTooLong) {
     text = "old";
     EXPECT_TRUE(text.readFrom(negative));
     EXPECT_TRUE(text.isEmpty());
+}
+
+TEST(StringStream, WritesNothingOfATextThatCouldNotBeReadBack) {
+    struct Case {
+        size_t length;
+        bool isWide;
+        bool isWritten;
+    };
+    const Case cases[] = {
+        {49999, false, true}, {50000, false, false}, {49996, true, true}, {49997, true, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.length << (c.isWide ? " wide" : " narrow"));
+        const String text = c.isWide ? String(std::u16string_view(std::u16string(c.length, u'x')))
+                                     : String(std::string_view(std::string(c.length, 'x')));
+        FMemoryStream stream;
+        EXPECT_EQ(text.writeTo(stream), c.isWritten);
+        EXPECT_EQ(stream.size(), c.isWritten ? 50004 : 0);
+        stream.rewind();
+        String read;
+        EXPECT_EQ(read.readFrom(stream) && read == text, c.isWritten);
+    }
 }
 
 TEST(StringStream, GivesBackWhatItWrote) {
