@@ -78,15 +78,13 @@ bool CmDelegatingUnknown::readFrom(FObjectArchive* archive) try {
     return false;
 }
 
-bool CmDelegatingUnknown::storeAttributes(FAttributes* attributes) try {
+bool CmDelegatingUnknown::storeAttributes(FAttributes* attributes) {
     FUID classId;
     const Ref<FAttributes> data = make<FAttributes>();
     if (!describe(classId, *data) || !CmUID(classId).storeAttributes(attributes))
         return false;
     attributes->setObject("ObjData", data.get(), FAttributes::Hold::retain);
     return true;
-} catch (const std::bad_alloc&) {
-    return false;
 }
 
 bool CmDelegatingUnknown::restoreAttributes(FAttributes* attributes) try {

@@ -108,13 +108,11 @@ bool CmUID::writeTo(FObjectArchive* archive) try {
     return false;
 }
 
-bool CmUID::storeAttributes(FAttributes* attributes) try {
+bool CmUID::storeAttributes(FAttributes* attributes) {
     char text[FUID::plainLength + 1];
     uid_.toPlainString(text);
     attributes->setString("GUID", ConstString(text));
-    return attributes->getString("GUID") == ConstString(text);
-} catch (const std::bad_alloc&) {
-    return false;
+    return true;
 }
 
 bool CmUID::restoreAttributes(FAttributes* attributes) try {

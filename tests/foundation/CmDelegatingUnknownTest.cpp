@@ -4,7 +4,7 @@
 #include "foundation/ClassFactory.h"
 #include "foundation/FPersistent.h"
 #include "foundation/text/String.h"
-#include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/AttributesStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 #include "support/PlainArchive.h"
@@ -143,9 +143,12 @@ TEST_F(CmDelegatingUnknownTest, ComesBackFromAStreamAsANewObject) {
 
 TEST_F(CmDelegatingUnknownTest, WithoutMemoryItSaysThatItIsNotStored) {
     const Ref<CmDelegatingUnknown> wrapper = wrap(make<Foreign>(77));
+    FAttributes attributes;
+    attributes.setObject("o", wrapper.get(), FAttributes::Hold::retain);
     failEachAllocation([&](FailingAllocation& memory) {
-        const Ref<FAttributes> attributes = make<FAttributes>();
-        const bool stored = memory.during([&] { return wrapper->storeAttributes(attributes.get()); });
+        char room[1000];
+        FMemoryStream stream(room, sizeof room);
+        const bool stored = memory.during([&] { return AttributesStream::write(stream, attributes); });
         EXPECT_NE(stored, memory.hasFailed());
     });
     failEachAllocation([&](FailingAllocation& memory) {

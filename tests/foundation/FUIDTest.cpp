@@ -185,12 +185,6 @@ TEST(CmUID, ItsTwoStoredFormsDifferInTheOrderOfTheFirstBytes) {
 TEST(CmUID, WithoutMemoryItSaysThatItIsNotStored) {
     failEachAllocation([](FailingAllocation& memory) {
         CmUID original(sample);
-        FAttributes attributes;
-        const bool stored = memory.during([&] { return original.storeAttributes(&attributes); });
-        EXPECT_NE(stored, memory.hasFailed());
-    });
-    failEachAllocation([](FailingAllocation& memory) {
-        CmUID original(sample);
         const Ref<FMemoryStream> stream = make<FMemoryStream>();
         stream->pad(1); // has its block
         PlainArchive archive(*stream, PlainArchive::Direction::storing);

@@ -5,8 +5,6 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FStream.h"
 
-#include <new>
-
 namespace qorl {
 
 QORL_REGISTER(CmString, "CmString", CmObject, 0)
@@ -31,12 +29,9 @@ bool CmString::writeTo(FObjectArchive* archive) {
     return string_.writeTo(archive->stream());
 }
 
-bool CmString::storeAttributes(FAttributes* attributes) try {
+bool CmString::storeAttributes(FAttributes* attributes) {
     attributes->setString("s", string_);
-    // A copy that found no memory is empty.
-    return attributes->getString("s").size() == string_.size();
-} catch (const std::bad_alloc&) {
-    return false;
+    return true;
 }
 
 bool CmString::restoreAttributes(FAttributes* attributes) {

@@ -7,8 +7,8 @@ namespace qorl {
 
 /// A text as an object: what containers, attributes and messages carry, and what other modules read and set.
 ///
-/// Compared and hashed by contents, case counts. Stored under the attribute key "s"; without memory for that,
-/// storing and restoring give false.
+/// Compared and hashed by contents, case counts. Stored under the attribute key "s"; without memory restoring
+/// gives false.
 class CmString : public CmObject, public TextExchange {
     QORL_CLASS(CmString, CmObject)
     QORL_CLONE(CmString)

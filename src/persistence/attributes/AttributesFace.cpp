@@ -1,20 +1,50 @@
 #include "persistence/attributes/AttributesFace.h"
 
 #include "foundation/Cast.h"
+#include "foundation/CmDelegatingUnknown.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
+
+#include <new>
 
 namespace qorl {
 
 namespace {
 
-Result answer(bool isGood) {
-    return isGood ? Result::ok : Result::no;
+/// The door to other modules: what they ask for fails when memory is short, and nothing escapes to them.
+template <typename Action>
+Result guarded(Action action) {
+    try {
+        return action() ? Result::ok : Result::no;
+    } catch (const std::bad_alloc&) {
+        return Result::no;
+    }
 }
 
-/// Frees what came with its ownership, once it was copied or refused.
-void dropOwned(FAttributeVariant value) {
-    value.clear();
+/// Gives up what came with its ownership, once it was copied or refused.
+class Received {
+public:
+    explicit Received(const FAttributeVariant& value) : value_(value) {}
+    Received(const Received&) = delete;
+    ~Received() { value_.clear(); }
+
+private:
+    FAttributeVariant value_;
+};
+
+/// The object behind an interface: our own one, or a holder of another module's.
+Ref<CmObject> objectOf(FInterface* interface) {
+    if (!interface)
+        return nullptr;
+    if (CmObject* own = castToCmObject(interface))
+        return retain(own);
+    return make<CmDelegatingUnknown>(retain(interface));
+}
+
+/// What the other side knows of an object: of a holder, what it holds.
+FInterface* faceOf(CmObject* object) {
+    auto* holder = cast<CmDelegatingUnknown>(object);
+    return holder && holder->foreign() ? holder->foreign() : static_cast<FDependent*>(object);
 }
 
 void describe(const ConstString& text, FAttributeVariant& value) {
@@ -27,72 +57,47 @@ void describe(const ConstString& text, FAttributeVariant& value) {
     }
 }
 
-void setObjectValue(FAttributes& attributes, const char* key, const FAttributeVariant& value) {
-    FInterface* foreign = value.objectValue;
-    if (!foreign)
-        attributes.remove(key);
-    else if (CmObject* own = castToCmObject(foreign))
-        attributes.setObject(key, own, FAttributeValue::Hold::retain);
-    else
-        attributes.entry(key).setInterface(foreign, FAttributeValue::Hold::retain);
-}
-
-} // namespace
-
-FAttributes& AttributesFace::self() {
-    return static_cast<FAttributes&>(*this);
-}
-
-Result AttributesFace::set(const char* key, const FAttributeVariant& value) {
-    bool isGood = key != nullptr;
-    if (isGood) {
-        switch (value.bareKind()) {
-        case FAttributeVariant::integer: self().setInteger(key, value.integerValue); break;
-        case FAttributeVariant::real: self().setFloat(key, value.realValue); break;
-        case FAttributeVariant::text8: self().setText8(key, value.text8Value); break;
-        case FAttributeVariant::text16: self().setText16(key, value.text16Value); break;
-        case FAttributeVariant::object: setObjectValue(self(), key, value); break;
-        default: isGood = false;
-        }
+bool setValue(FAttributes& attributes, const char* key, const FAttributeVariant& value) {
+    switch (value.bareKind()) {
+    case FAttributeVariant::integer: attributes.setInteger(key, value.integerValue); return true;
+    case FAttributeVariant::real: attributes.setFloat(key, value.realValue); return true;
+    case FAttributeVariant::text8: attributes.setText8(key, value.text8Value); return true;
+    case FAttributeVariant::text16: attributes.setText16(key, value.text16Value); return true;
+    case FAttributeVariant::object:
+        attributes.setObject(key, objectOf(value.objectValue).get(), FAttributeValue::Hold::retain);
+        return true;
+    default: return false;
     }
-    dropOwned(value);
-    return answer(isGood);
 }
 
-Result AttributesFace::queue(const char* key, const FAttributeVariant& value) {
-    bool isGood = false;
-    if (key) {
-        switch (value.bareKind()) {
-        case FAttributeVariant::integer: isGood = self().appendInteger(key, value.integerValue); break;
-        case FAttributeVariant::real: isGood = self().appendFloat(key, value.realValue); break;
-        case FAttributeVariant::text8:
-        case FAttributeVariant::text16: isGood = self().appendString(key, ConstString(value)); break;
-        case FAttributeVariant::object:
-            if (const Ref<CmObject> object = retain(castToCmObject(value.objectValue))) {
-                isGood = self().appendObject(key, object.get(), true);
-                if (isGood)
-                    object->addRef();
-            }
-            break;
-        default: break;
-        }
+/// Attributes go to a list of attributes, so that they are stored as such, unless the key has a list of
+/// objects.
+bool queueObject(FAttributes& attributes, const char* key, FInterface* interface) {
+    const Ref<CmObject> object = objectOf(interface);
+    if (auto* nested = cast<FAttributes>(object); nested && attributes.appendAttributes(key, retain(nested)))
+        return true;
+    if (!attributes.appendObject(key, object.get(), true))
+        return false;
+    // The list has taken a reference over.
+    object->addRef();
+    return true;
+}
+
+bool queueValue(FAttributes& attributes, const char* key, const FAttributeVariant& value) {
+    switch (value.bareKind()) {
+    case FAttributeVariant::integer: return attributes.appendInteger(key, value.integerValue);
+    case FAttributeVariant::real: return attributes.appendFloat(key, value.realValue);
+    case FAttributeVariant::text8:
+    case FAttributeVariant::text16: return attributes.appendString(key, ConstString(value));
+    case FAttributeVariant::object: return queueObject(attributes, key, value.objectValue);
+    default: return false;
     }
-    dropOwned(value);
-    return answer(isGood);
 }
 
-Result AttributesFace::setBinary(const char* key, const void* data, uint32_t size, bool copy) {
-    if (!key || (!data && size > 0))
-        return Result::no;
-    self().setBinary(key, data, size, copy);
-    return Result::ok;
-}
-
-Result AttributesFace::get(const char* key, FAttributeVariant& value) {
-    value = {};
-    const FStringIDAttribute* entry = key ? self().find(key) : nullptr;
+bool getValue(const FAttributes& attributes, const char* key, FAttributeVariant& value) {
+    const FStringIDAttribute* entry = attributes.find(key);
     if (!entry)
-        return Result::no;
+        return false;
     if (entry->isInteger()) {
         value.kind = FAttributeVariant::integer;
         value.integerValue = entry->getInteger();
@@ -104,32 +109,73 @@ Result AttributesFace::get(const char* key, FAttributeVariant& value) {
     } else if (FInterface* foreign = entry->getInterface()) {
         value.kind = FAttributeVariant::object;
         value.objectValue = foreign;
-    } else if (const Ref<CmObject> object = self().getObject(key)) {
+    } else if (const Ref<CmObject> object = attributes.getObject(key)) {
         value.kind = FAttributeVariant::object;
-        value.objectValue = object.get();
+        value.objectValue = faceOf(object.get());
     }
-    return answer(value.kind != FAttributeVariant::none);
+    return value.kind != FAttributeVariant::none;
+}
+
+void giveObject(const Ref<CmObject>& object, FAttributeVariant& value) {
+    if (!object)
+        return;
+    value.objectValue = faceOf(object.get());
+    value.objectValue->addRef();
+    value.kind = FAttributeVariant::object | FAttributeVariant::ownedFlag;
+}
+
+bool unqueueValue(FAttributes& attributes, const char* key, FAttributeVariant& value) {
+    const FStringIDAttribute* entry = attributes.find(key);
+    CmObject* list = entry ? entry->getObject() : nullptr;
+    ConstString text;
+    if (cast<FIntList>(list) && attributes.nextInteger(key, value.integerValue)) {
+        value.kind = FAttributeVariant::integer;
+    } else if (cast<FFloatList>(list) && attributes.nextFloat(key, value.realValue)) {
+        value.kind = FAttributeVariant::real;
+    } else if (cast<FStringList>(list) && attributes.nextText(key, text)) {
+        describe(text, value);
+    } else if (cast<FSubList>(list)) {
+        value.objectValue = static_cast<CmObject*>(attributes.nextAttributes(key));
+        value.kind = value.objectValue ? FAttributeVariant::object : FAttributeVariant::none;
+    } else if (cast<FObjectList>(list)) {
+        giveObject(attributes.nextObject(key), value);
+    }
+    return value.kind != FAttributeVariant::none;
+}
+
+} // namespace
+
+FAttributes& AttributesFace::self() {
+    return static_cast<FAttributes&>(*this);
+}
+
+Result AttributesFace::set(const char* key, const FAttributeVariant& value) {
+    const Received received(value);
+    return guarded([&] { return key && setValue(self(), key, value); });
+}
+
+Result AttributesFace::queue(const char* key, const FAttributeVariant& value) {
+    const Received received(value);
+    return guarded([&] { return key && queueValue(self(), key, value); });
+}
+
+Result AttributesFace::setBinary(const char* key, const void* data, uint32_t size, bool copy) {
+    if (!key || (!data && size > 0))
+        return Result::no;
+    return guarded([&] {
+        self().setBinary(key, data, size, copy);
+        return true;
+    });
+}
+
+Result AttributesFace::get(const char* key, FAttributeVariant& value) {
+    value = {};
+    return guarded([&] { return key && getValue(self(), key, value); });
 }
 
 Result AttributesFace::unqueue(const char* key, FAttributeVariant& value) {
     value = {};
-    const FStringIDAttribute* entry = key ? self().find(key) : nullptr;
-    CmObject* list = entry ? entry->getObject() : nullptr;
-    ConstString text;
-    if (cast<FIntList>(list) && self().nextInteger(key, value.integerValue)) {
-        value.kind = FAttributeVariant::integer;
-    } else if (cast<FFloatList>(list) && self().nextFloat(key, value.realValue)) {
-        value.kind = FAttributeVariant::real;
-    } else if (cast<FStringList>(list) && self().nextText(key, text)) {
-        describe(text, value);
-    } else if (cast<FSubList>(list)) {
-        value.objectValue = static_cast<CmObject*>(self().nextAttributes(key));
-        value.kind = value.objectValue ? FAttributeVariant::object : FAttributeVariant::none;
-    } else if (cast<FObjectList>(list)) {
-        value.objectValue = static_cast<FDependent*>(self().nextObject(key).detach());
-        value.kind = value.objectValue ? FAttributeVariant::object | FAttributeVariant::ownedFlag : 0;
-    }
-    return answer(value.kind != FAttributeVariant::none);
+    return guarded([&] { return key && unqueueValue(self(), key, value); });
 }
 
 int32_t AttributesFace::getQueueItemCount(const char* key) {
@@ -144,12 +190,14 @@ Result AttributesFace::resetQueue(const char* key) {
 }
 
 Result AttributesFace::resetAllQueues() {
-    self().resetAllCursors();
-    return Result::ok;
+    return guarded([this] {
+        self().resetAllCursors();
+        return true;
+    });
 }
 
 Result AttributesFace::getBinaryData(const char* key, void* buffer, uint32_t size) {
-    return answer(key && self().getBinaryData(key, buffer, size));
+    return key && self().getBinaryData(key, buffer, size) ? Result::ok : Result::no;
 }
 
 uint32_t AttributesFace::getBinarySize(const char* key) {

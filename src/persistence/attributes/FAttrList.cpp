@@ -17,6 +17,12 @@ std::optional<std::string_view> binaryBytes(const CmObject* object) {
     return std::nullopt;
 }
 
+FStringList::FStringList(const FStringList& other) : FAttrList(other), wide(other.wide) {
+    items.reserve(other.items.size());
+    for (const String& item : other.items)
+        items.push_back(FAttributeValue::copyOf(item));
+}
+
 FObjectList::FObjectList(const FObjectList& other)
     : FAttrList(other), items(other.items), owned(other.owned) {
     if (owned)
@@ -30,12 +36,6 @@ FObjectList::~FObjectList() {
         for (CmObject* item : items)
             if (item)
                 item->release();
-}
-
-FSubList::FSubList(const FSubList& other) : FAttrList(other) {
-    items.reserve(other.items.size());
-    for (const auto& item : other.items)
-        items.push_back(make<FAttributes>(*item));
 }
 
 } // namespace qorl

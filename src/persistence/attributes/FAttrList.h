@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qorl {
@@ -17,7 +18,8 @@ class FAttrBuffer : public CmObject {
     QORL_CLASS(FAttrBuffer, CmObject)
 
 public:
-    FAttrBuffer(const void* data, int64_t size) : data_(data), size_(size) {}
+    /// Without memory, or with a negative size, there are no bytes.
+    FAttrBuffer(const void* data, int64_t size) : data_(data), size_(data && size > 0 ? size : 0) {}
 
     const void* data() const { return data_; }
     int64_t size() const { return size_; }
@@ -81,6 +83,8 @@ class FStringList : public FAttrList {
 
 public:
     explicit FStringList(bool isWide) : wide(isWide) {}
+    FStringList(const FStringList& other);
+    FStringList& operator=(const FStringList&) = delete;
 
     int32_t count() const override { return static_cast<int32_t>(items.size()); }
 
@@ -105,6 +109,10 @@ public:
     void adopt(Ref<CmObject> object) {
         items.push_back(object.get());
         static_cast<void>(object.detach());
+    }
+    /// For a list that owns: another object in the place of one.
+    void replace(size_t place, Ref<CmObject> object) {
+        const auto before = Ref<CmObject>::adopt(std::exchange(items[place], object.detach()));
     }
 
     /// May hold null where an object failed to come up.

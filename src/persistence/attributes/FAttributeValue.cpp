@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <new>
 #include <utility>
@@ -21,14 +22,6 @@ uint16_t entryFlags(uint32_t constructionFlags) {
     return static_cast<uint16_t>((constructionFlags & 1 ? FAttributeValue::entryFlag1 : 0) |
                                  (constructionFlags & 2 ? FAttributeValue::entryFlag2 : 0) |
                                  (constructionFlags & 8 ? FAttributeValue::untracked : 0));
-}
-
-/// An empty text in place of one that there is no memory for would be stored as such.
-String copyOf(const ConstString& text) {
-    String copy(text);
-    if (copy.isEmpty() != text.isEmpty())
-        throw std::bad_alloc();
-    return copy;
 }
 
 template <typename T>
@@ -75,20 +68,24 @@ FAttributeValue::FAttributeValue(FAttributeValue&& other) noexcept
     : flags_(std::exchange(other.flags_, 0)), value_(std::exchange(other.value_, 0)) {}
 
 FAttributeValue& FAttributeValue::operator=(const FAttributeValue& other) {
-    if (this == &other)
-        return *this;
-    if (other.isString()) {
-        setString(other.getString());
-    } else {
-        const bool isCounted = other.flags_ & (referenced | adopted);
-        if (isCounted && other.isObject())
-            other.pointer<CmObject>()->addRef();
-        else if (isCounted && (other.flags_ & interfacePointer))
-            other.pointer<FInterface>()->addRef();
-        replace(other.flags_ & ~keptMask, other.value_);
-    }
+    setValue(other);
     flags_ = static_cast<uint16_t>((flags_ & ~keptMask) | (other.flags_ & (keptMask | foreign)));
     return *this;
+}
+
+void FAttributeValue::setValue(const FAttributeValue& other) {
+    if (this == &other)
+        return;
+    if (other.isString()) {
+        setString(other.getString());
+        return;
+    }
+    const bool isCounted = other.flags_ & (referenced | adopted);
+    if (isCounted && other.isObject())
+        other.pointer<CmObject>()->addRef();
+    else if (isCounted && (other.flags_ & interfacePointer))
+        other.pointer<FInterface>()->addRef();
+    replace(other.flags_ & static_cast<uint16_t>(~(keptMask | foreign)), other.value_);
 }
 
 FAttributeValue& FAttributeValue::operator=(FAttributeValue&& other) noexcept {
@@ -107,11 +104,21 @@ void FAttributeValue::replace(uint16_t newFlags, int64_t newValue) const {
     releaseHeld(oldFlags, std::exchange(value_, newValue));
 }
 
-void FAttributeValue::own(const ConstString& text) const {
-    String copy = copyOf(text);
-    auto* owned = new CmString;
-    owned->string() = std::move(copy);
-    replace(string, toWord(owned));
+String FAttributeValue::copyOf(const ConstString& text) {
+    String copy(text);
+    if (copy.isEmpty() != text.isEmpty())
+        throw std::bad_alloc();
+    return copy;
+}
+
+void FAttributeValue::own(String&& text) const {
+    auto* owned = ownedString();
+    if (!owned) {
+        replace(string, toWord(new CmString(std::move(text))));
+        return;
+    }
+    owned->string() = std::move(text);
+    flags_ = static_cast<uint16_t>((flags_ & keptMask) | string);
 }
 
 CmString* FAttributeValue::ownedString() const {
@@ -131,10 +138,11 @@ void FAttributeValue::setFloat(double value) {
 }
 
 void FAttributeValue::setString(const ConstString& text) {
-    if (CmString* owned = ownedString())
-        owned->string() = copyOf(text);
-    else
-        own(text);
+    own(copyOf(text));
+}
+
+void FAttributeValue::takeString(String&& text) {
+    own(std::move(text));
 }
 
 void FAttributeValue::referToText(const char* text) {
@@ -183,7 +191,7 @@ double FAttributeValue::getFloat() const {
 const char* FAttributeValue::getText8() const {
     if (isString()) {
         if ((flags_ & (referenced | wide)) == (referenced | wide))
-            own(ConstString(pointer<const char16_t>()));
+            own(copyOf(ConstString(pointer<const char16_t>())));
         const CmString* owned = ownedString();
         return owned ? owned->text8() : pointer<const char>();
     }
@@ -194,7 +202,7 @@ const char* FAttributeValue::getText8() const {
 const char16_t* FAttributeValue::getText16() const {
     if (isString()) {
         if ((flags_ & (referenced | wide)) == referenced)
-            own(ConstString(pointer<const char>()));
+            own(copyOf(ConstString(pointer<const char>())));
         const CmString* owned = ownedString();
         return owned ? owned->text16() : pointer<const char16_t>();
     }
@@ -229,6 +237,10 @@ bool FStringIDAttribute::isEqual(const CmObject* other) const {
     return entry && key_ == entry->key_;
 }
 
+uint32_t FStringIDAttribute::hashCode(uint32_t size) const {
+    return static_cast<uint32_t>(std::hash<std::string>()(key_) % size);
+}
+
 int32_t FStringIDAttribute::compare(const CmObject* other) const {
     const auto* entry = cast<FStringIDAttribute>(other);
     if (!entry)
@@ -244,6 +256,10 @@ FIntIDAttribute::FIntIDAttribute(uint32_t key, uint32_t constructionFlags) : key
 bool FIntIDAttribute::isEqual(const CmObject* other) const {
     const auto* entry = cast<FIntIDAttribute>(other);
     return entry && key_ == entry->key_;
+}
+
+uint32_t FIntIDAttribute::hashCode(uint32_t size) const {
+    return key_ % size;
 }
 
 int32_t FIntIDAttribute::compare(const CmObject* other) const {

@@ -9,6 +9,7 @@
 namespace qorl {
 
 class CmString;
+class String;
 
 /// One value of an attribute list: a number, a text or an object.
 ///
@@ -50,7 +51,7 @@ public:
     FAttributeValue& operator=(FAttributeValue&& other) noexcept;
     ~FAttributeValue() override;
 
-    uint16_t flags() const { return flags_; }
+    uint16_t flags() const { return static_cast<uint16_t>(flags_ | (isWide() ? wide : 0)); }
     uint16_t kind() const { return flags_ & kindMask; }
     bool isInteger() const { return flags_ & integer; }
     bool isFloat() const { return flags_ & real; }
@@ -63,11 +64,17 @@ public:
     }
     void setForeign() { flags_ |= foreign; }
 
+    /// The value of `other`, held as it holds it; our own entry flags stay.
+    void setValue(const FAttributeValue& other);
     void setInteger(int64_t value);
     void setFloat(double value);
     /// Copies the text, keeping its width.
     void setString(const ConstString& text);
-    /// Refers to a terminated text that must outlive the value.
+    void takeString(String&& text);
+    /// A whole copy; `std::bad_alloc` when there is no memory for one, since an empty text in its place would
+    /// be stored as such.
+    static String copyOf(const ConstString& text);
+    /// Refers to a terminated text that must outlive the value, and is no null pointer.
     void referToText(const char* text);
     void referToText(const char16_t* text);
     void setObject(CmObject* value, Hold hold);
@@ -88,7 +95,7 @@ public:
 
 private:
     void replace(uint16_t newFlags, int64_t newValue) const;
-    void own(const ConstString& text) const;
+    void own(String&& text) const;
     CmString* ownedString() const;
     template <typename T>
     T* pointer() const {
@@ -100,7 +107,8 @@ private:
     mutable int64_t value_ = 0;
 };
 
-/// An entry whose key is a text.
+/// An entry whose key is a text. The key stays as long as the entry, so entries aren't assigned to each
+/// other.
 class FStringIDAttribute : public FAttributeValue {
     QORL_CLASS(FStringIDAttribute, FAttributeValue)
     QORL_CLONE(FStringIDAttribute)
@@ -109,11 +117,16 @@ class FStringIDAttribute : public FAttributeValue {
 public:
     /// Construction flags become entry flags: 1 the first, 2 the second, 8 untracked.
     explicit FStringIDAttribute(std::string_view key = {}, uint32_t constructionFlags = 0);
+    FStringIDAttribute(const FStringIDAttribute& other) = default;
+    FStringIDAttribute(FStringIDAttribute&& other) noexcept = default;
+    FStringIDAttribute& operator=(const FStringIDAttribute&) = delete;
+    ~FStringIDAttribute() override = default;
 
     const std::string& key() const { return key_; }
 
     bool isEqual(const CmObject* other) const override;
     int32_t compare(const CmObject* other) const override;
+    uint32_t hashCode(uint32_t size) const override;
 
 private:
     std::string key_;
@@ -132,6 +145,7 @@ public:
 
     bool isEqual(const CmObject* other) const override;
     int32_t compare(const CmObject* other) const override;
+    uint32_t hashCode(uint32_t size) const override;
 
 private:
     uint32_t key_;

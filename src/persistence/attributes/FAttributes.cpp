@@ -7,8 +7,9 @@
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
 
-#include <algorithm>
+#include <cstring>
 #include <new>
+#include <utility>
 
 namespace qorl {
 
@@ -24,43 +25,15 @@ CmObject* liveObject(CmObject* object, const char* className) {
     return object && (!className || object->isTypeOf(className, true)) ? object : nullptr;
 }
 
-/// Parts that belong to the list alone, so that a copy of the list needs its own.
-bool isPart(const CmObject* object) {
-    return cast<FAttributes>(object) || cast<FAttrList>(object) || cast<FMemoryStream>(object);
-}
-
 std::string_view bytesOf(const FAttributeValue* value) {
     return binaryBytes(value ? value->getObject() : nullptr).value_or(std::string_view());
 }
 
 } // namespace
 
-FAttributes::FAttributes(const FAttributes& other) : CmObject(other) {
-    *this = other;
+FAttributes::~FAttributes() {
+    FAttributeItems::letGo(std::move(items_));
 }
-
-FAttributes& FAttributes::operator=(const FAttributes& other) {
-    if (this == &other || items_ == other.items_)
-        return *this;
-    Ref<FAttributeItems> copy;
-    if (!other.isEmpty()) {
-        copy = make<FAttributeItems>();
-        copy->entries = other.items_->entries;
-        for (auto& entry : copy->entries) {
-            if (!isPart(entry.getObject()))
-                continue;
-            CmObject* part = entry.getObject()->clone();
-            // A copy is whole or it isn't made.
-            if (!part)
-                throw std::bad_alloc();
-            entry.setObject(part, Hold::adopt);
-        }
-    }
-    items_ = std::move(copy);
-    return *this;
-}
-
-FAttributes::~FAttributes() = default;
 
 Result FAttributes::queryInterface(const InterfaceId& id, void** out) {
     if (id != IAttributes::iid && id != IAttributes::binaryIid)
@@ -70,31 +43,14 @@ Result FAttributes::queryInterface(const InterfaceId& id, void** out) {
     return Result::ok;
 }
 
-std::vector<FStringIDAttribute>& FAttributes::entries() {
+FAttributeItems& FAttributes::list() {
     if (!items_)
         items_ = make<FAttributeItems>();
-    return items_->entries;
-}
-
-FStringIDAttribute* FAttributes::find(std::string_view key) const {
-    if (items_)
-        for (auto& entry : items_->entries)
-            if (entry.key() == key)
-                return &entry;
-    return nullptr;
+    return *items_;
 }
 
 FStringIDAttribute* FAttributes::at(int32_t index) const {
-    return index >= 0 && index < count() ? &items_->entries[static_cast<size_t>(index)] : nullptr;
-}
-
-FStringIDAttribute& FAttributes::entry(std::string_view key) {
-    FStringIDAttribute* found = find(key);
-    return found ? *found : append(key);
-}
-
-FStringIDAttribute& FAttributes::append(std::string_view key, uint32_t constructionFlags) {
-    return entries().emplace_back(key, constructionFlags);
+    return index >= 0 && index < count() ? &items_->at(static_cast<size_t>(index)) : nullptr;
 }
 
 bool FAttributes::remove(std::string_view key) {
@@ -102,17 +58,18 @@ bool FAttributes::remove(std::string_view key) {
     if (!found)
         return false;
     // The value goes last: its end may lead back to this list.
-    const FStringIDAttribute removed = std::move(*found);
-    auto& list = items_->entries;
-    list.erase(list.begin() + (found - list.data()));
+    const FStringIDAttribute removed = items_->take(*found);
     return true;
 }
 
+void FAttributes::removeAt(int32_t index) {
+    const FStringIDAttribute removed = items_->take(items_->at(static_cast<size_t>(index)));
+}
+
 void FAttributes::removeAll() {
-    if (items_) {
-        const auto removed = std::move(items_->entries);
-        items_->entries.clear();
-    }
+    if (!items_)
+        return;
+    const auto removed = items_->takeAll();
 }
 
 void FAttributes::setText8(std::string_view key, const char* text) {
@@ -146,7 +103,8 @@ void FAttributes::setBinary(std::string_view key, const void* data, int64_t size
         return;
     }
     auto block = make<FMemoryStream>();
-    block->write(data, size);
+    if (data && size > 0 && block->write(data, size) != size)
+        throw std::bad_alloc();
     block->rewind();
     setObject(key, block.detach(), Hold::adopt);
 }
@@ -215,9 +173,22 @@ bool FAttributes::loadObject(std::string_view key, CmObject* object) const {
     return attributes && object && object->restoreAttributes(attributes);
 }
 
+bool FAttributes::storeAttributes(FAttributes* attributes) {
+    if (attributes == this || (items_ && attributes->items_ == items_))
+        return true;
+    for (int32_t i = 0; i < count(); ++i)
+        static_cast<FAttributeValue&>(attributes->append(at(i)->key())) = *at(i);
+    return true;
+}
+
+bool FAttributes::restoreAttributes(FAttributes* attributes) {
+    attributes->shareWith(*this);
+    return true;
+}
+
 void FAttributes::shareWith(FAttributes& other) {
-    entries();
-    other.items_ = items_;
+    list();
+    const Ref<FAttributeItems> before = std::exchange(other.items_, items_);
 }
 
 bool FAttributes::writeTo(FObjectArchive* archive) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "persistence/attributes/AttributesFace.h"
-#include "persistence/attributes/FAttributeValue.h"
+#include "persistence/attributes/FAttributeItems.h"
 
 #include <qorl/Ref.h>
 
@@ -13,18 +13,16 @@ class FAttrList;
 class FBinaryStream;
 class FSubList;
 
-/// A list of attributes that several `FAttributes` may share. Entries stand in the order of their insertion.
-class FAttributeItems : public FObject {
-public:
-    std::vector<FStringIDAttribute> entries;
-};
-
 /// The neutral form of an object's state: named values in the order in which they were set.
 ///
 /// An object is made persistent by turning its state into attributes (`storeAttributes`) and back
 /// (`restoreAttributes`); whether those go to a stream, to XML or to another module is no concern of the
-/// object. The list is made on first use and searched by comparison, so that small lists cost little: an
-/// empty one is 32 bytes. A missing key reads as 0, an empty text or null. Threading: one thread at a time.
+/// object. The list is made on first use, so that an empty one is 32 bytes. A missing key reads as 0, an
+/// empty text or null. Attributes may be nested to any depth; nothing here takes stack for each level.
+///
+/// What finds no memory throws `std::bad_alloc`: so it ends the whole save or load that it is part of, which
+/// catches it and tells (`AttributesStream`, `IAttributes`, `detachObjects`, `clone`). A `storeAttributes`
+/// lets it pass, since false would only leave its own object out. Threading: one thread at a time.
 class FAttributes : public CmObject, public AttributesFace {
     QORL_CLASS(FAttributes, CmObject)
     QORL_CLONE(FAttributes)
@@ -32,9 +30,11 @@ class FAttributes : public CmObject, public AttributesFace {
 
 public:
     using Hold = FAttributeValue::Hold;
+    /// Whether a list that is loaded may have a key twice.
+    enum class EqualKeys : uint8_t { replaced, allowed };
 
     FAttributes() = default;
-    /// Copies the entries; objects are shared, binary blocks and texts copied.
+    /// Copies the entries and what is nested in them; live and stored objects are shared.
     FAttributes(const FAttributes& other);
     FAttributes& operator=(const FAttributes& other);
     ~FAttributes() override;
@@ -73,17 +73,21 @@ public:
 
     bool contains(std::string_view key) const { return find(key) != nullptr; }
     bool remove(std::string_view key);
+    /// The entry at a place that there is.
+    void removeAt(int32_t index);
     void removeAll();
-    int32_t count() const { return items_ ? static_cast<int32_t>(items_->entries.size()) : 0; }
+    int32_t count() const { return items_ ? items_->count() : 0; }
     bool isEmpty() const { return count() == 0; }
 
     /// The entry of `key` or at a place; null when there is none. Good until the list changes.
-    FStringIDAttribute* find(std::string_view key) const;
+    FStringIDAttribute* find(std::string_view key) const { return items_ ? items_->find(key) : nullptr; }
     FStringIDAttribute* at(int32_t index) const;
     /// The entry of `key`, made when it is missing.
-    FStringIDAttribute& entry(std::string_view key);
+    FStringIDAttribute& entry(std::string_view key) { return list().entry(key); }
     /// A new entry without a search: for loaders, which then stay linear.
-    FStringIDAttribute& append(std::string_view key, uint32_t constructionFlags = 0);
+    FStringIDAttribute& append(std::string_view key, uint32_t constructionFlags = 0) {
+        return list().append(key, constructionFlags);
+    }
 
     /// Queues: append to the list of `key`, which is made when it is missing. False when `key` holds
     /// something else.
@@ -121,37 +125,49 @@ public:
     bool loadNextObject(std::string_view key, CmObject* object);
 
     /// The values that objects keep beside their own under keys of others, as a nested list under `key`
-    /// ("Additional Attributes" when it is empty). Entries with the first entry flag, and foreign ones, are
-    /// left out. With `keep`, loading leaves the keys alone that are there already.
+    /// ("Additional Attributes" when it is empty). Numbers, texts and objects go across; entries with the
+    /// first entry flag, and foreign ones, are left out. With `keep`, loading leaves the keys alone that are
+    /// there already. Without it, an empty list is filled without a search, as is one with
+    /// `EqualKeys::allowed`. A stored object becomes the live one; one whose class is unknown is left out.
+    /// False, and nothing loaded, without such a nested list.
     void saveExtraAttributes(const FAttributes& values, std::string_view key = {});
-    bool loadExtraAttributes(FAttributes& values, std::string_view key = {}, bool keep = false) const;
-    /// The same for keys that are numbers: one is stored as the text of its four bytes, low first, when that
-    /// is ASCII, else as "IntID:NUMBER".
+    bool loadExtraAttributes(FAttributes& values, std::string_view key = {}, bool keep = false,
+                             EqualKeys equalKeys = EqualKeys::replaced) const;
+    /// The same for keys that are numbers: one is stored as the text of its four bytes, low first, up to a
+    /// zero byte, when that is ASCII, else as "IntID:NUMBER".
     void saveIntKeyAttributes(const std::vector<FIntIDAttribute>& values, std::string_view key = {});
     bool loadIntKeyAttributes(std::vector<FIntIDAttribute>& values, std::string_view key = {},
-                              bool keep = false) const;
+                              bool keep = false, EqualKeys equalKeys = EqualKeys::replaced) const;
 
-    /// Replaces live objects by stored ones and foreign memory by copies.
-    void detachObjects();
+    /// Replaces live objects by stored ones and foreign memory by copies, in nested attributes too. An object
+    /// that has no attribute form is left out. False, and nothing changed, when memory ran out.
+    bool detachObjects();
 
-    /// Search nested attributes depth first, in order. `path` is a key, or two keys `a|b`, the second below
-    /// the first.
+    /// Search nested attributes depth first, in order. `path` is a key, or two keys `a|b`: from the first
+    /// object entry `a` on, `b` is searched. Texts stay owned by their entry.
     FAttributes* findAttributes(std::string_view path) const;
     bool findValue(std::string_view path, FAttributeVariant& value) const;
 
-    /// The binary form, see `AttributesStream.h`.
+    /// The binary form, see `AttributesStream.h`. Reading replaces what is there.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
+    /// So that attributes can stand in a list of objects. The entries are shared, not copied.
+    bool storeAttributes(FAttributes* attributes) override;
+    bool restoreAttributes(FAttributes* attributes) override;
 
     /// From now on both have the same list.
     void shareWith(FAttributes& other);
+    /// The same for all that share it; null before the first use.
+    const FAttributeItems* items() const { return items_.get(); }
 
 private:
-    std::vector<FStringIDAttribute>& entries();
+    friend class AttributesCopier;
+
+    FAttributeItems& list();
     template <typename List>
     List* list(std::string_view key) const;
-    template <typename List, typename... Arguments>
-    List* makeList(std::string_view key, Arguments... arguments);
+    template <typename List, typename Add, typename... Arguments>
+    bool addTo(std::string_view key, Add add, Arguments... arguments);
 
     Ref<FAttributeItems> items_;
 };

@@ -3,6 +3,9 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/xml/FXmlObject.h"
 
+#include <new>
+#include <unordered_set>
+
 namespace qorl {
 
 template <typename List>
@@ -11,52 +14,66 @@ List* FAttributes::list(std::string_view key) const {
     return found ? cast<List>(found->getObject()) : nullptr;
 }
 
-/// The list of `key`, made when the key is new; null when it holds something else.
-template <typename List, typename... Arguments>
-List* FAttributes::makeList(std::string_view key, Arguments... arguments) {
-    if (const auto* found = find(key))
-        return cast<List>(found->getObject());
-    auto made = make<List>(arguments...);
-    List* list = made.get();
-    append(key).setObject(made.detach(), Hold::adopt);
-    return list;
-}
-
-bool FAttributes::appendInteger(std::string_view key, int64_t value) {
-    auto* list = makeList<FIntList>(key);
-    if (list)
-        list->items.push_back(value);
-    return list;
-}
-
-bool FAttributes::appendFloat(std::string_view key, double value) {
-    auto* list = makeList<FFloatList>(key);
-    if (list)
-        list->items.push_back(value);
-    return list;
-}
-
-bool FAttributes::appendString(std::string_view key, const ConstString& text) {
-    auto* list = makeList<FStringList>(key, text.isWide());
-    if (!list || list->wide != text.isWide())
+/// Calls `add` with the list of `key`, or with a new one, which stays when that was true.
+template <typename List, typename Add, typename... Arguments>
+bool FAttributes::addTo(std::string_view key, Add add, Arguments... arguments) {
+    if (const auto* found = find(key)) {
+        auto* list = cast<List>(found->getObject());
+        return list && add(*list);
+    }
+    const auto made = make<List>(arguments...);
+    if (!add(*made))
         return false;
-    list->items.emplace_back(text);
+    append(key).setObject(made.get(), Hold::retain);
     return true;
 }
 
+bool FAttributes::appendInteger(std::string_view key, int64_t value) {
+    return addTo<FIntList>(key, [value](FIntList& list) {
+        list.items.push_back(value);
+        return true;
+    });
+}
+
+bool FAttributes::appendFloat(std::string_view key, double value) {
+    return addTo<FFloatList>(key, [value](FFloatList& list) {
+        list.items.push_back(value);
+        return true;
+    });
+}
+
+bool FAttributes::appendString(std::string_view key, const ConstString& text) {
+    const auto add = [&text](FStringList& list) {
+        if (list.wide != text.isWide())
+            return false;
+        list.items.push_back(FAttributeValue::copyOf(text));
+        return true;
+    };
+    return addTo<FStringList>(key, add, text.isWide());
+}
+
 bool FAttributes::appendObject(std::string_view key, CmObject* object, bool owned) {
-    auto* list = object ? makeList<FObjectList>(key, owned) : nullptr;
-    if (!list || list->owned != owned)
+    const auto add = [object, owned](FObjectList& list) {
+        if (list.owned != owned)
+            return false;
+        list.items.push_back(object);
+        if (owned)
+            object->addRef();
+        return true;
+    };
+    if (!object || !addTo<FObjectList>(key, add, owned))
         return false;
-    list->items.push_back(object);
+    // The list has a reference of its own by now.
+    if (owned)
+        object->release();
     return true;
 }
 
 bool FAttributes::appendAttributes(std::string_view key, Ref<FAttributes> attributes) {
-    auto* list = attributes ? makeList<FSubList>(key) : nullptr;
-    if (list)
-        list->items.push_back(std::move(attributes));
-    return list;
+    return attributes && addTo<FSubList>(key, [&attributes](FSubList& list) {
+               list.items.push_back(attributes);
+               return true;
+           });
 }
 
 bool FAttributes::nextInteger(std::string_view key, int64_t& value) {
@@ -116,15 +133,24 @@ void FAttributes::resetCursor(std::string_view key) {
 }
 
 void FAttributes::resetAllCursors() {
-    for (int32_t i = 0; i < count(); ++i) {
-        CmObject* object = at(i)->getObject();
-        if (auto* list = cast<FAttrList>(object))
-            list->resetCursor();
-        if (auto* nested = cast<FAttributes>(object))
-            nested->resetAllCursors();
-        if (auto* nested = cast<FSubList>(object))
-            for (const auto& item : nested->items)
-                item->resetAllCursors();
+    std::vector<FAttributes*> waiting{this};
+    // Live attributes may stand in each other.
+    std::unordered_set<const FAttributeItems*> seen;
+    while (!waiting.empty()) {
+        FAttributes& attributes = *waiting.back();
+        waiting.pop_back();
+        if (!seen.insert(attributes.items()).second)
+            continue;
+        for (int32_t i = 0; i < attributes.count(); ++i) {
+            CmObject* object = attributes.at(i)->getObject();
+            if (auto* list = cast<FAttrList>(object))
+                list->resetCursor();
+            if (auto* nested = cast<FAttributes>(object))
+                waiting.push_back(nested);
+            else if (const auto* lists = cast<FSubList>(object))
+                for (const auto& item : lists->items)
+                    waiting.push_back(item.get());
+        }
     }
 }
 
@@ -132,8 +158,8 @@ bool FAttributes::appendSavedObject(std::string_view key, CmObject* object, bool
     auto attributes = make<FAttributes>();
     if (!object || !object->storeAttributes(attributes.get()))
         return false;
-    if (detach)
-        attributes->detachObjects();
+    if (detach && !attributes->detachObjects())
+        throw std::bad_alloc();
     return appendAttributes(key, std::move(attributes));
 }
 

@@ -88,52 +88,82 @@ void ReferenceBinder::addInstance(Ref<FXmlInstance> instance) {
     instances_.push_back(std::move(instance));
 }
 
-void ReferenceBinder::bind(const FAttributes& root) {
+void ReferenceBinder::bind(FAttributes& root) {
     if (references_.empty())
         return;
     leadsTo_.emplace_back();
     visit(root, 0);
+    visitWaiting();
     followReferences();
     for (const auto& instance : instances_) {
         enter(instance.get());
+        visitWaiting();
         followReferences();
     }
     const Rings rings(leadsTo_);
-    for (const Place& place : places_) {
-        if (!place.target)
+    // Each instance got its number where it is stored or first referred to, so that whoever is left to hold
+    // another one has a lower number than it.
+    const auto closesRing = [this, &rings](const FXmlInstance* target, size_t owner) {
+        const size_t number = numbers_[target];
+        return number <= owner && rings.isOneRing(number, owner);
+    };
+    for (const auto& place : referencePlaces_)
+        if (place.target)
+            place.reference->bind(place.target, closesRing(place.target, place.owner)
+                                                    ? FXmlReference::Binding::watch
+                                                    : FXmlReference::Binding::hold);
+    for (const auto& [instance, place] : instancePlaces_) {
+        if (!closesRing(instance, place.owner))
             continue;
-        // Each instance got its number where it is stored or first referred to, so that whoever is left to
-        // hold another one has a lower number than it.
-        const size_t target = numbers_[place.target];
-        const bool closesRing = target <= place.owner && rings.isOneRing(target, place.owner);
-        place.reference->bind(place.target,
-                              closesRing ? FXmlReference::Binding::watch : FXmlReference::Binding::hold);
+        auto reference = make<FXmlReference>(instance->id());
+        reference->bind(instance, FXmlReference::Binding::watch);
+        place.put(std::move(reference));
     }
 }
 
-void ReferenceBinder::visit(const FAttributes& attributes, size_t owner) {
-    for (int32_t i = 0; i < attributes.count(); ++i)
-        visitObject(attributes.at(i)->getObject(), owner);
+void ReferenceBinder::Place::put(Ref<CmObject> object) const {
+    if (list)
+        list->replace(index, std::move(object));
+    else
+        attributes->at(static_cast<int32_t>(index))->setObject(object.get(), FAttributeValue::Hold::retain);
 }
 
-void ReferenceBinder::visitObject(CmObject* object, size_t owner) {
-    if (!object)
+void ReferenceBinder::visitWaiting() {
+    while (!waiting_.empty()) {
+        const auto [attributes, owner] = waiting_.back();
+        waiting_.pop_back();
+        visit(*attributes, owner);
+    }
+}
+
+void ReferenceBinder::visit(FAttributes& attributes, size_t owner) {
+    if (!seen_.insert(attributes.items()).second)
         return;
-    if (const auto* nested = cast<FAttributes>(object)) {
-        visit(*nested, owner);
-    } else if (const auto* lists = cast<FSubList>(object)) {
-        for (const auto& item : lists->items)
-            visit(*item, owner);
-    } else if (const auto* objects = cast<FObjectList>(object)) {
-        for (CmObject* item : objects->items)
-            visitObject(item, owner);
-    } else if (own_.contains(object)) {
-        if (auto* instance = cast<FXmlInstance>(object)) {
-            const size_t number = enter(instance);
-            leadsTo_[owner].push_back(number);
-        } else if (auto* reference = cast<FXmlReference>(object)) {
-            places_.push_back({reference, owner, nullptr});
+    for (int32_t i = 0; i < attributes.count(); ++i) {
+        CmObject* object = attributes.at(i)->getObject();
+        if (auto* nested = cast<FAttributes>(object)) {
+            waiting_.emplace_back(nested, owner);
+        } else if (const auto* lists = cast<FSubList>(object)) {
+            for (const auto& item : lists->items)
+                waiting_.emplace_back(item.get(), owner);
+        } else if (auto* objects = cast<FObjectList>(object)) {
+            for (size_t item = 0; item < objects->items.size(); ++item)
+                visitObject(objects->items[item], {&attributes, objects, item, owner});
+        } else {
+            visitObject(object, {&attributes, nullptr, static_cast<size_t>(i), owner});
         }
+    }
+}
+
+void ReferenceBinder::visitObject(CmObject* object, const Place& place) {
+    if (!object || !own_.contains(object))
+        return;
+    if (auto* instance = cast<FXmlInstance>(object)) {
+        const size_t number = enter(instance);
+        leadsTo_[place.owner].push_back(number);
+        instancePlaces_.push_back({instance, place});
+    } else if (auto* reference = cast<FXmlReference>(object)) {
+        referencePlaces_.push_back({reference, place.owner, nullptr});
     }
 }
 
@@ -143,20 +173,21 @@ size_t ReferenceBinder::enter(FXmlInstance* instance) {
     if (!isNew)
         return number;
     leadsTo_.emplace_back();
-    if (const FAttributes* attributes = instance->getAttributes())
-        visit(*attributes, number);
+    if (FAttributes* attributes = instance->getAttributes())
+        waiting_.emplace_back(attributes, number);
     return number;
 }
 
 void ReferenceBinder::followReferences() {
     // Entering an instance may find more of them.
-    for (; followed_ < places_.size(); ++followed_) {
-        const auto found = byId_.find(places_[followed_].reference->id());
+    for (; followed_ < referencePlaces_.size(); ++followed_) {
+        const auto found = byId_.find(referencePlaces_[followed_].reference->id());
         if (found == byId_.end())
             continue;
-        places_[followed_].target = found->second;
+        referencePlaces_[followed_].target = found->second;
         const size_t number = enter(found->second);
-        leadsTo_[places_[followed_].owner].push_back(number);
+        leadsTo_[referencePlaces_[followed_].owner].push_back(number);
+        visitWaiting();
     }
 }
 

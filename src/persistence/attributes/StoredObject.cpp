@@ -26,9 +26,17 @@ uint64_t StoredObject::idOf(const CmObject* object) {
     return stored ? stored->id() : static_cast<uint64_t>(reinterpret_cast<uintptr_t>(object));
 }
 
+CmObject* StoredObject::meantBy(CmObject* object) {
+    if (const auto* reference = cast<FXmlReference>(object); reference && reference->target())
+        object = reference->target();
+    auto* instance = cast<FXmlInstance>(object);
+    // Without attributes nothing is created any more.
+    return instance && !instance->getAttributes() ? instance->getObject() : object;
+}
+
 bool StoredObject::take(CmObject* object) {
     if (auto* instance = cast<FXmlInstance>(object)) {
-        className = instance->className8().string();
+        className = FAttributeValue::copyOf(instance->className8().string());
         attributes = retain(instance->getAttributes());
         if (attributes)
             return true;
@@ -37,8 +45,24 @@ bool StoredObject::take(CmObject* object) {
     attributes = make<FAttributes>();
     if (!object || !object->storeAttributes(attributes.get()))
         return false;
-    className.assign8(storedClassName(object));
+    className = FAttributeValue::copyOf(ConstString(storedClassName(object)));
     return true;
+}
+
+WrittenObjects::Entry WrittenObjects::enter(CmObject* object, uint64_t id) {
+    const auto [place, isNew] = known_.try_emplace(object);
+    if (!isNew)
+        return {place->second.id, false};
+    while (!ids_.insert(id).second)
+        id = ++lastMade_;
+    place->second = {id, retain(object)};
+    return {id, true};
+}
+
+void WrittenObjects::forget(const CmObject* object) {
+    const auto place = known_.find(object);
+    ids_.erase(place->second.id);
+    known_.erase(place);
 }
 
 } // namespace qorl

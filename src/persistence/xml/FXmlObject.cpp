@@ -12,6 +12,11 @@ namespace qorl {
 
 namespace {
 
+// Objects ask for their parts while they are restored, each within the one before: as deep as the least stack
+// of a thread holds.
+constexpr int32_t mostRestoring = 500;
+constinit thread_local int32_t restoring = 0;
+
 // Instances that nobody holds any more, while the first of them goes: so a long chain of references takes no
 // stack. Each thread releases its own.
 constinit thread_local std::vector<Ref<FXmlInstance>>* leaving = nullptr;
@@ -101,6 +106,11 @@ void FXmlInstance::keepParts(const FAttributes& attributes) {
 CmObject* FXmlInstance::getObject() {
     if (object_ || !attributes_ || className_.isEmpty())
         return object_.get();
+    if (restoring >= mostRestoring) {
+        FObjectArchive::reportGlobally(FObjectArchive::malformed,
+                                       "objects are nested deeper than 500 levels");
+        return nullptr;
+    }
     try {
         keepParts(*attributes_);
     } catch (const std::bad_alloc&) {
@@ -116,8 +126,19 @@ CmObject* FXmlInstance::getObject() {
         FObjectArchive::reportGlobally(FObjectArchive::classNotRegistered, className_.text8());
         return nullptr;
     }
-    if (!object_->restoreAttributes(attributes.get()))
+    ++restoring;
+    try {
+        if (!object_->restoreAttributes(attributes.get()))
+            object_.reset();
+    } catch (const std::bad_alloc&) {
+        // The load as a whole ends, and this object is as it was.
+        --restoring;
         object_.reset();
+        parts_.clear();
+        attributes_ = attributes;
+        throw;
+    }
+    --restoring;
     return object_.get();
 }
 

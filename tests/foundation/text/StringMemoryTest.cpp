@@ -139,12 +139,6 @@ TEST(String, GivesAnEmptyTextWhenThereIsNoMemoryForTheOtherWidth) {
 
 TEST(CmString, TellsThatItsAttributesFoundNoMemory) {
     failEachAllocation([](FailingAllocation& memory) {
-        CmString text("a text that is stored");
-        FAttributes attributes;
-        const bool stored = memory.during([&] { return text.storeAttributes(&attributes); });
-        EXPECT_EQ(stored, !memory.hasFailed());
-    });
-    failEachAllocation([](FailingAllocation& memory) {
         const CmString text("a text that is stored");
         FAttributes attributes;
         attributes.setString("s", text);

@@ -1,8 +1,8 @@
 #include "persistence/attributes/FAttributes.h"
 
 #include "foundation/Cast.h"
+#include "foundation/containers/CmBuffer.h"
 #include "foundation/text/CmString.h"
-#include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
@@ -215,6 +215,29 @@ TEST(FAttributes, FindsNestedValues) {
     EXPECT_FALSE(root.findValue("list|nothing", value));
 }
 
+TEST(FAttributes, FindsItsWayThroughStoredObjects) {
+    const auto state = make<FAttributes>();
+    const auto instance = make<FXmlInstance>(1, "C", state);
+    const auto reference = make<FXmlReference>(1);
+    reference->bind(instance.get(), FXmlReference::Binding::watch);
+    state->setInteger("x", 7);
+    // A ring: the object's own list leads back to it.
+    state->appendObject("back", reference.get(), false);
+    FAttributes root;
+    root.setObject("first", reference.get(), Hold::plain);
+    FAttributeVariant value{};
+    EXPECT_FALSE(root.findValue("x", value)) << "a reference stands for nothing but in a list";
+    EXPECT_EQ(root.findAttributes("first"), nullptr);
+    root.appendObject("list", reference.get(), false);
+    EXPECT_TRUE(root.findValue("list|x", value));
+    EXPECT_EQ(value.integerValue, 7);
+    EXPECT_FALSE(root.findValue("nothing", value));
+    root.setObject("second", instance.get(), Hold::plain);
+    EXPECT_EQ(root.findAttributes("second"), state.get());
+    root.setInteger("a", 1);
+    EXPECT_FALSE(root.findValue("a|x", value)) << "only objects begin a path";
+}
+
 TEST(FAttributes, StoresNumbersAsKeys) {
     std::vector<FIntIDAttribute> values;
     values.emplace_back(0x41424344u).setInteger(1);
@@ -240,177 +263,117 @@ TEST(FAttributes, StoresNumbersAsKeys) {
     EXPECT_FALSE(attributes.loadIntKeyAttributes(loaded, "other"));
 }
 
-std::string stored(const FAttributes& attributes) {
-    FMemoryStream stream;
-    EXPECT_TRUE(AttributesStream::write(stream, attributes));
-    return std::string(stream.bytes());
-}
-
-TEST(AttributesStream, HasItsBytes) {
+TEST(FAttributes, TakesOnlyValuesAcrossToNumberedLists) {
+    std::vector<FIntIDAttribute> values;
+    values.emplace_back(0u).setInteger(1);
+    values.emplace_back(0x41004142u).setFloat(0.5);
+    values.emplace_back(0x80u, 2u).setInteger(2);
+    values.emplace_back(1u).setForeign();
+    values.emplace_back(2u).setInterface(nullptr, Hold::plain);
+    values.emplace_back(3u);
+    values.emplace_back(0x42u).setObject(make<FXmlInstance>(1, "CmString", make<FAttributes>()).get(),
+                                         Hold::retain);
+    values.emplace_back(0x43u).setObject(make<FXmlInstance>(2, "NoSuchClass", make<FAttributes>()).get(),
+                                         Hold::retain);
     FAttributes attributes;
-    attributes.setInteger("i", 258);
-    attributes.setText16("s", u"x");
-    attributes.appendInteger("l", 3);
-    const std::string expected("\x03\0\0\0"
-                               "\x02\0\0\0i\0\x01\0\x02\x01\0\0\0\0\0\0"
-                               "\x02\0\0\0s\0\x08\0\x05\0\0\0x\0\xEF\xBB\xBF"
-                               "\x02\0\0\0l\0\x02\0\x02\0\x01\0\0\0\x03\0\0\0\0\0\0\0",
-                               59);
-    EXPECT_EQ(stored(attributes), expected);
+    attributes.saveIntKeyAttributes(values, "mine");
+    std::string keys;
+    for (int32_t i = 0; i < attributes.getAttributes("mine")->count(); ++i)
+        keys += attributes.getAttributes("mine")->at(i)->key() + ',';
+    EXPECT_EQ(keys, ",BA,IntID:128,B,C,");
+    std::vector<FIntIDAttribute> loaded;
+    ASSERT_TRUE(attributes.loadIntKeyAttributes(loaded, "mine"));
+    ASSERT_EQ(loaded.size(), 4u);
+    EXPECT_EQ(loaded[1].key(), 0x4142u);
+    EXPECT_EQ(loaded[2].key(), 0x80u);
+    EXPECT_NE(cast<CmString>(loaded[3].getObject()), nullptr) << "the live object, not the stored one";
+    FAttributes none;
+    none.saveIntKeyAttributes({});
+    EXPECT_TRUE(none.isEmpty());
 }
 
-/// Every kind of value once, an object twice.
-void fill(FAttributes& attributes) {
-    attributes.setInteger("int", -1);
-    attributes.setFloat("float", 0.1);
-    attributes.setText8("empty", "");
-    attributes.setText16("text", u"\u00E4");
-    attributes.appendFloat("floats", 1.5);
-    attributes.appendText16("texts", u"t");
-    attributes.setBinary("bytes", "ab", 2, true);
-    attributes.setObject("nested", new FAttributes, Hold::adopt);
-    attributes.getAttributes("nested")->setInteger("deep", 5);
-    attributes.appendAttributes("subs", make<FAttributes>());
-    auto object = make<CmString>("object");
-    attributes.setObject("object", object.get(), Hold::retain);
-    attributes.appendObject("objects", retain(object.get()).detach(), true);
-}
-
-TEST(AttributesStream, ReadsBackWhatItWrote) {
+TEST(FAttributes, LoadsListsOfOthersAsTheyAllowIt) {
+    struct Case {
+        const char* name;
+        bool keep;
+        FAttributes::EqualKeys equalKeys;
+        const char* before;
+        const char* after;
+    };
+    using EqualKeys = FAttributes::EqualKeys;
+    const Case cases[] = {
+        {"an empty list takes equal keys", false, EqualKeys::replaced, "", "A1 A2 B3 "},
+        {"a filled one does not", false, EqualKeys::replaced, "B", "B3 A2 "},
+        {"but where it is allowed", false, EqualKeys::allowed, "B", "B0 A1 A2 B3 "},
+        {"kept ones stay", true, EqualKeys::allowed, "B", "B0 A1 "},
+        {"and empty ones are searched", true, EqualKeys::replaced, "", "A1 B3 "},
+    };
+    FAttributes stored;
+    stored.append("A").setInteger(1);
+    stored.append("A").setInteger(2);
+    stored.append("B").setInteger(3);
+    stored.append("hidden", 1).setInteger(4);
     FAttributes attributes;
-    fill(attributes);
-    FMemoryStream stream;
-    ASSERT_TRUE(AttributesStream::write(stream, attributes));
-    stream.rewind();
-    FAttributes read;
-    ASSERT_TRUE(AttributesStream::read(stream, read));
-    EXPECT_FALSE(read.contains("empty")) << "an empty text does not survive";
-    attributes.remove("empty");
-    // Untouched objects are written as they were read, so the bytes are the same.
-    EXPECT_EQ(stored(read), stored(attributes));
-
-    EXPECT_EQ(read.getInteger("int"), -1);
-    EXPECT_EQ(read.getFloat("float"), 0.1);
-    EXPECT_EQ(std::u16string(read.getText16("text")), u"\u00E4");
-    EXPECT_EQ(read.getBinarySize("bytes"), 2);
-    EXPECT_EQ(read.getAttributes("nested")->getInteger("deep"), 5);
-    EXPECT_EQ(read.count("subs"), 1);
-    const Ref<CmObject> object = read.getObject("object", "CmString");
-    ASSERT_NE(object, nullptr);
-    EXPECT_EQ(cast<CmString>(object)->string(), ConstString("object"));
-    EXPECT_EQ(read.nextObject("objects"), object.get()) << "one object, met twice";
-}
-
-TEST(AttributesStream, FailsWhereTheBytesEnd) {
-    FAttributes attributes;
-    fill(attributes);
-    attributes.remove("empty");
-    const std::string bytes = stored(attributes);
-    for (size_t length = 0; length < bytes.size(); ++length) {
-        FMemoryStream stream(std::string_view(bytes).substr(0, length));
-        FAttributes read;
-        EXPECT_FALSE(AttributesStream::read(stream, read)) << "cut at " << length;
+    attributes.saveExtraAttributes(stored);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        FAttributes extra;
+        std::vector<FIntIDAttribute> numbered;
+        if (*c.before) {
+            extra.setInteger(c.before, 0);
+            numbered.emplace_back(static_cast<uint32_t>(*c.before)).setInteger(0);
+        }
+        EXPECT_TRUE(attributes.loadExtraAttributes(extra, {}, c.keep, c.equalKeys));
+        EXPECT_TRUE(attributes.loadIntKeyAttributes(numbered, {}, c.keep, c.equalKeys));
+        std::string found[2];
+        for (int32_t i = 0; i < extra.count(); ++i)
+            found[0] += extra.at(i)->key() + std::to_string(extra.at(i)->getInteger()) + ' ';
+        for (const auto& value : numbered)
+            found[1] += static_cast<char>(value.key()) + std::to_string(value.getInteger()) + ' ';
+        EXPECT_EQ(found[0], c.after);
+        EXPECT_EQ(found[1], c.after);
     }
 }
 
-TEST(AttributesStream, KeepsObjectsOfUnknownClasses) {
+TEST(FAttributes, KeepsTheFlagsOfAnEntryWhenItsValueChanges) {
     FAttributes attributes;
-    auto state = make<FAttributes>();
-    state->setInteger("x", 1);
-    attributes.setObject("gone", new FXmlInstance(77, "NoSuchClass", state), Hold::adopt);
-    attributes.setObject("again", new FXmlReference(uint64_t{77}), Hold::adopt);
-    attributes.setObject("lost", new FXmlReference(uint64_t{78}), Hold::adopt);
-    const std::string bytes = stored(attributes);
-    FMemoryStream source{std::string_view(bytes)};
-    FAttributes read;
-    ASSERT_TRUE(AttributesStream::read(source, read));
-    EXPECT_EQ(cast<FXmlReference>(read.at(1)->getObject())->target(), read.at(0)->getObject());
-    EXPECT_EQ(read.findAttributes("gone")->getInteger("x"), 1);
-    EXPECT_EQ(read.getObject("gone"), nullptr);
-    EXPECT_EQ(read.getObject("again"), nullptr);
-    EXPECT_EQ(read.getObject("gone"), nullptr) << "a failed object is not tried again";
+    FStringIDAttribute& entry = attributes.append("x", 1 | 2 | 8);
+    constexpr uint16_t kept = 0x08C0;
+    EXPECT_EQ(entry.flags(), kept);
+    entry.setForeign();
+    entry.setInteger(1);
+    EXPECT_EQ(entry.flags(), kept | 0x0001);
+    entry.setFloat(1);
+    EXPECT_EQ(entry.flags(), kept | 0x0004);
+    entry.setString(u"wide");
+    EXPECT_EQ(entry.flags(), kept | 0x0408);
+    entry.setForeign();
+    entry.setString("narrow");
+    EXPECT_EQ(entry.flags(), kept | 0x0008) << "also where the text object is used again";
+    entry.referToText(u"foreign");
+    EXPECT_EQ(entry.flags(), kept | 0x0418);
+    entry.setObject(make<CmString>().get(), Hold::retain);
+    EXPECT_EQ(entry.flags(), kept | 0x0012);
+    entry.setObject(new CmString, Hold::adopt);
+    EXPECT_EQ(entry.flags(), kept | 0x0022);
+    entry.setValue(FAttributeValue());
+    EXPECT_EQ(entry.flags(), kept);
 }
 
-/// Writes an object that nobody else holds, and itself when `part` has no number.
-class Maker : public CmObject {
-    QORL_CLASS(Maker, CmObject)
+/// Stores itself as its part.
+class Ring : public CmObject {
+    QORL_CLASS(Ring, CmObject)
 
 public:
-    explicit Maker(int32_t number) : number_(number) {}
-
     bool storeAttributes(FAttributes* attributes) override {
-        const auto part = make<CmString>(ConstString(std::string_view(std::to_string(number_))));
-        attributes->setObject("part", number_ < 0 ? static_cast<CmObject*>(this) : part.get(), Hold::retain);
+        attributes->setObject("part", this, Hold::retain);
         return true;
     }
-
-private:
-    int32_t number_;
 };
-
-TEST(AttributesStream, TellsObjectsApartThatLiveOnlyWhileTheyAreWritten) {
-    FAttributes attributes;
-    for (int32_t i = 0; i < 20; ++i)
-        attributes.appendObject("makers", new Maker(i), true);
-    const std::string bytes = stored(attributes);
-    FMemoryStream document;
-    ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::write).storeAttributes("State", attributes));
-    document.rewind();
-    FAttributes read[3];
-    FMemoryStream source{std::string_view(bytes)};
-    ASSERT_TRUE(AttributesStream::read(source, read[0]));
-    ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::read).restoreAttributes("State", read[1]));
-    read[2] = attributes;
-    read[2].detachObjects();
-    for (FAttributes& one : read) {
-        const auto* list = cast<FObjectList>(one.find("makers")->getObject());
-        ASSERT_EQ(list->count(), 20);
-        for (int32_t i = 0; i < 20; ++i) {
-            auto* maker = cast<FXmlObject>(list->items[static_cast<size_t>(i)]);
-            const Ref<CmObject> part = maker->getAttributes()->getObject("part", "CmString");
-            ASSERT_NE(part, nullptr) << i;
-            EXPECT_EQ(cast<CmString>(part)->string(), ConstString(std::string_view(std::to_string(i))));
-        }
-    }
-}
-
-TEST(AttributesStream, TellsThatAnObjectCouldNotBeStored) {
-    FAttributes attributes;
-    attributes.setObject("o", new CmObject, Hold::adopt);
-    FMemoryStream stream;
-    EXPECT_FALSE(AttributesStream::write(stream, attributes)) << "nobody could read on behind it";
-    EXPECT_EQ(stream.bytes(), std::string_view("\x01\0\0\0\x02\0\0\0o\0\x02\0\x14\0", 14));
-
-    auto deep = make<FAttributes>();
-    for (int32_t i = 0; i < 200; ++i) {
-        auto above = make<FAttributes>();
-        above->setObject("nested", deep.get(), Hold::retain);
-        deep = above;
-    }
-    EXPECT_FALSE(AttributesStream::write(stream, *deep)) << "deeper than it is read";
-}
-
-TEST(AttributesStream, ReadsOnBehindWhatHasNoValue) {
-    FAttributes attributes;
-    attributes.appendObject("objects", new CmString("x"), true);
-    cast<FObjectList>(attributes.find("objects")->getObject())->items.push_back(nullptr);
-    attributes.setInteger("foreign", 7);
-    attributes.find("foreign")->setForeign();
-    attributes.entry("face").setInterface(nullptr, Hold::plain);
-    attributes.setInteger("last", 1);
-    const std::string bytes = stored(attributes);
-    FMemoryStream source{std::string_view(bytes)};
-    FAttributes read;
-    ASSERT_TRUE(AttributesStream::read(source, read));
-    EXPECT_EQ(read.getInteger("last"), 1);
-    EXPECT_FALSE(read.contains("foreign"));
-    EXPECT_FALSE(read.contains("face"));
-    EXPECT_EQ(read.count("objects"), 2);
-}
 
 TEST(FAttributes, LetsGoOfObjectsThatNameThemselves) {
     FAttributes attributes;
-    attributes.setObject("ring", new Maker(-1), Hold::adopt);
+    attributes.setObject("ring", new Ring, Hold::adopt);
     attributes.detachObjects();
     const Ref<FAttributes> state = retain(cast<FXmlObject>(attributes.at(0)->getObject())->getAttributes());
     EXPECT_EQ(cast<FXmlReference>(state->at(0)->getObject())->target(), attributes.at(0)->getObject());
@@ -442,41 +405,60 @@ TEST(FAttributes, DetachesFromLiveObjects) {
     EXPECT_EQ(cast<CmString>(attributes.getObject("same"))->string(), ConstString("live"));
 }
 
-TEST(AttributesFace, MovesValuesAcross) {
-    const auto attributes = make<FAttributes>();
-    Ref<IAttributes> face;
-    ASSERT_EQ(attributes->queryInterface(IAttributes::binaryIid, face.out()), Result::ok);
-    FAttributeVariant value{};
-    value.kind = FAttributeVariant::text8 | FAttributeVariant::ownedFlag;
-    value.text8Value = static_cast<const char*>(std::memcpy(std::malloc(4), "own", 4));
-    EXPECT_EQ(face->set("text", value), Result::ok);
-    EXPECT_EQ(face->get("text", value), Result::ok);
-    EXPECT_EQ(value.kind, FAttributeVariant::text8);
-    EXPECT_STREQ(value.text8Value, "own");
-    value = {};
-    value.kind = FAttributeVariant::text16;
-    EXPECT_EQ(face->set("text", value), Result::ok);
-    EXPECT_EQ(face->get("text", value), Result::no) << "a null text removes the key";
+TEST(FAttributes, DetachesListsAndLeavesOutWhatHasNoForm) {
+    const auto object = make<CmString>("live");
+    const auto formless = make<CmObject>();
+    char foreign[] = "abc";
+    FAttributes attributes;
+    attributes.setObject("formless", formless.get(), Hold::plain);
+    attributes.appendObject("objects", object.get(), false);
+    attributes.appendObject("objects", formless.get(), false);
+    attributes.appendObject("objects", object.get(), false);
+    attributes.appendInteger("ints", 1);
+    const auto buffer = make<CmBuffer>("xy", 2);
+    attributes.setObject("buffer", buffer.get(), Hold::plain);
+    attributes.append("flags", 2).setObject(object.get(), Hold::plain);
+    auto item = make<FAttributes>();
+    item->setBinary("bytes", foreign, 3, false);
+    attributes.appendAttributes("subs", item);
+    ASSERT_TRUE(attributes.detachObjects());
+    EXPECT_EQ(references(formless.get()), 1u);
+    EXPECT_EQ(references(object.get()), 1u);
+    EXPECT_EQ(references(buffer.get()), 2u);
+    EXPECT_FALSE(attributes.contains("formless"));
+    const auto* list = cast<FObjectList>(attributes.find("objects")->getObject());
+    ASSERT_EQ(list->count(), 2);
+    EXPECT_TRUE(list->owned);
+    EXPECT_NE(cast<FXmlInstance>(list->items[0]), nullptr);
+    EXPECT_EQ(cast<FXmlReference>(list->items[1])->target(), list->items[0]);
+    EXPECT_EQ(cast<FXmlReference>(attributes.find("flags")->getObject())->target(), list->items[0]);
+    EXPECT_TRUE(attributes.find("flags")->flags() & FAttributeValue::entryFlag2);
+    EXPECT_NE(cast<FIntList>(attributes.find("ints")->getObject()), nullptr);
+    EXPECT_NE(cast<FMemoryStream>(item->find("bytes")->getObject()), nullptr);
+}
 
-    const auto object = make<CmString>("o");
-    value = {};
-    value.kind = FAttributeVariant::object | FAttributeVariant::ownedFlag;
-    value.objectValue = static_cast<FDependent*>(retain(object.get()).detach());
-    EXPECT_EQ(face->queue("objects", value), Result::ok);
-    EXPECT_EQ(references(object.get()), 2u);
-    EXPECT_EQ(face->getQueueItemCount("objects"), 1);
-    EXPECT_EQ(face->unqueue("objects", value), Result::ok);
-    EXPECT_EQ(value.kind, FAttributeVariant::object | FAttributeVariant::ownedFlag);
-    value.objectValue->release();
-    EXPECT_EQ(face->unqueue("objects", value), Result::no);
-
-    value = {};
-    EXPECT_EQ(face->set("nothing", value), Result::no);
-    EXPECT_EQ(face->setBinary("b", "xyz", 3, true), Result::ok);
-    EXPECT_EQ(face->getBinarySize("b"), 3u);
-    EXPECT_EQ(face->getAttributeCount(), 2);
-    EXPECT_STREQ(face->getAttributeName(1), "b");
-    EXPECT_EQ(face->getAttributeName(2), nullptr);
+TEST(FAttributes, SavesAndLoadsObjects) {
+    CmString text("saved");
+    CmObject formless;
+    FAttributes attributes;
+    EXPECT_TRUE(attributes.saveObject("text", &text));
+    EXPECT_FALSE(attributes.saveObject("text", &formless));
+    EXPECT_TRUE(attributes.contains("text")) << "what was stored before stays";
+    EXPECT_FALSE(attributes.saveObject("none", &formless));
+    EXPECT_FALSE(attributes.contains("none"));
+    for (const bool detach : {false, true})
+        EXPECT_TRUE(attributes.appendSavedObject("list", &text, detach));
+    EXPECT_FALSE(attributes.appendSavedObject("list", &formless));
+    CmString loaded;
+    EXPECT_TRUE(attributes.loadObject("text", &loaded));
+    EXPECT_EQ(loaded.string(), ConstString("saved"));
+    EXPECT_FALSE(attributes.loadObject("none", &loaded));
+    for (int round = 0; round < 2; ++round) {
+        loaded.string().clear();
+        EXPECT_TRUE(attributes.loadNextObject("list", &loaded));
+        EXPECT_EQ(loaded.string(), ConstString("saved"));
+    }
+    EXPECT_FALSE(attributes.loadNextObject("list", &loaded));
 }
 
 } // namespace

@@ -1,0 +1,392 @@
+#include "foundation/text/StoredText.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/AttributesForm.h"
+#include "persistence/attributes/AttributesStream.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/ReferenceBinder.h"
+#include "persistence/streams/FMemoryStream.h"
+
+#include <algorithm>
+#include <new>
+
+namespace qorl {
+
+namespace {
+
+using namespace AttributesForm;
+using Hold = FAttributeValue::Hold;
+
+/// Takes a body apart, with the bodies that stand in it on a stack of its own. No count is trusted: room is
+/// made for what has been read only.
+class BodyReader {
+public:
+    BodyReader(FBinaryStream& stream, FObjectArchive* archive) : stream_(stream), archive_(archive) {}
+
+    const std::string& fault() const { return fault_; }
+
+    /// Binds references also in what was read of a damaged body.
+    bool read(FAttributes& root) {
+        const bool isRead = readAll(root);
+        binder_.bind(root);
+        return isRead;
+    }
+
+private:
+    /// What follows a body or a list: as many entries or items as are left.
+    struct Step {
+        enum class Kind : uint8_t { body, lists, objects, oldObjects, oldBody };
+
+        Kind kind;
+        int32_t left;
+        /// The attributes, or the list.
+        Ref<CmObject> holder;
+    };
+
+    /// An object of an old file, which is created as soon as its body has been read, and the place for it.
+    struct OldObject {
+        Ref<FXmlInstance> instance;
+        Ref<FAttributes> attributes;
+        std::string key;
+        Ref<FObjectList> list;
+    };
+
+    enum class TextRead : uint8_t { read, tooLong, failed };
+
+    bool readAll(FAttributes& root) {
+        if (!enterBody(Step::Kind::body, retain(&root)))
+            return false;
+        while (!steps_.empty()) {
+            if (steps_.back().left == 0)
+                leave();
+            else if (!readNext())
+                return false;
+        }
+        return true;
+    }
+
+    bool readNext() {
+        Step& step = steps_.back();
+        --step.left;
+        switch (step.kind) {
+        case Step::Kind::lists: {
+            auto item = make<FAttributes>();
+            static_cast<FSubList&>(*step.holder).items.push_back(item);
+            return enterBody(Step::Kind::body, std::move(item));
+        }
+        case Step::Kind::objects: return readItem(static_cast<FObjectList&>(*step.holder));
+        case Step::Kind::oldObjects:
+            return readOldObject(
+                {nullptr, nullptr, {}, retain(static_cast<FObjectList*>(step.holder.get()))});
+        default: return readEntry(static_cast<FAttributes&>(*step.holder));
+        }
+    }
+
+    bool enterBody(Step::Kind kind, Ref<FAttributes> body) {
+        if (depth_ >= maxDepth)
+            return fail("bodies are nested deeper than " + std::to_string(maxDepth) + " levels");
+        int32_t count = 0;
+        if (!readCount(count, "entries"))
+            return false;
+        ++depth_;
+        steps_.push_back({kind, count, std::move(body)});
+        return true;
+    }
+
+    void leave() {
+        const Step step = std::move(steps_.back());
+        steps_.pop_back();
+        if (step.kind == Step::Kind::body || step.kind == Step::Kind::oldBody)
+            --depth_;
+        if (step.kind == Step::Kind::oldBody)
+            createOldObject();
+    }
+
+    bool readCount(int32_t& count, const char* what) {
+        if (!stream_.readInt32(count))
+            return fail(std::string("the stream ends in the number of ") + what);
+        return count >= 0 ||
+               fail("a number of " + std::to_string(count) + " " + what + "; at least 0 is right");
+    }
+
+    /// Into `bytes_`, and `text_` is what they hold.
+    TextRead readText() {
+        int32_t count = 0;
+        text_ = {};
+        if (!stream_.readInt32(count))
+            return TextRead::failed;
+        if (count < 1)
+            return count == 0 ? TextRead::read : TextRead::failed;
+        if (count > String::maxStoredBytes)
+            return stream_.skip(count) ? TextRead::tooLong : TextRead::failed;
+        if (static_cast<size_t>(count) > bytes_.size())
+            bytes_.resize(static_cast<size_t>(count));
+        if (stream_.read(bytes_.data(), count) != count)
+            return TextRead::failed;
+        text_ = text::loadedText({bytes_.data(), static_cast<size_t>(count)});
+        return TextRead::read;
+    }
+
+    /// The text that was read; bytes that are no valid text in `codePage` stay.
+    String string(bool isWide, uint32_t codePage) const {
+        String read = FAttributeValue::copyOf(ConstString(text_.bytes));
+        if (isWide && !read.toWide(codePage) && text::wideLength(text_.bytes) != text::invalid)
+            throw std::bad_alloc();
+        return read;
+    }
+
+    bool readEntry(FAttributes& attributes) {
+        uint16_t kind = 0;
+        switch (readText()) {
+        case TextRead::tooLong: return fail("a key is longer than " + std::to_string(String::maxStoredBytes));
+        case TextRead::failed: return fail("no key stands here");
+        case TextRead::read: break;
+        }
+        // Keys end at a zero byte wherever they are used.
+        key_ = text_.bytes.substr(0, text_.bytes.find('\0'));
+        if (!stream_.readUInt16(kind))
+            return fail("the stream ends in the kind of a value");
+        switch (kind) {
+        case FAttributeValue::integer: {
+            int64_t value = 0;
+            if (!readNumber(value))
+                return failEnd();
+            attributes.append(key_).setInteger(value);
+            return true;
+        }
+        case FAttributeValue::real: {
+            double value = 0;
+            if (!readNumber(value))
+                return failEnd();
+            attributes.append(key_).setFloat(value);
+            return true;
+        }
+        case FAttributeValue::string: return readString(attributes);
+        case FAttributeValue::object: return readObject(attributes);
+        default: return true;
+        }
+    }
+
+    bool readString(FAttributes& attributes) {
+        if (readText() == TextRead::failed)
+            return failEnd();
+        if (!text_.bytes.empty())
+            attributes.append(key_).takeString(string(text_.isMarked, text::utf8CodePage));
+        return true;
+    }
+
+    /// An entry's value, with what it leads to left on the stack.
+    bool readObject(FAttributes& attributes) {
+        uint16_t subkind = 0;
+        if (!stream_.readUInt16(subkind))
+            return fail("the stream ends in the kind of an object");
+        switch (subkind) {
+        case intList: return readNumbers(store(attributes, make<FIntList>())->items);
+        case floatList: return readNumbers(store(attributes, make<FFloatList>())->items);
+        case stringList: return readTexts(*store(attributes, make<FStringList>(true)), text::systemCodePage);
+        case utf8List: return readTexts(*store(attributes, make<FStringList>(true)), text::utf8CodePage);
+        case subList: return enterList(Step::Kind::lists, store(attributes, make<FSubList>()));
+        case objectList: return enterList(Step::Kind::objects, store(attributes, make<FObjectList>(true)));
+        case classList: return enterList(Step::Kind::oldObjects, store(attributes, make<FObjectList>(true)));
+        case archivedList: return readArchived(*store(attributes, make<FObjectList>(true)));
+        case nestedAttributes:
+            return enterBody(Step::Kind::body, Ref<FAttributes>(store(attributes, make<FAttributes>())));
+        case binary: return readBinary(*store(attributes, make<FMemoryStream>()));
+        case newObject: {
+            Ref<FXmlInstance> instance;
+            return readInstance(instance) && store(attributes, instance) && enterInstance(*instance);
+        }
+        case knownObject: {
+            Ref<FXmlReference> reference;
+            return readReference(reference) && store(attributes, reference);
+        }
+        case classObject: return readOldObject({nullptr, retain(&attributes), key_, nullptr});
+        case archivedObject: {
+            Ref<CmObject> object;
+            return readArchived(object) && store(attributes, object);
+        }
+        default: return true;
+        }
+    }
+
+    template <typename T>
+    Ref<T> store(FAttributes& attributes, Ref<T> object) {
+        attributes.append(key_).setObject(object.get(), Hold::retain);
+        return object;
+    }
+
+    bool enterList(Step::Kind kind, Ref<CmObject> list) {
+        int32_t count = 0;
+        if (!readCount(count, "items"))
+            return false;
+        steps_.push_back({kind, count, std::move(list)});
+        return true;
+    }
+
+    bool readNumber(int64_t& value) { return stream_.readInt64(value); }
+    bool readNumber(double& value) { return stream_.readDouble(value); }
+
+    template <typename Number>
+    bool readNumbers(std::vector<Number>& items) {
+        int32_t left = 0;
+        if (!readCount(left, "items"))
+            return false;
+        for (Number value = 0; left > 0; --left) {
+            if (!readNumber(value))
+                return failEnd();
+            items.push_back(value);
+        }
+        return true;
+    }
+
+    bool readTexts(FStringList& list, uint32_t codePage) {
+        int32_t left = 0;
+        if (!readCount(left, "items"))
+            return false;
+        for (; left > 0; --left) {
+            if (readText() == TextRead::failed)
+                return failEnd();
+            list.items.push_back(string(true, text_.isMarked ? text::utf8CodePage : codePage));
+        }
+        return true;
+    }
+
+    bool readBinary(FMemoryStream& memory) {
+        int32_t left = 0;
+        if (!readCount(left, "bytes"))
+            return false;
+        char piece[4096];
+        while (left > 0) {
+            const int64_t wanted = std::min<int64_t>(left, sizeof piece);
+            const int64_t got = stream_.read(piece, wanted);
+            if (got > 0 && memory.write(piece, got) != got)
+                throw std::bad_alloc();
+            if (got != wanted)
+                return failEnd();
+            left -= static_cast<int32_t>(wanted);
+        }
+        memory.rewind();
+        return true;
+    }
+
+    bool readItem(FObjectList& list) {
+        uint16_t subkind = 0;
+        if (!stream_.readUInt16(subkind))
+            return fail("the stream ends in the kind of an object");
+        if (subkind == newObject) {
+            Ref<FXmlInstance> instance;
+            if (!readInstance(instance))
+                return false;
+            list.adopt(instance);
+            return enterInstance(*instance);
+        }
+        if (subkind != knownObject)
+            return true;
+        Ref<FXmlReference> reference;
+        if (!readReference(reference))
+            return false;
+        list.adopt(reference);
+        return true;
+    }
+
+    bool readInstance(Ref<FXmlInstance>& instance) {
+        uint64_t id = 0;
+        if (readText() == TextRead::failed)
+            return failEnd();
+        const String className = string(text_.isMarked, text::utf8CodePage);
+        if (!stream_.readUInt64(id))
+            return failEnd();
+        instance = make<FXmlInstance>(id, className, make<FAttributes>());
+        binder_.addInstance(instance);
+        return true;
+    }
+
+    bool enterInstance(FXmlInstance& instance) {
+        return enterBody(Step::Kind::body, retain(instance.getAttributes()));
+    }
+
+    bool readReference(Ref<FXmlReference>& reference) {
+        uint64_t id = 0;
+        if (!stream_.readUInt64(id))
+            return failEnd();
+        reference = binder_.addReference(id);
+        return true;
+    }
+
+    bool readOldObject(OldObject object) {
+        if (readText() == TextRead::failed)
+            return failEnd();
+        const auto attributes = make<FAttributes>();
+        object.instance = make<FXmlInstance>(0, string(text_.isMarked, text::utf8CodePage), attributes);
+        oldObjects_.push_back(std::move(object));
+        return enterBody(Step::Kind::oldBody, attributes);
+    }
+
+    /// One of an unknown class is told to the global error sink, and dropped.
+    void createOldObject() {
+        const OldObject old = std::move(oldObjects_.back());
+        oldObjects_.pop_back();
+        const Ref<CmObject> object = retain(old.instance->getObject());
+        if (!object)
+            return;
+        if (old.list)
+            old.list->adopt(object);
+        else
+            old.attributes->append(old.key).setObject(object.get(), Hold::retain);
+    }
+
+    bool readArchived(Ref<CmObject>& object) {
+        if (!archive_)
+            return fail("an object in the form of an archive, and there is no archive");
+        object = Ref<CmObject>::adopt(archive_->readObject(nullptr));
+        return object || fail("the archive gives no object");
+    }
+
+    bool readArchived(FObjectList& list) {
+        int32_t left = 0;
+        if (!readCount(left, "items"))
+            return false;
+        for (; left > 0; --left) {
+            Ref<CmObject> object;
+            if (!readArchived(object))
+                return false;
+            list.adopt(std::move(object));
+        }
+        return true;
+    }
+
+    bool failEnd() { return fail("the value of \"" + key_.substr(0, 64) + "\" is cut off or damaged"); }
+
+    bool fail(const std::string& text) {
+        fault_ = "before byte " + std::to_string(stream_.tell()) + ": " + text;
+        return false;
+    }
+
+    FBinaryStream& stream_;
+    FObjectArchive* archive_;
+    std::vector<Step> steps_;
+    std::vector<OldObject> oldObjects_;
+    int32_t depth_ = 0;
+    ReferenceBinder binder_;
+    std::vector<char> bytes_;
+    text::LoadedText text_{};
+    std::string key_;
+    std::string fault_;
+};
+
+} // namespace
+
+bool AttributesStream::read(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive,
+                            std::string* fault) try {
+    BodyReader reader(stream, archive);
+    const bool isRead = reader.read(attributes);
+    if (!isRead && fault)
+        *fault = reader.fault();
+    return isRead;
+} catch (const std::bad_alloc&) {
+    // Short enough to take no memory.
+    if (fault)
+        fault->assign("out of memory");
+    return false;
+}
+
+} // namespace qorl

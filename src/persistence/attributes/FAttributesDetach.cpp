@@ -1,0 +1,153 @@
+#include "foundation/Cast.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/ReferenceBinder.h"
+#include "persistence/attributes/StoredObject.h"
+#include "persistence/streams/FMemoryStream.h"
+
+#include <new>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace qorl {
+
+namespace {
+
+using Hold = FAttributeValue::Hold;
+
+/// Replaces live objects in attributes by stored ones, each object by one instance. All replacements are made
+/// first and put in place at the end, when nothing can fail any more.
+class Detacher {
+public:
+    void detachAll(FAttributes& root) {
+        waiting_.push_back(retain(&root));
+        while (!waiting_.empty()) {
+            const Ref<FAttributes> attributes = std::move(waiting_.back());
+            waiting_.pop_back();
+            if (seen_.insert(attributes->items()).second)
+                detach(*attributes);
+        }
+        swapAll();
+        try {
+            binder_.bind(root);
+        } catch (const std::bad_alloc&) {
+            swapAll();
+            throw;
+        }
+        // From the back, so that places stay while entries go.
+        for (auto change = changes_.rbegin(); change != changes_.rend(); ++change)
+            if (change->isLeftOut && isInPlace(*change))
+                change->attributes->removeAt(change->place);
+    }
+
+private:
+    struct Change {
+        Ref<FAttributes> attributes;
+        int32_t place;
+        Ref<CmObject> before;
+        /// The new value; once it is in place, the old one.
+        FAttributeValue value;
+        bool isLeftOut;
+    };
+
+    void detach(FAttributes& attributes) {
+        for (int32_t i = 0; i < attributes.count(); ++i) {
+            // By place: storing an object may lead back to these attributes.
+            const Ref<CmObject> object = retain(attributes.at(i)->getObject());
+            if (!object)
+                continue;
+            const Ref<CmObject> after = detached(object);
+            FAttributeValue value;
+            if (const FStringIDAttribute* entry = attributes.at(i))
+                value.setEntryFlags(entry->flags());
+            value.setObject(after.get(), Hold::retain);
+            changes_.push_back({retain(&attributes), i, object, std::move(value), !after});
+        }
+    }
+
+    static bool isInPlace(const Change& change) {
+        const FStringIDAttribute* entry = change.attributes->at(change.place);
+        return entry && entry->getObject() == change.before.get();
+    }
+
+    /// Puts the new values in place, and a second time the old ones.
+    void swapAll() {
+        for (Change& change : changes_) {
+            if (change.isLeftOut || !isInPlace(change))
+                continue;
+            change.before = retain(change.value.getObject());
+            static_cast<FAttributeValue&>(*change.attributes->at(change.place)) = std::move(change.value);
+        }
+    }
+
+    /// What stands for an object from now on; null for one without an attribute form.
+    Ref<CmObject> detached(const Ref<CmObject>& object) {
+        if (auto* nested = cast<FAttributes>(object))
+            waiting_.push_back(retain(nested));
+        else if (const auto* lists = cast<FSubList>(object))
+            waiting_.insert(waiting_.end(), lists->items.begin(), lists->items.end());
+        else if (const auto* objects = cast<FObjectList>(object); objects && objects->count() > 0)
+            return detachedList(*objects);
+        else if (!cast<FAttrList>(object))
+            return detachedItem(object);
+        return object;
+    }
+
+    Ref<CmObject> detachedItem(const Ref<CmObject>& object) {
+        if (const auto* foreign = cast<FAttrBuffer>(object))
+            return copyOf(*foreign);
+        if (binaryBytes(object.get()) || cast<FXmlObject>(object))
+            return object;
+        return instanceOf(object);
+    }
+
+    static Ref<CmObject> copyOf(const FAttrBuffer& foreign) {
+        auto copy = make<FMemoryStream>();
+        if (foreign.size() > 0 && copy->write(foreign.data(), foreign.size()) != foreign.size())
+            throw std::bad_alloc();
+        copy->rewind();
+        return copy;
+    }
+
+    Ref<CmObject> detachedList(const FObjectList& objects) {
+        auto list = make<FObjectList>(true);
+        // By place, as above.
+        for (size_t i = 0; i < objects.items.size(); ++i)
+            if (const Ref<CmObject> item = retain(objects.items[i]))
+                if (auto replaced = detachedItem(item))
+                    list->adopt(std::move(replaced));
+        return list;
+    }
+
+    Ref<CmObject> instanceOf(const Ref<CmObject>& object) {
+        const uint64_t id = StoredObject::idOf(object.get());
+        if (handled_.contains(object.get()))
+            return binder_.addReference(id);
+        StoredObject stored;
+        if (!stored.take(object.get()))
+            return nullptr;
+        handled_.emplace(object.get(), object);
+        const auto instance = make<FXmlInstance>(id, stored.className, stored.attributes);
+        binder_.addInstance(instance);
+        waiting_.push_back(stored.attributes);
+        return instance;
+    }
+
+    std::vector<Ref<FAttributes>> waiting_;
+    std::unordered_set<const FAttributeItems*> seen_;
+    std::vector<Change> changes_;
+    // Held until the end, since an address that is free again would name another object.
+    std::unordered_map<const CmObject*, Ref<CmObject>> handled_;
+    ReferenceBinder binder_;
+};
+
+} // namespace
+
+bool FAttributes::detachObjects() try {
+    Detacher().detachAll(*this);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+} // namespace qorl

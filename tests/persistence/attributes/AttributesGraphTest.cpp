@@ -1,0 +1,331 @@
+#include "foundation/Cast.h"
+#include "foundation/text/CmString.h"
+#include "persistence/attributes/AttributesStream.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/ReferenceBinder.h"
+#include "persistence/attributes/StoredObject.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlDocument.h"
+#include "persistence/xml/FXmlObject.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <string>
+
+namespace qorl {
+namespace {
+
+using Hold = FAttributes::Hold;
+
+/// Writes an object that nobody else holds.
+class Maker : public CmObject {
+    QORL_CLASS(Maker, CmObject)
+
+public:
+    explicit Maker(int32_t number) : number_(number) {}
+
+    bool storeAttributes(FAttributes* attributes) override {
+        const auto part = make<CmString>(ConstString(std::string_view(std::to_string(number_))));
+        attributes->setObject("part", part.get(), Hold::retain);
+        return true;
+    }
+
+private:
+    int32_t number_;
+};
+
+TEST(AttributesGraph, TellsObjectsApartThatLiveOnlyWhileTheyAreWritten) {
+    FAttributes attributes;
+    for (int32_t i = 0; i < 20; ++i)
+        attributes.appendObject("makers", new Maker(i), true);
+    FMemoryStream stream;
+    ASSERT_TRUE(AttributesStream::write(stream, attributes));
+    stream.rewind();
+    FMemoryStream document;
+    ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::write).storeAttributes("State", attributes));
+    document.rewind();
+    FAttributes read[3];
+    ASSERT_TRUE(AttributesStream::read(stream, read[0]));
+    ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::read).restoreAttributes("State", read[1]));
+    read[2] = attributes;
+    ASSERT_TRUE(read[2].detachObjects());
+    for (FAttributes& one : read) {
+        const auto* list = cast<FObjectList>(one.find("makers")->getObject());
+        ASSERT_EQ(list->count(), 20);
+        for (int32_t i = 0; i < 20; ++i) {
+            auto* maker = cast<FXmlObject>(list->items[static_cast<size_t>(i)]);
+            const Ref<CmObject> part = maker->getAttributes()->getObject("part", "CmString");
+            ASSERT_NE(part, nullptr) << i;
+            EXPECT_EQ(cast<CmString>(part)->string(), ConstString(std::string_view(std::to_string(i))));
+        }
+    }
+}
+
+/// An object of a class that nobody registers, with links to others.
+class Node : public CmObject {
+    QORL_CLASS(Node, CmObject)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override { return state.storeAttributes(attributes); }
+
+    FAttributes state;
+};
+
+/// Attributes as text, each object in full where it is met first and by its number after that.
+class Dump {
+public:
+    static std::string of(const FAttributes& attributes) {
+        Dump dump;
+        dump.body(attributes);
+        return dump.text_;
+    }
+
+private:
+    void body(const FAttributes& attributes) {
+        text_ += '{';
+        for (int32_t i = 0; i < attributes.count(); ++i) {
+            const FStringIDAttribute& entry = *attributes.at(i);
+            text_ += entry.key() + '=';
+            if (entry.isObject())
+                object(entry.getObject());
+            else if (entry.isInteger())
+                text_ += std::to_string(entry.getInteger());
+            else if (entry.isFloat())
+                text_ += std::to_string(entry.getFloat());
+            else
+                text_ += (entry.isWide() ? "u'" : "'") + entry.getString().toUtf8() + '\'';
+            text_ += ' ';
+        }
+        text_ += '}';
+    }
+
+    template <typename Items, typename Write>
+    void list(const Items& items, Write write) {
+        text_ += '[';
+        for (const auto& item : items) {
+            write(item);
+            text_ += ' ';
+        }
+        text_ += ']';
+    }
+
+    void object(CmObject* object) {
+        if (const auto* nested = cast<FAttributes>(object))
+            return body(*nested);
+        if (const auto* integers = cast<FIntList>(object))
+            return list(integers->items, [this](int64_t item) { text_ += std::to_string(item); });
+        if (const auto* reals = cast<FFloatList>(object))
+            return list(reals->items, [this](double item) { text_ += std::to_string(item); });
+        if (const auto* texts = cast<FStringList>(object))
+            return list(texts->items, [this](const String& item) { text_ += item.toUtf8(); });
+        if (const auto* lists = cast<FSubList>(object))
+            return list(lists->items, [this](const auto& item) { body(*item); });
+        if (const auto* objects = cast<FObjectList>(object))
+            return list(objects->items, [this](CmObject* item) { instance(item); });
+        if (const auto bytes = binaryBytes(object)) {
+            text_ += "bytes:" + std::string(*bytes);
+            return;
+        }
+        instance(object);
+    }
+
+    void instance(CmObject* object) {
+        object = StoredObject::meantBy(object);
+        const auto [place, isNew] = numbers_.emplace(object, numbers_.size());
+        text_ += '#' + std::to_string(place->second);
+        if (!isNew)
+            return;
+        StoredObject stored;
+        ASSERT_TRUE(stored.take(object));
+        text_ += stored.className.toUtf8();
+        body(*stored.attributes);
+    }
+
+    std::string text_;
+    std::map<const CmObject*, size_t> numbers_;
+};
+
+/// Fills attributes with values of all kinds, and with links to any of `nodes`.
+class RandomFiller {
+public:
+    RandomFiller(uint32_t seed, const std::vector<Ref<Node>>& nodes) : random_(seed), nodes_(nodes) {}
+
+    void fill(FAttributes& attributes, int32_t depth) {
+        const uint32_t count = below(5);
+        for (uint32_t i = 0; i < count; ++i)
+            add(attributes, "k" + std::to_string(i), depth);
+    }
+
+private:
+    uint32_t below(uint32_t limit) { return static_cast<uint32_t>(random_()) % limit; }
+
+    CmObject* node() { return nodes_[below(static_cast<uint32_t>(nodes_.size()))].get(); }
+
+    void add(FAttributes& attributes, const std::string& key, int32_t depth) {
+        switch (below(depth > 3 ? 9 : 12)) {
+        case 0: attributes.setInteger(key, static_cast<int32_t>(random_())); break;
+        case 1: attributes.setFloat(key, below(1000) / 8.0); break;
+        case 2: attributes.setText8(key, "narrow"); break;
+        case 3: attributes.setText16(key, u"wide \u00E4"); break;
+        case 4: attributes.setBinary(key, "bytes", below(6), true); break;
+        case 5: attributes.appendInteger(key, below(9)); break;
+        case 6: attributes.appendText16(key, u"item"); break;
+        case 7:
+        case 8: attributes.setObject(key, node(), Hold::plain); break;
+        case 9:
+            for (uint32_t i = below(4); i > 0; --i)
+                attributes.appendObject(key, node(), false);
+            break;
+        case 10: {
+            const auto nested = make<FAttributes>();
+            fill(*nested, depth + 1);
+            attributes.setObject(key, nested.get(), Hold::retain);
+            break;
+        }
+        default:
+            for (uint32_t i = below(3); i > 0; --i) {
+                auto nested = make<FAttributes>();
+                fill(*nested, depth + 1);
+                attributes.appendAttributes(key, std::move(nested));
+            }
+        }
+    }
+
+    std::mt19937 random_;
+    const std::vector<Ref<Node>>& nodes_;
+};
+
+TEST(AttributesGraph, IsTheSameInItsBinaryFormAndDetached) {
+    for (uint32_t seed = 0; seed < 60; ++seed) {
+        SCOPED_TRACE(::testing::Message() << "seed " << seed);
+        std::vector<Ref<Node>> nodes;
+        for (uint32_t i = 0; i < 1 + seed * 2; ++i)
+            nodes.push_back(make<Node>());
+        RandomFiller filler(seed, nodes);
+        for (const auto& node : nodes)
+            filler.fill(node->state, 0);
+        FAttributes graph;
+        graph.setObject("first", nodes[0].get(), Hold::plain);
+        filler.fill(graph, 0);
+        const std::string before = Dump::of(graph);
+        FMemoryStream stream;
+        stream.setByteOrder(seed % 2);
+        ASSERT_TRUE(AttributesStream::write(stream, graph));
+        stream.rewind();
+        FAttributes read;
+        ASSERT_TRUE(AttributesStream::read(stream, read));
+        EXPECT_EQ(Dump::of(read), before);
+        FMemoryStream again;
+        again.setByteOrder(seed % 2);
+        ASSERT_TRUE(AttributesStream::write(again, read));
+        EXPECT_EQ(again.bytes(), stream.bytes()) << "nobody was asked for an object";
+        ASSERT_TRUE(graph.detachObjects());
+        EXPECT_EQ(Dump::of(graph), before);
+        for (const auto& node : nodes)
+            node->state.removeAll();
+        EXPECT_EQ(Dump::of(graph), before) << "what is detached stands by itself";
+    }
+}
+
+/// `depth` lists of attributes in each other, by turns as an entry, in a list and as a stored object.
+void nest(FAttributes& root, int32_t depth) {
+    auto inner = make<FAttributes>();
+    inner->setInteger("deepest", 1);
+    inner->appendInteger("list", 2);
+    for (int32_t i = 0; i < depth; ++i) {
+        auto outer = make<FAttributes>();
+        if (i % 3 == 0)
+            outer->setObject("n", inner.get(), Hold::retain);
+        else if (i % 3 == 1)
+            outer->appendAttributes("n", inner);
+        else
+            outer->setObject("n", new FXmlInstance(static_cast<uint64_t>(i), "C", inner), Hold::adopt);
+        inner = std::move(outer);
+    }
+    inner->shareWith(root);
+}
+
+TEST(AttributesGraph, TakesNoStackForItsDepth) {
+    constexpr int32_t depth = 100000;
+    FAttributes deep;
+    nest(deep, depth);
+    FAttributeVariant value{};
+    EXPECT_TRUE(deep.findValue("deepest", value));
+    EXPECT_EQ(value.integerValue, 1);
+    EXPECT_EQ(deep.findAttributes("nowhere"), nullptr);
+    deep.resetAllCursors();
+    EXPECT_TRUE(deep.detachObjects());
+    const FAttributes copy(deep);
+    EXPECT_TRUE(copy.findValue("deepest", value));
+    deep.removeAll();
+    EXPECT_TRUE(copy.findValue("deepest", value));
+    FAttributes other;
+    nest(other, depth);
+    other = FAttributes();
+}
+
+TEST(AttributesGraph, LetsGoOfListsThatSeveralShareWhileTheyGo) {
+    const auto shared = make<FAttributes>();
+    shared->setInteger("x", 1);
+    FAttributes root;
+    for (const char* key : {"a", "b", "c"}) {
+        const auto sharer = make<FAttributes>();
+        shared->shareWith(*sharer);
+        root.setObject(key, sharer.get(), Hold::retain);
+    }
+    root.removeAll();
+    EXPECT_EQ(shared->getInteger("x"), 1);
+}
+
+TEST(AttributesGraph, StandsAttributesThatHoldThemselves) {
+    FAttributes ring;
+    ring.setObject("self", &ring, Hold::plain);
+    ring.appendInteger("list", 5);
+    int64_t item = 0;
+    ring.nextInteger("list", item);
+    ring.resetAllCursors();
+    EXPECT_TRUE(ring.nextInteger("list", item));
+    FAttributeVariant value{};
+    EXPECT_FALSE(ring.findValue("nothing", value));
+    EXPECT_EQ(ring.findAttributes("self"), &ring);
+    const FAttributes copy(ring);
+    EXPECT_EQ(copy.getAttributes("self"), &copy);
+    FMemoryStream stream;
+    EXPECT_FALSE(AttributesStream::write(stream, ring)) << "it has no end";
+    EXPECT_TRUE(ring.detachObjects());
+    ring.removeAll();
+}
+
+TEST(AttributesGraph, BindsWhatWasReferredToBeforeItsPlaceWasRead) {
+    // As in a document whose objects stand one behind the other: the root names "inner", which stands in
+    // "outer", which only "inner" names.
+    ReferenceBinder binder;
+    FAttributes root;
+    Ref<FAttributes> innerState = make<FAttributes>();
+    {
+        const auto outerState = make<FAttributes>();
+        const auto inner = make<FXmlInstance>(1, "Inner", innerState);
+        const auto outer = make<FXmlInstance>(2, "Outer", outerState);
+        binder.addInstance(inner);
+        binder.addInstance(outer);
+        root.setObject("inner", binder.addReference(1).get(), Hold::retain);
+        outerState->setObject("place", inner.get(), Hold::retain);
+        innerState->setObject("owner", binder.addReference(2).get(), Hold::retain);
+        binder.bind(root);
+    }
+    binder = ReferenceBinder();
+    auto* inner = cast<FXmlReference>(root.find("inner")->getObject())->target();
+    ASSERT_NE(inner, nullptr);
+    auto* outer = cast<FXmlReference>(innerState->find("owner")->getObject())->target();
+    ASSERT_NE(outer, nullptr);
+    EXPECT_EQ(cast<FXmlReference>(outer->getAttributes()->find("place")->getObject())->target(), inner);
+    root.removeAll();
+    EXPECT_EQ(cast<FXmlReference>(innerState->find("owner")->getObject())->target(), outer);
+    innerState->addRef();
+    EXPECT_EQ(innerState->release(), 1u) << "nothing but the test holds what has gone";
+}
+
+} // namespace
+} // namespace qorl

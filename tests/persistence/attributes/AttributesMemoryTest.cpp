@@ -1,0 +1,178 @@
+#include "ForeignObject.h"
+#include "foundation/Cast.h"
+#include "foundation/text/CmString.h"
+#include "persistence/attributes/AttributesStream.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlObject.h"
+#include "support/FailingAllocation.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+using Hold = FAttributes::Hold;
+
+const std::string longText(300, 'x');
+
+/// Values of all kinds, too large for any small room, with nested ones and objects, one of them twice.
+void fill(FAttributes& attributes) {
+    for (int32_t i = 0; i < 14; ++i)
+        attributes.setInteger(longText + std::to_string(i), i);
+    attributes.setText16("text", u"a wide text that stands on the heap");
+    attributes.appendInteger("ints", 3);
+    attributes.appendText16("texts", u"another one that stands on the heap");
+    attributes.setBinary("bytes", longText.data(), 300, true);
+    attributes.setObject("nested", make<FAttributes>().get(), Hold::retain);
+    attributes.getAttributes("nested")->setText8("deep", longText.c_str());
+    attributes.appendAttributes("subs", make<FAttributes>());
+    const auto object = make<CmString>(longText.c_str());
+    attributes.setObject("object", object.get(), Hold::retain);
+    attributes.appendObject("objects", retain(object.get()).detach(), true);
+}
+
+std::string stored(const FAttributes& attributes) {
+    FMemoryStream stream;
+    EXPECT_TRUE(AttributesStream::write(stream, attributes));
+    return std::string(stream.bytes());
+}
+
+TEST(AttributesMemory, WritesAllOrNothing) {
+    FAttributes attributes;
+    fill(attributes);
+    const std::string whole = stored(attributes);
+    failEachAllocation([&](FailingAllocation& memory) {
+        std::string room(whole.size(), 0);
+        FMemoryStream stream(room.data(), static_cast<int64_t>(room.size()));
+        std::string fault;
+        const bool isWritten =
+            memory.during([&] { return AttributesStream::write(stream, attributes, &fault); });
+        if (isWritten) {
+            EXPECT_TRUE(room == whole);
+        } else {
+            EXPECT_EQ(stream.tell(), 0);
+            EXPECT_EQ(fault, "out of memory");
+        }
+        EXPECT_TRUE(isWritten || memory.hasFailed());
+    });
+}
+
+TEST(AttributesMemory, TellsThatReadingFailed) {
+    FAttributes attributes;
+    fill(attributes);
+    const std::string whole = stored(attributes);
+    failEachAllocation([&](FailingAllocation& memory) {
+        FMemoryStream stream{std::string_view(whole)};
+        FAttributes read;
+        std::string fault;
+        const bool isRead =
+            memory.during([&] { return AttributesStream::read(stream, read, nullptr, &fault); });
+        EXPECT_TRUE(isRead || memory.hasFailed());
+        EXPECT_EQ(fault, isRead ? "" : "out of memory");
+        if (isRead) {
+            EXPECT_TRUE(stored(read) == whole);
+        }
+    });
+}
+
+TEST(AttributesMemory, CopiesAndDetachesWholeOrNotAtAll) {
+    FAttributes attributes;
+    fill(attributes);
+    const auto text = make<CmString>("plain");
+    attributes.setObject("plain", text.get(), Hold::plain);
+    attributes.setObject("formless", new CmObject, Hold::adopt);
+    char foreign[] = "foreign";
+    attributes.setBinary("foreign", foreign, 7, false);
+    const std::string whole = stored(attributes);
+    failEachAllocation([&](FailingAllocation& memory) {
+        const auto copy = Ref<CmObject>::adopt(memory.during([&] { return attributes.clone(); }));
+        EXPECT_TRUE(copy || memory.hasFailed());
+        if (copy) {
+            EXPECT_TRUE(stored(*cast<FAttributes>(copy)) == whole);
+        }
+    });
+    failEachAllocation([&](FailingAllocation& memory) {
+        FAttributes copy(attributes);
+        const bool isDetached = memory.during([&] { return copy.detachObjects(); });
+        EXPECT_TRUE(isDetached || memory.hasFailed());
+        if (!isDetached) {
+            EXPECT_TRUE(stored(copy) == whole);
+        }
+        EXPECT_EQ(cast<CmString>(copy.find("plain")->getObject()) == text.get(), !isDetached);
+        EXPECT_EQ(copy.contains("formless"), !isDetached);
+    });
+}
+
+struct FaceCase {
+    const char* name;
+    Result (*act)(IAttributes& face, FInterface* foreign);
+};
+const FaceCase faceCases[] = {
+    {"set a text",
+     [](IAttributes& face, FInterface*) {
+         FAttributeVariant value{FAttributeVariant::text8, {}};
+         value.text8Value = longText.c_str();
+         return face.set(longText.c_str(), value);
+     }},
+    {"set a text that is given away",
+     [](IAttributes& face, FInterface*) {
+         FAttributeVariant value{FAttributeVariant::text8 | FAttributeVariant::ownedFlag, {}};
+         auto* block = static_cast<char*>(std::malloc(50));
+         if (!block)
+             return Result::no;
+         value.text8Value = std::strcpy(block, "given away");
+         return face.set("text", value);
+     }},
+    {"set an object",
+     [](IAttributes& face, FInterface* foreign) {
+         FAttributeVariant value{FAttributeVariant::object | FAttributeVariant::ownedFlag, {}};
+         foreign->addRef();
+         value.objectValue = foreign;
+         return face.set("object", value);
+     }},
+    {"queue a text",
+     [](IAttributes& face, FInterface*) {
+         FAttributeVariant value{FAttributeVariant::text16, {}};
+         value.text16Value = u"a text that is queued behind others";
+         return face.queue("texts", value);
+     }},
+    {"queue an object",
+     [](IAttributes& face, FInterface* foreign) {
+         FAttributeVariant value{FAttributeVariant::object, {}};
+         value.objectValue = foreign;
+         return face.queue("objects", value);
+     }},
+    {"set bytes",
+     [](IAttributes& face, FInterface*) { return face.setBinary("bytes", longText.data(), 300, true); }},
+    {"reset", [](IAttributes& face, FInterface*) { return face.resetAllQueues(); }},
+};
+
+TEST(AttributesMemory, LetsNothingOutToOtherModules) {
+    for (const auto& c : faceCases) {
+        SCOPED_TRACE(c.name);
+        failEachAllocation([&](FailingAllocation& memory) {
+            ForeignObject foreign;
+            {
+                FAttributes attributes;
+                attributes.setInteger("before", 1);
+                const Result result = memory.during([&] { return c.act(attributes, &foreign); });
+                // A block that can't grow by as much as it would like takes what there is.
+                EXPECT_TRUE(result == Result::ok || memory.hasFailed());
+                EXPECT_EQ(attributes.getInteger("before"), 1);
+                if (result != Result::ok) {
+                    EXPECT_EQ(attributes.getBinarySize("bytes"), 0);
+                    EXPECT_EQ(attributes.getQueueItemCount("texts"), 0);
+                    EXPECT_EQ(attributes.getQueueItemCount("objects"), 0);
+                }
+            }
+            EXPECT_EQ(foreign.references(), 1u);
+        });
+    }
+}
+
+} // namespace
+} // namespace qorl

@@ -1,0 +1,550 @@
+#include "persistence/attributes/AttributesStream.h"
+
+#include "BodyBytes.h"
+#include "foundation/Cast.h"
+#include "foundation/text/CmString.h"
+#include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttrList.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlObject.h"
+#include "support/PlainArchive.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+
+namespace qorl {
+namespace {
+
+using Hold = FAttributes::Hold;
+
+uint64_t idOf(const CmObject* object) {
+    return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(object));
+}
+
+std::string stored(const FAttributes& attributes, uint16_t byteOrder = 0) {
+    FMemoryStream stream;
+    stream.setByteOrder(byteOrder);
+    std::string fault;
+    EXPECT_TRUE(AttributesStream::write(stream, attributes, &fault)) << fault;
+    return std::string(stream.bytes());
+}
+
+/// Whether the whole of `bytes` is a body.
+bool load(const std::string& bytes, FAttributes& attributes, uint16_t byteOrder = 0,
+          std::string* fault = nullptr) {
+    FMemoryStream stream{std::string_view(bytes)};
+    stream.setByteOrder(byteOrder);
+    return AttributesStream::read(stream, attributes, nullptr, fault) && stream.tell() == stream.size();
+}
+
+constexpr uint16_t byteOrders[] = {0, 1};
+
+TEST(AttributesStream, HasItsBytes) {
+    FAttributes attributes;
+    attributes.setInteger("i", 258);
+    attributes.setText16("s", u"x");
+    attributes.appendInteger("l", 3);
+    const std::string expected("\x03\0\0\0"
+                               "\x02\0\0\0i\0\x01\0\x02\x01\0\0\0\0\0\0"
+                               "\x02\0\0\0s\0\x08\0\x05\0\0\0x\0\xEF\xBB\xBF"
+                               "\x02\0\0\0l\0\x02\0\x02\0\x01\0\0\0\x03\0\0\0\0\0\0\0",
+                               59);
+    EXPECT_EQ(stored(attributes), expected);
+    const std::string reversed("\0\0\0\x03"
+                               "\0\0\0\x02i\0\0\x01\0\0\0\0\0\0\x01\x02"
+                               "\0\0\0\x02s\0\0\x08\0\0\0\x05x\0\xEF\xBB\xBF"
+                               "\0\0\0\x02l\0\0\x02\0\x02\0\0\0\x01\0\0\0\0\0\0\0\x03",
+                               59);
+    EXPECT_EQ(stored(attributes, 1), reversed);
+}
+
+struct SubkindCase {
+    const char* name;
+    void (*fill)(FAttributes& attributes);
+    void (*spell)(BodyBytes& bytes);
+};
+
+Ref<FAttributes> one(const char* key, int64_t value) {
+    auto attributes = make<FAttributes>();
+    attributes->setInteger(key, value);
+    return attributes;
+}
+
+/// What is read back is written with the same bytes, so each row holds both ways.
+const SubkindCase subkinds[] = {
+    {"integer and float",
+     [](FAttributes& a) {
+         a.setInteger("i", -2);
+         a.setFloat("f", 0.1);
+     },
+     [](BodyBytes& b) { b.int32(2).text("i").word(1).int64(-2).text("f").word(4).real(0.1); }},
+    {"texts of both widths",
+     [](FAttributes& a) {
+         a.setText8("n", "\xC3\xA4");
+         a.setText16("w", u"\u00E4");
+     },
+     [](BodyBytes& b) { b.int32(2).text("n").word(8).text("\xC3\xA4").text("w").word(8).wide("\xC3\xA4"); }},
+    {"an empty key", [](FAttributes& a) { a.setInteger("", 1); },
+     [](BodyBytes& b) { b.int32(1).int32(0).word(1).int64(1); }},
+    {"integers",
+     [](FAttributes& a) {
+         a.appendInteger("l", 1);
+         a.appendInteger("l", std::numeric_limits<int64_t>::min());
+     },
+     [](BodyBytes& b) {
+         b.int32(1).object("l", 2).int32(2).int64(1).int64(std::numeric_limits<int64_t>::min());
+     }},
+    {"floats", [](FAttributes& a) { a.appendFloat("l", -1.5); },
+     [](BodyBytes& b) { b.int32(1).object("l", 3).int32(1).real(-1.5); }},
+    {"texts",
+     [](FAttributes& a) {
+         a.appendText16("l", u"t");
+         a.appendText16("l", u"");
+     },
+     [](BodyBytes& b) { b.int32(1).object("l", 4).int32(2).wide("t").int32(0); }},
+    {"lists of attributes",
+     [](FAttributes& a) {
+         a.appendAttributes("l", one("x", 7));
+         a.appendAttributes("l", make<FAttributes>());
+     },
+     [](BodyBytes& b) { b.int32(1).object("l", 5).int32(2).int32(1).text("x").word(1).int64(7).int32(0); }},
+    {"nested attributes",
+     [](FAttributes& a) {
+         a.setObject("n", one("x", 7).get(), Hold::retain);
+         a.setInteger("behind", 1);
+     },
+     [](BodyBytes& b) {
+         b.int32(2).object("n", 6).int32(1).text("x").word(1).int64(7).text("behind").word(1).int64(1);
+     }},
+    {"bytes", [](FAttributes& a) { a.setBinary("b", "a\0c", 3, true); },
+     [](BodyBytes& b) { b.int32(1).object("b", 7).int32(3).raw(std::string_view("a\0c", 3)); }},
+    {"no bytes", [](FAttributes& a) { a.setBinary("b", nullptr, 0, true); },
+     [](BodyBytes& b) { b.int32(1).object("b", 7).int32(0); }},
+    {"an object twice",
+     [](FAttributes& a) {
+         const auto instance = make<FXmlInstance>(77, "Gone", one("x", 7));
+         a.setObject("o", instance.get(), Hold::retain);
+         a.setObject("again", instance.get(), Hold::retain);
+     },
+     [](BodyBytes& b) {
+         b.int32(2).object("o", 20).text("Gone").int64(77).int32(1).text("x").word(1).int64(7);
+         b.object("again", 21).int64(77);
+     }},
+    {"a list with an object twice",
+     [](FAttributes& a) {
+         const auto instance = make<FXmlInstance>(77, "Gone", make<FAttributes>());
+         a.appendObject("l", retain(instance.get()).detach(), true);
+         a.appendObject("l", retain(instance.get()).detach(), true);
+         a.setInteger("behind", 1);
+     },
+     [](BodyBytes& b) {
+         b.int32(2).object("l", 201).int32(2).word(20).text("Gone").int64(77).int32(0).word(21).int64(77);
+         b.text("behind").word(1).int64(1);
+     }},
+    {"a reference to nothing", [](FAttributes& a) { a.setObject("r", new FXmlReference(5), Hold::adopt); },
+     [](BodyBytes& b) { b.int32(1).object("r", 21).int64(5); }},
+};
+
+TEST(AttributesStream, StoresEachKindAsItIsTold) {
+    for (const auto& c : subkinds)
+        for (const uint16_t byteOrder : byteOrders) {
+            SCOPED_TRACE(::testing::Message() << c.name << ", byte order " << byteOrder);
+            FAttributes attributes;
+            c.fill(attributes);
+            BodyBytes expected(byteOrder);
+            c.spell(expected);
+            EXPECT_EQ(stored(attributes, byteOrder), expected.bytes());
+            FAttributes read;
+            EXPECT_TRUE(load(expected.bytes(), read, byteOrder));
+            EXPECT_EQ(stored(read, byteOrder), expected.bytes()) << "read and written again";
+        }
+}
+
+TEST(AttributesStream, StoresLiveObjectsByClassAndAddress) {
+    const auto text = make<CmString>("live");
+    const auto nested = one("x", 1);
+    FAttributes attributes;
+    attributes.setObject("o", text.get(), Hold::plain);
+    attributes.appendObject("l", text.get(), false);
+    attributes.appendObject("l", nested.get(), false);
+    BodyBytes expected(0);
+    expected.int32(2).object("o", 20).text("CmString").int64(static_cast<int64_t>(idOf(text.get())));
+    expected.int32(1).text("s").word(8).text("live");
+    expected.object("l", 201).int32(2).word(21).int64(static_cast<int64_t>(idOf(text.get())));
+    expected.word(20).text("Attributes").int64(static_cast<int64_t>(idOf(nested.get())));
+    expected.int32(1).text("x").word(1).int64(1);
+    EXPECT_EQ(stored(attributes), expected.bytes());
+    FAttributes read;
+    ASSERT_TRUE(load(expected.bytes(), read));
+    const Ref<CmObject> object = read.getObject("o", "CmString");
+    ASSERT_NE(object, nullptr);
+    EXPECT_EQ(cast<CmString>(object)->string(), ConstString("live"));
+    EXPECT_EQ(read.nextObject("l"), object) << "one object, met twice";
+    EXPECT_EQ(cast<FAttributes>(read.nextObject("l"))->getInteger("x"), 1);
+    EXPECT_EQ(stored(read), expected.bytes()) << "objects that live by now keep their numbers";
+}
+
+TEST(AttributesStream, ReadsTheFormsOfOldFiles) {
+    BodyBytes bytes(0);
+    bytes.int32(5);
+    bytes.object("texts", 41).int32(2).text("\xC3\xA4").wide("b");
+    bytes.object("objects", 101).int32(2);
+    bytes.text("CmString").int32(1).text("s").word(8).text("one");
+    bytes.text("CmString").int32(1).text("s").word(8).text("two");
+    bytes.object("object", 108).text("CmString").int32(1).text("s").word(8).text("three");
+    bytes.object("archived", 8).int32(9).raw(std::string_view("CmString\0", 9)).text("four");
+    bytes.object("list", 1).int32(1).int32(9).raw(std::string_view("CmString\0", 9)).text("five");
+    FMemoryStream stream{std::string_view(bytes.bytes())};
+    PlainArchive archive(stream, PlainArchive::Direction::reading);
+    FAttributes read;
+    std::string fault;
+    ASSERT_TRUE(AttributesStream::read(stream, read, &archive, &fault)) << fault;
+    EXPECT_TRUE(cast<FStringList>(read.find("texts")->getObject())->wide);
+    ConstString text;
+    EXPECT_TRUE(read.nextText("texts", text) && text.isWide() && text == ConstString(u"\u00E4"));
+    std::string found;
+    for (const char* list : {"objects", "list"})
+        while (const Ref<CmObject> object = read.nextObject(list, "CmString"))
+            found += cast<CmString>(object)->string().toUtf8() + ' ';
+    for (const char* key : {"object", "archived"})
+        found += cast<CmString>(read.getObject(key, "CmString"))->string().toUtf8() + ' ';
+    EXPECT_EQ(found, "one two five three four ");
+
+    stream.rewind();
+    FAttributes without;
+    EXPECT_FALSE(AttributesStream::read(stream, without, nullptr, &fault));
+    EXPECT_NE(fault.find("there is no archive"), std::string::npos) << fault;
+    EXPECT_TRUE(without.contains("object")) << "what was read before stays";
+}
+
+TEST(AttributesStream, TellsOfUnknownClassesInOldForms) {
+    struct Listener : ArchiveListener {
+        void report(int32_t code, const char* text) override { heard += std::to_string(code) + text + ' '; }
+        std::string heard;
+    } listener;
+    BodyBytes bytes(0);
+    bytes.int32(3).object("l", 101).int32(2).text("NoSuchClass").int32(0);
+    bytes.text("CmString").int32(1).text("s").word(8).text("x");
+    bytes.object("o", 108).text("NorThis").int32(0).text("last").word(1).int64(1);
+    FObjectArchive::setGlobalListener(&listener);
+    FAttributes read;
+    EXPECT_TRUE(load(bytes.bytes(), read));
+    FObjectArchive::setGlobalListener(nullptr);
+    EXPECT_EQ(listener.heard, "-98NoSuchClass -98NorThis ");
+    EXPECT_EQ(read.count("l"), 1);
+    EXPECT_FALSE(read.contains("o"));
+    EXPECT_EQ(read.getInteger("last"), 1);
+}
+
+TEST(AttributesStream, ReadsOnBehindWhatHasNoValue) {
+    BodyBytes bytes(0);
+    bytes.int32(9);
+    for (const uint16_t kind : {0, 3, 0x100, 0x201, 0xFFFF})
+        bytes.text("nothing").word(kind);
+    bytes.text("empty").word(8).int32(0);
+    bytes.object("skipped", 9).object("beyond", 202);
+    bytes.text("last").word(1).int64(1);
+    FAttributes read;
+    ASSERT_TRUE(load(bytes.bytes(), read));
+    EXPECT_EQ(read.count(), 1);
+    EXPECT_EQ(read.getInteger("last"), 1);
+
+    FAttributes attributes;
+    attributes.setText8("empty", "");
+    attributes.setInteger("foreign", 7);
+    attributes.find("foreign")->setForeign();
+    attributes.entry("face").setInterface(nullptr, Hold::plain);
+    BodyBytes expected(0);
+    expected.int32(3).text("empty").word(8).int32(0).text("foreign").word(0x201).text("face").word(0x100);
+    EXPECT_EQ(stored(attributes), expected.bytes());
+}
+
+TEST(AttributesStream, CutsKeysAtTheirZeroByte) {
+    BodyBytes bytes(0);
+    bytes.int32(2).wide("\xC3\xA4").word(1).int64(1);
+    bytes.int32(4).raw(std::string_view("a\0b\0", 4)).word(1).int64(2);
+    FAttributes read;
+    ASSERT_TRUE(load(bytes.bytes(), read));
+    EXPECT_EQ(read.getInteger("\xC3\xA4"), 1);
+    EXPECT_EQ(read.getInteger("a"), 2);
+}
+
+TEST(AttributesStream, KeepsEntriesWithEqualKeys) {
+    BodyBytes bytes(0);
+    bytes.int32(40);
+    for (int32_t i = 0; i < 40; ++i)
+        bytes.text(i % 2 == 0 ? "even" : "odd").word(1).int64(i);
+    FAttributes read;
+    ASSERT_TRUE(load(bytes.bytes(), read));
+    EXPECT_EQ(read.count(), 40);
+    EXPECT_EQ(read.getInteger("odd"), 1);
+    EXPECT_EQ(stored(read), bytes.bytes());
+}
+
+/// Every kind of value once, an object twice.
+void fill(FAttributes& attributes) {
+    attributes.setInteger("int", -1);
+    attributes.setFloat("float", 0.1);
+    attributes.setText16("text", u"\u00E4");
+    attributes.appendInteger("ints", 3);
+    attributes.appendFloat("floats", 1.5);
+    attributes.appendText16("texts", u"t");
+    attributes.setBinary("bytes", "ab", 2, true);
+    attributes.setObject("nested", one("deep", 5).get(), Hold::retain);
+    attributes.appendAttributes("subs", one("x", 6));
+    const auto object = make<CmString>("object");
+    attributes.setObject("object", object.get(), Hold::retain);
+    attributes.appendObject("objects", retain(object.get()).detach(), true);
+    attributes.appendObject("objects", new CmString("other"), true);
+}
+
+TEST(AttributesStream, FailsWhereTheBytesEndAndKeepsWhatItHas) {
+    FAttributes attributes;
+    fill(attributes);
+    const std::string bytes = stored(attributes);
+    for (size_t length = 0; length < bytes.size(); ++length) {
+        SCOPED_TRACE(::testing::Message() << "cut at " << length);
+        FAttributes read;
+        std::string fault;
+        EXPECT_FALSE(load(bytes.substr(0, length), read, 0, &fault));
+        EXPECT_FALSE(fault.empty());
+        if (length > 40) {
+            EXPECT_EQ(read.getInteger("int"), -1);
+        }
+    }
+}
+
+TEST(AttributesStream, ReadsDamagedCountsToTheirEnd) {
+    FAttributes attributes;
+    fill(attributes);
+    const std::string bytes = stored(attributes);
+    for (size_t place = 0; place + 4 <= bytes.size(); ++place)
+        for (const int32_t count : {-1, 0, 50001, std::numeric_limits<int32_t>::max()}) {
+            SCOPED_TRACE(::testing::Message() << count << " at byte " << place);
+            std::string damaged = bytes;
+            damaged.replace(place, 4, BodyBytes(0).int32(count).bytes());
+            FAttributes read;
+            load(damaged, read);
+            // What came in goes out again.
+            stored(read);
+        }
+}
+
+TEST(AttributesStream, TakesNoCountOnTrust) {
+    struct Case {
+        const char* name;
+        void (*spell)(BodyBytes& bytes, int32_t count);
+    };
+    const Case cases[] = {
+        {"entries", [](BodyBytes& b, int32_t n) { b.int32(n); }},
+        {"key", [](BodyBytes& b, int32_t n) { b.int32(1).int32(n).raw("key").word(1).int64(1); }},
+        {"text", [](BodyBytes& b, int32_t n) { b.int32(1).text("t").word(8).int32(n).raw("text"); }},
+        {"integers", [](BodyBytes& b, int32_t n) { b.int32(1).object("l", 2).int32(n).int64(1); }},
+        {"floats", [](BodyBytes& b, int32_t n) { b.int32(1).object("l", 3).int32(n).real(1); }},
+        {"texts", [](BodyBytes& b, int32_t n) { b.int32(1).object("l", 4).int32(n).text("t"); }},
+        {"lists", [](BodyBytes& b, int32_t n) { b.int32(1).object("l", 5).int32(n).int32(0); }},
+        {"nested", [](BodyBytes& b, int32_t n) { b.int32(1).object("n", 6).int32(n); }},
+        {"bytes", [](BodyBytes& b, int32_t n) { b.int32(1).object("b", 7).int32(n).raw("bytes"); }},
+        {"class", [](BodyBytes& b, int32_t n) { b.int32(1).object("o", 20).int32(n).raw("x").int64(1); }},
+        {"objects", [](BodyBytes& b, int32_t n) { b.int32(1).object("l", 201).int32(n).word(21).int64(1); }},
+        {"old objects", [](BodyBytes& b, int32_t n) { b.int32(1).object("l", 101).int32(n); }},
+        {"archived objects", [](BodyBytes& b, int32_t n) { b.int32(1).object("l", 1).int32(n); }},
+    };
+    for (const auto& c : cases)
+        for (const int32_t count :
+             {-1, std::numeric_limits<int32_t>::min(), 50001, std::numeric_limits<int32_t>::max()}) {
+            SCOPED_TRACE(::testing::Message() << c.name << ": " << count);
+            BodyBytes bytes(0);
+            c.spell(bytes, count);
+            FAttributes read;
+            std::string fault;
+            EXPECT_FALSE(load(bytes.bytes(), read, 0, &fault));
+            EXPECT_FALSE(fault.empty());
+        }
+}
+
+TEST(AttributesStream, SaysWhereABodyIsDamaged) {
+    const std::string bytes = BodyBytes(0).int32(1).object("levels", 2).int32(-5).bytes();
+    FAttributes read;
+    std::string fault;
+    EXPECT_FALSE(load(bytes, read, 0, &fault));
+    EXPECT_EQ(fault, "before byte 23: a number of -5 items; at least 0 is right");
+    EXPECT_FALSE(load(bytes.substr(0, 18), read, 0, &fault));
+    EXPECT_EQ(fault, "before byte 18: the stream ends in the kind of an object");
+}
+
+TEST(AttributesStream, LeavesOutATextThatIsTooLongToRead) {
+    BodyBytes bytes(0);
+    bytes.int32(3).text("long").word(8).int32(50001).raw(std::string(50001, 'x'));
+    bytes.object("l", 4).int32(2).int32(50001).raw(std::string(50001, 'x')).text("t");
+    bytes.text("last").word(1).int64(1);
+    FAttributes read;
+    ASSERT_TRUE(load(bytes.bytes(), read));
+    EXPECT_FALSE(read.contains("long"));
+    EXPECT_EQ(read.count("l"), 2);
+    EXPECT_EQ(read.getInteger("last"), 1);
+    FAttributes none;
+    EXPECT_FALSE(load(BodyBytes(0).int32(1).int32(50001).raw(std::string(60000, 'x')).bytes(), none))
+        << "an entry without its key is nothing";
+}
+
+TEST(AttributesStream, WritesNothingOfWhatCouldNotBeReadBack) {
+    struct Case {
+        const char* name;
+        void (*fill)(FAttributes& attributes, const std::string& text);
+        const char* fault;
+    };
+    const Case cases[] = {
+        {"text", [](FAttributes& a, const std::string& text) { a.setText8("t", text.c_str()); },
+         "\"t\": the text"},
+        {"text in a list",
+         [](FAttributes& a, const std::string& text) {
+             a.setObject("n", new FAttributes, Hold::adopt);
+             a.getAttributes("n")->appendText8("l", text.c_str());
+         },
+         "\"n|l\": the text"},
+        {"key", [](FAttributes& a, const std::string& text) { a.setInteger(text, 1); }, "\"xxx"},
+        {"class name",
+         [](FAttributes& a, const std::string& text) {
+             a.setObject("o", new FXmlInstance(1, ConstString(std::string_view(text)), make<FAttributes>()),
+                         Hold::adopt);
+         },
+         "\"o\": the class name"},
+    };
+    for (const auto& c : cases)
+        for (const size_t length : {49999, 50000}) {
+            SCOPED_TRACE(::testing::Message() << c.name << " of " << length);
+            FAttributes attributes;
+            attributes.setInteger("before", 1);
+            c.fill(attributes, std::string(length, 'x'));
+            FMemoryStream stream;
+            std::string fault;
+            EXPECT_EQ(AttributesStream::write(stream, attributes, &fault), length < 50000);
+            EXPECT_EQ(stream.size() > 0, length < 50000);
+            EXPECT_EQ(fault.starts_with(length < 50000 ? "" : c.fault), true) << fault.substr(0, 200);
+        }
+}
+
+TEST(AttributesStream, FailsWhenTheStreamTakesTooLittle) {
+    FAttributes attributes;
+    fill(attributes);
+    char room[20];
+    FMemoryStream stream(room, sizeof room);
+    std::string fault;
+    EXPECT_FALSE(AttributesStream::write(stream, attributes, &fault));
+    EXPECT_FALSE(fault.empty());
+}
+
+TEST(AttributesStream, LeavesObjectsOutThatHaveNoAttributeForm) {
+    const auto formless = make<CmObject>();
+    FAttributes attributes;
+    attributes.setInteger("before", 1);
+    attributes.setObject("o", formless.get(), Hold::retain);
+    attributes.appendObject("l", formless.get(), false);
+    attributes.appendObject("l", formless.get(), false);
+    const auto failed = make<FXmlInstance>(3, "NoSuchClass", make<FAttributes>());
+    EXPECT_EQ(failed->getObject(), nullptr);
+    attributes.setObject("failed", failed.get(), Hold::retain);
+    attributes.setInteger("behind", 2);
+    BodyBytes expected(0);
+    expected.int32(3).text("before").word(1).int64(1).object("l", 201).int32(0).text("behind").word(1).int64(
+        2);
+    EXPECT_EQ(stored(attributes), expected.bytes());
+}
+
+TEST(AttributesStream, KeepsTheItemsBehindANull) {
+    FAttributes attributes;
+    attributes.appendObject("l", new CmString("x"), true);
+    auto* list = cast<FObjectList>(attributes.find("l")->getObject());
+    list->items.insert(list->items.begin(), nullptr);
+    FAttributes read;
+    ASSERT_TRUE(load(stored(attributes), read));
+    EXPECT_EQ(read.count("l"), 2);
+    EXPECT_EQ(read.nextObject("l"), nullptr);
+    EXPECT_NE(read.nextObject("l", "CmString"), nullptr);
+}
+
+TEST(AttributesStream, KeepsObjectsOfUnknownClasses) {
+    FAttributes attributes;
+    attributes.setObject("gone", new FXmlInstance(77, "NoSuchClass", one("x", 1)), Hold::adopt);
+    attributes.setObject("again", new FXmlReference(77), Hold::adopt);
+    attributes.setObject("lost", new FXmlReference(78), Hold::adopt);
+    const std::string bytes = stored(attributes);
+    FAttributes read;
+    ASSERT_TRUE(load(bytes, read));
+    EXPECT_EQ(stored(read), bytes);
+    EXPECT_EQ(cast<FXmlReference>(read.at(1)->getObject())->target(), read.at(0)->getObject());
+    EXPECT_EQ(cast<FXmlReference>(read.at(2)->getObject())->target(), nullptr);
+    EXPECT_EQ(read.findAttributes("gone")->getInteger("x"), 1);
+    EXPECT_EQ(read.getObject("gone"), nullptr);
+    EXPECT_EQ(read.getObject("again"), nullptr);
+    EXPECT_EQ(read.getObject("gone"), nullptr) << "a failed object is not tried again";
+}
+
+TEST(AttributesStream, TellsObjectsApartThatHaveOneNumber) {
+    const auto live = make<CmString>("live");
+    FAttributes attributes;
+    attributes.setObject("live", live.get(), Hold::retain);
+    attributes.setObject("a", new FXmlInstance(7, "A", one("x", 1)), Hold::adopt);
+    attributes.setObject("b", new FXmlInstance(7, "B", one("x", 2)), Hold::adopt);
+    attributes.setObject("c", new FXmlInstance(idOf(live.get()), "C", one("x", 3)), Hold::adopt);
+    attributes.setObject("d", new FXmlInstance(0, "D", one("x", 4)), Hold::adopt);
+    attributes.setObject("again", attributes.find("b")->getObject(), Hold::retain);
+    FAttributes read;
+    ASSERT_TRUE(load(stored(attributes), read));
+    for (const auto& [key, value] :
+         {std::pair("a", 1), std::pair("b", 2), std::pair("c", 3), std::pair("d", 4)}) {
+        const auto* instance = cast<FXmlInstance>(read.find(key)->getObject());
+        ASSERT_NE(instance, nullptr) << key;
+        EXPECT_EQ(const_cast<FXmlInstance*>(instance)->getAttributes()->getInteger("x"), value);
+        EXPECT_NE(instance->id(), 0u);
+    }
+    EXPECT_EQ(cast<FXmlReference>(read.find("again")->getObject())->target(), read.find("b")->getObject());
+}
+
+TEST(AttributesStream, BindsRingsThatCanGo) {
+    BodyBytes bytes(0);
+    bytes.int32(2).object("a", 20).text("A").int64(1).int32(2).object("self", 21).int64(1);
+    bytes.object("b", 21).int64(2);
+    bytes.object("b", 20).text("B").int64(2).int32(1).object("a", 21).int64(1);
+    Ref<FAttributes> inner;
+    {
+        FAttributes read;
+        ASSERT_TRUE(load(bytes.bytes(), read));
+        FAttributes again;
+        EXPECT_TRUE(load(stored(read), again));
+        EXPECT_EQ(stored(again), stored(read));
+        auto* a = cast<FXmlInstance>(read.find("a")->getObject());
+        inner = retain(a->getAttributes());
+        EXPECT_EQ(cast<FXmlReference>(inner->find("self")->getObject())->target(), a);
+        EXPECT_EQ(cast<FXmlReference>(inner->find("b")->getObject())->target(), read.find("b")->getObject());
+    }
+    EXPECT_EQ(cast<FXmlReference>(inner->find("self")->getObject())->target(), nullptr);
+}
+
+std::string nestedBody(int32_t depth) {
+    BodyBytes bytes(0);
+    for (int32_t i = 0; i < depth; ++i)
+        bytes.int32(1).object("n", 6);
+    return bytes.int32(0).bytes();
+}
+
+TEST(AttributesStream, EndsAtItsDepth) {
+    FAttributes read;
+    std::string fault;
+    EXPECT_FALSE(load(nestedBody(100000), read, 0, &fault));
+    EXPECT_NE(fault.find("deeper than 10000"), std::string::npos) << fault;
+    FAttributes whole;
+    ASSERT_TRUE(load(nestedBody(9999), whole));
+    EXPECT_EQ(stored(whole), nestedBody(9999));
+    FAttributes above;
+    above.setObject("n", &whole, Hold::plain);
+    FMemoryStream stream;
+    EXPECT_FALSE(AttributesStream::write(stream, above, &fault));
+    EXPECT_EQ(stream.size(), 0);
+    EXPECT_NE(fault.find("\"n|n|"), std::string::npos) << fault;
+}
+
+} // namespace
+} // namespace qorl

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace qorl {
+
+/// The bytes of a body put together by hand, in either byte order.
+class BodyBytes {
+public:
+    explicit BodyBytes(uint16_t byteOrder) : isReversed_(byteOrder != 0) {}
+
+    BodyBytes& word(uint16_t value) { return number(value, 2); }
+    BodyBytes& int32(int32_t value) { return number(static_cast<uint32_t>(value), 4); }
+    BodyBytes& int64(int64_t value) { return number(static_cast<uint64_t>(value), 8); }
+    BodyBytes& real(double value) { return number(std::bit_cast<uint64_t>(value), 8); }
+    BodyBytes& raw(std::string_view bytes) {
+        bytes_ += bytes;
+        return *this;
+    }
+    BodyBytes& text(std::string_view text) {
+        return int32(static_cast<int32_t>(text.size()) + 1).raw(text).raw(std::string_view("", 1));
+    }
+    BodyBytes& wide(std::string_view utf8) {
+        return int32(static_cast<int32_t>(utf8.size()) + 4)
+            .raw(utf8)
+            .raw(std::string_view("\0\xEF\xBB\xBF", 4));
+    }
+    /// The key, the kind of an object and what sort of object follows.
+    BodyBytes& object(std::string_view key, uint16_t subkind) { return text(key).word(2).word(subkind); }
+
+    const std::string& bytes() const { return bytes_; }
+
+private:
+    BodyBytes& number(uint64_t value, int size) {
+        for (int i = 0; i < size; ++i)
+            bytes_ += static_cast<char>(value >> (8 * (isReversed_ ? size - 1 - i : i)));
+        return *this;
+    }
+
+    bool isReversed_;
+    std::string bytes_;
+};
+
+} // namespace qorl
