@@ -278,7 +278,7 @@ class Documents(InTemporaryFolder):
         entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
         cases = {
             "xml": ('<?xml version="1.0"?>\n<Doc>\n<int name="x" value="1"/>\n</Dox>\n', ":4:1: error: "),
-            "cut": (int32(2) + entry, f":1:{5 + len(entry)}: error: at byte {4 + len(entry)}: "),
+            "cut": (int32(2) + entry, f":1:{5 + len(entry)}: error: before byte {4 + len(entry)}: "),
             "longer": (int32(1) + entry + b"...", f":1:{5 + len(entry)}: error: at byte {4 + len(entry)}: "),
             "huge": (int32(0x7FFFFFFF), ":1:5: error: "),
             "empty": (b"", ":1:1: error: "),
@@ -297,6 +297,13 @@ class Documents(InTemporaryFolder):
         for name, content in (("xml", "<D>" + '<member name="x">' * 100000), ("body", nested)):
             result = run("document", "dump", self.write(name, content))
             self.assertEqual(result.returncode, 1, result.stderr[-400:])
+
+    def test_a_text_too_long_for_the_binary_form_leaves_no_file(self):
+        path = self.write("long.xml", f'<D><string name="s">\n{"x" * 50001}\n</string></D>')
+        result = run("document", "convert", path, self.folder / "out")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("50000", result.stderr)
+        self.assertFalse((self.folder / "out").exists())
 
 
 class Objects(InTemporaryFolder):

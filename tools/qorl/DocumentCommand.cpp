@@ -62,8 +62,7 @@ bool complainAt(const std::string& path, const std::string& place, const std::st
 
 /// A place in bytes stands as a column of the one line that there is.
 bool complainAtByte(const std::string& path, int64_t offset, const std::string& text) {
-    return complainAt(path, "1:" + std::to_string(offset + 1),
-                      "at byte " + std::to_string(offset) + ": " + text);
+    return complainAt(path, "1:" + std::to_string(offset + 1), text);
 }
 
 /// Root objects and further attributes become entries of one list, by their names.
@@ -98,15 +97,15 @@ bool readXml(const std::string& path, const std::string& bytes, Document& docume
 
 bool readBody(const std::string& path, const std::string& bytes, Document& document) {
     FMemoryStream stream{std::string_view(bytes)};
-    if (!AttributesStream::read(stream, *document.attributes))
-        return complainAtByte(
-            path, stream.tell(),
-            "a binary attribute body is damaged or cut short; only what stands before is read");
-    if (stream.tell() == stream.size())
+    std::string fault;
+    if (!AttributesStream::read(stream, *document.attributes, nullptr, &fault))
+        return complainAtByte(path, stream.tell(), fault);
+    const int64_t end = stream.tell();
+    if (end == stream.size())
         return true;
-    return complainAtByte(path, stream.tell(),
-                          "the attribute body ends here, but " +
-                              std::to_string(stream.size() - stream.tell()) + " bytes follow");
+    return complainAtByte(path, end,
+                          "at byte " + std::to_string(end) + ": the attribute body ends here, but " +
+                              std::to_string(stream.size() - end) + " bytes follow");
 }
 
 bool readDocument(const std::string& path, std::string& bytes, Document& document) {
@@ -137,10 +136,9 @@ int convert(const std::string& from, const std::string& to, const std::string& t
         return ExitStatus::badInput;
     const auto stream = make<FMemoryStream>();
     if (document.tag) {
-        if (!AttributesStream::write(*stream, *document.attributes))
-            return complain(
-                ExitStatus::badInput,
-                from + ": has no binary form, since a text or a key in it is longer than 50000 bytes");
+        std::string fault;
+        if (!AttributesStream::write(*stream, *document.attributes, &fault))
+            return complain(ExitStatus::badInput, from + ": has no binary form: " + fault);
     } else {
         FXmlDocument xml(stream.get(), FXmlDocument::Mode::write);
         if (!xml.storeAttributes(tag, *document.attributes))
