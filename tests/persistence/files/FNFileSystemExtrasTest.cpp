@@ -135,12 +135,13 @@ TEST(FNFileSystem, LeavesNoTemporaryFileWithoutMemory) {
     const SettingsFolder folder;
     std::filesystem::create_directory(folder / "temporary");
     FNPath::setKnownFolder(FNPath::temporary, folder / "temporary");
+    FNFileSystem& disk = files();
     failEachAllocation([&](FailingAllocation& allocation) {
         FNPath path;
-        const Ref<FStream> stream = allocation.during([&] { return files().createTempFile(path); });
+        const Ref<FStream> stream = allocation.during([&] { return disk.createTempFile(path); });
         EXPECT_EQ(std::filesystem::is_empty(folder / "temporary"), stream == nullptr);
         if (stream)
-            files().deleteFile(path);
+            disk.deleteFile(path);
     });
     FNPath::setKnownFolder(FNPath::temporary, "");
 }
