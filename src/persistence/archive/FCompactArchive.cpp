@@ -5,7 +5,6 @@
 #include "persistence/streams/FStream.h"
 
 #include <new>
-#include <ranges>
 #include <utility>
 
 namespace qorl {
@@ -121,10 +120,7 @@ Ref<CmObject> FCompactArchive::readInstance(uint32_t classIndex, const char* cla
 
 /// The class as it was read last, or null.
 StoredClass* FCompactArchive::findStored(const ClassRecord* record) {
-    for (StoredClass& stored : classes_ | std::views::reverse)
-        if (stored.is(record))
-            return &stored;
-    return nullptr;
+    return StoredClass::findLast(classes_, record);
 }
 
 int32_t FCompactArchive::getStoredVersion(const char* className) {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <limits>
 #include <new>
-#include <ranges>
 #include <utility>
 
 namespace qorl {
@@ -246,10 +245,7 @@ void FSizedArchive::countBack(int64_t count) {
 }
 
 StoredClass* FSizedArchive::findStored(const ClassRecord* record) {
-    for (StoredClass& stored : classes_ | std::views::reverse)
-        if (stored.is(record))
-            return &stored;
-    return nullptr;
+    return StoredClass::findLast(classes_, record);
 }
 
 int32_t FSizedArchive::getStoredVersion(const char* className) {

@@ -30,6 +30,13 @@ const ClassRecord* StoredClass::find(const char* className) {
     return factory ? factory->findByName(className) : nullptr;
 }
 
+StoredClass* StoredClass::findLast(std::span<StoredClass> classes, const ClassRecord* record) {
+    for (size_t at = classes.size(); at-- > 0;)
+        if (classes[at].is(record))
+            return &classes[at];
+    return nullptr;
+}
+
 bool StoredClass::write(FBinaryStream& stream, const ClassRecord& record) {
     return stream.writeCountedChars(record.persistentName()) && stream.writeUInt16(record.version());
 }

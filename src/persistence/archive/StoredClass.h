@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 namespace qorl {
 
@@ -24,6 +25,8 @@ class StoredClass {
 public:
     /// The registered class of this name, or null.
     static const ClassRecord* find(const char* className);
+    /// The last entry with this record, or null.
+    static StoredClass* findLast(std::span<StoredClass> classes, const ClassRecord* record);
     /// A counted name and a 16-bit version.
     static bool write(FBinaryStream& stream, const ClassRecord& record);
     /// False for a cut stream and a damaged name. Throws `std::bad_alloc`.
