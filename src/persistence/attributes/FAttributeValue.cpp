@@ -80,7 +80,7 @@ void FAttributeValue::setValue(const FAttributeValue& other) {
         setString(other.getString());
         return;
     }
-    const bool isCounted = other.flags_ & (referenced | adopted);
+    const bool isCounted = other.value_ && (other.flags_ & (referenced | adopted));
     if (isCounted && other.isObject())
         other.pointer<CmObject>()->addRef();
     else if (isCounted && (other.flags_ & interfacePointer))

@@ -128,8 +128,8 @@ public:
     /// ("Additional Attributes" when it is empty). Numbers, texts and objects go across; entries with the
     /// first entry flag, and foreign ones, are left out. With `keep`, loading leaves the keys alone that are
     /// there already. Without it, an empty list is filled without a search, as is one with
-    /// `EqualKeys::allowed`. A stored object becomes the live one; one whose class is unknown is left out.
-    /// False, and nothing loaded, without such a nested list.
+    /// `EqualKeys::allowed`. A stored object becomes the live one; one whose class is unknown stays
+    /// stored. False, and nothing loaded, without such a nested list.
     void saveExtraAttributes(const FAttributes& values, std::string_view key = {});
     bool loadExtraAttributes(FAttributes& values, std::string_view key = {}, bool keep = false,
                              EqualKeys equalKeys = EqualKeys::replaced) const;

@@ -31,11 +31,14 @@ void saveValue(const FAttributeValue& from, FAttributeValue& to) {
         to.setValue(from);
 }
 
-/// The object that an entry brings, or null: the live one in place of a stored one.
+/// The object that an entry brings, or null: the live one in place of a stored one. One whose class is missing
+/// stays stored, so that it is there again when its module is.
 Ref<CmObject> loadedObject(const FAttributeValue& from) {
-    CmObject* object = from.getObject();
-    auto* stored = cast<FXmlObject>(object);
-    return retain(stored ? stored->getObject() : object);
+    const Ref<CmObject> object = retain(from.getObject());
+    auto* stored = cast<FXmlObject>(object.get());
+    CmObject* live = stored ? stored->getObject() : nullptr;
+    const bool isKept = !stored || (!live && stored->getAttributes());
+    return isKept ? object : retain(live);
 }
 
 /// Calls `target()` for the place of each entry of `nested` that has a value.

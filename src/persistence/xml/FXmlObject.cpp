@@ -104,11 +104,20 @@ void FXmlInstance::keepParts(const FAttributes& attributes) {
 }
 
 CmObject* FXmlInstance::getObject() {
-    if (object_ || !attributes_ || className_.isEmpty())
+    if (object_ || !attributes_ || isClassMissing_ || className_.isEmpty())
         return object_.get();
     if (restoring >= mostRestoring) {
         FObjectArchive::reportGlobally(FObjectArchive::malformed,
                                        "objects are nested deeper than 500 levels");
+        return nullptr;
+    }
+    auto* factory = ClassFactory::instance();
+    const Ref<FInterface> created = factory ? factory->createByName(className_.text8()) : nullptr;
+    const Ref<CmObject> object = retain(castToCmObject(created.get()));
+    if (!object) {
+        // It is stored again as it is: its class may be there in the next run.
+        isClassMissing_ = true;
+        FObjectArchive::reportGlobally(FObjectArchive::classNotRegistered, className_.text8());
         return nullptr;
     }
     try {
@@ -119,13 +128,7 @@ CmObject* FXmlInstance::getObject() {
     }
     // Whatever comes of it, it is not tried again.
     const Ref<FAttributes> attributes = std::move(attributes_);
-    auto* factory = ClassFactory::instance();
-    const Ref<FInterface> created = factory ? factory->createByName(className_.text8()) : nullptr;
-    object_ = retain(castToCmObject(created.get()));
-    if (!object_) {
-        FObjectArchive::reportGlobally(FObjectArchive::classNotRegistered, className_.text8());
-        return nullptr;
-    }
+    object_ = object;
     ++restoring;
     try {
         if (!object_->restoreAttributes(attributes.get()))

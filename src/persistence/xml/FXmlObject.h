@@ -25,8 +25,9 @@ public:
     uint32_t hashCode(uint32_t size) const override;
 
     /// The live object, created now if it wasn't before; null when its class is unknown or it could not be
-    /// restored. The caller gets no reference.
+    /// restored, neither of which is tried again. The caller gets no reference.
     virtual CmObject* getObject() = 0;
+    /// The stored form; null once it was given to an object, whether that took it or not.
     virtual FAttributes* getAttributes() = 0;
     virtual bool isClass(const char* className) const = 0;
 
@@ -61,6 +62,7 @@ private:
     std::vector<Ref<FXmlInstance>> parts_;
     CmString className_;
     std::vector<FXmlReference*> watchers_;
+    bool isClassMissing_ = false;
 };
 
 /// A place that names an object by its number; bound to it, by a `ReferenceBinder`, once everything is read.

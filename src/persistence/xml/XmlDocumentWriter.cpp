@@ -306,7 +306,7 @@ bool XmlDocumentWriter::writeFull(CmObject* object, const std::string_view* key,
     StoredObject stored;
     auto* instance = cast<FXmlInstance>(object);
     if (!stored.take(object)) {
-        // One whose class could not be made goes on without its attributes, which are gone.
+        // One that could not be restored goes on without its attributes, which are gone.
         if (!instance || instance->getObject())
             return fail("an object has no attributes");
         stored.className = instance->className8().string();

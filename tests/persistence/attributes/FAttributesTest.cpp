@@ -263,6 +263,19 @@ TEST(FAttributes, StoresNumbersAsKeys) {
     EXPECT_FALSE(attributes.loadIntKeyAttributes(loaded, "other"));
 }
 
+TEST(FAttributeValue, CopiesANullObject) {
+    FAttributeValue objects;
+    objects.setObject(nullptr, Hold::retain);
+    FAttributeValue interfaces;
+    interfaces.setInterface(nullptr, Hold::adopt);
+    for (const auto* value : {&objects, &interfaces}) {
+        FAttributeValue copy;
+        copy = *value;
+        EXPECT_EQ(copy.kind(), value->kind());
+        EXPECT_EQ(copy.getObject(), nullptr);
+    }
+}
+
 TEST(FAttributes, TakesOnlyValuesAcrossToNumberedLists) {
     std::vector<FIntIDAttribute> values;
     values.emplace_back(0u).setInteger(1);
@@ -283,10 +296,11 @@ TEST(FAttributes, TakesOnlyValuesAcrossToNumberedLists) {
     EXPECT_EQ(keys, ",BA,IntID:128,B,C,");
     std::vector<FIntIDAttribute> loaded;
     ASSERT_TRUE(attributes.loadIntKeyAttributes(loaded, "mine"));
-    ASSERT_EQ(loaded.size(), 4u);
+    ASSERT_EQ(loaded.size(), 5u);
     EXPECT_EQ(loaded[1].key(), 0x4142u);
     EXPECT_EQ(loaded[2].key(), 0x80u);
     EXPECT_NE(cast<CmString>(loaded[3].getObject()), nullptr) << "the live object, not the stored one";
+    EXPECT_NE(cast<FXmlInstance>(loaded[4].getObject()), nullptr) << "its class may come with a module";
     FAttributes none;
     none.saveIntKeyAttributes({});
     EXPECT_TRUE(none.isEmpty());

@@ -1,6 +1,7 @@
 #include "persistence/defaults/FDefaultPool.h"
 
 #include "foundation/Cast.h"
+#include "foundation/ClassFactory.h"
 #include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/xml/XmlFile.h"
@@ -46,6 +47,25 @@ public:
     }
 
     int64_t state = 0;
+};
+
+/// An object of a module that isn't there in every run.
+class Curve : public CmObject {
+    QORL_CLASS(Curve, CmObject)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setInteger("level", level);
+        attributes->setObject("next", next, FAttributes::Hold::plain);
+        return true;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        level = attributes->getInteger("level");
+        return true;
+    }
+
+    int64_t level = 0;
+    CmObject* next = nullptr;
 };
 
 /// The pool of the process, fresh for each test and with a folder of its own.
@@ -289,6 +309,33 @@ TEST_P(FDefaultPoolTest, TakesNothingOfAFileThatWasCut) {
         EXPECT_EQ(loadAll(), GetParam()) << size;
         EXPECT_TRUE(pool().getGroup("Group")->isEmpty()) << size;
     }
+}
+
+TEST_P(FDefaultPoolTest, KeepsObjectsWhoseModuleIsMissingForARun) {
+    loadAll();
+    const auto curve = make<Curve>();
+    curve->level = 7;
+    curve->next = curve.get();
+    pool().getGroup("Group")->values().setObject("curve", curve.get(), FAttributes::Hold::retain);
+    pool().getGroup("Group")->values().setObject("again", curve.get(), FAttributes::Hold::retain);
+    ASSERT_TRUE(pool().save(true));
+    for (const int run : {1, 2}) {
+        restart();
+        ASSERT_TRUE(loadAll());
+        FAttributes& values = pool().getGroup("Group")->values();
+        EXPECT_EQ(values.getObject("curve", "Curve"), nullptr);
+        values.setInteger("run", run);
+        ASSERT_TRUE(pool().save(true));
+    }
+    restart();
+    ClassRecord record("Curve", &createObject<Curve>, &CmObject::classRecord());
+    ASSERT_TRUE(loadAll());
+    const FAttributes& values = pool().getGroup("Group")->values();
+    const Ref<CmObject> found = values.getObject("curve");
+    EXPECT_EQ(values.getObject("again"), found);
+    ClassFactory::instance()->removeRecord(record);
+    ASSERT_NE(cast<Curve>(found.get()), nullptr) << "lost while its class was missing";
+    EXPECT_EQ(cast<Curve>(found.get())->level, 7);
 }
 
 TEST_P(FDefaultPoolTest, CopiesItsGroups) {
