@@ -31,8 +31,8 @@ void saveValue(const FAttributeValue& from, FAttributeValue& to) {
         to.setValue(from);
 }
 
-/// The object that an entry brings, or null: the live one in place of a stored one. One whose class is missing
-/// stays stored, so that it is there again when its module is.
+/// The object that an entry brings, or null: the live one in place of a stored one. One whose class is
+/// missing stays stored, so that it is there again when its module is.
 Ref<CmObject> loadedObject(const FAttributeValue& from) {
     const Ref<CmObject> object = retain(from.getObject());
     auto* stored = cast<FXmlObject>(object.get());

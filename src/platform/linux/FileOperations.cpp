@@ -1,5 +1,6 @@
 #include "platform/linux/FileErrors.h"
 #include "platform/linux/FileNames.h"
+#include "platform/linux/SystemText.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -205,9 +206,8 @@ std::string getCanonicalPath(const std::string& path) {
     std::string existing = path.empty() ? "." : withoutEnd(path);
     std::vector<std::string> missing;
     for (int linksLeft = mostLinks;;) {
-        if (char* resolved = realpath(existing.c_str(), nullptr)) {
-            std::string whole = resolved;
-            std::free(resolved);
+        if (const SystemText resolved{realpath(existing.c_str(), nullptr)}) {
+            std::string whole = resolved.get();
             for (size_t i = missing.size(); i-- > 0;)
                 whole = missing[i] == ".." ? parentOf(whole) : joinPath(whole, missing[i]);
             return whole;
@@ -234,10 +234,8 @@ FileError setCurrentFolder(const std::string& path) {
 }
 
 std::string getCurrentFolder() {
-    char* text = getcwd(nullptr, 0);
-    std::string folder = text ? text : "";
-    std::free(text);
-    return folder;
+    const SystemText folder{getcwd(nullptr, 0)};
+    return folder ? folder.get() : "";
 }
 
 } // namespace qorl::platform

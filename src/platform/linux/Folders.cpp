@@ -1,6 +1,7 @@
 #include "platform/Folders.h"
 
 #include "platform/System.h"
+#include "platform/linux/SystemText.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -145,10 +146,8 @@ std::string getModulePath(const void* address) {
     Dl_info info = {};
     if (dladdr(address, &info) == 0 || !info.dli_fname)
         return {};
-    char* resolved = realpath(info.dli_fname, nullptr);
-    std::string path = resolved ? resolved : info.dli_fname;
-    std::free(resolved);
-    return path;
+    const SystemText resolved{realpath(info.dli_fname, nullptr)};
+    return resolved ? resolved.get() : info.dli_fname;
 }
 
 } // namespace qorl::platform
