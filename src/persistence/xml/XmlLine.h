@@ -28,7 +28,8 @@ public:
     XmlLine& operator=(const XmlLine&) = delete;
 
     XmlLine& put(std::string_view text) {
-        if (makeRoom(text.size())) {
+        // An empty view may have no bytes to point at.
+        if (!text.empty() && makeRoom(text.size())) {
             std::memcpy(at_, text.data(), text.size());
             at_ += text.size();
         }
