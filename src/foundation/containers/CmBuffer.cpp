@@ -3,10 +3,13 @@
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/streams/FStream.h"
 
+#include <qorl/Ref.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -26,10 +29,12 @@ CmBuffer::CmBuffer(const CmBuffer& other) : CmObject(other), growth_(other.growt
 }
 
 CmBuffer& CmBuffer::operator=(const CmBuffer& other) {
-    if (this == &other || !reallocate(other.capacity_))
+    if (this == &other || !reallocate(other.roundedUp(other.capacity_)))
         return *this;
-    if (other.capacity_ > 0)
+    if (other.capacity_ > 0) {
         std::memcpy(bytes_, other.bytes_, static_cast<size_t>(other.capacity_));
+        std::memset(bytes_ + other.capacity_, 0, static_cast<size_t>(capacity_ - other.capacity_));
+    }
     used_ = other.used_;
     growth_ = other.growth_;
     return *this;
@@ -37,6 +42,11 @@ CmBuffer& CmBuffer::operator=(const CmBuffer& other) {
 
 CmBuffer::~CmBuffer() {
     std::free(bytes_);
+}
+
+CmObject* CmBuffer::clone() const {
+    Ref<CmBuffer> copy = Ref<CmBuffer>::adopt(new (std::nothrow) CmBuffer(*this));
+    return copy && copy->capacity_ >= capacity_ ? copy.detach() : nullptr;
 }
 
 bool CmBuffer::reallocate(int32_t capacity) {
@@ -57,13 +67,15 @@ bool CmBuffer::reallocate(int32_t capacity) {
     return true;
 }
 
-bool CmBuffer::setCapacity(int32_t size) {
-    if (size < 0)
-        return false;
+int32_t CmBuffer::roundedUp(int32_t size) const {
     const int64_t step = growth();
     const int64_t rounded = (size + step - 1) / step * step;
     // Where the last step doesn't fit into the type any more, the exact size has to do.
-    return reallocate(rounded > std::numeric_limits<int32_t>::max() ? size : static_cast<int32_t>(rounded));
+    return rounded > std::numeric_limits<int32_t>::max() ? size : static_cast<int32_t>(rounded);
+}
+
+bool CmBuffer::setCapacity(int32_t size) {
+    return size >= 0 && reallocate(roundedUp(size));
 }
 
 bool CmBuffer::setUsedSize(int32_t size) {
@@ -153,6 +165,8 @@ bool CmBuffer::readFrom(FObjectArchive* archive) {
         if (!read.reallocate(start + piece) || stream.read(read.bytes_ + start, piece) != piece)
             return false;
     }
+    if (!read.reallocate(roundedUp(capacity)))
+        return false;
     std::swap(bytes_, read.bytes_);
     std::swap(capacity_, read.capacity_);
     used_ = used;

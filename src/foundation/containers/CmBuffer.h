@@ -15,7 +15,6 @@ namespace qorl {
 /// end at 2^31 - 1.
 class CmBuffer : public CmObject, public IMemoryBlock {
     QORL_CLASS(CmBuffer, CmObject)
-    QORL_CLONE(CmBuffer)
     QORL_RECORD(CmBuffer)
     QORL_FACES(CmBuffer, CmObject, IMemoryBlock)
 
@@ -29,6 +28,8 @@ public:
     CmBuffer(const CmBuffer& other);
     CmBuffer& operator=(const CmBuffer& other);
     ~CmBuffer() override;
+
+    CmObject* clone() const override;
 
     char* data() { return bytes_; }
     const char* data() const { return bytes_; }
@@ -57,7 +58,8 @@ public:
     /// with a zero byte behind them that counts.
     bool toHex(CmBuffer& text) const;
 
-    /// The stream form: capacity and used size in 32 bits each, then all bytes of the capacity.
+    /// The stream form: capacity and used size in 32 bits each, then all bytes of the capacity. What was read
+    /// is rounded up to the growth step of this buffer.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
 
@@ -67,6 +69,7 @@ public:
 
 private:
     bool reallocate(int32_t capacity);
+    int32_t roundedUp(int32_t size) const;
     /// Room for `count` bytes more.
     bool makeRoom(int32_t count);
 

@@ -5,6 +5,8 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FStream.h"
 
+#include <qorl/Ref.h>
+
 #include <algorithm>
 #include <new>
 
@@ -117,6 +119,11 @@ private:
 
 } // namespace
 
+CmObject* CmRegularExpression::clone() const {
+    auto copy = Ref<CmRegularExpression>::adopt(new (std::nothrow) CmRegularExpression(*this));
+    return copy && copy->pattern_.length() == pattern_.length() ? copy.detach() : nullptr;
+}
+
 bool CmRegularExpression::match(const ConstString& given) const {
     const text::WideCopy pattern(pattern_.string());
     const text::WideCopy wide(given);
@@ -154,7 +161,8 @@ bool CmRegularExpression::storeAttributes(FAttributes* attributes) {
 }
 
 bool CmRegularExpression::restoreAttributes(FAttributes* attributes) {
-    pattern_.string() = attributes->getString("Expression");
+    if (!pattern_.string().assign(attributes->getString("Expression")))
+        throw std::bad_alloc();
     sensitivity_ = attributes->getInteger("CaseSensitive", 1) ? Case::sensitive : Case::ignored;
     return true;
 }

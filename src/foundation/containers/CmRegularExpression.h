@@ -21,7 +21,6 @@ namespace qorl {
 /// case they are compared in lower case.
 class CmRegularExpression : public CmObject {
     QORL_CLASS(CmRegularExpression, CmObject)
-    QORL_CLONE(CmRegularExpression)
     QORL_RECORD(CmRegularExpression)
 
 public:
@@ -30,6 +29,8 @@ public:
     CmRegularExpression() = default;
     explicit CmRegularExpression(const ConstString& pattern, Case sensitivity = Case::sensitive)
         : pattern_(pattern), sensitivity_(sensitivity) {}
+
+    CmObject* clone() const override;
 
     const CmString& getPattern() const { return pattern_; }
     void setPattern(const ConstString& pattern) { pattern_.string() = pattern; }
@@ -43,7 +44,8 @@ public:
     /// A string and one byte, 0 or 1.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
-    /// "Expression" and "CaseSensitive".
+    /// "Expression" and "CaseSensitive". Without memory restoring throws `std::bad_alloc`, and nothing has
+    /// changed.
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 

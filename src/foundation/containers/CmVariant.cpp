@@ -1,6 +1,8 @@
 #include "foundation/containers/CmVariant.h"
 
+#include "foundation/containers/DeepRelease.h"
 #include "foundation/text/String.h"
+#include "foundation/text/TextConversion.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FStream.h"
@@ -48,6 +50,11 @@ CmVariant& CmVariant::operator=(const CmVariant& other) {
     return *this;
 }
 
+CmObject* CmVariant::clone() const {
+    Ref<CmVariant> copy = Ref<CmVariant>::adopt(new (std::nothrow) CmVariant(*this));
+    return copy && copy->type_ == type_ ? copy.detach() : nullptr;
+}
+
 void CmVariant::clear() {
     const uint16_t kind = isOwned() ? bareType() : uint16_t{none};
     const auto old = value_;
@@ -58,7 +65,7 @@ void CmVariant::clear() {
     else if (kind == text16)
         std::free(old.text16);
     else if (kind == object && old.object)
-        old.object->release();
+        releaseDeep(old.object);
 }
 
 void CmVariant::setInteger(int64_t value) {
@@ -194,7 +201,7 @@ bool CmVariant::readFrom(FObjectArchive* archive) {
     uint16_t type = none;
     if (!stream.readUInt16(type))
         return false;
-    switch (type & ~ownedFlag) {
+    switch (type & kinds) {
     case none: clear(); return true;
     case integer: {
         int64_t value = 0;
@@ -213,8 +220,7 @@ bool CmVariant::readFrom(FObjectArchive* archive) {
     case text8:
     case text16: {
         String text;
-        return text.readFrom(stream) &&
-               ((type & text16) ? text.toWide() && setText16(text.text16()) : setText8(text.text8()));
+        return text.readFrom(stream) && (type & text16 ? text.toWide() : text.toNarrow()) && setText(text);
     }
     case object: {
         CmObject* read = archive->readObject(nullptr);
@@ -245,19 +251,24 @@ bool CmVariant::storeAttributes(FAttributes* attributes) {
 }
 
 bool CmVariant::restoreAttributes(FAttributes* attributes) {
-    try {
-        switch (attributes->getInteger("type") & ~int64_t{ownedFlag}) {
-        case none: clear(); return true;
-        case integer: setInteger(attributes->getInteger("lValue")); return true;
-        case real: setReal(attributes->getFloat("fValue")); return true;
-        case object: setObject(attributes->getObject("obj").detach(), Hold::adopt); return true;
+    switch (const int64_t kind = attributes->getInteger("type") & kinds) {
+    case none: clear(); return true;
+    case integer: setInteger(attributes->getInteger("lValue")); return true;
+    case real: setReal(attributes->getFloat("fValue")); return true;
+    case object: setObject(attributes->getObject("obj").detach(), Hold::adopt); return true;
+    case text8:
+    case text16: {
         // The stored form may have turned an ASCII text into the other width.
-        case text8: return setText8(String(attributes->getString("str")).text8());
-        case text16: return setText16(String(attributes->getString("str")).text16());
-        default: return false;
-        }
-    } catch (const std::bad_alloc&) {
-        return false;
+        const ConstString stored = attributes->getString("str");
+        if (kind == text16 && !stored.isWide() && text::wideLength(stored.view8()) == text::invalid)
+            return false;
+        const String text(stored);
+        if (text.size() != stored.size() || !(kind == text16 ? text.toWide() : text.toNarrow()) ||
+            !setText(text))
+            throw std::bad_alloc();
+        return true;
+    }
+    default: return false;
     }
 }
 

@@ -12,7 +12,6 @@ namespace qorl {
 /// record in which a value crosses an interface.
 class CmVariant : public CmObject {
     QORL_CLASS(CmVariant, CmObject)
-    QORL_CLONE(CmVariant)
     QORL_RECORD(CmVariant)
 
 public:
@@ -24,6 +23,7 @@ public:
         text8 = 8,
         text16 = 16,
         ownedFlag = 32,
+        kinds = 31, ///< The bits that tell the kind; there is one of them at most.
     };
 
     /// What becomes of a text or an object that is set.
@@ -39,13 +39,16 @@ public:
     explicit CmVariant(const ConstString& text) { setText(text); }
     /// Copies texts and shares objects, whoever owns them.
     explicit CmVariant(const FAttributeVariant& value);
+    /// Empty when a copy of its text finds no memory.
     CmVariant(const CmVariant& other);
     CmVariant& operator=(const CmVariant& other);
     ~CmVariant() override { clear(); }
 
+    CmObject* clone() const override;
+
     uint16_t type() const { return type_; }
     /// The kind without the mark of ownership.
-    uint16_t bareType() const { return type_ & ~ownedFlag; }
+    uint16_t bareType() const { return type_ & kinds; }
     bool isOwned() const { return (type_ & ownedFlag) != 0; }
 
     void clear();
@@ -68,10 +71,12 @@ public:
     /// The value as it crosses an interface, still owned by this variant.
     FAttributeVariant toRecord() const;
 
-    /// The type in 16 bits, then the number, the text or the object. What was read is owned.
+    /// The type in 16 bits, of which those above the mark of ownership say nothing, then the number, the text
+    /// or the object. What was read is owned.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
-    /// "type", then "lValue", "fValue", "obj" or "str". What was restored is owned.
+    /// "type", then "lValue", "fValue", "obj" or "str". What was restored is owned. Without memory restoring
+    /// throws `std::bad_alloc`.
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 

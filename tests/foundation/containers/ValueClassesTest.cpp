@@ -11,8 +11,10 @@
 
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
+#include <utility>
 
 namespace qorl {
 namespace {
@@ -84,6 +86,10 @@ TEST(CmBuffer, IsStoredWithAllItsRoom) {
     EXPECT_EQ(restored.bytes(), "other") << "a failed reading changes nothing";
     ASSERT_TRUE(read(restored, bytes));
     EXPECT_EQ(restored.bytes(), "ab");
+    EXPECT_EQ(restored.capacity(), 4096) << "by its own step";
+    EXPECT_EQ(std::string_view(restored.data(), 4096), std::string("ab") + std::string(4094, '\0'));
+    restored.setGrowth(4);
+    ASSERT_TRUE(read(restored, bytes));
     EXPECT_EQ(written(restored), bytes);
 
     CmBuffer large(200'000);
@@ -95,6 +101,20 @@ TEST(CmBuffer, IsStoredWithAllItsRoom) {
     for (const char* counts : {"\xff\xff\xff\xff\0\0\0\0", "\4\0\0\0\5\0\0\0", "\4\0\0\0\xff\xff\xff\xff",
                                "\xff\xff\xff\x7f\0\0\0\0"})
         EXPECT_FALSE(read(restored, std::string(counts, 8) + "12345"));
+}
+
+TEST(CmBuffer, IsCopiedToWholeSteps) {
+    CmBuffer buffer("abcdef", 6, 3);
+    buffer.setGrowth(16);
+    CmBuffer copy(std::string(100, 'x').data(), 100, 1);
+    copy = buffer;
+    const CmBuffer other(buffer);
+    for (const CmBuffer* each : {&std::as_const(copy), &other}) {
+        EXPECT_EQ(each->bytes(), "abcdef");
+        EXPECT_EQ(each->growth(), 16);
+        EXPECT_EQ(std::string_view(each->data(), static_cast<size_t>(each->capacity())),
+                  std::string_view("abcdef\0\0\0\0\0\0\0\0\0\0", 16));
+    }
 }
 
 TEST(CmBuffer, IsABinaryValueOfAttributes) {
@@ -115,6 +135,27 @@ TEST(CmBuffer, KeepsItsBytesWhenMemoryRunsOut) {
         EXPECT_EQ(done, !allocation.hasFailed());
         EXPECT_NE(buffer.bytes().find("abc"), std::string_view::npos);
     });
+}
+
+TEST(ValueClasses, AreClonedWholeOrNotAtAll) {
+    const CmBuffer buffer("abc", 3);
+    const CmVariant narrow(ConstString("text"));
+    const CmVariant wide(ConstString(u"text"));
+    const CmRational rational(1, 2);
+    const std::pair<const CmObject*, std::function<bool(const CmObject*)>> rows[] = {
+        {&buffer, [](const CmObject* copy) { return cast<CmBuffer>(copy)->bytes() == "abc"; }},
+        {&narrow, [](const CmObject* copy) { return cast<CmVariant>(copy)->getText() == "text"; }},
+        {&wide, [](const CmObject* copy) { return cast<CmVariant>(copy)->getText() == "text"; }},
+        {&rational, [&](const CmObject* copy) { return copy->isEqual(&rational); }},
+    };
+    for (const auto& [object, isSame] : rows)
+        failEachAllocation([&](FailingAllocation& allocation) {
+            const auto copy = Ref<CmObject>::adopt(allocation.during([&] { return object->clone(); }));
+            EXPECT_EQ(copy != nullptr, !allocation.hasFailed()) << object->getClassName();
+            EXPECT_TRUE(!copy || isSame(copy.get())) << object->getClassName();
+        });
+    EXPECT_TRUE(Ref<CmObject>::adopt(CmBuffer().clone())) << "nothing is copied as well";
+    EXPECT_TRUE(Ref<CmObject>::adopt(CmVariant().clone()));
 }
 
 TEST(CmBuffer, ShowsItsBlockToOthers) {
@@ -271,6 +312,51 @@ TEST(CmVariant, IsStoredByKindAndOwnedAfterwards) {
     EXPECT_EQ(look.type(), CmVariant::text8 | CmVariant::ownedFlag);
     attributes->setInteger("type", 3);
     EXPECT_FALSE(look.restoreAttributes(attributes.get())) << "no such kind";
+}
+
+TEST(CmVariant, IgnoresTheBitsAboveItsMarkOfOwnership) {
+    for (CmVariant& variant : oneOfEachKind(make<CmString>("o").get())) {
+        SCOPED_TRACE(variant.type());
+        std::string bytes = written(variant);
+        bytes[0] = static_cast<char>(bytes[0] | 0xC0);
+        bytes[1] = '\x81';
+        CmVariant restored;
+        ASSERT_TRUE(read(restored, bytes));
+        expectSame(restored, variant);
+        const auto attributes = make<FAttributes>();
+        ASSERT_TRUE(variant.storeAttributes(attributes.get()));
+        attributes->setInteger("type", variant.type() | 0x7100);
+        ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
+        expectSame(restored, variant);
+    }
+}
+
+TEST(CmVariant, RestoresATextWholeOrEndsTheLoad) {
+    // In either width, whatever the one that it was stored in.
+    for (const ConstString& stored : {ConstString("text"), ConstString(u"t\u00E4xt"), ConstString("")}) {
+        for (const uint16_t kind : {CmVariant::text8, CmVariant::text16}) {
+            const auto attributes = make<FAttributes>();
+            attributes->setInteger("type", kind);
+            attributes->setString("str", stored);
+            failEachAllocation([&](FailingAllocation& allocation) {
+                CmVariant restored;
+                const bool isRestored = allocation.during([&] {
+                    try {
+                        return restored.restoreAttributes(attributes.get());
+                    } catch (const std::bad_alloc&) {
+                        return false;
+                    }
+                });
+                EXPECT_EQ(isRestored, !allocation.hasFailed());
+                EXPECT_EQ(restored.bareType(), isRestored ? kind : uint16_t{CmVariant::none});
+                EXPECT_TRUE(!isRestored || restored.getText() == String(stored));
+            });
+        }
+    }
+    const auto attributes = make<FAttributes>();
+    attributes->setInteger("type", CmVariant::text16);
+    attributes->setString("str", "\xff");
+    EXPECT_FALSE(CmVariant().restoreAttributes(attributes.get())) << "no text in that width";
 }
 
 TEST(CmVariant, IsReadBackFromAStreamWholeOrNotAtAll) {
