@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -82,9 +83,16 @@ public:
                                                            std::atomic<bool>& stopped);
 
     uint32_t run() override {
-        visitRange(*iterator_, count_, visitor_, stopped_);
+        try {
+            visitRange(*iterator_, count_, visitor_, stopped_);
+        } catch (...) {
+            thrown_ = std::current_exception();
+            stopped_ = true;
+        }
         return 0;
     }
+    /// What the visitor threw, once the thread has ended.
+    const std::exception_ptr& thrown() const { return thrown_; }
 
 private:
     ConcurrencyIteratorThread(std::unique_ptr<CmIterator> iterator, int32_t count, CmVisitor& visitor,
@@ -96,6 +104,7 @@ private:
     int32_t count_;
     CmVisitor& visitor_;
     std::atomic<bool>& stopped_;
+    std::exception_ptr thrown_;
 };
 
 std::unique_ptr<ConcurrencyIteratorThread> ConcurrencyIteratorThread::make(const CmContainer& container,
@@ -114,6 +123,54 @@ std::unique_ptr<ConcurrencyIteratorThread> ConcurrencyIteratorThread::make(const
     }
 }
 
+/// The threads of one visit beside the calling one. They have ended when this goes.
+class Workers {
+public:
+    /// Without memory there is none.
+    Workers(size_t count, std::atomic<bool>& stopped)
+        : threads_(count > 0 ? new (std::nothrow) Thread[count] : nullptr), count_(count), stopped_(stopped) {
+    }
+    Workers(const Workers&) = delete;
+    Workers& operator=(const Workers&) = delete;
+    ~Workers() {
+        // Only a visitor that threw has left any of them running.
+        stopped_ = true;
+        static_cast<void>(join());
+    }
+
+    /// False when the system gives no thread for that share.
+    bool start(size_t index, const CmContainer& container, int32_t share, CmVisitor& visitor) {
+        if (!threads_)
+            return false;
+        Thread thread = ConcurrencyIteratorThread::make(container, static_cast<int32_t>(index) * share, share,
+                                                        visitor, stopped_);
+        if (!thread || !thread->start())
+            return false;
+        threads_[index] = std::move(thread);
+        return true;
+    }
+    /// What the first of those threw whose visitor did.
+    std::exception_ptr join() {
+        std::exception_ptr thrown;
+        for (size_t i = 0; threads_ && i < count_; ++i) {
+            if (!threads_[i])
+                continue;
+            threads_[i]->join();
+            if (!thrown)
+                thrown = threads_[i]->thrown();
+        }
+        threads_.reset();
+        return thrown;
+    }
+
+private:
+    using Thread = std::unique_ptr<ConcurrencyIteratorThread>;
+
+    std::unique_ptr<Thread[]> threads_;
+    size_t count_;
+    std::atomic<bool>& stopped_;
+};
+
 void standAt(CmIterator& iterator, int32_t place) {
     iterator.first();
     iterator.forward(place);
@@ -128,9 +185,9 @@ struct Shares {
 Shares shareOut(int32_t count, int32_t threads, int32_t minimumPerThread) {
     if (threads < 1)
         threads = std::max(platform::getProcessorCount(), 1);
-    int32_t each = count / threads;
-    while (each < minimumPerThread && threads > 1)
-        each = count / --threads;
+    if (minimumPerThread > 0)
+        threads = std::clamp(count / minimumPerThread, 1, threads);
+    const int32_t each = count / threads;
     // A thread without elements would only cost its start.
     if (each < std::max(minimumPerThread, 1))
         threads = 1;
@@ -195,26 +252,18 @@ bool CmContainer::forEachParallel(CmVisitor& visitor, int32_t threads, int32_t m
     if (!own)
         return false;
     const Shares shares = shareOut(count(), threads, minimumPerThread);
-    using Worker = std::unique_ptr<ConcurrencyIteratorThread>;
     const auto others = static_cast<size_t>(shares.threads - 1);
-    const std::unique_ptr<Worker[]> workers(others > 0 ? new (std::nothrow) Worker[others] : nullptr);
+    Workers workers(others, stopped);
     for (size_t i = 0; i < others; ++i) {
-        Worker worker;
-        if (workers)
-            worker = ConcurrencyIteratorThread::make(*this, static_cast<int32_t>(i) * shares.each,
-                                                     shares.each, visitor, stopped);
-        if (worker && worker->start()) {
-            workers[i] = std::move(worker);
+        if (workers.start(i, *this, shares.each, visitor))
             continue;
-        }
         standAt(*own, static_cast<int32_t>(i) * shares.each);
         visitRange(*own, shares.each, visitor, stopped);
     }
     standAt(*own, static_cast<int32_t>(others) * shares.each);
     visitRange(*own, count(), visitor, stopped);
-    for (size_t i = 0; i < others; ++i)
-        if (workers && workers[i])
-            workers[i]->join();
+    if (const std::exception_ptr thrown = workers.join())
+        std::rethrow_exception(thrown);
     return !stopped;
 }
 

@@ -84,7 +84,7 @@ public:
     /// Visits all elements from `threads` threads, this one included; below 1 means one a processor. Each
     /// gets `minimumPerThread` elements or more. False when a visit was: it ends them all. Without enough
     /// elements everything runs in order on this thread, as does the share of a thread that the system
-    /// refuses.
+    /// refuses. An exception of the visitor, on whichever thread, comes out of here once all have ended.
     virtual bool forEachParallel(CmVisitor& visitor, int32_t threads, int32_t minimumPerThread) const;
 
     Ownership getOwnership() const { return ownership_; }

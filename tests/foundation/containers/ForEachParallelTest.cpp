@@ -5,6 +5,7 @@
 #include <atomic>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 
 namespace qorl {
@@ -75,7 +76,8 @@ TYPED_TEST(ForEachParallel, StaysOnTheCallingThreadWithTooFewElements) {
         int32_t minimum;
         size_t expected;
     };
-    for (const Case& c : {Case{8, 104, 1}, Case{8, 103, 1}, Case{1, 1, 1}, Case{1000, 1000, 1}}) {
+    for (const Case& c : {Case{8, 104, 1}, Case{8, 103, 1}, Case{1, 1, 1}, Case{1000, 1000, 1},
+                          Case{104, 0, 1}, Case{INT32_MAX, -5, 1}, Case{INT32_MAX, 52, 1}}) {
         Collector collector;
         EXPECT_TRUE(this->container.forEachParallel(collector, c.threads, c.minimum));
         EXPECT_EQ(collector.numbers(), numbersOf(this->container)) << "in order";
@@ -121,6 +123,62 @@ TYPED_TEST(ForEachParallel, EndsAllThreadsAtTheirNextElement) {
     // The visit that stops may end last, while the others go on to the end of their shares.
     EXPECT_GE(visitor.visits, threads);
     EXPECT_LT(visitor.visits, 103);
+}
+
+enum class Where { here, elsewhere };
+
+/// Throws on the calling thread, or on all others, once all are under way, and lets the rest go on.
+class Throws : public CmVisitor {
+public:
+    Throws(Where where, int32_t threads, std::atomic<int32_t>& inside)
+        : where_(where), left_(threads), inside_(inside) {}
+    bool visit(CmObject*) override {
+        ++inside_;
+        if (--left_ == 0)
+            underWay_.set();
+        underWay_.wait();
+        --inside_;
+        if ((std::this_thread::get_id() == caller_) == (where_ == Where::here))
+            throw std::runtime_error("visit");
+        return true;
+    }
+
+private:
+    Where where_;
+    std::thread::id caller_ = std::this_thread::get_id();
+    std::atomic<int32_t> left_;
+    std::atomic<int32_t>& inside_;
+    platform::Event underWay_{platform::Reset::manual};
+};
+
+TYPED_TEST(ForEachParallel, LeavesNoThreadBehindWhenAVisitorThrows) {
+    std::atomic<int32_t> inside{0};
+    for (int32_t round = 0; round < 20; ++round) {
+        Throws visitor(round % 2 ? Where::here : Where::elsewhere, 4, inside);
+        EXPECT_THROW(this->container.forEachParallel(visitor, 4, 1), std::runtime_error);
+        EXPECT_EQ(inside, 0) << "no thread uses the visitor any more";
+    }
+}
+
+TEST(ForEachParallelShares, AreAsLargeAsAskedFor) {
+    struct Case {
+        int32_t count, threads, minimum, expected;
+    };
+    // The number of threads goes down until each has the minimum.
+    for (const Case& c : {Case{103, 7, 1, 7}, Case{103, 7, 14, 7}, Case{103, 7, 15, 6}, Case{10, 4, 3, 3},
+                          Case{10, 4, 0, 4}, Case{4, 4, 0, 4}, Case{100, 100, 51, 1}}) {
+        SCOPED_TRACE(::testing::Message() << c.count << " by " << c.threads << ", at least " << c.minimum);
+        CmArray array(0, CmArray::doubling, Ownership::adopt);
+        for (int32_t i = 0; i < c.count; ++i)
+            array.add(new NumberedObject(i));
+        Collector collector;
+        EXPECT_TRUE(array.forEachParallel(collector, c.threads, c.minimum));
+        const auto here =
+            std::count_if(collector.visits.begin(), collector.visits.end(),
+                          [](const Visit& visit) { return visit.thread == std::this_thread::get_id(); });
+        const int32_t others = c.expected - 1;
+        EXPECT_EQ(here, c.count - others * (c.count / c.expected));
+    }
 }
 
 TEST(ForEachParallelShares, GiveTheRestToTheCallingThread) {
