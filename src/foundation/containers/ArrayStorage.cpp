@@ -8,13 +8,20 @@
 
 namespace qorl {
 
+namespace {
+
+constexpr int64_t largestStoredStep = 1'000'000;
+
+} // namespace
+
 ArrayStorage::ArrayStorage(int32_t capacity, int32_t growth, Ownership ownership)
     : CmContainer(ownership), growth_(growth) {
     if (capacity > 0)
         setCapacity(capacity);
 }
 
-ArrayStorage::ArrayStorage(const ArrayStorage& other) : CmContainer(other), growth_(other.growth_) {
+ArrayStorage::ArrayStorage(const ArrayStorage& other)
+    : CmContainer(other), growth_(other.growth_), isGrowthStored_(other.isGrowthStored_) {
     if (!setCapacity(other.size_))
         return;
     count_ = other.count_;
@@ -44,7 +51,10 @@ bool ArrayStorage::setCapacity(int32_t capacity) {
 }
 
 bool ArrayStorage::grow() {
-    int64_t capacity = static_cast<int64_t>(size_) + growth_;
+    int64_t step = growth_;
+    if (isGrowthStored_)
+        step = std::min(step, std::max<int64_t>(size_, largestStoredStep));
+    int64_t capacity = size_ + step;
     if (growth_ == doubling)
         capacity = size_ < 1 ? defaultGrowth : 2 * static_cast<int64_t>(size_);
     capacity = std::min<int64_t>(capacity, INT32_MAX);
@@ -100,13 +110,15 @@ bool ArrayStorage::writeTo(FObjectArchive* archive) {
 
 bool ArrayStorage::readFrom(FObjectArchive* archive) {
     int32_t growth = 0;
-    if (!archive->stream().readInt32(growth))
+    StoredHead head{};
+    if (!archive->stream().readInt32(growth) || !readHead(*archive, head))
         return false;
     // The stored growth is for elements to come: by itself it must neither refuse those that are stored nor
     // ask for memory that they do not need.
     growth_ = doubling;
-    const bool complete = CmContainer::readFrom(archive);
+    const bool complete = readElements(*archive, head);
     growth_ = growth < 0 ? defaultGrowth : growth;
+    isGrowthStored_ = true;
     return complete;
 }
 

@@ -39,8 +39,12 @@ public:
     bool setCapacity(int32_t capacity);
     int32_t getGrowth() const { return growth_; }
     /// Elements more at a time, `fixedCapacity` or `doubling`. Below that nothing can be added to a full
-    /// array.
-    void setGrowth(int32_t growth) { growth_ = growth; }
+    /// array. A growth that was read from a stream is held back: by at most a million elements or, if that is
+    /// more, the present capacity at a time.
+    void setGrowth(int32_t growth) {
+        growth_ = growth;
+        isGrowthStored_ = false;
+    }
 
     std::span<CmObject* const> elements() const { return {array_.get(), static_cast<size_t>(count_)}; }
 
@@ -69,6 +73,7 @@ private:
 
     int32_t growth_ = defaultGrowth;
     int32_t count_ = 0;
+    bool isGrowthStored_ = false; ///< Nothing but a stream vouches for it.
     std::unique_ptr<CmObject*[]> array_;
 };
 

@@ -158,7 +158,7 @@ void CmBTree::destroyNode(BTreeNode* node, Ownership ownership) const {
         if (!node->isLeaf())
             destroyNode(node->children[i], ownership);
         if (i < node->count && releases(ownership))
-            node->keys[i]->release();
+            releaseDeep(node->keys[i]);
     }
     BTreeNode::destroy(node);
 }
@@ -246,7 +246,7 @@ BTreePlace CmBTree::locate(const CmObject* object) const {
     for (BTreePlace place = placeAtEquals(root_, RankOf{object}); place; place = place.next()) {
         if (place.key() == object)
             return place;
-        if (object->compare(place.key()) != 0)
+        if (isBehindEquals(place.key(), object))
             break;
     }
     // Its rank may have changed since.
@@ -289,7 +289,7 @@ CmObject* CmBTree::find(const CmObject* object) const {
     for (BTreePlace place = placeAtEquals(root_, RankOf{object}); place; place = place.next()) {
         if (object->isEqual(place.key()))
             return place.key();
-        if (object->compare(place.key()) != 0)
+        if (isBehindEquals(place.key(), object))
             return nullptr;
     }
     return nullptr;

@@ -284,25 +284,34 @@ bool CmContainer::writeTo(FObjectArchive* archive) {
     return forAll(*this, [archive](CmObject* element) { return archive->writeObject(element); });
 }
 
-bool CmContainer::readFrom(FObjectArchive* archive) {
+bool CmContainer::readHead(FObjectArchive& archive, StoredHead& head) {
     uint16_t ownership = 0;
-    int32_t number = 0;
-    FStream& stream = archive->stream();
-    if (!stream.readUInt16(ownership) || !stream.readInt32(number) || number < 0)
+    FStream& stream = archive.stream();
+    if (!stream.readUInt16(ownership) || !stream.readInt32(head.count) || head.count < 0)
         return false;
+    head.ownership = static_cast<Ownership>(ownership);
+    return true;
+}
+
+bool CmContainer::readElements(FObjectArchive& archive, const StoredHead& head) {
     removeAll();
     // Held at none meanwhile, so that the references of the created elements pass to the container as they
     // are.
     ownership_ = Ownership::none;
     bool complete = true;
-    for (; number > 0 && complete; --number) {
-        Ref<CmObject> element = Ref<CmObject>::adopt(archive->readObject(nullptr));
+    for (int32_t left = head.count; left > 0 && complete; --left) {
+        Ref<CmObject> element = Ref<CmObject>::adopt(archive.readObject(nullptr));
         complete = element && add(element.get());
         if (complete)
             static_cast<void>(element.detach());
     }
-    finishRead(static_cast<Ownership>(ownership), complete);
+    finishRead(head.ownership, complete);
     return complete;
+}
+
+bool CmContainer::readFrom(FObjectArchive* archive) {
+    StoredHead head{};
+    return readHead(*archive, head) && readElements(*archive, head);
 }
 
 bool CmContainer::storeAttributes(FAttributes* attributes) {
@@ -322,8 +331,9 @@ bool CmContainer::storeAttributes(FAttributes* attributes) {
 }
 
 bool CmContainer::restoreAttributes(FAttributes* attributes) {
+    const auto ownership = static_cast<Ownership>(attributes->getInteger("ownership"));
     removeAll();
-    ownership_ = Ownership::none; // as in `readFrom`
+    ownership_ = Ownership::none; // as in `readElements`
     bool complete = true;
     try {
         attributes->resetCursor("obj");
@@ -334,9 +344,10 @@ bool CmContainer::restoreAttributes(FAttributes* attributes) {
                 static_cast<void>(element.detach());
         }
     } catch (const std::bad_alloc&) {
-        complete = false;
+        finishRead(ownership, false);
+        throw;
     }
-    finishRead(static_cast<Ownership>(attributes->getInteger("ownership")), complete);
+    finishRead(ownership, complete);
     return complete;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/CmObject.h"
+#include "foundation/containers/DeepRelease.h"
 
 #include <new>
 
@@ -98,6 +99,8 @@ public:
     /// Writes nothing when the container has a null element, which could not be read back.
     bool writeTo(FObjectArchive* archive) override;
     bool storeAttributes(FAttributes* attributes) override;
+    /// As `readFrom`. Throws `std::bad_alloc` when an element could not be restored for want of memory, so
+    /// that the whole load ends and no element is missing.
     bool restoreAttributes(FAttributes* attributes) override;
 
 protected:
@@ -113,7 +116,7 @@ protected:
     }
     void give(CmObject* object) const {
         if (releases(ownership_))
-            object->release();
+            releaseDeep(object);
     }
 
     /// A copy by the copy constructor, with a reference for the caller; null when memory did not suffice.
@@ -128,6 +131,22 @@ protected:
     }
 
     bool hasNullElement() const;
+
+    /// What stands in front of the stored elements.
+    struct StoredHead {
+        Ownership ownership;
+        int32_t count;
+    };
+    /// `readFrom` in two steps. Nothing has changed when the first one fails.
+    static bool readHead(FObjectArchive& archive, StoredHead& head);
+    bool readElements(FObjectArchive& archive, const StoredHead& head);
+
+    /// Whether `element` stands behind all that may equal `object` in a sorted container. Pairs without a key
+    /// each sort in front of the other: such an element is asked as well.
+    static bool isBehindEquals(const CmObject* element, const CmObject* object) {
+        const int32_t rank = object->compare(element);
+        return rank > 0 || (rank < 0 && element->compare(object) >= 0);
+    }
 
     int32_t size_ = 0;
     Ownership ownership_ = Ownership::none;

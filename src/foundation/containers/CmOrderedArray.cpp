@@ -33,7 +33,7 @@ CmObject* CmOrderedArray::find(const CmObject* object) const {
     for (; place != all.end(); ++place) {
         if (object->isEqual(*place))
             return *place;
-        if (object->compare(*place) != 0)
+        if (isBehindEquals(*place, object))
             return nullptr;
     }
     return nullptr;

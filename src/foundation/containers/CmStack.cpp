@@ -12,15 +12,23 @@ bool CmStack::add(CmObject* object) {
 }
 
 bool CmStack::readFrom(FObjectArchive* archive) {
-    const bool complete = CmLinkedList::readFrom(archive);
+    StoredHead head{};
+    if (!readHead(*archive, head))
+        return false;
+    const bool complete = readElements(*archive, head);
     reverse();
     return complete;
 }
 
 bool CmStack::restoreAttributes(FAttributes* attributes) {
-    const bool complete = CmLinkedList::restoreAttributes(attributes);
-    reverse();
-    return complete;
+    try {
+        const bool complete = CmLinkedList::restoreAttributes(attributes);
+        reverse();
+        return complete;
+    } catch (const std::bad_alloc&) {
+        reverse();
+        throw;
+    }
 }
 
 void CmStack::reverse() {

@@ -98,6 +98,49 @@ TEST(CmArrayStream, TakesAnyGrowthWithoutTrustingIt) {
     }
 }
 
+TEST(CmArrayStream, TakesNoMemoryByAStoredGrowthThatIsOutOfProportion) {
+    CmArray array(1, INT32_MAX, Ownership::adopt);
+    array.add(new NumberedObject(0));
+    const std::string bytes = written(array);
+    CmArray back;
+    ASSERT_TRUE(read(back, bytes));
+    const auto copy = Ref<CmObject>::adopt(back.clone());
+    for (CmArray* each : {&back, static_cast<CmArray*>(copy.get())}) {
+        const int32_t size = each->size();
+        while (each->count() < size)
+            ASSERT_TRUE(each->add(new NumberedObject(1)));
+        ASSERT_TRUE(each->add(new NumberedObject(2)));
+        EXPECT_EQ(each->size(), size + 1'000'000);
+        EXPECT_EQ(each->getGrowth(), INT32_MAX);
+        EXPECT_EQ(written(*each).substr(0, 4), bytes.substr(0, 4));
+    }
+    ASSERT_TRUE(back.setCapacity(5));
+    back.setGrowth(1'500'000);
+    while (back.count() < 6)
+        ASSERT_TRUE(back.add(new NumberedObject(3)));
+    EXPECT_EQ(back.size(), 1'500'005) << "a growth that the program sets is taken as it is";
+}
+
+TYPED_TEST(ContainerStreams, StayAsTheyAreWithoutAWholeHead) {
+    TypeParam container;
+    container.setOwnership(Ownership::adopt);
+    for (const int32_t number : {3, 1, 2})
+        container.add(makeElement<TypeParam>(number).detach());
+    constexpr bool isArray = std::is_base_of_v<ArrayStorage, TypeParam>;
+    if constexpr (isArray)
+        container.setGrowth(7);
+    const Numbers before = numbersOf(container);
+    const std::string head = (isArray ? std::string("\5\0\0\0", 4) : "") + std::string("\2\0\1\0\0\0", 6);
+    for (size_t length = 0; length < head.size(); ++length) {
+        EXPECT_FALSE(read(container, head.substr(0, length))) << length;
+        EXPECT_EQ(numbersOf(container), before) << length;
+        EXPECT_EQ(container.getOwnership(), Ownership::adopt);
+        if constexpr (isArray) {
+            EXPECT_EQ(container.getGrowth(), 7) << length;
+        }
+    }
+}
+
 TEST(CmArrayStream, HasItsGrowthBeforeTheGeneralForm) {
     CmArray array(0, 3, Ownership::share);
     const Ref<CmObject> element = make<CmString>("x");

@@ -164,6 +164,45 @@ TEST(CmBTreeDictionary, HasAPairWithoutAKeyInFront) {
     EXPECT_EQ(dictionary.lookup(&one), dictionary.at(2));
 }
 
+TEST(CmBTreeDictionary, RefusesAPairThatIsHere) {
+    for (const int32_t order : {3, 32}) {
+        CmBTreeDictionary dictionary(order, Ownership::share);
+        std::vector<Ref<CmAssociation>> pairs;
+        for (int32_t i = 0; i < 20; ++i) {
+            pairs.push_back(make<CmAssociation>(i % 2 ? make<NumberedObject>(i).get() : nullptr, nullptr));
+            ASSERT_TRUE(dictionary.add(pairs.back().get()));
+        }
+        for (const auto& pair : pairs)
+            EXPECT_FALSE(dictionary.add(pair.get())) << (pair->getKey() ? "with" : "without") << " a key";
+        EXPECT_EQ(dictionary.count(), 20);
+    }
+}
+
+template <typename Container>
+class SortedPairs : public ::testing::Test {};
+using Sorted = ::testing::Types<CmOrderedArray, CmBTree, CmBTreeDictionary>;
+TYPED_TEST_SUITE(SortedPairs, Sorted);
+
+TYPED_TEST(SortedPairs, AreFoundWithoutAKey) {
+    TypeParam container;
+    std::vector<Ref<CmAssociation>> pairs;
+    for (int32_t i = 0; i < 40; ++i) {
+        pairs.push_back(make<CmAssociation>(i % 2 ? make<NumberedObject>(i).get() : nullptr, nullptr));
+        ASSERT_TRUE(container.add(pairs.back().get()));
+    }
+    for (const auto& pair : pairs) {
+        EXPECT_EQ(container.find(pair.get()), pair.get());
+        EXPECT_TRUE(container.containsEqual(pair.get()));
+    }
+    const CmAssociation none;
+    EXPECT_EQ(container.find(&none), nullptr);
+    const NumberedObject between(6);
+    const CmAssociation missing(const_cast<NumberedObject*>(&between), nullptr, Ownership::none);
+    EXPECT_EQ(container.find(&missing), nullptr);
+    for (const auto& pair : pairs)
+        EXPECT_TRUE(container.remove(pair.get()));
+}
+
 TEST(CmHashDictionary, AsksItsHashFunctionWithPairs) {
     CmHashDictionary dictionary(10, CmHashTable::Growth::fixed, Ownership::adopt);
     dictionary.setHashFunction([](const CmObject* object, uint32_t size) {

@@ -1,8 +1,11 @@
 #include "foundation/containers/dictionaries/CmAssociation.h"
 
 #include "foundation/Cast.h"
+#include "foundation/containers/DeepRelease.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
+
+#include <qorl/Ref.h>
 
 #include <utility>
 
@@ -18,12 +21,19 @@ void exchange(CmObject*& held, Ownership& heldBy, CmObject* object, Ownership ow
         object->addRef();
     CmObject* old = std::exchange(held, object);
     if (releases(std::exchange(heldBy, ownership)) && old)
-        old->release();
+        releaseDeep(old);
 }
 
 /// Of two pairs that both own, each has a reference.
 Ownership ownershipOfCopy(Ownership ownership) {
     return releases(ownership) ? Ownership::share : Ownership::none;
+}
+
+/// The next object of the archive. Null is stored too; only the archive can tell it from a failure. What is
+/// there counts, whatever was amiss in a part of it.
+bool readPart(FObjectArchive& archive, Ref<CmObject>& part) {
+    part = Ref<CmObject>::adopt(archive.readObject(nullptr));
+    return part || archive.lastError() == 0;
 }
 
 } // namespace
@@ -44,6 +54,7 @@ CmAssociation::~CmAssociation() {
 }
 
 void CmAssociation::setKey(CmObject* key, Ownership ownership) {
+    keyIsPair_ = key && key->isTypeOf(className(), false);
     exchange(key_, keyOwnership_, key, ownership);
 }
 
@@ -51,24 +62,59 @@ void CmAssociation::setObject(CmObject* object, Ownership ownership) {
     exchange(object_, objectOwnership_, object, ownership);
 }
 
+bool CmAssociation::canHave(const CmObject* key) const {
+    const auto* pair = cast<CmAssociation>(key);
+    for (int32_t left = deepest; pair && left > 0; --left) {
+        if (pair == this)
+            return false;
+        pair = cast<CmAssociation>(pair->key_);
+    }
+    return true;
+}
+
+// Keys that are pairs are followed without recursion, and only so far: stored data may hold any number of
+// them.
+
 bool CmAssociation::isEqual(const CmObject* other) const {
-    const auto* pair = cast<CmAssociation>(other);
-    if (!pair || !key_ || !pair->key_)
-        return this == other;
-    return key_->isEqual(pair->key_);
+    const CmAssociation* own = this;
+    for (int32_t left = deepest;; --left) {
+        const auto* pair = cast<CmAssociation>(other);
+        if (!pair || !own->key_ || !pair->key_ || left == 0)
+            return own == other;
+        const CmAssociation* next = own->keyPair();
+        if (!next)
+            return own->key_->isEqual(pair->key_);
+        own = next;
+        other = pair->key_;
+    }
 }
 
 int32_t CmAssociation::compare(const CmObject* other) const {
-    if (!key_)
-        return -1;
-    const auto* pair = cast<CmAssociation>(other);
-    if (!pair)
-        return CmObject::compare(other);
-    return pair->key_ ? key_->compare(pair->key_) : 1;
+    const CmAssociation* own = this;
+    for (int32_t left = deepest;; --left) {
+        if (!own->key_)
+            return -1;
+        const auto* pair = cast<CmAssociation>(other);
+        if (!pair || left == 0)
+            return own->CmObject::compare(other);
+        if (!pair->key_)
+            return 1;
+        const CmAssociation* next = own->keyPair();
+        if (!next)
+            return own->key_->compare(pair->key_);
+        own = next;
+        other = pair->key_;
+    }
 }
 
 uint32_t CmAssociation::hashCode(uint32_t size) const {
-    return key_ ? key_->hashCode(size) : 0;
+    const CmAssociation* own = this;
+    for (int32_t left = deepest; own->keyPair(); --left) {
+        if (left == 0)
+            return 0;
+        own = own->keyPair();
+    }
+    return own->key_ ? own->key_->hashCode(size) : 0;
 }
 
 bool CmAssociation::writeTo(FObjectArchive* archive) {
@@ -76,12 +122,19 @@ bool CmAssociation::writeTo(FObjectArchive* archive) {
 }
 
 bool CmAssociation::readFrom(FObjectArchive* archive) {
-    // Null is stored too; only the archive can tell it from a failure.
-    setKey(archive->readObject(nullptr), Ownership::adopt);
-    if (archive->lastError() != 0)
+    Ref<CmObject> read;
+    if (!readPart(*archive, read))
         return false;
-    setObject(archive->readObject(nullptr), Ownership::adopt);
-    return archive->lastError() == 0;
+    if (!canHave(read.get())) {
+        archive->report(FObjectArchive::malformed, getClassName());
+        return false;
+    }
+    // Now: what the object holds may ask for it already.
+    setKey(read.detach(), Ownership::adopt);
+    if (!readPart(*archive, read))
+        return false;
+    setObject(read.detach(), Ownership::adopt);
+    return true;
 }
 
 bool CmAssociation::storeAttributes(FAttributes* attributes) {
@@ -95,13 +148,14 @@ bool CmAssociation::storeAttributes(FAttributes* attributes) {
 }
 
 bool CmAssociation::restoreAttributes(FAttributes* attributes) {
-    try {
-        setKey(attributes->getObject("Key").detach(), Ownership::adopt);
-        setObject(attributes->getObject("Obj").detach(), Ownership::adopt);
-        return true;
-    } catch (const std::bad_alloc&) {
+    Ref<CmObject> key = attributes->getObject("Key");
+    if (!canHave(key.get())) {
+        FObjectArchive::reportGlobally(FObjectArchive::malformed, getClassName());
         return false;
     }
+    setKey(key.detach(), Ownership::adopt);
+    setObject(attributes->getObject("Obj").detach(), Ownership::adopt);
+    return true;
 }
 
 } // namespace qorl

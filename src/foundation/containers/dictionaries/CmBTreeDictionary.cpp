@@ -23,11 +23,16 @@ struct RankOfKey {
 } // namespace
 
 bool CmBTreeDictionary::add(CmObject* object) {
+    const auto* pair = cast<CmAssociation>(object);
+    if (!pair)
+        return false;
+    // Without a key it ranks beside no other, so that its place does not tell that it is here.
+    if (!pair->getKey() && find(pair))
+        return false;
     // A class derived from the pair may have an order of its own.
-    if (object && object->isTypeOf(CmAssociation::className(), false))
-        if (const CmObject* key = pairOf(object)->getKey())
-            return insert<EqualKeys::refuse>(object, RankOfKey{key});
-    return cast<CmAssociation>(object) && insert<EqualKeys::refuse>(object, RankOf{object});
+    if (pair->getKey() && pair->isTypeOf(CmAssociation::className(), false))
+        return insert<EqualKeys::refuse>(object, RankOfKey{pair->getKey()});
+    return insert<EqualKeys::refuse>(object, RankOf{object});
 }
 
 CmAssociation* CmBTreeDictionary::lookup(const CmObject* key) const {

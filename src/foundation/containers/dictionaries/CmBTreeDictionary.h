@@ -5,7 +5,7 @@
 
 namespace qorl {
 
-/// Pairs sorted by their keys. `add` refuses what is no pair, and a key that exists.
+/// Pairs sorted by their keys. `add` refuses what is no pair, a key that exists, and a pair that is here.
 class CmBTreeDictionary : public DictionaryOf<CmBTree> {
     QORL_CLASS(CmBTreeDictionary, CmBTree)
     QORL_RECORD(CmBTreeDictionary)
