@@ -178,6 +178,9 @@ Ref<UWindow> UBaseView::windowize(const WindowizePlan& wanted) {
     UView* focus = desktop ? desktop->getFocus() : nullptr;
     const Ref<UView> focused = focus == this || isDescendant(focus) ? retain(focus) : nullptr;
     const Ref<UWindow> own = retain(getOwnWindow());
+    // There is no window to dissolve: the view stays where it is.
+    if (plan.type == BaseWindowType::none && !own && getParent())
+        return nullptr;
     const Ref<UWindow> outer = retain(own ? own->getParentWindow() : getWindow());
     if (own)
         leaveWindow(*own, plan.type);
@@ -198,8 +201,9 @@ Ref<UWindow> UBaseView::windowize(const WindowizePlan& wanted) {
         window->show();
         if (desktop && focused && focused->getWindow() == window.get())
             desktop->setFocus(focused.get());
-        if (hasBaseFlag(baseControllerFocus))
-            window->setControllerFocus(controller_.get());
+        // The window's own controller is told directly: for the window itself it counts as none.
+        if (const Ref<CmObject> controller = controller_; controller && hasBaseFlag(baseControllerFocus))
+            controller->handleMessage(make<FMessage>(ConstString("SetControllerFocus")).get());
     }
     return window;
 }

@@ -101,7 +101,7 @@ public:
     // ---- Tree.
 
     virtual bool addSubView(Ref<UView> view);
-    /// False for null. An index outside of the list appends. `view` must have no parent.
+    /// False for null and for an ancestor. An index outside of the list appends. `view` must have no parent.
     virtual bool insertSubView(int32_t index, Ref<UView> view);
     /// Gives the parent's reference to the caller; null when `view` is no subview of this one.
     virtual Ref<UView> removeSubView(UView* view);

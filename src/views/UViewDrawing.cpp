@@ -44,10 +44,11 @@ private:
 // ---- The walk of a paint.
 
 bool UView::draw(const CmRect& rect) {
-    drawContent(rect);
+    const CmPoint toClient = CmPoint{} - core_.clientRect.origin();
+    drawContent(rect.moved(toClient));
     const CmRect client = rect.intersect(core_.clientRect);
     if (!client.isEmpty())
-        drawSubViews(client.moved(CmPoint{} - core_.clientRect.origin()));
+        drawSubViews(client.moved(toClient));
     if (isFocusable()) {
         const UDesktop* desktop = UDesktop::instance();
         drawFocus(desktop && desktop->getFocus() == this);

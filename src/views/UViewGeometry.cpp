@@ -153,8 +153,8 @@ void UView::setClientRect(const CmRect& rect, bool keepFrame) {
     }
     const CmSize frame = core_.frameRect.size();
     core_.item.setInsets({static_cast<double>(rect.left), static_cast<double>(rect.top),
-                          static_cast<double>(frame.width - rect.right),
-                          static_cast<double>(frame.height - rect.bottom)});
+                          static_cast<double>(frame.width) - rect.right,
+                          static_cast<double>(frame.height) - rect.bottom});
     updateClientRect();
     sizeChanged(old);
     invalidateFrame();

@@ -1,10 +1,8 @@
-#include "foundation/Cast.h"
 #include "persistence/attributes/FAttributes.h"
 #include "views/GeometryAttributes.h"
 #include "views/UView.h"
 #include "windows/UWindow.h"
 
-#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -29,30 +27,6 @@ std::vector<Ref<UView>> persistentViews(UView& root) {
     }
     return found;
 }
-
-/// Room for another size in the limits of a window, for as long as this stands.
-class WidenedLimits {
-public:
-    WidenedLimits(UView& view, CmSize size) : window_(cast<UWindow>(&view)) {
-        if (!window_)
-            return;
-        window_->getSizeLimits(smallest_, largest_);
-        window_->setSizeLimits(
-            {std::min(smallest_.width, size.width), std::min(smallest_.height, size.height)},
-            {std::max(largest_.width, size.width), std::max(largest_.height, size.height)});
-    }
-    WidenedLimits(const WidenedLimits&) = delete;
-    WidenedLimits& operator=(const WidenedLimits&) = delete;
-    ~WidenedLimits() {
-        if (window_)
-            window_->setSizeLimits(smallest_, largest_);
-    }
-
-private:
-    UWindow* window_;
-    CmSize smallest_;
-    CmSize largest_;
-};
 
 /// The frame under which the subviews were stored. False when there is none.
 bool storedFrame(UView& view, const FAttributes& attributes, CmRect& frame) {
@@ -112,12 +86,16 @@ bool UView::restoreSubViewState(FAttributes* attributes) {
         restoreListed(*this, *attributes);
         return true;
     }
-    const CmSize client{frame.width() - before.width() + getClientSize().width,
-                        frame.height() - before.height() + getClientSize().height};
-    const WidenedLimits widened(*this, client);
-    setFrame(frame, false);
+    if (!isWindow_) {
+        setFrame(frame, false);
+        restoreListed(*this, *attributes);
+        return setFrame(before, true);
+    }
+    // A window takes the stored size for its views only, whatever its limits are: on the screen it stands.
+    applyFrame(frame, false);
     restoreListed(*this, *attributes);
-    setFrame(before, true);
+    applyFrame(before, false);
+    invalidateAll();
     return true;
 }
 

@@ -57,7 +57,8 @@ bool UView::addSubView(Ref<UView> view) {
 }
 
 bool UView::insertSubView(int32_t index, Ref<UView> view) {
-    if (!view || view->parent_ || view == this)
+    // What this view stands in must not come to stand in it.
+    if (!view || view->parent_ || view == this || view->isDescendant(this))
         return false;
     const Ref<UView> keep = retain(this);
     const Ref<UView> child = std::move(view);
@@ -90,11 +91,9 @@ Ref<UView> UView::removeSubView(UView* view) {
         if (wasVisible)
             invalidate(view->core_.frameRect);
     }
-    // What isn't attached may have the focus all the same.
-    UWindow* window = getWindow();
-    UView* focus = window ? window->getFocusView() : nullptr;
-    if (focus && (focus == view || view->isDescendant(focus)))
-        window->setFocusView(nullptr);
+    // What isn't attached may have the mouse or the focus all the same.
+    if (UWindow* window = getWindow(); window && view->parent_ == this)
+        window->viewClosing(view);
     // What was told of the end may have removed it already.
     const int32_t index = getSubViewIndex(view);
     if (index < 0)
@@ -192,8 +191,9 @@ void UView::attached(UView* parent) {
     setFlag(viewAttached, true);
     if (core_.item.layout())
         core_.item.layout()->run(core_.item);
+    // In a window that is hidden just now, too: nobody comes by again when it is shown.
     forEachSubView([this](UView& view) {
-        if (view.isVisible())
+        if (view.isShown())
             view.attached(this);
     });
     // A subview may have taken this view out of the window, in answer to its own attachment.

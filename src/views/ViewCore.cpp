@@ -11,8 +11,10 @@ namespace {
 
 constinit uint64_t lastViewId = 0;
 
+/// Documents may ask for any number; the edges made of these still fit.
 int32_t rounded(double value) {
-    return static_cast<int32_t>(std::lround(value));
+    constexpr double farthest = 1 << 29;
+    return static_cast<int32_t>(std::lround(std::fmax(-farthest, std::fmin(value, farthest))));
 }
 
 } // namespace

@@ -25,12 +25,18 @@ std::string rectText(const CmRect& rect) {
            "x" + std::to_string(rect.height());
 }
 
-/// In quotes, with quotes, backslashes and line feeds escaped, so that a view stays one line.
+/// In quotes, with quotes, backslashes and control characters escaped, so that a view stays one line and a
+/// terminal shows it.
 std::string inQuotes(std::string_view text) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string result = "\"";
     for (const char c : text) {
         if (c == '\n') {
             result += "\\n";
+            continue;
+        }
+        if (const auto code = static_cast<uint8_t>(c); code < 0x20 || code == 0x7F) {
+            result += {'\\', 'x', digits[code >> 4], digits[code & 15]};
             continue;
         }
         if (c == '"' || c == '\\')

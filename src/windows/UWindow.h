@@ -113,7 +113,7 @@ public:
     /// Who hears the "Msg…" notifications. Null is allowed.
     void setController(CmObject* controller);
     CmObject* getFocusController() const;
-    /// The object that hears keys and "Interpret" first; the window's own controller counts as null.
+    /// Hears keys (by `IFocusDelegate`) and "Interpret" first; the window's own controller counts as null.
     void setControllerFocus(CmObject* controller);
     UWindow* getParentWindow() const;
     /// Takes over a reference; `child` closes with this window.
@@ -129,7 +129,7 @@ public:
     void removePrePaintListener(WindowPaintListener* listener);
     /// Null while the window is not open.
     platform::PlatformWindow* getPlatformWindow() const;
-    /// Drops hover, focus, cursor and tool tip of a view that leaves the tree. Called by the view.
+    /// Drops hover, mouse, focus, cursor and tool tip of a view that leaves the tree with all below it.
     virtual void viewClosing(UView* view);
     void registerDirectPaintView(UView* view);
     void unregisterDirectPaintView(UView* view);

@@ -40,6 +40,13 @@ int32_t sendTo(UView& view, const char* name) {
     return view.handleMessage(make<FMessage>(ConstString(name)).get());
 }
 
+bool askFocusController(const Ref<CmObject>& controller, UView& view, const UKeyCode& key) {
+    Ref<IFocusDelegate> delegate;
+    if (const Ref<CmObject> keep = controller)
+        keep->queryInterface(IFocusDelegate::iid, delegate.out());
+    return delegate && delegate->handleKey(&view, key);
+}
+
 /// Where the keyboard looks for a neighbour once the view is gone: the centre, or near the top of a tall
 /// view.
 CmPoint focusPointOf(UView& view) {
@@ -82,12 +89,16 @@ void UWindow::setFocusView(UView* view) {
 }
 
 void UWindow::viewClosing(UView* view) {
-    if (core_->hoverView == view)
+    const auto goes = [view](const UView* other) {
+        return other && (other == view || view->isDescendant(other));
+    };
+    if (goes(core_->hoverView))
         core_->hoverView = nullptr;
-    releaseMouse(view);
-    if (core_->focusView == view) {
-        core_->focusView = nullptr;
-        view->focusLost();
+    if (goes(core_->captureView))
+        releaseMouse(core_->captureView);
+    if (goes(core_->focusView)) {
+        const Ref<UView> focus = retain(std::exchange(core_->focusView, nullptr));
+        focus->focusLost();
     }
     if (UDesktop* desktop = UDesktop::instance())
         desktop->viewGone(view);
@@ -103,6 +114,8 @@ bool UWindow::keyEvent(const platform::KeyEvent& event) {
     const UKeyCode key = keyOf(event);
     if (event.kind == platform::KeyKind::up)
         return target ? target->keyUp(key) : keyUp(key);
+    if (askFocusController(core_->focusController, target ? *target : *this, key) || closeByKey(key))
+        return true;
     if (!target || target == this)
         return keyDown(key);
     const bool outer = std::exchange(core_->keyComesFromTree, true);
@@ -122,8 +135,8 @@ bool UWindow::keyDown(const UKeyCode& key) {
         core_->keyComesFromTree = false;
         return taken;
     }
-    if (key.modifiers == 0 && (key.isEnter() || key.virtualKey == Key::space) && core_->focusView &&
-        sendTo(*core_->focusView, "FocusHit") == handled)
+    if (!core_->focusHitIsAnswered && key.modifiers == 0 && (key.isEnter() || key.virtualKey == Key::space) &&
+        core_->focusView && sendTo(*core_->focusView, "FocusHit") == handled)
         return true;
     return UView::keyDown(key);
 }
@@ -151,7 +164,10 @@ bool UWindow::focusCommand(std::string_view command) {
             return navigateFocus(focus ? focus : this, focusDirectionOf(entry.key));
         if (focus && sendTo(*focus, entry.message) == handled)
             return true;
-        return keyDown(entry.key);
+        const bool outer = std::exchange(core_->focusHitIsAnswered, true);
+        const bool taken = keyDown(entry.key);
+        core_->focusHitIsAnswered = outer;
+        return taken;
     }
     return false;
 }

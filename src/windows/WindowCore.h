@@ -29,6 +29,10 @@ class CmObject;
 class UView;
 class UWindow;
 
+/// Attributes of a window that whoever makes it may set before it is shown.
+constexpr const char* noActivateOnShowKey = "noActivateOnShow";
+constexpr const char* centerOnCreateKey = "centerOnCreate";
+
 /// What a window keeps beside its class, so that derived windows stay small. Owned by the window; used by the
 /// sources of `windows/` only.
 struct WindowCore {
@@ -58,12 +62,17 @@ struct WindowCore {
     CmPoint mouseLocation;
     bool hasMouseLocation = false;
     uint32_t pressButtons = 0;
+    bool pressIsSpent = false; ///< By who sees presses before the views; they don't get its release either.
     bool keyComesFromTree = false;
+    bool focusHitIsAnswered = false;
     bool centerOnOpen = false;
     bool closeIsCancel = false;
     std::vector<Ref<UWindow>> followersOfMain; ///< Child windows that went with the main window.
     std::optional<CmPoint> collectedPosition;
     std::optional<CmSize> collectedSize;
+    /// What the platform was asked for and has not answered yet.
+    std::optional<CmPoint> askedPosition;
+    std::optional<CmSize> askedSize;
     CmPoint dragOffset;
     CmSize minSize{80, 20};
     CmSize maxSize{0x7FFFFFFF, 0x7FFFFFFF};

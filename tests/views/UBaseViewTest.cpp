@@ -217,5 +217,20 @@ TEST_F(UBaseViewTest, ForwardsItsStateToItsWindowWithoutComingBack) {
     EXPECT_EQ(base_->getPosition(), base_->getOwnWindow()->getPosition());
 }
 
+TEST_F(UBaseViewTest, StaysWhereItIsEmbeddedWhenThereIsNoWindowToDissolve) {
+    auto host = make<UView>(CmRect{0, 0, 300, 300});
+    host->addSubView(base_);
+    shell_.window().addSubView(host);
+    EXPECT_FALSE(windowize(BaseWindowType::none));
+    EXPECT_EQ(base_->getParent(), host.get());
+    EXPECT_TRUE(base_->isAttached());
+}
+
+TEST_F(UBaseViewTest, TellsItsControllerThatItHearsTheKeysFirst) {
+    base_->setBaseFlag(UBaseView::baseControllerFocus, true);
+    ASSERT_TRUE(windowize(BaseWindowType::document));
+    EXPECT_GE(controller_->indexOf("SetControllerFocus"), 0);
+}
+
 } // namespace
 } // namespace qorl

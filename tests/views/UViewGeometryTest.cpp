@@ -367,5 +367,16 @@ TEST(AttachText, ReadsAndWritesTheWords) {
     }
 }
 
+TEST(UViewInsets, StayNumbersWhateverADocumentAsksFor) {
+    for (const double inset : {2147483000.0, 3e9, 1e300, -3e9}) {
+        SCOPED_TRACE(inset);
+        auto view = make<UView>(CmRect{0, 0, 100, 100});
+        view->setClientInsets({inset, inset, inset, inset}, true);
+        const CmRect client = view->getClientRect();
+        EXPECT_EQ(client.left, inset > 0 ? 1 << 29 : -(1 << 29)) << "the edge came around";
+        EXPECT_EQ(client.width() > 100, inset < 0);
+    }
+}
+
 } // namespace
 } // namespace qorl

@@ -164,6 +164,9 @@ TEST(ViewDump, WritesOneLineOrOneObjectAView) {
         "\"a \\\"b\\\"\\nc\\\\\"";
     EXPECT_EQ(dumpViewTree(*root, DumpDetail::plain), plain + "\n    UView -1,-1 1x1\n");
     EXPECT_EQ(dumpViewTree(*root), plain + " @ panel.xml:12:5\n    UView -1,-1 1x1\n");
+    EXPECT_NE(describeView(*make<UView>(CmRect{}, ConstString("a\t\x1B[2J"))).find("\"a\\x09\\x1B[2J\""),
+              std::string::npos)
+        << "a title drives the terminal";
     EXPECT_EQ(dumpViewTreeAsJson(*root),
               R"({"class":"UView","title":"Mixer","frame":[10,20,100,200],"client":[2,3,94,192],)"
               R"("flags":["shown"],"views":[{"class":"SpokenView","name":"level","frame":[1,2,30,10],)"

@@ -27,6 +27,8 @@ TEST_F(UViewTree, OwnsOneReferenceOnEachSubViewAndGivesItBack) {
         << "a view with a parent was taken twice";
     EXPECT_FALSE(parent->addSubView(retain(static_cast<UView*>(parent.get()))))
         << "a view became its own child";
+    EXPECT_FALSE(raw->addSubView(retain(static_cast<UView*>(parent.get()))))
+        << "a view became its own ancestor";
     EXPECT_EQ(raw->getParent(), parent.get());
 
     Ref<UView> back = parent->removeSubView(raw);

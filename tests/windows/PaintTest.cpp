@@ -270,6 +270,15 @@ TEST(URenderWindow, LaysOutWithoutAScreen) {
     EXPECT_FALSE(window->invalidate({0, 0, 10, 10}));
 }
 
+TEST_F(PaintTest, RepaintsAPartOfAViewWithInsetsInItsClientCoordinates) {
+    view->setClientInsets({10, 20, 0, 0}, true);
+    shell.settle();
+    view->drawn.clear();
+    view->invalidate({0, 0, 30, 30});
+    shell.settle();
+    EXPECT_THAT(view->drawn, ElementsAre(CmRect{0, 0, 30, 30})) << "a strip is left as it was";
+}
+
 } // namespace
 
 } // namespace qorl

@@ -230,6 +230,10 @@ TEST_F(FocusTest, PressesTheKeyWhenNobodyAnswersTheCommand) {
     views[2]->messageAnswer = CmObject::handled;
     EXPECT_TRUE(shell.window().focusCommand("Escape"));
     EXPECT_THAT(log, ElementsAre("c.FocusEscape"));
+    log.clear();
+    views[2]->messageAnswer = CmObject::notHandled;
+    shell.window().focusCommand("Hit");
+    EXPECT_THAT(log, ElementsAre("c.FocusHit")) << "the key asks the view again";
     EXPECT_FALSE(shell.window().focusCommand("Sideways"));
 }
 
@@ -275,6 +279,31 @@ TEST_F(FocusTest, AsksThePolicyOfTheNearestViewThatHasOne) {
     log.clear();
     shell.key("Tab");
     EXPECT_EQ(focus(), "d") << "a policy with nothing to offer leaves the key alone";
+}
+
+/// Takes the keys that the test names.
+class KeyTaker : public CmObject, public IFocusDelegate {
+    QORL_CLASS(KeyTaker, CmObject)
+    QORL_FACES(KeyTaker, CmObject, IFocusDelegate)
+
+public:
+    std::vector<std::string> heard;
+
+    bool handleKey(UView*, const UKeyCode& key) override {
+        heard.push_back(key.normalised().toText());
+        return heard.back() == "a";
+    }
+};
+
+TEST_F(FocusTest, AsksTheFocusControllerBeforeTheViews) {
+    const auto taker = make<KeyTaker>();
+    shell.desktop().setFocus(views[0].get());
+    shell.window().setControllerFocus(taker.get());
+    log.clear();
+    shell.key("a");
+    shell.key("b");
+    EXPECT_THAT(taker->heard, ElementsAre("a", "b"));
+    EXPECT_THAT(log, ElementsAre("a.key b"));
 }
 
 } // namespace
