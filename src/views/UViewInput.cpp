@@ -142,8 +142,11 @@ bool UView::mouseUp(CmPoint point) {
         return false;
     tellMouse(*this, point, &IViewMouseListener::viewMouseUp);
     return askSubViewsAt(*this, point, [&](UView& subView) {
-        return answerOf(subView.hitsClient(subView.parentToFrame(point)) &&
-                        subView.mouseUp(subView.parentToClient(point)));
+        const bool isBaseOnly = isRightPress(subView) && !subView.hasFlag(viewTakesRightClick);
+        if (!subView.hitsClient(subView.parentToFrame(point)))
+            return isBaseOnly ? Answer::endsWalk : Answer::leftToNext;
+        const CmPoint client = subView.parentToClient(point);
+        return answerOf(isBaseOnly ? subView.UView::mouseUp(client) : subView.mouseUp(client));
     });
 }
 

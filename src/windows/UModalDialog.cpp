@@ -30,6 +30,7 @@ bool UModalDialog::keyDown(const UKeyCode& key) {
     if (isPlain && key.isEnter() && pressDefaultControl())
         return true;
     if (isPlain && key.virtualKey == Key::escape) {
+        modalResult_ = canceledResult;
         closeDeferred(CloseReason::canceled);
         return true;
     }
@@ -43,13 +44,14 @@ bool UModalDialog::pressDefaultControl() {
     Binding::IBoundValue* bound = value->bound();
     if (!bound->isEnabled())
         return false;
+    const int32_t before = bound->getValue();
     bound->setValueAndPerform(bound->getMax());
-    bound->setValueAndPerform(bound->getMin());
+    bound->setValueAndPerform(before);
     return true;
 }
 
 void UModalDialog::viewClosing(UView* view) {
-    if (view == defaultControl_)
+    if (view == defaultControl_ || view->isDescendant(defaultControl_))
         defaultControl_ = nullptr;
     UWindow::viewClosing(view);
 }
@@ -57,6 +59,15 @@ void UModalDialog::viewClosing(UView* view) {
 void UModalDialog::endModal(int32_t result) {
     modalResult_ = result;
     closeDeferred();
+}
+
+bool UModalDialog::closeRequest() {
+    const Ref<UModalDialog> keep = retain(this);
+    if (UWindow::closeRequest())
+        return true;
+    // The answer went with the close that was refused.
+    modalResult_ = canceledResult;
+    return false;
 }
 
 AccessibleRole UModalDialog::getAccessibleRole() const {

@@ -20,6 +20,7 @@ public:
     WindowType getWindowType() const override { return WindowType::modal; }
     bool show() override;
     bool keyDown(const UKeyCode& key) override;
+    bool closeRequest() override;
     void viewClosing(UView* view) override;
     AccessibleRole getAccessibleRole() const override;
 

@@ -1,11 +1,10 @@
 #include "windows/UPopupWindow.h"
 
 #include "foundation/messages/FMessage.h"
-#include "platform/DesktopServices.h"
-#include "platform/Platform.h"
 #include "schemes/SchemeKeys.h"
 #include "schemes/UScheme.h"
 #include "windows/UDesktop.h"
+#include "windows/WindowCore.h"
 
 namespace qorl {
 
@@ -41,10 +40,26 @@ bool UPopupWindow::show() {
 }
 
 bool UPopupWindow::hide() {
-    if (!hasStyle(styleClientMovable))
-        return UWindow::hide();
-    closeDeferred();
-    return true;
+    if (hasStyle(styleClientMovable)) {
+        closeDeferred();
+        return true;
+    }
+    const Ref<UPopupWindow> keep = retain(this);
+    // Presses elsewhere have nothing to close while it doesn't show.
+    if (UDesktop* desktop = UDesktop::instance(); desktop && desktop->getOpenPopup() == this)
+        desktop->setOpenPopup(nullptr);
+    return UWindow::hide();
+}
+
+bool UPopupWindow::closeRequest() {
+    const Ref<UPopupWindow> keep = retain(this);
+    if (UWindow::closeRequest())
+        return true;
+    // Whoever asked the desktop to close the popups took it for gone.
+    UDesktop* desktop = UDesktop::instance();
+    if (desktop && hasWindowFlag(closesOnOutsideClick) && isVisible() && !desktop->getOpenPopup())
+        desktop->setOpenPopup(this);
+    return false;
 }
 
 void UPopupWindow::willClose(bool canceled) {
@@ -61,17 +76,20 @@ void UPopupWindow::willClose(bool canceled) {
 bool UPopupWindow::mouseDown(CmPoint point) {
     lastClickInside_ = getClientBounds().contains(point);
     if (hasWindowFlag(closesOnOutsideClick) && !lastClickInside_) {
+        core().pressIsSpent = true;
         if (UDesktop* desktop = UDesktop::instance())
             desktop->closePopups();
         return true;
     }
     if (hasWindowFlag(closesOnAnyClick)) {
+        core().pressIsSpent = true;
         closeDeferred();
         return true;
     }
     const Ref<UPopupWindow> keep = retain(this);
     const bool taken = UWindow::mouseDown(point);
-    if (hasWindowFlag(closesAfterClick) && !(platform::desktop() && platform::desktop()->isCapturing()))
+    // The platform gives every press the mouse; what counts is whether the press began to track it.
+    if (hasWindowFlag(closesAfterClick) && !getMouseCapture() && !hasWindowFlag(clientDragged))
         closeDeferred();
     return taken;
 }

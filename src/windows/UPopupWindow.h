@@ -26,8 +26,9 @@ public:
     WindowType getWindowType() const override { return WindowType::popup; }
     UColor getBackgroundColor(const UView* forView) const override;
     bool show() override;
-    /// A popup that closes on the second press does so here.
+    /// A popup that can be moved by its client, as one that closes on the second press can, closes here.
     bool hide() override;
+    bool closeRequest() override;
     void willClose(bool canceled) override;
     bool mouseDown(CmPoint point) override;
     int32_t handleMessage(FMessage* message) override;

@@ -11,6 +11,7 @@
 #include "windows/WindowSurface.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace qorl {
 
@@ -78,6 +79,8 @@ float UWindow::getOpacity() const {
 }
 
 void UWindow::setOpacity(float opacity) {
+    if (std::isnan(opacity))
+        return;
     core_->opacity = std::clamp(opacity, 0.0F, 1.0F);
     if (core_->platformWindow)
         core_->platformWindow->setOpacity(core_->opacity);

@@ -1,5 +1,6 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/UpdateHandler.h"
+#include "persistence/attributes/FAttributes.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "views/GeometryAttributes.h"
@@ -30,12 +31,12 @@ void takePositive(CmSize& limit, CmSize wanted) {
 // Position and size
 
 void UWindow::setPosition(CmPoint position) {
+    core_->centerOnOpen = false;
     if (hasWindowFlag(collectingUpdates)) {
         core_->collectedPosition = position;
         return;
     }
-    core_->centerOnOpen = false;
-    setFrame(CmRect::ofSize(position, getFrameSize()), true);
+    setFrame(CmRect::ofSize(position, core_->askedSize.value_or(getFrameSize())), true);
 }
 
 CmPoint UWindow::getPosition() const {
@@ -48,7 +49,7 @@ void UWindow::setSize(CmSize clientSize) {
         core_->collectedSize = clientSize;
         return;
     }
-    setFrame(CmRect::ofSize(getFrameRect().origin(), clientSize), true);
+    setFrame(CmRect::ofSize(core_->askedPosition.value_or(getFrameRect().origin()), clientSize), true);
 }
 
 CmSize UWindow::getSize() const {
@@ -76,7 +77,10 @@ void UWindow::beginCollectUpdates() {
 void UWindow::endCollectUpdates() {
     if (!hasWindowFlag(collectingUpdates))
         return;
-    const CmRect frame = CmRect::ofSize(getPosition(), getSize());
+    const CmRect asked = CmRect::ofSize(core_->askedPosition.value_or(getFrameRect().origin()),
+                                        core_->askedSize.value_or(getFrameSize()));
+    const CmRect frame = CmRect::ofSize(core_->collectedPosition.value_or(asked.origin()),
+                                        core_->collectedSize.value_or(asked.size()));
     setWindowFlag(collectingUpdates, false);
     core_->collectedPosition.reset();
     core_->collectedSize.reset();
@@ -84,8 +88,11 @@ void UWindow::endCollectUpdates() {
 }
 
 bool UWindow::applyFrameHook(const CmRect& rect, bool) {
-    if (!core_->platformWindow)
+    if (!core_->platformWindow || hasFlag(viewFrameFrozen))
         return false;
+    // A desktop that answers later still has the old frame when the next request comes.
+    core_->askedPosition = rect.origin();
+    core_->askedSize = rect.size();
     core_->platformWindow->setPositionSize(rect.origin(), rect.size());
     return true;
 }
@@ -218,9 +225,15 @@ void UWindow::activationChanged(Activation activation,
 
 void UWindow::followMainWindow(bool isMain) {
     if (isMain) {
-        for (const Ref<UWindow>& child : std::exchange(core_->followersOfMain, {}))
-            if (child->core().parentWindow == this)
-                child->show();
+        // The main window has just got the keyboard, and keeps it.
+        for (const Ref<UWindow>& child : std::exchange(core_->followersOfMain, {})) {
+            if (child->core().parentWindow != this)
+                continue;
+            const int64_t before = child->getAttributes().getInteger(noActivateOnShowKey);
+            child->getAttributes().setInteger(noActivateOnShowKey, 1);
+            child->show();
+            child->getAttributes().setInteger(noActivateOnShowKey, before);
+        }
         return;
     }
     const std::vector<Ref<UWindow>> children = core_->childWindows;

@@ -90,6 +90,7 @@ bool UWindow::mousePressed(CmPoint point, const platform::MouseEvent& event) {
         platform::desktop()->setCapture(*core_->platformWindow);
     if (UDesktop* desktop = UDesktop::instance(); desktop && hasWindowFlag(firstFrontList | secondFrontList))
         desktop->bringWindowToFront(this);
+    core_->pressIsSpent = false;
     const uint32_t outer = std::exchange(core_->pressButtons, event.buttons);
     const bool taken = mouseDown(point);
     core_->pressButtons = outer;
@@ -111,9 +112,15 @@ bool UWindow::mouseReleased(CmPoint point, const platform::MouseEvent& event) {
         return false;
     if (!isLast && core_->captureView)
         return true;
+    if (core_->pressIsSpent) {
+        updateHover(point);
+        return true;
+    }
     UView* holder = std::exchange(core_->captureView, nullptr);
     const Ref<UView> target = retain(holder ? holder : core_->hoverView ? core_->hoverView : this);
+    const uint32_t outer = std::exchange(core_->pressButtons, event.buttons);
     bool taken = target->mouseUp(target->windowToClient(point));
+    core_->pressButtons = outer;
     if (isClick && !hasWindowFlag(closed))
         taken = sendClick(point, event.modifiers) || taken;
     if (!hasWindowFlag(closed))
@@ -172,15 +179,19 @@ bool UWindow::isDoubleClick() const {
 
 bool UWindow::mouseDown(CmPoint point) {
     UDesktop* desktop = UDesktop::instance();
-    if (desktop && desktop->tellMouseDown(this, point, pressedButtons()))
+    if (desktop && desktop->tellMouseDown(this, point, pressedButtons())) {
+        core_->pressIsSpent = true;
         return true;
+    }
     if (isInputBlocked())
         return false;
     if (const Ref<UPopupWindow> popup = retain(desktop ? desktop->getOpenPopup() : nullptr);
         popup && !belongsTo(this, popup.get())) {
         desktop->closePopups();
-        if (popup->hasWindowFlag(UPopupWindow::closesOnOutsideClick))
+        if (popup->hasWindowFlag(UPopupWindow::closesOnOutsideClick)) {
+            core_->pressIsSpent = true;
             return true;
+        }
     }
     if (pressedButtons() == platform::rightButton)
         return pressRight(point);
@@ -201,13 +212,10 @@ bool UWindow::pressRight(CmPoint point) {
             desktop->setFocus(view->getFocusView());
         break;
     }
-    // Views that take right clicks themselves come before the controller.
-    if (UView::mouseDown(point))
-        return true;
     const Ref<FMessage> message = make<FMessage>(ConstString("RightMouseClick"));
     message->setObject("MouseView", target ? target.get() : this);
     setPoint(message->attributes(), "Position", point);
-    return tellController(*message) != notHandled;
+    return tellController(*message) != notHandled || UView::mouseDown(point);
 }
 
 void UWindow::beginClientDrag(CmPoint point) {

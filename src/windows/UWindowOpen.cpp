@@ -1,5 +1,6 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/FMessenger.h"
+#include "persistence/attributes/FAttributes.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "windows/UDesktop.h"
@@ -25,6 +26,11 @@ std::vector<CmRect> workAreas(const platform::DesktopServices& desktop) {
             areas.push_back(area);
     }
     return areas;
+}
+
+bool isAsked(const UWindow& window, const char* attribute) {
+    const FAttributes* attributes = window.peekAttributes();
+    return attributes && attributes->getInteger(attribute) != 0;
 }
 
 } // namespace
@@ -59,7 +65,8 @@ bool UWindow::open() {
     if (hasWindowFlag(closed))
         return false;
     setWindowFlag(opened, true);
-    if (getWindowType() == WindowType::document && !hasStyle(styleNoActivate))
+    if (getWindowType() == WindowType::document && !hasStyle(styleNoActivate) &&
+        !isAsked(*this, noActivateOnShowKey))
         activate();
     return true;
 }
@@ -108,14 +115,18 @@ bool UWindow::createPlatformWindow() {
     if (!isEnabled())
         core_->platformWindow->enable(false);
     core_->platformWindow->setBackground(getBackgroundColor(this).packed());
+    for (const Ref<UWindow>& child : core_->childWindows)
+        if (child->core().platformWindow)
+            child->core().platformWindow->setOwner(core_->platformWindow.get());
     return true;
 }
 
 void UWindow::placeForOpening() {
     const Ref<platform::PlatformWindow> window = core_->platformWindow;
-    if (core_->centerOnOpen) {
+    if (core_->centerOnOpen || isAsked(*this, centerOnCreateKey)) {
         window->center();
-        return;
+        if (hasWindowFlag(closed))
+            return;
     }
     const std::vector<CmRect> areas = workAreas(*platform::desktop());
     const CmPoint wanted = getFrameRect().origin();
@@ -128,17 +139,20 @@ void UWindow::showOnPlatform() {
     const UDesktop* desktop = UDesktop::instance();
     const bool isPutOff =
         desktop && desktop->hasDesktopFlag(UDesktop::focusFrozen | UDesktop::restoringLayout);
+    WindowState state = core_->windowState;
     if (hasWindowFlag(restoreMaximized) && !isPutOff) {
         setWindowFlag(restoreMaximized, false);
-        core_->windowState = WindowState::maximized;
+        state = WindowState::maximized;
     }
     uint32_t flags = platform::showDefault;
-    if (hasStyle(styleNoActivate))
+    if (hasStyle(styleNoActivate) || isAsked(*this, noActivateOnShowKey))
         flags |= platform::showWithoutActivation;
-    if (core_->windowState == WindowState::maximized)
+    if (state == WindowState::maximized)
         flags |= platform::showMaximized;
     const Ref<platform::PlatformWindow> window = core_->platformWindow;
-    window->show(core_->windowState, flags);
+    window->show(state, flags);
+    if (state == WindowState::maximized && !hasWindowFlag(closed))
+        stateChangedTo(state);
 }
 
 // Closing
@@ -149,11 +163,16 @@ void UWindow::addCloseHook(std::function<void(UWindow*)> hook) {
 
 void UWindow::closeDeferred(CloseReason reason) {
     core_->closeIsCancel = reason == CloseReason::canceled;
+    UDesktop* desktop = UDesktop::instance();
+    if (desktop && desktop->isModal() && getWindowType() != WindowType::popup)
+        desktop->closePopups();
     if (FMessenger* messenger = FMessenger::instance())
         messenger->post(static_cast<CmObject*>(this), "closeWindow", FMessenger::Duplicates::drop);
 }
 
 bool UWindow::closeRequest() {
+    if (hasWindowFlag(closed))
+        return true;
     const Ref<UWindow> keep = retain(this);
     const std::vector<Ref<UWindow>> children = core_->childWindows;
     for (const Ref<UWindow>& child : children)

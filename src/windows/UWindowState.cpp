@@ -4,6 +4,8 @@
 #include "windows/UWindow.h"
 #include "windows/WindowCore.h"
 
+#include <algorithm>
+
 namespace qorl {
 
 namespace {
@@ -15,6 +17,18 @@ FAttributes* sectionOf(const String& name, int32_t version, bool create) {
     FGlobalDefaultPool* pool = name.isEmpty() ? nullptr : FGlobalDefaultPool::instance();
     FDefaults* group = pool ? pool->getGroup(name, version, create) : nullptr;
     return group ? &group->values() : nullptr;
+}
+
+bool isMaximizedWhenShown(const WindowCore& core) {
+    return core.windowState == WindowState::maximized ||
+           (core.windowState == WindowState::minimized && (core.stateFlags & WindowCore::wasMaximized) != 0);
+}
+
+/// A stored size may come from anybody: each edge as long as a square surface can have it.
+CmSize withSurface(CmSize size, double scale) {
+    constexpr double longest = 8192;
+    const auto most = static_cast<int32_t>(longest / std::max(scale, 1.0));
+    return {std::min(size.width, most), std::min(size.height, most)};
 }
 
 } // namespace
@@ -44,10 +58,11 @@ void UWindow::restoreStoredState() {
     if (hasLocation)
         core_->centerOnOpen = false;
     if (hasSize)
-        setSize(size);
+        setSize(withSurface(size, getScaleFactor()));
     if (hasLocation)
         setPosition(location);
     if (CmRect placement; getRect(*stored, "Placement", placement) && !placement.isEmpty()) {
+        placement = CmRect::ofSize(placement.origin(), withSurface(placement.size(), getScaleFactor()));
         core_->placementRect = placement;
         if (core_->platformWindow)
             core_->platformWindow->setPlacement(placement);
@@ -60,8 +75,10 @@ void UWindow::restoreStoredState() {
 }
 
 void UWindow::restoreLook(FAttributes& stored) {
-    if (stored.contains("Opacity"))
-        setOpacity(static_cast<float>(stored.getFloat("Opacity")));
+    // A window that nobody sees could not be brought back; NaN is no opacity either.
+    constexpr double leastSeen = 0.1;
+    if (const double opacity = stored.getFloat("Opacity"); opacity >= leastSeen)
+        setOpacity(static_cast<float>(opacity));
     if (FAttributes* views = stored.getAttributes("Subviews"))
         restoreSubViewState(views);
 }
@@ -78,7 +95,7 @@ void UWindow::storeStateAtClose() {
     const CmRect frame = normalFrame();
     if (hasPlace && hasStyle(styleMaximize)) {
         setRect(*section, "Placement", frame);
-        section->setInteger("Maximized", core_->windowState == WindowState::maximized ? 1 : 0);
+        section->setInteger("Maximized", isMaximizedWhenShown(*core_) ? 1 : 0);
     }
     if (hasPlace && hasStyle(styleRememberSize))
         qorl::setSize(*section, "Size", frame.size());
@@ -103,7 +120,7 @@ bool UWindow::storeAttributes(FAttributes* attributes) {
     if (hasWindowFlag(withoutStateStore))
         return false;
     const CmRect frame = normalFrame();
-    const bool isMaximized = core_->windowState == WindowState::maximized;
+    const bool isMaximized = isMaximizedWhenShown(*core_);
     if (isMaximized && getWindowType() == WindowType::document)
         setRect(*attributes, "Placement", frame);
     setPoint(*attributes, "Position", frame.origin());
@@ -123,7 +140,7 @@ bool UWindow::restoreAttributes(FAttributes* attributes) {
     CmPoint position = frame.origin();
     CmSize size = frame.size();
     if (qorl::getSize(*attributes, "Size", size))
-        setSize(size);
+        setSize(withSurface(size, getScaleFactor()));
     if (getPoint(*attributes, "Position", position))
         setPosition(position);
     getRect(*attributes, "Placement", core_->placementRect);

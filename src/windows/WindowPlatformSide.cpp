@@ -21,11 +21,13 @@ bool WindowPlatformSide::key(const platform::KeyEvent& event) {
 
 void WindowPlatformSide::moved(CmPoint position) {
     const Ref<UWindow> keep = retain(&window_);
+    window_.core().askedPosition.reset();
     window_.sized(CmRect::ofSize(position, window_.getFrameSize()));
 }
 
 void WindowPlatformSide::sized(CmSize size) {
     const Ref<UWindow> keep = retain(&window_);
+    window_.core().askedSize.reset();
     window_.sized(CmRect::ofSize(window_.getFrameRect().origin(), size));
 }
 
@@ -50,7 +52,9 @@ void WindowPlatformSide::deactivated(MainWindow main) {
 }
 
 void WindowPlatformSide::closePressed() {
-    window_.closeDeferred();
+    // A dialog that keeps input from this window keeps it from its frame too.
+    if (!window_.isInputBlocked())
+        window_.closeDeferred();
 }
 
 void WindowPlatformSide::minimized() {

@@ -51,9 +51,8 @@ TEST_F(PopupTest, ConsumesTheOutsideClickThatClosesIt) {
     EXPECT_EQ(shell.desktop().getOpenPopup(), popup.get());
     shell.press({20, 20});
     EXPECT_FALSE(popup->isOpen());
-    EXPECT_THAT(log, IsEmpty());
     shell.release();
-    log.clear();
+    EXPECT_THAT(log, IsEmpty()) << "neither the press nor its release and click";
     shell.press({20, 20});
     EXPECT_THAT(log, ElementsAre("under.mouseDown 20,20")) << "the next one reaches the view again";
 }
@@ -80,6 +79,60 @@ TEST_F(PopupTest, GoesWithAnyClickInsideWhenToldSo) {
     shell.press({20, 20});
     EXPECT_FALSE(popup->isOpen());
     EXPECT_THAT(log, IsEmpty()) << "the click is spent on closing";
+}
+
+TEST_F(PopupTest, GoesAfterAClickUnlessThatBeginsToTrackTheMouse) {
+    for (const bool tracks : {false, true}) {
+        SCOPED_TRACE(tracks);
+        const Ref<UPopupWindow> popup = open(UPopupWindow::closesAfterClick);
+        auto* inside = static_cast<ProbeView*>(popup->getFirstSubView());
+        inside->during = [&](const std::string& call) {
+            if (call == "mouseDown" && tracks)
+                popup->captureMouse(popup->getFirstSubView());
+        };
+        shell.aim(*popup);
+        shell.press({20, 20});
+        EXPECT_EQ(log.front(), "inside.mouseDown 20,20");
+        EXPECT_EQ(popup->isOpen(), tracks);
+        shell.release();
+        popup->willClose(false);
+    }
+}
+
+TEST_F(PopupTest, IsTheOpenOneAsLongAsItShows) {
+    const Ref<ProbeController> controller = make<ProbeController>();
+    controller->answer = [](FMessage& message) { return message.isNamed("MsgCloseRequest") ? 2 : 0; };
+    const Ref<UPopupWindow> popup = open(UPopupWindow::closesOnOutsideClick);
+    popup->setController(controller.get());
+    shell.press({20, 20});
+    shell.release();
+    EXPECT_TRUE(popup->isOpen());
+    EXPECT_EQ(shell.desktop().getOpenPopup(), popup.get()) << "it refused to close";
+    popup->hide();
+    EXPECT_EQ(shell.desktop().getOpenPopup(), nullptr);
+    popup->show();
+    EXPECT_EQ(shell.desktop().getOpenPopup(), popup.get());
+}
+
+TEST_F(PopupTest, GoesBeforeTheDialogThatItStandsOver) {
+    const Ref<UModalDialog> dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    const Ref<ProbeController> controller = make<ProbeController>();
+    dialog->setController(controller.get());
+    Ref<UPopupWindow> popup;
+    bool wasOpen = true;
+    controller->answer = [&](FMessage& message) {
+        if (message.isNamed("MsgCloseRequest"))
+            wasOpen = popup->isOpen();
+        return 0;
+    };
+    shell.platform().postCall([&] {
+        popup = make<UPopupWindow>(CmRect{600, 100, 700, 200}, 0U, ConstString());
+        popup->setWindowFlag(UPopupWindow::closesOnOutsideClick, true);
+        popup->show();
+        dialog->endModal(7);
+    });
+    EXPECT_EQ(shell.desktop().runModal(dialog.get()), 7);
+    EXPECT_FALSE(wasOpen);
 }
 
 TEST_F(PopupTest, GoesByItselfWhenItsLifetimeIsOver) {
@@ -137,6 +190,21 @@ TEST(UModalDialog, IsCentredAndCanceledByEscape) {
     EXPECT_EQ(shell.desktop().runModal(dialog.get()), UModalDialog::canceledResult);
     EXPECT_NE(frame.origin(), (CmPoint{0, 0}));
     EXPECT_EQ(controller->messages.back(), "Window Canceled");
+}
+
+TEST(UModalDialog, ForgetsAnAnswerWhoseCloseWasRefused) {
+    HeadlessShell shell;
+    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    const Ref<ProbeController> controller = make<ProbeController>();
+    bool refuses = true;
+    controller->answer = [&](FMessage& message) {
+        return message.isNamed("MsgCloseRequest") && std::exchange(refuses, false) ? 2 : 0;
+    };
+    dialog->setController(controller.get());
+    shell.platform().postCall([&] { dialog->endModal(7); });
+    shell.platform().postCall([&] { shell.postKey("Esc"); });
+    EXPECT_EQ(shell.desktop().runModal(dialog.get()), UModalDialog::canceledResult);
+    EXPECT_FALSE(refuses);
 }
 
 TEST(UModalDialog, PressesItsDefaultControlByReturn) {

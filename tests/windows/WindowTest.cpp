@@ -6,6 +6,7 @@
 #include "support/WindowRecorder.h"
 #include "views/GeometryAttributes.h"
 #include "windows/UDocWindow.h"
+#include "windows/UModalDialog.h"
 #include "windows/UPanel.h"
 #include "windows/UPopupWindow.h"
 
@@ -80,6 +81,8 @@ TEST_F(WindowTest, TellsItsControllerInOrderFromOpeningToClosing) {
     EXPECT_EQ(window->getPlatformWindow(), nullptr);
     EXPECT_THAT(controller->messages, ElementsAre("MsgCloseRequest", "Before Close"));
     EXPECT_FALSE(window->show()) << "a window that was closed is not opened again";
+    EXPECT_TRUE(window->closeRequest());
+    EXPECT_THAT(controller->messages, ElementsAre("MsgCloseRequest", "Before Close")) << "asked again";
 }
 
 TEST_F(WindowTest, MayBeClosedByWhoeverHearsOfItsOpening) {
@@ -286,55 +289,6 @@ TEST_F(WindowTest, ComesBackMaximizedAfterItWasMinimizedSo) {
     EXPECT_EQ(window->getWindowState(), WindowState::normal) << "it was not maximized this time";
 }
 
-TEST_F(WindowTest, OpensOnAMonitor) {
-    const Ref<UWindow> window = makeWindow({5000, 4000, 5300, 4200});
-    shell.open(*window);
-    const CmRect screen{0, 0, 1920, 1080};
-    EXPECT_TRUE(screen.contains(window->getFrameRect()));
-}
-
-TEST_F(WindowTest, ComesBackWhereItWasClosed) {
-    const auto openNamed = [&](uint32_t style, int32_t version) {
-        Ref<UWindow> window = makeWindow({500, 100, 800, 300}, styleWindowPreset | style);
-        window->setStateName(ConstString("WindowTest place"), version);
-        shell.open(*window);
-        return window;
-    };
-    constexpr uint32_t both = styleRememberSize | styleRememberPosition;
-    Ref<UWindow> first = openNamed(both, 3);
-    first->setPosition({300, 200});
-    first->setSize({410, 310});
-    first->setMaximized(true);
-    first->willClose(false);
-
-    const Ref<UWindow> second = openNamed(both, 3);
-    EXPECT_EQ(second->getWindowState(), WindowState::maximized);
-    second->setMaximized(false);
-    EXPECT_EQ(second->getFrameRect(), (CmRect{300, 200, 710, 510})) << "the place before it was maximized";
-    second->willClose(false);
-
-    const Ref<UWindow> otherVersion = openNamed(both, 4);
-    EXPECT_EQ(otherVersion->getFrameRect(), (CmRect{500, 100, 800, 300})) << "another version is ignored";
-    otherVersion->willClose(false);
-    FGlobalDefaultPool::instance()->removeGroup(ConstString("WindowTest place"));
-}
-
-TEST_F(WindowTest, RestoresAWorkspaceOfItsOwnVersionOnly) {
-    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
-    window->setStateName(ConstString(), 2);
-    const Ref<FAttributes> stored = make<FAttributes>();
-    ASSERT_TRUE(window->storeAttributes(stored.get()));
-    window->setPosition({10, 60});
-    window->setStateName(ConstString(), 3);
-    EXPECT_FALSE(window->restoreAttributes(stored.get()));
-    EXPECT_EQ(window->getPosition(), (CmPoint{10, 60}));
-    window->setStateName(ConstString(), 2);
-    EXPECT_TRUE(window->restoreAttributes(stored.get()));
-    EXPECT_EQ(window->getPosition(), (CmPoint{500, 100}));
-    window->setWindowFlag(UWindow::withoutStateStore, true);
-    EXPECT_FALSE(window->storeAttributes(stored.get()));
-}
-
 TEST_F(WindowTest, HidesWhatFollowsTheMainWindow) {
     Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
     shell.open(*parent);
@@ -352,6 +306,74 @@ TEST_F(WindowTest, HidesWhatFollowsTheMainWindow) {
     parent->activate();
     shell.settle();
     EXPECT_TRUE(follower->isVisible());
+    EXPECT_EQ(shell.desktop().activeWindow(), parent.get()) << "the follower took the keyboard";
+}
+
+TEST_F(WindowTest, AttachesWhatIsInsertedWhileItIsHiddenAndForgetsItWhenItGoes) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    shell.open(*window);
+    window->hide();
+    auto box = make<UView>(CmRect{0, 0, 100, 100});
+    auto inner = make<ProbeView>(CmRect{0, 0, 50, 50}, "inner");
+    inner->takesHover = true;
+    box->addSubView(inner);
+    window->addSubView(box);
+    EXPECT_TRUE(inner->isAttached());
+
+    window->show();
+    shell.aim(*window);
+    shell.move({10, 10});
+    ASSERT_EQ(window->getHoverView(), inner.get());
+    window->captureMouse(inner.get());
+    window->removeSubView(box.get());
+    EXPECT_EQ(window->getHoverView(), nullptr);
+    EXPECT_EQ(window->getMouseCapture(), nullptr);
+}
+
+TEST_F(WindowTest, KeepsWhatWasAskedForUntilThePlatformAnswers) {
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    shell.open(*window);
+    window->setMaximized(true);
+    window->setSize({410, 310});
+    window->setPosition({300, 200});
+    window->setMaximized(false);
+    EXPECT_EQ(window->getFrameRect(), (CmRect{300, 200, 710, 510}));
+    shell.platform().postUserSize(*window->getPlatformWindow(), {350, 250});
+    shell.settle();
+    window->setPosition({310, 210});
+    EXPECT_EQ(window->getSize(), (CmSize{350, 250})) << "a wish that was fulfilled came back";
+}
+
+TEST_F(WindowTest, StaysOnThePlatformWhileItsFrameIsFrozen) {
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    shell.open(*window);
+    window->setFlag(viewFrameFrozen, true);
+    EXPECT_FALSE(window->setFrame({10, 60, 200, 200}, true));
+    EXPECT_EQ(window->getPlatformWindow()->getPosition(), (CmPoint{500, 100}));
+}
+
+TEST_F(WindowTest, AsksItsControllerToCloseBeforeAViewTakesTheKey) {
+    CallLog log;
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300}, styleWindowPreset | styleCloseOnEscape);
+    auto view = make<ProbeView>(CmRect{0, 0, 50, 50}, "view", &log);
+    view->setFocusable(true);
+    view->takesKeys = true;
+    window->addSubView(view);
+    shell.open(*window);
+    shell.desktop().setFocus(view.get());
+    log.clear();
+    shell.key("Esc");
+    EXPECT_FALSE(window->isOpen());
+    EXPECT_THAT(log, Not(Contains("view.key Esc")));
+}
+
+TEST_F(WindowTest, StaysWhenItsCloseButtonIsPressedBehindADialog) {
+    const Ref<UModalDialog> dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    shell.platform().postCall([&] { shell.platform().postClosePress(*shell.window().getPlatformWindow()); });
+    shell.platform().postCall([&] { shell.postKey("Esc"); });
+    shell.desktop().runModal(dialog.get());
+    shell.settle();
+    EXPECT_TRUE(shell.window().isOpen());
 }
 
 TEST_F(WindowTest, ClosesByKeysOnlyWhenItsStyleSaysSo) {
@@ -416,10 +438,13 @@ TEST_F(WindowTest, FollowsTheMouseByItsClientArea) {
 
 TEST_F(WindowTest, TellsTheControllerOfARightPressWithViewAndPlace) {
     Ref<UWindow> window = makeWindow({500, 100, 800, 300});
-    auto view = make<ProbeView>(CmRect{10, 10, 60, 60}, "view");
+    CallLog log;
+    auto view = make<ProbeView>(CmRect{10, 10, 60, 60}, "view", &log);
+    view->setFlag(viewTakesRightClick, true);
     window->addSubView(view);
     shell.open(*window);
     shell.aim(*window);
+    int32_t answer = 1;
     CmPoint position;
     CmObject* pressed = nullptr;
     controller->answer = [&](FMessage& message) {
@@ -427,11 +452,15 @@ TEST_F(WindowTest, TellsTheControllerOfARightPressWithViewAndPlace) {
             return 0;
         pressed = message.getObject("MouseView");
         EXPECT_TRUE(getPoint(message.attributes(), "Position", position));
-        return 1;
+        return answer;
     };
     shell.click({20, 30}, platform::rightButton);
     EXPECT_EQ(pressed, view.get());
     EXPECT_EQ(position, (CmPoint{20, 30}));
+    EXPECT_THAT(log, Not(Contains("view.mouseDown 10,20"))) << "the controller took it";
+    answer = 0;
+    shell.click({20, 30}, platform::rightButton);
+    EXPECT_THAT(log, Contains("view.mouseDown 10,20"));
     shell.click({200, 130}, platform::rightButton);
     EXPECT_EQ(pressed, window.get()) << "beside all views it is the window's own";
 }

@@ -62,8 +62,8 @@ TEST_F(MouseTest, SkipsHiddenAndDisabledViews) {
 
 TEST_F(MouseTest, KeepsTheRightButtonFromViewsThatDoNotTakeIt) {
     shell.click({120, 30}, platform::rightButton);
-    EXPECT_THAT(log, ElementsAre("front.mouseUp 10,10", "front.click 10,10"))
-        << "only the base's handling runs for the press";
+    EXPECT_THAT(log, ElementsAre("front.click 10,10"))
+        << "only the base's handling runs for the press and its release";
     front->setFlag(viewTakesRightClick, true);
     log.clear();
     shell.press({120, 30}, platform::rightButton);

@@ -1,0 +1,167 @@
+#include "persistence/defaults/FDefaultPool.h"
+#include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
+#include "views/GeometryAttributes.h"
+#include "windows/UDocWindow.h"
+#include "windows/UPanel.h"
+
+#include <cmath>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qorl {
+
+namespace {
+
+using ::testing::Contains;
+using testing::HeadlessShell;
+using testing::ProbeController;
+
+/// Where windows open, and what of that comes back.
+class WindowPlaceTest : public ::testing::Test {
+protected:
+    Ref<UWindow> makeWindow(const CmRect& frame, uint32_t style = styleWindowPreset) {
+        Ref<UWindow> window = make<UDocWindow>(frame, style, ConstString("Second"));
+        window->setController(controller.get());
+        return window;
+    }
+
+    Ref<ProbeController> controller = make<ProbeController>();
+    HeadlessShell shell;
+};
+
+TEST_F(WindowPlaceTest, OpensWhereItsMakerWantsIt) {
+    const auto openWith = [&](const std::function<void(UWindow&)>& prepare) {
+        const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+        prepare(*window);
+        shell.open(*window);
+        const CmPoint position = window->getPosition();
+        window->willClose(false);
+        return position;
+    };
+    const CmPoint centered = openWith([](UWindow& window) { window.center(); });
+    EXPECT_NE(centered, (CmPoint{500, 100}));
+    EXPECT_EQ(openWith([](UWindow& window) { window.getAttributes().setInteger("centerOnCreate", 1); }),
+              centered);
+    const CmPoint collected = openWith([](UWindow& window) {
+        window.center();
+        window.beginCollectUpdates();
+        window.setPosition({40, 70});
+        window.endCollectUpdates();
+    });
+    EXPECT_EQ(collected, (CmPoint{40, 70})) << "the last word is a place";
+}
+
+TEST_F(WindowPlaceTest, IsCentredOnTheScreenWhenItsParentIsNot) {
+    const Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
+    shell.open(*parent);
+    parent->setPosition({1900, 1060});
+    const Ref<UWindow> child = make<UPanel>(CmRect{0, 0, 200, 100}, stylePanelPreset, ConstString("Child"));
+    parent->addChildWindow(child);
+    child->center();
+    shell.open(*child);
+    EXPECT_TRUE((CmRect{0, 0, 1920, 1080}).contains(child->getFrameRect()));
+}
+
+TEST_F(WindowPlaceTest, OpensWithoutTheKeyboardWhenAskedTo) {
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    window->getAttributes().setInteger("noActivateOnShow", 1);
+    shell.open(*window);
+    EXPECT_FALSE(window->isActive());
+    EXPECT_TRUE(shell.window().isActive());
+}
+
+TEST_F(WindowPlaceTest, BecomesTheOwnerOfAChildThatOpenedBefore) {
+    const Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
+    const Ref<UWindow> child =
+        make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset, ConstString("Child"));
+    parent->addChildWindow(child);
+    shell.open(*child);
+    shell.open(*parent);
+    child->activate();
+    shell.settle();
+    EXPECT_EQ(parent->getPlatformWindow()->getActivationState(),
+              platform::PlatformWindow::Activation::childActive);
+}
+
+TEST_F(WindowPlaceTest, StoresThatAMinimizedWindowWasMaximized) {
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    shell.open(*window);
+    window->setMaximized(true);
+    window->setMinimized(true);
+    const Ref<FAttributes> stored = make<FAttributes>();
+    ASSERT_TRUE(window->storeAttributes(stored.get()));
+    EXPECT_EQ(stored->getInteger("Maximized"), 1);
+    EXPECT_EQ(stored->getInteger("Minimized"), 1);
+}
+
+TEST_F(WindowPlaceTest, CanBeSeenWhateverWasStored) {
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    const Ref<FAttributes> stored = make<FAttributes>();
+    setSize(*stored, "Size", {1 << 28, 1 << 28});
+    for (const double opacity : {0.0, -1.0, std::nan("")}) {
+        stored->setFloat("Opacity", opacity);
+        EXPECT_TRUE(window->restoreAttributes(stored.get()));
+        EXPECT_EQ(window->getOpacity(), 1.0F) << opacity;
+    }
+    EXPECT_LE(int64_t{window->getSize().width} * window->getSize().height, int64_t{64} << 20)
+        << "no surface is that large";
+    window->setOpacity(std::nanf(""));
+    EXPECT_EQ(window->getOpacity(), 1.0F);
+}
+
+TEST_F(WindowPlaceTest, OpensOnAMonitor) {
+    const Ref<UWindow> window = makeWindow({5000, 4000, 5300, 4200});
+    shell.open(*window);
+    const CmRect screen{0, 0, 1920, 1080};
+    EXPECT_TRUE(screen.contains(window->getFrameRect()));
+}
+
+TEST_F(WindowPlaceTest, ComesBackWhereItWasClosed) {
+    const auto openNamed = [&](uint32_t style, int32_t version) {
+        Ref<UWindow> window = makeWindow({500, 100, 800, 300}, styleWindowPreset | style);
+        window->setStateName(ConstString("WindowPlaceTest"), version);
+        shell.open(*window);
+        return window;
+    };
+    constexpr uint32_t both = styleRememberSize | styleRememberPosition;
+    Ref<UWindow> first = openNamed(both, 3);
+    first->setPosition({300, 200});
+    first->setSize({410, 310});
+    first->setMaximized(true);
+    first->willClose(false);
+
+    controller->messages.clear();
+    const Ref<UWindow> second = openNamed(both, 3);
+    EXPECT_EQ(second->getWindowState(), WindowState::maximized);
+    EXPECT_THAT(controller->messages, Contains("MsgWindowMaximized"));
+    second->setMaximized(false);
+    EXPECT_EQ(second->getFrameRect(), (CmRect{300, 200, 710, 510})) << "the place before it was maximized";
+    second->willClose(false);
+
+    const Ref<UWindow> otherVersion = openNamed(both, 4);
+    EXPECT_EQ(otherVersion->getFrameRect(), (CmRect{500, 100, 800, 300})) << "another version is ignored";
+    otherVersion->willClose(false);
+    FGlobalDefaultPool::instance()->removeGroup(ConstString("WindowPlaceTest"));
+}
+
+TEST_F(WindowPlaceTest, RestoresAWorkspaceOfItsOwnVersionOnly) {
+    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    window->setStateName(ConstString(), 2);
+    const Ref<FAttributes> stored = make<FAttributes>();
+    ASSERT_TRUE(window->storeAttributes(stored.get()));
+    window->setPosition({10, 60});
+    window->setStateName(ConstString(), 3);
+    EXPECT_FALSE(window->restoreAttributes(stored.get()));
+    EXPECT_EQ(window->getPosition(), (CmPoint{10, 60}));
+    window->setStateName(ConstString(), 2);
+    EXPECT_TRUE(window->restoreAttributes(stored.get()));
+    EXPECT_EQ(window->getPosition(), (CmPoint{500, 100}));
+    window->setWindowFlag(UWindow::withoutStateStore, true);
+    EXPECT_FALSE(window->storeAttributes(stored.get()));
+}
+
+} // namespace
+
+} // namespace qorl
