@@ -18,12 +18,6 @@ QORL_REGISTER(FIntIDAttribute, "FIntIDAttribute", FAttributeValue, 0)
 
 namespace {
 
-uint16_t entryFlags(uint32_t constructionFlags) {
-    return static_cast<uint16_t>((constructionFlags & 1 ? FAttributeValue::entryFlag1 : 0) |
-                                 (constructionFlags & 2 ? FAttributeValue::entryFlag2 : 0) |
-                                 (constructionFlags & 8 ? FAttributeValue::untracked : 0));
-}
-
 template <typename T>
 int64_t toWord(T* pointer) {
     return reinterpret_cast<int64_t>(pointer);
@@ -44,28 +38,25 @@ int64_t truncated(double value) {
     return value < -limit ? std::numeric_limits<int64_t>::min() : static_cast<int64_t>(value);
 }
 
+} // namespace
+
 /// Gives back what a value of these flags holds.
-void releaseHeld(uint16_t flags, int64_t value) {
-    const bool isCounted = flags & (FAttributeValue::referenced | FAttributeValue::adopted);
-    if (flags & FAttributeValue::object) {
+void FAttributeValue::releaseHeld(uint16_t flags, int64_t value) {
+    const bool isCounted = flags & (referenced | adopted);
+    if (flags & object) {
         if (isCounted && value)
             reinterpret_cast<CmObject*>(value)->release();
-    } else if (flags & FAttributeValue::interfacePointer) {
+    } else if (flags & interfacePointer) {
         if (isCounted && value)
             reinterpret_cast<FInterface*>(value)->release();
-    } else if ((flags & FAttributeValue::string) && !(flags & FAttributeValue::referenced)) {
+    } else if ((flags & string) && !(flags & referenced)) {
         reinterpret_cast<CmString*>(value)->release();
     }
 }
 
-} // namespace
-
 FAttributeValue::FAttributeValue(const FAttributeValue& other) : CmObject(other) {
     *this = other;
 }
-
-FAttributeValue::FAttributeValue(FAttributeValue&& other) noexcept
-    : flags_(std::exchange(other.flags_, 0)), value_(std::exchange(other.value_, 0)) {}
 
 FAttributeValue& FAttributeValue::operator=(const FAttributeValue& other) {
     setValue(other);
@@ -94,16 +85,6 @@ FAttributeValue& FAttributeValue::operator=(FAttributeValue&& other) noexcept {
     return *this;
 }
 
-FAttributeValue::~FAttributeValue() {
-    releaseHeld(flags_, value_);
-}
-
-/// What was held before is released last: its end may lead back to this value.
-void FAttributeValue::replace(uint16_t newFlags, int64_t newValue) const {
-    const uint16_t oldFlags = std::exchange(flags_, static_cast<uint16_t>((flags_ & keptMask) | newFlags));
-    releaseHeld(oldFlags, std::exchange(value_, newValue));
-}
-
 String FAttributeValue::copyOf(const ConstString& text) {
     String copy(text);
     if (copy.isEmpty() != text.isEmpty())
@@ -125,16 +106,9 @@ CmString* FAttributeValue::ownedString() const {
     return isString() && !(flags_ & referenced) ? pointer<CmString>() : nullptr;
 }
 
-bool FAttributeValue::isWide() const {
+bool FAttributeValue::isTextWide() const {
     const CmString* owned = ownedString();
     return owned ? owned->string().isWide() : flags_ & wide;
-}
-
-void FAttributeValue::setInteger(int64_t value) {
-    replace(integer, value);
-}
-void FAttributeValue::setFloat(double value) {
-    replace(real, std::bit_cast<int64_t>(value));
 }
 
 void FAttributeValue::setString(const ConstString& text) {
@@ -226,10 +200,6 @@ CmObject* FAttributeValue::getObject() const {
 
 FInterface* FAttributeValue::getInterface() const {
     return flags_ & interfacePointer ? pointer<FInterface>() : nullptr;
-}
-
-FStringIDAttribute::FStringIDAttribute(std::string_view key, uint32_t constructionFlags) : key_(key) {
-    setEntryFlags(entryFlags(constructionFlags));
 }
 
 bool FStringIDAttribute::isEqual(const CmObject* other) const {

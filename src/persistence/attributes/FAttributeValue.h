@@ -3,8 +3,10 @@
 #include "foundation/CmObject.h"
 #include "foundation/text/ConstString.h"
 
+#include <bit>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qorl {
 
@@ -46,10 +48,14 @@ public:
 
     FAttributeValue() = default;
     FAttributeValue(const FAttributeValue& other);
-    FAttributeValue(FAttributeValue&& other) noexcept;
+    FAttributeValue(FAttributeValue&& other) noexcept
+        : flags_(std::exchange(other.flags_, 0)), value_(std::exchange(other.value_, 0)) {}
     FAttributeValue& operator=(const FAttributeValue& other);
     FAttributeValue& operator=(FAttributeValue&& other) noexcept;
-    ~FAttributeValue() override;
+    ~FAttributeValue() override {
+        if (flags_ & heldMask)
+            releaseHeld(flags_, value_);
+    }
 
     uint16_t flags() const { return static_cast<uint16_t>(flags_ | (isWide() ? wide : 0)); }
     uint16_t kind() const { return flags_ & kindMask; }
@@ -58,16 +64,24 @@ public:
     bool isString() const { return flags_ & string; }
     bool isObject() const { return flags_ & object; }
     /// Whether the text is stored in 16 bits.
-    bool isWide() const;
+    bool isWide() const { return isString() && isTextWide(); }
     void setEntryFlags(uint16_t flags) {
         flags_ = static_cast<uint16_t>((flags_ & ~keptMask) | (flags & keptMask));
     }
     void setForeign() { flags_ |= foreign; }
+    /// Whether conversions leave the entry out.
+    bool isHidden() const { return flags_ & (entryFlag1 | foreign); }
+    /// As flags of an entry: 1 the first, 2 the second, 8 untracked.
+    static constexpr uint16_t entryFlags(uint32_t constructionFlags) {
+        return static_cast<uint16_t>((constructionFlags & 1 ? entryFlag1 : 0) |
+                                     (constructionFlags & 2 ? entryFlag2 : 0) |
+                                     (constructionFlags & 8 ? untracked : 0));
+    }
 
     /// The value of `other`, held as it holds it; our own entry flags stay.
     void setValue(const FAttributeValue& other);
-    void setInteger(int64_t value);
-    void setFloat(double value);
+    void setInteger(int64_t value) { replace(integer, value); }
+    void setFloat(double value) { replace(real, std::bit_cast<int64_t>(value)); }
     /// Copies the text, keeping its width.
     void setString(const ConstString& text);
     void takeString(String&& text);
@@ -94,7 +108,18 @@ public:
     FInterface* getInterface() const;
 
 private:
-    void replace(uint16_t newFlags, int64_t newValue) const;
+    static constexpr uint16_t heldMask = object | string | interfacePointer;
+
+    static void releaseHeld(uint16_t flags, int64_t value);
+    /// What was held before is released last: its end may lead back to this value.
+    void replace(uint16_t newFlags, int64_t newValue) const {
+        const uint16_t oldFlags =
+            std::exchange(flags_, static_cast<uint16_t>((flags_ & keptMask) | newFlags));
+        const int64_t oldValue = std::exchange(value_, newValue);
+        if (oldFlags & heldMask)
+            releaseHeld(oldFlags, oldValue);
+    }
+    bool isTextWide() const;
     void own(String&& text) const;
     CmString* ownedString() const;
     template <typename T>
@@ -109,14 +134,16 @@ private:
 
 /// An entry whose key is a text. The key stays as long as the entry, so entries aren't assigned to each
 /// other.
-class FStringIDAttribute : public FAttributeValue {
+class FStringIDAttribute final : public FAttributeValue {
     QORL_CLASS(FStringIDAttribute, FAttributeValue)
     QORL_CLONE(FStringIDAttribute)
     QORL_RECORD(FStringIDAttribute)
 
 public:
-    /// Construction flags become entry flags: 1 the first, 2 the second, 8 untracked.
-    explicit FStringIDAttribute(std::string_view key = {}, uint32_t constructionFlags = 0);
+    /// Construction flags as `entryFlags` takes them.
+    explicit FStringIDAttribute(std::string_view key = {}, uint32_t constructionFlags = 0) : key_(key) {
+        setEntryFlags(entryFlags(constructionFlags));
+    }
     FStringIDAttribute(const FStringIDAttribute& other) = default;
     FStringIDAttribute(FStringIDAttribute&& other) noexcept = default;
     FStringIDAttribute& operator=(const FStringIDAttribute&) = delete;

@@ -49,10 +49,6 @@ FAttributeItems& FAttributes::list() {
     return *items_;
 }
 
-FStringIDAttribute* FAttributes::at(int32_t index) const {
-    return index >= 0 && index < count() ? &items_->at(static_cast<size_t>(index)) : nullptr;
-}
-
 bool FAttributes::remove(std::string_view key) {
     FStringIDAttribute* found = find(key);
     if (!found)

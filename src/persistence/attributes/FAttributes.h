@@ -81,7 +81,9 @@ public:
 
     /// The entry of `key` or at a place; null when there is none. Good until the list changes.
     FStringIDAttribute* find(std::string_view key) const { return items_ ? items_->find(key) : nullptr; }
-    FStringIDAttribute* at(int32_t index) const;
+    FStringIDAttribute* at(int32_t index) const {
+        return index >= 0 && index < count() ? &items_->at(static_cast<size_t>(index)) : nullptr;
+    }
     /// The entry of `key`, made when it is missing.
     FStringIDAttribute& entry(std::string_view key) { return list().entry(key); }
     /// A new entry without a search: for loaders, which then stay linear.

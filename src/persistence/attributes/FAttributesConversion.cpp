@@ -19,8 +19,7 @@ constexpr std::string_view numberPrefix = "IntID:";
 bool isConverted(const FAttributeValue& entry) {
     constexpr uint16_t kinds =
         FAttributeValue::integer | FAttributeValue::real | FAttributeValue::string | FAttributeValue::object;
-    return (entry.kind() & kinds) &&
-           !(entry.flags() & (FAttributeValue::entryFlag1 | FAttributeValue::foreign));
+    return (entry.kind() & kinds) && !entry.isHidden();
 }
 
 /// An object gets a reference of its own, so that the nested list stands by itself.

@@ -15,8 +15,7 @@ bool isPlain(const FAttributes& values) {
     using Value = FAttributeValue;
     for (int32_t i = 0; i < values.count(); ++i) {
         const FAttributeValue& value = *values.at(i);
-        if (!(value.kind() & (Value::integer | Value::real | Value::string)) ||
-            (value.flags() & (Value::entryFlag1 | Value::foreign)))
+        if (!(value.kind() & (Value::integer | Value::real | Value::string)) || value.isHidden())
             return false;
     }
     return true;

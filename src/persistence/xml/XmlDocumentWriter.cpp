@@ -14,9 +14,6 @@ namespace qorl {
 
 namespace {
 
-using Escape = XmlLine::Escape;
-
-constexpr int32_t blanksOfLevel = 3;
 constexpr int32_t longestValue = FXmlParser::maxValueLength;
 /// From here on an object goes behind the document's body, and its entry names it.
 constexpr int32_t queueLevel = 8;
@@ -32,22 +29,10 @@ CmObject* targetOf(CmObject* object) {
 
 } // namespace
 
-XmlLine& XmlDocumentWriter::indent(int32_t level) {
-    return line_.fill(' ', level * blanksOfLevel);
-}
-
-bool XmlDocumentWriter::finish(std::string_view text) {
-    return line_.put(text).put(XmlLine::lineEnd).writeTo(stream_) || fail("the stream does not take it");
-}
-
 bool XmlDocumentWriter::fail(const char* reason) {
     if (!*reason_)
         reason_ = reason;
     return false;
-}
-
-XmlLine& XmlDocumentWriter::open(std::string_view element, std::string_view key, int32_t level) {
-    return indent(level).put('<').put(element).put(" name=\"").putEscaped(key, Escape::entities).put('"');
 }
 
 bool XmlDocumentWriter::closeElement(std::string_view element, int32_t level) {

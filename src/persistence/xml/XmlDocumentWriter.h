@@ -28,6 +28,9 @@ public:
     const char* reason() const { return reason_; }
 
 private:
+    using Escape = XmlLine::Escape;
+    static constexpr int32_t blanksOfLevel = 3;
+
     bool begin(std::string_view tag);
     bool end(std::string_view tag);
     bool writeRoot(const FStringIDAttribute& entry);
@@ -47,9 +50,13 @@ private:
     bool enter(CmObject* object, uint64_t& id);
 
     /// The line of an element, up to its name.
-    XmlLine& open(std::string_view element, std::string_view key, int32_t level);
-    XmlLine& indent(int32_t level);
-    bool finish(std::string_view text);
+    XmlLine& open(std::string_view element, std::string_view key, int32_t level) {
+        return indent(level).put('<').put(element).put(" name=\"").putEscaped(key, Escape::entities).put('"');
+    }
+    XmlLine& indent(int32_t level) { return line_.fill(' ', level * blanksOfLevel); }
+    bool finish(std::string_view text) {
+        return line_.put(text).put(XmlLine::lineEnd).writeTo(stream_) || fail("the stream does not take it");
+    }
     bool closeElement(std::string_view element, int32_t level);
     bool fail(const char* reason);
 

@@ -7,7 +7,9 @@
 #include <qorl/Ref.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <bit>
 #include <charconv>
 #include <cstring>
 #include <limits>
@@ -52,6 +54,85 @@ void dropKeptBuffers() {
             buffer->release();
 }
 
+__extension__ using Product = unsigned __int128;
+
+constexpr auto digitPairs = [] {
+    std::array<char, 200> pairs = {};
+    for (uint32_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+/// Eight digits, with zeros in front.
+void putEightDigits(char* to, uint32_t number) {
+    for (int32_t at = 6; at >= 0; at -= 2) {
+        std::memcpy(to + at, &digitPairs[number % 100 * 2], 2);
+        number /= 100;
+    }
+}
+
+/// Cuts the digits of an exact number behind its point at `cut`: to the nearest number, to the even one of
+/// two. Null where the digits in front of the point would change.
+char* roundDigits(char* cut, char* end) {
+    const bool isHalf = *cut == '5' && std::all_of(cut + 1, end, [](char digit) { return digit == '0'; });
+    const bool isUp = isHalf ? (cut[-1] - '0') % 2 != 0 : *cut >= '5';
+    if (!isUp)
+        return cut;
+    while (cut[-1] == '9')
+        --cut;
+    if (cut[-1] == '.')
+        return nullptr;
+    ++cut[-1];
+    return cut;
+}
+
+/// As "%.50g" prints it. Most doubles that settings have take all of the digits, for which the general
+/// conversion is slow; but while their fraction fits into 64 bits, each multiplication gives sixteen of them.
+/// Null for any other number.
+char* putExactFraction(char* to, double value) {
+    constexpr int32_t mostDigits = 50;
+    constexpr int32_t mantissaBits = 52;
+    constexpr int32_t exponentBias = 1023;
+    constexpr uint64_t hiddenBit = uint64_t{1} << mantissaBits;
+    constexpr uint64_t sixteenDigits = 10'000'000'000'000'000;
+    constexpr uint64_t eightDigits = 100'000'000;
+    const auto bits = std::bit_cast<uint64_t>(value);
+    // Up to 64 bits behind the point, the number is 2 to the -12th at least, and has no power of ten.
+    const int32_t fractionBits =
+        exponentBias + mantissaBits - static_cast<int32_t>(bits >> mantissaBits & 0x7FF);
+    if (fractionBits < 1 || fractionBits > 64)
+        return nullptr;
+    const uint64_t mantissa = (bits & (hiddenBit - 1)) | hiddenBit;
+    const uint64_t whole = fractionBits < 64 ? mantissa >> fractionBits : 0;
+    uint64_t fraction = mantissa << (64 - fractionBits);
+    if (fraction == 0)
+        return nullptr;
+    if (value < 0)
+        *to++ = '-';
+    const char* const start = to;
+    to = std::to_chars(to, to + 20, whole).ptr;
+    auto digitsLeft = mostDigits - (whole > 0 ? to - start : 0);
+    *to++ = '.';
+    char* const point = to;
+    for (; fraction != 0; to += 16) {
+        const auto product = static_cast<Product>(fraction) * sixteenDigits;
+        const auto digits = static_cast<uint64_t>(product >> 64);
+        putEightDigits(to, static_cast<uint32_t>(digits / eightDigits));
+        putEightDigits(to + 8, static_cast<uint32_t>(digits % eightDigits));
+        fraction = static_cast<uint64_t>(product);
+    }
+    // Zeros in front of all others don't count.
+    if (whole == 0)
+        digitsLeft += std::find_if(point, to, [](char digit) { return digit != '0'; }) - point;
+    if (to - point > digitsLeft)
+        to = roundDigits(point + digitsLeft, to);
+    while (to && to[-1] == '0')
+        --to;
+    return to;
+}
+
 const TeardownHook dropBuffersAtTheEnd{TeardownStep::hookLists, &dropKeptBuffers};
 
 } // namespace
@@ -81,8 +162,13 @@ bool XmlLine::grow(size_t count) {
 }
 
 XmlLine& XmlLine::fill(char character, int32_t count) {
+    // A fixed size needs no call.
+    constexpr size_t fewest = 32;
     const auto size = static_cast<size_t>(std::max(count, 0));
-    if (makeRoom(size)) {
+    if (size <= fewest && makeRoom(fewest)) {
+        std::memset(at_, character, fewest);
+        at_ += size;
+    } else if (makeRoom(size)) {
         std::memset(at_, character, size);
         at_ += size;
     }
@@ -95,11 +181,21 @@ XmlLine& XmlLine::putEscaped(std::string_view bytes, Escape escape) {
     const char* const stop = from + bytes.size();
     if (!makeRoom(bytes.size()))
         return *this;
+    constexpr ptrdiff_t run = 8;
+    const auto lengthAt = [&](ptrdiff_t i) { return table[static_cast<uint8_t>(from[i])].length; };
     char* to = at_;
-    for (; from < stop; ++from) {
-        const auto& entry = table[static_cast<uint8_t>(*from)];
+    while (from < stop) {
+        // Most texts are written as they are: one look for eight bytes.
+        if (stop - from >= run && (lengthAt(0) | lengthAt(1) | lengthAt(2) | lengthAt(3) | lengthAt(4) |
+                                   lengthAt(5) | lengthAt(6) | lengthAt(7)) == 0) {
+            std::memcpy(to, from, run);
+            from += run;
+            to += run;
+            continue;
+        }
+        const auto& entry = table[static_cast<uint8_t>(*from++)];
         if (entry.length == 0) {
-            *to++ = *from;
+            *to++ = from[-1];
             continue;
         }
         at_ = to;
@@ -180,7 +276,9 @@ XmlLine& XmlLine::putUnsigned(uint64_t value) {
 }
 
 XmlLine& XmlLine::putFloat(double value) {
-    char digits[80];
+    char digits[128];
+    if (const char* end = putExactFraction(digits, value))
+        return put({digits, static_cast<size_t>(end - digits)});
     const auto result = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 50);
     return put({digits, static_cast<size_t>(result.ptr - digits)});
 }

@@ -172,28 +172,12 @@ TEST(XmlLine, WritesNumbersAsPrintfDoes) {
     using Limits = std::numeric_limits<double>;
     XmlLine line;
     FMemoryStream sink;
-    const double special[] = {0.0,
-                              -0.0,
-                              1.0,
-                              -1.0,
-                              0.5,
-                              1e22,
-                              1e23,
-                              1e49,
-                              1e50,
-                              1e51,
-                              1e-4,
-                              1e-5,
-                              9.9999999999999995e-5,
-                              123456789012345678.0,
-                              Limits::max(),
-                              Limits::min(),
-                              Limits::denorm_min(),
-                              Limits::epsilon(),
-                              Limits::infinity(),
-                              -Limits::infinity(),
-                              Limits::quiet_NaN(),
-                              -Limits::quiet_NaN()};
+    const double special[] = {0.0, -0.0, 1.0, -1.0, 0.5, 1e22, 1e23, 1e49, 1e50, 1e51,
+                              // Halves of the last digit that is written: to the even one of two.
+                              1 + 0x1p-50, 1 + 0x3p-50, 0.5 + 0x1p-51, 1 - 0x1p-53, 2 - 0x1p-52, 0x1p-12,
+                              1e-4, 1e-5, 9.9999999999999995e-5, 123456789012345678.0, Limits::max(),
+                              Limits::min(), Limits::denorm_min(), Limits::epsilon(), Limits::infinity(),
+                              -Limits::infinity(), Limits::quiet_NaN(), -Limits::quiet_NaN()};
     for (const double value : special)
         EXPECT_EQ(wrongText(line, sink, value), "");
     std::mt19937_64 random(20240611);
