@@ -65,13 +65,15 @@ public:
     /// Bytes moved; 0 at the end of the file; -1 on failure, with `error` set when given.
     int64_t read(void* buffer, int64_t count, FileError* error = nullptr);
 
-    /// Writes all of it: `count`, or -1.
+    /// `count`. Fewer when the system fails on the way, -1 when it fails at once; `error` is set then, when
+    /// given.
     int64_t write(const void* buffer, int64_t count, FileError* error = nullptr);
 
     /// The new place, or -1 with `error` set when given.
     int64_t seek(int64_t offset, SeekOrigin origin, FileError* error = nullptr);
     int64_t getPosition() { return seek(0, SeekOrigin::current); }
-    int64_t getSize() const;
+    /// -1 on failure, with `error` set when given.
+    int64_t getSize(FileError* error = nullptr) const;
 
     /// Cuts or grows the file; new bytes are 0.
     FileError setSize(int64_t size);

@@ -151,7 +151,7 @@ int64_t File::write(const void* buffer, int64_t count, FileError* error) {
         } else if (!canRetry(descriptor_)) {
             if (error)
                 *error = lastFileError();
-            return -1;
+            return done > 0 ? done : -1;
         }
     }
     return done;
@@ -165,9 +165,13 @@ int64_t File::seek(int64_t offset, SeekOrigin origin, FileError* error) {
     return place;
 }
 
-int64_t File::getSize() const {
+int64_t File::getSize(FileError* error) const {
     struct stat status = {};
-    return fstat(descriptor_, &status) == 0 ? status.st_size : -1;
+    if (fstat(descriptor_, &status) == 0)
+        return status.st_size;
+    if (error)
+        *error = lastFileError();
+    return -1;
 }
 
 FileError File::setSize(int64_t size) {

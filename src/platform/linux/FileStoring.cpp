@@ -21,7 +21,7 @@ FileError copyContents(File& from, File& to, const CopyStep& step) {
         const int64_t got = from.read(block.data(), static_cast<int64_t>(block.size()), &error);
         if (error || got == 0)
             return error;
-        if (to.write(block.data(), got, &error) < 0)
+        if (to.write(block.data(), got, &error) != got)
             return error;
         done += got;
     }
@@ -39,7 +39,8 @@ FileError replaceFile(const std::string& path, std::span<const uint8_t> bytes) {
     if (FileError error = replacement.open(path))
         return error;
     FileError error;
-    if (replacement.file().write(bytes.data(), static_cast<int64_t>(bytes.size()), &error) < 0)
+    const auto count = static_cast<int64_t>(bytes.size());
+    if (replacement.file().write(bytes.data(), count, &error) != count)
         return error;
     return replacement.putInPlace();
 }
