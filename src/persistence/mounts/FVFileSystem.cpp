@@ -241,7 +241,7 @@ bool FVFileSystem::copyContents(FStream& from, FStream& to, StreamProgress* prog
             return false;
         const int64_t got = from.read(block.data(), blockSize);
         if (got <= 0)
-            return got == 0;
+            return got == 0 && from.isValid();
         if (to.write(block.data(), got) != got)
             return false;
         if (progress)

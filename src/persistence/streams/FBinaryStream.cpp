@@ -2,6 +2,7 @@
 
 #include "foundation/containers/CmBuffer.h"
 #include "foundation/text/TextConversion.h"
+#include "persistence/xml/XmlText.h"
 
 #include <cstdlib>
 #include <limits>
@@ -23,6 +24,15 @@ int32_t mostBytesFor(int32_t size) {
 
 bool isLeadSurrogate(char16_t unit) {
     return unit >= 0xD800 && unit < 0xDC00;
+}
+
+/// What lies before the last character of a text, if that may have been cut in two.
+std::string_view withoutLastCharacter(std::string_view utf8) {
+    constexpr size_t longest = 4;
+    for (size_t length = 1; length <= std::min(longest, utf8.size()); ++length)
+        if ((utf8[utf8.size() - length] & 0xC0) != 0x80)
+            return utf8.substr(0, utf8.size() - length);
+    return utf8;
 }
 
 } // namespace
@@ -66,14 +76,15 @@ char* FBinaryStream::readCountedChars() {
     int32_t count = 0;
     if (!readInt32(count) || count > maxCountedBytes || count < 1)
         return nullptr;
-    auto* text = static_cast<char*>(std::malloc(static_cast<size_t>(count)));
+    // A body may lack its terminator.
+    auto* text = static_cast<char*>(std::malloc(static_cast<size_t>(count) + 1));
     if (!text)
         return nullptr;
     if (read(text, count) != count) {
         std::free(text);
         return nullptr;
     }
-    text[count - 1] = 0;
+    text[count] = 0;
     return text;
 }
 
@@ -105,9 +116,11 @@ int32_t FBinaryStream::readTextUtf8(char16_t* buffer, int32_t size) try {
     if (!isWhole)
         return 0;
     std::string_view text = bytes.bytes();
+    if (bytes.used() == mostKept)
+        text = withoutLastCharacter(text);
     if (text.starts_with(utf8Mark))
         text.remove_prefix(utf8Mark.size());
-    const std::u16string wide = ConstString(text).toUtf16();
+    const std::u16string wide = XmlText::widen(text).toUtf16();
     auto length = static_cast<int32_t>(std::min<size_t>(wide.size(), static_cast<size_t>(size) - 1));
     if (static_cast<size_t>(length) < wide.size() && length > 0 && isLeadSurrogate(wide[length - 1]))
         --length;

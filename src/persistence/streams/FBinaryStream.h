@@ -76,13 +76,15 @@ public:
     /// text. Null is count 0. A text of 0x40000 bytes and more is refused, since it could not be read back.
     bool writeCountedChars(const char* text);
     /// The text of `writeCountedChars` in a block from `malloc` for the caller. Null for a count that is
-    /// below 1 or above 0x40000, whose body is left unread, for a body that is cut off, and without memory.
+    /// below 1 or above 0x40000, whose body is left unread, for a body that is cut off, and without memory. A
+    /// body without a terminator keeps its last byte: the block is a byte larger than the count.
     char* readCountedChars();
     /// Terminated: bytes for a text of nothing but ASCII, else EF BB BF and UTF-8. False, with nothing
     /// written, when there is no memory for the bytes.
     bool writeTextUtf8(const char16_t* text);
-    /// Reads up to a zero byte or the end what `writeTextUtf8` wrote. Cut to `size` - 1 characters, never
-    /// between the halves of one, and always terminated. The length; 0 also when memory ran out.
+    /// Reads up to a zero byte or the end what `writeTextUtf8` wrote. Bytes that are no valid UTF-8 are taken
+    /// as Windows-1252, never dropped. Cut to `size` - 1 characters, never between the halves of one, and
+    /// always terminated. The length; 0 also when memory ran out.
     int32_t readTextUtf8(char16_t* buffer, int32_t size);
     /// Reads and drops, byte by byte. False at the first short read.
     bool skip(int64_t count);

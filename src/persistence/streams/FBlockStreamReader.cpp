@@ -1,6 +1,7 @@
 #include "persistence/streams/FBlockStreamReader.h"
 
 #include "persistence/streams/StreamBufferPool.h"
+#include "persistence/streams/StreamPlace.h"
 
 #include <algorithm>
 #include <cstring>
@@ -28,10 +29,10 @@ void FBlockStreamReader::forget() {
 }
 
 int64_t FBlockStreamReader::read(void* buffer, int64_t count) {
-    if (!block_)
-        return -1;
     if (count < 1)
         return 0;
+    if (!block_)
+        return -1;
     auto* bytes = static_cast<char*>(buffer);
     const int64_t blockSize = block_->capacity();
     int64_t done = takeKept(bytes, count);
@@ -40,6 +41,7 @@ int64_t FBlockStreamReader::read(void* buffer, int64_t count) {
         const int64_t got =
             whole > 0 ? inner_->read(bytes + done, whole) : inner_->read(block_->data(), blockSize);
         forget();
+        hasFailed_ = hasFailed_ || got < 0;
         if (got < 1)
             break;
         if (whole > 0) {
@@ -60,12 +62,13 @@ int64_t FBlockStreamReader::seek(int64_t offset, int32_t mode) {
         return -1;
     const int64_t move = target - position_;
     if (move > remaining_ || move < -blockOffset_) {
-        if (inner_->seek(target, fromStart) != target) {
+        if (putAt(*inner_, target) != StreamPlace::there) {
             // Where it stood before, as far as it can.
             inner_->seek(position_ + remaining_, fromStart);
             return -1;
         }
         forget();
+        hasFailed_ = false;
     } else {
         blockOffset_ += static_cast<int32_t>(move);
         remaining_ -= static_cast<int32_t>(move);
@@ -79,6 +82,7 @@ void FBlockStreamReader::flush() {
         return;
     inner_->flush();
     forget();
+    hasFailed_ = false;
     position_ = std::max<int64_t>(inner_->tell(), 0);
 }
 

@@ -16,7 +16,8 @@ public:
     FBlockStreamReader(Ref<FStream> inner, int32_t blockSize);
     FBlockStreamReader(const FBlockStreamReader&) = delete;
 
-    /// What came before the inner stream had or gave no more. -1 without a block.
+    /// What came before the inner stream had or gave no more; whether it failed or ended there is told by
+    /// `isValid`. -1 without a block.
     int64_t read(void* buffer, int64_t count) override;
     /// 0: it only reads.
     int64_t write(const void*, int64_t) override { return 0; }
@@ -26,7 +27,8 @@ public:
     void rewind() override { seek(0, fromStart); }
     /// Forgets the block and goes on where the inner stream stands.
     void flush() override;
-    bool isValid() const override { return block_ && inner_->isValid(); }
+    /// False without a block and once the inner stream failed, until that could be moved to another place.
+    bool isValid() const override { return block_ && !hasFailed_ && inner_->isValid(); }
 
 private:
     int64_t takeKept(char* buffer, int64_t count);
@@ -38,6 +40,7 @@ private:
     /// What of the block was handed out, and how much is left behind that.
     int32_t blockOffset_ = 0;
     int32_t remaining_ = 0;
+    bool hasFailed_ = false;
 };
 
 } // namespace qorl

@@ -21,6 +21,30 @@ int32_t sectorSizeOf(FStream& stream) {
     return file ? file->sectorSize() : 0;
 }
 
+bool isForWritingOnly(FStream& stream) {
+    const auto* file = cast<FFileStream>(&stream);
+    return file && !(file->mode() & FFileStream::readAccess);
+}
+
+/// Where the data of a stream that stands at `position` ends; -1 when it can't tell. A stream that only runs
+/// forward stays where it is and calls that its end, while what it knows of its size may be a mere claim.
+int64_t findEnd(FStream& stream, int64_t position) {
+    const int64_t end = stream.seek(0, FStream::fromEnd);
+    if (end >= 0 && end != position) {
+        stream.seek(position, FStream::fromStart);
+        return end;
+    }
+    Ref<ISizeableStream> sizeable;
+    int64_t size = -1;
+    if (stream.queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok ||
+        sizeable->getStreamSize(size) != Result::ok)
+        return std::max<int64_t>(end, -1);
+    // What can't be moved in says 0 for not knowing.
+    if (end < 0)
+        return size > 0 ? size : -1;
+    return size == end ? end : -1;
+}
+
 } // namespace
 
 FBufferedStream::FBufferedStream(Ref<FStream> inner, int32_t blockSize, bool writable,
@@ -36,8 +60,13 @@ FBufferedStream::FBufferedStream(Ref<FStream> inner, int32_t blockSize, uint32_t
     takeOver(*inner_);
     position_ = std::max<int64_t>(inner_->tell(), 0);
     blockIndex_ = position_ / blockSize_;
-    endPosition_ = std::max<int64_t>(inner_->seek(0, fromEnd), 0);
-    inner_->seek(position_, fromStart);
+    endPosition_ = findEnd(*inner_, position_);
+    isEndKnown_ = endPosition_ >= 0;
+    if (!isEndKnown_) {
+        endPosition_ = farthest;
+        flags_ &= ~uint32_t{writableFlag};
+    }
+    isWriteOnly_ = isForWritingOnly(*inner_);
     if (const int32_t sector = sectorSizeOf(*inner_); sector > 0 && (sector & (sector - 1)) == 0)
         sectorSize_ = sector;
     block_ = takeBlock();
@@ -93,7 +122,11 @@ bool FBufferedStream::isCancelled(const void* buffer, int64_t count) {
 }
 
 int64_t FBufferedStream::read(void* buffer, int64_t count) {
-    if (isCancelled(buffer, count) || !block_.buffer)
+    if (isCancelled(buffer, count))
+        return -1;
+    if (count < 1)
+        return 0;
+    if (!block_.buffer)
         return -1;
     int64_t done = 0;
     while (done < count) {
@@ -103,7 +136,7 @@ int64_t FBufferedStream::read(void* buffer, int64_t count) {
         const auto offset = static_cast<int32_t>(position_ - blockStart());
         const int64_t piece = std::min<int64_t>(count - done, block->buffer->used() - offset);
         if (piece < 1)
-            break;
+            return done == 0 && block->isCut ? -1 : done;
         std::memcpy(static_cast<char*>(buffer) + done, block->bytes + offset, static_cast<size_t>(piece));
         done += piece;
         moveTo(position_ + piece, Crossing::byReading);
@@ -112,7 +145,7 @@ int64_t FBufferedStream::read(void* buffer, int64_t count) {
 }
 
 int64_t FBufferedStream::write(const void* buffer, int64_t count) {
-    if (!(flags_ & writableFlag) || !isValid() || isCancelled(buffer, count))
+    if (!(flags_ & writableFlag) || !isUsable() || isCancelled(buffer, count))
         return -1;
     if (count < 0 || count > farthest - position_) {
         flags_ |= failed;
@@ -140,7 +173,7 @@ int64_t FBufferedStream::write(const void* buffer, int64_t count) {
 }
 
 int64_t FBufferedStream::seek(int64_t offset, int32_t mode) {
-    if (mode < fromStart || mode > fromEnd)
+    if (mode < fromStart || mode > fromEnd || (mode == fromEnd && !isEndKnown_))
         return -1;
     const int64_t from = mode == fromStart ? 0 : mode == fromHere ? position_ : endPosition_;
     int64_t target = 0;
@@ -214,27 +247,40 @@ bool FBufferedStream::prepareForWriting(int32_t offset, int64_t count) {
     return true;
 }
 
+/// A stream that can't be moved can still be read on where it stands.
+StreamPlace FBufferedStream::placeInner(int64_t start) {
+    return inner_->tell() == start ? StreamPlace::there : putAt(*inner_, start);
+}
+
 /// Reads the block around the position. The bytes that came, -1 when the inner stream failed before the
 /// first. A block that is not whole is asked for again next time.
 int64_t FBufferedStream::load(Block& block) {
     store();
     block.index = -1;
+    block.isCut = false;
     block.buffer->clear();
     const int64_t there = bytesInBlock();
     const int64_t start = blockStart();
-    if (there > 0 && inner_->seek(start, fromStart) != start)
+    const StreamPlace place = there > 0 ? placeInner(start) : StreamPlace::there;
+    if (place == StreamPlace::failed)
         return -1;
     int64_t done = 0;
-    int64_t got = 1;
+    int64_t got = place == StreamPlace::there ? 1 : 0;
     // Past the caches a file is read by whole sectors; the last one of them just has fewer bytes.
     const int64_t wanted = sectorSize_ > 0 ? blockSize_ : there;
     for (; done < there && got > 0; done += std::max<int64_t>(got, 0))
         got = inner_->read(block.bytes + done, wanted - done);
-    if (done == 0 && got < 0)
-        return -1;
     done = std::min(done, there);
+    block.isCut = done < there && (got < 0 || !inner_->isValid());
+    if (done == 0 && block.isCut)
+        return -1;
+    // An empty block may lie anywhere behind the end.
+    if (!isEndKnown_ && done < there && !block.isCut && (done > 0 || start == 0)) {
+        endPosition_ = start + done;
+        isEndKnown_ = true;
+    }
     block.buffer->setUsedSize(static_cast<int32_t>(done));
-    if (done == there)
+    if (done == bytesInBlock())
         block.index = blockIndex_;
     return done;
 }
@@ -248,13 +294,15 @@ void FBufferedStream::store() {
     std::memset(block_.bytes + used, 0, static_cast<size_t>(blockSize_ - used));
     const int64_t start = block_.index * blockSize_;
     isPadded_ = isPadded_ || start > endPosition_ - blockSize_;
-    if (inner_->seek(start, fromStart) != start || inner_->write(block_.bytes, blockSize_) != blockSize_)
+    if (placeInner(start) != StreamPlace::there || inner_->write(block_.bytes, blockSize_) != blockSize_)
         flags_ |= failed;
 }
 
 void FBufferedStream::flush() {
     store();
-    block_.index = other_.index = -1;
+    other_.index = -1;
+    if (!isWriteOnly_)
+        block_.index = -1;
 }
 
 void FBufferedStream::cutPadding() {
@@ -268,8 +316,8 @@ void FBufferedStream::cutPadding() {
 }
 
 Result FBufferedStream::getStreamSize(int64_t& size) {
-    size = endPosition_;
-    return inner_ ? Result::ok : Result::failure;
+    size = isEndKnown_ ? endPosition_ : -1;
+    return inner_ && isEndKnown_ ? Result::ok : Result::failure;
 }
 
 Result FBufferedStream::setStreamSize(int64_t size) {
@@ -279,9 +327,13 @@ Result FBufferedStream::setStreamSize(int64_t size) {
         return Result::failure;
     flush();
     const Result result = sizeable->setStreamSize(size);
-    if (result == Result::ok)
-        endPosition_ = size;
-    return result;
+    if (result != Result::ok)
+        return result;
+    endPosition_ = size;
+    const int64_t kept = std::clamp<int64_t>(size - block_.index * blockSize_, 0, block_.buffer->used());
+    if (block_.index >= 0)
+        block_.buffer->setUsedSize(static_cast<int32_t>(kept));
+    return Result::ok;
 }
 
 } // namespace qorl

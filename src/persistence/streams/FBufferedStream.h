@@ -3,6 +3,7 @@
 #include "foundation/containers/CmBuffer.h"
 #include "persistence/streams/FStream.h"
 #include "persistence/streams/StreamBufferPool.h"
+#include "persistence/streams/StreamPlace.h"
 
 namespace qorl {
 
@@ -11,7 +12,16 @@ namespace qorl {
 /// Nobody else moves or writes the inner stream meanwhile. Each block goes out whole, as unbuffered files
 /// want it: until the buffered stream is gone the inner one may be up to a block longer than what was
 /// written, by zeros; it is then cut to the exact length, if its size can be set. Writing fails for good, and
-/// `isValid` is false, once a block could not be written or read back. Threading: as the inner stream.
+/// `isValid` is false, once a block could not be written or read back; it is false also while the inner
+/// stream's is.
+///
+/// A write into a part of a block reads the rest of it first, as far as it lies in the data, also in the last
+/// block: no byte is lost. A file that was opened for writing only can be written from front to back, also
+/// with flushes between, or from the start of a block on; what would have to be read there fails.
+///
+/// An inner stream that can't tell its end, such as one that inflates, is read until it gives nothing more.
+/// Until that end was met there is no size and no place `fromEnd`, and nothing can be written.
+/// Threading: as the inner stream.
 class FBufferedStream : public FStream, public ISizeableStream {
     QORL_CLASS(FBufferedStream, FStream)
     QORL_FACES(FBufferedStream, FStream, ISizeableStream)
@@ -28,18 +38,21 @@ public:
     /// it becomes the sector size. Null for a null `stream` and without memory.
     static Ref<FBufferedStream> openBuffered(Ref<FStream> stream, int32_t blockSize);
 
-    /// -1 when cancelled, without a block, and when the inner stream fails before a byte came.
+    /// -1 when cancelled, without a block, and when the inner stream fails before a byte came. Few bytes or
+    /// none are the end unless `isValid` is false.
     int64_t read(void* buffer, int64_t count) override;
     /// `count`, or -1: what did not reach the inner stream is then lost. A negative count ends all writing.
     int64_t write(const void* buffer, int64_t count) override;
-    /// Cut to the start, and to the end unless the stream is writable. -1 for an unknown mode.
+    /// Cut to the start, and to the end unless the stream is writable. -1 for an unknown mode, and for
+    /// `fromEnd` while the end isn't known.
     int64_t seek(int64_t offset, int32_t mode) override;
     int64_t tell() override { return position_; }
     void rewind() override { seek(0, fromStart); }
-    /// Writes the block if it was changed, and reads it anew when it is next asked for.
+    /// Writes the block if it was changed, and reads it anew when it is next asked for, if it can be read.
     void flush() override;
-    bool isValid() const override { return block_.buffer && !(flags_ & failed); }
+    bool isValid() const override { return isUsable() && inner_->isValid(); }
     void setProgress(StreamProgress* monitor) override { progress_ = monitor; }
+    /// `Result::failure`, and -1, while the end isn't known.
     Result getStreamSize(int64_t& size) override;
     /// `Result::failure` unless the stream is writable and the inner one's size can be set.
     Result setStreamSize(int64_t size) override;
@@ -61,9 +74,12 @@ private:
         /// In the buffer, where the sectors of the file want it.
         char* bytes = nullptr;
         int64_t index = -1;
+        /// The inner stream failed behind the bytes that are there.
+        bool isCut = false;
     };
     enum class Crossing { byReading, otherwise };
 
+    bool isUsable() const { return block_.buffer && !(flags_ & failed); }
     Block takeBlock();
     int64_t blockStart() const { return blockIndex_ * blockSize_; }
     void moveTo(int64_t position, Crossing crossing);
@@ -71,6 +87,7 @@ private:
     int64_t bytesInBlock() const;
     Block* findForReading();
     bool prepareForWriting(int32_t offset, int64_t count);
+    StreamPlace placeInner(int64_t start);
     int64_t load(Block& block);
     void store();
     void cutPadding();
@@ -88,6 +105,9 @@ private:
     int64_t monitorThreshold_;
     uint32_t flags_;
     bool isPadded_ = false;
+    bool isEndKnown_ = true;
+    /// Nothing can be read back.
+    bool isWriteOnly_ = false;
     StreamProgress* progress_ = nullptr;
     Ref<StreamBufferPool> pool_;
 };

@@ -19,11 +19,11 @@ public:
     /// Keeps a reference on `target`. `quality` from 0, fast, to 1, small; a negative one is the engine's own
     /// choice.
     virtual bool begin(IBStream* target, float quality) = 0;
-    /// `count`, or -1: the compressed data is then of no use.
+    /// `count`, or -1: the compressed data is then of no use, and all further calls fail.
     virtual int64_t write(const void* buffer, int64_t count) = 0;
     /// Writes what is left. True when the data came to its end and all of it went.
     virtual bool finish() = 0;
-    /// Hands on what it holds back, so that what was written so far can be read.
+    /// Hands on what it holds back, so that what was written so far can be read. False as a failed `write`.
     virtual bool flush() = 0;
 };
 

@@ -15,18 +15,19 @@ namespace {
 constexpr int64_t skippedAtOnce = 1024;
 constexpr int64_t estimatedBytes = 8192;
 
-/// The bytes that a piece of a foreign stream has, -1 on failure.
+/// The bytes that a piece of a foreign stream has, 0 at its end, -1 on failure.
 int64_t readPiece(IBStream& source, char* buffer, int64_t count) {
     int64_t got = 0;
     const Result result = source.read(buffer, count, &got);
     if (got < 0 || got > count || (got == 0 && result != Result::ok && result != Result::no))
         return -1;
-    return got;
+    const auto* own = got == 0 ? cast<FStream>(&source) : nullptr;
+    return own && !own->isValid() ? -1 : got;
 }
 
 bool writePiece(IBStream& destination, const char* buffer, int64_t count) {
     int64_t written = 0;
-    return count == 0 || (destination.write(buffer, count, &written) == Result::ok && written == count);
+    return destination.write(buffer, count, &written) == Result::ok && written == count;
 }
 
 /// False when the user has cancelled.
@@ -62,6 +63,7 @@ FCompressionStream::~FCompressionStream() {
 bool FCompressionStream::beginCompression(float quality) {
     endCompression();
     position_ = 0;
+    hasFailed_ = false;
     auto compressor = engine_ ? engine_->createCompressor() : nullptr;
     if (!target_ || !compressor || !compressor->begin(target_.get(), quality))
         return false;
@@ -71,13 +73,17 @@ bool FCompressionStream::beginCompression(float quality) {
 
 bool FCompressionStream::endCompression() {
     const auto compressor = std::move(compressor_);
-    return compressor && compressor->finish();
+    if (!compressor)
+        return false;
+    hasFailed_ = !compressor->finish() || hasFailed_;
+    return !hasFailed_;
 }
 
 bool FCompressionStream::beginDecompression(int64_t expectedSize) {
     expectedSize_ = expectedSize;
     position_ = 0;
     last_ = LastByte::none;
+    hasFailed_ = false;
     decompressor_ = engine_ ? engine_->createDecompressor() : nullptr;
     if (!target_ || !decompressor_ || !decompressor_->begin(target_.get()))
         decompressor_.reset();
@@ -85,10 +91,10 @@ bool FCompressionStream::beginDecompression(int64_t expectedSize) {
 }
 
 int64_t FCompressionStream::read(void* buffer, int64_t count) {
-    if (!decompressor_)
-        return -1;
     if (count < 1)
         return 0;
+    if (!decompressor_)
+        return -1;
     auto* bytes = static_cast<char*>(buffer);
     int64_t done = 0;
     if (last_ == LastByte::toBeReadAgain)
@@ -98,14 +104,18 @@ int64_t FCompressionStream::read(void* buffer, int64_t count) {
     last_ = done > 0 ? LastByte::taken : LastByte::none;
     if (done > 0)
         lastByte_ = bytes[done - 1];
+    hasFailed_ = hasFailed_ || (done < count && !decompressor_->isComplete());
     position_ += done;
     return done;
 }
 
 int64_t FCompressionStream::write(const void* buffer, int64_t count) {
-    if (!compressor_)
+    if (!compressor_ || hasFailed_)
         return -1;
+    if (count < 1)
+        return 0;
     const int64_t written = compressor_->write(buffer, count);
+    hasFailed_ = written != count;
     position_ += std::max<int64_t>(written, 0);
     return written;
 }
@@ -126,6 +136,8 @@ void FCompressionStream::skipForward(int64_t count) {
 }
 
 int64_t FCompressionStream::seek(int64_t offset, int32_t mode) {
+    if (mode < fromStart || mode > fromEnd)
+        return -1;
     if (decompressor_ && decompressor_->canSeek()) {
         const int64_t place = decompressor_->seek(offset, mode);
         last_ = LastByte::none;
@@ -137,29 +149,36 @@ int64_t FCompressionStream::seek(int64_t offset, int32_t mode) {
     else if (mode == fromHere)
         skipForward(offset);
     else if (mode == fromStart && offset < position_)
-        rewind();
+        return goBack() ? 0 : -1;
     else if (mode == fromStart)
         skipForward(offset - position_);
     return position_;
 }
 
 void FCompressionStream::rewind() {
+    goBack();
+}
+
+bool FCompressionStream::goBack() {
     if (position_ == 0 || !decompressor_)
-        return;
+        return true;
     last_ = LastByte::none;
+    position_ = 0;
     if (decompressor_->canSeek()) {
-        decompressor_->seek(0, fromStart);
+        hasFailed_ = decompressor_->seek(0, fromStart) != 0;
     } else {
         decompressor_->end();
-        target_->seek(0, fromStart);
-        decompressor_->begin(target_.get());
+        hasFailed_ = target_->seek(0, fromStart) != 0 || !decompressor_->begin(target_.get());
     }
-    position_ = 0;
+    // What it told of the earlier round doesn't hold any longer.
+    if (hasFailed_)
+        decompressor_.reset();
+    return !hasFailed_;
 }
 
 void FCompressionStream::flush() {
     if (compressor_)
-        compressor_->flush();
+        hasFailed_ = !compressor_->flush() || hasFailed_;
 }
 
 Result FCompressionStream::getStreamSize(int64_t& size) {
@@ -173,14 +192,11 @@ bool FCompressionStream::compress(IBStream& source, Ref<FStream> target, Ref<FCo
     FCompressionStream stream(std::move(target), std::move(engine));
     if (!piece || !stream.beginCompression(quality))
         return false;
-    int64_t got = pieceSize;
-    while (got == pieceSize) {
-        got = readPiece(source, piece.get(), pieceSize);
-        if (got < 0 || stream.write(piece.get(), got) != got ||
-            !goOn(progress, piece.get(), got, stream.position_))
+    int64_t got = 0;
+    while ((got = readPiece(source, piece.get(), pieceSize)) > 0)
+        if (stream.write(piece.get(), got) != got || !goOn(progress, piece.get(), got, stream.position_))
             return false;
-    }
-    return stream.endCompression();
+    return got == 0 && stream.endCompression();
 }
 
 bool FCompressionStream::decompress(Ref<FStream> source, IBStream& destination,
@@ -191,14 +207,11 @@ bool FCompressionStream::decompress(Ref<FStream> source, IBStream& destination,
     FCompressionStream stream(std::move(source), std::move(engine));
     if (!piece || !stream.beginDecompression())
         return false;
-    int64_t got = chunkSize;
-    while (got == chunkSize) {
-        got = stream.read(piece.get(), chunkSize);
-        if (got < 0 || !writePiece(destination, piece.get(), got) ||
-            !goOn(progress, piece.get(), got, stream.position_))
+    int64_t got = 0;
+    while (stream.isValid() && (got = stream.read(piece.get(), chunkSize)) > 0)
+        if (!writePiece(destination, piece.get(), got) || !goOn(progress, piece.get(), got, stream.position_))
             return false;
-    }
-    return stream.isComplete();
+    return stream.isValid() && stream.isComplete();
 }
 
 double FCompressionStream::estimateRatio(IBStream& source, Ref<FCompressionEngine> engine,
@@ -218,13 +231,15 @@ double FCompressionStream::estimateRatio(IBStream& source, Ref<FCompressionEngin
     return 1.0;
 }
 
-Ref<IBStream> FCompressionStream::toMemory(FStream* stream) try {
+Ref<IBStream> FCompressionStream::toMemory(FStream* stream, int64_t most) try {
     auto* compressed = cast<FCompressionStream>(stream);
     if (!compressed || compressed->expectedSize_ < 1)
         return Ref<IBStream>(retain(stream));
+    const int64_t size = compressed->expectedSize_;
+    if (size > most)
+        return nullptr;
     compressed->rewind();
     const auto memory = make<FMemoryStream>();
-    const int64_t size = compressed->expectedSize_;
     // A damaged size must not cost more memory than the data is good for.
     for (int64_t done = 0; done < size;) {
         const int64_t wanted = std::min(size - done, std::max(done, pieceSize));

@@ -26,6 +26,16 @@ void FFileStream::remember(const platform::FileError& error) {
         lastError_ = error.code;
 }
 
+void FFileStream::rememberLoss(const platform::FileError& error) {
+    remember(error);
+    hasLost_ = hasLost_ || error;
+}
+
+void FFileStream::clearError() {
+    lastError_ = 0;
+    hasLost_ = false;
+}
+
 bool FFileStream::isCancelled(const void* buffer, int64_t count) {
     return progress_ && progress_->isCancelled(buffer, count);
 }
@@ -43,7 +53,7 @@ int64_t FFileStream::read(void* buffer, int64_t count) {
         return 0;
     platform::FileError error;
     const int64_t got = file_.read(buffer, count, &error);
-    remember(error);
+    rememberLoss(error);
     advance(got);
     return got;
 }
@@ -55,7 +65,7 @@ int64_t FFileStream::write(const void* buffer, int64_t count) {
         return 0;
     platform::FileError error;
     const int64_t written = file_.write(buffer, count, &error);
-    remember(error);
+    rememberLoss(error);
     advance(written);
     return written;
 }
@@ -72,7 +82,7 @@ int64_t FFileStream::seek(int64_t offset, int32_t mode) {
 }
 
 int64_t FFileStream::tell() {
-    return file_.getPosition();
+    return seek(0, fromHere);
 }
 
 void FFileStream::rewind() {
@@ -82,7 +92,8 @@ void FFileStream::rewind() {
 }
 
 void FFileStream::flush() {
-    remember(file_.flushToDisk());
+    if (mode_ & writeAccess)
+        rememberLoss(file_.flushToDisk());
 }
 
 Result FFileStream::getStreamSize(int64_t& size) {
@@ -94,8 +105,11 @@ Result FFileStream::setStreamSize(int64_t size) {
     return setLength(size) ? Result::ok : Result::failure;
 }
 
-int64_t FFileStream::getLength() const {
-    return file_.getSize();
+int64_t FFileStream::getLength() {
+    platform::FileError error;
+    const int64_t length = file_.getSize(&error);
+    remember(error);
+    return length;
 }
 
 bool FFileStream::setLength(int64_t length) {
@@ -105,13 +119,14 @@ bool FFileStream::setLength(int64_t length) {
 }
 
 bool FFileStream::isAtEnd() {
-    return tell() >= getLength();
+    const int64_t place = tell();
+    return place < 0 || place >= getLength();
 }
 
 void FFileStream::close() try {
     if (!file_.isOpen())
         return;
-    remember(file_.close());
+    rememberLoss(file_.close());
     auto* files = FNFileSystem::instance();
     if (files && url() && (mode_ & (writeAccess | shareWrite)))
         files->notify(FFileSystem::fileWritten, *url());

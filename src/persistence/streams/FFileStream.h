@@ -7,7 +7,8 @@ namespace qorl {
 
 /// A file, opened by a file system, which gives it its URL. It holds no bytes back: bulk work goes through
 /// an `FBufferedStream` or an `FBlockStreamReader`. When it was opened for writing, the file system is told
-/// as it closes. The first error of the system is kept until `clearError`.
+/// as it closes. The first error of the system is kept until `clearError`; until then a stream whose bytes
+/// could not be read, written or flushed is not valid.
 class FFileStream : public FStream, public ISizeableStream {
     QORL_CLASS(FFileStream, FStream)
     QORL_RECORD(FFileStream)
@@ -33,28 +34,31 @@ public:
     uint32_t addRef() override { return FStream::addRef(); }
     uint32_t release() override { return FStream::release(); }
 
-    /// -1 on failure, and when the progress monitor says so.
+    /// What came or went before the system failed; -1 when it failed at once, and when the progress monitor
+    /// says so. The monitor moves by the same count.
     int64_t read(void* buffer, int64_t count) override;
     int64_t write(const void* buffer, int64_t count) override;
     int64_t seek(int64_t offset, int32_t mode) override;
     int64_t tell() override;
     void rewind() override;
-    /// Returns when the bytes are on the disk.
+    /// Returns when the bytes are on the disk. Nothing for a file that was not opened for writing.
     void flush() override;
+    bool isValid() const override { return !hasLost_; }
     void setProgress(StreamProgress* monitor) override { progress_ = monitor; }
     Result getStreamSize(int64_t& size) override;
     Result setStreamSize(int64_t size) override;
 
     /// In bytes, -1 on failure.
-    int64_t getLength() const;
+    int64_t getLength();
     /// Cuts or grows the file; the position stays.
     bool setLength(int64_t length);
+    /// True also when the file can't tell.
     bool isAtEnd();
     bool isOpen() const { return file_.isOpen(); }
     void close();
-    /// The first error of the system since `clearError`, 0 for none.
+    /// The first error of the system since `clearError`, 0 for none. Any operation can leave one.
     int32_t getLastError() const { return lastError_; }
-    void clearError() { lastError_ = 0; }
+    void clearError();
     uint32_t mode() const { return mode_; }
     /// What transfers past the caches begin and end at a multiple of; 0 unless the file was opened so.
     int32_t sectorSize() const { return sectorSize_; }
@@ -62,11 +66,14 @@ public:
 private:
     bool isCancelled(const void* buffer, int64_t count);
     void advance(int64_t count);
+    /// Of bytes on their way.
+    void rememberLoss(const platform::FileError& error);
     void remember(const platform::FileError& error);
 
     platform::File file_;
     uint32_t mode_ = 0;
     int32_t lastError_ = 0;
+    bool hasLost_ = false;
     int32_t sectorSize_ = 0;
     StreamProgress* progress_ = nullptr;
 };

@@ -11,6 +11,8 @@ class FIBStream : public FStream {
 public:
     /// Takes over the byte order. `target` is not counted: the caller keeps it for as long as this stands.
     explicit FIBStream(FBinaryStream& target) : target_(target) { setByteOrder(target.byteOrder()); }
+    /// The same over a stream that can tell whether it is valid.
+    explicit FIBStream(FStream& target) : FIBStream(static_cast<FBinaryStream&>(target)) { whole_ = &target; }
     FIBStream(const FIBStream&) = delete;
 
     int64_t read(void* buffer, int64_t count) override { return target_.read(buffer, count); }
@@ -18,9 +20,11 @@ public:
     int64_t seek(int64_t offset, int32_t mode) override { return target_.seek(offset, mode); }
     int64_t tell() override { return target_.tell(); }
     void rewind() override { seek(0, fromStart); }
+    bool isValid() const override { return !whole_ || whole_->isValid(); }
 
 private:
     FBinaryStream& target_;
+    const FStream* whole_ = nullptr;
 };
 
 } // namespace qorl

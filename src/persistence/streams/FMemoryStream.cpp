@@ -35,12 +35,14 @@ char* regrown(char* bytes, int64_t oldSize, int64_t newSize) {
 } // namespace
 
 FMemoryStream::FMemoryStream(void* memory, int64_t size)
-    : FStream(memory_), memory_{.bytes = static_cast<char*>(memory), .size = size, .writable = size},
-      capacity_(size), ownsMemory_(false) {}
+    : FStream(memory_), capacity_(memory ? std::max<int64_t>(size, 0) : 0), ownsMemory_(false) {
+    memory_ = {.bytes = static_cast<char*>(memory), .size = capacity_, .writable = capacity_};
+}
 
 FMemoryStream::FMemoryStream(std::string_view bytes)
     : FMemoryStream(const_cast<char*>(bytes.data()), static_cast<int64_t>(bytes.size())) {
     memory_.writable = 0;
+    isReadOnly_ = true;
 }
 
 FMemoryStream::FMemoryStream(const FMemoryStream& other) : FStream(other, memory_) {
@@ -68,6 +70,7 @@ void FMemoryStream::forget() {
 void FMemoryStream::forgetFailure() {
     forget();
     ownsMemory_ = true;
+    isReadOnly_ = false;
     failed_ = false;
 }
 
@@ -105,16 +108,17 @@ int64_t FMemoryStream::read(void* buffer, int64_t count) {
 
 int64_t FMemoryStream::write(const void* buffer, int64_t count) {
     const int64_t position = memory_.position;
-    if (failed_ || position < 0 || !buffer || count < 1 || position > maxSize || count > maxSize)
+    if (failed_ || isReadOnly_ || position < 0 || !buffer || count < 1)
         return 0;
-    const int64_t end = position + count;
+    int64_t end = most;
+    if (__builtin_add_overflow(position, count, &end))
+        end = most;
     if (end > memory_.writable) {
-        const bool isReadOnly = memory_.writable < capacity_;
         const auto* from = static_cast<const char*>(buffer);
         // A part of this block moves with it.
         const bool isOwn = memory_.bytes && from >= memory_.bytes && from < memory_.bytes + capacity_;
         const int64_t place = isOwn ? from - memory_.bytes : 0;
-        if (isReadOnly || !reserve(end))
+        if (!reserve(end))
             return 0;
         buffer = isOwn ? memory_.bytes + place : from;
     }
@@ -131,6 +135,8 @@ int64_t FMemoryStream::seek(int64_t offset, int32_t mode) {
         memory_.position = offset < 0 ? least : most;
     else if (mode == fromEnd)
         memory_.position = memory_.size + std::min<int64_t>(offset, 0);
+    else if (mode != fromHere)
+        return -1;
     return memory_.position;
 }
 
@@ -167,8 +173,15 @@ Result FMemoryStream::setStreamSize(int64_t size) {
 void FMemoryStream::resize(int64_t size) {
     if (size < 1)
         forget();
+    else if (!ownsMemory_ && wholeSteps(std::max(size, capacity_)) != capacity_)
+        fail();
     else if (reserve(size))
         memory_.size = size;
+}
+
+/// Beyond `maxSize` it is that, which no block has.
+int64_t FMemoryStream::wholeSteps(int64_t size) {
+    return (std::min(size, maxSize) + growthStep - 1) / growthStep * growthStep;
 }
 
 /// Room for `size` bytes; more of it holds zeros.
@@ -179,7 +192,7 @@ bool FMemoryStream::reserve(int64_t size) {
         fail();
         return false;
     }
-    const int64_t wanted = (std::min(size, maxSize) + growthStep - 1) / growthStep * growthStep;
+    const int64_t wanted = wholeSteps(size);
     char* block = size > maxSize ? nullptr : regrown(memory_.bytes, capacity_, wanted);
     if (!block) {
         forget();

@@ -25,9 +25,10 @@ public:
     static constexpr int64_t growthStep = 4096;
 
     FMemoryStream() : FStream(memory_) {}
-    /// Reads and writes a foreign block in place; it must outlive the stream and can't grow.
+    /// Reads and writes a foreign block in place; it must outlive the stream and can't grow. Empty for null
+    /// and for a negative size.
     FMemoryStream(void* memory, int64_t size);
-    /// Reads a foreign block. Writing fails.
+    /// Reads a foreign block. Writing gives 0, and the stream stays valid.
     explicit FMemoryStream(std::string_view bytes);
     /// Owns a copy of the bytes, and stands behind them, as if it had just written them.
     FMemoryStream(const FMemoryStream& other);
@@ -43,13 +44,15 @@ public:
     /// 0 when nothing is left, at the end of the bytes then.
     int64_t read(void* buffer, int64_t count) final;
     /// All of it or 0. Behind the end it raises the size; what it leaves out stays as the block held it.
+    /// Where there is no memory, as for any place beyond 2^61, the stream fails for good.
     int64_t write(const void* buffer, int64_t count) final;
-    /// A place past the end is allowed, but for `fromEnd`, which is cut to the end.
+    /// A place past the end is allowed, but for `fromEnd`, which is cut to the end. -1 for an unknown mode.
     int64_t seek(int64_t offset, int32_t mode) final;
     int64_t tell() final { return memory_.position; }
     void rewind() override { memory_.position = 0; }
     bool isValid() const override { return !failed_; }
-    /// From another stream in memory in one piece.
+    /// From another stream in memory in one piece. The block grows only by what the source gives, so that a
+    /// wrong `count` costs no memory.
     bool copyFrom(FStream& source, int64_t count) override;
     using FStream::writeTo;
     bool writeTo(FStream& destination) override;
@@ -62,7 +65,8 @@ public:
     bool restoreAttributes(FAttributes* attributes) override;
 
     /// The block grows in steps of 4096 bytes and never shrinks, but for a size below 1, which frees it. When
-    /// it can't grow, a foreign block stays as it is and one of our own is gone.
+    /// it can't grow, the stream fails for good: a foreign block stays as it is and one of our own is gone.
+    /// A foreign block that is no multiple of 4096 bytes would have to grow for any size.
     void resize(int64_t size);
     /// Null for an empty stream.
     char* data() const { return memory_.bytes; }
@@ -80,10 +84,12 @@ private:
     void forgetFailure();
     void fail();
     bool reserve(int64_t size);
+    static int64_t wholeSteps(int64_t size);
 
     Memory memory_;
     int64_t capacity_ = 0;
     bool ownsMemory_ = true;
+    bool isReadOnly_ = false;
     bool failed_ = false;
 };
 

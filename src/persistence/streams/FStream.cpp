@@ -27,11 +27,37 @@ bool transfer(FStream& from, FStream& to, int64_t count) {
     return true;
 }
 
+/// Reads until `count` bytes are there. Fewer at the end; -1 when the stream failed.
+int64_t readWhole(FStream& stream, char* buffer, int64_t count) {
+    int64_t done = 0;
+    while (done < count) {
+        const int64_t got = stream.read(buffer + done, count - done);
+        if (got < 0 || (got == 0 && !stream.isValid()))
+            return -1;
+        if (got == 0)
+            break;
+        done += got;
+    }
+    return done;
+}
+
 bool isLineEnd(char c) {
     return c == '\r' || c == '\n';
 }
 bool isBlank(char c) {
     return c == ' ' || c == '\t';
+}
+
+/// Drops blanks and tabs at both ends.
+void trim(CmBuffer& line) {
+    std::string_view kept = line.bytes();
+    while (!kept.empty() && isBlank(kept.front()))
+        kept.remove_prefix(1);
+    while (!kept.empty() && isBlank(kept.back()))
+        kept.remove_suffix(1);
+    if (!kept.empty())
+        std::memmove(line.data(), kept.data(), kept.size());
+    line.setUsedSize(static_cast<int32_t>(kept.size()));
 }
 
 } // namespace
@@ -75,13 +101,13 @@ bool FStream::copyAll(FStream& source) {
     if (source.tell() != 0)
         source.rewind();
     char piece[stackPiece];
-    int64_t got = stackPiece;
-    while (got == stackPiece) {
-        got = source.read(piece, stackPiece);
-        if (got < 0 || (got > 0 && write(piece, got) != got))
+    for (;;) {
+        const int64_t got = source.read(piece, stackPiece);
+        if (got < 1)
+            return got == 0 && source.isValid();
+        if (write(piece, got) != got)
             return false;
     }
-    return true;
 }
 
 bool FStream::contentEquals(FStream& other) {
@@ -92,8 +118,8 @@ bool FStream::contentEquals(FStream& other) {
     char mine[stackPiece];
     char theirs[stackPiece];
     while (true) {
-        const int64_t got = read(mine, stackPiece);
-        if (other.read(theirs, stackPiece) != got || got < 0)
+        const int64_t got = readWhole(*this, mine, stackPiece);
+        if (got < 0 || readWhole(other, theirs, stackPiece) != got)
             return false;
         if (std::memcmp(mine, theirs, static_cast<size_t>(got)) != 0)
             return false;
@@ -110,33 +136,35 @@ bool FStream::writeWideText(const char16_t* text, bool withTerminator) {
 
 bool FStream::readTextLine(CmBuffer& line, int32_t trimMode) {
     line.clear();
+    int64_t place = tell();
+    const bool isPlaceKnown = place >= 0;
     char byte = 0;
-    if (!readByte(byte))
+    const auto next = [&] {
+        const bool isRead = readByte(byte);
+        place += isRead ? 1 : 0;
+        return isRead;
+    };
+    if (!next())
         return false;
     bool isMore = true;
-    for (; isMore && !isLineEnd(byte); isMore = readByte(byte)) {
-        if (line.used() == longestLine || !line.appendByte(byte)) {
-            line.clear();
-            return false;
-        }
+    bool isWhole = true;
+    for (; isMore && isWhole && !isLineEnd(byte); isMore = next())
+        isWhole = line.used() < longestLine && line.appendByte(byte);
+    while (isMore && isWhole && isLineEnd(byte))
+        isMore = next();
+    if (isMore && isWhole) {
+        const int64_t back = seek(-1, fromHere);
+        isWhole = isPlaceKnown ? back == place - 1 : back >= 0;
     }
-    while (isMore && isLineEnd(byte))
-        isMore = readByte(byte);
-    if (isMore)
-        seek(-1, fromHere);
-    std::string_view kept = line.bytes();
-    while (trimMode == dropBlanks && !kept.empty() && isBlank(kept.front()))
-        kept.remove_prefix(1);
-    while (trimMode == dropBlanks && !kept.empty() && isBlank(kept.back()))
-        kept.remove_suffix(1);
-    if (!kept.empty())
-        std::memmove(line.data(), kept.data(), kept.size());
-    line.setUsedSize(static_cast<int32_t>(kept.size()));
-    if (!line.appendByte('\0')) {
-        line.clear();
-        return false;
-    }
-    return line.setUsedSize(line.used() - 1);
+    // A stream that begins anew once it was asked at its end would give its lines for ever.
+    if (!isMore && isPlaceKnown && tell() != place)
+        seek(place, fromStart);
+    if (isWhole && trimMode == dropBlanks)
+        trim(line);
+    if (isWhole && line.appendByte('\0'))
+        return line.setUsedSize(line.used() - 1);
+    line.clear();
+    return false;
 }
 
 FStream& StreamFace::self() {

@@ -42,9 +42,11 @@ public:
     virtual void flush();
     /// False once the stream has failed in a way that can't be cured.
     virtual bool isValid() const;
-    /// Writes `count` bytes taken from `source`, in pieces of 1024. True when all of them went.
+    /// Writes `count` bytes taken from `source`, in pieces of 1024. True when all of them went; a `source`
+    /// that ends before is false, with all that it gave written.
     virtual bool copyFrom(FStream& source, int64_t count);
-    /// Writes all of this stream, from its start to its end, to `destination`. False when not all of it went.
+    /// Writes all of this stream, from its start to its end, to `destination`. False when not all of it went,
+    /// and when this stream failed before its end.
     virtual bool writeTo(FStream& destination);
     /// Long operations report to `monitor` from now on; null ends that. Only files and buffered streams do.
     virtual void setProgress(StreamProgress* monitor);
@@ -54,16 +56,18 @@ public:
     void setUrl(FUrl* url);
 
     bool copyTo(FStream& destination, int64_t count);
-    /// Writes all of `source`, which is rewound first, at this stream's position.
+    /// Writes all of `source`, which is rewound first, at this stream's position. It ends where a read gives
+    /// nothing: a short one is no end. False when a write was short, a read failed or `source` is not valid.
     bool copyAll(FStream& source);
-    /// Rewinds both and compares their bytes.
+    /// Rewinds both and compares their bytes. False also when one of them fails.
     bool contentEquals(FStream& other);
     /// The raw UTF-16 units, with `withTerminator` a 2-byte zero more.
     bool writeWideText(const char16_t* text, bool withTerminator);
     enum LineTrim : int32_t { keepBlanks = 0, dropBlanks = 1 };
     /// Reads one line into `line`, with a zero byte behind it that doesn't count, and all line ends behind
-    /// it. With `dropBlanks`, blanks and tabs at both ends of it are dropped. False at the end of the stream,
-    /// and, with `line` empty, for one of more than 64 MB, which is no text, and when memory ran out.
+    /// it. With `dropBlanks`, blanks and tabs at both ends of it are dropped. To find the line's end it reads
+    /// a byte too many and goes back by it. False, with `line` empty, at the end of the stream, when the
+    /// stream can't go back, for a line of more than 64 MB, which is no text, and when memory ran out.
     bool readTextLine(CmBuffer& line, int32_t trimMode = keepBlanks);
 
     using CmObject::writeTo;

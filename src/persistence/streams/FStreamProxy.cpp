@@ -1,5 +1,7 @@
 #include "persistence/streams/FStreamProxy.h"
 
+#include "persistence/streams/StreamPlace.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -24,24 +26,15 @@ int64_t FStreamProxy::cut(int64_t count) const {
     return length_ == unlimited ? count : std::min(count, start_ + length_ - cursor_);
 }
 
-/// Puts `inner` at our place. It may stop at its end, before that.
-FStreamProxy::Place FStreamProxy::placeInner() {
-    int64_t place = inner_->seek(cursor_, fromStart);
-    // A stream that only runs forward goes to its start on a move back, and on from there on a second one.
-    if (place >= 0 && place < cursor_)
-        place = inner_->seek(cursor_, fromStart);
-    return place == cursor_ ? Place::there : place < 0 ? Place::failed : Place::shortOfIt;
-}
-
 int64_t FStreamProxy::read(void* buffer, int64_t count) {
     count = cut(count);
     if (!inner_ || count < 0)
         return -1;
     if (count == 0)
         return 0;
-    const Place place = placeInner();
-    if (place != Place::there)
-        return place == Place::failed ? -1 : 0;
+    const StreamPlace place = putAt(*inner_, cursor_);
+    if (place != StreamPlace::there)
+        return place == StreamPlace::failed ? -1 : 0;
     const int64_t got = inner_->read(buffer, count);
     cursor_ = std::max(inner_->tell(), start_);
     return got;
@@ -53,7 +46,7 @@ int64_t FStreamProxy::write(const void* buffer, int64_t count) {
         return -1;
     if (count == 0)
         return 0;
-    if (placeInner() != Place::there)
+    if (putAt(*inner_, cursor_) != StreamPlace::there)
         return -1;
     const int64_t written = inner_->write(buffer, count);
     cursor_ = std::max(inner_->tell(), start_);
@@ -88,9 +81,16 @@ Result FStreamProxy::getStreamSize(int64_t& size) {
     size = length_;
     if (length_ != unlimited)
         return Result::ok;
-    const int64_t end = inner_ ? inner_->seek(0, fromEnd) : -1;
-    size = std::max<int64_t>(end - start_, 0);
-    return end < 0 ? Result::failure : Result::ok;
+    Ref<ISizeableStream> sizeable;
+    int64_t end = -1;
+    if (inner_ && inner_->queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok) {
+        if (const Result result = sizeable->getStreamSize(end); result != Result::ok)
+            return result;
+    } else if (!inner_ || (end = inner_->seek(0, fromEnd)) < 0) {
+        return Result::failure;
+    }
+    size = end < 0 ? unlimited : std::max<int64_t>(end - start_, 0);
+    return Result::ok;
 }
 
 } // namespace qorl

@@ -24,7 +24,8 @@ public:
     FStreamProxy(Ref<FStream> inner, int64_t start, int64_t length, uint32_t mode);
     FStreamProxy(const FStreamProxy&) = delete;
 
-    /// Bytes moved. 0 at the window's end; -1 when the place already lies past it, or when `inner` failed.
+    /// Bytes moved. 0 at the window's end; -1 when the place already lies past it, for a negative count in a
+    /// window with a limit, and when `inner` failed.
     int64_t read(void* buffer, int64_t count) override;
     int64_t write(const void* buffer, int64_t count) override;
     /// The new place, counted from `start`. A target outside the window is cut to its nearer edge. -1 for an
@@ -34,7 +35,7 @@ public:
     void rewind() override { cursor_ = start_; }
     void flush() override;
     bool isValid() const override { return inner_ && inner_->isValid(); }
-    /// The window's length; without a limit what `inner` has behind `start`.
+    /// The window's length; without a limit what `inner` has behind `start`, -1 where that doesn't know.
     Result getStreamSize(int64_t& size) override;
     /// `Result::notImplemented`: a window stays as it is.
     Result setStreamSize(int64_t) override { return Result::notImplemented; }
@@ -45,10 +46,7 @@ public:
     uint32_t mode() const { return mode_; }
 
 private:
-    enum class Place { there, shortOfIt, failed };
-
     int64_t cut(int64_t count) const;
-    Place placeInner();
 
     Ref<FStream> inner_;
     int64_t start_ = 0;

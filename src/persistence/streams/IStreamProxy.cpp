@@ -18,12 +18,33 @@ int64_t checkedCount(Result result, int64_t moved, int64_t asked) {
 IStreamProxy::IStreamProxy(Ref<IBStream> target) : target_(std::move(target)) {
     if (const auto* own = cast<FStream>(target_.get()))
         takeOver(*own);
+    if (target_ && target_->queryInterface(ISizeableStream::iid, sizeable_.out()) != Result::ok)
+        sizeable_.reset();
+}
+
+Result IStreamProxy::queryInterface(const InterfaceId& id, void** out) {
+    if (sizeable_ && detail::answerFace<ISizeableStream>(this, id, out))
+        return Result::ok;
+    return FStream::queryInterface(id, out);
+}
+
+bool IStreamProxy::isValid() const {
+    const auto* own = cast<FStream>(target_.get());
+    return own ? own->isValid() : target_ != nullptr;
+}
+
+Result IStreamProxy::getStreamSize(int64_t& size) {
+    return sizeable_ ? sizeable_->getStreamSize(size) : Result::failure;
+}
+
+Result IStreamProxy::setStreamSize(int64_t size) {
+    return sizeable_ ? sizeable_->setStreamSize(size) : Result::failure;
 }
 
 int64_t IStreamProxy::read(void* buffer, int64_t count) {
     int64_t moved = 0;
     if (!target_ || count < 1)
-        return target_ ? 0 : -1;
+        return count < 1 ? 0 : -1;
     const Result result = target_->read(buffer, count, &moved);
     return checkedCount(result, moved, count);
 }
@@ -31,7 +52,7 @@ int64_t IStreamProxy::read(void* buffer, int64_t count) {
 int64_t IStreamProxy::write(const void* buffer, int64_t count) {
     int64_t moved = 0;
     if (!target_ || count < 1)
-        return target_ ? 0 : -1;
+        return count < 1 ? 0 : -1;
     const Result result = target_->write(buffer, count, &moved);
     return checkedCount(result, moved, count);
 }

@@ -104,7 +104,11 @@ public:
         bool isFull = true;
         while (isGood && isFull)
             isGood = step(Z_SYNC_FLUSH, &isFull);
-        return isGood && drain();
+        isGood = isGood && drain();
+        // Behind a hole nothing that is written could be read.
+        if (!isGood)
+            end();
+        return isGood;
     }
 
 private:

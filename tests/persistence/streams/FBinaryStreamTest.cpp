@@ -1,4 +1,6 @@
 #include "foundation/containers/CmBuffer.h"
+#include "persistence/streams/FBlockStreamReader.h"
+#include "persistence/streams/FBufferStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 #include "support/ShakyStream.h"
@@ -222,7 +224,11 @@ TEST(FBinaryStream, MarksTextsThatAreNotAscii) {
                                         6));
     EXPECT_EQ(mark.readTextUtf8(wide, 4), 0) << "the mark and nothing";
     EXPECT_EQ(mark.readTextUtf8(wide, 4), 2) << "no UTF-8, and no terminator";
-    EXPECT_EQ(std::u16string(wide), u"\uFFFDa");
+    EXPECT_EQ(std::u16string(wide), u"\u00FFa") << "Windows-1252, nothing dropped";
+    FMemoryStream western(std::string_view("caf\xE9 \x80"));
+    char16_t price[16];
+    EXPECT_EQ(western.readTextUtf8(price, 16), 6);
+    EXPECT_EQ(std::u16string(price), u"caf\u00E9 \u20AC");
 }
 
 TEST(FBinaryStream, KeepsOnlyWhatATextBufferHolds) {
@@ -342,6 +348,64 @@ TEST(FStream, TellsOfTheCallThatFailsInACopy) {
     EXPECT_FALSE(same.contentEquals(broken));
     FMemoryStream full(nullptr, 0);
     EXPECT_FALSE(full.copyFrom(same, 4));
+}
+
+TEST(FBinaryStream, KeepsTheLastByteOfCountedCharsWithoutATerminator) {
+    FMemoryStream stream(std::string_view("\3\0\0\0abc", 7));
+    EXPECT_STREQ(CountedChars(stream.readCountedChars()).get(), "abc");
+}
+
+TEST(FBinaryStream, ReadsUtf8ThatItCutsAsUtf8) {
+    for (size_t shift = 0; shift < 3; ++shift) {
+        SCOPED_TRACE(shift);
+        FMemoryStream stream;
+        const std::u16string text = std::u16string(shift, u'a') + std::u16string(100, u'\u20AC');
+        EXPECT_TRUE(stream.writeTextUtf8(text.c_str()));
+        stream.rewind();
+        char16_t few[6];
+        EXPECT_EQ(stream.readTextUtf8(few, 6), 5);
+        EXPECT_EQ(std::u16string(few), text.substr(0, 5));
+    }
+}
+
+TEST(FStream, TakesNoShortReadForTheEndOfACopy) {
+    const std::string text(2500, 's');
+    const auto slow = make<ShakyStream>(text);
+    slow->atOnce = 100;
+    ShakyStream target;
+    EXPECT_TRUE(target.copyAll(*slow));
+    EXPECT_EQ(target.text, text);
+    EXPECT_TRUE(target.contentEquals(*slow));
+    slow->rewind();
+    slow->failAt = 5;
+    EXPECT_FALSE(target.copyAll(*slow)) << "a failure behind a short read";
+    slow->rewind();
+    slow->failAt = 3;
+    FBlockStreamReader reader(slow, 1000);
+    EXPECT_FALSE(target.copyAll(reader)) << "one that gives what came, and then is not valid";
+}
+
+TEST(FStream, ReadsTheLastLineOfABufferOnce) {
+    for (const char* text : {"one\ntwo", "one\ntwo\n\n"}) {
+        SCOPED_TRACE(text);
+        const auto buffer = make<CmBuffer>(0, 1);
+        buffer->append(text, static_cast<int32_t>(std::strlen(text)));
+        FBufferStream stream(buffer);
+        stream.rewind();
+        CmBuffer line;
+        std::string lines;
+        for (int i = 0; i < 5 && stream.readTextLine(line); ++i)
+            lines += std::string(line.bytes()) + '|';
+        EXPECT_EQ(lines, "one|two|");
+    }
+}
+
+TEST(FStream, GivesNoLineBehindWhichItCantGoBack) {
+    ShakyStream stream("one\ntwo\n");
+    stream.failAt = 6;
+    CmBuffer line;
+    EXPECT_FALSE(stream.readTextLine(line)) << "the next line would lack its first letter";
+    EXPECT_EQ(line.used(), 0);
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 #include "foundation/Cast.h"
 #include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
+#include "persistence/streams/FBlockStreamReader.h"
+#include "persistence/streams/FCompressionStream.h"
 #include "persistence/streams/FFileStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/StreamProgress.h"
@@ -381,6 +383,74 @@ TEST(StreamBufferPool, HandsOutWhatCameBack) {
     EXPECT_EQ(again.get(), first);
     EXPECT_EQ(again->used(), 0);
     EXPECT_EQ(pool->take(0), nullptr);
+}
+
+TEST(FBufferedStream, ReadsOnWhereTheEndIsNotKnown) {
+    const std::string text = "0123456789abcdef!";
+    const auto compressed = make<FMemoryStream>();
+    EXPECT_TRUE(
+        FCompressionStream::compress(*make<FMemoryStream>(std::string_view(text)), compressed, nullptr, 1));
+    for (const int64_t claimed : {int64_t{-1}, int64_t{5}, int64_t{17}, int64_t{1000}}) {
+        SCOPED_TRACE(claimed);
+        compressed->rewind();
+        const auto inflating = make<FCompressionStream>(compressed);
+        ASSERT_TRUE(inflating->beginDecompression(claimed));
+        const auto stream = buffered(Form::plain, inflating, 8);
+        EXPECT_EQ(stream->seek(0, FStream::fromEnd), -1);
+        EXPECT_EQ(stream->write("x", 1), -1) << "it reads only";
+        EXPECT_EQ(readAll(*stream, 100), text);
+        EXPECT_TRUE(stream->isValid());
+        EXPECT_EQ(stream->seek(-1, FStream::fromEnd), 16) << "now it is known";
+        EXPECT_EQ(readAll(*stream, 100), "!");
+        stream->seek(3, FStream::fromStart);
+        EXPECT_EQ(readAll(*stream, 6), "345678") << "back, by inflating anew";
+    }
+    EXPECT_EQ(readAll(*buffered(Form::plain, make<FBlockStreamReader>(make<ShakyStream>(text), 4), 8), 100),
+              text);
+}
+
+TEST(FBufferedStream, TakesNoFailureForTheEnd) {
+    const auto compressed = make<FMemoryStream>();
+    const std::string text(5000, 'x');
+    EXPECT_TRUE(
+        FCompressionStream::compress(*make<FMemoryStream>(std::string_view(text)), compressed, nullptr, 0));
+    compressed->setStreamSize(3000);
+    compressed->rewind();
+    const auto inflating = make<FCompressionStream>(compressed);
+    ASSERT_TRUE(inflating->beginDecompression(5000));
+    const auto stream = buffered(Form::plain, inflating, 1024);
+    const auto target = make<FMemoryStream>();
+    EXPECT_FALSE(target->copyAll(*stream));
+    EXPECT_FALSE(stream->isValid());
+    const auto shaky = make<ShakyStream>("0123456789");
+    const auto cut = buffered(Form::plain, shaky, 8);
+    shaky->atOnce = 3;
+    shaky->failAt = 2;
+    EXPECT_EQ(readAll(*cut, 3), "012");
+    shaky->failAt = 3;
+    char byte = 0;
+    EXPECT_EQ(cut->read(&byte, 1), -1) << "the same fault again";
+    EXPECT_EQ(cut->read(&byte, 1), 1);
+    EXPECT_EQ(byte, '3');
+}
+
+TEST(FBufferedStream, WritesFilesThatCantBeRead) {
+    const SettingsFolder folder;
+    const FNPath path(std::string_view(folder / "out.bin"));
+    const Ref<FStream> file = FNFileSystem::instance()->createFile(path, FFileStream::writeAccess);
+    {
+        const auto stream = buffered(Form::plain, file, 8);
+        for (const char* part : {"123", "456", "789", "0"}) {
+            EXPECT_EQ(stream->write(part, static_cast<int64_t>(std::strlen(part))),
+                      static_cast<int64_t>(std::strlen(part)));
+            stream->flush();
+        }
+        EXPECT_TRUE(stream->isValid());
+        stream->seek(2, FStream::fromStart);
+        EXPECT_EQ(stream->write("x", 1), -1) << "what lies around it would be lost";
+        EXPECT_FALSE(stream->isValid());
+    }
+    EXPECT_EQ(folder.read("out.bin"), "1234567890");
 }
 
 } // namespace

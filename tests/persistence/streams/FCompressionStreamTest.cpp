@@ -390,5 +390,66 @@ TEST(FCompressionStream, TellsWithoutMemory) {
     });
 }
 
+TEST(FCompressionStream, WritesNothingBehindAFlushThatFailed) {
+    const auto target = make<ShakyStream>();
+    FCompressionStream stream(target);
+    ASSERT_TRUE(stream.beginCompression(0.5f));
+    EXPECT_EQ(stream.write("lost", 4), 4);
+    target->failAt = 1;
+    stream.flush();
+    EXPECT_FALSE(stream.isValid());
+    EXPECT_EQ(stream.write("more", 4), -1) << "there would be a hole before it";
+    EXPECT_FALSE(stream.endCompression());
+    EXPECT_EQ(target->text, "");
+    EXPECT_TRUE(stream.beginCompression(0.5f));
+    EXPECT_TRUE(stream.isValid());
+}
+
+TEST(FCompressionStream, TellsWhetherItCanBeReadOn) {
+    const auto compressed = deflated("0123456789");
+    FCompressionStream cut(memoryOf(compressed->bytes().substr(0, 12)));
+    ASSERT_TRUE(cut.beginDecompression());
+    readSome(cut, 20);
+    EXPECT_FALSE(cut.isValid());
+    FMemoryStream copy;
+    cut.rewind();
+    EXPECT_FALSE(copy.copyAll(cut));
+
+    const auto shaky = make<ShakyStream>(std::string(compressed->bytes()));
+    FCompressionStream stream(shaky);
+    ASSERT_TRUE(stream.beginDecompression(10));
+    for (const int64_t failAt : {1, 2}) {
+        SCOPED_TRACE(failAt);
+        EXPECT_EQ(readSome(stream, 20), "0123456789");
+        EXPECT_TRUE(stream.isValid());
+        shaky->failAt = failAt;
+        EXPECT_EQ(stream.seek(0, FStream::fromStart), -1);
+        EXPECT_FALSE(stream.isValid()) << "what follows is no end";
+        char byte = 0;
+        EXPECT_EQ(stream.read(&byte, 1), -1);
+        shaky->rewind();
+        ASSERT_TRUE(stream.beginDecompression(10));
+    }
+    EXPECT_EQ(stream.seek(0, 3), -1);
+    EXPECT_EQ(FCompressionStream::toMemory(&stream, 9), nullptr) << "more than may be taken";
+    EXPECT_NE(FCompressionStream::toMemory(&stream, 10), nullptr);
+    FCompressionStream writing(make<FMemoryStream>());
+    ASSERT_TRUE(writing.beginCompression(0.5f));
+    EXPECT_EQ(writing.write("abc", 3), 3);
+    EXPECT_EQ(writing.seek(1, FStream::fromStart), 0) << "it tells the start, and stays";
+    EXPECT_EQ(writing.tell(), 3);
+}
+
+TEST(FCompressionStream, CompressesBehindShortReads) {
+    ShakyStream source(sample());
+    source.atOnce = 1000;
+    const auto target = make<FMemoryStream>();
+    EXPECT_TRUE(FCompressionStream::compress(source, target, nullptr, 0.5f));
+    target->rewind();
+    const auto inflated = make<FMemoryStream>();
+    EXPECT_TRUE(FCompressionStream::decompress(target, *inflated, nullptr));
+    EXPECT_TRUE(inflated->bytes() == sample());
+}
+
 } // namespace
 } // namespace qorl

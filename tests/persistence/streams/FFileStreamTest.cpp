@@ -4,6 +4,7 @@
 #include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/streams/StreamProgress.h"
+#include "support/FailingDisk.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -104,6 +105,42 @@ TEST_F(FFileStreamTest, SetsItsLengthWithoutMoving) {
     EXPECT_EQ(file.getLength(), -1);
     EXPECT_EQ(sizeable->getStreamSize(size), Result::failure);
     EXPECT_EQ(folder_.read("file.bin"), std::string("0123\0\0", 6));
+}
+
+TEST_F(FFileStreamTest, IsNotValidOnceBytesWereLost) {
+    platform::File full;
+    ASSERT_FALSE(full.open("/dev/full", platform::openWrite));
+    FFileStream stream(std::move(full), FFileStream::writeAccess);
+    EXPECT_EQ(stream.write("x", 1), -1);
+    EXPECT_FALSE(stream.isValid());
+    stream.clearError();
+    EXPECT_TRUE(stream.isValid());
+    stream.close();
+    EXPECT_TRUE(stream.isAtEnd()) << "or who reads up to the end would never stop";
+    EXPECT_NE(stream.getLastError(), 0) << "no place";
+    stream.clearError();
+    EXPECT_EQ(stream.getLength(), -1);
+    EXPECT_NE(stream.getLastError(), 0) << "no length";
+}
+
+TEST_F(FFileStreamTest, TellsWhatWentOfAWriteThatWasCutShort) {
+    const Ref<FStream> file = open(readAndWrite);
+    const auto outcome = FailingDisk::run(1, DiskFault::cutShort, [&] {
+        Meter meter;
+        file->setProgress(&meter);
+        return file->write("abcdef", 6) == 3 && meter.place == 3 && file->tell() == 3 && !file->isValid();
+    });
+    EXPECT_TRUE(outcome.isMet);
+    EXPECT_TRUE(outcome.answer);
+}
+
+TEST_F(FFileStreamTest, FlushesOnlyWhatItMayWrite) {
+    const Ref<FStream> file = open(FFileStream::readAccess);
+    const auto flush = [&] {
+        file->flush();
+        return file->isValid();
+    };
+    EXPECT_FALSE(FailingDisk::run(1, DiskFault::error, flush).isMet);
 }
 
 } // namespace

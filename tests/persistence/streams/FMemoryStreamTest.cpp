@@ -259,5 +259,33 @@ TEST(FMemoryStream, TakesItsOwnBytesWhileItGrows) {
     EXPECT_EQ(stream.bytes().substr(3998, 16), "xxtailxxxxtailxx");
 }
 
+TEST(FMemoryStream, GrowsForeignMemoryForNoSize) {
+    struct Row {
+        int64_t memory, size;
+        bool isSet;
+    };
+    static char memory[8192];
+    for (const Row& row : {Row{10, 5, false}, Row{10, 10, false}, Row{4096, 5, true}, Row{4096, 4097, false},
+                           Row{8192, 1, true}}) {
+        SCOPED_TRACE(::testing::Message() << row.size << " of " << row.memory);
+        FMemoryStream stream(memory, row.memory);
+        EXPECT_EQ(stream.setStreamSize(row.size), row.isSet ? Result::ok : Result::failure);
+        EXPECT_EQ(stream.isValid(), row.isSet);
+        EXPECT_EQ(stream.size(), row.isSet ? row.size : row.memory) << "nothing else changes";
+    }
+    FMemoryStream negative(memory, -1);
+    EXPECT_EQ(negative.size(), 0);
+    FMemoryStream null(nullptr, 5);
+    EXPECT_EQ(null.read(memory, 5), 0);
+    FMemoryStream empty{std::string_view()};
+    EXPECT_EQ(empty.write("x", 1), 0);
+    EXPECT_TRUE(empty.isValid()) << "as over any other view";
+    EXPECT_EQ(empty.seek(0, 3), -1);
+    FMemoryStream far;
+    far.seek(std::numeric_limits<int64_t>::max() - 1, FStream::fromStart);
+    EXPECT_EQ(far.write("xyz", 3), 0);
+    EXPECT_FALSE(far.isValid());
+}
+
 } // namespace
 } // namespace qorl

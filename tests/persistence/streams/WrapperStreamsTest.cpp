@@ -315,8 +315,33 @@ TEST(FBlockStreamReader, MovesWithinItsBlockWithoutItsInnerStream) {
     EXPECT_EQ(readOf(reader, 16), "16 0123456789abcdef") << "whole blocks go straight to the caller";
     EXPECT_EQ(reader.seek(-1, FStream::fromHere), 15);
     EXPECT_EQ(readOf(reader, 5), "1 f") << "and are not in the block";
+    EXPECT_EQ(readOf(reader, 5), "0 ");
+    EXPECT_TRUE(reader.isValid()) << "the end";
+    reader.rewind();
     inner->failAt = 1;
     EXPECT_EQ(readOf(reader, 5), "0 ");
+    EXPECT_FALSE(reader.isValid()) << "no end";
+}
+
+TEST(WrapperStreams, AreAsValidAsWhatTheyWrap) {
+    char memory[2];
+    const auto inner = make<FMemoryStream>(memory, 2);
+    FIBStream binary(*inner);
+    IStreamProxy proxy(Ref<IBStream>{inner});
+    FStreamProxy window(inner, 0, unlimited, 0);
+    FBlockStreamReader reader(inner, 4);
+    for (const bool isValid : {true, false}) {
+        for (const FStream* stream : std::initializer_list<const FStream*>{&binary, &proxy, &window, &reader})
+            EXPECT_EQ(stream->isValid(), isValid);
+        inner->write("abc", 3);
+    }
+    Ref<ISizeableStream> sizeable;
+    ASSERT_EQ(proxy.queryInterface(ISizeableStream::iid, sizeable.out()), Result::ok);
+    int64_t size = 0;
+    EXPECT_EQ(sizeable->getStreamSize(size), Result::ok);
+    EXPECT_EQ(size, 2);
+    IStreamProxy plain(Ref<IBStream>{make<ShakyStream>()});
+    EXPECT_NE(plain.queryInterface(ISizeableStream::iid, sizeable.out()), Result::ok);
 }
 
 } // namespace

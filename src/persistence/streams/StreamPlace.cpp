@@ -1,0 +1,19 @@
+#include "persistence/streams/StreamPlace.h"
+
+#include "persistence/streams/FStream.h"
+
+namespace qorl {
+
+StreamPlace putAt(FStream& stream, int64_t place) {
+    int64_t reached = stream.seek(place, FStream::fromStart);
+    // A stream that only runs forward goes to its start on a move back, and on from there on a second one.
+    if (reached >= 0 && reached < place)
+        reached = stream.seek(place, FStream::fromStart);
+    // While it compresses it tells its start, too, but stays.
+    const bool isStaying = reached == 0 && place == 0 && stream.tell() != 0;
+    if (reached < 0 || isStaying)
+        return StreamPlace::failed;
+    return reached == place ? StreamPlace::there : StreamPlace::shortOfIt;
+}
+
+} // namespace qorl
