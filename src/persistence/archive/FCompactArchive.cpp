@@ -22,7 +22,7 @@ FCompactArchive::~FCompactArchive() = default;
 bool FCompactArchive::writeObject(CmObject* object, bool track) try {
     return storing_ && checkStream() == 0 && storeObject(object, track);
 } catch (const std::bad_alloc&) {
-    report(streamFailed, object->getClassName());
+    report(streamFailed, object ? object->getClassName() : nullptr);
     return false;
 }
 
@@ -48,10 +48,20 @@ bool FCompactArchive::storeClass(const ClassRecord& record) {
 }
 
 CmObject* FCompactArchive::readObject(const char* className, bool track) try {
-    return beginReading() ? nextObject(className, track).detach() : nullptr;
+    return beginNext() ? nextObject(className, track).detach() : nullptr;
 } catch (const std::bad_alloc&) {
     report(streamFailed, className);
     return nullptr;
+}
+
+bool FCompactArchive::beginNext() {
+    return beginReading() && checked(!isLost_);
+}
+
+/// Nobody knows any more where the next object begins.
+void FCompactArchive::lose(const char* className) {
+    isLost_ = true;
+    report(wrongObject, className);
 }
 
 Ref<CmObject> FCompactArchive::nextObject(const char* className, bool track) {
@@ -92,7 +102,7 @@ bool FCompactArchive::findClass(int32_t tag, uint32_t& index) {
     index = number < entries_.size() ? entries_[number].classIndex : Entry::noClass;
     if (index != Entry::noClass)
         return true;
-    report(wrongObject, nullptr);
+    lose(nullptr);
     return false;
 }
 
@@ -101,14 +111,15 @@ Ref<CmObject> FCompactArchive::readInstance(uint32_t classIndex, const char* cla
     const int32_t version = type.version();
     Ref<CmObject> object = type.create();
     if (!object) {
-        report(wrongObject, type.record() && className ? className : type.name());
+        lose(type.record() && className ? className : type.name());
         return nullptr;
     }
     const size_t number = entries_.size();
     if (track)
         entries_.push_back({object});
     const int32_t outerVersion = std::exchange(version_, version);
-    const bool isRead = passContents(*object);
+    // One that holds what could not be read has taken foreign bytes for its own fields.
+    const bool isRead = passContents(*object) && !isLost_;
     version_ = outerVersion;
     if (isRead)
         return object;
@@ -146,7 +157,7 @@ bool FCompactArchive::writeClass(const ClassRecord* record) try {
 
 const ClassRecord* FCompactArchive::readClass() try {
     int32_t tag = ArchiveTag::null;
-    if (!beginReading() || !checked(stream_.readInt32(tag)) || tag == ArchiveTag::null)
+    if (!beginNext() || !checked(stream_.readInt32(tag)) || tag == ArchiveTag::null)
         return nullptr;
     if (tag > 0) {
         report(malformed, nullptr);

@@ -16,7 +16,9 @@ namespace qorl {
 /// the class has appeared; then what `writeTo` wrote. A number alone stands for a tracked object, 0 for null.
 ///
 /// An object whose `writeTo` gives false does not stop the archive: `writeObject` passes the result on. One
-/// that can't be read does, since nobody knows where the next one begins.
+/// that can't be read ends the reading for good, and so do a class that nobody has registered and a number
+/// under which no class stands (`wrongObject`; what is asked for later is `streamFailed`): nobody knows where
+/// the next one begins. An object that holds such a one can't be read either.
 class FCompactArchive : public FObjectArchive {
 public:
     /// `stream` is not retained. The archive begins at its position.
@@ -45,6 +47,8 @@ private:
 
     bool storeObject(CmObject* object, bool track);
     bool storeClass(const ClassRecord& record);
+    bool beginNext();
+    void lose(const char* className);
     Ref<CmObject> nextObject(const char* className, bool track);
     Ref<CmObject> resolve(int32_t number, const char* className);
     Ref<CmObject> readInstance(uint32_t classIndex, const char* className, bool track);
@@ -55,6 +59,7 @@ private:
     int32_t nextNumber_ = 1;
     std::vector<Entry> entries_;
     std::vector<StoredClass> classes_;
+    bool isLost_ = false;
 };
 
 } // namespace qorl

@@ -39,7 +39,7 @@ int64_t FSizedArchive::offsetHere() {
 bool FSizedArchive::writeObject(CmObject* object, bool track) try {
     return storing_ && checkStream() == 0 && storeObject(object, track);
 } catch (const std::bad_alloc&) {
-    report(streamFailed, object->getClassName());
+    report(streamFailed, object ? object->getClassName() : nullptr);
     return false;
 }
 

@@ -29,13 +29,28 @@ bool storeContents(FStream& file, CmObject& object) {
     return stream->isValid();
 }
 
-bool readContents(FStream& file, CmObject& object) {
-    const auto stream = make<FBufferedStream>(retain(&file), fileBlockSize, false);
-    GlobalReports reports;
-    FSizedArchive archive(*stream, FObjectArchive::Direction::reading);
-    archive.setListener(&reports);
-    return object.readFrom(&archive);
-}
+/// Reads one file into an object: what it has taken of that would mix with the contents of another one.
+class ContentsReader {
+public:
+    explicit ContentsReader(CmObject& object) : object_(object) {}
+
+    bool operator()(FStream& file) {
+        if (hasBegun_)
+            return false;
+        const auto stream = make<FBufferedStream>(retain(&file), fileBlockSize, false);
+        const int64_t start = stream->tell();
+        GlobalReports reports;
+        FSizedArchive archive(*stream, FObjectArchive::Direction::reading);
+        archive.setListener(&reports);
+        const bool isRead = object_.readFrom(&archive);
+        hasBegun_ = isRead || stream->tell() != start;
+        return isRead;
+    }
+
+private:
+    CmObject& object_;
+    bool hasBegun_ = false;
+};
 
 /// Calls `work` with the file of that name; without memory the result is false.
 template <typename Work>
@@ -56,7 +71,8 @@ bool saveObjectFile(const ConstString& name, CmObject* object) {
 
 bool loadObjectFile(const ConstString& name, CmObject* object) {
     return object && withFile(name, [object](const StoredFile& file) {
-               return file.load([object](FStream& stream) { return readContents(stream, *object); });
+               ContentsReader reader(*object);
+               return file.load([&reader](FStream& stream) { return reader(stream); });
            });
 }
 

@@ -15,8 +15,9 @@ class CmObject;
 
 /// Leaves the file that was there, or none, when the object can't store itself or the file can't be written.
 bool saveObjectFile(const ConstString& name, CmObject* object);
-/// From the user's settings, else from the application's shared data: what `readFrom` gives. The object may
-/// hold some of a file that it could not read whole.
+/// From the user's settings, or where there is no such file from the application's shared data: what
+/// `readFrom` gives. The object may hold some of a file that it could not read whole, but never of two: an
+/// earlier file, which an interrupted save kept, is only taken while nothing has been read.
 bool loadObjectFile(const ConstString& name, CmObject* object);
 /// In the user's settings.
 bool objectFileExists(const ConstString& name);

@@ -155,6 +155,33 @@ TEST(FCompactArchive, StopsForGoodBehindAnObjectThatCouldNotReadItself) {
     EXPECT_EQ(reading.log.text, "-100 ArchiveProbe") << "told once";
 }
 
+/// Behind an object of a class that nobody knows its fields stand, and no tags.
+TEST(FCompactArchive, StopsForGoodBehindAnObjectOfAnUnknownClass) {
+    const std::string node = bytesOf("FF FF FF FF  0A 00 00 00 'GraphNode' 03 00  05 00 00 00  00 00 00 00");
+    const struct {
+        const char* bytes;
+        const char* log;
+    } cases[] = {
+        {"FF FF FF FF 08 00 00 00 'Unheard' 00 00", "-99 Unheard"},
+        {"07 00 00 80", "-99"},
+        {"FF FF FF FF 0A 00 00 00 'GraphNode' 00 00 07 00 00 00 01 00 00 00"
+         "FF FF FF FF 08 00 00 00 'Unheard' 00 00",
+         "-99 Unheard; -100 GraphNode"},
+    };
+    for (const auto& [text, log] : cases) {
+        SCOPED_TRACE(text);
+        const std::string bytes = bytesOf(text) + node;
+        Reads reading(bytes);
+        EXPECT_EQ(reading.next(), nullptr);
+        EXPECT_EQ(reading.log.text, log);
+        const int64_t place = reading.stream.tell();
+        EXPECT_EQ(reading.next(), nullptr);
+        EXPECT_EQ(reading.archive.readClass(), nullptr);
+        EXPECT_EQ(reading.archive.lastError(), FObjectArchive::streamFailed);
+        EXPECT_EQ(reading.stream.tell(), place);
+    }
+}
+
 TEST(FCompactArchive, SurvivesObjectsNested100000Deep) {
     std::string bytes = bytesOf("FF FF FF FF  0A 00 00 00 'GraphNode' 03 00  00 00 00 00  01 00 00 00");
     for (int32_t i = 0; i < 100'000; ++i)

@@ -87,6 +87,18 @@ TEST_F(ObjectFiles, AreTakenFromTheSharedDataWhereTheUserHasNone) {
     EXPECT_FALSE(loadObjectFile("none", node.get()));
 }
 
+/// What an interrupted save kept is not mixed with the part of the file that could be read.
+TEST_F(ObjectFiles, GiveAnObjectTheContentsOfOneFileOnly) {
+    folder_.write("settings/node_old.bin", bytesOf("05 00 00 00  00 00 00 00"));
+    folder_.write("settings/node.bin", bytesOf("07 00 00 00"));
+    const auto node = makeNode(0);
+    EXPECT_FALSE(loadObjectFile("node", node.get()));
+    EXPECT_EQ(node->value, 7);
+    folder_.write("settings/node.bin", "");
+    EXPECT_TRUE(loadObjectFile("node", node.get()));
+    EXPECT_EQ(node->value, 5);
+}
+
 TEST_F(ObjectFiles, AreRenamedAndDeleted) {
     const auto node = makeNode(3);
     EXPECT_FALSE(renameObjectFile("a", "b"));
