@@ -16,6 +16,9 @@ enum class UuidKind : uint8_t {
 /// False, and `uuid` as it was, when the system has no randomness to give.
 bool generateUuid(UuidKind kind, std::array<uint8_t, 16>& uuid);
 
+/// A number that nobody outside can guess, as far as the system has randomness: for the seeds of hash tables.
+uint64_t randomNumber();
+
 /// Takes uuids from elsewhere; null takes them from the system again. For tests.
 using UuidSource = bool (*)(UuidKind kind, std::array<uint8_t, 16>& uuid);
 void setUuidSource(UuidSource source);

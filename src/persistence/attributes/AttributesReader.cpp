@@ -134,6 +134,17 @@ private:
         return read;
     }
 
+    /// For a list of wide items. Bytes that are no text in `codePage` are Windows-1252, as in XML, and those
+    /// that it has no character for control characters.
+    String wideItem(uint32_t codePage) const {
+        constexpr uint32_t western = 1252;
+        constexpr uint32_t anyByte = 28591;
+        String read = string(true, codePage);
+        if (!read.isWide() && !read.isEmpty() && !read.toWide(western) && !read.toWide(anyByte))
+            throw std::bad_alloc();
+        return read;
+    }
+
     bool readEntry(FAttributes& attributes) {
         uint16_t kind = 0;
         switch (readText()) {
@@ -243,9 +254,11 @@ private:
         if (!readCount(left, "items"))
             return false;
         for (; left > 0; --left) {
-            if (readText() == TextRead::failed)
+            const TextRead result = readText();
+            if (result == TextRead::failed)
                 return failEnd();
-            list.items.push_back(string(true, text_.isMarked ? text::utf8CodePage : codePage));
+            if (result == TextRead::read)
+                list.items.push_back(wideItem(text_.isMarked ? text::utf8CodePage : codePage));
         }
         return true;
     }
@@ -290,7 +303,7 @@ private:
 
     bool readInstance(Ref<FXmlInstance>& instance) {
         uint64_t id = 0;
-        if (readText() == TextRead::failed)
+        if (!readClassName())
             return failEnd();
         const String className = string(text_.isMarked, text::utf8CodePage);
         if (!stream_.readUInt64(id))
@@ -312,8 +325,17 @@ private:
         return true;
     }
 
+    /// Without a class an object only stays stored.
+    bool readClassName() {
+        const TextRead result = readText();
+        if (result == TextRead::tooLong)
+            FObjectArchive::reportGlobally(FObjectArchive::malformed,
+                                           "a class name is longer than 50000 bytes");
+        return result != TextRead::failed;
+    }
+
     bool readOldObject(OldObject object) {
-        if (readText() == TextRead::failed)
+        if (!readClassName())
             return failEnd();
         const auto attributes = make<FAttributes>();
         object.instance = make<FXmlInstance>(0, string(text_.isMarked, text::utf8CodePage), attributes);
@@ -321,13 +343,19 @@ private:
         return enterBody(Step::Kind::oldBody, attributes);
     }
 
-    /// One of an unknown class is told to the global error sink, and dropped.
+    /// One of an unknown class, or that refuses its attributes, is told to the global error sink, and
+    /// dropped.
     void createOldObject() {
         const OldObject old = std::move(oldObjects_.back());
         oldObjects_.pop_back();
         const Ref<CmObject> object = retain(old.instance->getObject());
-        if (!object)
+        if (!object) {
+            // One that didn't even come to be has its attributes still, and its class was told.
+            if (!old.instance->getAttributes())
+                FObjectArchive::reportGlobally(FObjectArchive::wrongObject,
+                                               old.instance->className8().text8());
             return;
+        }
         if (old.list)
             old.list->adopt(object);
         else

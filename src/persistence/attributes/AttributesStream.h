@@ -22,8 +22,9 @@ namespace AttributesStream {
 bool write(FBinaryStream& stream, const FAttributes& attributes, std::string* fault = nullptr);
 
 /// Adds the body's entries to `attributes`. False for a damaged body and when memory ran out; what was read
-/// until then stays. A text value that is too long is left out. `archive` reads the objects of old files that
-/// stored them by it; null where there is none.
+/// until then stays. A text, or an item of a list of texts, that is too long is left out; an object whose
+/// class name is too long stays stored without a class, and the global listener of archives is told.
+/// `archive` reads the objects of old files that stored them by it; null where there is none.
 bool read(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive = nullptr,
           std::string* fault = nullptr);
 

@@ -190,7 +190,7 @@ private:
         if (!object)
             return Outcome::leftOut;
         if (const auto* unbound = cast<FXmlReference>(object))
-            return writeKnown(unbound->id());
+            return writeKnown(written_.enterUnbound(unbound->id()));
         const auto [id, isNew] = written_.enter(object.get(), StoredObject::idOf(item.get()));
         if (!isNew)
             return writeKnown(id);

@@ -1,9 +1,10 @@
 #include "persistence/attributes/FAttributeItems.h"
 
+#include "platform/System.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <new>
 #include <utility>
@@ -18,24 +19,40 @@ constexpr size_t fewestSlots = 64;
 constinit thread_local FAttributeItems* waitingLists = nullptr;
 constinit thread_local bool isListGoing = false;
 
+// The Mersenne prime of the hash, which works on pieces of seven bytes.
+constexpr uint64_t prime = (uint64_t{1} << 61) - 1;
+constexpr size_t pieceSize = 7;
+constexpr uint64_t pieceMask = (uint64_t{1} << (8 * pieceSize)) - 1;
+
 uint64_t wordAt(const char* bytes) {
     uint64_t word = 0;
     std::memcpy(&word, bytes, sizeof word);
     return word;
 }
 
-/// Most keys have 8 to 16 characters: two words that overlap are all of them.
+/// `a * b + c` modulo the prime; all are below it.
+uint64_t multiplyAndAdd(uint64_t a, uint64_t b, uint64_t c) {
+    __extension__ using Wide = unsigned __int128;
+    const Wide product = Wide{a} * b + c;
+    const uint64_t sum = static_cast<uint64_t>(product & prime) + static_cast<uint64_t>(product >> 61);
+    return sum >= prime ? sum - prime : sum;
+}
+
+/// A polynomial at a random place (Carter and Wegman 1979): keys of a document that are made to meet in one
+/// slot would have to guess it.
 uint32_t hashOfKey(std::string_view key) {
-    constexpr uint64_t oddOne = 0x9E3779B97F4A7C15u; // 2 to the 64th, divided by the golden ratio
-    constexpr uint64_t oddTwo = 0xC2B2AE3D27D4EB4Fu;
-    uint64_t hash = 0;
-    if (key.size() >= 8 && key.size() <= 16) {
-        const uint64_t first = wordAt(key.data()) * oddOne;
-        const uint64_t last = (wordAt(key.data() + key.size() - 8) + key.size()) * oddTwo;
-        hash = (std::rotl(first, 31) ^ last ^ (last >> 29)) * oddOne;
-    } else {
-        hash = std::hash<std::string_view>()(key);
-    }
+    static const uint64_t place = platform::randomNumber() % (prime - 1) + 1;
+    uint64_t hash = key.size();
+    size_t at = 0;
+    for (; key.size() - at > pieceSize; at += pieceSize)
+        hash = multiplyAndAdd(hash, place, wordAt(key.data() + at) & pieceMask);
+    uint64_t last = 0;
+    if (at > 0) // Overlapping the piece before costs nothing.
+        last = wordAt(key.data() + key.size() - sizeof last) >> 8;
+    else
+        for (const char byte : key)
+            last = last << 8 | static_cast<uint8_t>(byte);
+    hash = multiplyAndAdd(multiplyAndAdd(hash, place, last), place, 0);
     return static_cast<uint32_t>(hash ^ (hash >> 32));
 }
 

@@ -6,6 +6,7 @@
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
+#include "platform/System.h"
 
 #include <cstring>
 #include <new>
@@ -27,6 +28,16 @@ CmObject* liveObject(CmObject* object, const char* className) {
 
 std::string_view bytesOf(const FAttributeValue* value) {
     return binaryBytes(value ? value->getObject() : nullptr).value_or(std::string_view());
+}
+
+/// An archive knows codes only. False, for its caller to pass on.
+bool tellFault(const char* what, const std::string& fault) {
+    try {
+        platform::debugOutput("attributes in an archive can't be " + std::string(what) + ": " + fault);
+    } catch (const std::bad_alloc&) {
+        platform::debugOutput(fault);
+    }
+    return false;
 }
 
 } // namespace
@@ -188,12 +199,14 @@ void FAttributes::shareWith(FAttributes& other) {
 }
 
 bool FAttributes::writeTo(FObjectArchive* archive) {
-    return AttributesStream::write(archive->stream(), *this);
+    std::string fault;
+    return AttributesStream::write(archive->stream(), *this, &fault) || tellFault("stored", fault);
 }
 
 bool FAttributes::readFrom(FObjectArchive* archive) {
     removeAll();
-    return AttributesStream::read(archive->stream(), *this, archive);
+    std::string fault;
+    return AttributesStream::read(archive->stream(), *this, archive, &fault) || tellFault("read", fault);
 }
 
 } // namespace qorl

@@ -104,8 +104,8 @@ public:
     bool appendObject(std::string_view key, CmObject* object, bool owned);
     bool appendAttributes(std::string_view key, Ref<FAttributes> attributes);
 
-    /// The next item of the list of `key`. At its end they give nothing (false, null), and the list starts
-    /// over.
+    /// The next item of the list of `key`; objects that can't be given, as those of an unknown or another
+    /// class, are passed over. At the end they give nothing (false, null), and the list starts over.
     bool nextInteger(std::string_view key, int64_t& value);
     bool nextFloat(std::string_view key, double& value);
     bool nextText(std::string_view key, ConstString& text);
@@ -146,7 +146,7 @@ public:
     bool detachObjects();
 
     /// Search nested attributes depth first, in order. `path` is a key, or two keys `a|b`: from the first
-    /// object entry `a` on, `b` is searched. Texts stay owned by their entry.
+    /// entry `a` on, of whatever kind, `b` is searched. Texts stay owned by their entry.
     FAttributes* findAttributes(std::string_view path) const;
     bool findValue(std::string_view path, FAttributeVariant& value) const;
 

@@ -58,9 +58,12 @@ private:
                 continue;
             const Ref<CmObject> after = detached(object);
             FAttributeValue value;
-            if (const FStringIDAttribute* entry = attributes.at(i))
-                value.setEntryFlags(entry->flags());
             value.setObject(after.get(), Hold::retain);
+            if (const FStringIDAttribute* entry = attributes.at(i)) {
+                value.setEntryFlags(entry->flags());
+                if (entry->flags() & FAttributeValue::foreign)
+                    value.setForeign();
+            }
             changes_.push_back({retain(&attributes), i, object, std::move(value), !after});
         }
     }
@@ -111,11 +114,13 @@ private:
 
     Ref<CmObject> detachedList(const FObjectList& objects) {
         auto list = make<FObjectList>(true);
-        // By place, as above.
-        for (size_t i = 0; i < objects.items.size(); ++i)
-            if (const Ref<CmObject> item = retain(objects.items[i]))
-                if (auto replaced = detachedItem(item))
-                    list->adopt(std::move(replaced));
+        // By place, as above. One that is nothing keeps its place.
+        for (size_t i = 0; i < objects.items.size(); ++i) {
+            const Ref<CmObject> item = retain(objects.items[i]);
+            auto replaced = item ? detachedItem(item) : nullptr;
+            if (replaced || !item)
+                list->adopt(std::move(replaced));
+        }
         return list;
     }
 

@@ -101,12 +101,16 @@ bool FAttributes::nextText(std::string_view key, ConstString& text) {
 }
 
 Ref<CmObject> FAttributes::nextObject(std::string_view key, const char* className) {
-    auto* list = this->list<FObjectList>(key);
-    const int32_t place = list ? list->step() : -1;
-    CmObject* object = place >= 0 ? list->items[static_cast<size_t>(place)] : nullptr;
-    if (auto* stored = cast<FXmlObject>(object))
-        object = stored->getObject();
-    return retain(object && (!className || object->isTypeOf(className, true)) ? object : nullptr);
+    const Ref<FObjectList> list = retain(this->list<FObjectList>(key));
+    for (int32_t place = list ? list->step() : -1; place >= 0; place = list->step()) {
+        // Making an object may lead back to the list.
+        const Ref<CmObject> item = retain(list->items[static_cast<size_t>(place)]);
+        auto* stored = cast<FXmlObject>(item);
+        CmObject* object = stored ? stored->getObject() : item.get();
+        if (object && (!className || object->isTypeOf(className, true)))
+            return retain(object);
+    }
+    return nullptr;
 }
 
 FAttributes* FAttributes::nextAttributes(std::string_view key) {
@@ -117,9 +121,14 @@ FAttributes* FAttributes::nextAttributes(std::string_view key) {
 
 FAttributes* FAttributes::nextXmlAttributes(std::string_view key, const char* className) {
     auto* list = this->list<FObjectList>(key);
-    const int32_t place = list ? list->step() : -1;
-    auto* stored = place >= 0 ? cast<FXmlObject>(list->items[static_cast<size_t>(place)]) : nullptr;
-    return stored && (!className || stored->isClass(className)) ? stored->getAttributes() : nullptr;
+    for (int32_t place = list ? list->step() : -1; place >= 0; place = list->step()) {
+        auto* stored = cast<FXmlObject>(list->items[static_cast<size_t>(place)]);
+        if (!stored || (className && !stored->isClass(className)))
+            continue;
+        if (FAttributes* attributes = stored->getAttributes())
+            return attributes;
+    }
+    return nullptr;
 }
 
 int32_t FAttributes::count(std::string_view key) const {

@@ -60,8 +60,8 @@ class PathSearch {
 public:
     PathSearch(const FAttributes& root, std::string_view path) { enter(&root, path); }
 
-    /// Calls `isHit(entry, nested, path)` for each entry, `nested` being the attributes that stand for it,
-    /// until it is true.
+    /// Calls `isHit(entry, nested, path, shortened)` for each entry until it is true: `nested` are the
+    /// attributes that stand for it, `shortened` is the path from this entry on.
     template <typename IsHit>
     bool run(IsHit isHit) {
         while (!way_.empty()) {
@@ -75,11 +75,10 @@ public:
             step.item = 0;
             const FStringIDAttribute& entry = *step.attributes->at(step.entry);
             FAttributes* nested = attributesOf(entry.getObject());
-            if (isHit(entry, nested, step.path))
+            const std::string_view whole = step.path;
+            step.path = pathBelow(whole, entry.key());
+            if (isHit(entry, nested, whole, step.path))
                 return true;
-            if (!entry.isObject())
-                continue;
-            step.path = pathBelow(step.path, entry.key());
             if (nested)
                 enter(nested, step.path);
         }
@@ -122,8 +121,9 @@ private:
 FAttributes* FAttributes::findAttributes(std::string_view path) const {
     FAttributes* found = nullptr;
     PathSearch(*this, path)
-        .run([&found](const FStringIDAttribute& entry, FAttributes* nested, std::string_view wanted) {
-            found = entry.key() == wanted ? nested : nullptr;
+        .run([&found](const FStringIDAttribute& entry, FAttributes* nested, std::string_view whole,
+                      std::string_view) {
+            found = entry.key() == whole ? nested : nullptr;
             return found != nullptr;
         });
     return found;
@@ -131,8 +131,9 @@ FAttributes* FAttributes::findAttributes(std::string_view path) const {
 
 bool FAttributes::findValue(std::string_view path, FAttributeVariant& value) const {
     return PathSearch(*this, path)
-        .run([&value](const FStringIDAttribute& entry, FAttributes*, std::string_view wanted) {
-            return !entry.isObject() && entry.key() == wanted && describeValue(entry, value);
+        .run([&value](const FStringIDAttribute& entry, FAttributes*, std::string_view,
+                      std::string_view shortened) {
+            return !entry.isObject() && entry.key() == shortened && describeValue(entry, value);
         });
 }
 

@@ -49,14 +49,32 @@ bool StoredObject::take(CmObject* object) {
     return true;
 }
 
+uint64_t WrittenObjects::takeId(uint64_t id) {
+    while (!ids_.insert(id).second) {
+        id = ++lastMade_;
+        made_.insert(id);
+    }
+    return id;
+}
+
+uint64_t WrittenObjects::enterUnbound(uint64_t id) {
+    // 0 stands for nothing in any document.
+    if (id == 0)
+        return 0;
+    const auto [place, isNew] = unbound_.try_emplace(id, id);
+    if (isNew && made_.contains(id))
+        place->second = takeId(id);
+    else
+        ids_.insert(id);
+    return place->second;
+}
+
 WrittenObjects::Entry WrittenObjects::enter(CmObject* object, uint64_t id) {
     const auto [place, isNew] = known_.try_emplace(object);
     if (!isNew)
         return {place->second.id, false};
-    while (!ids_.insert(id).second)
-        id = ++lastMade_;
-    place->second = {id, retain(object)};
-    return {id, true};
+    place->second = {takeId(id), retain(object)};
+    return {place->second.id, true};
 }
 
 void WrittenObjects::forget(const CmObject* object) {

@@ -34,10 +34,15 @@ public:
     /// An object gets `id` unless another one has it already, as when objects of two documents have come
     /// together. No object has the number 0.
     Entry enter(CmObject* object, uint64_t id);
+    /// The number under which references that lead nowhere are written: the one that they have, unless it was
+    /// made for an object here. No object gets it later.
+    uint64_t enterUnbound(uint64_t id);
     /// It was not written after all.
     void forget(const CmObject* object);
 
 private:
+    uint64_t takeId(uint64_t id);
+
     struct Known {
         uint64_t id;
         // Held until the end, since an address that is free again would name another object.
@@ -45,7 +50,9 @@ private:
     };
 
     std::unordered_map<const CmObject*, Known> known_;
+    std::unordered_map<uint64_t, uint64_t> unbound_;
     std::unordered_set<uint64_t> ids_{0};
+    std::unordered_set<uint64_t> made_;
     uint64_t lastMade_ = 0;
 };
 

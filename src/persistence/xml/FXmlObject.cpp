@@ -6,6 +6,7 @@
 #include "persistence/attributes/FAttrList.h"
 
 #include <new>
+#include <unordered_set>
 #include <utility>
 
 namespace qorl {
@@ -77,6 +78,8 @@ FXmlInstance::~FXmlInstance() {
 /// An instance that only this one holds would be lost to those that watch it, did it go with the attributes.
 void FXmlInstance::keepParts(const FAttributes& attributes) {
     std::vector<const FAttributes*> open{&attributes};
+    // Attributes may share their entries, and stand in several places.
+    std::unordered_set<const FAttributeItems*> seen;
     const auto visit = [&](CmObject* object) {
         if (const auto* nested = cast<FAttributes>(object)) {
             open.push_back(nested);
@@ -93,6 +96,8 @@ void FXmlInstance::keepParts(const FAttributes& attributes) {
     while (!open.empty()) {
         const FAttributes* next = open.back();
         open.pop_back();
+        if (!seen.insert(next->items()).second)
+            continue;
         for (int32_t i = 0; i < next->count(); ++i) {
             CmObject* object = next->at(i)->getObject();
             visit(object);

@@ -1,6 +1,7 @@
 #include "platform/System.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -51,6 +52,15 @@ bool generateUuid(UuidKind kind, std::array<uint8_t, 16>& uuid) {
     drawn[8] = static_cast<uint8_t>((drawn[8] & 0x3F) | 0x80);
     uuid = drawn;
     return true;
+}
+
+uint64_t randomNumber() {
+    uint64_t number = 0;
+    if (getentropy(&number, sizeof number) == 0)
+        return number;
+    // Where the kernel has put the program, and when it came this far.
+    const auto now = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    return now * 0x9E3779B97F4A7C15 ^ reinterpret_cast<uintptr_t>(&number);
 }
 
 void setUuidSource(UuidSource source) {

@@ -382,7 +382,9 @@ TEST(AttributesStream, LeavesOutATextThatIsTooLongToRead) {
     FAttributes read;
     ASSERT_TRUE(load(bytes.bytes(), read));
     EXPECT_FALSE(read.contains("long"));
-    EXPECT_EQ(read.count("l"), 2);
+    ConstString text;
+    EXPECT_TRUE(read.nextText("l", text) && text == ConstString("t"));
+    EXPECT_FALSE(read.nextText("l", text));
     EXPECT_EQ(read.getInteger("last"), 1);
     FAttributes none;
     EXPECT_FALSE(load(BodyBytes(0).int32(1).int32(50001).raw(std::string(60000, 'x')).bytes(), none))
@@ -461,8 +463,29 @@ TEST(AttributesStream, KeepsTheItemsBehindANull) {
     FAttributes read;
     ASSERT_TRUE(load(stored(attributes), read));
     EXPECT_EQ(read.count("l"), 2);
-    EXPECT_EQ(read.nextObject("l"), nullptr);
     EXPECT_NE(read.nextObject("l", "CmString"), nullptr);
+    EXPECT_EQ(read.nextObject("l", "CmString"), nullptr);
+}
+
+TEST(AttributesStream, GivesNoObjectTheNumberOfAReferenceThatLeadsNowhere) {
+    FAttributes attributes;
+    attributes.setObject("first", new FXmlReference(5), Hold::adopt);
+    // The second object gets a number that is free then, 1.
+    for (const char* key : {"a", "b"})
+        attributes.setObject(key, new FXmlInstance(5, "CmString", one("s", 1)), Hold::adopt);
+    attributes.setObject("second", new FXmlReference(5), Hold::adopt);
+    attributes.setObject("third", new FXmlReference(1), Hold::adopt);
+    FAttributes read;
+    ASSERT_TRUE(load(stored(attributes), read));
+    uint64_t numbers[3];
+    const char* keys[] = {"first", "second", "third"};
+    for (int i = 0; i < 3; ++i) {
+        const auto* reference = cast<FXmlReference>(read.find(keys[i])->getObject());
+        EXPECT_EQ(reference->target(), nullptr) << keys[i];
+        numbers[i] = reference->id();
+    }
+    EXPECT_EQ(numbers[0], numbers[1]) << "what was one thing stays one";
+    EXPECT_NE(numbers[0], numbers[2]);
 }
 
 TEST(AttributesStream, KeepsObjectsOfUnknownClasses) {

@@ -153,8 +153,8 @@ TEST(FAttributes, QueuesValuesOfOneKind) {
     EXPECT_FALSE(attributes.appendObject("o", object.get(), true));
     EXPECT_EQ(references(object.get()), 1u);
     EXPECT_EQ(attributes.nextObject("o", "FAttributes"), nullptr);
-    EXPECT_EQ(attributes.nextObject("o"), nullptr);
     EXPECT_EQ(attributes.nextObject("o"), object.get());
+    EXPECT_EQ(attributes.nextObject("o"), nullptr);
 
     attributes.appendAttributes("sub", make<FAttributes>());
     attributes.nextAttributes("sub")->appendInteger("inner", 9);
@@ -215,6 +215,48 @@ TEST(FAttributes, FindsNestedValues) {
     EXPECT_FALSE(root.findValue("list|nothing", value));
 }
 
+TEST(FAttributes, GivesTheItemsBehindOneThatCantBeGiven) {
+    FAttributes attributes;
+    const auto add = [&attributes](CmObject* object) { attributes.appendObject("l", object, true); };
+    const auto stored = [] {
+        auto state = make<FAttributes>();
+        state->setText8("s", "x");
+        return state;
+    };
+    add(new FXmlInstance(1, "NoSuchClass", make<FAttributes>()));
+    add(new CmString("one"));
+    add(new FXmlReference(9));
+    add(new FXmlInstance(2, "CmString", stored()));
+    cast<FObjectList>(attributes.find("l")->getObject())->adopt(nullptr);
+    add(new CmString("two"));
+    add(new FXmlInstance(3, "NoSuchClass", make<FAttributes>()));
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_NE(attributes.nextXmlAttributes("l", "CmString"), nullptr);
+        EXPECT_EQ(attributes.nextXmlAttributes("l", "CmString"), nullptr);
+    }
+    FAttributeVariant value;
+    for (int round = 0; round < 2; ++round) {
+        int given = 0;
+        for (; attributes.unqueue("l", value) == Result::ok; ++given)
+            value.clear();
+        EXPECT_EQ(given, 3) << "the end starts the list over";
+    }
+}
+
+TEST(FAttributes, StaysWholeWhenObjectsAreDetached) {
+    FAttributes attributes;
+    attributes.setObject("hidden", new CmString("x"), Hold::adopt);
+    attributes.find("hidden")->setForeign();
+    attributes.appendObject("l", new CmString("y"), true);
+    auto& items = cast<FObjectList>(attributes.find("l")->getObject())->items;
+    items.insert(items.begin(), nullptr);
+    ASSERT_TRUE(attributes.detachObjects());
+    EXPECT_TRUE(cast<FXmlInstance>(attributes.find("hidden")->getObject()));
+    EXPECT_EQ(attributes.find("hidden")->flags() & FAttributeValue::foreign, FAttributeValue::foreign);
+    EXPECT_EQ(attributes.count("l"), 2);
+    EXPECT_EQ(cast<FObjectList>(attributes.find("l")->getObject())->items[0], nullptr);
+}
+
 TEST(FAttributes, FindsItsWayThroughStoredObjects) {
     const auto state = make<FAttributes>();
     const auto instance = make<FXmlInstance>(1, "C", state);
@@ -235,7 +277,9 @@ TEST(FAttributes, FindsItsWayThroughStoredObjects) {
     root.setObject("second", instance.get(), Hold::plain);
     EXPECT_EQ(root.findAttributes("second"), state.get());
     root.setInteger("a", 1);
-    EXPECT_FALSE(root.findValue("a|x", value)) << "only objects begin a path";
+    EXPECT_FALSE(root.findValue("a|x", value)) << "what stands before the first part is no way to the second";
+    root.setObject("third", instance.get(), Hold::plain);
+    EXPECT_TRUE(root.findValue("a|x", value)) << "an entry of any kind is the first part";
 }
 
 TEST(FAttributes, StoresNumbersAsKeys) {
