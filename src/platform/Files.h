@@ -43,9 +43,9 @@ enum OpenMode : uint32_t {
 };
 
 // Locks are advisory: programs that don't ask for one are kept from nothing, and on volumes without locks
-// nobody is. Of two openers with `openLocked` the second one fails when either writes what the other does not
-// share. One case can't be told apart: a reader that shares both is not kept out by a writer that shares
-// neither.
+// nobody is. Of two openers with `openLocked` the second one fails when either does what the other one does
+// not share. What an opener says holds until its file is closed, also for those that share everything; of
+// several that come at one moment, those that share what the others do are all let in.
 
 enum class SeekOrigin : uint8_t { start, current, end };
 

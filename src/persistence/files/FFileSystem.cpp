@@ -45,6 +45,10 @@ bool FFileSystem::makeLegalName(String& text, char16_t replacement) try {
     return false;
 }
 
+bool FFileSystem::setFileTime(const FPath&, const platform::CalendarTime&, const platform::CalendarTime&) {
+    return false;
+}
+
 void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) {
     auto* handler = UpdateHandler::current();
     const Ref<FMessage> message = FMessage::named(kind == folderRenamed ? "PathChanged" : "FileSystemChange");

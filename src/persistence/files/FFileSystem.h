@@ -90,6 +90,9 @@ public:
     /// attributes: "Path", a copy of `path`; "Kind", of `Change`; "Data", the object that is given, for what
     /// was renamed its earlier path. Without memory nobody is told.
     virtual void notify(int32_t kind, const FPath& path, FInterface* data = nullptr);
+    /// In local time. False where a place keeps no times; that is all there is by default.
+    virtual bool setFileTime(const FPath& path, const platform::CalendarTime& written,
+                             const platform::CalendarTime& read);
 
     using CmObject::notify;
 };

@@ -7,9 +7,11 @@
 #include "persistence/files/FNFileIterator.h"
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
+#include "persistence/mounts/FVFileSystem.h"
 #include "persistence/mounts/MountedStream.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/urls/UrlMetaHandler.h"
+#include "platform/FileTimes.h"
 
 #include <algorithm>
 #include <new>
@@ -90,22 +92,12 @@ bool isUrl(const FPath& path) {
            path.getFolder().find(ConstString(schemeSeparator)) != ConstString::notFound;
 }
 
-FUrl urlOf(const FPath& path) {
-    if (const auto* url = cast<FUrl>(&path))
-        return *url;
-    if (!isUrl(path))
-        return FUrl(path);
-    String text;
-    path.getFullPath(text);
-    return FUrl(text);
-}
-
 /// What lies on no disk can be read where somebody knows its scheme.
 Ref<FStream> openAway(const FPath& path, uint32_t mode, int32_t* error) {
     succeeded(platform::FileError::notSupported(), error);
     auto* urls = UrlMetaHandler::instance();
     const bool isRead = mode & FFileStream::readAccess && !(mode & FFileStream::writeAccess);
-    return urls && isRead ? urls->openUrl(urlOf(path), error) : nullptr;
+    return urls && isRead ? urls->openUrl(FUrl(path), error) : nullptr;
 }
 
 /// The last part of a path in the bytes of the earlier code page; empty when it has no such form, or the
@@ -120,12 +112,6 @@ std::string earlierSpelling(const FPath& path) {
     return isSpelt && text::wideLength(bytes) == text::invalid ? bytes : std::string();
 }
 
-/// One part of a path, as a name has to be.
-bool isName(const std::string& name) {
-    return !name.empty() && name != "." && name != ".." &&
-           name.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
-}
-
 } // namespace
 
 FNFileSystem* FNFileSystem::instance() {
@@ -136,20 +122,25 @@ std::string FNFileSystem::nativeOf(const FPath& path) {
     if (!isUrl(path))
         return path.toUtf8();
     FNPath native;
-    return urlOf(path).getNativePath(native) ? native.toUtf8() : std::string();
+    return FUrl(path).getNativePath(native) ? native.toUtf8() : std::string();
 }
 
-/// The file system of what lies in a file that is open as a folder, and in an archive; null for the rest.
-Ref<FFileSystem> FNFileSystem::mountedAt(const FPath& path) {
+/// The file system of what lies in a file that is open as a folder, in an archive, or at a service; null for
+/// the rest.
+Ref<FFileSystem> FNFileSystem::awayAt(const FPath& path) {
     auto* mounts = FMountTable::instance();
     const std::string native = nativeOf(path);
     const bool leadsAway = native.empty() || isBelowFile(native);
-    return mounts && leadsAway ? mounts->findInside(urlOf(path)) : nullptr;
+    Ref<FFileSystem> found = mounts && leadsAway ? mounts->findInside(path) : nullptr;
+    auto* services = FVFileSystem::instance();
+    if (!found && native.empty() && services && services->isInCharge(FUrl(path)))
+        found = retain<FFileSystem>(services);
+    return found;
 }
 
 Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->createFile(path, mode, error);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->createFile(path, mode, error);
     const std::string native = nativeOf(path);
     const uint32_t access =
         accessOf(mode | FFileStream::writeAccess) | platform::openCreate | platform::openTruncate;
@@ -170,9 +161,9 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
 
 Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) try {
     constexpr uint32_t writesThrough = FFileStream::writeAccess | FFileStream::unbuffered;
-    if (const Ref<FFileSystem> mounted = mountedAt(path)) {
+    if (const Ref<FFileSystem> away = awayAt(path)) {
         if ((mode & writesThrough) != writesThrough)
-            return mounted->openFile(path, mode, error);
+            return away->openFile(path, mode, error);
         succeeded(platform::FileError::notSupported(), error);
         return nullptr;
     }
@@ -219,8 +210,8 @@ bool FNFileSystem::closeFile(Ref<FStream> stream) {
 }
 
 bool FNFileSystem::deleteFile(const FPath& path) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->deleteFile(path);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->deleteFile(path);
     if (!succeeded(platform::deleteFile(nativeOf(path))))
         return false;
     notify(fileDeleted, path);
@@ -230,8 +221,8 @@ bool FNFileSystem::deleteFile(const FPath& path) try {
 }
 
 bool FNFileSystem::exists(const FPath& path) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->exists(path);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->exists(path);
     const platform::FileKind kind = infoOf(path).kind;
     return path.isFolder() ? kind == platform::FileKind::folder : kind != platform::FileKind::none;
 } catch (const std::bad_alloc&) {
@@ -248,11 +239,11 @@ bool FNFileSystem::moveTo(const std::string& from, const std::string& to) {
 }
 
 bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->rename(path, newName);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->rename(path, newName);
     const std::string native = nativeOf(path);
     const std::string name = toNativeText(newName);
-    if (native.empty() || !isName(name) || !moveTo(native, folderOfNative(native) + name))
+    if (native.empty() || !isOnePart(newName) || !moveTo(native, folderOfNative(native) + name))
         return false;
     path.setName(newName);
     return true;
@@ -264,10 +255,10 @@ bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     const std::string native = nativeOf(path);
     std::string target = nativeOf(newFolder);
     const std::string name = nameOfNative(native);
-    const Ref<FFileSystem> mounted = mountedAt(path);
-    if (mounted && mountedAt(newFolder) == mounted)
-        return mounted->move(path, newFolder);
-    if (mounted || !isName(name) || target.empty())
+    const Ref<FFileSystem> away = awayAt(path);
+    if (away && awayAt(newFolder) == away)
+        return away->move(path, newFolder);
+    if (away || !isOnePart(ConstString(std::string_view(name))) || target.empty())
         return false;
     target += target.ends_with('/') ? name : '/' + name;
     if (!moveTo(native, target))
@@ -281,8 +272,8 @@ bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
 }
 
 bool FNFileSystem::createFolder(const FPath& path) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->createFolder(path);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->createFolder(path);
     if (!succeeded(platform::createFolder(nativeOf(path))))
         return false;
     notify(folderCreated, path);
@@ -292,14 +283,16 @@ bool FNFileSystem::createFolder(const FPath& path) try {
 }
 
 bool FNFileSystem::setCurrentFolder(const FPath& path) try {
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->setCurrentFolder(path);
     return succeeded(platform::setCurrentFolder(nativeOf(path)));
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->getVolumeInfo(path, info);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->getVolumeInfo(path, info);
     const std::string native = nativeOf(path);
     platform::VolumeInfo volume;
     if (native.empty() || !succeeded(platform::getVolumeInfo(native, volume)))
@@ -314,8 +307,8 @@ bool FNFileSystem::getVolumeInfo(const FPath& path, FVolumeInfo& info) try {
 }
 
 bool FNFileSystem::deleteFolder(const FPath& path) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->deleteFolder(path);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->deleteFolder(path);
     if (!succeeded(platform::deleteFolder(nativeOf(path))))
         return false;
     notify(folderDeleted, path);
@@ -326,8 +319,8 @@ bool FNFileSystem::deleteFolder(const FPath& path) try {
 
 bool FNFileSystem::getFileTime(const FPath& path, platform::CalendarTime* created,
                                platform::CalendarTime* written, platform::CalendarTime* read) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->getFileTime(path, created, written, read);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->getFileTime(path, created, written, read);
     const platform::FileInfo info = infoOf(path);
     if (info.kind == platform::FileKind::none)
         return false;
@@ -343,6 +336,16 @@ bool FNFileSystem::getFileTime(const FPath& path, platform::CalendarTime* create
     return false;
 }
 
+bool FNFileSystem::setFileTime(const FPath& path, const platform::CalendarTime& written,
+                               const platform::CalendarTime& read) try {
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->setFileTime(path, written, read);
+    return succeeded(platform::setFileTimes(nativeOf(path), platform::fromLocalTime(written),
+                                            platform::fromLocalTime(read)));
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
 int64_t FNFileSystem::getFileSize(FStream& stream) {
     int64_t size = -1;
     Ref<ISizeableStream> sizeable;
@@ -354,8 +357,8 @@ int64_t FNFileSystem::getFileSize(FStream& stream) {
 }
 
 int64_t FNFileSystem::getFileSizeOf(const FPath& path) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->getFileSizeOf(path);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->getFileSizeOf(path);
     const platform::FileInfo info = infoOf(path);
     return info.kind == platform::FileKind::file ? info.size : -1;
 } catch (const std::bad_alloc&) {
@@ -363,16 +366,16 @@ int64_t FNFileSystem::getFileSizeOf(const FPath& path) try {
 }
 
 bool FNFileSystem::isReadOnly(const FPath& path) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->isReadOnly(path);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->isReadOnly(path);
     return infoOf(path).isReadOnly;
 } catch (const std::bad_alloc&) {
     return false;
 }
 
 bool FNFileSystem::isWriteProtected(const FPath& path) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->isWriteProtected(path);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->isWriteProtected(path);
     const std::string native = nativeOf(path);
     platform::VolumeInfo volume;
     if (native.empty() || platform::getVolumeInfo(native, volume))
@@ -383,14 +386,25 @@ bool FNFileSystem::isWriteProtected(const FPath& path) try {
 }
 
 bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
-    if (const Ref<FFileSystem> mounted = mountedAt(path))
-        return mounted->createParents(path, isFolder);
+    if (const Ref<FFileSystem> away = awayAt(path))
+        return away->createParents(path, isFolder);
     std::string folder = nativeOf(path);
     if (folder.empty())
         return false;
     if (!isFolder)
         folder = folderOfNative(folder);
-    return folder.empty() || succeeded(platform::createFolders(folder));
+    for (size_t end = 0; end < folder.size();) {
+        end = std::min(folder.find('/', end + 1), folder.size());
+        const std::string part = folder.substr(0, end);
+        if (platform::folderExists(part))
+            continue;
+        const platform::FileError error = platform::createFolder(part);
+        if (!error)
+            notify(folderCreated, FNPath(part, true));
+        else if (!platform::folderExists(part))
+            return false;
+    }
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -398,9 +412,9 @@ bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
 Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t mode) try {
     // A file that is open as a folder is walked as one.
     auto* mounts = infoOf(path).kind == platform::FileKind::file ? FMountTable::instance() : nullptr;
-    Ref<FFileSystem> mounted = mounts ? mounts->findMount(path) : mountedAt(path);
-    if (mounted)
-        return mounted->getIterator(path, mode);
+    Ref<FFileSystem> away = mounts ? mounts->findMount(path) : awayAt(path);
+    if (away)
+        return away->getIterator(path, mode);
     return FNFileIterator::open(path, mode);
 } catch (const std::bad_alloc&) {
     return nullptr;

@@ -11,14 +11,14 @@ namespace qorl {
 struct FNFileSearch;
 
 /// The native disk, and the door to everything else. A path into a file that can be opened as a folder, or
-/// into an archive, goes to the file system that is mounted there (`FMountTable`); other places that are not
-/// on the disk can be opened for reading where somebody reads their scheme (`UrlMetaHandler`).
+/// into an archive, goes to the file system that is mounted there (`FMountTable`), "vfs:" and other schemes
+/// of services to `FVFileSystem`; what else is not on the disk can be opened for reading where somebody reads
+/// its scheme (`UrlMetaHandler`).
 ///
 /// Of the modes of `FFileStream::OpenFlag` Linux gives this: what an opener does not share is kept by
-/// advisory locks, so it is kept from everything that opens files through this class and from nothing else;
-/// one that shares neither reading nor writing does not keep out who reads and shares both. `unbuffered`
-/// reading goes past the caches where the volume can do that and a transfer fits its sectors; others go
-/// through them. What is no plain file, such as a pipe, is not opened.
+/// advisory locks, so it is kept from everything that opens files through this class and from nothing else.
+/// `unbuffered` reading goes past the caches where the volume can do that and a transfer fits its sectors;
+/// others go through them. What is no plain file, such as a pipe, is not opened.
 ///
 /// Names of files are bytes here: see `FPath`. A path of more than 4095 bytes is refused by the system. Links
 /// are followed on the way to a file; `copyTree`, `deleteTree`, `trash` and `move` take them for what they
@@ -57,6 +57,8 @@ public:
     Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) override;
     /// Dependents get a path on the disk, also for a URL that leads there.
     void notify(int32_t kind, const FPath& path, FInterface* data = nullptr) override;
+    bool setFileTime(const FPath& path, const platform::CalendarTime& written,
+                     const platform::CalendarTime& read) override;
 
     /// A new empty file in the temporary folder that nobody else may read, open for reading and writing; its
     /// name in `path`. The caller deletes it. Null, and no file, on failure.
@@ -99,7 +101,7 @@ public:
     static std::string nativeOf(const FPath& path);
 
 private:
-    static Ref<FFileSystem> mountedAt(const FPath& path);
+    static Ref<FFileSystem> awayAt(const FPath& path);
     bool moveTo(const std::string& from, const std::string& to);
 };
 

@@ -42,12 +42,12 @@ platform::VolumeInfo volumeOf(const FPath& path) try {
     return {};
 }
 
-/// Adds the parts of `subFolder`. False when it would lead out.
-bool goDown(std::string& folder, std::string_view subFolder) {
-    while (!subFolder.empty()) {
-        const size_t end = subFolder.find('/');
-        const std::string_view part = subFolder.substr(0, end);
-        subFolder = end == std::string_view::npos ? std::string_view() : subFolder.substr(end + 1);
+/// Adds the parts of a relative path. False when it would lead out.
+bool goDown(std::string& folder, std::string_view parts) {
+    while (!parts.empty()) {
+        const size_t end = parts.find('/');
+        const std::string_view part = parts.substr(0, end);
+        parts = end == std::string_view::npos ? std::string_view() : parts.substr(end + 1);
         if (part == "..")
             return false;
         if (!part.empty() && part != ".")
@@ -67,17 +67,16 @@ FNPath::FNPath(const ConstString& name, FolderKind kind, uint16_t options, const
 void FNPath::build(const ConstString& name, FolderKind kind, const ConstString& subFolder,
                    Create create) try {
     std::string folder = knownFolder(kind);
-    if (folder.empty() || !goDown(folder, subFolder.toUtf8()))
+    if (folder.empty() || !goDown(folder, toNativeText(subFolder)))
         return;
-    if (create == Create::missingFolders && platform::createFolders(folder))
+    std::string path = folder;
+    if (!goDown(path, toNativeText(name)))
         return;
-    if (name.isEmpty()) {
-        setPath(ConstString(std::string_view(folder)), true);
+    const bool isItsFolder = path == folder;
+    if (create == Create::missingFolders &&
+        platform::createFolders(isItsFolder ? folder : folderOfNative(path)))
         return;
-    }
-    setFolder(ConstString(std::string_view(folder)));
-    if (isValid())
-        setName(name);
+    setPath(ConstString(std::string_view(path)), isItsFolder || isFolder());
 } catch (const std::bad_alloc&) {
     setPath({}, false);
 }

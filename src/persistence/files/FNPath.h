@@ -25,8 +25,9 @@ public:
     explicit FNPath(const char* path) : FPath(ConstString(path)) {}
     explicit FNPath(std::string_view utf8, bool isFolder = false) : FPath(ConstString(utf8), isFolder) {}
     /// `name` in a known folder, or in `subFolder` (parts divided by `/`) below it; an empty `name` stands
-    /// for the folder. `options` of `Flag`. Empty, and not valid, when a missing folder could not be made,
-    /// and for a `subFolder` with "..", which would lead out.
+    /// for the folder, and one may begin with folders of its own. `options` of `Flag`. Empty, and not valid,
+    /// when a missing folder could not be made, and for a `subFolder` or a `name` with "..", which would lead
+    /// out.
     FNPath(const ConstString& name, FolderKind kind, uint16_t options = 0, const ConstString& subFolder = {},
            Create create = Create::no);
 

@@ -62,6 +62,11 @@ std::string nameOfNative(std::string_view native) {
     return std::string(native.substr(native.find_last_of('/') + 1));
 }
 
+bool isOnePart(const ConstString& name) {
+    return !name.isEmpty() && name != ConstString(".") && name != ConstString("..") &&
+           name.findChar16(u'/') == ConstString::notFound && name.findChar16(u'\0') == ConstString::notFound;
+}
+
 bool isPlainText(std::u16string_view path) {
     for (int32_t at = 0; at < static_cast<int32_t>(path.size());)
         if (isSurrogate(text::nextPoint(path, at)))

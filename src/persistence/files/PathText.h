@@ -19,6 +19,9 @@ std::string toNativeText(const ConstString& text);
 /// the folder above: "/a/b/" is "b" in "/a/".
 std::string folderOfNative(std::string_view native);
 std::string nameOfNative(std::string_view native);
+/// Whether a text is one part of a path, as a name has to be: not empty, no dots that lead elsewhere, no
+/// separator and no character 0.
+bool isOnePart(const ConstString& name);
 /// Whether no byte of a name, and no other half of a character, stands alone in it.
 bool isPlainText(std::u16string_view path);
 

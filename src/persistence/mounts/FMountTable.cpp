@@ -225,6 +225,7 @@ Ref<FFileSystem> FMountTable::findHolder(const FUrl& url, const std::string& key
     else
         holder = retain<FFileSystem>(FVFileSystem::instance());
     isMount = isArchive && holder;
+    end = std::min(end, key.size());
     const std::vector<String> extensions = knownExtensions();
     int32_t left = maxNesting;
     const size_t start = key.find("://");
@@ -285,6 +286,19 @@ Ref<FFileSystem> FMountTable::mount(const FUrl& url) try {
     return nullptr;
 }
 
+/// Components that ask for the file that they are just mounting, or for files whose components ask for
+/// theirs, would wait for ever.
+bool FMountTable::wouldWaitForItself(const Mounting& mounting) const {
+    const uint32_t self = platform::currentThreadId();
+    for (uint32_t thread = mounting.thread; thread != self;) {
+        const auto next = waiting_.find(thread);
+        if (next == waiting_.end())
+            return false;
+        thread = next->second->thread;
+    }
+    return true;
+}
+
 Ref<FRemovableFileSystem> FMountTable::mountIn(FFileSystem& holder, const std::string& key) {
     const Ref<Mounting> own = make<Mounting>();
     Ref<Mounting> other;
@@ -297,10 +311,15 @@ Ref<FRemovableFileSystem> FMountTable::mountIn(FFileSystem& holder, const std::s
             other = place->second;
     }
     if (other) {
-        // A component that asks for the file that it is just mounting would wait for itself.
-        if (other->thread == platform::currentThreadId())
-            return nullptr;
+        {
+            const FGuard guard(lock_);
+            if (wouldWaitForItself(*other))
+                return nullptr;
+            waiting_[platform::currentThreadId()] = other.get();
+        }
         other->done.wait();
+        const FGuard guard(lock_);
+        waiting_.erase(platform::currentThreadId());
         return other->result;
     }
     Ref<FRemovableFileSystem> made;

@@ -94,6 +94,7 @@ private:
     std::vector<String> knownExtensions();
     std::vector<Component> components();
     bool has(const CmObject* component) const;
+    bool wouldWaitForItself(const Mounting& mounting) const;
     Mounts takeOut(std::string_view key, Unmount how);
     void noteUse();
 
@@ -101,6 +102,7 @@ private:
     std::atomic<bool> isUsed_{false}; ///< false as long as no path can lead anywhere
     Mounts mounts_;
     std::map<std::string, Ref<Mounting>> underWay_;
+    std::map<uint32_t, Mounting*> waiting_; ///< what each waiting thread waits for
     std::list<Component> components_;
     std::vector<String> extensions_;
     bool areExtensionsKnown_ = false;

@@ -3,6 +3,7 @@
 #include "foundation/Cast.h"
 #include "persistence/files/FFileIterator.h"
 #include "persistence/files/FPath.h"
+#include "persistence/files/PathText.h"
 #include "persistence/mounts/MountedStream.h"
 
 #include <new>
@@ -107,7 +108,7 @@ bool FRemovableFileSystem::exists(const FPath& path) {
 
 bool FRemovableFileSystem::rename(FPath& path, const ConstString& newName) {
     const Ref<CmObject> earlier = Ref<CmObject>::adopt(path.clone());
-    if (!mayDo(writing) || !files_->rename(path, newName))
+    if (!mayDo(writing) || !isOnePart(newName) || !files_->rename(path, newName))
         return false;
     notify(path.isFolder() ? folderRenamed : fileRenamed, path, earlier.get());
     return true;
@@ -176,6 +177,10 @@ bool FRemovableFileSystem::createParents(const FPath& path, bool isFolder) {
 }
 Ref<FFileIterator> FRemovableFileSystem::getIterator(const FPath& path, int32_t mode) {
     return mayDo(iterating) ? files_->getIterator(path, mode) : nullptr;
+}
+bool FRemovableFileSystem::setFileTime(const FPath& path, const platform::CalendarTime& written,
+                                       const platform::CalendarTime& read) {
+    return mayDo(writing) && files_->setFileTime(path, written, read);
 }
 
 } // namespace qorl

@@ -57,6 +57,8 @@ public:
     bool isWriteProtected(const FPath& path) override;
     bool createParents(const FPath& path, bool isFolder) override;
     Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) override;
+    bool setFileTime(const FPath& path, const platform::CalendarTime& written,
+                     const platform::CalendarTime& read) override;
 
 private:
     friend class MountedStream;

@@ -1,5 +1,7 @@
 #include "persistence/mounts/FVFileIterator.h"
 
+#include "persistence/files/PathText.h"
+
 namespace qorl {
 
 FVFileIterator::FVFileIterator(const FUrl& folder, std::vector<VirtualFileService::Entry> entries,
@@ -13,7 +15,8 @@ FPath* FVFileIterator::next() {
     while (!isAtEntry_ && place_ < entries_.size()) {
         const auto& entry = entries_[place_++];
         const bool isFolder = entry.kind == VirtualFileService::Info::Kind::folder;
-        if (!(wanted & (isFolder ? FFileSystem::folders : FFileSystem::files)))
+        // A service gives what it likes; an entry lies in its folder.
+        if (!isOnePart(entry.name) || !(wanted & (isFolder ? FFileSystem::folders : FFileSystem::files)))
             continue;
         current_ = folder_;
         current_.addPathSegment(entry.name, isFolder);

@@ -2,9 +2,10 @@
 
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
+#include "persistence/files/FileCopying.h"
+#include "persistence/files/PathText.h"
 #include "persistence/mounts/FVFileIterator.h"
 #include "persistence/mounts/FVfsHandler.h"
-#include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/UrlBytes.h"
 #include "persistence/urls/UrlMetaHandler.h"
 
@@ -136,6 +137,10 @@ Ref<VirtualFileService> FVFileSystem::serviceFor(const FUrl& url) {
     return nullptr;
 }
 
+bool FVFileSystem::isInCharge(const FUrl& url) {
+    return url.hasScheme(FUrl::virtualScheme) || serviceFor(url);
+}
+
 template <typename Call>
 bool FVFileSystem::ask(const FPath& path, Call call) try {
     const FUrl url(path);
@@ -217,9 +222,7 @@ bool FVFileSystem::rename(FPath& path, const ConstString& newName) try {
     const FUrl from(path);
     FUrl to(from);
     to.setName(newName);
-    const bool isOnePart = !newName.isEmpty() && newName.findChar16(u'/') == ConstString::notFound &&
-                           newName != ConstString(".") && newName != ConstString("..");
-    return isOnePart && to.isValid() ? moveTo(path, from, to) : finish(VfsResult(VfsError::unknown));
+    return isOnePart(newName) && to.isValid() ? moveTo(path, from, to) : finish(VfsResult(VfsError::unknown));
 } catch (const std::bad_alloc&) {
     return finish(VfsResult(VfsError::unknown));
 }
@@ -228,70 +231,25 @@ bool FVFileSystem::move(FPath& path, const FPath& newFolder) try {
     const FUrl from(path);
     FUrl to(newFolder);
     to.addPathSegment(from.getName(), from.isFolder());
-    return to.isValid() ? moveTo(path, from, to) : finish(VfsResult(VfsError::unknown));
+    return isOnePart(from.getName()) && to.isValid() ? moveTo(path, from, to)
+                                                     : finish(VfsResult(VfsError::unknown));
 } catch (const std::bad_alloc&) {
     return finish(VfsResult(VfsError::unknown));
 }
 
-bool FVFileSystem::copyContents(FStream& from, FStream& to, StreamProgress* progress) {
-    constexpr int64_t blockSize = 65536;
-    std::vector<uint8_t> block(static_cast<size_t>(blockSize));
-    for (;;) {
-        if (progress && progress->isCancelled(block.data(), blockSize))
-            return false;
-        const int64_t got = from.read(block.data(), blockSize);
-        if (got <= 0)
-            return got == 0 && from.isValid();
-        if (to.write(block.data(), got) != got)
-            return false;
-        if (progress)
-            progress->setPosition(progress->position() + got);
-    }
-}
-
-bool FVFileSystem::copyAnew(FUrl& from, const FUrl& to, StreamProgress* progress) {
-    const Ref<FStream> read = openFile(from, FFileStream::readAccess | FFileStream::shareRead);
-    Ref<FStream> written = read ? createFile(to, FFileStream::writeAccess) : nullptr;
-    if (!written)
-        return false;
-    bool isWhole = false;
-    try {
-        isWhole = copyContents(*read, *written, progress);
-    } catch (const std::bad_alloc&) {
-        isWhole = false; // Half a copy goes, whatever cut it.
-    }
-    if (closeFile(std::move(written)) && isWhole)
-        return true;
-    ask(to, [](VirtualFileService& service, const FUrl& url) { return service.deleteFile(url); });
-    return finish(VfsResult(VfsError::internal));
-}
-
 bool FVFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* progress) try {
     FUrl source(from);
-    FUrl target(to);
-    VirtualFileService::Info info;
+    const FUrl target(to);
     if (source.normalForm() == target.normalForm())
         return finish(VfsResult(VfsError::unknown));
-    if (!infoOf(target, info))
+    filecopying::tellName(progress, source);
+    Ref<FStream> stream = openFile(source, FFileStream::readAccess | FFileStream::shareRead);
+    const int64_t size = stream ? getFileSize(*stream) : -1;
+    if (!stream)
         return false;
-    if (info.kind == Kind::none) {
-        if (!copyAnew(source, target, progress))
-            return false;
-    } else {
-        // Beside it first, so that a copy that fails leaves what was there.
-        FUrl beside(target);
-        beside.setName(String(std::u16string_view(u"~" + target.getName().toUtf16())));
-        if (!copyAnew(source, beside, progress))
-            return false;
-        const auto replace = [&](VirtualFileService& service, const FUrl& url) {
-            return service.move(url, target);
-        };
-        if (!ask(beside, replace)) {
-            const VfsResult reason = lastResult();
-            ask(beside, [](VirtualFileService& service, const FUrl& url) { return service.deleteFile(url); });
-            return finish(reason);
-        }
-    }
+    if (!filecopying::copyInto(*this, target, std::move(stream), size, progress))
+        return finish(lastResult() ? lastResult() : VfsResult(VfsError::internal));
+    filecopying::takeOverTimes(*this, source, *this, target);
     notify(fileWritten, to);
     return finish(VfsResult());
 } catch (const std::bad_alloc&) {
@@ -334,6 +292,13 @@ bool FVFileSystem::getFileTime(const FPath& path, platform::CalendarTime* create
     if (read)
         *read = info.read;
     return true;
+}
+
+bool FVFileSystem::setFileTime(const FPath& path, const platform::CalendarTime& written,
+                               const platform::CalendarTime& read) {
+    return ask(path, [&](VirtualFileService& service, const FUrl& url) {
+        return service.setTimes(url, written, read);
+    });
 }
 
 int64_t FVFileSystem::getFileSize(FStream& stream) {

@@ -30,6 +30,9 @@ public:
     /// Operations that are under way end with the service, and its open streams stay open.
     bool unregisterService(const ConstString& uri);
 
+    /// Whether operations on the URL are its business: those of "vfs:", and of what services stand for.
+    bool isInCharge(const FUrl& url);
+
     /// Of the last operation that this thread did here.
     static VfsResult lastResult();
 
@@ -56,6 +59,8 @@ public:
     bool isWriteProtected(const FPath& path) override;
     bool createParents(const FPath& path, bool isFolder) override;
     Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) override;
+    bool setFileTime(const FPath& path, const platform::CalendarTime& written,
+                     const platform::CalendarTime& read) override;
 
 private:
     struct Registered {
@@ -68,8 +73,6 @@ private:
     bool ask(const FPath& path, Call call);
     bool infoOf(const FPath& path, VirtualFileService::Info& info);
     bool moveTo(FPath& path, const FUrl& from, const FUrl& to);
-    bool copyAnew(FUrl& from, const FUrl& to, StreamProgress* progress);
-    bool copyContents(FStream& from, FStream& to, StreamProgress* progress);
 
     FLock lock_{"FVFileSystem"};
     std::vector<Registered> services_;

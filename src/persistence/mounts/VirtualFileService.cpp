@@ -32,5 +32,9 @@ VfsResult VirtualFileService::setCurrentFolder(const FUrl&) {
 VfsResult VirtualFileService::getVolumeInfo(const FUrl&, FVolumeInfo&) {
     return VfsError::notImplemented;
 }
+VfsResult VirtualFileService::setTimes(const FUrl&, const platform::CalendarTime&,
+                                       const platform::CalendarTime&) {
+    return VfsError::notImplemented;
+}
 
 } // namespace qorl

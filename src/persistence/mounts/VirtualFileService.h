@@ -56,6 +56,9 @@ public:
     virtual VfsResult listFolder(const FUrl& url, std::vector<Entry>& entries);
     virtual VfsResult setCurrentFolder(const FUrl& url);
     virtual VfsResult getVolumeInfo(const FUrl& url, FVolumeInfo& info);
+    /// What `Info` tells of a file, in local time.
+    virtual VfsResult setTimes(const FUrl& url, const platform::CalendarTime& written,
+                               const platform::CalendarTime& read);
 };
 
 } // namespace qorl

@@ -3,6 +3,7 @@
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
 #include "foundation/threads/FLock.h"
+#include "persistence/files/FNPath.h"
 #include "persistence/files/PathText.h"
 #include "persistence/streams/FBinaryStream.h"
 #include "persistence/urls/UrlBytes.h"
@@ -116,10 +117,18 @@ void FUrl::clearUnlessCopyOf(const FUrl& other) {
 }
 
 FUrl::FUrl(const FPath& path) {
-    if (const auto* url = cast<FUrl>(&path))
+    if (const auto* url = cast<FUrl>(&path)) {
         *this = *url;
-    else
+        return;
+    }
+    if (cast<FNPath>(&path) || path.getFolder().find(ConstString(schemeEnd)) == ConstString::notFound) {
         adoptNative(path);
+        return;
+    }
+    String text;
+    path.getFullPath(text);
+    setFullPath(text);
+    setIsFolder(path.isFolder());
 }
 
 FUrl::FUrl(const ConstString& scheme, const ConstString& host, int32_t port, const ConstString& path) try {

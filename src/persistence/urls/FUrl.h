@@ -41,7 +41,8 @@ public:
     FUrl& operator=(const FUrl& other);
     FUrl& operator=(FUrl&& other) noexcept = default;
     explicit FUrl(const ConstString& text) { setFullPath(text); }
-    /// A copy of a URL. Of any other path: its file URL, when it is absolute, or the path alone.
+    /// A copy of a URL. Of a plain path whose text has a scheme: that URL. Of any other path: its file URL,
+    /// when it is absolute, or the path alone.
     explicit FUrl(const FPath& path);
     /// A host that is spoken to, or a place on it.
     FUrl(const ConstString& scheme, const ConstString& host, int32_t port, const ConstString& path = {});

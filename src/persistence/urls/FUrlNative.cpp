@@ -20,6 +20,28 @@ std::string_view firstSegment(std::string_view path, std::string_view& rest) {
     return path.substr(0, end);
 }
 
+/// What lies below a volume or a share, which dots never leave: segments are taken away before the name of
+/// the place means anything.
+std::string below(const std::string& root, std::string_view rest) {
+    std::vector<std::string_view> parts;
+    const bool hasEnd = rest.ends_with('/');
+    while (!rest.empty()) {
+        const size_t end = rest.find('/');
+        const std::string_view part = rest.substr(0, end);
+        rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
+        if (part == ".." && parts.empty())
+            return {};
+        if (part == "..")
+            parts.pop_back();
+        else if (!part.empty() && part != ".")
+            parts.push_back(part);
+    }
+    std::string path = root;
+    for (const std::string_view part : parts)
+        path.append("/").append(part);
+    return hasEnd ? path + '/' : path;
+}
+
 /// A path below "/Volumes/", where the volume that it names lies; any other path as it is.
 std::string onVolume(const std::string& path) {
     if (!path.starts_with(volumesFolder))
@@ -28,7 +50,7 @@ std::string onVolume(const std::string& path) {
     const std::string_view name = firstSegment(std::string_view(path).substr(volumesFolder.size()), rest);
     for (const platform::VolumeInfo& volume : platform::listVolumes())
         if (!name.empty() && volume.name == name)
-            return volume.root + std::string(rest);
+            return below(volume.root == "/" ? std::string() : volume.root, rest);
     return path;
 }
 
@@ -37,7 +59,7 @@ std::string onShare(const std::string& host, const std::string& path) {
     std::string_view rest;
     const std::string_view share = firstSegment(path, rest);
     const std::string root = platform::findNetworkShare(host, std::string(share));
-    return root.empty() ? root : root + std::string(rest);
+    return root.empty() ? root : below(root, rest);
 }
 
 /// Whether nothing in a reference can lead elsewhere than below: no root, no drive, no scheme, no control

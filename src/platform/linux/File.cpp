@@ -1,9 +1,9 @@
 #include "platform/linux/FileErrors.h"
+#include "platform/linux/FileSharing.h"
 #include "platform/linux/NativeFile.h"
 
 #include <cstring>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -25,22 +25,6 @@ int flagsOf(uint32_t mode) {
     // A file that somebody else uses is not cut before the lock is ours.
     flags |= mode & openTruncate && !(mode & openLocked) ? O_TRUNC : 0;
     return flags;
-}
-
-/// Two kinds of locks stand for four ways of sharing. Who lets others write holds none, but looks whether
-/// somebody else would mind.
-FileError lockAsShared(int descriptor, uint32_t mode) {
-    const bool sharesRead = mode & openSharesRead;
-    const bool sharesWrite = mode & openSharesWrite;
-    const bool isWriting = mode & openWrite;
-    if (sharesRead && sharesWrite && !isWriting)
-        return {};
-    const int kind = isWriting || !sharesRead ? LOCK_EX : LOCK_SH;
-    if (flock(descriptor, kind | LOCK_NB) != 0)
-        return errno == EWOULDBLOCK ? lastFileError() : FileError();
-    if (sharesWrite)
-        flock(descriptor, LOCK_UN);
-    return {};
 }
 
 /// Whether a transfer that failed may be tried again: one that was interrupted, or that could not go past the
@@ -111,7 +95,7 @@ FileError File::open(const std::string& path, uint32_t mode, uint32_t rights) {
     if (!error && mode & openRegular && !S_ISREG(status.st_mode))
         error.code = ENOTSUP;
     if (!error && mode & openLocked)
-        error = lockAsShared(descriptor_, mode);
+        error = shareFile(descriptor_, mode);
     if (!error && mode & openLocked && mode & openTruncate)
         error = setSize(0);
     if (error) {

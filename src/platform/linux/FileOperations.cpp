@@ -137,7 +137,7 @@ FileError listFolder(const std::string& path, std::vector<FolderEntry>& entries)
 FileError readWholeFile(const std::string& path, std::vector<uint8_t>& bytes, int64_t limit) {
     bytes.clear();
     File file;
-    if (FileError error = file.open(path, openRead | openSequential))
+    if (FileError error = file.open(path, openRead | openSequential | openRegular))
         return error;
     // The size is a hint only: files of the system's own machinery say 0, others grow while they are read.
     const int64_t size = std::max<int64_t>(file.getSize(), 0);

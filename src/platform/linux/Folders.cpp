@@ -4,6 +4,7 @@
 #include "platform/linux/SystemText.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fstream>
@@ -15,6 +16,9 @@
 namespace qorl::platform {
 
 namespace {
+
+/// A description of an account that needs more is none.
+constexpr size_t mostAccountBytes = size_t{1} << 20;
 
 std::string withoutFinalSeparator(std::string path) {
     while (path.size() > 1 && path.back() == '/')
@@ -33,7 +37,13 @@ std::string absoluteFromEnvironment(const char* name) {
 std::string getHome() {
     if (std::string home = absoluteFromEnvironment("HOME"); !home.empty())
         return home;
-    const passwd* account = getpwuid(geteuid());
+    // Threads may ask at once, so the answer has its own room.
+    std::vector<char> room(1024);
+    passwd entry = {};
+    passwd* account = nullptr;
+    while (getpwuid_r(geteuid(), &entry, room.data(), room.size(), &account) == ERANGE &&
+           room.size() < mostAccountBytes)
+        room.resize(room.size() * 2);
     return account && account->pw_dir && *account->pw_dir == '/' ? withoutFinalSeparator(account->pw_dir)
                                                                  : "/";
 }

@@ -24,6 +24,18 @@ struct Bin {
 constexpr size_t longestName = 230;
 constexpr int mostOfOneName = 10'000;
 
+/// Whether a path ends in the name of an entry, which the root and dots are not.
+bool hasName(const std::string& path) {
+    const std::string name = lastPart(path.substr(0, path.find_last_not_of('/') + 1));
+    return !name.empty() && name != "." && name != "..";
+}
+
+bool isTopOfVolume(const std::string& path, const struct stat& status) {
+    struct stat above = {};
+    return S_ISDIR(status.st_mode) && stat(parentOf(path).c_str(), &above) == 0 &&
+           above.st_dev != status.st_dev;
+}
+
 /// The path of the entry itself: links above it are resolved, its own is not.
 std::string placeOf(const std::string& path) {
     const std::string whole = path.substr(0, path.find_last_not_of('/') + 1);
@@ -166,10 +178,14 @@ FileError moveInto(const std::string& path, const std::string& place) {
 } // namespace
 
 FileError moveToTrash(const std::string& path) {
+    if (!hasName(path))
+        return {EINVAL};
     struct stat status = {};
     const std::string place = placeOf(path);
     if (lstat(place.c_str(), &status) != 0)
         return lastFileError();
+    if (isTopOfVolume(place, status))
+        return {EBUSY};
     Bin bin;
     if (FileError error = findBin(place, status.st_dev, bin))
         return error;

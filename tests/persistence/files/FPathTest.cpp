@@ -125,7 +125,12 @@ TEST(FNPath, KnowsTheFoldersOfTheApplication) {
     EXPECT_EQ(moved.toUtf8(), "/abs/name.txt");
     moved.setPathString("sub/name.txt");
     for (const char* outside : {"..", "../up", "a/../../b"})
-        EXPECT_FALSE(FNPath("x", FNPath::userSettings, 0, outside).isValid()) << outside;
+        EXPECT_FALSE(FNPath("x", FNPath::userSettings, 0, outside).isValid() ||
+                     FNPath(outside, FNPath::userSettings).isValid())
+            << outside;
+    EXPECT_EQ(FNPath("of/its/own", FNPath::userSettings, 0, "sub", FNPath::Create::missingFolders).toUtf8(),
+              folder / "settings/sub/of/its/own");
+    EXPECT_TRUE(folder.has("settings/sub/of/its"));
     EXPECT_EQ(FNPath("x", FNPath::sharedData, FNPath::folderFlag, "/a/./b/").toUtf8(),
               folder / "shared/a/b/x");
     FNPath::setKnownFolder(FNPath::userSettings, "/elsewhere");

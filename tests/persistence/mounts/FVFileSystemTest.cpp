@@ -1,11 +1,14 @@
 #include "persistence/mounts/FVFileSystem.h"
 
 #include "foundation/Cast.h"
+#include "persistence/SettingsFolder.h"
 #include "persistence/files/FFileIterator.h"
+#include "persistence/files/FNFileSystem.h"
 #include "persistence/mounts/MemoryService.h"
 #include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/UrlMetaHandler.h"
 #include "support/FailingAllocation.h"
+#include "support/ShakyStream.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -213,6 +216,105 @@ TEST(FVFileSystem, NeverLosesAFileByCopyingOverIt) {
     EXPECT_EQ(patient.position(), 200000);
     EXPECT_EQ(memory->read("to"), bytes);
     EXPECT_EQ(memory->read("from"), bytes);
+}
+
+TEST(FVFileSystem, OverwritesNoFileOfTheUserForASafeCopy) {
+    const RegisteredService memory("vfs:");
+    memory->add("from", "new");
+    memory->add("to", "earlier");
+    memory->add("~to", "of the user");
+    EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://m/to")));
+    EXPECT_EQ(memory->read("to"), "new");
+    EXPECT_EQ(memory->read("~to"), "of the user");
+}
+
+TEST(FVFileSystem, LeadsOutOfAFolderByNoNameOfAService) {
+    const RegisteredService memory("vfs:");
+    memory->addFolder("f");
+    for (const char* name : {"f/..", "f/.", "f/a/b"})
+        memory->add(name, "x");
+    class Sly : public MemoryService {
+    public:
+        VfsResult listFolder(const FUrl&, std::vector<Entry>& entries) override {
+            for (const char* name : {"..", ".", "a/b", "", "good"})
+                entries.push_back({String(name), Info::Kind::file});
+            return {};
+        }
+    };
+    ASSERT_TRUE(files().registerService("vfs://sly", make<Sly>()));
+    const Ref<FFileIterator> walk = files().getIterator(at("vfs://sly/f"));
+    ASSERT_NE(walk->next(), nullptr);
+    EXPECT_EQ(walk->getCurrent()->toUtf8(), "vfs://sly/f/good");
+    EXPECT_EQ(walk->next(), nullptr);
+    EXPECT_TRUE(files().unregisterService("vfs://sly"));
+    FUrl moved = at("vfs://m/f/..");
+    EXPECT_FALSE(files().move(moved, at("vfs://m/f")));
+}
+
+TEST(FVFileSystem, IsReachedThroughTheDisk) {
+    const SettingsFolder folder;
+    const RegisteredService memory("vfs:");
+    memory->addFolder("f");
+    folder.write("disk", "from the disk");
+    auto& disk = *FNFileSystem::instance();
+    const FNPath onDisk(std::string_view(folder / "disk"));
+    for (const FPath& path : {FPath("vfs://m/f/a"), FPath("vfs://m/f/b c")}) {
+        SCOPED_TRACE(path.toUtf8());
+        EXPECT_TRUE(disk.copy(onDisk, path));
+        EXPECT_TRUE(disk.exists(path));
+        EXPECT_EQ(disk.getFileSizeOf(path), 13);
+        EXPECT_TRUE(disk.copy(path, FNPath(std::string_view(folder / "back"))));
+        EXPECT_EQ(folder.read("back"), "from the disk");
+        EXPECT_TRUE(disk.copy(path, FUrl(ConstString("vfs://other/copy"))));
+        EXPECT_EQ(memory->read("copy"), "from the disk");
+        EXPECT_TRUE(disk.deleteFile(path));
+        EXPECT_FALSE(disk.exists(path));
+    }
+    EXPECT_TRUE(disk.createFolder(FPath("vfs://m/f/new")));
+    EXPECT_NE(disk.getIterator(FPath("vfs://m/f")), nullptr);
+    EXPECT_EQ(memory->list(), "copy f/ f/new/ ");
+    platform::CalendarTime written;
+    EXPECT_TRUE(disk.getFileTime(FNPath(std::string_view(folder / "back")), nullptr, &written, nullptr));
+    EXPECT_EQ(written.year, 2001) << "the time of the service's file";
+}
+
+/// Has a file whose stream is what the test says.
+class OddStreamService : public MemoryService {
+public:
+    VfsResult openFile(const FUrl&, uint32_t, Ref<FStream>& opened) override {
+        opened = stream;
+        return {};
+    }
+    Ref<FStream> stream;
+};
+
+TEST(FVFileSystem, CopiesNothingForAWholeFile) {
+    class Unseekable : public ShakyStream {
+    public:
+        using ShakyStream::ShakyStream;
+        int64_t seek(int64_t, int32_t) override { return -1; }
+    };
+    const SettingsFolder folder;
+    folder.write("to", "earlier");
+    const FNPath target(std::string_view(folder / "to"));
+    const auto service = make<OddStreamService>();
+    ASSERT_TRUE(files().registerService("vfs://odd", service));
+    auto& disk = *FNFileSystem::instance();
+    const std::string text(200'000, 'x');
+    bool hasFailed = true;
+    for (int64_t failAt = 1; hasFailed; ++failAt) {
+        folder.write("to", "earlier");
+        const auto shaky = make<ShakyStream>(text);
+        shaky->failAt = failAt;
+        service->stream = shaky;
+        const bool isCopied = disk.copy(at("vfs://odd/x"), target);
+        EXPECT_TRUE(folder.read("to") == (isCopied ? text : "earlier")) << failAt;
+        hasFailed = shaky->calls >= failAt;
+    }
+    service->stream = make<Unseekable>(text);
+    EXPECT_TRUE(disk.copy(at("vfs://odd/x"), target));
+    EXPECT_TRUE(folder.read("to") == text) << "a source that can't tell its end";
+    EXPECT_TRUE(files().unregisterService("vfs://odd"));
 }
 
 TEST(FVFileSystem, MeetsServicesThatMisbehave) {

@@ -115,6 +115,17 @@ TEST_F(TrashTest, LeavesWhatCannotGoThereWithoutATrace) {
     EXPECT_EQ(read(bin / "files/file"), "x");
 }
 
+TEST_F(TrashTest, MovesNoRootAndNoFolderByItsDots) {
+    const fs::path earlier = fs::current_path();
+    fs::create_directories(home / "here/sub");
+    fs::current_path(home / "here/sub");
+    for (const char* path : {"/", "//", "", ".", "..", "./", "../"})
+        EXPECT_TRUE(moveToTrash(path)) << path;
+    fs::current_path(earlier);
+    EXPECT_TRUE(fs::exists(home / "here/sub"));
+    EXPECT_EQ(list(bin / "files"), "");
+}
+
 TEST_F(TrashTest, UsesTheBinOfAnotherVolume) {
     // Memory files are a volume of their own; where they are not, everything goes to the user's bin.
     struct stat here = {};
