@@ -49,7 +49,7 @@ bool FFileSystem::setFileTime(const FPath&, const platform::CalendarTime&, const
     return false;
 }
 
-void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) {
+void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {
     auto* handler = UpdateHandler::current();
     const Ref<FMessage> message = FMessage::named(kind == folderRenamed ? "PathChanged" : "FileSystemChange");
     const Ref<CmObject> copy = Ref<CmObject>::adopt(path.clone());
@@ -60,6 +60,8 @@ void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) {
         (data && message->setObject8("Data", data) != Result::ok))
         return;
     handler->tellMessage(this, *message);
+} catch (const std::bad_alloc&) {
+    return; // Nobody is told without memory for it.
 }
 
 } // namespace qorl

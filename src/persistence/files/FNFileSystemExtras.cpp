@@ -26,11 +26,13 @@ Ref<FStream> FNFileSystem::createTempFile(FNPath& path) try {
         return nullptr;
     FNPath made{std::string_view(name)};
     Ref<FStream> stream = openFile(made, FFileStream::readAccess | FFileStream::writeAccess);
-    if (!stream)
-        platform::deleteFile(name);
-    else
+    if (stream)
         path = made;
-    return stream;
+    if (stream && path.isValid())
+        return stream;
+    // Nobody could delete a file whose name is lost.
+    platform::deleteFile(name);
+    return nullptr;
 } catch (const std::bad_alloc&) {
     return nullptr;
 }

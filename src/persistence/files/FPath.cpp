@@ -97,7 +97,11 @@ void FPath::setFileType(const FFileType& type, bool replace) {
     const String& extension = type.extension();
     if (extension.isEmpty() || name_.isEmpty())
         return;
-    if (replace && dotOf(name_) != ConstString::notFound)
+    // A dot at the end begins no extension.
+    const bool endsInDot = dotOf(name_) != ConstString::notFound && dotOf(name_) == name_.size() - 1;
+    if ((replace || endsInDot) && dotOf(name_) != ConstString::notFound)
+        name_.remove(dotOf(name_));
+    if (endsInDot && replace && dotOf(name_) != ConstString::notFound)
         name_.remove(dotOf(name_));
     if (dotOf(name_) != ConstString::notFound)
         return;
@@ -134,8 +138,10 @@ void FPath::addFolder(const ConstString& name, bool isFolder) {
 bool FPath::up() {
     if (isRoot() || !FPath::isValid())
         return false;
-    String parent = folder_;
-    setPath(parent, true);
+    // A folder without a name behind it is itself the last segment.
+    if (name_.isEmpty())
+        setPath(String(folder_), true);
+    setPath(String(folder_), true);
     return true;
 }
 

@@ -54,8 +54,10 @@ std::string withoutDotSegments(std::string_view path) {
         const std::string_view segment = path.substr(0, end);
         isLast = end == std::string_view::npos;
         path.remove_prefix(isLast ? path.size() : end + 1);
-        const bool isDots = segment == "." || segment == "..";
-        if (segment == ".." && !kept.empty())
+        // What leads above the start of a relative path says where it leads.
+        const bool leadsAbove = segment == ".." && !isAbsolute && (kept.empty() || kept.back() == "..");
+        const bool isDots = (segment == "." || segment == "..") && !leadsAbove;
+        if (segment == ".." && !leadsAbove && !kept.empty())
             kept.pop_back();
         if (!isDots)
             kept.push_back(segment);

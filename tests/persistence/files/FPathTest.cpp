@@ -73,6 +73,8 @@ TEST(FPath, GoesUpAndDown) {
     FPath bare;
     bare.setFolder("/only");
     EXPECT_EQ(bare.toUtf8(), "/only/");
+    EXPECT_TRUE(bare.up());
+    EXPECT_EQ(bare.toUtf8(), "/") << "an empty name is no segment";
 }
 
 TEST(FPath, GivesItsNameAnExtension) {
@@ -83,6 +85,7 @@ TEST(FPath, GivesItsNameAnExtension) {
     };
     for (const auto& c : {Case{"Layout", false, "Layout.xml"}, Case{"Layout.bin", false, "Layout.bin"},
                           Case{"Layout.bin", true, "Layout.xml"}, Case{".hidden", false, ".hidden.xml"},
+                          Case{"ends.", false, "ends.xml"}, Case{"a.b.", true, "a.xml"},
                           Case{"a/b.c/Layout", true, "a/b.c/Layout.xml"}}) {
         FPath path{ConstString(c.name)};
         path.setFileType(FFileType::xmlFile(), c.replace);

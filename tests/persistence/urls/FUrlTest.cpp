@@ -255,6 +255,8 @@ TEST(FUrl, HasOneFormForAllThatMeansTheSame) {
         {"file://a/b", "file:///a/b"},
         {"web://a/b c", "web://a/b%20c"},
         {"a/./b", "a/b"},
+        {"../x", "../x"},
+        {"a/../../../b", "../../b"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(FUrl(ConstString(c.text)).normalForm(), c.normal) << c.text;
