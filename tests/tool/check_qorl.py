@@ -152,6 +152,7 @@ class Usage(InTemporaryFolder):
         for words in ([], ["paint"], ["render"], ["render", "a", "b", "c"], ["render", "a", "b", "--colour"],
                       ["render", "a", "b", "--size", "0x4"], ["render", "a", "b", "--scale", "99"], ["drive", "a", "b"],
                       ["document"], ["document", "dump"], ["document", "burn", "a"], ["document", "convert", "a"],
+                      ["document", "convert", "a", "b", "--tag", "a b"],
                       ["objects", "dump", "a"], ["objects", "dump", "a", "--form", "round"],
                       ["objects", "burn", "a", "--form", "sized"]):
             with self.subTest(words=words):
@@ -292,11 +293,24 @@ class Documents(InTemporaryFolder):
                     self.assertIn(str(path) + place, result.stderr)
         self.assertFalse((self.folder / "out").exists())
 
+    def test_bodies_whose_count_looks_like_xml_are_bodies(self):
+        entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
+        for count in (60, 316, 572):
+            data = self.dump(self.write("body", int32(count) + entry * count))
+            self.assertEqual(len(data["attributes"]), count)
+
     def test_nesting_100000_deep_is_refused(self):
         nested = b"".join(int32(1) + counted("x") + b"\2\0\6\0" for _ in range(100000))
         for name, content in (("xml", "<D>" + '<member name="x">' * 100000), ("body", nested)):
             result = run("document", "dump", self.write(name, content))
             self.assertEqual(result.returncode, 1, result.stderr[-400:])
+
+    def test_a_converted_one_goes_to_standard_output_as_to_a_file(self):
+        source = self.write("settings.xml", self.SETTINGS)
+        body = self.folder / "body"
+        self.convert(source, body)
+        result = subprocess.run([QORL, "document", "convert", source, "-"], capture_output=True, check=True)
+        self.assertEqual(result.stdout, body.read_bytes())
 
     def test_a_text_too_long_for_the_binary_form_leaves_no_file(self):
         path = self.write("long.xml", f'<D><string name="s">\n{"x" * 50001}\n</string></D>')

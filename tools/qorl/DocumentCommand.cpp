@@ -6,6 +6,7 @@
 #include "persistence/xml/FXmlDocument.h"
 #include "persistence/xml/FXmlParser2.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 
@@ -51,8 +52,8 @@ bool isXml(std::string_view bytes) {
     if (bytes.starts_with(mark))
         bytes.remove_prefix(mark.size());
     bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
-    // A body begins with its count, whose higher bytes are 0 in any that fits in memory.
-    return bytes.size() >= 2 && bytes[0] == '<' && bytes[1] != 0;
+    // A body begins with its count, whose highest byte is 0 in any that fits in memory; XML has no such byte.
+    return bytes.starts_with('<') && bytes.substr(0, 4).find('\0') == std::string_view::npos;
 }
 
 bool complainAt(const std::string& path, const std::string& place, const std::string& text) {
@@ -147,12 +148,30 @@ int convert(const std::string& from, const std::string& to, const std::string& t
     return saveText(to, stream->bytes());
 }
 
+bool isElementName(std::string_view name) {
+    const auto isFirst = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
+               static_cast<uint8_t>(c) >= 0x80;
+    };
+    const auto isNext = [&isFirst](char c) {
+        return isFirst(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+    };
+    return !name.empty() && name.size() < 48 && isFirst(name[0]) && std::ranges::all_of(name, isNext);
+}
+
 int runDocument(const CommandLine& line) {
     const auto& words = line.positional();
     const bool isDump = words[0] == "dump";
+    const std::string tag = line.valueOf("--tag", standardTag);
+    if (!isElementName(tag))
+        return complain(
+            ExitStatus::wrongUsage,
+            "--tag is a name of letters, digits, \"_\", \"-\" and \".\" that begins with a letter or "
+            "\"_\", not \"" +
+                tag + '"');
     if (words.size() != (isDump ? 2 : 3))
         return complain(ExitStatus::wrongUsage, isDump ? "dump takes one file" : "convert takes two files");
-    return isDump ? dump(words[1]) : convert(words[1], words[2], line.valueOf("--tag", standardTag));
+    return isDump ? dump(words[1]) : convert(words[1], words[2], tag);
 }
 
 } // namespace

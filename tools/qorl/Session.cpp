@@ -222,6 +222,12 @@ int Session::savePicture(const std::string& path) {
 }
 
 int saveText(const std::string& path, std::string_view text) {
+    if (path == "-") {
+        const bool isWritten =
+            std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+        return isWritten ? int{ExitStatus::success}
+                         : complain(ExitStatus::badInput, "standard output does not take the text");
+    }
     const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
     if (const platform::FileError error = platform::replaceFile(path, {bytes, text.size()}))
         return complain(ExitStatus::badInput, path + ": " + error.getText());
@@ -231,9 +237,15 @@ int saveText(const std::string& path, std::string_view text) {
 bool loadText(const std::string& path, std::string& text, int64_t limit) {
     if (path == "-") {
         char block[4096];
-        while (const size_t got = std::fread(block, 1, sizeof block, stdin))
-            text.append(block, got);
-        return true;
+        // One byte more than it may have is enough to know.
+        for (size_t got = 1; got > 0 && static_cast<int64_t>(text.size()) <= limit;) {
+            got = std::fread(block, 1, sizeof block, stdin);
+            text.append(block, std::min(got, static_cast<size_t>(limit) + 1 - text.size()));
+        }
+        if (static_cast<int64_t>(text.size()) <= limit)
+            return true;
+        complain(ExitStatus::badInput, "standard input: has more than " + std::to_string(limit) + " bytes");
+        return false;
     }
     std::vector<uint8_t> bytes;
     if (const platform::FileError error = platform::readWholeFile(path, bytes, limit)) {
