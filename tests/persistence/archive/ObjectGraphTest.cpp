@@ -328,7 +328,7 @@ TYPED_TEST(ObjectGraphs, ReportAValueWithoutAKnownKind) {
     Storing<TypeParam> storing;
     ASSERT_TRUE(storing.archive.writeObject(make<CmVariant>().get()));
     std::string bytes = storing.bytes();
-    bytes[bytes.size() - 2] = 64; // its kind, which is all that an empty one has
+    bytes[bytes.size() - 2] = 3; // its kind, which is all that an empty one has
     Reading<TypeParam> reading(bytes);
     EXPECT_EQ(reading.next(), nullptr);
     EXPECT_THAT(reading.archive.errors(), ::testing::Contains(FObjectArchive::malformed));
