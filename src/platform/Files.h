@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -155,16 +156,25 @@ FileError readWholeFile(const std::string& path, std::vector<uint8_t>& bytes, in
 /// is written through, also one whose target is missing.
 FileError replaceFile(const std::string& path, std::span<const uint8_t> bytes);
 
-/// Holds a folder against other programs and threads that lock it too, so that one of them at a time moves
-/// whole folders in it about; advisory. A volume without locks locks nothing.
-class FolderLock {
+/// Holds a file of its own against other programs and threads that lock it too, so that one of them at a time
+/// does what they all lock it for; advisory. A volume without locks locks nothing.
+class FileLock {
 public:
-    /// Waits until the folder is free. One that can't be opened is not locked.
-    explicit FolderLock(const std::string& path);
-    FolderLock(const FolderLock&) = delete;
-    ~FolderLock();
+    enum class State : uint8_t {
+        held,
+        busy,      ///< somebody else held it all the while
+        impossible ///< the file can't be made, or its volume knows no locks
+    };
+
+    /// Makes the file, for this user alone, and waits for it as long as `limit`.
+    FileLock(const std::string& path, std::chrono::milliseconds limit);
+    FileLock(const FileLock&) = delete;
+    ~FileLock();
+
+    State state() const { return state_; }
 
 private:
+    State state_ = State::impossible;
     int descriptor_ = -1;
 };
 

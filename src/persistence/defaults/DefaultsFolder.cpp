@@ -2,77 +2,117 @@
 
 #include "persistence/defaults/Md5.h"
 #include "persistence/files/FNPath.h"
-#include "platform/Files.h"
+#include "persistence/xml/XmlText.h"
 #include "platform/System.h"
 
-#include <new>
+#include <chrono>
 
 namespace qorl {
 
 namespace {
 
-constexpr const char* discarded = " (Trashed)";
+// Behind the name of a folder that goes.
+constexpr const char* leaving = " (Earlier)";
+constexpr const char* lockName = "/.Defaults.lock";
+// Much longer than anybody needs who works.
+constexpr std::chrono::seconds longestWait(5);
 
-std::string folderNamed(const char* name) {
-    const FNPath path(name, FNPath::userSettings);
-    if (!path.isValid())
-        throw std::bad_alloc();
-    return platform::getCanonicalPath(path.toUtf8());
+constinit int locksHeld = 0;
+
+std::string settingsFolder() {
+    return FNPath::knownFolder(FNPath::userSettings);
 }
 
-std::string madeSettingsFolder() {
-    std::string folder = FNPath::knownFolder(FNPath::userSettings);
-    platform::createFolders(folder);
-    return folder;
+std::string folderNamed(const char* name) {
+    if (settingsFolder().empty())
+        return {};
+    return platform::getCanonicalPath(settingsFolder() + '/' + name);
+}
+
+void tellOfFolder(const std::string& folder, const std::string& text) {
+    platform::debugOutput(folder + ": " + text);
 }
 
 bool succeeds(const char* what, const std::string& folder, const platform::FileError& error) {
     if (error)
-        platform::debugOutput(folder + ": " + what + ": " + error.getText());
+        tellOfFolder(folder, std::string(what) + ": " + error.getText());
     return !error;
 }
 
-/// The disk knows of it when this returns.
+/// The disk knows of it when this returns. Where it can't be told, the folder has moved all the same.
 platform::FileError moveFolder(const std::string& from, const std::string& to) {
-    const platform::FileError error = platform::moveFile(from, to);
-    return error ? error : platform::flushFolder(to.substr(0, to.find_last_of('/') + 1));
+    if (const platform::FileError error = platform::moveFile(from, to))
+        return error;
+    succeeds("may stand under its earlier name after a power cut", to,
+             platform::flushFolder(to.substr(0, to.find_last_of('/') + 1)));
+    return {};
 }
 
-platform::FileError deleteIfStanding(const std::string& folder) {
-    return platform::folderExists(folder) ? platform::deleteTree(folder) : platform::FileError();
+/// Clears the place of a folder. What is no folder was put there by somebody else, and is kept.
+bool clearPlace(const std::string& folder) {
+    if (platform::folderExists(folder))
+        return succeeds("can't be deleted", folder, platform::deleteTree(folder));
+    if (!platform::fileExists(folder))
+        return true;
+    constexpr int mostKept = 1000;
+    for (int number = 1; number <= mostKept; ++number) {
+        const std::string away = folder + " (File" + (number > 1 ? ' ' + std::to_string(number) : "") + ')';
+        if (platform::fileExists(away) || platform::folderExists(away))
+            continue;
+        tellOfFolder(folder, "a file stands in the place of a folder; it is kept as " + away);
+        return succeeds("can't be put away", folder, platform::moveFile(folder, away));
+    }
+    tellOfFolder(folder, "a file stands in the place of a folder");
+    return false;
 }
 
 } // namespace
 
-DefaultsLock::DefaultsLock() : lock_(madeSettingsFolder()) {}
+DefaultsLock::DefaultsLock() {
+    const std::string folder = settingsFolder();
+    if (locksHeld == 0 && platform::folderExists(folder)) {
+        lock_.emplace(folder + lockName, longestWait);
+        if (lock_->state() == platform::FileLock::State::busy)
+            tellOfFolder(folder, "another program holds the settings for too long; going on without waiting");
+    }
+    ++locksHeld;
+}
+
+DefaultsLock::~DefaultsLock() {
+    --locksHeld;
+}
+
+void DefaultsFolder::makeSettings() {
+    const std::string folder = settingsFolder();
+    succeeds("can't be made", folder, platform::createFolders(folder));
+}
 
 bool DefaultsFolder::stands(const char* folder) {
     return platform::folderExists(folderNamed(folder));
 }
 
 void DefaultsFolder::tidy() {
-    for (const char* folder : {newStore, newBackup})
-        deleteIfStanding(folderNamed(folder));
-    for (const char* folder : {store, DefaultsFolder::backup})
-        deleteIfStanding(folderNamed(folder) + discarded);
+    for (const std::string& folder : {folderNamed(newStore), folderNamed(newBackup),
+                                      folderNamed(store) + leaving, folderNamed(backup) + leaving})
+        if (platform::folderExists(folder))
+            succeeds("can't be deleted", folder, platform::deleteTree(folder));
 }
 
 bool DefaultsFolder::discard(const char* folder) {
     const std::string path = folderNamed(folder);
-    const std::string away = path + discarded;
-    return succeeds("can't be deleted", away, deleteIfStanding(away)) &&
-           succeeds("can't be put away", path, moveFolder(path, away)) &&
+    const std::string away = path + leaving;
+    return clearPlace(away) && succeeds("can't be put away", path, moveFolder(path, away)) &&
            succeeds("can't be deleted", away, platform::deleteTree(away));
 }
 
 bool DefaultsFolder::putInPlace(const char* from, const char* to) {
     const std::string source = folderNamed(from);
     const std::string target = folderNamed(to);
-    const std::string away = target + discarded;
+    const std::string away = target + leaving;
     const bool hasEarlier = platform::folderExists(target);
     // No folder that holds anything can be replaced in one step.
-    if (hasEarlier && !(succeeds("can't be deleted", away, deleteIfStanding(away)) &&
-                        succeeds("can't be put away", target, moveFolder(target, away))))
+    if (hasEarlier ? !clearPlace(away) || !succeeds("can't be put away", target, moveFolder(target, away))
+                   : !clearPlace(target))
         return false;
     if (!succeeds("can't be put in its place", source, moveFolder(source, target))) {
         if (hasEarlier && !platform::folderExists(target))
@@ -91,15 +131,33 @@ bool DefaultsFolder::copy(const char* from, const char* to) {
                     platform::copyTree(source, folderNamed(to), platform::FileLinks::copyContents));
 }
 
+bool DefaultsFolder::copyFileInto(const char* folder, const char* file) {
+    const std::string from = folderNamed(file);
+    return succeeds("can't be copied", from, platform::copyFile(from, folderNamed(folder) + '/' + file));
+}
+
+bool DefaultsFolder::copyFileOutOf(const char* folder, const char* file) {
+    const std::string from = folderNamed(folder) + '/' + file;
+    return succeeds("can't be copied", from, platform::copyFile(from, folderNamed(file)));
+}
+
+bool DefaultsFolder::holdsFile(const char* folder, const char* file) {
+    return platform::fileExists(folderNamed(folder) + '/' + file);
+}
+
 bool DefaultsFolder::createAfresh(const char* folder) {
     const std::string path = folderNamed(folder);
-    return succeeds("can't be deleted", path, deleteIfStanding(path)) &&
-           succeeds("can't be made", path, platform::createFolders(path));
+    return clearPlace(path) && succeeds("can't be made", path, platform::createFolders(path));
+}
+
+std::u16string DefaultsFolder::keyOf(const ConstString& group) {
+    return group.isWide() ? std::u16string(group.view16())
+                          : std::u16string(XmlText::widen(group.view8()).view16());
 }
 
 std::string DefaultsFolder::fileOf(const ConstString& group) {
     std::string bytes;
-    for (const char16_t unit : group.toUtf16()) {
+    for (const char16_t unit : keyOf(group)) {
         bytes += static_cast<char>(unit & 0xFF);
         bytes += static_cast<char>(unit >> 8);
     }

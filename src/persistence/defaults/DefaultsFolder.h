@@ -3,17 +3,23 @@
 #include "foundation/text/ConstString.h"
 #include "platform/Files.h"
 
+#include <optional>
 #include <string>
 
 namespace qorl {
 
-/// Keeps other programs from moving the folders about while it lives. Makes the user's settings folder.
+/// Keeps other programs from reading and changing the store while it lives, by the lock of a file in the
+/// user's settings folder. Without that folder there is nothing to keep them from. A lock inside of another
+/// one does nothing. A program that hangs with the lock costs the others a wait of a few seconds, and a
+/// message. Threading: the user-interface thread.
 class DefaultsLock {
 public:
     DefaultsLock();
+    DefaultsLock(const DefaultsLock&) = delete;
+    ~DefaultsLock();
 
 private:
-    platform::FolderLock lock_;
+    std::optional<platform::FileLock> lock_;
 };
 
 /// Folders in the user's settings folder that hold a whole state of the defaults store. A link to one stays a
@@ -25,10 +31,14 @@ namespace DefaultsFolder {
 inline constexpr const char* store = "Defaults";
 /// What waits for the next start to take its place again.
 inline constexpr const char* backup = "Defaults (Backup)";
+/// What the user did away with last.
+inline constexpr const char* trash = "Defaults (Trashed)";
 // Folders under these names are not whole yet.
 inline constexpr const char* newStore = "Defaults (New)";
 inline constexpr const char* newBackup = "Defaults (New Backup)";
 
+/// Makes the user's settings folder.
+void makeSettings();
 bool stands(const char* folder);
 /// Deletes what a crash left half made or half deleted.
 void tidy();
@@ -38,9 +48,15 @@ bool discard(const char* folder);
 bool putInPlace(const char* from, const char* to);
 /// With its whole depth.
 bool copy(const char* from, const char* to);
+/// A file of the user's settings, into the folder of that name or back from there.
+bool copyFileInto(const char* folder, const char* file);
+bool copyFileOutOf(const char* folder, const char* file);
+bool holdsFile(const char* folder, const char* file);
 /// An empty one, whatever stood there before.
 bool createAfresh(const char* folder);
 
+/// What makes two names of groups equal: their characters. Bytes that are no UTF-8 are of code page 1252.
+std::u16string keyOf(const ConstString& group);
 /// The name, in the store, of the file of a group: the digest of the group's name in UTF-16, low byte first.
 std::string fileOf(const ConstString& group);
 /// The name that earlier versions gave it: the digest of the 8-bit form.

@@ -1,8 +1,14 @@
 #include "persistence/defaults/FDefaultPool.h"
 
+#include "foundation/Cast.h"
 #include "foundation/Singleton.h"
+#include "persistence/attributes/FAttrList.h"
 #include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlDocument.h"
 #include "persistence/xml/XmlFile.h"
+#include "persistence/xml/XmlText.h"
+#include "platform/System.h"
 
 #include <algorithm>
 #include <new>
@@ -14,7 +20,6 @@ namespace {
 constinit Singleton<FGlobalDefaultPool> globalPool;
 
 constexpr const char* storeName = "Defaults";
-constexpr const char* trashName = "Defaults (Trashed)";
 constexpr std::string_view storeTag = "Defaults";
 constexpr std::string_view autoSaverTag = "AutoSaver";
 constexpr const char* poolGroup = "FGlobalDefaultPool";
@@ -22,6 +27,7 @@ constexpr const char* extractedMark = "Preferences extraced";
 constexpr const char* autoSaverName = "AutoSaver";
 constexpr const char* entriesKey = "Entries";
 constexpr const char* autoSaversKey = "AutoSavers";
+constexpr const char* groupKey = "Group";
 
 std::string inFolder(const std::string& name, const char* folder = DefaultsFolder::store) {
     return std::string(folder) + '/' + name;
@@ -39,22 +45,29 @@ void runCallbacks(const std::vector<FDefaultPool::Callback>& callbacks) {
 }
 
 bool addCallback(std::vector<FDefaultPool::Callback>& callbacks, FDefaultPool::Callback callback) try {
-    callbacks.push_back(callback);
+    if (std::find(callbacks.begin(), callbacks.end(), callback) == callbacks.end())
+        callbacks.push_back(callback);
     return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
 
-/// A group on its way to or from a file of its own, with its values lent and taken.
+/// A group on its way from a file of its own, with its values taken. A file of another group is refused.
 class GroupInFile : public CmObject {
 public:
     explicit GroupInFile(FDefaults& group) : group_(group) {}
 
-    bool storeAttributes(FAttributes* attributes) override {
-        group_.lendAttributes(*attributes);
-        return true;
+    bool restoreAttributes(FAttributes* attributes) override {
+        isOther =
+            DefaultsFolder::keyOf(attributes->getString(groupKey)) != DefaultsFolder::keyOf(group_.group());
+        if (!isOther)
+            return group_.takeAttributes(*attributes);
+        platform::debugOutput("settings of \"" + group_.group().toUtf8() + "\" asked for, those of \"" +
+                              attributes->getString(groupKey).toUtf8() + "\" found");
+        return false;
     }
-    bool restoreAttributes(FAttributes* attributes) override { return group_.takeAttributes(*attributes); }
+
+    bool isOther = false;
 
 private:
     FDefaults& group_;
@@ -75,22 +88,46 @@ public:
     FAttributes held;
 };
 
+/// Whether the document can't be written, which is told with the reason.
+bool isUnwritable(const FAttributes& document, const std::string& what) {
+    FMemoryStream text;
+    FXmlDocument writer(&text, FXmlDocument::Mode::write);
+    if (writer.storeAttributes(storeTag, document))
+        return false;
+    if (writer.isOutOfMemory())
+        throw std::bad_alloc();
+    platform::debugOutput(what + " can't be saved: " + writer.errorText() + "; what was saved before stays");
+    return true;
+}
+
+/// The attributes of a group in the document of a single file; null when it has none.
+Ref<FAttributes> storedEntry(FAttributes& document, const std::u16string& key) {
+    document.resetCursor(entriesKey);
+    for (int32_t left = document.count(entriesKey); left > 0; --left) {
+        FAttributes* entry = document.nextAttributes(entriesKey);
+        if (entry && DefaultsFolder::keyOf(entry->getString(groupKey)) == key)
+            return retain(entry);
+    }
+    return nullptr;
+}
+
 } // namespace
 
-/// The same for all groups in the single file.
+/// What a save writes. All objects outside of the store have had their say when it stands.
+struct FDefaultPool::Collected {
+    struct Group {
+        Ref<FDefaults> group;
+        Ref<FAttributes> attributes;
+    };
+    std::vector<Group> groups;
+    Ref<FAttributes> savers; ///< null when none is registered
+};
+
+/// All groups on their way from the single file, with their values taken.
 class FDefaultPool::InFile : public CmObject {
 public:
     explicit InFile(FDefaultPool& pool) : pool_(pool) {}
 
-    bool storeAttributes(FAttributes* attributes) override {
-        for (const auto& group : pool_.storedGroups()) {
-            auto stored = make<FAttributes>();
-            group->lendAttributes(*stored);
-            attributes->appendAttributes(entriesKey, std::move(stored));
-        }
-        pool_.storeAutoSavers(*attributes);
-        return true;
-    }
     bool restoreAttributes(FAttributes* attributes) override {
         return pool_.restoreGroups(
             *attributes, [](FDefaults& group, FAttributes& stored) { return group.takeAttributes(stored); });
@@ -115,18 +152,23 @@ FDefaultPool::~FDefaultPool() = default;
 FDefaults* FDefaultPool::getGroup(const ConstString& name, int32_t version, bool create) try {
     if (name.isEmpty() || state_.disabled)
         return nullptr;
-    const std::u16string key = name.toUtf16();
+    const std::u16string key = DefaultsFolder::keyOf(name);
     if (const auto found = groups_.find(key); found != groups_.end())
         return found->second->version() == version ? found->second.get() : nullptr;
     if (!create || isRemoved(key))
         return nullptr;
-    Ref<FDefaults> group = createGroup(name);
+    if (const auto found = otherVersions_.find(key);
+        found != otherVersions_.end() && found->second != version)
+        return nullptr;
+    Ref<FDefaults> group = createGroup(name.isWide() ? ConstString(name) : XmlText::decode(name.view8()));
     if (!group)
         return nullptr;
     if (group->isEmpty() && group->version() == 0)
         group->setVersion(version);
-    if (group->version() != version)
+    if (group->version() != version) {
+        otherVersions_.insert_or_assign(key, group->version());
         return nullptr;
+    }
     return groups_.emplace(key, std::move(group)).first->second.get();
 } catch (const std::bad_alloc&) {
     return nullptr;
@@ -141,7 +183,7 @@ bool FDefaultPool::isRemoved(const std::u16string& name) const {
 }
 
 bool FDefaultPool::removeGroup(const ConstString& name) try {
-    const std::u16string key = name.toUtf16();
+    const std::u16string key = DefaultsFolder::keyOf(name);
     if (!isRemoved(key))
         removedGroups_.push_back(key);
     groups_.erase(key);
@@ -155,6 +197,9 @@ bool FDefaultPool::load() try {
         state_.noNewGroups = true;
         return false;
     }
+    otherVersions_.clear();
+    // Another program may be moving what is read here.
+    const DefaultsLock lock;
     return state_.folderMode ? loadFolder() : loadSingleFile();
 } catch (const std::bad_alloc&) {
     // What the store holds is not known, so nothing may take its place.
@@ -165,22 +210,29 @@ bool FDefaultPool::load() try {
 bool FDefaultPool::loadFile(const std::string& name, std::string_view tag, CmObject& object) {
     StoredFile::Found found = StoredFile::Found::missing;
     const bool isLoaded = loadXml(ConstString(std::string_view(name)), tag, object, &found);
-    if (found == StoredFile::Found::unreadable)
-        unreadable_.insert(name);
+    switch (found) {
+    case StoredFile::Found::unknown: throw std::bad_alloc();
+    case StoredFile::Found::unreadable:
+    case StoredFile::Found::kept: unreadable_.insert_or_assign(name, found); break;
+    default: break;
+    }
     return isLoaded;
 }
 
-bool FDefaultPool::saveFile(const std::string& name, std::string_view tag, CmObject& object) {
-    return setAsideUnread(name) && saveXml(ConstString(std::string_view(name)), tag, object);
+bool FDefaultPool::saveFile(const std::string& name, std::string_view tag, FAttributes& attributes) {
+    AttributesHolder document;
+    attributes.shareWith(document.held);
+    return setAsideUnread(name) && saveXml(ConstString(std::string_view(name)), tag, document);
 }
 
 /// What could not be read is kept under another name before anything takes its place.
 bool FDefaultPool::setAsideUnread(const std::string& name) {
-    if (!unreadable_.contains(name))
+    const auto found = unreadable_.find(name);
+    if (found == unreadable_.end())
         return true;
-    if (!settingsFile(name).setAside())
+    if (!settingsFile(name).setAside(found->second))
         return false;
-    unreadable_.erase(name);
+    unreadable_.erase(found);
     return true;
 }
 
@@ -190,19 +242,53 @@ bool FDefaultPool::removeFile(const std::string& name) {
     return setAsideUnread(name) && (!file.exists() || file.remove());
 }
 
+/// The same for a file of a group, unless it holds another one: a digest may be that of two names.
+bool FDefaultPool::removeGroupFile(const std::string& name, FDefaults& group) {
+    if (!settingsFile(name).exists())
+        return true;
+    FDefaults stored(group.group());
+    GroupInFile file(stored);
+    const bool wasUnread = unreadable_.contains(name);
+    loadFile(name, storeTag, file);
+    if (!file.isOther)
+        return removeFile(name);
+    if (!wasUnread)
+        unreadable_.erase(name);
+    return true;
+}
+
 bool FDefaultPool::loadGroup(FDefaults& group) {
+    const DefaultsLock lock;
     const std::string name = inFolder(DefaultsFolder::fileOf(group.group()));
     const std::string earlier = inFolder(DefaultsFolder::earlierFileOf(group.group()));
     const bool isEarlier = !settingsFile(name).exists() && settingsFile(earlier).exists();
     GroupInFile file(group);
-    return loadFile(isEarlier ? earlier : name, storeTag, file);
+    const std::string& used = isEarlier ? earlier : name;
+    const bool wasUnread = unreadable_.contains(used);
+    const bool isLoaded = loadFile(used, storeTag, file);
+    // Somebody else's file under the earlier name stays as it is: nothing of ours is written there.
+    if (isEarlier && file.isOther && !wasUnread)
+        unreadable_.erase(used);
+    return isLoaded;
 }
 
 bool FDefaultPool::loadSingleFile() {
-    InFile file(*this);
-    const bool isLoaded = loadFile(storeName, storeTag, file);
+    const bool isLoaded = loadAll();
     if (markExtracted())
         state_.preferencesNeedExtraction = true;
+    return isLoaded;
+}
+
+/// The single file with all groups. Nothing is left of what was there before, whatever comes of it.
+bool FDefaultPool::loadAll() {
+    InFile file(*this);
+    state_.isPartlyRead = false;
+    const bool isLoaded = loadFile(storeName, storeTag, file);
+    if (!isLoaded)
+        groups_.clear();
+    // What was left out is still to be found in the file.
+    else if (state_.isPartlyRead)
+        unreadable_.insert_or_assign(storeName, StoredFile::Found::unreadable);
     return isLoaded;
 }
 
@@ -222,8 +308,7 @@ bool FDefaultPool::loadFolder() {
             savedAutoSaverAttributes_ = make<FAttributes>(savers.held);
         return true;
     }
-    InFile file(*this);
-    const bool isRead = loadFile(storeName, storeTag, file);
+    const bool isRead = loadAll();
     state_.preferencesNeedExtraction = isRead;
     const FDefaults* group = getGroup(poolGroup, 0, false);
     if (group && group->values().contains(extractedMark))
@@ -252,43 +337,130 @@ bool FDefaultPool::save(bool force) try {
         runCallbacks(beforeSave_);
     if (saveHook_ && !saveHook_())
         return true;
-    if (state_.folderMode)
-        return saveFolder();
-    InFile file(*this);
-    return saveFile(storeName, storeTag, file);
+    // Objects outside may ask for groups, and take their time: before the store is locked.
+    Collected all = collect();
+    DefaultsFolder::makeSettings();
+    const DefaultsLock lock;
+    if (isBackupTaken()) {
+        platform::debugOutput("Another start has brought the settings back that this run had put aside: "
+                              "nothing is saved over them.");
+        return false;
+    }
+    return state_.folderMode ? saveFolder(all) : saveSingleFile(all);
 } catch (const std::bad_alloc&) {
+    platform::debugOutput("no memory to save the settings");
     return false;
 }
 
-bool FDefaultPool::saveFolder() {
-    using namespace DefaultsFolder;
-    const DefaultsLock lock;
-    if (stands(store))
-        return saveGroups(store) && removeFile(storeName);
-    // The next start reads the single file no more once the folder stands, so it stands when it is whole.
-    return createAfresh(newStore) && saveGroups(newStore) && putInPlace(newStore, store) &&
-           removeFile(storeName);
+/// Values are lent last: by then nobody is asked who could set one.
+FDefaultPool::Collected FDefaultPool::collect() {
+    Collected all;
+    auto savers = make<FAttributes>();
+    if (saveAutoSavers(*savers))
+        all.savers = std::move(savers);
+    for (auto& group : storedGroups())
+        all.groups.push_back({std::move(group), make<FAttributes>()});
+    for (const bool holdsObjects : {true, false})
+        for (const auto& [group, attributes] : all.groups)
+            if (group->holdsObjects() == holdsObjects && attributes->isEmpty())
+                group->lendAttributes(*attributes);
+    return all;
 }
 
-bool FDefaultPool::saveGroups(const char* folder) {
+bool FDefaultPool::saveSingleFile(Collected& all) {
+    const auto store = [&] {
+        FAttributes document;
+        for (const auto& group : all.groups)
+            document.appendAttributes(entriesKey, group.attributes);
+        if (all.savers)
+            document.setObject(autoSaversKey, all.savers.get(), FAttributes::Hold::retain);
+        return saveFile(storeName, storeTag, document);
+    };
+    if (store())
+        return true;
+    // One value that can't be written does not cost all the others.
+    if (replaceUnwritable(all))
+        store();
+    return false;
+}
+
+bool FDefaultPool::saveFolder(Collected& all) {
+    using namespace DefaultsFolder;
+    if (stands(store))
+        return saveGroups(all, store) && removeFile(storeName);
+    // The next start reads the single file no more once the folder stands, so it stands when it is whole.
+    if (createAfresh(newStore) && saveGroups(all, newStore))
+        return putInPlace(newStore, store) && removeFile(storeName);
+    saveSingleFile(all);
+    return false;
+}
+
+bool FDefaultPool::saveGroups(Collected& all, const char* folder) {
     bool isGood = true;
-    for (const auto& group : storedGroups()) {
-        GroupInFile file(*group);
-        isGood &= saveFile(inFolder(DefaultsFolder::fileOf(group->group()), folder), storeTag, file) &&
-                  removeFile(inFolder(DefaultsFolder::earlierFileOf(group->group()), folder));
+    for (const auto& [group, attributes] : all.groups) {
+        const std::string name = inFolder(DefaultsFolder::fileOf(group->group()), folder);
+        const std::string earlier = inFolder(DefaultsFolder::earlierFileOf(group->group()), folder);
+        const bool isSaved = saveFile(name, storeTag, *attributes);
+        if (!isSaved)
+            platform::debugOutput("settings of \"" + group->group().toUtf8() + "\" are not saved");
+        isGood &= isSaved && (name == earlier || removeGroupFile(earlier, *group));
     }
     for (const std::u16string& name : removedGroups_) {
-        const ConstString group(name.c_str(), static_cast<int32_t>(name.size()));
-        isGood &= removeFile(inFolder(DefaultsFolder::fileOf(group), folder)) &&
-                  removeFile(inFolder(DefaultsFolder::earlierFileOf(group), folder));
+        FDefaults group{ConstString(std::u16string_view(name))};
+        isGood &= removeGroupFile(inFolder(DefaultsFolder::fileOf(group.group()), folder), group) &&
+                  removeGroupFile(inFolder(DefaultsFolder::earlierFileOf(group.group()), folder), group);
     }
-    AttributesHolder savers;
-    if (saveAutoSavers(savers.held))
-        isGood &= saveFile(inFolder(autoSaverName, folder), autoSaverTag, savers);
-    return isGood;
+    if (!all.savers)
+        return isGood;
+    const std::string name = inFolder(autoSaverName, folder);
+    if (saveFile(name, autoSaverTag, *all.savers))
+        return isGood;
+    AttributesHolder earlier;
+    loadFile(name, autoSaverTag, earlier);
+    if (replaceUnwritableSavers(*all.savers, earlier.held))
+        saveFile(name, autoSaverTag, *all.savers);
+    return false;
 }
 
-/// False when none is registered.
+/// Puts what is stored in the place of what can't be written. Whether there was any.
+bool FDefaultPool::replaceUnwritable(Collected& all) {
+    AttributesHolder earlier;
+    loadFile(storeName, storeTag, earlier);
+    bool isAny = false;
+    for (auto& [group, attributes] : all.groups) {
+        FAttributes document;
+        document.appendAttributes(entriesKey, attributes);
+        if (!isUnwritable(document, "settings of \"" + group->group().toUtf8() + '"'))
+            continue;
+        isAny = true;
+        attributes = storedEntry(earlier.held, DefaultsFolder::keyOf(group->group()));
+    }
+    std::erase_if(all.groups, [](const auto& group) { return !group.attributes; });
+    const FAttributes* savers = earlier.held.getAttributes(autoSaversKey);
+    const FAttributes none;
+    return (all.savers && replaceUnwritableSavers(*all.savers, savers ? *savers : none)) || isAny;
+}
+
+bool FDefaultPool::replaceUnwritableSavers(FAttributes& savers, const FAttributes& earlier) {
+    bool isAny = false;
+    for (int32_t i = savers.count(); i-- > 0;) {
+        const std::string name = savers.at(i)->key();
+        FAttributes document;
+        const auto nested = make<FAttributes>();
+        nested->setObject(name, savers.getAttributes(name), FAttributes::Hold::retain);
+        document.setObject(autoSaversKey, nested.get(), FAttributes::Hold::retain);
+        if (!isUnwritable(document, "state of \"" + name + '"'))
+            continue;
+        isAny = true;
+        if (FAttributes* stored = earlier.getAttributes(name))
+            savers.setObject(name, stored, FAttributes::Hold::retain);
+        else
+            savers.remove(name);
+    }
+    return isAny;
+}
+
+/// False when there is none.
 bool FDefaultPool::saveAutoSavers(FAttributes& attributes) {
     bool isAny = false;
     autoSavers_.tell([&](AutoSaver& saver) {
@@ -302,58 +474,12 @@ void FDefaultPool::clear() {
     groups_.clear();
     removedGroups_.clear();
     unreadable_.clear();
+    otherVersions_.clear();
     afterLoad_.clear();
     beforeSave_.clear();
     savedAutoSaverAttributes_.reset();
     loadHook_ = saveHook_ = nullptr;
     state_ = {};
-}
-
-bool FDefaultPool::trash() try {
-    const DefaultsLock lock;
-    const bool isFolder = state_.folderMode && DefaultsFolder::stands(DefaultsFolder::store);
-    const StoredFile file = settingsFile(storeName);
-    // In folder mode the next start would read an older single file again.
-    const bool isFile = file.exists();
-    const bool isGone = !isFolder || DefaultsFolder::discard(DefaultsFolder::store);
-    return (isFolder || isFile) && (!isFile || file.rename(trashName)) && isGone;
-} catch (const std::bad_alloc&) {
-    return false;
-}
-
-bool FDefaultPool::backup() try {
-    using namespace DefaultsFolder;
-    // Settings that could not be brought back are worth more than those of the run without them.
-    if (state_.isBackupStuck)
-        return false;
-    const DefaultsLock lock;
-    if (state_.folderMode && stands(store))
-        return DefaultsFolder::copy(store, newBackup) && putInPlace(newBackup, DefaultsFolder::backup);
-    const StoredFile file = settingsFile(storeName);
-    return !file.exists() || file.backup(FFileType::settingsBackupFile());
-} catch (const std::bad_alloc&) {
-    return false;
-}
-
-bool FDefaultPool::restore() try {
-    using namespace DefaultsFolder;
-    state_.isBackupStuck = true;
-    const DefaultsLock lock;
-    DefaultsFolder::tidy();
-    const StoredFile file = settingsFile(storeName);
-    bool isRestored = false;
-    if (state_.folderMode && stands(DefaultsFolder::backup))
-        isRestored = putInPlace(DefaultsFolder::backup, store);
-    else if (file.hasBackup(FFileType::settingsBackupFile()))
-        // In folder mode it was made before the folder.
-        isRestored = (!state_.folderMode || !stands(store) || discard(store)) &&
-                     file.restore(FFileType::settingsBackupFile());
-    else
-        state_.isBackupStuck = false;
-    state_.isBackupStuck = state_.isBackupStuck && !isRestored;
-    return isRestored;
-} catch (const std::bad_alloc&) {
-    return false;
 }
 
 bool FDefaultPool::addAfterLoadCallback(Callback callback) {
@@ -383,17 +509,14 @@ std::vector<Ref<FDefaults>> FDefaultPool::storedGroups() const {
     return groups;
 }
 
-void FDefaultPool::storeAutoSavers(FAttributes& attributes) {
-    const auto savers = make<FAttributes>();
-    if (saveAutoSavers(*savers))
-        attributes.setObject(autoSaversKey, savers.get(), FAttributes::Hold::retain);
-}
-
 bool FDefaultPool::storeAttributes(FAttributes* attributes) {
+    const auto savers = make<FAttributes>();
+    const bool isAnySaver = saveAutoSavers(*savers);
     for (const auto& group : storedGroups())
         if (!attributes->appendSavedObject(entriesKey, group.get()))
             return false;
-    storeAutoSavers(*attributes);
+    if (isAnySaver)
+        attributes->setObject(autoSaversKey, savers.get(), FAttributes::Hold::retain);
     return true;
 }
 
@@ -404,6 +527,9 @@ bool FDefaultPool::restoreAttributes(FAttributes* attributes) {
 
 bool FDefaultPool::restoreGroups(FAttributes& attributes, bool (*restore)(FDefaults&, FAttributes&)) {
     groups_.clear();
+    if ((attributes.contains(entriesKey) && !cast<FSubList>(attributes.getObject(entriesKey).get())) ||
+        (attributes.contains(autoSaversKey) && !attributes.getAttributes(autoSaversKey)))
+        return false;
     attributes.resetCursor(entriesKey);
     for (int32_t left = attributes.count(entriesKey); left > 0; --left) {
         const auto group = make<FDefaults>();
@@ -412,10 +538,25 @@ bool FDefaultPool::restoreGroups(FAttributes& attributes, bool (*restore)(FDefau
             groups_.clear();
             return false;
         }
-        groups_.insert_or_assign(group->group().toUtf16(), group);
+        enterRestored(group);
     }
     savedAutoSaverAttributes_ = retain(attributes.getAttributes(autoSaversKey));
     return true;
+}
+
+void FDefaultPool::enterRestored(const Ref<FDefaults>& group) {
+    std::u16string key = DefaultsFolder::keyOf(group->group());
+    if (isRemoved(key))
+        return;
+    const bool isFirst = !groups_.contains(key);
+    if (key.empty() || !isFirst) {
+        platform::debugOutput(key.empty() ? "settings without the name of their group are left out"
+                                          : "settings of \"" + group->group().toUtf8() +
+                                                "\" are stored twice; the later ones are taken");
+        state_.isPartlyRead = true;
+    }
+    if (!key.empty())
+        groups_.insert_or_assign(std::move(key), group);
 }
 
 FGlobalDefaultPool* FGlobalDefaultPool::instance() {

@@ -3,8 +3,9 @@
 #include "foundation/messages/ListenerList.h"
 #include "foundation/text/CmString.h"
 #include "persistence/defaults/FDefaults.h"
+#include "persistence/files/StoredFile.h"
 
-#include <set>
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -33,10 +34,11 @@ public:
     ~FDefaultPool() override;
 
     /// The group of that name, made when it is missing and `create` is set. Null for an empty name, for a
-    /// group of another version, and when the pool gives out none.
+    /// group of another version, and when the pool gives out none. It stays where it is until `removeGroup`,
+    /// `load` or `clear`: ask again after these instead of keeping it.
     FDefaults* getGroup(const ConstString& name, int32_t version = 0, bool create = true);
-    /// Drops a group: it is not made again, and its file goes with the next save. False, and nothing done,
-    /// without memory.
+    /// Drops a group: it is not made or loaded again, and its file goes with the next save. False, and
+    /// nothing done, without memory.
     bool removeGroup(const ConstString& name);
 
     /// False when the load hook refused or the store could not be read; the pool is empty then. Without
@@ -44,24 +46,28 @@ public:
     bool load();
     /// Restores the auto-savers and calls the after-load callbacks. Only after this anything is saved.
     void finishLoad();
-    /// With `force` the before-save callbacks run. True also when the save hook refused.
+    /// With `force` the before-save callbacks run. True also when the save hook refused. What can't be
+    /// written leaves what was stored of that group or auto-saver before, is told on the debug output, and
+    /// gives false. In a run that called `backup`, nothing is saved any more once another start called
+    /// `restore`.
     bool save(bool force);
     /// Forgets all groups, hooks and callbacks, as before the first load.
     void clear();
 
-    /// Puts the single file away under "Defaults (Trashed)", in place of an earlier one; in folder mode the
-    /// folder is deleted. False when there was nothing, too.
+    /// Puts the file, in folder mode the folder, away under "Defaults (Trashed)", in place of an earlier one,
+    /// and deletes what `backup` left. False when there was nothing, too.
     bool trash();
     /// Copies the store beside itself, if there is one. A copy that fails leaves an earlier one, and one that
     /// `restore` could not bring back is never replaced.
     bool backup();
-    /// Brings back what `backup` left, and takes it away. False, and nothing changed, when there is nothing.
+    /// Brings back what `backup` left in the same form, and takes it away. False, and nothing changed, when
+    /// there is nothing.
     bool restore();
 
     /// Asked before anything is read or written; false stops the work.
     void setLoadHook(Hook hook) { loadHook_ = hook; }
     void setSaveHook(Hook hook) { saveHook_ = hook; }
-    /// False without memory for it.
+    /// Each is called once, however often it is added. False without memory for it.
     bool addAfterLoadCallback(Callback callback);
     bool addBeforeSaveCallback(Callback callback);
 
@@ -90,19 +96,29 @@ protected:
 
 private:
     class InFile;
+    struct Collected;
 
     bool loadFile(const std::string& name, std::string_view tag, CmObject& object);
-    bool saveFile(const std::string& name, std::string_view tag, CmObject& object);
+    bool saveFile(const std::string& name, std::string_view tag, FAttributes& attributes);
     bool setAsideUnread(const std::string& name);
     bool removeFile(const std::string& name);
-    bool saveGroups(const char* folder);
+    bool removeGroupFile(const std::string& name, FDefaults& group);
+    Collected collect();
+    bool saveGroups(Collected& all, const char* folder);
+    bool saveSingleFile(Collected& all);
+    bool replaceUnwritable(Collected& all);
+    static bool replaceUnwritableSavers(FAttributes& savers, const FAttributes& earlier);
+    bool isBackupTaken() const;
+    bool hasBackup() const;
+    static bool restoreFolder();
+    bool loadAll();
     bool isRemoved(const std::u16string& name) const;
     bool loadFolder();
     bool loadSingleFile();
-    bool saveFolder();
+    bool saveFolder(Collected& all);
     bool saveAutoSavers(FAttributes& attributes);
-    void storeAutoSavers(FAttributes& attributes);
     bool restoreGroups(FAttributes& attributes, bool (*restore)(FDefaults&, FAttributes&));
+    void enterRestored(const Ref<FDefaults>& group);
     /// Those that are written, by name, so that a file only changes where a setting did. Objects among their
     /// values may ask for other groups meanwhile.
     std::vector<Ref<FDefaults>> storedGroups() const;
@@ -111,7 +127,9 @@ private:
     std::unordered_map<std::u16string, Ref<FDefaults>> groups_;
     std::vector<std::u16string> removedGroups_;
     /// Files, by their names in the settings, that hold what could not be read.
-    std::set<std::string> unreadable_;
+    std::map<std::string, StoredFile::Found> unreadable_;
+    /// Versions of groups that have a file and were asked for with another version.
+    std::unordered_map<std::u16string, int32_t> otherVersions_;
     ListenerList<AutoSaver> autoSavers_;
     Ref<FAttributes> savedAutoSaverAttributes_;
     std::vector<Callback> afterLoad_;
@@ -123,6 +141,10 @@ private:
         bool disabled = false;
         /// There was no memory to load it.
         bool isUnknown = false;
+        /// The single file holds more than was loaded.
+        bool isPartlyRead = false;
+        /// This run has put the user's settings aside.
+        bool hasBackup = false;
         /// What `backup` left could not be brought back.
         bool isBackupStuck = false;
         bool noNewGroups = false;

@@ -3,6 +3,8 @@
 #include "foundation/Cast.h"
 #include "persistence/defaults/FDefaultPool.h"
 
+#include <new>
+
 namespace qorl {
 
 namespace {
@@ -19,6 +21,10 @@ bool isPlain(const FAttributes& values) {
             return false;
     }
     return true;
+}
+
+bool holdsOtherValues(const FAttributes& attributes) {
+    return attributes.contains(valuesKey) && !attributes.getAttributes(valuesKey);
 }
 
 } // namespace
@@ -39,12 +45,17 @@ void FDefaults::storeName(FAttributes& attributes) const {
         attributes.setInteger("Version", version_);
 }
 
-bool FDefaults::restoreName(const FAttributes& attributes) {
+void FDefaults::restoreName(const FAttributes& attributes) {
     const ConstString name = attributes.getString("Group");
     group_.string() = name;
+    // It would be stored as another group.
+    if (group_.string().size() != name.size())
+        throw std::bad_alloc();
     version_ = static_cast<int32_t>(attributes.getInteger("Version"));
-    // Without memory for its name it would be stored as another group.
-    return group_.string() == name;
+}
+
+bool FDefaults::holdsObjects() const {
+    return !isPlain(values_);
 }
 
 bool FDefaults::storeAttributes(FAttributes* attributes) {
@@ -54,8 +65,9 @@ bool FDefaults::storeAttributes(FAttributes* attributes) {
 }
 
 bool FDefaults::restoreAttributes(FAttributes* attributes) {
-    if (!restoreName(*attributes))
+    if (holdsOtherValues(*attributes))
         return false;
+    restoreName(*attributes);
     values_.removeAll();
     attributes->loadExtraAttributes(values_, valuesKey);
     return true;
@@ -76,8 +88,9 @@ bool FDefaults::takeAttributes(FAttributes& attributes) {
     FAttributes* values = attributes.getAttributes(valuesKey);
     if (!values || !isPlain(*values))
         return restoreAttributes(&attributes);
+    restoreName(attributes);
     values->shareWith(values_);
-    return restoreName(attributes);
+    return true;
 }
 
 AutoSaver::AutoSaver() {

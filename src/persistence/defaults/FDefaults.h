@@ -26,19 +26,21 @@ public:
     int32_t compare(const CmObject* other) const override;
     /// "Group", "Version" unless 0, "Values".
     bool storeAttributes(FAttributes* attributes) override;
-    /// What the group held before goes.
+    /// What the group held before goes. False, and nothing changed, when "Values" is no nested list.
     bool restoreAttributes(FAttributes* attributes) override;
 
     /// As `storeAttributes`, for a caller that writes `attributes` out and lets them go before anyone sets a
     /// value: the values are lent, not copied.
     void lendAttributes(FAttributes& attributes);
+    /// Whether objects among its values are asked for theirs when it is stored.
+    bool holdsObjects() const;
     /// As `restoreAttributes`, for a caller who has no use for `attributes` any more: the values go over, not
     /// copied.
     bool takeAttributes(FAttributes& attributes);
 
 private:
     void storeName(FAttributes& attributes) const;
-    bool restoreName(const FAttributes& attributes);
+    void restoreName(const FAttributes& attributes);
 
     CmString group_;
     int32_t version_;

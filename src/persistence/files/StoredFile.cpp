@@ -5,6 +5,7 @@
 #include "platform/FileReplacement.h"
 #include "platform/System.h"
 
+#include <cerrno>
 #include <new>
 #include <string>
 #include <utility>
@@ -43,10 +44,13 @@ bool tellFailure(const std::string& file, const char* what, const platform::File
     return !failure;
 }
 
-/// A rename has to be known to the disk before anything counts on it.
+/// A rename has to be known to the disk before anything counts on it. Where it can't be told, the file has
+/// its new name all the same.
 platform::FileError moveWithin(const std::string& from, const std::string& to) {
-    const platform::FileError error = platform::moveFile(from, to);
-    return error ? error : platform::flushFolder(folderHolding(to));
+    if (const platform::FileError error = platform::moveFile(from, to))
+        return error;
+    tellFailure(to, "may have its earlier name after a power cut", platform::flushFolder(folderHolding(to)));
+    return {};
 }
 
 /// With every folder above it, known to the disk: a file is lost with its folder.
@@ -112,12 +116,40 @@ private:
     platform::FileError error_;
 };
 
-/// The file is stored by then, whatever comes of the message.
-void tellWritten(const FPath& path) try {
-    if (auto* files = FNFileSystem::instance())
-        files->notify(FFileSystem::fileWritten, path);
+/// The disk has changed by then, whatever comes of the message.
+void tellChange(int32_t kind, const std::string& file, const std::string& earlier = {}) try {
+    auto* files = FNFileSystem::instance();
+    if (!files)
+        return;
+    FNPath from(earlier);
+    files->notify(kind, FNPath(file), earlier.empty() ? nullptr : &from);
 } catch (const std::bad_alloc&) {
-    platform::debugOutput("no memory to tell that a file was written");
+    platform::debugOutput("no memory to tell that a file was changed");
+}
+
+bool renameTold(const char* what, const std::string& from, const std::string& to) {
+    if (!tellFailure(from, what, moveWithin(from, to)))
+        return false;
+    tellChange(FFileSystem::fileRenamed, to, from);
+    return true;
+}
+
+/// Under "NAME (Damaged)", or with the first number that is free.
+bool putAway(const std::string& file, const std::string& damaged) {
+    constexpr int mostKept = 1000;
+    for (int number = 1; number <= mostKept; ++number) {
+        const std::string suffix = number > 1 ? ' ' + std::to_string(number) : std::string();
+        const std::string away = withText(damaged, " (Damaged" + suffix + ')');
+        if (!platform::fileExists(away))
+            return renameTold("can't be put away", file, away);
+    }
+    tellOf(file, "can't be put away: there are too many damaged ones already");
+    return false;
+}
+
+bool tellNoMemory(const char* what) {
+    platform::debugOutput(what);
+    return false;
 }
 
 enum class StoredReading { done, missing, closed, refused };
@@ -148,9 +180,21 @@ FNPath StoredFile::pathOf(const ConstString& name, const FFileType& type, FNPath
     const FNPath whole(name, folder);
     FNPath path(whole.toUtf8());
     path.setFileType(type);
+    // The name is one, see `isNamed`.
     if (!whole.isValid() || !path.isValid() || type.extension().isEmpty())
         throw std::bad_alloc();
     return path;
+}
+
+/// A name has something behind its folders, and the user's settings lie somewhere.
+bool StoredFile::isNamed(int32_t* error) const {
+    const std::string name = name_.toUtf8();
+    if (!name.empty() && !name.ends_with('/') && !FNPath::knownFolder(FNPath::userSettings).empty())
+        return true;
+    if (error)
+        *error = EINVAL;
+    tellOf('"' + name + '"', "is no name of a file in the user's settings");
+    return false;
 }
 
 /// A name that has the extension of the type already gets the other one in its place.
@@ -163,6 +207,8 @@ std::string StoredFile::copyOf(const FFileType& copyType) const {
 }
 
 bool StoredFile::save(const Work& write, int32_t* error) const try {
+    if (!isNamed(error))
+        return false;
     const FNPath path = pathOf(name_, type_);
     const std::string file = path.toUtf8();
     platform::FileReplacement replacement;
@@ -171,25 +217,38 @@ bool StoredFile::save(const Work& write, int32_t* error) const try {
         return false;
     const auto stream = make<StoringStream>(replacement.file());
     const bool isWritten = write(*stream);
-    if (!tellFailure(file, "can't be stored", stream->error(), error) || !isWritten)
+    if (!tellFailure(file, "can't be stored", stream->error(), error))
         return false;
+    if (!isWritten) {
+        tellOf(file, "can't be stored: its contents could not be made");
+        return false;
+    }
     if (replacement.holdsSameBytes())
         return true;
     if (!tellFailure(file, "can't be stored", replacement.putInPlace(oldOf(replacement.target())), error))
         return false;
-    tellWritten(path);
+    tellChange(FFileSystem::fileWritten, file);
     return true;
 } catch (const std::bad_alloc&) {
     if (error)
         *error = platform::FileError::outOfMemory().code;
-    return false;
+    return tellNoMemory("no memory to store a file");
 }
 
-bool StoredFile::load(const Work& read, Found* found) const try {
+bool StoredFile::load(const Work& read, Found* found) const {
     Found own = Found::missing;
     Found& state = found ? *found : own;
-    // Until it is known.
-    state = Found::unreadable;
+    try {
+        // Until more is known.
+        state = Found::missing;
+        return isNamed() && loadNamed(read, state);
+    } catch (const std::bad_alloc&) {
+        state = Found::unknown;
+        return tellNoMemory("no memory to read a stored file");
+    }
+}
+
+bool StoredFile::loadNamed(const Work& read, Found& state) const {
     const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
     const std::string old = oldOf(file);
     platform::FileReplacement::removeLeftovers(file);
@@ -205,17 +264,14 @@ bool StoredFile::load(const Work& read, Found* found) const try {
                          : "can't be read; what an interrupted save kept is taken");
         // Another program may have gone on with its save meanwhile.
         const bool isSettled = reading == StoredReading::missing && !platform::fileExists(file);
-        if (isSettled && tellFailure(file, "can't be put back", moveWithin(old, file)))
-            state = Found::whole;
+        state = isSettled && renameTold("can't be put back", old, file) ? Found::whole : Found::kept;
         return true;
     }
-    if (reading == StoredReading::missing && oldReading == StoredReading::missing)
-        state = Found::missing;
+    if (reading != StoredReading::missing || oldReading != StoredReading::missing)
+        state = Found::unreadable;
     if (reading == StoredReading::refused)
         return false;
     return readStored(pathOf(name_, type_, FNPath::sharedData).toUtf8(), read) == StoredReading::done;
-} catch (const std::bad_alloc&) {
-    return false;
 }
 
 /// Gives a file that an interrupted save left without its name that name again. Whether there is a file.
@@ -224,60 +280,79 @@ bool StoredFile::settle() const {
     if (platform::fileExists(file))
         return true;
     const std::string old = oldOf(file);
-    return platform::fileExists(old) && tellFailure(file, "can't be put back", moveWithin(old, file));
+    return platform::fileExists(old) && renameTold("can't be put back", old, file);
 }
 
-bool StoredFile::exists() const try { return settle(); } catch (const std::bad_alloc&) {
-    return false;
+bool StoredFile::exists() const try { return isNamed() && settle(); } catch (const std::bad_alloc&) {
+    return tellNoMemory("no memory to look for a stored file");
 }
 
 bool StoredFile::remove() const try {
-    const FNPath path = pathOf(name_, type_);
-    auto* files = FNFileSystem::instance();
-    return files && settle() && removeOld(path.toUtf8()) && files->deleteFile(path);
+    if (!isNamed())
+        return false;
+    const std::string file = pathOf(name_, type_).toUtf8();
+    if (!settle()) {
+        tellOf(file, "can't be deleted: there is none");
+        return false;
+    }
+    if (!removeOld(file) || !tellFailure(file, "can't be deleted", platform::deleteFile(file)))
+        return false;
+    tellChange(FFileSystem::fileDeleted, file);
+    return true;
 } catch (const std::bad_alloc&) {
-    return false;
+    return tellNoMemory("no memory to delete a stored file");
 }
 
 bool StoredFile::rename(const ConstString& newName) const try {
+    if (!isNamed() || !StoredFile(newName, type_).isNamed())
+        return false;
     const std::string file = pathOf(name_, type_).toUtf8();
     const std::string target = pathOf(newName, type_).toUtf8();
-    return settle() && removeOld(file) && tellFailure(file, "can't be renamed", moveWithin(file, target));
+    if (!settle()) {
+        tellOf(file, "can't be renamed: there is none");
+        return false;
+    }
+    return removeOld(file) && renameTold("can't be renamed", file, target);
 } catch (const std::bad_alloc&) {
-    return false;
+    return tellNoMemory("no memory to rename a stored file");
 }
 
-bool StoredFile::setAside() const try {
-    constexpr int mostKept = 1000;
+bool StoredFile::setAside(Found found) const try {
+    if (!isNamed())
+        return false;
     const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
-    if (!platform::fileExists(file))
-        return true;
-    for (int number = 1; number <= mostKept; ++number) {
-        const std::string suffix = number > 1 ? ' ' + std::to_string(number) : std::string();
-        const std::string away = withText(file, " (Damaged" + suffix + ')');
-        if (!platform::fileExists(away))
-            return tellFailure(file, "can't be put away", moveWithin(file, away));
-    }
-    return false;
+    const std::string old = oldOf(file);
+    return (!platform::fileExists(file) || putAway(file, file)) &&
+           (found == Found::kept || !platform::fileExists(old) || putAway(old, file));
 } catch (const std::bad_alloc&) {
-    return false;
+    return tellNoMemory("no memory to put a stored file away");
 }
 
 bool StoredFile::backup(const FFileType& copyType) const try {
-    if (!settle())
+    if (!isNamed())
         return false;
     const std::string file = pathOf(name_, type_).toUtf8();
-    return tellFailure(file, "can't be copied", platform::copyFile(file, copyOf(copyType)));
+    const std::string copy = copyOf(copyType);
+    if (!settle()) {
+        tellOf(file, "can't be copied: there is none");
+        return false;
+    }
+    if (!tellFailure(file, "can't be copied", platform::copyFile(file, copy)))
+        return false;
+    tellChange(FFileSystem::fileWritten, copy);
+    return true;
 } catch (const std::bad_alloc&) {
-    return false;
+    return tellNoMemory("no memory to copy a stored file");
 }
 
 bool StoredFile::hasBackup(const FFileType& copyType) const try {
-    const std::string copy = copyOf(copyType);
+    const std::string copy = isNamed() ? copyOf(copyType) : std::string();
+    if (copy.empty())
+        return false;
     platform::FileReplacement::removeLeftovers(copy);
     return platform::fileExists(copy);
 } catch (const std::bad_alloc&) {
-    return false;
+    return tellNoMemory("no memory to look for the copy of a stored file");
 }
 
 bool StoredFile::restore(const FFileType& copyType) const try {
@@ -285,9 +360,21 @@ bool StoredFile::restore(const FFileType& copyType) const try {
         return false;
     // A rename takes the copy over the file and the copy away in one step.
     const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
-    return tellFailure(file, "can't be restored", moveWithin(copyOf(copyType), file));
+    return renameTold("can't be restored", copyOf(copyType), file);
 } catch (const std::bad_alloc&) {
-    return false;
+    return tellNoMemory("no memory to restore a stored file");
+}
+
+bool StoredFile::removeBackup(const FFileType& copyType) const try {
+    if (!hasBackup(copyType))
+        return true;
+    const std::string copy = copyOf(copyType);
+    if (!tellFailure(copy, "can't be deleted", platform::deleteFile(copy)))
+        return false;
+    tellChange(FFileSystem::fileDeleted, copy);
+    return true;
+} catch (const std::bad_alloc&) {
+    return tellNoMemory("no memory to delete the copy of a stored file");
 }
 
 } // namespace qorl

@@ -21,8 +21,10 @@ class FStream;
 class StoredFile {
 public:
     /// What a load found of the user's own file. One that is `unreadable` (no right to it, not of its form,
-    /// too long) may hold what the user still wants: `setAside` before saving over it.
-    enum class Found : uint8_t { whole, missing, unreadable };
+    /// too long) may hold what the user still wants: `setAside` before saving over it. `kept` is the same
+    /// where the load took what an interrupted save had kept. `unknown`: there was no memory to read it, so
+    /// nothing may take its place.
+    enum class Found : uint8_t { whole, missing, unreadable, kept, unknown };
 
     /// A call that is asked to write or to read the file, without owning it. False, or std::bad_alloc, for
     /// failure; both leave no trace in the file.
@@ -59,20 +61,25 @@ public:
     /// Within its folder. Replaces a file that has that name.
     bool rename(const ConstString& newName) const;
     /// Puts the file away under "NAME (Damaged)", or with the first number behind "Damaged" that is free.
-    /// True also when there is none.
-    bool setAside() const;
+    /// What an interrupted save kept goes with it, unless a load took that (`Found::kept`). True also when
+    /// there is none.
+    bool setAside(Found found = Found::unreadable) const;
 
     /// Copies the file beside itself, with the extension of `copyType`. False when there is none.
     bool backup(const FFileType& copyType) const;
     bool hasBackup(const FFileType& copyType) const;
     /// Puts such a copy in the file's place, and takes it away. False when there is none.
     bool restore(const FFileType& copyType) const;
+    /// Takes such a copy away. True also when there is none.
+    bool removeBackup(const FFileType& copyType) const;
 
 private:
     FNPath pathOf(const ConstString& name, const FFileType& type,
                   FNPath::FolderKind folder = FNPath::userSettings) const;
     std::string copyOf(const FFileType& copyType) const;
     bool settle() const;
+    bool loadNamed(const Work& read, Found& state) const;
+    bool isNamed(int32_t* error = nullptr) const;
 
     ConstString name_;
     FFileType type_;

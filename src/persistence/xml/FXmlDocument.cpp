@@ -37,9 +37,10 @@ struct Reading {
         if (rootName)
             reader.select(rootName, selection);
         const bool isRead = reader.parse() && reader.isFound();
-        // What came before an error stays, and is whole as far as memory goes.
-        if (reader.error() != FXmlParser::Error::noMemory)
-            reader.bindReferences();
+        if (reader.error() == FXmlParser::Error::noMemory)
+            throw std::bad_alloc();
+        // What came before an error stays.
+        reader.bindReferences();
         lacksSkipped = reader.lacksSkipped();
         errorText = isRead ? std::string() : reasonOf(reader);
         return isRead;
@@ -52,6 +53,10 @@ FXmlDocument::FXmlDocument(FStream* stream, Mode mode)
     : objects_(make<FAttributes>()), data_(make<FAttributes>()), stream_(retain(stream)), mode_(mode) {}
 
 FXmlDocument::~FXmlDocument() = default;
+
+bool FXmlDocument::isOutOfMemory() const {
+    return errorText_ == outOfMemory;
+}
 
 bool FXmlDocument::fail(const char* reason) {
     errorText_.assign(reason);

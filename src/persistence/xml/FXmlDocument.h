@@ -55,6 +55,8 @@ public:
 
     /// What failed last: "LINE:COLUMN: reason" of a document that was read, else a reason alone.
     const std::string& errorText() const { return errorText_; }
+    /// Whether that was memory: nothing is known of the document then.
+    bool isOutOfMemory() const;
 
 private:
     bool fail(const char* reason);

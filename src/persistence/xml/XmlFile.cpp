@@ -25,10 +25,14 @@ bool mayReplace(const ConstString& name) {
 bool readDocument(FStream& stream, std::string_view tag, CmObject& object) {
     FAttributes attributes;
     FXmlDocument document(&stream, FXmlDocument::Mode::read);
-    if (document.restoreAttributes(tag, attributes))
-        return object.restoreAttributes(&attributes);
+    const bool isRead = document.restoreAttributes(tag, attributes);
+    if (document.isOutOfMemory())
+        throw std::bad_alloc();
+    if (isRead && object.restoreAttributes(&attributes))
+        return true;
     const std::string place = stream.url() ? stream.url()->path().toUtf8() : std::string();
-    platform::debugOutput(place + ':' + document.errorText());
+    platform::debugOutput(place +
+                          (isRead ? ": holds something else than expected" : ':' + document.errorText()));
     return false;
 }
 
@@ -49,10 +53,15 @@ bool saveXml(const ConstString& name, std::string_view tag, CmObject& object, bo
     FAttributes attributes;
     FMemoryStream text;
     FXmlDocument document(&text, FXmlDocument::Mode::write);
-    if (!object.storeAttributes(&attributes) || !document.storeAttributes(tag, attributes))
+    if (!object.storeAttributes(&attributes) || !document.storeAttributes(tag, attributes)) {
+        const std::string& reason = document.errorText();
+        platform::debugOutput(name.toUtf8() +
+                              ": can't be stored: " + (reason.empty() ? "it has no attributes" : reason));
         return false;
+    }
     return file.save([&](FStream& stream) { return stream.write(text.data(), text.size()) == text.size(); });
 } catch (const std::bad_alloc&) {
+    platform::debugOutput("no memory to store a settings file");
     return false;
 }
 

@@ -10,6 +10,7 @@
 #include <memory>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace qorl::platform {
@@ -31,6 +32,8 @@ int64_t toMilliseconds(const statx_timestamp& time) {
     return time.tv_sec * 1000 + time.tv_nsec / 1'000'000;
 }
 
+constexpr mode_t ownerRights = 0600;
+constexpr std::chrono::milliseconds lockPollPeriod(10);
 constexpr mode_t allWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 // As the system itself follows.
 constexpr int mostLinks = 40;
@@ -167,17 +170,27 @@ FileError readWholeFile(const std::string& path, std::vector<uint8_t>& bytes, in
     return {};
 }
 
-FolderLock::FolderLock(const std::string& path)
-    : descriptor_(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (descriptor_ < 0)
-        return;
-    int result = 0;
-    do
-        result = flock(descriptor_, LOCK_EX);
-    while (result != 0 && errno == EINTR);
+FileLock::FileLock(const std::string& path, std::chrono::milliseconds limit)
+    : descriptor_(open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, ownerRights)) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + limit;
+    while (descriptor_ >= 0) {
+        if (flock(descriptor_, LOCK_EX | LOCK_NB) == 0) {
+            state_ = State::held;
+            return;
+        }
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            return;
+        if (Clock::now() >= end) {
+            state_ = State::busy;
+            return;
+        }
+        // The system has no wait for locks that ends.
+        std::this_thread::sleep_for(lockPollPeriod);
+    }
 }
 
-FolderLock::~FolderLock() {
+FileLock::~FileLock() {
     if (descriptor_ >= 0)
         close(descriptor_);
 }

@@ -1,96 +1,12 @@
-#include "persistence/defaults/FDefaultPool.h"
-
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
-#include "persistence/SettingsFolder.h"
+#include "persistence/defaults/DefaultPoolFixture.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/xml/XmlFile.h"
 #include "support/FailingAllocation.h"
 
-#include <gtest/gtest.h>
-#include <memory>
-#include <string>
-#include <sys/stat.h>
-
 namespace qorl {
 namespace {
-
-std::string calls;
-
-const std::string damaged = "<Defaults><list name='Entries' type='li";
-// MD5 of "Group", in UTF-16 and in 8 bits
-const std::string groupFile = "782743F1529D5384B5C3C8AFE48ECBC4";
-const std::string earlierGroupFile = "03937134CEDAB9078BE39A77EE3A48A0";
-
-std::string groupDocument(int number) {
-    return "<Defaults><string name=\"Group\" value=\"Group\"/><member name=\"Values\"><int name=\"n\" "
-           "value=\"" +
-           std::to_string(number) + "\"/></member></Defaults>";
-}
-
-bool refuse() {
-    calls += "refused ";
-    return false;
-}
-
-class Saver : public AutoSaver {
-    QORL_CLASS(Saver, AutoSaver)
-
-public:
-    bool storeAttributes(FAttributes* attributes) override {
-        attributes->setInteger("state", state);
-        return true;
-    }
-    bool restoreAttributes(FAttributes* attributes) override {
-        state = attributes->getInteger("state");
-        return true;
-    }
-
-    int64_t state = 0;
-};
-
-/// An object of a module that isn't there in every run.
-class Curve : public CmObject {
-    QORL_CLASS(Curve, CmObject)
-
-public:
-    bool storeAttributes(FAttributes* attributes) override {
-        attributes->setInteger("level", level);
-        attributes->setObject("next", next, FAttributes::Hold::plain);
-        return true;
-    }
-    bool restoreAttributes(FAttributes* attributes) override {
-        level = attributes->getInteger("level");
-        return true;
-    }
-
-    int64_t level = 0;
-    CmObject* next = nullptr;
-};
-
-/// The pool of the process, fresh for each test and with a folder of its own.
-class FDefaultPoolTest : public ::testing::TestWithParam<bool> {
-protected:
-    FDefaultPoolTest() { restart(); }
-    ~FDefaultPoolTest() override { pool().clear(); }
-
-    static FGlobalDefaultPool& pool() { return *FGlobalDefaultPool::instance(); }
-
-    /// As if the program had ended and begun again.
-    void restart() {
-        pool().clear();
-        calls.clear();
-        if (GetParam())
-            pool().setFolderMode();
-    }
-    bool loadAll() {
-        const bool isLoaded = pool().load();
-        pool().finishLoad();
-        return isLoaded;
-    }
-
-    SettingsFolder folder_;
-};
 
 TEST_P(FDefaultPoolTest, KeepsGroupsFromRunToRun) {
     EXPECT_FALSE(loadAll());
@@ -180,6 +96,10 @@ TEST_P(FDefaultPoolTest, PutsBadSettingsAway) {
     pool().save(true);
     EXPECT_TRUE(pool().trash());
     EXPECT_EQ(folder_.has("settings/Defaults (Trashed).xml"), !GetParam());
+    EXPECT_EQ(folder_.has("settings/Defaults (Trashed)/" + groupFile + ".xml"), GetParam());
+    EXPECT_FALSE(pool().restore());
+    EXPECT_TRUE(folder_.has("settings/Defaults (Trashed).xml") || folder_.has("settings/Defaults (Trashed)"))
+        << "until the next ones replace it";
     restart();
     EXPECT_FALSE(loadAll());
     EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
@@ -249,9 +169,7 @@ TEST_P(FDefaultPoolTest, LosesNoSettingsWithoutMemory) {
         pool().finishLoad();
         const bool isSaved = allocation.during([] { return pool().save(true); });
         EXPECT_TRUE((group && isSaved) || allocation.hasFailed());
-        const std::string damagedName = name + " (Damaged).xml";
-        if (folder_.has(damagedName))
-            platform::moveFile(folder_ / damagedName, folder_ / (name + ".xml"));
+        ASSERT_FALSE(folder_.has(name + " (Damaged).xml")) << "nothing is wrong with it";
         ASSERT_EQ(folder_.read(name + ".xml"), whole);
     });
 }
@@ -349,144 +267,6 @@ TEST_P(FDefaultPoolTest, CopiesItsGroups) {
     EXPECT_EQ(other->isFolderMode(), GetParam());
 }
 
-class FDefaultPoolFormTest : public FDefaultPoolTest {
-protected:
-    void begin(int number) {
-        pool().setFolderMode();
-        loadAll();
-        pool().getGroup("Group")->values().setInteger("n", number);
-    }
-    int64_t numberAfterRestart() {
-        restart();
-        pool().setFolderMode();
-        pool().restore();
-        loadAll();
-        return pool().getGroup("Group")->values().getInteger("n");
-    }
-};
-
-TEST_P(FDefaultPoolFormTest, WritesTheDocuments) {
-    loadAll();
-    Saver saver;
-    saver.state = 7;
-    pool().getGroup("FGlobalDefaultPool")->values().removeAll();
-    pool().getGroup("Z", 3)->values().setString("t", "x");
-    pool().getGroup("Empty", 3);
-    EXPECT_TRUE(pool().save(true));
-    const std::string head = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n";
-    EXPECT_EQ(folder_.read("settings/Defaults.xml"), head +
-                                                         "<Defaults>\r\n"
-                                                         "   <list name=\"Entries\" type=\"list\">\r\n"
-                                                         "      <item>\r\n"
-                                                         "         <string name=\"Group\" value=\"Z\"/>\r\n"
-                                                         "         <int name=\"Version\" value=\"3\"/>\r\n"
-                                                         "         <member name=\"Values\">\r\n"
-                                                         "            <string name=\"t\" value=\"x\"/>\r\n"
-                                                         "         </member>\r\n"
-                                                         "      </item>\r\n"
-                                                         "   </list>\r\n"
-                                                         "   <member name=\"AutoSavers\">\r\n"
-                                                         "      <member name=\"Saver\">\r\n"
-                                                         "         <int name=\"state\" value=\"7\"/>\r\n"
-                                                         "      </member>\r\n"
-                                                         "   </member>\r\n"
-                                                         "</Defaults>\r\n");
-    pool().setFolderMode();
-    EXPECT_TRUE(pool().save(true));
-    // MD5 of "Z" in UTF-16
-    EXPECT_EQ(folder_.read("settings/Defaults/BF7DFE4BBE9619E219FD63F902180762.xml"),
-              head + "<Defaults>\r\n"
-                     "   <string name=\"Group\" value=\"Z\"/>\r\n"
-                     "   <int name=\"Version\" value=\"3\"/>\r\n"
-                     "   <member name=\"Values\">\r\n"
-                     "      <string name=\"t\" value=\"x\"/>\r\n"
-                     "   </member>\r\n"
-                     "</Defaults>\r\n");
-    EXPECT_EQ(folder_.read("settings/Defaults/AutoSaver.xml"),
-              head + "<AutoSaver>\r\n"
-                     "   <member name=\"Saver\">\r\n"
-                     "      <int name=\"state\" value=\"7\"/>\r\n"
-                     "   </member>\r\n"
-                     "</AutoSaver>\r\n");
-    std::vector<platform::FolderEntry> entries;
-    platform::listFolder(folder_ / "settings/Defaults", entries);
-    EXPECT_EQ(entries.size(), 2u);
-}
-
-TEST_P(FDefaultPoolFormTest, NamesAFileByTheWideFormOfItsGroup) {
-    // MD5 of "\xC4\xA7" (h with stroke), in UTF-16: 27 01
-    begin(0);
-    pool().getGroup("\xC4\xA7")->values().setInteger("n", 1);
-    pool().getGroup(ConstString(u"\u0127"))->values().setInteger("m", 2);
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_TRUE(folder_.has("settings/Defaults/561E978B7276894F98B030DF25EA8112.xml"));
-}
-
-TEST_P(FDefaultPoolFormTest, FindsAGroupUnderItsEarlierName) {
-    const std::string earlier = "settings/Defaults/" + earlierGroupFile + ".xml";
-    const std::string now = "settings/Defaults/" + groupFile + ".xml";
-    folder_.write(earlier, groupDocument(1));
-    EXPECT_EQ(numberAfterRestart(), 1);
-    pool().getGroup("Group")->values().setInteger("n", 2);
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_TRUE(folder_.has(now));
-    EXPECT_FALSE(folder_.has(earlier)) << "it would come back";
-    folder_.write(earlier, groupDocument(1));
-    EXPECT_EQ(numberAfterRestart(), 2);
-    pool().removeGroup("Group");
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_FALSE(folder_.has(now) || folder_.has(earlier));
-    folder_.write(earlier, damaged);
-    EXPECT_EQ(numberAfterRestart(), 0);
-    pool().getGroup("Group")->values().setInteger("n", 3);
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_EQ(folder_.read("settings/Defaults/" + earlierGroupFile + " (Damaged).xml"), damaged);
-}
-
-TEST_P(FDefaultPoolFormTest, BringsBackASingleFileThatWasDisabledBeforeItMoved) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    restart();
-    pool().setFolderMode();
-    EXPECT_TRUE(pool().backup());
-    pool().setLoadHook(&refuse);
-    begin(2);
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_TRUE(folder_.has("settings/Defaults"));
-    EXPECT_EQ(numberAfterRestart(), 1);
-    EXPECT_FALSE(pool().restore());
-}
-
-TEST_P(FDefaultPoolFormTest, KeepsABackupThatCouldNotBeBroughtBack) {
-    begin(1);
-    pool().save(true);
-    EXPECT_TRUE(pool().backup());
-    begin(2);
-    pool().save(true);
-    // A file where the store is put away to.
-    folder_.write("settings/Defaults (Trashed)", "x");
-    EXPECT_FALSE(pool().restore());
-    EXPECT_FALSE(pool().backup()) << "it would replace the user's own settings";
-    platform::deleteFile(folder_ / "settings/Defaults (Trashed)");
-    EXPECT_EQ(numberAfterRestart(), 1);
-}
-
-TEST_P(FDefaultPoolFormTest, TrashesBothForms) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    restart();
-    pool().setFolderMode();
-    EXPECT_TRUE(pool().trash());
-    EXPECT_TRUE(folder_.has("settings/Defaults (Trashed).xml"));
-    EXPECT_FALSE(pool().trash());
-    begin(2);
-    pool().save(true);
-    EXPECT_TRUE(pool().trash());
-    EXPECT_FALSE(folder_.has("settings/Defaults") || folder_.has("settings/Defaults (Trashed)"));
-}
-
 TEST(FDefaults, HoldsOnlyWhatItsFileHeld) {
     FAttributes stored;
     FDefaults group("Group", 4);
@@ -504,84 +284,74 @@ TEST(FDefaults, HoldsOnlyWhatItsFileHeld) {
     EXPECT_LT(group.compare(&later), 0);
 }
 
-TEST_P(FDefaultPoolFormTest, MovesToOneFileForEachGroup) {
+TEST_P(FDefaultPoolTest, TellsNamesApartThatAreNoUtf8) {
     loadAll();
-    EXPECT_TRUE(pool().preferencesNeedExtraction());
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    const std::string single = folder_.read("settings/Defaults.xml");
-    EXPECT_NE(single.find("<list name=\"Entries\" type=\"list\">"), std::string::npos);
-    EXPECT_NE(single.find("<string name=\"Group\" value=\"Group\"/>"), std::string::npos);
-    EXPECT_EQ(single.find("AutoSavers"), std::string::npos);
+    pool().getGroup("\xE9")->values().setInteger("n", 1);
+    pool().getGroup("\xE8")->values().setInteger("n", 2);
+    EXPECT_TRUE(pool().save(true));
     restart();
-    pool().setFolderMode();
-    EXPECT_TRUE(loadAll());
-    EXPECT_FALSE(pool().preferencesNeedExtraction());
-    pool().save(true);
-    EXPECT_FALSE(folder_.has("settings/Defaults.xml"));
-    EXPECT_TRUE(folder_.has("settings/Defaults/" + groupFile + ".xml"));
-    restart();
-    pool().setFolderMode();
     loadAll();
-    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+    EXPECT_EQ(pool().getGroup("\xE9")->values().getInteger("n"), 1);
+    EXPECT_EQ(pool().getGroup("\xC3\xA8")->values().getInteger("n"), 2) << "the same character in UTF-8";
 }
 
-TEST_P(FDefaultPoolFormTest, KeepsTheSingleFileUntilAllGroupsAreStored) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    restart();
-    pool().setFolderMode();
-    loadAll();
-    // What stands in the way of the new folder fails the save.
-    folder_.write("settings/Defaults (New)", "x");
-    EXPECT_FALSE(pool().save(true));
-    EXPECT_TRUE(folder_.has("settings/Defaults.xml"));
-    EXPECT_FALSE(folder_.has("settings/Defaults"));
-    restart();
-    pool().setFolderMode();
-    EXPECT_TRUE(loadAll());
-    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
-}
-
-TEST_P(FDefaultPoolFormTest, KeepsAnEarlierBackupWhenANewOneFails) {
-    pool().setFolderMode();
+TEST_P(FDefaultPoolTest, SavesNothingOverSettingsThatAnotherStartBroughtBack) {
     loadAll();
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
     EXPECT_TRUE(pool().backup());
-    // A pipe can't be copied.
-    ASSERT_EQ(mkfifo((folder_ / "settings/Defaults/pipe").c_str(), 0600), 0);
-    EXPECT_FALSE(pool().backup());
-    EXPECT_TRUE(pool().restore());
-    EXPECT_TRUE(folder_.has("settings/Defaults/" + groupFile + ".xml"));
-    EXPECT_FALSE(folder_.has("settings/Defaults/pipe"));
-    EXPECT_FALSE(folder_.has("settings/Defaults (Backup)"));
-}
-
-/// Goes with the other one.
-class Pair : public Saver {
-    QORL_CLASS(Pair, Saver)
-
-public:
-    bool storeAttributes(FAttributes* attributes) override {
-        calls += "stored ";
-        other.reset();
-        return Saver::storeAttributes(attributes);
-    }
-
-    std::unique_ptr<Pair> other;
-};
-
-TEST_P(FDefaultPoolFormTest, AsksNoAutoSaverThatAnotherOneReleased) {
+    pool().getGroup("Group")->values().setInteger("n", 2);
+    EXPECT_TRUE(pool().save(true)) << "while its copy stands";
+    FGlobalDefaultPool another;
+    if (GetParam())
+        another.setFolderMode();
+    EXPECT_TRUE(another.restore());
+    const Said output;
+    EXPECT_FALSE(pool().save(true));
+    EXPECT_TRUE(output.mentions("nothing is saved over them"));
+    restart();
     loadAll();
-    Pair first;
-    first.other = std::make_unique<Pair>();
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_EQ(calls, "stored ");
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolFormTest, ::testing::Values(false));
+TEST_P(FDefaultPoolTest, RestoreMakesNoFolder) {
+    EXPECT_FALSE(pool().restore());
+    EXPECT_FALSE(pool().trash());
+    EXPECT_FALSE(folder_.has("settings"));
+}
+
+TEST_P(FDefaultPoolTest, SavesTheOthersWhenOneGroupCantBeWritten) {
+    loadAll();
+    Saver saver;
+    saver.state = 7;
+    pool().getGroup("Bad")->values().setInteger("n", 1);
+    pool().getGroup("Good")->values().setInteger("n", 1);
+    EXPECT_TRUE(pool().save(true));
+    pool().getGroup("Bad")->values().setInteger(std::string(3000, 'k'), 2);
+    pool().getGroup("Good")->values().setInteger("n", 2);
+    saver.state = 8;
+    {
+        const Said output;
+        EXPECT_FALSE(pool().save(true));
+        EXPECT_TRUE(output.mentions("\"Bad\"")) << said;
+        EXPECT_FALSE(output.mentions("\"Good\"")) << said;
+    }
+    saver.state = 0;
+    restart();
+    loadAll();
+    EXPECT_EQ(pool().getGroup("Bad")->values().getInteger("n"), 1) << "as it was stored before";
+    EXPECT_EQ(pool().getGroup("Good")->values().getInteger("n"), 2);
+    EXPECT_EQ(saver.state, 8);
+}
+
+TEST_P(FDefaultPoolTest, LoadsNoGroupThatWasRemoved) {
+    loadAll();
+    pool().getGroup("Old")->values().setInteger("n", 1);
+    pool().save(true);
+    pool().removeGroup("Old");
+    loadAll();
+    EXPECT_EQ(pool().getGroup("Old"), nullptr);
+}
 
 } // namespace
 } // namespace qorl

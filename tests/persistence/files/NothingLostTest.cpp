@@ -89,7 +89,7 @@ protected:
         for (const auto& entry : entries) {
             EXPECT_EQ(entry.name.find("_old"), std::string::npos) << entry.name;
             EXPECT_FALSE(entry.name.ends_with(".new")) << entry.name;
-            EXPECT_EQ(entry.name.find("(Trashed)"), std::string::npos) << entry.name;
+            EXPECT_EQ(entry.name.find("(Earlier)"), std::string::npos) << entry.name;
             EXPECT_EQ(entry.name.find("(New"), std::string::npos) << entry.name;
             if (entry.kind == platform::FileKind::folder)
                 expectTidy(path + '/' + entry.name);

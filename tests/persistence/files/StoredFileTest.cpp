@@ -148,11 +148,26 @@ INSTANTIATE_TEST_SUITE_P(
         Leftover{"Nothing", "-", "-", "-", "", StoredFile::Found::missing, "-"},
         Leftover{"OnlyTheShared", "-", "-", "good s", "good s", StoredFile::Found::missing, "-"},
         Leftover{"BetweenTwoRenames", "-", "good o", "good s", "good o", StoredFile::Found::whole, "good o"},
-        Leftover{"HalfAFile", "goo", "good o", "good s", "good o", StoredFile::Found::unreadable, "goo"},
+        Leftover{"HalfAFile", "goo", "good o", "good s", "good o", StoredFile::Found::kept, "goo"},
         Leftover{"HalfAFileAlone", "goo", "-", "good s", "", StoredFile::Found::unreadable, "goo"},
         Leftover{"BothBroken", "goo", "go", "good s", "", StoredFile::Found::unreadable, "goo"},
         Leftover{"OldNotDeleted", "good", "good o", "good s", "good", StoredFile::Found::whole, "good"}),
     [](const auto& row) { return row.param.name; });
+
+TEST_F(StoredFileTest, PutsAwayWhatAnInterruptedSaveKeptUnlessItIsTheLastGoodState) {
+    for (const bool isGood : {false, true}) {
+        write("Keys.xml", "goo");
+        write("Keys_old.xml", isGood ? "good o" : "go");
+        load();
+        EXPECT_TRUE(StoredFile("Keys", xml).setAside(found_));
+        EXPECT_EQ(has("Keys_old.xml"), isGood);
+        EXPECT_TRUE(save("good 2"));
+    }
+    EXPECT_EQ(read("Keys (Damaged).xml"), "goo");
+    EXPECT_EQ(read("Keys (Damaged 2).xml"), "go");
+    EXPECT_EQ(read("Keys (Damaged 3).xml"), "goo");
+    EXPECT_FALSE(has("Keys (Damaged 4).xml"));
+}
 
 TEST_F(StoredFileTest, SavesOverWhatACrashLeft) {
     write("Keys.xml", "goo");

@@ -77,7 +77,7 @@ TEST(XmlFile, FindsWhatACrashOrAnInstallationLeft) {
     StoredFile::Found found = StoredFile::Found::whole;
     EXPECT_TRUE(loadXml("Keys", "State", loaded, &found));
     EXPECT_EQ(loaded.string(), ConstString("whole"));
-    EXPECT_EQ(found, StoredFile::Found::unreadable);
+    EXPECT_EQ(found, StoredFile::Found::kept);
     EXPECT_TRUE(saveXml("Keys", "State", loaded));
     EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
     EXPECT_TRUE(loadXml("Keys", "State", loaded, &found));

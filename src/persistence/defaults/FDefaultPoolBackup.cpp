@@ -1,0 +1,104 @@
+// Settings that are put aside, brought back and done away with.
+#include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/defaults/FDefaultPool.h"
+#include "platform/System.h"
+
+#include <new>
+
+namespace qorl {
+
+namespace {
+
+constexpr const char* singleFileInFolder = "Defaults.xml";
+
+StoredFile singleStoreFile() {
+    return {ConstString(DefaultsFolder::store), FFileType::xmlFile()};
+}
+
+} // namespace
+
+/// Whether another start has brought back what this run had put aside.
+bool FDefaultPool::isBackupTaken() const {
+    return state_.hasBackup && !hasBackup();
+}
+
+bool FDefaultPool::hasBackup() const {
+    return state_.folderMode ? DefaultsFolder::stands(DefaultsFolder::backup)
+                             : singleStoreFile().hasBackup(FFileType::settingsBackupFile());
+}
+
+bool FDefaultPool::trash() try {
+    using namespace DefaultsFolder;
+    const DefaultsLock lock;
+    const bool isFolder = state_.folderMode && stands(store);
+    const StoredFile file = singleStoreFile();
+    // In folder mode the next start would read an older single file again.
+    const bool isFile = file.exists();
+    bool isGone = !isFolder || putInPlace(store, DefaultsFolder::trash);
+    isGone &= !isFile || file.rename(DefaultsFolder::trash);
+    // The next start would bring them back.
+    const bool isCopy = hasBackup();
+    if (isCopy)
+        isGone &= state_.folderMode ? discard(DefaultsFolder::backup)
+                                    : file.removeBackup(FFileType::settingsBackupFile());
+    if (isGone)
+        state_.hasBackup = state_.isBackupStuck = false;
+    return (isFolder || isFile || isCopy) && isGone;
+} catch (const std::bad_alloc&) {
+    platform::debugOutput("no memory to do away with the settings");
+    return false;
+}
+
+bool FDefaultPool::backup() try {
+    using namespace DefaultsFolder;
+    // Settings that could not be brought back are worth more than those of the run without them.
+    if (state_.isBackupStuck) {
+        platform::debugOutput(
+            "settings that were put aside could not be brought back, so no others are put aside");
+        return false;
+    }
+    const DefaultsLock lock;
+    const StoredFile file = singleStoreFile();
+    const bool isFolder = state_.folderMode && stands(store);
+    if (!isFolder && !file.exists())
+        return true;
+    if (!state_.folderMode)
+        state_.hasBackup = file.backup(FFileType::settingsBackupFile());
+    else if (isFolder)
+        state_.hasBackup = copy(store, newBackup) && putInPlace(newBackup, DefaultsFolder::backup);
+    else // It has not moved to a folder yet.
+        state_.hasBackup = createAfresh(newBackup) && copyFileInto(newBackup, singleFileInFolder) &&
+                           putInPlace(newBackup, DefaultsFolder::backup);
+    return state_.hasBackup;
+} catch (const std::bad_alloc&) {
+    platform::debugOutput("no memory to put the settings aside");
+    return false;
+}
+
+bool FDefaultPool::restore() try {
+    state_.isBackupStuck = true;
+    const DefaultsLock lock;
+    const bool isThere = hasBackup();
+    if (state_.folderMode)
+        DefaultsFolder::tidy();
+    const bool isRestored =
+        isThere &&
+        (state_.folderMode ? restoreFolder() : singleStoreFile().restore(FFileType::settingsBackupFile()));
+    state_.isBackupStuck = isThere && !isRestored;
+    state_.hasBackup &= !isRestored;
+    return isRestored;
+} catch (const std::bad_alloc&) {
+    platform::debugOutput("no memory to bring the settings back that were put aside");
+    return false;
+}
+
+bool FDefaultPool::restoreFolder() {
+    using namespace DefaultsFolder;
+    if (!holdsFile(DefaultsFolder::backup, singleFileInFolder))
+        return putInPlace(DefaultsFolder::backup, store);
+    // It was made before the store moved to a folder. The copy goes last, so that a crash changes nothing.
+    return (!stands(store) || discard(store)) && copyFileOutOf(DefaultsFolder::backup, singleFileInFolder) &&
+           discard(DefaultsFolder::backup);
+}
+
+} // namespace qorl

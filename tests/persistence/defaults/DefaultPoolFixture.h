@@ -1,0 +1,102 @@
+#pragma once
+
+#include "persistence/SettingsFolder.h"
+#include "persistence/defaults/FDefaultPool.h"
+#include "platform/System.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+
+inline std::string calls;
+
+inline const std::string damaged = "<Defaults><list name='Entries' type='li";
+// MD5 of "Group", in UTF-16 and in 8 bits
+inline const std::string groupFile = "782743F1529D5384B5C3C8AFE48ECBC4";
+inline const std::string earlierGroupFile = "03937134CEDAB9078BE39A77EE3A48A0";
+
+inline std::string groupDocument(int number) {
+    return "<Defaults><string name=\"Group\" value=\"Group\"/><member name=\"Values\"><int name=\"n\" "
+           "value=\"" +
+           std::to_string(number) + "\"/></member></Defaults>";
+}
+
+inline bool refuse() {
+    calls += "refused ";
+    return false;
+}
+
+class Saver : public AutoSaver {
+    QORL_CLASS(Saver, AutoSaver)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setInteger("state", state);
+        return true;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        state = attributes->getInteger("state");
+        return true;
+    }
+
+    int64_t state = 0;
+};
+
+/// An object of a module that isn't there in every run.
+class Curve : public CmObject {
+    QORL_CLASS(Curve, CmObject)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setInteger("level", level);
+        attributes->setObject("next", next, FAttributes::Hold::plain);
+        return true;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        level = attributes->getInteger("level");
+        return true;
+    }
+
+    int64_t level = 0;
+    CmObject* next = nullptr;
+};
+
+/// The pool of the process, fresh for each test and with a folder of its own.
+class FDefaultPoolTest : public ::testing::TestWithParam<bool> {
+protected:
+    FDefaultPoolTest() { restart(); }
+    ~FDefaultPoolTest() override { pool().clear(); }
+
+    static FGlobalDefaultPool& pool() { return *FGlobalDefaultPool::instance(); }
+
+    /// As if the program had ended and begun again.
+    void restart() {
+        pool().clear();
+        calls.clear();
+        if (GetParam())
+            pool().setFolderMode();
+    }
+    bool loadAll() {
+        const bool isLoaded = pool().load();
+        pool().finishLoad();
+        return isLoaded;
+    }
+
+    SettingsFolder folder_;
+};
+
+inline std::string said;
+
+/// What the debug output is told while it lives.
+struct Said {
+    Said() {
+        said.clear();
+        platform::setDebugOutput([](std::string_view line, void*) { said.append(line) += '\n'; }, nullptr);
+    }
+    Said(const Said&) = delete;
+    ~Said() { platform::setDebugOutput(nullptr, nullptr); }
+    bool mentions(const char* text) const { return said.find(text) != std::string::npos; }
+};
+
+} // namespace qorl

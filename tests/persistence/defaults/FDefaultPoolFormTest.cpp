@@ -1,0 +1,324 @@
+#include "persistence/defaults/DefaultPoolFixture.h"
+#include "support/FailingDisk.h"
+
+#include <memory>
+#include <sys/stat.h>
+
+namespace qorl {
+namespace {
+
+using FailingDisk::Outcome;
+
+class FDefaultPoolFormTest : public FDefaultPoolTest {
+protected:
+    void begin(int number) {
+        restart();
+        pool().setFolderMode();
+        loadAll();
+        pool().getGroup("Group")->values().setInteger("n", number);
+    }
+    int64_t numberAfterRestart() {
+        restart();
+        pool().setFolderMode();
+        pool().restore();
+        loadAll();
+        return pool().getGroup("Group")->values().getInteger("n");
+    }
+};
+
+TEST_P(FDefaultPoolFormTest, WritesTheDocuments) {
+    loadAll();
+    Saver saver;
+    saver.state = 7;
+    pool().getGroup("FGlobalDefaultPool")->values().removeAll();
+    pool().getGroup("Z", 3)->values().setString("t", "x");
+    pool().getGroup("Empty", 3);
+    EXPECT_TRUE(pool().save(true));
+    const std::string head = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n";
+    EXPECT_EQ(folder_.read("settings/Defaults.xml"), head +
+                                                         "<Defaults>\r\n"
+                                                         "   <list name=\"Entries\" type=\"list\">\r\n"
+                                                         "      <item>\r\n"
+                                                         "         <string name=\"Group\" value=\"Z\"/>\r\n"
+                                                         "         <int name=\"Version\" value=\"3\"/>\r\n"
+                                                         "         <member name=\"Values\">\r\n"
+                                                         "            <string name=\"t\" value=\"x\"/>\r\n"
+                                                         "         </member>\r\n"
+                                                         "      </item>\r\n"
+                                                         "   </list>\r\n"
+                                                         "   <member name=\"AutoSavers\">\r\n"
+                                                         "      <member name=\"Saver\">\r\n"
+                                                         "         <int name=\"state\" value=\"7\"/>\r\n"
+                                                         "      </member>\r\n"
+                                                         "   </member>\r\n"
+                                                         "</Defaults>\r\n");
+    pool().setFolderMode();
+    EXPECT_TRUE(pool().save(true));
+    // MD5 of "Z" in UTF-16
+    EXPECT_EQ(folder_.read("settings/Defaults/BF7DFE4BBE9619E219FD63F902180762.xml"),
+              head + "<Defaults>\r\n"
+                     "   <string name=\"Group\" value=\"Z\"/>\r\n"
+                     "   <int name=\"Version\" value=\"3\"/>\r\n"
+                     "   <member name=\"Values\">\r\n"
+                     "      <string name=\"t\" value=\"x\"/>\r\n"
+                     "   </member>\r\n"
+                     "</Defaults>\r\n");
+    EXPECT_EQ(folder_.read("settings/Defaults/AutoSaver.xml"),
+              head + "<AutoSaver>\r\n"
+                     "   <member name=\"Saver\">\r\n"
+                     "      <int name=\"state\" value=\"7\"/>\r\n"
+                     "   </member>\r\n"
+                     "</AutoSaver>\r\n");
+    std::vector<platform::FolderEntry> entries;
+    platform::listFolder(folder_ / "settings/Defaults", entries);
+    EXPECT_EQ(entries.size(), 2u);
+}
+
+TEST_P(FDefaultPoolFormTest, NamesAFileByTheWideFormOfItsGroup) {
+    // MD5 of "\xC4\xA7" (h with stroke), in UTF-16: 27 01
+    begin(0);
+    pool().getGroup("\xC4\xA7")->values().setInteger("n", 1);
+    pool().getGroup(ConstString(u"\u0127"))->values().setInteger("m", 2);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_TRUE(folder_.has("settings/Defaults/561E978B7276894F98B030DF25EA8112.xml"));
+}
+
+TEST_P(FDefaultPoolFormTest, FindsAGroupUnderItsEarlierName) {
+    const std::string earlier = "settings/Defaults/" + earlierGroupFile + ".xml";
+    const std::string now = "settings/Defaults/" + groupFile + ".xml";
+    folder_.write(earlier, groupDocument(1));
+    EXPECT_EQ(numberAfterRestart(), 1);
+    pool().getGroup("Group")->values().setInteger("n", 2);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_TRUE(folder_.has(now));
+    EXPECT_FALSE(folder_.has(earlier)) << "it would come back";
+    folder_.write(earlier, groupDocument(1));
+    EXPECT_EQ(numberAfterRestart(), 2);
+    pool().removeGroup("Group");
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_FALSE(folder_.has(now) || folder_.has(earlier));
+    folder_.write(earlier, damaged);
+    EXPECT_EQ(numberAfterRestart(), 0);
+    pool().getGroup("Group")->values().setInteger("n", 3);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_EQ(folder_.read("settings/Defaults/" + earlierGroupFile + " (Damaged).xml"), damaged);
+}
+
+TEST_P(FDefaultPoolFormTest, BringsBackASingleFileThatWasDisabledBeforeItMoved) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    restart();
+    pool().setFolderMode();
+    EXPECT_TRUE(pool().backup());
+    pool().setLoadHook(&refuse);
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 2);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_TRUE(folder_.has("settings/Defaults"));
+    EXPECT_EQ(numberAfterRestart(), 1);
+    EXPECT_FALSE(pool().restore());
+}
+
+TEST_P(FDefaultPoolFormTest, KeepsABackupThatCouldNotBeBroughtBack) {
+    begin(1);
+    pool().save(true);
+    EXPECT_TRUE(pool().backup());
+    begin(2);
+    pool().save(true);
+    const Outcome outcome = FailingDisk::run(2, DiskFault::error, [] {
+        return !pool().restore() && !pool().backup(); // it would replace the user's own settings
+    });
+    EXPECT_TRUE(outcome.isMet && outcome.answer);
+    EXPECT_EQ(numberAfterRestart(), 1);
+}
+
+TEST_P(FDefaultPoolFormTest, TrashesBothForms) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    restart();
+    pool().setFolderMode();
+    EXPECT_TRUE(pool().trash());
+    EXPECT_TRUE(folder_.has("settings/Defaults (Trashed).xml"));
+    EXPECT_FALSE(pool().trash());
+    begin(2);
+    pool().save(true);
+    EXPECT_TRUE(pool().backup());
+    EXPECT_TRUE(pool().trash());
+    EXPECT_FALSE(folder_.has("settings/Defaults") || folder_.has("settings/Defaults (Backup)"));
+    EXPECT_EQ(numberAfterRestart(), 0);
+}
+
+TEST_P(FDefaultPoolFormTest, MovesToOneFileForEachGroup) {
+    loadAll();
+    EXPECT_TRUE(pool().preferencesNeedExtraction());
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    const std::string single = folder_.read("settings/Defaults.xml");
+    EXPECT_NE(single.find("<list name=\"Entries\" type=\"list\">"), std::string::npos);
+    EXPECT_NE(single.find("<string name=\"Group\" value=\"Group\"/>"), std::string::npos);
+    EXPECT_EQ(single.find("AutoSavers"), std::string::npos);
+    restart();
+    pool().setFolderMode();
+    EXPECT_TRUE(loadAll());
+    EXPECT_FALSE(pool().preferencesNeedExtraction());
+    pool().save(true);
+    EXPECT_FALSE(folder_.has("settings/Defaults.xml"));
+    EXPECT_TRUE(folder_.has("settings/Defaults/" + groupFile + ".xml"));
+    restart();
+    pool().setFolderMode();
+    loadAll();
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+}
+
+TEST_P(FDefaultPoolFormTest, KeepsTheSingleFileUntilAllGroupsAreStored) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    restart();
+    pool().setFolderMode();
+    loadAll();
+    pool().getGroup("Bad")->values().setInteger(std::string(3000, 'k'), 2);
+    pool().getGroup("Good")->values().setInteger("n", 3);
+    EXPECT_FALSE(pool().save(true));
+    EXPECT_TRUE(folder_.has("settings/Defaults.xml"));
+    EXPECT_FALSE(folder_.has("settings/Defaults"));
+    restart();
+    pool().setFolderMode();
+    EXPECT_TRUE(loadAll());
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+    EXPECT_EQ(pool().getGroup("Good")->values().getInteger("n"), 3) << "the bad one costs nobody else";
+}
+
+TEST_P(FDefaultPoolFormTest, KeepsAnEarlierBackupWhenANewOneFails) {
+    pool().setFolderMode();
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    EXPECT_TRUE(pool().backup());
+    // A pipe can't be copied.
+    ASSERT_EQ(mkfifo((folder_ / "settings/Defaults/pipe").c_str(), 0600), 0);
+    EXPECT_FALSE(pool().backup());
+    EXPECT_TRUE(pool().restore());
+    EXPECT_TRUE(folder_.has("settings/Defaults/" + groupFile + ".xml"));
+    EXPECT_FALSE(folder_.has("settings/Defaults/pipe"));
+    EXPECT_FALSE(folder_.has("settings/Defaults (Backup)"));
+}
+
+/// Goes with the other one.
+class Pair : public Saver {
+    QORL_CLASS(Pair, Saver)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        calls += "stored ";
+        other.reset();
+        return Saver::storeAttributes(attributes);
+    }
+
+    std::unique_ptr<Pair> other;
+};
+
+TEST_P(FDefaultPoolFormTest, AsksNoAutoSaverThatAnotherOneReleased) {
+    loadAll();
+    Pair first;
+    first.other = std::make_unique<Pair>();
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_EQ(calls, "stored ");
+}
+
+TEST_P(FDefaultPoolFormTest, RestoresNothingInFoldersFromACopyOfTheSingleFile) {
+    begin(1);
+    EXPECT_TRUE(pool().save(true));
+    folder_.write("settings/Defaults.xml.backup", "<Defaults/>");
+    EXPECT_EQ(numberAfterRestart(), 1);
+    EXPECT_TRUE(folder_.has("settings/Defaults.xml.backup"));
+}
+
+TEST_P(FDefaultPoolFormTest, NeverTakesTheFileOfAnotherGroup) {
+    const Said output;
+    const std::string file = "settings/Defaults/" + groupFile;
+    for (const char* name : {"<string name=\"Group\" value=\"Other\"/>", ""}) {
+        SCOPED_TRACE(name);
+        const std::string other =
+            std::string("<Defaults>") + name + "<int name=\"Version\" value=\"0\"/></Defaults>";
+        folder_.write(file + ".xml", other);
+        begin(1);
+        EXPECT_TRUE(output.mentions("\"Group\" asked for"));
+        EXPECT_EQ(pool().getGroup("Group")->values().count(), 1);
+        EXPECT_TRUE(pool().save(true));
+        EXPECT_EQ(folder_.read(file + " (Damaged).xml"), other);
+        EXPECT_EQ(numberAfterRestart(), 1);
+        platform::deleteFile(folder_ / (file + " (Damaged).xml"));
+    }
+}
+
+TEST_P(FDefaultPoolFormTest, LeavesAFileUnderItsEarlierNameToTheGroupThatOwnsIt) {
+    // In 16 bits this name has the bytes that "Group!" has in 8.
+    const ConstString wide(u"\u7247\u756F\u2170");
+    begin(0);
+    pool().getGroup(wide)->values().setInteger("n", 7);
+    EXPECT_TRUE(pool().save(true));
+    begin(0);
+    EXPECT_TRUE(pool().getGroup("Group!")->isEmpty());
+    pool().getGroup("Group!")->values().setInteger("n", 8);
+    EXPECT_TRUE(pool().save(true));
+    pool().removeGroup("Group!");
+    EXPECT_TRUE(pool().save(true));
+    begin(0);
+    EXPECT_EQ(pool().getGroup(wide)->values().getInteger("n"), 7);
+}
+
+TEST_P(FDefaultPoolFormTest, PutsPlainFilesOutOfTheWayOfItsFolders) {
+    begin(1);
+    for (const char* name : {"Defaults", "Defaults (New)", "Defaults (Trashed)", "Defaults (Earlier)"})
+        folder_.write(std::string("settings/") + name, name);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_TRUE(pool().trash());
+    EXPECT_EQ(folder_.read("settings/Defaults (New) (File)"), "Defaults (New)");
+    EXPECT_EQ(folder_.read("settings/Defaults (Trashed) (File)"), "Defaults (Trashed)");
+    EXPECT_EQ(folder_.read("settings/Defaults (File)"), "Defaults");
+}
+
+TEST_P(FDefaultPoolFormTest, KeepsASingleFileWithMoreInItThanItCouldTake) {
+    const auto entry = [](const char* name, int number) {
+        return "<item>" + std::string(name) + "<member name=\"Values\"><int name=\"n\" value=\"" +
+               std::to_string(number) + "\"/></member></item>";
+    };
+    const char* group = "<string name=\"Group\" value=\"Group\"/>";
+    const struct {
+        const char* what;
+        std::string content;
+        bool isLoaded;
+        int64_t number;
+    } rows[] = {
+        {"no name", entry("", 5) + entry(group, 1), true, 1},
+        {"one name twice", entry(group, 1) + entry(group, 2), true, 2},
+        {"values that are no list",
+         std::string("<item>") + group + "<int name=\"Values\" value=\"1\"/></item>", false, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const std::string bytes =
+            "<Defaults><list name=\"Entries\" type=\"list\">" + row.content + "</list></Defaults>";
+        folder_.write("settings/Defaults.xml", bytes);
+        restart();
+        EXPECT_EQ(loadAll(), row.isLoaded);
+        EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), row.number);
+        pool().getGroup("Group")->values().setInteger("m", 3);
+        EXPECT_TRUE(pool().save(true));
+        EXPECT_EQ(folder_.read("settings/Defaults (Damaged).xml"), bytes);
+        platform::deleteFile(folder_ / "settings/Defaults (Damaged).xml");
+    }
+    folder_.write("settings/Defaults.xml", "<Defaults><int name=\"Entries\" value=\"1\"/></Defaults>");
+    restart();
+    pool().getGroup("Early")->values().setInteger("n", 1);
+    EXPECT_FALSE(loadAll()) << "entries that are no list";
+    EXPECT_EQ(pool().getGroup("Early", 0, false), nullptr) << "the pool is empty then";
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolFormTest, ::testing::Values(false));
+
+} // namespace
+} // namespace qorl
