@@ -1,5 +1,7 @@
 #include "persistence/xml/FXmlParser2.h"
 
+#include "foundation/text/TextConversion.h"
+
 #include <qorl/IStringExchange.h>
 #include <qorl/Ref.h>
 
@@ -18,12 +20,34 @@ constexpr int finished = 36;
 constexpr int suspendedInsideEntity = 37;
 static_assert(FXmlParser2::aborted == XML_ERROR_ABORTED);
 
-int64_t sizeOf(IBStream* stream) {
+/// The bytes from where the stream stands, 0 where it doesn't know.
+int64_t restOf(IBStream* stream) {
     Ref<ISizeableStream> sizeable;
     int64_t size = 0;
+    int64_t place = 0;
     if (stream->queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok)
         sizeable->getStreamSize(size);
-    return size;
+    if (size > 0)
+        stream->tell(&place);
+    return size - place;
+}
+
+/// While Expat runs, which can't be entered twice.
+class ParsingScope {
+public:
+    explicit ParsingScope(bool& isParsing) : isParsing_(isParsing) { isParsing_ = true; }
+    ParsingScope(const ParsingScope&) = delete;
+    ~ParsingScope() { isParsing_ = false; }
+
+private:
+    bool& isParsing_;
+};
+
+/// Whether a byte of the context that Expat shows begins a character, be it one that can't stand there.
+bool isCharacter(std::string_view context) {
+    const auto lead = static_cast<uint8_t>(context.front());
+    const size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    return length <= context.size() && text::wideLength(context.substr(0, length)) != text::invalid;
 }
 
 std::string tooLarge(int64_t limit) {
@@ -41,7 +65,7 @@ struct FXmlParser2::Callbacks {
         if (parser->failed_)
             return;
         if (++parser->depth_ > parser->limits_.depth) {
-            parser->stop("elements are nested deeper than " + std::to_string(parser->limits_.depth));
+            parser->stop("elements are nested deeper than " + std::to_string(parser->limits_.depth), refused);
             return;
         }
         if (parser->handler_)
@@ -88,11 +112,24 @@ void FXmlParser2::installCallbacks() {
     XML_SetCommentHandler(parser_, Callbacks::comment);
 }
 
-bool FXmlParser2::parse(IBStream* stream) {
-    if (!parser_ || !stream || failed_)
+/// Whether a document may be read now. What an earlier wrong call has left is forgotten.
+bool FXmlParser2::isReady() {
+    if (!parser_ || failed_)
         return false;
-    if (sizeOf(stream) > limits_.documentBytes)
+    if (isParsing_)
+        return rejectCall("the parser is in the midst of a document");
+    errorMessage_.clear();
+    errorCode_ = 0;
+    errorPosition_ = {};
+    return true;
+}
+
+bool FXmlParser2::parse(IBStream* stream) {
+    if (!stream || !isReady())
+        return false;
+    if (restOf(stream) > limits_.documentBytes)
         return fail(tooLarge(limits_.documentBytes));
+    const ParsingScope scope(isParsing_);
     return feed(stream);
 }
 
@@ -107,12 +144,13 @@ bool FXmlParser2::feed(IBStream* stream) {
         bytesRead_ += got;
         if (bytesRead_ > limits_.documentBytes)
             return fail(tooLarge(limits_.documentBytes));
-        const XML_Status status = XML_ParseBuffer(parser_, static_cast<int>(got), got == 0);
+        hasAll_ = got == 0;
+        const XML_Status status = XML_ParseBuffer(parser_, static_cast<int>(got), hasAll_);
         if (status == XML_STATUS_SUSPENDED)
             return true;
         if (status == XML_STATUS_ERROR)
             return endBehindDocument(stream) || failFromExpat();
-        if (got == 0)
+        if (hasAll_)
             return true;
         if (!checkGrowth())
             return false;
@@ -121,7 +159,9 @@ bool FXmlParser2::feed(IBStream* stream) {
 
 /// A tag that never ends would be looked at again with each piece, longer every time.
 bool FXmlParser2::checkGrowth() {
-    if (bytesRead_ - std::max<int64_t>(byteOffset(), 0) <= limits_.tokenBytes)
+    // Expat knows no place while it waits for more of a token.
+    tokenStart_ = std::max(tokenStart_, byteOffset());
+    if (bytesRead_ - tokenStart_ <= limits_.tokenBytes)
         return true;
     return fail("a tag or text is longer than " + std::to_string(limits_.tokenBytes) + " bytes");
 }
@@ -130,16 +170,31 @@ bool FXmlParser2::checkGrowth() {
 bool FXmlParser2::endBehindDocument(IBStream* stream) {
     if (failed_ || XML_GetErrorCode(parser_) != XML_ERROR_JUNK_AFTER_DOC_ELEMENT)
         return false;
-    stream->seek(byteOffset() - bytesRead_, IBStream::fromHere, nullptr);
-    return true;
+    if (stream->seek(byteOffset() - bytesRead_, IBStream::fromHere, nullptr) == Result::ok)
+        return true;
+    return fail("something follows the document, and the stream can't go back in front of it");
 }
 
 bool FXmlParser2::parse(std::string_view document) {
-    if (!parser_ || failed_)
+    constexpr size_t largestPiece = size_t{1} << 30;
+    if (!isReady())
         return false;
     if (static_cast<int64_t>(document.size()) > limits_.documentBytes)
         return fail(tooLarge(limits_.documentBytes));
-    bytesRead_ = static_cast<int64_t>(document.size());
+    const ParsingScope scope(isParsing_);
+    while (document.size() > largestPiece) {
+        // Expat takes no more at once than an int tells.
+        const std::string_view piece = document.substr(0, largestPiece);
+        document.remove_prefix(largestPiece);
+        bytesRead_ += static_cast<int64_t>(largestPiece);
+        const XML_Status status = XML_Parse(parser_, piece.data(), static_cast<int>(piece.size()), XML_FALSE);
+        if (status == XML_STATUS_SUSPENDED)
+            return fail("a document above 1 GB must be in a stream to be suspended");
+        if (status == XML_STATUS_ERROR)
+            return failFromExpat();
+    }
+    bytesRead_ += static_cast<int64_t>(document.size());
+    hasAll_ = true;
     const XML_Status status =
         XML_Parse(parser_, document.data(), static_cast<int>(document.size()), XML_TRUE);
     return status != XML_STATUS_ERROR || failFromExpat();
@@ -163,21 +218,28 @@ bool FXmlParser2::suspend() {
 }
 
 bool FXmlParser2::resume(IBStream* stream) {
-    if (!parser_ || !stream || failed_)
+    if (!stream || !isReady())
         return false;
+    const ParsingScope scope(isParsing_);
     const XML_Status status = XML_ResumeParser(parser_);
     if (status == XML_STATUS_SUSPENDED)
         return true;
     if (status == XML_STATUS_OK)
-        return feed(stream);
+        return hasAll_ || feed(stream);
     return endBehindDocument(stream) || failFromExpat();
 }
 
 bool FXmlParser2::reset(const char* encoding) {
-    if (!parser_ || !XML_ParserReset(parser_, encoding))
+    if (!parser_)
+        return false;
+    if (isParsing_)
+        return rejectCall("the parser is in the midst of a document");
+    if (!XML_ParserReset(parser_, encoding))
         return false;
     installCallbacks();
     bytesRead_ = 0;
+    tokenStart_ = 0;
+    hasAll_ = false;
     depth_ = 0;
     failed_ = false;
     errorCode_ = 0;
@@ -195,7 +257,7 @@ XmlPosition FXmlParser2::position() const {
         return {};
     return {static_cast<int64_t>(XML_GetCurrentLineNumber(parser_)),
             static_cast<int64_t>(XML_GetCurrentColumnNumber(parser_)) + 1,
-            std::max<int64_t>(byteOffset(), 0)};
+            std::max(byteOffset(), tokenStart_)};
 }
 
 int64_t FXmlParser2::byteOffset() const {
@@ -213,17 +275,29 @@ bool FXmlParser2::fail(std::string message, int32_t code) {
     return false;
 }
 
+/// A call at a wrong time: nothing is wrong with the document.
+bool FXmlParser2::rejectCall(const char* reason) {
+    if (!failed_) {
+        errorMessage_.assign(reason);
+        errorCode_ = refused;
+    }
+    return false;
+}
+
 bool FXmlParser2::failFromExpat() {
     if (failed_)
         return false;
     const XML_Error code = XML_GetErrorCode(parser_);
     const char* text = XML_ErrorString(code);
+    if (code == XML_ERROR_SUSPENDED || code == XML_ERROR_NOT_SUSPENDED || code == XML_ERROR_FINISHED)
+        return rejectCall(text);
     std::string message = text ? text : "out of memory";
     int offset = 0;
     int size = 0;
     const char* context = XML_GetInputContext(parser_, &offset, &size);
     const auto byte = static_cast<uint8_t>(context && offset >= 0 && offset < size ? context[offset] : 0);
-    if (code == XML_ERROR_INVALID_TOKEN && byte >= 0x80) {
+    if (code == XML_ERROR_INVALID_TOKEN && byte >= 0x80 &&
+        !isCharacter({context + offset, static_cast<size_t>(size - offset)})) {
         char hint[128];
         std::snprintf(hint, sizeof hint,
                       "byte 0x%02X is no valid UTF-8: save the document as UTF-8, or declare its encoding",
@@ -239,7 +313,7 @@ void FXmlParser2::getErrorText(FInterface* text) {
     Ref<IStringSink> sink;
     if (!text || text->queryInterface(IStringSink::iid, sink.out()) != Result::ok)
         return;
-    const int64_t line = errorPosition_.line - (errorCode_ == aborted ? 1 : 0);
+    const int64_t line = std::max<int64_t>(errorPosition_.line - (errorCode_ == aborted ? 1 : 0), 1);
     sink->set8(("Xml Error: " + errorMessage_ + " \r\nLine: " + std::to_string(line)).c_str());
 }
 

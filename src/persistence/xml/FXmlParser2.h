@@ -38,6 +38,8 @@ public:
 
     /// The code of a parser that was stopped.
     static constexpr int32_t aborted = 35;
+    /// The code of a document that exceeds a limit, and of a stream that can't go back.
+    static constexpr int32_t refused = -1;
 
     FXmlParser2();
     FXmlParser2(const FXmlParser2&) = delete;
@@ -47,6 +49,7 @@ public:
     const Limits& limits() const { return limits_; }
 
     void setHandler(IXmlHandler* handler) override { handler_ = handler; }
+    /// Not from within the handler. A call that comes at a wrong time gives false, and the parser goes on.
     bool parse(IBStream* stream) override;
     /// The same for a whole document in memory, which must outlive the call.
     bool parse(std::string_view document);
@@ -78,17 +81,22 @@ public:
 private:
     struct Callbacks;
 
+    bool isReady();
     bool feed(IBStream* stream);
     bool endBehindDocument(IBStream* stream);
     bool checkGrowth();
-    bool fail(std::string message, int32_t code = aborted);
+    bool fail(std::string message, int32_t code = refused);
     bool failFromExpat();
+    bool rejectCall(const char* reason);
     void installCallbacks();
 
     XML_ParserStruct* parser_;
     IXmlHandler* handler_ = nullptr;
     Limits limits_;
     int64_t bytesRead_ = 0;
+    int64_t tokenStart_ = 0; ///< The last one that was known.
+    bool isParsing_ = false;
+    bool hasAll_ = false; ///< The document's last byte went to Expat.
     int32_t depth_ = 0;
     bool failed_ = false;
     XmlPosition errorPosition_;

@@ -28,6 +28,11 @@ public:
             parser_.stop("no " + stopAt + " here");
         if (name == suspendAt)
             parser_.suspend();
+        if (name == enters) {
+            EXPECT_FALSE(parser_.parse(std::string_view("<x/>")));
+            EXPECT_FALSE(parser_.reset(nullptr));
+            entered = parser_.errorMessage();
+        }
     }
     void endElement(IXmlParser*, const char* name) override { events += "</" + std::string(name) + '>'; }
     void characterData(IXmlParser*, const char* text, int32_t length) override {
@@ -39,6 +44,8 @@ public:
     std::string places;
     std::string stopAt;
     std::string suspendAt;
+    std::string enters;
+    std::string entered;
     int32_t deepest = 0;
 
 private:
@@ -91,6 +98,7 @@ TEST(FXmlParser2, SaysWhatIsWrongAndWhere) {
         {"<?xml version='1.0' encoding='klingon'?><a/>",
          "1:31: unknown encoding: save the document as UTF-8"},
         {"<a>\n", "2:1: no element found"},
+        {"<a>\n<\xC3\x97/></a>", "2:2: not well-formed (invalid token)"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.document);
@@ -140,6 +148,14 @@ TEST(FXmlParser2, RefusesWhatGrowsWithoutEnd) {
     large.setLimits({.documentBytes = 10});
     EXPECT_FALSE(large.parse(std::string_view("<a>1234567</a>")));
     EXPECT_EQ(describe(large), "1:1: the document is larger than 10 bytes");
+    const auto text = make<StringObject>();
+    large.getErrorText(static_cast<FDependent*>(text.get()));
+    EXPECT_EQ(text->string().toUtf8(), "Xml Error: the document is larger than 10 bytes \r\nLine: 1");
+    const auto stream = make<FMemoryStream>(std::string_view("0123456789<a>123</a>"));
+    stream->seek(10, FStream::fromStart);
+    FXmlParser2 rest;
+    rest.setLimits({.documentBytes = 10});
+    EXPECT_TRUE(rest.parse(stream.get())) << "what stands in front of it doesn't count";
 
     const std::string endless = "<a b='" + std::string(300000, 'x');
     FXmlParser2 tag;
@@ -167,6 +183,13 @@ TEST(FXmlParser2, LeavesTheStreamBehindTheDocument) {
     char rest[8] = {};
     EXPECT_EQ(stream->read(rest, sizeof rest), 4);
     EXPECT_STREQ(rest, "rest");
+
+    const auto oneWay = make<ShakyStream>("<a>1</a><b/>");
+    oneWay->failAt = 2;
+    FXmlParser2 parser;
+    EXPECT_FALSE(parser.parse(oneWay.get())) << "the second document would be lost";
+    EXPECT_EQ(parser.errorMessage(),
+              "something follows the document, and the stream can't go back in front of it");
 }
 
 TEST(FXmlParser2, SuspendsAndGoesOn) {
@@ -181,8 +204,44 @@ TEST(FXmlParser2, SuspendsAndGoesOn) {
     EXPECT_TRUE(parser.resume(stream.get()));
     EXPECT_EQ(recorder.events, "<a><b></b><b></b></a>");
     EXPECT_FALSE(parser.suspend());
-    FXmlParser2 fresh;
-    EXPECT_FALSE(fresh.resume(stream.get()));
+}
+
+TEST(FXmlParser2, GoesOnToTheEndWhenAllWasGivenBefore) {
+    const auto empty = make<FMemoryStream>();
+    FXmlParser2 parser;
+    Recorder recorder(parser);
+    recorder.suspendAt = "b";
+    EXPECT_TRUE(parser.parse(std::string_view("<a><b/>1</a>")));
+    EXPECT_EQ(recorder.events, "<a><b></b>");
+    EXPECT_TRUE(parser.resume(empty.get())) << parser.errorMessage();
+    EXPECT_EQ(recorder.events, "<a><b></b>1</a>");
+}
+
+TEST(FXmlParser2, OutlivesCallsAtAWrongTime) {
+    const auto stream = make<FMemoryStream>(std::string_view("<a><b/></a>"));
+    FXmlParser2 parser;
+    Recorder recorder(parser);
+    recorder.suspendAt = "b";
+    recorder.enters = "a";
+    EXPECT_FALSE(parser.resume(stream.get())) << "nothing was suspended";
+    EXPECT_EQ(parser.errorMessage(), "parser not suspended");
+    EXPECT_TRUE(parser.parse(stream.get()));
+    EXPECT_EQ(recorder.entered, "the parser is in the midst of a document");
+    EXPECT_FALSE(parser.parse(std::string_view("<c/>"))) << "it is suspended";
+    EXPECT_FALSE(parser.hasFailed());
+    EXPECT_TRUE(parser.resume(stream.get()));
+    EXPECT_EQ(recorder.events, "<a><b></b></a>");
+    EXPECT_EQ(parser.errorMessage(), "");
+}
+
+TEST(FXmlParser2, KnowsWhereItIsInDocumentsOfLongTags) {
+    // Expat tells no place while it waits for the rest of a tag.
+    std::string document = "<a>";
+    for (int i = 0; i < 100; ++i)
+        document += "<b c='" + std::string(100000, 'x') + "'/>";
+    FXmlParser2 parser;
+    EXPECT_TRUE(parser.parse(make<FMemoryStream>(std::string_view(document + "</a>")).get()))
+        << parser.errorMessage();
 }
 
 TEST(FXmlParser2, ReadsAnEncodingThatTheCallerKnows) {
