@@ -307,12 +307,15 @@ bool StoredFile::rename(const ConstString& newName) const try {
     if (!isNamed() || !StoredFile(newName, type_).isNamed())
         return false;
     const std::string file = pathOf(name_, type_).toUtf8();
-    const std::string target = pathOf(newName, type_).toUtf8();
+    std::string target = pathOf(newName, type_).toUtf8();
+    if (newName.toUtf8().find('/') == std::string::npos)
+        target = folderHolding(file) + target.substr(folderHolding(target).size());
     if (!settle()) {
         tellOf(file, "can't be renamed: there is none");
         return false;
     }
-    return removeOld(file) && renameTold("can't be renamed", file, target);
+    // What was kept for another file of the new name would come back in the place of this one.
+    return removeOld(file) && renameTold("can't be renamed", file, target) && removeOld(target);
 } catch (const std::bad_alloc&) {
     return tellNoMemory("no memory to rename a stored file");
 }

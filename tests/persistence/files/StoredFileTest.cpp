@@ -245,6 +245,12 @@ TEST_F(StoredFileTest, ForgetsAFileWithWhatACrashLeftOfIt) {
     EXPECT_TRUE(StoredFile("Keys", xml).rename("Other"));
     EXPECT_EQ(read("Other.xml"), "good 1");
     EXPECT_EQ(load(), "") << "the earlier state must not come back";
+    write("Desk/Layout.xml", "good 2");
+    write("Desk/Other_old.xml", "good 0");
+    EXPECT_TRUE(StoredFile("Desk/Layout", xml).rename("Other"));
+    EXPECT_EQ(read("Desk/Other.xml"), "good 2") << "a name alone stays in the folder";
+    EXPECT_FALSE(has("Desk/Other_old.xml"));
+    EXPECT_EQ(read("Other.xml"), "good 1");
     write("Keys_old.xml", "good 0");
     EXPECT_TRUE(StoredFile("Keys", xml).exists());
     EXPECT_TRUE(StoredFile("Keys", xml).remove());
