@@ -12,10 +12,12 @@ namespace {
 
 constexpr const char* outOfMemory = "out of memory";
 
-std::string reasonOf(const XmlDocumentReader& reader) {
+std::string reasonOf(const XmlDocumentReader& reader, std::string_view tag) {
     std::string text = std::to_string(reader.line()) + ':' + std::to_string(reader.column()) + ": ";
     // A document without a single element ends before it has begun.
-    text += reader.error() == FXmlParser::Error::none ? "Unexpected end of file!" : reader.getErrorText();
+    if (reader.error() == FXmlParser::Error::none)
+        return text + "Unexpected end of file! (the top element <" + std::string(tag) + "> is missing)";
+    text += reader.getErrorText();
     if (!reader.errorDetail().empty())
         text += " (" + reader.errorDetail() + ')';
     return text;
@@ -42,7 +44,7 @@ struct Reading {
         // What came before an error stays.
         reader.bindReferences();
         lacksSkipped = reader.lacksSkipped();
-        errorText = isRead ? std::string() : reasonOf(reader);
+        errorText = isRead ? std::string() : reasonOf(reader, tag);
         return isRead;
     }
 };
@@ -58,7 +60,7 @@ bool FXmlDocument::isOutOfMemory() const {
     return errorText_ == outOfMemory;
 }
 
-bool FXmlDocument::fail(const char* reason) {
+bool FXmlDocument::fail(std::string_view reason) {
     errorText_.assign(reason);
     return false;
 }

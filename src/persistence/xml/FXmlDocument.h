@@ -36,9 +36,10 @@ public:
     /// Attributes by name. For writing also objects, which are asked for theirs then.
     FAttributes& data() { return *data_; }
 
-    /// Writes the document with the top element `tag`. False also when an object has no attributes, when
-    /// something is nested too deep or a key is too long, and when the stream fails: what is written is
-    /// not to be used then.
+    /// Writes the document with the top element `tag`. An item of a list that is null keeps its place.
+    /// Unlike the binary form this one leaves out no object whose `storeAttributes` is false: the save is
+    /// false as a whole. It is, too, when something is nested too deep, when a key is too long or that of a
+    /// root is empty, and when the stream fails: what is written is not to be used then.
     virtual bool saveRoots(std::string_view tag);
     /// The simpler form.
     virtual bool storeAttributes(std::string_view tag, const FAttributes& attributes);
@@ -59,7 +60,7 @@ public:
     bool isOutOfMemory() const;
 
 private:
-    bool fail(const char* reason);
+    bool fail(std::string_view reason);
 
     Ref<FAttributes> objects_;
     Ref<FAttributes> data_;

@@ -120,9 +120,11 @@ CmObject* FXmlInstance::getObject() {
     const Ref<FInterface> created = factory ? factory->createByName(className_.text8()) : nullptr;
     const Ref<CmObject> object = retain(castToCmObject(created.get()));
     if (!object) {
-        // It is stored again as it is: its class may be there in the next run.
-        isClassMissing_ = true;
-        FObjectArchive::reportGlobally(FObjectArchive::classNotRegistered, className_.text8());
+        // It is stored again as it is: its class may be there in the next run, or memory the next time.
+        isClassMissing_ = !factory || !factory->findByName(className_.text8());
+        FObjectArchive::reportGlobally(isClassMissing_ ? FObjectArchive::classNotRegistered
+                                                       : FObjectArchive::wrongObject,
+                                       className_.text8());
         return nullptr;
     }
     try {
@@ -163,13 +165,19 @@ void FXmlReference::bind(FXmlInstance* target, Binding binding) {
     target_ = target;
     if (binding == Binding::hold)
         held_ = retain(target);
-    else
+    else {
+        watcherPlace_ = target->watchers_.size();
         target->watchers_.push_back(this);
+    }
 }
 
 void FXmlReference::unbind() {
-    if (target_ && !held_)
-        std::erase(target_->watchers_, this);
+    if (target_ && !held_) {
+        auto& watchers = target_->watchers_;
+        watchers[watcherPlace_] = watchers.back();
+        watchers[watcherPlace_]->watcherPlace_ = watcherPlace_;
+        watchers.pop_back();
+    }
     target_ = nullptr;
     letGo(std::move(held_));
 }

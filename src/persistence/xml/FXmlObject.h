@@ -25,7 +25,8 @@ public:
     uint32_t hashCode(uint32_t size) const override;
 
     /// The live object, created now if it wasn't before; null when its class is unknown or it could not be
-    /// restored, neither of which is tried again. The caller gets no reference.
+    /// restored, neither of which is tried again, and when its class gave none, which is. The global error
+    /// sink hears which class it was. The caller gets no reference.
     virtual CmObject* getObject() = 0;
     /// The stored form; null once it was given to an object, whether that took it or not.
     virtual FAttributes* getAttributes() = 0;
@@ -93,6 +94,7 @@ private:
 
     FXmlInstance* target_ = nullptr;
     Ref<FXmlInstance> held_;
+    size_t watcherPlace_ = 0; ///< Among those of the target.
 };
 
 } // namespace qorl

@@ -126,7 +126,7 @@ bool FXmlParser::parse(void* context) try {
     while (error_ == Error::none && !isStopped_) {
         if (!parseNext(context)) {
             if (!open_.empty())
-                fail(Error::unexpectedEnd, '<' + std::string(openTag()) + "> has no end tag", at_, at_);
+                fail(Error::unexpectedEnd, '<' + XmlText::brief(openTag()) + "> has no end tag", at_, at_);
             break;
         }
         if (endsAtClose && open_.size() < level)
@@ -327,11 +327,10 @@ void FXmlParser::parseStartTag(void* context) {
             at_ = static_cast<size_t>(at - buffer_.data());
             break;
         }
-        // From its start again: tags are short, and each time there is twice as much.
         const auto used = static_cast<size_t>(buffer_.used());
         if (used - at_ > maxTagBytes)
             return fail(Error::malformed, "a tag is longer than 1 MB", at_, used);
-        if (!readMore())
+        if (!readAsMuchAgain())
             return fail(Error::unexpectedEnd, "a tag is not closed", at_,
                         static_cast<size_t>(buffer_.used()));
     }
@@ -406,14 +405,14 @@ void FXmlParser::parseEndTag(void* context) {
         const auto used = static_cast<size_t>(buffer_.used());
         if (used - at_ > maxTagBytes)
             return fail(Error::malformed, "a tag is longer than 1 MB", at_, used);
-        if (!readMore())
+        if (!readAsMuchAgain())
             return fail(Error::unexpectedEnd, "a tag is not closed", at_,
                         static_cast<size_t>(buffer_.used()));
     }
     const auto tagEnd = static_cast<size_t>(at - buffer_.data());
     if (*at != '>' || open_.empty() || openTag() != name) {
         std::string detail = open_.empty() ? "an end tag has no start tag"
-                                           : "</" + std::string(openTag()) + "> is missing here";
+                                           : "</" + XmlText::brief(openTag()) + "> is missing here";
         return fail(Error::malformed, detail, at_, std::min(tagEnd + 1, static_cast<size_t>(buffer_.used())));
     }
     at_ = tagEnd + 1;

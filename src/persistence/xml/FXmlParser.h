@@ -137,10 +137,12 @@ private:
     bool has(size_t count);
     bool isNext(std::string_view text);
     bool readMore();
+    bool readAsMuchAgain();
     int nextByte();
     void hold(size_t at);
     void markToken();
-    LineCount tokenPlace() const;
+    void countToHeld() const;
+    const LineCount& tokenPlace() const;
     std::string_view openTag() const;
     void fail(Error error, std::string_view detail, size_t tokenStart, size_t tokenEnd);
     void report(std::string_view token, std::string_view rest) const;
@@ -151,8 +153,10 @@ private:
     size_t at_ = 0;   ///< Where the parser stands in the buffer.
     size_t held_ = 0; ///< From here on the buffer's bytes must stay.
     bool isAtEnd_ = false;
-    LineCount counted_;    ///< Up to the buffer's front.
-    LineCount tokenLines_; ///< Up to a comment or the like, whose front may have left the buffer.
+    // Each byte is looked at once, however often somebody asks.
+    mutable LineCount counted_;
+    mutable size_t countedTo_ = 0; ///< Where in the buffer that is.
+    LineCount tokenLines_;         ///< Up to a comment or the like, whose front may have left the buffer.
     bool isTokenMarked_ = false;
 
     std::string openNames_;

@@ -31,7 +31,8 @@ bool FXmlParser::readMore() {
         return false;
     auto used = static_cast<size_t>(buffer_.used());
     if (held_ > 0) {
-        counted_.pass({buffer_.data(), held_});
+        countToHeld();
+        countedTo_ = 0;
         used -= held_;
         std::memmove(buffer_.data(), buffer_.data() + held_, used);
         at_ -= held_;
@@ -47,6 +48,16 @@ bool FXmlParser::readMore() {
     buffer_.setUsedSize(static_cast<int32_t>(used));
     buffer_.data()[used] = 0;
     return !isAtEnd_;
+}
+
+/// As much as there is from where the parser stands, however little comes at once: what begins there is then
+/// looked at from its start again.
+bool FXmlParser::readAsMuchAgain() {
+    const size_t before = static_cast<size_t>(buffer_.used()) - at_;
+    bool hasRead = false;
+    while (static_cast<size_t>(buffer_.used()) - at_ < 2 * before && readMore())
+        hasRead = true;
+    return hasRead;
 }
 
 /// Whether there are that many bytes from where the parser stands.
@@ -107,12 +118,16 @@ void FXmlParser::LineCount::pass(std::string_view bytes) {
     }
 }
 
-FXmlParser::LineCount FXmlParser::tokenPlace() const {
+void FXmlParser::countToHeld() const {
+    counted_.pass({buffer_.data() + countedTo_, held_ - countedTo_});
+    countedTo_ = held_;
+}
+
+const FXmlParser::LineCount& FXmlParser::tokenPlace() const {
     if (isTokenMarked_)
         return tokenLines_;
-    LineCount place = counted_;
-    place.pass({buffer_.data(), held_});
-    return place;
+    countToHeld();
+    return counted_;
 }
 
 int64_t FXmlParser::line() const {

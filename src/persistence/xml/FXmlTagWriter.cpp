@@ -97,7 +97,7 @@ bool FXmlTagWriter::closeTag(std::string_view name, LineEnd lineEnd) {
 }
 
 bool FXmlTagWriter::writeComment(std::string_view text) {
-    beginLine().put("<!-- ").putEscaped(text, XmlLine::Escape::entities).put(" -->");
+    beginLine().putComment(text);
     return finish(LineEnd::yes);
 }
 

@@ -23,13 +23,15 @@ std::string_view cutLine(std::string_view& text) {
 
 } // namespace
 
-bool FXmlWriter::writeLine(std::string_view text, int32_t level) {
+bool FXmlWriter::writeLine(std::string_view text, int32_t level) try {
     if (text.empty())
         return true;
     if (!stream_)
         return false;
     XmlLine line;
     return line.fill('\t', level).put(text).put(XmlLine::lineEnd).writeTo(*stream_);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 bool FXmlWriter::startTag(const char* name, const char* const* attributes, bool isEmpty) try {
@@ -74,7 +76,7 @@ bool FXmlWriter::endTag(const char* name) try {
 
 bool FXmlWriter::writeComment(const char* text) try {
     XmlLine line;
-    line.put("<!-- ").putEscaped(viewOf(text), XmlLine::Escape::entities).put(" -->");
+    line.putComment(viewOf(text));
     return !line.isBroken() && writeLine(line.text(), level());
 } catch (const std::bad_alloc&) {
     return false;

@@ -42,7 +42,7 @@ public:
     void setStream(IBStream* stream) override { stream_ = retain(stream); }
     bool startTag(const char* name, const char* const* attributes, bool isEmpty) override;
     bool endTag(const char* name) override;
-    /// On a line of its own; special characters as entities, so that the text can't end the comment.
+    /// On a line of its own; special characters as entities and hyphens apart, so that the text can't end it.
     bool writeComment(const char* text) override;
     /// Line by line, without the empty ones.
     bool writeText(const char* text) override;

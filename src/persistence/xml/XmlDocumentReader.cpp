@@ -136,7 +136,7 @@ bool XmlDocumentReader::startTag(std::string_view name, const FXmlAttributes& at
     isEmpty_ = isEmpty;
     const size_t depth = contexts_.size();
     if (!(depth == 0 ? openTop(name) : open(name, attributes))) {
-        setError(Error::unexpectedTag, '<' + std::string(name) + "> can't stand here");
+        setError(Error::unexpectedTag, '<' + XmlText::brief(name) + "> can't stand here");
         return false;
     }
     if (isEmpty && contexts_.size() > depth)
@@ -263,7 +263,7 @@ bool XmlDocumentReader::openString(const FXmlAttributes& attributes) {
     }
     name_ = nameOf(attributes);
     text_.clear();
-    contexts_.push_back({Kind::string, current().body});
+    contexts_.push_back({Kind::string});
     return true;
 }
 
@@ -271,8 +271,6 @@ void XmlDocumentReader::storeText(std::string_view name, std::string_view text, 
     FStringIDAttribute& entry = current().body->append(name);
     if (isWide)
         entry.setString(XmlText::widen(text, fallback_));
-    else if (text::isAscii(text))
-        entry.setString(ConstString(text));
     else
         entry.setString(XmlText::decode(text, fallback_));
 }
@@ -342,13 +340,16 @@ bool XmlDocumentReader::openItem(const FXmlAttributes& attributes) {
         const auto value = attributes.find("value");
         if (!value && !isEmpty_) {
             text_.clear();
-            contexts_.push_back({Kind::item, nullptr, list});
+            contexts_.push_back({Kind::item});
             return true;
         }
         texts->items.push_back(XmlText::widen(value.value_or(std::string_view()), fallback_));
     } else if (auto* objects = cast<FObjectList>(list)) {
-        if (const uint64_t id = readId(attributes.find("value")))
+        const auto value = attributes.find("value");
+        if (const uint64_t id = readId(value))
             objects->adopt(addReference(id));
+        else if (value)
+            objects->adopt(nullptr);
     } else {
         return false;
     }
@@ -399,7 +400,7 @@ void XmlDocumentReader::close() {
     switch (context.kind) {
     case Kind::string: storeText(name_, withoutFrame(text_), isWide_); break;
     case Kind::item:
-        if (auto* texts = cast<FStringList>(context.list))
+        if (auto* texts = cast<FStringList>(current().list))
             texts->items.push_back(XmlText::widen(withoutFrame(text_), fallback_));
         break;
     case Kind::binary: finishBinary(); break;

@@ -2,12 +2,12 @@
 
 #include "foundation/Cast.h"
 #include "persistence/attributes/FAttrList.h"
-#include "persistence/attributes/StoredObject.h"
 #include "persistence/xml/FXmlObject.h"
 #include "persistence/xml/FXmlParser.h"
 #include "persistence/xml/XmlText.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -21,18 +21,32 @@ constexpr int32_t queueLevel = 8;
 constexpr int32_t deepestListed = FXmlParser::maxDepth / 2;
 constexpr size_t bytesOfLine = 32;
 
-/// An object stands for a reference to it.
-CmObject* targetOf(CmObject* object) {
+/// What `object` stands for; an instance that failed to become an object stands for itself.
+CmObject* standsFor(CmObject* object) {
+    CmObject* meant = StoredObject::meantBy(object);
+    if (meant)
+        return meant;
     const auto* reference = cast<FXmlReference>(object);
     return reference && reference->target() ? reference->target() : object;
 }
 
+std::string classOf(CmObject* object) {
+    const auto* instance = cast<FXmlInstance>(object);
+    return instance ? XmlText::brief(instance->className8().string().toUtf8()) : object->getClassName();
+}
+
 } // namespace
 
-bool XmlDocumentWriter::fail(const char* reason) {
-    if (!*reason_)
-        reason_ = reason;
+bool XmlDocumentWriter::fail(std::string reason) {
+    if (reason_.empty())
+        reason_ = std::move(reason);
     return false;
+}
+
+bool XmlDocumentWriter::failLine() {
+    if (line_.isBroken())
+        throw std::bad_alloc();
+    return fail("the stream doesn't take all of the document: it is full, or not open for writing");
 }
 
 bool XmlDocumentWriter::closeElement(std::string_view element, int32_t level) {
@@ -71,38 +85,46 @@ bool XmlDocumentWriter::writeRoots(std::string_view tag, const FAttributes& obje
     return closeElement("rootObjects", 1) && writeQueue() && end(tag);
 }
 
+bool XmlDocumentWriter::isRootName(std::string_view key) {
+    if (key.empty())
+        return fail("a root has no name");
+    return key.size() <= FXmlParser::maxValueLength ||
+           fail("the name of a root, \"" + XmlText::brief(key) + "\", is longer than 2048 bytes");
+}
+
 bool XmlDocumentWriter::writeRoot(const FStringIDAttribute& entry) {
-    CmObject* object = targetOf(entry.getObject());
+    CmObject* object = entry.getObject();
     if (!object)
         return true;
+    if (!isRootName(entry.key()))
+        return false;
     uint64_t id = 0;
     if (enter(object, id))
-        queue_.push_back(retain(object));
+        queue_.push_back({retain(object), id});
     open("root", entry.key(), 2).put(" ID=\"").putUnsigned(id);
     return finish("\"/>");
 }
 
 bool XmlDocumentWriter::writeDataRoot(const FStringIDAttribute& entry) {
-    CmObject* object = entry.getObject();
-    if (!object)
+    CmObject* object = standsFor(entry.getObject());
+    // One that names nothing has nothing to store.
+    if (!object || cast<FXmlReference>(object))
         return true;
-    Ref<FAttributes> attributes = retain(cast<FAttributes>(object));
-    if (!attributes) {
-        attributes = make<FAttributes>();
-        if (!object->storeAttributes(attributes.get()))
-            return fail("an object has no attributes");
-    }
+    StoredObject stored;
+    stored.attributes = retain(cast<FAttributes>(object));
+    if (!isRootName(entry.key()) || (!stored.attributes && !take(object, entry.key(), stored)))
+        return false;
     open("root", entry.key(), 2);
-    return finish(">") && writeBody(*attributes, 3) && closeElement("root", 2);
+    return finish(">") && writeBody(*stored.attributes, 3) && closeElement("root", 2);
 }
 
 bool XmlDocumentWriter::writeQueue() {
     if (!queue_.empty() && !finish({}))
         return false;
     while (!queue_.empty()) {
-        const Ref<CmObject> object = std::move(queue_.front());
+        const Waiting next = std::move(queue_.front());
         queue_.pop_front();
-        if (!writeFull(object.get(), nullptr, 1) || !finish({}))
+        if (!writeFull(next.object.get(), next.id, nullptr, 1) || !finish({}))
             return false;
     }
     return true;
@@ -121,7 +143,7 @@ bool XmlDocumentWriter::writeBody(const FAttributes& attributes, int32_t level) 
 bool XmlDocumentWriter::writeEntry(const FStringIDAttribute& entry, int32_t level) {
     const std::string_view key = entry.key();
     if (key.size() > FXmlParser::maxValueLength)
-        return fail("a key is longer than 2048 bytes");
+        return fail("the key \"" + XmlText::brief(key) + "\" is longer than 2048 bytes");
     switch (entry.kind()) {
     case FAttributeValue::integer:
         open("int", key, level).put(" value=\"").putInteger(entry.getInteger());
@@ -181,6 +203,8 @@ bool XmlDocumentWriter::writeList(CmObject* list, std::string_view key, int32_t 
         return finish("\">");
     };
     const auto beginItem = [&]() -> XmlLine& { return indent(level + 1).put("<item value=\""); };
+    if (level + 1 >= static_cast<int32_t>(FXmlParser::maxDepth))
+        return fail("the list \"" + XmlText::brief(key) + "\" is nested deeper than 1000");
     bool isGood = true;
     if (const auto* integers = cast<FIntList>(list)) {
         isGood = begin("int");
@@ -230,46 +254,42 @@ bool XmlDocumentWriter::writeTextItem(const ConstString& text, int32_t level) {
     return finish({}) && closeElement("item", level);
 }
 
-/// Gives the object's number, and true when the object is to be written. A reference that was never bound has
-/// none to write.
-bool XmlDocumentWriter::enter(CmObject* object, uint64_t& id) {
-    const auto found = known_.find(object);
-    if (found != known_.end()) {
-        id = found->second;
+/// Gives what the object stands for and its number, and true when it is to be written. A reference that was
+/// never bound is not, and no other object gets its number, which then would name that.
+bool XmlDocumentWriter::enter(CmObject*& object, uint64_t& id) {
+    const auto* reference = cast<FXmlReference>(object);
+    id = StoredObject::idOf(reference && reference->target() ? reference->target() : object);
+    object = standsFor(object);
+    if (cast<FXmlReference>(object)) {
+        const auto [place, isNew] = unbound_.try_emplace(id);
+        if (isNew)
+            place->second = written_.enter(object, id).id;
+        id = place->second;
         return false;
     }
-    id = StoredObject::idOf(object);
-    if (cast<FXmlReference>(object))
-        return false;
-    // Two documents may have given one number to two objects that came together.
-    while (id == 0 || !ids_.insert(id).second)
-        ++id;
-    held_.push_back(retain(object));
-    known_.emplace(object, id);
-    return true;
+    const auto entry = written_.enter(object, id);
+    id = entry.id;
+    return entry.isNew;
 }
 
 bool XmlDocumentWriter::writeListed(CmObject* item, int32_t level) {
-    item = targetOf(item);
-    if (!item)
-        return true;
     uint64_t id = 0;
-    if (enter(item, id)) {
+    if (item && enter(item, id)) {
         if (level < deepestListed)
-            return writeFull(item, nullptr, level);
-        queue_.push_back(retain(item));
+            return writeFull(item, id, nullptr, level);
+        queue_.push_back({retain(item), id});
     }
+    // The number 0 keeps the place of an item that is nothing.
     indent(level).put("<item value=\"").putUnsigned(id);
     return finish("\"/>");
 }
 
 bool XmlDocumentWriter::writeInstance(CmObject* object, std::string_view key, int32_t level) {
-    object = targetOf(object);
     uint64_t id = 0;
     if (enter(object, id)) {
         if (level < queueLevel)
-            return writeFull(object, &key, level);
-        queue_.push_back(retain(object));
+            return writeFull(object, id, &key, level);
+        queue_.push_back({retain(object), id});
     }
     open("obj", key, level).put(" ID=\"").putUnsigned(id);
     return finish("\"/>");
@@ -286,19 +306,28 @@ void XmlDocumentWriter::putClassName(std::string_view name) {
     }
 }
 
-/// With a null `key` it has no name where it stands.
-bool XmlDocumentWriter::writeFull(CmObject* object, const std::string_view* key, int32_t level) {
-    StoredObject stored;
-    auto* instance = cast<FXmlInstance>(object);
+/// Fails with the object's class and, where it has one, its key.
+bool XmlDocumentWriter::take(CmObject* object, std::string_view key, StoredObject& stored) {
+    const auto* instance = cast<FXmlInstance>(object);
     if (!stored.take(object)) {
         // One that could not be restored goes on without its attributes, which are gone.
-        if (!instance || instance->getObject())
-            return fail("an object has no attributes");
+        if (!instance) {
+            const std::string place = key.empty() ? "" : " under \"" + XmlText::brief(key) + '"';
+            return fail("an object of the class " + classOf(object) + place + " has no attributes to store");
+        }
         stored.className = instance->className8().string();
         stored.attributes = make<FAttributes>();
     }
     if (stored.className.isEmpty() && !(instance && instance->className8().isEmpty()))
         throw std::bad_alloc();
+    return true;
+}
+
+/// With a null `key` it has no name where it stands.
+bool XmlDocumentWriter::writeFull(CmObject* object, uint64_t id, const std::string_view* key, int32_t level) {
+    StoredObject stored;
+    if (!take(object, key ? *key : std::string_view(), stored))
+        return false;
     if (stored.className.size() > longestValue)
         return fail("a class name is longer than 2048 characters");
     indent(level).put("<obj class=\"");
@@ -306,7 +335,7 @@ bool XmlDocumentWriter::writeFull(CmObject* object, const std::string_view* key,
     line_.put('"');
     if (key)
         line_.put(" name=\"").putEscaped(*key, Escape::entities).put('"');
-    line_.put(" ID=\"").putUnsigned(known_[object]);
+    line_.put(" ID=\"").putUnsigned(id);
     return finish("\">") && writeBody(*stored.attributes, level + 1) && closeElement("obj", level);
 }
 

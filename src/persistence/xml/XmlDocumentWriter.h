@@ -1,13 +1,12 @@
 #pragma once
 
-#include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/StoredObject.h"
 #include "persistence/xml/XmlLine.h"
 
 #include <deque>
+#include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
-#include <vector>
 
 namespace qorl {
 
@@ -25,11 +24,16 @@ public:
     bool writeAttributes(std::string_view tag, const FAttributes& attributes);
 
     /// Why it gave false.
-    const char* reason() const { return reason_; }
+    const std::string& reason() const { return reason_; }
 
 private:
     using Escape = XmlLine::Escape;
     static constexpr int32_t blanksOfLevel = 3;
+
+    struct Waiting {
+        Ref<CmObject> object;
+        uint64_t id;
+    };
 
     bool begin(std::string_view tag);
     bool end(std::string_view tag);
@@ -46,8 +50,10 @@ private:
     bool writeListed(CmObject* item, int32_t level);
     bool writeInstance(CmObject* object, std::string_view key, int32_t level);
     void putClassName(std::string_view name);
-    bool writeFull(CmObject* object, const std::string_view* key, int32_t level);
-    bool enter(CmObject* object, uint64_t& id);
+    bool writeFull(CmObject* object, uint64_t id, const std::string_view* key, int32_t level);
+    bool isRootName(std::string_view key);
+    bool take(CmObject* object, std::string_view key, StoredObject& stored);
+    bool enter(CmObject*& object, uint64_t& id);
 
     /// The line of an element, up to its name.
     XmlLine& open(std::string_view element, std::string_view key, int32_t level) {
@@ -55,19 +61,19 @@ private:
     }
     XmlLine& indent(int32_t level) { return line_.fill(' ', level * blanksOfLevel); }
     bool finish(std::string_view text) {
-        return line_.put(text).put(XmlLine::lineEnd).writeTo(stream_) || fail("the stream does not take it");
+        line_.put(text).put(XmlLine::lineEnd);
+        return (!line_.isBroken() && line_.writeTo(stream_)) || failLine();
     }
     bool closeElement(std::string_view element, int32_t level);
-    bool fail(const char* reason);
+    bool fail(std::string reason);
+    bool failLine();
 
     FBinaryStream& stream_;
-    XmlLine line_;
-    const char* reason_ = "";
-    std::unordered_map<const CmObject*, uint64_t> known_;
-    std::unordered_set<uint64_t> ids_;
-    // Until the end, since an address that is free again would name another object.
-    std::vector<Ref<CmObject>> held_;
-    std::deque<Ref<CmObject>> queue_;
+    XmlLine line_{XmlLine::Surrogates::keep};
+    std::string reason_;
+    WrittenObjects written_;
+    std::unordered_map<uint64_t, uint64_t> unbound_; ///< Numbers that name nothing, and what they are here.
+    std::deque<Waiting> queue_;
 };
 
 } // namespace qorl

@@ -22,17 +22,26 @@ bool mayReplace(const ConstString& name) {
     return replaceQuestion(ConstString(std::u16string_view(text)), translate("Replace"), translate("Cancel"));
 }
 
+bool tellUnsaved(const ConstString& name, const std::string& reason) {
+    platform::debugOutput("the settings file \"" + name.toUtf8() + "\" is not saved: " + reason);
+    return false;
+}
+
 bool readDocument(FStream& stream, std::string_view tag, CmObject& object) {
     FAttributes attributes;
     FXmlDocument document(&stream, FXmlDocument::Mode::read);
+    const std::string place = stream.url() ? stream.url()->path().toUtf8() : std::string();
     const bool isRead = document.restoreAttributes(tag, attributes);
     if (document.isOutOfMemory())
         throw std::bad_alloc();
-    if (isRead && object.restoreAttributes(&attributes))
+    if (!isRead) {
+        platform::debugOutput(place + ':' + document.errorText());
+        return false;
+    }
+    if (object.restoreAttributes(&attributes))
         return true;
-    const std::string place = stream.url() ? stream.url()->path().toUtf8() : std::string();
-    platform::debugOutput(place +
-                          (isRead ? ": holds something else than expected" : ':' + document.errorText()));
+    platform::debugOutput(place + ": an object of the class " + object.getClassName() +
+                          " does not take these attributes");
     return false;
 }
 
@@ -53,15 +62,14 @@ bool saveXml(const ConstString& name, std::string_view tag, CmObject& object, bo
     FAttributes attributes;
     FMemoryStream text;
     FXmlDocument document(&text, FXmlDocument::Mode::write);
-    if (!object.storeAttributes(&attributes) || !document.storeAttributes(tag, attributes)) {
-        const std::string& reason = document.errorText();
-        platform::debugOutput(name.toUtf8() +
-                              ": can't be stored: " + (reason.empty() ? "it has no attributes" : reason));
-        return false;
-    }
+    if (!object.storeAttributes(&attributes))
+        return tellUnsaved(name, std::string("an object of the class ") + object.getClassName() +
+                                     " has no attributes to store");
+    if (!document.storeAttributes(tag, attributes))
+        return tellUnsaved(name, document.errorText());
     return file.save([&](FStream& stream) { return stream.write(text.data(), text.size()) == text.size(); });
 } catch (const std::bad_alloc&) {
-    platform::debugOutput("no memory to store a settings file");
+    platform::debugOutput("a settings file is not saved: out of memory");
     return false;
 }
 

@@ -137,8 +137,9 @@ const TeardownHook dropBuffersAtTheEnd{TeardownStep::hookLists, &dropKeptBuffers
 
 } // namespace
 
-XmlLine::XmlLine()
-    : buffer_(takeBuffer()), at_(buffer_->data()), end_(buffer_->data() + buffer_->capacity()) {}
+XmlLine::XmlLine(Surrogates surrogates)
+    : buffer_(takeBuffer()), at_(buffer_->data()), end_(buffer_->data() + buffer_->capacity()),
+      surrogates_(surrogates) {}
 
 XmlLine::~XmlLine() {
     giveBuffer(buffer_);
@@ -244,7 +245,7 @@ void XmlLine::putEscapedWide(std::u16string_view text) {
                                 text[at] < 0xE000;
             if (isPair)
                 point = 0x10000 + ((point - 0xD800) << 10) + (text[at++] - 0xDC00u);
-            else if (point >= 0xD800 && point < 0xE000)
+            else if (point >= 0xD800 && point < 0xE000 && surrogates_ == Surrogates::replace)
                 point = 0xFFFD;
             if (point < 0x800) {
                 *to++ = static_cast<char>(0xC0 | point >> 6);
@@ -261,6 +262,15 @@ void XmlLine::putEscapedWide(std::u16string_view text) {
         }
         at_ = to;
     }
+}
+
+XmlLine& XmlLine::putComment(std::string_view text) {
+    put("<!-- ");
+    for (size_t at = text.find("--"); at != std::string_view::npos; at = text.find("--")) {
+        putEscaped(text.substr(0, at + 1), Escape::entities).put(' ');
+        text.remove_prefix(at + 1);
+    }
+    return putEscaped(text, Escape::entities).put(" -->");
 }
 
 XmlLine& XmlLine::putInteger(int64_t value) {

@@ -22,7 +22,11 @@ public:
     using Escape = XmlEntities::Escape;
     static constexpr std::string_view lineEnd = "\r\n";
 
-    XmlLine();
+    /// What becomes of a lone surrogate of wide text. Kept, it is written as any other unit, in three bytes:
+    /// that is no UTF-8, but `XmlText::widen` reads it back, such as in names of files that are none.
+    enum class Surrogates : uint8_t { replace, keep };
+
+    explicit XmlLine(Surrogates surrogates = Surrogates::replace);
     ~XmlLine();
     XmlLine(const XmlLine&) = delete;
     XmlLine& operator=(const XmlLine&) = delete;
@@ -44,6 +48,8 @@ public:
     XmlLine& putEscaped(std::string_view bytes, Escape escape);
     /// 8-bit text as `escape` says; wide text as UTF-8, of which only markup is escaped.
     XmlLine& putEscaped(const ConstString& text, Escape escape);
+    /// With its marks around it; a blank keeps two hyphens apart, which no comment may hold.
+    XmlLine& putComment(std::string_view text);
     /// In the formats "%I64d", "%I64u" and "%.50g".
     XmlLine& putInteger(int64_t value);
     XmlLine& putUnsigned(uint64_t value);
@@ -69,6 +75,7 @@ private:
     char* at_;
     char* end_;
     bool isBroken_ = false;
+    Surrogates surrogates_;
 };
 
 } // namespace qorl

@@ -184,6 +184,10 @@ TEST(FXmlDocument, SaysWhatItCannotRead) {
         {"<State/>\r\n<State/>", "2:1: Xml data malformed! (a document has one top element only)"},
         {"<State>\n <nosuch/></State>",
          "2:2: Unexpected tag or invalid attributes! (<nosuch> can't stand here)"},
+        {"<State><string name='s'>a<int name='n' value='1'/>b</string></State>",
+         "1:26: Unexpected tag or invalid attributes! (<int> can't stand here)"},
+        {"<State><list name='s' type='string'><item>a<item>b</item></item></list></State>",
+         "1:44: Unexpected tag or invalid attributes! (<item> can't stand here)"},
         {"<State>\n <int name='a' value='1'></State>", "2:26: Xml data malformed! (</int> is missing here)"},
         {"<State><item value='1'/></State>",
          "1:8: Unexpected tag or invalid attributes! (<item> can't stand here)"},
@@ -192,7 +196,7 @@ TEST(FXmlDocument, SaysWhatItCannotRead) {
         {"<State>\n<!-- <!-- --> </State>", "2:1: Unexpected end of file! (a comment has no end)"},
         {"<State><int name='a", "1:8: Unexpected end of file! (a tag is not closed)"},
         {"<State>", "1:8: Unexpected end of file! (<State> has no end tag)"},
-        {"", "1:1: Unexpected end of file!"},
+        {"", "1:1: Unexpected end of file! (the top element <State> is missing)"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
@@ -341,6 +345,42 @@ TEST(FXmlDocument, ReadsBackEveryText) {
     EXPECT_FALSE(read.nextText("list", item));
 }
 
+TEST(FXmlDocument, KeepsLoneSurrogates) {
+    // A name of a file that is no UTF-8 holds such.
+    const std::u16string odd = u"caf\xDCE9 \xD83D<\xDE00\xD83D\xDE00\u20AC\xD800";
+    const std::u16string texts[] = {odd, std::u16string(2048, u'\xDC80'),
+                                    std::u16string(3000, u'\xDFFF') + odd};
+    FAttributes attributes;
+    for (const std::u16string& text : texts) {
+        attributes.append("s").setString(ConstString(std::u16string_view(text)));
+        attributes.appendString("list", ConstString(std::u16string_view(text)));
+    }
+    FAttributes read;
+    ASSERT_TRUE(readDocument(written(attributes), read));
+    for (const int32_t i : {0, 2, 3})
+        EXPECT_TRUE(read.at(i)->getString().view16() == attributes.at(i)->getString().view16()) << i;
+    for (const std::u16string& text : texts) {
+        ConstString item;
+        ASSERT_TRUE(read.nextText("list", item));
+        EXPECT_TRUE(item.view16() == text);
+    }
+}
+
+TEST(FXmlDocument, KeepsThePlaceOfAnItemThatIsNothing) {
+    const auto list = make<FObjectList>(true);
+    list->adopt(make<CmString>("a"));
+    list->adopt(nullptr);
+    list->adopt(make<CmString>("b"));
+    FAttributes attributes;
+    attributes.setObject("list", list.get(), Hold::retain);
+    FAttributes read;
+    ASSERT_TRUE(readDocument(written(attributes), read));
+    const auto* back = cast<FObjectList>(read.find("list")->getObject());
+    ASSERT_EQ(back->count(), 3);
+    EXPECT_EQ(back->items[1], nullptr);
+    EXPECT_EQ(cast<CmString>(cast<FXmlObject>(back->items[2])->getObject())->string(), ConstString("b"));
+}
+
 TEST(FXmlDocument, WritesALongTextAsContent) {
     const std::string longest(2048, 'x');
     FAttributes attributes;
@@ -416,20 +456,28 @@ TEST(FXmlDocument, SavesNothingThatCannotBeReadAgain) {
     FAttributes read;
     EXPECT_TRUE(readDocument(written(links), read)) << "a chain of objects has no end";
 
-    for (const int depth : {998, 999}) {
-        auto nested = make<FAttributes>();
-        nested->setInteger("n", 1);
-        for (int i = 0; i < depth; ++i) {
-            const auto outer = make<FAttributes>();
-            outer->setObject("m", nested.get(), Hold::retain);
-            nested = outer;
+    for (const bool isList : {false, true}) {
+        const int most = isList ? 997 : 998; // Its items stand one level deeper.
+        for (const int depth : {most, most + 1}) {
+            auto nested = make<FAttributes>();
+            if (isList)
+                nested->appendInteger("n", 1);
+            else
+                nested->setInteger("n", 1);
+            for (int i = 0; i < depth; ++i) {
+                const auto outer = make<FAttributes>();
+                outer->setObject("m", nested.get(), Hold::retain);
+                nested = outer;
+            }
+            FMemoryStream stream;
+            FXmlDocument document(&stream, Mode::write);
+            EXPECT_EQ(document.storeAttributes("State", *nested), depth == most);
+            EXPECT_EQ(document.errorText(), depth == most ? ""
+                                            : isList      ? "the list \"n\" is nested deeper than 1000"
+                                                          : "attributes are nested deeper than 1000");
+            FAttributes back;
+            EXPECT_EQ(readDocument(stream.bytes(), back), depth == most);
         }
-        FMemoryStream stream;
-        FXmlDocument document(&stream, Mode::write);
-        EXPECT_EQ(document.storeAttributes("State", *nested), depth < 999);
-        EXPECT_EQ(document.errorText(), depth < 999 ? "" : "attributes are nested deeper than 1000");
-        FAttributes back;
-        EXPECT_EQ(readDocument(stream.bytes(), back), depth < 999);
     }
 
     FAttributes named;
@@ -437,7 +485,7 @@ TEST(FXmlDocument, SavesNothingThatCannotBeReadAgain) {
     FMemoryStream stream;
     FXmlDocument document(&stream, Mode::write);
     EXPECT_FALSE(document.storeAttributes("State", named));
-    EXPECT_EQ(document.errorText(), "a key is longer than 2048 bytes");
+    EXPECT_EQ(document.errorText(), "the key \"" + std::string(64, 'k') + "...\" is longer than 2048 bytes");
 }
 
 TEST(FXmlDocument, KeepsOddNames) {

@@ -31,7 +31,7 @@ TEST(FXmlWriter, IndentsTagsAndTextsByTheirLevel) {
     const char* attributes[] = {"a", "<&>", "", "no name", "empty", "", nullptr};
     EXPECT_TRUE(writer.startTag("skin", nullptr, false));
     EXPECT_TRUE(writer.startTag("view", attributes, false));
-    EXPECT_TRUE(writer.writeComment("a --> \xE4"));
+    EXPECT_TRUE(writer.writeComment("a --> \xE4--"));
     EXPECT_TRUE(writer.writeText("one\r\n\r\n\ntwo <b>\rthree"));
     EXPECT_TRUE(writer.writeText(""));
     writer.setOptions(FXmlWriter::dropEmpty | FXmlWriter::escapeValues);
@@ -47,7 +47,7 @@ TEST(FXmlWriter, IndentsTagsAndTextsByTheirLevel) {
     EXPECT_TRUE(writer.endTag("more"));
     EXPECT_EQ(stream.bytes(), "<skin>\r\n"
                               "\t<view a=\"<&>\" =\"no name\" empty=\"\">\r\n"
-                              "\t\t<!-- a --&gt; &auml; -->\r\n"
+                              "\t\t<!-- a - -&gt; &auml;- - -->\r\n"
                               "\t\tone\r\n"
                               "\t\ttwo <b>\r\n"
                               "\t\tthree\r\n"
@@ -120,7 +120,7 @@ TEST(FXmlTagWriter, WritesEachPieceInItsForm) {
                   writer.writeText("a<\xC3\xA4$");
                   writer.writeText(ConstString(u"\u00E4"));
                   writer.closeTag("text");
-                  writer.writeComment("x > y");
+                  writer.writeComment("x --> y---");
                   writer.openTag("n", TagKind::inLine);
                   writer.writeNumber(-5);
                   writer.closeTag("n", LineEnd::no);
@@ -134,7 +134,7 @@ TEST(FXmlTagWriter, WritesEachPieceInItsForm) {
               " unsigned=\"18446744073709551615\""
               " float=\"0.1000000000000000055511151231257827021181583404541\"/>\r\n"
               "\t<text>a&lt;\xC3\xA4$\xC3\xA4</text>\r\n"
-              "\t<!-- x &gt; y -->\r\n"
+              "\t<!-- x - -&gt; y- - - -->\r\n"
               "\t<n>-5</n><m/>\r\n"
               "</root>\r\n");
     EXPECT_EQ(tags([](FXmlTagWriter& writer) {

@@ -41,6 +41,23 @@ bool noteQuestion(const ConstString& text, const ConstString& first, const Const
     return answer;
 }
 
+TEST(XmlFile, SaysWhyItFails) {
+    const SettingsFolder folder;
+    CmObject stateless;
+    folder.write("settings/Layout.xml", "<State/>");
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(saveXml("Layout", "State", stateless));
+    EXPECT_FALSE(loadXml("Layout", "State", stateless));
+    const std::string told = ::testing::internal::GetCapturedStderr();
+    EXPECT_NE(told.find("the settings file \"Layout\" is not saved: an object of the class CmObject has no "
+                        "attributes to store\n"),
+              std::string::npos)
+        << told;
+    EXPECT_NE(told.find("Layout.xml: an object of the class CmObject does not take these attributes\n"),
+              std::string::npos)
+        << told;
+}
+
 TEST(XmlFile, AsksBeforeItReplaces) {
     const SettingsFolder folder;
     const ReplaceQuestionRecord record(&noteQuestion);

@@ -374,21 +374,90 @@ TEST(XmlRoots, KeepObjectsApartWhoseNumbersAreTheSame) {
     }
 }
 
+TEST(XmlRoots, AStoredObjectAndTheLiveOneThatCameOfItAreOne) {
+    Reading reading("<Doc><root name='a' ID='7'/><obj class='XmlTestNode' ID='7'/></Doc>");
+    ASSERT_TRUE(reading.document.load("Doc"));
+    const Ref<CmObject> live = reading.document.getObject("a");
+    ASSERT_NE(live, nullptr);
+    Writing writing;
+    writing.document.objects().setObject("a", reading.document.objects().at(0)->getObject(), Hold::retain);
+    writing.document.objects().setObject("b", live.get(), Hold::retain);
+    Reading again(writing.save());
+    ASSERT_TRUE(again.document.load("Doc"));
+    EXPECT_EQ(again.document.getObject("a"), again.document.getObject("b"));
+    EXPECT_EQ(cast<FXmlObject>(again.document.objects().at(1)->getObject())->id(), 7u);
+}
+
+TEST(XmlRoots, AReferenceThatNamesNothingNamesNoOtherObjectLater) {
+    Reading one("<Doc><root name='lost' ID='1'/><root name='too' ID='1'/></Doc>");
+    Reading two("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='2'/></obj></Doc>");
+    ASSERT_TRUE(one.document.load("Doc") && two.document.load("Doc"));
+    for (const bool isObjectFirst : {false, true}) {
+        Writing writing;
+        FAttributes& objects = writing.document.objects();
+        if (isObjectFirst)
+            objects.setObject("a", two.document.objects().at(0)->getObject(), Hold::retain);
+        objects.setObject("lost", one.document.objects().at(0)->getObject(), Hold::retain);
+        objects.setObject("too", one.document.objects().at(1)->getObject(), Hold::retain);
+        if (!isObjectFirst)
+            objects.setObject("a", two.document.objects().at(0)->getObject(), Hold::retain);
+        Reading both(writing.save());
+        ASSERT_TRUE(both.document.load("Doc"));
+        const auto stored = [&](const char* name) {
+            return cast<FXmlReference>(both.document.objects().find(name)->getObject());
+        };
+        EXPECT_EQ(stored("lost")->target(), nullptr);
+        EXPECT_EQ(stored("lost")->id(), stored("too")->id());
+        ASSERT_NE(stored("a")->target(), nullptr);
+        EXPECT_EQ(stored("a")->getAttributes()->getInteger("n"), 2);
+    }
+}
+
+TEST(XmlRoots, AStoredObjectAmongTheDataGivesItsAttributes) {
+    Reading reading(
+        "<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='2'/></obj></Doc>");
+    ASSERT_TRUE(reading.document.load("Doc"));
+    auto* reference = cast<FXmlReference>(reading.document.objects().at(0)->getObject());
+    for (CmObject* object :
+         {static_cast<CmObject*>(reference), static_cast<CmObject*>(reference->target())}) {
+        Writing writing;
+        writing.document.data().setObject("d", object, Hold::retain);
+        Reading again(writing.save());
+        ASSERT_TRUE(again.document.load("Doc"));
+        EXPECT_EQ(again.document.data().getAttributes("d")->getInteger("n"), 2);
+    }
+}
+
 TEST(XmlRoots, AreNotWrittenInHalf) {
     const auto node = make<XmlTestNode>();
     node->isStorable = false;
     Writing object;
     object.document.objects().setObject("a", node.get(), Hold::retain);
     EXPECT_FALSE(object.document.saveRoots("Doc"));
-    EXPECT_EQ(object.document.errorText(), "an object has no attributes");
+    EXPECT_EQ(object.document.errorText(), "an object of the class XmlTestNode has no attributes to store");
     Writing data;
     data.document.data().setObject("a", node.get(), Hold::retain);
     EXPECT_FALSE(data.document.saveRoots("Doc"));
+    EXPECT_EQ(data.document.errorText(),
+              "an object of the class XmlTestNode under \"a\" has no attributes to store");
+    node->isStorable = true;
+    for (const std::string& name : {std::string(), std::string(2049, 'k')}) {
+        Writing named;
+        named.document.objects().setObject(name, node.get(), Hold::retain);
+        EXPECT_FALSE(named.document.saveRoots("Doc"));
+        EXPECT_EQ(named.document.errorText(), name.empty() ? "a root has no name"
+                                                           : "the name of a root, \"" + name.substr(0, 64) +
+                                                                 "...\", is longer than 2048 bytes");
+        Writing nested;
+        nested.document.data().setObject(name, make<FAttributes>().get(), Hold::retain);
+        EXPECT_FALSE(nested.document.saveRoots("Doc"));
+    }
 
     FMemoryStream full(std::string_view("read only"));
     FXmlDocument document(&full, Mode::write);
     EXPECT_FALSE(document.saveRoots("Doc"));
-    EXPECT_EQ(document.errorText(), "the stream does not take it");
+    EXPECT_EQ(document.errorText(),
+              "the stream doesn't take all of the document: it is full, or not open for writing");
     FXmlDocument none(nullptr, Mode::write);
     EXPECT_FALSE(none.saveRoots("Doc"));
 }
