@@ -298,7 +298,7 @@ bool XmlDocumentReader::openBinary(const FXmlAttributes& attributes) {
 void XmlDocumentReader::addDigits(std::string_view text) {
     bytes_.clear();
     for (const char c : text) {
-        const int digit = digitValues[static_cast<uint8_t>(c)];
+        const int8_t digit = digitValues[static_cast<uint8_t>(c)];
         if (digit < 0)
             continue;
         if (highDigit_ >= 0)

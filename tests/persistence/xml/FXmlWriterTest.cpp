@@ -161,7 +161,7 @@ std::string wrongText(XmlLine& line, FMemoryStream& sink, double value) {
     const auto length = static_cast<size_t>(std::snprintf(expected, sizeof expected, "%.50g", value));
     line.putFloat(value);
     const bool isEqual = line.text() == std::string_view(expected, length);
-    const std::string text = isEqual ? std::string() : std::string(line.text()) + " is not " + expected;
+    std::string text = isEqual ? std::string() : std::string(line.text()) + " is not " + expected;
     sink.setStreamSize(0);
     sink.rewind();
     line.writeTo(static_cast<FBinaryStream&>(sink));
