@@ -142,17 +142,21 @@ TEST(ValueClasses, AreClonedWholeOrNotAtAll) {
     const CmVariant narrow(ConstString("text"));
     const CmVariant wide(ConstString(u"text"));
     const CmRational rational(1, 2);
-    const std::pair<const CmObject*, std::function<bool(const CmObject*)>> rows[] = {
+    struct Row {
+        const CmObject* object;
+        std::function<bool(const CmObject*)> isSame;
+    };
+    const Row rows[] = {
         {&buffer, [](const CmObject* copy) { return cast<CmBuffer>(copy)->bytes() == "abc"; }},
         {&narrow, [](const CmObject* copy) { return cast<CmVariant>(copy)->getText() == "text"; }},
         {&wide, [](const CmObject* copy) { return cast<CmVariant>(copy)->getText() == "text"; }},
         {&rational, [&](const CmObject* copy) { return copy->isEqual(&rational); }},
     };
-    for (const auto& [object, isSame] : rows)
+    for (const Row& row : rows)
         failEachAllocation([&](FailingAllocation& allocation) {
-            const auto copy = Ref<CmObject>::adopt(allocation.during([&] { return object->clone(); }));
-            EXPECT_EQ(copy != nullptr, !allocation.hasFailed()) << object->getClassName();
-            EXPECT_TRUE(!copy || isSame(copy.get())) << object->getClassName();
+            const auto copy = Ref<CmObject>::adopt(allocation.during([&] { return row.object->clone(); }));
+            EXPECT_EQ(copy != nullptr, !allocation.hasFailed()) << row.object->getClassName();
+            EXPECT_TRUE(!copy || row.isSame(copy.get())) << row.object->getClassName();
         });
     EXPECT_TRUE(Ref<CmObject>::adopt(CmBuffer().clone())) << "nothing is copied as well";
     EXPECT_TRUE(Ref<CmObject>::adopt(CmVariant().clone()));
