@@ -73,7 +73,8 @@ WrittenObjects::Entry WrittenObjects::enter(CmObject* object, uint64_t id) {
     const auto [place, isNew] = known_.try_emplace(object);
     if (!isNew)
         return {place->second.id, false};
-    place->second = {takeId(id), retain(object)};
+    place->second.id = takeId(id);
+    place->second.object = retain(object);
     return {place->second.id, true};
 }
 

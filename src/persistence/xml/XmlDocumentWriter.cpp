@@ -100,7 +100,7 @@ bool XmlDocumentWriter::writeRoot(const FStringIDAttribute& entry) {
         return false;
     uint64_t id = 0;
     if (enter(object, id))
-        queue_.push_back({retain(object), id});
+        putOff(*object, id);
     open("root", entry.key(), 2).put(" ID=\"").putUnsigned(id);
     return finish("\"/>");
 }
@@ -116,6 +116,11 @@ bool XmlDocumentWriter::writeDataRoot(const FStringIDAttribute& entry) {
         return false;
     open("root", entry.key(), 2);
     return finish(">") && writeBody(*stored.attributes, 3) && closeElement("root", 2);
+}
+
+void XmlDocumentWriter::putOff(CmObject& object, uint64_t id) {
+    Waiting waiting{retain(&object), id};
+    queue_.push_back(std::move(waiting));
 }
 
 bool XmlDocumentWriter::writeQueue() {
@@ -277,7 +282,7 @@ bool XmlDocumentWriter::writeListed(CmObject* item, int32_t level) {
     if (item && enter(item, id)) {
         if (level < deepestListed)
             return writeFull(item, id, nullptr, level);
-        queue_.push_back({retain(item), id});
+        putOff(*item, id);
     }
     // The number 0 keeps the place of an item that is nothing.
     indent(level).put("<item value=\"").putUnsigned(id);
@@ -289,7 +294,7 @@ bool XmlDocumentWriter::writeInstance(CmObject* object, std::string_view key, in
     if (enter(object, id)) {
         if (level < queueLevel)
             return writeFull(object, id, &key, level);
-        queue_.push_back({retain(object), id});
+        putOff(*object, id);
     }
     open("obj", key, level).put(" ID=\"").putUnsigned(id);
     return finish("\"/>");

@@ -39,6 +39,8 @@ private:
     bool end(std::string_view tag);
     bool writeRoot(const FStringIDAttribute& entry);
     bool writeDataRoot(const FStringIDAttribute& entry);
+    /// Queues an object that is written behind the others.
+    void putOff(CmObject& object, uint64_t id);
     bool writeQueue();
     bool writeBody(const FAttributes& attributes, int32_t level);
     bool writeEntry(const FStringIDAttribute& entry, int32_t level);
