@@ -74,6 +74,10 @@ enum class PriorityClass : uint8_t {
 /// `setThreadPriority` gives to the process's first thread does not count.
 PriorityClass getPriorityClass();
 
+/// Bytes of stack below its caller that the calling thread has left, for what calls itself as often as data
+/// say. The largest number there is on a stack that the system doesn't know, such as a fibre's.
+int64_t getStackLeft();
+
 /// Real time, on any thread. The user-interface thread uses `DesktopServices::sleep`.
 void sleepThread(int64_t milliseconds);
 

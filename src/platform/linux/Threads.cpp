@@ -8,6 +8,7 @@
 #include <ctime>
 #include <features.h>
 #include <iterator>
+#include <limits>
 #include <new>
 #include <pthread.h>
 #include <sched.h>
@@ -228,6 +229,29 @@ int grantedNice(id_t id, int wanted) {
     return std::min(getpriority(PRIO_PROCESS, id), std::max(wanted, lowest));
 }
 
+struct StackBounds {
+    bool isAsked = false;
+    uintptr_t low = 0;
+    uintptr_t high = 0;
+};
+/// For the first thread it takes files to find them out.
+thread_local constinit StackBounds ownStack = {};
+
+StackBounds askStackBounds() {
+    StackBounds bounds{.isAsked = true};
+    pthread_attr_t attributes;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0)
+        return bounds;
+    void* start = nullptr;
+    size_t size = 0;
+    if (pthread_attr_getstack(&attributes, &start, &size) == 0) {
+        bounds.low = reinterpret_cast<uintptr_t>(start);
+        bounds.high = bounds.low + size;
+    }
+    pthread_attr_destroy(&attributes);
+    return bounds;
+}
+
 /// Slots carry the number of their use, so that a value left by an earlier use of the number is not seen.
 constexpr int32_t slotCount = 64;
 
@@ -242,6 +266,14 @@ constinit bool isSlotTaken[slotCount] = {};
 thread_local constinit SlotValue slotValues[slotCount] = {};
 
 } // namespace
+
+int64_t getStackLeft() {
+    if (!ownStack.isAsked)
+        ownStack = askStackBounds();
+    const auto here = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
+    const bool isKnown = here >= ownStack.low && here < ownStack.high;
+    return isKnown ? static_cast<int64_t>(here - ownStack.low) : std::numeric_limits<int64_t>::max();
+}
 
 bool startThread(ThreadBody body, void* argument, const char* name, ThreadHandle& handle) {
     auto* record = new (std::nothrow) ThreadRecord;

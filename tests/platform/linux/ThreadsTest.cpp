@@ -1,6 +1,7 @@
 #include "platform/Threads.h"
 
 #include "platform/Clock.h"
+#include "support/SmallStack.h"
 
 #include <algorithm>
 #include <atomic>
@@ -211,6 +212,22 @@ TEST(Threads, TheNearestPriorityThatTheSystemGrantsIsTaken) {
     EXPECT_EQ(raised.nice, mayRaise ? granted : raised.lowered);
     closeThread(raised.shared.handle);
     setrlimit(RLIMIT_NICE, &earlier);
+}
+
+TEST(Threads, KnowHowMuchStackTheyHaveLeft) {
+    constexpr int64_t size = 0x40000;
+    testing::runOnStack(size, [&] {
+        const int64_t before = getStackLeft();
+        EXPECT_LT(before, size);
+        EXPECT_GT(before, size / 2);
+        const auto below = [](int64_t taken) {
+            volatile char buffer[0x8000];
+            buffer[taken] = 1;
+            return getStackLeft();
+        };
+        EXPECT_LE(below(1), before - 0x8000);
+    });
+    EXPECT_GT(getStackLeft(), size) << "the first thread";
 }
 
 TEST(Events, AutomaticOnesLetOneWaiterThrough) {
