@@ -1,10 +1,6 @@
 #pragma once
 
-#include "persistence/archive/FObjectArchive.h"
-#include "persistence/archive/StoredClass.h"
-#include "persistence/archive/StoredPlaces.h"
-
-#include <vector>
+#include "persistence/archive/TableArchive.h"
 
 namespace qorl {
 
@@ -19,21 +15,18 @@ namespace qorl {
 /// that can't be read ends the reading for good, and so do a class that nobody has registered and a number
 /// under which no class stands (`wrongObject`; what is asked for later is `streamFailed`): nobody knows where
 /// the next one begins. An object that holds such a one can't be read either.
-class FCompactArchive : public FObjectArchive {
+class FCompactArchive : public TableArchive {
 public:
-    /// `stream` is not retained. The archive begins at its position.
+    /// `stream` is not retained. The archive begins at its position. For reading, the class that is asked for
+    /// is compared only where an object occurs again.
     FCompactArchive(FStream& stream, Direction direction);
     ~FCompactArchive() override;
 
-    using FObjectArchive::readObject;
-    using FObjectArchive::writeObject;
-    bool writeObject(CmObject* object, bool track) override;
-    /// `className` is compared only where an object occurs again.
-    CmObject* readObject(const char* className, bool track) override;
-    int32_t getStoredVersion(const char* className) override;
-    bool raiseStoredVersion(const ClassRecord* record) override;
-    bool writeClass(const ClassRecord* record) override;
-    const ClassRecord* readClass() override;
+protected:
+    bool nameClass(const ClassRecord& record) override;
+    bool storeContents(CmObject& object, bool track) override;
+    Ref<CmObject> nextObject(const char* className, bool track) override;
+    const StoredClass* nextClass() override;
 
 private:
     /// What a number stands for: an object, or else a class; neither for the null entry and for an object
@@ -45,20 +38,14 @@ private:
         uint32_t classIndex = noClass;
     };
 
-    bool storeObject(CmObject* object, bool track);
-    bool storeClass(const ClassRecord& record);
-    bool beginNext();
+    bool readTag(int32_t& tag);
     void lose(const char* className);
-    Ref<CmObject> nextObject(const char* className, bool track);
     Ref<CmObject> resolve(int32_t number, const char* className);
     Ref<CmObject> readInstance(uint32_t classIndex, const char* className, bool track);
     bool findClass(int32_t tag, uint32_t& index);
-    StoredClass* findStored(const ClassRecord* record);
 
-    StoredPlaces places_;
     int32_t nextNumber_ = 1;
     std::vector<Entry> entries_;
-    std::vector<StoredClass> classes_;
     bool isLost_ = false;
 };
 

@@ -3,6 +3,7 @@
 #include "foundation/CmObject.h"
 #include "persistence/streams/FStream.h"
 #include "platform/System.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <new>
@@ -14,11 +15,10 @@ namespace {
 
 constinit ArchiveListener* globalListener = nullptr;
 
-void tellTooDeep(const CmObject& object) {
+void tellTooDeep(const CmObject& object, int32_t depth) {
     try {
-        platform::debugOutput("stored objects: " + std::string(object.getClassName()) +
-                              " is nested more than " + std::to_string(FObjectArchive::deepest) +
-                              " deep and is left out");
+        platform::debugOutput("stored objects: " + std::string(object.getClassName()) + " below " +
+                              std::to_string(depth) + " others is nested too deep and is left out");
     } catch (const std::bad_alloc&) {
         platform::debugOutput("stored objects: nested too deep");
     }
@@ -50,7 +50,7 @@ int32_t FObjectArchive::checkStream() {
 void FObjectArchive::report(Error code, const char* text) {
     if (lastError_ != streamFailed)
         lastError_ = code;
-    if (std::ranges::find(errors(), code) == errors().end())
+    if (errorCount_ < codeCount && std::ranges::find(errors(), code) == errors().end())
         errors_[errorCount_++] = code;
     if (listener_)
         listener_->report(code, text);
@@ -80,23 +80,21 @@ const ClassRecord* FObjectArchive::recordFor(const CmObject& object) {
     return nullptr;
 }
 
-bool FObjectArchive::passContents(CmObject& object) {
-    if (depth_ >= deepest) {
-        tellTooDeep(object);
-        if (storing_)
-            report(streamFailed, object.getClassName());
-        return false;
+FObjectArchive::Contents FObjectArchive::passContents(CmObject& object) {
+    if (depth_ >= deepest || platform::getStackLeft() < leastStack) {
+        tellTooDeep(object, depth_);
+        return Contents::outOfReach;
     }
-    bool isDone = false;
+    Contents contents = Contents::outOfReach;
     ++depth_;
     try {
-        isDone = storing_ ? object.writeTo(this) : object.readFrom(this);
+        const bool isDone = storing_ ? object.writeTo(this) : object.readFrom(this);
+        contents = isDone ? Contents::passed : Contents::refused;
     } catch (const std::bad_alloc&) {
-        if (storing_)
-            report(streamFailed, object.getClassName());
+        // Told by the result.
     }
     --depth_;
-    return isDone;
+    return contents;
 }
 
 void FObjectArchive::setGlobalListener(ArchiveListener* listener) {

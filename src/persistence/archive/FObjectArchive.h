@@ -41,8 +41,10 @@ public:
     enum class Direction { reading, storing };
 
     /// How deep objects may be nested: each level takes stack. A deeper one is neither stored nor read, and
-    /// the debug output tells its class.
+    /// the debug output tells its class. So it is before that depth where the thread has not `leastStack`
+    /// bytes of stack left.
     static constexpr int32_t deepest = 2000;
+    static constexpr int64_t leastStack = 0x10000;
 
     FObjectArchive(const FObjectArchive&) = delete;
     virtual ~FObjectArchive() = default;
@@ -78,7 +80,7 @@ public:
     int32_t lastError() const { return lastError_; }
     /// Every code that occurred, once, in order.
     std::span<const Error> errors() const { return {errors_, errorCount_}; }
-    /// For objects too, that find in their own fields what can't be.
+    /// For objects too, that find in their own fields what can't be; by one of the codes above.
     void report(Error code, const char* text);
     /// Not owned; null for none.
     void setListener(ArchiveListener* listener) { listener_ = listener; }
@@ -99,9 +101,13 @@ protected:
     bool beginReading();
     /// The record that `object` is stored by; null, which is reported, when it could not be read back.
     const ClassRecord* recordFor(const CmObject& object);
-    /// Lets the object store or read itself, one level deeper. False when it could not, also for want of
-    /// memory.
-    bool passContents(CmObject& object);
+    enum class Contents : uint8_t {
+        passed,
+        refused,   ///< The object said no.
+        outOfReach ///< It was not asked, or could not answer: nested too deep, no memory.
+    };
+    /// Lets the object store or read itself, one level deeper. Reports nothing.
+    Contents passContents(CmObject& object);
 
     FStream& stream_;
     bool storing_;

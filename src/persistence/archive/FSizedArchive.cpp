@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
 #include <utility>
 
 namespace qorl {
@@ -20,15 +19,16 @@ constexpr int64_t mostOffset = INT32_MAX - 2;
 constexpr size_t firstClasses = 4096;
 constexpr size_t firstObjects = 100;
 
-/// What may be read once more besides as much as was read. Objects that read too much go back a little;
-/// lengths that are made to lead back would have a small file read without end.
-constexpr int64_t alwaysAllowedBack = int64_t{1} << 16;
+/// How many times as much as was read may be read once more, and what besides. Objects that read too much go
+/// back a little, all of those of one class; lengths that are made to lead back would have a small file read
+/// without end.
+constexpr int64_t allowedRounds = 16;
+constexpr int64_t alwaysAllowedBack = int64_t{1} << 20;
 
 } // namespace
 
 FSizedArchive::FSizedArchive(FStream& stream, Direction direction)
-    : FObjectArchive(stream, direction), base_(stream.tell()),
-      frameEnd_(std::numeric_limits<int64_t>::max()) {}
+    : TableArchive(stream, direction), base_(stream.tell()), frameEnd_(std::numeric_limits<int64_t>::max()) {}
 
 FSizedArchive::~FSizedArchive() = default;
 
@@ -36,31 +36,16 @@ int64_t FSizedArchive::offsetHere() {
     return stream_.tell() - base_;
 }
 
-bool FSizedArchive::writeObject(CmObject* object, bool track) try {
-    return storing_ && checkStream() == 0 && storeObject(object, track);
-} catch (const std::bad_alloc&) {
-    report(streamFailed, object ? object->getClassName() : nullptr);
-    return false;
-}
-
-bool FSizedArchive::storeObject(CmObject* object, bool track) {
-    if (!object)
-        return checked(stream_.writeInt32(ArchiveTag::null));
-    if (track)
-        if (const int32_t* place = places_.find(*object))
-            return checked(stream_.writeInt32(*place));
-    const ClassRecord* record = recordFor(*object);
-    if (!record || !storeClass(*record))
-        return false;
+bool FSizedArchive::storeContents(CmObject& object, bool track) {
     const int64_t fieldPosition = stream_.tell();
     const int64_t offset = fieldPosition - base_;
     if (!checked(offset <= mostOffset &&
                  stream_.seek(fieldSize, FStream::fromHere) == fieldPosition + fieldSize))
         return false;
     if (track)
-        places_.add(*object, static_cast<int32_t>(offset));
-    if (!passContents(*object)) {
-        report(streamFailed, object->getClassName());
+        places_.add(object, static_cast<int32_t>(offset));
+    if (passContents(object) != Contents::passed) {
+        report(streamFailed, object.getClassName());
         return false;
     }
     return checkStream() == 0 && checked(storeLength(fieldPosition));
@@ -74,9 +59,7 @@ bool FSizedArchive::storeLength(int64_t fieldPosition) {
            stream_.writeInt32(static_cast<int32_t>(length)) && stream_.seek(end, FStream::fromStart) == end;
 }
 
-bool FSizedArchive::storeClass(const ClassRecord& record) {
-    if (const int32_t* place = places_.find(record))
-        return checked(stream_.writeInt32(*place | ArchiveTag::classBit));
+bool FSizedArchive::nameClass(const ClassRecord& record) {
     for (const ClassRecord* parent = record.parent(); parent && !places_.find(*parent);
          parent = parent->parent())
         if (!storeMarker(ArchiveTag::parentClass, *parent))
@@ -92,14 +75,7 @@ bool FSizedArchive::storeMarker(int32_t tag, const ClassRecord& record) {
     return true;
 }
 
-CmObject* FSizedArchive::readObject(const char* className, bool) try {
-    return beginReading() ? nextObject(className).detach() : nullptr;
-} catch (const std::bad_alloc&) {
-    report(streamFailed, className);
-    return nullptr;
-}
-
-Ref<CmObject> FSizedArchive::nextObject(const char* className) {
+Ref<CmObject> FSizedArchive::nextObject(const char* className, bool) {
     Header header;
     if (!readHeader(header) || header.tag == ArchiveTag::null)
         return nullptr;
@@ -185,11 +161,7 @@ bool FSizedArchive::skipObject(Error error, const char* text, int32_t length) {
 
 Ref<CmObject> FSizedArchive::resolve(int32_t offset, const char* className) {
     const auto known = objects_.find(offset);
-    Ref<CmObject> object = known != objects_.end() ? known->second : nullptr;
-    if (object && (!className || object->isTypeOf(className, true)))
-        return object;
-    report(wrongObject, object ? object->getClassName() : className);
-    return nullptr;
+    return referred(known != objects_.end() ? known->second : nullptr, className);
 }
 
 Ref<CmObject> FSizedArchive::readInstance(const Header& header, const char* className) {
@@ -214,7 +186,7 @@ bool FSizedArchive::readContents(const Ref<CmObject>& object, int64_t start, int
     objects_.insert_or_assign(offset, object);
     const int32_t outerVersion = std::exchange(version_, version);
     const int64_t outerEnd = std::exchange(frameEnd_, end);
-    const bool isRead = passContents(*object);
+    const bool isRead = passContents(*object) == Contents::passed;
     version_ = outerVersion;
     frameEnd_ = outerEnd;
     if (isRead)
@@ -241,48 +213,18 @@ void FSizedArchive::goTo(int64_t end) {
 /// Called at the place from which it goes back.
 void FSizedArchive::countBack(int64_t count) {
     goneBack_ += std::max<int64_t>(count, 0);
-    checked(goneBack_ <= offsetHere() + alwaysAllowedBack);
+    checked(goneBack_ / allowedRounds <= offsetHere() + alwaysAllowedBack / allowedRounds);
 }
 
-StoredClass* FSizedArchive::findStored(const ClassRecord* record) {
-    return StoredClass::findLast(classes_, record);
-}
-
-int32_t FSizedArchive::getStoredVersion(const char* className) {
-    const StoredClass* stored = findStored(StoredClass::find(className));
-    return stored ? stored->version() : 0;
-}
-
-bool FSizedArchive::raiseStoredVersion(const ClassRecord* record) {
-    StoredClass* stored = findStored(record);
-    if (stored)
-        stored->raiseVersion();
-    return stored != nullptr;
-}
-
-bool FSizedArchive::writeClass(const ClassRecord* record) try {
-    if (!storing_ || !record || !record->persistentName() || checkStream() != 0)
-        return false;
-    return storeClass(*record) && checked(stream_.writeInt32(ArchiveTag::null));
-} catch (const std::bad_alloc&) {
-    report(streamFailed, record->name());
-    return false;
-}
-
-const ClassRecord* FSizedArchive::readClass() try {
+const StoredClass* FSizedArchive::nextClass() {
     Header header;
-    if (!beginReading() || !readHeader(header) || header.tag == ArchiveTag::null)
+    if (!readHeader(header) || header.tag == ArchiveTag::null)
         return nullptr;
     if (header.tag > 0 || header.length != 0) {
         report(malformed, nullptr);
         return nullptr;
     }
-    const StoredClass& type = classes_[header.classIndex];
-    version_ = type.version();
-    return type.record();
-} catch (const std::bad_alloc&) {
-    report(streamFailed, nullptr);
-    return nullptr;
+    return &classes_[header.classIndex];
 }
 
 } // namespace qorl

@@ -1,11 +1,8 @@
 #pragma once
 
-#include "persistence/archive/FObjectArchive.h"
-#include "persistence/archive/StoredClass.h"
-#include "persistence/archive/StoredPlaces.h"
+#include "persistence/archive/TableArchive.h"
 
 #include <unordered_map>
-#include <vector>
 
 namespace qorl {
 
@@ -16,20 +13,17 @@ namespace qorl {
 /// occurred stand before it, the nearest first, with -2. Later objects have the place of their class's marker
 /// with bit 31 set. Then 32-bit length, and what `writeTo` wrote. A tracked object that occurs again is the
 /// place of its length; 0 is null. Places count from where the archive began.
-class FSizedArchive : public FObjectArchive {
+class FSizedArchive : public TableArchive {
 public:
     /// `stream` is not retained; it must be able to seek. The archive begins at its position.
     FSizedArchive(FStream& stream, Direction direction);
     ~FSizedArchive() override;
 
-    using FObjectArchive::readObject;
-    using FObjectArchive::writeObject;
-    bool writeObject(CmObject* object, bool track) override;
-    CmObject* readObject(const char* className, bool track) override;
-    int32_t getStoredVersion(const char* className) override;
-    bool raiseStoredVersion(const ClassRecord* record) override;
-    bool writeClass(const ClassRecord* record) override;
-    const ClassRecord* readClass() override;
+protected:
+    bool nameClass(const ClassRecord& record) override;
+    bool storeContents(CmObject& object, bool track) override;
+    Ref<CmObject> nextObject(const char* className, bool track) override;
+    const StoredClass* nextClass() override;
 
 private:
     /// What stands before an object.
@@ -40,8 +34,6 @@ private:
     };
 
     int64_t offsetHere();
-    bool storeObject(CmObject* object, bool track);
-    bool storeClass(const ClassRecord& record);
     bool storeMarker(int32_t tag, const ClassRecord& record);
     bool storeLength(int64_t fieldPosition);
 
@@ -50,18 +42,14 @@ private:
     bool findClass(int64_t offset, size_t& index);
     void readMarkersAt(int64_t offset);
     bool skipObject(Error error, const char* text, int32_t length);
-    Ref<CmObject> nextObject(const char* className);
     Ref<CmObject> resolve(int32_t offset, const char* className);
     Ref<CmObject> readInstance(const Header& header, const char* className);
     bool readContents(const Ref<CmObject>& object, int64_t start, int64_t end, int32_t version);
-    StoredClass* findStored(const ClassRecord* record);
     int64_t endOfFrame(int64_t start, int32_t length) const;
     void goTo(int64_t end);
     void countBack(int64_t count);
 
     int64_t base_;
-    StoredPlaces places_;
-    std::vector<StoredClass> classes_;
     std::unordered_map<int64_t, size_t> classesByOffset_;
     std::unordered_map<int64_t, Ref<CmObject>> objects_;
     /// Where the object ends that is being read; the end of everything outside of objects.

@@ -4,6 +4,7 @@
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
+#include "support/SmallStack.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -152,6 +153,41 @@ TYPED_TEST(ObjectGraphs, AreRefusedWhereTheyAreNestedTooDeep) {
         }
         GraphNode::cutAll();
     }
+}
+
+TYPED_TEST(ObjectGraphs, AreRefusedBeforeTheyTakeAllOfAStack) {
+    const auto probe = make<ArchiveProbe>();
+    const auto nest = [&, left = 1900](FObjectArchive& archive) mutable {
+        return left-- <= 0 || archive.writeObject(probe.get(), false);
+    };
+    // Each takes as much as a class with large buffers of its own.
+    const auto takeStack = [](auto pass) {
+        volatile char buffer[4096];
+        buffer[0] = 1;
+        return pass() && buffer[0] == 1;
+    };
+    std::string bytes;
+    {
+        const ProbeActions actions(nest, nullptr);
+        Storing<TypeParam> storing;
+        ASSERT_TRUE(storing.archive.writeObject(probe.get()));
+        bytes = storing.bytes();
+    }
+    const ProbeActions actions(
+        [&](FObjectArchive& archive) {
+            return takeStack([&] { return archive.writeObject(probe.get(), false); });
+        },
+        [&](FObjectArchive& archive) {
+            return takeStack([&] { return Ref<CmObject>::adopt(archive.readObject(nullptr)) != nullptr; });
+        });
+    testing::runOnStack(0x40000, [&] {
+        Storing<TypeParam> storing;
+        EXPECT_FALSE(storing.archive.writeObject(probe.get()));
+        EXPECT_EQ(storing.archive.lastError(), FObjectArchive::streamFailed);
+        Reading<TypeParam> reading(bytes);
+        EXPECT_EQ(reading.next(), nullptr);
+        EXPECT_NE(reading.archive.lastError(), 0);
+    });
 }
 
 TYPED_TEST(ObjectGraphs, TellWhenMemoryRunsOutAndLoseNothing) {
