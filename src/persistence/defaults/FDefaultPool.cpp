@@ -73,21 +73,6 @@ private:
     FDefaults& group_;
 };
 
-/// Attributes as an object of their own, for the settings files.
-class AttributesHolder : public CmObject {
-public:
-    bool storeAttributes(FAttributes* attributes) override {
-        *attributes = held;
-        return true;
-    }
-    bool restoreAttributes(FAttributes* attributes) override {
-        held = *attributes;
-        return true;
-    }
-
-    FAttributes held;
-};
-
 /// Whether the document can't be written, which is told with the reason.
 bool isUnwritable(const FAttributes& document, const std::string& what) {
     FMemoryStream text;
@@ -220,9 +205,7 @@ bool FDefaultPool::loadFile(const std::string& name, std::string_view tag, CmObj
 }
 
 bool FDefaultPool::saveFile(const std::string& name, std::string_view tag, FAttributes& attributes) {
-    AttributesHolder document;
-    attributes.shareWith(document.held);
-    return setAsideUnread(name) && saveXml(ConstString(std::string_view(name)), tag, document);
+    return setAsideUnread(name) && saveXml(ConstString(std::string_view(name)), tag, attributes);
 }
 
 /// What could not be read is kept under another name before anything takes its place.
@@ -303,9 +286,9 @@ bool FDefaultPool::markExtracted() {
 
 bool FDefaultPool::loadFolder() {
     if (DefaultsFolder::stands(DefaultsFolder::store)) {
-        AttributesHolder savers;
-        if (loadFile(inFolder(autoSaverName), autoSaverTag, savers))
-            savedAutoSaverAttributes_ = make<FAttributes>(savers.held);
+        auto savers = make<FAttributes>();
+        if (loadFile(inFolder(autoSaverName), autoSaverTag, *savers))
+            savedAutoSaverAttributes_ = std::move(savers);
         return true;
     }
     const bool isRead = loadAll();
@@ -415,16 +398,16 @@ bool FDefaultPool::saveGroups(Collected& all, const char* folder) {
     const std::string name = inFolder(autoSaverName, folder);
     if (saveFile(name, autoSaverTag, *all.savers))
         return isGood;
-    AttributesHolder earlier;
+    FAttributes earlier;
     loadFile(name, autoSaverTag, earlier);
-    if (replaceUnwritableSavers(*all.savers, earlier.held))
+    if (replaceUnwritableSavers(*all.savers, earlier))
         saveFile(name, autoSaverTag, *all.savers);
     return false;
 }
 
 /// Puts what is stored in the place of what can't be written. Whether there was any.
 bool FDefaultPool::replaceUnwritable(Collected& all) {
-    AttributesHolder earlier;
+    FAttributes earlier;
     loadFile(storeName, storeTag, earlier);
     bool isAny = false;
     for (auto& [group, attributes] : all.groups) {
@@ -433,10 +416,10 @@ bool FDefaultPool::replaceUnwritable(Collected& all) {
         if (!isUnwritable(document, "settings of \"" + group->group().toUtf8() + '"'))
             continue;
         isAny = true;
-        attributes = storedEntry(earlier.held, DefaultsFolder::keyOf(group->group()));
+        attributes = storedEntry(earlier, DefaultsFolder::keyOf(group->group()));
     }
     std::erase_if(all.groups, [](const auto& group) { return !group.attributes; });
-    const FAttributes* savers = earlier.held.getAttributes(autoSaversKey);
+    const FAttributes* savers = earlier.getAttributes(autoSaversKey);
     const FAttributes none;
     return (all.savers && replaceUnwritableSavers(*all.savers, savers ? *savers : none)) || isAny;
 }

@@ -44,7 +44,7 @@ bool XmlDocumentWriter::fail(std::string reason) {
 }
 
 bool XmlDocumentWriter::failLine() {
-    if (line_.isBroken())
+    if (lines_.isBroken())
         throw std::bad_alloc();
     return fail("the stream doesn't take all of the document: it is full, or not open for writing");
 }
@@ -57,12 +57,12 @@ bool XmlDocumentWriter::closeElement(std::string_view element, int32_t level) {
 bool XmlDocumentWriter::begin(std::string_view tag) {
     if (!finish("<?xml version=\"1.0\" encoding=\"utf-8\"?>"))
         return false;
-    line_.put('<').put(tag);
+    lines_.put('<').put(tag);
     return finish(">");
 }
 
 bool XmlDocumentWriter::end(std::string_view tag) {
-    return closeElement(tag, 0);
+    return closeElement(tag, 0) && handOver();
 }
 
 bool XmlDocumentWriter::writeAttributes(std::string_view tag, const FAttributes& attributes) {
@@ -172,7 +172,7 @@ bool XmlDocumentWriter::writeString(std::string_view key, const ConstString& tex
     open("string", key, level).put(wide);
     if (!finish(">"))
         return false;
-    line_.putEscaped(text, Escape::entities);
+    lines_.putEscaped(text, Escape::entities);
     return finish({}) && closeElement("string", level);
 }
 
@@ -195,7 +195,7 @@ bool XmlDocumentWriter::writeBinary(std::string_view key, std::string_view bytes
     if (!finish(">"))
         return false;
     for (; !bytes.empty(); bytes.remove_prefix(std::min(bytesOfLine, bytes.size()))) {
-        line_.fill('\t', level + 1).putHex(bytes.substr(0, bytesOfLine));
+        lines_.fill('\t', level + 1).putHex(bytes.substr(0, bytesOfLine));
         if (!finish({}))
             return false;
     }
@@ -250,12 +250,12 @@ bool XmlDocumentWriter::writeTextItem(const ConstString& text, int32_t level) {
     const ConstString& item = text.isWide() ? text : wide;
     indent(level).put("<item");
     if (item.size() <= longestValue) {
-        line_.put(" value=\"").putEscaped(item, Escape::entities);
+        lines_.put(" value=\"").putEscaped(item, Escape::entities);
         return finish("\"/>");
     }
     if (!finish(">"))
         return false;
-    line_.putEscaped(item, Escape::entities);
+    lines_.putEscaped(item, Escape::entities);
     return finish({}) && closeElement("item", level);
 }
 
@@ -304,9 +304,9 @@ bool XmlDocumentWriter::writeInstance(CmObject* object, std::string_view key, in
 void XmlDocumentWriter::putClassName(std::string_view name) {
     for (size_t at = 0; at < name.size();) {
         const size_t end = std::min(name.find_first_of("\"&", at), name.size());
-        line_.put(name.substr(at, end - at));
+        lines_.put(name.substr(at, end - at));
         if (end < name.size())
-            line_.put(name[end] == '&' ? "&amp;" : "&quot;");
+            lines_.put(name[end] == '&' ? "&amp;" : "&quot;");
         at = end + 1;
     }
 }
@@ -337,10 +337,10 @@ bool XmlDocumentWriter::writeFull(CmObject* object, uint64_t id, const std::stri
         return fail("a class name is longer than 2048 characters");
     indent(level).put("<obj class=\"");
     putClassName(stored.className.toUtf8());
-    line_.put('"');
+    lines_.put('"');
     if (key)
-        line_.put(" name=\"").putEscaped(*key, Escape::entities).put('"');
-    line_.put(" ID=\"").putUnsigned(id);
+        lines_.put(" name=\"").putEscaped(*key, Escape::entities).put('"');
+    lines_.put(" ID=\"").putUnsigned(id);
     return finish("\">") && writeBody(*stored.attributes, level + 1) && closeElement("obj", level);
 }
 

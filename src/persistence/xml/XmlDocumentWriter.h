@@ -29,6 +29,8 @@ public:
 private:
     using Escape = XmlLine::Escape;
     static constexpr int32_t blanksOfLevel = 3;
+    /// What goes to the stream at once.
+    static constexpr size_t bytesOfPiece = 64 * 1024;
 
     struct Waiting {
         Ref<CmObject> object;
@@ -61,17 +63,18 @@ private:
     XmlLine& open(std::string_view element, std::string_view key, int32_t level) {
         return indent(level).put('<').put(element).put(" name=\"").putEscaped(key, Escape::entities).put('"');
     }
-    XmlLine& indent(int32_t level) { return line_.fill(' ', level * blanksOfLevel); }
+    XmlLine& indent(int32_t level) { return lines_.fill(' ', level * blanksOfLevel); }
     bool finish(std::string_view text) {
-        line_.put(text).put(XmlLine::lineEnd);
-        return (!line_.isBroken() && line_.writeTo(stream_)) || failLine();
+        lines_.put(text).put(XmlLine::lineEnd);
+        return (lines_.size() < bytesOfPiece && !lines_.isBroken()) || handOver();
     }
+    bool handOver() { return (!lines_.isBroken() && lines_.writeTo(stream_)) || failLine(); }
     bool closeElement(std::string_view element, int32_t level);
     bool fail(std::string reason);
     bool failLine();
 
     FBinaryStream& stream_;
-    XmlLine line_{XmlLine::Surrogates::keep};
+    XmlLine lines_{XmlLine::Surrogates::keep};
     std::string reason_;
     WrittenObjects written_;
     std::unordered_map<uint64_t, uint64_t> unbound_; ///< Numbers that name nothing, and what they are here.

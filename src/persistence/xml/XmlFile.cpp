@@ -1,7 +1,6 @@
 #include "persistence/xml/XmlFile.h"
 
 #include "foundation/text/TranslationTable.h"
-#include "persistence/streams/FMemoryStream.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "platform/System.h"
@@ -60,14 +59,13 @@ bool saveXml(const ConstString& name, std::string_view tag, CmObject& object, bo
     if (askToReplace && file.exists() && !mayReplace(name))
         return false;
     FAttributes attributes;
-    FMemoryStream text;
-    FXmlDocument document(&text, FXmlDocument::Mode::write);
     if (!object.storeAttributes(&attributes))
         return tellUnsaved(name, std::string("an object of the class ") + object.getClassName() +
                                      " has no attributes to store");
-    if (!document.storeAttributes(tag, attributes))
-        return tellUnsaved(name, document.errorText());
-    return file.save([&](FStream& stream) { return stream.write(text.data(), text.size()) == text.size(); });
+    return file.save([&](FStream& stream) {
+        FXmlDocument document(&stream, FXmlDocument::Mode::write);
+        return document.storeAttributes(tag, attributes) || tellUnsaved(name, document.errorText());
+    });
 } catch (const std::bad_alloc&) {
     platform::debugOutput("a settings file is not saved: out of memory");
     return false;

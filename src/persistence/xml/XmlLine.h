@@ -13,9 +13,9 @@ namespace qorl {
 class FBinaryStream;
 class IBStream;
 
-/// One line of XML on its way to a stream, in a buffer from a pool that all threads share.
+/// A line of XML, or several, on the way to a stream, in a buffer from a pool that all threads share.
 ///
-/// A line that there is no memory for is broken, which `writeTo` tells; only making one throws then
+/// One that there is no memory for is broken, which `writeTo` tells; only making one throws then
 /// (`std::bad_alloc`). Threading: one thread at a time.
 class XmlLine {
 public:
@@ -58,9 +58,10 @@ public:
     XmlLine& putHex(std::string_view bytes);
 
     bool isBroken() const { return isBroken_; }
-    std::string_view text() const { return {buffer_->data(), static_cast<size_t>(at_ - buffer_->data())}; }
+    size_t size() const { return static_cast<size_t>(at_ - buffer_->data()); }
+    std::string_view text() const { return {buffer_->data(), size()}; }
 
-    /// Hands the line over in one write and begins a new one. False when it was broken or not all of it went.
+    /// Hands over in one write what stands in the buffer, and begins anew. False when it was broken or not all of it went.
     bool writeTo(FBinaryStream& stream);
     bool writeTo(IBStream& stream);
 
