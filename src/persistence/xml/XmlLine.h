@@ -61,7 +61,8 @@ public:
     size_t size() const { return static_cast<size_t>(at_ - buffer_->data()); }
     std::string_view text() const { return {buffer_->data(), size()}; }
 
-    /// Hands over in one write what stands in the buffer, and begins anew. False when it was broken or not all of it went.
+    /// Hands over in one write what stands in the buffer, and begins anew. False when it was broken or not
+    /// all of it went.
     bool writeTo(FBinaryStream& stream);
     bool writeTo(IBStream& stream);
 
