@@ -7,19 +7,51 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
+#include <utility>
 
 namespace qorl::Binding {
 
 namespace {
 
 /// Copies at most `capacity` - 1 characters and terminates.
-void copyText(const char16_t* text, int32_t length, char16_t* buffer, int32_t capacity) {
-    const int32_t count = std::min(length, capacity - 1);
-    std::copy_n(text, count, buffer);
+void copyText(const std::u16string& text, char16_t* buffer, int32_t capacity) {
+    const size_t count = std::min(text.size(), static_cast<size_t>(capacity) - 1);
+    std::copy_n(text.data(), count, buffer);
     buffer[count] = 0;
 }
 
+std::u16string wideTextOf(Value& value) {
+    String text;
+    value.toString(text);
+    return text.toUtf16();
+}
+
 } // namespace
+
+/// Takes the target away from a value for the length of a scope. One that is set meanwhile stays.
+class Value::TargetAside {
+public:
+    explicit TargetAside(Value& value)
+        : value_(value), target_(std::exchange(value.target_, nullptr)), isOwned_(value.has(ownsTarget)) {
+        value_.setFlag(ownsTarget, false);
+    }
+    TargetAside(const TargetAside&) = delete;
+    TargetAside& operator=(const TargetAside&) = delete;
+    ~TargetAside() {
+        if (!value_.target_) {
+            value_.target_ = target_;
+            value_.setFlag(ownsTarget, isOwned_);
+        } else if (isOwned_) {
+            target_->release();
+        }
+    }
+
+private:
+    Value& value_;
+    CmObject* target_;
+    bool isOwned_;
+};
 
 int32_t truncateToInt(double value) {
     constexpr double low = std::numeric_limits<int32_t>::min();
@@ -34,19 +66,15 @@ Value& BoundValueFace::self() {
 }
 
 void BoundValueFace::getValueText(char16_t* buffer) {
-    String text;
-    self().toString(text);
-    copyText(text.text16(), text.length(), buffer, valueTextCapacity);
+    copyText(wideTextOf(self()), buffer, valueTextCapacity);
 }
 
 void BoundValueFace::getValueTextSized(char16_t* buffer, int32_t& size) {
-    String text;
-    self().toString(text);
-    const char16_t* characters = text.text16();
+    const std::u16string text = wideTextOf(self());
     if (!buffer)
-        size = text.length() + 1;
+        size = static_cast<int32_t>(text.size()) + 1;
     else if (size > 0)
-        copyText(characters, text.length(), buffer, size);
+        copyText(text, buffer, size);
 }
 
 void BoundValueFace::setValueText(const char16_t* text) {
@@ -62,10 +90,8 @@ void BoundValueFace::setValueTextQuiet(const char16_t* text, bool notifyTarget) 
         setValueText(text);
         return;
     }
-    CmObject* const target = self().target_;
-    self().target_ = nullptr;
+    const Value::TargetAside aside(self());
     setValueText(text);
-    self().target_ = target;
 }
 
 void BoundValueFace::setValueAndPerform(int32_t value) {
@@ -84,11 +110,9 @@ void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) {
         self().setTarget(nullptr, tag, false);
         return;
     }
-    IValueEditTarget* editTarget = nullptr;
-    if (target->queryInterface(IValueEditTarget::iid, reinterpret_cast<void**>(&editTarget)) == Result::ok) {
-        editTarget->release();
+    Ref<IValueEditTarget> editTarget;
+    if (target->queryInterface(IValueEditTarget::iid, editTarget.out()) == Result::ok)
         self().setFlag(Value::targetTakesEdits, true);
-    }
     const auto wrapper = make<UPlugTarget>(static_cast<IValueTarget*>(target));
     self().setTarget(wrapper.get(), tag, true);
 }

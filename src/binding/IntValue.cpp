@@ -3,8 +3,6 @@
 #include "binding/NumberText.h"
 #include "foundation/ClassRecord.h"
 
-#include <cmath>
-
 namespace qorl::Binding {
 
 QORL_REGISTER(IntValue, "UIntValue", Value, 0)
@@ -43,11 +41,6 @@ void IntValue::setMax(int32_t max) {
         changed(valueChanged);
     else
         setValue(value_);
-}
-
-void IntValue::setNormalized(float normalized) {
-    const double range = double(max_) - double(min_);
-    setValue(truncateToInt(double(min_) + std::nearbyint(range * double(normalized))));
 }
 
 void IntValue::decrement() {

@@ -23,7 +23,6 @@ public:
     int32_t getMax() override { return max_; }
     /// The minimum stays as it is; the value is lowered into the range.
     void setMax(int32_t max) override;
-    void setNormalized(float normalized) override;
     void decrement() override;
     void increment() override;
     void setWrapAround(bool on) override;

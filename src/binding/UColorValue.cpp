@@ -8,9 +8,7 @@
 
 namespace qorl {
 
-using Binding::IntValue;
-
-QORL_REGISTER(UColorValue, "UColorValue", IntValue, 0)
+QORL_REGISTER(UColorValue, "UColorValue", Binding::Value, 0)
 
 namespace {
 

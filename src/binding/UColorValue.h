@@ -1,6 +1,6 @@
 #pragma once
 
-#include "binding/IntValue.h"
+#include "binding/Value.h"
 
 namespace qorl {
 

@@ -10,9 +10,9 @@ namespace {
 
 /// The edit interface of `raw`, with its reference.
 Ref<Binding::IValueEditTarget> editTargetOf(FInterface* raw) {
-    Binding::IValueEditTarget* target = nullptr;
-    raw->queryInterface(Binding::IValueEditTarget::iid, reinterpret_cast<void**>(&target));
-    return Ref<Binding::IValueEditTarget>::adopt(target);
+    Ref<Binding::IValueEditTarget> target;
+    raw->queryInterface(Binding::IValueEditTarget::iid, target.out());
+    return target;
 }
 
 } // namespace

@@ -12,6 +12,8 @@
 #include "persistence/attributes/FAttributes.h"
 
 #include <cmath>
+#include <new>
+#include <utility>
 
 namespace qorl::Binding {
 
@@ -22,15 +24,45 @@ namespace {
 constinit ValueActivityListener* activityListener = nullptr;
 
 FInterface* createBoundValue() {
-    return (new Value)->bound();
+    auto* value = new (std::nothrow) Value;
+    return value ? value->bound() : nullptr;
 }
 
 /// Another module has no other way to say how its parameter steps, so its values step by one.
 FInterface* createSteppedBoundValue() {
-    auto* value = new IntDefValue;
+    auto* value = new (std::nothrow) IntDefValue;
+    if (!value)
+        return nullptr;
     value->setWheelStepped(true);
     return value->bound();
 }
+
+/// While it lives, a value may hold another number and nobody hears of that.
+class OtherNumber {
+public:
+    explicit OtherNumber(Value& value)
+        : value_(value), wasQuiet_(value.has(Value::notifyOff)), whole_(value.getValue()),
+          number_(value.getValueFloat()) {
+        if (!wasQuiet_)
+            value_.enableNotify(false);
+    }
+    OtherNumber(const OtherNumber&) = delete;
+    OtherNumber& operator=(const OtherNumber&) = delete;
+    ~OtherNumber() {
+        value_.setValueFloat(number_);
+        // A large whole number does not come back from a float.
+        if (value_.getValue() != whole_)
+            value_.setValue(whole_);
+        if (!wasQuiet_)
+            value_.enableNotify(true);
+    }
+
+private:
+    Value& value_;
+    bool wasQuiet_;
+    int32_t whole_;
+    float number_;
+};
 
 ClassRecord boundValueRecord{InterfaceId::fromText("{D2D767F5-A3B7-4B44-8A8A-83FD04C1B489}"),
                              &createBoundValue};
@@ -106,9 +138,9 @@ bool Value::restoreAttributes(FAttributes* attributes) {
 }
 
 void Value::releaseTarget() {
-    if (target_ && has(ownsTarget))
-        target_->release();
-    target_ = nullptr;
+    CmObject* const target = std::exchange(target_, nullptr);
+    if (target && has(ownsTarget))
+        target->release();
 }
 
 void Value::setTarget(CmObject* object, int32_t tag, bool owned) {
@@ -162,7 +194,9 @@ int32_t Value::limitValue(int32_t value) {
 }
 
 void Value::setNormalized(float normalized) {
-    setValue(normalized >= 0.5F ? getMax() : getMin());
+    const double min = getMin();
+    const double range = getMax() - min;
+    setValue(truncateToInt(min + std::round(range * double{normalized})));
 }
 
 void Value::enableNotify(bool enable) {
@@ -227,6 +261,8 @@ void Value::beginEdit() {
 }
 
 void Value::endEdit(bool major) {
+    // The end of the edit may be what its last user waited for.
+    const auto keptAlive = retain(this);
     setEditing(false);
     if (has(targetTakesEdits) && target_) {
         sendToTarget("EndEdit");
@@ -238,11 +274,14 @@ void Value::endEdit(bool major) {
 }
 
 void Value::performFinalUpdate(bool major) {
-    const auto keptAlive = retain(this);
-    const bool before = has(minorEdit);
+    struct MinorEdit {
+        Value& value;
+        const bool before = value.has(minorEdit);
+        ~MinorEdit() { value.setFlag(minorEdit, before); }
+    };
+    const MinorEdit restored{*this};
     setFlag(minorEdit, !major);
     performUpdate();
-    setFlag(minorEdit, before);
 }
 
 bool Value::isPerformOnEdit() {
@@ -299,31 +338,15 @@ bool Value::isWrapAround() {
 void Value::setWrapAround(bool) {}
 
 void Value::formatValueFloat(double value, String& text) {
-    const bool quiet = has(notifyOff);
-    if (!quiet)
-        enableNotify(false);
-    const float remembered = getValueFloat();
-    const int32_t whole = getValue();
+    const OtherNumber kept(*this);
     setValueFloat(static_cast<float>(value));
     toString(text);
-    setValueFloat(remembered);
-    // A large whole number does not come back from a float.
-    if (getValue() != whole)
-        setValue(whole);
-    if (!quiet)
-        enableNotify(true);
 }
 
 void Value::formatValue(int32_t value, String& text) {
-    const bool quiet = has(notifyOff);
-    if (!quiet)
-        enableNotify(false);
-    const int32_t remembered = getValue();
+    const OtherNumber kept(*this);
     setValue(value);
     toString(text);
-    setValue(remembered);
-    if (!quiet)
-        enableNotify(true);
 }
 
 bool Value::formatByFormatter(String& text) {
@@ -347,6 +370,8 @@ void Value::toString(String& text) {
 
 void Value::toStringTruncated(String& text, int32_t length) {
     toString(text);
+    // Bytes are no characters.
+    text.toWide();
     text.remove(length, -1);
 }
 

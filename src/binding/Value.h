@@ -82,8 +82,11 @@ public:
     void setMin(int32_t min) override;
     int32_t getMax() override;
     void setMax(int32_t max) override;
-    /// `value` bounded by the range: clamped, or wrapped to the other end with `wrapAround`.
+    /// `value` bounded by the range: clamped, or with `wrapAround` counted on from the other end, so that a
+    /// step past an end arrives there. A whole number of rounds past an end comes to lie inside of the range
+    /// too.
     virtual int32_t limitValue(int32_t value);
+    /// Sets the nearest number to that place in the range, 0 to 1.
     virtual void setNormalized(float normalized);
     void enableNotify(bool enable) override;
     virtual void setImmediateUpdates(bool immediate);
@@ -146,6 +149,8 @@ protected:
 
 private:
     friend class BoundValueFace;
+
+    class TargetAside;
 
     /// The face by which dependents know the value; the other faces lead to `FInterface` too.
     FInterface* object() { return static_cast<FDependent*>(this); }

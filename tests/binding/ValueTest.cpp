@@ -2,6 +2,7 @@
 
 #include "binding/IntValue.h"
 #include "binding/StringValue.h"
+#include "binding/UColorValue.h"
 #include "binding/UPlugTarget.h"
 #include "binding/ValueActivity.h"
 #include "foundation/Cast.h"
@@ -169,9 +170,12 @@ TEST_F(ValueTest, CalculatesFromTypedText) {
         int32_t expected;
     };
     const Case cases[] = {
-        {u"12", 12},    {u"12-", 28}, {u"-12", -12},      {u"2*", 80}, {u"4/", 10},      {u"0/", 40},
-        {u"2,9", 2},    {u"abc", 0},  {u"", 0},           {u"5+", 45}, {u"-2,5*", -100}, {u" 7", 7},
-        {u"1e3", 1000}, {u"+9", 9},   {u"1e99", 1000000}, {u"nan", 0},
+        {u"12", 12},    {u"12-", 28}, {u"-12", -12},       {u"2*", 80},
+        {u"4/", 10},    {u"0/", 40},  {u"2,9", 2},         {u"abc", 0},
+        {u"", 0},       {u"5+", 45},  {u"-2,5*", -100},    {u" 7", 7},
+        {u"1e3", 1000}, {u"+9", 9},   {u"1e99", 1000000},  {u"nan", 0},
+        {u"info", 0},   {u"-inf", 0}, {u"1e999", 1000000}, {u"-1e999", -1000000},
+        {u"1e-999", 0}, {u"+-5", 0},  {u",5*", 20},        {u"x9", 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(String(c.text).text8());
@@ -196,6 +200,25 @@ TEST_F(ValueTest, BracketsEditsForTargetsThatTakeThem) {
     value->endEdit(true);
     EXPECT_EQ(witness->take(), "EndEdit 1 ");
     value->setTarget(nullptr, 0, false);
+}
+
+TEST_F(ValueTest, OutlivesTheEndOfItsEdit) {
+    class Owner : public CmObject {
+    public:
+        Ref<IntValue> value = make<IntValue>(0, 10);
+        int32_t handleMessage(FMessage* message) override {
+            if (message->isNamed("EndEdit"))
+                value.reset();
+            return handled;
+        }
+    };
+    const auto owner = make<Owner>();
+    owner->value->setTarget(owner.get(), 0, false);
+    owner->value->setFlag(Value::targetTakesEdits, true);
+    owner->value->setPerformOnEdit(true);
+    owner->value->beginEdit();
+    owner->value->endEdit(true);
+    EXPECT_FALSE(owner->value);
 }
 
 TEST_F(ValueTest, MarksTheFinalUpdateOfAMinorEdit) {
@@ -321,6 +344,9 @@ TEST_F(ValueTest, NormalizedIsZeroInAnEmptyRange) {
     EXPECT_EQ(wide->getValue(), INT32_MAX);
     wide->setNormalized(0);
     EXPECT_EQ(wide->getValue(), INT32_MIN);
+    const auto color = make<UColorValue>();
+    color->setNormalized(0.5F);
+    EXPECT_EQ(color->getValue(), 0) << "every value with a range, not integers alone";
 }
 
 TEST_F(ValueTest, BooleanStepsStopAtTheEnds) {
@@ -366,6 +392,22 @@ TEST_F(ValueTest, TextBuffersAreAlwaysTerminated) {
     size = 4;
     value->bound()->getValueTextSized(buffer, size);
     EXPECT_EQ(std::u16string(buffer), u"xxx");
+}
+
+TEST_F(ValueTest, CountsTheCharactersOfAnEightBitText) {
+    const auto value = make<StringValue>(ConstString("\xC3\xA4\xC3\xB6\xC3\xBC"));
+    char16_t buffer[IBoundValue::valueTextCapacity];
+    value->bound()->getValueText(buffer);
+    EXPECT_EQ(std::u16string(buffer), u"\u00E4\u00F6\u00FC");
+    int32_t size = 0;
+    value->bound()->getValueTextSized(nullptr, size);
+    EXPECT_EQ(size, 4);
+    String text;
+    value->toStringTruncated(text, 2);
+    EXPECT_EQ(text.toUtf16(), u"\u00E4\u00F6");
+    value->setString(ConstString("\xFF\xFE\xFD"));
+    value->bound()->getValueText(buffer);
+    EXPECT_EQ(std::u16string(buffer), u"\uFFFD\uFFFD\uFFFD") << "no text in any width";
 }
 
 TEST_F(ValueTest, AStringAlwaysPerformsButSignalsDifferencesOnly) {
