@@ -265,7 +265,14 @@ void UView::fitTo(CmSize own, int32_t extraWidth, int32_t extraHeight) {
     const CmRect& frame = core_.frameRect;
     const CmSize size{extraWidth < 0 ? frame.width() : own.width + extraWidth,
                       extraHeight < 0 ? frame.height() : own.height + extraHeight};
-    setFrame(CmRect::ofSize(frame.origin(), size), true);
+    const CmRect rect = CmRect::ofSize(frame.origin(), size);
+    if (rect == frame)
+        return;
+    // A parent that arranges its subviews makes room.
+    if (parent_)
+        parent_->subViewFrameRequest(this, rect, true);
+    else
+        setFrame(rect, true);
 }
 
 void UView::resizeToFit(int32_t extraWidth, int32_t extraHeight) {

@@ -11,6 +11,17 @@ namespace qorl {
 
 namespace {
 
+/// Nothing on a screen lies further out; sums of a few such numbers don't overflow.
+constexpr int32_t farthest = 1 << 28;
+
+int32_t bounded(int64_t number) {
+    return static_cast<int32_t>(std::clamp<int64_t>(number, -farthest, farthest));
+}
+
+CmSize bounded(CmSize size) {
+    return {bounded(size.width), bounded(size.height)};
+}
+
 /// Holds a flag for the length of a scope.
 class Held {
 public:
@@ -26,52 +37,55 @@ private:
 } // namespace
 
 void RowColumnLayout::update(UView& view) {
-    if (suspended_ || placing_ || (view.getSubViewCount() == 0 && !view.isRealized()))
-        return;
-    arrange(view, 0);
+    arrange(view, {0, 0});
 }
 
-void RowColumnLayout::subViewsChanged(UView& view) {
-    isStale_ = true;
-    update(view);
+void RowColumnLayout::resizeToFit(UView& view, int32_t extraWidth, int32_t extraHeight) {
+    arrange(view, {extraWidth, extraHeight});
 }
 
-void RowColumnLayout::arrange(UView& view, int32_t crossDelta) {
+void RowColumnLayout::arrange(UView& view, CmSize extra) {
     // A listener that always changes something must not keep the program here.
     constexpr int32_t mostRounds = 8;
+    isStale_ = true;
+    if (placing_ || suspended_ || (view.getSubViewCount() == 0 && !view.isRealized()))
+        return;
     const Ref<UView> keep = retain(&view);
     const Held held(placing_);
-    for (int32_t round = 0; round < mostRounds; ++round) {
+    for (int32_t round = 0; isStale_ && round < mostRounds; ++round) {
         isStale_ = false;
-        if (!has(RowColumnStyle::fitInParent))
-            place(view);
-        else if (view.isRealized())
-            stretch(view, std::exchange(crossDelta, 0));
-        if (!isStale_)
-            return;
+        if (!has(RowColumnStyle::fitInParent)) {
+            place(view, extra);
+            continue;
+        }
+        growAcross(view, std::exchange(acrossGrowth_, 0));
+        if (view.isRealized())
+            stretch(view);
     }
 }
 
 bool RowColumnLayout::frameChanged(UView& view, const CmRect& oldClientRect) {
+    // The size of a plain row follows from children that stand where they shall.
     if (!has(RowColumnStyle::fitInParent))
-        return false;
-    if (suspended_ || placing_ || resizing_ || !view.isRealized())
+        return placing_;
+    if (suspended_ || view.getSubViewCount() == 0)
         return true;
     const CmRect& client = view.getClientRect();
-    arrange(view, isHorizontal() ? client.height() - oldClientRect.height()
-                                 : client.width() - oldClientRect.width());
+    acrossGrowth_ +=
+        isHorizontal() ? client.height() - oldClientRect.height() : client.width() - oldClientRect.width();
+    update(view);
     return true;
 }
 
-void RowColumnLayout::place(UView& view) {
-    CmSize used = stackChildren(view);
+void RowColumnLayout::place(UView& view, CmSize extra) {
+    CmSize used;
+    std::vector<Placing> placings = stack(view, used);
     if (has(RowColumnStyle::equalSize | RowColumnStyle::alignCenter | RowColumnStyle::alignFar))
-        evenOut(view, used);
-    if (has(RowColumnStyle::resizeParents) && view.getParent()) {
-        const Held held(resizing_);
+        evenOut(placings, used);
+    assign(view, placings);
+    if (has(RowColumnStyle::resizeParents) && view.getParent())
         view.getParent()->resizeToFit(0, 0);
-    }
-    takeUsedSize(view, used);
+    takeUsedSize(view, used, extra);
     if (!has(RowColumnStyle::sizeWindow))
         return;
     for (UView* ancestor = view.getParent(); ancestor; ancestor = ancestor->getParent()) {
@@ -81,34 +95,31 @@ void RowColumnLayout::place(UView& view) {
     }
 }
 
-CmSize RowColumnLayout::stackChildren(UView& view) {
+std::vector<RowColumnLayout::Placing> RowColumnLayout::stack(UView& view, CmSize& used) const {
     const bool horizontal = isHorizontal();
-    int32_t cursor = horizontal ? marginX : marginY;
-    CmSize used;
+    const int32_t spacing = horizontal ? spacingX : spacingY;
+    CmPoint origin = margin();
+    int32_t& cursor = horizontal ? origin.x : origin.y;
+    std::vector<Placing> placings;
     view.forEachSubView([&](UView& child) {
         const CmRect& frame = child.getFrameRect();
         if (frame.isEmpty() || !child.isShown())
             return;
-        const CmPoint origin = horizontal ? CmPoint{cursor, marginY} : CmPoint{marginX, cursor};
-        const CmRect placed = CmRect::ofSize(origin, frame.size());
+        const CmRect placed = CmRect::ofSize(origin, bounded(frame.size()));
         used.width = std::max(used.width, placed.right);
         used.height = std::max(used.height, placed.bottom);
-        const int32_t size = rowPitch < 0 ? extentOf(placed) : rowPitch;
-        cursor += size + (horizontal ? spacingX : spacingY);
-        child.setFrame(placed.moved(offsetX, offsetY), true);
+        cursor = bounded(int64_t{cursor} + (rowPitch < 0 ? extentOf(placed) : rowPitch) + spacing);
+        placings.push_back({retain(&child), placed.moved(offset())});
     });
-    return used;
+    return placings;
 }
 
-void RowColumnLayout::evenOut(UView& view, CmSize used) {
+void RowColumnLayout::evenOut(std::vector<Placing>& placings, CmSize used) const {
     const bool horizontal = isHorizontal();
-    const int32_t room = horizontal ? used.height - marginY : used.width - marginX;
-    view.forEachSubView([&](UView& child) {
-        CmRect frame = child.getFrameRect();
-        if (frame.isEmpty() || !child.isShown())
-            return;
-        int32_t& nearEdge = horizontal ? frame.top : frame.left;
-        int32_t& farEdge = horizontal ? frame.bottom : frame.right;
+    const int32_t room = horizontal ? used.height - margin().y : used.width - margin().x;
+    for (Placing& placing : placings) {
+        int32_t& nearEdge = horizontal ? placing.frame.top : placing.frame.left;
+        int32_t& farEdge = horizontal ? placing.frame.bottom : placing.frame.right;
         if (has(RowColumnStyle::equalSize)) {
             farEdge = nearEdge + room;
         } else {
@@ -117,18 +128,27 @@ void RowColumnLayout::evenOut(UView& view, CmSize used) {
             nearEdge += shift;
             farEdge += shift;
         }
-        child.setFrame(frame, true);
-    });
+    }
 }
 
-void RowColumnLayout::takeUsedSize(UView& view, CmSize used) {
-    const CmSize border{view.getFrameSize().width - view.getClientSize().width,
-                        view.getFrameSize().height - view.getClientSize().height};
-    const CmSize size{marginX + used.width + border.width, marginY + used.height + border.height};
-    const CmRect frame = CmRect::ofSize(view.getFrameRect().origin(), size);
-    if (frame == view.getFrameRect())
+void RowColumnLayout::assign(const UView& view, const std::vector<Placing>& placings) {
+    // Each placing is heard of, and whoever hears it may take subviews out.
+    for (const Placing& placing : placings)
+        if (placing.child->getParent() == &view)
+            placing.child->setFrame(placing.frame, true);
+}
+
+void RowColumnLayout::takeUsedSize(UView& view, CmSize used, CmSize extra) {
+    const CmSize old = view.getFrameSize();
+    const CmSize client = view.getClientSize();
+    const CmSize needed{
+        bounded(int64_t{margin().x} + used.width + old.width - client.width + extra.width),
+        bounded(int64_t{margin().y} + used.height + old.height - client.height + extra.height)};
+    const CmSize size{extra.width < 0 ? old.width : needed.width,
+                      extra.height < 0 ? old.height : needed.height};
+    if (size == old)
         return;
-    const Held held(resizing_);
+    const CmRect frame = CmRect::ofSize(view.getFrameRect().origin(), size);
     if (UView* parent = view.getParent())
         parent->childFrameRequest(&view, frame, true);
     else
@@ -172,72 +192,66 @@ void RowColumnLayout::childRemoved(const UView& child) {
     std::erase_if(shares_, [&](const Share& share) { return share.view == &child; });
 }
 
-CmRect RowColumnLayout::alongAndAcross(const CmRect& frame, int32_t start, int32_t size) const {
-    if (isHorizontal())
-        return {start, frame.top, start + size, frame.bottom};
-    return {frame.left, start, frame.right, start + size};
+CmPoint RowColumnLayout::margin() const {
+    return {bounded(marginX), bounded(marginY)};
 }
 
-void RowColumnLayout::stretch(UView& view, int32_t crossDelta) {
+CmPoint RowColumnLayout::offset() const {
+    return {bounded(offsetX), bounded(offsetY)};
+}
+
+void RowColumnLayout::growAcross(UView& view, int32_t growth) const {
+    const bool horizontal = isHorizontal();
+    const uint32_t nearFlag = horizontal ? viewAttachTop : viewAttachLeft;
+    const uint32_t farFlag = horizontal ? viewAttachBottom : viewAttachRight;
+    if (growth == 0)
+        return;
+    view.forEachSubView([&](UView& child) {
+        if (!child.hasFlag(nearFlag) || !child.hasFlag(farFlag))
+            return;
+        CmRect frame = child.getFrameRect();
+        (horizontal ? frame.bottom : frame.right) += growth;
+        child.setFrame(frame, true);
+    });
+}
+
+void RowColumnLayout::stretch(UView& view) {
     rememberShares(view);
     const bool horizontal = isHorizontal();
     const uint32_t stretchFlag = horizontal ? viewAttachRight : viewAttachBottom;
-    const uint32_t crossNear = horizontal ? viewAttachTop : viewAttachLeft;
-    const uint32_t crossFar = horizontal ? viewAttachBottom : viewAttachRight;
     const int32_t spacing = horizontal ? spacingX : spacingY;
+    const auto forEachPart = [&](const auto& visit) {
+        for (const Share& share : shares_) {
+            const CmSize size = bounded(share.view->getFrameSize());
+            if (share.view->isShown() && share.size > 0 && (horizontal ? size.height : size.width) > 0)
+                visit(share, size, share.view->hasFlag(stretchFlag));
+        }
+    };
 
     // What can't stretch counts with the size that it has now.
     double fixed = 0;
     double stretchable = 0;
-    for (const Share& share : shares_) {
-        if (!share.view->isShown() || share.size <= 0)
-            continue;
+    forEachPart([&](const Share& share, CmSize size, bool stretches) {
         fixed += spacing;
-        if (share.view->hasFlag(stretchFlag))
+        if (stretches)
             stretchable += share.size;
         else
-            fixed += extentOf(share.view->getFrameRect());
-    }
+            fixed += horizontal ? size.width : size.height;
+    });
     const double free = std::max(0.0, extentOf(view.getFrameRect()) - fixed);
     const auto factor = static_cast<float>(stretchable > 0 ? free / stretchable : 0);
 
-    int32_t cursor = (horizontal ? marginX + offsetX : marginY + offsetY);
-    // Each placing is heard of, and whoever hears it may take subviews out.
-    struct Placing {
-        Ref<UView> child;
-        double size;
-    };
+    CmPoint origin = margin();
+    int32_t& cursor = horizontal ? origin.x : origin.y;
     std::vector<Placing> placings;
-    placings.reserve(shares_.size());
-    for (const Share& share : shares_)
-        if (share.view->isShown() && share.size > 0)
-            placings.push_back({retain(share.view), share.size});
-    for (const Placing& placing : placings) {
-        UView& child = *placing.child;
-        if (child.getParent() != &view)
-            continue;
-        const int32_t size = child.hasFlag(stretchFlag)
-                                 ? static_cast<int32_t>(factor * static_cast<float>(placing.size))
-                                 : extentOf(child.getFrameRect());
-        CmRect frame = alongAndAcross(child.getFrameRect(), cursor, size);
-        if (crossDelta != 0 && child.hasFlag(crossFar)) {
-            (horizontal ? frame.bottom : frame.right) += crossDelta;
-            if (!child.hasFlag(crossNear))
-                (horizontal ? frame.top : frame.left) += crossDelta;
-        }
-        cursor += size + spacing;
-        child.setFrame(frame, true);
-    }
-}
-
-void RowColumnLayout::resizeToFit(UView& view, int32_t extraWidth, int32_t extraHeight) {
-    update(view);
-    const CmRect frame = view.getFrameRect();
-    if (extraWidth <= 0 && extraHeight <= 0)
-        return;
-    const CmSize size{frame.width() + std::max(extraWidth, 0), frame.height() + std::max(extraHeight, 0)};
-    const Held held(resizing_);
-    view.setFrame(CmRect::ofSize(frame.origin(), size), true);
+    forEachPart([&](const Share& share, CmSize size, bool stretches) {
+        int32_t& along = horizontal ? size.width : size.height;
+        if (stretches)
+            along = bounded(static_cast<int64_t>(factor * static_cast<float>(share.size)));
+        placings.push_back({retain(share.view), CmRect::ofSize(origin, size).moved(offset())});
+        cursor = bounded(int64_t{cursor} + along + spacing);
+    });
+    assign(view, placings);
 }
 
 } // namespace qorl

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qorl/Geometry.h>
+#include <qorl/Ref.h>
 
 #include <cstdint>
 #include <vector>
@@ -36,9 +37,11 @@ enum : uint32_t {
 /// Stacks the shown subviews of a view along one axis. One layout serves one view.
 ///
 /// Plain placing puts child behind child and gives the view the size that they need. With `fitInParent` the
-/// view keeps its size, and the children that are attached on their far side share what the others leave.
-/// Their shares come from the sizes that they had before the first stretch, so that shrinking and growing
-/// again gives the same picture. All numbers are logical pixels. A child with an empty frame takes no space.
+/// view keeps its size, and the children that are attached on their far side share what the others leave,
+/// anew with each change of its frame. Their shares come from the sizes that they had before the first
+/// stretch, so that shrinking and growing again gives the same picture. Across, a child stands at the margin,
+/// and grows with the view when it is attached on both sides. All numbers are logical pixels. A child with an
+/// empty frame takes no space.
 class RowColumnLayout {
 public:
     int32_t marginX = 0;
@@ -59,15 +62,14 @@ public:
     void setSuspended(bool suspended) { suspended_ = suspended; }
     bool isSuspended() const { return suspended_; }
 
-    /// Places the subviews of `view` anew.
+    /// Places the subviews of `view` anew. While they are being placed, in answer to what a listener of one
+    /// of them does, all are placed once more afterwards.
     void update(UView& view);
-    /// Subviews came, went, were shown or hidden. While they are being placed, by a listener of one of them,
-    /// all are placed once more afterwards.
-    void subViewsChanged(UView& view);
-    /// The view got another size: children that share its room follow along the axis, and by their attach
-    /// flags across it. False when the attach rule shall place them alone.
+    /// The view got another size: children that share its room follow. False when the attach rule shall place
+    /// them alone.
     bool frameChanged(UView& view, const CmRect& oldClientRect);
-    /// Places and gives the view the size of its children plus the extra room; -1 keeps that dimension.
+    /// Places and gives a view that doesn't keep its size the one of its children plus the extra room; -1
+    /// keeps that dimension.
     void resizeToFit(UView& view, int32_t extraWidth, int32_t extraHeight);
     /// `child` took another size by itself: that is what its share is measured by from now on.
     void childResized(const UView& child);
@@ -79,21 +81,30 @@ private:
         double size;
     };
 
-    void arrange(UView& view, int32_t crossDelta);
-    void place(UView& view);
-    CmSize stackChildren(UView& view);
-    void evenOut(UView& view, CmSize used);
-    void takeUsedSize(UView& view, CmSize used);
-    void stretch(UView& view, int32_t crossDelta);
+    struct Placing {
+        Ref<UView> child;
+        CmRect frame;
+    };
+
+    void arrange(UView& view, CmSize extra);
+    void place(UView& view, CmSize extra);
+    /// Child behind child; `used` gets the far edges before the offset.
+    std::vector<Placing> stack(UView& view, CmSize& used) const;
+    void evenOut(std::vector<Placing>& placings, CmSize used) const;
+    static void assign(const UView& view, const std::vector<Placing>& placings);
+    void takeUsedSize(UView& view, CmSize used, CmSize extra);
+    void growAcross(UView& view, int32_t growth) const;
+    void stretch(UView& view);
     void rememberShares(UView& view);
-    CmRect alongAndAcross(const CmRect& frame, int32_t start, int32_t size) const;
+    CmPoint margin() const;
+    CmPoint offset() const;
     int32_t extentOf(const CmRect& rect) const { return isHorizontal() ? rect.width() : rect.height(); }
 
     std::vector<Share> shares_;
+    int32_t acrossGrowth_ = 0; ///< Of the view, that its subviews have not followed yet.
     bool suspended_ = false;
-    bool placing_ = false;
+    bool placing_ = false; ///< Also while the view takes the size that follows.
     bool isStale_ = false; ///< The subviews changed while they were placed.
-    bool resizing_ = false;
 };
 
 } // namespace qorl

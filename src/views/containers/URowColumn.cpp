@@ -17,7 +17,7 @@ bool URowColumn::insertSubView(int32_t index, Ref<UView> view) {
     const Ref<UView> keep = retain(this);
     if (!UView::insertSubView(index, std::move(view)))
         return false;
-    layout_.subViewsChanged(*this);
+    layout_.update(*this);
     return true;
 }
 
@@ -27,7 +27,7 @@ Ref<UView> URowColumn::removeSubView(UView* view) {
     if (!removed)
         return removed;
     layout_.childRemoved(*removed);
-    layout_.subViewsChanged(*this);
+    layout_.update(*this);
     return removed;
 }
 
@@ -50,27 +50,19 @@ void URowColumn::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
 }
 
 void URowColumn::resizeSubViews(const CmRect& oldClientRect, const SubViewList& list) {
-    if (hasFlag(viewResizeSuspended) || sizeFrozen_)
-        return;
-    if (!layout_.frameChanged(*this, oldClientRect))
+    if (!hasFlag(viewResizeSuspended) && !layout_.frameChanged(*this, oldClientRect))
         UView::resizeSubViews(oldClientRect, list);
 }
 
 void URowColumn::attached(UView* parent) {
-    sizeFrozen_ = getSubViewCount() == 0;
     UView::attached(parent);
     if (layout_.has(RowColumnStyle::fitInParent))
         layout_.update(*this);
 }
 
-void URowColumn::detached(UView* parent) {
-    sizeFrozen_ = false;
-    UView::detached(parent);
-}
-
 void URowColumn::invalidateLayout() {
     UView::invalidateLayout();
-    layout_.subViewsChanged(*this);
+    layout_.update(*this);
 }
 
 } // namespace qorl

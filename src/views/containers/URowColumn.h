@@ -24,13 +24,10 @@ public:
     void resizeToFit(int32_t extraWidth, int32_t extraHeight) override;
     void resizeSubViews(const CmRect& oldClientRect, const SubViewList& list) override;
     void attached(UView* parent) override;
-    void detached(UView* parent) override;
     void invalidateLayout() override;
 
 private:
     RowColumnLayout layout_;
-    /// Attached, but its subviews not yet: they are placed when they are.
-    bool sizeFrozen_ = false;
 };
 
 } // namespace qorl

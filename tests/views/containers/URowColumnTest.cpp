@@ -28,6 +28,10 @@ std::string placesIn(UView& view) {
     return text;
 }
 
+void resize(UView& view, int32_t width, int32_t height) {
+    view.setFrame(CmRect::ofSize(view.getFrameRect().origin(), {width, height}), true);
+}
+
 struct RowCase {
     const char* attributes;
     const char* places;
@@ -71,6 +75,50 @@ TEST(URowColumn, LeavesNoRoomForHiddenAndEmptyChildren) {
     EXPECT_EQ(toText(column.getSubView(3)->getFrameRect()), "0,30,30,16");
 }
 
+TEST(URowColumn, LeavesAttachedChildrenWhereItPutThem) {
+    HeadlessShell shell{"<rowcol style='horizontal' size='0,0,200,40'>"
+                        "<container size='0,0,30,10' attach='right bottom'/>"
+                        "<container size='0,0,20,16' attach='all'/></rowcol>"};
+    EXPECT_EQ(placesIn(shell.view(0)), "0,0,30,10 30,0,20,16");
+    EXPECT_EQ(toText(shell.view(0).getFrameRect()), "0,0,50,16");
+}
+
+TEST(URowColumn, MakesRoomForAChildThatFitsItself) {
+    HeadlessShell shell{"<rowcol style='horizontal'><label title='a' style='autowidth' size='0,0,9,10'/>"
+                        "<container size='0,0,20,10'/></rowcol>"};
+    UView& row = shell.view(0);
+    UView& label = *row.getSubView(0);
+    const int32_t before = label.getFrameRect().right;
+    label.setTitle(ConstString("a longer title"));
+    EXPECT_GT(label.getFrameRect().right, before);
+    EXPECT_EQ(row.getSubView(1)->getFrameRect().left, label.getFrameRect().right);
+    EXPECT_EQ(row.getFrameRect().width(), label.getFrameRect().right + 20);
+}
+
+TEST(URowColumn, FitsTheDimensionsThatItIsAskedFor) {
+    HeadlessShell shell{"<rowcol style='horizontal'><container size='0,0,30,10'/></rowcol>"};
+    auto& row = shell.view<URowColumn>(0);
+    resize(row, 70, 40);
+    row.resizeToFit(-1, 5);
+    EXPECT_EQ(toText(row.getFrameRect()), "0,0,70,15");
+    row.resizeToFit(4, -1);
+    EXPECT_EQ(toText(row.getFrameRect()), "0,0,34,15");
+}
+
+TEST(URowColumn, KeepsHugeNumbersWithinReach) {
+    for (const uint32_t fit : {0U, uint32_t{RowColumnStyle::fitInParent}}) {
+        HeadlessShell shell{"<rowcol style='horizontal' size='0,0,90,20'><container size='0,0,30,10'/>"
+                            "<container size='0,0,20,10' attach='left right'/></rowcol>"};
+        auto& row = shell.view<URowColumn>(0);
+        RowColumnLayout& layout = row.getRowColumnLayout();
+        layout.style |= fit;
+        layout.marginX = layout.marginY = layout.spacingX = layout.offsetX = INT32_MAX;
+        layout.offsetY = layout.spacingY = INT32_MIN;
+        row.invalidateLayout();
+        EXPECT_GT(row.getSubView(1)->getFrameRect().left, 1 << 28);
+    }
+}
+
 TEST(URowColumn, MovesItsChildrenByTheOffsetOnce) {
     HeadlessShell shell{"<rowcol style='horizontal'><container size='0,0,30,10'/>"
                         "<container size='0,0,20,10'/></rowcol>"};
@@ -107,10 +155,6 @@ TEST(URowColumn, StaysStillWhileSuspended) {
     EXPECT_EQ(toText(row.getFrameRect()), "0,0,10,10");
 }
 
-void resize(UView& view, int32_t width, int32_t height) {
-    view.setFrame(CmRect::ofSize(view.getFrameRect().origin(), {width, height}), true);
-}
-
 constexpr const char* sharedRow =
     "<rowcol style='horizontal fitinparent' spacing='0,0,10,0' size='0,0,200,20' attach='all'>"
     "<container size='0,0,30,20'/><container size='0,0,40,20' attach='left right top bottom'/>"
@@ -125,6 +169,36 @@ TEST(URowColumn, SharesItsRoomAmongThoseThatStretch) {
     EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,100,20 150,0,200,20");
     resize(row, 360, 26);
     EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,100,26 150,0,200,20") << "across, the attach rule";
+}
+
+TEST(URowColumn, PutsThoseThatShareAtTheMarginAcross) {
+    HeadlessShell shell{"<rowcol style='horizontal fitinparent' spacing='3,4,10,0' size='0,0,200,40'>"
+                        "<container size='0,9,30,20'/><container size='0,0,30,0'/>"
+                        "<container size='0,9,40,20' attach='left right top bottom'/></rowcol>"};
+    auto& row = shell.view<URowColumn>(0);
+    EXPECT_EQ(placesIn(row), "3,4,30,20 0,0,30,0 43,4,150,20");
+    row.getRowColumnLayout().offsetX = 2;
+    row.getRowColumnLayout().offsetY = -1;
+    resize(row, 200, 46);
+    EXPECT_EQ(placesIn(row), "5,3,30,20 0,0,30,0 45,3,150,26");
+}
+
+TEST(URowColumn, FollowsResizesFromBeforeItsWindowAndFromBeforeItsChildren) {
+    HeadlessShell shell;
+    const auto row =
+        make<URowColumn>(CmRect{0, 0, 100, 10}, RowColumnStyle::horizontal | RowColumnStyle::fitInParent);
+    const auto child = make<UView>(CmRect{0, 0, 40, 10});
+    child->setAttach(viewAttachAll);
+    row->addSubView(child);
+    resize(*row, 100, 30);
+    shell.window().addSubView(row);
+    EXPECT_EQ(placesIn(*row), "0,0,100,30");
+    row->removeSubView(child.get());
+    shell.window().removeSubView(row.get());
+    shell.window().addSubView(row);
+    row->addSubView(child);
+    resize(*row, 120, 50);
+    EXPECT_EQ(placesIn(*row), "0,0,120,50");
 }
 
 TEST(URowColumn, ComesBackFromNothing) {
@@ -211,11 +285,16 @@ TEST(URowColumn, PlacesOnceMoreWhenSubViewsChangeWhileTheyArePlaced) {
     const auto removeFirst = [](UView& row) { row.removeSubView(row.getFirstSubView()); };
     const auto add = [](UView& row) { row.addSubView(make<UView>(CmRect{0, 0, 25, 10})); };
     const auto hideFirst = [](UView& row) { row.getFirstSubView()->hide(); };
+    const auto growFirst = [](UView& row) {
+        row.childFrameRequest(row.getFirstSubView(), {0, 0, 50, 10}, true);
+    };
     const StirCase cases[] = {
         {"one behind goes", plain, removeLast, "0,0,30,10 30,0,20,10"},
         {"one before goes", plain, removeFirst, "0,0,20,10 20,0,40,10"},
         {"one comes", plain, add, "0,0,30,10 30,0,20,10 50,0,40,10 90,0,25,10"},
         {"one is hidden", plain, hideFirst, "0,0,20,10 20,0,40,10"},
+        {"one grows", plain, growFirst, "0,0,50,10 50,0,20,10 70,0,40,10"},
+        {"one grows in a shared row", shared, growFirst, "0,0,50,10 50,0,110,10 160,0,40,10"},
         {"one behind goes from a shared row", shared, removeLast, "0,0,30,10 30,0,170,10"},
         {"one before goes from a shared row", shared, removeFirst, "0,0,160,10 160,0,40,10"},
     };
