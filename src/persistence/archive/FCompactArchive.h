@@ -14,11 +14,11 @@ namespace qorl {
 /// An object whose `writeTo` gives false does not stop the archive: `writeObject` passes the result on. One
 /// that can't be read ends the reading for good, and so do a class that nobody has registered and a number
 /// under which no class stands (`wrongObject`; what is asked for later is `streamFailed`): nobody knows where
-/// the next one begins. An object that holds such a one can't be read either.
+/// the next one begins. An object that holds such a one can't be read either. The class that is asked for is
+/// compared only where an object occurs again.
 class FCompactArchive : public TableArchive {
 public:
-    /// `stream` is not retained. The archive begins at its position. For reading, the class that is asked for
-    /// is compared only where an object occurs again.
+    /// `stream` is not retained. The archive begins at its position.
     FCompactArchive(FStream& stream, Direction direction);
     ~FCompactArchive() override;
 

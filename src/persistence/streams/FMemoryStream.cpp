@@ -205,11 +205,9 @@ bool FMemoryStream::reserve(int64_t size) {
     return true;
 }
 
-bool FMemoryStream::storeAttributes(FAttributes* attributes) try {
+bool FMemoryStream::storeAttributes(FAttributes* attributes) {
     attributes->setBinary("Data", memory_.bytes, memory_.size, true);
     return true;
-} catch (const std::bad_alloc&) {
-    return false;
 }
 
 bool FMemoryStream::restoreAttributes(FAttributes* attributes) {

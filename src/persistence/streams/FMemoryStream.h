@@ -60,7 +60,8 @@ public:
     /// As `resize`. `Result::failure` when the stream isn't valid.
     Result setStreamSize(int64_t size) override;
 
-    /// Stores the bytes as the binary attribute "Data".
+    /// Stores the bytes as the binary attribute "Data". Throws `std::bad_alloc`, so that a save as a whole
+    /// tells of it.
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 

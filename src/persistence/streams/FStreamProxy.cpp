@@ -26,6 +26,12 @@ int64_t FStreamProxy::cut(int64_t count) const {
     return length_ == unlimited ? count : std::min(count, start_ + length_ - cursor_);
 }
 
+/// To where `inner` stands now. One that can't tell must not be read at the same place for ever.
+void FStreamProxy::advance(int64_t moved) {
+    const int64_t place = inner_->tell();
+    cursor_ = place < 0 ? cursor_ + std::max<int64_t>(moved, 0) : std::max(place, start_);
+}
+
 int64_t FStreamProxy::read(void* buffer, int64_t count) {
     count = cut(count);
     if (!inner_ || count < 0)
@@ -36,7 +42,7 @@ int64_t FStreamProxy::read(void* buffer, int64_t count) {
     if (place != StreamPlace::there)
         return place == StreamPlace::failed ? -1 : 0;
     const int64_t got = inner_->read(buffer, count);
-    cursor_ = std::max(inner_->tell(), start_);
+    advance(got);
     return got;
 }
 
@@ -49,7 +55,7 @@ int64_t FStreamProxy::write(const void* buffer, int64_t count) {
     if (putAt(*inner_, cursor_) != StreamPlace::there)
         return -1;
     const int64_t written = inner_->write(buffer, count);
-    cursor_ = std::max(inner_->tell(), start_);
+    advance(written);
     return written;
 }
 

@@ -24,8 +24,8 @@ public:
     FStreamProxy(Ref<FStream> inner, int64_t start, int64_t length, uint32_t mode);
     FStreamProxy(const FStreamProxy&) = delete;
 
-    /// Bytes moved. 0 at the window's end; -1 when the place already lies past it, for a negative count in a
-    /// window with a limit, and when `inner` failed.
+    /// Bytes moved. 0 at the window's end; -1 when the place already lies past it, for a negative count, and
+    /// when `inner` failed.
     int64_t read(void* buffer, int64_t count) override;
     int64_t write(const void* buffer, int64_t count) override;
     /// The new place, counted from `start`. A target outside the window is cut to its nearer edge. -1 for an
@@ -47,6 +47,7 @@ public:
 
 private:
     int64_t cut(int64_t count) const;
+    void advance(int64_t moved);
 
     Ref<FStream> inner_;
     int64_t start_ = 0;
