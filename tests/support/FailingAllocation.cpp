@@ -1,5 +1,7 @@
 #include "support/FailingAllocation.h"
 
+#include "support/MemoryMeter.h"
+
 #include <cstdlib>
 
 // The program is linked with --wrap for these three: calls of `malloc` in its objects come to
@@ -14,8 +16,12 @@ namespace {
 
 /// The count of the `during` that runs in this thread.
 thread_local int64_t* leftToFail = nullptr;
+/// That of the meter that stands in this thread.
+thread_local int64_t* bytesAskedFor = nullptr;
 
-bool isToFail() {
+bool isToFail(size_t size) {
+    if (bytesAskedFor)
+        *bytesAskedFor += static_cast<int64_t>(size);
     return leftToFail && --*leftToFail == 0;
 }
 
@@ -23,13 +29,13 @@ bool isToFail() {
 
 extern "C" {
 void* __wrap_malloc(size_t size) {
-    return isToFail() ? nullptr : __real_malloc(size);
+    return isToFail(size) ? nullptr : __real_malloc(size);
 }
 void* __wrap_calloc(size_t count, size_t size) {
-    return isToFail() ? nullptr : __real_calloc(count, size);
+    return isToFail(count * size) ? nullptr : __real_calloc(count, size);
 }
 void* __wrap_realloc(void* block, size_t size) {
-    return isToFail() ? nullptr : __real_realloc(block, size);
+    return isToFail(size) ? nullptr : __real_realloc(block, size);
 }
 }
 // NOLINTEND(bugprone-reserved-identifier)
@@ -85,6 +91,14 @@ FailingAllocation::Armed::Armed(int64_t& left) {
 
 FailingAllocation::Armed::~Armed() {
     leftToFail = nullptr;
+}
+
+MemoryMeter::MemoryMeter() {
+    bytesAskedFor = &bytes_;
+}
+
+MemoryMeter::~MemoryMeter() {
+    bytesAskedFor = nullptr;
 }
 
 } // namespace qorl
