@@ -34,7 +34,7 @@ size_t BitmapCache::bucketOf(const UBitmap* source) {
 }
 
 bool BitmapCache::put(UBitmap* source, std::string_view key, UBitmap* derived) {
-    if (!source || !derived)
+    if (!source || !derived || source == derived)
         return false;
     auto& bucket = buckets_[bucketOf(source)];
     for (auto& entry : bucket) {

@@ -13,19 +13,10 @@ namespace qorl {
 
 namespace {
 
-Ref<GraphicsImage> newImage(CmSize size) {
-    GraphicsFactory* factory = getGraphicsFactory();
-    return factory ? factory->getBitmapFactory()->createBitmap(size, 0) : nullptr;
-}
-
-CmSize sizeOf(GraphicsImage& image) {
-    return {image.getWidth(), image.getHeight()};
-}
-
 /// A new image whose pixel at each place is `pick(source, x, y)`.
 template <typename Pick>
 Ref<GraphicsImage> mapped(GraphicsImage& input, Pick pick) {
-    Ref<GraphicsImage> result = newImage(sizeOf(input));
+    Ref<GraphicsImage> result = createGraphicsImage({input.getWidth(), input.getHeight()});
     if (!result)
         return nullptr;
     const PixelLock from(input);
@@ -49,12 +40,10 @@ class AdjustHslFilter final : public FilterBase {
     }
     Ref<GraphicsImage> apply(GraphicsImage& image) override {
         auto result = copied(image);
-        const auto number = [this](const char* name) {
-            return static_cast<int32_t>(std::lround(std::clamp(parameter<double>(name), -36000.0, 36000.0)));
-        };
         if (result)
-            PixelFilters::adjustHsl(*result, number("hueOffset"), number("saturationShift"),
-                                    number("luminanceShift"));
+            PixelFilters::adjustHsl(*result, parameter<double>("hueOffset"),
+                                    parameter<double>("saturationShift"),
+                                    parameter<double>("luminanceShift"));
         return result;
     }
 };
@@ -176,16 +165,10 @@ class ScaleFilter final : public FilterBase {
 
 /// Its result is the picture as it was; the answer is the parameter `color`, computed when it is first read.
 class MeanColorFilter final : public FilterBase {
-    void declareParameters() override { declare("color", UColor()); }
+    void declareParameters() override { declare("color", UColor(), Role::answer); }
     Ref<GraphicsImage> apply(GraphicsImage& image) override {
-        setParameter("color", PixelFilters::meanColor(image));
+        answer("color", PixelFilters::meanColor(image));
         return retain(&image);
-    }
-    Result getParameter(std::string_view name, FilterValue& value) override {
-        if (name != "color")
-            return Result::invalidArgument;
-        getResult();
-        return FilterBase::getParameter(name, value);
     }
 };
 
@@ -196,8 +179,8 @@ Ref<FilterBase> createFilter() {
 
 } // namespace
 
-void FilterBase::declare(std::string_view name, const FilterValue& initial) {
-    parameters_.push_back({name, initial});
+void FilterBase::declare(std::string_view name, const FilterValue& initial, Role role) {
+    parameters_.push_back({name, initial, role});
 }
 
 FilterBase::Parameter* FilterBase::find(std::string_view name) {
@@ -208,7 +191,7 @@ FilterBase::Parameter* FilterBase::find(std::string_view name) {
 
 Result FilterBase::setParameter(std::string_view name, const FilterValue& value) {
     Parameter* parameter = find(name);
-    if (!parameter || parameter->value.index() != value.index())
+    if (!parameter || parameter->role == Role::answer || parameter->value.index() != value.index())
         return Result::invalidArgument;
     parameter->value = value;
     result_.reset();
@@ -219,6 +202,8 @@ Result FilterBase::getParameter(std::string_view name, FilterValue& value) {
     const Parameter* parameter = find(name);
     if (!parameter)
         return Result::invalidArgument;
+    if (parameter->role == Role::answer)
+        getResult();
     value = parameter->value;
     return Result::ok;
 }

@@ -23,10 +23,10 @@ class FilterBase : public FObject {
     QORL_CLASS(FilterBase, FObject)
 
 public:
-    /// `invalidArgument` for an unknown name or a value of another kind.
+    /// `invalidArgument` for an unknown name, a value of another kind, and what the filter itself answers.
     Result setParameter(std::string_view name, const FilterValue& value);
-    /// `invalidArgument` for an unknown name.
-    virtual Result getParameter(std::string_view name, FilterValue& value);
+    /// Runs the filter when it is asked for what that answers. `invalidArgument` for an unknown name.
+    Result getParameter(std::string_view name, FilterValue& value);
 
     void setInput(Ref<GraphicsImage> image);
     /// Runs the filter at the first call. Null without an input, or when there is no memory.
@@ -38,7 +38,11 @@ protected:
     virtual void declareParameters() = 0;
     virtual Ref<GraphicsImage> apply(GraphicsImage& input) = 0;
 
-    void declare(std::string_view name, const FilterValue& initial);
+    enum class Role : uint8_t { input, answer };
+
+    void declare(std::string_view name, const FilterValue& initial, Role role = Role::input);
+    /// For `apply`: the value of a parameter that was declared as an answer.
+    void answer(std::string_view name, const FilterValue& value) { find(name)->value = value; }
     template <typename T>
     const T& parameter(std::string_view name) {
         return std::get<T>(find(name)->value);
@@ -50,6 +54,7 @@ private:
     struct Parameter {
         std::string_view name;
         FilterValue value;
+        Role role;
     };
 
     Parameter* find(std::string_view name);

@@ -4,24 +4,13 @@
 
 namespace qorl {
 
-namespace {
-
-BitmapFactory* bitmapFactory() {
-    GraphicsFactory* factory = getGraphicsFactory();
-    return factory ? factory->getBitmapFactory() : nullptr;
-}
-
-} // namespace
-
 SurfaceTarget::SurfaceTarget(CmSize size, double scaleFactor) : scaleFactor_(scaleFactor) {
     resize(size);
 }
 
 bool SurfaceTarget::resize(CmSize size) {
     attached_ = {};
-    image_.reset();
-    if (BitmapFactory* factory = bitmapFactory())
-        image_ = factory->createBitmap(size, 0);
+    image_ = createGraphicsImage(size);
     return image_ != nullptr;
 }
 
@@ -34,9 +23,10 @@ bool SurfaceTarget::attach(const platform::PixelSurface& memory) {
         return true;
     attached_ = memory;
     image_.reset();
-    BitmapFactory* factory = bitmapFactory();
-    if (factory && !memory.isEmpty())
-        image_ = factory->wrapPixels(memory);
+    GraphicsFactory* factory = getGraphicsFactory();
+    BitmapFactory* bitmaps = factory ? factory->getBitmapFactory() : nullptr;
+    if (bitmaps && !memory.isEmpty())
+        image_ = bitmaps->wrapPixels(memory);
     return image_ != nullptr;
 }
 

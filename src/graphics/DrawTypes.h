@@ -59,4 +59,9 @@ enum class Interpolation : int32_t { nearest = 0, linear = 1, best = 2 };
 /// 2 pi as the clients of the device write it: a full circle.
 constexpr double fullCircle = 6.2831855;
 
+/// A coordinate that stays at the end of its range: sizes and places come from documents.
+constexpr int32_t saturated(int64_t place) {
+    return static_cast<int32_t>(place < INT32_MIN ? INT32_MIN : place > INT32_MAX ? INT32_MAX : place);
+}
+
 } // namespace qorl

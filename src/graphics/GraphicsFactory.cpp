@@ -38,21 +38,15 @@ const BackEndRow& rowOf(std::string_view name) {
     return found == std::end(backEnds) ? backEnds[0] : *found;
 }
 
-std::string_view optionValue(std::span<const std::string_view> arguments, std::string_view option) {
-    const auto found = std::find(arguments.begin(), arguments.end(), option);
-    return found == arguments.end() || found + 1 == arguments.end() ? std::string_view() : *(found + 1);
-}
-
-platform::DpiAwareness dpiAwarenessOf(std::string_view wanted) {
-    if (wanted == "monitor")
-        return platform::DpiAwareness::monitor;
-    return wanted == "system" ? platform::DpiAwareness::system : platform::DpiAwareness::none;
-}
-
 } // namespace
 
 GraphicsFactory* getGraphicsFactory() {
     return factory;
+}
+
+Ref<GraphicsImage> createGraphicsImage(CmSize size, uint32_t format) {
+    BitmapFactory* bitmaps = factory ? factory->getBitmapFactory() : nullptr;
+    return bitmaps ? bitmaps->createBitmap(size, format) : nullptr;
 }
 
 const std::string& getGraphicsBackendName() {
@@ -79,10 +73,20 @@ bool selectGraphicsBackend(std::string_view name) {
 }
 
 bool selectGraphicsBackendByArguments(std::span<const std::string_view> arguments) {
-    const std::string_view wanted = optionValue(arguments, "--gfxbackend");
+    std::string_view wanted;
+    auto awareness = platform::DpiAwareness::none;
+    for (size_t i = 0; i + 1 < arguments.size(); ++i) {
+        const std::string_view next = arguments[i + 1];
+        if (arguments[i] == "--gfxbackend")
+            wanted = arguments[++i];
+        else if (arguments[i] == "--dpiawareness" && next == "monitor")
+            awareness = platform::DpiAwareness::monitor;
+        else if (arguments[i] == "--dpiawareness" && next == "system")
+            awareness = platform::DpiAwareness::system;
+    }
     if (wanted == "D2D" || wanted == "GDI")
         return selectGraphicsBackend(wanted);
-    platform::setDpiAwareness(dpiAwarenessOf(optionValue(arguments, "--dpiawareness")));
+    platform::setDpiAwareness(awareness);
     return selectGraphicsBackend(defaultName);
 }
 

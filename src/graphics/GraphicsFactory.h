@@ -47,7 +47,7 @@ public:
     virtual bool recognises(std::span<const std::byte> head) const = 0;
     /// Null, and the reason in `error`, when the bytes are broken or beyond the limits of `BitmapFactory`.
     virtual Ref<GraphicsImage> decode(std::span<const std::byte> file, std::string& error) = 0;
-    /// Appends a file to `out`. False when it can't be encoded.
+    /// Appends a file to `out`. False when it can't be encoded, or without memory.
     virtual bool encode(GraphicsImage& image, std::vector<std::byte>& out) = 0;
 };
 
@@ -67,7 +67,8 @@ private:
 
 /// The makers of one drawing system. There is one factory per process, chosen at the start.
 ///
-/// May be asked from any thread; the sub-objects are made once, at first use. Getters hand out no reference.
+/// May be asked from any thread; the sub-objects are made once, at first use. Getters hand out no reference,
+/// and null when memory runs out.
 class GraphicsFactory : public FInterface {
 public:
     static constexpr InterfaceId iid = InterfaceId::fromText("{BF595906-6F9F-47D9-99C4-A648C1857D83}");
@@ -90,6 +91,9 @@ protected:
 /// The factory in force; null before the selection and after the shutdown.
 GraphicsFactory* getGraphicsFactory();
 
+/// An image by the factory in force. Null without one, when the size is not allowed, or without memory.
+Ref<GraphicsImage> createGraphicsImage(CmSize size, uint32_t format = 0);
+
 /// The name that was selected; empty before.
 const std::string& getGraphicsBackendName();
 
@@ -98,7 +102,8 @@ const std::string& getGraphicsBackendName();
 bool selectGraphicsBackend(std::string_view name);
 
 /// The choice by the command line: what "--gfxbackend" asks for if it is "D2D" or "GDI"; else "default", and
-/// windows follow the resolution of their monitors as "--dpiawareness" asks ("monitor" or "system").
+/// windows follow the resolution of their monitors as "--dpiawareness" asks ("monitor" or "system"). Of
+/// several the last counts.
 bool selectGraphicsBackendByArguments(std::span<const std::string_view> arguments);
 
 /// Releases the factory and everything that the drawing system keeps, so that the library can be unloaded.

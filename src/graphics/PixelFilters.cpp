@@ -35,19 +35,28 @@ uint32_t lumaOf(uint32_t word) {
     return ((word >> 16 & 0xFF) * 299 + (word >> 8 & 0xFF) * 587 + (word & 0xFF) * 114 + 500) / 1000;
 }
 
+uint32_t toPremultiplied(const UColor& color) {
+    return toPremultiplied(Pixel{color.red(), color.green(), color.blue(), color.alpha()});
+}
+
 template <typename Change>
-void forEachPixel(GraphicsImage& image, Change change) {
+void forEachWord(GraphicsImage& image, Change change) {
     const PixelLock pixels(image);
     if (pixels->isEmpty())
         return;
     for (int32_t y = 0; y < pixels->height; ++y) {
         uint32_t* row = pixels->getRow(y);
-        for (int32_t x = 0; x < pixels->width; ++x) {
-            Pixel pixel = fromPremultiplied(row[x]);
-            change(pixel);
-            row[x] = toPremultiplied(pixel);
-        }
+        std::for_each(row, row + pixels->width, change);
     }
+}
+
+template <typename Change>
+void forEachPixel(GraphicsImage& image, Change change) {
+    forEachWord(image, [&change](uint32_t& word) {
+        Pixel pixel = fromPremultiplied(word);
+        change(pixel);
+        word = toPremultiplied(pixel);
+    });
 }
 
 uint32_t mix(uint32_t from, uint32_t to, float share) {
@@ -56,7 +65,7 @@ uint32_t mix(uint32_t from, uint32_t to, float share) {
 }
 
 /// Lightness to lightness, both from 0 to 1.
-std::array<double, 256> luminanceCurve(int32_t luminance) {
+std::array<double, 256> luminanceCurve(double luminance) {
     const double base = std::clamp(std::abs(luminance) / 100.0, 0.0, 1.0) * 0.5 + 1;
     const double exponent = luminance < 0 ? 1 / (base * base) : base * base;
     std::array<double, 256> curve;
@@ -103,7 +112,7 @@ void tint(GraphicsImage& image, const UColor& color, float factor) {
     });
 }
 
-void adjustHsl(GraphicsImage& image, int32_t hue, int32_t saturation, int32_t luminance) {
+void adjustHsl(GraphicsImage& image, double hue, double saturation, double luminance) {
     const double multiplier = std::clamp(saturation / 100.0, -1.0, 1.0) + 1;
     const auto curve = luminanceCurve(luminance);
     forEachPixel(image, [&](Pixel& p) {
@@ -122,10 +131,12 @@ void adjustHsl(GraphicsImage& image, int32_t hue, int32_t saturation, int32_t lu
 }
 
 void replaceColor(GraphicsImage& image, const UColor& from, const UColor& to) {
-    forEachPixel(image, [&](Pixel& p) {
-        if (p.red == from.red() && p.green == from.green() && p.blue == from.blue() &&
-            p.alpha == from.alpha())
-            p = {to.red(), to.green(), to.blue(), to.alpha()};
+    // As the pixels are held: what was multiplied doesn't come back exactly.
+    const uint32_t wanted = toPremultiplied(from);
+    const uint32_t replacement = toPremultiplied(to);
+    forEachWord(image, [=](uint32_t& word) {
+        if (word == wanted)
+            word = replacement;
     });
 }
 

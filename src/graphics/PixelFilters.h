@@ -17,7 +17,7 @@ void multiply(GraphicsImage& image, const UColor& color);
 /// Mixes towards the colour by `factor` from 0 to 1.
 void tint(GraphicsImage& image, const UColor& color, float factor);
 /// Adds `hue` degrees; `saturation` and `luminance` in per cent from -100 to 100, 0 for no change.
-void adjustHsl(GraphicsImage& image, int32_t hue, int32_t saturation, int32_t luminance);
+void adjustHsl(GraphicsImage& image, double hue, double saturation, double luminance);
 /// Pixels of exactly the colour `from`, alpha included, become `to`.
 void replaceColor(GraphicsImage& image, const UColor& from, const UColor& to);
 /// Multiplies the alpha by the lightness of `mask` at the same place; what lies outside of that goes.

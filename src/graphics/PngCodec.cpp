@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <new>
 #include <png.h>
 
 namespace qorl {
@@ -117,9 +118,10 @@ Ref<GraphicsImage> PngCodec::decode(std::span<const std::byte> file, std::string
         return nullptr;
     }
     png.format = PNG_FORMAT_BGRA;
-    GraphicsFactory* factory = getGraphicsFactory();
+    // Without a word on its colours, a file of 16 bits means what one of 8 bits would.
+    png.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;
     const CmSize size{static_cast<int32_t>(png.width), static_cast<int32_t>(png.height)};
-    Ref<GraphicsImage> image = factory ? factory->getBitmapFactory()->createBitmap(size, 0) : nullptr;
+    Ref<GraphicsImage> image = createGraphicsImage(size);
     if (!image) {
         error = "there is no memory for " + std::to_string(size.width) + " x " + std::to_string(size.height) +
                 " pixels";
@@ -137,7 +139,7 @@ Ref<GraphicsImage> PngCodec::decode(std::span<const std::byte> file, std::string
     return image;
 }
 
-bool PngCodec::encode(GraphicsImage& image, std::vector<std::byte>& out) {
+bool PngCodec::encode(GraphicsImage& image, std::vector<std::byte>& out) try {
     const PixelLock pixels(image);
     if (pixels->isEmpty())
         return false;
@@ -158,6 +160,8 @@ bool PngCodec::encode(GraphicsImage& image, std::vector<std::byte>& out) {
         png_image_write_to_memory(&png, out.data() + start, &size, 0, rows.data(), 0, nullptr) != 0;
     out.resize(written ? start + size : start);
     return written;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

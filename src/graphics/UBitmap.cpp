@@ -12,15 +12,12 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <new>
 
 namespace qorl {
 
 namespace {
-
-Ref<GraphicsImage> createImage(CmSize size, uint32_t format) {
-    GraphicsFactory* factory = getGraphicsFactory();
-    return factory && !size.isEmpty() ? factory->getBitmapFactory()->createBitmap(size, format) : nullptr;
-}
 
 /// Decimal text without trailing zeros: 0.5 and 0.50 are one key.
 std::string factorText(float factor) {
@@ -57,9 +54,26 @@ void copyRows(const platform::PixelSurface& from, CmRect source, const platform:
     if (inTarget.isEmpty() || part.isEmpty())
         return;
     const CmPoint target = CmPoint{part.left, part.top} - (CmPoint{source.left, source.top} - place);
-    for (int32_t y = 0; y < part.height(); ++y)
+    const auto copyRow = [&](int32_t y) {
         std::memmove(to.getRow(target.y + y) + target.x, from.getRow(part.top + y) + part.left,
                      static_cast<size_t>(part.width()) * sizeof(uint32_t));
+    };
+    // Both may be the same memory: no row may be written before it was read.
+    if (std::less<>()(from.getRow(part.top), to.getRow(target.y)))
+        for (int32_t y = part.height(); y-- > 0;)
+            copyRow(y);
+    else
+        for (int32_t y = 0; y < part.height(); ++y)
+            copyRow(y);
+}
+
+/// How many repetitions of a side are drawn as one, so that a picture of a few pixels doesn't fill a large
+/// room one by one.
+int32_t repetitions(int32_t source, int32_t tile, int32_t room) {
+    constexpr int32_t wanted = 64;
+    if (source != tile || source > wanted / 2)
+        return 1;
+    return std::min(wanted / source, (room + source - 1) / source);
 }
 
 /// Kept variants go while what made them still stands.
@@ -71,7 +85,7 @@ const ShutdownHook dropVariants{"UBitmap", StartupHook::ready, [] {
 
 } // namespace
 
-UBitmap::UBitmap(CmSize size, uint32_t pixelFormat) : image_(createImage(size, pixelFormat)) {
+UBitmap::UBitmap(CmSize size, uint32_t pixelFormat) : image_(createGraphicsImage(size, pixelFormat)) {
     if (image_)
         size_ = size;
 }
@@ -88,25 +102,30 @@ UBitmap::~UBitmap() {
         cache->remove(this);
 }
 
-Ref<UBitmap> UBitmap::fromFile(std::span<const std::byte> file, std::string& error) {
+Ref<UBitmap> UBitmap::fromFile(std::span<const std::byte> file, std::string& error) try {
     GraphicsFactory* factory = getGraphicsFactory();
-    if (!factory) {
-        error = "no graphics back end is selected";
+    ImageCodecs* codecs = factory ? factory->getImageCodecs() : nullptr;
+    if (!codecs) {
+        error = factory ? "out of memory" : "no graphics back end is selected";
         return nullptr;
     }
-    ImageCodec* codec = factory->getImageCodecs()->findByContents(file);
+    ImageCodec* codec = codecs->findByContents(file);
     if (!codec) {
         error = file.empty() ? "the file is empty" : "not an image file of a known kind (PNG)";
         return nullptr;
     }
     Ref<GraphicsImage> image = codec->decode(file, error);
     return image ? make<UBitmap>(std::move(image)) : nullptr;
+} catch (const std::bad_alloc&) {
+    error = "out of memory"; // short enough to need none
+    return nullptr;
 }
 
 std::vector<std::byte> UBitmap::toPng() {
     std::vector<std::byte> file;
     GraphicsFactory* factory = getGraphicsFactory();
-    ImageCodec* codec = factory ? factory->getImageCodecs()->findByExtension("png") : nullptr;
+    ImageCodecs* codecs = factory ? factory->getImageCodecs() : nullptr;
+    ImageCodec* codec = codecs ? codecs->findByExtension("png") : nullptr;
     GraphicsImage* image = getBackendImage();
     if (!codec || !image || !codec->encode(*image, file))
         file.clear();
@@ -121,10 +140,12 @@ CmObject* UBitmap::clone() const {
 
 Ref<UBitmap> UBitmap::copyPixels() {
     GraphicsImage* from = getBackendImage();
-    if (!from)
-        return nullptr;
-    const CmSize size{from->getWidth(), from->getHeight()};
-    Ref<GraphicsImage> to = createImage(size, 0);
+    return from ? copyPixels({0, 0, from->getWidth(), from->getHeight()}) : nullptr;
+}
+
+Ref<UBitmap> UBitmap::copyPixels(const CmRect& part) {
+    GraphicsImage* from = getBackendImage();
+    Ref<GraphicsImage> to = from ? createGraphicsImage(part.size()) : nullptr;
     if (!to)
         return nullptr;
     {
@@ -132,7 +153,7 @@ Ref<UBitmap> UBitmap::copyPixels() {
         const PixelLock target(*to);
         if (source->isEmpty() || target->isEmpty())
             return nullptr;
-        copyRows(*source, CmRect::ofSize({}, size), *target, {});
+        copyRows(*source, part, *target, {});
     }
     return make<UBitmap>(std::move(to), getScale());
 }
@@ -148,12 +169,21 @@ UBitmap* UBitmap::getRootBitmap() {
 Ref<UBitmap> UBitmap::createSection(const CmRect& rect) {
     if (rect.isEmpty() || !CmRect::ofSize({}, getSize()).contains(rect) || !isValid())
         return nullptr;
-    return make<UBitmapSection>(retain(this), rect);
+    Ref<UBitmap> section = make<UBitmapSection>(retain(this), rect);
+    return section->isValid() ? section : copyPixels(toImage(rect));
 }
 
-CmRect UBitmap::toImage(const CmRect& rect) const {
-    const auto scaled = [this](int32_t place) { return static_cast<int32_t>(std::lround(place * scale_)); };
-    return {scaled(rect.left), scaled(rect.top), scaled(rect.right), scaled(rect.bottom)};
+CmRect UBitmap::toImage(const CmRect& rect) {
+    const GraphicsImage* image = getBackendImage();
+    const CmSize size = getSize();
+    // The last edge is that of the image, whose size need not be a multiple of the scale.
+    const auto scaled = [this](int32_t place, int32_t side, int32_t pixels) {
+        return place == side ? pixels : saturated(std::llround(place * scale_));
+    };
+    const int32_t width = image ? image->getWidth() : 0;
+    const int32_t height = image ? image->getHeight() : 0;
+    return {scaled(rect.left, size.width, width), scaled(rect.top, size.height, height),
+            scaled(rect.right, size.width, width), scaled(rect.bottom, size.height, height)};
 }
 
 Ref<UBitmap> UBitmap::getScaled(CmSize size, Interpolation kind) {
@@ -273,19 +303,57 @@ void UBitmap::draw(UDrawDevice& device, const CmRect& source, const CmRect& dest
                                  from, alpha, interpolation);
 }
 
-void UBitmap::drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination) {
-    if (source.isEmpty() || destination.isEmpty() || !isValid())
-        return;
+Ref<UBitmap> UBitmap::repeat(const CmRect& source, int32_t across, int32_t down) {
+    const CmRect part = toImage(source);
+    GraphicsImage* from = getBackendImage();
+    const bool isWhole = part.width() == source.width() * scale_ && part.height() == source.height() * scale_;
+    Ref<GraphicsImage> to =
+        from && isWhole ? createGraphicsImage({part.width() * across, part.height() * down}) : nullptr;
+    if (!to)
+        return nullptr;
+    {
+        const PixelLock pixels(*from);
+        const PixelLock target(*to);
+        if (pixels->isEmpty() || target->isEmpty())
+            return nullptr;
+        for (int32_t y = 0; y < down; ++y)
+            for (int32_t x = 0; x < across; ++x)
+                copyRows(*pixels, part, *target, {x * part.width(), y * part.height()});
+    }
+    return make<UBitmap>(std::move(to), scale_);
+}
+
+void UBitmap::drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination, CmSize tile,
+                        double alpha, Interpolation interpolation) {
     // Only the tiles that can be seen: a huge rectangle must not take a huge time.
-    const CmRect visible = destination.intersect(device.getClip());
-    if (visible.isEmpty())
+    const CmRect visible = destination.intersect(device.getVisible());
+    if (source.isEmpty() || tile.isEmpty() || visible.isEmpty() || !isValid())
         return;
-    const int32_t firstX = (visible.left - destination.left) / source.width();
-    const int32_t firstY = (visible.top - destination.top) / source.height();
-    for (int32_t y = destination.top + firstY * source.height(); y < visible.bottom; y += source.height()) {
-        for (int32_t x = destination.left + firstX * source.width(); x < visible.right; x += source.width()) {
-            const CmRect tile = CmRect::ofSize({x, y}, source.size()).intersect(destination);
-            draw(device, CmRect::ofSize(source.origin(), tile.size()), tile, 1.0, Interpolation::linear);
+    constexpr int32_t worthIt = 16;
+    const int32_t across = repetitions(source.width(), tile.width, visible.width());
+    const int32_t down = repetitions(source.height(), tile.height, visible.height());
+    const Ref<UBitmap> several = across * down >= worthIt ? repeat(source, across, down) : nullptr;
+    if (several) {
+        several->drawTiled(device, CmRect::ofSize({}, several->getSize()), destination,
+                           {tile.width * across, tile.height * down}, alpha, interpolation);
+        return;
+    }
+    const auto firstBefore = [](int32_t place, int32_t start, int32_t step) {
+        return start + (int64_t{place} - start) / step * step;
+    };
+    const auto share = [](int32_t part, int32_t whole, int32_t side) {
+        return std::max(1, static_cast<int32_t>(int64_t{side} * part / whole));
+    };
+    for (int64_t y = firstBefore(visible.top, destination.top, tile.height); y < visible.bottom;
+         y += tile.height) {
+        for (int64_t x = firstBefore(visible.left, destination.left, tile.width); x < visible.right;
+             x += tile.width) {
+            const CmRect cut =
+                CmRect{saturated(x), saturated(y), saturated(x + tile.width), saturated(y + tile.height)}
+                    .intersect(destination);
+            const CmSize part{share(cut.width(), tile.width, source.width()),
+                              share(cut.height(), tile.height, source.height())};
+            draw(device, CmRect::ofSize(source.origin(), part), cut, alpha, interpolation);
         }
     }
 }

@@ -29,8 +29,10 @@ public:
     /// Draws the part `source`, in logical pixels, over `destination`. `alpha` from 0 to 1.
     virtual void draw(UDrawDevice& device, const CmRect& source, const CmRect& destination, double alpha,
                       Interpolation interpolation) = 0;
-    /// Fills `destination` with repetitions of `source`, the first one at its top left; the last are cut.
-    virtual void drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination) = 0;
+    /// Fills `destination` with repetitions of `source`, each drawn in the size `tile`, the first one at its
+    /// top left; the last are cut.
+    virtual void drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination, CmSize tile,
+                           double alpha, Interpolation interpolation) = 0;
     /// Copies the pixels of another bitmap's part to a place in this one, alpha included.
     virtual bool blit(GraphicsBitmap& from, const CmRect& source, CmPoint destination) = 0;
 
@@ -104,7 +106,8 @@ public:
     bool isValid() override { return getBackendImage() != nullptr; }
     void draw(UDrawDevice& device, const CmRect& source, const CmRect& destination, double alpha,
               Interpolation interpolation) override;
-    void drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination) override;
+    void drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination, CmSize tile,
+                   double alpha, Interpolation interpolation) override;
     bool blit(GraphicsBitmap& from, const CmRect& source, CmPoint destination) override;
 
     GraphicsImage* getTargetImage() override { return getBackendImage(); }
@@ -114,9 +117,14 @@ public:
 
 protected:
     /// In pixels of the image, of a part in logical pixels.
-    CmRect toImage(const CmRect& rect) const;
+    CmRect toImage(const CmRect& rect);
     /// A new bitmap of the same scale with a copy of the pixels; null without an image.
     Ref<UBitmap> copyPixels();
+    /// The same of a part, in pixels of the image.
+    Ref<UBitmap> copyPixels(const CmRect& part);
+    /// `source`, as often side by side and one below the other as the counts say. Null where no whole number
+    /// of pixels makes a repetition.
+    Ref<UBitmap> repeat(const CmRect& source, int32_t across, int32_t down);
 
     Ref<GraphicsImage> image_;
     CmSize size_;

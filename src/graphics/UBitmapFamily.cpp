@@ -41,9 +41,10 @@ void UDelegatedBitmap::draw(UDrawDevice& device, const CmRect& source, const CmR
         delegate_->draw(device, source, destination, alpha, interpolation);
 }
 
-void UDelegatedBitmap::drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination) {
+void UDelegatedBitmap::drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination,
+                                 CmSize tile, double alpha, Interpolation interpolation) {
     if (delegate_)
-        delegate_->drawTiled(device, source, destination);
+        delegate_->drawTiled(device, source, destination, tile, alpha, interpolation);
 }
 
 bool UDelegatedBitmap::blit(GraphicsBitmap& from, const CmRect& source, CmPoint destination) {
@@ -73,8 +74,9 @@ void UBitmapSection::draw(UDrawDevice& device, const CmRect& source, const CmRec
     UBitmap::draw(device, source, destination, alpha, interpolation);
 }
 
-void UBitmapSection::drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination) {
-    UBitmap::drawTiled(device, source, destination);
+void UBitmapSection::drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination,
+                               CmSize tile, double alpha, Interpolation interpolation) {
+    UBitmap::drawTiled(device, source, destination, tile, alpha, interpolation);
 }
 
 bool UBitmapSection::blit(GraphicsBitmap& from, const CmRect& source, CmPoint destination) {
@@ -82,7 +84,8 @@ bool UBitmapSection::blit(GraphicsBitmap& from, const CmRect& source, CmPoint de
 }
 
 UFilmStrip::UFilmStrip(Ref<UBitmap> bitmap, int32_t frameCount, FrameAlign align)
-    : UDelegatedBitmap(std::move(bitmap)), frameCount_(std::max(frameCount, 1)), align_(align) {}
+    : UBitmap(bitmap ? retain(bitmap->getBackendImage()) : nullptr, bitmap ? bitmap->getScale() : 1.0),
+      frameCount_(std::max(frameCount, 1)), align_(align) {}
 
 CmSize UFilmStrip::getFrameSize() {
     const CmSize whole = getSize();
@@ -103,8 +106,12 @@ Ref<UBitmap> UFilmStrip::getFrame(int32_t index) {
 
 UDynamicBitmap::UDynamicBitmap(Ref<UBitmap> bitmap, const CmRect& center, int32_t style)
     : UDelegatedBitmap(std::move(bitmap)), style_(style) {
-    const CmRect whole = CmRect::ofSize({}, getSize());
-    center_ = center.intersect(whole);
+    // Edge by edge: a centre without width still parts the corners.
+    const CmSize size = getSize();
+    center_.left = std::clamp(center.left, 0, size.width);
+    center_.top = std::clamp(center.top, 0, size.height);
+    center_.right = std::clamp(center.right, center_.left, size.width);
+    center_.bottom = std::clamp(center.bottom, center_.top, size.height);
 }
 
 namespace {
@@ -115,10 +122,10 @@ struct Stripes {
 
     /// `low` and `high` keep their width; where the room is too small for both they share it.
     static Stripes over(int32_t start, int32_t end, int32_t low, int32_t high) {
-        const int32_t room = end - start;
+        const int64_t room = int64_t{end} - start;
         if (low + high > room) {
-            low = low + high == 0 ? 0 : static_cast<int32_t>(int64_t{room} * low / (low + high));
-            high = room - low;
+            low = static_cast<int32_t>(room * low / (low + high));
+            high = static_cast<int32_t>(room) - low;
         }
         return {{start, start + low, end - high, end}};
     }
@@ -146,8 +153,9 @@ void UDynamicBitmap::draw(UDrawDevice& device, const CmRect&, const CmRect& dest
                 continue;
             const bool tilesX = column == 1 && (style_ & horizontalRepeat);
             const bool tilesY = row == 1 && (style_ & verticalRepeat);
+            const CmSize tile{tilesX ? from.width() : to.width(), tilesY ? from.height() : to.height()};
             if (tilesX || tilesY)
-                delegate_->drawTiled(device, from, to);
+                delegate_->drawTiled(device, from, to, tile, alpha, interpolation);
             else
                 delegate_->draw(device, from, to, alpha, interpolation);
         }

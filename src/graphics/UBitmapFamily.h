@@ -25,7 +25,8 @@ public:
     Ref<GraphicsImage> getPixels(const CmRect& rect) override;
     void draw(UDrawDevice& device, const CmRect& source, const CmRect& destination, double alpha,
               Interpolation interpolation) override;
-    void drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination) override;
+    void drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination, CmSize tile,
+                   double alpha, Interpolation interpolation) override;
     bool blit(GraphicsBitmap& from, const CmRect& source, CmPoint destination) override;
 
 protected:
@@ -64,7 +65,8 @@ public:
     Ref<GraphicsImage> getPixels(const CmRect& rect) override;
     void draw(UDrawDevice& device, const CmRect& source, const CmRect& destination, double alpha,
               Interpolation interpolation) override;
-    void drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination) override;
+    void drawTiled(UDrawDevice& device, const CmRect& source, const CmRect& destination, CmSize tile,
+                   double alpha, Interpolation interpolation) override;
     bool blit(GraphicsBitmap& from, const CmRect& source, CmPoint destination) override;
 
 private:
@@ -72,13 +74,13 @@ private:
 };
 
 /// Frames of equal size side by side, or one below the other, in one bitmap.
-class UFilmStrip : public UDelegatedBitmap {
-    QORL_CLASS(UFilmStrip, UDelegatedBitmap)
+class UFilmStrip : public UBitmap {
+    QORL_CLASS(UFilmStrip, UBitmap)
 
 public:
     enum class FrameAlign : int32_t { vertical = 0, horizontal = 1 };
 
-    /// A count below 1 is taken as 1.
+    /// Shares the pixels of `bitmap`. A count below 1 is taken as 1.
     UFilmStrip(Ref<UBitmap> bitmap, int32_t frameCount, FrameAlign align);
 
     int32_t getFrameCount() const { return frameCount_; }

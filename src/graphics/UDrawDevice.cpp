@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numbers>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,13 +21,25 @@ bool isAbout(double value, double wanted) {
     return std::abs(value - wanted) <= sweepTolerance;
 }
 
+/// As clients write it, and as doubles have it.
+bool isFullCircle(double sweep) {
+    return isAbout(sweep, fullCircle) || isAbout(sweep, 2 * std::numbers::pi);
+}
+
 Geometry::Rect wholeRect(const CmRect& rect) {
-    return {double(rect.left), double(rect.top), double(rect.width()), double(rect.height())};
+    return {double(rect.left), double(rect.top), double(rect.right) - rect.left,
+            double(rect.bottom) - rect.top};
 }
 
 /// Strokes run through the centres of the outermost pixels.
 Geometry::Rect strokeRect(const CmRect& rect) {
-    return {rect.left + 0.5, rect.top + 0.5, rect.width() - 1.0, rect.height() - 1.0};
+    const Geometry::Rect whole = wholeRect(rect);
+    return {whole.x + 0.5, whole.y + 0.5, whole.width - 1.0, whole.height - 1.0};
+}
+
+/// Radius -1 is a tenth of the width.
+double cornerRadius(const CmRect& rect, int32_t radius) {
+    return radius == -1 ? std::floor(wholeRect(rect).width / 10) : radius;
 }
 
 CmRect normalised(const CmRect& rect) {
@@ -161,8 +174,14 @@ void UDrawDevice::flushPen() {
 void UDrawDevice::flushClip() {
     if (!clipDirty_)
         return;
-    backEnd_->setClip(wholeRect(effectiveClip()));
     clipDirty_ = false;
+    TransformMatrix back;
+    const bool isElsewhere = clipMatrix_ && clipMatrix_->invert(back);
+    if (isElsewhere)
+        backEnd_->concatTransformMatrix(back);
+    backEnd_->setClip(wholeRect(getVisible()));
+    if (isElsewhere)
+        backEnd_->concatTransformMatrix(*clipMatrix_);
 }
 
 void UDrawDevice::flushBrush() {
@@ -172,8 +191,10 @@ void UDrawDevice::flushBrush() {
     brushDirty_ = false;
 }
 
-bool UDrawDevice::isOutside(const CmRect& rect, int32_t slack) const {
-    return !effectiveClip().grown(slack, slack).intersects(rect);
+bool UDrawDevice::isOutside(const CmRect& rect, int64_t slack) const {
+    const CmRect visible = getVisible();
+    return rect.right <= visible.left - slack || rect.left >= visible.right + slack ||
+           rect.bottom <= visible.top - slack || rect.top >= visible.bottom + slack;
 }
 
 GraphicsPath& UDrawDevice::scratchPath() {
@@ -215,7 +236,7 @@ void UDrawDevice::clearRect(const CmRect& rect) {
 }
 
 void UDrawDevice::drawFrame(const CmRect& rect) {
-    if (rect.isEmpty() || isOutside(rect, 2 * pen_.getWidth()) || !prepare())
+    if (rect.isEmpty() || isOutside(rect, int64_t{2} * pen_.getWidth()) || !prepare())
         return;
     backEnd_->drawRect(strokeRect(rect), DrawMode::stroke);
 }
@@ -226,28 +247,27 @@ void UDrawDevice::fillRect(const CmRect& rect) {
 }
 
 void UDrawDevice::drawRoundRect(const CmRect& rect, int32_t radius) {
-    if (rect.isEmpty() || isOutside(rect, 2 * pen_.getWidth()) || !prepare())
+    if (rect.isEmpty() || isOutside(rect, int64_t{2} * pen_.getWidth()) || !prepare())
         return;
     GraphicsPath& path = scratchPath();
-    path.addRoundRect(strokeRect(rect), radius < 0 ? rect.width() / 10 : radius);
+    path.addRoundRect(strokeRect(rect), cornerRadius(rect, radius));
     backEnd_->drawPath(&path, DrawMode::stroke, nullptr);
 }
 
 void UDrawDevice::fillRoundRect(const CmRect& rect, int32_t radius) {
     if (rect.isEmpty() || isOutside(rect, 0))
         return;
-    if (radius < 0)
-        radius = rect.width() / 10;
-    const CmRect clip = effectiveClip();
-    const bool cornersHidden = clip.left >= rect.left + radius && clip.right <= rect.right - radius;
-    if (radius == 0 || cornersHidden) {
+    const double corner = cornerRadius(rect, radius);
+    const CmRect clip = getVisible();
+    const bool cornersHidden = clip.left >= rect.left + corner && clip.right <= rect.right - corner;
+    if (corner <= 0 || cornersHidden) {
         fillRect(rect);
         return;
     }
     if (!prepare())
         return;
     GraphicsPath& path = scratchPath();
-    path.addRoundRect(wholeRect(rect), radius);
+    path.addRoundRect(wholeRect(rect), corner);
     fillWithColor(brush_.getColor(), path);
 }
 
@@ -288,7 +308,7 @@ void UDrawDevice::drawRects(std::span<const CmRect> rects, bool filled) {
 void UDrawDevice::drawEllipse(const CmRect& rect, double start, double sweep) {
     if (rect.isEmpty() || isAbout(sweep, 0) || !prepare())
         return;
-    if (isAbout(sweep, fullCircle)) {
+    if (isFullCircle(sweep)) {
         backEnd_->drawEllipse(strokeRect(rect), DrawMode::stroke);
         return;
     }
@@ -303,7 +323,7 @@ void UDrawDevice::fillEllipse(const CmRect& rect, double start, double sweep, bo
     const UColor& color = useBrush ? brush_.getColor() : pen_.getColor();
     GraphicsPath& path = scratchPath();
     const Geometry::Rect whole = wholeRect(rect);
-    if (isAbout(sweep, fullCircle)) {
+    if (isFullCircle(sweep)) {
         path.addEllipse(whole);
     } else {
         path.moveTo({whole.x + whole.width / 2, whole.y + whole.height / 2});
@@ -377,10 +397,11 @@ void UDrawDevice::drawString(const ConstString& text, CmPoint point) {
     if (text.isEmpty() || !prepare())
         return;
     GraphicsFont* face = font_.getFace();
-    if (!face)
-        return;
-    const FontMetrics& metrics = face->getMetrics();
-    const Geometry::Rect rect{double(point.x), point.y - metrics.ascent, face->measureWidth(text),
+    constexpr TextMetrics estimate;
+    const FontMetrics metrics =
+        face ? face->getMetrics() : FontMetrics{double(estimate.ascent), double(estimate.descent)};
+    const double width = face ? face->measureWidth(text) : font_.getStringWidth(text);
+    const Geometry::Rect rect{double(point.x), point.y - metrics.ascent, width,
                               metrics.ascent + metrics.descent};
     backEnd_->drawString(WideText(text).view(), rect, face, font_.getColor().packed(),
                          TextAlignment::center + TextAlignment::verticalCenter);
@@ -389,11 +410,11 @@ void UDrawDevice::drawString(const ConstString& text, CmPoint point) {
 void UDrawDevice::drawString(const ConstString& text, const CmRect& rect, int32_t just, int32_t margin) {
     if (text.isEmpty() || !prepare())
         return;
-    GraphicsFont* face = font_.getFace();
-    if (!face)
-        return;
-    backEnd_->drawString(WideText(text).view(), wholeRect(rect.grown(-margin, 0)), face,
-                         font_.getColor().packed(), alignmentOf(just));
+    Geometry::Rect room = wholeRect(rect);
+    room.x += margin;
+    room.width -= 2.0 * margin;
+    backEnd_->drawString(WideText(text).view(), room, font_.getFace(), font_.getColor().packed(),
+                         alignmentOf(just));
 }
 
 void UDrawDevice::drawChar(char16_t character, CmPoint point) {
@@ -410,8 +431,13 @@ void UDrawDevice::drawBitmap(UBitmap* bitmap, const CmRect& rect, Interpolation 
 }
 
 void UDrawDevice::drawBitmapAt(UBitmap* bitmap, CmPoint point, Interpolation interpolation) {
-    if (bitmap)
-        drawBitmap(bitmap, CmRect::ofSize(point, bitmap->getSize()), interpolation);
+    if (!bitmap)
+        return;
+    const CmSize size = bitmap->getSize();
+    drawBitmap(bitmap,
+               {point.x, point.y, saturated(int64_t{point.x} + size.width),
+                saturated(int64_t{point.y} + size.height)},
+               interpolation);
 }
 
 void UDrawDevice::drawBitmapAlpha(UBitmap* bitmap, const CmRect& source, const CmRect& destination,
@@ -430,6 +456,7 @@ void UDrawDevice::setClip(const CmRect& rect) {
         return;
     clipRect_ = clip;
     clipDirty_ = true;
+    clipMatrix_.reset();
 }
 
 void UDrawDevice::limitClip(const CmRect& limit) {
@@ -441,6 +468,7 @@ void UDrawDevice::setStandardStyles() {
     brush_ = UBrush();
     pen_ = UPen();
     clipRect_ = maximumClip;
+    clipMatrix_.reset();
     clipDirty_ = penDirty_ = brushDirty_ = true;
 }
 
@@ -453,6 +481,9 @@ void UDrawDevice::restoreState() {
     if (!backEnd_)
         return;
     backEnd_->restoreGlobalState();
+    clipMatrix_.reset();
+    // Also for the other devices on this back end, whose state it may have had.
+    root_->stateOwner_ = this;
     markAllDirty();
 }
 
@@ -462,19 +493,20 @@ void UDrawDevice::concatTransformMatrix(const TransformMatrix& matrix) {
     // The clip that stands was meant in the old coordinates.
     takeBackEnd();
     flushClip();
-    backEnd_->concatTransformMatrix(matrix);
+    if (backEnd_->concatTransformMatrix(matrix) == Result::ok)
+        clipMatrix_ = clipMatrix_ ? clipMatrix_->after(matrix) : matrix;
 }
 
 void UDrawDevice::setAntialiasing(int32_t flags) {
     const bool antialiased = (flags & shapes) != 0;
+    if (backEnd_) {
+        takeBackEnd();
+        if (flags & now)
+            flushPen();
+        flushAntialias(antialiased);
+    }
     pen_.setAntialiased(antialiased);
     brush_.setAntialiased(antialiased);
-    if (!backEnd_)
-        return;
-    takeBackEnd();
-    if (flags & now)
-        flushPen();
-    flushAntialias(antialiased);
 }
 
 } // namespace qorl

@@ -12,6 +12,7 @@
 
 #include <qorl/Geometry.h>
 
+#include <optional>
 #include <span>
 
 namespace qorl {
@@ -43,7 +44,10 @@ public:
 
     void lineTo(CmPoint point);
     void moveTo(CmPoint point) { penPosition_ = point; }
-    void moveBy(CmPoint delta) { penPosition_ = penPosition_ + delta; }
+    void moveBy(CmPoint delta) {
+        penPosition_ = {saturated(int64_t{penPosition_.x} + delta.x),
+                        saturated(int64_t{penPosition_.y} + delta.y)};
+    }
     CmPoint getPenPosition() const { return penPosition_; }
     /// Pairs of points, each pair a line. A last odd point is left out.
     void drawLines(std::span<const CmPoint> points);
@@ -84,7 +88,8 @@ public:
     void setFontColor(const UColor& color) { font_.setColor(color); }
     const UFont& getFont() const { return font_; }
 
-    /// `point` is the start of the baseline.
+    /// `point` is the start of the baseline. Where there is no font, the back end gets none either, and the
+    /// extent that is estimated.
     void drawString(const ConstString& text, CmPoint point);
     /// `just` as in `Justify`; `margin` narrows the rectangle on the left and on the right. Nothing is cut.
     void drawString(const ConstString& text, const CmRect& rect, int32_t just, int32_t margin = 0);
@@ -105,18 +110,22 @@ public:
     void setClip(const CmRect& rect);
     void getClip(CmRect& rect) const { rect = clipRect_; }
     const CmRect& getClip() const { return clipRect_; }
+    /// What can be drawn on: the clip, cut to what the device was limited to.
+    CmRect getVisible() const { return clipRect_.intersect(clipLimit_); }
     /// Whether nothing that is drawn can be seen.
-    bool isSilent() const { return !backEnd_ || effectiveClip().isEmpty(); }
+    bool isSilent() const { return !backEnd_ || getVisible().isEmpty(); }
     /// Brush and pen as at the start, no clip.
     void setStandardStyles();
 
-    /// Matrix and clip of the back end; each save needs its restore.
+    /// Matrix and clip of the back end, which all devices on it share; each save needs its restore. Behind a
+    /// restore the clip of the device counts again, in the coordinates of then.
     void saveState();
     void restoreState();
+    /// The clip stays where it is; one that is set later counts in the new coordinates.
     void concatTransformMatrix(const TransformMatrix& matrix);
 
     enum Antialiasing : int32_t { off = 0, shapes = 1, now = 4 };
-    /// `shapes` smooths outlines; with `now` the pen is sent before.
+    /// `shapes` smooths outlines; with `now` the pen is sent first, as it was.
     void setAntialiasing(int32_t flags);
 
     /// For bitmaps, which draw themselves: the back end with the clip sent; null when nothing can be seen.
@@ -129,7 +138,6 @@ protected:
     void detach();
 
 private:
-    CmRect effectiveClip() const { return clipRect_.intersect(clipLimit_); }
     bool prepare();
     void markAllDirty();
     void flushPen();
@@ -138,7 +146,7 @@ private:
     void flushBrush();
     void flushAntialias(bool wanted);
     void fillWithColor(const UColor& color, GraphicsPath& path);
-    bool isOutside(const CmRect& rect, int32_t slack) const;
+    bool isOutside(const CmRect& rect, int64_t slack) const;
     GraphicsPath& scratchPath();
 
     CmRect clipRect_ = maximumClip;
@@ -151,8 +159,9 @@ private:
     Ref<DrawTarget> target_;
     Ref<GraphicsPath> scratchPath_;
     CmRect clipLimit_ = maximumClip;
-    UDrawDevice* root_ = this;                ///< The device that the back end was opened for.
-    const UDrawDevice* stateOwner_ = nullptr; ///< Of a root: the device whose state the back end has.
+    std::optional<TransformMatrix> clipMatrix_; ///< What was concatenated since the clip was sent.
+    UDrawDevice* root_ = this;                  ///< The device that the back end was opened for.
+    const UDrawDevice* stateOwner_ = nullptr;   ///< Of a root: the device whose state the back end has.
     bool clipDirty_ = true;
     bool penDirty_ = true;
     bool brushDirty_ = true;

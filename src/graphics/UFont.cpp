@@ -4,6 +4,7 @@
 #include "foundation/text/CmString.h"
 #include "graphics/GraphicsFactory.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace qorl {
@@ -13,7 +14,11 @@ QORL_REGISTER(UFont, "UFont", CmObject, 0)
 namespace {
 
 int32_t roundUp(double length) {
-    return static_cast<int32_t>(std::ceil(length));
+    return static_cast<int32_t>(std::ceil(std::min(length, double{INT32_MAX})));
+}
+
+int32_t estimatedWidth(const ConstString& text, int32_t size) {
+    return saturated(int64_t{text.size()} * size);
 }
 
 } // namespace
@@ -72,7 +77,7 @@ GraphicsFont* UFont::getFace() const {
 int32_t UFont::getStringWidth(const ConstString& text) const {
     if (GraphicsFont* face = getFace())
         return roundUp(face->measureWidth(text));
-    return text.size() * size_;
+    return estimatedWidth(text, size_);
 }
 
 TextMetrics UFont::getMetrics() const {
@@ -86,7 +91,7 @@ TextMetrics UFont::getMetrics() const {
 CmSize UFont::getStringExtent(const ConstString& text) const {
     GraphicsFont* face = getFace();
     if (!face)
-        return {text.size() * size_, TextMetrics().lineHeight};
+        return {estimatedWidth(text, size_), TextMetrics().lineHeight};
     const Geometry::Rect extent = face->measureExtent(text);
     return {roundUp(extent.width), roundUp(extent.height)};
 }

@@ -1,6 +1,7 @@
 #include "graphics/GraphicsFactory.h"
 #include "graphics/UFont.h"
 #include "platform/Platform.h"
+#include "support/FailingAllocation.h"
 #include "support/TestGraphics.h"
 
 #include <gtest/gtest.h>
@@ -34,6 +35,8 @@ TEST_F(BackEndSelection, FollowsTheCommandLineForTwoNamesOnly) {
         {{"program", "--gfxbackend", "xyz"}, "Cairo"},
         {{"program", "--gfxbackend", "d2d"}, "Cairo"},
         {{"program", "--gfxbackend"}, "Cairo"},
+        {{"program", "--gfxbackend", "xyz", "--gfxbackend", "GDI"}, "GDI"},
+        {{"program", "--gfxbackend", "--gfxbackend", "GDI"}, "Cairo"},
     };
     for (const auto& c : cases) {
         SetUp();
@@ -51,6 +54,17 @@ TEST_F(BackEndSelection, IsFinal) {
     EXPECT_FALSE(selectGraphicsBackend("GDI"));
     EXPECT_EQ(getGraphicsFactory(), first);
     EXPECT_EQ(getGraphicsBackendName(), "Cairo");
+}
+
+TEST_F(BackEndSelection, AFactoryThatRanOutOfMemoryTriesAgain) {
+    failEachAllocation([&](FailingAllocation& allocation) {
+        SetUp();
+        ASSERT_TRUE(selectGraphicsBackend("default"));
+        GraphicsFactory& factory = *getGraphicsFactory();
+        const ImageCodecs* codecs = allocation.during([&] { return factory.getImageCodecs(); });
+        EXPECT_EQ(codecs == nullptr, allocation.hasFailed());
+        EXPECT_NE(factory.getImageCodecs(), nullptr);
+    });
 }
 
 TEST_F(BackEndSelection, IsRefusedAfterTheShutdown) {
@@ -94,6 +108,8 @@ TEST_F(BackEndSelection, TheResolutionAwarenessIsThatOfTheCommandLine) {
         {{"--gfxbackend", "GDI+", "--dpiawareness", "system"}, DpiAwareness::system},
         {{"--dpiawareness", "other"}, DpiAwareness::none},
         {{"--dpiawareness"}, DpiAwareness::none},
+        {{"--dpiawareness", "system", "--dpiawareness", "other"}, DpiAwareness::system},
+        {{"--gfxbackend", "--dpiawareness", "monitor"}, DpiAwareness::none},
     };
     for (const Case& c : cases) {
         platform::setDpiAwareness(DpiAwareness::system);

@@ -3,6 +3,7 @@
 #include "graphics/GraphicsFactory.h"
 #include "graphics/UBitmapFamily.h"
 #include "graphics/UDrawDevice.h"
+#include "support/FailingAllocation.h"
 #include "support/RecordingBackEnd.h"
 #include "support/TestGraphics.h"
 
@@ -112,6 +113,34 @@ TEST_F(BitmapTest, EveryTruncationIsRefused) {
     }
 }
 
+TEST_F(BitmapTest, SixteenBitsWithoutAColourSpaceAreNotTakenAsLinear) {
+    constexpr uint8_t gray[] = {
+        0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x48, 0x44, 0x52, 0x00,
+        0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x10, 0x00, 0x00, 0x00, 0x00, 0x6A, 0xEE, 0x47, 0x16, 0x00,
+        0x00, 0x00, 0x0B, 0x49, 0x44, 0x41, 0x54, 0x78, 0x9C, 0x63, 0x68, 0x68, 0x00, 0x00, 0x01, 0x83, 0x01,
+        0x01, 0x18, 0x35, 0x22, 0x15, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4E, 0x44, 0xAE, 0x42, 0x60, 0x82};
+    const auto bytes = std::as_bytes(std::span(gray));
+    std::string error;
+    const auto bitmap = UBitmap::fromFile(bytes, error);
+    ASSERT_NE(bitmap, nullptr) << error;
+    EXPECT_EQ(pixel(*bitmap, 0, 0), 0xFF808080u);
+}
+
+TEST_F(BitmapTest, FilesTellThatMemoryRanOut) {
+    auto bitmap = numbered({20, 10});
+    const auto file = bitmap->toPng();
+    failEachAllocation([&](FailingAllocation& allocation) {
+        std::string error;
+        const auto read = allocation.during([&] { return UBitmap::fromFile(file, error); });
+        EXPECT_EQ(read == nullptr, allocation.hasFailed());
+        EXPECT_EQ(error.empty(), !allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const auto written = allocation.during([&] { return bitmap->toPng(); });
+        EXPECT_EQ(written.empty(), allocation.hasFailed());
+    });
+}
+
 TEST_F(BitmapTest, SizesBeyondTheLimitsHaveNoImage) {
     for (const CmSize size :
          {CmSize{0, 5}, CmSize{5, 0}, CmSize{-1, 5}, CmSize{16385, 1}, CmSize{16384, 4097}}) {
@@ -156,6 +185,8 @@ TEST_F(BitmapTest, VariantsLeaveTheCacheWithTheirSource) {
     bitmap = nullptr;
     EXPECT_EQ(cache.count(), before);
     EXPECT_FALSE(cache.put(nullptr, "key", nullptr));
+    bitmap = numbered({1, 1});
+    EXPECT_FALSE(cache.put(bitmap.get(), "key", bitmap.get())) << "it would keep itself";
 }
 
 TEST_F(BitmapTest, SectionsShareThePixelsAndAddTheirOffsets) {
@@ -176,6 +207,11 @@ TEST_F(BitmapTest, SectionsShareThePixelsAndAddTheirOffsets) {
     EXPECT_EQ(pixel(*inner, 0, 0), 0xFFABCDEFu);
     for (const CmRect& outside : {CmRect{0, 0, 11, 1}, CmRect{-1, 0, 1, 1}, CmRect{3, 3, 3, 5}})
         EXPECT_EQ(section->createSection(outside), nullptr);
+
+    UBitmap odd(retain(numbered({3, 5})->getBackendImage()), 2.0);
+    const auto whole = odd.createSection(CmRect::ofSize({}, odd.getSize()));
+    ASSERT_NE(whole, nullptr) << "two by three logical pixels, the last ones half";
+    EXPECT_EQ(pixel(*whole, 2, 4), 0xFF020400u);
 }
 
 TEST_F(BitmapTest, ColouringASectionLeavesItsRootAlone) {
@@ -244,7 +280,21 @@ TEST_F(BitmapTest, NinePartsKeepTheirCorners) {
     const std::string narrow = backEnd->take();
     EXPECT_EQ(narrow.find("stretched 0,0 2x2 from 0,0 3x2"), 0u) << "corners share what there is: " << narrow;
 
+    UDynamicBitmap split(numbered({10, 8}), {4, 3, 4, 3}, UDynamicBitmap::stretch);
+    device.drawBitmap(&split, {0, 0, 20, 20});
+    EXPECT_EQ(backEnd->take(), "bitmap 0,0 from 0,0 4x3; bitmap 14,0 from 4,0 6x3; "
+                               "bitmap 0,15 from 0,3 4x5; bitmap 14,15 from 4,3 6x5")
+        << "a centre without room";
+
     UDynamicBitmap tiled(numbered({10, 8}), {3, 2, 6, 5}, UDynamicBitmap::horizontalRepeat);
+    device.drawBitmapAlpha(&tiled, {0, 0, 10, 8}, {0, 0, 12, 18}, 0.5);
+    EXPECT_EQ(backEnd->take(), "stretched 0,0 3x2 from 0,0 3x2 0.5; stretched 3,0 3x2 from 3,0 3x2 0.5; "
+                               "stretched 6,0 2x2 from 3,0 2x2 0.5; stretched 8,0 4x2 from 6,0 4x2 0.5; "
+                               "stretched 0,2 3x13 from 0,2 3x3 0.5; stretched 3,2 3x13 from 3,2 3x3 0.5; "
+                               "stretched 6,2 2x13 from 3,2 2x3 0.5; stretched 8,2 4x13 from 6,2 4x3 0.5; "
+                               "stretched 0,15 3x3 from 0,5 3x3 0.5; stretched 3,15 3x3 from 3,5 3x3 0.5; "
+                               "stretched 6,15 2x3 from 3,5 2x3 0.5; stretched 8,15 4x3 from 6,5 4x3 0.5")
+        << "repeated across, stretched down";
     device.setClip({107, 100, 109, 102});
     device.fillRect({107, 100, 108, 101});
     backEnd->take();
@@ -253,6 +303,38 @@ TEST_F(BitmapTest, NinePartsKeepTheirCorners) {
     EXPECT_NE(tiles.find("bitmap 106,100 from 3,0 3x2"), std::string::npos) << tiles;
     EXPECT_EQ(tiles.find("bitmap 103,100"), std::string::npos)
         << "tiles that can't be seen are left out: " << tiles;
+}
+
+TEST_F(BitmapTest, TilesCostWhatIsSeenOfThem) {
+    const auto backEnd = make<testing::RecordingBackEnd>();
+    UDrawDevice window{Ref<DrawBackEnd>(backEnd)};
+    struct View : UDrawDevice {
+        View(UDrawDevice& outer, const CmRect& limit) : UDrawDevice(outer, {}) { limitClip(limit); }
+    };
+    const auto draws = [&](CmSize tile, const CmRect& limit) {
+        View view(window, limit);
+        backEnd->take();
+        numbered(tile)->drawTiled(view, CmRect::ofSize({}, tile), {INT32_MIN, -20000, INT32_MAX, 20000}, tile,
+                                  1.0, Interpolation::linear);
+        const std::string calls = backEnd->take();
+        return std::count(calls.begin(), calls.end(), ';');
+    };
+    EXPECT_LE(draws({10, 10}, {0, 0, 20, 20}), 15) << "the limit of the view counts";
+    EXPECT_LE(draws({1, 1}, {0, 0, 1000, 1000}), 300) << "single pixels are drawn in larger pieces";
+
+    auto target = filled({50, 40}, 0xFF000000);
+    auto tile = numbered({3, 2});
+    {
+        UDrawDevice device(target.get());
+        tile->drawTiled(device, {0, 0, 3, 2}, {5, 7, 47, 36}, {3, 2}, 1.0, Interpolation::linear);
+    }
+    for (int32_t y = 0; y < 40; ++y) {
+        for (int32_t x = 0; x < 50; ++x) {
+            const bool inside = x >= 5 && x < 47 && y >= 7 && y < 36;
+            EXPECT_EQ(pixel(*target, x, y), inside ? pixel(*tile, (x - 5) % 3, (y - 7) % 2) : 0xFF000000u)
+                << x << ", " << y;
+        }
+    }
 }
 
 TEST_F(BitmapTest, BlitsWhatLiesInside) {
@@ -265,6 +347,8 @@ TEST_F(BitmapTest, BlitsWhatLiesInside) {
     EXPECT_EQ(pixel(*to, 0, 0), 0xFF010100u);
     EXPECT_EQ(pixel(*to, 1, 0), 0xFF000000u);
     EXPECT_FALSE(to->blit(*from, {3, 3, 5, 5}, {0, 0}));
+    EXPECT_TRUE(from->blit(*from, {0, 0, 4, 3}, {0, 1}));
+    EXPECT_EQ(pixel(*from, 1, 3), 0xFF010200u) << "moved down within itself";
 }
 
 TEST_F(BitmapTest, CollectionsFindByName) {
@@ -309,6 +393,17 @@ TEST_F(BitmapTest, FiltersRunByName) {
         << "about the middle";
     EXPECT_EQ(pixel(*run("Rotate", {{"angle", 360.0}}, *source), 1, 1), 0xFF010100u);
     EXPECT_EQ(run("PNMScale", {{"destinationSize", CmSize{9, 7}}}, *source)->getSize(), (CmSize{9, 7}));
+    auto red = filled({1, 1}, 0xFFFF0000);
+    EXPECT_EQ(pixel(*run("AdjustHSL", {{"saturationShift", -99.6}}, *red), 0, 0), 0xFF807E7Eu)
+        << "a shift is not rounded";
+    auto faint = filled({1, 1}, 0x0A080402);
+    EXPECT_EQ(pixel(*run("ReplaceColor",
+                         {{"colorToReplace", UColor::fromPacked(0x0AC86432)},
+                          {"replaceColor", UColor(StandardColor::white)}},
+                         *faint),
+                    0, 0),
+              0xFFFFFFFFu)
+        << "a colour that its alpha rounds";
     EXPECT_EQ(pixel(*run("ReplaceColor",
                          {{"colorToReplace", UColor::fromPacked(0xFF020100)},
                           {"replaceColor", UColor(StandardColor::white)}},
@@ -322,7 +417,9 @@ TEST_F(BitmapTest, FiltersRunByName) {
     EXPECT_EQ(mean->getParameter("colour", value), Result::invalidArgument);
     ASSERT_EQ(mean->getParameter("color", value), Result::ok);
     EXPECT_EQ(std::get<UColor>(value).packed(), 0xFF010100u);
-    EXPECT_EQ(mean->setParameter("color", 1.0), Result::invalidArgument) << "of another kind";
+    EXPECT_EQ(mean->setParameter("color", UColor()), Result::invalidArgument) << "the filter's to answer";
+    EXPECT_EQ(factory.create("Tint")->setParameter("factor", true), Result::invalidArgument)
+        << "of another kind";
 }
 
 } // namespace

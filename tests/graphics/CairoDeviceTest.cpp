@@ -314,8 +314,54 @@ TEST_F(CairoDeviceTest, KeepsStretchedPicturesWithinOneBudget) {
     EXPECT_GT(CairoImage::keptPixels(), CairoImage::mostKeptPixels / 2) << "what fits is kept";
     device.drawBitmap(all.front().get(), CmRect::ofSize({}, large));
     EXPECT_EQ(pixel(*target, 500, 500), 0xFF0000FFu) << "one that had to go is made again";
+    all.resize(1);
+    for (int32_t i = 0; i < pictures; ++i)
+        device.drawBitmap(all.front().get(), CmRect::ofSize({}, {large.width - i, large.height}));
+    EXPECT_LE(CairoImage::keptPixels(), CairoImage::mostKeptPixels) << "one picture in many sizes";
     all.clear();
     EXPECT_EQ(CairoImage::keptPixels(), 0) << "they go with their pictures";
+}
+
+TEST_F(CairoDeviceTest, APartOutsideOfThePictureDrawsNothing) {
+    UBitmap picture({4, 4});
+    fill(picture, StandardColor::red);
+    struct PartCase {
+        TransformMatrix matrix;
+        CmRect source;
+        CmRect destination;
+        CmRect drawn;
+    };
+    const TransformMatrix mirrored{-1, 0, 0, 1, 20, 0};
+    const PartCase cases[] = {
+        {{}, {2, 0, 6, 4}, {0, 0, 16, 16}, {0, 0, 8, 16}},
+        {{}, {-2, -2, 2, 2}, {0, 0, 4, 4}, {2, 2, 4, 4}},
+        {mirrored, {2, 0, 6, 4}, {0, 0, 16, 16}, {12, 0, 20, 16}},
+    };
+    for (const PartCase& c : cases) {
+        auto target = surface({20, 20});
+        {
+            UDrawDevice device(target.get());
+            device.concatTransformMatrix(c.matrix);
+            device.drawBitmapAlpha(&picture, c.source, c.destination, 1.0);
+        }
+        EXPECT_EQ(drawn(*target), c.drawn) << c.source.left << " of " << c.matrix.m11;
+    }
+}
+
+TEST_F(CairoDeviceTest, ABatchComesToWhatItsPiecesWould) {
+    const std::vector<CmRect> rects{{0, 0, 10, 10}, {5, 5, 15, 15}};
+    auto batched = surface({20, 20});
+    auto single = surface({20, 20});
+    {
+        UDrawDevice all(batched.get());
+        UDrawDevice one(single.get());
+        for (UDrawDevice* device : {&all, &one})
+            device->setBrushColor(UColor::fromPacked(0x80FF0000));
+        all.drawRects(rects, true);
+        for (const CmRect& rect : rects)
+            one.fillRect(rect);
+    }
+    EXPECT_EQ(pixel(*batched, 7, 7), pixel(*single, 7, 7));
 }
 
 TEST_F(CairoDeviceTest, SurvivesAnyNumbers) {
@@ -479,7 +525,7 @@ TEST_F(CairoDeviceTest, ScalesPicturesAsTheReferenceShows) {
         device.drawBitmap(&picture, {38, 2, 62, 26}, Interpolation::linear);
         device.drawBitmapAlpha(&picture, {0, 0, 8, 8}, {64, 2, 88, 26}, 0.5, Interpolation::best);
         device.drawBitmap(&picture, {90, 2, 94, 6}, Interpolation::best);
-        picture.drawTiled(device, {0, 0, 8, 8}, {2, 28, 31, 39});
+        picture.drawTiled(device, {0, 0, 8, 8}, {2, 28, 31, 39}, {8, 8}, 1.0, Interpolation::linear);
     }
     EXPECT_GOLDEN(*target->getImage(), "graphics/pictures");
 }

@@ -5,6 +5,7 @@
 #include "support/TestGraphics.h"
 
 #include <gtest/gtest.h>
+#include <numbers>
 
 namespace qorl {
 
@@ -57,8 +58,10 @@ TEST_F(UDrawDeviceTest, PutsStrokesOnPixelCentres) {
     EXPECT_EQ(device_.getPenPosition(), (CmPoint{5, 3}));
     device_.drawFrame({0, 0, 10, 5});
     EXPECT_EQ(backEnd_->take(), "rect 0.5,0.5 9x4 stroke");
-    device_.drawEllipse({0, 0, 10, 10}, 0, 6.28318548202514648);
-    EXPECT_EQ(backEnd_->take(), "ellipse 0.5,0.5 9x9 stroke");
+    for (const double whole : {fullCircle, 6.28318548202514648, 2 * std::numbers::pi}) {
+        device_.drawEllipse({0, 0, 10, 10}, 0, whole);
+        EXPECT_EQ(backEnd_->take(), "ellipse 0.5,0.5 9x9 stroke") << whole;
+    }
 
     device_.setPen(UPen(StandardColor::black, 2));
     device_.lineTo({9, 9});
@@ -108,6 +111,21 @@ TEST_F(UDrawDeviceTest, TakesATenthOfTheWidthAsRadius) {
     device_.setClip({9, 0, 90, 50});
     device_.fillRoundRect({0, 0, 100, 50}, -1);
     EXPECT_EQ(backEnd_->take(), "clip 9,0 81x50; pen FFFF0000; path 0,0 100x50 fill; pen FF000000");
+    device_.fillRoundRect({0, 0, 100, 50}, -2);
+    EXPECT_EQ(backEnd_->take(), "rect 0,0 100x50 fill") << "no other negative radius is one";
+}
+
+TEST_F(UDrawDeviceTest, TakesCoordinatesAtTheEndsOfTheirRange) {
+    const CmRect all{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
+    device_.setPen(UPen(StandardColor::black, INT32_MAX));
+    settle();
+    device_.drawFrame(all);
+    EXPECT_EQ(backEnd_->take(), "rect -2.14748e+09,-2.14748e+09 4.29497e+09x4.29497e+09 stroke");
+    device_.fillRoundRect(all, 100);
+    EXPECT_EQ(backEnd_->take(), "rect -2.14748e+09,-2.14748e+09 4.29497e+09x4.29497e+09 fill");
+    device_.moveTo({INT32_MAX, INT32_MIN});
+    device_.moveBy({1, -1});
+    EXPECT_EQ(device_.getPenPosition(), (CmPoint{INT32_MAX, INT32_MIN}));
 }
 
 TEST_F(UDrawDeviceTest, FillsAnEllipseWithThePenWhenAsked) {
@@ -153,7 +171,7 @@ TEST_F(UDrawDeviceTest, PushesThePenBeforeAntialiasingWhenAsked) {
     device_.setAntialiasing(UDrawDevice::off);
     EXPECT_EQ(backEnd_->take(), "rough");
     device_.setAntialiasing(UDrawDevice::shapes | UDrawDevice::now);
-    EXPECT_EQ(backEnd_->take(), "smooth; pen FFFF0000; width 1; solid");
+    EXPECT_EQ(backEnd_->take(), "pen FFFF0000; width 1; solid; smooth");
 }
 
 TEST_F(UDrawDeviceTest, MapsWhatANestedDeviceDraws) {
@@ -179,6 +197,34 @@ TEST_F(UDrawDeviceTest, GivesEachOfSeveralDevicesItsOwnState) {
     EXPECT_NE(again.find("clip -29990,-30000"), std::string::npos) << again;
     a.fillRect({0, 0, 1, 1});
     EXPECT_EQ(backEnd_->take(), "rect 10,0 1x1 fill");
+}
+
+TEST_F(UDrawDeviceTest, ARestoreCountsForAllDevicesOnTheBackEnd) {
+    UDrawDevice inner(device_, {10, 0});
+    device_.saveState();
+    inner.setClip({0, 0, 5, 5});
+    inner.fillRect({0, 0, 1, 1});
+    device_.restoreState();
+    backEnd_->take();
+    inner.fillRect({0, 0, 1, 1});
+    const std::string again = backEnd_->take();
+    EXPECT_NE(again.find("clip 10,0 5x5"), std::string::npos) << again;
+}
+
+TEST_F(UDrawDeviceTest, AClipStaysInTheCoordinatesThatItWasSetIn) {
+    UDrawDevice other(device_, {10, 0});
+    device_.setClip({0, 0, 50, 50});
+    device_.concatTransformMatrix(TransformMatrix::scaling(2, 4));
+    device_.concatTransformMatrix(TransformMatrix::translation(1, 0));
+    other.fillRect({0, 0, 1, 1});
+    backEnd_->take();
+    device_.fillRect({0, 0, 1, 1});
+    EXPECT_EQ(backEnd_->take(),
+              "smooth; pen FF000000; width 1; solid; matrix 0.5,-0,-0,0.25,-1,0; clip 0,0 50x50; "
+              "matrix 2,0,0,4,2,0; brush FFFFFFFF; rect 0,0 1x1 fill");
+    device_.setClip({0, 0, 10, 10});
+    device_.fillRect({0, 0, 1, 1});
+    EXPECT_EQ(backEnd_->take(), "clip 0,0 10x10; rect 0,0 1x1 fill") << "in the new ones";
 }
 
 TEST_F(UDrawDeviceTest, SmoothsAnewWhenAnotherDeviceWasAtTheBackEnd) {
@@ -239,6 +285,10 @@ TEST_F(UDrawDeviceTest, HandsTextOnWithItsAlignment) {
     wanted << "string x 10," << 50 - metrics.ascent << ' ' << font.getFace()->measureWidth(ConstString("x"))
            << 'x' << metrics.ascent + metrics.descent << " FF0000FF 5";
     EXPECT_EQ(backEnd_->take(), wanted.str());
+
+    device_.setFont(UFont(0));
+    device_.drawString(ConstString("x"), CmPoint{10, 50});
+    EXPECT_EQ(backEnd_->take(), "string x 10,43 0x10 FF000000 5") << "estimated without a font";
 }
 
 TEST(UDrawDeviceWithoutTarget, StaysSilentButMeasures) {

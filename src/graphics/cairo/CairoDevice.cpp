@@ -156,9 +156,11 @@ void CairoDevice::fillBoxes(uint32_t color) {
             all = all.unite(box);
         clipTo(all);
         useColor(color);
-        for (const CmRect& box : boxes_)
+        // Each on its own: where boxes overlap, their colours add up.
+        for (const CmRect& box : boxes_) {
             cairo_rectangle(context_.get(), box.left, box.top, box.width(), box.height());
-        cairo_fill(context_.get());
+            cairo_fill(context_.get());
+        }
     }
     boxes_.clear();
 }

@@ -93,8 +93,8 @@ private:
     void drawRotatedLine(CairoFont& font, std::u16string_view line, Geometry::Point start);
     void drawDecoration(const CairoFont::Decoration& decoration, Geometry::Point start, double width,
                         uint32_t color);
-    Result drawRotatedBitmap(CairoImage& image, const Geometry::Rect& destination,
-                             const Geometry::Rect& source, double alpha, Interpolation interpolation);
+    Result drawRotatedBitmap(CairoImage& image, const Geometry::Rect& destination, const CmRect& source,
+                             double alpha, Interpolation interpolation);
     void paintSurface(cairo_surface_t* surface, CmPoint place, const CmRect& box, double alpha);
 
     Ref<CairoImage> image_;

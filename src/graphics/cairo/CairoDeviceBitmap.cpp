@@ -16,6 +16,14 @@ CmRect wholePixels(const Geometry::Rect& rect) {
             toDevicePixel(rect.bottom())};
 }
 
+/// The share of `destination` that `part` has of `whole`.
+Geometry::Rect shareOf(const Geometry::Rect& destination, const CmRect& part, const CmRect& whole) {
+    const double across = destination.width / whole.width();
+    const double down = destination.height / whole.height();
+    return {destination.x + (part.left - whole.left) * across, destination.y + (part.top - whole.top) * down,
+            part.width() * across, part.height() * down};
+}
+
 } // namespace
 
 Result CairoDevice::drawBitmap(GraphicsImage* image, Geometry::Point point, const Geometry::Rect* source) {
@@ -33,14 +41,16 @@ Result CairoDevice::drawBitmapStretched(GraphicsImage* image, const Geometry::Re
     auto* picture = cast<CairoImage>(image);
     if (!picture || picture == image_.get())
         return Result::invalidArgument;
-    const CmRect part = wholePixels(source).intersect({0, 0, picture->getWidth(), picture->getHeight()});
+    const CmRect wanted = wholePixels(source);
+    const CmRect part = wanted.intersect({0, 0, picture->getWidth(), picture->getHeight()});
     if (part.isEmpty() || destination.isEmpty() || !(alpha > 0))
         return Result::ok;
+    const Geometry::Rect place = part == wanted ? destination : shareOf(destination, part, wanted);
     const TransformMatrix& matrix = state_.matrix;
     if (!matrix.isUpright() || matrix.m11 <= 0 || matrix.m22 <= 0)
-        return drawRotatedBitmap(*picture, destination, source, alpha, interpolation);
+        return drawRotatedBitmap(*picture, place, part, alpha, interpolation);
 
-    const CmRect box = toDeviceRect(destination);
+    const CmRect box = toDeviceRect(place);
     if (box.isEmpty() || !state_.clip.intersects(box))
         return Result::ok;
     if (box.size() == part.size()) {
@@ -48,7 +58,7 @@ Result CairoDevice::drawBitmapStretched(GraphicsImage* image, const Geometry::Re
         return status();
     }
     if (int64_t{box.width()} * box.height() > mostCopiedPixels)
-        return drawRotatedBitmap(*picture, destination, source, alpha, interpolation);
+        return drawRotatedBitmap(*picture, place, part, alpha, interpolation);
     const CairoHandle<cairo_surface_t> stretched = picture->stretched(part, box.size(), interpolation);
     if (!stretched)
         return Result::failure;
@@ -77,20 +87,19 @@ void CairoDevice::paintSurface(cairo_surface_t* surface, CmPoint place, const Cm
 }
 
 Result CairoDevice::drawRotatedBitmap(CairoImage& image, const Geometry::Rect& destination,
-                                      const Geometry::Rect& source, double alpha,
-                                      Interpolation interpolation) {
+                                      const CmRect& source, double alpha, Interpolation interpolation) {
     cairo_t* context = context_.get();
     const TransformMatrix map =
-        state_.matrix.after({destination.width / source.width, 0, 0, destination.height / source.height,
+        state_.matrix.after({destination.width / source.width(), 0, 0, destination.height / source.height(),
                              destination.x, destination.y});
     if (!std::isnormal(map.determinant()) || !clipTo(bounds_))
         return Result::ok;
-    const CairoHandle<cairo_surface_t> part(
-        cairo_surface_create_for_rectangle(image.surface(), source.x, source.y, source.width, source.height));
+    const CairoHandle<cairo_surface_t> part(cairo_surface_create_for_rectangle(
+        image.surface(), source.left, source.top, source.width(), source.height()));
     const cairo_matrix_t matrix{map.m11, map.m12, map.m21, map.m22, map.dx, map.dy};
     cairo_save(context);
     cairo_set_matrix(context, &matrix);
-    cairo_rectangle(context, 0, 0, source.width, source.height);
+    cairo_rectangle(context, 0, 0, source.width(), source.height());
     cairo_clip(context);
     cairo_set_source_surface(context, part.get(), 0, 0);
     cairo_pattern_set_extend(cairo_get_source(context), CAIRO_EXTEND_PAD);

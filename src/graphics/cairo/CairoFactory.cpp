@@ -8,27 +8,34 @@
 #include "graphics/cairo/CairoImage.h"
 
 #include <atomic>
+#include <new>
 #include <thread>
 
 namespace qorl {
 
 namespace {
 
-/// An object that is made once, by whichever thread asks first.
+/// An object that is made once, by whichever thread asks first. Null when memory runs out; the next call
+/// tries again.
 template <typename T>
 class MadeOnce {
 public:
     template <typename Create>
     T* get(Create create) {
-        State expected = State::notMade;
-        if (state_.load(std::memory_order_acquire) == State::made)
-            return object_.get();
-        if (state_.compare_exchange_strong(expected, State::beingMade, std::memory_order_acquire)) {
-            object_ = create();
+        while (state_.load(std::memory_order_acquire) != State::made) {
+            State expected = State::notMade;
+            if (!state_.compare_exchange_strong(expected, State::beingMade, std::memory_order_acquire)) {
+                std::this_thread::yield();
+                continue;
+            }
+            try {
+                object_ = create();
+            } catch (const std::bad_alloc&) {
+                state_.store(State::notMade, std::memory_order_release);
+                return nullptr;
+            }
             state_.store(State::made, std::memory_order_release);
         }
-        while (state_.load(std::memory_order_acquire) != State::made)
-            std::this_thread::yield();
         return object_.get();
     }
 

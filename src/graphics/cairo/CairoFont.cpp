@@ -201,7 +201,7 @@ bool CairoFont::placeSimple(std::u16string_view line, CmPoint origin, double sca
             return false;
         const GlyphInk& box = font.inkOf(c - firstSimple, glyph->glyph);
         if (box.state == GlyphInk::State::drawn) {
-            const double x = origin.x + static_cast<double>(place) * unit;
+            const double x = bounded(origin.x + static_cast<double>(place) * unit);
             batch_.glyphs.push_back({glyph->glyph, x, double(origin.y)});
             const auto left = static_cast<int32_t>(x);
             ink = {std::min(ink.left, left + box.left), std::min(ink.top, origin.y + box.top),

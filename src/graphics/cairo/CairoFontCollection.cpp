@@ -21,7 +21,7 @@ using PatternHandle = std::unique_ptr<FcPattern, PatternDestroy>;
 constexpr uint32_t faceStyles =
     UFont::bold | UFont::italic | UFont::underline | UFont::strikeout | UFont::monoSpacing;
 
-constexpr std::array<std::string_view, 3> genericFaces{"sans", "serif", "monospace"};
+constexpr std::array<const char*, 3> genericFaces{"sans", "serif", "monospace"};
 
 std::string familyOf(std::string_view face, uint32_t style) {
     if (!face.empty())
@@ -126,11 +126,14 @@ Ref<GraphicsFont> CairoFontCollection::findFont(const FontRequest& request) {
 bool CairoFontCollection::hasFace(std::string_view face) {
     if (face.empty() || !load())
         return false;
-    if (std::find(genericFaces.begin(), genericFaces.end(), face) != genericFaces.end())
-        return true;
     const std::string family(face);
+    const auto* name = reinterpret_cast<const FcChar8*>(family.c_str());
+    if (std::any_of(genericFaces.begin(), genericFaces.end(), [name](const char* generic) {
+            return FcStrCmpIgnoreCase(name, reinterpret_cast<const FcChar8*>(generic)) == 0;
+        }))
+        return true;
     const PatternHandle pattern(FcPatternCreate());
-    FcPatternAddString(pattern.get(), FC_FAMILY, reinterpret_cast<const FcChar8*>(family.c_str()));
+    FcPatternAddString(pattern.get(), FC_FAMILY, name);
     FcObjectSet* fields = FcObjectSetBuild(FC_FAMILY, nullptr);
     FcFontSet* found = FcFontList(configuration_, pattern.get(), fields);
     const bool has = found && found->nfont > 0;

@@ -127,9 +127,14 @@ void CairoImage::Keepers::update(CairoImage& image) {
 }
 
 void CairoImage::Keepers::limit() {
-    while (pixels > mostKeptPixels && oldest != newest) {
+    while (pixels > mostKeptPixels && oldest) {
         CairoImage& image = *oldest;
-        image.stretched_.clear();
+        if (oldest != newest)
+            image.stretched_.clear();
+        else if (image.stretched_.size() > 1)
+            image.stretched_.pop_back();
+        else
+            return;
         update(image);
     }
 }

@@ -30,8 +30,8 @@ public:
     void contentsChange() { ++*generation_; }
 
     /// A part, stretched: made once and kept until the pixels change, or until all images together keep more
-    /// than `mostKeptPixels` and this one has not got a copy for the longest time. `part` lies inside. Null
-    /// without memory. Any thread.
+    /// than `mostKeptPixels` and this one has not got a copy for the longest time, or is the last. `part`
+    /// lies inside. Null without memory. Any thread.
     CairoHandle<cairo_surface_t> stretched(const CmRect& part, CmSize size, Interpolation kind);
 
     static constexpr int64_t mostKeptPixels = 16 * 1024 * 1024;

@@ -43,13 +43,19 @@ PangoFontDescription* describe(const std::string& family, double size, uint32_t 
 } // namespace
 
 PangoShaper::~PangoShaper() {
-    for (const auto& [font, face] : faces_)
-        g_object_unref(font);
+    forgetFaces();
     if (context_)
         g_object_unref(context_);
     if (fontMap_)
         g_object_unref(fontMap_);
     FcConfigDestroy(configuration_);
+}
+
+/// Runs that were shaped before keep the faces that they are drawn with.
+void PangoShaper::forgetFaces() {
+    for (const auto& [font, face] : faces_)
+        g_object_unref(font);
+    faces_.clear();
 }
 
 bool PangoShaper::start() {
@@ -82,6 +88,9 @@ std::shared_ptr<CairoFontFace> PangoShaper::faceOf(PangoFont* font) {
     cairo_scaled_font_get_font_matrix(scaled, &matrix);
     CairoHandle<cairo_font_face_t> face(cairo_font_face_reference(cairo_scaled_font_get_font_face(scaled)));
     auto made = std::make_shared<CairoFontFace>(std::move(face), matrix);
+    // A document may ask for any number of sizes.
+    if (faces_.size() >= mostFaces)
+        forgetFaces();
     g_object_ref(font);
     faces_.emplace(font, made);
     return made;

@@ -28,7 +28,10 @@ public:
     void configurationChanged();
 
 private:
+    static constexpr size_t mostFaces = 512;
+
     bool start();
+    void forgetFaces();
     std::shared_ptr<CairoFontFace> faceOf(PangoFont* font);
 
     FcConfig* configuration_;

@@ -40,7 +40,8 @@ bool UImage::drawContent(const CmRect& rect) {
     ViewDevice device(*this, rect);
     const CmRect target = imageRect();
     if (style_ & (hrepeat | vrepeat))
-        bitmap_->drawTiled(device, CmRect::ofSize({}, bitmap_->getSize()), target);
+        bitmap_->drawTiled(device, CmRect::ofSize({}, bitmap_->getSize()), target, bitmap_->getSize(), 1.0,
+                           Interpolation::linear);
     else
         device.drawBitmap(bitmap_.get(), target);
     return true;
