@@ -97,7 +97,7 @@ void UScheme::resetColors() {
     for (int32_t i = 0; i < SchemeColor::count; ++i) {
         const SchemeColorRow& row = schemeColorTable[i];
         const bool isStandard = row.source == DesktopColor::standard;
-        setColor(i, isStandard ? UColor(row.standard) : desktopColor(row.source), 0);
+        setColor(i, isStandard ? UColor(row.standard) : desktopColor(row.source), getColorGroup(i));
     }
 }
 
@@ -184,6 +184,7 @@ void UScheme::applyFont(const SchemeEntry& entry) {
 void UScheme::reset() {
     isSkinned_ = false;
     namedColors_ = NamedColors(startBuckets);
+    colorGroups_ = {};
     resetColors();
     resetMetrics();
     resetFonts();

@@ -92,6 +92,7 @@ public:
     virtual void drawSliderHandle(UDrawDevice& device, const CmRect& rect, uint32_t marks);
     /// `position` from 0 to 1.
     virtual void drawProgress(UDrawDevice& device, const CmRect& rect, double position);
+    /// Pens and brushes to the colours of the desktop; the groups stay.
     virtual void resetColors();
     virtual void resetFonts();
     virtual void resetMetrics();
@@ -113,7 +114,7 @@ public:
     bool isSkinned() const { return isSkinned_; }
     /// Takes over a section: keys are written, other colours become named ones, other names are passed over.
     void applyScheme(std::span<const SchemeEntry> section);
-    /// No named colours, all defaults.
+    /// No named colours, no groups, all defaults.
     void reset();
 
     void exportColors(SchemeWriter& writer) const;
@@ -150,6 +151,8 @@ private:
     static constexpr size_t startBuckets = 8;
 
     void applyFont(const SchemeEntry& entry);
+    /// A metric as it is drawn with: a document may say any number.
+    int32_t drawnMetric(int32_t index) const;
     void drawTitledFrame(UDrawDevice& device, const CmRect& rect, const ConstString& title, int32_t first,
                          int32_t second, int32_t topOffset);
     bool drawDeviceFrame(UDrawDevice& device, const CmRect& rect, int32_t kind);

@@ -23,6 +23,11 @@ UScheme::FrameRadius::~FrameRadius() {
     frameRadius = outer_;
 }
 
+int32_t UScheme::drawnMetric(int32_t index) const {
+    constexpr int32_t most = UDrawDevice::maximumClip.right;
+    return std::clamp(getMetric(index), -most, most);
+}
+
 void UScheme::fill(UDrawDevice& device, const CmRect& rect, int32_t colorKey) {
     device.setBrush(getBrush(colorKey));
     device.fillRect(rect);
@@ -84,7 +89,7 @@ void UScheme::drawFrame(UDrawDevice& device, const CmRect& rect, int32_t kind, c
 
 void UScheme::drawWorkArea(UDrawDevice& device, const CmRect& rect, bool withScrollbars) {
     // The corner where two scroll bars meet stays free.
-    const int32_t corner = withScrollbars ? getMetric(SchemeMetric::scrollbarwidth) : 0;
+    const int32_t corner = withScrollbars ? drawnMetric(SchemeMetric::scrollbarwidth) : 0;
     constexpr std::pair<int32_t, int32_t> lines[] = {{SchemeColor::framebottom, SchemeColor::frametop},
                                                      {SchemeColor::frame, SchemeColor::framebottom}};
     CmRect r = rect;
@@ -95,8 +100,10 @@ void UScheme::drawWorkArea(UDrawDevice& device, const CmRect& rect, bool withScr
         drawLine(device, {r.left, r.bottom - 1}, {r.left, r.top});
         drawLine(device, {r.left, r.top}, {r.right - 1, r.top});
         device.setPen(getPen(bottomRight));
-        drawLine(device, {r.left, r.bottom - 1}, {std::max(r.left, r.right - 1 - corner), r.bottom - 1});
-        drawLine(device, {r.right - 1, r.top}, {r.right - 1, std::max(r.top, r.bottom - 1 - corner)});
+        const int32_t right = saturated(int64_t{r.right} - 1 - corner);
+        const int32_t bottom = saturated(int64_t{r.bottom} - 1 - corner);
+        drawLine(device, {r.left, r.bottom - 1}, {std::max(r.left, right), r.bottom - 1});
+        drawLine(device, {r.right - 1, r.top}, {r.right - 1, std::max(r.top, bottom)});
         r = r.grown(-1, -1);
     }
 }
@@ -105,14 +112,14 @@ void UScheme::drawWorkArea(UDrawDevice& device, const CmRect& rect, bool withScr
 /// further right and down.
 void UScheme::drawTitledFrame(UDrawDevice& device, const CmRect& rect, const ConstString& title,
                               int32_t first, int32_t second, int32_t topOffset) {
-    const int32_t margin = getMetric(SchemeMetric::margin);
+    const int32_t margin = drawnMetric(SchemeMetric::margin);
     const UFont& font = getFont(SchemeFont::label);
     const int32_t textWidth = title.isEmpty() ? 0 : font.getStringWidth(title);
-    const CmRect outer{rect.left, rect.top + topOffset, rect.right - 1, rect.bottom - 1};
+    const CmRect outer{rect.left, saturated(int64_t{rect.top} + topOffset), rect.right - 1, rect.bottom - 1};
     if (outer.isEmpty())
         return;
-    const int32_t gapStart = outer.left + margin;
-    const int32_t gapEnd = gapStart + textWidth + 2 * margin;
+    const int32_t gapStart = saturated(int64_t{outer.left} + margin);
+    const int32_t gapEnd = saturated(int64_t{gapStart} + textWidth + 2 * margin);
     const std::pair<int32_t, int32_t> lines[] = {{first, 0}, {second, 1}};
     for (const auto& [key, shift] : lines) {
         const CmRect r = outer.moved(shift, shift);
@@ -132,7 +139,8 @@ void UScheme::drawTitledFrame(UDrawDevice& device, const CmRect& rect, const Con
         return;
     device.setBrush(getBrush(SchemeColor::dialogback));
     device.setFont(font);
-    device.drawString(title, CmPoint{gapStart + margin / 2, rect.top + font.getMetrics().ascent});
+    device.drawString(title, CmPoint{saturated(int64_t{gapStart} + margin / 2),
+                                     saturated(int64_t{rect.top} + font.getMetrics().ascent)});
 }
 
 void UScheme::drawDialogFrame(UDrawDevice& device, const CmRect& rect, const ConstString& title) {

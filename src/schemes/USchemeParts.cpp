@@ -23,7 +23,7 @@ void UScheme::drawColumnHeader(UDrawDevice& device, const CmRect& rect, bool mar
 
 void UScheme::drawColumnTitle(UDrawDevice& device, const CmRect& rect, const ConstString& title, bool) {
     UFont font = getFont(SchemeFont::column);
-    font.setColor(getColor(SchemeColor::labelcolor));
+    font.setColor(getPen(SchemeColor::labelcolor).getColor());
     device.setFont(font);
     device.drawString(title, rect, Justify::verticalCenter, 3);
 }
@@ -38,7 +38,7 @@ void UScheme::drawListSelection(UDrawDevice& device, const CmRect& rect, bool fo
 }
 
 void UScheme::drawFocusFrame(UDrawDevice& device, const CmRect& rect) {
-    device.setPen(UPen(getColor(SchemeColor::focus), 1, UPen::Kind::dotted));
+    device.setPen(UPen(getPen(SchemeColor::focus).getColor(), 1, UPen::Kind::dotted));
     device.drawFrame(rect);
 }
 
@@ -64,7 +64,7 @@ void UScheme::drawCheckMark(UDrawDevice& device, const CmRect& rect, uint32_t ma
             return CmPoint{box.left + unit * x / 13, box.top + unit * y / 13};
         };
         const std::array<CmPoint, 3> tick{at(3, 6), at(5, 8), at(9, 4)};
-        device.setPen(UPen(getColor(key), 2));
+        device.setPen(UPen(getPen(key).getColor(), 2));
         device.drawPolyline(tick);
     }
 }

@@ -97,6 +97,8 @@ TEST_F(USchemeTest, KeysAndNamedColoursDoNotMix) {
     EXPECT_EQ(color.packed(), 0xFF070809u);
     EXPECT_EQ(scheme_->findNamedEntry("myColor")->getGroup(), 0u);
 
+    scheme_->resetColors();
+    EXPECT_EQ(scheme_->getColorGroup(SchemeColor::hyperlink), 0x10000u) << "colours of the desktop have none";
     scheme_->reset();
     EXPECT_FALSE(scheme_->isSkinned());
     EXPECT_FALSE(scheme_->findNamedColor("myColor", color));
@@ -272,6 +274,13 @@ TEST_F(USchemeTest, UnknownFrameKindsDrawNothing) {
         for (const CmSize size : {CmSize{1, 1}, CmSize{2, 1}, CmSize{1, 3}, CmSize{3, 2}})
             scheme_->drawFrame(device, CmRect::ofSize({}, size), kind, ConstString("title"));
         backEnd->take();
+    }
+    for (const int32_t size : {INT32_MIN, INT32_MAX}) {
+        for (int32_t metric = 0; metric < SchemeMetric::count; ++metric)
+            scheme_->setMetric(metric, size);
+        for (int32_t kind = -7; kind <= 18; ++kind)
+            scheme_->drawFrame(device, {0, 0, 50, 50}, kind, ConstString("title"));
+        EXPECT_EQ(backEnd->take().find("e+"), std::string::npos) << "no line leads far away: " << size;
     }
 }
 
