@@ -28,12 +28,14 @@ bool startRegistry() {
 const StartupHook hook{"FComponentRegistry", StartupHook::early, &startRegistry};
 const TeardownHook teardown{TeardownStep::components, &FComponentRegistry::dropInstance};
 
+enum class Missing : uint8_t { leave, create };
+
 /// The group of the settings that says whether the classes of a category are available.
-FAttributes* availability(const ConstString& category) {
+FAttributes* availability(const ConstString& category, Missing missing) {
     auto* pool = FGlobalDefaultPool::instance();
     String group;
     group.printf8("Components\\Category %s\\Available", category.toUtf8().c_str());
-    FDefaults* defaults = pool ? pool->getGroup(group) : nullptr;
+    FDefaults* defaults = pool ? pool->getGroup(group, 0, missing == Missing::create) : nullptr;
     return defaults ? &defaults->values() : nullptr;
 }
 
@@ -73,12 +75,14 @@ void FComponentRegistry::dropInstance() {
 void FComponentRegistry::addComponent(Ref<FComponentDescription> description) {
     if (!description)
         return;
-    if (const FAttributes* known = availability(description->getCategory()))
-        description->setAvailable(known->getInteger(keyOf(description->getId()), 1) != 0);
+    const FAttributes* known = availability(description->getCategory(), Missing::leave);
+    description->setAvailable(!known || known->getInteger(keyOf(description->getId()), 1) != 0);
     listeners_.tell([&](ComponentListener& listener) { listener.componentAdded(description.get()); });
     changed(objectChanged);
     Descriptions& list = categories_[description->getCategory()];
-    list.insert(std::upper_bound(list.begin(), list.end(), description, sortsBefore), std::move(description));
+    list.push_back(std::move(description));
+    // All of them: names may have changed since the last one came.
+    std::stable_sort(list.begin(), list.end(), sortsBefore);
 }
 
 void FComponentRegistry::removeComponent(const FUID& id) {
@@ -147,29 +151,31 @@ int32_t FComponentRegistry::getCardinality(const ConstString& category, int32_t 
     return description ? description->getCardinality() : 1;
 }
 
+// What creates keeps its description: a component may take itself out of the directory meanwhile.
+
 Ref<CmObject> FComponentRegistry::create(FInterface* context, const ConstString& category, int32_t index) {
-    FComponentDescription* description = getComponent(category, index);
+    const auto description = retain(getComponent(category, index));
     return description ? description->createInstance(context) : nullptr;
 }
 
 Ref<CmObject> FComponentRegistry::create(FInterface* context, const ConstString& category,
                                          const ConstString& name) {
-    FComponentDescription* description = findByName(category, name);
+    const auto description = retain(findByName(category, name));
     return description ? description->createInstance(context) : nullptr;
 }
 
 Ref<CmObject> FComponentRegistry::create(FInterface* context, const FUID& id) {
-    FComponentDescription* description = findById(id);
+    const auto description = retain(findById(id));
     return description ? description->createInstance(context) : nullptr;
 }
 
 Ref<FInterface> FComponentRegistry::createById(const FUID& id, bool wrapped) {
-    FComponentDescription* description = findById(id);
+    const auto description = retain(findById(id));
     return description ? description->createRaw(wrapped) : nullptr;
 }
 
 void FComponentRegistry::saveAvailability(const ConstString& category) {
-    FAttributes* known = availability(category);
+    FAttributes* known = availability(category, Missing::create);
     const Descriptions* list = this->category(category);
     if (known && list)
         for (const auto& description : *list)

@@ -101,6 +101,11 @@ TEST_F(FComponentRegistryTest, KeepsEachCategorySorted) {
     registry().getComponent("Tool", 0)->setCardinality(3);
     EXPECT_EQ(registry().getCardinality("Tool", 0), 3);
     EXPECT_EQ(registry().getCardinality("Tool", 1), 1);
+    registry().findById(delayId)->setName("Tremolo");
+    add("Effect", "Reverb", FUID(9, 9, 9, 9));
+    EXPECT_EQ(registry().getComponent("Effect", 0)->getName(), ConstString("Gate"));
+    EXPECT_EQ(registry().getComponent("Effect", 2)->getName(), ConstString("Tremolo"))
+        << "under its new name";
 }
 
 TEST_F(FComponentRegistryTest, TellsListenersBeforeTheDirectoryChanges) {
@@ -149,6 +154,16 @@ TEST_F(FComponentRegistryTest, CreatesByPlaceNameAndId) {
     EXPECT_EQ(registry().create(nullptr, "Effect", 1), nullptr);
 }
 
+TEST_F(FComponentRegistryTest, AComponentMayGoWhileItCreates) {
+    registry().addComponent(make<FComponentDescription>(
+        ConstString("Effect"), ConstString("Gate"), gateId, [](FInterface*, FComponentDescription* self) {
+            FComponentRegistry::instance()->removeComponent(gateId);
+            return makeNamed(nullptr, self);
+        }));
+    EXPECT_EQ(cast<CmString>(registry().create(nullptr, gateId))->string(), ConstString("Gate"));
+    EXPECT_EQ(registry().findById(gateId), nullptr);
+}
+
 TEST_F(FComponentRegistryTest, RestoresForeignObjects) {
     int made = 0;
     registry().addComponent(make<FCompiledInComponentDescription>(
@@ -172,12 +187,17 @@ TEST_F(FComponentRegistryTest, RestoresForeignObjects) {
 }
 
 TEST_F(FComponentRegistryTest, RemembersWhatIsAvailable) {
-    add("Effect", "Gate", gateId);
-    EXPECT_TRUE(registry().findById(gateId)->isAvailable());
+    const auto stored = [] {
+        return FGlobalDefaultPool::instance()->getGroup("Components\\Category Effect\\Available", 0, false);
+    };
+    const auto hidden = make<FComponentDescription>("Effect", "Gate", gateId, &makeNamed);
+    hidden->setAvailable(false);
+    registry().addComponent(hidden);
+    EXPECT_TRUE(hidden->isAvailable()) << "where nothing is stored";
+    EXPECT_EQ(stored(), nullptr) << "looking leaves no settings behind";
     registry().findById(gateId)->setAvailable(false);
     registry().saveAvailability("Effect");
-    const FDefaults* group =
-        FGlobalDefaultPool::instance()->getGroup("Components\\Category Effect\\Available", 0, false);
+    const FDefaults* group = stored();
     ASSERT_NE(group, nullptr);
     EXPECT_EQ(group->values().getInteger("{00112233-4455-6677-8899-AABBCCDDEEFF}", 9), 0);
     registry().unloadAll();
