@@ -87,7 +87,10 @@ Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, std::
     const Ref<FStream> stream = fileSystem->openFile(file, FFileStream::readAccess | FFileStream::shareRead);
     const int64_t length = stream ? fileSystem->getFileSize(*stream) : -1;
     std::string error = "the file can't be read";
-    if (length >= 0 && length <= SkinLimits::documentBytes) {
+    if (length > SkinLimits::documentBytes) {
+        error = "the file has " + std::to_string(length) + " bytes; at most " +
+                std::to_string(SkinLimits::documentBytes) + " are allowed";
+    } else if (length >= 0) {
         std::vector<std::byte> bytes(static_cast<size_t>(length));
         if (stream->read(bytes.data(), length) == length)
             if (Ref<UBitmap> bitmap = UBitmap::fromFile(bytes, error))
