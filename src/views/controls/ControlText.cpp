@@ -1,35 +1,57 @@
 #include "views/controls/ControlText.h"
 
-#include "foundation/text/String.h"
+#include "foundation/text/ConstString.h"
 #include "views/controls/ControlStyle.h"
 
 #include <algorithm>
+#include <string>
 
 namespace qorl {
 
 namespace {
 
+/// Where `line` must end to fit into `width`: at its own end or at a blank, the last that does, else the
+/// first one. Looks ahead in growing leaps, so that a long text isn't measured anew for each of its lines.
+size_t fittingEnd(const UFont& font, std::u16string_view line, int32_t width) {
+    const auto breakFrom = [&](size_t start) { return std::min(line.find(u' ', start), line.size()); };
+    const auto fits = [&](size_t end) {
+        return font.getStringWidth(ConstString(line.substr(0, end))) <= width;
+    };
+    size_t best = breakFrom(0);
+    size_t tooFar = best;
+    while (tooFar < line.size()) {
+        tooFar = breakFrom(2 * tooFar + 1);
+        if (!fits(tooFar))
+            break;
+        best = tooFar;
+    }
+    while (best < tooFar) {
+        size_t middle = line.rfind(u' ', best + (tooFar - best) / 2);
+        if (middle <= best)
+            middle = breakFrom(best + 1);
+        if (middle >= tooFar)
+            break;
+        (fits(middle) ? best : tooFar) = middle;
+    }
+    return best;
+}
+
 /// Calls `visit` with each line of `text`, a view on its characters. `wrapWidth` 0 breaks at line feeds only.
 template <typename Visit>
 void forEachLine(const UFont& font, const ConstString& text, int32_t wrapWidth, Visit&& visit) {
-    const String wide(text);
-    const std::u16string_view all(wide.text16(), static_cast<size_t>(wide.size()));
+    const std::u16string wide = text.toUtf16();
+    const std::u16string_view all(wide);
     size_t start = 0;
     while (start <= all.size()) {
         const size_t hardEnd = std::min(all.find(u'\n', start), all.size());
         std::u16string_view line = all.substr(start, hardEnd - start);
         start = hardEnd + 1;
-        while (wrapWidth > 0 && font.getStringWidth(ConstString(line)) > wrapWidth) {
-            size_t fits = line.find(u' ');
-            for (size_t next = fits; next != std::u16string_view::npos; next = line.find(u' ', next + 1)) {
-                if (font.getStringWidth(ConstString(line.substr(0, next))) > wrapWidth)
-                    break;
-                fits = next;
-            }
-            if (fits == std::u16string_view::npos)
+        while (wrapWidth > 0) {
+            const size_t end = fittingEnd(font, line, wrapWidth);
+            if (end == line.size())
                 break;
-            visit(ConstString(line.substr(0, fits)));
-            line.remove_prefix(fits + 1);
+            visit(ConstString(line.substr(0, end)));
+            line.remove_prefix(end + 1);
         }
         visit(ConstString(line));
     }

@@ -10,6 +10,7 @@
 
 #include <cmath>
 #include <optional>
+#include <string>
 
 namespace qorl {
 
@@ -18,25 +19,28 @@ namespace {
 /// Between the border and the text.
 constexpr int32_t textMargin = 3;
 
-const char16_t* const ellipsis = u"\u2026";
+constexpr char16_t ellipsis = u'\u2026';
+
+bool isPair(char16_t first, char16_t second) {
+    return (first & 0xFC00) == 0xD800 && (second & 0xFC00) == 0xDC00;
+}
 
 /// Cuts `text` until it fits; `keepsEnd` cuts at the front.
 void fitText(const UFont& font, String& text, int32_t width, bool keepsEnd) {
     if (font.getStringWidth(text) <= width)
         return;
-    const int32_t length = text.length();
+    const std::u16string whole = text.toUtf16();
+    const auto length = static_cast<int32_t>(whole.size());
     int32_t low = 0;
     int32_t high = length;
     String attempt;
     const auto cutTo = [&](int32_t kept) {
-        attempt = text;
-        if (keepsEnd) {
-            attempt.remove(0, length - kept);
-            attempt.insert(0, ConstString(ellipsis));
-        } else {
-            attempt.remove(kept);
-            attempt.append16(ellipsis);
-        }
+        auto cut = static_cast<size_t>(keepsEnd ? length - kept : kept);
+        if (cut > 0 && cut < whole.size() && isPair(whole[cut - 1], whole[cut]))
+            cut += keepsEnd ? 1 : -1;
+        const std::u16string shown =
+            keepsEnd ? ellipsis + whole.substr(cut) : whole.substr(0, cut) + ellipsis;
+        attempt = ConstString(shown);
     };
     while (low < high) {
         const int32_t middle = (low + high + 1) / 2;

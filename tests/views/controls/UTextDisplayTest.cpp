@@ -1,5 +1,6 @@
 #include "views/controls/UTextDisplay.h"
 
+#include "binding/StringValue.h"
 #include "binding/UColorValue.h"
 #include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
@@ -24,6 +25,20 @@ TEST(UTextDisplay, TellsTheWholeTextInATipOnlyWhenItIsCut) {
     EXPECT_EQ(tip(), "none");
     shell.controller().setValue("name", "A name that is too long for its place");
     EXPECT_EQ(tip(), "A name that is too long for its place");
+}
+
+TEST(UTextDisplay, CutsAnEightBitTextBetweenItsCharacters) {
+    for (const char* style : {"fit-string", "fit-left-string"}) {
+        const auto pictureOf = [&](const ConstString& text) {
+            HeadlessShell shell{std::string("<text name='name' style='") + style + "' size='0,0,60,20'/>",
+                                "name = \"\""};
+            cast<Binding::StringValue>(&shell.value("name"))->setString(text);
+            shell.settle();
+            return shell.screenshot(shell.view(0));
+        };
+        const String wide(u"\u00E4\u00F6\u00FC\u00E4\u00F6\u00FC\u00E4\u00F6\u00FC\u00E4\u00F6\u00FC");
+        EXPECT_EQ(pictureOf(ConstString(wide.toUtf8())), pictureOf(wide)) << style;
+    }
 }
 
 /// Hears of presses on text displays.
