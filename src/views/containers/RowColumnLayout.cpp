@@ -1,6 +1,7 @@
 #include "views/containers/RowColumnLayout.h"
 
 #include "foundation/Cast.h"
+#include "foundation/Held.h"
 #include "views/UView.h"
 #include "windows/UWindow.h"
 
@@ -21,18 +22,6 @@ int32_t bounded(int64_t number) {
 CmSize bounded(CmSize size) {
     return {bounded(size.width), bounded(size.height)};
 }
-
-/// Holds a flag for the length of a scope.
-class Held {
-public:
-    explicit Held(bool& flag) : flag_(flag) { flag_ = true; }
-    ~Held() { flag_ = false; }
-    Held(const Held&) = delete;
-    Held& operator=(const Held&) = delete;
-
-private:
-    bool& flag_;
-};
 
 } // namespace
 

@@ -12,6 +12,7 @@ PressLoop::PressLoop(UView& view, int64_t wakeEvery) : view_(view) {
     if (!desktop)
         return;
     start_ = desktop->getTicks();
+    buttons_ = desktop->eventMouseButtons();
     if (wakeEvery > 0)
         timer_ = desktop->startTimer(wakeEvery, *this);
     readMouse();
@@ -43,12 +44,12 @@ bool PressLoop::next() {
         return false;
     }
     began_ = true;
-    if (!view_.getWindow()) {
+    if (!view_.isAttached()) {
         interrupted_ = true;
         return false;
     }
     readMouse();
-    if (desktop->eventMouseButtons() == platform::noButton)
+    if ((desktop->eventMouseButtons() & buttons_) == 0)
         return false;
     interrupted_ = !desktop->isCapturing();
     return !interrupted_;

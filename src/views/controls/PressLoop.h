@@ -26,8 +26,8 @@ public:
     PressLoop& operator=(const PressLoop&) = delete;
     ~PressLoop();
 
-    /// False when the button is up, the capture was lost, or the view left its window. The first call comes
-    /// back at once.
+    /// False when the buttons that were down at the start are up, the capture was lost, or the view was
+    /// hidden or left its window. The first call comes back at once.
     bool next();
     /// Where the last event of the mouse had it, in client coordinates of the view; at the end that is the
     /// place of the release, even if the mouse has gone on since.
@@ -46,6 +46,7 @@ private:
     UView& view_;
     CmPoint point_;
     int64_t start_ = 0;
+    uint32_t buttons_ = 0;
     platform::TimerId timer_ = platform::noTimer;
     bool began_ = false;
     bool interrupted_ = false;

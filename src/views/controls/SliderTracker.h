@@ -20,7 +20,8 @@ void setGlobalSliderMode(SliderMode mode);
 
 /// Drives one gesture on a slider: from the press, over the moves and the ramp's steps, to the release.
 ///
-/// Positions run from 0 at the low end of the track to 1; points are in client coordinates of the owner.
+/// Positions run from 0 at the low end of the track to 1; points are in client coordinates of the owner. What
+/// turns the mouse round, a reversed kind or `inverts`, turns the handle and the place of the default along.
 class SliderTracker {
 public:
     enum Option : uint32_t {

@@ -9,6 +9,7 @@
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "schemes/UScheme.h"
+#include "views/GeometryAttributes.h"
 #include "views/ViewDevice.h"
 #include "windows/UWindow.h"
 
@@ -45,7 +46,7 @@ bool isShiftHeld() {
 
 } // namespace
 
-UControl::UControl() : UControl({}, {}, nullptr, 0) {}
+UControl::UControl() : value_(freshValue()) {}
 
 UControl::UControl(const CmRect& frame, const ConstString& title, Binding::Value* value, uint32_t style)
     : UView(frame, title), value_(value ? retain(value) : freshValue()), style_(style) {
@@ -215,9 +216,10 @@ void UControl::notify(CmObject* changedObject, int32_t message) {
 int32_t UControl::handleMessage(FMessage* message) {
     if (message->isNamed("Wheel")) {
         const bool horizontal = message->getInt("Axis") == 2;
-        return !horizontal && stepByWheel(message->getFloat("Distance"), message->getInt("Inverted") == 1);
+        return !horizontal && stepByWheel(message->getFloat("Distance"), message->getInt("Inverted") != 0);
     }
     if (message->isNamed("FocusHit")) {
+        const auto keptAlive = retain(value_.get());
         if (isValueEnabled())
             bound()->setValueAndPerform(getControlValue() != getControlMin() ? getControlMin()
                                                                              : getControlMax());
@@ -229,24 +231,25 @@ int32_t UControl::handleMessage(FMessage* message) {
 bool UControl::stepByWheel(double distance, bool inverted) {
     if (!isValueEnabled() || value_->getKind() == Binding::ValueKind::twoStates)
         return false;
-    const auto keptAlive = retain(value_.get());
-    keptAlive->beginEdit();
-    if (!inverted && keptAlive->getKind() == Binding::ValueKind::reversedNumber)
+    // The control may get another one meanwhile.
+    const Ref<Binding::Value> value = value_;
+    value->beginEdit();
+    if (!inverted && value->getKind() == Binding::ValueKind::reversedNumber)
         distance = -distance;
-    const int64_t range = int64_t{getControlMax()} - getControlMin();
-    if (!keptAlive->isWheelStepped() && range >= wideRange) {
-        float place =
-            getNormalized() + static_cast<float>(distance) * (isShiftHeld() ? fineWheelShare : wheelShare);
-        if (!keptAlive->isWrapAround())
+    const int64_t range = int64_t{value->getMax()} - value->getMin();
+    if (!value->isWheelStepped() && range >= wideRange) {
+        float place = value->bound()->getNormalized() +
+                      static_cast<float>(distance) * (isShiftHeld() ? fineWheelShare : wheelShare);
+        if (!value->isWrapAround())
             place = std::clamp(place, 0.0F, 1.0F);
-        keptAlive->setNormalized(place);
-        keptAlive->performUpdate();
+        value->setNormalized(place);
+        value->performUpdate();
     } else if (distance < 0) {
-        keptAlive->decrement();
+        value->decrement();
     } else if (distance > 0) {
-        keptAlive->increment();
+        value->increment();
     }
-    keptAlive->endEdit(false);
+    value->endEdit(false);
     return true;
 }
 
@@ -280,8 +283,7 @@ bool UControl::getTooltipFromController(String& text, CmPoint point) const {
     const auto question = make<FMessage>("GetToolTip");
     question->setObject("control", const_cast<UControl*>(this));
     question->setObject("result", result.get());
-    question->setInt("where.x", point.x);
-    question->setInt("where.y", point.y);
+    setPoint(question->attributes(), "where", point);
     if (controller->handleMessage(question.get()) != handled)
         return false;
     text = result->string();

@@ -15,7 +15,7 @@ class UControl : public UView {
     QORL_CLASS(UControl, UView)
 
 public:
-    /// On a fresh value from 0 to 100.
+    /// On a fresh value from 0 to 100, which isn't followed: for those that get another one at once.
     UControl();
     /// A null `value` stands for a fresh one from 0 to 100. The enabled state is the value's.
     UControl(const CmRect& frame, const ConstString& title, Binding::Value* value, uint32_t style);

@@ -79,7 +79,7 @@ bool USlider::isVertical() const {
     return hasStyle(SliderStyle::anyVertical);
 }
 
-bool USlider::isShownReversed() const {
+bool USlider::turnsWheel() const {
     return hasStyle(SliderStyle::anyReversed) && !hasStyle(SliderStyle::noReverse);
 }
 
@@ -88,7 +88,7 @@ uint32_t USlider::trackerOptions() const {
     const auto add = [&options](bool on, SliderTracker::Option option) { options |= on ? option : 0U; };
     add(isVertical(), SliderTracker::vertical);
     add(!hasStyle(SliderStyle::noReverse), SliderTracker::turnsReversedKind);
-    add(hasStyle(SliderStyle::invert) != isShownReversed(), SliderTracker::inverts);
+    add(hasStyle(SliderStyle::invert), SliderTracker::inverts);
     add(hasStyle(SliderStyle::border), SliderTracker::hasBorder);
     add(hasStyle(SliderStyle::messageLoop), SliderTracker::runsMessageLoop);
     add(hasStyle(SliderStyle::mouseTransparent), SliderTracker::isMouseTransparent);
@@ -122,8 +122,6 @@ int32_t USlider::getHandleSize() const {
 }
 
 bool USlider::drawContent(const CmRect& rect) {
-    if (hasStyle(ControlStyle::noDraw))
-        return true;
     layoutTrack();
     ViewDevice device(*this, rect);
     drawTrack(device, trackRect());
@@ -265,6 +263,9 @@ bool USlider::mouseDown(CmPoint point) {
     notifyTargetOfClick();
     tracker_.move(point, heldModifiers());
     update();
+    // The gesture may be over: who was told of it may have hidden the slider.
+    if (!tracker_.isTracking())
+        return true;
     if (tracker_.has(SliderTracker::runsMessageLoop)) {
         runMessageLoop();
         return true;
@@ -318,6 +319,7 @@ void USlider::detached(UView* parent) {
 }
 
 void USlider::endGesture() {
+    const auto keptAlive = retain(this);
     if (rampTimer_)
         rampTimer_->stop();
     rampTimer_.reset();
@@ -351,7 +353,7 @@ int32_t USlider::handleMessage(FMessage* message) {
     if (sideways && isVertical())
         return notHandled;
     const double distance = message->getFloat("Distance");
-    return stepByWheel(isShownReversed() ? -distance : distance, message->getInt("Inverted") == 1);
+    return stepByWheel(turnsWheel() ? -distance : distance, message->getInt("Inverted") != 0);
 }
 
 bool USlider::keyDown(const UKeyCode& key) {

@@ -72,7 +72,8 @@ private:
     void drawHandleColor(UDrawDevice& device, const CmRect& handle);
     uint32_t trackerOptions() const;
     CmRect trackRect() const;
-    bool isShownReversed() const;
+    /// By its style, a small slider shown reversed: the wheel alone goes the other way.
+    bool turnsWheel() const;
     void runMessageLoop();
     void stepRamp();
     void endGesture();

@@ -1,5 +1,6 @@
 #include "views/controls/USwitchBase.h"
 
+#include "foundation/Held.h"
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/FMessenger.h"
 #include "platform/DesktopServices.h"
@@ -59,9 +60,9 @@ bool USwitchBase::actsAtOnce() const {
            getValueObject()->isPerformOnEdit();
 }
 
-bool USwitchBase::hasSteps() const {
+bool USwitchBase::hasSteps(Binding::Value& value) const {
     using enum SwitchBehaviour;
-    const int64_t range = int64_t{getControlMax()} - getControlMin();
+    const int64_t range = int64_t{value.getMax()} - value.getMin();
     if (standsFor(pressBehaviour(), {increment, decrement}))
         return range >= 1;
     return pressBehaviour() != repeat && range >= 2;
@@ -69,17 +70,28 @@ bool USwitchBase::hasSteps() const {
 
 bool USwitchBase::mouseDown(CmPoint point) {
     const auto keptAlive = retain(this);
-    if (UView::mouseDown(point) || !isValueEnabled())
+    // A second button that comes down is of no account.
+    if (UView::mouseDown(point) || inPress_ || !isValueEnabled())
         return true;
     bool result = true;
     if (filterPress(result))
         return result;
+    const Held held(inPress_);
     if (actsAtOnce())
         perform(Release::pending);
     else if (followMouse())
         perform(Release::done);
     setHighlighted(false);
     return !hasStyle(ControlStyle::clickThrough) || hasStyle(ControlStyle::modifiedClick);
+}
+
+void USwitchBase::pressShortly() {
+    if (inPress_ || !isValueEnabled())
+        return;
+    const auto keptAlive = retain(this);
+    const Held held(inPress_);
+    perform(Release::done);
+    setHighlighted(false);
 }
 
 bool USwitchBase::followMouse() {
@@ -91,82 +103,79 @@ bool USwitchBase::followMouse() {
 
 void USwitchBase::perform(Release release) {
     using enum SwitchBehaviour;
+    // What the press has begun on, the release ends on, whatever the control shows by then.
+    const Ref<Binding::Value> value = retain(getValueObject());
+    const SwitchBehaviour behaviour = pressBehaviour();
     notifyTargetOfClick();
-    switch (pressBehaviour()) {
-    case onOff: performOnOff(); break;
-    case on: bound()->setValueAndPerform(getControlMax()); break;
-    case off: bound()->setValueAndPerform(getControlMin()); break;
+    switch (behaviour) {
+    case onOff: performOnOff(*value, release); break;
+    case on: value->bound()->setValueAndPerform(value->getMax()); break;
+    case off: value->bound()->setValueAndPerform(value->getMin()); break;
     case menu:
     case commandMenu: break;
     case SwitchBehaviour::notify:
     case postMessage:
         setHighlighted(true);
-        tellTarget(pressBehaviour());
-        waitForRelease();
+        tellTarget(*value, behaviour);
+        waitForRelease(release);
         break;
-    default: performPush(release);
+    default: performPush(*value, behaviour, release);
     }
 }
 
-void USwitchBase::performOnOff() {
-    const Ref<Binding::Value> value = retain(getValueObject());
-    const bool bracket = value->isPerformOnEdit();
+void USwitchBase::performOnOff(Binding::Value& value, Release release) {
+    const bool bracket = value.isPerformOnEdit();
     if (bracket)
-        value->beginEdit();
-    value->bound()->setValueAndPerform(value->getValue() == value->getMin() ? value->getMax()
-                                                                            : value->getMin());
+        value.beginEdit();
+    value.bound()->setValueAndPerform(value.getValue() == value.getMin() ? value.getMax() : value.getMin());
     if (!bracket)
         return;
     update();
-    waitForRelease();
-    value->endEdit(true);
+    waitForRelease(release);
+    value.endEdit(true);
 }
 
-void USwitchBase::performPush(Release release) {
-    const SwitchBehaviour behaviour = pressBehaviour();
-    const Ref<Binding::Value> value = retain(getValueObject());
-    const bool bracket = value->isPerformOnEdit();
+void USwitchBase::performPush(Binding::Value& value, SwitchBehaviour behaviour, Release release) {
+    const bool repeats = behaviour == SwitchBehaviour::repeat && release == Release::pending;
+    // Counts from the press on.
+    PressLoop press(*this, repeats ? repeatResolution : 0);
+    const bool bracket = value.isPerformOnEdit();
     setHighlighted(true);
     if (bracket)
-        value->beginEdit();
-    const bool steps = hasSteps();
+        value.beginEdit();
+    const bool steps = hasSteps(value);
     if (steps)
-        step(behaviour);
+        step(value, behaviour);
     else
-        value->bound()->setValueAndPerform(value->getMax());
-    if (behaviour == SwitchBehaviour::repeat)
-        repeatUntilRelease();
-    else if (release == Release::pending)
-        waitForRelease();
+        value.bound()->setValueAndPerform(value.getMax());
+    if (repeats)
+        repeatUntilRelease(value, press);
+    else
+        waitForRelease(release);
     if (!steps && !hasStyle(ControlStyle::fireCommand))
-        returnToMinimum(behaviour);
+        value.bound()->setValueMaybePerform(value.getMin(), behaviour != SwitchBehaviour::button);
     if (bracket)
-        value->endEdit(true);
+        value.endEdit(true);
 }
 
-void USwitchBase::step(SwitchBehaviour behaviour) {
-    Binding::Value* value = getValueObject();
+void USwitchBase::step(Binding::Value& value, SwitchBehaviour behaviour) {
     const bool goesDown = behaviour == SwitchBehaviour::decrement;
-    const int32_t end = goesDown ? value->getMin() : value->getMax();
-    if (value->getValue() == end)
-        bound()->setValueAndPerform(goesDown ? value->getMax() : value->getMin());
+    const int32_t end = goesDown ? value.getMin() : value.getMax();
+    if (value.getValue() == end)
+        value.bound()->setValueAndPerform(goesDown ? value.getMax() : value.getMin());
     else if (goesDown)
-        value->decrement();
+        value.decrement();
     else
-        value->increment();
+        value.increment();
 }
 
-void USwitchBase::returnToMinimum(SwitchBehaviour behaviour) {
-    bound()->setValueMaybePerform(getControlMin(), behaviour != SwitchBehaviour::button);
-}
-
-void USwitchBase::tellTarget(SwitchBehaviour behaviour) {
-    CmObject* target = getValueObject()->target();
-    if (!target || !isValueEnabled())
+void USwitchBase::tellTarget(Binding::Value& value, SwitchBehaviour behaviour) {
+    CmObject* target = value.target();
+    if (!target || !value.bound()->isEnabled())
         return;
     auto message = make<FMessage>("Switch Mouse Down");
-    message->setInt("Tag", getTag());
-    message->setObject("Value", getValueObject());
+    message->setInt("Tag", value.tag());
+    message->setObject("Value", &value);
     message->setObject("Control", this);
     if (behaviour == SwitchBehaviour::notify)
         target->handleMessage(message.get());
@@ -174,49 +183,21 @@ void USwitchBase::tellTarget(SwitchBehaviour behaviour) {
         messenger->post(target, std::move(message));
 }
 
-void USwitchBase::waitForRelease() {
+void USwitchBase::waitForRelease(Release release) {
+    if (release == Release::done)
+        return;
     PressLoop press(*this);
     while (press.next()) {}
 }
 
-void USwitchBase::repeatUntilRelease() {
-    PressLoop press(*this, repeatResolution);
+void USwitchBase::repeatUntilRelease(Binding::Value& value, PressLoop& press) {
     int64_t due = firstRepeatAfter + 1;
     while (press.next()) {
         if (press.elapsed() < due)
             continue;
-        bound()->setValueAndPerform(getControlMax());
+        value.bound()->setValueAndPerform(value.getMax());
         due = press.elapsed() + repeatEvery;
     }
-}
-
-void USwitchBase::pressShortly() {
-    if (!isValueEnabled())
-        return;
-    const auto keptAlive = retain(this);
-    const SwitchBehaviour behaviour = pressBehaviour();
-    if (standsFor(behaviour, {SwitchBehaviour::notify, SwitchBehaviour::postMessage})) {
-        tellTarget(behaviour);
-        return;
-    }
-    if (standsFor(behaviour, {SwitchBehaviour::onOff, SwitchBehaviour::on, SwitchBehaviour::off})) {
-        perform(Release::done);
-        return;
-    }
-    if (hasSteps()) {
-        step(behaviour);
-        return;
-    }
-    bound()->setValueAndPerform(getControlMax());
-    if (!hasStyle(ControlStyle::fireCommand))
-        returnToMinimum(behaviour);
-}
-
-int32_t USwitchBase::handleMessage(FMessage* message) {
-    if (!message->isNamed("FocusHit"))
-        return UControl::handleMessage(message);
-    pressShortly();
-    return handled;
 }
 
 AccessibleRole USwitchBase::getAccessibleRole() const {

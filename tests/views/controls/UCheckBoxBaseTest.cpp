@@ -37,11 +37,7 @@ TEST(UCheckBoxBase, TurnsOverByItsStyle) {
         HeadlessShell shell{box};
         EditRecorder edits;
         shell.click({60, 10});
-        EXPECT_EQ(edits.take(), c.edits) << "by the mouse, on the title";
-        value->setValue(c.before);
-        shell.desktop().setFocus(box.get());
-        shell.key("Space");
-        EXPECT_EQ(edits.take(), c.edits) << "by the keyboard";
+        EXPECT_EQ(edits.take(), c.edits) << "on the title";
     }
 }
 

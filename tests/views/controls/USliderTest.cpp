@@ -1,6 +1,7 @@
 #include "views/controls/USlider.h"
 
 #include "binding/IntValue.h"
+#include "foundation/messages/FMessage.h"
 #include "schemes/UScheme.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
@@ -236,6 +237,35 @@ TEST(USlider, TurnsTheWheelRoundWhenItIsShownReversed) {
         shell.wheel({10, 10}, 1);
         EXPECT_EQ(shell.value("level").getValue(), expected);
     }
+}
+
+TEST(USlider, LooksTheSameInStylesThatAreNotOfItsLook) {
+    const auto pictureOf = [](const char* style) {
+        HeadlessShell shell{sliderSkin(style), "level = 25 in 0..100"};
+        return shell.screenshot(shell.view(0));
+    };
+    EXPECT_EQ(pictureOf("horizontal volume"), pictureOf("horizontal"));
+    EXPECT_EQ(pictureOf("horizontal-small-reversed"), pictureOf("horizontal-small"));
+}
+
+TEST(USlider, LetsGoOfAGestureThatEndsAsItBegins) {
+    /// Hides the slider when the edit begins.
+    class Hider : public CmObject {
+    public:
+        UView* view = nullptr;
+        int32_t handleMessage(FMessage*) override { return view->hide(), handled; }
+    };
+    HeadlessShell shell{sliderSkin("horizontal jump"), handleFrom50};
+    const auto hider = make<Hider>();
+    hider->view = &shell.view(0);
+    shell.value("level").setTarget(hider.get(), 0, false);
+    shell.value("level").setFlag(Binding::Value::targetTakesEdits, true);
+    EditRecorder edits;
+    shell.press({105, 10});
+    EXPECT_EQ(edits.take(), "begin end");
+    EXPECT_EQ(shell.window().getMouseCapture(), nullptr);
+    shell.release();
+    shell.value("level").setTarget(nullptr, 0, false);
 }
 
 TEST(USlider, TakesTheSidewaysWheelOnlyWhenItLies) {

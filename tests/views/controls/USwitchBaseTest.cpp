@@ -1,3 +1,4 @@
+#include "binding/IntValue.h"
 #include "foundation/messages/FMessage.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
@@ -224,28 +225,79 @@ TEST(USwitchBase, PassesPressesOnAsItsStyleSays) {
     }
 }
 
-TEST(USwitchBase, IsPressedByTheKeyboard) {
-    HeadlessShell shell{
-        "<switch name='v' style='onoff' size='0,0,60,20'/><button name='w' size='0,30,60,20'/>",
-        "v = 0 in 0..1\nw = 0 in 0..1"};
-    EditRecorder edits;
-    shell.desktop().setFocus(&shell.view(0));
-    shell.key("Space");
-    EXPECT_EQ(edits.take(), "1");
-    shell.desktop().setFocus(&shell.view(1));
-    shell.key("Return");
-    EXPECT_EQ(edits.take(), "1 0");
+TEST(USwitchBase, IsToggledByTheKeyboardWhateverItsBehaviour) {
+    for (const char* style : {"onoff", "push", "menu", "off"}) {
+        SCOPED_TRACE(style);
+        HeadlessShell shell{switchSkin(style), numberIn(1, 3)};
+        EditRecorder edits;
+        shell.desktop().setFocus(&shell.view(0));
+        for (const char* key : {"Space", "Return"})
+            shell.key(key);
+        EXPECT_EQ(edits.take(), "0 3");
+    }
 }
 
-TEST(USwitchBase, OutlivesTheEndOfItsViewInTheMiddleOfAPress) {
+TEST(USwitchBase, IsPressedByAssistiveToolsAsByTheMouse) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"push", "begin 0 1 end 1"},
+        {"onoff", "begin 0 2 end 2"},
+        {"repeat", "begin 0 2 0 end 0"},
+        {"off", "0"},
+        {"menu", ""},
+    };
+    for (const auto& [style, expected] : cases) {
+        SCOPED_TRACE(style);
+        HeadlessShell shell{switchSkin(style), numberIn(0, 2)};
+        shell.value("v").setPerformOnEdit(true);
+        EditRecorder edits;
+        EXPECT_TRUE(shell.view(0).performAccessibleAction(0));
+        EXPECT_EQ(edits.take(), expected);
+        EXPECT_FALSE(shell.view<USwitch>(0).isPressed());
+    }
+}
+
+TEST(USwitchBase, ForgetsAPressWhoseViewGoes) {
+    for (const bool isHidden : {false, true}) {
+        HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
+        EditRecorder edits;
+        shell.postPress(inside);
+        shell.platform().postCall([&] {
+            if (isHidden)
+                shell.view(0).hide();
+            else
+                shell.content().removeSubView(&shell.view(0));
+        });
+        shell.postRelease();
+        shell.settle();
+        EXPECT_EQ(edits.take(), "") << (isHidden ? "hidden" : "removed");
+    }
+}
+
+TEST(USwitchBase, EndsThePressOnTheValueThatItBeganOn) {
+    for (const char* style : {"push immediate", "repeat"}) {
+        HeadlessShell shell{switchSkin(style), numberIn(0, 1)};
+        const auto other = make<Binding::IntValue>(0, 1);
+        other->setValue(1);
+        shell.postPress(inside);
+        shell.platform().postCall([&] { shell.view<USwitch>(0).setValue(other.get()); });
+        shell.platform().postPause(800);
+        shell.postRelease();
+        shell.advance(1000);
+        EXPECT_EQ(shell.value("v").getValue(), 0) << style;
+        EXPECT_EQ(other->getValue(), 1) << style;
+    }
+}
+
+TEST(USwitchBase, TakesNoAccountOfASecondButton) {
     HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
     EditRecorder edits;
     shell.postPress(inside);
-    shell.platform().postCall([&] { shell.content().removeSubView(&shell.view(0)); });
+    shell.postPress(inside, platform::middleButton);
     shell.postRelease();
+    shell.postMove(outside);
+    shell.postRelease(platform::middleButton);
     shell.settle();
-    EXPECT_EQ(edits.take(), "");
-    EXPECT_EQ(shell.content().getSubViewCount(), 0);
+    EXPECT_EQ(edits.take(), "1");
 }
 
 } // namespace
