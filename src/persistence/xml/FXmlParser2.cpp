@@ -50,57 +50,60 @@ bool isCharacter(std::string_view context) {
     return length <= context.size() && text::wideLength(context.substr(0, length)) != text::invalid;
 }
 
+/// Where there is no handler, so that no event has to ask for one.
+class Nobody : public IXmlHandler {
+public:
+    void startElement(IXmlParser*, const char*, const char**) override {}
+    void endElement(IXmlParser*, const char*) override {}
+    void characterData(IXmlParser*, const char*, int32_t) override {}
+    void comment(IXmlParser*, const char*) override {}
+};
+constinit Nobody nobody;
+
 std::string tooLarge(int64_t limit) {
     return "the document is larger than " + std::to_string(limit) + " bytes";
 }
 
 } // namespace
 
-/// What Expat calls. After a stop it may go on for a few calls more; those go nowhere.
+/// What Expat calls.
 struct FXmlParser2::Callbacks {
     static FXmlParser2* self(void* user) { return static_cast<FXmlParser2*>(user); }
 
     static void XMLCALL start(void* user, const char* name, const char** attributes) {
         FXmlParser2* parser = self(user);
-        if (parser->failed_)
-            return;
-        if (++parser->depth_ > parser->limits_.depth) {
+        if (++parser->depth_ > parser->limits_.depth)
             parser->stop("elements are nested deeper than " + std::to_string(parser->limits_.depth), refused);
-            return;
-        }
-        if (parser->handler_)
+        else
             parser->handler_->startElement(parser, name, attributes);
     }
 
     static void XMLCALL end(void* user, const char* name) {
         FXmlParser2* parser = self(user);
-        if (parser->failed_)
-            return;
-        if (parser->handler_)
-            parser->handler_->endElement(parser, name);
+        parser->handler_->endElement(parser, name);
         --parser->depth_;
     }
 
     static void XMLCALL text(void* user, const char* characters, int length) {
-        FXmlParser2* parser = self(user);
-        if (!parser->failed_ && parser->handler_)
-            parser->handler_->characterData(parser, characters, length);
+        self(user)->handler_->characterData(self(user), characters, length);
     }
 
     static void XMLCALL comment(void* user, const char* characters) {
-        FXmlParser2* parser = self(user);
-        if (!parser->failed_ && parser->handler_)
-            parser->handler_->comment(parser, characters);
+        self(user)->handler_->comment(self(user), characters);
     }
 };
 
-FXmlParser2::FXmlParser2() : parser_(XML_ParserCreate(nullptr)) {
+FXmlParser2::FXmlParser2() : parser_(XML_ParserCreate(nullptr)), handler_(&nobody) {
     installCallbacks();
 }
 
 FXmlParser2::~FXmlParser2() {
     if (parser_)
         XML_ParserFree(parser_);
+}
+
+void FXmlParser2::setHandler(IXmlHandler* handler) {
+    handler_ = handler ? handler : &nobody;
 }
 
 void FXmlParser2::installCallbacks() {
@@ -201,8 +204,12 @@ bool FXmlParser2::parse(std::string_view document) {
 }
 
 void FXmlParser2::stop() {
-    if (parser_)
-        XML_StopParser(parser_, XML_FALSE);
+    if (!parser_ || XML_StopParser(parser_, XML_FALSE) != XML_STATUS_OK)
+        return;
+    // Expat still ends the element that has just begun, if it is an empty one.
+    XML_SetElementHandler(parser_, nullptr, nullptr);
+    XML_SetCharacterDataHandler(parser_, nullptr);
+    XML_SetCommentHandler(parser_, nullptr);
 }
 
 void FXmlParser2::stop(std::string message, int32_t code) {

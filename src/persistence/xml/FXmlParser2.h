@@ -48,7 +48,7 @@ public:
     void setLimits(const Limits& limits) { limits_ = limits; }
     const Limits& limits() const { return limits_; }
 
-    void setHandler(IXmlHandler* handler) override { handler_ = handler; }
+    void setHandler(IXmlHandler* handler) override;
     /// Not from within the handler. A call that comes at a wrong time gives false, and the parser goes on.
     bool parse(IBStream* stream) override;
     /// The same for a whole document in memory, which must outlive the call.
@@ -91,7 +91,7 @@ private:
     void installCallbacks();
 
     XML_ParserStruct* parser_;
-    IXmlHandler* handler_ = nullptr;
+    IXmlHandler* handler_; ///< Never null.
     Limits limits_;
     int64_t bytesRead_ = 0;
     int64_t tokenStart_ = 0; ///< The last one that was known.
