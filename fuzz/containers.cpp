@@ -1,7 +1,8 @@
 #include "foundation/Cast.h"
+#include "foundation/ClassFactory.h"
 #include "foundation/containers/CmContainer.h"
+#include "persistence/archive/FCompactArchive.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "support/PlainArchive.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -20,25 +21,23 @@ constexpr std::string_view containers[] = {
     "CmBTreeDictionary", "CmHashTable",    "CmHashDictionary"};
 constexpr std::string_view elements[] = {"CmAssociation", "CmString", "CmUID", "CmILink", "CmIDLink"};
 
-/// Makes nothing but containers and values, and lets each container own what it holds.
-class OwningArchive : public PlainArchive {
+/// Gives nothing but containers and values, no object twice, and lets each container own what it holds.
+class OwningArchive : public FCompactArchive {
 public:
-    using PlainArchive::PlainArchive;
+    using FCompactArchive::FCompactArchive;
 
-    CmObject* readObject(const char* className) override {
-        CmObject* object = PlainArchive::readObject(className);
-        auto* container = cast<CmContainer>(object);
+    using FCompactArchive::readObject;
+    using FCompactArchive::writeObject;
+    bool writeObject(CmObject* object, bool) override { return FCompactArchive::writeObject(object, false); }
+    CmObject* readObject(const char* className, bool) override {
+        auto object = Ref<CmObject>::adopt(FCompactArchive::readObject(className, false));
+        const auto isNamed = [&](std::string_view name) { return name == object->getClassName(); };
+        if (!object || (std::ranges::none_of(containers, isNamed) && std::ranges::none_of(elements, isNamed)))
+            return nullptr;
+        auto* container = cast<CmContainer>(object.get());
         if (container && !releases(container->getOwnership()))
             container->setOwnership(Ownership::adopt);
-        return object;
-    }
-
-protected:
-    Ref<FInterface> create(const char* className) override {
-        const auto isNamed = [className](std::string_view name) { return name == className; };
-        const bool isKnown =
-            std::ranges::any_of(containers, isNamed) || std::ranges::any_of(elements, isNamed);
-        return isKnown ? PlainArchive::create(className) : nullptr;
+        return object.detach();
     }
 };
 
@@ -58,10 +57,10 @@ int32_t countBackwards(const CmContainer& container) {
 /// What came from a stream has to go to one and come back.
 void writeAndRead(CmContainer& container) {
     FMemoryStream stream;
-    OwningArchive storing(stream, PlainArchive::Direction::storing);
+    OwningArchive storing(stream, FObjectArchive::Direction::storing);
     expect(container.writeTo(&storing));
     stream.rewind();
-    OwningArchive reading(stream, PlainArchive::Direction::reading);
+    OwningArchive reading(stream, FObjectArchive::Direction::reading);
     const int32_t count = container.count();
     expect(container.readFrom(&reading) && container.count() == count);
 }
@@ -76,7 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const Ref<FInterface> made = ClassFactory::instance()->createByName(name.data());
     auto& container = *cast<CmContainer>(made.get());
     FMemoryStream stream(std::string_view(reinterpret_cast<const char*>(data) + 1, size - 1));
-    OwningArchive archive(stream, PlainArchive::Direction::reading);
+    OwningArchive archive(stream, FObjectArchive::Direction::reading);
     const bool isComplete = container.readFrom(&archive);
     if (!releases(container.getOwnership()))
         container.setOwnership(Ownership::adopt);

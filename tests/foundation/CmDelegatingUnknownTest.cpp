@@ -4,10 +4,10 @@
 #include "foundation/ClassFactory.h"
 #include "foundation/FPersistent.h"
 #include "foundation/text/String.h"
+#include "persistence/archive/FCompactArchive.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
-#include "support/PlainArchive.h"
 
 #include <gtest/gtest.h>
 
@@ -125,7 +125,7 @@ TEST_F(CmDelegatingUnknownTest, ComesBackFromItsAttributesAsANewObject) {
 TEST_F(CmDelegatingUnknownTest, ComesBackFromAStreamAsANewObject) {
     const Ref<FMemoryStream> stream = make<FMemoryStream>();
     {
-        PlainArchive archive(*stream, PlainArchive::Direction::storing);
+        FCompactArchive archive(*stream, FObjectArchive::Direction::storing);
         ASSERT_TRUE(wrap(make<Foreign>(77))->writeTo(&archive));
         EXPECT_FALSE(CmDelegatingUnknown().writeTo(&archive));
     }
@@ -134,7 +134,7 @@ TEST_F(CmDelegatingUnknownTest, ComesBackFromAStreamAsANewObject) {
     ASSERT_TRUE(id.readFrom(*stream));
     EXPECT_EQ(id.toUtf8(), "33221100554477668899AABBCCDDEEFF") << "its bytes in memory order come first";
     stream->seek(0, FStream::fromStart);
-    PlainArchive archive(*stream, PlainArchive::Direction::reading);
+    FCompactArchive archive(*stream, FObjectArchive::Direction::reading);
     CmDelegatingUnknown back;
     ASSERT_TRUE(back.readFrom(&archive));
     ASSERT_NE(back.foreign(), nullptr);
@@ -154,7 +154,7 @@ TEST_F(CmDelegatingUnknownTest, WithoutMemoryItSaysThatItIsNotStored) {
     failEachAllocation([&](FailingAllocation& memory) {
         const Ref<FMemoryStream> stream = make<FMemoryStream>();
         stream->pad(1); // has its block
-        PlainArchive archive(*stream, PlainArchive::Direction::storing);
+        FCompactArchive archive(*stream, FObjectArchive::Direction::storing);
         const bool stored = memory.during([&] { return wrapper->writeTo(&archive); });
         EXPECT_NE(stored, memory.hasFailed());
     });

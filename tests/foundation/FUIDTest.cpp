@@ -2,11 +2,11 @@
 
 #include "foundation/CmUID.h"
 #include "foundation/text/String.h"
+#include "persistence/archive/FCompactArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "platform/System.h"
 #include "support/FailingAllocation.h"
-#include "support/PlainArchive.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -158,7 +158,7 @@ TEST(CmUID, ItsTwoStoredFormsDifferInTheOrderOfTheFirstBytes) {
     const Ref<FMemoryStream> stream = make<FMemoryStream>();
     CmUID original(sample);
     {
-        PlainArchive archive(*stream, PlainArchive::Direction::storing);
+        FCompactArchive archive(*stream, FObjectArchive::Direction::storing);
         ASSERT_TRUE(original.writeTo(&archive));
     }
     stream->seek(0, FStream::fromStart);
@@ -166,7 +166,7 @@ TEST(CmUID, ItsTwoStoredFormsDifferInTheOrderOfTheFirstBytes) {
     ASSERT_TRUE(text.readFrom(*stream));
     EXPECT_EQ(text.toUtf8(), "33221100554477668899AABBCCDDEEFF");
     stream->seek(0, FStream::fromStart);
-    PlainArchive archive(*stream, PlainArchive::Direction::reading);
+    FCompactArchive archive(*stream, FObjectArchive::Direction::reading);
     CmUID back;
     ASSERT_TRUE(back.readFrom(&archive));
     EXPECT_EQ(back.uid(), sample);
@@ -187,7 +187,7 @@ TEST(CmUID, WithoutMemoryItSaysThatItIsNotStored) {
         CmUID original(sample);
         const Ref<FMemoryStream> stream = make<FMemoryStream>();
         stream->pad(1); // has its block
-        PlainArchive archive(*stream, PlainArchive::Direction::storing);
+        FCompactArchive archive(*stream, FObjectArchive::Direction::storing);
         const bool stored = memory.during([&] { return original.writeTo(&archive); });
         EXPECT_NE(stored, memory.hasFailed());
     });

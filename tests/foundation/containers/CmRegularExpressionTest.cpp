@@ -1,9 +1,9 @@
 #include "foundation/containers/CmRegularExpression.h"
 
+#include "persistence/archive/FCompactArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
-#include "support/PlainArchive.h"
 
 #include <qorl/Ref.h>
 
@@ -13,7 +13,7 @@ namespace qorl {
 namespace {
 
 using Case = CmRegularExpression::Case;
-using Direction = PlainArchive::Direction;
+using Direction = FObjectArchive::Direction;
 
 struct MatchCase {
     const char16_t* pattern;
@@ -157,12 +157,12 @@ TEST(CmRegularExpression, IsStoredWithItsCase) {
     EXPECT_EQ(restored.getCase(), Case::ignored);
 
     FMemoryStream stream;
-    PlainArchive storing(stream, Direction::storing);
+    FCompactArchive storing(stream, Direction::storing);
     ASSERT_TRUE(CmRegularExpression("a*").writeTo(&storing));
     EXPECT_EQ(stream.bytes(), std::string_view("\3\0\0\0a*\0\1", 8));
     for (size_t length = 0; length <= 8; ++length) {
         FMemoryStream cut(stream.bytes().substr(0, length));
-        PlainArchive reading(cut, Direction::reading);
+        FCompactArchive reading(cut, Direction::reading);
         EXPECT_EQ(restored.readFrom(&reading), length == 8) << "cut behind byte " << length;
         EXPECT_EQ(restored.getCase(), length == 8 ? Case::sensitive : Case::ignored);
     }

@@ -1,7 +1,7 @@
 #include "foundation/containers/Elements.h"
 #include "foundation/text/CmString.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "support/PlainArchive.h"
+#include "support/StoredBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -183,7 +183,7 @@ private:
 TEST(ContainerStream, HasNoByteOfAContainerWithANullElement) {
     Broken broken;
     FMemoryStream stream;
-    PlainArchive archive(stream, PlainArchive::Direction::storing);
+    FCompactArchive archive(stream, FObjectArchive::Direction::storing);
     EXPECT_FALSE(broken.writeTo(&archive));
     EXPECT_EQ(stream.size(), 0);
 }

@@ -3,10 +3,11 @@
 #include "foundation/containers/CmVariant.h"
 #include "foundation/containers/Elements.h"
 #include "foundation/text/CmString.h"
+#include "persistence/archive/FCompactArchive.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
 #include "support/FailingAllocation.h"
-#include "support/PlainArchive.h"
 
 #include <gtest/gtest.h>
 
@@ -135,12 +136,12 @@ TEST(CmAssociation, EndsOnItsWayAlongAnyNumberOfKeys) {
 }
 
 /// Hands out what it was given, as an archive does with objects that occurred before.
-class HandingOut : public PlainArchive {
+class HandingOut : public FCompactArchive {
 public:
     HandingOut(FStream& stream, std::vector<CmObject*> objects)
-        : PlainArchive(stream, Direction::reading), objects_(std::move(objects)) {}
+        : FCompactArchive(stream, Direction::reading), objects_(std::move(objects)) {}
 
-    using PlainArchive::readObject;
+    using FCompactArchive::readObject;
     CmObject* readObject(const char*) override {
         if (next_ == objects_.size())
             return nullptr;

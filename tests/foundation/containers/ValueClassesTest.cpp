@@ -5,7 +5,7 @@
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
-#include "support/PlainArchive.h"
+#include "support/StoredBytes.h"
 
 #include <qorl/Ref.h>
 

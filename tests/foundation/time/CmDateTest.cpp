@@ -4,7 +4,7 @@
 #include "foundation/text/TranslationTable.h"
 #include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
-#include "support/PlainArchive.h"
+#include "support/StoredBytes.h"
 
 #include <qorl/Ref.h>
 

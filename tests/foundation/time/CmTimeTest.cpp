@@ -3,7 +3,7 @@
 #include "foundation/text/CmString.h"
 #include "foundation/text/TranslationTable.h"
 #include "persistence/attributes/FAttributes.h"
-#include "support/PlainArchive.h"
+#include "support/StoredBytes.h"
 
 #include <qorl/Ref.h>
 

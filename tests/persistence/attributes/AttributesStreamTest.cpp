@@ -3,11 +3,11 @@
 #include "BodyBytes.h"
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
+#include "persistence/archive/FCompactArchive.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
-#include "support/PlainArchive.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -193,10 +193,10 @@ TEST(AttributesStream, ReadsTheFormsOfOldFiles) {
     bytes.text("CmString").int32(1).text("s").word(8).text("one");
     bytes.text("CmString").int32(1).text("s").word(8).text("two");
     bytes.object("object", 108).text("CmString").int32(1).text("s").word(8).text("three");
-    bytes.object("archived", 8).int32(9).raw(std::string_view("CmString\0", 9)).text("four");
-    bytes.object("list", 1).int32(1).int32(9).raw(std::string_view("CmString\0", 9)).text("five");
+    bytes.object("archived", 8).int32(-1).int32(9).raw(std::string_view("CmString\0\0\0", 11)).text("four");
+    bytes.object("list", 1).int32(1).int32(INT32_MIN + 1).text("five");
     FMemoryStream stream{std::string_view(bytes.bytes())};
-    PlainArchive archive(stream, PlainArchive::Direction::reading);
+    FCompactArchive archive(stream, FObjectArchive::Direction::reading);
     FAttributes read;
     std::string fault;
     ASSERT_TRUE(AttributesStream::read(stream, read, &archive, &fault)) << fault;
