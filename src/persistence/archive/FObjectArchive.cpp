@@ -6,6 +6,7 @@
 #include "platform/Threads.h"
 
 #include <algorithm>
+#include <atomic>
 #include <new>
 #include <string>
 
@@ -13,7 +14,7 @@ namespace qorl {
 
 namespace {
 
-constinit ArchiveListener* globalListener = nullptr;
+constinit std::atomic<ArchiveListener*> globalListener = nullptr;
 
 void tellTooDeep(const CmObject& object, int32_t depth) {
     try {
@@ -102,8 +103,8 @@ void FObjectArchive::setGlobalListener(ArchiveListener* listener) {
 }
 
 void FObjectArchive::reportGlobally(int32_t code, const char* text) try {
-    if (globalListener)
-        globalListener->report(code, text);
+    if (ArchiveListener* listener = globalListener)
+        listener->report(code, text);
     else
         platform::debugOutput("stored object: error " + std::to_string(code) + (text ? ": " : "") +
                               (text ? text : ""));

@@ -85,8 +85,8 @@ public:
     /// Not owned; null for none.
     void setListener(ArchiveListener* listener) { listener_ = listener; }
 
-    /// Hears of errors that no archive is there for, such as a stored class that nobody has registered. Not
-    /// owned; without one they go to the debug output.
+    /// Hears of errors that no archive is there for, such as a stored class that nobody has registered, on
+    /// any thread. Not owned; without one they go to the debug output.
     static void setGlobalListener(ArchiveListener* listener);
     static void reportGlobally(int32_t code, const char* text);
 

@@ -22,7 +22,7 @@ constexpr size_t firstObjects = 100;
 /// How many times as much as was read may be read once more, and what besides. Objects that read too much go
 /// back a little, all of those of one class; lengths that are made to lead back would have a small file read
 /// without end.
-constexpr int64_t allowedRounds = 16;
+constexpr int64_t allowedRounds = 4;
 constexpr int64_t alwaysAllowedBack = int64_t{1} << 20;
 
 } // namespace
