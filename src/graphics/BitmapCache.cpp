@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -33,7 +34,7 @@ size_t BitmapCache::bucketOf(const UBitmap* source) {
     return (reinterpret_cast<uintptr_t>(source) >> 4) % bucketCount;
 }
 
-bool BitmapCache::put(UBitmap* source, std::string_view key, UBitmap* derived) {
+bool BitmapCache::put(UBitmap* source, std::string_view key, UBitmap* derived) try {
     if (!source || !derived || source == derived)
         return false;
     auto& bucket = buckets_[bucketOf(source)];
@@ -46,6 +47,8 @@ bool BitmapCache::put(UBitmap* source, std::string_view key, UBitmap* derived) {
     bucket.push_back({source, std::string(key), retain(derived)});
     ++count_;
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 Ref<UBitmap> BitmapCache::get(const UBitmap* source, std::string_view key) const {

@@ -29,8 +29,8 @@ public:
     /// The cache if it has been made.
     static BitmapCache* existing();
 
-    /// Keeps a reference on `derived`; replaces what stood under the key. False for a null argument, and
-    /// for a bitmap under itself, which would never go.
+    /// Keeps a reference on `derived`; replaces what stood under the key. False for a null argument, for
+    /// a bitmap under itself, which would never go, and without memory.
     bool put(UBitmap* source, std::string_view key, UBitmap* derived);
     /// Null when there is none.
     Ref<UBitmap> get(const UBitmap* source, std::string_view key) const;

@@ -8,6 +8,7 @@
 #include "graphics/UDrawDevice.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -19,23 +20,27 @@ namespace qorl {
 
 namespace {
 
-/// Decimal text without trailing zeros: 0.5 and 0.50 are one key.
-std::string factorText(float factor) {
-    char text[48];
-    const auto [end, error] = std::to_chars(text, text + sizeof text, factor, std::chars_format::fixed);
-    return error == std::errc() ? std::string(text, end) : std::string("0");
-}
+using FactorText = std::array<char, 64>;
+using KeyText = std::array<char, 160>;
 
-template <typename... Numbers>
-std::string keyText(const char* format, Numbers... numbers) {
-    char text[160];
-    std::snprintf(text, sizeof text, format, numbers...);
+/// Decimal text without trailing zeros: 0.5 and 0.50 are one key.
+FactorText factorText(float factor) {
+    FactorText text{};
+    std::to_chars(text.data(), text.data() + text.size() - 1, factor, std::chars_format::fixed);
     return text;
 }
 
-/// The variant under `key`, made by `create` when it isn't kept yet.
+template <typename... Numbers>
+KeyText keyText(const char* format, Numbers... numbers) {
+    KeyText text;
+    std::snprintf(text.data(), text.size(), format, numbers...);
+    return text;
+}
+
+/// The variant under `keyText`, made by `create` when it isn't kept yet.
 template <typename Create>
-Ref<UBitmap> cachedVariant(UBitmap* source, const std::string& key, Create create) {
+Ref<UBitmap> cachedVariant(UBitmap* source, const KeyText& keyText, Create create) try {
+    const std::string_view key(keyText.data());
     BitmapCache* cache = BitmapCache::instance();
     if (!cache || !source->isValid())
         return nullptr;
@@ -43,6 +48,8 @@ Ref<UBitmap> cachedVariant(UBitmap* source, const std::string& key, Create creat
         return kept;
     Ref<UBitmap> made = create();
     return made && cache->put(source, key, made.get()) ? made : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 /// Copies pixels between locked images, cut to what both have.
@@ -219,7 +226,7 @@ Ref<UBitmap> UBitmap::getWoven(CmSize size, WeaveKind kind, const CmRect& margin
 }
 
 Ref<UBitmap> UBitmap::getDesaturated(float gray, float alpha) {
-    const auto key = keyText("desat-%s-%s", factorText(gray).c_str(), factorText(alpha).c_str());
+    const auto key = keyText("desat-%s-%s", factorText(gray).data(), factorText(alpha).data());
     return cachedVariant(this, key, [&] {
         auto copy = copyPixels();
         if (copy)
@@ -257,7 +264,7 @@ Ref<UBitmap> UBitmap::getMasked(UBitmap& mask) {
 
 Ref<UBitmap> UBitmap::getTinted(const UColor& color, float factor) {
     const auto key =
-        keyText("tint-%lu-%s", static_cast<unsigned long>(color.packed()), factorText(factor).c_str());
+        keyText("tint-%lu-%s", static_cast<unsigned long>(color.packed()), factorText(factor).data());
     return cachedVariant(this, key, [&] {
         auto copy = copyPixels();
         if (copy)

@@ -82,7 +82,7 @@ public:
     CmSize getSize() { return {getWidth(), getHeight()}; }
     double getScale() const { return scale_; }
 
-    // Variants: null without an image or for a size that is empty or not allowed.
+    // Variants: null without an image, for a size that is empty or not allowed, and without memory.
     Ref<UBitmap> getScaled(CmSize size, Interpolation kind);
     /// Nine parts: corners as they are, edges and centre filled to the size. `margins` are widths, not
     /// places.

@@ -18,7 +18,8 @@ int32_t roundUp(double length) {
 }
 
 int32_t estimatedWidth(const ConstString& text, int32_t size) {
-    return saturated(int64_t{text.size()} * size);
+    const auto characters = text.isWide() ? text.view16().size() : text.toUtf16().size();
+    return saturated(static_cast<int64_t>(characters) * size);
 }
 
 } // namespace

@@ -136,6 +136,13 @@ TEST_F(BitmapTest, FilesTellThatMemoryRanOut) {
         EXPECT_EQ(error.empty(), !allocation.hasFailed());
     });
     failEachAllocation([&](FailingAllocation& allocation) {
+        const auto source = numbered({4, 4});
+        const auto woven = allocation.during([&] {
+            return source->getWoven({20, 20}, UBitmap::WeaveKind::tile, {1, 1, 1, 1});
+        });
+        EXPECT_EQ(woven == nullptr, allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
         const auto written = allocation.during([&] { return bitmap->toPng(); });
         EXPECT_EQ(written.empty(), allocation.hasFailed());
     });
