@@ -26,7 +26,8 @@ struct SchemeEntry {
     std::optional<UColor> fontColor{}; ///< None keeps the colour that the key had.
 };
 
-/// Receives a scheme that is written back to a document.
+/// Receives a scheme that is written back to a document: entries for the element that it stands at, which
+/// `begin...` first makes a section of colours, metrics or fonts.
 class SchemeWriter {
 public:
     virtual void beginColors() = 0;
@@ -39,5 +40,8 @@ public:
 protected:
     ~SchemeWriter() = default;
 };
+
+/// Whether the entries that are written get a section of their own.
+enum class SchemeSection : uint8_t { asItStands, own };
 
 } // namespace qorl

@@ -190,20 +190,23 @@ void UScheme::reset() {
     resetFonts();
 }
 
-void UScheme::exportColors(SchemeWriter& writer) const {
-    writer.beginColors();
+void UScheme::exportColors(SchemeWriter& writer, SchemeSection section) const {
+    if (section == SchemeSection::own)
+        writer.beginColors();
     for (int32_t i = 0; i < SchemeColor::count; ++i)
         writer.addColor(schemeColorTable[i].name, getColor(i), getColorGroup(i));
 }
 
-void UScheme::exportMetrics(SchemeWriter& writer) const {
-    writer.beginMetrics();
+void UScheme::exportMetrics(SchemeWriter& writer, SchemeSection section) const {
+    if (section == SchemeSection::own)
+        writer.beginMetrics();
     for (int32_t i = 0; i < SchemeMetric::count; ++i)
         writer.addMetric(schemeMetricTable[i].name, getMetric(i));
 }
 
-void UScheme::exportFonts(SchemeWriter& writer) const {
-    writer.beginFonts();
+void UScheme::exportFonts(SchemeWriter& writer, SchemeSection section) const {
+    if (section == SchemeSection::own)
+        writer.beginFonts();
     for (int32_t i = 0; i < SchemeFont::count; ++i)
         writer.addFont(schemeFontTable[i].name, getFont(i));
 }

@@ -117,9 +117,10 @@ public:
     /// No named colours, no groups, all defaults.
     void reset();
 
-    void exportColors(SchemeWriter& writer) const;
-    void exportMetrics(SchemeWriter& writer) const;
-    void exportFonts(SchemeWriter& writer) const;
+    /// Every key in its order; named colours are not written.
+    void exportColors(SchemeWriter& writer, SchemeSection section) const;
+    void exportMetrics(SchemeWriter& writer, SchemeSection section) const;
+    void exportFonts(SchemeWriter& writer, SchemeSection section) const;
 
     /// The radius that `drawFrame` takes for rounded kinds, for as long as the object stands.
     class FrameRadius {

@@ -8,6 +8,7 @@
 #include "schemes/USystemScheme.h"
 #include "support/GoldenImage.h"
 #include "support/RecordingBackEnd.h"
+#include "support/Slots.h"
 #include "support/TestGraphics.h"
 
 #include <qorl/Ref.h>
@@ -66,6 +67,20 @@ TEST_F(USchemeTest, KeysKeepTheirNumbers) {
         EXPECT_EQ(UScheme::fontIndex(UScheme::fontName(i)), i);
     EXPECT_EQ(UScheme::fontName(14), nullptr);
     EXPECT_EQ(UScheme::fontName(-1), nullptr);
+}
+
+TEST_F(USchemeTest, OperationsStandInTheirPublishedOrder) {
+    testing::expectConsecutive(
+        {SLOT(UScheme, clone), SLOT(UScheme, findNamedColor), SLOT(UScheme, getColor),
+         SLOT(UScheme, getBrush), SLOT(UScheme, getPen), SLOT(UScheme, getFont), SLOT(UScheme, createControl),
+         SLOT(UScheme, drawFrame), SLOT(UScheme, getMetric), SLOT(UScheme, setMetric),
+         SLOT(UScheme, drawWorkArea), SLOT(UScheme, drawDialogFrame), SLOT(UScheme, drawGroupFrame),
+         SLOT(UScheme, drawButtonFrame), SLOT(UScheme, drawPressedFrame), SLOT(UScheme, drawEdgeLines)},
+        24);
+    EXPECT_EQ(testing::slotOf(&UScheme::drawDataField), 24 + 16);
+    EXPECT_EQ(testing::slotOf(&UScheme::drawCheckMark), 24 + 30);
+    testing::expectConsecutive(
+        {SLOT(UScheme, resetColors), SLOT(UScheme, resetFonts), SLOT(UScheme, resetMetrics)}, 24 + 37);
 }
 
 TEST_F(USchemeTest, StartsWithMetricsAlone) {
@@ -151,15 +166,15 @@ TEST_F(USchemeTest, FontsTakeTheFirstFaceThatIsThere) {
 }
 
 struct Collector : SchemeWriter {
-    void beginColors() override {}
+    void beginColors() override { ++sections; }
     void addColor(std::string_view name, const UColor& color, uint32_t group) override {
         entries.push_back(colorEntry(name, color.packed(), group));
     }
-    void beginMetrics() override {}
+    void beginMetrics() override { ++sections; }
     void addMetric(std::string_view name, int32_t value) override {
         entries.push_back({.kind = SchemeEntry::Kind::metric, .name = name, .metric = value});
     }
-    void beginFonts() override {}
+    void beginFonts() override { ++sections; }
     void addFont(std::string_view name, const UFont& font) override {
         auto entry = fontEntry(name, font.getFaceName(), font.getSize());
         entry.fontStyle = font.getStyle();
@@ -167,6 +182,7 @@ struct Collector : SchemeWriter {
         entries.push_back(entry);
     }
     std::vector<SchemeEntry> entries;
+    int sections = 0;
 };
 
 TEST_F(USchemeTest, ReadsBackWhatItWrites) {
@@ -175,9 +191,10 @@ TEST_F(USchemeTest, ReadsBackWhatItWrites) {
            {.kind = SchemeEntry::Kind::metric, .name = "nosuchkey", .metric = 99},
            fontEntry("data", "DejaVu Serif", 30)});
     Collector written;
-    scheme_->exportColors(written);
-    scheme_->exportMetrics(written);
-    scheme_->exportFonts(written);
+    scheme_->exportColors(written, SchemeSection::own);
+    scheme_->exportMetrics(written, SchemeSection::asItStands);
+    scheme_->exportFonts(written, SchemeSection::own);
+    EXPECT_EQ(written.sections, 2);
     ASSERT_EQ(written.entries.size(), size_t{40 + 24 + 14});
 
     UScheme other;
