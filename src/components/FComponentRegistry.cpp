@@ -45,6 +45,12 @@ std::string keyOf(const FUID& id) {
     return text;
 }
 
+/// Keeps the description: a component may take itself out of the directory while it is created.
+Ref<CmObject> createBy(FComponentDescription* found, FInterface* context) {
+    const Ref<FComponentDescription> description = retain(found);
+    return description ? description->createInstance(context) : nullptr;
+}
+
 bool sortsBefore(const Ref<FComponentDescription>& a, const Ref<FComponentDescription>& b) {
     return a->compare(b.get()) < 0;
 }
@@ -151,26 +157,21 @@ int32_t FComponentRegistry::getCardinality(const ConstString& category, int32_t 
     return description ? description->getCardinality() : 1;
 }
 
-// What creates keeps its description: a component may take itself out of the directory meanwhile.
-
 Ref<CmObject> FComponentRegistry::create(FInterface* context, const ConstString& category, int32_t index) {
-    const auto description = retain(getComponent(category, index));
-    return description ? description->createInstance(context) : nullptr;
+    return createBy(getComponent(category, index), context);
 }
 
 Ref<CmObject> FComponentRegistry::create(FInterface* context, const ConstString& category,
                                          const ConstString& name) {
-    const auto description = retain(findByName(category, name));
-    return description ? description->createInstance(context) : nullptr;
+    return createBy(findByName(category, name), context);
 }
 
 Ref<CmObject> FComponentRegistry::create(FInterface* context, const FUID& id) {
-    const auto description = retain(findById(id));
-    return description ? description->createInstance(context) : nullptr;
+    return createBy(findById(id), context);
 }
 
 Ref<FInterface> FComponentRegistry::createById(const FUID& id, bool wrapped) {
-    const auto description = retain(findById(id));
+    const Ref<FComponentDescription> description = retain(findById(id));
     return description ? description->createRaw(wrapped) : nullptr;
 }
 

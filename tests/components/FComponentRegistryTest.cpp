@@ -7,6 +7,7 @@
 #include "foundation/text/StringObject.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "support/Slots.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -82,6 +83,18 @@ protected:
             make<FComponentDescription>(ConstString(category), ConstString(name), id, &makeNamed));
     }
 };
+
+TEST(FComponentDescriptionSlots, GoOnBehindThoseOfObjects) {
+    testing::expectConsecutive(
+        {SLOT(FComponentDescription, getName), SLOT(FComponentDescription, setName),
+         SLOT(FComponentDescription, getCategory), SLOT(FComponentDescription, getId),
+         SLOT(FComponentDescription, getCardinality), SLOT(FComponentDescription, getVendor),
+         SLOT(FComponentDescription, getUrl), SLOT(FComponentDescription, getEmail),
+         SLOT(FComponentDescription, getModulePath), SLOT(FComponentDescription, getModuleName),
+         SLOT(FComponentDescription, isAvailable), SLOT(FComponentDescription, createInstance),
+         SLOT(FComponentDescription, createRaw)},
+        25);
+}
 
 TEST_F(FComponentRegistryTest, KeepsEachCategorySorted) {
     add("Effect", "Gate", gateId);
