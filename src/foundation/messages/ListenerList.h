@@ -35,16 +35,29 @@ public:
 
     template <typename Call>
     void tell(Call&& call) {
+        const Walk walk(*this);
         const size_t end = listeners_.size();
-        ++calls_;
         for (size_t i = 0; i < end; ++i)
             if (T* listener = listeners_[i])
                 call(*listener);
-        --calls_;
-        tidy();
     }
 
 private:
+    /// Keeps places for as long as a call is under way, however it ends.
+    class Walk {
+    public:
+        explicit Walk(ListenerList& list) : list_(list) { ++list_.calls_; }
+        Walk(const Walk&) = delete;
+        Walk& operator=(const Walk&) = delete;
+        ~Walk() {
+            --list_.calls_;
+            list_.tidy();
+        }
+
+    private:
+        ListenerList& list_;
+    };
+
     void tidy() {
         if (calls_ == 0 && live_ != listeners_.size())
             listeners_.erase(std::remove(listeners_.begin(), listeners_.end(), nullptr), listeners_.end());
