@@ -5,6 +5,8 @@
 #include "persistence/attributes/FAttributes.h"
 #include "views/UView.h"
 
+#include <vector>
+
 namespace qorl {
 
 namespace {
@@ -70,9 +72,12 @@ void forEachAncestorDependent(UView& view, const AncestorKind& kind,
     CmContainer* container = dependentsOf(view, kind);
     if (!container)
         return;
-    const Ref<CmContainer> dependents = retain(container);
-    for (int32_t i = 0; i < dependents->count(); ++i)
-        if (const Ref<UView> dependent = retain(cast<UView>(dependents->at(i))))
+    std::vector<Ref<UView>> dependents;
+    for (int32_t i = 0; i < container->count(); ++i)
+        dependents.push_back(retain(cast<UView>(container->at(i))));
+    for (const Ref<UView>& dependent : dependents)
+        // Who heard of it before may have taken this one away, and the container with the last one.
+        if (const CmContainer* left = dependentsOf(view, kind); left && left->containsSame(dependent.get()))
             visit(*dependent);
 }
 

@@ -314,12 +314,14 @@ bool UView::requestResize(UView*, int32_t& dx, int32_t& dy) {
     if (!parent_) {
         setFrame({old.left, old.top, old.right + dx, old.bottom + dy}, true);
     } else {
-        parent_->requestResize(this, dx, dy);
+        const Ref<UView> keep = retain(this);
+        const Ref<UView> parent = retain(parent_);
+        parent->requestResize(this, dx, dy);
         // What the ancestors made room for and the attach rule has not brought here already.
         const CmRect now = core_.frameRect;
         const CmSize left{dx - (now.width() - old.width()), dy - (now.height() - old.height())};
-        if (left != CmSize{0, 0})
-            parent_->childFrameRequest(
+        if (left != CmSize{0, 0} && parent_ == parent)
+            parent->childFrameRequest(
                 this, {now.left, now.top, now.right + left.width, now.bottom + left.height}, true);
     }
     dx = core_.frameRect.width() - old.width();

@@ -12,9 +12,12 @@ struct AttachWord {
 };
 
 constexpr AttachWord attachWords[] = {
-    {"left", viewAttachLeft},     {"top", viewAttachTop}, {"right", viewAttachRight},
-    {"bottom", viewAttachBottom}, {"all", viewAttachAll},
+    {"left", viewAttachLeft},
+    {"top", viewAttachTop},
+    {"right", viewAttachRight},
+    {"bottom", viewAttachBottom},
 };
+constexpr std::string_view allEdges = "all";
 
 uint32_t flagOf(std::string_view word) {
     for (const AttachWord& known : attachWords)
@@ -27,6 +30,10 @@ uint32_t flagOf(std::string_view word) {
 
 bool parseAttach(std::string_view text, uint32_t& flags) {
     constexpr std::string_view separators = "| \t\r\n";
+    if (text == allEdges) {
+        flags = viewAttachAll;
+        return true;
+    }
     flags = 0;
     bool allKnown = true;
     for (size_t start = text.find_first_not_of(separators); start != std::string_view::npos;
@@ -42,10 +49,10 @@ bool parseAttach(std::string_view text, uint32_t& flags) {
 
 std::string attachToText(uint32_t flags) {
     if ((flags & viewAttachAll) == viewAttachAll)
-        return "all";
+        return std::string(allEdges);
     std::string text;
     for (const AttachWord& known : attachWords) {
-        if (known.flag == viewAttachAll || !(flags & known.flag))
+        if (!(flags & known.flag))
             continue;
         if (!text.empty())
             text += '|';

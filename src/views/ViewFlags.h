@@ -59,8 +59,8 @@ enum class StateKind : int32_t { rollover = 1, focused = 2, pressed = 3, selecte
 /// What a view tells its dependents.
 enum ViewChange : int32_t { viewSized = 11, viewMoved = 12 };
 
-/// "left|top", "left top" and "all" as attach flags. An unknown word is left out and makes the answer false;
-/// `flags` holds what the known words say.
+/// "left|top" and "left top" as attach flags, and "all", which stands alone. An unknown word is left out and
+/// makes the answer false; `flags` holds what the known words say.
 bool parseAttach(std::string_view text, uint32_t& flags);
 
 /// "all" for all four edges, else the words joined by "|" in the order left, top, right, bottom.

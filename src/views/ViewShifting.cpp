@@ -104,7 +104,7 @@ int32_t distanceOf(const UView& view, int32_t gap, uint32_t flags) {
 } // namespace
 
 bool insertShifting(UView& parent, Ref<UView> view, int32_t gap, uint32_t flags) {
-    if (!view)
+    if (!view || view->getParent())
         return false;
     Shift(parent, *view, flags).slide(distanceOf(*view, gap, flags));
     return parent.addSubView(std::move(view));

@@ -3,6 +3,7 @@
 #include "views/UView.h"
 #include "windows/URenderWindow.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -80,7 +81,13 @@ public:
         log_.add("detached:" + name_);
         UView::detached(parent);
     }
-    void ancestorSized() override { log_.add("ancestor:" + name_); }
+    void ancestorSized() override {
+        log_.add("ancestor:" + name_);
+        if (onAncestorSized)
+            onAncestorSized();
+    }
+
+    std::function<void()> onAncestorSized;
 
     const std::string& name() const { return name_; }
 

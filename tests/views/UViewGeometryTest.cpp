@@ -272,6 +272,23 @@ TEST_F(UViewGeometry, GrantsAResizeThroughItsAncestors) {
     EXPECT_EQ(textOf(inner->getFrameRect()), "0,0,75,60");
 }
 
+/// Lets go of whoever asks for more room.
+class RefusingView : public UView {
+    QORL_CLASS(RefusingView, UView)
+
+public:
+    bool requestResize(UView* child, int32_t&, int32_t&) override { return !removeSubView(child); }
+};
+
+TEST_F(UViewGeometry, MayLeaveItsParentForAskingForMoreRoom) {
+    auto root = make<RefusingView>();
+    auto inner = add(*root, "inner", {0, 0, 50, 50});
+    int32_t dx = 20;
+    int32_t dy = 10;
+    EXPECT_FALSE(inner->requestResize(nullptr, dx, dy));
+    EXPECT_EQ(textOf(inner->getFrameRect()), "0,0,50,50");
+}
+
 /// Counts its runs and puts every child in one place.
 class OnePlaceLayout : public CmObject, public App::Layout::IItemLayout {
     QORL_CLASS(OnePlaceLayout, CmObject)
@@ -328,6 +345,8 @@ TEST_F(UViewGeometry, SlidesSubViewsApartAndBackTogether) {
     auto aside = add(*column, "aside", {200, 20, 220, 40});
     auto inserted = view("new", {0, 20, 100, 30});
     EXPECT_FALSE(insertShifting(*column, nullptr, 5, shiftVertical | shiftFar));
+    EXPECT_FALSE(insertShifting(*column, a, 5, shiftVertical | shiftFar)) << "it stands here already";
+    EXPECT_EQ(textOf(b->getFrameRect()), "0,20,100,40") << "moved for nothing";
     EXPECT_TRUE(insertShifting(*column, inserted, 5, shiftVertical | shiftFar));
     EXPECT_EQ(textOf(a->getFrameRect()), "0,0,100,20");
     EXPECT_EQ(textOf(b->getFrameRect()), "0,35,100,55");
@@ -351,6 +370,7 @@ TEST(AttachText, ReadsAndWritesTheWords) {
         {"top|left", 0x300, true, "left|top"},
         {"left top", 0x300, true, "left|top"},
         {"all", 0xF00, true, "all"},
+        {"all left", 0x100, false, "left"},
         {"left|top|right|bottom", 0xF00, true, "all"},
         {"", 0, true, ""},
         {" | ", 0, true, ""},

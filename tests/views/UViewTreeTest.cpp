@@ -374,7 +374,9 @@ TEST_F(UViewTree, LetsAViewFollowItsAncestors) {
 
     outer->setFrame({0, 0, 50, 50}, false);
     EXPECT_EQ(log_.take(), "sized:outer ancestor:middle ancestor:f ancestor:o");
-    middle->removeSubView(follower.get());
+    follower->onAncestorSized = [&] { middle->removeSubView(follower.get()); };
+    outer->setFrame({0, 0, 55, 50}, false);
+    EXPECT_EQ(log_.take(), "sized:outer ancestor:middle ancestor:f detached:f ancestor:o");
     EXPECT_TRUE(outer->hasFlag(viewRelaysAncestorSized)) << "the mark went although another view follows";
     middle->removeSubView(other.get());
     EXPECT_FALSE(middle->hasFlag(viewRelaysAncestorSized));
