@@ -358,8 +358,10 @@ void WindowBase::scrollRect(const CmRect& rect, CmPoint delta) {
     if (isClosed() || delta == CmPoint{})
         return;
     const CmRect area = scaledOutward(rect, scale_).intersect(getDeviceRect());
-    const double x = delta.x * scale_;
-    const double y = delta.y * scale_;
+    // Nothing of the area stays beyond its own extent.
+    constexpr double farthest = longestEdge;
+    const double x = std::clamp(delta.x * scale_, -farthest, farthest);
+    const double y = std::clamp(delta.y * scale_, -farthest, farthest);
     const CmPoint device{static_cast<int32_t>(std::lround(x)), static_cast<int32_t>(std::lround(y))};
     // A distance of broken device pixels cannot be moved, and nothing stands in a surface that was never
     // painted.

@@ -158,6 +158,12 @@ void X11Window::nativeHide() {
 }
 
 void X11Window::nativeMove(CmPoint position, CmSize size) {
+    if (isHeldByManager()) {
+        // It would stay where it is, and come back to a place that the manager remembers.
+        isPlaceWanted_ = true;
+        return;
+    }
+    isPlaceWanted_ = false;
     const CmRect device = toDeviceRect(position, size);
     isPositionGiven_ = true;
     writeNormalHints();
@@ -274,17 +280,35 @@ void X11Window::readShowState() {
     else if (has(X11Atom::netWmStateMaximizedHorz) && has(X11Atom::netWmStateMaximizedVert))
         reportShowState(ShowState::maximized);
     else
-        reportShowState(ShowState::normal);
+        becomeNormal();
+}
+
+void X11Window::becomeNormal() {
+    const CmRect wanted = getRestoredRect();
+    reportShowState(ShowState::normal);
+    if (isPlaceWanted_ && isMapped_ && !isClosed())
+        nativeMove(wanted.origin(), wanted.size());
 }
 
 void X11Window::applyScale(double scale) {
     if (isClosed() || scale == getScaleFactor())
         return;
     const Ref<WindowBase> self = retain<WindowBase>(this);
+    if (isHeldByManager()) {
+        isPlaceWanted_ = true;
+        reportScale(scale, getDeviceSize());
+        reportGeometry(x11_.toLogicalPoint(x11_.getOriginOf(id_)), x11_.toLogicalSize(getDeviceSize()),
+                       getDeviceSize());
+        return;
+    }
     const CmRect device = scaledOutward({0, 0, getSize().width, getSize().height}, scale);
     reportScale(scale, device.size());
     if (!isClosed())
         nativeMove(getPosition(), getSize());
+}
+
+bool X11Window::isHeldByManager() const {
+    return isManaged_ && isMapped_ && getShowState() != ShowState::normal;
 }
 
 void X11Window::applyCursor(xcb_cursor_t cursor) {

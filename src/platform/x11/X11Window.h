@@ -62,6 +62,9 @@ private:
     void writeType();
     void passInputThrough();
     void readShowState();
+    void becomeNormal();
+    /// Maximized or minimized, where no place of ours counts.
+    bool isHeldByManager() const;
     void changeState(bool on, X11Atom first, X11Atom second);
     CmRect toDeviceRect(CmPoint position, CmSize size) const;
 
@@ -73,6 +76,7 @@ private:
     bool isManaged_;
     bool isMapped_ = false;
     bool isPositionGiven_;
+    bool isPlaceWanted_ = false; ///< The restored rect is a wish that the manager doesn't know yet.
     FrameInsets insets_;
     std::unique_ptr<X11Image> image_;
     Region exposed_; ///< device pixels; collected until the last event of a series

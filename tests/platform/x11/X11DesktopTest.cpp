@@ -315,6 +315,16 @@ TEST(X11Desktop, AgreesWithAWindowManagerOnPlaceSizeAndState) {
     ASSERT_TRUE(scene.waitForLine(client, "restored"));
     EXPECT_TRUE(scene.waitFor([&] { return window->getSize() == CmSize{320, 240}; }));
 
+    window->setShowState(ShowState::maximized);
+    ASSERT_TRUE(scene.waitFor([&] { return window->getSize().width == work.width(); }));
+    window->setPositionSize({250, 190}, {300, 220});
+    window->setShowState(ShowState::normal);
+    EXPECT_TRUE(scene.waitFor([&] {
+        return window->getSize() == CmSize{300, 220} && window->getPosition() == CmPoint{250, 190};
+    })) << "it came back to the place from before";
+    window->setPositionSize({260, 210}, {320, 240});
+    EXPECT_TRUE(scene.waitFor([&] { return window->getSize() == CmSize{320, 240}; }));
+
     client.take();
     window->setShowState(ShowState::minimized);
     ASSERT_TRUE(scene.waitForLine(client, "minimized"));
