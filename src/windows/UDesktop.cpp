@@ -7,7 +7,6 @@
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "platform/Region.h"
-#include "views/UBaseView.h"
 #include "windows/PlainTipPresenter.h"
 #include "windows/UModalDialog.h"
 #include "windows/UPopupWindow.h"
@@ -50,18 +49,6 @@ struct NearestFocus {
     UView* view = nullptr;
     int64_t distance = 0;
 };
-
-/// What the content of a window that never had the keyboard asks for.
-UView* firstFocusOf(UWindow& window) {
-    if (window.focusPoint() != CmPoint{})
-        return nullptr;
-    UView* first = nullptr;
-    window.forEachSubView([&first](UView& view) {
-        if (auto* base = cast<UBaseView>(&view); base && !first)
-            first = base->findFirstFocus();
-    });
-    return first;
-}
 
 void findNearestFocus(UView& parent, NearestFocus& nearest) {
     parent.forEachSubView([&](UView& view) {
@@ -133,6 +120,8 @@ void UDesktop::showPlatformCursor(UCursor* cursor) {
 }
 
 void UDesktop::setCursor(UCursor* cursor, UView* owner) {
+    if (reinterpret_cast<uintptr_t>(cursor) == UINTPTR_MAX)
+        return;
     const Ref<UCursor> old = std::exchange(cursor_, retain(cursor));
     cursorOwner_ = owner;
     if (waitCursor_)
@@ -212,7 +201,8 @@ void UDesktop::chooseFocus(UWindow* window) {
         window->hasStyle(styleNoActivate))
         return;
     if (!window->getFocusView()) {
-        UView* view = firstFocusOf(*window);
+        // A window that had the keyboard before looks where that was.
+        UView* view = window->focusPoint() == CmPoint{} ? window->findFirstFocus() : nullptr;
         if (!view) {
             NearestFocus nearest{window->focusPoint()};
             findNearestFocus(*window, nearest);

@@ -60,8 +60,9 @@ public:
 
     /// Moves the pointer itself.
     void setCursorPosition(CmPoint screenPoint);
-    /// Shows `cursor` while `owner` is hovered; null shows the arrow. The owner is not counted: it calls
-    /// again with nulls, or leaves through `UWindow::viewClosing`.
+    /// Shows `cursor` while `owner` is hovered; null shows the arrow, and the pointer of all bits set is
+    /// refused. The owner is not counted: it calls again with nulls, or leaves through
+    /// `UWindow::viewClosing`.
     void setCursor(UCursor* cursor, UView* owner);
     UCursor* getCursor() const { return cursor_.get(); }
     UView* getCursorOwner() const { return cursorOwner_; }

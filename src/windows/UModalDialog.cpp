@@ -1,6 +1,7 @@
 #include "windows/UModalDialog.h"
 
 #include "foundation/Cast.h"
+#include "views/FocusPolicy.h"
 #include "views/controls/UControl.h"
 #include "windows/UDesktop.h"
 
@@ -18,11 +19,13 @@ bool UModalDialog::show() {
             const auto* control = cast<UControl>(view);
             return control && control->isDefaultControl();
         })));
-    if (!UWindow::show())
-        return false;
-    if (UDesktop* desktop = UDesktop::instance(); desktop && defaultControl_ && !getFocusView())
-        desktop->setFocus(defaultControl_);
-    return true;
+    return UWindow::show();
+}
+
+UView* UModalDialog::findFirstFocus() {
+    if (UView* first = UWindow::findFirstFocus())
+        return first;
+    return defaultControl_ && canTakeFocus(defaultControl_) ? defaultControl_ : nullptr;
 }
 
 bool UModalDialog::keyDown(const UKeyCode& key) {
@@ -61,9 +64,8 @@ void UModalDialog::endModal(int32_t result) {
     closeDeferred();
 }
 
-bool UModalDialog::closeRequest() {
-    const Ref<UModalDialog> keep = retain(this);
-    if (UWindow::closeRequest())
+bool UModalDialog::mayClose() {
+    if (UWindow::mayClose())
         return true;
     // The answer went with the close that was refused.
     modalResult_ = canceledResult;

@@ -20,8 +20,9 @@ public:
     WindowType getWindowType() const override { return WindowType::modal; }
     bool show() override;
     bool keyDown(const UKeyCode& key) override;
-    bool closeRequest() override;
     void viewClosing(UView* view) override;
+    /// The default control, where the content asks for no other.
+    UView* findFirstFocus() override;
     AccessibleRole getAccessibleRole() const override;
 
     /// The control that Return presses; at the opening the first one that is marked so, unless one is set.
@@ -32,6 +33,9 @@ public:
     /// Closes the dialog, deferred; `runModal` then gives `result`.
     void endModal(int32_t result);
     int32_t getModalResult() const { return modalResult_; }
+
+protected:
+    bool mayClose() override;
 
 private:
     bool pressDefaultControl();

@@ -51,9 +51,8 @@ bool UPopupWindow::hide() {
     return UWindow::hide();
 }
 
-bool UPopupWindow::closeRequest() {
-    const Ref<UPopupWindow> keep = retain(this);
-    if (UWindow::closeRequest())
+bool UPopupWindow::mayClose() {
+    if (UWindow::mayClose())
         return true;
     // Whoever asked the desktop to close the popups took it for gone.
     UDesktop* desktop = UDesktop::instance();

@@ -28,7 +28,6 @@ public:
     bool show() override;
     /// A popup that can be moved by its client, as one that closes on the second press can, closes here.
     bool hide() override;
-    bool closeRequest() override;
     void willClose(bool canceled) override;
     bool mouseDown(CmPoint point) override;
     int32_t handleMessage(FMessage* message) override;
@@ -36,6 +35,9 @@ public:
     /// Closes by itself after this many milliseconds; less than 1 means never.
     void setLifetime(int32_t milliseconds);
     bool lastClickInside() const { return lastClickInside_; }
+
+protected:
+    bool mayClose() override;
 
 private:
     UTimer lifetimeTimer_;

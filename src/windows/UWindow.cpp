@@ -191,6 +191,9 @@ UWindow* UWindow::getParentWindow() const {
 void UWindow::addChildWindow(Ref<UWindow> child) {
     if (!child || child->core().parentWindow == this)
         return;
+    for (const UWindow* window = this; window; window = window->getParentWindow())
+        if (window == child.get())
+            return;
     if (UWindow* parent = child->core().parentWindow)
         parent->takeChildWindow(child.get());
     child->core().parentWindow = this;

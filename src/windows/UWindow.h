@@ -65,7 +65,7 @@ public:
     /// Paints what is invalid now instead of with the platform's next paint event.
     virtual void update();
     /// Asks the child windows, the controller ("MsgCloseRequest") and `canClose`; closes when none refuses.
-    /// False when refused: everything is as before.
+    /// False when refused, and while they are being asked already: everything is as before.
     virtual bool closeRequest();
     virtual bool canClose();
     /// Closes without asking. The window may be gone afterwards unless the caller holds a reference.
@@ -116,7 +116,8 @@ public:
     /// Hears keys (by `IFocusDelegate`) and "Interpret" first; the window's own controller counts as null.
     void setControllerFocus(CmObject* controller);
     UWindow* getParentWindow() const;
-    /// Takes over a reference; `child` closes with this window.
+    /// Takes over a reference; `child` closes with this window. Nothing for null and for what this window is
+    /// or stands below.
     void addChildWindow(Ref<UWindow> child);
     /// `child` stays open, if it is.
     Ref<UWindow> removeChildWindow(UWindow* child);
@@ -131,6 +132,8 @@ public:
     platform::PlatformWindow* getPlatformWindow() const;
     /// Drops hover, mouse, focus, cursor and tool tip of a view that leaves the tree with all below it.
     virtual void viewClosing(UView* view);
+    /// Who should have the keyboard first, before anybody chose. Null leaves it to the desktop.
+    virtual UView* findFirstFocus();
     void registerDirectPaintView(UView* view);
     void unregisterDirectPaintView(UView* view);
 
@@ -191,7 +194,8 @@ public:
     /// Looks again at what lies under a resting mouse, since views moved.
     void refreshHover();
     void updateHover(CmPoint point);
-    /// The last known place of the mouse, in client coordinates; false when it is not over the window.
+    /// The last known place of the mouse, in client coordinates; false, with `point` untouched, when it is
+    /// not over the window.
     bool getMouseLocation(CmPoint& point) const;
     bool isDoubleClick() const;
     CmPoint focusPoint() const;
@@ -220,6 +224,8 @@ public:
     const char* getHelpIdentifier() const override;
     void setTitle(const ConstString& title) override;
     bool applyFrameHook(const CmRect& rect, bool redraw) override;
+    /// The window follows its content.
+    bool subViewFrameRequest(UView* child, const CmRect& rect, bool redraw) override;
     bool scrollRect(const CmRect& rect, CmPoint delta) override;
     UWindow* getWindow() const override;
     bool getRenderTarget(Ref<RenderTarget>& target, CmPoint& offset) override;
@@ -233,6 +239,8 @@ protected:
     WindowCore& core() const { return *core_; }
     /// Takes hold with the next opening.
     void setStyle(uint32_t style);
+    /// Asks whoever may refuse a close, each once.
+    virtual bool mayClose();
     virtual void prePaint(const platform::Region& region);
     virtual void postPaint();
     /// Sends `name` with "Window" to the controller. 0 without one.
@@ -250,9 +258,12 @@ private:
     void restoreStoredState();
     void storeStateAtClose();
     void restoreLook(FAttributes& stored);
-    void storeLook(FAttributes& attributes);
+    void storeViews(FAttributes& attributes);
     /// Where the window is when it is neither minimized nor maximized.
     CmRect normalFrame() const;
+    void restorePlace(const FAttributes& stored, std::string_view positionKey);
+    /// The same with what the platform has not answered yet.
+    CmRect wantedFrame() const;
     void changeState(WindowState state);
     void tellState(const char* message, bool on);
     bool closeByKey(const UKeyCode& key);
@@ -273,7 +284,7 @@ private:
     uint32_t windowFlags_ = 0;
     Ref<CmObject> controller_;
     std::unique_ptr<WindowCore> core_;
-    bool closing_ = false;
+    bool closing_ = false; ///< Whether somebody is being asked about it just now.
 };
 
 } // namespace qorl

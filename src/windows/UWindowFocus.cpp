@@ -1,7 +1,9 @@
+#include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "views/FocusPolicy.h"
+#include "views/UBaseView.h"
 #include "windows/UDesktop.h"
 #include "windows/UWindow.h"
 #include "windows/WindowCore.h"
@@ -61,6 +63,15 @@ CmPoint focusPointOf(UView& view) {
 
 UView* UWindow::getFocusView() {
     return core_->focusView;
+}
+
+UView* UWindow::findFirstFocus() {
+    SubViewIterator walk(*this);
+    while (UView* view = walk.next())
+        if (auto* base = cast<UBaseView>(view))
+            if (UView* first = base->findFirstFocus())
+                return first;
+    return nullptr;
 }
 
 CmPoint UWindow::focusPoint() const {

@@ -9,6 +9,7 @@
 #include "windows/WindowCore.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qorl {
 
@@ -32,28 +33,41 @@ void takePositive(CmSize& limit, CmSize wanted) {
 
 void UWindow::setPosition(CmPoint position) {
     core_->centerOnOpen = false;
-    if (hasWindowFlag(collectingUpdates)) {
-        core_->collectedPosition = position;
-        return;
-    }
-    setFrame(CmRect::ofSize(position, core_->askedSize.value_or(getFrameSize())), true);
+    if (hasWindowFlag(collectingUpdates))
+        setPoint(getAttributes(), collectedPositionKey, position);
+    else
+        setFrame(CmRect::ofSize(position, wantedFrame().size()), true);
 }
 
 CmPoint UWindow::getPosition() const {
-    return core_->collectedPosition.value_or(getFrameRect().origin());
+    CmPoint position = getFrameRect().origin();
+    if (const FAttributes* attributes = peekAttributes())
+        getPoint(*attributes, collectedPositionKey, position);
+    return position;
 }
 
 void UWindow::setSize(CmSize clientSize) {
     clientSize = limited(clientSize, core_->minSize, core_->maxSize);
-    if (hasWindowFlag(collectingUpdates)) {
-        core_->collectedSize = clientSize;
-        return;
-    }
-    setFrame(CmRect::ofSize(core_->askedPosition.value_or(getFrameRect().origin()), clientSize), true);
+    if (hasWindowFlag(collectingUpdates))
+        qorl::setSize(getAttributes(), collectedSizeKey, clientSize);
+    else
+        setFrame(CmRect::ofSize(wantedFrame().origin(), clientSize), true);
 }
 
 CmSize UWindow::getSize() const {
-    return core_->collectedSize.value_or(getFrameSize());
+    CmSize size = getFrameSize();
+    if (const FAttributes* attributes = peekAttributes())
+        qorl::getSize(*attributes, collectedSizeKey, size);
+    return size;
+}
+
+CmRect UWindow::wantedFrame() const {
+    const CmRect frame = normalFrame();
+    // Of the place that it comes back to the platform knows what it was asked for.
+    if (core_->windowState != WindowState::normal)
+        return frame;
+    return CmRect::ofSize(core_->askedPosition.value_or(frame.origin()),
+                          core_->askedSize.value_or(frame.size()));
 }
 
 void UWindow::setSizeLimits(CmSize smallest, CmSize largest) {
@@ -77,14 +91,16 @@ void UWindow::beginCollectUpdates() {
 void UWindow::endCollectUpdates() {
     if (!hasWindowFlag(collectingUpdates))
         return;
-    const CmRect asked = CmRect::ofSize(core_->askedPosition.value_or(getFrameRect().origin()),
-                                        core_->askedSize.value_or(getFrameSize()));
-    const CmRect frame = CmRect::ofSize(core_->collectedPosition.value_or(asked.origin()),
-                                        core_->collectedSize.value_or(asked.size()));
     setWindowFlag(collectingUpdates, false);
-    core_->collectedPosition.reset();
-    core_->collectedSize.reset();
-    setFrame(frame, true);
+    FAttributes& attributes = getAttributes();
+    const CmRect wanted = wantedFrame();
+    CmPoint position = wanted.origin();
+    CmSize size = wanted.size();
+    getPoint(attributes, collectedPositionKey, position);
+    qorl::getSize(attributes, collectedSizeKey, size);
+    attributes.remove(collectedPositionKey);
+    attributes.remove(collectedSizeKey);
+    setFrame(CmRect::ofSize(position, size), true);
 }
 
 bool UWindow::applyFrameHook(const CmRect& rect, bool) {
@@ -93,15 +109,36 @@ bool UWindow::applyFrameHook(const CmRect& rect, bool) {
     // A desktop that answers later still has the old frame when the next request comes.
     core_->askedPosition = rect.origin();
     core_->askedSize = rect.size();
+    if (hasFlag(viewResizeSuspended))
+        core_->fittedSize = rect.size();
     core_->platformWindow->setPositionSize(rect.origin(), rect.size());
     return true;
+}
+
+bool UWindow::subViewFrameRequest(UView* child, const CmRect& rect, bool redraw) {
+    const Ref<UWindow> keep = retain(this);
+    const bool result = UView::subViewFrameRequest(child, rect, redraw);
+    if (child && child == contentView())
+        resizeToFit(0, 0);
+    return result;
 }
 
 void UWindow::sized(const CmRect& clientOnScreen) {
     const CmRect old = getFrameRect();
     if (clientOnScreen == old)
         return;
-    applyFrame(clientOnScreen, false);
+    if (core_->fittedSize && clientOnScreen.size() != old.size()) {
+        // The views stand for that size, and follow what the desktop makes of it only.
+        const CmSize fitted = *std::exchange(core_->fittedSize, {});
+        const bool wasSuspended = hasFlag(viewResizeSuspended);
+        setFlag(viewResizeSuspended, true);
+        applyFrame(CmRect::ofSize(clientOnScreen.origin(), fitted), false);
+        setFlag(viewResizeSuspended, false);
+        applyFrame(clientOnScreen, false);
+        setFlag(viewResizeSuspended, wasSuspended);
+    } else {
+        applyFrame(clientOnScreen, false);
+    }
     if (clientOnScreen.size() == old.size())
         return;
     const CmSize oldSize = old.size();
@@ -182,8 +219,6 @@ void UWindow::stateChangedTo(WindowState state) {
     const WindowState old = core_->windowState;
     if (state == old)
         return;
-    if (old == WindowState::normal && !core_->platformWindow)
-        core_->placementRect = getFrameRect();
     if (state == WindowState::minimized)
         core_->setStateFlag(WindowCore::wasMaximized, old == WindowState::maximized);
     core_->windowState = state;

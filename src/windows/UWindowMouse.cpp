@@ -33,7 +33,8 @@ void collectViewsAt(UView& view, CmPoint point, std::vector<Ref<UView>>& found) 
         if (!subView.isShown() || !subView.getFrameRect().contains(point))
             return;
         found.push_back(retain(&subView));
-        collectViewsAt(subView, subView.parentToClient(point), found);
+        if (subView.hitsClient(subView.parentToFrame(point)))
+            collectViewsAt(subView, subView.parentToClient(point), found);
     });
 }
 
@@ -44,14 +45,13 @@ void collectViewsAt(UView& view, CmPoint point, std::vector<Ref<UView>>& found) 
 bool UWindow::mouseEvent(const platform::MouseEvent& event) {
     const Ref<UWindow> keep = retain(this);
     const CmPoint point = toLogical(event.position, getScaleFactor());
-    core_->mouseLocation = point;
-    core_->hasMouseLocation = event.kind != platform::MouseKind::enter;
+    setPoint(getAttributes(), mouseLocationKey, point);
     switch (event.kind) {
     case platform::MouseKind::move: return mouseMoved(point);
     case platform::MouseKind::leave: mouseLeft(); return true;
     case platform::MouseKind::down: return mousePressed(point, event);
     case platform::MouseKind::up: return mouseReleased(point, event);
-    case platform::MouseKind::enter: return true;
+    case platform::MouseKind::enter: getAttributes().remove(mouseLocationKey); return true;
     }
     return false;
 }
@@ -77,11 +77,13 @@ bool UWindow::mouseMoved(CmPoint point) {
 }
 
 void UWindow::mouseLeft() {
-    core_->hasMouseLocation = false;
+    CmPoint point;
+    if (getMouseLocation(point))
+        getAttributes().remove(mouseLocationKey);
     if (UDesktop* desktop = UDesktop::instance())
         if (desktop->windowUnderMouse() == this)
             desktop->setWindowUnderMouse(nullptr);
-    setHoverView(nullptr, core_->mouseLocation);
+    setHoverView(nullptr, point);
 }
 
 bool UWindow::mousePressed(CmPoint point, const platform::MouseEvent& event) {
@@ -232,11 +234,12 @@ UView* UWindow::getHoverView() const {
 }
 
 void UWindow::refreshHover() {
-    if ((core_->stateFlags & WindowCore::inHoverRefresh) || !core_->hasMouseLocation)
+    CmPoint point;
+    if ((core_->stateFlags & WindowCore::inHoverRefresh) || !getMouseLocation(point))
         return;
     const Ref<UWindow> keep = retain(this);
     core_->setStateFlag(WindowCore::inHoverRefresh, true);
-    updateHover(core_->mouseLocation);
+    updateHover(point);
     core_->setStateFlag(WindowCore::inHoverRefresh, false);
 }
 
@@ -273,9 +276,10 @@ void UWindow::updateHover(CmPoint point) {
 bool UWindow::isStillHovered(CmPoint point) {
     const Ref<UView> view = retain(core_->hoverView);
     CmRect visible;
+    const CmPoint inView = view->windowToClient(point);
     const bool isInside = view->isVisible() && !isInputBlocked() && view->getVisibleFrameRect(visible) &&
-                          visible.contains(view->windowToFrame(point));
-    if (isInside && view->mouseOver(view->windowToClient(point)))
+                          visible.contains(inView);
+    if (isInside && view->mouseOver(inView))
         return true;
     if (core_->hoverView == view.get())
         setHoverView(nullptr, point);
@@ -297,15 +301,13 @@ void UWindow::findHoverView(CmPoint point) {
     --inner.right;
     --inner.bottom;
     UDesktop* desktop = UDesktop::instance();
-    if (desktop && inner.contains(point) && desktop->getCursorOwner())
+    if (desktop && inner.contains(point))
         desktop->setCursor(nullptr, nullptr);
 }
 
 bool UWindow::getMouseLocation(CmPoint& point) const {
-    if (!core_->hasMouseLocation)
-        return false;
-    point = core_->mouseLocation;
-    return true;
+    const FAttributes* attributes = peekAttributes();
+    return attributes && getPoint(*attributes, mouseLocationKey, point);
 }
 
 bool UWindow::getMousePosition(CmPoint& point) const {

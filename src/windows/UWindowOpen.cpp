@@ -58,11 +58,10 @@ bool UWindow::open() {
     const Ref<UWindow> keep = retain(this);
     setWindowFlag(opening, true);
     const bool isReady = prepareToOpen();
+    if (isReady)
+        showOnPlatform();
     setWindowFlag(opening, false);
-    if (!isReady)
-        return false;
-    showOnPlatform();
-    if (hasWindowFlag(closed))
+    if (!isReady || hasWindowFlag(closed))
         return false;
     setWindowFlag(opened, true);
     if (getWindowType() == WindowType::document && !hasStyle(styleNoActivate) &&
@@ -173,17 +172,25 @@ void UWindow::closeDeferred(CloseReason reason) {
 bool UWindow::closeRequest() {
     if (hasWindowFlag(closed))
         return true;
+    const bool canceled = std::exchange(core_->closeIsCancel, false);
+    // Who is asked may ask the user in turn, who may press the button once more.
+    if (closing_)
+        return false;
     const Ref<UWindow> keep = retain(this);
+    closing_ = true;
+    const bool isAgreed = mayClose();
+    closing_ = false;
+    if (isAgreed)
+        willClose(canceled);
+    return isAgreed;
+}
+
+bool UWindow::mayClose() {
     const std::vector<Ref<UWindow>> children = core_->childWindows;
     for (const Ref<UWindow>& child : children)
         if (!child->closeRequest())
             return false;
-    if (tellController("MsgCloseRequest") > 1 || !canClose()) {
-        core_->closeIsCancel = false;
-        return false;
-    }
-    willClose(core_->closeIsCancel);
-    return true;
+    return tellController("MsgCloseRequest") <= 1 && canClose();
 }
 
 bool UWindow::canClose() {
@@ -216,6 +223,8 @@ void UWindow::willClose(bool canceled) {
         detached(nullptr);
     if (FMessenger* messenger = FMessenger::instance())
         messenger->cancel(static_cast<CmObject*>(this), nullptr);
+    core_->placementRect = normalFrame();
+    core_->setStateFlag(WindowCore::placementValid, true);
     if (const Ref<platform::PlatformWindow> window = std::exchange(core_->platformWindow, {}))
         window->close(platform::CloseMode::normal);
     core_->surface.reset();

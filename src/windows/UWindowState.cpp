@@ -34,14 +34,27 @@ CmSize withSurface(CmSize size, double scale) {
 } // namespace
 
 CmRect UWindow::normalFrame() const {
+    if (core_->stateFlags & WindowCore::placementValid)
+        return core_->placementRect;
     CmRect frame = getFrameRect();
-    if (core_->windowState == WindowState::normal)
-        return frame;
-    if (core_->platformWindow)
+    if (core_->windowState != WindowState::normal && core_->platformWindow)
         core_->platformWindow->getPlacement(frame);
-    else if (!core_->placementRect.isEmpty())
-        frame = core_->placementRect;
     return frame;
+}
+
+void UWindow::restorePlace(const FAttributes& stored, std::string_view positionKey) {
+    if (CmSize size; qorl::getSize(stored, "Size", size))
+        setSize(withSurface(size, getScaleFactor()));
+    if (CmPoint position; getPoint(stored, positionKey, position))
+        setPosition(position);
+    CmRect placement;
+    if (!getRect(stored, "Placement", placement) || placement.isEmpty())
+        return;
+    placement = CmRect::ofSize(placement.origin(), withSurface(placement.size(), getScaleFactor()));
+    if (core_->platformWindow)
+        core_->platformWindow->setPlacement(placement);
+    else
+        setFrame(placement, false);
 }
 
 // Between runs
@@ -50,23 +63,7 @@ void UWindow::restoreStoredState() {
     FAttributes* stored = sectionOf(core_->stateName, core_->stateVersion, false);
     if (!stored)
         return;
-    const CmRect frame = getFrameRect();
-    CmSize size = frame.size();
-    CmPoint location = frame.origin();
-    const bool hasSize = qorl::getSize(*stored, "Size", size);
-    const bool hasLocation = getPoint(*stored, "Location", location);
-    if (hasLocation)
-        core_->centerOnOpen = false;
-    if (hasSize)
-        setSize(withSurface(size, getScaleFactor()));
-    if (hasLocation)
-        setPosition(location);
-    if (CmRect placement; getRect(*stored, "Placement", placement) && !placement.isEmpty()) {
-        placement = CmRect::ofSize(placement.origin(), withSurface(placement.size(), getScaleFactor()));
-        core_->placementRect = placement;
-        if (core_->platformWindow)
-            core_->platformWindow->setPlacement(placement);
-    }
+    restorePlace(*stored, "Location");
     if (hasWindowFlag(closed))
         return;
     if (stored->getInteger("Maximized") != 0)
@@ -101,12 +98,12 @@ void UWindow::storeStateAtClose() {
         qorl::setSize(*section, "Size", frame.size());
     if (hasPlace && hasStyle(styleRememberPosition))
         setPoint(*section, "Location", frame.origin());
-    storeLook(*section);
+    if (hasStyle(opacityStyle))
+        section->setFloat("Opacity", core_->opacity);
+    storeViews(*section);
 }
 
-void UWindow::storeLook(FAttributes& attributes) {
-    if (hasStyle(opacityStyle))
-        attributes.setFloat("Opacity", core_->opacity);
+void UWindow::storeViews(FAttributes& attributes) {
     if (!hasStyle(styleRememberViews) || getSubViewCount() == 0)
         return;
     const Ref<FAttributes> views = make<FAttributes>();
@@ -128,22 +125,16 @@ bool UWindow::storeAttributes(FAttributes* attributes) {
         qorl::setSize(*attributes, "Size", frame.size());
     attributes->setInteger("Minimized", core_->windowState == WindowState::minimized ? 1 : 0);
     attributes->setInteger("Maximized", isMaximized ? 1 : 0);
+    attributes->setFloat("Opacity", core_->opacity);
     attributes->setInteger("AttrDefaultVersion", core_->stateVersion);
-    storeLook(*attributes);
+    storeViews(*attributes);
     return true;
 }
 
 bool UWindow::restoreAttributes(FAttributes* attributes) {
     if (attributes->getInteger("AttrDefaultVersion") != core_->stateVersion)
         return false;
-    const CmRect frame = getFrameRect();
-    CmPoint position = frame.origin();
-    CmSize size = frame.size();
-    if (qorl::getSize(*attributes, "Size", size))
-        setSize(withSurface(size, getScaleFactor()));
-    if (getPoint(*attributes, "Position", position))
-        setPosition(position);
-    getRect(*attributes, "Placement", core_->placementRect);
+    restorePlace(*attributes, "Position");
     setMaximized(attributes->getInteger("Maximized") != 0);
     setMinimized(attributes->getInteger("Minimized") != 0);
     restoreLook(*attributes);

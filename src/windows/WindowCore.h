@@ -32,6 +32,11 @@ class UWindow;
 /// Attributes of a window that whoever makes it may set before it is shown.
 constexpr const char* noActivateOnShowKey = "noActivateOnShow";
 constexpr const char* centerOnCreateKey = "centerOnCreate";
+/// And those that the window itself keeps there: where the mouse last was, in client coordinates, and what is
+/// collected until `endCollectUpdates`.
+constexpr const char* mouseLocationKey = "mouseLoc";
+constexpr const char* collectedPositionKey = "collectUpdatePosition";
+constexpr const char* collectedSizeKey = "collectUpdateClientSize";
 
 /// What a window keeps beside its class, so that derived windows stay small. Owned by the window; used by the
 /// sources of `windows/` only.
@@ -59,8 +64,6 @@ struct WindowCore {
     UView* focusView = nullptr;
     std::string helpId;
     CmPoint focusPoint;
-    CmPoint mouseLocation;
-    bool hasMouseLocation = false;
     uint32_t pressButtons = 0;
     bool pressIsSpent = false; ///< By who sees presses before the views; they don't get its release either.
     bool keyComesFromTree = false;
@@ -68,11 +71,11 @@ struct WindowCore {
     bool centerOnOpen = false;
     bool closeIsCancel = false;
     std::vector<Ref<UWindow>> followersOfMain; ///< Child windows that went with the main window.
-    std::optional<CmPoint> collectedPosition;
-    std::optional<CmSize> collectedSize;
     /// What the platform was asked for and has not answered yet.
     std::optional<CmPoint> askedPosition;
     std::optional<CmSize> askedSize;
+    /// The size for which the views stand already, since the window was asked to fit itself around them.
+    std::optional<CmSize> fittedSize;
     CmPoint dragOffset;
     CmSize minSize{80, 20};
     CmSize maxSize{0x7FFFFFFF, 0x7FFFFFFF};

@@ -190,6 +190,14 @@ TEST_F(UBaseViewTest, FollowsItsOnlySubViewAndPassesItOn) {
     base_->setBaseFlag(UBaseView::baseResizesWindow, true);
     base_->subViewFrameRequest(content.get(), {0, 0, 95, 75}, true);
     EXPECT_EQ(textOf(base_->getFrameRect()), "0,0,95,75");
+
+    host->removeSubView(base_.get());
+    const Ref<UWindow> window = windowize(BaseWindowType::document);
+    ASSERT_TRUE(window);
+    base_->subViewFrameRequest(content.get(), {0, 0, 180, 130}, true);
+    EXPECT_EQ(window->getSize(), (CmSize{180, 130}));
+    EXPECT_EQ(textOf(base_->getFrameRect()), "0,0,180,130");
+    EXPECT_EQ(textOf(content->getFrameRect()), "0,0,180,130");
 }
 
 TEST_F(UBaseViewTest, AnswersForItsOwnSurroundings) {

@@ -223,8 +223,11 @@ TEST(UModalDialog, PressesItsDefaultControlByReturn) {
     auto other = make<ProbeView>(CmRect{60, 0, 100, 20}, "other");
     other->setFocusable(true);
     ok->setDefaultControl(true);
+    ok->setFocusable(true);
     dialog->addSubView(other);
     dialog->addSubView(ok);
+    shell.platform().postCall(
+        [&] { EXPECT_EQ(dialog->getFocusView(), ok.get()) << "the nearest came first"; });
     shell.postKey("Return");
     shell.postKey("Esc");
     shell.desktop().runModal(dialog.get());
@@ -293,10 +296,15 @@ TEST(UDesktop, KeepsTheCursorOfTheHoveredViewUnderTheWaitCursor) {
     EXPECT_TRUE(desktop.popCursor());
     EXPECT_EQ(shown(), platform::CursorShape::cross);
     EXPECT_FALSE(desktop.popCursor());
+    desktop.setCursor(reinterpret_cast<UCursor*>(UINTPTR_MAX), nullptr);
+    EXPECT_EQ(shown(), platform::CursorShape::cross);
 
     shell.window().removeSubView(view.get());
     EXPECT_EQ(shown(), platform::CursorShape::arrow) << "the cursor goes with its owner";
     EXPECT_EQ(desktop.getCursorOwner(), nullptr);
+    desktop.setCursor(UCursor::find("beam"), nullptr);
+    shell.move({200, 200});
+    EXPECT_EQ(shown(), platform::CursorShape::arrow) << "a cursor of nobody stayed where no view is";
 }
 
 TEST(UCursor, FindsStandardShapesByName) {

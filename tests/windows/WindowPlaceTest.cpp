@@ -158,8 +158,28 @@ TEST_F(WindowPlaceTest, RestoresAWorkspaceOfItsOwnVersionOnly) {
     window->setStateName(ConstString(), 2);
     EXPECT_TRUE(window->restoreAttributes(stored.get()));
     EXPECT_EQ(window->getPosition(), (CmPoint{500, 100}));
+    window->setOpacity(0.5F);
+    window->setMaximized(true);
+    window->setPosition({20, 70});
+    ASSERT_TRUE(window->storeAttributes(stored.get()));
+    EXPECT_EQ(stored->getFloat("Opacity"), 0.5);
+    CmRect placement;
+    EXPECT_TRUE(getRect(*stored, "Placement", placement));
+    EXPECT_EQ(placement, (CmRect{20, 70, 320, 270})) << "a place from before it was placed anew";
     window->setWindowFlag(UWindow::withoutStateStore, true);
     EXPECT_FALSE(window->storeAttributes(stored.get()));
+}
+
+TEST_F(WindowPlaceTest, ComesBackToThePlacementOfItsWorkspace) {
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    shell.open(*window);
+    const Ref<FAttributes> stored = make<FAttributes>();
+    setRect(*stored, "Placement", {300, 200, 710, 510});
+    stored->setInteger("Maximized", 1);
+    EXPECT_TRUE(window->restoreAttributes(stored.get()));
+    EXPECT_EQ(window->getWindowState(), WindowState::maximized);
+    window->setMaximized(false);
+    EXPECT_EQ(window->getFrameRect(), (CmRect{300, 200, 710, 510}));
 }
 
 } // namespace

@@ -161,12 +161,32 @@ TEST_F(WindowTest, StaysWhenTheControllerOrAChildRefuses) {
     EXPECT_EQ(parent->childWindows().size(), 0U);
 }
 
+TEST_F(WindowTest, AsksOnceWhateverComesWhileItIsAsked) {
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    shell.open(*window);
+    controller->answer = [&](FMessage& message) {
+        if (message.isNamed("MsgCloseRequest")) {
+            window->closeDeferred(UWindow::CloseReason::canceled);
+            EXPECT_FALSE(window->closeRequest());
+        }
+        return 0;
+    };
+    controller->messages.clear();
+    EXPECT_TRUE(window->closeRequest());
+    shell.settle();
+    EXPECT_THAT(controller->messages, ElementsAre("MsgCloseRequest", "Before Close"));
+}
+
 TEST_F(WindowTest, TakesItsChildrenAlong) {
     Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
     Ref<UWindow> child = make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset, ConstString("Child"));
     shell.open(*parent);
     parent->addChildWindow(child);
     shell.open(*child);
+    for (UWindow* below : {parent.get(), child.get()}) {
+        below->addChildWindow(parent);
+        EXPECT_EQ(parent->getParentWindow(), nullptr) << "it would never go";
+    }
     parent->willClose(false);
     EXPECT_FALSE(child->isOpen());
     EXPECT_EQ(child->getParentWindow(), nullptr);
@@ -266,7 +286,12 @@ TEST_F(WindowTest, AppliesCollectedPlacesOnce) {
     window->setSize({320, 220});
     EXPECT_EQ(window->getFrameRect(), (CmRect{500, 100, 800, 300}));
     EXPECT_EQ(window->getSize(), (CmSize{320, 220})) << "who asks meanwhile hears what will be";
+    const FAttributes& attributes = *window->peekAttributes();
+    EXPECT_TRUE(attributes.contains("collectUpdatePosition") &&
+                attributes.contains("collectUpdateClientSize"));
     window->endCollectUpdates();
+    EXPECT_FALSE(attributes.contains("collectUpdatePosition") ||
+                 attributes.contains("collectUpdateClientSize"));
     EXPECT_EQ(window->getFrameRect(), (CmRect{10, 50, 330, 270}));
     EXPECT_THAT(controller->messages, ElementsAre("MsgWindowSized"));
 }
@@ -342,6 +367,31 @@ TEST_F(WindowTest, KeepsWhatWasAskedForUntilThePlatformAnswers) {
     shell.settle();
     window->setPosition({310, 210});
     EXPECT_EQ(window->getSize(), (CmSize{350, 250})) << "a wish that was fulfilled came back";
+    window->setMaximized(true);
+    window->setPosition({320, 220});
+    window->setMaximized(false);
+    EXPECT_EQ(window->getFrameRect(), (CmRect{320, 220, 670, 470})) << "it kept the size of the screen";
+}
+
+TEST_F(WindowTest, LeavesWhatItFitsItselfAroundAloneAlsoWhenThePlatformAnswersLater) {
+    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    auto content = make<UView>(CmRect{0, 0, 300, 200});
+    content->setAttach(viewAttachAll);
+    window->addSubView(content);
+    shell.open(*window);
+    window->setMaximized(true);
+    content->setFrame({0, 0, 410, 310}, true);
+    window->resizeToFit(0, 0);
+    window->setMaximized(false);
+    EXPECT_EQ(window->getSize(), (CmSize{410, 310}));
+    EXPECT_EQ(content->getFrameRect(), (CmRect{0, 0, 410, 310})) << "the answer stretched it";
+
+    window->setMaximized(true);
+    content->setFrame({0, 0, 10, 5}, true);
+    window->resizeToFit(0, 0);
+    window->setMaximized(false);
+    EXPECT_EQ(window->getSize(), (CmSize{80, 20})) << "the limit";
+    EXPECT_EQ(content->getFrameRect(), (CmRect{0, 0, 80, 20})) << "what the limit adds is left empty";
 }
 
 TEST_F(WindowTest, StaysOnThePlatformWhileItsFrameIsFrozen) {

@@ -1,5 +1,6 @@
 #include "support/HeadlessShell.h"
 #include "support/ProbeView.h"
+#include "views/GeometryAttributes.h"
 #include "windows/UDocWindow.h"
 #include "windows/UModalDialog.h"
 
@@ -189,6 +190,9 @@ TEST_F(MouseTest, HoversOneViewAtATimeAndTellsItWhenTheMouseGoes) {
     shell.move({20, 250});
     EXPECT_THAT(log, ElementsAre("front.mouseEnter 10,10", "front.mouseLeave -90,10", "back.mouseEnter 10,10",
                                  "back.mouseLeave 10,230"));
+    CmPoint last;
+    EXPECT_TRUE(getPoint(*shell.window().peekAttributes(), "mouseLoc", last));
+    EXPECT_EQ(last, (CmPoint{20, 250}));
     EXPECT_EQ(shell.window().getHoverView(), nullptr);
 }
 
@@ -202,6 +206,18 @@ TEST_F(MouseTest, HoversTheDeepestViewThatWantsTo) {
     shell.move({350, 290});
     shell.move({120, 30});
     EXPECT_EQ(shell.window().getHoverView(), inner.get());
+}
+
+TEST_F(MouseTest, HoversOverABorderAndNotOverWhatTheBorderHides) {
+    auto inner = make<ProbeView>(CmRect{-10, -10, 50, 50}, "inner", &log);
+    front->setClientInsets({10, 10, 10, 10}, true);
+    front->addSubView(inner);
+    front->takesHover = inner->takesHover = true;
+    for (const CmPoint point : {CmPoint{112, 22}, CmPoint{113, 22}, CmPoint{308, 118}}) {
+        shell.move(point);
+        EXPECT_EQ(shell.window().getHoverView(), front.get()) << point.x;
+    }
+    EXPECT_THAT(log, ElementsAre("front.mouseEnter -8,-8")) << "one stay";
 }
 
 TEST_F(MouseTest, ForgetsAHoveredViewThatIsRemoved) {
