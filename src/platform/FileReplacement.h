@@ -27,7 +27,8 @@ public:
     ~FileReplacement();
 
     /// Makes the new file beside `path`. A symbolic link is followed, also one whose target is missing, and
-    /// stays; what is neither a file nor missing is refused.
+    /// stays; what is neither a file nor missing is refused, and so is a file that somebody has open with
+    /// `openLocked` for writing.
     FileError open(const std::string& path, Rights rights = Rights::asBefore);
 
     /// For writing, reading and moving about, until it is put in place.

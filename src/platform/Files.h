@@ -20,6 +20,8 @@ struct FileError {
     bool isNotFound() const;
     bool isExisting() const;
     bool isFull() const;
+    /// Somebody else has it open and does not share it.
+    bool isInUse() const;
 
     static FileError outOfMemory();
     static FileError notSupported();
@@ -144,6 +146,7 @@ FileError setReadOnly(const std::string& path, bool on);
 struct FolderEntry {
     std::string name;
     FileKind kind = FileKind::none;
+    bool isHidden = false;
 };
 
 /// Entries without "." and "..", sorted by the bytes of their names.
@@ -184,7 +187,8 @@ FileError flushFolder(const std::string& path);
 /// A new empty file with a name of its own in `folder`; `path` gets its name.
 FileError createTemporaryFile(const std::string& folder, std::string_view prefix, std::string& path);
 
-/// Absolute, without ".", ".." and links. Parts that do not exist are kept as they are.
+/// Absolute, without ".", ".." and links. Parts that do not exist are kept as they are. A text of more than
+/// 32767 bytes, which leads nowhere, comes back unchanged.
 std::string getCanonicalPath(const std::string& path);
 
 FileError setCurrentFolder(const std::string& path);

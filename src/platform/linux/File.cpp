@@ -57,6 +57,10 @@ bool FileError::isFull() const {
     return code == ENOSPC || code == EDQUOT;
 }
 
+bool FileError::isInUse() const {
+    return code == EBUSY;
+}
+
 FileError FileError::outOfMemory() {
     return {ENOMEM};
 }

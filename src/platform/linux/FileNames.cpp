@@ -2,6 +2,7 @@
 
 #include "platform/linux/FileErrors.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <unistd.h>
@@ -14,6 +15,10 @@ std::string parentOf(const std::string& path) {
     if (cut == std::string::npos)
         return path.starts_with('/') ? "/" : ".";
     return cut == 0 ? "/" : path.substr(0, cut);
+}
+
+std::string withoutEnd(const std::string& path) {
+    return path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1));
 }
 
 std::string lastPart(const std::string& path) {

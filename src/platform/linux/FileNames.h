@@ -6,6 +6,8 @@ namespace qorl::platform {
 
 /// "." for a name without a folder, "/" for what stands below the root.
 std::string parentOf(const std::string& path);
+/// Without separators at its end, but for the root's own.
+std::string withoutEnd(const std::string& path);
 std::string lastPart(const std::string& path);
 std::string joinPath(const std::string& folder, const std::string& name);
 

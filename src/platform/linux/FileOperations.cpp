@@ -37,14 +37,15 @@ constexpr std::chrono::milliseconds lockPollPeriod(10);
 constexpr mode_t allWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 // As the system itself follows.
 constexpr int mostLinks = 40;
+// No place has a longer one, and the way up from there takes time.
+constexpr size_t longestPath = 32767;
 
-/// Without separators at its end, but for the root's own.
-std::string withoutEnd(const std::string& path) {
-    return path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1));
+bool isDots(std::string_view name) {
+    return name == "." || name == "..";
 }
 
-bool isDots(const char* name) {
-    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+bool isHiddenName(std::string_view name) {
+    return name.starts_with('.') && !isDots(name);
 }
 
 } // namespace
@@ -66,7 +67,7 @@ FileError getFileInfo(const std::string& path, FileInfo& info) {
     info.read = toMilliseconds(status.stx_atime);
     // The system's administrator may write what nobody may.
     info.isReadOnly = (status.stx_mode & allWrite) == 0 || access(path.c_str(), W_OK) != 0;
-    info.isHidden = lastPart(path).starts_with('.');
+    info.isHidden = isHiddenName(lastPart(path));
     info.isLink = isLink;
     info.volume = uint64_t{status.stx_dev_major} << 32 | status.stx_dev_minor;
     info.serial = status.stx_ino;
@@ -123,7 +124,7 @@ FileError listFolder(const std::string& path, std::vector<FolderEntry>& entries)
     while (const dirent* entry = readdir(folder.get())) {
         if (isDots(entry->d_name))
             continue;
-        FolderEntry found{entry->d_name, FileKind::other};
+        FolderEntry found{entry->d_name, FileKind::other, isHiddenName(entry->d_name)};
         struct stat status = {};
         if (fstatat(dirfd(folder.get()), entry->d_name, &status, 0) == 0)
             found.kind = toKind(status.st_mode);
@@ -216,6 +217,8 @@ FileError createTemporaryFile(const std::string& folder, std::string_view prefix
 }
 
 std::string getCanonicalPath(const std::string& path) {
+    if (path.size() > longestPath)
+        return path;
     std::string existing = path.empty() ? "." : withoutEnd(path);
     std::vector<std::string> missing;
     for (int linksLeft = mostLinks;;) {

@@ -88,6 +88,10 @@ FileError FileReplacement::open(const std::string& path, Rights rights) {
     struct stat earlier = {};
     if (FileError error = findEarlier(target_, earlier, hasEarlier_))
         return error;
+    // Whoever writes the earlier file would go on writing what nobody finds any more.
+    File inUse;
+    if (hasEarlier_ && inUse.open(target_, openRead | openLocked | openSharesRead).isInUse())
+        return {EBUSY};
     // Others may not read meanwhile what they may not read in the end.
     const bool isOpenToOthers = rights == Rights::asBefore && !hasEarlier_;
     if (FileError error = makeBeside(isOpenToOthers ? newRights : privateRights))

@@ -84,7 +84,7 @@ FileError shareFile(int descriptor, uint32_t mode) {
     // sees the other. It steps back, and is refused if the other one stays.
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         if (isRefused(descriptor, mode))
-            return {EWOULDBLOCK};
+            return {EBUSY};
         for (int i = 0; i < claimCount; ++i)
             if (isMade(Claim(i), mode) && !lockByte(descriptor, Claim(i), mode)) {
                 unlockAll(descriptor);
@@ -95,7 +95,7 @@ FileError shareFile(int descriptor, uint32_t mode) {
         unlockAll(descriptor);
         sched_yield();
     }
-    return {EWOULDBLOCK};
+    return {EBUSY};
 }
 
 } // namespace qorl::platform

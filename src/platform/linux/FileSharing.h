@@ -5,8 +5,8 @@
 namespace qorl::platform {
 
 /// Keeps the file of an open descriptor, until that is closed, from what the `openShares...` bits of `mode`
-/// do not allow others. The code of "Resource temporarily unavailable" when somebody else uses it in a way
-/// that does not go with this one; no error, and no locks, on volumes without them.
+/// do not allow others. The code of "Device or resource busy" when somebody else uses it in a way that does
+/// not go with this one; no error, and no locks, on volumes without them.
 FileError shareFile(int descriptor, uint32_t mode);
 
 } // namespace qorl::platform

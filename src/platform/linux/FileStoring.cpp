@@ -47,7 +47,8 @@ FileError replaceFile(const std::string& path, std::span<const uint8_t> bytes) {
 
 FileError copyFile(const std::string& from, const std::string& to, const CopyStep& step) {
     File source;
-    if (FileError error = source.open(from, openRead | openSequential | openRegular))
+    constexpr uint32_t shared = openLocked | openSharesRead | openSharesWrite;
+    if (FileError error = source.open(from, openRead | openSequential | openRegular | shared))
         return error;
     struct stat status = {};
     if (fstat(NativeFile::descriptorOf(source), &status) != 0)

@@ -195,7 +195,9 @@ FileError copyTree(const std::string& from, const std::string& to, FileLinks lin
     return copyFolder(from, to, links);
 }
 
-FileError deleteTree(const std::string& path) {
+FileError deleteTree(const std::string& givenPath) {
+    // Behind a separator the system follows a link.
+    const std::string path = withoutEnd(givenPath);
     if (unlink(path.c_str()) == 0)
         return {};
     const FileError error = lastFileError();

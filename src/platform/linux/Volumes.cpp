@@ -31,15 +31,55 @@ struct TypeRow {
 };
 
 constexpr TypeRow volumeTypes[] = {
-    {"ext2", VolumeKind::fixed},      {"ext3", VolumeKind::fixed},         {"ext4", VolumeKind::fixed},
-    {"btrfs", VolumeKind::fixed},     {"xfs", VolumeKind::fixed},          {"f2fs", VolumeKind::fixed},
-    {"zfs", VolumeKind::fixed},       {"bcachefs", VolumeKind::fixed},     {"overlay", VolumeKind::fixed},
-    {"ntfs", VolumeKind::fixed},      {"ntfs3", VolumeKind::fixed},        {"fuseblk", VolumeKind::fixed},
-    {"vfat", VolumeKind::fixed},      {"exfat", VolumeKind::fixed},        {"hfsplus", VolumeKind::fixed},
-    {"nfs", VolumeKind::network},     {"nfs4", VolumeKind::network},       {"cifs", VolumeKind::network},
-    {"smb3", VolumeKind::network},    {"fuse.sshfs", VolumeKind::network}, {"9p", VolumeKind::network},
-    {"iso9660", VolumeKind::optical}, {"udf", VolumeKind::optical},        {"tmpfs", VolumeKind::memory},
+    {"ext2", VolumeKind::fixed},
+    {"ext3", VolumeKind::fixed},
+    {"ext4", VolumeKind::fixed},
+    {"btrfs", VolumeKind::fixed},
+    {"xfs", VolumeKind::fixed},
+    {"f2fs", VolumeKind::fixed},
+    {"jfs", VolumeKind::fixed},
+    {"reiserfs", VolumeKind::fixed},
+    {"zfs", VolumeKind::fixed},
+    {"bcachefs", VolumeKind::fixed},
+    {"overlay", VolumeKind::fixed},
+    {"squashfs", VolumeKind::fixed},
+    {"ntfs", VolumeKind::fixed},
+    {"ntfs3", VolumeKind::fixed},
+    {"fuseblk", VolumeKind::fixed},
+    {"vfat", VolumeKind::fixed},
+    {"exfat", VolumeKind::fixed},
+    {"hfs", VolumeKind::fixed},
+    {"hfsplus", VolumeKind::fixed},
+    {"nfs", VolumeKind::network},
+    {"nfs4", VolumeKind::network},
+    {"cifs", VolumeKind::network},
+    {"smb3", VolumeKind::network},
+    {"smbfs", VolumeKind::network},
+    {"9p", VolumeKind::network},
+    {"afs", VolumeKind::network},
+    {"auristorfs", VolumeKind::network},
+    {"ceph", VolumeKind::network},
+    {"coda", VolumeKind::network},
+    {"lustre", VolumeKind::network},
+    {"fuse.ceph", VolumeKind::network},
+    {"fuse.ceph-fuse", VolumeKind::network},
+    {"fuse.curlftpfs", VolumeKind::network},
+    {"fuse.davfs", VolumeKind::network},
+    {"fuse.glusterfs", VolumeKind::network},
+    {"fuse.gvfsd-fuse", VolumeKind::network},
+    {"fuse.rclone", VolumeKind::network},
+    {"fuse.s3fs", VolumeKind::network},
+    {"fuse.sshfs", VolumeKind::network},
+    {"iso9660", VolumeKind::optical},
+    {"udf", VolumeKind::optical},
+    {"tmpfs", VolumeKind::memory},
     {"ramfs", VolumeKind::memory},
+};
+
+/// Where the system keeps its own files, or makes others visible a second time.
+constexpr std::string_view systemFolders[] = {
+    "/bin",  "/boot", "/dev",  "/efi",  "/etc", "/lib", "/lib32", "/lib64", "/nix",
+    "/proc", "/run",  "/sbin", "/snap", "/sys", "/tmp", "/usr",   "/var",
 };
 
 /// The table writes blanks and backslashes as three octal digits.
@@ -136,6 +176,23 @@ bool holdsPath(const Mount& mount, const std::string& path) {
            (path.size() == mount.root.size() || path[mount.root.size()] == '/');
 }
 
+/// Whether users keep files on a volume: whatever stands where volumes are mounted for them, and disks and
+/// shares anywhere but in the system's own folders.
+bool isForUsers(const Mount& mount) {
+    for (const std::string_view place : {"/media/", "/mnt/", "/run/media/"})
+        if (mount.root.starts_with(place))
+            return true;
+    if (mount.root == "/")
+        return true;
+    const VolumeKind kind = kindOf(mount);
+    if (kind == VolumeKind::unknown || kind == VolumeKind::memory || !folderExists(mount.root))
+        return false;
+    return std::none_of(std::begin(systemFolders), std::end(systemFolders), [&](std::string_view folder) {
+        return mount.root.starts_with(folder) &&
+               (mount.root.size() == folder.size() || mount.root[folder.size()] == '/');
+    });
+}
+
 } // namespace
 
 FileError getVolumeInfo(const std::string& path, VolumeInfo& info) {
@@ -174,12 +231,13 @@ int32_t getSectorSize(const std::string& path) {
 
 std::vector<VolumeInfo> listVolumes() {
     std::vector<VolumeInfo> volumes;
-    for (const Mount& mount : readMounts()) {
-        const bool isForUsers = mount.root == "/" || mount.root == "/home" ||
-                                mount.root.starts_with("/media/") || mount.root.starts_with("/mnt/") ||
-                                mount.root.starts_with("/run/media/");
+    const std::vector<Mount> mounts = readMounts();
+    for (size_t i = 0; i < mounts.size(); ++i) {
+        const Mount& mount = mounts[i];
+        const bool isHidden = std::any_of(mounts.begin() + static_cast<ptrdiff_t>(i) + 1, mounts.end(),
+                                          [&](const Mount& later) { return later.root == mount.root; });
         VolumeInfo info;
-        if (!isForUsers || fillSizes(mount.root, info))
+        if (isHidden || !isForUsers(mount) || fillSizes(mount.root, info))
             continue;
         info.root = mount.root;
         info.name = nameOf(mount);

@@ -294,6 +294,10 @@ TEST_F(FilesTest, DeletesTreesWithoutFollowingLinks) {
     EXPECT_EQ(list(), "outside/ ");
     EXPECT_EQ(list("outside"), "keep ");
     EXPECT_TRUE(deleteTree(at("tree")).isNotFound());
+    ASSERT_FALSE(createLink("outside", "link"));
+    EXPECT_FALSE(deleteTree(at("link//"))) << "a link, whatever is behind its name";
+    EXPECT_EQ(list(), "outside/ ");
+    EXPECT_EQ(list("outside"), "keep ");
 }
 
 TEST_F(FilesTest, CopiesWithTimesAndRightsAndLeavesNoHalfFile) {
@@ -461,6 +465,10 @@ TEST_F(FilesTest, DescribesFiles) {
     EXPECT_EQ(info.kind, FileKind::file);
     EXPECT_EQ(info.size, 5);
     EXPECT_TRUE(info.isHidden);
+    for (const char* dots : {".", ".."}) {
+        getFileInfo(dots, info);
+        EXPECT_FALSE(info.isHidden) << dots;
+    }
     ASSERT_FALSE(setReadOnly(at(".hidden"), true));
     struct stat status = {};
     stat(at(".hidden").c_str(), &status);
