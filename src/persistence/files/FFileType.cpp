@@ -3,6 +3,7 @@
 #include "foundation/Cast.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/files/PathText.h"
 #include "persistence/streams/FStream.h"
 
 #include <new>
@@ -24,11 +25,6 @@ constexpr uint32_t macTypeOf(const char (&text)[5]) {
 constexpr uint32_t textFile = macTypeOf("TEXT");
 constexpr uint32_t dataFile = macTypeOf("DATA");
 
-/// Whether a stored text can be read back; it has its terminator and a mark behind it.
-bool isReadable(const String& text) {
-    return static_cast<int32_t>(text.toUtf8().size()) + 4 <= String::maxStoredBytes;
-}
-
 } // namespace
 
 FFileType::FFileType(const ConstString& name, const ConstString& extension, const ConstString& mimeType,
@@ -48,11 +44,18 @@ int32_t FFileType::compare(const CmObject* other) const {
     return order != 0 ? order : unixType_.compare(type->unixType_, ConstString::all, true);
 }
 
+bool FFileType::holds(const ConstString& fileName) const {
+    return findExtension(fileName, dosType_) != ConstString::notFound ||
+           findExtension(fileName, unixType_) != ConstString::notFound;
+}
+
+bool FFileType::canBeSaved() const {
+    return canBeStored(dosType_) && canBeStored(unixType_) && canBeStored(name_);
+}
+
 bool FFileType::save(FBinaryStream& stream) const try {
-    if (!isReadable(dosType_) || !isReadable(unixType_) || !isReadable(name_))
-        return false;
-    return stream.writeUInt32(macType_) && dosType_.writeTo(stream) && unixType_.writeTo(stream) &&
-           name_.writeTo(stream);
+    return canBeSaved() && stream.writeUInt32(macType_) && dosType_.writeTo(stream) &&
+           unixType_.writeTo(stream) && name_.writeTo(stream);
 } catch (const std::bad_alloc&) {
     return false;
 }

@@ -29,12 +29,16 @@ public:
     const String& mimeType() const { return mimeType_; }
     uint32_t macType() const { return macType_; }
     void setName(const ConstString& name) { name_ = name; }
+    /// Whether the name of a file ends in one of the extensions, case aside. Throws std::bad_alloc.
+    bool holds(const ConstString& fileName) const;
 
     bool isEqual(const CmObject* other) const override;
     int32_t compare(const CmObject* other) const override;
+    /// False for texts that could not be read back. Throws std::bad_alloc.
+    bool canBeSaved() const;
     /// The binary form: the Mac type in 32 bits, the two extensions, the name. `save` gives false, before
-    /// anything is written, for texts that could not be read back; `load` gives false, and changes nothing,
-    /// for damaged bytes.
+    /// anything is written, for what can't be saved; `load` gives false, and changes nothing, for damaged
+    /// bytes.
     bool save(FBinaryStream& stream) const;
     bool load(FBinaryStream& stream);
     /// Both go through `save` and `load`.

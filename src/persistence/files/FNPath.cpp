@@ -22,6 +22,9 @@ public:
 
 constinit Singleton<KnownFolders> knownFolders;
 
+/// Keeps the numbers of different volumes apart.
+constexpr uint64_t spread = 0x9E3779B97F4A7C15;
+
 std::string systemFolder(FNPath::FolderKind kind) {
     switch (kind) {
     case FNPath::userSettings: return platform::getSystemFolder(platform::SystemFolder::settings);
@@ -42,8 +45,8 @@ platform::VolumeInfo volumeOf(const FPath& path) try {
     return {};
 }
 
-/// Adds the parts of a relative path. False when it would lead out.
-bool goDown(std::string& folder, std::string_view parts) {
+/// Adds the parts of a relative path, each behind a separator. False when it would lead out.
+bool goDown(std::string& path, std::string_view parts) {
     while (!parts.empty()) {
         const size_t end = parts.find('/');
         const std::string_view part = parts.substr(0, end);
@@ -51,7 +54,7 @@ bool goDown(std::string& folder, std::string_view parts) {
         if (part == "..")
             return false;
         if (!part.empty() && part != ".")
-            folder.append("/").append(part);
+            path.append("/").append(part);
     }
     return true;
 }
@@ -66,16 +69,20 @@ FNPath::FNPath(const ConstString& name, FolderKind kind, uint16_t options, const
 
 void FNPath::build(const ConstString& name, FolderKind kind, const ConstString& subFolder,
                    Create create) try {
-    std::string folder = knownFolder(kind);
-    if (folder.empty() || !goDown(folder, toNativeText(subFolder)))
+    const std::string folder = knownFolder(kind);
+    std::string below;
+    if (folder.empty() || !goDown(below, toNativeText(subFolder)))
         return;
-    std::string path = folder;
+    std::string path = below;
     if (!goDown(path, toNativeText(name)))
         return;
-    const bool isItsFolder = path == folder;
+    const bool isItsFolder = path == below;
     if (create == Create::missingFolders &&
-        platform::createFolders(isItsFolder ? folder : folderOfNative(path)))
+        platform::createFolders(folder + (isItsFolder ? below : folderOfNative(path))))
         return;
+    // The known folder itself can't count from itself.
+    path = path.empty() ? folder : path.substr(1);
+    setLocation(kind);
     setPath(ConstString(std::string_view(path)), isItsFolder || isFolder());
 } catch (const std::bad_alloc&) {
     setPath({}, false);
@@ -96,7 +103,8 @@ bool FNPath::createFolders(Folders folders) const try {
 uint64_t FNPath::getSerial() const try {
     platform::FileInfo info;
     platform::getFileInfo(toUtf8(), info);
-    return info.serial;
+    // Numbers of files are those of their volume.
+    return info.serial + info.volume * spread;
 } catch (const std::bad_alloc&) {
     return 0;
 }
@@ -110,7 +118,8 @@ void FNPath::setPathString(const ConstString& text) {
 
 void FNPath::getFullPath(String& text) const try {
     getPath(text);
-    if (pathType_ == noKind || pathType_ > system || !isRelative())
+    // What could not be built is not the known folder itself.
+    if (text.isEmpty() || pathType_ == noKind || pathType_ > system || !isRelative())
         return;
     const std::u16string folder = toPathText(knownFolder(static_cast<FolderKind>(pathType_)) + '/');
     const int32_t length = text.size();
@@ -142,9 +151,15 @@ bool FNPath::isHidden() const try {
     return FPath::isHidden();
 }
 
-void FNPath::setKnownFolder(FolderKind kind, std::string_view folder) {
-    if (auto* folders = knownFolders.get())
+bool FNPath::setKnownFolder(FolderKind kind, std::string_view folder) try {
+    auto* folders = knownFolders.get();
+    while (folder.size() > 1 && folder.ends_with('/'))
+        folder.remove_suffix(1);
+    if (folders)
         folders->paths[kind] = folder;
+    return folders != nullptr;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 std::string FNPath::knownFolder(FolderKind kind) {

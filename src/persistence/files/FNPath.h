@@ -24,16 +24,16 @@ public:
     explicit FNPath(const ConstString& path, bool isFolder = false) : FPath(path, isFolder) {}
     explicit FNPath(const char* path) : FPath(ConstString(path)) {}
     explicit FNPath(std::string_view utf8, bool isFolder = false) : FPath(ConstString(utf8), isFolder) {}
-    /// `name` in a known folder, or in `subFolder` (parts divided by `/`) below it; an empty `name` stands
-    /// for the folder, and one may begin with folders of its own. `options` of `Flag`. Empty, and not valid,
-    /// when a missing folder could not be made, and for a `subFolder` or a `name` with "..", which would lead
-    /// out.
+    /// `name` in a known folder, or in `subFolder` (parts divided by `/`) below it, as by `setLocation`; an
+    /// empty `name` stands for the folder, and one may begin with folders of its own. The known folder itself
+    /// is an absolute path. `options` of `Flag`. Empty, and not valid, when a missing folder could not be
+    /// made, and for a `subFolder` or a `name` with "..", which would lead out.
     FNPath(const ConstString& name, FolderKind kind, uint16_t options = 0, const ConstString& subFolder = {},
            Create create = Create::no);
 
     /// Makes every missing folder of the path. False when one can't be made or a file has its name.
     virtual bool createFolders(Folders folders = Folders::asMarked) const;
-    /// Names the file itself, whatever path leads to it; 0 when there is none.
+    /// Names the file itself among all volumes, whatever path leads to it; 0 when there is none.
     virtual uint64_t getSerial() const;
     /// The folder that a relative path counts from; `noKind` for the current folder.
     virtual void setLocation(FolderKind kind);
@@ -48,8 +48,9 @@ public:
     bool isHidden() const override;
 
     /// Where the known folders are. The application sets the first and the third (absolute, UTF-8) before
-    /// anything is read; until then they are the system's own for programs.
-    static void setKnownFolder(FolderKind kind, std::string_view folder);
+    /// anything is read; until then, and with an empty text, they are the system's own for programs. False,
+    /// and nothing changed, without memory. `knownFolder` has no final separator; it throws std::bad_alloc.
+    static bool setKnownFolder(FolderKind kind, std::string_view folder);
     static std::string knownFolder(FolderKind kind);
 
 private:

@@ -4,8 +4,10 @@
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "persistence/files/FNPath.h"
 #include "persistence/files/PathText.h"
 #include "persistence/streams/FStream.h"
+#include "persistence/urls/FUrl.h"
 
 #include <algorithm>
 #include <new>
@@ -20,10 +22,11 @@ namespace {
 /// The group of the settings that holds the last folders of dialogs.
 constexpr const char* defaultPaths = "Default Paths";
 
-/// Where the extension's dot stands in a name; `notFound` without an extension.
+/// Where the extension's dot stands in a name; `notFound` without an extension. Dots at either end begin
+/// none.
 int32_t dotOf(const String& name) {
     const int32_t dot = name.findLastChar16(u'.');
-    return dot > 0 ? dot : ConstString::notFound;
+    return dot > 0 && dot < name.size() - 1 ? dot : ConstString::notFound;
 }
 
 /// A text as paths keep it. False, and `place` empty, for one with a character 0 and without memory for all
@@ -61,21 +64,23 @@ void cutTo(String& text, int32_t length) {
     text.remove(isPair ? length - 1 : length);
 }
 
-/// A text as it is stored: in bytes where they are no valid text, so that they can be read back.
-String toStored(const String& text) {
-    String stored = text;
-    if (text.isWide() && !isPlainText(text.view16())) {
-        const std::string native = toNativeText(text.view16());
-        stored = ConstString(std::string_view(native));
+/// The folder that a path lies in, whole: on the disk as the disk has it, else as a URL. Throws
+/// std::bad_alloc.
+String placeOf(const FPath& path) {
+    String text;
+    FNPath native;
+    const auto* url = cast<FUrl>(&path);
+    if (url && !url->getNativePath(native)) {
+        FUrl folder(*url);
+        folder.up();
+        folder.getFullPath(text);
+    } else {
+        const FPath& onDisk = url ? native : path;
+        onDisk.getFullPath(text);
+        if (!onDisk.getName().isEmpty())
+            text.remove(text.findLastChar16(FPath::separator) + 1);
     }
-    if (stored.isEmpty() != text.isEmpty())
-        throw std::bad_alloc();
-    return stored;
-}
-
-/// Whether a text can be read back; it has its terminator and a mark behind it.
-bool canBeRead(const String& text) {
-    return static_cast<int32_t>(text.toUtf8().size()) + 4 <= String::maxStoredBytes;
+    return toStoredText(text);
 }
 
 } // namespace
@@ -92,18 +97,22 @@ void FPath::getBaseName(String& text, bool withoutExtension) const {
     text.assign(name_, dot);
 }
 
-void FPath::setFileType(const FFileType& type, bool replace) {
+void FPath::setFileType(const FFileType& type, bool replace) try {
+    const std::u16string earlier = fileType_.extension().toUtf16();
     fileType_ = type;
     const String& extension = type.extension();
     if (extension.isEmpty() || name_.isEmpty())
         return;
     // A dot at the end begins no extension.
-    const bool endsInDot = dotOf(name_) != ConstString::notFound && dotOf(name_) == name_.size() - 1;
-    if ((replace || endsInDot) && dotOf(name_) != ConstString::notFound)
-        name_.remove(dotOf(name_));
-    if (endsInDot && replace && dotOf(name_) != ConstString::notFound)
-        name_.remove(dotOf(name_));
-    if (dotOf(name_) != ConstString::notFound)
+    while (name_.size() > 1 && name_.charEquals(name_.size() - 1, u'.'))
+        name_.remove(name_.size() - 1);
+    if (replace) {
+        const int32_t dot = findExtension(name_, ConstString(std::u16string_view(earlier)));
+        const int32_t cut = dot != ConstString::notFound ? dot : dotOf(name_);
+        name_.remove(cut != ConstString::notFound ? cut : name_.size());
+    }
+    const int32_t present = replace ? findExtension(name_, extension) : dotOf(name_);
+    if (present != ConstString::notFound)
         return;
     if (name_.size() + 1 + extension.size() > maxNameLength)
         cutTo(name_, std::max(maxNameLength - 1 - extension.size(), 1));
@@ -112,6 +121,8 @@ void FPath::setFileType(const FFileType& type, bool replace) {
     name_.append(extension);
     if (name_.size() != length)
         setPath({}, isFolder());
+} catch (const std::bad_alloc&) {
+    setPath({}, isFolder());
 }
 
 bool FPath::isRelative() const {
@@ -186,10 +197,6 @@ void FPath::setPath(const ConstString& text, bool isFolder) {
     setIsFolder(isFolder || name_.isEmpty());
 }
 
-void FPath::setIsFolder(bool isFolder) {
-    flags_ = static_cast<uint16_t>(isFolder ? flags_ | folderFlag : flags_ & ~folderFlag);
-}
-
 std::string FPath::toUtf8() const {
     String path;
     getFullPath(path);
@@ -219,9 +226,9 @@ int32_t FPath::compare(const CmObject* other) const {
 }
 
 bool FPath::save(FBinaryStream& stream) const try {
-    const String name = toStored(name_);
-    const String folder = toStored(folder_);
-    if (!canBeRead(name) || !canBeRead(folder))
+    const String name = toStoredText(name_);
+    const String folder = toStoredText(folder_);
+    if (!canBeStored(name) || !canBeStored(folder) || !fileType_.canBeSaved())
         return false;
     return name.writeTo(stream) && fileType_.save(stream) && stream.writeUInt16(pathType_) &&
            stream.writeUInt16(flags_) && folder.writeTo(stream);
@@ -263,7 +270,7 @@ bool FPath::storeAttributes(FAttributes* attributes) {
         getPath(path);
     else
         getFullPath(path);
-    attributes->setString("Path", toStored(path));
+    attributes->setString("Path", toStoredText(path));
     attributes->setInteger("IsFolder", isFolder() ? 1 : 0);
     if (pathType_ != 0)
         attributes->setInteger("PathType", pathType_);
@@ -286,8 +293,9 @@ bool FPath::restoreAttributes(FAttributes* attributes) {
 
 void FPath::saveDefault(const ConstString& key) const try {
     auto* pool = FGlobalDefaultPool::instance();
-    if (FDefaults* group = pool ? pool->getGroup(defaultPaths) : nullptr)
-        group->values().setString(key.toUtf8(), toStored(getFolder()));
+    FDefaults* group = pool && isValid() ? pool->getGroup(defaultPaths) : nullptr;
+    if (group)
+        group->values().setString(key.toUtf8(), placeOf(*this));
 } catch (const std::bad_alloc&) {
     return; // The folder of the last time is as good.
 }
@@ -298,7 +306,12 @@ bool FPath::loadDefault(const ConstString& key) try {
     const std::string name = key.toUtf8();
     if (!group || !group->values().contains(name))
         return false;
-    setFolder(group->values().getString(name));
+    String text = group->values().getString(name);
+    if (cast<FUrl>(this))
+        FUrl(FPath(text, true)).getFullPath(text);
+    else if (cast<FNPath>(this) && text.find(ConstString("://")) != ConstString::notFound)
+        return false;
+    setFolder(text);
     return isValid();
 } catch (const std::bad_alloc&) {
     return false;

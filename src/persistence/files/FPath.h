@@ -31,13 +31,14 @@ public:
 
     virtual void setName(const ConstString& name);
     virtual const String& getName() const { return name_; }
-    /// Behind the last dot of the name, without the dot; empty without one. A leading dot begins no
+    /// Behind the last dot of the name, without the dot; empty without one. A dot at either end begins no
     /// extension.
     virtual void getExtension(String& text) const;
     virtual void getBaseName(String& text, bool withoutExtension) const;
     virtual void getFileType(FFileType& type) const { type = fileType_; }
-    /// Remembers the type and gives a name without an extension that of the type; with `replace` its own
-    /// extension goes before. The name is cut so that all of it has at most `maxNameLength` characters.
+    /// Remembers the type, with its display name, and gives a name without an extension that of the type.
+    /// With `replace` the name's own extension goes before: that of the earlier type, else what stands behind
+    /// the last dot. The name is cut so that all of it has at most `maxNameLength` characters.
     virtual void setFileType(const FFileType& type, bool replace = false);
     virtual bool isRelative() const;
     virtual void getFullPath(String& text) const { getPath(text); }
@@ -73,7 +74,8 @@ public:
     virtual bool load(FBinaryStream& stream);
 
     bool isFolder() const { return flags_ & folderFlag; }
-    void setIsFolder(bool isFolder);
+    void setIsFolder(bool isFolder) { setFlag(folderFlag, isFolder); }
+    void setIsHidden(bool isHidden) { setFlag(hiddenFlag, isHidden); }
     /// `getFullPath` in UTF-8, as the system's calls take it: bytes of a file's name that are no UTF-8 are as
     /// they were. Throws std::bad_alloc.
     std::string toUtf8() const;
@@ -87,12 +89,15 @@ public:
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 
-    /// The last folder that a dialog named `key` used; stored among the defaults. `loadDefault` changes
-    /// nothing, and gives false, when there is none.
+    /// The last folder that a dialog named `key` used; stored among the defaults, whole, so that it says
+    /// where it lies. `loadDefault` changes nothing, and gives false, when there is none, and on a path of
+    /// the disk for one that lies elsewhere.
     void saveDefault(const ConstString& key) const;
     bool loadDefault(const ConstString& key);
 
 protected:
+    void setFlag(Flag flag, bool on) { flags_ = static_cast<uint16_t>(on ? flags_ | flag : flags_ & ~flag); }
+
     String name_;
     FFileType fileType_;
     /// 0 for a plain path; what else there is derived classes say.

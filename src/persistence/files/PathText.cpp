@@ -2,6 +2,8 @@
 
 #include "foundation/text/TextConversion.h"
 
+#include <new>
+
 namespace qorl {
 
 namespace {
@@ -14,6 +16,14 @@ bool isSurrogate(char32_t point) {
 
 bool standsForByte(char32_t point) {
     return point >= 0xDC80 && point <= 0xDCFF;
+}
+
+/// Whether no byte of a name, and no other half of a character, stands alone in it.
+bool isPlainText(std::u16string_view path) {
+    for (int32_t at = 0; at < static_cast<int32_t>(path.size());)
+        if (isSurrogate(text::nextPoint(path, at)))
+            return false;
+    return true;
 }
 
 } // namespace
@@ -67,11 +77,31 @@ bool isOnePart(const ConstString& name) {
            name.findChar16(u'/') == ConstString::notFound && name.findChar16(u'\0') == ConstString::notFound;
 }
 
-bool isPlainText(std::u16string_view path) {
-    for (int32_t at = 0; at < static_cast<int32_t>(path.size());)
-        if (isSurrogate(text::nextPoint(path, at)))
-            return false;
-    return true;
+int32_t findExtension(const ConstString& name, const ConstString& extension) {
+    const std::u16string whole = name.toUtf16();
+    const std::u16string wanted = u'.' + extension.toUtf16();
+    if (extension.isEmpty() || whole.size() <= wanted.size())
+        return ConstString::notFound;
+    const size_t dot = whole.size() - wanted.size();
+    const ConstString end(std::u16string_view(whole).substr(dot));
+    const bool isSame = end.compare(ConstString(std::u16string_view(wanted)), ConstString::all, true) == 0;
+    return isSame ? static_cast<int32_t>(dot) : ConstString::notFound;
+}
+
+String toStoredText(const String& text) {
+    String stored = text;
+    if (text.isWide() && !isPlainText(text.view16())) {
+        const std::string native = toNativeText(text.view16());
+        stored = ConstString(std::string_view(native));
+    }
+    if (stored.isEmpty() != text.isEmpty())
+        throw std::bad_alloc();
+    return stored;
+}
+
+bool canBeStored(const String& text) {
+    constexpr int32_t terminatorAndMark = 4;
+    return static_cast<int32_t>(text.toUtf8().size()) + terminatorAndMark <= String::maxStoredBytes;
 }
 
 } // namespace qorl

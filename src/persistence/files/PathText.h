@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/text/ConstString.h"
+#include "foundation/text/String.h"
 
 #include <string>
 #include <string_view>
@@ -22,7 +22,14 @@ std::string nameOfNative(std::string_view native);
 /// Whether a text is one part of a path, as a name has to be: not empty, no dots that lead elsewhere, no
 /// separator and no character 0.
 bool isOnePart(const ConstString& name);
-/// Whether no byte of a name, and no other half of a character, stands alone in it.
-bool isPlainText(std::u16string_view path);
+/// Where in a name the dot of this extension stands, case aside; `notFound` when the name does not end in it,
+/// or has nothing in front. An extension comes without its dot and may hold others ("tar.gz"). In UTF-16
+/// characters. Throws std::bad_alloc.
+int32_t findExtension(const ConstString& name, const ConstString& extension);
+/// A text of a path in the form in which it comes back from streams and attributes: bytes of a name that are
+/// no text make all of it bytes. Throws std::bad_alloc.
+String toStoredText(const String& text);
+/// Whether a text is short enough to be read back from a stream, with its terminator and the mark behind it.
+bool canBeStored(const String& text);
 
 } // namespace qorl

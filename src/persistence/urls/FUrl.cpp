@@ -66,14 +66,6 @@ std::u16string wideText(const ConstString& text) {
     return text.isWide() ? std::u16string(text.view16()) : toPathText(text.view8());
 }
 
-/// A text in the width in which it can be read back.
-void printStored(String& stored, const String& text) {
-    const std::string native = toNativeText(text.view16());
-    stored = isPlainText(text.view16()) ? ConstString(text.view16()) : ConstString(std::string_view(native));
-    if (stored.isEmpty() != text.isEmpty())
-        throw std::bad_alloc();
-}
-
 std::u16string asciiToWide(const std::string& text) {
     return {text.begin(), text.end()};
 }
@@ -269,7 +261,7 @@ void FUrl::setName(const ConstString& name) try {
     }
     std::u16string path(folderPart());
     const bool hadEnd = path_.size() > 1 && path_.view16().ends_with(u'/');
-    path += scheme_.isEmpty() ? toPathText(bytes) : asciiToWide(urlbytes::encode(bytes));
+    path += scheme_.isEmpty() ? toPathText(bytes) : asciiToWide(urlbytes::encodeName(bytes));
     adopt(hadEnd ? path + u'/' : path, isFolder());
 } catch (const std::bad_alloc&) {
     clearAll();
@@ -286,9 +278,23 @@ void FUrl::setFileType(const FFileType& type, bool replace) {
 
 void FUrl::setFolder(const ConstString& text) try {
     std::u16string path = wideText(text);
+    std::u16string last(path_.view16().substr(folderPart().size()));
+    if (path.find(schemeEnd) != std::u16string::npos) {
+        FUrl place(text);
+        if (place.scheme_.isEmpty()) {
+            clearAll();
+            return;
+        }
+        if (scheme_.isEmpty())
+            last = asciiToWide(urlbytes::encodePath(toNativeText(last)));
+        path = place.path_.view16();
+        place.flags_ = flags_;
+        place.fileType_ = fileType_;
+        *this = std::move(place);
+    }
     if (!path.empty() && !path.ends_with(u'/'))
         path += u'/';
-    adopt(path + std::u16string(path_.view16().substr(folderPart().size())), isFolder());
+    adopt(path + last, isFolder());
 } catch (const std::bad_alloc&) {
     clearAll();
 }
@@ -374,12 +380,9 @@ int32_t FUrl::compare(const CmObject* other) const try {
 }
 
 bool FUrl::save(FBinaryStream& stream) const try {
-    // A text is written with a mark of three bytes and its terminator.
-    for (const String* part : {&scheme_, &host_, &path_})
-        if (toNativeText(part->view16()).size() + 4 > String::maxStoredBytes)
-            return false;
-    String path;
-    printStored(path, path_);
+    const String path = toStoredText(path_);
+    if (!canBeStored(scheme_) || !canBeStored(host_) || !canBeStored(path))
+        return false;
     return FPath::save(stream) && scheme_.writeTo(stream) && host_.writeTo(stream) &&
            stream.writeInt32(port_) && path.writeTo(stream);
 } catch (const std::bad_alloc&) {
@@ -405,12 +408,15 @@ bool FUrl::load(FBinaryStream& stream) try {
     return false;
 }
 
-void FUrl::registerPort(std::string_view scheme, int32_t port) {
+bool FUrl::registerPort(std::string_view scheme, int32_t port) try {
     auto* known = schemePorts.get();
-    if (!known)
-        return;
+    if (!known || port < 0 || port > maxPort)
+        return false;
     const FGuard guard(known->lock);
     known->ports.insert_or_assign(urlbytes::lowerCase(scheme.substr(0, scheme.find(':'))), port);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

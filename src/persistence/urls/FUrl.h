@@ -61,6 +61,7 @@ public:
 
     void setName(const ConstString& name) override;
     void setFileType(const FFileType& type, bool replace = false) override;
+    /// In the URL's own form; one with a scheme moves the last part of the path to that place.
     void setFolder(const ConstString& text) override;
     void addFolder(const ConstString& name, bool isFolder) override;
     /// Drops the last segment, keeping the final `/`. False at the root, or when nothing is left.
@@ -119,8 +120,9 @@ public:
     /// The reverse. A "%" without two digits behind it stands for itself; bytes that are no UTF-8 count as
     /// Latin-1.
     static void decode(String& text);
-    /// The port that URLs of `scheme` ("http") have when they name none. Any thread.
-    static void registerPort(std::string_view scheme, int32_t port);
+    /// The port that URLs of `scheme` ("http") have when they name none; 0 takes it away. False for what is
+    /// no port, and without memory. Any thread.
+    static bool registerPort(std::string_view scheme, int32_t port);
 
     /// A reference of a document to a file beside or below it: `reference`, with `/` or `\` between parts,
     /// taken from the folder `base` (both native paths in UTF-8). Empty when the reference is absolute, names

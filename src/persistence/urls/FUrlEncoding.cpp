@@ -75,7 +75,7 @@ std::string withoutDotSegments(std::string_view path) {
 void FUrl::encode(String& text, bool asUtf8) try {
     std::string bytes;
     if (asUtf8 || !toLatinBytes(text, bytes))
-        bytes = text.toUtf8();
+        bytes = toNativeText(text);
     replaceText(text, urlbytes::encode(bytes));
 } catch (const std::bad_alloc&) {
     return; // The text stays as it is, like in every other operation on it.

@@ -43,6 +43,9 @@ bool passesInPath(char byte) {
 std::string encode(std::string_view bytes) {
     return encodeUnless([](char byte) { return isLetterOrDigit(byte) || isOneOf("&+-./=?_", byte); }, bytes);
 }
+std::string encodeName(std::string_view bytes) {
+    return encodeUnless([](char byte) { return isLetterOrDigit(byte) || isOneOf("&+-.=?_", byte); }, bytes);
+}
 std::string encodePath(std::string_view bytes) {
     return encodeUnless(passesInPath, bytes);
 }

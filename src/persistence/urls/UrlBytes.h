@@ -14,6 +14,8 @@ bool isUnreserved(char byte);
 
 /// Encodes all but letters, digits and `&+-./=?_`.
 std::string encode(std::string_view bytes);
+/// The same for the name of one segment, so that a `/` in it stays a part of the name.
+std::string encodeName(std::string_view bytes);
 std::string encodePath(std::string_view bytes);
 std::string decode(std::string_view text);
 /// With each encoding in lower case digits, and none where the plain byte means the same.

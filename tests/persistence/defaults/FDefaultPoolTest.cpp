@@ -2,6 +2,7 @@
 #include "foundation/ClassFactory.h"
 #include "persistence/defaults/DefaultPoolFixture.h"
 #include "persistence/files/FNFileSystem.h"
+#include "persistence/urls/FUrl.h"
 #include "persistence/xml/XmlFile.h"
 #include "support/FailingAllocation.h"
 
@@ -204,12 +205,37 @@ TEST_P(FDefaultPoolTest, RunsCallbacksThatAddOthers) {
 }
 
 TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
-    const FNPath path("/music/takes/one.wav");
-    path.saveDefault("Import");
-    FNPath other("x.wav");
-    EXPECT_TRUE(other.loadDefault("Import"));
-    EXPECT_EQ(other.toUtf8(), "/music/takes/x.wav");
-    EXPECT_FALSE(other.loadDefault("Export"));
+    FNPath located("takes/one.wav", FNPath::temporary);
+    FNPath::setKnownFolder(FNPath::temporary, "/te mp");
+    const FUrl away(ConstString("vfs://host/a%20b/one.wav"));
+    const FUrl host(ConstString("vfs://host/one.wav"));
+    const FNPath plain("/my music/one.wav");
+    const FUrl onDisk(plain);
+    const FPath root("/");
+    struct Case {
+        const FPath* saved;
+        const char* path; ///< what "x y.wav" then is as a path of the disk; null where it can't be one
+        const char* url;  ///< and "x%20y.wav" as a URL
+    };
+    for (const Case& c :
+         {Case{&plain, "/my music/x y.wav", "file:///my%20music/x%20y.wav"},
+          Case{&located, "/te mp/takes/x y.wav", "file:///te%20mp/takes/x%20y.wav"},
+          Case{&onDisk, "/my music/x y.wav", "file:///my%20music/x%20y.wav"},
+          Case{&root, "/x y.wav", "file:///x%20y.wav"}, Case{&away, nullptr, "vfs://host/a%20b/x%20y.wav"},
+          Case{&host, nullptr, "vfs://host/x%20y.wav"}}) {
+        SCOPED_TRACE(c.saved->toUtf8());
+        c.saved->saveDefault("Import");
+        FNPath path("x y.wav");
+        EXPECT_EQ(path.loadDefault("Import"), c.path != nullptr);
+        EXPECT_EQ(path.toUtf8(), c.path ? c.path : "x y.wav");
+        for (const char* from : {"http://other/z/x%20y.wav", "x y.wav"}) {
+            FUrl url{ConstString(from)};
+            EXPECT_TRUE(url.loadDefault("Import"));
+            EXPECT_EQ(url.toUtf8(), c.url);
+        }
+        EXPECT_FALSE(path.loadDefault("Export"));
+    }
+    FNPath::setKnownFolder(FNPath::temporary, "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolTest, ::testing::Values(false, true),

@@ -83,14 +83,20 @@ TEST(FPath, GivesItsNameAnExtension) {
         bool replace;
         const char* expected;
     };
-    for (const auto& c : {Case{"Layout", false, "Layout.xml"}, Case{"Layout.bin", false, "Layout.bin"},
-                          Case{"Layout.bin", true, "Layout.xml"}, Case{".hidden", false, ".hidden.xml"},
-                          Case{"ends.", false, "ends.xml"}, Case{"a.b.", true, "a.xml"},
-                          Case{"a/b.c/Layout", true, "a/b.c/Layout.xml"}}) {
+    for (const auto& c :
+         {Case{"Layout", false, "Layout.xml"}, Case{"Layout.bin", false, "Layout.bin"},
+          Case{"Layout.bin", true, "Layout.xml"}, Case{".hidden", false, ".hidden.xml"},
+          Case{"ends.", false, "ends.xml"}, Case{"a.b.", true, "a.xml"},
+          Case{"a/b.c/Layout", true, "a/b.c/Layout.xml"}, Case{"my.song.wav", true, "my.song.xml"},
+          Case{"a.xml.bin", true, "a.xml"}, Case{"a.xml.backup", true, "a.xml"}}) {
         FPath path{ConstString(c.name)};
         path.setFileType(FFileType::xmlFile(), c.replace);
         EXPECT_EQ(path.toUtf8(), c.expected);
     }
+    FPath packed("kit.tar.gz");
+    packed.setFileType(FFileType("Packed", "TAR.gz"));
+    packed.setFileType(FFileType::xmlFile(), true);
+    EXPECT_EQ(packed.toUtf8(), "kit.xml") << "all of the earlier type's extension goes";
     FPath longName{ConstString(std::string_view(std::string(300, 'x')))};
     longName.setFileType(FFileType::xmlFile());
     EXPECT_EQ(longName.getName().size(), 259);
@@ -99,6 +105,8 @@ TEST(FPath, GivesItsNameAnExtension) {
     EXPECT_EQ(textOf(text), "xml");
     longName.getBaseName(text, true);
     EXPECT_EQ(text.size(), 255);
+    FPath("ends.").getBaseName(text, true);
+    EXPECT_EQ(textOf(text), "ends.") << "a dot at the end begins no extension";
     // Two units for each character, so that the cut at 255 falls into one.
     std::u16string clefs = u"x";
     for (int i = 0; i < 150; ++i)
@@ -136,8 +144,11 @@ TEST(FNPath, KnowsTheFoldersOfTheApplication) {
     EXPECT_TRUE(folder.has("settings/sub/of/its"));
     EXPECT_EQ(FNPath("x", FNPath::sharedData, FNPath::folderFlag, "/a/./b/").toUtf8(),
               folder / "shared/a/b/x");
-    FNPath::setKnownFolder(FNPath::userSettings, "/elsewhere");
+    FNPath::setKnownFolder(FNPath::userSettings, "/elsewhere//");
     EXPECT_EQ(moved.toUtf8(), "/elsewhere/sub/name.txt");
+    EXPECT_EQ(made.toUtf8(), "/elsewhere/deep/er/Layout") << "it is found wherever the folder lies";
+    moved.setName(ConstString(u"x\0y", 3));
+    EXPECT_EQ(moved.toUtf8(), "") << "what could not be built is not the folder itself";
     EXPECT_FALSE(FNPath::knownFolder(FNPath::temporary).empty());
 }
 
@@ -247,6 +258,10 @@ TEST(FPath, WritesNothingThatCouldNotBeReadBack) {
     EXPECT_FALSE(path.save(stream));
     EXPECT_EQ(stream.tell(), 0);
     path.setName(ConstString(std::string_view(std::string(49'996, 'x'))));
+    path.setFileType(FFileType(ConstString(std::string_view(std::string(49'997, 'x'))), {}));
+    EXPECT_FALSE(path.save(stream));
+    EXPECT_EQ(stream.tell(), 0) << "nor the name of a path whose type can't be read";
+    path.setFileType({});
     ASSERT_TRUE(path.save(stream));
     stream.rewind();
     FPath read;

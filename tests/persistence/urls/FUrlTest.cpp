@@ -80,6 +80,7 @@ TEST(FUrl, IsEmptyWhereItCannotBeBuilt) {
     url.addFolder(ConstString(u"x\0y", 3), true);
     EXPECT_FALSE(url.isValid());
     EXPECT_FALSE(FUrl("http", "host", FUrl::maxPort + 1, "x").isValid());
+    EXPECT_FALSE(FUrl::registerPort("odd", FUrl::maxPort + 1) || FUrl::registerPort("odd", -1));
 }
 
 TEST(FUrl, EncodesAndDecodes) {
@@ -169,6 +170,11 @@ TEST(FUrl, IsAPathByItsName) {
     EXPECT_EQ(url.toUtf8(), "file:///a%20b/new%20name.xml/");
     url.setFolder("/z");
     EXPECT_EQ(url.toUtf8(), "file:///z/new%20name.xml/");
+    url.setFolder("vfs://host/a%20b");
+    EXPECT_EQ(url.toUtf8(), "vfs://host/a%20b/new%20name.xml/") << "to another place";
+    FUrl slash{ConstString("vfs://host/a%2fb")};
+    slash.setFileType(FFileType::xmlFile());
+    EXPECT_EQ(slash.toUtf8(), "vfs://host/a%2fb.xml") << "a name stays one segment";
     url.setPath("only", false);
     url.setName("other");
     EXPECT_EQ(textOf(url.path()), "other");
@@ -365,6 +371,10 @@ TEST(FUrl, NeverLeavesTheFolderOfADocument) {
         {"link.txt", nullptr},
         {"x\ny", nullptr},
     };
+    std::string endless;
+    while (endless.size() < 2'000'000)
+        endless += "a/";
+    FUrl::resolveInside(skin, endless); // comes back before the test's time is up
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reference);
         EXPECT_EQ(FUrl::resolveInside(skin, c.reference), c.resolved ? skin + c.resolved : "");
