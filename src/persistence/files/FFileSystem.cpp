@@ -1,9 +1,11 @@
 #include "persistence/files/FFileSystem.h"
 
+#include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/UpdateHandler.h"
 #include "persistence/files/FPath.h"
 #include "persistence/files/PathText.h"
+#include "persistence/mounts/FMountTable.h"
 
 #include <new>
 #include <string_view>
@@ -45,11 +47,26 @@ bool FFileSystem::makeLegalName(String& text, char16_t replacement) try {
     return false;
 }
 
+int64_t FFileSystem::getFileSize(FStream& stream) {
+    int64_t size = -1;
+    Ref<ISizeableStream> sizeable;
+    if (stream.queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok)
+        return sizeable->getStreamSize(size) == Result::ok ? size : -1;
+    const int64_t place = stream.tell();
+    size = stream.seek(0, FStream::fromEnd);
+    return stream.seek(place, FStream::fromStart) == place ? size : -1;
+}
+
 bool FFileSystem::setFileTime(const FPath&, const platform::CalendarTime&, const platform::CalendarTime&) {
     return false;
 }
 
 void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {
+    if (kind != fileWritten && kind != folderCreated) {
+        FMountTable::forget(path);
+        if (const auto* earlier = cast<FPath>(castToCmObject(data)))
+            FMountTable::forget(*earlier);
+    }
     auto* handler = UpdateHandler::current();
     const Ref<FMessage> message = FMessage::named(kind == folderRenamed ? "PathChanged" : "FileSystemChange");
     const Ref<CmObject> copy = Ref<CmObject>::adopt(path.clone());

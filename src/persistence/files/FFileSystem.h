@@ -73,7 +73,7 @@ public:
     virtual bool getFileTime(const FPath& path, platform::CalendarTime* created,
                              platform::CalendarTime* written, platform::CalendarTime* read) = 0;
     /// The length of an open file in bytes, -1 when it isn't known.
-    virtual int64_t getFileSize(FStream& stream) = 0;
+    virtual int64_t getFileSize(FStream& stream);
     /// In bytes; -1 when it can't be read.
     virtual int64_t getFileSizeOf(const FPath& path) = 0;
     virtual bool isReadOnly(const FPath& path) = 0;
@@ -88,7 +88,8 @@ public:
     virtual Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) = 0;
     /// Hands all dependents the message "FileSystemChange", and for `folderRenamed` "PathChanged". Its
     /// attributes: "Path", a copy of `path`; "Kind", of `Change`; "Data", the object that is given, for what
-    /// was renamed its earlier path. Without memory nobody is told.
+    /// was renamed its earlier path. Without memory nobody is told. What is mounted of a file that went is
+    /// unmounted first.
     virtual void notify(int32_t kind, const FPath& path, FInterface* data = nullptr);
     /// In local time. False where a place keeps no times; that is all there is by default.
     virtual bool setFileTime(const FPath& path, const platform::CalendarTime& written,

@@ -1,6 +1,7 @@
 #include "persistence/files/FNFileIterator.h"
 
 #include "persistence/files/FNFileSystem.h"
+#include "persistence/files/PathText.h"
 
 #include <algorithm>
 #include <new>
@@ -35,10 +36,8 @@ bool passes(const FNFileSearch& search) {
         return false;
     if (search.found.isFolder() || search.extensions.empty())
         return true;
-    String extension;
-    search.found.getExtension(extension);
-    return std::ranges::any_of(search.extensions, [&extension](const String& wanted) {
-        return extension.compare(wanted, ConstString::all, true) == 0;
+    return std::ranges::any_of(search.extensions, [&search](const String& wanted) {
+        return findExtension(search.found.getName(), wanted) != ConstString::notFound;
     });
 }
 
@@ -65,6 +64,7 @@ bool FNFileSystem::findNext(FNFileSearch& search) try {
         const platform::FolderEntry& entry = search.entries[search.next++];
         search.found.setPath(ConstString(std::string_view(search.folder + entry.name)),
                              entry.kind == platform::FileKind::folder);
+        search.found.setIsHidden(entry.isHidden);
         if (search.found.isValid() && passes(search))
             return true;
     }

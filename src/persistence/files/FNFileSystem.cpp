@@ -64,24 +64,39 @@ uint32_t accessOf(uint32_t mode) {
     return access;
 }
 
-Ref<FStream> streamOf(platform::File file, const FPath& path, uint32_t mode, int32_t sectorSize) {
+Ref<FUrl> urlOf(const FPath& path) {
+    auto url = make<FUrl>(path);
+    if (!url->isValid())
+        throw std::bad_alloc();
+    return url;
+}
+
+Ref<FFileStream> streamOf(platform::File file, FUrl& url, uint32_t mode, int32_t sectorSize) {
     auto stream = make<FFileStream>(std::move(file), mode, sectorSize);
-    stream->setUrl(make<FUrl>(path).get());
+    stream->setUrl(&url);
     return stream;
+}
+
+void cutFinalSeparators(std::string& native) {
+    while (native.size() > 1 && native.ends_with('/'))
+        native.pop_back();
 }
 
 /// Whether a path leads into a file as if that were a folder.
 bool isBelowFile(std::string native) {
-    platform::FileInfo info = infoAt(native);
-    bool isItself = true;
-    while (info.kind == platform::FileKind::none && native.size() > 1) {
-        native = folderOfNative(native);
-        while (native.size() > 1 && native.ends_with('/'))
-            native.pop_back();
-        info = infoAt(native);
-        isItself = false;
+    cutFinalSeparators(native);
+    if (native.size() > FMountTable::maxPathLength || infoAt(native).kind != platform::FileKind::none)
+        return false;
+    for (;;) {
+        const size_t cut = native.find_last_of('/');
+        if (cut == std::string::npos || cut == 0)
+            return false;
+        native.resize(cut);
+        cutFinalSeparators(native);
+        const platform::FileKind kind = infoAt(native).kind;
+        if (kind != platform::FileKind::none)
+            return kind == platform::FileKind::file;
     }
-    return !isItself && info.kind == platform::FileKind::file;
 }
 
 /// Also a plain path whose text has a scheme.
@@ -142,18 +157,26 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
     if (const Ref<FFileSystem> away = awayAt(path))
         return away->createFile(path, mode, error);
     const std::string native = nativeOf(path);
-    const uint32_t access =
-        accessOf(mode | FFileStream::writeAccess) | platform::openCreate | platform::openTruncate;
+    if (native.empty()) {
+        succeeded(platform::FileError::notSupported(), error);
+        return nullptr;
+    }
+    const uint32_t access = accessOf(mode | FFileStream::writeAccess) | platform::openCreate;
     constexpr uint32_t makesPath = FFileStream::writeAccess | FFileStream::createPath;
+    const Ref<FUrl> url = urlOf(path);
     platform::File file;
-    platform::FileError failure =
-        native.empty() ? platform::FileError::notSupported() : file.open(native, access);
+    platform::FileError failure = file.open(native, access);
     if (failure && (mode & makesPath) == makesPath && createParents(path, false))
         failure = file.open(native, access);
     if (!succeeded(failure, error))
         return nullptr;
     const int32_t sectorSize = mode & FFileStream::unbuffered ? platform::getSectorSize(native) : 0;
-    return streamOf(std::move(file), path, mode | FFileStream::writeAccess, sectorSize);
+    Ref<FFileStream> stream = streamOf(std::move(file), *url, mode | FFileStream::writeAccess, sectorSize);
+    // Last, since nothing brings the earlier contents back.
+    if (stream->setLength(0))
+        return stream;
+    succeeded({stream->getLastError()}, error);
+    return nullptr;
 } catch (const std::bad_alloc&) {
     succeeded(platform::FileError::outOfMemory(), error);
     return nullptr;
@@ -191,7 +214,7 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
     }
     if (!succeeded(failure, error))
         return nullptr;
-    return streamOf(std::move(file), path, mode, sectorSize);
+    return streamOf(std::move(file), *urlOf(path), mode, sectorSize);
 } catch (const std::bad_alloc&) {
     succeeded(platform::FileError::outOfMemory(), error);
     return nullptr;
@@ -203,8 +226,10 @@ bool FNFileSystem::closeFile(Ref<FStream> stream) {
     if (auto* mounted = cast<MountedStream>(stream.get()))
         return mounted->mount()->closeFile(std::move(stream));
     auto* file = cast<FFileStream>(stream.get());
-    if (!file)
-        return true;
+    if (!file) {
+        stream->flush();
+        return stream->isValid();
+    }
     file->close();
     return file->getLastError() == 0;
 }
@@ -245,6 +270,9 @@ bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
     const std::string name = toNativeText(newName);
     if (native.empty() || !isOnePart(newName) || !moveTo(native, folderOfNative(native) + name))
         return false;
+    // A folder without a name behind it bears its own one.
+    if (path.getName().isEmpty())
+        path.setPath(String(path.getFolder()), true);
     path.setName(newName);
     return true;
 } catch (const std::bad_alloc&) {
@@ -344,16 +372,6 @@ bool FNFileSystem::setFileTime(const FPath& path, const platform::CalendarTime& 
                                             platform::fromLocalTime(read)));
 } catch (const std::bad_alloc&) {
     return false;
-}
-
-int64_t FNFileSystem::getFileSize(FStream& stream) {
-    int64_t size = -1;
-    Ref<ISizeableStream> sizeable;
-    if (stream.queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok)
-        return sizeable->getStreamSize(size) == Result::ok ? size : -1;
-    const int64_t place = stream.tell();
-    size = stream.seek(0, FStream::fromEnd);
-    return stream.seek(place, FStream::fromStart) == place ? size : -1;
 }
 
 int64_t FNFileSystem::getFileSizeOf(const FPath& path) try {

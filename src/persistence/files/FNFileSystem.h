@@ -48,7 +48,6 @@ public:
     bool deleteFolder(const FPath& path) override;
     bool getFileTime(const FPath& path, platform::CalendarTime* created, platform::CalendarTime* written,
                      platform::CalendarTime* read) override;
-    int64_t getFileSize(FStream& stream) override;
     int64_t getFileSizeOf(const FPath& path) override;
     bool isReadOnly(const FPath& path) override;
     bool isWriteProtected(const FPath& path) override;
@@ -64,8 +63,8 @@ public:
     /// name in `path`. The caller deletes it. Null, and no file, on failure.
     Ref<FStream> createTempFile(FNPath& path);
     /// The entries of a folder, "." and ".." left out, one after the other: false at the end and for a folder
-    /// that can't be read. `mask` lets only files of some extensions pass, "*.wav;*.aif", case aside; all of
-    /// them when it is empty. Folders pass whatever it is. `mode` of `IteratorMode`.
+    /// that can't be read. `mask` lets only files of some extensions pass, "*.wav;*.tar.gz", case aside; all
+    /// of them when it is empty. Folders pass whatever it is. `mode` of `IteratorMode`.
     bool findFirst(const FPath& folder, const ConstString& mask, FNFileSearch& search, int32_t mode = 0);
     bool findNext(FNFileSearch& search);
     /// To the user's bin, a folder with all that is in it; what can't go there stays.
@@ -93,7 +92,8 @@ public:
     /// Nobody may write it, or its owner may again.
     bool setReadOnly(const FPath& path, bool on);
 
-    /// The whole file; false when it can't be read or is longer than `limit` bytes.
+    /// The whole file, wherever it lies; false, and `bytes` as they were, when it can't be read or is longer
+    /// than `limit` bytes.
     bool readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error = nullptr);
 
     /// The path as the system's calls take it; empty for one that leads to no place on the disk. Throws

@@ -5,12 +5,21 @@
 
 #include <iterator>
 #include <new>
+#include <system_error>
 
 namespace qorl {
 
 namespace {
 
 constexpr const char* sizeUnits[] = {"B", "KB", "MB", "GB", "TB"};
+
+constexpr int32_t readAtOnce = 64 * 1024;
+
+bool refuse(int32_t* error, std::errc reason) {
+    if (error)
+        *error = static_cast<int32_t>(reason);
+    return false;
+}
 
 bool isFolderAt(const std::string& native) {
     platform::FileInfo info;
@@ -142,18 +151,30 @@ bool FNFileSystem::setReadOnly(const FPath& path, bool on) try {
 }
 
 bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error) try {
-    std::vector<uint8_t> content;
-    const platform::FileError failure = platform::readWholeFile(nativeOf(path), content, limit);
-    if (error)
-        *error = failure.code;
-    if (failure)
+    const Ref<CmObject> place = Ref<CmObject>::adopt(path.clone());
+    if (!place)
+        throw std::bad_alloc();
+    constexpr uint32_t mode =
+        FFileStream::readAccess | FFileStream::shareRead | FFileStream::shareWrite | FFileStream::sequential;
+    const Ref<FStream> stream = openFile(static_cast<FPath&>(*place), mode, error);
+    if (!stream)
         return false;
-    bytes.assign(content.begin(), content.end());
+    std::string content;
+    std::vector<char> block(readAtOnce);
+    for (;;) {
+        const int64_t got = stream->read(block.data(), readAtOnce);
+        if (got < 0 || !stream->isValid())
+            return refuse(error, std::errc::io_error);
+        if (got == 0)
+            break;
+        content.append(block.data(), static_cast<size_t>(got));
+        if (static_cast<int64_t>(content.size()) > limit)
+            return refuse(error, std::errc::file_too_large);
+    }
+    bytes = std::move(content);
     return true;
 } catch (const std::bad_alloc&) {
-    if (error)
-        *error = platform::FileError::outOfMemory().code;
-    return false;
+    return refuse(error, std::errc::not_enough_memory);
 }
 
 } // namespace qorl

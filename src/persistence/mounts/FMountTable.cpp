@@ -2,6 +2,7 @@
 
 #include "foundation/Singleton.h"
 #include "persistence/files/FNFileSystem.h"
+#include "persistence/files/PathText.h"
 #include "persistence/mounts/FVFileSystem.h"
 #include "persistence/urls/UrlBytes.h"
 #include "platform/Threads.h"
@@ -52,13 +53,20 @@ auto withPath(std::string_view key, Use use) {
     return url.getNativePath(native) ? use(static_cast<FPath&>(native)) : use(static_cast<FPath&>(url));
 }
 
-/// The disk is asked below its file system, which would ask the table in turn.
-bool isFileIn(FFileSystem& holder, std::string_view key) {
+/// What stands on the disk, which is asked below its file system: that would ask the table in turn.
+platform::FileInfo infoOnDisk(std::string_view key) {
     platform::FileInfo info;
-    if (&holder != FNFileSystem::instance())
-        return holder.getFileSizeOf(urlOf(key)) >= 0;
     withPath(key, [&](FPath& path) { return platform::getFileInfo(path.toUtf8(), info); });
-    return info.kind == platform::FileKind::file;
+    return info;
+}
+
+bool isOnDisk(const FFileSystem& holder) {
+    return &holder == FNFileSystem::instance();
+}
+
+bool isFileIn(FFileSystem& holder, std::string_view key) {
+    return isOnDisk(holder) ? infoOnDisk(key).kind == platform::FileKind::file
+                            : holder.getFileSizeOf(urlOf(key)) >= 0;
 }
 
 Ref<IVirtualFileSystem> faceOf(FInterface* instance) {
@@ -76,24 +84,18 @@ void forEachType(IVirtualFileSystem& instance, Visit visit) {
 }
 
 bool holdsTypeOf(IVirtualFileSystem& instance, const FUrl& url) {
-    String extension;
-    url.getExtension(extension);
-    const FFileType wanted({}, extension);
     bool isFound = false;
-    forEachType(instance, [&](const FFileType& type) {
-        isFound = isFound || (!extension.isEmpty() && type.isEqual(static_cast<const CmObject*>(&wanted)));
-    });
+    forEachType(instance, [&](const FFileType& type) { isFound = isFound || type.holds(url.getName()); });
     return isFound;
 }
 
 /// Whether a name, in the form of a URL, ends in one of the extensions.
 bool hasExtension(std::string_view segment, const std::vector<String>& extensions) {
-    const size_t dot = segment.rfind('.');
-    if (extensions.empty() || dot == std::string_view::npos || dot == 0)
+    if (extensions.empty() || segment.find('.') == std::string_view::npos)
         return false;
-    const std::string extension = urlbytes::decode(segment.substr(dot + 1));
+    const std::string name = urlbytes::decode(segment);
     return std::ranges::any_of(extensions, [&](const String& known) {
-        return known.compare(ConstString(std::string_view(extension)), ConstString::all, true) == 0;
+        return findExtension(ConstString(std::string_view(name)), known) != ConstString::notFound;
     });
 }
 
@@ -140,9 +142,9 @@ void FMountTable::removeComponent(const CmObject* component) {
     }
     for (auto next = mounts_.begin(); next != mounts_.end();) {
         const auto mount = next++;
-        if (mount->second->component() != component)
+        if (mount->second.files->component() != component)
             continue;
-        mount->second->remove();
+        mount->second.files->remove();
         removed.insert(mounts_.extract(mount));
     }
     areExtensionsKnown_ = false;
@@ -183,7 +185,10 @@ std::vector<String> FMountTable::knownExtensions() {
     for (const Component& each : components()) {
         const Ref<FInterface> made = each.create(each.component.get());
         if (const Ref<IVirtualFileSystem> instance = faceOf(made.get()))
-            forEachType(*instance, [&](const FFileType& type) { extensions.push_back(type.extension()); });
+            forEachType(*instance, [&](const FFileType& type) {
+                extensions.push_back(type.dosType());
+                extensions.push_back(type.unixType());
+            });
     }
     const FGuard guard(lock_);
     if (generation == generation_) {
@@ -207,10 +212,28 @@ Ref<FFileSystem> FMountTable::findArchive(const FUrl& url) {
     return archives ? archives->findArchive(url) : nullptr;
 }
 
-Ref<FRemovableFileSystem> FMountTable::standing(std::string_view key) {
-    const FGuard guard(lock_);
-    const auto found = mounts_.find(key);
-    return found == mounts_.end() ? nullptr : found->second;
+FMountTable::FileId FMountTable::fileIn(FFileSystem& holder, std::string_view key) {
+    if (!isOnDisk(holder))
+        return {};
+    const platform::FileInfo info = infoOnDisk(key);
+    return {info.volume, info.serial};
+}
+
+/// The mount of a file, if it still is that file: other programs replace and delete without a word. As long
+/// as it is mounted, it is open, and no other file gets its number.
+Ref<FRemovableFileSystem> FMountTable::standing(FFileSystem& holder, std::string_view key) {
+    Mount mount;
+    {
+        const FGuard guard(lock_);
+        const auto found = mounts_.find(key);
+        if (found == mounts_.end())
+            return nullptr;
+        mount = found->second;
+    }
+    if (fileIn(holder, key) == mount.file)
+        return mount.files;
+    takeOut(key, Unmount::always, mount.files.get());
+    return nullptr;
 }
 
 /// The file system that has what lies behind `key` up to `end`, and whether that is a mounted file.
@@ -234,7 +257,7 @@ Ref<FFileSystem> FMountTable::findHolder(const FUrl& url, const std::string& key
         const std::string_view prefix = std::string_view(key).substr(0, to);
         const std::string_view segment = prefix.substr(from);
         from = to + 1;
-        Ref<FRemovableFileSystem> mounted = standing(prefix);
+        Ref<FRemovableFileSystem> mounted = standing(*holder, prefix);
         if (!mounted && hasExtension(segment, extensions)) {
             if (isFileIn(*holder, prefix))
                 mounted = mountIn(*holder, std::string(prefix));
@@ -277,11 +300,12 @@ Ref<FFileSystem> FMountTable::mount(const FUrl& url) try {
     const std::string key = mountKey(url);
     if (key.empty())
         return nullptr;
-    if (Ref<FRemovableFileSystem> mounted = standing(key))
-        return mounted;
     bool isMount = false;
     const Ref<FFileSystem> holder = findHolder(url, key, key.rfind('/'), isMount);
-    return holder ? mountIn(*holder, key) : nullptr;
+    if (!holder)
+        return nullptr;
+    const Ref<FRemovableFileSystem> mounted = standing(*holder, key);
+    return mounted ? mounted : mountIn(*holder, key);
 } catch (const std::bad_alloc&) {
     return nullptr;
 }
@@ -305,7 +329,7 @@ Ref<FRemovableFileSystem> FMountTable::mountIn(FFileSystem& holder, const std::s
     {
         const FGuard guard(lock_);
         if (const auto found = mounts_.find(key); found != mounts_.end())
-            return found->second;
+            return found->second.files;
         const auto [place, isFirst] = underWay_.try_emplace(key, own);
         if (!isFirst)
             other = place->second;
@@ -323,7 +347,10 @@ Ref<FRemovableFileSystem> FMountTable::mountIn(FFileSystem& holder, const std::s
         return other->result;
     }
     Ref<FRemovableFileSystem> made;
+    FileId file;
     try {
+        // First, so that one that is replaced meanwhile is mounted anew.
+        file = fileIn(holder, key);
         made = makeMount(holder, urlOf(key));
     } catch (const std::bad_alloc&) {
         made = nullptr;
@@ -332,7 +359,7 @@ Ref<FRemovableFileSystem> FMountTable::mountIn(FFileSystem& holder, const std::s
         const FGuard guard(lock_);
         try {
             // The component may have gone meanwhile.
-            if (made && has(made->component()) && mounts_.try_emplace(key, made).second)
+            if (made && has(made->component()) && mounts_.try_emplace(key, Mount{made, file}).second)
                 own->result = made;
         } catch (const std::bad_alloc&) {
             own->result = nullptr;
@@ -370,19 +397,23 @@ Ref<FRemovableFileSystem> FMountTable::makeMount(FFileSystem& holder, const FUrl
     return nullptr;
 }
 
-/// The mount of a file with all that stand on it.
-FMountTable::Mounts FMountTable::takeOut(std::string_view key, Unmount how) {
+/// What is mounted of a file or in a folder, with all that stand on it; nothing unless the mount of the file
+/// is `only`.
+FMountTable::Mounts FMountTable::takeOut(std::string_view key, Unmount how,
+                                         const FRemovableFileSystem* only) {
     Mounts removed;
     const FGuard guard(lock_);
-    const auto found = mounts_.find(key);
-    if (found == mounts_.end() || (how == Unmount::ifUnused && found->second->hasOpenFiles()))
+    std::vector<Mounts::iterator> inside;
+    for (auto next = mounts_.lower_bound(key); next != mounts_.end() && next->first.starts_with(key); ++next)
+        if (next->first.size() == key.size() || next->first[key.size()] == '/')
+            inside.push_back(next);
+    const bool isOther = only && (inside.empty() || inside.front()->second.files != only);
+    const bool isUsed = std::ranges::any_of(
+        inside, [](const Mounts::iterator& mount) { return mount->second.files->hasOpenFiles(); });
+    if (isOther || (how == Unmount::ifUnused && isUsed))
         return removed;
-    for (auto next = found; next != mounts_.end() && next->first.starts_with(key);) {
-        const auto mount = next++;
-        const bool isInside = mount->first.size() == key.size() || mount->first[key.size()] == '/';
-        if (!isInside)
-            continue;
-        mount->second->remove();
+    for (const Mounts::iterator& mount : inside) {
+        mount->second.files->remove();
         removed.insert(mounts_.extract(mount));
     }
     noteUse();
@@ -390,10 +421,20 @@ FMountTable::Mounts FMountTable::takeOut(std::string_view key, Unmount how) {
 }
 
 bool FMountTable::unmount(const FUrl& url, Unmount how) try {
+    {
+        const FGuard guard(lock_);
+        if (mounts_.empty())
+            return false;
+    }
     const std::string key = mountKey(url);
     return !key.empty() && !takeOut(key, how).empty();
 } catch (const std::bad_alloc&) {
     return false;
+}
+
+void FMountTable::forget(const FPath& path) {
+    if (auto* table = mountTable.peek(); table && table->isUsed_)
+        table->unmount(FUrl(path));
 }
 
 void FMountTable::unmountAll() {
@@ -401,7 +442,7 @@ void FMountTable::unmountAll() {
     const FGuard guard(lock_);
     removed.swap(mounts_);
     for (const auto& mount : removed)
-        mount.second->remove();
+        mount.second.files->remove();
     noteUse();
 }
 

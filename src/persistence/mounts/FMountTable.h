@@ -18,7 +18,8 @@ namespace qorl {
 ///
 /// Components of the category "VirtualFileSystem" say which types of files can be mounted; the component
 /// registry enters them here. Archives register themselves here for "archive:" URLs. A file is mounted once,
-/// whoever asks and by whatever spelling of its path, and stays so until `unmount`.
+/// whoever asks and by whatever spelling of its path, and stays so until `unmount`, or until another file
+/// stands in its place.
 ///
 /// Threading: any. Two threads that ask for the same file get one mount: the second waits. Components and
 /// file systems are called without the lock.
@@ -71,7 +72,11 @@ public:
     /// for reading. Null when no component has its type, when it can't be opened, and when none of them can
     /// do anything with its contents.
     Ref<FFileSystem> mount(const FUrl& url);
+    /// The file at `url`, or all files in the folder at `url`, with all that are mounted in them. False when
+    /// none was mounted.
     bool unmount(const FUrl& url, Unmount how = Unmount::always);
+    /// A file or a folder has gone, or something else has come in its place: what is mounted of it goes.
+    static void forget(const FPath& path);
     void unmountAll();
 
     /// The part of `path` that lies in the file `mounted`: its names, plain, in UTF-8, joined by `/`. Empty
@@ -84,10 +89,21 @@ private:
         Ref<CmObject> component;
         CreateInstance create;
     };
-    using Mounts = std::map<std::string, Ref<FRemovableFileSystem>, std::less<>>;
+    /// Which file stands at a key, whatever is written into it; all 0 for one that is not on the disk.
+    struct FileId {
+        uint64_t volume = 0;
+        uint64_t serial = 0;
+        bool operator==(const FileId&) const = default;
+    };
+    struct Mount {
+        Ref<FRemovableFileSystem> files;
+        FileId file;
+    };
+    using Mounts = std::map<std::string, Mount, std::less<>>;
 
     Ref<FFileSystem> findHolder(const FUrl& url, const std::string& key, size_t end, bool& isMount);
-    Ref<FRemovableFileSystem> standing(std::string_view key);
+    static FileId fileIn(FFileSystem& holder, std::string_view key);
+    Ref<FRemovableFileSystem> standing(FFileSystem& holder, std::string_view key);
     Ref<FRemovableFileSystem> mountIn(FFileSystem& holder, const std::string& key);
     Ref<FRemovableFileSystem> makeMount(FFileSystem& holder, const FUrl& url);
     Ref<FFileSystem> findArchive(const FUrl& url);
@@ -95,7 +111,7 @@ private:
     std::vector<Component> components();
     bool has(const CmObject* component) const;
     bool wouldWaitForItself(const Mounting& mounting) const;
-    Mounts takeOut(std::string_view key, Unmount how);
+    Mounts takeOut(std::string_view key, Unmount how, const FRemovableFileSystem* only = nullptr);
     void noteUse();
 
     FLock lock_{"FMountTable"};

@@ -4,6 +4,7 @@
 #include "persistence/files/FFileIterator.h"
 #include "persistence/files/FPath.h"
 #include "persistence/files/PathText.h"
+#include "persistence/mounts/FMountTable.h"
 #include "persistence/mounts/MountedStream.h"
 
 #include <new>
@@ -69,6 +70,7 @@ bool FRemovableFileSystem::hasOpenFiles() {
 Ref<FStream> FRemovableFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
     if (!mayOpen(mode | FFileStream::writeAccess, error))
         return nullptr;
+    FMountTable::forget(path);
     Ref<FStream> stream = files_->createFile(path, mode, error);
     return stream ? wrap(std::move(stream)) : nullptr;
 } catch (const std::bad_alloc&) {
@@ -125,6 +127,7 @@ bool FRemovableFileSystem::move(FPath& path, const FPath& newFolder) {
 bool FRemovableFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* progress) {
     if (!mayDo(reading | writing) || !files_->copy(from, to, progress))
         return false;
+    FMountTable::forget(to);
     notify(fileWritten, to);
     return true;
 }

@@ -20,7 +20,11 @@ FPath* FVFileIterator::next() {
             continue;
         current_ = folder_;
         current_.addPathSegment(entry.name, isFolder);
-        isAtEntry_ = true;
+        // A copy without memory has no scheme, and would name a file of the disk.
+        if (current_.scheme().isEmpty())
+            place_ = entries_.size();
+        else
+            isAtEntry_ = true;
     }
     return getCurrent();
 }

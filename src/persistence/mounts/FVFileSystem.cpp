@@ -4,6 +4,7 @@
 #include "foundation/Singleton.h"
 #include "persistence/files/FileCopying.h"
 #include "persistence/files/PathText.h"
+#include "persistence/mounts/FMountTable.h"
 #include "persistence/mounts/FVFileIterator.h"
 #include "persistence/mounts/FVfsHandler.h"
 #include "persistence/urls/UrlBytes.h"
@@ -85,16 +86,17 @@ bool FVFileSystem::registerService(const ConstString& uri, Ref<VirtualFileServic
         url.hasScheme(FUrl::networkScheme))
         return false;
     std::string key = serviceKey(url, url.host().toUtf8());
+    // A service that is not held may go, so it comes last.
+    if (!urls->registerHandler(url.scheme().toUtf8(), &FVfsHandler::create))
+        return false;
     Ref<VirtualFileService> earlier; // goes when the lock is open again
-    {
-        const FGuard guard(lock_);
-        const auto found = std::ranges::find(services_, key, &Registered::uri);
-        if (found != services_.end())
-            earlier = std::exchange(found->service, std::move(service));
-        else
-            services_.push_back({std::move(key), std::move(service)});
-    }
-    return urls->registerHandler(url.scheme().toUtf8(), &FVfsHandler::create);
+    const FGuard guard(lock_);
+    const auto found = std::ranges::find(services_, key, &Registered::uri);
+    if (found != services_.end())
+        earlier = std::exchange(found->service, std::move(service));
+    else
+        services_.push_back({std::move(key), std::move(service)});
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -151,12 +153,14 @@ bool FVFileSystem::ask(const FPath& path, Call call) try {
 }
 
 Ref<FStream> FVFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) {
-    mode |= FFileStream::writeAccess;
+    constexpr uint32_t makesPath = FFileStream::writeAccess | FFileStream::createPath;
     Ref<FStream> stream;
     const auto create = [&](VirtualFileService& service, const FUrl& url) {
-        return openAt(url, stream, [&] { return service.createFile(url, mode, stream); });
+        FMountTable::forget(url);
+        return openAt(url, stream,
+                      [&] { return service.createFile(url, mode | FFileStream::writeAccess, stream); });
     };
-    if (!ask(path, create) && (mode & FFileStream::createPath)) {
+    if (!ask(path, create) && (mode & makesPath) == makesPath) {
         const VfsResult first = lastResult();
         // Which folder could not be made says less than why the file could not.
         if (!createParents(path, false) || !ask(path, create))
@@ -301,18 +305,6 @@ bool FVFileSystem::setFileTime(const FPath& path, const platform::CalendarTime& 
     });
 }
 
-int64_t FVFileSystem::getFileSize(FStream& stream) {
-    int64_t size = -1;
-    Ref<ISizeableStream> sizeable;
-    if (stream.queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok &&
-        sizeable->getStreamSize(size) == Result::ok)
-        return size;
-    const int64_t place = stream.tell();
-    size = stream.seek(0, FStream::fromEnd);
-    stream.seek(place, FStream::fromStart);
-    return size < 0 ? -1 : size;
-}
-
 int64_t FVFileSystem::getFileSizeOf(const FPath& path) {
     VirtualFileService::Info info;
     return infoOf(path, info) && info.kind == Kind::file ? info.size : -1;
@@ -329,6 +321,8 @@ bool FVFileSystem::isWriteProtected(const FPath& path) {
 
 bool FVFileSystem::createParents(const FPath& path, bool isFolder) try {
     FUrl folder(path);
+    if (!serviceFor(folder))
+        return finish(VfsResult(VfsError::noFileSystem));
     if (!isFolder)
         folder.up();
     const std::u16string whole(folder.path().view16());

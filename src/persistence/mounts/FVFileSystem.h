@@ -53,7 +53,6 @@ public:
     bool deleteFolder(const FPath& path) override;
     bool getFileTime(const FPath& path, platform::CalendarTime* created, platform::CalendarTime* written,
                      platform::CalendarTime* read) override;
-    int64_t getFileSize(FStream& stream) override;
     int64_t getFileSizeOf(const FPath& path) override;
     bool isReadOnly(const FPath& path) override;
     bool isWriteProtected(const FPath& path) override;

@@ -2,7 +2,7 @@
 
 #include "persistence/mounts/FVFileSystem.h"
 
-#include <utility>
+#include <system_error>
 
 namespace qorl {
 
@@ -13,7 +13,14 @@ bool FVfsHandler::open() {
         return false;
     stream_ = files->openFile(url_, FFileStream::readAccess | FFileStream::shareRead);
     size_ = stream_ ? files->getFileSize(*stream_) : -1;
-    return stream_ != nullptr;
+    if (stream_)
+        return true;
+    // Services fail by what they are made of; that nothing is there tells more.
+    const VfsResult result = FVFileSystem::lastResult();
+    const bool isMissing = !files->exists(url_) && !FVFileSystem::lastResult();
+    error_ = isMissing ? static_cast<int32_t>(std::errc::no_such_file_or_directory)
+                       : result.default_error_condition().value();
+    return false;
 }
 
 void FVfsHandler::close() {

@@ -8,7 +8,8 @@ namespace qorl {
 /// What an operation of a virtual file system ends with: a number, 0 for success, and its text.
 ///
 /// `message()` of the result gives the text, `category().name()` is "system". Compare by the category object,
-/// not by that name, which the numbers of the operating system bear as well.
+/// not by that name, which the numbers of the operating system bear as well. `default_error_condition()` is
+/// what comes nearest to it among those.
 using VfsResult = std::error_code;
 
 enum class VfsError : int32_t {

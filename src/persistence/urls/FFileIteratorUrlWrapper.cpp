@@ -4,9 +4,9 @@ namespace qorl {
 
 FPath* FFileIteratorUrlWrapper::next() {
     const FPath* path = inner_ ? inner_->next() : nullptr;
-    isAtEntry_ = path != nullptr;
     if (path)
         current_ = FUrl(*path);
+    isAtEntry_ = path && current_.isValid();
     return getCurrent();
 }
 

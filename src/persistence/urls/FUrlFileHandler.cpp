@@ -9,15 +9,17 @@ namespace qorl {
 
 bool FUrlFileHandler::open() try {
     close();
+    error_ = 0;
     auto* files = FNFileSystem::instance();
     FNPath path;
     if (!files || !url_.getNativePath(path))
         return false;
-    stream_ = files->openFile(path, FFileStream::readAccess | FFileStream::shareRead);
+    stream_ = files->openFile(path, FFileStream::readAccess | FFileStream::shareRead, &error_);
     size_ = stream_ ? files->getFileSize(*stream_) : -1;
     return stream_ != nullptr;
 } catch (const std::bad_alloc&) {
     close();
+    error_ = platform::FileError::outOfMemory().code;
     return false;
 }
 

@@ -17,7 +17,7 @@ public:
     explicit FUrlHandler(const FUrl& url) : url_(url) {}
     FUrlHandler(const FUrlHandler&) = delete;
 
-    /// False when nothing can be read there; the handler is then closed.
+    /// False when nothing can be read there; the handler is then closed, and `error` may say why.
     virtual bool open() = 0;
     /// Gives up the stream. Others who hold a reference on it may go on reading, unless the class says
     /// otherwise.
@@ -31,11 +31,14 @@ public:
     virtual int64_t getSize() const;
 
     const FUrl& url() const { return url_; }
+    /// The system's number of what the last `open` failed by; 0 where it isn't known.
+    int32_t error() const { return error_; }
 
 protected:
     FUrl url_;
     Ref<FStream> stream_;
     int64_t size_ = -1;
+    int32_t error_ = 0;
 };
 
 } // namespace qorl

@@ -42,8 +42,8 @@ UrlMetaHandler::UrlMetaHandler()
 
 bool UrlMetaHandler::registerHandler(std::string_view scheme, CreateHandler create, int32_t port) try {
     std::string key = schemeKey(scheme);
-    if (port != 0)
-        FUrl::registerPort(key, port);
+    if (port != 0 && !FUrl::registerPort(key, port))
+        return false;
     const FGuard guard(lock_);
     const auto found = std::ranges::find(handlers_, key, &Entry::scheme);
     if (found != handlers_.end())
@@ -86,10 +86,11 @@ Ref<FStream> UrlMetaHandler::openUrl(const FUrl& url, int32_t* error) {
         tell(error, std::errc::protocol_not_supported);
         return nullptr;
     }
-    if (handler->open())
-        return retain(handler->getStream());
-    tell(error, std::errc::no_such_file_or_directory);
-    return nullptr;
+    FStream* stream = handler->open() ? handler->getStream() : nullptr;
+    if (!stream)
+        tell(error,
+             handler->error() != 0 ? std::errc(handler->error()) : std::errc::no_such_file_or_directory);
+    return retain(stream);
 }
 
 } // namespace qorl

@@ -31,8 +31,9 @@ public:
 
     /// Not open yet; null for a scheme that nobody reads. A path alone is read as a file.
     Ref<FUrlHandler> createHandler(const FUrl& url);
-    /// The contents, from the start; null when they can't be read. `error`, if it is given, then says why:
-    /// the system's number for "Protocol not supported" or for "No such file or directory".
+    /// The contents, from the start; null when they can't be read. `error`, if it is given, then says why, by
+    /// the system's number: "Protocol not supported" where nobody reads the scheme, what the handler tells,
+    /// or "No such file or directory".
     Ref<FStream> openUrl(const FUrl& url, int32_t* error = nullptr);
 
 private:

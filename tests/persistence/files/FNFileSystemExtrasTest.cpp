@@ -29,8 +29,11 @@ FNPath pathOf(const SettingsFolder& folder, const std::string& name) {
 
 std::string walk(FFileIterator& iterator) {
     std::string found;
-    while (const FPath* entry = iterator.next())
-        found += toNativeText(entry->getName().view16()) + (entry->isFolder() ? "/ " : " ");
+    while (const FPath* entry = iterator.next()) {
+        const std::string name = toNativeText(entry->getName().view16());
+        found += name + (entry->isFolder() ? "/ " : " ");
+        EXPECT_EQ((entry->getPathKind() & FPath::hiddenFlag) != 0, name.starts_with('.')) << name;
+    }
     return found;
 }
 
@@ -52,6 +55,7 @@ TEST(FNFileIterator, GivesWhatItsMaskAndModeAskFor) {
         {"*.wav", FFileSystem::files, "a.wav b.WAV two\nlines.wav \xE4\xFF.wav "},
         {"aif", 0, "c.aif loop/ sub/ "},
         {".aif;*.txt;", FFileSystem::files, "c.aif d.wav.txt "},
+        {"*.WAV.txt", FFileSystem::files, "d.wav.txt "},
         {"*.*", FFileSystem::files, ".wav a.wav b.WAV c.aif d.wav.txt self two\nlines.wav wav \xE4\xFF.wav "},
         {"none", FFileSystem::files, ""},
     };

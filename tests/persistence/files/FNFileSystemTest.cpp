@@ -204,6 +204,13 @@ TEST(FNFileSystem, NeverLosesAFileByCopyingIt) {
     EXPECT_EQ(std::filesystem::status(folder / "locked.txt").permissions(), rights) << "a copy that failed";
     EXPECT_TRUE(files.copy(file, locked));
     EXPECT_EQ(folder.read("locked.txt"), "contents");
+    FNPath busy(std::string_view(folder / "busy.txt"));
+    const Ref<FStream> writer = files.createFile(busy, FFileStream::writeAccess | FFileStream::shareRead);
+    EXPECT_FALSE(files.copy(file, busy)) << "what is written to the earlier file would be lost";
+    files.closeFile(writer);
+    const Ref<FStream> alone = files.openFile(busy, FFileStream::writeAccess);
+    EXPECT_FALSE(files.copy(busy, locked)) << "half of what is being written";
+    EXPECT_EQ(folder.read("locked.txt"), "contents");
 }
 
 TEST(FNFileSystem, RenamesWithinTheFolderOnly) {
@@ -216,6 +223,10 @@ TEST(FNFileSystem, RenamesWithinTheFolderOnly) {
         EXPECT_EQ(path.toUtf8(), folder / "sub/file");
     }
     EXPECT_EQ(folder.read("sub/file"), "x");
+    FNPath bare;
+    bare.setFolder(ConstString(std::string_view(folder / "sub/")));
+    EXPECT_TRUE(files.rename(bare, "tub"));
+    EXPECT_EQ(bare.toUtf8(), folder / "tub");
     FNPath relative;
     relative.setLocation(FNPath::userSettings);
     relative.setPathString("a.xml");
@@ -277,6 +288,10 @@ TEST(FNFileSystem, OpensAsItsModeSays) {
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     FNPath pipe(std::string_view(folder / "pipe"));
     EXPECT_EQ(files.openFile(pipe, readShared), nullptr) << "without waiting for its other end";
+    std::string endless = folder / "a";
+    while (endless.size() < 2'000'000)
+        endless += "/a";
+    EXPECT_FALSE(files.exists(FNPath(std::string_view(endless)))) << "and the answer comes at once";
     FNPath tooLong(std::string_view(folder / std::string(5000, 'x')));
     int32_t error = 0;
     EXPECT_EQ(files.openFile(tooLong, readShared, &error), nullptr);

@@ -2,6 +2,7 @@
 
 #include "foundation/threads/FThread.h"
 #include "persistence/SettingsFolder.h"
+#include "persistence/attributes/FAttributes.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/mounts/MemoryService.h"
 #include "persistence/mounts/PackComponent.h"
@@ -20,6 +21,10 @@ FMountTable& table() {
 
 FNPath diskPath(const std::string& path) {
     return FNPath(std::string_view(path));
+}
+
+FUrl urlAt(const std::string& url) {
+    return FUrl(ConstString(std::string_view(url)));
 }
 
 std::string readIn(const Ref<FFileSystem>& files, const FPath& path) {
@@ -178,7 +183,7 @@ TEST(FMountTable, AsksTheNextComponentWhenOneFails) {
     const MountedComponent first;
     const MountedComponent second;
     first->fails = true;
-    first->extension = "PACK";
+    first->type = FFileType("Pack", "PACK");
     const FUrl url(diskPath(folder / "a.pack"));
     EXPECT_NE(table().mount(url), nullptr);
     EXPECT_EQ(first->made, 1);
@@ -198,6 +203,21 @@ TEST(FMountTable, AsksTheNextComponentWhenOneFails) {
     EXPECT_NE(table().mount(url), nullptr);
     EXPECT_EQ(foremost->made, 1) << "in the order of the components";
     table().removeComponent(foremost.get());
+}
+
+TEST(FMountTable, KnowsAFileByAnyOfItsExtensions) {
+    const SettingsFolder folder;
+    folder.write("a.kit.pack", "a=x");
+    const MountedComponent component;
+    for (const char* key : {"DosType", "UnixType"}) {
+        SCOPED_TRACE(key);
+        FAttributes state;
+        state.setString(key, "kit.PACK");
+        component->type.restoreAttributes(&state);
+        table().removeAllComponents();
+        table().addComponent(component.component, &PackComponent::createInstance);
+        EXPECT_NE(table().findMount(diskPath(folder / "a.kit.pack")), nullptr);
+    }
 }
 
 TEST(FMountTable, DoesNotWaitForItself) {
@@ -317,6 +337,73 @@ TEST(FMountTable, LetsOpenFilesOutliveTheirMount) {
     EXPECT_EQ(stream->read(&size, 1), -1) << "closed for everybody";
     EXPECT_FALSE(again->closeFile(stream));
     EXPECT_TRUE(table().unmount(url, FMountTable::Unmount::ifUnused));
+}
+
+TEST(FMountTable, ForgetsAFileThatIsNoLongerThere) {
+    const SettingsFolder folder;
+    const RegisteredService memory("vfs:");
+    memory->addFolder("f");
+    auto& disk = *FNFileSystem::instance();
+    const FNPath inside = diskPath(folder / "f/a.pack/a");
+    const FUrl away = urlAt("vfs://h/f/a.pack/a");
+    struct Row {
+        const char* name;
+        bool (*change)(const SettingsFolder& folder, const std::string& pack);
+        const char* found; ///< what then can be read at the path
+    };
+    const Row rows[] = {
+        {"replaced by another program",
+         [](const SettingsFolder& place, const std::string& pack) {
+             if (pack.starts_with("vfs"))
+                 return FVFileSystem::instance()
+                     ->createFile(urlAt(pack), FFileStream::writeAccess)
+                     ->writeChars("a=new", false);
+             place.write("new", "a=new");
+             std::filesystem::rename(place / "new", place / "f/a.pack");
+             return true;
+         },
+         "new"},
+        {"deleted",
+         [](const SettingsFolder&, const std::string& pack) {
+             return FNFileSystem::instance()->deleteFile(urlAt(pack));
+         },
+         "nothing"},
+        {"renamed",
+         [](const SettingsFolder&, const std::string& pack) {
+             FUrl url = urlAt(pack);
+             return FNFileSystem::instance()->rename(url, "b.pack");
+         },
+         "nothing"},
+        {"in a folder that was renamed",
+         [](const SettingsFolder&, const std::string& pack) {
+             FUrl url = urlAt(pack);
+             url.up();
+             return FNFileSystem::instance()->rename(url, "g");
+         },
+         "nothing"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        for (const FPath* path : {static_cast<const FPath*>(&inside), static_cast<const FPath*>(&away)}) {
+            SCOPED_TRACE(path->toUtf8());
+            const MountedComponent component;
+            folder.write("f/a.pack", "a=old");
+            memory->nodes.clear();
+            for (const char* made : {"", "f"})
+                memory->addFolder(made);
+            memory->add("f/a.pack", "a=old");
+            const Ref<FFileSystem> mount = table().findInside(*path);
+            EXPECT_EQ(readIn(mount, *path), "old");
+            FUrl pack(*path);
+            pack.up();
+            std::string text = pack.toUtf8();
+            text.pop_back();
+            ASSERT_TRUE(row.change(folder, text));
+            EXPECT_EQ(readIn(table().findInside(*path), *path), row.found);
+            EXPECT_EQ(readIn(mount, *path), "nothing") << "the earlier one has gone";
+            disk.deleteTree(diskPath(folder / "g"));
+        }
+    }
 }
 
 TEST(FMountTable, MountsAFileInAMountedFile) {

@@ -111,6 +111,9 @@ TEST(FVFileSystem, IsWhatUrlsOfItsSchemesAreReadThrough) {
         EXPECT_EQ(handler->getSize(), -1);
         EXPECT_EQ(urls.openUrl(at("pitchplate://x/c"), &error), nullptr);
         EXPECT_EQ(error, static_cast<int32_t>(std::errc::no_such_file_or_directory));
+        plates->addFolder("d");
+        EXPECT_EQ(urls.openUrl(at("pitchplate://x/d"), &error), nullptr);
+        EXPECT_EQ(error, static_cast<int32_t>(std::errc::io_error)) << "something is there";
     }
     EXPECT_EQ(urls.createHandler(at("pitchplate://x/a")), nullptr) << "goes with the service";
     EXPECT_NE(urls.createHandler(at("vfs://x/a")), nullptr);
@@ -121,6 +124,7 @@ TEST(FVFileSystem, DoesWhatFileSystemsDo) {
     const RegisteredService memory("vfs:");
     const FUrl path = at("vfs://m/new%20folder/sub/file.txt");
     EXPECT_EQ(files().createFile(path, FFileStream::writeAccess), nullptr);
+    EXPECT_EQ(files().createFile(path, FFileStream::createPath), nullptr) << "without the bit for writing";
     Ref<FStream> stream = files().createFile(path, FFileStream::writeAccess | FFileStream::createPath);
     ASSERT_NE(stream, nullptr);
     EXPECT_EQ(memory->list(), "new folder/ new folder/sub/ new folder/sub/file.txt ");
@@ -317,6 +321,23 @@ TEST(FVFileSystem, CopiesNothingForAWholeFile) {
     EXPECT_TRUE(files().unregisterService("vfs://odd"));
 }
 
+TEST(FVFileSystem, TellsThroughTheDiskWhatAStreamLost) {
+    class Lossy : public ShakyStream {
+    public:
+        bool isValid() const override { return calls == 0; }
+    };
+    const auto service = make<OddStreamService>();
+    ASSERT_TRUE(files().registerService("vfs://odd", service));
+    service->stream = make<Lossy>();
+    FUrl url = at("vfs://odd/x");
+    auto& disk = *FNFileSystem::instance();
+    const Ref<FStream> stream = disk.openFile(url, FFileStream::writeAccess);
+    ASSERT_NE(stream, nullptr);
+    stream->write("x", 1);
+    EXPECT_FALSE(disk.closeFile(stream));
+    EXPECT_TRUE(files().unregisterService("vfs://odd"));
+}
+
 TEST(FVFileSystem, MeetsServicesThatMisbehave) {
     class Odd : public MemoryService {
     public:
@@ -361,6 +382,23 @@ TEST(FVFileSystem, TellsOfMissingMemory) {
             [&] { return files().openFile(url, FFileStream::readAccess | FFileStream::shareRead, &error); });
         EXPECT_EQ(error == 0, stream != nullptr);
         EXPECT_TRUE(stream || allocation.hasFailed());
+    });
+    memory->addFolder("f");
+    memory->add("f/entry with a long name", "");
+    const FUrl folder = at("vfs://m/f");
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const bool isOfTheDisk = allocation.during([&] {
+            const Ref<FFileIterator> walk = files().getIterator(folder);
+            const FPath* entry = walk ? walk->next() : nullptr;
+            return entry && cast<FUrl>(entry)->scheme().isEmpty();
+        });
+        EXPECT_FALSE(isOfTheDisk);
+    });
+    const FUrl fresh = at("vfs://m/new%20folder");
+    failEachAllocation([&](FailingAllocation& allocation) {
+        memory->nodes.erase("new folder");
+        const bool isMade = allocation.during([&] { return files().createParents(fresh, true); });
+        EXPECT_EQ(memory->list().find("new folder/") != std::string::npos, isMade);
     });
     failEachAllocation([&](FailingAllocation& allocation) {
         memory->nodes.erase("b");

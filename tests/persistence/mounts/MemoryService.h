@@ -77,11 +77,17 @@ public:
         return {};
     }
     VfsResult move(const FUrl& from, const FUrl& to) override {
-        const auto node = nodes.extract(pathOf(from));
-        if (node.empty())
-            return VfsError::internal;
-        nodes[pathOf(to)] = node.mapped();
-        return {};
+        const std::string place = pathOf(from);
+        Nodes moved;
+        for (auto next = nodes.lower_bound(place); next != nodes.end() && next->first.starts_with(place);) {
+            const auto node = next++;
+            const std::string rest = node->first.substr(place.size());
+            if (rest.empty() || rest.front() == '/')
+                moved[pathOf(to) + rest] = nodes.extract(node).mapped();
+        }
+        for (const auto& [path, stream] : moved)
+            nodes[path] = stream;
+        return moved.empty() ? VfsResult(VfsError::internal) : VfsResult();
     }
     VfsResult createFolder(const FUrl& url) override {
         if (!isFolder(parentOf(pathOf(url))))

@@ -100,7 +100,7 @@ class PackComponent : public CmObject {
     QORL_CLASS(PackComponent, CmObject)
 
 public:
-    std::string extension = "pack";
+    FFileType type{"Pack", "pack"};
     std::string capabilities = "CanRead CanWrite CanIterate";
     bool fails = false;
     std::function<void()> whileMounting;
@@ -126,8 +126,7 @@ public:
     Result getFileType(int32_t index, FFileType& type) override {
         if (index > 1)
             return Result::no;
-        type = index == 0 ? FFileType("Other", "other")
-                          : FFileType("Pack", ConstString(component_->extension.c_str()));
+        type = index == 0 ? FFileType("Other", "other") : component_->type;
         return Result::ok;
     }
     bool hasCapability(const char* name) override {
