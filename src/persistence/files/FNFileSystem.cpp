@@ -107,6 +107,22 @@ bool isUrl(const FPath& path) {
            path.getFolder().find(ConstString(schemeSeparator)) != ConstString::notFound;
 }
 
+/// Gives a path, which may be the text of a URL, a plain name.
+void setPlainName(FPath& path, const ConstString& name) {
+    // A folder without a name behind it bears its own one.
+    if (path.getName().isEmpty())
+        path.setPath(String(path.getFolder()), true);
+    if (cast<FUrl>(&path) || !isUrl(path)) {
+        path.setName(name);
+        return;
+    }
+    FUrl url(path);
+    url.setName(name);
+    String text;
+    url.getFullPath(text);
+    path.setPath(text, path.isFolder());
+}
+
 /// What lies on no disk can be read where somebody knows its scheme.
 Ref<FStream> openAway(const FPath& path, uint32_t mode, int32_t* error) {
     succeeded(platform::FileError::notSupported(), error);
@@ -270,10 +286,7 @@ bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
     const std::string name = toNativeText(newName);
     if (native.empty() || !isOnePart(newName) || !moveTo(native, folderOfNative(native) + name))
         return false;
-    // A folder without a name behind it bears its own one.
-    if (path.getName().isEmpty())
-        path.setPath(String(path.getFolder()), true);
-    path.setName(newName);
+    setPlainName(path, newName);
     return true;
 } catch (const std::bad_alloc&) {
     return false;
@@ -439,7 +452,7 @@ Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t mode) tr
 }
 
 void FNFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {
-    const std::string native = cast<FUrl>(&path) ? nativeOf(path) : std::string();
+    const std::string native = isUrl(path) ? nativeOf(path) : std::string();
     if (native.empty())
         FFileSystem::notify(kind, path, data);
     else

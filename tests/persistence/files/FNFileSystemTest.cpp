@@ -172,6 +172,8 @@ TEST(FNFileSystem, TellsItsDependentsWhatChanged) {
     EXPECT_EQ(log.take(), "FileSystemChange 3 sub/b.txt was b.txt\n");
     files.rename(sub, "tub");
     EXPECT_EQ(log.take(), "PathChanged 4 tub/ was sub/\n");
+    files.createFolder(FPath(ConstString(std::string_view("file://" + (folder / "a%20b")))));
+    EXPECT_EQ(log.take(), "FileSystemChange 5 a b\n") << "the text of a URL in a plain path";
     FNPath other(std::string_view(folder / "c.txt"));
     files.copy(FNPath(std::string_view(folder / "tub/b.txt")), other);
     EXPECT_EQ(log.take(), "FileSystemChange 1 c.txt\n");
@@ -248,6 +250,9 @@ TEST(FNFileSystem, TakesUrlsThatLeadToTheDisk) {
     FPath text;
     text.setFullPath(ConstString(std::string_view("file://" + (folder / "a%20b.txt"))));
     EXPECT_TRUE(files.exists(text)) << "the text of a URL in a plain path";
+    EXPECT_TRUE(files.rename(text, "100%41.txt"));
+    EXPECT_TRUE(files.exists(text) && folder.has("100%41.txt")) << "a name is plain, whatever has it";
+    url.setName("100%41.txt");
     EXPECT_TRUE(files.rename(url, "c d.txt"));
     EXPECT_TRUE(files.exists(url));
     EXPECT_TRUE(folder.has("c d.txt"));

@@ -339,6 +339,45 @@ TEST(FMountTable, LetsOpenFilesOutliveTheirMount) {
     EXPECT_TRUE(table().unmount(url, FMountTable::Unmount::ifUnused));
 }
 
+/// What may become of the file of a mount.
+struct FileChange {
+    const char* name;
+    bool (*change)(const SettingsFolder& folder, const std::string& pack);
+    const char* found; ///< what then can be read at the path
+};
+
+const FileChange fileChanges[] = {
+    {"replaced by another program",
+     [](const SettingsFolder& place, const std::string& pack) {
+         if (pack.starts_with("vfs"))
+             return FVFileSystem::instance()
+                 ->createFile(urlAt(pack), FFileStream::writeAccess)
+                 ->writeChars("a=new", false);
+         place.write("new", "a=new");
+         std::filesystem::rename(place / "new", place / "f/a.pack");
+         return true;
+     },
+     "new"},
+    {"deleted",
+     [](const SettingsFolder&, const std::string& pack) {
+         return FNFileSystem::instance()->deleteFile(urlAt(pack));
+     },
+     "nothing"},
+    {"renamed",
+     [](const SettingsFolder&, const std::string& pack) {
+         FUrl url = urlAt(pack);
+         return FNFileSystem::instance()->rename(url, "b.pack");
+     },
+     "nothing"},
+    {"in a folder that was renamed",
+     [](const SettingsFolder&, const std::string& pack) {
+         FUrl url = urlAt(pack);
+         url.up();
+         return FNFileSystem::instance()->rename(url, "g");
+     },
+     "nothing"},
+};
+
 TEST(FMountTable, ForgetsAFileThatIsNoLongerThere) {
     const SettingsFolder folder;
     const RegisteredService memory("vfs:");
@@ -346,43 +385,7 @@ TEST(FMountTable, ForgetsAFileThatIsNoLongerThere) {
     auto& disk = *FNFileSystem::instance();
     const FNPath inside = diskPath(folder / "f/a.pack/a");
     const FUrl away = urlAt("vfs://h/f/a.pack/a");
-    struct Row {
-        const char* name;
-        bool (*change)(const SettingsFolder& folder, const std::string& pack);
-        const char* found; ///< what then can be read at the path
-    };
-    const Row rows[] = {
-        {"replaced by another program",
-         [](const SettingsFolder& place, const std::string& pack) {
-             if (pack.starts_with("vfs"))
-                 return FVFileSystem::instance()
-                     ->createFile(urlAt(pack), FFileStream::writeAccess)
-                     ->writeChars("a=new", false);
-             place.write("new", "a=new");
-             std::filesystem::rename(place / "new", place / "f/a.pack");
-             return true;
-         },
-         "new"},
-        {"deleted",
-         [](const SettingsFolder&, const std::string& pack) {
-             return FNFileSystem::instance()->deleteFile(urlAt(pack));
-         },
-         "nothing"},
-        {"renamed",
-         [](const SettingsFolder&, const std::string& pack) {
-             FUrl url = urlAt(pack);
-             return FNFileSystem::instance()->rename(url, "b.pack");
-         },
-         "nothing"},
-        {"in a folder that was renamed",
-         [](const SettingsFolder&, const std::string& pack) {
-             FUrl url = urlAt(pack);
-             url.up();
-             return FNFileSystem::instance()->rename(url, "g");
-         },
-         "nothing"},
-    };
-    for (const Row& row : rows) {
+    for (const FileChange& row : fileChanges) {
         SCOPED_TRACE(row.name);
         for (const FPath* path : {static_cast<const FPath*>(&inside), static_cast<const FPath*>(&away)}) {
             SCOPED_TRACE(path->toUtf8());
