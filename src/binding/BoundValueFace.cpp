@@ -117,6 +117,11 @@ void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) {
     self().setTarget(wrapper.get(), tag, true);
 }
 
+void FormatHostFace::setFormatter(IValueFormatter* formatter) {
+    formatter_ = retain(formatter);
+    static_cast<Value*>(this)->changed(valueChanged);
+}
+
 int32_t BoundValueFace::getTag() {
     return self().tag();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qorl/IBoundValue.h>
+#include <qorl/Ref.h>
 
 namespace qorl::Binding {
 
@@ -41,6 +42,16 @@ public:
 
 private:
     Value& self();
+};
+
+/// The `IValueFormatHost` face of a value, apart for the same reason.
+class FormatHostFace : public IValueFormatHost {
+public:
+    void setFormatter(IValueFormatter* formatter) override;
+    IValueFormatter* getFormatter() override { return formatter_.get(); }
+
+protected:
+    Ref<IValueFormatter> formatter_;
 };
 
 /// A float as the whole number that integer values take for it: truncated toward zero, bounded to 32 bits.

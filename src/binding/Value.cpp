@@ -81,8 +81,8 @@ void setValueActivityListener(ValueActivityListener* listener) {
 Value::Value() = default;
 
 Value::Value(const Value& other)
-    : CmObject(other), BoundValueFace(other), IValueFormatHost(other), flags_(other.flags_), tag_(other.tag_),
-      target_(other.target_), formatter_(other.formatter_) {
+    : CmObject(other), BoundValueFace(other), FormatHostFace(other), flags_(other.flags_), tag_(other.tag_),
+      target_(other.target_) {
     if (target_ && has(ownsTarget))
         target_->addRef();
 }
@@ -383,11 +383,6 @@ ValueKind Value::getKind() {
 }
 float Value::getFloat() {
     return static_cast<float>(getValue());
-}
-
-void Value::setFormatter(IValueFormatter* formatter) {
-    formatter_ = retain(formatter);
-    changed(valueChanged);
 }
 
 } // namespace qorl::Binding

@@ -6,7 +6,6 @@
 #include "foundation/text/String.h"
 
 #include <qorl/IBoundValue.h>
-#include <qorl/Ref.h>
 
 namespace qorl::Binding {
 
@@ -27,7 +26,7 @@ enum class ValueKind : uint32_t { twoStates = 1, number = 2, list = 3, reversedN
 /// The application attaches one target, which hears of user edits through `performUpdate`; views depend on
 /// the value and hear of changes through `changed`, queued unless `setImmediateUpdates`. A gesture is
 /// bracketed by `beginEdit` and `endEdit`; brackets do not nest. Threading: the user-interface thread only.
-class Value : public CmObject, public BoundValueFace, public IValueFormatHost {
+class Value : public CmObject, public BoundValueFace, public FormatHostFace {
     QORL_CLASS_NAMED(Value, CmObject, "Binding::Value")
     QORL_CLONE(Value)
     QORL_RECORD(Value)
@@ -126,9 +125,6 @@ public:
     virtual ValueKind getKind();
     virtual float getFloat();
 
-    void setFormatter(IValueFormatter* formatter) override;
-    IValueFormatter* getFormatter() override { return formatter_.get(); }
-
     uint32_t flags() const { return flags_; }
     bool has(StateBit bit) const { return (flags_ & bit) != 0; }
     int32_t tag() const { return tag_; }
@@ -162,7 +158,6 @@ private:
     uint32_t flags_ = twoStatesAtBirth;
     int32_t tag_ = 0;
     CmObject* target_ = nullptr;
-    Ref<IValueFormatter> formatter_;
 
     static constexpr uint32_t twoStatesAtBirth = uint32_t(ValueKind::twoStates) | enabled;
 };
