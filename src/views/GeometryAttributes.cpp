@@ -1,6 +1,7 @@
 #include "views/GeometryAttributes.h"
 
-#include <algorithm>
+#include "views/Reach.h"
+
 #include <array>
 
 namespace qorl {
@@ -23,12 +24,11 @@ bool load(const FAttributes& attributes, std::string_view key, Numbers<count>& n
     std::array<uint8_t, count * 4> bytes;
     if (!attributes.getBinaryData(key, bytes.data(), static_cast<int64_t>(bytes.size())))
         return false;
-    constexpr int32_t farthest = 1 << 28;
     for (size_t i = 0; i < count; ++i) {
         const auto number =
             static_cast<int32_t>(bytes[i * 4] | bytes[i * 4 + 1] << 8 | bytes[i * 4 + 2] << 16 |
                                  static_cast<uint32_t>(bytes[i * 4 + 3]) << 24);
-        numbers[i] = std::clamp(number, -farthest, farthest);
+        numbers[i] = withinReach(number);
     }
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "foundation/Held.h"
+#include "views/Reach.h"
 #include "views/UView.h"
 #include "windows/UWindow.h"
 
@@ -9,21 +10,6 @@
 #include <utility>
 
 namespace qorl {
-
-namespace {
-
-/// Nothing on a screen lies further out; sums of a few such numbers don't overflow.
-constexpr int32_t farthest = 1 << 28;
-
-int32_t bounded(int64_t number) {
-    return static_cast<int32_t>(std::clamp<int64_t>(number, -farthest, farthest));
-}
-
-CmSize bounded(CmSize size) {
-    return {bounded(size.width), bounded(size.height)};
-}
-
-} // namespace
 
 void RowColumnLayout::update(UView& view) {
     arrange(view, {0, 0});
@@ -94,10 +80,10 @@ std::vector<RowColumnLayout::Placing> RowColumnLayout::stack(UView& view, CmSize
         const CmRect& frame = child.getFrameRect();
         if (frame.isEmpty() || !child.isShown())
             return;
-        const CmRect placed = CmRect::ofSize(origin, bounded(frame.size()));
+        const CmRect placed = CmRect::ofSize(origin, withinReach(frame.size()));
         used.width = std::max(used.width, placed.right);
         used.height = std::max(used.height, placed.bottom);
-        cursor = bounded(int64_t{cursor} + (rowPitch < 0 ? extentOf(placed) : rowPitch) + spacing);
+        cursor = withinReach(int64_t{cursor} + (rowPitch < 0 ? extentOf(placed) : rowPitch) + spacing);
         placings.push_back({retain(&child), placed.moved(offset())});
     });
     return placings;
@@ -131,8 +117,8 @@ void RowColumnLayout::takeUsedSize(UView& view, CmSize used, CmSize extra) {
     const CmSize old = view.getFrameSize();
     const CmSize client = view.getClientSize();
     const CmSize needed{
-        bounded(int64_t{margin().x} + used.width + old.width - client.width + extra.width),
-        bounded(int64_t{margin().y} + used.height + old.height - client.height + extra.height)};
+        withinReach(int64_t{margin().x} + used.width + old.width - client.width + extra.width),
+        withinReach(int64_t{margin().y} + used.height + old.height - client.height + extra.height)};
     const CmSize size{extra.width < 0 ? old.width : needed.width,
                       extra.height < 0 ? old.height : needed.height};
     if (size == old)
@@ -182,11 +168,11 @@ void RowColumnLayout::childRemoved(const UView& child) {
 }
 
 CmPoint RowColumnLayout::margin() const {
-    return {bounded(marginX), bounded(marginY)};
+    return withinReach(CmPoint{marginX, marginY});
 }
 
 CmPoint RowColumnLayout::offset() const {
-    return {bounded(offsetX), bounded(offsetY)};
+    return withinReach(CmPoint{offsetX, offsetY});
 }
 
 void RowColumnLayout::growAcross(UView& view, int32_t growth) const {
@@ -211,7 +197,7 @@ void RowColumnLayout::stretch(UView& view) {
     const int32_t spacing = horizontal ? spacingX : spacingY;
     const auto forEachPart = [&](const auto& visit) {
         for (const Share& share : shares_) {
-            const CmSize size = bounded(share.view->getFrameSize());
+            const CmSize size = withinReach(share.view->getFrameSize());
             if (share.view->isShown() && share.size > 0 && (horizontal ? size.height : size.width) > 0)
                 visit(share, size, share.view->hasFlag(stretchFlag));
         }
@@ -236,9 +222,9 @@ void RowColumnLayout::stretch(UView& view) {
     forEachPart([&](const Share& share, CmSize size, bool stretches) {
         int32_t& along = horizontal ? size.width : size.height;
         if (stretches)
-            along = bounded(static_cast<int64_t>(factor * static_cast<float>(share.size)));
+            along = withinReach(static_cast<int64_t>(factor * static_cast<float>(share.size)));
         placings.push_back({retain(share.view), CmRect::ofSize(origin, size).moved(offset())});
-        cursor = bounded(int64_t{cursor} + along + spacing);
+        cursor = withinReach(int64_t{cursor} + along + spacing);
     });
     assign(view, placings);
 }

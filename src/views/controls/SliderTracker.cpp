@@ -34,7 +34,7 @@ void setGlobalSliderMode(SliderMode mode) {
 
 void SliderTracker::setTrack(const CmRect& track, int32_t handleSize, int32_t borderSize) {
     track_ = track;
-    handleSize_ = handleSize;
+    handleSize_ = std::clamp(handleSize, 0, std::max(0, has(vertical) ? track.height() : track.width()));
     borderSize_ = borderSize;
 }
 
@@ -175,6 +175,9 @@ void SliderTracker::move(CmPoint point, uint32_t modifiers) {
 }
 
 void SliderTracker::setPosition(float position) {
+    // What the owner shows by now is another value, which nobody has begun to edit.
+    if (owner_.getValueObject() != edited_.get())
+        return;
     position_ = lastPosition_ = position;
     owner_.setNormalizedValue(turned(position), true);
 }

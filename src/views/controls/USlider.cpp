@@ -6,6 +6,7 @@
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
 #include "schemes/UScheme.h"
+#include "views/Reach.h"
 #include "views/ViewDevice.h"
 #include "views/controls/ControlStyle.h"
 #include "views/controls/PressLoop.h"
@@ -146,7 +147,7 @@ void USlider::setPartColor(SliderPart part, const UColor& color) {
 }
 
 void USlider::setHandleSize(CmSize size) {
-    look().handle = size;
+    look().handle = withinReach(size);
     layoutTrack();
     update();
 }

@@ -4,6 +4,7 @@
 #include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "schemes/UScheme.h"
+#include "views/Reach.h"
 #include "views/ViewDevice.h"
 #include "views/controls/ControlStyle.h"
 #include "views/controls/ControlText.h"
@@ -120,7 +121,7 @@ void UTextDisplay::setHint(const ConstString& hint) {
 }
 
 void UTextDisplay::setTextOffset(CmPoint offset) {
-    look().offset = offset;
+    look().offset = withinReach(offset);
 }
 
 void UTextDisplay::getShownText(String& text) const {

@@ -5,6 +5,7 @@
 #include "foundation/text/CmString.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
+#include "support/Slots.h"
 #include "views/GeometryAttributes.h"
 #include "windows/UWindow.h"
 
@@ -36,6 +37,36 @@ public:
         UControl::setStyle(style);
     }
 };
+
+TEST(UControl, AddsItsOperationsInTheirPublishedOrder) {
+    testing::expectConsecutive(
+        {SLOT(UControl, setValue),
+         {testing::slotOf(static_cast<void (UControl::*)()>(&UControl::update)), "update"},
+         SLOT(UControl, getValueObject),
+         SLOT(UControl, setStyle),
+         SLOT(UControl, setControlValue),
+         SLOT(UControl, getControlValue),
+         SLOT(UControl, getControlMin),
+         SLOT(UControl, setControlMin),
+         SLOT(UControl, getControlMax),
+         SLOT(UControl, setControlMax),
+         SLOT(UControl, limitControlValue),
+         SLOT(UControl, getNormalized),
+         SLOT(UControl, setNormalizedValue),
+         SLOT(UControl, getStyle),
+         SLOT(UControl, addStyle),
+         SLOT(UControl, setTarget),
+         SLOT(UControl, setTag),
+         SLOT(UControl, getTag),
+         SLOT(UControl, setContentColor),
+         SLOT(UControl, getContentColor),
+         SLOT(UControl, setSecondValue),
+         SLOT(UControl, getSecondValue),
+         SLOT(UControl, swapValueReference),
+         SLOT(UControl, onDefaultChanged),
+         SLOT(UControl, onValueAttached)},
+        testing::slotOf(&UControl::setValue));
+}
 
 struct WheelCase {
     int32_t max;

@@ -183,6 +183,8 @@ TEST(USlider, EndsTheEditOfTheValueThatItBeganOn) {
     const auto other = make<Binding::IntValue>(0, 189);
     shell.press({105, 10});
     shell.view<USlider>(0).setValue(other.get());
+    shell.move({150, 10});
+    EXPECT_EQ(other->getValue(), 0) << "of which no edit began";
     shell.release();
     EXPECT_FALSE(shell.value("level").isEditing());
     EXPECT_FALSE(other->isEditing());
