@@ -43,8 +43,12 @@ public:
     /// Puts the new file in its place once the disk has it. With `keptAs`, a path in the same folder, the
     /// earlier file stands under that name from before it goes until the disk knows the new one, and what
     /// stood there before goes; for volumes that can't replace a file in one step it is what a crash leaves.
-    /// On failure the earlier file stands in its place again.
+    /// On failure the earlier file stands in its place again. Where it can't, since the folder could not be
+    /// flushed and nothing was kept, the new one stands: that is success, and told on the debug output.
     FileError putInPlace(const std::string& keptAs = {});
+
+    /// Gives what a crash left under `keptAs` the name `path` again, unless a file has that by now.
+    static FileError putBack(const std::string& keptAs, const std::string& path);
 
     /// Takes away what crashed programs left beside `path`, never what a living one still writes.
     static void removeLeftovers(const std::string& path);
@@ -56,7 +60,7 @@ private:
     FileError finishWriting(int& lock);
     FileError keepEarlier(const std::string& keptAs, Kept& kept);
     FileError swap(const std::string& keptAs);
-    void takeBack(const std::string& keptAs, Kept kept);
+    bool takeBack(const std::string& keptAs, Kept kept);
 
     File file_;
     std::string name_; ///< of the new file, while it is not in place

@@ -152,9 +152,8 @@ bool tellNoMemory(const char* what) {
     return false;
 }
 
-enum class StoredReading { done, missing, closed, refused };
+enum class StoredReading { done, missing, failed };
 
-/// `closed`: it is there and can't be opened.
 StoredReading readStored(const std::string& path, const StoredFile::Work& read) {
     platform::File file;
     const uint32_t mode = platform::openRead | platform::openSequential | platform::openRegular;
@@ -162,15 +161,33 @@ StoredReading readStored(const std::string& path, const StoredFile::Work& read) 
         if (error.isNotFound())
             return StoredReading::missing;
         tellFailure(path, "can't be opened", error);
-        return StoredReading::closed;
+        return StoredReading::failed;
     }
     const auto stream = make<FFileStream>(std::move(file), FFileStream::readAccess | FFileStream::sequential);
     stream->setUrl(make<FUrl>(FNPath(path)).get());
     if (!read(*stream))
-        return StoredReading::refused;
+        return StoredReading::failed;
     // What is missing at its end may be missing in what was read.
     return tellFailure(path, "can't be read", {stream->getLastError()}) ? StoredReading::done
-                                                                        : StoredReading::refused;
+                                                                        : StoredReading::failed;
+}
+
+/// Gives a file that an interrupted save left without its name that name again. Whether there is a file.
+bool settle(const std::string& file) {
+    if (platform::fileExists(file))
+        return true;
+    const std::string old = oldOf(file);
+    if (!platform::fileExists(old))
+        return false;
+    tellOf(file, "an interrupted save left it without its name; it gets it back");
+    const platform::FileError error = platform::FileReplacement::putBack(old, file);
+    // Another program has gone on with its save.
+    if (error.isExisting())
+        return true;
+    if (!tellFailure(old, "can't be put back", error))
+        return false;
+    tellChange(FFileSystem::fileRenamed, file, old);
+    return true;
 }
 
 } // namespace
@@ -250,40 +267,29 @@ bool StoredFile::load(const Work& read, Found* found) const {
 
 bool StoredFile::loadNamed(const Work& read, Found& state) const {
     const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
-    const std::string old = oldOf(file);
     platform::FileReplacement::removeLeftovers(file);
+    settle(file);
     const StoredReading reading = readStored(file, read);
     if (reading == StoredReading::done) {
         state = Found::whole;
         return true;
     }
-    const StoredReading oldReading = readStored(old, read);
+    const StoredReading oldReading = readStored(oldOf(file), read);
     if (oldReading == StoredReading::done) {
-        tellOf(file, reading == StoredReading::missing
-                         ? "an interrupted save left it without its name; it gets it back"
-                         : "can't be read; what an interrupted save kept is taken");
-        // Another program may have gone on with its save meanwhile.
-        const bool isSettled = reading == StoredReading::missing && !platform::fileExists(file);
-        state = isSettled && renameTold("can't be put back", old, file) ? Found::whole : Found::kept;
+        tellOf(file, "can't be read; what an interrupted save kept is taken");
+        state = Found::kept;
         return true;
     }
-    if (reading != StoredReading::missing || oldReading != StoredReading::missing)
+    if (reading == StoredReading::failed || oldReading == StoredReading::failed) {
         state = Found::unreadable;
-    if (reading == StoredReading::refused)
         return false;
+    }
     return readStored(pathOf(name_, type_, FNPath::sharedData).toUtf8(), read) == StoredReading::done;
 }
 
-/// Gives a file that an interrupted save left without its name that name again. Whether there is a file.
-bool StoredFile::settle() const {
-    const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
-    if (platform::fileExists(file))
-        return true;
-    const std::string old = oldOf(file);
-    return platform::fileExists(old) && renameTold("can't be put back", old, file);
-}
-
-bool StoredFile::exists() const try { return isNamed() && settle(); } catch (const std::bad_alloc&) {
+bool StoredFile::exists() const try {
+    return isNamed() && settle(platform::getCanonicalPath(pathOf(name_, type_).toUtf8()));
+} catch (const std::bad_alloc&) {
     return tellNoMemory("no memory to look for a stored file");
 }
 
@@ -291,7 +297,7 @@ bool StoredFile::remove() const try {
     if (!isNamed())
         return false;
     const std::string file = pathOf(name_, type_).toUtf8();
-    if (!settle()) {
+    if (!settle(platform::getCanonicalPath(file))) {
         tellOf(file, "can't be deleted: there is none");
         return false;
     }
@@ -310,7 +316,7 @@ bool StoredFile::rename(const ConstString& newName) const try {
     std::string target = pathOf(newName, type_).toUtf8();
     if (newName.toUtf8().find('/') == std::string::npos)
         target = folderHolding(file) + target.substr(folderHolding(target).size());
-    if (!settle()) {
+    if (!settle(platform::getCanonicalPath(file))) {
         tellOf(file, "can't be renamed: there is none");
         return false;
     }
@@ -336,7 +342,7 @@ bool StoredFile::backup(const FFileType& copyType) const try {
         return false;
     const std::string file = pathOf(name_, type_).toUtf8();
     const std::string copy = copyOf(copyType);
-    if (!settle()) {
+    if (!settle(platform::getCanonicalPath(file))) {
         tellOf(file, "can't be copied: there is none");
         return false;
     }

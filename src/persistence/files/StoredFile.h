@@ -52,8 +52,8 @@ public:
     bool save(const Work& write, int32_t* error = nullptr) const;
 
     /// Lets `read` have the file from its start: the user's own, else what an interrupted save kept, else,
-    /// when neither can be opened, the one of the application's shared data. `read` is called once for each
-    /// of them, up to the first that it likes, so it has to leave nothing of one that it refuses.
+    /// when he has neither, the one of the application's shared data. `read` is called once for each of
+    /// them, up to the first that it likes, so it has to leave nothing of one that it refuses.
     bool load(const Work& read, Found* found = nullptr) const;
 
     bool exists() const;
@@ -77,7 +77,6 @@ private:
     FNPath pathOf(const ConstString& name, const FFileType& type,
                   FNPath::FolderKind folder = FNPath::userSettings) const;
     std::string copyOf(const FFileType& copyType) const;
-    bool settle() const;
     bool loadNamed(const Work& read, Found& state) const;
     bool isNamed(int32_t* error = nullptr) const;
 

@@ -15,8 +15,9 @@ class CmObject;
 /// With `askToReplace` the user is asked before a file of that name is replaced; false when he doesn't want
 /// it.
 bool saveXml(const ConstString& name, std::string_view tag, CmObject& object, bool askToReplace = false);
-/// Falls back to what an interrupted save left, and, when the file can't be opened, to the application's
-/// shared data. A document that is damaged leaves the object as it is.
+/// Falls back to what an interrupted save left, and, when the user has no such file, to the application's
+/// shared data: what he has and nobody can open is not replaced by that. A document that is damaged leaves
+/// the object as it is.
 bool loadXml(const ConstString& name, std::string_view tag, CmObject& object,
              StoredFile::Found* found = nullptr);
 bool xmlExists(const ConstString& name);

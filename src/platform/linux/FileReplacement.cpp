@@ -1,5 +1,6 @@
 #include "platform/FileReplacement.h"
 
+#include "platform/System.h"
 #include "platform/linux/FileErrors.h"
 #include "platform/linux/FileNames.h"
 #include "platform/linux/NativeFile.h"
@@ -160,6 +161,8 @@ FileError FileReplacement::keepEarlier(const std::string& keptAs, Kept& kept) {
     // one stands. Under too long a name nothing can be kept.
     case EEXIST:
     case ENAMETOOLONG: return {};
+    // Another writer replaced the file between its look-up and the link. What that wrote is whole.
+    case ENOENT: return {};
     // A volume without links, or with too many; or the file of somebody else.
     case EPERM:
     case ENOTSUP:
@@ -173,14 +176,16 @@ FileError FileReplacement::keepEarlier(const std::string& keptAs, Kept& kept) {
     return error;
 }
 
-void FileReplacement::takeBack(const std::string& keptAs, Kept kept) {
+/// False when the new file stays in its place.
+bool FileReplacement::takeBack(const std::string& keptAs, Kept kept) {
     const bool isInPlace = name_.empty();
     if (kept == Kept::linked && !isInPlace)
         unlink(keptAs.c_str());
     else if (kept != Kept::no)
-        rename(keptAs.c_str(), target_.c_str());
-    else if (isInPlace && !hasEarlier_)
-        unlink(target_.c_str());
+        return rename(keptAs.c_str(), target_.c_str()) == 0 || !isInPlace;
+    else if (isInPlace)
+        return !hasEarlier_ && unlink(target_.c_str()) == 0;
+    return true;
 }
 
 FileError FileReplacement::swap(const std::string& keptAs) {
@@ -194,12 +199,14 @@ FileError FileReplacement::swap(const std::string& keptAs) {
         name_.clear();
         error = flushFolder(folder_);
     }
+    if (error && takeBack(keptAs, kept))
+        return error;
     if (error)
-        takeBack(keptAs, kept);
+        debugOutput(target_ + ": may have its earlier contents after a power cut: " + error.getText());
     // One that stays does no harm: the file itself is whole.
     else if (!keptAs.empty())
         unlink(keptAs.c_str());
-    return error;
+    return {};
 }
 
 FileError FileReplacement::putInPlace(const std::string& keptAs) {
@@ -210,6 +217,16 @@ FileError FileReplacement::putInPlace(const std::string& keptAs) {
     if (lock >= 0)
         close(lock);
     return error;
+}
+
+FileError FileReplacement::putBack(const std::string& keptAs, const std::string& path) {
+    if (renameat2(AT_FDCWD, keptAs.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0)
+        return {};
+    // A volume that can't do this in one step.
+    if (errno != EINVAL && errno != ENOSYS)
+        return lastFileError();
+    return access(path.c_str(), F_OK) == 0 ? FileError{EEXIST}
+                                           : toFileError(rename(keptAs.c_str(), path.c_str()));
 }
 
 void FileReplacement::removeLeftovers(const std::string& path) {

@@ -96,6 +96,23 @@ protected:
         }
     }
 
+    void losesNothingWhenSaved() {
+        failEachDiskCall(
+            [&] {
+                beginAnew();
+                ASSERT_TRUE(store(before));
+                start();
+            },
+            [&] {
+                set(after);
+                return pool().save(true);
+            },
+            [&](const Outcome& outcome) {
+                expectNumbers(outcome);
+                expectToGoOn();
+            });
+    }
+
     static constexpr const char* groups[] = {"One", "Two", "Three"};
 
     std::optional<SettingsFolder> folder_;
@@ -108,20 +125,7 @@ protected:
 };
 
 TEST_P(NothingLostFormTest, WhenDefaultsAreSaved) {
-    failEachDiskCall(
-        [&] {
-            beginAnew();
-            ASSERT_TRUE(store(before));
-            start();
-        },
-        [&] {
-            set(after);
-            return pool().save(true);
-        },
-        [&](const Outcome& outcome) {
-            expectNumbers(outcome);
-            expectToGoOn();
-        });
+    losesNothingWhenSaved();
 }
 
 TEST_P(NothingLostFormTest, WhenDefaultsAreBackedUp) {
@@ -187,22 +191,9 @@ TEST_F(NothingLostTest, WhenDefaultsMoveToOneFileForEachGroup) {
         });
 }
 
-TEST_F(NothingLostTest, OnAVolumeThatKnowsNoLinks) {
+TEST_F(NothingLostTest, WhenDefaultsAreSavedOnAVolumeThatKnowsNoLinks) {
     const FailingDisk::WithoutLinks withoutLinks;
-    failEachDiskCall(
-        [&] {
-            beginAnew();
-            ASSERT_TRUE(store(before));
-            start();
-        },
-        [&] {
-            set(after);
-            return pool().save(true);
-        },
-        [&](const Outcome& outcome) {
-            expectNumbers(outcome);
-            expectToGoOn();
-        });
+    losesNothingWhenSaved();
 }
 
 /// A form in which one object has a file of its own.
@@ -211,6 +202,8 @@ struct ObjectForm {
     bool (*save)(CmString& object);
     bool (*load)(CmString& object);
     bool (*exists)();
+    /// What an interrupted save has kept before; null for nothing.
+    const char* kept = nullptr;
 };
 
 class NothingLostObjectTest : public NothingLostTest, public ::testing::WithParamInterface<ObjectForm> {
@@ -227,6 +220,8 @@ TEST_P(NothingLostObjectTest, WhenAnObjectIsSaved) {
         [&] {
             beginAnew();
             ASSERT_TRUE(save("before"));
+            if (GetParam().kept)
+                folder_->write(GetParam().kept, "<State><string name='s' value='kept'/></State>");
         },
         [&] { return save(longer); },
         [&](const Outcome& outcome) {
@@ -251,12 +246,15 @@ TEST_P(NothingLostObjectTest, WhenAnObjectIsSavedForTheFirstTime) {
                      });
 }
 
+ObjectForm xmlForm(const char* name, const char* kept = nullptr) {
+    return {name, [](CmString& object) { return saveXml("Layouts/Main", "State", object); },
+            [](CmString& object) { return loadXml("Layouts/Main", "State", object); },
+            [] { return xmlExists("Layouts/Main"); }, kept};
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Forms, NothingLostObjectTest,
-    ::testing::Values(ObjectForm{"Xml",
-                                 [](CmString& object) { return saveXml("Layouts/Main", "State", object); },
-                                 [](CmString& object) { return loadXml("Layouts/Main", "State", object); },
-                                 [] { return xmlExists("Layouts/Main"); }},
+    ::testing::Values(xmlForm("Xml"), xmlForm("XmlOverWhatACrashKept", "settings/Layouts/Main_old.xml"),
                       ObjectForm{"Binary",
                                  [](CmString& object) { return saveObjectFile("Layouts/Main", &object); },
                                  [](CmString& object) { return loadObjectFile("Layouts/Main", &object); },

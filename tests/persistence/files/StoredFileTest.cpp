@@ -138,7 +138,9 @@ TEST_P(StoredFileLeftoverTest, LoadsTheLastGoodState) {
     EXPECT_EQ(load(), row.loaded);
     EXPECT_EQ(found_, row.found);
     EXPECT_EQ(has("Keys.xml") ? read("Keys.xml") : "-", row.fileAfter);
-    EXPECT_EQ(said_.empty(), row.loaded != std::string_view(row.old)) << said_;
+    const bool isOldUsed =
+        row.loaded == std::string_view(row.old) || row.fileAfter != std::string_view(row.file);
+    EXPECT_EQ(said_.empty(), !isOldUsed) << said_;
     EXPECT_FALSE(has(".Keys.xml.new"));
 }
 
@@ -151,6 +153,7 @@ INSTANTIATE_TEST_SUITE_P(
         Leftover{"HalfAFile", "goo", "good o", "good s", "good o", StoredFile::Found::kept, "goo"},
         Leftover{"HalfAFileAlone", "goo", "-", "good s", "", StoredFile::Found::unreadable, "goo"},
         Leftover{"BothBroken", "goo", "go", "good s", "", StoredFile::Found::unreadable, "goo"},
+        Leftover{"OnlyTheOldAndBroken", "-", "go", "good s", "", StoredFile::Found::unreadable, "go"},
         Leftover{"OldNotDeleted", "good", "good o", "good s", "good", StoredFile::Found::whole, "good"}),
     [](const auto& row) { return row.param.name; });
 
@@ -167,6 +170,13 @@ TEST_F(StoredFileTest, PutsAwayWhatAnInterruptedSaveKeptUnlessItIsTheLastGoodSta
     EXPECT_EQ(read("Keys (Damaged 2).xml"), "go");
     EXPECT_EQ(read("Keys (Damaged 3).xml"), "goo");
     EXPECT_FALSE(has("Keys (Damaged 4).xml"));
+}
+
+TEST_F(StoredFileTest, TakesNothingElseForAFileThatCannotBeOpened) {
+    folder_.write("shared/Keys.xml", "good s");
+    platform::createFolders(path());
+    EXPECT_EQ(load(), "") << "the shared data would be saved over the user's own";
+    EXPECT_EQ(found_, StoredFile::Found::unreadable);
 }
 
 TEST_F(StoredFileTest, SavesOverWhatACrashLeft) {
