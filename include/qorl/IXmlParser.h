@@ -35,6 +35,7 @@ public:
     virtual void stop() = 0;
     /// From within the handler: `parse` returns true and `resume` goes on. False when the document has ended.
     virtual bool suspend() = 0;
+    /// Goes on to the end of `stream` as `parse` does, with its answers. False when nothing was suspended.
     virtual bool resume(IBStream* stream) = 0;
     /// Makes the parser ready for another document. `encoding` overrides what that says of itself; null for
     /// none.

@@ -50,10 +50,8 @@ bool StoredObject::take(CmObject* object) {
 }
 
 uint64_t WrittenObjects::takeId(uint64_t id) {
-    while (!ids_.insert(id).second) {
+    while (!ids_.insert(id).second)
         id = ++lastMade_;
-        made_.insert(id);
-    }
     return id;
 }
 
@@ -62,10 +60,8 @@ uint64_t WrittenObjects::enterUnbound(uint64_t id) {
     if (id == 0)
         return 0;
     const auto [place, isNew] = unbound_.try_emplace(id, id);
-    if (isNew && made_.contains(id))
+    if (isNew)
         place->second = takeId(id);
-    else
-        ids_.insert(id);
     return place->second;
 }
 

@@ -34,8 +34,8 @@ public:
     /// An object gets `id` unless another one has it already, as when objects of two documents have come
     /// together. No object has the number 0.
     Entry enter(CmObject* object, uint64_t id);
-    /// The number under which references that lead nowhere are written: the one that they have, unless it was
-    /// made for an object here. No object gets it later.
+    /// The number under which references that lead nowhere are written: the one that they have, unless an
+    /// object has that here. No object gets it later.
     uint64_t enterUnbound(uint64_t id);
     /// It was not written after all.
     void forget(const CmObject* object);
@@ -52,7 +52,6 @@ private:
     std::unordered_map<const CmObject*, Known> known_;
     std::unordered_map<uint64_t, uint64_t> unbound_;
     std::unordered_set<uint64_t> ids_{0};
-    std::unordered_set<uint64_t> made_;
     uint64_t lastMade_ = 0;
 };
 

@@ -20,18 +20,6 @@ constexpr int finished = 36;
 constexpr int suspendedInsideEntity = 37;
 static_assert(FXmlParser2::aborted == XML_ERROR_ABORTED);
 
-/// The bytes from where the stream stands, 0 where it doesn't know.
-int64_t restOf(IBStream* stream) {
-    Ref<ISizeableStream> sizeable;
-    int64_t size = 0;
-    int64_t place = 0;
-    if (stream->queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok)
-        sizeable->getStreamSize(size);
-    if (size > 0)
-        stream->tell(&place);
-    return size - place;
-}
-
 /// While Expat runs, which can't be entered twice.
 class ParsingScope {
 public:
@@ -130,8 +118,6 @@ bool FXmlParser2::isReady() {
 bool FXmlParser2::parse(IBStream* stream) {
     if (!stream || !isReady())
         return false;
-    if (restOf(stream) > limits_.documentBytes)
-        return fail(tooLarge(limits_.documentBytes));
     const ParsingScope scope(isParsing_);
     return feed(stream);
 }
@@ -145,8 +131,6 @@ bool FXmlParser2::feed(IBStream* stream) {
         stream->read(buffer, parsedPiece, &got);
         got = std::max<int64_t>(got, 0);
         bytesRead_ += got;
-        if (bytesRead_ > limits_.documentBytes)
-            return fail(tooLarge(limits_.documentBytes));
         hasAll_ = got == 0;
         const XML_Status status = XML_ParseBuffer(parser_, static_cast<int>(got), hasAll_);
         if (status == XML_STATUS_SUSPENDED)
@@ -160,8 +144,11 @@ bool FXmlParser2::feed(IBStream* stream) {
     }
 }
 
-/// A tag that never ends would be looked at again with each piece, longer every time.
+/// Of a document that has not ended. A tag that never does would be looked at again with each piece, longer
+/// every time.
 bool FXmlParser2::checkGrowth() {
+    if (bytesRead_ > limits_.documentBytes)
+        return fail(tooLarge(limits_.documentBytes));
     // Expat knows no place while it waits for more of a token.
     tokenStart_ = std::max(tokenStart_, byteOffset());
     if (bytesRead_ - tokenStart_ <= limits_.tokenBytes)
@@ -320,7 +307,7 @@ void FXmlParser2::getErrorText(FInterface* text) {
     Ref<IStringSink> sink;
     if (!text || text->queryInterface(IStringSink::iid, sink.out()) != Result::ok)
         return;
-    const int64_t line = std::max<int64_t>(errorPosition_.line - (errorCode_ == aborted ? 1 : 0), 1);
+    const int64_t line = errorPosition_.line - (errorCode_ == aborted ? 1 : 0);
     sink->set8(("Xml Error: " + errorMessage_ + " \r\nLine: " + std::to_string(line)).c_str());
 }
 

@@ -361,8 +361,9 @@ bool XmlDocumentReader::openObject(const FXmlAttributes& attributes) {
     if (outer.kind != Kind::top && !outer.body && !cast<FObjectList>(outer.list))
         return false;
     const auto className = attributes.find("class");
-    const uint64_t id = readId(attributes.find("ID"));
-    if (id == 0)
+    const auto number = attributes.find("ID");
+    const uint64_t id = readId(number);
+    if (!number || (className && id == 0))
         return passOver();
     if (!className) {
         store(addReference(id), attributes);

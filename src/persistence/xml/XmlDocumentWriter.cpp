@@ -101,20 +101,24 @@ bool XmlDocumentWriter::writeRoot(const FStringIDAttribute& entry) {
     uint64_t id = 0;
     if (enter(object, id))
         putOff(*object, id);
+    // A reference to nothing at all: 0 counts as no number.
+    if (id == 0)
+        return true;
     open("root", entry.key(), 2).put(" ID=\"").putUnsigned(id);
     return finish("\"/>");
 }
 
 bool XmlDocumentWriter::writeDataRoot(const FStringIDAttribute& entry) {
-    CmObject* object = standsFor(entry.getObject());
+    const Ref<CmObject> object = retain(standsFor(entry.getObject()));
     // One that names nothing has nothing to store.
     if (!object || cast<FXmlReference>(object))
         return true;
+    const std::string key = entry.key();
     StoredObject stored;
     stored.attributes = retain(cast<FAttributes>(object));
-    if (!isRootName(entry.key()) || (!stored.attributes && !take(object, entry.key(), stored)))
+    if (!isRootName(key) || (!stored.attributes && !take(object.get(), key, stored)))
         return false;
-    open("root", entry.key(), 2);
+    open("root", key, 2);
     return finish(">") && writeBody(*stored.attributes, 3) && closeElement("root", 2);
 }
 
@@ -136,10 +140,9 @@ bool XmlDocumentWriter::writeQueue() {
 }
 
 bool XmlDocumentWriter::writeBody(const FAttributes& attributes, int32_t level) {
-    const int32_t count = attributes.count();
-    if (count > 0 && level >= static_cast<int32_t>(FXmlParser::maxDepth))
+    if (!attributes.isEmpty() && level >= static_cast<int32_t>(FXmlParser::maxDepth))
         return fail("attributes are nested deeper than 1000");
-    for (int32_t i = 0; i < count; ++i)
+    for (int32_t i = 0; i < attributes.count(); ++i)
         if (!writeEntry(*attributes.at(i), level))
             return false;
     return true;
@@ -157,7 +160,7 @@ bool XmlDocumentWriter::writeEntry(const FStringIDAttribute& entry, int32_t leve
         open("float", key, level).put(" value=\"").putFloat(entry.getFloat());
         return finish("\"/>");
     case FAttributeValue::string: return writeString(key, entry.getString(), level);
-    case FAttributeValue::object: return writeObject(entry.getObject(), key, level);
+    case FAttributeValue::object: return writeObject(retain(entry.getObject()), key, level);
     // Behind any other kind stands nothing that could be stored.
     default: return true;
     }
@@ -176,7 +179,7 @@ bool XmlDocumentWriter::writeString(std::string_view key, const ConstString& tex
     return finish({}) && closeElement("string", level);
 }
 
-bool XmlDocumentWriter::writeObject(CmObject* object, std::string_view key, int32_t level) {
+bool XmlDocumentWriter::writeObject(const Ref<CmObject>& object, std::string_view key, int32_t level) {
     if (!object)
         return true;
     if (const auto* nested = cast<FAttributes>(object)) {
@@ -184,10 +187,10 @@ bool XmlDocumentWriter::writeObject(CmObject* object, std::string_view key, int3
         return finish(">") && writeBody(*nested, level + 1) && closeElement("member", level);
     }
     if (const auto* list = cast<FAttrList>(object))
-        return list->count() == 0 || writeList(object, key, level);
-    if (const auto bytes = binaryBytes(object))
+        return list->count() == 0 || writeList(object.get(), key, level);
+    if (const auto bytes = binaryBytes(object.get()))
         return writeBinary(key, *bytes, level);
-    return writeInstance(object, key, level);
+    return writeInstance(object.get(), key, level);
 }
 
 bool XmlDocumentWriter::writeBinary(std::string_view key, std::string_view bytes, int32_t level) {
@@ -234,9 +237,9 @@ bool XmlDocumentWriter::writeList(CmObject* list, std::string_view key, int32_t 
     } else if (const auto* lists = cast<FSubList>(list)) {
         isGood = begin("list");
         for (size_t i = 0; isGood && i < lists->items.size(); ++i) {
+            const Ref<FAttributes> item = lists->items[i];
             indent(level + 1);
-            isGood =
-                finish("<item>") && writeBody(*lists->items[i], level + 2) && closeElement("item", level + 1);
+            isGood = finish("<item>") && writeBody(*item, level + 2) && closeElement("item", level + 1);
         }
     } else {
         return true;
@@ -260,16 +263,13 @@ bool XmlDocumentWriter::writeTextItem(const ConstString& text, int32_t level) {
 }
 
 /// Gives what the object stands for and its number, and true when it is to be written. A reference that was
-/// never bound is not, and no other object gets its number, which then would name that.
+/// never bound is not.
 bool XmlDocumentWriter::enter(CmObject*& object, uint64_t& id) {
     const auto* reference = cast<FXmlReference>(object);
     id = StoredObject::idOf(reference && reference->target() ? reference->target() : object);
     object = standsFor(object);
     if (cast<FXmlReference>(object)) {
-        const auto [place, isNew] = unbound_.try_emplace(id);
-        if (isNew)
-            place->second = written_.enter(object, id).id;
-        id = place->second;
+        id = written_.enterUnbound(id);
         return false;
     }
     const auto entry = written_.enter(object, id);
@@ -331,7 +331,8 @@ bool XmlDocumentWriter::take(CmObject* object, std::string_view key, StoredObjec
 /// With a null `key` it has no name where it stands.
 bool XmlDocumentWriter::writeFull(CmObject* object, uint64_t id, const std::string_view* key, int32_t level) {
     StoredObject stored;
-    if (!take(object, key ? *key : std::string_view(), stored))
+    const std::string name(key ? *key : std::string_view());
+    if (!take(object, name, stored))
         return false;
     if (stored.className.size() > longestValue)
         return fail("a class name is longer than 2048 characters");
@@ -339,7 +340,7 @@ bool XmlDocumentWriter::writeFull(CmObject* object, uint64_t id, const std::stri
     putClassName(stored.className.toUtf8());
     lines_.put('"');
     if (key)
-        lines_.put(" name=\"").putEscaped(*key, Escape::entities).put('"');
+        lines_.put(" name=\"").putEscaped(name, Escape::entities).put('"');
     lines_.put(" ID=\"").putUnsigned(id);
     return finish("\">") && writeBody(*stored.attributes, level + 1) && closeElement("obj", level);
 }

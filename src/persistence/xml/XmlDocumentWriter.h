@@ -6,14 +6,14 @@
 #include <deque>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace qorl {
 
 class FBinaryStream;
 
-/// Writes attributes and objects as the lines of a document: the writing half of `FXmlDocument`. Operations
-/// throw `std::bad_alloc`.
+/// Writes attributes and objects as the lines of a document: the writing half of `FXmlDocument`. An object
+/// that is asked for its attributes may change the lists that it stands in. Operations throw
+/// `std::bad_alloc`.
 class XmlDocumentWriter {
 public:
     explicit XmlDocumentWriter(FBinaryStream& stream) : stream_(stream) {}
@@ -47,7 +47,7 @@ private:
     bool writeBody(const FAttributes& attributes, int32_t level);
     bool writeEntry(const FStringIDAttribute& entry, int32_t level);
     bool writeString(std::string_view key, const ConstString& text, int32_t level);
-    bool writeObject(CmObject* object, std::string_view key, int32_t level);
+    bool writeObject(const Ref<CmObject>& object, std::string_view key, int32_t level);
     bool writeBinary(std::string_view key, std::string_view bytes, int32_t level);
     bool writeList(CmObject* list, std::string_view key, int32_t level);
     bool writeTextItem(const ConstString& text, int32_t level);
@@ -77,7 +77,6 @@ private:
     XmlLine lines_{XmlLine::Surrogates::keep};
     std::string reason_;
     WrittenObjects written_;
-    std::unordered_map<uint64_t, uint64_t> unbound_; ///< Numbers that name nothing, and what they are here.
     std::deque<Waiting> queue_;
 };
 

@@ -490,8 +490,11 @@ TEST(AttributesStream, GivesNoObjectTheNumberOfAReferenceThatLeadsNowhere) {
 
 TEST(AttributesStream, KeepsObjectsOfUnknownClasses) {
     FAttributes attributes;
-    attributes.setObject("gone", new FXmlInstance(77, "NoSuchClass", one("x", 1)), Hold::adopt);
-    attributes.setObject("again", new FXmlReference(77), Hold::adopt);
+    const auto gone = make<FXmlInstance>(77, "NoSuchClass", one("x", 1));
+    const auto again = make<FXmlReference>(77);
+    again->bind(gone.get(), FXmlReference::Binding::hold);
+    attributes.setObject("gone", gone.get(), Hold::retain);
+    attributes.setObject("again", again.get(), Hold::retain);
     attributes.setObject("lost", new FXmlReference(78), Hold::adopt);
     const std::string bytes = stored(attributes);
     FAttributes read;

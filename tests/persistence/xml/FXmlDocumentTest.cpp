@@ -212,6 +212,7 @@ TEST(FXmlDocument, PassesOverWhatIsOdd) {
     ASSERT_TRUE(readDocument("<State>"
                              "<list name='x' type='other'><item value='1'/><nosuch/></list>"
                              "<obj class='CmString' ID='0'><nosuch/></obj>"
+                             "<obj name='none' ID='0'/>"
                              "<obj name='lost' ID='99'/>"
                              "<obj class='NoSuchClass' name='gone' ID='-1'><int name='n' value='5'/></obj>"
                              "<obj name='again' ID='4294967295'/>"
@@ -223,6 +224,7 @@ TEST(FXmlDocument, PassesOverWhatIsOdd) {
                              read));
     EXPECT_FALSE(read.contains("x"));
     EXPECT_EQ(read.getObject("lost"), nullptr);
+    EXPECT_NE(cast<FXmlReference>(read.find("none")->getObject()), nullptr) << "of nothing";
     EXPECT_EQ(read.findAttributes("gone")->getInteger("n"), 5);
     EXPECT_EQ(cast<FXmlReference>(read.find("again")->getObject())->target(), read.find("gone")->getObject());
     EXPECT_STREQ(read.getText8("s"), "a & b &nosuch; AA&#0; <5");

@@ -132,6 +132,10 @@ TEST(FXmlParser2, WritesItsErrorTextIntoAString) {
     EXPECT_EQ(recorder.events, "<a>\n\n<b>") << "nothing more is told after a stop";
     stopped.getErrorText(static_cast<FDependent*>(text.get()));
     EXPECT_EQ(text->string().toUtf8(), "Xml Error: no b here \r\nLine: 2");
+    stopped.reset(nullptr);
+    EXPECT_FALSE(stopped.parse(std::string_view("<b/>")));
+    stopped.getErrorText(static_cast<FDependent*>(text.get()));
+    EXPECT_EQ(text->string().toUtf8(), "Xml Error: no b here \r\nLine: 0");
 }
 
 TEST(FXmlParser2, RefusesWhatGrowsWithoutEnd) {
@@ -156,6 +160,11 @@ TEST(FXmlParser2, RefusesWhatGrowsWithoutEnd) {
     FXmlParser2 rest;
     rest.setLimits({.documentBytes = 10});
     EXPECT_TRUE(rest.parse(stream.get())) << "what stands in front of it doesn't count";
+    const auto several = make<FMemoryStream>(std::string_view("<a/><b>1234567</b>"));
+    rest.reset(nullptr);
+    EXPECT_TRUE(rest.parse(several.get())) << "nor what stands behind it";
+    rest.reset(nullptr);
+    EXPECT_FALSE(rest.parse(several.get()));
 
     const std::string endless = "<a b='" + std::string(300000, 'x');
     FXmlParser2 tag;

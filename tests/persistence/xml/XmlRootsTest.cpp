@@ -6,6 +6,7 @@
 #include "persistence/xml/FXmlObject.h"
 #include "support/FailingAllocation.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
@@ -463,6 +464,53 @@ TEST(XmlRoots, AreNotWrittenInHalf) {
               "the stream doesn't take all of the document: it is full, or not open for writing");
     FXmlDocument none(nullptr, Mode::write);
     EXPECT_FALSE(none.saveRoots("Doc"));
+}
+
+/// Does something else when it is asked for its attributes.
+class Meddler : public CmObject {
+    QORL_CLASS(Meddler, CmObject)
+
+public:
+    bool storeAttributes(FAttributes*) override {
+        meddle();
+        return true;
+    }
+
+    std::function<void()> meddle;
+};
+
+TEST(XmlRoots, AnObjectMayEmptyWhatItStandsInWhileItIsWritten) {
+    enum Place { itself, inBody, inList, inListOfBodies };
+    // Too long to stand within the entry, with which it goes.
+    const std::string key(64, 'k');
+    for (const Place place : {itself, inBody, inList, inListOfBodies}) {
+        SCOPED_TRACE(place);
+        Writing writing;
+        FAttributes& data = writing.document.data();
+        {
+            const auto meddler = make<Meddler>();
+            const auto list = make<FObjectList>(true);
+            list->adopt(meddler);
+            list->adopt(make<XmlTestNode>());
+            const auto body = make<FAttributes>();
+            body->setObject(key, place == inList ? Ref<CmObject>(list).get() : meddler.get(), Hold::retain);
+            body->setInteger("behind", 1);
+            const auto outer = make<FAttributes>();
+            outer->appendAttributes("bodies", body);
+            meddler->meddle = [&data, list = place == inList ? list.get() : nullptr,
+                               body = place == itself ? nullptr : body.get()] {
+                if (list)
+                    list->items.clear();
+                if (body)
+                    body->removeAll();
+                data.removeAll();
+            };
+            const Ref<CmObject> roots[] = {meddler, body, body, outer};
+            data.setObject(key, roots[place].get(), Hold::retain);
+        }
+        Reading reading(writing.save());
+        EXPECT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
+    }
 }
 
 TEST(XmlRoots, AnObjectThatCouldNotBeMadeIsWrittenWithWhatIsLeftOfIt) {
