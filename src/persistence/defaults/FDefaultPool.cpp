@@ -125,8 +125,9 @@ private:
 FDefaultPool::FDefaultPool() = default;
 FDefaultPool::FDefaultPool(const FDefaultPool& other)
     : CmObject(other), removedGroups_(other.removedGroups_), unreadable_(other.unreadable_),
-      afterLoad_(other.afterLoad_), beforeSave_(other.beforeSave_), loadHook_(other.loadHook_),
-      saveHook_(other.saveHook_), state_(other.state_) {
+      storedSaverNames_(other.storedSaverNames_), afterLoad_(other.afterLoad_),
+      beforeSave_(other.beforeSave_), loadHook_(other.loadHook_), saveHook_(other.saveHook_),
+      state_(other.state_) {
     for (const auto& [name, group] : other.groups_)
         groups_.emplace(name, make<FDefaults>(*group));
     if (other.savedAutoSaverAttributes_)
@@ -178,11 +179,11 @@ bool FDefaultPool::removeGroup(const ConstString& name) try {
 }
 
 bool FDefaultPool::load() try {
-    if (loadHook_ && !loadHook_()) {
-        state_.noNewGroups = true;
+    state_.noNewGroups = loadHook_ && !loadHook_();
+    if (state_.noNewGroups)
         return false;
-    }
     otherVersions_.clear();
+    storedSaverNames_.clear();
     // Another program may be moving what is read here.
     const DefaultsLock lock;
     return state_.folderMode ? loadFolder() : loadSingleFile();
@@ -300,11 +301,13 @@ bool FDefaultPool::loadFolder() {
 }
 
 void FDefaultPool::finishLoad() try {
-    if (savedAutoSaverAttributes_)
+    if (savedAutoSaverAttributes_) {
+        noteStoredSavers(*savedAutoSaverAttributes_);
         autoSavers_.tell([saved = savedAutoSaverAttributes_](AutoSaver& saver) {
             if (FAttributes* own = saved->getAttributes(saver.getClassName()))
                 saver.restoreAttributes(own);
         });
+    }
     runCallbacks(afterLoad_);
     state_.loaded = true;
     savedAutoSaverAttributes_.reset();
@@ -329,6 +332,7 @@ bool FDefaultPool::save(bool force) try {
                               "nothing is saved over them.");
         return false;
     }
+    keepMissingSavers(all);
     return state_.folderMode ? saveFolder(all) : saveSingleFile(all);
 } catch (const std::bad_alloc&) {
     platform::debugOutput("no memory to save the settings");
@@ -398,9 +402,7 @@ bool FDefaultPool::saveGroups(Collected& all, const char* folder) {
     const std::string name = inFolder(autoSaverName, folder);
     if (saveFile(name, autoSaverTag, *all.savers))
         return isGood;
-    FAttributes earlier;
-    loadFile(name, autoSaverTag, earlier);
-    if (replaceUnwritableSavers(*all.savers, earlier))
+    if (replaceUnwritableSavers(*all.savers))
         saveFile(name, autoSaverTag, *all.savers);
     return false;
 }
@@ -419,12 +421,11 @@ bool FDefaultPool::replaceUnwritable(Collected& all) {
         attributes = storedEntry(earlier, DefaultsFolder::keyOf(group->group()));
     }
     std::erase_if(all.groups, [](const auto& group) { return !group.attributes; });
-    const FAttributes* savers = earlier.getAttributes(autoSaversKey);
-    const FAttributes none;
-    return (all.savers && replaceUnwritableSavers(*all.savers, savers ? *savers : none)) || isAny;
+    return (all.savers && replaceUnwritableSavers(*all.savers)) || isAny;
 }
 
-bool FDefaultPool::replaceUnwritableSavers(FAttributes& savers, const FAttributes& earlier) {
+bool FDefaultPool::replaceUnwritableSavers(FAttributes& savers) {
+    const Ref<FAttributes> earlier = storedSavers();
     bool isAny = false;
     for (int32_t i = savers.count(); i-- > 0;) {
         const std::string name = savers.at(i)->key();
@@ -435,12 +436,44 @@ bool FDefaultPool::replaceUnwritableSavers(FAttributes& savers, const FAttribute
         if (!isUnwritable(document, "state of \"" + name + '"'))
             continue;
         isAny = true;
-        if (FAttributes* stored = earlier.getAttributes(name))
+        if (FAttributes* stored = earlier->getAttributes(name))
             savers.setObject(name, stored, FAttributes::Hold::retain);
         else
             savers.remove(name);
     }
     return isAny;
+}
+
+/// What the files hold now.
+Ref<FAttributes> FDefaultPool::storedSavers() {
+    auto stored = make<FAttributes>();
+    if (state_.folderMode && DefaultsFolder::stands(DefaultsFolder::store)) {
+        loadFile(inFolder(autoSaverName), autoSaverTag, *stored);
+        return stored;
+    }
+    loadFile(storeName, storeTag, *stored);
+    FAttributes* savers = stored->getAttributes(autoSaversKey);
+    return savers ? retain(savers) : make<FAttributes>();
+}
+
+void FDefaultPool::noteStoredSavers(const FAttributes& savers) {
+    for (int32_t i = 0; i < savers.count(); ++i)
+        storedSaverNames_.insert(savers.at(i)->key());
+}
+
+/// What is stored of auto-savers stays while they are missing, as when their module is not there in a run.
+void FDefaultPool::keepMissingSavers(Collected& all) {
+    auto savers = all.savers ? all.savers : make<FAttributes>();
+    const auto isHere = [&savers](const std::string& name) { return savers->contains(name); };
+    if (!std::all_of(storedSaverNames_.begin(), storedSaverNames_.end(), isHere)) {
+        const Ref<FAttributes> stored = storedSavers();
+        for (const std::string& name : storedSaverNames_)
+            if (FAttributes* own = isHere(name) ? nullptr : stored->getAttributes(name))
+                savers->setObject(name, own, FAttributes::Hold::retain);
+    }
+    noteStoredSavers(*savers);
+    if (!savers->isEmpty())
+        all.savers = std::move(savers);
 }
 
 /// False when there is none.
@@ -461,6 +494,7 @@ void FDefaultPool::clear() {
     afterLoad_.clear();
     beforeSave_.clear();
     savedAutoSaverAttributes_.reset();
+    storedSaverNames_.clear();
     loadHook_ = saveHook_ = nullptr;
     state_ = {};
 }

@@ -6,6 +6,7 @@
 #include "persistence/files/StoredFile.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -48,14 +49,14 @@ public:
     void finishLoad();
     /// With `force` the before-save callbacks run. True also when the save hook refused. What can't be
     /// written leaves what was stored of that group or auto-saver before, is told on the debug output, and
-    /// gives false. In a run that called `backup`, nothing is saved any more once another start called
-    /// `restore`.
+    /// gives false. What is stored of auto-savers that are not registered now stays, too. In a run that
+    /// called `backup`, nothing is saved any more once another start called `restore`.
     bool save(bool force);
     /// Forgets all groups, hooks and callbacks, as before the first load.
     void clear();
 
     /// Puts the file, in folder mode the folder, away under "Defaults (Trashed)", in place of an earlier one,
-    /// and deletes what `backup` left. False when there was nothing, too.
+    /// and deletes what `backup` left. False when any of it is still where a start would find it.
     bool trash();
     /// Copies the store beside itself, if there is one. A copy that fails leaves an earlier one, and one that
     /// `restore` could not bring back is never replaced.
@@ -63,6 +64,8 @@ public:
     /// Brings back what `backup` left in the same form, and takes it away. False, and nothing changed, when
     /// there is nothing.
     bool restore();
+    /// What `backup` left could not be brought back: it waits for the next start.
+    bool isBackupStuck() const { return state_.isBackupStuck; }
 
     /// Asked before anything is read or written; false stops the work.
     void setLoadHook(Hook hook) { loadHook_ = hook; }
@@ -107,7 +110,10 @@ private:
     bool saveGroups(Collected& all, const char* folder);
     bool saveSingleFile(Collected& all);
     bool replaceUnwritable(Collected& all);
-    static bool replaceUnwritableSavers(FAttributes& savers, const FAttributes& earlier);
+    bool replaceUnwritableSavers(FAttributes& savers);
+    Ref<FAttributes> storedSavers();
+    void noteStoredSavers(const FAttributes& savers);
+    void keepMissingSavers(Collected& all);
     bool isBackupTaken() const;
     bool hasBackup() const;
     static bool restoreFolder();
@@ -132,6 +138,8 @@ private:
     std::unordered_map<std::u16string, int32_t> otherVersions_;
     ListenerList<AutoSaver> autoSavers_;
     Ref<FAttributes> savedAutoSaverAttributes_;
+    /// The names of all auto-savers that something is stored of.
+    std::set<std::string> storedSaverNames_;
     std::vector<Callback> afterLoad_;
     std::vector<Callback> beforeSave_;
     Hook loadHook_ = nullptr;

@@ -37,13 +37,12 @@ bool FDefaultPool::trash() try {
     bool isGone = !isFolder || putInPlace(store, DefaultsFolder::trash);
     isGone &= !isFile || file.rename(DefaultsFolder::trash);
     // The next start would bring them back.
-    const bool isCopy = hasBackup();
-    if (isCopy)
+    if (hasBackup())
         isGone &= state_.folderMode ? discard(DefaultsFolder::backup)
                                     : file.removeBackup(FFileType::settingsBackupFile());
     if (isGone)
         state_.hasBackup = state_.isBackupStuck = false;
-    return (isFolder || isFile || isCopy) && isGone;
+    return isGone;
 } catch (const std::bad_alloc&) {
     platform::debugOutput("no memory to do away with the settings");
     return false;

@@ -141,7 +141,6 @@ TEST_P(FDefaultPoolFormTest, TrashesBothForms) {
     pool().setFolderMode();
     EXPECT_TRUE(pool().trash());
     EXPECT_TRUE(folder_.has("settings/Defaults (Trashed).xml"));
-    EXPECT_FALSE(pool().trash());
     begin(2);
     pool().save(true);
     EXPECT_TRUE(pool().backup());

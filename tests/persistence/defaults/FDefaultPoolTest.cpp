@@ -53,6 +53,10 @@ TEST_P(FDefaultPoolTest, RestoresAutoSaversAtTheEndOfTheLoad) {
         saver.state = 7;
         EXPECT_TRUE(pool().save(true));
     }
+    EXPECT_TRUE(pool().save(true)) << "it is gone before the end";
+    restart();
+    loadAll();
+    EXPECT_TRUE(pool().save(true)) << "it is missing for a run";
     restart();
     Saver saver;
     EXPECT_TRUE(pool().load());
@@ -342,7 +346,7 @@ TEST_P(FDefaultPoolTest, SavesNothingOverSettingsThatAnotherStartBroughtBack) {
 
 TEST_P(FDefaultPoolTest, RestoreMakesNoFolder) {
     EXPECT_FALSE(pool().restore());
-    EXPECT_FALSE(pool().trash());
+    EXPECT_TRUE(pool().trash());
     EXPECT_FALSE(folder_.has("settings"));
 }
 
