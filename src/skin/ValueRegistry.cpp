@@ -133,6 +133,10 @@ Binding::Value* ValueRegistry::find(std::string_view name, const IController* co
 void ValueRegistry::define(const SkinElement& element, std::string_view name, const IController* controller) {
     if (ValueScope(element.keywords(SkinAttribute::scope)) != ValueScope::local)
         controller = nullptr;
+    // Each start of the program has its own callbacks.
+    const std::string_view persistence = element.text(SkinAttribute::persistence);
+    if (FGlobalDefaultPool* pool = persistence.empty() ? nullptr : FGlobalDefaultPool::instance())
+        pool->addBeforeSaveCallback(&storeBeforeSave);
     if (const auto found = entries_.find({name, controller}); found != entries_.end()) {
         Entry& entry = *found->second;
         if (std::exchange(entry.load, loadOf(element)) != loadOf(element))
@@ -143,17 +147,13 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
     entry->name = name;
     entry->load = loadOf(element);
     entry->value = createValue(element);
-    entry->persistence = element.text(SkinAttribute::persistence);
+    entry->persistence = persistence;
     if (const std::string_view title = element.text(SkinAttribute::title); !title.empty()) {
         titles_.emplace(entry->value.get(), title);
         entry->value->setTarget(this, 0, false);
     }
-    if (!entry->persistence.empty()) {
+    if (!persistence.empty())
         recall(*entry->value, entry->persistence);
-        FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
-        if (pool && !std::exchange(storesBeforeSave_, true))
-            pool->addBeforeSaveCallback(&storeBeforeSave);
-    }
     localCount_ += controller ? 1 : 0;
     const Key key{entry->name, controller};
     entries_.emplace(key, std::move(entry));

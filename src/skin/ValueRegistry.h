@@ -76,7 +76,6 @@ private:
     /// What few values have: their name for the user, before translation.
     std::unordered_map<const CmObject*, std::string> titles_;
     size_t localCount_ = 0;
-    bool storesBeforeSave_ = false;
 };
 
 } // namespace qorl

@@ -5,6 +5,7 @@
 #include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/defaults/FDefaultPool.h"
 #include "skin/ControllerScope.h"
 #include "skin/FController.h"
 #include "skin/UViewClass.h"
@@ -374,6 +375,22 @@ TEST_F(UIWizardTest, DefinesValuesLocallyBeforeGlobally) {
     EXPECT_EQ(local, value(1));
     controller_ = make<TestController>();
     EXPECT_EQ(wizard().findValue("v", controller_.get()).get(), value(0)) << "and go with it";
+}
+
+TEST_F(UIWizardTest, StoresPersistentValuesInEachRunOfTheProgram) {
+    FGlobalDefaultPool& pool = *FGlobalDefaultPool::instance();
+    for (const int32_t run : {1, 2}) {
+        pool.clear();
+        const Ref<UView> view =
+            build("<valuedefine name='p' type='int' scope='global' persistence='kept'/><slider name='p'/>");
+        cast<UControl>(view->getSubView(0))->getValueObject()->setValue(run);
+        pool.setSaveHook(+[] { return false; });
+        pool.finishLoad();
+        pool.save(true);
+        EXPECT_EQ(pool.getGroup("UGuiValues")->values().getInteger("kept"), run);
+    }
+    ValueRegistry::instance()->clear();
+    pool.clear();
 }
 
 TEST_F(UIWizardTest, ADefinedValueKnowsWhatToCallItself) {
