@@ -1,21 +1,21 @@
 #pragma once
 
-#include "application/UApplication.h"
+#include "application/SkinAttempt.h"
 
 #include <new>
 
 namespace qorl {
 
-/// Loads the last skin beside the start of a program.
+/// Loads the last skin beside the start of a program. Made and finished on the user-interface thread.
 class SkinLoaderThread : public FThread {
 public:
     SkinLoaderThread(UApplication& application, UApplication::Errors errors)
-        : FThread("FThread"), application_(application), errors_(errors) {}
+        : FThread("FThread"), application_(application), attempt_(application), errors_(errors) {}
 
     uint32_t run() override {
         bool loaded = false;
         try {
-            loaded = application_.loadLastSkin(errors_);
+            loaded = attempt_.loadLast();
         } catch (const std::bad_alloc&) {
             // Told like any other skin that can't be had.
         }
@@ -23,8 +23,14 @@ public:
         return 0;
     }
 
+    void finish() {
+        join();
+        attempt_.finish(errors_);
+    }
+
 private:
     UApplication& application_;
+    SkinAttempt attempt_;
     UApplication::Errors errors_;
 };
 

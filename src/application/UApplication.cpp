@@ -180,6 +180,9 @@ void UApplication::finishStartup() {
     if (skinThreadState_ != noSkinThread) {
         while (skinThreadState_ == skinLoading)
             sleep(skinPollPeriod);
+        if (skinThread_)
+            skinThread_->finish();
+        skinThread_.reset();
         if (skinThreadState_ == skinFailed)
             UController::instance()->quit();
     }
@@ -234,6 +237,29 @@ bool UApplication::startSchemes() {
 
 bool UApplication::skinLoaded() {
     return true;
+}
+
+bool UApplication::loadSkin(const FNPath& path, Errors errors) {
+    SkinAttempt attempt(*this);
+    const bool loaded = attempt.load(path);
+    attempt.finish(errors);
+    return loaded;
+}
+
+bool UApplication::loadLastSkin(Errors errors) {
+    SkinAttempt attempt(*this);
+    const bool loaded = attempt.loadLast();
+    attempt.finish(errors);
+    return loaded;
+}
+
+void UApplication::startLoadingLastSkin(Errors errors) {
+    if (skinThread_)
+        skinThread_->join();
+    skinThreadState_ = skinLoading;
+    skinThread_ = std::make_unique<SkinLoaderThread>(*this, errors);
+    if (!skinThread_->start())
+        skinThread_->run();
 }
 
 bool UApplication::canQuit(int32_t) {

@@ -109,7 +109,8 @@ public:
     bool loadSkin(const FNPath& path, Errors errors);
     /// The last skin, else the default one, else the first. Needs the manager of skin packs.
     bool loadLastSkin(Errors errors);
-    /// The same on a thread of its own, which `finishStartup` waits for.
+    /// The same on a thread of its own, which `finishStartup` waits for and then remembers the skin and tells
+    /// of errors. Until then the program leaves the wizard, the schemes and the catalogue of skins alone.
     void startLoadingLastSkin(Errors errors);
 
     ApplicationType getType() const { return type_; }

@@ -24,6 +24,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace qorl {
@@ -248,9 +249,11 @@ struct Alerts : AlertPresenter {
     Alerts() { setCurrent(this); }
     ~Alerts() { setCurrent(nullptr); }
     int32_t show(const AlertRecord& alert) override {
+        EXPECT_EQ(std::this_thread::get_id(), home) << "alerts belong to the user-interface thread";
         texts.push_back(alert.text.toUtf8());
         return first;
     }
+    std::thread::id home = std::this_thread::get_id();
     Log texts;
 };
 
@@ -326,7 +329,7 @@ protected:
             .setString("LastSkinfile", ConstString((folder / name).c_str()));
     }
     bool loadBeside() {
-        program->startLoadingLastSkin(UApplication::Errors::hide);
+        program->startLoadingLastSkin(UApplication::Errors::show);
         program->finishStartup();
         return !UController::instance()->isStopped();
     }
@@ -360,13 +363,19 @@ TEST_F(LastSkin, IsTheRememberedOneThenTheDefaultThenTheFirstEachTriedOnce) {
 }
 
 TEST_F(LastSkin, BesideTheStartIsWaitedForAndEndsTheProgramWhenThereIsNone) {
+    Alerts alerts;
     Catalog catalog;
     catalog.verdict = SkinCatalog::Verdict::accepted;
-    catalog.standard = skin("b");
+    catalog.standard = catalog.first = skin("b");
     EXPECT_TRUE(loadBeside());
     EXPECT_EQ(catalog.judged, Log{"b"});
+    const FAttributes& values = FGlobalDefaultPool::instance()->getGroup("UApplication")->values();
+    EXPECT_EQ(values.getString("LastSkinfile").toUtf8(), (folder / "b").string());
+    EXPECT_EQ(alerts.texts, Log{});
     catalog.verdict = SkinCatalog::Verdict::notOfThisApplication;
     EXPECT_FALSE(loadBeside());
+    EXPECT_EQ(alerts.texts,
+              Log{"'" + (folder / "b").string() + "' is not a valid skin file for this application!"});
 }
 
 TEST_F(LastSkin, OfAnotherProgramIsRefusedAloudWhenAsked) {
