@@ -35,6 +35,22 @@ constexpr const char* question =
     "program with factory settings.\n"
     "  Please be aware that all your custom settings will be removed. This operation cannot be undone.\n\n";
 
+constexpr const char* notBroughtBack =
+    "Your preferences could not be brought back. They are kept, and the next start of the program tries "
+    "again.";
+constexpr const char* notDisabled =
+    "Your preferences could not be put aside. The program starts with factory settings, and nothing that you "
+    "change in them is saved.";
+constexpr const char* notDeleted =
+    "Your preferences could not be deleted. The program starts with factory settings, and the next start may "
+    "find your preferences again.";
+
+void alertUser(const char* text) {
+    AlertRecord alert;
+    alert.text = translate(text);
+    AlertPresenter::current().show(alert);
+}
+
 } // namespace
 
 bool checkSafeStart() {
@@ -42,6 +58,8 @@ bool checkSafeStart() {
     FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
     // What an earlier run put aside for its own time comes back.
     pool->restore();
+    if (pool->isBackupStuck())
+        alertUser(notBroughtBack);
     const UController* controller = UController::instance();
     if (!controller || controller->currentModifiers() != safeStartKeys)
         return true;
@@ -52,10 +70,15 @@ bool checkSafeStart() {
     alert.button2 = translate("Disable program preferences");
     alert.button3 = translate("Delete program preferences");
     switch (AlertPresenter::current().show(alert)) {
-    case AlertPresenter::second: preferencesUncopied = !pool->backup(); return false;
+    case AlertPresenter::second:
+        preferencesUncopied = !pool->backup();
+        if (preferencesUncopied)
+            alertUser(notDisabled);
+        return false;
     case AlertPresenter::third:
-        pool->trash();
         preferencesDeleted = true;
+        if (!pool->trash())
+            alertUser(notDeleted);
         return false;
     default: return true;
     }

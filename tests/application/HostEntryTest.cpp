@@ -271,7 +271,22 @@ TEST_F(HostEntryTest, TheSafeStartPutsSettingsAside) {
                 !std::filesystem::is_empty(folder / "qorl-frame_64"));
     run(0, [&] { EXPECT_EQ(number(), 42) << "they come back with the next start"; });
 
+    // Folders stand in the way of what is to be done.
+    const std::filesystem::path settings = folder / "qorl-frame_64";
+    const auto fails = [&](const char* file, uint32_t modifiers, const char* told) {
+        std::filesystem::create_directories(settings / file / "in the way");
+        run(modifiers, [] {});
+        EXPECT_EQ(presenter.text.find(told), 0u) << presenter.text;
+        std::filesystem::remove_all(settings / file);
+    };
+    presenter.choice = AlertPresenter::second;
+    fails("Defaults.xml.backup", all, "Your preferences could not be put aside.");
     presenter.choice = AlertPresenter::third;
+    fails("Defaults (Trashed).xml", all, "Your preferences could not be deleted.");
+    std::filesystem::rename(settings / "Defaults.xml", settings / "Defaults.xml.backup");
+    fails("Defaults.xml", 0, "Your preferences could not be brought back.");
+    run(0, [&] { EXPECT_EQ(number(), 42) << "nothing was lost by that"; });
+
     run(all, [&] { EXPECT_EQ(number(), 0); });
     run(0, [&] { EXPECT_EQ(number(), 0); });
 }
