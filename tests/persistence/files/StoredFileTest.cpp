@@ -157,6 +157,16 @@ INSTANTIATE_TEST_SUITE_P(
         Leftover{"OldNotDeleted", "good", "good o", "good s", "good", StoredFile::Found::whole, "good"}),
     [](const auto& row) { return row.param.name; });
 
+TEST_F(StoredFileTest, GivesANameBackOnlyWhereNobodyHasIt) {
+    for (const char* bytes : {"good 1", "good 2"}) {
+        write("Keys_old.xml", bytes);
+        const platform::FileError error = platform::FileReplacement::putBack(path("Keys_old.xml"), path());
+        EXPECT_EQ(error.isExisting(), bytes == std::string_view("good 2")) << error.getText();
+    }
+    EXPECT_EQ(read("Keys.xml"), "good 1");
+    EXPECT_EQ(read("Keys_old.xml"), "good 2");
+}
+
 TEST_F(StoredFileTest, PutsAwayWhatAnInterruptedSaveKeptUnlessItIsTheLastGoodState) {
     for (const bool isGood : {false, true}) {
         write("Keys.xml", "goo");

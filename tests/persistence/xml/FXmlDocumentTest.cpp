@@ -141,28 +141,6 @@ TEST(FXmlDocument, StoresAnObjectOnceAndFindsItAgain) {
     EXPECT_EQ(cast<CmString>(read.nextObject("list"))->string(), ConstString("two"));
 }
 
-TEST(FXmlDocument, QueuesObjectsThatAreDeep) {
-    FAttributes attributes;
-    FAttributes* inner = &attributes;
-    for (int level = 1; level < 8; ++level) {
-        auto* next = new FAttributes;
-        inner->setObject("m", next, Hold::adopt);
-        inner = next;
-    }
-    inner->setObject("o", new CmString("deep"), Hold::adopt);
-    const std::string text = written(attributes);
-    const size_t reference = text.find("<obj name=\"o\" ID=\"");
-    ASSERT_NE(reference, std::string::npos);
-    EXPECT_GT(text.find("\r\n\r\n   <obj class=\"CmString\" ID=\""), reference);
-    FAttributes read;
-    ASSERT_TRUE(readDocument(text, read));
-    const auto* found = read.findAttributes("m");
-    while (found && !found->contains("o"))
-        found = found->getAttributes("m");
-    ASSERT_NE(found, nullptr);
-    EXPECT_EQ(cast<CmString>(found->getObject("o"))->string(), ConstString("deep"));
-}
-
 TEST(FXmlDocument, StopsAtADepthThatNobodyWrites) {
     std::string deep = "<State>";
     for (int i = 0; i < 100000; ++i)

@@ -257,10 +257,8 @@ TEST_F(HeadlessDesktopTest, ScrollsPixelsAndTheirInvalidRegion) {
         CmPoint mark; ///< where the pixel at 20,20 goes
     };
     const Case cases[] = {
-        {"down", {0, 5}, {10, 10, 50, 15}, {20, 25}},
-        {"up", {0, -5}, {10, 45, 50, 50}, {20, 15}},
-        {"right", {5, 0}, {10, 10, 15, 50}, {25, 20}},
-        {"left", {-5, 0}, {45, 10, 50, 50}, {15, 20}},
+        {"down", {0, 5}, {10, 10, 50, 15}, {20, 25}},       {"up", {0, -5}, {10, 45, 50, 50}, {20, 15}},
+        {"right", {5, 0}, {10, 10, 15, 50}, {25, 20}},      {"left", {-5, 0}, {45, 10, 50, 50}, {15, 20}},
         {"away", {0, 1 << 30}, {10, 10, 50, 50}, {20, 20}},
     };
     for (const Case& c : cases) {
