@@ -145,7 +145,8 @@ public:
     /// without an alpha channel.
     virtual void setTransparencyColor(uint32_t color) = 0;
 
-    /// The position and size that the window has or will have when it is neither minimized nor maximized.
+    /// The position and size that the window has when it is neither minimized nor maximized, or will have by
+    /// what it was asked for last.
     virtual void getPlacement(CmRect& rect) const = 0;
     virtual void setPlacement(const CmRect& rect) = 0;
 

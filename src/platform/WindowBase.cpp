@@ -112,8 +112,7 @@ void WindowBase::setPositionSize(CmPoint position, CmSize size) {
         return;
     const Ref<WindowBase> self = retain(this);
     size = withinLimits(size);
-    if (showState_ != ShowState::normal)
-        restoredRect_ = CmRect::ofSize(position, size);
+    restoredRect_ = CmRect::ofSize(position, size);
     nativeMove(position, size);
 }
 
@@ -158,9 +157,10 @@ void WindowBase::center() {
         place = owner_->getRect();
     else
         desktop_.getMonitorRect(desktop_.monitorAt(position_), MonitorArea::work, place);
+    const CmSize size = restoredRect_.size();
     setPositionSize(
-        {place.left + (place.width() - size_.width) / 2, place.top + (place.height() - size_.height) / 2},
-        size_);
+        {place.left + (place.width() - size.width) / 2, place.top + (place.height() - size.height) / 2},
+        size);
 }
 
 void WindowBase::activate() {
@@ -303,7 +303,7 @@ void WindowBase::setTransparencyColor(uint32_t color) {
 }
 
 void WindowBase::getPlacement(CmRect& rect) const {
-    rect = showState_ == ShowState::normal ? getRect() : restoredRect_;
+    rect = restoredRect_;
 }
 
 void WindowBase::setPlacement(const CmRect& rect) {
@@ -422,8 +422,10 @@ void WindowBase::reportGeometry(CmPoint position, CmSize size, CmSize deviceSize
     const bool isSized = size != size_;
     position_ = position;
     size_ = size;
+    // What did not change may still be on its way.
     if (showState_ == ShowState::normal)
-        restoredRect_ = getRect();
+        restoredRect_ = CmRect::ofSize(isMoved ? position : restoredRect_.origin(),
+                                       isSized ? size : restoredRect_.size());
     if (deviceSize != deviceSize_) {
         deviceSize_ = deviceSize;
         dropSurface();

@@ -128,7 +128,7 @@ protected:
     CmSize getLimit(LimitKind kind) const { return limits_[static_cast<int>(kind)]; }
     uint32_t getTransparencyColor() const { return transparencyColor_; }
 
-    /// Where the window goes when it is neither minimized nor maximized.
+    /// Where the window is when it is neither minimized nor maximized, or was asked to go.
     void setRestoredRect(const CmRect& rect) { restoredRect_ = rect; }
     const CmRect& getRestoredRect() const { return restoredRect_; }
 

@@ -88,6 +88,7 @@ public:
     virtual void activate();
     using UView::activate;
     virtual bool isActive() const;
+    enum class Activation : uint8_t { gained, lost };
     virtual void setBackgroundColor(const UColor& color);
     /// 0 invisible to 1 opaque; cut to that range.
     virtual void setOpacity(float opacity);
@@ -162,23 +163,10 @@ public:
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 
-    // Calls of the platform side.
-
-    /// Draws the invalid `region`, given in client coordinates. What was drawn is added to `drawn` unless it
-    /// is null.
+    /// Draws the invalid `region`, given in client coordinates, for the platform. What was drawn is added to
+    /// `drawn` unless it is null.
     void paint(const platform::PixelSurface& surface, const platform::Region& region,
                platform::Region* drawn);
-    bool mouseEvent(const platform::MouseEvent& event);
-    bool wheelEvent(const platform::WheelEvent& event);
-    bool keyEvent(const platform::KeyEvent& event);
-    void sized(const CmRect& clientOnScreen);
-    enum class SizeTracking : uint8_t { started, ended };
-    void sizeTracking(SizeTracking phase);
-    enum class Activation : uint8_t { gained, lost };
-    void activationChanged(Activation activation, platform::PlatformWindowClient::MainWindow mainWindow);
-    void captureLost();
-    void stateChangedTo(WindowState state);
-    void userColorsChanged();
 
     // Input, as the views see it.
 
@@ -191,6 +179,8 @@ public:
     void captureMouse(UView* view);
     void releaseMouse(UView* view);
     UView* getMouseCapture() const;
+    /// The mouse was taken away: whoever held it hears of it.
+    void captureLost();
     /// Looks again at what lies under a resting mouse, since views moved.
     void refreshHover();
     void updateHover(CmPoint point);
@@ -250,6 +240,20 @@ protected:
 private:
     friend class WindowPlatformSide;
 
+    // Calls of the platform side.
+
+    bool mouseEvent(const platform::MouseEvent& event);
+    bool wheelEvent(const platform::WheelEvent& event);
+    bool keyEvent(const platform::KeyEvent& event);
+    void sized(const CmRect& clientOnScreen);
+    enum class SizeTracking : uint8_t { started, ended };
+    void sizeTracking(SizeTracking phase);
+    void activationChanged(Activation activation, platform::PlatformWindowClient::MainWindow mainWindow);
+    void stateChangedTo(WindowState state);
+    void userColorsChanged();
+
+    // Steps of the operations.
+
     bool open();
     bool prepareToOpen();
     bool createPlatformWindow();
@@ -259,11 +263,9 @@ private:
     void storeStateAtClose();
     void restoreLook(FAttributes& stored);
     void storeViews(FAttributes& attributes);
-    /// Where the window is when it is neither minimized nor maximized.
+    /// Where the window is, or shall be, when it is neither minimized nor maximized.
     CmRect normalFrame() const;
     void restorePlace(const FAttributes& stored, std::string_view positionKey);
-    /// The same with what the platform has not answered yet.
-    CmRect wantedFrame() const;
     void changeState(WindowState state);
     void tellState(const char* message, bool on);
     bool closeByKey(const UKeyCode& key);

@@ -36,7 +36,7 @@ void UWindow::setPosition(CmPoint position) {
     if (hasWindowFlag(collectingUpdates))
         setPoint(getAttributes(), collectedPositionKey, position);
     else
-        setFrame(CmRect::ofSize(position, wantedFrame().size()), true);
+        setFrame(CmRect::ofSize(position, normalFrame().size()), true);
 }
 
 CmPoint UWindow::getPosition() const {
@@ -51,7 +51,7 @@ void UWindow::setSize(CmSize clientSize) {
     if (hasWindowFlag(collectingUpdates))
         qorl::setSize(getAttributes(), collectedSizeKey, clientSize);
     else
-        setFrame(CmRect::ofSize(wantedFrame().origin(), clientSize), true);
+        setFrame(CmRect::ofSize(normalFrame().origin(), clientSize), true);
 }
 
 CmSize UWindow::getSize() const {
@@ -59,15 +59,6 @@ CmSize UWindow::getSize() const {
     if (const FAttributes* attributes = peekAttributes())
         qorl::getSize(*attributes, collectedSizeKey, size);
     return size;
-}
-
-CmRect UWindow::wantedFrame() const {
-    const CmRect frame = normalFrame();
-    // Of the place that it comes back to the platform knows what it was asked for.
-    if (core_->windowState != WindowState::normal)
-        return frame;
-    return CmRect::ofSize(core_->askedPosition.value_or(frame.origin()),
-                          core_->askedSize.value_or(frame.size()));
 }
 
 void UWindow::setSizeLimits(CmSize smallest, CmSize largest) {
@@ -93,9 +84,9 @@ void UWindow::endCollectUpdates() {
         return;
     setWindowFlag(collectingUpdates, false);
     FAttributes& attributes = getAttributes();
-    const CmRect wanted = wantedFrame();
-    CmPoint position = wanted.origin();
-    CmSize size = wanted.size();
+    const CmRect frame = normalFrame();
+    CmPoint position = frame.origin();
+    CmSize size = frame.size();
     getPoint(attributes, collectedPositionKey, position);
     qorl::getSize(attributes, collectedSizeKey, size);
     attributes.remove(collectedPositionKey);
@@ -106,9 +97,6 @@ void UWindow::endCollectUpdates() {
 bool UWindow::applyFrameHook(const CmRect& rect, bool) {
     if (!core_->platformWindow || hasFlag(viewFrameFrozen))
         return false;
-    // A desktop that answers later still has the old frame when the next request comes.
-    core_->askedPosition = rect.origin();
-    core_->askedSize = rect.size();
     if (hasFlag(viewResizeSuspended))
         core_->fittedSize = rect.size();
     core_->platformWindow->setPositionSize(rect.origin(), rect.size());
@@ -116,10 +104,16 @@ bool UWindow::applyFrameHook(const CmRect& rect, bool) {
 }
 
 bool UWindow::subViewFrameRequest(UView* child, const CmRect& rect, bool redraw) {
+    if (!child || child != contentView())
+        return UView::subViewFrameRequest(child, rect, redraw);
+    if (core_->windowState == WindowState::maximized && child->getAttach() == viewAttachAll) {
+        // It goes on filling the screen, and has its way when the window comes back.
+        setSize({rect.right, rect.bottom});
+        return false;
+    }
     const Ref<UWindow> keep = retain(this);
     const bool result = UView::subViewFrameRequest(child, rect, redraw);
-    if (child && child == contentView())
-        resizeToFit(0, 0);
+    resizeToFit(0, 0);
     return result;
 }
 

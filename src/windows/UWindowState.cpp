@@ -37,7 +37,8 @@ CmRect UWindow::normalFrame() const {
     if (core_->stateFlags & WindowCore::placementValid)
         return core_->placementRect;
     CmRect frame = getFrameRect();
-    if (core_->windowState != WindowState::normal && core_->platformWindow)
+    // A desktop that answers later still has the old frame: its placement is what it was asked for.
+    if (core_->platformWindow)
         core_->platformWindow->getPlacement(frame);
     return frame;
 }

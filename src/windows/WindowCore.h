@@ -71,9 +71,6 @@ struct WindowCore {
     bool centerOnOpen = false;
     bool closeIsCancel = false;
     std::vector<Ref<UWindow>> followersOfMain; ///< Child windows that went with the main window.
-    /// What the platform was asked for and has not answered yet.
-    std::optional<CmPoint> askedPosition;
-    std::optional<CmSize> askedSize;
     /// The size for which the views stand already, since the window was asked to fit itself around them.
     std::optional<CmSize> fittedSize;
     CmPoint dragOffset;

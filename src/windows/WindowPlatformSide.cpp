@@ -21,13 +21,11 @@ bool WindowPlatformSide::key(const platform::KeyEvent& event) {
 
 void WindowPlatformSide::moved(CmPoint position) {
     const Ref<UWindow> keep = retain(&window_);
-    window_.core().askedPosition.reset();
     window_.sized(CmRect::ofSize(position, window_.getFrameSize()));
 }
 
 void WindowPlatformSide::sized(CmSize size) {
     const Ref<UWindow> keep = retain(&window_);
-    window_.core().askedSize.reset();
     window_.sized(CmRect::ofSize(window_.getFrameRect().origin(), size));
 }
 

@@ -198,6 +198,11 @@ TEST_F(UBaseViewTest, FollowsItsOnlySubViewAndPassesItOn) {
     EXPECT_EQ(window->getSize(), (CmSize{180, 130}));
     EXPECT_EQ(textOf(base_->getFrameRect()), "0,0,180,130");
     EXPECT_EQ(textOf(content->getFrameRect()), "0,0,180,130");
+    window->setMaximized(true);
+    base_->subViewFrameRequest(content.get(), {0, 0, 150, 110}, true);
+    EXPECT_EQ(base_->getFrameSize(), window->getClientSize()) << "a maximized window shows a hole";
+    window->setMaximized(false);
+    EXPECT_EQ(textOf(base_->getFrameRect()), "0,0,150,110");
 }
 
 TEST_F(UBaseViewTest, AnswersForItsOwnSurroundings) {

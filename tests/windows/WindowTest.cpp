@@ -371,6 +371,10 @@ TEST_F(WindowTest, KeepsWhatWasAskedForUntilThePlatformAnswers) {
     window->setPosition({320, 220});
     window->setMaximized(false);
     EXPECT_EQ(window->getFrameRect(), (CmRect{320, 220, 670, 470})) << "it kept the size of the screen";
+    window->setMaximized(true);
+    window->center();
+    window->setMaximized(false);
+    EXPECT_EQ(window->getFrameRect(), (CmRect{785, 415, 1135, 665}));
 }
 
 TEST_F(WindowTest, LeavesWhatItFitsItselfAroundAloneAlsoWhenThePlatformAnswersLater) {

@@ -153,7 +153,8 @@ void X11Window::writeNormalHints() {
     if (!isManaged_ || isClosed())
         return;
     xcb_size_hints_t hints = {};
-    const CmRect device = toDeviceRect(getPosition(), getSize());
+    // Managers hold a request against the hints: they tell where the window is about to be.
+    const CmRect device = toDeviceRect(getRestoredRect().origin(), getRestoredRect().size());
     // Positions are those of the client area, whatever frame the manager draws around it.
     xcb_icccm_size_hints_set_win_gravity(&hints, XCB_GRAVITY_STATIC);
     if (isPositionGiven_)

@@ -391,6 +391,16 @@ TEST(X11Desktop, WritesTheHintsThatDesktopsRead) {
     const uint32_t closing = scene.user.intern("WM_DELETE_WINDOW");
     EXPECT_EQ(std::memcmp(protocols.data(), &closing, sizeof closing), 0);
     EXPECT_EQ(scene.user.getProperty(id, "_MOTIF_WM_HINTS").size(), 5U * 4);
+
+    window->setStyleFlag(WindowStyle::sizable, false);
+    window->setPositionSize({100, 100}, {250, 120});
+    ASSERT_TRUE(scene.waitForLine(client, "sized 250x120"));
+    const std::string hints = scene.user.getProperty(id, "WM_NORMAL_HINTS");
+    uint32_t least[2] = {};
+    ASSERT_GE(hints.size(), 7U * 4);
+    std::memcpy(least, hints.data() + 5 * 4, sizeof least);
+    EXPECT_EQ(least[0], 250U) << "a manager that goes by the hints would have refused";
+    EXPECT_EQ(least[1], 120U);
 }
 
 TEST(X11Desktop, FollowsTheDesktopsScale) {
