@@ -181,6 +181,8 @@ Ref<UBitmap> UBitmap::createSection(const CmRect& rect) {
 }
 
 CmRect UBitmap::toImage(const CmRect& rect) {
+    if (scale_ == 1.0)
+        return rect;
     const GraphicsImage* image = getBackendImage();
     const CmSize size = getSize();
     // The last edge is that of the image, whose size need not be a multiple of the scale.

@@ -37,6 +37,19 @@ Geometry::Rect strokeRect(const CmRect& rect) {
     return {whole.x + 0.5, whole.y + 0.5, whole.width - 1.0, whole.height - 1.0};
 }
 
+/// The whole pixels around a rectangle under a matrix.
+CmRect boxAround(const Geometry::Rect& rect, const TransformMatrix& m) {
+    const auto [left, right] = std::minmax({m.m11 * rect.x, m.m11 * rect.right()});
+    const auto [leftByY, rightByY] = std::minmax({m.m21 * rect.y, m.m21 * rect.bottom()});
+    const auto [top, bottom] = std::minmax({m.m22 * rect.y, m.m22 * rect.bottom()});
+    const auto [topByX, bottomByX] = std::minmax({m.m12 * rect.x, m.m12 * rect.right()});
+    const auto pixel = [](double place) {
+        return place > INT32_MIN ? place < INT32_MAX ? static_cast<int32_t>(place) : INT32_MAX : INT32_MIN;
+    };
+    return {pixel(std::floor(left + leftByY + m.dx)), pixel(std::floor(top + topByX + m.dy)),
+            pixel(std::ceil(right + rightByY + m.dx)), pixel(std::ceil(bottom + bottomByX + m.dy))};
+}
+
 /// Radius -1 is a tenth of the width.
 double cornerRadius(const CmRect& rect, int32_t radius) {
     return radius == -1 ? std::floor(wholeRect(rect).width / 10) : radius;
@@ -179,7 +192,7 @@ void UDrawDevice::flushClip() {
     const bool isElsewhere = clipMatrix_ && clipMatrix_->invert(back);
     if (isElsewhere)
         backEnd_->concatTransformMatrix(back);
-    backEnd_->setClip(wholeRect(getVisible()));
+    backEnd_->setClip(wholeRect(sentClip()));
     if (isElsewhere)
         backEnd_->concatTransformMatrix(*clipMatrix_);
 }
@@ -189,6 +202,13 @@ void UDrawDevice::flushBrush() {
         return;
     backEnd_->setBrushColor(brush_.getColor().packed());
     brushDirty_ = false;
+}
+
+CmRect UDrawDevice::inNewCoordinates(const CmRect& rect) const {
+    TransformMatrix back;
+    if (rect.isEmpty() || !clipMatrix_->invert(back))
+        return rect;
+    return boxAround(wholeRect(rect), back);
 }
 
 bool UDrawDevice::isOutside(const CmRect& rect, int64_t slack) const {
@@ -452,23 +472,24 @@ DrawBackEnd* UDrawDevice::beginBitmap() {
 
 void UDrawDevice::setClip(const CmRect& rect) {
     const CmRect clip = normalised(rect);
-    if (clip == clipRect_)
+    if (clip == clipRect_ && !clipMatrix_)
         return;
+    if (clipMatrix_)
+        clipLimit_ = inNewCoordinates(clipLimit_);
+    clipMatrix_.reset();
     clipRect_ = clip;
     clipDirty_ = true;
-    clipMatrix_.reset();
 }
 
 void UDrawDevice::limitClip(const CmRect& limit) {
-    clipLimit_ = limit;
+    limit_ = clipLimit_ = limit;
     clipDirty_ = true;
 }
 
 void UDrawDevice::setStandardStyles() {
     brush_ = UBrush();
     pen_ = UPen();
-    clipRect_ = maximumClip;
-    clipMatrix_.reset();
+    setClip(maximumClip);
     clipDirty_ = penDirty_ = brushDirty_ = true;
 }
 
@@ -482,6 +503,7 @@ void UDrawDevice::restoreState() {
         return;
     backEnd_->restoreGlobalState();
     clipMatrix_.reset();
+    clipLimit_ = limit_;
     // Also for the other devices on this back end, whose state it may have had.
     root_->stateOwner_ = this;
     markAllDirty();

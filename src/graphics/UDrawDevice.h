@@ -110,10 +110,11 @@ public:
     void setClip(const CmRect& rect);
     void getClip(CmRect& rect) const { rect = clipRect_; }
     const CmRect& getClip() const { return clipRect_; }
-    /// What can be drawn on: the clip, cut to what the device was limited to.
-    CmRect getVisible() const { return clipRect_.intersect(clipLimit_); }
+    /// What can be drawn on, in the coordinates of now: the clip, cut to what the device was limited to. Under a
+    /// matrix that turns it is the box around that.
+    CmRect getVisible() const { return clipMatrix_ ? inNewCoordinates(sentClip()) : sentClip(); }
     /// Whether nothing that is drawn can be seen.
-    bool isSilent() const { return !backEnd_ || getVisible().isEmpty(); }
+    bool isSilent() const { return !backEnd_ || sentClip().isEmpty(); }
     /// Brush and pen as at the start, no clip.
     void setStandardStyles();
 
@@ -138,6 +139,9 @@ protected:
     void detach();
 
 private:
+    CmRect sentClip() const { return clipRect_.intersect(clipLimit_); }
+    /// The box around a rectangle of the coordinates that the clip was set in.
+    CmRect inNewCoordinates(const CmRect& rect) const;
     bool prepare();
     void markAllDirty();
     void flushPen();
@@ -158,8 +162,9 @@ private:
     Ref<DrawBackEnd> backEnd_;
     Ref<DrawTarget> target_;
     Ref<GraphicsPath> scratchPath_;
-    CmRect clipLimit_ = maximumClip;
-    std::optional<TransformMatrix> clipMatrix_; ///< What was concatenated since the clip was sent.
+    CmRect limit_ = maximumClip;
+    CmRect clipLimit_ = maximumClip;            ///< `limit_` in the coordinates that the clip was set in.
+    std::optional<TransformMatrix> clipMatrix_; ///< What was concatenated since then.
     UDrawDevice* root_ = this;                  ///< The device that the back end was opened for.
     const UDrawDevice* stateOwner_ = nullptr;   ///< Of a root: the device whose state the back end has.
     bool clipDirty_ = true;

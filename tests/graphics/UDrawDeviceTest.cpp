@@ -227,6 +227,16 @@ TEST_F(UDrawDeviceTest, AClipStaysInTheCoordinatesThatItWasSetIn) {
     EXPECT_EQ(backEnd_->take(), "clip 0,0 10x10; rect 0,0 1x1 fill") << "in the new ones";
 }
 
+TEST_F(UDrawDeviceTest, SkipsWhatAMatrixMovesOutOfTheClip) {
+    device_.setClip({0, 0, 50, 50});
+    device_.concatTransformMatrix(TransformMatrix::translation(-100, 0));
+    settle();
+    device_.drawFrame({0, 0, 10, 10});
+    EXPECT_EQ(backEnd_->take(), "");
+    device_.drawFrame({100, 0, 110, 10});
+    EXPECT_EQ(backEnd_->take(), "rect 100.5,0.5 9x9 stroke");
+}
+
 TEST_F(UDrawDeviceTest, SmoothsAnewWhenAnotherDeviceWasAtTheBackEnd) {
     UDrawDevice other(device_, {10, 0});
     settle();
@@ -253,6 +263,12 @@ TEST_F(UDrawDeviceTest, NeverDrawsBeyondTheLimitOfItsClip) {
     view.fillRect({20, 0, 30, 10});
     EXPECT_EQ(backEnd_->take(), "");
     EXPECT_TRUE(view.isSilent());
+    view.saveState();
+    view.concatTransformMatrix(TransformMatrix::translation(-100, 0));
+    view.setClip({0, 0, 500, 3});
+    EXPECT_EQ(view.getVisible(), (CmRect{100, 0, 110, 3})) << "the limit moves with the coordinates";
+    view.restoreState();
+    EXPECT_EQ(view.getVisible(), (CmRect{0, 0, 10, 3}));
 }
 
 TEST_F(UDrawDeviceTest, HandsTextOnWithItsAlignment) {
