@@ -10,8 +10,9 @@ namespace detail {
 extern const char* const singleThreadMark;
 }
 
-/// True as long as no second thread has been started in this process, by anybody: then nobody can come in
-/// between, and what a thread left behind is seen by those that it starts. Stays false afterwards.
+/// Whether the calling thread is the only one of this process, as far as the C library can tell. It takes the
+/// mark away where a thread is started, by whomever and before the new one runs; so a true answer holds until
+/// the caller itself starts one, which then sees all that the caller has written.
 inline bool isSingleThreaded() {
     return *detail::singleThreadMark != 0;
 }

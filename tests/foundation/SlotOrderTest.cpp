@@ -142,10 +142,5 @@ TEST(SlotOrder, TheDestructorsStandBetweenUpdateAndIsA) {
     EXPECT_EQ(destroyed, 1);
 }
 
-TEST(SlotOrder, ObjectsCarryNothingButTheirCount) {
-    EXPECT_EQ(sizeof(CmObject), sizeof(FObject));
-    EXPECT_LE(sizeof(FObject), sizeof(void*) + 8);
-}
-
 } // namespace
 } // namespace qorl

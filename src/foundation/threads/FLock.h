@@ -13,7 +13,8 @@ namespace qorl {
 /// Hold it through a `FGuard`. Locks have no fixed order; never call out of a class with its lock held unless
 /// the operation says so. A lock that nobody else wants costs one exchange to take and one to give back
 /// (U. Drepper, Futexes Are Tricky, 2011, the mutex of section 6), and next to nothing in a process of one
-/// thread.
+/// thread. A lock may be taken before the first thread is started and given back behind that: the thread
+/// finds it held, and each step asks anew whether there is one.
 class FLock {
 public:
     /// The name tells a reader what the lock is for; it isn't stored.

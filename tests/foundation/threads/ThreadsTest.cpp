@@ -5,8 +5,12 @@
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 
+#include <functional>
 #include <gtest/gtest.h>
+#include <memory>
+#include <pthread.h>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace qorl {
@@ -59,6 +63,77 @@ TEST(FLock, WakesEachThreadThatWaitsForIt) {
         thread.join();
     EXPECT_EQ(sum, int64_t{threadCount} * rounds) << "never two at a time";
 }
+
+using Body = std::function<void()>;
+
+struct BodyThread : FThread {
+    explicit BodyThread(Body given) : FThread("Body"), body(std::move(given)) {}
+    uint32_t run() override {
+        body();
+        return 0;
+    }
+    Body body;
+};
+
+void* runBody(void* body) {
+    (*static_cast<const Body*>(body))();
+    return nullptr;
+}
+
+/// Starts a thread in one of the ways in which a process gets its first. The result joins it.
+struct ThreadMaker {
+    const char* name;
+    Body (*start)(const Body& body);
+};
+
+constexpr ThreadMaker threadMakers[] = {
+    {"AHost",
+     [](const Body& body) -> Body {
+         return [thread = std::make_shared<std::thread>(body)] { thread->join(); };
+     }},
+    {"OurOwn",
+     [](const Body& body) -> Body {
+         auto thread = std::make_shared<BodyThread>(body);
+         EXPECT_TRUE(thread->start());
+         return [thread] { thread->join(); };
+     }},
+    {"ALibraryInC",
+     [](const Body& body) -> Body {
+         pthread_t thread = {};
+         EXPECT_EQ(pthread_create(&thread, nullptr, &runBody, const_cast<Body*>(&body)), 0);
+         return [thread] { pthread_join(thread, nullptr); };
+     }},
+};
+
+class LockBeforeTheFirstThread : public ::testing::TestWithParam<ThreadMaker> {};
+
+/// Alone in its process, as each test of the suite runs, it locks while there is no other thread.
+TEST_P(LockBeforeTheFirstThread, KeepsOutTheOneThatIsStartedMeanwhile) {
+    FLock lock;
+    platform::Event isHere(platform::Reset::manual);
+    int shared = 0;
+    int seen = 0;
+    lock.lock();
+    const Body body = [&] {
+        EXPECT_FALSE(platform::isSingleThreaded());
+        EXPECT_FALSE(lock.tryLock());
+        isHere.set();
+        const FGuard guard(lock);
+        seen = shared;
+    };
+    const Body join = GetParam().start(body);
+    isHere.wait();
+    EXPECT_FALSE(platform::isSingleThreaded());
+    shared = 1;
+    lock.unlock();
+    join();
+    EXPECT_EQ(seen, 1);
+    EXPECT_TRUE(lock.tryLock());
+    lock.unlock();
+}
+
+INSTANTIATE_TEST_SUITE_P(By, LockBeforeTheFirstThread, ::testing::ValuesIn(threadMakers),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 class Worker : public FThread {
 public:
