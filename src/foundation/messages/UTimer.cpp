@@ -42,7 +42,8 @@ void UTimer::timerElapsed(platform::TimerId) {
     } catch (const std::bad_alloc&) {
         return;
     }
-    target_->handleMessage(message.get());
+    const Ref<CmObject> target = retain(target_);
+    target->handleMessage(message.get());
 }
 
 } // namespace qorl

@@ -7,7 +7,8 @@ namespace qorl {
 
 /// Sends its target the message "Timer" again and again; the message's attribute "Timer" is the timer itself.
 ///
-/// The target is not counted: it stops or releases its timer before it goes. GUI thread.
+/// The target is not counted: it stops or releases its timer before it goes. It is held while it is called.
+/// GUI thread.
 class UTimer : public CmObject, private platform::TimerClient {
     QORL_CLASS(UTimer, CmObject)
 

@@ -207,8 +207,9 @@ void UpdateHandler::callDependents(const Notification& record, Call call) {
 }
 
 int32_t UpdateHandler::tell(Notification& record, int32_t message, UpdateDone done) {
-    const Ref<FInterface> foreign = record.own ? nullptr : retain(record.object);
     if (record.length > 0) {
+        // Nobody keeps it on its account; without dependents it may be gone since it was queued.
+        const Ref<FInterface> foreign = record.own ? nullptr : retain(record.object);
         callDependents(record, [&](FDependent* dependent) { dependent->update(record.object, message); });
         leave(record);
     }

@@ -302,8 +302,12 @@ TEST_F(EventLoopTest, AOneShotCallMayReleaseOrRestartItsCaller) {
     EXPECT_EQ(restarting, nullptr);
 }
 
-TEST_F(EventLoopTest, HoldsAnIdleClientWhileItIsCalled) {
-    Ref<Client> own = make<Client>(log, "own");
+TEST_F(EventLoopTest, HoldsWhomItCalls) {
+    struct Leaving : Client {
+        using Client::Client;
+        ~Leaving() override { log_.push_back("gone"); }
+    };
+    Ref<Client> own = make<Leaving>(log, "own");
     own->reaction = [&](FMessage&) {
         loop->removeIdleClient(own.get());
         own.reset();
@@ -312,8 +316,19 @@ TEST_F(EventLoopTest, HoldsAnIdleClientWhileItIsCalled) {
     loop->addIdleClient(own.get());
     loop->addIdleClient(&b);
     loop->idle();
-    EXPECT_EQ(take(), (Log{"own:Idle", "left", "b:Idle"}));
+    EXPECT_EQ(take(), (Log{"own:Idle", "left", "gone", "b:Idle"}));
     loop->removeIdleClient(&b);
+
+    own = make<Leaving>(log, "own");
+    UTimer timer(own.get(), 5);
+    own->reaction = [&](FMessage&) {
+        timer.stop();
+        own.reset();
+        log.push_back("left");
+    };
+    timer.start();
+    loop->run();
+    EXPECT_EQ(take(), (Log{"own:Timer", "left", "gone"}));
 }
 
 TEST(Timer, DoesNotStartWithoutADesktop) {

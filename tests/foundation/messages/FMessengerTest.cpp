@@ -235,7 +235,9 @@ TEST_F(FMessengerTest, ATargetMayGoInTheMiddleOfItsOwnMessage) {
 }
 
 TEST_F(FMessengerTest, KeepsNothingOfAPostThatFoundNoMemory) {
+    int rounds = 0;
     failEachAllocation([&](FailingAllocation& allocation) {
+        ++rounds;
         const Ref<FMessage> message = make<FMessage>("Foo");
         const bool isPosted = allocation.during([&] {
             return messenger.post(static_cast<FInterface*>(static_cast<CmObject*>(&a)),
@@ -248,6 +250,7 @@ TEST_F(FMessengerTest, KeepsNothingOfAPostThatFoundNoMemory) {
         EXPECT_EQ(message->addRef(), 2u) << "the reference stays with the caller of a failed post";
         message->release();
     });
+    EXPECT_EQ(rounds, 3) << "two allocations, then none that fails";
 }
 
 TEST_F(FMessengerTest, ReleasesWhatIsQueuedWhenItGoes) {

@@ -491,6 +491,12 @@ TEST_F(UpdateHandlerTest, ForeignDependentsHearAndForeignChangesStayWithThem) {
     subject.removeDependent(&foreign);
     subject.changed(6);
     EXPECT_EQ(take(), (Log{"a:6", "subject done:6"})) << "one that is a dependent no more isn't everyone";
+
+    auto unheard = std::make_unique<FaceOnly>();
+    UpdateHandler::instance()->deferUpdates(unheard.get(), 2);
+    unheard.reset();
+    runDeferred();
+    EXPECT_EQ(take(), Log{}) << "one that nobody hears may be gone by the time that its end is told";
 }
 
 TEST_F(UpdateHandlerTest, AWrapperStandsForTheObjectThatItWraps) {
