@@ -87,12 +87,10 @@ bool CmDelegatingUnknown::storeAttributes(FAttributes* attributes) {
     return true;
 }
 
-bool CmDelegatingUnknown::restoreAttributes(FAttributes* attributes) try {
+bool CmDelegatingUnknown::restoreAttributes(FAttributes* attributes) {
     CmUID id;
     FAttributes* data = attributes->getAttributes("ObjData");
     return data && id.restoreAttributes(attributes) && recreate(id.uid(), *data);
-} catch (const std::bad_alloc&) {
-    return false;
 }
 
 } // namespace qorl

@@ -36,7 +36,8 @@ public:
     virtual bool readFrom(FObjectArchive* archive);
     virtual bool writeTo(FObjectArchive* archive);
 
-    /// The attribute form. False when the class has none.
+    /// The attribute form. False when the class has none, or can't take what is stored. What finds no memory
+    /// throws `std::bad_alloc`, so that the whole save or load ends and leaves no object out.
     virtual bool storeAttributes(FAttributes* attributes);
     virtual bool restoreAttributes(FAttributes* attributes);
 

@@ -115,10 +115,8 @@ bool CmUID::storeAttributes(FAttributes* attributes) {
     return true;
 }
 
-bool CmUID::restoreAttributes(FAttributes* attributes) try {
+bool CmUID::restoreAttributes(FAttributes* attributes) {
     return uid_.fromPlainString(attributes->getString("GUID").toUtf8().c_str());
-} catch (const std::bad_alloc&) {
-    return false;
 }
 
 } // namespace qorl

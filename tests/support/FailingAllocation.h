@@ -23,6 +23,9 @@ public:
     /// result. An exception that it lets out fails the test and gives a default value.
     template <typename Operation>
     std::invoke_result_t<Operation> during(Operation operation);
+    /// The same for an operation that tells of it by `std::bad_alloc`. Whether it came to its end.
+    template <typename Operation>
+    bool completes(Operation operation);
     /// Whether the allocation was reached.
     bool hasFailed() const { return left_ <= 0; }
 
@@ -61,6 +64,17 @@ std::invoke_result_t<Operation> FailingAllocation::during(Operation operation) {
         ADD_FAILURE() << "the operation let std::bad_alloc out";
     }
     return std::invoke_result_t<Operation>();
+}
+
+template <typename Operation>
+bool FailingAllocation::completes(Operation operation) {
+    try {
+        const Armed armed(left_);
+        operation();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 } // namespace qorl

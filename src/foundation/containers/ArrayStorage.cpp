@@ -39,7 +39,7 @@ bool ArrayStorage::setCapacity(int32_t capacity) {
     capacity = std::max(capacity, 0);
     std::unique_ptr<CmObject*[]> block(new (std::nothrow) CmObject*[static_cast<size_t>(capacity)]);
     if (!block)
-        return false;
+        return lackMemory();
     const int32_t kept = std::min(count_, capacity);
     std::copy_n(array_.get(), kept, block.get());
     const std::unique_ptr<CmObject*[]> old = std::exchange(array_, std::move(block));

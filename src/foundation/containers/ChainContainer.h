@@ -162,8 +162,10 @@ Node* ChainContainer<Node>::enter(CmObject* object) {
         node->list = this;
     } else {
         node = new (std::nothrow) Node{};
-        if (!node)
+        if (!node) {
+            lackMemory();
             return nullptr;
+        }
         node->object = object;
     }
     take(object);

@@ -168,7 +168,7 @@ bool CmBTree::insertAt(BTreeNode* leaf, int32_t index, CmObject* object) {
         leaf = root_ = BTreeNode::make(order_, Kind::leaf);
     SpareNodes spare;
     if (!leaf || !spare.provide(leaf, order_))
-        return false;
+        return lackMemory();
     take(object);
     ++size_;
     leaf->insertKey(index, object);

@@ -315,25 +315,24 @@ bool CmContainer::readFrom(FObjectArchive* archive) {
 }
 
 bool CmContainer::storeAttributes(FAttributes* attributes) {
-    try {
-        if (ownership_ != Ownership::none)
-            attributes->setInteger("ownership", static_cast<int64_t>(ownership_));
-        return forAll(*this, [attributes](CmObject* element) {
-            Ref<CmObject> own = retain(element);
-            const bool isStored = attributes->appendObject("obj", own.get(), true);
-            if (isStored)
-                static_cast<void>(own.detach());
-            return isStored;
-        });
-    } catch (const std::bad_alloc&) {
-        return false;
+    const std::unique_ptr<CmIterator> iterator(newIterator());
+    if (!iterator)
+        throw std::bad_alloc();
+    if (ownership_ != Ownership::none)
+        attributes->setInteger("ownership", static_cast<int64_t>(ownership_));
+    while (!iterator->done()) {
+        Ref<CmObject> element = retain(iterator->next());
+        if (!attributes->appendObject("obj", element.get(), true))
+            return false;
+        static_cast<void>(element.detach());
     }
+    return true;
 }
 
 bool CmContainer::restoreAttributes(FAttributes* attributes) {
     const auto ownership = static_cast<Ownership>(attributes->getInteger("ownership"));
     removeAll();
-    ownership_ = Ownership::none; // as in `readElements`
+    ownership_ = whileRestored;
     bool complete = true;
     try {
         attributes->resetCursor("obj");

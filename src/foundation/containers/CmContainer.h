@@ -99,8 +99,7 @@ public:
     /// Writes nothing when the container has a null element, which could not be read back.
     bool writeTo(FObjectArchive* archive) override;
     bool storeAttributes(FAttributes* attributes) override;
-    /// As `readFrom`. Throws `std::bad_alloc` when an element could not be restored for want of memory, so
-    /// that the whole load ends and no element is missing.
+    /// As `readFrom`.
     bool restoreAttributes(FAttributes* attributes) override;
 
 protected:
@@ -130,6 +129,14 @@ protected:
         return copy;
     }
 
+    /// What an operation tells that found no memory: false. While attributes are restored it throws instead,
+    /// since false would then be an element that this container does not take.
+    bool lackMemory() const {
+        if (ownership_ == whileRestored)
+            throw std::bad_alloc();
+        return false;
+    }
+
     bool hasNullElement() const;
 
     /// What stands in front of the stored elements.
@@ -152,6 +159,9 @@ protected:
     Ownership ownership_ = Ownership::none;
 
 private:
+    /// Acts like `none`, so that the references of restored elements pass to the container as they are.
+    static constexpr auto whileRestored = static_cast<Ownership>(0xFFFF);
+
     void finishRead(Ownership ownership, bool isComplete);
 };
 

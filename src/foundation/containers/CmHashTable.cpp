@@ -99,15 +99,15 @@ void CmHashTable::setHashFunction(HashFunction hash) {
 }
 
 bool CmHashTable::add(CmObject* object) {
-    if (!object || !makeBuckets())
+    if (!object)
         return false;
-    Node* node = nodes_.take();
+    Node* node = makeBuckets() ? nodes_.take() : nullptr;
     if (!node)
-        return false;
+        return lackMemory();
     if (growth_ == Growth::automatic && count_ / size_ >= elementsPerBucket &&
         !rebuild(static_cast<int64_t>(size_) * growthFactor)) {
         nodes_.give(node);
-        return false;
+        return lackMemory();
     }
     take(object);
     node->object = object;

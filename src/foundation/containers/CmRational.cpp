@@ -7,7 +7,6 @@
 
 #include <bit>
 #include <limits>
-#include <new>
 
 namespace qorl {
 
@@ -56,13 +55,9 @@ bool CmRational::readFrom(FObjectArchive* archive) {
 }
 
 bool CmRational::storeAttributes(FAttributes* attributes) {
-    try {
-        attributes->setInteger("Numerator", numerator_);
-        attributes->setInteger("Denominator", denominator_);
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    attributes->setInteger("Numerator", numerator_);
+    attributes->setInteger("Denominator", denominator_);
+    return true;
 }
 
 bool CmRational::restoreAttributes(FAttributes* attributes) {

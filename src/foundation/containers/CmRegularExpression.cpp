@@ -5,8 +5,6 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FStream.h"
 
-#include <qorl/Ref.h>
-
 #include <algorithm>
 #include <new>
 
@@ -119,11 +117,6 @@ private:
 
 } // namespace
 
-CmObject* CmRegularExpression::clone() const {
-    auto copy = Ref<CmRegularExpression>::adopt(new (std::nothrow) CmRegularExpression(*this));
-    return copy && copy->pattern_.length() == pattern_.length() ? copy.detach() : nullptr;
-}
-
 bool CmRegularExpression::match(const ConstString& given) const {
     const text::WideCopy pattern(pattern_.string());
     const text::WideCopy wide(given);
@@ -151,13 +144,9 @@ bool CmRegularExpression::readFrom(FObjectArchive* archive) {
 }
 
 bool CmRegularExpression::storeAttributes(FAttributes* attributes) {
-    try {
-        attributes->setString("Expression", pattern_.string());
-        attributes->setInteger("CaseSensitive", sensitivity_ == Case::sensitive ? 1 : 0);
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    attributes->setString("Expression", pattern_.string());
+    attributes->setInteger("CaseSensitive", sensitivity_ == Case::sensitive ? 1 : 0);
+    return true;
 }
 
 bool CmRegularExpression::restoreAttributes(FAttributes* attributes) {

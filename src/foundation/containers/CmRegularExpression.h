@@ -21,6 +21,7 @@ namespace qorl {
 /// case they are compared in lower case.
 class CmRegularExpression : public CmObject {
     QORL_CLASS(CmRegularExpression, CmObject)
+    QORL_CLONE(CmRegularExpression)
     QORL_RECORD(CmRegularExpression)
 
 public:
@@ -29,8 +30,6 @@ public:
     CmRegularExpression() = default;
     explicit CmRegularExpression(const ConstString& pattern, Case sensitivity = Case::sensitive)
         : pattern_(pattern), sensitivity_(sensitivity) {}
-
-    CmObject* clone() const override;
 
     const CmString& getPattern() const { return pattern_; }
     void setPattern(const ConstString& pattern) { pattern_.string() = pattern; }
@@ -44,8 +43,7 @@ public:
     /// A string and one byte, 0 or 1.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
-    /// "Expression" and "CaseSensitive". Without memory restoring throws `std::bad_alloc`, and nothing has
-    /// changed.
+    /// "Expression" and "CaseSensitive".
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 

@@ -42,10 +42,14 @@ CmVariant& CmVariant::operator=(const CmVariant& other) {
     case text8: setText8(other.value_.text8, hold); break;
     case text16: setText16(other.value_.text16, hold); break;
     case object: setObject(other.value_.object, hold); break;
-    default:
+    default: {
+        // The other one may go with what this one holds.
+        const uint16_t type = other.type_;
+        const auto value = other.value_;
         clear();
-        type_ = other.type_;
-        value_ = other.value_;
+        type_ = type;
+        value_ = value;
+    }
     }
     return *this;
 }
@@ -234,20 +238,16 @@ bool CmVariant::readFrom(FObjectArchive* archive) {
 }
 
 bool CmVariant::storeAttributes(FAttributes* attributes) {
-    try {
-        attributes->setInteger("type", type_);
-        switch (bareType()) {
-        case integer: attributes->setInteger("lValue", value_.integer); break;
-        case real: attributes->setFloat("fValue", value_.real); break;
-        case object: attributes->setObject("obj", value_.object, FAttributes::Hold::retain); break;
-        case text8:
-        case text16: attributes->setString("str", getText()); break;
-        default: break;
-        }
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
+    attributes->setInteger("type", type_);
+    switch (bareType()) {
+    case integer: attributes->setInteger("lValue", value_.integer); break;
+    case real: attributes->setFloat("fValue", value_.real); break;
+    case object: attributes->setObject("obj", value_.object, FAttributes::Hold::retain); break;
+    case text8:
+    case text16: attributes->setString("str", getText()); break;
+    default: break;
     }
+    return true;
 }
 
 bool CmVariant::restoreAttributes(FAttributes* attributes) {

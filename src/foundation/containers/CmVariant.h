@@ -75,8 +75,7 @@ public:
     /// or the object. What was read is owned.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
-    /// "type", then "lValue", "fValue", "obj" or "str". What was restored is owned. Without memory restoring
-    /// throws `std::bad_alloc`.
+    /// "type", then "lValue", "fValue", "obj" or "str". What was restored is owned.
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 

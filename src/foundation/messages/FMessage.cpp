@@ -33,24 +33,15 @@ Result narrowed(const char16_t* key, Action action) {
 
 FMessage::FMessage() = default;
 
-FMessage::FMessage(const ConstString& name) : name_(name) {
-    expectName(name);
-}
+FMessage::FMessage(const ConstString& name) : name_(name) {}
 
 FMessage::FMessage(const FMessage& other)
     : CmObject(other), IMessageAttributes(other), IMessageObjects(other), name_(other.name_) {
-    expectName(other.name_.string());
     if (other.attributes_)
         attributes_ = make<FAttributes>(*other.attributes_);
 }
 
 FMessage::~FMessage() = default;
-
-/// A text that finds no memory stays empty, but no message goes out under no name.
-void FMessage::expectName(const ConstString& name) const {
-    if (name_.isEmpty() != name.isEmpty())
-        throw std::bad_alloc();
-}
 
 Ref<FMessage> FMessage::named(const ConstString& name) noexcept {
     try {

@@ -86,8 +86,6 @@ public:
     Result removeObject(const char* key) override;
 
 private:
-    void expectName(const ConstString& name) const;
-
     CmString name_;
     Ref<FAttributes> attributes_;
 };

@@ -15,9 +15,7 @@ namespace {
 /// Null when memory is short.
 Ref<CmString> makeKey(const ConstString& name) {
     try {
-        Ref<CmString> key = make<CmString>(name);
-        // A text that finds no memory stays empty.
-        return key->isEmpty() == name.isEmpty() ? key : nullptr;
+        return make<CmString>(name);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

@@ -5,6 +5,8 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FStream.h"
 
+#include <new>
+
 namespace qorl {
 
 QORL_REGISTER(CmString, "CmString", CmObject, 0)
@@ -35,7 +37,9 @@ bool CmString::storeAttributes(FAttributes* attributes) {
 }
 
 bool CmString::restoreAttributes(FAttributes* attributes) {
-    return string_.assign(attributes->getString("s"));
+    if (!string_.assign(attributes->getString("s")))
+        throw std::bad_alloc();
+    return true;
 }
 
 } // namespace qorl

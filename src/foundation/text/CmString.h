@@ -7,8 +7,8 @@ namespace qorl {
 
 /// A text as an object: what containers, attributes and messages carry, and what other modules read and set.
 ///
-/// Compared and hashed by contents, case counts. Stored under the attribute key "s"; without memory restoring
-/// gives false.
+/// Compared and hashed by contents, case counts. Stored under the attribute key "s". One that is made of a
+/// text, or copied, throws `std::bad_alloc` when it finds no memory for it.
 class CmString : public CmObject, public TextExchange {
     QORL_CLASS(CmString, CmObject)
     QORL_CLONE(CmString)
@@ -17,10 +17,11 @@ class CmString : public CmObject, public TextExchange {
 
 public:
     CmString() = default;
-    CmString(const ConstString& text) : TextExchange(String(text)) {}
+    CmString(const ConstString& text) : TextExchange(text) {}
     CmString(String&& text) noexcept : TextExchange(std::move(text)) {}
-    CmString(const char* text, int32_t length = ConstString::all) : TextExchange(String(text, length)) {}
-    CmString(const char16_t* text, int32_t length = ConstString::all) : TextExchange(String(text, length)) {}
+    CmString(const char* text, int32_t length = ConstString::all) : TextExchange(ConstString(text, length)) {}
+    CmString(const char16_t* text, int32_t length = ConstString::all)
+        : TextExchange(ConstString(text, length)) {}
 
     operator const String&() const { return string_; }
 

@@ -13,8 +13,8 @@ class StringObject : public FObject, public TextExchange {
 
 public:
     StringObject() = default;
-    /// Keeps the width of `text`.
-    explicit StringObject(const ConstString& text) : TextExchange(String(text)) {}
+    /// Keeps the width of `text`. Throws `std::bad_alloc`.
+    explicit StringObject(const ConstString& text) : TextExchange(text) {}
 };
 
 } // namespace qorl

@@ -1,6 +1,13 @@
 #include "foundation/text/TextExchange.h"
 
+#include <new>
+
 namespace qorl {
+
+TextExchange::TextExchange(const ConstString& text) {
+    if (!string_.assign(text))
+        throw std::bad_alloc();
+}
 
 void TextExchange::set8(const char* text) {
     string_.assign8(text);

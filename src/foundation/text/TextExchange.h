@@ -24,8 +24,10 @@ public:
 
 protected:
     TextExchange() = default;
+    /// Throws `std::bad_alloc`, as a copy does: no object goes on without its text.
+    explicit TextExchange(const ConstString& text);
     explicit TextExchange(String&& text) noexcept : string_(std::move(text)) {}
-    TextExchange(const TextExchange&) = default;
+    TextExchange(const TextExchange& other) : TextExchange(other.string_) {}
     TextExchange& operator=(const TextExchange&) = default;
     ~TextExchange() = default;
 

@@ -10,7 +10,6 @@
 
 #include <iterator>
 #include <limits>
-#include <new>
 
 namespace qorl {
 
@@ -253,12 +252,8 @@ bool CmDate::writeTo(FObjectArchive* archive) {
 }
 
 bool CmDate::storeAttributes(FAttributes* attributes) {
-    try {
-        attributes->setInteger("Julian", julian_);
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    attributes->setInteger("Julian", julian_);
+    return true;
 }
 
 bool CmDate::restoreAttributes(FAttributes* attributes) {

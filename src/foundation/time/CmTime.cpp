@@ -9,7 +9,6 @@
 #include "platform/Clock.h"
 
 #include <limits>
-#include <new>
 
 namespace qorl {
 
@@ -145,12 +144,8 @@ bool CmTime::writeTo(FObjectArchive* archive) {
 }
 
 bool CmTime::storeAttributes(FAttributes* attributes) {
-    try {
-        attributes->setInteger("Seconds", seconds_);
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    attributes->setInteger("Seconds", seconds_);
+    return true;
 }
 
 bool CmTime::restoreAttributes(FAttributes* attributes) {

@@ -90,15 +90,39 @@ TYPED_TEST(ContainerMemory, AnswersWithoutAnIterator) {
     });
 }
 
-TYPED_TEST(ContainerMemory, TellsThatAttributesAreNotComplete) {
+TYPED_TEST(ContainerMemory, EndsTheWholeSaveRatherThanBeLeftOut) {
     failEachAllocation([&](FailingAllocation& memory) {
         TypeParam container;
         this->fill(container, 3);
         const Ref<FAttributes> attributes = make<FAttributes>();
-        const bool isStored = memory.during([&] { return container.storeAttributes(attributes.get()); });
-        EXPECT_EQ(isStored, !memory.hasFailed());
+        bool isStored = true;
+        const bool isWhole =
+            memory.completes([&] { isStored = container.storeAttributes(attributes.get()); });
+        EXPECT_EQ(isWhole, !memory.hasFailed());
+        EXPECT_TRUE(isStored) << "false would leave only the container out";
         EXPECT_LE(referencesOn(this->items[0].get()), 3u);
     });
+    this->expectReferences(1);
+}
+
+TYPED_TEST(ContainerMemory, EndsTheWholeLoadRatherThanBeDropped) {
+    const Ref<FAttributes> attributes = make<FAttributes>();
+    {
+        TypeParam container;
+        this->fill(container, 21);
+        ASSERT_TRUE(container.storeAttributes(attributes.get()));
+    }
+    failEachAllocation([&](FailingAllocation& memory) {
+        TypeParam restored;
+        bool isRestored = true;
+        const bool isWhole =
+            memory.completes([&] { isRestored = restored.restoreAttributes(attributes.get()); });
+        EXPECT_EQ(isWhole, !memory.hasFailed());
+        EXPECT_TRUE(isRestored);
+        EXPECT_EQ(restored.getOwnership(), Ownership::share);
+        EXPECT_TRUE(!isWhole || restored.count() == 21);
+    });
+    attributes->removeAll();
     this->expectReferences(1);
 }
 

@@ -1,8 +1,13 @@
 #include "foundation/Cast.h"
+#include "foundation/CmUID.h"
 #include "foundation/containers/CmBuffer.h"
 #include "foundation/containers/CmRational.h"
+#include "foundation/containers/CmRegularExpression.h"
 #include "foundation/containers/CmVariant.h"
-#include "foundation/text/CmString.h"
+#include "foundation/containers/dictionaries/CmAssociation.h"
+#include "foundation/text/CmStringWithId.h"
+#include "foundation/text/CmTokens.h"
+#include "foundation/time/CmTime.h"
 #include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
 #include "support/StoredBytes.h"
@@ -142,6 +147,11 @@ TEST(ValueClasses, AreClonedWholeOrNotAtAll) {
     const CmVariant narrow(ConstString("text"));
     const CmVariant wide(ConstString(u"text"));
     const CmRational rational(1, 2);
+    const CmRegularExpression pattern("a*");
+    const CmString text(u"a text that is copied");
+    const CmStringWithId numbered("a text that is copied", 42);
+    CmTokens tokens("a,b");
+    tokens.next(u",");
     struct Row {
         const CmObject* object;
         std::function<bool(const CmObject*)> isSame;
@@ -151,6 +161,10 @@ TEST(ValueClasses, AreClonedWholeOrNotAtAll) {
         {&narrow, [](const CmObject* copy) { return cast<CmVariant>(copy)->getText() == "text"; }},
         {&wide, [](const CmObject* copy) { return cast<CmVariant>(copy)->getText() == "text"; }},
         {&rational, [&](const CmObject* copy) { return copy->isEqual(&rational); }},
+        {&pattern, [](const CmObject* copy) { return cast<CmRegularExpression>(copy)->match("ab"); }},
+        {&text, [&](const CmObject* copy) { return copy->isEqual(&text); }},
+        {&numbered, [&](const CmObject* copy) { return copy->isEqual(&numbered); }},
+        {&tokens, [](const CmObject* copy) { return cast<CmTokens>(copy)->token().string() == "a"; }},
     };
     for (const Row& row : rows)
         failEachAllocation([&](FailingAllocation& allocation) {
@@ -160,6 +174,27 @@ TEST(ValueClasses, AreClonedWholeOrNotAtAll) {
         });
     EXPECT_TRUE(Ref<CmObject>::adopt(CmBuffer().clone())) << "nothing is copied as well";
     EXPECT_TRUE(Ref<CmObject>::adopt(CmVariant().clone()));
+}
+
+TEST(ValueClasses, EndTheWholeSaveRatherThanBeLeftOut) {
+    CmUID uid(FUID(1, 2, 3, 4));
+    CmDate date(1, 2, 2003);
+    CmTime time(4u);
+    CmRational rational(1, 2);
+    CmRegularExpression pattern("a*");
+    CmVariant variant(ConstString("a text that is stored"));
+    CmAssociation pair(&rational, &variant, Ownership::none, Ownership::none);
+    CmString text("a text that is stored");
+    for (CmObject* object :
+         std::initializer_list<CmObject*>{&uid, &date, &time, &rational, &pattern, &variant, &pair, &text})
+        failEachAllocation([object](FailingAllocation& allocation) {
+            const auto attributes = make<FAttributes>();
+            bool isStored = true;
+            const bool isWhole =
+                allocation.completes([&] { isStored = object->storeAttributes(attributes.get()); });
+            EXPECT_EQ(isWhole, !allocation.hasFailed()) << object->getClassName();
+            EXPECT_TRUE(isStored) << object->getClassName() << " alone would be missing";
+        });
 }
 
 TEST(CmBuffer, ShowsItsBlockToOthers) {
@@ -260,6 +295,11 @@ TEST(CmVariant, OwnsWhatItWasGivenToOwn) {
     }
     EXPECT_EQ(references(*object), 1u);
 
+    CmVariant holder;
+    holder.setObject(new CmVariant(int64_t{7}), Hold::adopt);
+    holder = *cast<CmVariant>(holder.getObject());
+    EXPECT_EQ(holder.getInteger(), 7) << "the value of what goes with its own";
+
     const char* text = "look";
     CmVariant variant;
     variant.setText8(text, Hold::view);
@@ -344,13 +384,8 @@ TEST(CmVariant, RestoresATextWholeOrEndsTheLoad) {
             attributes->setString("str", stored);
             failEachAllocation([&](FailingAllocation& allocation) {
                 CmVariant restored;
-                const bool isRestored = allocation.during([&] {
-                    try {
-                        return restored.restoreAttributes(attributes.get());
-                    } catch (const std::bad_alloc&) {
-                        return false;
-                    }
-                });
+                const bool isRestored =
+                    allocation.completes([&] { restored.restoreAttributes(attributes.get()); });
                 EXPECT_EQ(isRestored, !allocation.hasFailed());
                 EXPECT_EQ(restored.bareType(), isRestored ? kind : uint16_t{CmVariant::none});
                 EXPECT_TRUE(!isRestored || restored.getText() == String(stored));

@@ -137,13 +137,13 @@ TEST(String, GivesAnEmptyTextWhenThereIsNoMemoryForTheOtherWidth) {
     });
 }
 
-TEST(CmString, TellsThatItsAttributesFoundNoMemory) {
+TEST(CmString, IsRestoredWholeOrNotAtAll) {
     failEachAllocation([](FailingAllocation& memory) {
         const CmString text("a text that is stored");
         FAttributes attributes;
         attributes.setString("s", text);
         CmString restored(u"old");
-        const bool isRestored = memory.during([&] { return restored.restoreAttributes(&attributes); });
+        const bool isRestored = memory.completes([&] { restored.restoreAttributes(&attributes); });
         EXPECT_EQ(isRestored, !memory.hasFailed());
         EXPECT_EQ(shown(restored.string()), memory.hasFailed() ? "old wide" : "a text that is stored narrow");
     });

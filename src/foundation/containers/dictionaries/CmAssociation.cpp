@@ -138,13 +138,9 @@ bool CmAssociation::readFrom(FObjectArchive* archive) {
 }
 
 bool CmAssociation::storeAttributes(FAttributes* attributes) {
-    try {
-        attributes->setObject("Key", key_, FAttributes::Hold::retain);
-        attributes->setObject("Obj", object_, FAttributes::Hold::retain);
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    attributes->setObject("Key", key_, FAttributes::Hold::retain);
+    attributes->setObject("Obj", object_, FAttributes::Hold::retain);
+    return true;
 }
 
 bool CmAssociation::restoreAttributes(FAttributes* attributes) {

@@ -45,7 +45,7 @@ public:
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
     bool storeAttributes(FAttributes* attributes) override;
-    /// As `readFrom`. Lets `std::bad_alloc` out.
+    /// As `readFrom`.
     bool restoreAttributes(FAttributes* attributes) override;
 
 private:
