@@ -1,5 +1,6 @@
 #include "binding/UColorValue.h"
 
+#include "binding/IntValue.h"
 #include "foundation/ClassRecord.h"
 #include "graphics/UColor.h"
 
@@ -8,7 +9,8 @@
 
 namespace qorl {
 
-QORL_REGISTER(UColorValue, "UColorValue", Binding::Value, 0)
+// The class has nothing of a whole number, but the record stands there, as stored files expect it.
+QORL_REGISTER(UColorValue, "UColorValue", Binding::IntValue, 0)
 
 namespace {
 
