@@ -63,10 +63,7 @@ uint32_t FXmlObject::hashCode(uint32_t size) const {
 }
 
 FXmlInstance::FXmlInstance(uint64_t id, const ConstString& className, Ref<FAttributes> attributes)
-    : FXmlObject(id), attributes_(std::move(attributes)), className_(className) {
-    if (className_.isEmpty() != className.isEmpty())
-        throw std::bad_alloc();
-}
+    : FXmlObject(id), attributes_(std::move(attributes)), className_(className) {}
 
 FXmlInstance::~FXmlInstance() {
     for (FXmlReference* watcher : watchers_)
