@@ -39,7 +39,8 @@ public:
     /// Writes the document with the top element `tag`. An item of a list that is null keeps its place.
     /// Unlike the binary form this one leaves out no object whose `storeAttributes` is false: the save is
     /// false as a whole. It is, too, when something is nested too deep, when a key is too long or that of a
-    /// root is empty, and when the stream fails: what is written is not to be used then.
+    /// root is empty, and when the stream fails: what is written is not to be used then. Names of classes
+    /// are not escaped, but for the signs that would end them or be read as entities.
     virtual bool saveRoots(std::string_view tag);
     /// The simpler form.
     virtual bool storeAttributes(std::string_view tag, const FAttributes& attributes);
@@ -47,7 +48,8 @@ public:
     /// refers to, and reading stops behind it as early as it can. With `macEncoding` named entities are those
     /// of the Macintosh, and so are bytes that are no UTF-8.
     virtual bool load(std::string_view tag, const char* rootName = nullptr, bool macEncoding = false);
-    /// The simpler form; adds to `attributes`.
+    /// The simpler form; adds to `attributes`. Refuses a document of root objects, which would be lost when
+    /// `attributes` are saved over it.
     virtual bool restoreAttributes(std::string_view tag, FAttributes& attributes);
 
     /// A root object, created now if it wasn't before. Null when there is none of that name, when its class

@@ -334,6 +334,8 @@ void FXmlParser::parseStartTag(void* context) {
             return fail(Error::unexpectedEnd, "a tag is not closed", at_,
                         static_cast<size_t>(buffer_.used()));
     }
+    if (name.size() > maxTagNameLength)
+        return fail(Error::malformed, "a tag's name is longer than 4096 bytes", held_, at_);
     if (open_.size() >= maxDepth)
         return fail(Error::malformed, "elements are nested deeper than 1000", held_, at_);
     if (!isEmpty) {

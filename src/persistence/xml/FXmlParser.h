@@ -53,8 +53,9 @@ public:
     enum class Reporting : uint8_t { off, on };
 
     static constexpr size_t maxDepth = 1000;
-    static constexpr size_t maxNameLength = 48;    ///< Of an attribute, in bytes.
-    static constexpr size_t maxValueLength = 2048; ///< In characters, decoded.
+    static constexpr size_t maxTagNameLength = 4096; ///< In bytes.
+    static constexpr size_t maxNameLength = 48;      ///< Of an attribute, in bytes.
+    static constexpr size_t maxValueLength = 2048;   ///< In characters, decoded.
     static constexpr size_t maxTagBytes = size_t{1} << 20;
 
     /// Reads from where `stream` stands; it must outlive the parser.

@@ -202,6 +202,8 @@ TEST(FXmlParser, LimitsWhatADocumentCanMakeOfIt) {
         {"2048 entities", "<a b='" + escaped + "'/>", ""},
         {"bytes that are no characters", "<a b='" + std::string(7000, '\x80') + "'/>",
          "an attribute's value is longer than 2048 characters"},
+        {"tag name of 4096", "<" + longest + longest + "/>", ""},
+        {"tag name of 4097", "<n" + longest + longest + "/>", "a tag's name is longer than 4096 bytes"},
         {"name of 48", "<a " + name48 + "='1'/>", ""},
         {"name of 49", "<a n" + name48 + "='1'/>", "an attribute's name is longer than 48 bytes"},
         {"deep", deep, "elements are nested deeper than 1000"},
