@@ -182,6 +182,8 @@ bool FDefaultPool::load() try {
     state_.noNewGroups = loadHook_ && !loadHook_();
     if (state_.noNewGroups)
         return false;
+    // What was set before, as by the end of an earlier run, would hide what is stored.
+    groups_.clear();
     otherVersions_.clear();
     storedSaverNames_.clear();
     // Another program may be moving what is read here.

@@ -27,6 +27,18 @@ TEST_P(FDefaultPoolTest, KeepsGroupsFromRunToRun) {
     EXPECT_EQ(pool().getGroup("Window \xC3\xA4", 3), nullptr);
 }
 
+TEST_P(FDefaultPoolTest, HidesNothingThatIsStoredByWhatWasSetBeforeTheLoad) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    pool().clear();
+    pool().getGroup("Group")->values().setInteger("late", 1);
+    if (GetParam())
+        pool().setFolderMode();
+    loadAll();
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+}
+
 TEST_P(FDefaultPoolTest, SavesNothingBeforeItWasLoaded) {
     pool().getGroup("Group")->values().setInteger("n", 1);
     EXPECT_FALSE(pool().save(true));
