@@ -255,9 +255,10 @@ bool UApplication::loadLastSkin(Errors errors) {
 
 void UApplication::startLoadingLastSkin(Errors errors) {
     if (skinThread_)
-        skinThread_->join();
-    skinThreadState_ = skinLoading;
+        skinThread_->finish();
     skinThread_ = std::make_unique<SkinLoaderThread>(*this, errors);
+    // Only now: without memory for the thread nobody waits for it.
+    skinThreadState_ = skinLoading;
     if (!skinThread_->start())
         skinThread_->run();
 }
