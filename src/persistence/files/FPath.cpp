@@ -226,8 +226,8 @@ int32_t FPath::compare(const CmObject* other) const {
 }
 
 bool FPath::save(FBinaryStream& stream) const try {
-    const String name = toStoredText(name_);
-    const String folder = toStoredText(folder_);
+    const String name = toStreamText(name_);
+    const String folder = toStreamText(folder_);
     if (!canBeStored(name) || !canBeStored(folder) || !fileType_.canBeSaved())
         return false;
     return name.writeTo(stream) && fileType_.save(stream) && stream.writeUInt16(pathType_) &&

@@ -99,6 +99,18 @@ String toStoredText(const String& text) {
     return stored;
 }
 
+String toStreamText(const String& text) {
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    String stored = toStoredText(text);
+    if (stored.isWide() || !stored.view8().starts_with(mark))
+        return stored;
+    const std::string marked = std::string(mark) + std::string(stored.view8());
+    stored = ConstString(std::string_view(marked));
+    if (static_cast<size_t>(stored.size()) != marked.size())
+        throw std::bad_alloc();
+    return stored;
+}
+
 bool canBeStored(const String& text) {
     constexpr int32_t terminatorAndMark = 4;
     return static_cast<int32_t>(text.toUtf8().size()) + terminatorAndMark <= String::maxStoredBytes;

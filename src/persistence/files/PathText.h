@@ -29,6 +29,8 @@ int32_t findExtension(const ConstString& name, const ConstString& extension);
 /// A text of a path in the form in which it comes back from streams and attributes: bytes of a name that are
 /// no text make all of it bytes. Throws std::bad_alloc.
 String toStoredText(const String& text);
+/// The same for a stream, where bytes that begin with the mark of UTF-8 would come back without it.
+String toStreamText(const String& text);
 /// Whether a text is short enough to be read back from a stream, with its terminator and the mark behind it.
 bool canBeStored(const String& text);
 

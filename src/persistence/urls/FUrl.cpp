@@ -380,7 +380,7 @@ int32_t FUrl::compare(const CmObject* other) const try {
 }
 
 bool FUrl::save(FBinaryStream& stream) const try {
-    const String path = toStoredText(path_);
+    const String path = toStreamText(path_);
     if (!canBeStored(scheme_) || !canBeStored(host_) || !canBeStored(path))
         return false;
     return FPath::save(stream) && scheme_.writeTo(stream) && host_.writeTo(stream) &&

@@ -136,7 +136,9 @@ bool XmlDocumentReader::startTag(std::string_view name, const FXmlAttributes& at
     isEmpty_ = isEmpty;
     const size_t depth = contexts_.size();
     if (!(depth == 0 ? openTop(name) : open(name, attributes))) {
-        setError(Error::unexpectedTag, '<' + XmlText::brief(name) + "> can't stand here");
+        // An element that can't be passed over has told why, and its name is no longer in the buffer.
+        if (error() == Error::none)
+            setError(Error::unexpectedTag, '<' + XmlText::brief(name) + "> can't stand here");
         return false;
     }
     if (isEmpty && contexts_.size() > depth)

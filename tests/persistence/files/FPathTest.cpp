@@ -235,20 +235,22 @@ TEST(FPath, StoresItsFieldsByteByByte) {
 
 TEST(FPath, StoresNamesThatAreNoText) {
     const SettingsFolder folder;
-    const std::string native = folder / "\xE4\n\xFF.wav";
-    FNPath path{std::string_view(native)};
-    FMemoryStream stream;
-    ASSERT_TRUE(path.save(stream));
-    stream.rewind();
-    FNPath read;
-    ASSERT_TRUE(read.load(stream));
-    EXPECT_EQ(read.toUtf8(), native);
-    FAttributes attributes;
-    ASSERT_TRUE(path.storeAttributes(&attributes));
-    FNPath restored;
-    ASSERT_TRUE(restored.restoreAttributes(&attributes));
-    EXPECT_EQ(restored.toUtf8(), native);
-    EXPECT_TRUE(restored.isEqual(&path));
+    for (const char* name : {"\xE4\n\xFF.wav", "\xEF\xBB\xBF\xFF.wav"}) {
+        const std::string native = folder / name;
+        FNPath path{std::string_view(native)};
+        FMemoryStream stream;
+        ASSERT_TRUE(path.save(stream));
+        stream.rewind();
+        FNPath read;
+        ASSERT_TRUE(read.load(stream));
+        EXPECT_EQ(read.toUtf8(), native);
+        FAttributes attributes;
+        ASSERT_TRUE(path.storeAttributes(&attributes));
+        FNPath restored;
+        ASSERT_TRUE(restored.restoreAttributes(&attributes));
+        EXPECT_EQ(restored.toUtf8(), native);
+        EXPECT_TRUE(restored.isEqual(&path));
+    }
 }
 
 TEST(FPath, WritesNothingThatCouldNotBeReadBack) {
