@@ -10,6 +10,18 @@ QORL_REGISTER(StringValue, "UStringValue", Value, 0)
 
 StringValue::StringValue(const ConstString& text) : text_(text) {}
 
+bool StringValue::readFrom(FObjectArchive* archive) {
+    if (!text_.readFrom(archive))
+        return false;
+    performUpdate();
+    changed(valueChanged);
+    return true;
+}
+
+bool StringValue::writeTo(FObjectArchive* archive) {
+    return text_.writeTo(archive);
+}
+
 bool StringValue::storeAttributes(FAttributes* attributes) {
     attributes->setString("String", text_.string());
     return true;

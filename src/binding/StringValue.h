@@ -15,6 +15,9 @@ public:
     StringValue() = default;
     explicit StringValue(const ConstString& text);
 
+    /// In a stream: the text. Reading it performs the update, and always signals.
+    bool readFrom(FObjectArchive* archive) override;
+    bool writeTo(FObjectArchive* archive) override;
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
     int32_t getValue() override;

@@ -9,7 +9,9 @@
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/StringObject.h"
 #include "foundation/text/TranslationTable.h"
+#include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/streams/FStream.h"
 
 #include <cmath>
 #include <new>
@@ -118,6 +120,18 @@ void Value::changed(int32_t message) {
         return CmObject::changed(message);
     UpdateHandler::instance(); // values may be the first to need it
     CmObject::deferUpdate(message);
+}
+
+bool Value::readFrom(FObjectArchive* archive) {
+    int32_t value = 0;
+    if (!archive->stream().readInt32(value))
+        return false;
+    setValue(value);
+    return true;
+}
+
+bool Value::writeTo(FObjectArchive* archive) {
+    return archive->stream().writeInt32(getValue());
 }
 
 bool Value::storeAttributes(FAttributes* attributes) {

@@ -68,6 +68,9 @@ public:
 
     void addDependent(FDependent* dependent) override;
     void changed(int32_t message = valueChanged) override;
+    /// In a stream: the number, 32 bits. Reading sets it and performs nothing.
+    bool readFrom(FObjectArchive* archive) override;
+    bool writeTo(FObjectArchive* archive) override;
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 

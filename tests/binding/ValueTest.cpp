@@ -11,6 +11,7 @@
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
+#include "support/StoredBytes.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -58,7 +59,7 @@ public:
     std::string heard;
 };
 
-class ValueTest : public testing::Test {
+class ValueTest : public ::testing::Test {
 protected:
     // Nobody can depend on anything before there is a handler.
     ValueTest() { UpdateHandler::instance(); }
@@ -131,7 +132,7 @@ TEST_F(ValueTest, LimitsByClampingOrWrapping) {
         {INT32_MIN, INT32_MAX, INT32_MAX, true, INT32_MAX},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message()
+        SCOPED_TRACE(::testing::Message()
                      << c.min << ".." << c.max << " takes " << c.number << " wraps " << c.wraps);
         const auto value = make<IntValue>(c.min, c.max);
         value->setWrapAround(c.wraps);
@@ -334,6 +335,30 @@ TEST_F(ValueTest, StoresItsRangeBeforeItsNumber) {
     attributes->setInteger("Value", 3);
     EXPECT_TRUE(other->restoreAttributes(attributes.get()));
     EXPECT_EQ(other->getMax(), 1000) << "a missing key leaves the property";
+}
+
+TEST_F(ValueTest, StoresItsNumberOrItsTextInAStream) {
+    const auto number = make<IntValue>(0, 1000);
+    number->setValue(0x123);
+    EXPECT_EQ(testing::written(*number), std::string("\x23\x01\0\0", 4));
+    const auto other = make<IntValue>(0, 500);
+    other->setTarget(witness.get(), 0, false);
+    EXPECT_TRUE(testing::read(*other, testing::written(*number)));
+    EXPECT_EQ(other->getValue(), 0x123);
+    EXPECT_FALSE(testing::read(*other, "\x05\0"));
+    EXPECT_EQ(other->getValue(), 0x123) << "a cut number is none";
+    EXPECT_EQ(witness->take(), "") << "nobody edited";
+
+    const auto text = make<StringValue>(ConstString("level"));
+    const auto copy = make<StringValue>();
+    copy->setTarget(witness.get(), 0, false);
+    EXPECT_TRUE(testing::read(*copy, testing::written(*text)));
+    EXPECT_EQ(textOf(*copy), "level");
+    EXPECT_EQ(witness->take(), "1 ");
+    EXPECT_FALSE(testing::read(*copy, ""));
+    EXPECT_EQ(textOf(*copy), "level");
+    for (Value* value : {static_cast<Value*>(other.get()), static_cast<Value*>(copy.get())})
+        value->setTarget(nullptr, 0, false);
 }
 
 TEST_F(ValueTest, NormalizedIsZeroInAnEmptyRange) {
