@@ -39,9 +39,11 @@ bool UImage::drawContent(const CmRect& rect) {
         return true;
     ViewDevice device(*this, rect);
     const CmRect target = imageRect();
+    const CmSize own = bitmap_->getSize();
+    const CmSize tile{style_ & hrepeat ? own.width : target.width(),
+                      style_ & vrepeat ? own.height : target.height()};
     if (style_ & (hrepeat | vrepeat))
-        bitmap_->drawTiled(device, CmRect::ofSize({}, bitmap_->getSize()), target, bitmap_->getSize(), 1.0,
-                           Interpolation::linear);
+        bitmap_->drawTiled(device, CmRect::ofSize({}, own), target, tile, 1.0, Interpolation::linear);
     else
         device.drawBitmap(bitmap_.get(), target);
     return true;

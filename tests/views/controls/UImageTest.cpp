@@ -29,6 +29,7 @@ TEST(UImage, PlacesScalesAndRepeats) {
         {UImage::vrepeat, {red, 0, 0, red}},
         {UImage::hrepeat | UImage::vrepeat, {red, red, red, red}},
         {UImage::scale | UImage::keepAspect, {red, red, blue, red}},
+        {UImage::scale | UImage::vrepeat, {red, red, blue, red}},
     };
     for (const PlaceCase& c : cases) {
         SCOPED_TRACE(::testing::Message() << "style " << c.style);
