@@ -169,6 +169,11 @@ TEST(ShapedRunCache, DropsTheLongestUnused) {
     ASSERT_NE(cache.find(line(0)), nullptr);
     EXPECT_EQ(cache.find(line(0))->width, 0);
     ASSERT_NE(cache.find(u"new"), nullptr);
+    const std::u16string endless(ShapedRunCache::mostCharacters + 1, u'x');
+    EXPECT_EQ(cache.add(endless, runOf(7)).width, 7);
+    EXPECT_EQ(cache.count(), 1u) << "a line that takes all the room";
+    cache.add(u"new", runOf(-1));
+    EXPECT_EQ(cache.find(endless), nullptr);
 }
 
 } // namespace

@@ -13,11 +13,14 @@ const ShapedRun* ShapedRunCache::find(std::u16string_view line) {
 }
 
 const ShapedRun& ShapedRunCache::add(std::u16string_view line, ShapedRun run) {
-    if (entries_.size() >= capacity) {
+    while (!entries_.empty() &&
+           (entries_.size() >= capacity || characters_ + line.size() > mostCharacters)) {
+        characters_ -= entries_.back().line.size();
         index_.erase(entries_.back().line);
         entries_.pop_back();
     }
     entries_.push_front({std::u16string(line), std::move(run)});
+    characters_ += line.size();
     index_.emplace(entries_.front().line, entries_.begin());
     return entries_.front().run;
 }

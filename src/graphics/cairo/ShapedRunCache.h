@@ -31,10 +31,12 @@ struct ShapedRun {
     std::vector<Glyph> glyphs;
 };
 
-/// Shaped lines of one font, the longest unused going first.
+/// Shaped lines of one font, the longest unused going first. The last one stays, however long it is.
 class ShapedRunCache {
 public:
     static constexpr size_t capacity = 2048;
+    /// Of all lines together: lines of a document may have any length.
+    static constexpr size_t mostCharacters = 256 * 1024;
 
     /// Null when it isn't there. Valid until the next `add`.
     const ShapedRun* find(std::u16string_view line);
@@ -48,6 +50,7 @@ private:
     };
 
     std::list<Entry> entries_; ///< Last used first.
+    size_t characters_ = 0;
     std::unordered_map<std::u16string_view, std::list<Entry>::iterator> index_;
 };
 
