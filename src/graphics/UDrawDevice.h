@@ -110,8 +110,8 @@ public:
     void setClip(const CmRect& rect);
     void getClip(CmRect& rect) const { rect = clipRect_; }
     const CmRect& getClip() const { return clipRect_; }
-    /// What can be drawn on, in the coordinates of now: the clip, cut to what the device was limited to. Under a
-    /// matrix that turns it is the box around that.
+    /// What can be drawn on, in the coordinates of now: the clip, cut to what the device was limited to.
+    /// Under a matrix that turns it is the box around that.
     CmRect getVisible() const { return clipMatrix_ ? inNewCoordinates(sentClip()) : sentClip(); }
     /// Whether nothing that is drawn can be seen.
     bool isSilent() const { return !backEnd_ || sentClip().isEmpty(); }

@@ -13,8 +13,7 @@ const ShapedRun* ShapedRunCache::find(std::u16string_view line) {
 }
 
 const ShapedRun& ShapedRunCache::add(std::u16string_view line, ShapedRun run) {
-    while (!entries_.empty() &&
-           (entries_.size() >= capacity || characters_ + line.size() > mostCharacters)) {
+    while (!entries_.empty() && (entries_.size() >= capacity || characters_ + line.size() > mostCharacters)) {
         characters_ -= entries_.back().line.size();
         index_.erase(entries_.back().line);
         entries_.pop_back();
