@@ -64,7 +64,8 @@ bool UWindow::mouseMoved(CmPoint point) {
         desktop->setWindowUnderMouse(this);
     }
     if (hasWindowFlag(clientDragged)) {
-        setPosition(clientToScreen(point) - core_->dragOffset);
+        // By the screen: a window manager moves the window before it tells where it is.
+        setPosition(platform::desktop()->getMousePosition() - core_->dragOffset);
         return true;
     }
     // A dialog that came up under a gesture ends it.
