@@ -66,7 +66,7 @@ public:
     /// Never null while an application stands.
     virtual UScheme* getScheme() const;
     virtual UColor getBackgroundColor(const UView* forView) const;
-    /// A picture of the client. Null when there is no memory for it.
+    /// A picture of the client, with or without what stands in it. Null when there is no memory for it.
     virtual Ref<UBitmap> createSnapshot(bool withSubViews);
 
     // ---- Mouse and keys; points in client coordinates. True when handled.

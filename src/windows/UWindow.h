@@ -65,7 +65,7 @@ public:
     /// Paints what is invalid now instead of with the platform's next paint event.
     virtual void update();
     /// Asks the child windows, the controller ("MsgCloseRequest") and `canClose`; closes when none refuses.
-    /// False when refused, and while they are being asked already: everything is as before.
+    /// False when refused, and while they are being asked already: only children that agreed are closed.
     virtual bool closeRequest();
     virtual bool canClose();
     /// Closes without asking. The window may be gone afterwards unless the caller holds a reference.
