@@ -19,7 +19,7 @@ Ref<GraphicsImage> mapped(GraphicsImage& input, Pick pick) {
     Ref<GraphicsImage> result = createGraphicsImage({input.getWidth(), input.getHeight()});
     if (!result)
         return nullptr;
-    const PixelLock from(input);
+    const PixelLock from(input, PixelAccess::read);
     const PixelLock to(*result);
     for (int32_t y = 0; y < to->height; ++y)
         for (int32_t x = 0; x < to->width; ++x)

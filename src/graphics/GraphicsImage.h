@@ -10,6 +10,9 @@
 
 namespace qorl {
 
+/// What pixels are locked for.
+enum class PixelAccess : uint8_t { read, write };
+
 /// An image as the back end holds it. Sizes are in device pixels.
 ///
 /// Threading: one thread at a time; a worker may fill an image that nobody else draws.
@@ -23,7 +26,8 @@ public:
     /// The pixels to read and write, until `unlockPixels`. Do not draw into or from the image in between.
     /// Empty when the image has none to show.
     virtual platform::PixelSurface lockPixels() = 0;
-    virtual void unlockPixels() = 0;
+    /// `access` says what was done: what was made of pixels that were only read stays good.
+    virtual void unlockPixels(PixelAccess access) = 0;
 
     /// An image that shares the pixels of a part. Null for an empty rectangle or one that reaches outside.
     virtual Ref<GraphicsImage> createSection(const CmRect& rect) = 0;
@@ -34,8 +38,9 @@ public:
 /// The pixels of an image for as long as the object stands.
 class PixelLock {
 public:
-    explicit PixelLock(GraphicsImage& image) : image_(image), buffer_(image.lockPixels()) {}
-    ~PixelLock() { image_.unlockPixels(); }
+    explicit PixelLock(GraphicsImage& image, PixelAccess access = PixelAccess::write)
+        : image_(image), buffer_(image.lockPixels()), access_(access) {}
+    ~PixelLock() { image_.unlockPixels(access_); }
     PixelLock(const PixelLock&) = delete;
     PixelLock& operator=(const PixelLock&) = delete;
 
@@ -45,6 +50,7 @@ public:
 private:
     GraphicsImage& image_;
     platform::PixelSurface buffer_;
+    PixelAccess access_;
 };
 
 } // namespace qorl

@@ -142,7 +142,7 @@ void replaceColor(GraphicsImage& image, const UColor& from, const UColor& to) {
 
 void applyMask(GraphicsImage& image, GraphicsImage& mask) {
     const PixelLock pixels(image);
-    const PixelLock shares(mask);
+    const PixelLock shares(mask, PixelAccess::read);
     for (int32_t y = 0; !pixels->isEmpty() && y < pixels->height; ++y) {
         uint32_t* row = pixels->getRow(y);
         const uint32_t* shareRow = y < shares->height && !shares->isEmpty() ? shares->getRow(y) : nullptr;
@@ -157,7 +157,7 @@ void applyMask(GraphicsImage& image, GraphicsImage& mask) {
 }
 
 UColor meanColor(GraphicsImage& image) {
-    const PixelLock pixels(image);
+    const PixelLock pixels(image, PixelAccess::read);
     if (pixels->isEmpty())
         return {};
     uint64_t red = 0;

@@ -140,7 +140,7 @@ Ref<GraphicsImage> PngCodec::decode(std::span<const std::byte> file, std::string
 }
 
 bool PngCodec::encode(GraphicsImage& image, std::vector<std::byte>& out) try {
-    const PixelLock pixels(image);
+    const PixelLock pixels(image, PixelAccess::read);
     if (pixels->isEmpty())
         return false;
     std::vector<uint32_t> rows;

@@ -37,10 +37,10 @@ KeyText keyText(const char* format, Numbers... numbers) {
     return text;
 }
 
-/// The variant under `keyText`, made by `create` when it isn't kept yet.
+/// The variant under a key, made by `create` when it isn't kept yet.
 template <typename Create>
-Ref<UBitmap> cachedVariant(UBitmap* source, const KeyText& keyText, Create create) try {
-    const std::string_view key(keyText.data());
+Ref<UBitmap> cachedVariant(UBitmap* source, const KeyText& text, Create create) try {
+    const std::string_view key(text.data());
     BitmapCache* cache = BitmapCache::instance();
     if (!cache || !source->isValid())
         return nullptr;
@@ -156,7 +156,7 @@ Ref<UBitmap> UBitmap::copyPixels(const CmRect& part) {
     if (!to)
         return nullptr;
     {
-        const PixelLock source(*from);
+        const PixelLock source(*from, PixelAccess::read);
         const PixelLock target(*to);
         if (source->isEmpty() || target->isEmpty())
             return nullptr;
@@ -321,7 +321,7 @@ Ref<UBitmap> UBitmap::repeat(const CmRect& source, int32_t across, int32_t down)
     if (!to)
         return nullptr;
     {
-        const PixelLock pixels(*from);
+        const PixelLock pixels(*from, PixelAccess::read);
         const PixelLock target(*to);
         if (pixels->isEmpty() || target->isEmpty())
             return nullptr;
@@ -374,7 +374,7 @@ bool UBitmap::blit(GraphicsBitmap& from, const CmRect& source, CmPoint destinati
         return false;
     const CmSize size{part->getWidth(), part->getHeight()};
     const PixelLock target(*to);
-    const PixelLock pixels(*part);
+    const PixelLock pixels(*part, PixelAccess::read);
     if (target->isEmpty() || pixels->isEmpty())
         return false;
     copyRows(*pixels, CmRect::ofSize({}, size), *target,

@@ -83,7 +83,7 @@ bool UBitmapSection::blit(GraphicsBitmap& from, const CmRect& source, CmPoint de
     return UBitmap::blit(from, source, destination);
 }
 
-UFilmStrip::UFilmStrip(Ref<UBitmap> bitmap, int32_t frameCount, FrameAlign align)
+UFilmStrip::UFilmStrip(const Ref<UBitmap>& bitmap, int32_t frameCount, FrameAlign align)
     : UBitmap(bitmap ? retain(bitmap->getBackendImage()) : nullptr, bitmap ? bitmap->getScale() : 1.0),
       frameCount_(std::max(frameCount, 1)), align_(align) {}
 

@@ -81,7 +81,7 @@ public:
     enum class FrameAlign : int32_t { vertical = 0, horizontal = 1 };
 
     /// Shares the pixels of `bitmap`. A count below 1 is taken as 1.
-    UFilmStrip(Ref<UBitmap> bitmap, int32_t frameCount, FrameAlign align);
+    UFilmStrip(const Ref<UBitmap>& bitmap, int32_t frameCount, FrameAlign align);
 
     int32_t getFrameCount() const { return frameCount_; }
     int32_t getDefaultFrame() const { return defaultFrame_; }

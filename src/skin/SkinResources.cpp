@@ -178,7 +178,7 @@ Ref<UBitmap> UIDescription::createBitmap(const ResourceElement& element) {
         return bitmap;
     if (element.isOfType(SkinType::filmstrip)) {
         auto strip = make<UFilmStrip>(
-            std::move(bitmap), element.integer(SkinAttribute::framecount),
+            bitmap, element.integer(SkinAttribute::framecount),
             static_cast<UFilmStrip::FrameAlign>(element.keywords(SkinAttribute::framealign)));
         strip->setDefaultFrame(element.integer(SkinAttribute::defaultframe));
         strip->setInterval(element.integer(SkinAttribute::interval));

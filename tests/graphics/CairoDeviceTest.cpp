@@ -297,6 +297,14 @@ TEST_F(CairoDeviceTest, KeptCopiesFollowTheirSource) {
         device.drawBitmap(section.get(), {0, 0, 16, 16});
     }
     EXPECT_EQ(pixel(*target, 8, 8), red) << "a section of a picture that changed";
+    auto* image = static_cast<CairoImage*>(picture.getBackendImage());
+    const auto kept = [&] { return image->stretched({0, 0, 4, 4}, {9, 9}, Interpolation::linear); };
+    const auto before = kept();
+    {
+        UDrawDevice device(target.get());
+        picture.drawTiled(device, {0, 0, 4, 4}, {0, 0, 20, 20}, {4, 4}, 1.0, Interpolation::linear);
+    }
+    EXPECT_EQ(kept().get(), before.get()) << "reading changes no pixels";
 }
 
 TEST_F(CairoDeviceTest, KeepsStretchedPicturesWithinOneBudget) {

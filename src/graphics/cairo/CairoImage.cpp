@@ -69,7 +69,9 @@ platform::PixelSurface CairoImage::lockPixels() {
             cairo_image_surface_get_stride(surface_.get()), 1.0};
 }
 
-void CairoImage::unlockPixels() {
+void CairoImage::unlockPixels(PixelAccess access) {
+    if (access == PixelAccess::read)
+        return;
     cairo_surface_mark_dirty(surface_.get());
     contentsChange();
 }

@@ -21,7 +21,7 @@ public:
     int32_t getWidth() const override { return size_.width; }
     int32_t getHeight() const override { return size_.height; }
     platform::PixelSurface lockPixels() override;
-    void unlockPixels() override;
+    void unlockPixels(PixelAccess access) override;
     Ref<GraphicsImage> createSection(const CmRect& rect) override;
     Ref<GraphicsImage> createScaled(CmSize size, Interpolation kind) override;
 
