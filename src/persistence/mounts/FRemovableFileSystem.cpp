@@ -70,9 +70,11 @@ bool FRemovableFileSystem::hasOpenFiles() {
 Ref<FStream> FRemovableFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
     if (!mayOpen(mode | FFileStream::writeAccess, error))
         return nullptr;
-    FMountTable::forget(path);
     Ref<FStream> stream = files_->createFile(path, mode, error);
-    return stream ? wrap(std::move(stream)) : nullptr;
+    if (!stream)
+        return nullptr;
+    FMountTable::forget(path);
+    return wrap(std::move(stream));
 } catch (const std::bad_alloc&) {
     tellRefusal(error, std::errc::not_enough_memory);
     return nullptr;

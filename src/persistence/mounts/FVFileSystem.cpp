@@ -156,9 +156,11 @@ Ref<FStream> FVFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
     constexpr uint32_t makesPath = FFileStream::writeAccess | FFileStream::createPath;
     Ref<FStream> stream;
     const auto create = [&](VirtualFileService& service, const FUrl& url) {
-        FMountTable::forget(url);
-        return openAt(url, stream,
-                      [&] { return service.createFile(url, mode | FFileStream::writeAccess, stream); });
+        const VfsResult result = openAt(
+            url, stream, [&] { return service.createFile(url, mode | FFileStream::writeAccess, stream); });
+        if (!result)
+            FMountTable::forget(url);
+        return result;
     };
     if (!ask(path, create) && (mode & makesPath) == makesPath) {
         const VfsResult first = lastResult();

@@ -25,7 +25,7 @@ public:
     UrlMetaHandler(const UrlMetaHandler&) = delete;
 
     /// `scheme` counts up to its colon, case aside. Takes the place of an earlier one. With a `port`, URLs of
-    /// the scheme have it when they name none. False without memory.
+    /// the scheme have it when they name none. False without memory, and for what is no port.
     bool registerHandler(std::string_view scheme, CreateHandler create, int32_t port = 0);
     void unregisterHandler(std::string_view scheme);
 
