@@ -19,13 +19,6 @@ namespace {
 constexpr int32_t maxLegalLength = 260;
 constexpr std::u16string_view illegalCharacters = u"\\*?/:<>|\"\t\n\r";
 
-bool isPairCutAt(const String& text, int32_t length) {
-    const auto isIn = [&text](int32_t at, char16_t first, char16_t last) {
-        return text.char16At(at) >= first && text.char16At(at) <= last;
-    };
-    return isIn(length - 1, 0xD800, 0xDBFF) && isIn(length, 0xDC00, 0xDFFF);
-}
-
 } // namespace
 
 bool FFileSystem::makeLegalName(String& text, char16_t replacement) try {
@@ -34,7 +27,9 @@ bool FFileSystem::makeLegalName(String& text, char16_t replacement) try {
         text = ConstString(std::u16string_view(toPathText(text.view8())));
     bool isChanged = text.size() > maxLegalLength;
     if (isChanged)
-        text.remove(isPairCutAt(text, maxLegalLength) ? maxLegalLength - 1 : maxLegalLength);
+        text.remove(wholeLength(text.view16(), maxLegalLength));
+    if (text.size() > maxLegalLength)
+        return false;
     char16_t* units = text.buffer16();
     for (int32_t i = 0; units && i < text.size(); ++i) {
         if (illegalCharacters.find(units[i]) == std::u16string_view::npos)

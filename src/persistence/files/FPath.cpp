@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <new>
+#include <string_view>
 #include <utility>
 
 namespace qorl {
@@ -22,11 +23,14 @@ namespace {
 /// The group of the settings that holds the last folders of dialogs.
 constexpr const char* defaultPaths = "Default Paths";
 
-/// Where the extension's dot stands in a name; `notFound` without an extension. Dots at either end begin
-/// none.
-int32_t dotOf(const String& name) {
-    const int32_t dot = name.findLastChar16(u'.');
-    return dot > 0 && dot < name.size() - 1 ? dot : ConstString::notFound;
+std::u16string_view viewOf(const String& text) {
+    return text.isWide() ? text.view16() : std::u16string_view();
+}
+
+/// Where the extension's dot stands in a name; npos without one. Dots at either end begin none.
+size_t dotOf(std::u16string_view name) {
+    const size_t dot = name.rfind(u'.');
+    return dot != 0 && dot != name.size() - 1 ? dot : std::u16string_view::npos;
 }
 
 /// A text as paths keep it. False, and `place` empty, for one with a character 0 and without memory for all
@@ -56,12 +60,10 @@ bool closeFolder(String& folder) {
     return folder.size() > length;
 }
 
-/// Shortens a text, never between the two halves of a character.
-void cutTo(String& text, int32_t length) {
-    const char16_t last = text.char16At(length - 1);
-    const char16_t next = text.char16At(length);
-    const bool isPair = last >= 0xD800 && last <= 0xDBFF && next >= 0xDC00 && next <= 0xDFFF;
-    text.remove(isPair ? length - 1 : length);
+/// Takes the extension away: `earlier` where the name has it, else what stands behind the last dot.
+void dropExtension(std::u16string& name, const String& earlier) {
+    const int32_t dot = findExtension(ConstString(std::u16string_view(name)), earlier);
+    name.resize(std::min(dot != ConstString::notFound ? static_cast<size_t>(dot) : dotOf(name), name.size()));
 }
 
 /// The folder that a path lies in, whole: on the disk as the disk has it, else as a URL. Throws
@@ -85,41 +87,52 @@ String placeOf(const FPath& path) {
 
 } // namespace
 
+FPath::FPath(const FPath& other)
+    : CmObject(other), name_(other.name_), fileType_(other.fileType_), pathType_(other.pathType_),
+      flags_(other.flags_), folder_(other.folder_) {
+    if (name_.size() == other.name_.size() && folder_.size() == other.folder_.size())
+        return;
+    name_.clear();
+    folder_.clear();
+}
+
+FPath& FPath::operator=(const FPath& other) {
+    if (this != &other)
+        *this = FPath(other);
+    return *this;
+}
+
 void FPath::getExtension(String& text) const {
-    const int32_t dot = dotOf(name_);
+    const size_t dot = dotOf(viewOf(name_));
     text.clear();
-    if (dot != ConstString::notFound)
-        name_.substring(text, dot + 1);
+    if (dot != std::u16string_view::npos)
+        name_.substring(text, static_cast<int32_t>(dot) + 1);
 }
 
 void FPath::getBaseName(String& text, bool withoutExtension) const {
-    const int32_t dot = withoutExtension ? dotOf(name_) : ConstString::notFound;
-    text.assign(name_, dot);
+    const std::u16string_view name = viewOf(name_);
+    text = ConstString(withoutExtension ? name.substr(0, dotOf(name)) : name);
 }
 
 void FPath::setFileType(const FFileType& type, bool replace) try {
-    const std::u16string earlier = fileType_.extension().toUtf16();
-    fileType_ = type;
-    const String& extension = type.extension();
-    if (extension.isEmpty() || name_.isEmpty())
+    const String earlier = std::exchange(fileType_, type).extension();
+    const std::u16string extension = type.extension().toUtf16();
+    std::u16string name(viewOf(name_));
+    if (extension.empty() || name.empty())
         return;
     // A dot at the end begins no extension.
-    while (name_.size() > 1 && name_.charEquals(name_.size() - 1, u'.'))
-        name_.remove(name_.size() - 1);
-    if (replace) {
-        const int32_t dot = findExtension(name_, ConstString(std::u16string_view(earlier)));
-        const int32_t cut = dot != ConstString::notFound ? dot : dotOf(name_);
-        name_.remove(cut != ConstString::notFound ? cut : name_.size());
+    name.resize(std::max<size_t>(name.find_last_not_of(u'.') + 1, 1));
+    if (replace)
+        dropExtension(name, earlier);
+    const ConstString whole{std::u16string_view(name)};
+    const bool hasOne = replace ? findExtension(whole, type.extension()) != ConstString::notFound
+                                : dotOf(name) != std::u16string::npos;
+    if (!hasOne) {
+        const auto room = static_cast<int32_t>(maxNameLength - 1 - extension.size());
+        name.resize(static_cast<size_t>(wholeLength(name, std::max(room, 1))));
+        name.append(1, u'.').append(extension);
     }
-    const int32_t present = replace ? findExtension(name_, extension) : dotOf(name_);
-    if (present != ConstString::notFound)
-        return;
-    if (name_.size() + 1 + extension.size() > maxNameLength)
-        cutTo(name_, std::max(maxNameLength - 1 - extension.size(), 1));
-    const int32_t length = name_.size() + 1 + extension.size();
-    name_.appendChar16(u'.');
-    name_.append(extension);
-    if (name_.size() != length)
+    if (!keep(name_, ConstString(std::u16string_view(name))))
         setPath({}, isFolder());
 } catch (const std::bad_alloc&) {
     setPath({}, isFolder());
@@ -179,22 +192,21 @@ void FPath::getPath(String& text) const {
 }
 
 void FPath::setPath(const ConstString& text, bool isFolder) {
-    String path;
-    const bool isKept = keep(path, text);
-    while (path.size() > 1 && path.charEquals(path.size() - 1, separator)) {
-        path.remove(path.size() - 1);
-        isFolder = true;
-    }
-    const int32_t cut = path.findLastChar16(separator);
+    String kept;
+    const bool isKept = keep(kept, text);
+    const std::u16string_view whole = viewOf(kept);
+    const size_t last = whole.find_last_not_of(separator);
+    const std::u16string_view path = whole.substr(0, last == std::u16string_view::npos ? 1 : last + 1);
+    const size_t cut = path.rfind(separator) + 1;
     folder_.clear();
     name_.clear();
-    folder_.assign(path, cut + 1);
-    path.substring(name_, cut + 1);
-    if (!isKept || folder_.size() + name_.size() != path.size()) {
+    folder_.assign(ConstString(path.substr(0, cut)));
+    name_.assign(ConstString(path.substr(cut)));
+    if (!isKept || static_cast<size_t>(folder_.size() + name_.size()) != path.size()) {
         folder_.clear();
         name_.clear();
     }
-    setIsFolder(isFolder || name_.isEmpty());
+    setIsFolder(isFolder || path.size() < whole.size() || name_.isEmpty());
 }
 
 std::string FPath::toUtf8() const {

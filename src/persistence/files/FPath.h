@@ -14,8 +14,8 @@ class FBinaryStream;
 ///
 /// Names come from users and documents; a path says nothing of whether anything is there (see `FFileSystem`).
 /// It keeps names of files that are no valid UTF-8 as well (see `PathText.h`). A text with a character 0 in
-/// it, and one that memory does not suffice for, leaves the path empty: a part of a path would name another
-/// place. Threading: one thread at a time.
+/// it, and one that memory does not suffice for, leaves the path empty, and so does a copy without memory: a
+/// part of a path would name another place. Threading: one thread at a time.
 class FPath : public CmObject {
     QORL_CLASS(FPath, CmObject)
     QORL_CLONE(FPath)
@@ -27,6 +27,10 @@ public:
     static constexpr int32_t maxNameLength = 259;
 
     FPath() = default;
+    FPath(const FPath& other);
+    FPath(FPath&& other) noexcept = default;
+    FPath& operator=(const FPath& other);
+    FPath& operator=(FPath&& other) noexcept = default;
     explicit FPath(const ConstString& path, bool isFolder = false) { FPath::setPath(path, isFolder); }
 
     virtual void setName(const ConstString& name);

@@ -88,6 +88,15 @@ int32_t findExtension(const ConstString& name, const ConstString& extension) {
     return isSame ? static_cast<int32_t>(dot) : ConstString::notFound;
 }
 
+int32_t wholeLength(std::u16string_view text, int32_t length) {
+    const auto at = static_cast<size_t>(length);
+    if (at >= text.size())
+        return static_cast<int32_t>(text.size());
+    const bool isCut = at > 0 && text[at - 1] >= 0xD800 && text[at - 1] <= 0xDBFF && text[at] >= 0xDC00 &&
+                       text[at] <= 0xDFFF;
+    return isCut ? length - 1 : length;
+}
+
 String toStoredText(const String& text) {
     String stored = text;
     if (text.isWide() && !isPlainText(text.view16())) {

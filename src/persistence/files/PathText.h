@@ -26,6 +26,8 @@ bool isOnePart(const ConstString& name);
 /// or has nothing in front. An extension comes without its dot and may hold others ("tar.gz"). In UTF-16
 /// characters. Throws std::bad_alloc.
 int32_t findExtension(const ConstString& name, const ConstString& extension);
+/// `length`, or less where the text has less or a character of two halves would be cut.
+int32_t wholeLength(std::u16string_view text, int32_t length);
 /// A text of a path in the form in which it comes back from streams and attributes: bytes of a name that are
 /// no text make all of it bytes. Throws std::bad_alloc.
 String toStoredText(const String& text);

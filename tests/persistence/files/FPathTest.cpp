@@ -41,6 +41,7 @@ TEST(FPath, SplitsIntoFolderAndName) {
         {"b.txt", "", "b.txt", "b.txt", false},
         {"/", "/", "", "/", true},
         {"/a//", "/", "a", "/a", true},
+        {"//", "/", "", "/", true},
         {"", "", "", "", true},
         {"\xC3\xA4/\xC3\xB6", "\xC3\xA4/", "\xC3\xB6", "\xC3\xA4/\xC3\xB6", false},
         {"/\xE4\xFF/\xC3\n", "/\xE4\xFF/", "\xC3\n", "/\xE4\xFF/\xC3\n", false},
@@ -53,6 +54,12 @@ TEST(FPath, SplitsIntoFolderAndName) {
         EXPECT_EQ(path.toUtf8(), c.whole);
         EXPECT_EQ(path.isFolder(), c.isFolder);
     }
+}
+
+TEST(FPath, TakesALongTailOfSeparatorsAtOnce) {
+    const FPath path{ConstString(std::string_view("/a" + std::string(1 << 20, '/')))};
+    EXPECT_EQ(path.toUtf8(), "/a");
+    EXPECT_TRUE(path.isFolder());
 }
 
 TEST(FPath, GoesUpAndDown) {
@@ -299,6 +306,19 @@ TEST(FPath, NeverStoresPartOfItWhenMemoryRunsOut) {
             EXPECT_EQ(bytesOf(stream), expected);
         else
             EXPECT_TRUE(allocation.hasFailed());
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FNPath copy("/kept");
+        allocation.during([&] { return (copy = path).isValid(); });
+        EXPECT_TRUE(copy.isEqual(&path) || (allocation.hasFailed() && copy.toUtf8().empty()))
+            << copy.toUtf8();
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FNPath typed("/folder/name of a file that ends.");
+        allocation.during([&] { return typed.setFileType(FFileType("Text", "text of a long kind"), true); });
+        EXPECT_EQ(typed.toUtf8(), allocation.hasFailed() && !typed.isValid()
+                                      ? ""
+                                      : "/folder/name of a file that ends.text of a long kind");
     });
     failEachAllocation([&](FailingAllocation& allocation) {
         whole.rewind();
