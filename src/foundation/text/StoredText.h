@@ -4,14 +4,15 @@
 #include "foundation/text/TextConversion.h"
 
 /// The binary form of texts: a 32-bit count, then so many bytes. 8-bit text stands with its terminator, wide
-/// text as UTF-8 with its terminator and the mark EF BB BF; an empty text is the count 0 alone.
+/// text as UTF-8, with lone surrogates in three bytes each, with its terminator and the mark EF BB BF; an
+/// empty text is the count 0 alone.
 namespace qorl::text {
 
 /// A text on its way to a stream. The text must outlive it.
 class StoredText {
 public:
     explicit StoredText(const ConstString& text)
-        : copy_(text), bytesBehind_(text.isWide() ? 1 + markLength : 1) {}
+        : copy_(text, Surrogates::kept), bytesBehind_(text.isWide() ? 1 + markLength : 1) {}
 
     static constexpr int32_t markLength = 3;
 
@@ -37,6 +38,10 @@ struct LoadedText {
     std::string_view bytes;
     /// There was a mark: the text is wide.
     bool isMarked;
+
+    /// Marked bytes become wide text up to the first zero, or 8-bit text when they are no UTF-8. False, and
+    /// nothing changed, when memory ran out.
+    bool assignTo(String& text) const;
 };
 LoadedText loadedText(std::string_view bytes);
 

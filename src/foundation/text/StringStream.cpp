@@ -36,6 +36,18 @@ text::LoadedText text::loadedText(std::string_view bytes) {
     return {bytes, isMarkedBehind || isMarkedInFront};
 }
 
+bool text::LoadedText::assignTo(String& text) const {
+    const int32_t length = isMarked ? wideLength(bytes, Surrogates::kept) : invalid;
+    if (length == invalid)
+        return text.assign8(bytes.data(), static_cast<int32_t>(bytes.size()));
+    Scratch<char16_t, 128> scratch;
+    char16_t* wide = scratch.room(length);
+    if (!wide)
+        return false;
+    widen(bytes, wide);
+    return text.assign16(wide, length, true);
+}
+
 bool String::writeTo(FBinaryStream& stream) const {
     const text::StoredText stored(*this);
     if (!stored.isValid() || stored.isTooLong())
@@ -66,11 +78,10 @@ bool String::readFrom(FBinaryStream& stream) {
     if (stream.read(bytes, count) != count)
         return false;
     const text::LoadedText loaded = text::loadedText({bytes, static_cast<size_t>(count)});
-    std::memmove(bytes, loaded.bytes.data(), loaded.bytes.size());
+    if (loaded.isMarked)
+        return loaded.assignTo(*this);
     bytes[loaded.bytes.size()] = 0;
     read.setLength(static_cast<int32_t>(loaded.bytes.size()));
-    if (loaded.isMarked && !read.toWide(utf8CodePage) && text::wideLength(read.view8()) != text::invalid)
-        return false; // memory ran out
     adopt(read);
     return true;
 }

@@ -52,6 +52,13 @@ size_t widenAscii(std::string_view text, char16_t* out) {
     return at;
 }
 
+/// Whether a surrogate stands there, in its three bytes.
+bool isSurrogateAt(std::string_view bytes, size_t at) {
+    const auto byte = [&](size_t i) { return static_cast<uint8_t>(bytes[at + i]); };
+    return bytes.size() - at >= 3 && byte(0) == 0xED && byte(1) >= 0xA0 && U8_IS_TRAIL(byte(1)) &&
+           U8_IS_TRAIL(byte(2));
+}
+
 } // namespace
 
 bool isAscii(std::string_view text) {
@@ -62,7 +69,7 @@ bool isAscii(std::u16string_view text) {
     return !anyBit(text.data(), text.size() * sizeof(char16_t), 0xFF80FF80FF80FF80);
 }
 
-int32_t wideLength(std::string_view utf8) {
+int32_t wideLength(std::string_view utf8, Surrogates surrogates) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(utf8.data());
     const auto size = static_cast<int32_t>(utf8.size());
     if (isAscii(utf8))
@@ -70,6 +77,11 @@ int32_t wideLength(std::string_view utf8) {
     int32_t at = 0;
     int32_t length = 0;
     while (at < size) {
+        if (surrogates == Surrogates::kept && isSurrogateAt(utf8, static_cast<size_t>(at))) {
+            at += 3;
+            ++length;
+            continue;
+        }
         UChar32 point;
         U8_NEXT(bytes, at, size, point);
         if (point < 0)
@@ -102,12 +114,12 @@ int64_t narrowLength(std::u16string_view wide) {
     return length;
 }
 
-void narrow(std::u16string_view wide, char* out) {
+void narrow(std::u16string_view wide, char* out, Surrogates surrogates) {
     auto* bytes = reinterpret_cast<uint8_t*>(out);
     size_t to = 0;
     for (int32_t at = 0; at < static_cast<int32_t>(wide.size());) {
         char32_t point = nextPoint(wide, at);
-        if (U16_IS_SURROGATE(point))
+        if (surrogates == Surrogates::replaced && U16_IS_SURROGATE(point))
             point = replacement;
         U8_APPEND_UNSAFE(bytes, to, point);
     }
@@ -214,7 +226,7 @@ WideCopy::WideCopy(const ConstString& text) {
     view_ = {target, static_cast<size_t>(length)};
 }
 
-NarrowCopy::NarrowCopy(const ConstString& text) {
+NarrowCopy::NarrowCopy(const ConstString& text, Surrogates surrogates) {
     if (!text.isWide()) {
         view_ = text.view8();
         return;
@@ -225,7 +237,7 @@ NarrowCopy::NarrowCopy(const ConstString& text) {
         valid_ = false;
         return;
     }
-    narrow(text.view16(), target);
+    narrow(text.view16(), target, surrogates);
     view_ = {target, static_cast<size_t>(length)};
 }
 

@@ -18,14 +18,18 @@ constexpr int32_t invalid = -1;
 bool isAscii(std::string_view text);
 bool isAscii(std::u16string_view text);
 
+/// What becomes of a lone surrogate, which valid UTF-8 has none of. It is replaced by U+FFFD, and refused in
+/// bytes; or kept, in three bytes as any other unit.
+enum class Surrogates : uint8_t { replaced, kept };
+
 /// The length that valid UTF-8 has in UTF-16, or `invalid`.
-int32_t wideLength(std::string_view utf8);
+int32_t wideLength(std::string_view utf8, Surrogates surrogates = Surrogates::replaced);
 /// `out` holds `wideLength` units, which the caller has asked for before.
 void widen(std::string_view utf8, char16_t* out);
 
-/// A lone surrogate counts, and is written, as U+FFFD.
+/// The same for either treatment of surrogates.
 int64_t narrowLength(std::u16string_view wide);
-void narrow(std::u16string_view wide, char* out);
+void narrow(std::u16string_view wide, char* out, Surrogates surrogates = Surrogates::replaced);
 
 /// What is no valid UTF-8 becomes U+FFFD, one for each faulty sequence.
 std::u16string widenAnyway(std::string_view utf8);
@@ -124,10 +128,10 @@ private:
     bool valid_ = true;
 };
 
-/// The same as UTF-8. A lone surrogate becomes U+FFFD, so only memory can fail.
+/// The same as UTF-8. Only memory can fail.
 class NarrowCopy {
 public:
-    explicit NarrowCopy(const ConstString& text);
+    explicit NarrowCopy(const ConstString& text, Surrogates surrogates = Surrogates::replaced);
 
     bool isValid() const { return valid_; }
     std::string_view view() const { return view_; }

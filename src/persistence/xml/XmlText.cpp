@@ -60,52 +60,15 @@ bool isContinuation(char byte) {
     return (byte & 0xC0) == 0x80;
 }
 
-/// Whether a surrogate stands there, in its three bytes.
-bool isSurrogate(std::string_view bytes, size_t at) {
-    return bytes.size() - at >= 3 && bytes[at] == '\xED' && static_cast<uint8_t>(bytes[at + 1]) >= 0xA0 &&
-           isContinuation(bytes[at + 1]) && isContinuation(bytes[at + 2]);
-}
-
-/// The parts between surrogates must be valid. False when one isn't, or when there is no surrogate.
-bool widenGeneralized(std::string_view bytes, std::u16string& wide) {
-    size_t start = 0;
-    const auto pass = [&](size_t end) {
-        const std::string_view part = bytes.substr(start, end - start);
-        const int32_t length = text::wideLength(part);
-        if (length == text::invalid)
-            return false;
-        const size_t used = wide.size();
-        wide.resize(used + static_cast<size_t>(length));
-        text::widen(part, wide.data() + used);
-        return true;
-    };
-    for (size_t at = bytes.find('\xED'); at != std::string_view::npos; at = bytes.find('\xED', at)) {
-        if (!isSurrogate(bytes, at)) {
-            ++at;
-            continue;
-        }
-        if (!pass(at))
-            return false;
-        wide += static_cast<char16_t>(0xD000 | (bytes[at + 1] & 63) << 6 | (bytes[at + 2] & 63));
-        at += 3;
-        start = at;
-    }
-    return start > 0 && pass(bytes.size());
-}
-
 } // namespace
 
 String widen(std::string_view bytes, Fallback fallback) {
     // No text has more characters, and none of them may be cut off.
     if (bytes.size() > std::numeric_limits<int32_t>::max())
         throw std::bad_alloc();
-    const int32_t length = text::wideLength(bytes);
-    if (length == text::invalid) {
-        std::u16string generalized;
-        if (widenGeneralized(bytes, generalized))
-            return checked(String(std::u16string_view(generalized)), bytes);
+    const int32_t length = text::wideLength(bytes, text::Surrogates::kept);
+    if (length == text::invalid)
         return fromBytes(bytes, fallback);
-    }
     // Not through a text of bytes, which would end at a zero.
     constexpr int32_t fewest = 256;
     text::Scratch<char16_t, fewest> scratch;

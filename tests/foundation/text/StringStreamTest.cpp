@@ -34,6 +34,7 @@ TEST(StringStream, ReadsAllThatAMarkAndATerminatorLeave) {
          true},
         {"\0\xEF\xBB\xBF"sv, ""sv, true},
         {"a\0b\0\xEF\xBB\xBF"sv, "a"sv, true},
+        {"\xED\xA0\x80z\0\xEF\xBB\xBF"sv, "\xEF\xBF\xBDz"sv, true},
         // No valid UTF-8: the bytes stay.
         {"\xFF"
          "b\0\xEF\xBB\xBF"sv,
@@ -78,6 +79,17 @@ TEST(StringStream, StoresBothWidths) {
     EXPECT_TRUE(text.readFrom(stream));
     EXPECT_EQ(text.view16(), u"\u00E4");
     EXPECT_FALSE(text.readFrom(stream));
+}
+
+TEST(StringStream, KeepsLoneSurrogates) {
+    for (const std::u16string_view lone : {u"\xD83D", u"\xDCE4.txt", u"\xDE00\xD83D \U0001F600"}) {
+        FMemoryStream stream;
+        EXPECT_TRUE(String(lone).writeTo(stream));
+        stream.rewind();
+        String text;
+        EXPECT_TRUE(text.readFrom(stream));
+        EXPECT_TRUE(text.isWide() && text.view16() == lone);
+    }
 }
 
 TEST(StringStream, SkipsWhatIsTooLong) {
