@@ -156,7 +156,7 @@ void bodyWrite(benchmark::State& state) {
     fillFrom(fieldsFor(state.range(0)), attributes);
     for (auto _ : state) {
         FMemoryStream stream;
-        benchmark::DoNotOptimize(AttributesStream::write(stream, attributes));
+        benchmark::DoNotOptimize(writeAttributes(stream, attributes));
     }
 }
 void bodyWriteFloor(benchmark::State& state) {
@@ -221,7 +221,7 @@ void bodyRead(benchmark::State& state) {
     for (auto _ : state) {
         FMemoryStream stream{std::string_view(bytes)};
         FAttributes attributes;
-        benchmark::DoNotOptimize(AttributesStream::read(stream, attributes));
+        benchmark::DoNotOptimize(readAttributes(stream, attributes));
     }
 }
 void bodyReadFloor(benchmark::State& state) {

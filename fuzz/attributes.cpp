@@ -25,7 +25,7 @@ struct SilentListener : ArchiveListener {
 std::string written(const FAttributes& attributes, uint16_t byteOrder) {
     FMemoryStream stream;
     stream.setByteOrder(byteOrder);
-    expect(AttributesStream::write(stream, attributes));
+    expect(writeAttributes(stream, attributes));
     return std::string(stream.bytes());
 }
 
@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     stream.setByteOrder(byteOrder);
     FAttributes read;
     std::string fault;
-    expect(AttributesStream::read(stream, read, nullptr, &fault) || !fault.empty());
+    expect(readAttributes(stream, read, nullptr, &fault) || !fault.empty());
     FAttributeVariant value{};
     static_cast<void>(read.findValue("a|b", value));
     static_cast<void>(read.findAttributes("a|b"));
@@ -54,12 +54,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FMemoryStream again{std::string_view(first)};
     again.setByteOrder(byteOrder);
     FAttributes second;
-    expect(AttributesStream::read(again, second) && again.tell() == again.size());
+    expect(readAttributes(again, second) && again.tell() == again.size());
     // Empty texts go at the first reading.
     const std::string bytes = written(second, byteOrder);
     FMemoryStream last{std::string_view(bytes)};
     last.setByteOrder(byteOrder);
     FAttributes third;
-    expect(AttributesStream::read(last, third) && written(third, byteOrder) == bytes);
+    expect(readAttributes(last, third) && written(third, byteOrder) == bytes);
     return 0;
 }

@@ -148,7 +148,7 @@ TEST_F(CmDelegatingUnknownTest, WithoutMemoryItSaysThatItIsNotStored) {
     failEachAllocation([&](FailingAllocation& memory) {
         char room[1000];
         FMemoryStream stream(room, sizeof room);
-        const bool stored = memory.during([&] { return AttributesStream::write(stream, attributes); });
+        const bool stored = memory.during([&] { return writeAttributes(stream, attributes); });
         EXPECT_NE(stored, memory.hasFailed());
     });
     failEachAllocation([&](FailingAllocation& memory) {

@@ -99,7 +99,7 @@ bool readXml(const std::string& path, const std::string& bytes, Document& docume
 bool readBody(const std::string& path, const std::string& bytes, Document& document) {
     FMemoryStream stream{std::string_view(bytes)};
     std::string fault;
-    if (!AttributesStream::read(stream, *document.attributes, nullptr, &fault))
+    if (!readAttributes(stream, *document.attributes, nullptr, &fault))
         return complainAtByte(path, stream.tell(), fault);
     const int64_t end = stream.tell();
     if (end == stream.size())
@@ -138,7 +138,7 @@ int convert(const std::string& from, const std::string& to, const std::string& t
     const auto stream = make<FMemoryStream>();
     if (document.tag) {
         std::string fault;
-        if (!AttributesStream::write(*stream, *document.attributes, &fault))
+        if (!writeAttributes(*stream, *document.attributes, &fault))
             return complain(ExitStatus::badInput, from + ": has no binary form: " + fault);
     } else {
         FXmlDocument xml(stream.get(), FXmlDocument::Mode::write);

@@ -5,6 +5,8 @@
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
 
+#include <algorithm>
+#include <limits>
 #include <new>
 
 namespace qorl {
@@ -201,7 +203,8 @@ Result AttributesFace::getBinaryData(const char* key, void* buffer, uint32_t siz
 }
 
 uint32_t AttributesFace::getBinarySize(const char* key) {
-    return key ? static_cast<uint32_t>(self().getBinarySize(key)) : 0;
+    constexpr int64_t most = std::numeric_limits<uint32_t>::max();
+    return key ? static_cast<uint32_t>(std::min(self().getBinarySize(key), most)) : 0;
 }
 
 int32_t AttributesFace::getAttributeCount() {

@@ -1,10 +1,12 @@
 #include "foundation/text/StoredText.h"
 #include "persistence/archive/FObjectArchive.h"
+#include "persistence/archive/StoredClass.h"
 #include "persistence/attributes/AttributesForm.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/ReferenceBinder.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/XmlText.h"
 
 #include <algorithm>
 #include <new>
@@ -24,9 +26,11 @@ public:
 
     const std::string& fault() const { return fault_; }
 
-    /// Binds references also in what was read of a damaged body.
+    /// Of a damaged body, too, objects get what was read of them, and references are bound.
     bool read(FAttributes& root) {
         const bool isRead = readAll(root);
+        while (!oldObjects_.empty())
+            createOldObject();
         binder_.bind(root);
         return isRead;
     }
@@ -126,21 +130,10 @@ private:
         return TextRead::read;
     }
 
-    /// The text that was read; bytes that are no valid text in `codePage` stay.
-    String string(bool isWide, uint32_t codePage) const {
-        String read = FAttributeValue::copyOf(ConstString(text_.bytes));
-        if (isWide && !read.toWide(codePage) && text::wideLength(text_.bytes) != text::invalid)
-            throw std::bad_alloc();
-        return read;
-    }
-
-    /// For a list of wide items. Bytes that are no text in `codePage` are Windows-1252, as in XML, and those
-    /// that it has no character for control characters.
-    String wideItem(uint32_t codePage) const {
-        constexpr uint32_t western = 1252;
-        constexpr uint32_t anyByte = 28591;
-        String read = string(true, codePage);
-        if (!read.isWide() && !read.isEmpty() && !read.toWide(western) && !read.toWide(anyByte))
+    /// The text that was read.
+    String string() const {
+        String read;
+        if (!text_.assignTo(read))
             throw std::bad_alloc();
         return read;
     }
@@ -181,7 +174,7 @@ private:
         if (readText() == TextRead::failed)
             return failEnd();
         if (!text_.bytes.empty())
-            attributes.append(key_).takeString(string(text_.isMarked, text::utf8CodePage));
+            attributes.append(key_).takeString(string());
         return true;
     }
 
@@ -193,8 +186,8 @@ private:
         switch (subkind) {
         case intList: return readNumbers(store(attributes, make<FIntList>())->items);
         case floatList: return readNumbers(store(attributes, make<FFloatList>())->items);
-        case stringList: return readTexts(*store(attributes, make<FStringList>(true)), text::systemCodePage);
-        case utf8List: return readTexts(*store(attributes, make<FStringList>(true)), text::utf8CodePage);
+        case stringList:
+        case utf8List: return readTexts(*store(attributes, make<FStringList>(true)));
         case subList: return enterList(Step::Kind::lists, store(attributes, make<FSubList>()));
         case objectList: return enterList(Step::Kind::objects, store(attributes, make<FObjectList>(true)));
         case classList: return enterList(Step::Kind::oldObjects, store(attributes, make<FObjectList>(true)));
@@ -213,7 +206,7 @@ private:
         case classObject: return readOldObject({nullptr, retain(&attributes), key_, nullptr});
         case archivedObject: {
             Ref<CmObject> object;
-            return readArchived(object) && store(attributes, object);
+            return readArchived(object) && (!object || store(attributes, object));
         }
         default: return true;
         }
@@ -249,7 +242,8 @@ private:
         return true;
     }
 
-    bool readTexts(FStringList& list, uint32_t codePage) {
+    /// All items become wide. Bytes that are no UTF-8 are read as in XML.
+    bool readTexts(FStringList& list) {
         int32_t left = 0;
         if (!readCount(left, "items"))
             return false;
@@ -258,7 +252,7 @@ private:
             if (result == TextRead::failed)
                 return failEnd();
             if (result == TextRead::read)
-                list.items.push_back(wideItem(text_.isMarked ? text::utf8CodePage : codePage));
+                list.items.push_back(XmlText::widen(text_.bytes));
         }
         return true;
     }
@@ -305,7 +299,7 @@ private:
         uint64_t id = 0;
         if (!readClassName())
             return failEnd();
-        const String className = string(text_.isMarked, text::utf8CodePage);
+        const String className = string();
         if (!stream_.readUInt64(id))
             return failEnd();
         instance = make<FXmlInstance>(id, className, make<FAttributes>());
@@ -338,35 +332,36 @@ private:
         if (!readClassName())
             return failEnd();
         const auto attributes = make<FAttributes>();
-        object.instance = make<FXmlInstance>(0, string(text_.isMarked, text::utf8CodePage), attributes);
+        object.instance = make<FXmlInstance>(0, string(), attributes);
         oldObjects_.push_back(std::move(object));
         return enterBody(Step::Kind::oldBody, attributes);
     }
 
     /// One of an unknown class, or that refuses its attributes, is told to the global error sink, and
-    /// dropped.
+    /// dropped. One of a known class that could not come to be, for want of memory, stays stored.
     void createOldObject() {
         const OldObject old = std::move(oldObjects_.back());
         oldObjects_.pop_back();
-        const Ref<CmObject> object = retain(old.instance->getObject());
-        if (!object) {
-            // One that didn't even come to be has its attributes still, and its class was told.
-            if (!old.instance->getAttributes())
-                FObjectArchive::reportGlobally(FObjectArchive::wrongObject,
-                                               old.instance->className8().text8());
+        const char* className = old.instance->className8().text8();
+        Ref<CmObject> object = retain(old.instance->getObject());
+        if (!object && !old.instance->getAttributes())
+            FObjectArchive::reportGlobally(FObjectArchive::wrongObject, className);
+        else if (!object && StoredClass::find(className))
+            object = old.instance;
+        if (!object)
             return;
-        }
         if (old.list)
             old.list->adopt(object);
         else
             old.attributes->append(old.key).setObject(object.get(), Hold::retain);
     }
 
+    /// Null is an object, too, if it was stored.
     bool readArchived(Ref<CmObject>& object) {
         if (!archive_)
             return fail("an object in the form of an archive, and there is no archive");
         object = Ref<CmObject>::adopt(archive_->readObject(nullptr));
-        return object || fail("the archive gives no object");
+        return object || archive_->lastError() == 0 || fail("the archive gives no object");
     }
 
     bool readArchived(FObjectList& list) {
@@ -403,8 +398,8 @@ private:
 
 } // namespace
 
-bool AttributesStream::read(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive,
-                            std::string* fault) try {
+bool readAttributes(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive,
+                    std::string* fault) try {
     BodyReader reader(stream, archive);
     const bool isRead = reader.read(attributes);
     if (!isRead && fault)

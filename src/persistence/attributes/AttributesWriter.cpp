@@ -233,7 +233,7 @@ private:
 
 } // namespace
 
-bool AttributesStream::write(FBinaryStream& stream, const FAttributes& attributes, std::string* fault) try {
+bool writeAttributes(FBinaryStream& stream, const FAttributes& attributes, std::string* fault) try {
     BodyWriter writer(stream.byteOrder());
     if (!writer.write(attributes)) {
         if (fault)

@@ -102,6 +102,13 @@ void FAttributeValue::own(String&& text) const {
     flags_ = static_cast<uint16_t>((flags_ & keptMask) | string);
 }
 
+/// A text of somebody else's becomes our own, to be converted. It is the same value, so it stays hidden.
+void FAttributeValue::ownReferred() const {
+    const auto hidden = static_cast<uint16_t>(flags_ & foreign);
+    own(copyOf(getString()));
+    flags_ |= hidden;
+}
+
 CmString* FAttributeValue::ownedString() const {
     return isString() && !(flags_ & referenced) ? pointer<CmString>() : nullptr;
 }
@@ -165,7 +172,7 @@ double FAttributeValue::getFloat() const {
 const char* FAttributeValue::getText8() const {
     if (isString()) {
         if ((flags_ & (referenced | wide)) == (referenced | wide))
-            own(copyOf(ConstString(pointer<const char16_t>())));
+            ownReferred();
         const CmString* owned = ownedString();
         return owned ? owned->text8() : pointer<const char>();
     }
@@ -176,7 +183,7 @@ const char* FAttributeValue::getText8() const {
 const char16_t* FAttributeValue::getText16() const {
     if (isString()) {
         if ((flags_ & (referenced | wide)) == referenced)
-            own(copyOf(ConstString(pointer<const char>())));
+            ownReferred();
         const CmString* owned = ownedString();
         return owned ? owned->text16() : pointer<const char16_t>();
     }

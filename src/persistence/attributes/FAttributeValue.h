@@ -121,6 +121,7 @@ private:
     }
     bool isTextWide() const;
     void own(String&& text) const;
+    void ownReferred() const;
     CmString* ownedString() const;
     template <typename T>
     T* pointer() const {
@@ -132,8 +133,8 @@ private:
     mutable int64_t value_ = 0;
 };
 
-/// An entry whose key is a text. The key stays as long as the entry, so entries aren't assigned to each
-/// other.
+/// An entry whose key is a text, kept where a short one takes no allocation. The key stays as long as the
+/// entry, so entries aren't assigned to each other.
 class FStringIDAttribute final : public FAttributeValue {
     QORL_CLASS(FStringIDAttribute, FAttributeValue)
     QORL_CLONE(FStringIDAttribute)

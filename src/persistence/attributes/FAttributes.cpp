@@ -176,8 +176,9 @@ bool FAttributes::saveObject(std::string_view key, CmObject* object) {
 }
 
 bool FAttributes::loadObject(std::string_view key, CmObject* object) const {
-    FAttributes* attributes = getAttributes(key);
-    return attributes && object && object->restoreAttributes(attributes);
+    // Held, since the object may change what it is read from.
+    const Ref<FAttributes> attributes = retain(getAttributes(key));
+    return attributes && object && object->restoreAttributes(attributes.get());
 }
 
 bool FAttributes::storeAttributes(FAttributes* attributes) {
@@ -200,13 +201,13 @@ void FAttributes::shareWith(FAttributes& other) {
 
 bool FAttributes::writeTo(FObjectArchive* archive) {
     std::string fault;
-    return AttributesStream::write(archive->stream(), *this, &fault) || tellFault("stored", fault);
+    return writeAttributes(archive->stream(), *this, &fault) || tellFault("stored", fault);
 }
 
 bool FAttributes::readFrom(FObjectArchive* archive) {
     removeAll();
     std::string fault;
-    return AttributesStream::read(archive->stream(), *this, archive, &fault) || tellFault("read", fault);
+    return readAttributes(archive->stream(), *this, archive, &fault) || tellFault("read", fault);
 }
 
 } // namespace qorl

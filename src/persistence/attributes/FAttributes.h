@@ -21,7 +21,7 @@ class FSubList;
 /// empty text or null. Attributes may be nested to any depth; nothing here takes stack for each level.
 ///
 /// What finds no memory throws `std::bad_alloc`: so it ends the whole save or load that it is part of, which
-/// catches it and tells (`AttributesStream`, `IAttributes`, `detachObjects`, `clone`). A `storeAttributes`
+/// catches it and tells (`writeAttributes`, `IAttributes`, `detachObjects`, `clone`). A `storeAttributes`
 /// lets it pass, since false would only leave its own object out. Threading: one thread at a time.
 class FAttributes : public CmObject, public AttributesFace {
     QORL_CLASS(FAttributes, CmObject)

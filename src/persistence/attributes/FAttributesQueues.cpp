@@ -173,8 +173,8 @@ bool FAttributes::appendSavedObject(std::string_view key, CmObject* object, bool
 }
 
 bool FAttributes::loadNextObject(std::string_view key, CmObject* object) {
-    FAttributes* attributes = nextAttributes(key);
-    return attributes && object && object->restoreAttributes(attributes);
+    const Ref<FAttributes> attributes = retain(nextAttributes(key));
+    return attributes && object && object->restoreAttributes(attributes.get());
 }
 
 } // namespace qorl

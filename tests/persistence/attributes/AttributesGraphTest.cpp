@@ -41,13 +41,13 @@ TEST(AttributesGraph, TellsObjectsApartThatLiveOnlyWhileTheyAreWritten) {
     for (int32_t i = 0; i < 20; ++i)
         attributes.appendObject("makers", new Maker(i), true);
     FMemoryStream stream;
-    ASSERT_TRUE(AttributesStream::write(stream, attributes));
+    ASSERT_TRUE(writeAttributes(stream, attributes));
     stream.rewind();
     FMemoryStream document;
     ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::write).storeAttributes("State", attributes));
     document.rewind();
     FAttributes read[3];
-    ASSERT_TRUE(AttributesStream::read(stream, read[0]));
+    ASSERT_TRUE(readAttributes(stream, read[0]));
     ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::read).restoreAttributes("State", read[1]));
     read[2] = attributes;
     ASSERT_TRUE(read[2].detachObjects());
@@ -212,14 +212,14 @@ TEST(AttributesGraph, IsTheSameInItsBinaryFormAndDetached) {
         const std::string before = Dump::of(graph);
         FMemoryStream stream;
         stream.setByteOrder(seed % 2);
-        ASSERT_TRUE(AttributesStream::write(stream, graph));
+        ASSERT_TRUE(writeAttributes(stream, graph));
         stream.rewind();
         FAttributes read;
-        ASSERT_TRUE(AttributesStream::read(stream, read));
+        ASSERT_TRUE(readAttributes(stream, read));
         EXPECT_EQ(Dump::of(read), before);
         FMemoryStream again;
         again.setByteOrder(seed % 2);
-        ASSERT_TRUE(AttributesStream::write(again, read));
+        ASSERT_TRUE(writeAttributes(again, read));
         EXPECT_EQ(again.bytes(), stream.bytes()) << "nobody was asked for an object";
         ASSERT_TRUE(graph.detachObjects());
         EXPECT_EQ(Dump::of(graph), before);
@@ -293,7 +293,7 @@ TEST(AttributesGraph, StandsAttributesThatHoldThemselves) {
     const FAttributes copy(ring);
     EXPECT_EQ(copy.getAttributes("self"), &copy);
     FMemoryStream stream;
-    EXPECT_FALSE(AttributesStream::write(stream, ring)) << "it has no end";
+    EXPECT_FALSE(writeAttributes(stream, ring)) << "it has no end";
     EXPECT_TRUE(ring.detachObjects());
     ring.removeAll();
 }

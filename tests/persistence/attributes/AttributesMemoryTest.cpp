@@ -1,3 +1,4 @@
+#include "BodyBytes.h"
 #include "ForeignObject.h"
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
@@ -37,7 +38,7 @@ void fill(FAttributes& attributes) {
 
 std::string stored(const FAttributes& attributes) {
     FMemoryStream stream;
-    EXPECT_TRUE(AttributesStream::write(stream, attributes));
+    EXPECT_TRUE(writeAttributes(stream, attributes));
     return std::string(stream.bytes());
 }
 
@@ -49,8 +50,7 @@ TEST(AttributesMemory, WritesAllOrNothing) {
         std::string room(whole.size(), 0);
         FMemoryStream stream(room.data(), static_cast<int64_t>(room.size()));
         std::string fault;
-        const bool isWritten =
-            memory.during([&] { return AttributesStream::write(stream, attributes, &fault); });
+        const bool isWritten = memory.during([&] { return writeAttributes(stream, attributes, &fault); });
         if (isWritten) {
             EXPECT_TRUE(room == whole);
         } else {
@@ -65,12 +65,28 @@ TEST(AttributesMemory, TellsThatReadingFailed) {
     FAttributes attributes;
     fill(attributes);
     const std::string whole = stored(attributes);
+    const BodyBytes item = BodyBytes(0).text("CmString").int32(1).text("s").word(8).text(longText);
+    const std::string old = BodyBytes(0)
+                                .int32(2)
+                                .object("texts", 41)
+                                .int32(1)
+                                .text(longText)
+                                .object("objects", 101)
+                                .int32(1)
+                                .raw(item.bytes())
+                                .bytes();
+    failEachAllocation([&](FailingAllocation& memory) {
+        FMemoryStream stream{std::string_view(old)};
+        FAttributes read;
+        const bool isRead = memory.during([&] { return readAttributes(stream, read); });
+        EXPECT_TRUE(isRead || memory.hasFailed());
+        EXPECT_TRUE(read.nextObject("objects", "CmString") || !isRead) << "what is read is there";
+    });
     failEachAllocation([&](FailingAllocation& memory) {
         FMemoryStream stream{std::string_view(whole)};
         FAttributes read;
         std::string fault;
-        const bool isRead =
-            memory.during([&] { return AttributesStream::read(stream, read, nullptr, &fault); });
+        const bool isRead = memory.during([&] { return readAttributes(stream, read, nullptr, &fault); });
         EXPECT_TRUE(isRead || memory.hasFailed());
         EXPECT_EQ(fault, isRead ? "" : "out of memory");
         if (isRead) {

@@ -1,8 +1,11 @@
 #include "BodyBytes.h"
+#include "foundation/Cast.h"
+#include "foundation/text/CmString.h"
 #include "persistence/archive/ArchiveTesting.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "support/SmallStack.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -12,7 +15,7 @@ namespace {
 
 bool load(const BodyBytes& bytes, FAttributes& attributes) {
     FMemoryStream stream{std::string_view(bytes.bytes())};
-    return AttributesStream::read(stream, attributes);
+    return readAttributes(stream, attributes);
 }
 
 TEST(AttributesOfOldFiles, ReadsAllItemsOfAListOfTextsAsWideOnes) {
@@ -35,7 +38,7 @@ TEST(AttributesOfOldFiles, ReadsAllItemsOfAListOfTextsAsWideOnes) {
         ASSERT_TRUE(load(bytes, read));
         ConstString text;
         ASSERT_TRUE(read.nextText("t", text));
-        EXPECT_TRUE(text == ConstString(c.text) && (text.isWide() || c.item.empty()));
+        EXPECT_TRUE(text == ConstString(c.text) && text.isWide());
         EXPECT_TRUE(read.nextText("t", text) && text == ConstString("end"));
     }
 }
@@ -62,6 +65,52 @@ TEST(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
         EXPECT_FALSE(read.contains("o"));
         EXPECT_EQ(read.getInteger("end"), 7);
     }
+}
+
+/// Attributes in each other by way of a compact archive, `depth` of them.
+std::string nestedByArchive(int32_t depth) {
+    constexpr auto firstClass = static_cast<int32_t>(0x80000001);
+    BodyBytes bytes(0);
+    bytes.int32(-1).text("Attributes").word(0).int32(1).object("n", 8);
+    for (int32_t i = 2; i < depth; ++i)
+        bytes.int32(firstClass).int32(1).object("n", 8);
+    return bytes.int32(firstClass).int32(0).bytes();
+}
+
+TEST(AttributesOfOldFiles, EndBodiesInEachOtherBeforeASmallStackEnds) {
+    for (const int32_t depth : {50, 1900})
+        testing::runOnStack(size_t{256} << 10, [depth] {
+            const std::string bytes = nestedByArchive(depth);
+            FMemoryStream stream{std::string_view(bytes)};
+            FCompactArchive archive(stream, Direction::reading);
+            EXPECT_EQ(Ref<CmObject>::adopt(archive.readObject("FAttributes")) != nullptr, depth == 50);
+        });
+}
+
+TEST(AttributesOfOldFiles, KeepWhatStandsBehindAStoredNull) {
+    BodyBytes bytes(0);
+    bytes.int32(3).object("list", 1).int32(2).int32(0);
+    bytes.int32(-1).text("CmString").word(0).text("one");
+    bytes.object("nothing", 8).int32(0).text("end").word(1).int64(7);
+    FMemoryStream stream{std::string_view(bytes.bytes())};
+    FCompactArchive archive(stream, Direction::reading);
+    FAttributes read;
+    std::string fault;
+    ASSERT_TRUE(readAttributes(stream, read, &archive, &fault)) << fault;
+    EXPECT_EQ(read.count("list"), 2) << "a null keeps its place";
+    EXPECT_NE(read.nextObject("list", "CmString"), nullptr);
+    EXPECT_FALSE(read.contains("nothing"));
+    EXPECT_EQ(read.getInteger("end"), 7);
+}
+
+TEST(AttributesOfOldFiles, GiveAnObjectWhatWasReadOfIt) {
+    BodyBytes bytes(0);
+    bytes.int32(1).object("o", 108).text("CmString").int32(2).text("s").word(8).text("half").text("cut");
+    FAttributes read;
+    EXPECT_FALSE(load(bytes, read));
+    const Ref<CmObject> object = read.getObject("o", "CmString");
+    ASSERT_NE(object, nullptr);
+    EXPECT_EQ(cast<CmString>(object)->string(), ConstString("half"));
 }
 
 } // namespace

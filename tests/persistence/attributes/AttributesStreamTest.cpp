@@ -26,7 +26,7 @@ std::string stored(const FAttributes& attributes, uint16_t byteOrder = 0) {
     FMemoryStream stream;
     stream.setByteOrder(byteOrder);
     std::string fault;
-    EXPECT_TRUE(AttributesStream::write(stream, attributes, &fault)) << fault;
+    EXPECT_TRUE(writeAttributes(stream, attributes, &fault)) << fault;
     return std::string(stream.bytes());
 }
 
@@ -35,7 +35,7 @@ bool load(const std::string& bytes, FAttributes& attributes, uint16_t byteOrder 
           std::string* fault = nullptr) {
     FMemoryStream stream{std::string_view(bytes)};
     stream.setByteOrder(byteOrder);
-    return AttributesStream::read(stream, attributes, nullptr, fault) && stream.tell() == stream.size();
+    return readAttributes(stream, attributes, nullptr, fault) && stream.tell() == stream.size();
 }
 
 constexpr uint16_t byteOrders[] = {0, 1};
@@ -85,6 +85,14 @@ const SubkindCase subkinds[] = {
          a.setText16("w", u"\u00E4");
      },
      [](BodyBytes& b) { b.int32(2).text("n").word(8).text("\xC3\xA4").text("w").word(8).wide("\xC3\xA4"); }},
+    {"lone surrogates",
+     [](FAttributes& a) {
+         a.setText16("w", u"\xDCE4.txt");
+         a.appendText16("l", u"\xD83D");
+     },
+     [](BodyBytes& b) {
+         b.int32(2).text("w").word(8).wide("\xED\xB3\xA4.txt").object("l", 4).int32(1).wide("\xED\xA0\xBD");
+     }},
     {"an empty key", [](FAttributes& a) { a.setInteger("", 1); },
      [](BodyBytes& b) { b.int32(1).int32(0).word(1).int64(1); }},
     {"integers",
@@ -199,7 +207,7 @@ TEST(AttributesStream, ReadsTheFormsOfOldFiles) {
     FCompactArchive archive(stream, FObjectArchive::Direction::reading);
     FAttributes read;
     std::string fault;
-    ASSERT_TRUE(AttributesStream::read(stream, read, &archive, &fault)) << fault;
+    ASSERT_TRUE(readAttributes(stream, read, &archive, &fault)) << fault;
     EXPECT_TRUE(cast<FStringList>(read.find("texts")->getObject())->wide);
     ConstString text;
     EXPECT_TRUE(read.nextText("texts", text) && text.isWide() && text == ConstString(u"\u00E4"));
@@ -213,7 +221,7 @@ TEST(AttributesStream, ReadsTheFormsOfOldFiles) {
 
     stream.rewind();
     FAttributes without;
-    EXPECT_FALSE(AttributesStream::read(stream, without, nullptr, &fault));
+    EXPECT_FALSE(readAttributes(stream, without, nullptr, &fault));
     EXPECT_NE(fault.find("there is no archive"), std::string::npos) << fault;
     EXPECT_TRUE(without.contains("object")) << "what was read before stays";
 }
@@ -282,6 +290,15 @@ TEST(AttributesStream, KeepsEntriesWithEqualKeys) {
     EXPECT_EQ(stored(read), bytes.bytes());
 }
 
+/// What only old files have, less what their archives read.
+std::string oldBody() {
+    BodyBytes bytes(0);
+    bytes.int32(4).text("int").word(1).int64(-1).object("texts", 41).int32(1).text("\xC3\xA4");
+    bytes.object("list", 101).int32(1).text("CmString").int32(1).text("s").word(8).text("one");
+    bytes.object("object", 108).text("CmString").int32(1).text("s").word(8).text("two");
+    return bytes.bytes();
+}
+
 /// Every kind of value once, an object twice.
 void fill(FAttributes& attributes) {
     attributes.setInteger("int", -1);
@@ -302,33 +319,33 @@ void fill(FAttributes& attributes) {
 TEST(AttributesStream, FailsWhereTheBytesEndAndKeepsWhatItHas) {
     FAttributes attributes;
     fill(attributes);
-    const std::string bytes = stored(attributes);
-    for (size_t length = 0; length < bytes.size(); ++length) {
-        SCOPED_TRACE(::testing::Message() << "cut at " << length);
-        FAttributes read;
-        std::string fault;
-        EXPECT_FALSE(load(bytes.substr(0, length), read, 0, &fault));
-        EXPECT_FALSE(fault.empty());
-        if (length > 40) {
-            EXPECT_EQ(read.getInteger("int"), -1);
+    for (const std::string& bytes : {stored(attributes), oldBody()})
+        for (size_t length = 0; length < bytes.size(); ++length) {
+            SCOPED_TRACE(::testing::Message() << "cut at " << length << " of " << bytes.size());
+            FAttributes read;
+            std::string fault;
+            EXPECT_FALSE(load(bytes.substr(0, length), read, 0, &fault));
+            EXPECT_FALSE(fault.empty());
+            if (length > 40) {
+                EXPECT_EQ(read.getInteger("int"), -1);
+            }
         }
-    }
 }
 
 TEST(AttributesStream, ReadsDamagedCountsToTheirEnd) {
     FAttributes attributes;
     fill(attributes);
-    const std::string bytes = stored(attributes);
-    for (size_t place = 0; place + 4 <= bytes.size(); ++place)
-        for (const int32_t count : {-1, 0, 50001, std::numeric_limits<int32_t>::max()}) {
-            SCOPED_TRACE(::testing::Message() << count << " at byte " << place);
-            std::string damaged = bytes;
-            damaged.replace(place, 4, BodyBytes(0).int32(count).bytes());
-            FAttributes read;
-            load(damaged, read);
-            // What came in goes out again.
-            stored(read);
-        }
+    for (const std::string& bytes : {stored(attributes), oldBody()})
+        for (size_t place = 0; place + 4 <= bytes.size(); ++place)
+            for (const int32_t count : {-1, 0, 50001, std::numeric_limits<int32_t>::max()}) {
+                SCOPED_TRACE(::testing::Message() << count << " at byte " << place << " of " << bytes.size());
+                std::string damaged = bytes;
+                damaged.replace(place, 4, BodyBytes(0).int32(count).bytes());
+                FAttributes read;
+                load(damaged, read);
+                // What came in goes out again.
+                stored(read);
+            }
 }
 
 TEST(AttributesStream, TakesNoCountOnTrust) {
@@ -422,7 +439,7 @@ TEST(AttributesStream, WritesNothingOfWhatCouldNotBeReadBack) {
             c.fill(attributes, std::string(length, 'x'));
             FMemoryStream stream;
             std::string fault;
-            EXPECT_EQ(AttributesStream::write(stream, attributes, &fault), length < 50000);
+            EXPECT_EQ(writeAttributes(stream, attributes, &fault), length < 50000);
             EXPECT_EQ(stream.size() > 0, length < 50000);
             EXPECT_EQ(fault.starts_with(length < 50000 ? "" : c.fault), true) << fault.substr(0, 200);
         }
@@ -434,7 +451,7 @@ TEST(AttributesStream, FailsWhenTheStreamTakesTooLittle) {
     char room[20];
     FMemoryStream stream(room, sizeof room);
     std::string fault;
-    EXPECT_FALSE(AttributesStream::write(stream, attributes, &fault));
+    EXPECT_FALSE(writeAttributes(stream, attributes, &fault));
     EXPECT_FALSE(fault.empty());
 }
 
@@ -568,7 +585,7 @@ TEST(AttributesStream, EndsAtItsDepth) {
     FAttributes above;
     above.setObject("n", &whole, Hold::plain);
     FMemoryStream stream;
-    EXPECT_FALSE(AttributesStream::write(stream, above, &fault));
+    EXPECT_FALSE(writeAttributes(stream, above, &fault));
     EXPECT_EQ(stream.size(), 0);
     EXPECT_NE(fault.find("\"n|n|"), std::string::npos) << fault;
 }

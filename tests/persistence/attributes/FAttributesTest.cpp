@@ -410,6 +410,9 @@ TEST(FAttributes, KeepsTheFlagsOfAnEntryWhenItsValueChanges) {
     EXPECT_EQ(entry.flags(), kept | 0x0008) << "also where the text object is used again";
     entry.referToText(u"foreign");
     EXPECT_EQ(entry.flags(), kept | 0x0418);
+    entry.setForeign();
+    EXPECT_STREQ(entry.getText8(), "foreign");
+    EXPECT_EQ(entry.flags(), kept | 0x0208) << "reading changes the width alone";
     entry.setObject(make<CmString>().get(), Hold::retain);
     EXPECT_EQ(entry.flags(), kept | 0x0012);
     entry.setObject(new CmString, Hold::adopt);
@@ -493,6 +496,33 @@ TEST(FAttributes, DetachesListsAndLeavesOutWhatHasNoForm) {
     EXPECT_TRUE(attributes.find("flags")->flags() & FAttributeValue::entryFlag2);
     EXPECT_NE(cast<FIntList>(attributes.find("ints")->getObject()), nullptr);
     EXPECT_NE(cast<FMemoryStream>(item->find("bytes")->getObject()), nullptr);
+}
+
+/// Reads from attributes that it has removed from those of somebody else.
+class Taker : public CmObject {
+public:
+    explicit Taker(FAttributes& from) : from_(from) {}
+    bool restoreAttributes(FAttributes* attributes) override {
+        from_.removeAll();
+        return attributes->getInteger("x") == 7;
+    }
+
+private:
+    FAttributes& from_;
+};
+
+TEST(FAttributes, StaysWhileAnObjectIsLoadedFromIt) {
+    const auto nested = [] {
+        auto attributes = make<FAttributes>();
+        attributes->setInteger("x", 7);
+        return attributes;
+    };
+    FAttributes attributes;
+    Taker taker(attributes);
+    attributes.setObject("one", nested().get(), Hold::retain);
+    EXPECT_TRUE(attributes.loadObject("one", &taker));
+    attributes.appendAttributes("list", nested());
+    EXPECT_TRUE(attributes.loadNextObject("list", &taker));
 }
 
 TEST(FAttributes, SavesAndLoadsObjects) {
