@@ -274,6 +274,14 @@ class Documents(InTemporaryFolder):
         self.assertEqual(self.dump(path), {"tag": "Doc", "attributes": [
             {"key": "main", "kind": "object", "class": "Unheard", "id": 5, "attributes": []},
             {"key": "more", "kind": "attributes", "attributes": [{"key": "x", "kind": "int", "value": 1}]}]})
+        result = run("document", "convert", path, self.folder / "body")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn(f"{path}: warning: the root objects are plain entries in the binary form", result.stderr)
+
+    def test_documents_of_any_encoding_are_read(self):
+        for encoding in ("windows-1250", "shift_jis", "nobody-knows"):
+            path = self.write("old.xml", f'<?xml version="1.0" encoding="{encoding}"?>\n<Doc>\n<int name="i" value="1"/>\n</Doc>')
+            self.assertEqual(self.dump(path), {"tag": "Doc", "attributes": [{"key": "i", "kind": "int", "value": 1}]})
 
     def test_damaged_ones_are_refused_with_their_place(self):
         entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
@@ -357,6 +365,30 @@ class Objects(InTemporaryFolder):
         self.assertIn(':1:31: error: at byte 30: class "Unheard" is not known here, and the compact form does not tell '
                       'where its objects end: the 4 bytes behind', errors)
 
+    def test_objects_of_two_bodies_are_told_apart(self):
+        def body(name, number, missing):
+            return (int32(2) + counted("o") + b"\2\0\x14\0" + counted("Unheard") + struct.pack("<Q", number) +
+                    int32(1) + counted("x") + b"\x08\0" + counted(name) +
+                    counted("gone") + b"\2\0\x15\0" + struct.pack("<Q", missing))
+
+        def attributes(name, number, missing):
+            return [{"key": "o", "kind": "object", "class": "Unheard", "id": number, "attributes": [
+                        {"key": "x", "kind": "string", "value": name, "wide": False}]},
+                    {"key": "gone", "kind": "reference", "id": missing}]
+
+        content = (marker(-1, "Attributes") + body("first", 7, 9) + int32(0x80000001) + body("second", 9, 7) + int32(2))
+        data, errors = self.dump(content, "compact")
+        self.assertEqual([one.get("attributes") for one in data["objects"]],
+                         [attributes("first", 7, 9), attributes("second", 3, 4), None])
+        self.assertEqual(data["objects"][2]["kind"], "reference")
+        self.assertEqual(data["objects"][2]["id"], data["objects"][0]["id"])
+
+    def test_attributes_that_hold_themselves_come_to_an_end(self):
+        content = marker(-1, "Attributes") + int32(1) + counted("self") + b"\2\0\x08\0" + int32(2)
+        data, _ = self.dump(content, "compact")
+        self.assertEqual(data["objects"][0]["attributes"], [
+            {"key": "self", "kind": "reference", "id": data["objects"][0]["id"]}])
+
     def test_contents_without_a_name_need_the_class(self):
         self.assertEqual(self.dump(counted("hi"), "sized", "--class", "CmString")[0],
                          {key: value for key, value in self.text(0, 1, "hi").items() if key not in ("offset", "version")})
@@ -369,6 +401,8 @@ class Objects(InTemporaryFolder):
             ("sized", self.SIZED + int32(-1), ":1:1: error: at byte 0: a length below 0"),
             ("sized", int32(0, 77), ":1:5: error: at byte 4: an object that can't be read, or a reference"),
             ("sized", int32(-1, 0x7FFFFFFF), ":1:1: error: at byte 0: the archive ends"),
+            ("sized", marker(-1, "Unheard") + int32(9) + b"cut", ':1:1: error: at byte 0: the archive ends in an object of '
+                                                                 'class "Unheard"'),
             ("compact", int32(0, 77), ":1:5: error: at byte 4: "),
             ("compact", self.TEXT, ":1:1: error: "),
             ("compact", b"\0\0", ":1:1: error: at byte 0: the archive ends"),

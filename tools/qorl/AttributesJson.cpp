@@ -24,6 +24,13 @@ bool writeList(JsonWriter& json, const CmObject* object, const char* itemKind, W
     return true;
 }
 
+/// Whether somebody else holds the attributes, as an archive does with all that it reads: they may stand in
+/// several places then, and in themselves.
+bool isShared(FAttributes& attributes) {
+    attributes.addRef();
+    return attributes.release() > 1;
+}
+
 } // namespace
 
 std::string hexOf(std::string_view bytes) {
@@ -115,19 +122,15 @@ void AttributesJson::beginEntry(const FStringIDAttribute& entry) {
 void AttributesJson::begin(CmObject* object) {
     if (!object)
         return beginReference(0);
-    if (auto* attributes = cast<FAttributes>(object)) {
-        json_.member("kind", "attributes");
-        return beginAttributes(retain(attributes));
-    }
+    if (auto* attributes = cast<FAttributes>(object))
+        return beginNested(*attributes);
     if (cast<FSubList>(object))
         return beginLevel(object, "attributes");
     if (cast<FObjectList>(object))
         return beginLevel(object, "object");
     if (beginValues(object))
         return json_.endObject();
-    if (cast<FXmlObject>(object))
-        return beginStored(object);
-    beginLive(object);
+    beginInstance(object);
 }
 
 void AttributesJson::beginAttributes(const Ref<FAttributes>& attributes) {
@@ -156,36 +159,44 @@ bool AttributesJson::beginValues(CmObject* object) {
                                   [this](const String& item) { json_.string(item.toUtf8()); });
 }
 
-void AttributesJson::beginReference(int64_t id) {
+void AttributesJson::beginReference(uint64_t number) {
     json_.member("kind", "reference");
-    json_.member("id", id);
+    json_.member("id", static_cast<int64_t>(number));
     json_.endObject();
 }
 
-void AttributesJson::beginStored(CmObject* object) {
-    const auto* reference = cast<FXmlReference>(object);
-    auto* instance = reference ? reference->target() : cast<FXmlInstance>(object);
-    const uint64_t number = cast<FXmlObject>(object)->id();
-    const auto id = static_cast<int64_t>(number);
-    if (!instance || !instance->getAttributes() || !stored_.insert(number).second)
-        return beginReference(id);
-    json_.member("kind", "object");
-    json_.member("class", instance->className8().text8());
-    json_.member("id", id);
-    beginAttributes(retain(instance->getAttributes()));
+void AttributesJson::beginNested(FAttributes& attributes) {
+    const bool mayComeAgain = isShared(attributes);
+    const auto [number, isNew] =
+        mayComeAgain ? numbers_.enter(&attributes, 0) : WrittenObjects::Entry{0, true};
+    if (!isNew)
+        return beginReference(number);
+    json_.member("kind", "attributes");
+    if (mayComeAgain)
+        json_.member("id", static_cast<int64_t>(number));
+    beginAttributes(retain(&attributes));
 }
 
-void AttributesJson::beginLive(CmObject* object) {
-    const auto [place, isNew] = live_.try_emplace(object, static_cast<int64_t>(live_.size() + 1));
+void AttributesJson::beginInstance(CmObject* item) {
+    const Ref<CmObject> object = retain(StoredObject::meantBy(item));
+    const uint64_t id = cast<FXmlObject>(item) ? StoredObject::idOf(item) : 0;
+    if (!object || cast<FXmlReference>(object)) {
+        if (id == 0)
+            return beginReference(0);
+        // The first one of its number stands for all that lead nowhere.
+        const Ref<CmObject>& missing = missing_.try_emplace(id, retain(item)).first->second;
+        return beginReference(numbers_.enter(missing.get(), id).id);
+    }
+    const auto [number, isNew] = numbers_.enter(object.get(), id);
     if (!isNew)
-        return beginReference(place->second);
-    held_.push_back(retain(object));
+        return beginReference(number);
+    StoredObject stored;
+    const bool hasForm = stored.take(object.get());
     json_.member("kind", "object");
-    json_.member("class", storedNameOf(*object));
-    json_.member("id", place->second);
-    const auto attributes = make<FAttributes>();
-    if (object->storeAttributes(attributes.get()))
-        return beginAttributes(attributes);
+    json_.member("class", hasForm ? stored.className.toUtf8() : storedNameOf(*object));
+    json_.member("id", static_cast<int64_t>(number));
+    if (hasForm)
+        return beginAttributes(stored.attributes);
     json_.endObject();
 }
 

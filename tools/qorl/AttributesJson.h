@@ -1,10 +1,9 @@
 #pragma once
 
 #include "foundation/text/JsonWriter.h"
-#include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/StoredObject.h"
 
-#include <map>
-#include <set>
+#include <unordered_map>
 #include <vector>
 
 namespace qorl::tool {
@@ -19,8 +18,8 @@ std::string hexOf(std::string_view bytes);
 const char* storedNameOf(const CmObject& object);
 
 /// Writes attributes and objects as canonical JSON, in their order: of each entry its key, its kind, and what
-/// that kind has. An object stands in full where it is met first, and is a reference from then on; its number
-/// is that of its document, a live object's its place in the row.
+/// that kind has. An object stands in full where it is met first, and is a reference from then on. Its number
+/// is that of its document, unless another one has it already; a live object gets the next one that is free.
 ///
 /// Nesting takes no stack, so that any depth that can be read can be written.
 class AttributesJson {
@@ -43,19 +42,17 @@ private:
     void beginAttributes(const Ref<FAttributes>& attributes);
     bool beginValues(CmObject* object);
     void beginLevel(CmObject* holder, const char* itemKind);
-    void beginStored(CmObject* object);
-    void beginLive(CmObject* object);
-    void beginReference(int64_t id);
+    void beginNested(FAttributes& attributes);
+    void beginInstance(CmObject* item);
+    void beginReference(uint64_t number);
     void beginEntry(const FStringIDAttribute& entry);
     bool beginNextItem();
     void finish(size_t outer);
 
     JsonWriter& json_;
     std::vector<Level> levels_;
-    std::set<uint64_t> stored_;
-    /// Held, so that no other object comes at the address of one.
-    std::vector<Ref<CmObject>> held_;
-    std::map<const CmObject*, int64_t> live_;
+    WrittenObjects numbers_;
+    std::unordered_map<uint64_t, Ref<CmObject>> missing_;
 };
 
 } // namespace qorl::tool

@@ -4,7 +4,7 @@
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
-#include "persistence/xml/FXmlParser2.h"
+#include "persistence/xml/FXmlParser.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -22,19 +22,19 @@ constexpr OptionSpec options[] = {
 };
 
 /// The top element of a document, and whether it is one of root objects.
-class TopElements final : public IXmlHandler {
+class TopElements final : public FXmlParser {
 public:
-    void startElement(IXmlParser* parser, const char* name, const char**) override {
+    explicit TopElements(FBinaryStream& stream) : FXmlParser(stream) { parse(); }
+
+    bool startTag(std::string_view name, const FXmlAttributes&, bool, void*) override {
         if (tag.empty()) {
             tag = name;
-            return;
+            return true;
         }
-        hasRoots = std::string_view(name) == "rootObjects";
-        parser->stop();
+        hasRoots = name == "rootObjects";
+        stop();
+        return true;
     }
-    void endElement(IXmlParser*, const char*) override {}
-    void characterData(IXmlParser*, const char*, int32_t) override {}
-    void comment(IXmlParser*, const char*) override {}
 
     std::string tag;
     bool hasRoots = false;
@@ -44,6 +44,7 @@ public:
 struct Document {
     /// Only in XML.
     std::optional<std::string> tag;
+    bool hasRoots = false;
     Ref<FAttributes> attributes = make<FAttributes>();
 };
 
@@ -73,12 +74,11 @@ void addAll(const FAttributes& source, FAttributes& target) {
 }
 
 bool readXml(const std::string& path, const std::string& bytes, Document& document) {
-    TopElements top;
-    const auto parser = make<FXmlParser2>();
-    parser->setHandler(&top);
-    parser->parse(bytes);
-    document.tag = top.tag;
     const auto stream = make<FMemoryStream>(std::string_view(bytes));
+    const TopElements top(*stream);
+    stream->rewind();
+    document.tag = top.tag;
+    document.hasRoots = top.hasRoots;
     FXmlDocument xml(stream.get(), FXmlDocument::Mode::read);
     const bool isRead =
         top.hasRoots ? xml.load(top.tag) : xml.restoreAttributes(top.tag, *document.attributes);
@@ -145,6 +145,12 @@ int convert(const std::string& from, const std::string& to, const std::string& t
         if (!xml.storeAttributes(tag, *document.attributes))
             return complain(ExitStatus::badInput, from + ": has no XML form: " + xml.errorText());
     }
+    if (document.hasRoots)
+        std::fprintf(
+            stderr,
+            "%s: warning: the root objects are plain entries in the binary form; converted back, they "
+            "stay that\n",
+            from.c_str());
     return saveText(to, stream->bytes());
 }
 

@@ -146,13 +146,13 @@ bool ArchiveDump::fail(int64_t offset, const std::string& text) {
 bool ArchiveDump::failRead(int64_t offset) {
     const std::string unknown = unknownClass();
     const int64_t rest = stream_.size() - stream_.tell();
-    if (!unknown.empty() && form_ == Form::sized)
-        return true;
-    if (!unknown.empty())
+    if (!unknown.empty() && form_ == Form::compact)
         return fail(offset, "class \"" + unknown +
                                 "\" is not known here, and the compact form does not tell where "
                                 "its objects end: the " +
                                 std::to_string(rest) + " bytes behind can't be read");
+    if (!unknown.empty() && archive_->checkStream() == 0)
+        return true;
     const int32_t code = reports_.all.empty() ? 0 : reports_.all.front().code;
     const std::string name = reports_.all.empty() ? std::string() : reports_.all.front().name;
     const std::string of = name.empty() ? "" : " of class \"" + name + '"';
@@ -203,7 +203,7 @@ bool ArchiveDump::dumpNext() {
     }
     if (!object) {
         writeUnread(header);
-        return failRead(start) && archive_->checkStream() == 0;
+        return failRead(start);
     }
     if (header.tag < 0)
         json_.member("version", archive_->getStoredVersion(storedNameOf(*object)));
