@@ -98,7 +98,7 @@ bool FBinaryStream::writeTextUtf8(const char16_t* text) {
     if (count > std::numeric_limits<int32_t>::max() || !bytes.setCapacity(static_cast<int32_t>(count)))
         return false;
     std::copy(mark.begin(), mark.end(), bytes.data());
-    text::narrow(wide, bytes.data() + mark.size());
+    text::narrow(wide, bytes.data() + mark.size(), text::Surrogates::kept);
     return write(bytes.data(), count) == count;
 }
 

@@ -79,8 +79,8 @@ public:
     /// below 1 or above 0x40000, whose body is left unread, for a body that is cut off, and without memory. A
     /// body without a terminator keeps its last byte: the block is a byte larger than the count.
     char* readCountedChars();
-    /// Terminated: bytes for a text of nothing but ASCII, else EF BB BF and UTF-8. False, with nothing
-    /// written, when there is no memory for the bytes.
+    /// Terminated: bytes for a text of nothing but ASCII, else EF BB BF and UTF-8, with lone surrogates in
+    /// three bytes each. False, with nothing written, when there is no memory for the bytes.
     bool writeTextUtf8(const char16_t* text);
     /// Reads up to a zero byte or the end what `writeTextUtf8` wrote. Bytes that are no valid UTF-8 are taken
     /// as Windows-1252, never dropped. Cut to `size` - 1 characters, never between the halves of one, and
