@@ -12,6 +12,7 @@
 #include "skin/SkinCatalog.h"
 #include "skin/UIWizard.h"
 #include "skin/ViewElement.h"
+#include "support/FailingAllocation.h"
 #include "support/TestPaths.h"
 #include "views/UView.h"
 #include "windows/AlertPresenter.h"
@@ -376,6 +377,13 @@ TEST_F(LastSkin, BesideTheStartIsWaitedForAndEndsTheProgramWhenThereIsNone) {
     EXPECT_FALSE(loadBeside());
     EXPECT_EQ(alerts.texts,
               Log{"'" + (folder / "b").string() + "' is not a valid skin file for this application!"});
+}
+
+TEST_F(LastSkin, IsNotWaitedForWithoutMemoryForItsThread) {
+    FailingAllocation memory(1);
+    EXPECT_FALSE(memory.completes([this] { program->startLoadingLastSkin(UApplication::Errors::hide); }));
+    program->finishStartup();
+    EXPECT_FALSE(UController::instance()->isStopped());
 }
 
 TEST_F(LastSkin, OfAnotherProgramIsRefusedAloudWhenAsked) {
