@@ -6,6 +6,7 @@
 #include <iterator>
 #include <new>
 #include <system_error>
+#include <utility>
 
 namespace qorl {
 
@@ -115,10 +116,11 @@ bool FNFileSystem::resolveShortcut(FNPath& path) try {
     platform::FileInfo info;
     if (target.empty() || platform::getFileInfo(target, info) || info.kind == platform::FileKind::none)
         return false;
-    const FNPath found(std::string_view(target), info.kind == platform::FileKind::folder);
-    if (found.isValid())
-        path = found;
-    return found.isValid();
+    FNPath found(std::string_view(target), info.kind == platform::FileKind::folder);
+    if (!found.isValid())
+        return false;
+    path = std::move(found);
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }

@@ -53,10 +53,15 @@ auto withPath(std::string_view key, Use use) {
     return url.getNativePath(native) ? use(static_cast<FPath&>(native)) : use(static_cast<FPath&>(url));
 }
 
-/// What stands on the disk, which is asked below its file system: that would ask the table in turn.
+/// What stands on the disk, which is asked below its file system: that would ask the table in turn. Throws
+/// std::bad_alloc.
 platform::FileInfo infoOnDisk(std::string_view key) {
     platform::FileInfo info;
-    withPath(key, [&](FPath& path) { return platform::getFileInfo(path.toUtf8(), info); });
+    FNPath native;
+    // A mount is not given up because memory is short.
+    if (!urlOf(key).getNativePath(native) && key.starts_with(FUrl::fileScheme))
+        throw std::bad_alloc();
+    platform::getFileInfo(native.toUtf8(), info);
     return info;
 }
 

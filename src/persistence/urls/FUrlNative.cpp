@@ -5,6 +5,7 @@
 #include "platform/Files.h"
 
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace qorl {
@@ -130,10 +131,10 @@ bool FUrl::getNativePath(FNPath& path) const try {
         return false;
     if (native.empty() || native.find('\0') != std::string::npos)
         return false;
-    const FNPath found(std::string_view(native), isFolder());
+    FNPath found(std::string_view(native), isFolder());
     if (!found.isValid())
         return false;
-    path = found;
+    path = std::move(found);
     return true;
 } catch (const std::bad_alloc&) {
     return false;

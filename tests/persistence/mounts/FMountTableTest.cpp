@@ -520,6 +520,11 @@ TEST(FMountTable, IsAsItWasWithoutMemory) {
         EXPECT_TRUE(files || allocation.hasFailed());
         EXPECT_EQ(readIn(table().findInside(inside), inside), "x") << "the next one succeeds";
     });
+    const Ref<FFileSystem> standing = table().findInside(inside);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        allocation.during([&] { return table().findInside(inside) != nullptr; });
+        EXPECT_EQ(table().findInside(inside), standing) << "a mount is not given up for it";
+    });
 }
 
 } // namespace
