@@ -44,12 +44,6 @@ std::string hexOf(std::string_view bytes) {
     return text;
 }
 
-const char* storedNameOf(const CmObject& object) {
-    const ClassRecord* record = object.getClassRecord();
-    const bool isOwn = record && record != &CmObject::classRecord() && record->persistentName();
-    return isOwn ? record->persistentName() : object.getClassName();
-}
-
 void AttributesJson::writeAttributes(const Ref<FAttributes>& attributes) {
     const size_t outer = levels_.size();
     beginAttributes(attributes);
@@ -193,7 +187,7 @@ void AttributesJson::beginInstance(CmObject* item) {
     StoredObject stored;
     const bool hasForm = stored.take(object.get());
     json_.member("kind", "object");
-    json_.member("class", hasForm ? stored.className.toUtf8() : storedNameOf(*object));
+    json_.member("class", hasForm ? stored.className.toUtf8() : StoredObject::classNameOf(object.get()));
     json_.member("id", static_cast<int64_t>(number));
     if (hasForm)
         return beginAttributes(stored.attributes);

@@ -14,9 +14,6 @@ constexpr int64_t longestDocument = 256 << 20;
 /// Upper-case digits, two a byte.
 std::string hexOf(std::string_view bytes);
 
-/// The name that an object is stored under.
-const char* storedNameOf(const CmObject& object);
-
 /// Writes attributes and objects as canonical JSON, in their order: of each entry its key, its kind, and what
 /// that kind has. An object stands in full where it is met first, and is a reference from then on. Its number
 /// is that of its document, unless another one has it already; a live object gets the next one that is free.

@@ -206,7 +206,7 @@ bool ArchiveDump::dumpNext() {
         return failRead(start);
     }
     if (header.tag < 0)
-        json_.member("version", archive_->getStoredVersion(storedNameOf(*object)));
+        json_.member("version", archive_->getStoredVersion(StoredObject::classNameOf(object.get())));
     objects_.writeObject(object.get());
     return true;
 }

@@ -4,15 +4,15 @@
 
 namespace qorl {
 
-/// The binary form of attributes.
-///
-/// A body is a 32-bit count and, for each entry, its key, a 16-bit kind and the value; nested attributes are
-/// bodies again. Objects are stored by class name, number and their attributes, each once: where one occurs
-/// again, only its number stands. On reading no class is needed: an object is created when somebody asks for
-/// it. So a body can be read and written again where its classes are unknown.
-///
-/// Bodies may be nested 10000 deep. Both operations tell in `fault`, when it is given, where the body or the
-/// stream was at fault and what would have been right.
+// The binary form of attributes.
+//
+// A body is a 32-bit count and, for each entry, its key, a 16-bit kind and the value; nested attributes are
+// bodies again. Objects are stored by class name, number and their attributes, each once: where one occurs
+// again, only its number stands. On reading no class is needed: an object is created when somebody asks for
+// it. So a body can be read and written again where its classes are unknown.
+//
+// Bodies may be nested 10000 deep. Both operations tell in `fault`, when it is given, where the body or the
+// stream was at fault and what would have been right.
 
 /// Writes the body as a whole, at the end, or nothing of it: false when a text or a key is longer than it
 /// could be read back (50000 bytes; XML or a binary value hold any length), for a binary value of 2 GB and

@@ -8,18 +8,13 @@
 
 namespace qorl {
 
-namespace {
-
-/// The name of the class's own record; a class that only inherits one goes by its name at run time.
-const char* storedClassName(const CmObject* object) {
+const char* StoredObject::classNameOf(const CmObject* object) {
     const ClassRecord* record = object->getClassRecord();
     const char* own = object->getClassName();
     const bool isInherited = !record || !record->name() ||
                              (record == &CmObject::classRecord() && std::strcmp(own, "CmObject") != 0);
     return isInherited ? own : record->persistentName();
 }
-
-} // namespace
 
 uint64_t StoredObject::idOf(const CmObject* object) {
     const auto* stored = cast<FXmlObject>(object);
@@ -45,7 +40,7 @@ bool StoredObject::take(CmObject* object) {
     attributes = make<FAttributes>();
     if (!object || !object->storeAttributes(attributes.get()))
         return false;
-    className = FAttributeValue::copyOf(ConstString(storedClassName(object)));
+    className = FAttributeValue::copyOf(ConstString(classNameOf(object)));
     return true;
 }
 

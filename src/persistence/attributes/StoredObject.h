@@ -16,6 +16,8 @@ struct StoredObject {
     /// A stored object gives what it was read with, a live one is asked. False when it has no attributes.
     bool take(CmObject* object);
 
+    /// The stored name of the object's class, or the name at run time of a class that has no record.
+    static const char* classNameOf(const CmObject* object);
     /// What names the object within one document: the number that it was read with, else its address.
     static uint64_t idOf(const CmObject* object);
     /// The object that `object` stands for: the target of a bound reference, the live object of an instance
