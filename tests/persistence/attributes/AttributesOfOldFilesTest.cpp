@@ -55,14 +55,17 @@ TEST(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.report);
         BodyBytes bytes(0);
-        bytes.int32(2).object("o", 108).text(c.className).int32(0).text("end").word(1).int64(7);
+        bytes.int32(3).object("o", 108).text(c.className).int32(0);
+        bytes.object("l", 101).int32(2).text(c.className).int32(0);
+        bytes.text("CmString").int32(1).text("s").word(8).text("x").text("end").word(1).int64(7);
         ReportLog log;
         FObjectArchive::setGlobalListener(&log);
         FAttributes read;
         EXPECT_TRUE(load(bytes, read));
         FObjectArchive::setGlobalListener(nullptr);
-        EXPECT_EQ(log.text, c.report);
+        EXPECT_EQ(log.text, std::string(c.report) + "; " + c.report);
         EXPECT_FALSE(read.contains("o"));
+        EXPECT_EQ(read.count("l"), 1);
         EXPECT_EQ(read.getInteger("end"), 7);
     }
 }

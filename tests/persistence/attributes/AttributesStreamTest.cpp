@@ -226,25 +226,6 @@ TEST(AttributesStream, ReadsTheFormsOfOldFiles) {
     EXPECT_TRUE(without.contains("object")) << "what was read before stays";
 }
 
-TEST(AttributesStream, TellsOfUnknownClassesInOldForms) {
-    struct Listener : ArchiveListener {
-        void report(int32_t code, const char* text) override { heard += std::to_string(code) + text + ' '; }
-        std::string heard;
-    } listener;
-    BodyBytes bytes(0);
-    bytes.int32(3).object("l", 101).int32(2).text("NoSuchClass").int32(0);
-    bytes.text("CmString").int32(1).text("s").word(8).text("x");
-    bytes.object("o", 108).text("NorThis").int32(0).text("last").word(1).int64(1);
-    FObjectArchive::setGlobalListener(&listener);
-    FAttributes read;
-    EXPECT_TRUE(load(bytes.bytes(), read));
-    FObjectArchive::setGlobalListener(nullptr);
-    EXPECT_EQ(listener.heard, "-98NoSuchClass -98NorThis ");
-    EXPECT_EQ(read.count("l"), 1);
-    EXPECT_FALSE(read.contains("o"));
-    EXPECT_EQ(read.getInteger("last"), 1);
-}
-
 TEST(AttributesStream, ReadsOnBehindWhatHasNoValue) {
     BodyBytes bytes(0);
     bytes.int32(9);
