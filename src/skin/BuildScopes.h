@@ -28,6 +28,26 @@ private:
     size_t count_;
 };
 
+/// Sets conditions for as long as it stands; at the end all of them go, whoever else had set them.
+class WizardConditions {
+public:
+    WizardConditions(UIWizard& wizard, std::vector<std::string> words)
+        : wizard_(wizard), words_(std::move(words)) {
+        for (const std::string& word : words_)
+            wizard_.setCondition(word);
+    }
+    ~WizardConditions() {
+        for (const std::string& word : words_)
+            wizard_.clearCondition(word);
+    }
+    WizardConditions(const WizardConditions&) = delete;
+    WizardConditions& operator=(const WizardConditions&) = delete;
+
+private:
+    UIWizard& wizard_;
+    std::vector<std::string> words_;
+};
+
 /// The parts of `text` between `|`, without blanks around them. Empty parts count; an empty text has no part.
 inline std::vector<std::string_view> splitList(std::string_view text) {
     std::vector<std::string_view> parts;

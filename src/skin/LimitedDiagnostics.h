@@ -12,7 +12,8 @@ public:
     void report(const Diagnostic& diagnostic) override {
         size_t& count = diagnostic.severity == Severity::error ? errors_ : others_;
         if (++count <= SkinLimits::diagnostics)
-            list_.report(diagnostic);
+            list_.report(diagnostic.text.size() <= SkinLimits::diagnosticBytes ? diagnostic
+                                                                               : shortened(diagnostic));
         else if (count == SkinLimits::diagnostics + 1)
             list_.report(
                 {Severity::note, diagnostic.position, {}, "more of these follow; they are left out"});
@@ -27,6 +28,15 @@ public:
     void clear() { *this = {}; }
 
 private:
+    /// Cut between characters.
+    static Diagnostic shortened(const Diagnostic& diagnostic) {
+        size_t end = SkinLimits::diagnosticBytes;
+        while (end > 0 && (diagnostic.text[end] & 0xC0) == 0x80)
+            --end;
+        return {diagnostic.severity, diagnostic.position, diagnostic.includes,
+                diagnostic.text.substr(0, end) + " ..."};
+    }
+
     DiagnosticList list_;
     size_t errors_ = 0;
     size_t others_ = 0;

@@ -30,11 +30,12 @@ public:
     /// While the object is being made, so that a resource that leads back to itself is noticed.
     bool isBeingCreated() const { return (state_ & creating) != 0; }
     void beginCreation() { state_ |= creating; }
+    void endCreation() { state_ &= static_cast<uint8_t>(~creating); }
 
 private:
     enum State : uint8_t { creating = 1, created = 2 };
 
-    ResourceElement(const ResourceElement& other) : SkinElement(other) {}
+    ResourceElement(const ResourceElement& other) : SkinElement(other) { state_ = 0; }
 
     Ref<CmObject> object_;
 };

@@ -144,6 +144,10 @@ int64_t SizeFields::get(std::string_view field) const {
     return 0;
 }
 
+CmRect SizeFields::rect() const {
+    return {left, top, limitToInt32(int64_t{left} + width), limitToInt32(int64_t{top} + height)};
+}
+
 int32_t limitToInt32(int64_t value) {
     return static_cast<int32_t>(std::clamp<int64_t>(value, std::numeric_limits<int32_t>::min(), largest));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qorl/Geometry.h>
+
 #include <cstdint>
 #include <string_view>
 
@@ -24,6 +26,8 @@ struct SizeFields {
 
     /// A field by its word, `right` and `bottom` among them; 0 for any other word.
     int64_t get(std::string_view field) const;
+    /// Edges beyond 32 bits are cut.
+    CmRect rect() const;
 };
 
 /// Reads a `size` whose fields are plain numbers; false if it is an expression. A `*` is the largest number.

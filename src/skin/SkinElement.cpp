@@ -6,7 +6,6 @@
 #include "skin/ViewElement.h"
 
 #include <algorithm>
-#include <set>
 
 namespace qorl {
 
@@ -174,9 +173,11 @@ void SkinElement::setAttributes(std::span<const AttributeValue> attributes) {
     std::ranges::copy(attributes, attributes_);
 }
 
+/// The store takes nothing back, so that what is outgrown must stay a part of the whole.
 void SkinElement::reserve(uint32_t count) {
     if (count <= childCapacity_)
         return;
+    count = std::max(count, childCapacity_ * 2);
     auto** grown = store().allocateArray<SkinElement*>(count);
     std::copy_n(children_, childCount_, grown);
     children_ = grown;
@@ -184,8 +185,7 @@ void SkinElement::reserve(uint32_t count) {
 }
 
 void SkinElement::insert(uint32_t index, SkinElement* child) {
-    if (childCount_ == childCapacity_)
-        reserve(std::max(4u, childCapacity_ * 2));
+    reserve(std::max(4u, childCount_ + 1));
     index = std::min(index, childCount_);
     std::copy_backward(children_ + index, children_ + childCount_, children_ + childCount_ + 1);
     children_[index] = child;
@@ -203,14 +203,21 @@ void SkinElement::append(std::span<SkinElement* const> children) {
         child->parent_ = this;
 }
 
-void SkinElement::remove(std::span<SkinElement* const> children) {
-    const std::set<const SkinElement*> given(children.begin(), children.end());
+void SkinElement::sortByName() {
+    std::stable_sort(children_, children_ + childCount_,
+                     [](const SkinElement* a, const SkinElement* b) { return a->name() < b->name(); });
+}
+
+void SkinElement::destroy(std::span<SkinElement* const> children) {
+    for (SkinElement* child : children)
+        if (child->parent_ == this)
+            child->parent_ = nullptr;
     uint32_t kept = 0;
     for (SkinElement* child : this->children()) {
-        if (given.contains(child))
-            child->parent_ = nullptr;
-        else
+        if (child->parent_)
             children_[kept++] = child;
+        else
+            delete child;
     }
     childCount_ = kept;
 }

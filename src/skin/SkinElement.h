@@ -113,8 +113,10 @@ public:
     void insert(uint32_t index, SkinElement* child);
     /// Takes over all of `children`, at the end.
     void append(std::span<SkinElement* const> children);
-    /// Gives up `children`, which the caller owns then.
-    void remove(std::span<SkinElement* const> children);
+    /// Children of equal names stay in their order.
+    void sortByName();
+    /// Takes out those of `children` that stand here, and ends them.
+    void destroy(std::span<SkinElement* const> children);
     /// Hands all children over to the caller. The result is valid until this element gets a child.
     std::span<SkinElement* const> takeChildren();
 

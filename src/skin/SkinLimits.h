@@ -25,8 +25,11 @@ inline constexpr int32_t includedFiles = 1000;
 
 /// Siblings that a size expression may go through.
 inline constexpr int32_t sizeDepth = 10;
-/// Operands and siblings looked at while all size expressions of a document are evaluated.
+/// Siblings, and operands a few at a time, looked at while all size expressions of a document are evaluated.
 inline constexpr int64_t sizeSteps = 4'000'000;
+
+/// Bitmaps that one is made from by way of others.
+inline constexpr int32_t bitmapDepth = 32;
 
 /// Rounds of one `for` element.
 inline constexpr int64_t loopRounds = 100'000;
@@ -34,7 +37,7 @@ inline constexpr int64_t loopRounds = 100'000;
 inline constexpr int32_t buildDepth = 400;
 /// Elements and loop rounds that one build may go through.
 inline constexpr int64_t buildSteps = 1'000'000;
-/// Views that one build may make.
+/// Views and values that one build may make.
 inline constexpr int32_t builtViews = 200'000;
 
 /// Bytes of titles, names and tips that one build may give to views.
@@ -50,5 +53,7 @@ inline constexpr size_t substitutedBytes = 64 * 1024;
 
 /// Errors that are kept of one load or build, and other findings.
 inline constexpr size_t diagnostics = 1000;
+/// Of the text of one finding, which may quote the document.
+inline constexpr size_t diagnosticBytes = 1000;
 
 } // namespace qorl::SkinLimits

@@ -3,6 +3,7 @@
 #include "skin/SizeExpression.h"
 #include "skin/SkinLimits.h"
 #include "skin/UIDescription.h"
+#include "skin/Wording.h"
 #include "views/UCursor.h"
 
 #include <span>
@@ -10,11 +11,32 @@
 // What a document makes of its resources.
 namespace qorl {
 
+using Wording::quoted;
+
 namespace {
 
 bool isBitmap(SkinType type) {
     return isOfType(type, SkinType::bitmap);
 }
+
+/// Stands while the bitmap of an element is being made.
+class BitmapCreation {
+public:
+    BitmapCreation(ResourceElement& element, int32_t& depth) : element_(element), depth_(depth) {
+        element_.beginCreation();
+        ++depth_;
+    }
+    ~BitmapCreation() {
+        element_.endCreation();
+        --depth_;
+    }
+    BitmapCreation(const BitmapCreation&) = delete;
+    BitmapCreation& operator=(const BitmapCreation&) = delete;
+
+private:
+    ResourceElement& element_;
+    int32_t& depth_;
+};
 
 CmRect parseRect(std::string_view text) {
     int32_t edges[4] = {};
@@ -26,7 +48,7 @@ CmRect parseRect(std::string_view text) {
 CmRect sectionRect(const SkinElement& element) {
     SizeFields size;
     if (parsePlainSize(element.text(SkinAttribute::size), size) && element.has(SkinAttribute::size))
-        return CmRect::ofSize({size.left, size.top}, {size.width, size.height});
+        return size.rect();
     return parseRect(element.text(SkinAttribute::rect));
 }
 
@@ -35,17 +57,17 @@ CmRect sectionRect(const SkinElement& element) {
 ResourceElement* UIDescription::findBitmapElement(std::string_view name) {
     if (SkinElement* found = findIn(Section::resources, name, SkinType::bitmap))
         return static_cast<ResourceElement*>(found);
-    SkinElement* resources = peekSection(Section::resources);
-    if (!resources || name.empty())
-        return nullptr;
-    for (SkinElement* collection : resources->children()) {
-        if (collection->type() != SkinType::bitmapcollection)
-            continue;
-        for (SkinElement* child : collection->children())
-            if (child->name() == name && isBitmap(child->type()))
-                return static_cast<ResourceElement*>(child);
+    if (!collected_) {
+        collected_.emplace();
+        if (const SkinElement* resources = peekSection(Section::resources))
+            for (const SkinElement* collection : resources->children())
+                if (collection->type() == SkinType::bitmapcollection)
+                    for (SkinElement* child : collection->children())
+                        if (isBitmap(child->type()) && !child->name().empty())
+                            collected_->try_emplace(child->name(), static_cast<ResourceElement*>(child));
     }
-    return nullptr;
+    const auto found = collected_->find(name);
+    return found == collected_->end() ? nullptr : found->second;
 }
 
 UBitmap* UIDescription::findBitmap(std::string_view name, bool cached) {
@@ -58,15 +80,19 @@ UBitmap* UIDescription::findBitmap(std::string_view name, bool cached) {
 }
 
 UBitmap* UIDescription::bitmapOf(ResourceElement& element) {
-    if (element.isBeingCreated() && !element.isCreated()) {
+    if (element.isCreated())
+        return static_cast<UBitmap*>(element.object());
+    if (element.isBeingCreated() || bitmapDepth_ == SkinLimits::bitmapDepth) {
         report(Severity::error, element.mark(),
-               "the bitmap '" + std::string(element.name()) + "' leads back to itself");
+               "the bitmap " + quoted(element.name()) +
+                   (element.isBeingCreated()
+                        ? " leads back to itself"
+                        : " stands behind " + std::to_string(SkinLimits::bitmapDepth) +
+                              " others, each made from the next; name the file in one of them"));
         return nullptr;
     }
-    if (!element.isCreated()) {
-        element.beginCreation();
-        element.setObject(createBitmap(element));
-    }
+    const BitmapCreation creation(element, bitmapDepth_);
+    element.setObject(createBitmap(element));
     return static_cast<UBitmap*>(element.object());
 }
 

@@ -17,10 +17,6 @@ using Section = UIDescription::Section;
 constexpr Section mergedSections[] = {Section::header, Section::templates, Section::resources,
                                       Section::scheme, Section::definitions};
 
-bool isOrderedByName(const SkinElement* a, const SkinElement* b) {
-    return a->name() < b->name();
-}
-
 } // namespace
 
 uint32_t UIDescription::options_ = standardOptions;
@@ -53,6 +49,7 @@ void UIDescription::setLocation(Ref<FFileSystem> fileSystem, const FUrl& baseUrl
 }
 
 SkinElement& UIDescription::section(Section section) {
+    forgetNames();
     SkinElement*& element = sections_[static_cast<size_t>(section)];
     if (!element) {
         element = SkinElement::create(sectionTypes[static_cast<size_t>(section)], *store_, SourceMark());
@@ -83,11 +80,23 @@ ViewElement* UIDescription::findTemplate(std::string_view name) {
 }
 
 bool UIDescription::findDefine(std::string_view name, int32_t& value) {
-    const SkinElement* define = findIn(Section::definitions, name, SkinType::define);
-    if (!define)
+    if (!defines_) {
+        defines_.emplace();
+        if (const SkinElement* definitions = peekSection(Section::definitions))
+            for (const SkinElement* child : definitions->children())
+                if (child->type() == SkinType::define && !child->name().empty())
+                    defines_->try_emplace(child->name(), child);
+    }
+    const auto found = defines_->find(name);
+    if (found == defines_->end())
         return false;
-    value = define->integer(SkinAttribute::value);
+    value = found->second->integer(SkinAttribute::value);
     return true;
+}
+
+void UIDescription::forgetNames() {
+    defines_.reset();
+    collected_.reset();
 }
 
 bool UIDescription::findColor(std::string_view name, UColor& color) {
@@ -160,8 +169,7 @@ void UIDescription::applyScheme(UScheme* scheme) {
         scheme = GlobalSchemes::main();
     if (!section || !scheme)
         return;
-    std::vector<SchemeEntry> entries;
-    entries.reserve(section->children().size());
+    scheme->applyScheme({});
     for (SkinElement* child : section->children()) {
         SchemeEntry entry;
         entry.name = child->name();
@@ -186,12 +194,9 @@ void UIDescription::applyScheme(UScheme* scheme) {
         } else {
             continue;
         }
-        entries.push_back(entry);
-        // Later entries may name this colour.
-        if (entry.kind == SchemeEntry::Kind::color)
-            scheme->applyScheme({&entry, 1});
+        // One by one, since later entries may name this colour.
+        scheme->applyScheme({&entry, 1});
     }
-    scheme->applyScheme(entries);
 }
 
 bool UIDescription::finishLoading(ConditionNames* conditions) {
@@ -234,12 +239,8 @@ int32_t UIDescription::findMetric(std::string_view name) {
 void UIDescription::sortSections() {
     for (const Section section : {Section::templates, Section::resources}) {
         SkinElement* element = peekSection(section);
-        if (!element || !isSorted(section) || std::ranges::is_sorted(element->children(), isOrderedByName))
-            continue;
-        const auto taken = element->takeChildren();
-        std::vector<SkinElement*> sorted(taken.begin(), taken.end());
-        std::ranges::stable_sort(sorted, isOrderedByName);
-        element->append(sorted);
+        if (element && isSorted(section))
+            element->sortByName();
     }
 }
 
@@ -247,30 +248,39 @@ void UIDescription::merge(UIDescription& from) {
     for (const Section section : mergedSections)
         if (SkinElement* source = from.peekSection(section))
             this->section(section).append(source->takeChildren());
-    sortSections();
+    forgetNames();
     for (const Diagnostic& diagnostic : from.diagnostics())
         diagnostics_.report(diagnostic);
 }
 
 bool UIDescription::mergeAndFinish(UIDescription& from, ConditionNames* conditions) {
-    const LimitedDiagnostics before = diagnostics_;
+    LimitedDiagnostics before = diagnostics_;
     std::array<std::vector<SkinElement*>, std::size(mergedSections)> moved;
     for (size_t i = 0; i < moved.size(); ++i)
         if (const SkinElement* source = from.peekSection(mergedSections[i]))
             moved[i].assign(source->children().begin(), source->children().end());
-    merge(from);
-    const size_t told = diagnostics_.all().size();
-    const bool finished = finishLoading(conditions);
-    for (size_t i = told; i < diagnostics_.all().size(); ++i)
-        from.diagnostics_.report(diagnostics_.all()[i]);
-    if (finished)
-        return true;
-    for (size_t i = 0; i < moved.size(); ++i) {
-        section(mergedSections[i]).remove(moved[i]);
-        from.section(mergedSections[i]).append(moved[i]);
+    const auto takeBack = [&] {
+        for (size_t i = 0; i < moved.size(); ++i)
+            if (SkinElement* section = peekSection(mergedSections[i]))
+                section->destroy(moved[i]);
+        forgetNames();
+        diagnostics_ = std::move(before);
+        finishLoading(conditions);
+    };
+    try {
+        merge(from);
+        sortSections();
+        const size_t told = diagnostics_.all().size();
+        const bool finished = finishLoading(conditions);
+        for (size_t i = told; i < diagnostics_.all().size(); ++i)
+            from.diagnostics_.report(diagnostics_.all()[i]);
+        if (finished)
+            return true;
+    } catch (const std::bad_alloc&) {
+        takeBack();
+        throw;
     }
-    diagnostics_ = before;
-    finishLoading(conditions);
+    takeBack();
     return false;
 }
 

@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace qorl {
@@ -105,7 +106,8 @@ public:
     /// Brings templates and resources into the order of their names, if the options say so.
     void sortSections();
 
-    /// Moves all elements of `from` into this document. The two share one store.
+    /// Moves all elements of `from` behind those of this document, which `sortSections` then brings into
+    /// order. The two share one store.
     void merge(UIDescription& from);
     /// The same, and evaluates all sizes anew. False, and this document is as it was, when that fails; the
     /// error stands among the diagnostics of `from` then.
@@ -129,6 +131,8 @@ private:
     bool isSorted(Section section) const {
         return sortsByName_ && (section == Section::templates || section == Section::resources);
     }
+    /// When elements may come or go.
+    void forgetNames();
     ResourceElement* findBitmapElement(std::string_view name);
     UBitmap* bitmapOf(ResourceElement& element);
     UBitmapCollection* collectionOf(ResourceElement& element);
@@ -146,6 +150,11 @@ private:
     Ref<FFileSystem> fileSystem_;
     FUrl baseUrl_;
     LimitedDiagnostics diagnostics_;
+    /// Of the definitions, made on first use.
+    std::optional<std::unordered_map<std::string_view, const SkinElement*>> defines_;
+    /// The bitmaps in collections, made on first use.
+    std::optional<std::unordered_map<std::string_view, ResourceElement*>> collected_;
+    int32_t bitmapDepth_ = 0;
     ConditionNames* conditions_ = nullptr;
     int64_t sizeStepsLeft_ = 0;
     /// What size expressions were told, by metric.

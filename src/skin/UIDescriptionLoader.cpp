@@ -38,8 +38,20 @@ void UIDescriptionLoader::fail(SourceMark mark, std::string text) {
     errorText_ = std::move(text);
 }
 
-/// Takes over what was found in a document that failed.
-void UIDescriptionLoader::fail(const UIDescription& document) {
+/// Where memory is short: the text fits into the string itself.
+bool UIDescriptionLoader::failForMemory() {
+    errorText_ = "out of memory";
+    errorPosition_ = {};
+    try {
+        diagnostics_.report({Severity::error, {}, {}, errorText_});
+    } catch (const std::bad_alloc&) {
+        // `errorText_` tells it.
+    }
+    return false;
+}
+
+/// Takes over what was found in a document, as far as there is memory for it.
+void UIDescriptionLoader::takeFindings(const UIDescription& document) try {
     for (const Diagnostic& diagnostic : document.diagnostics()) {
         diagnostics_.report(diagnostic);
         if (diagnostic.severity == Severity::error) {
@@ -47,6 +59,9 @@ void UIDescriptionLoader::fail(const UIDescription& document) {
             errorText_ = diagnostic.text;
         }
     }
+} catch (const std::bad_alloc&) {
+    if (document.hasErrors())
+        failForMemory();
 }
 
 void UIDescriptionLoader::begin() {
@@ -56,7 +71,7 @@ void UIDescriptionLoader::begin() {
     errorCode_ = 0;
 }
 
-bool UIDescriptionLoader::load(const FUrl& url, Ref<FFileSystem> fileSystem) {
+bool UIDescriptionLoader::load(const FUrl& url, Ref<FFileSystem> fileSystem) try {
     begin();
     Load load;
     load.fileSystem = fileSystem ? std::move(fileSystem) : Ref<FFileSystem>(retain(FNFileSystem::instance()));
@@ -67,6 +82,8 @@ bool UIDescriptionLoader::load(const FUrl& url, Ref<FFileSystem> fileSystem) {
         return false;
     document->setLocation(load.fileSystem, url);
     return finish(std::move(document));
+} catch (const std::bad_alloc&) {
+    return failForMemory();
 }
 
 Ref<UIDescription> UIDescriptionLoader::loadFile(Load& load, const std::string& path,
@@ -98,14 +115,14 @@ Ref<UIDescription> UIDescriptionLoader::loadFile(Load& load, const std::string& 
     const auto parser = createParser(*document, start.file());
     if (!parser->parseDocument(*stream)) {
         errorCode_ = parser->errorCode();
-        fail(*document);
+        takeFindings(*document);
         return nullptr;
     }
     load.openFiles.push_back(path);
     const bool complete = loadIncludes(load, *document, folder, level);
     load.openFiles.pop_back();
     if (!complete) {
-        fail(*document);
+        takeFindings(*document);
         return nullptr;
     }
     return document;
@@ -164,17 +181,17 @@ Ref<UIDescriptionParser> UIDescriptionLoader::createParser(UIDescription& docume
 bool UIDescriptionLoader::finish(Ref<UIDescription> document) {
     document->sortSections();
     document->finishLoading(conditions_);
-    fail(*document);
+    takeFindings(*document);
     if (document->hasErrors())
         return false;
-    current_ = std::move(document);
     UScheme* scheme = GlobalSchemes::main();
     if (scheme && (UIDescription::options() & UIDescription::resetScheme))
         scheme->reset();
+    current_ = std::move(document);
     return true;
 }
 
-bool UIDescriptionLoader::loadFromString(std::string_view text, Merge merge, std::string_view name) {
+bool UIDescriptionLoader::loadFromString(std::string_view text, Merge merge, std::string_view name) try {
     begin();
     const bool add = merge == Merge::add && current_;
     const SourceMark start(SourceMark::addFile(name, SourceMark()), 1, 1);
@@ -186,14 +203,16 @@ bool UIDescriptionLoader::loadFromString(std::string_view text, Merge merge, std
     const auto parser = createParser(*document, start.file());
     if (!parser->parseFragment(text)) {
         errorCode_ = parser->errorCode();
-        fail(*document);
+        takeFindings(*document);
         return false;
     }
     if (!add)
         return finish(std::move(document));
     const bool added = !document->hasErrors() && current_->mergeAndFinish(*document, conditions_);
-    fail(*document);
+    takeFindings(*document);
     return added;
+} catch (const std::bad_alloc&) {
+    return failForMemory();
 }
 
 bool UIDescriptionLoader::reload() {

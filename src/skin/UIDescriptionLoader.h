@@ -15,9 +15,8 @@ namespace qorl {
 
 /// Loads documents with what they include. Each wizard has one; it keeps the current document.
 ///
-/// A load that fails leaves the current document and the main scheme as they were; `diagnostics` then tells
-/// why. Threading:
-/// user-interface thread.
+/// A load that fails, for want of memory too, leaves the current document and the main scheme as they were;
+/// `diagnostics` then tells why. Threading: user-interface thread.
 class UIDescriptionLoader {
 public:
     enum class Merge : uint8_t { replace, add };
@@ -63,8 +62,9 @@ private:
     Ref<UIDescriptionParser> createParser(UIDescription& document, uint32_t file) const;
     bool loadIncludes(Load& load, UIDescription& into, const std::string& folder, int32_t level);
     bool finish(Ref<UIDescription> document);
-    void fail(const UIDescription& document);
+    void takeFindings(const UIDescription& document);
     void fail(SourceMark mark, std::string text);
+    bool failForMemory();
 
     ConditionNames* conditions_;
     Ref<UIDescription> current_;

@@ -60,6 +60,8 @@ constexpr struct {
     {T::templates, DocumentSection::templates, UIDescriptionParser::outside},
 };
 
+constexpr const char* noMemory = "out of memory";
+
 bool isAllBlank(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
 }
@@ -73,7 +75,10 @@ UIDescriptionParser::UIDescriptionParser(UIDescription& document, uint32_t file,
 }
 
 SourceMark UIDescriptionParser::mark() const {
-    const XmlPosition at = position();
+    return markOf(position());
+}
+
+SourceMark UIDescriptionParser::markOf(const XmlPosition& at) const {
     const int64_t column = at.line == 1 ? at.column + columnOffset_ : at.column;
     return {file_, static_cast<uint32_t>(at.line + lineOffset_), static_cast<uint32_t>(column)};
 }
@@ -159,7 +164,9 @@ void UIDescriptionParser::reportUnknown(std::string_view name, bool reserved) {
                          ": skipped with all that is in it" + suggestion.text("<", ">"));
 }
 
-void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char** attributes) {
+// No exception may pass through the XML parser: each handler ends at its own boundary.
+
+void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char** attributes) try {
     if (hasFailed() || reported_)
         return;
     if (++elements_ > SkinLimits::elements) {
@@ -187,6 +194,8 @@ void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char
         refuse(type);
     else
         startRecord(type, attributes, nullptr, section_);
+} catch (const std::bad_alloc&) {
+    stop(noMemory);
 }
 
 bool UIDescriptionParser::startOutside(SkinType type, const char** attributes) {
@@ -197,7 +206,7 @@ bool UIDescriptionParser::startOutside(SkinType type, const char** attributes) {
         }
     switch (type) {
     case SkinType::skin:
-        open_.push_back({&document_.root(), nullptr, false, pending_.size(), section_});
+        open_.push_back({&document_.root(), nullptr, false, pending_.size(), program_.size(), section_});
         return true;
     case SkinType::template_:
         if (open_.empty())
@@ -214,11 +223,13 @@ bool UIDescriptionParser::startOutside(SkinType type, const char** attributes) {
 }
 
 void UIDescriptionParser::startSection(DocumentSection section, Section state) {
-    if (!isWanted(section == DocumentSection::templates ? insideTemplate : state)) {
+    // Among templates there may be what goes to the resources.
+    if (!isWanted(section == DocumentSection::templates ? insideTemplate | resources : state)) {
         skip();
         return;
     }
-    open_.push_back({&document_.section(section), nullptr, false, pending_.size(), section_});
+    open_.push_back(
+        {&document_.section(section), nullptr, false, pending_.size(), program_.size(), section_});
     section_ = state;
 }
 
@@ -231,7 +242,7 @@ void UIDescriptionParser::startVariant(const char** attributes) {
         skip();
         return;
     }
-    open_.push_back({nullptr, nullptr, false, pending_.size(), section_});
+    open_.push_back({nullptr, nullptr, false, pending_.size(), program_.size(), section_});
 }
 
 void UIDescriptionParser::startRecord(SkinType type, const char** attributes, SkinElement* home,
@@ -255,12 +266,11 @@ void UIDescriptionParser::startRecord(SkinType type, const char** attributes, Sk
     if (type == SkinType::property)
         if (ViewElement* owner = asViewElement(currentRecord()))
             owner->markProperties();
-    open_.push_back({element, home, true, pending_.size(), section_});
+    open_.push_back({element, home, true, pending_.size(), program_.size(), section_});
     section_ = section;
-    program_.clear();
 }
 
-void UIDescriptionParser::endElement(IXmlParser*, const char*) {
+void UIDescriptionParser::endElement(IXmlParser*, const char*) try {
     if (hasFailed() || reported_)
         return;
     if (skipDepth_ > 0) {
@@ -276,29 +286,38 @@ void UIDescriptionParser::endElement(IXmlParser*, const char*) {
     pending_.resize(open.firstChild);
     if (!open.isRecord)
         return;
-    if (open.element->type() == SkinType::script)
-        static_cast<ScriptElement*>(open.element)->setProgram(program_);
+    if (open.element->type() == SkinType::script) {
+        static_cast<ScriptElement*>(open.element)
+            ->setProgram(std::string_view(program_).substr(open.programStart));
+        program_.resize(open.programStart);
+    }
     if (open.home)
         open.home->append(open.element);
     else
         pending_.push_back(open.element);
+} catch (const std::bad_alloc&) {
+    stop(noMemory);
 }
 
-void UIDescriptionParser::characterData(IXmlParser*, const char* text, int32_t length) {
+void UIDescriptionParser::characterData(IXmlParser*, const char* text, int32_t length) try {
     if (skipDepth_ > 0 || open_.empty())
         return;
     const SkinElement* record = currentRecord();
     if (record && record->type() == SkinType::script)
         program_.append(text, static_cast<size_t>(length));
+} catch (const std::bad_alloc&) {
+    stop(noMemory);
 }
 
-void UIDescriptionParser::comment(IXmlParser*, const char* text) {
+void UIDescriptionParser::comment(IXmlParser*, const char* text) try {
     if (!(UIDescription::options() & UIDescription::keepComments) || skipDepth_ > 0 || open_.empty() ||
         reported_)
         return;
     SkinElement* comment = SkinElement::create(SkinType::comment, document_.store(), mark());
     comment->set(SkinAttribute::comment, text);
     pending_.push_back(comment);
+} catch (const std::bad_alloc&) {
+    stop(noMemory);
 }
 
 bool UIDescriptionParser::finish(bool parsed) {
@@ -313,10 +332,7 @@ bool UIDescriptionParser::finish(bool parsed) {
     open_.clear();
     if (reported_)
         return false;
-    const XmlPosition at = errorPosition();
-    const SourceMark where(file_, static_cast<uint32_t>(at.line + lineOffset_),
-                           static_cast<uint32_t>(at.column));
-    document_.report(Severity::error, where, errorMessage());
+    document_.report(Severity::error, markOf(errorPosition()), errorMessage());
     reported_ = true;
     return false;
 }
@@ -334,17 +350,28 @@ bool UIDescriptionParser::parseDocument(FStream& stream) {
     return true;
 }
 
+/// What follows `text` is told by its place in the whole.
+void UIDescriptionParser::passOver(std::string_view text) {
+    for (const char c : text) {
+        if (c == '\n') {
+            ++lineOffset_;
+            columnOffset_ = 0;
+        } else if ((c & 0xC0) != 0x80) {
+            ++columnOffset_;
+        }
+    }
+}
+
 bool UIDescriptionParser::parseFragment(std::string_view text) {
     const auto stream = make<FMemoryStream>(text);
-    for (;;) {
+    for (size_t before = 0;;) {
         if (!finish(parse(static_cast<IBStream*>(stream.get()))))
             return false;
         const auto parsed = static_cast<size_t>(std::min<int64_t>(stream->tell(), stream->size()));
         if (isAllBlank(text.substr(parsed)))
             return true;
-        const std::string_view before = text.substr(0, parsed);
-        lineOffset_ = std::ranges::count(before, '\n');
-        columnOffset_ = static_cast<int64_t>(parsed - (before.rfind('\n') + 1));
+        passOver(text.substr(before, parsed - before));
+        before = parsed;
         reset(nullptr);
         setHandler(this);
     }

@@ -59,6 +59,7 @@ private:
         SkinElement* home;    ///< Takes the element itself; null for the element that it stands in.
         bool isRecord;        ///< Otherwise `element` stands in the document already.
         size_t firstChild;    ///< Of its children among `pending_`.
+        size_t programStart;  ///< Of its text in `program_`.
         Section section;      ///< The one that the element stands in.
     };
 
@@ -68,6 +69,8 @@ private:
     void comment(IXmlParser* parser, const char* text) override;
 
     SourceMark mark() const;
+    SourceMark markOf(const XmlPosition& at) const;
+    void passOver(std::string_view text);
     bool isWithinLimits(const char** attributes);
     bool startOutside(SkinType type, const char** attributes);
     void startSection(UIDescription::Section section, Section state);
@@ -75,7 +78,7 @@ private:
     void startRecord(SkinType type, const char** attributes, SkinElement* home, Section section);
     std::span<const SkinType> legalTypes() const;
     bool isLegal(SkinType type) const;
-    bool isWanted(Section section) const { return section == outside || (sectionMask_ & section); }
+    bool isWanted(uint32_t sections) const { return sections == outside || (sectionMask_ & sections); }
     void refuse(SkinType type);
     void reportUnknown(std::string_view name, bool reserved);
     void skip() { skipDepth_ = 1; }

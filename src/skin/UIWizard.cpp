@@ -30,17 +30,29 @@ constexpr std::string_view platformWord = "LINUX";
 /// Replacements in one text; more of them means that the variables feed each other.
 constexpr int32_t replacements = 10'000;
 
+/// Bytes that could be looked through instead of one set condition.
+constexpr size_t conditionCost = 4;
+
 constinit Singleton<UIWizard> globalWizard;
 const TeardownHook wizardTeardown{TeardownStep::wizard, [] { globalWizard.drop(); }};
 
-/// Takes the first step off `path`; false when it has no further one.
-bool takeStep(std::string_view& path, std::string& step) {
-    const size_t slash = path.find('/');
-    if (slash == std::string_view::npos)
-        return false;
-    step = path.substr(0, slash);
-    path.remove_prefix(slash + 1);
-    return true;
+/// The controller that the steps of `path` lead to, null when one fails. What is left of `path` is the name
+/// behind them. Where nothing encloses, "../" stays at the controller.
+IController* followSteps(std::string_view& path, IController* controller) {
+    constexpr std::string_view outwards = "../";
+    const ControllerScope* scope = ControllerScope::innermost();
+    for (; path.starts_with(outwards); path.remove_prefix(outwards.size())) {
+        if (!scope)
+            continue;
+        controller = scope->controller();
+        scope = scope->outer();
+    }
+    for (size_t slash = path.find('/'); slash != std::string_view::npos; slash = path.find('/')) {
+        const std::string step(path.substr(0, slash));
+        controller = controller ? controller->getSubController(step.c_str()) : nullptr;
+        path.remove_prefix(slash + 1);
+    }
+    return controller;
 }
 
 } // namespace
@@ -69,19 +81,34 @@ UIWizard* UIWizard::instance() {
     return nested ? nested : globalWizard.get();
 }
 
-Ref<UView> UIWizard::createView(std::string_view templateName, IController* controller, UView* parentView) {
+/// One build, perhaps inside of another one.
+class UIWizard::Build {
+public:
+    explicit Build(UIWizard& wizard) : wizard_(wizard) {
+        if (wizard_.builds_++ > 0)
+            return;
+        wizard_.textsBroken_ = false;
+        wizard_.textWorkLeft_ = SkinLimits::textWork;
+    }
+    ~Build() { --wizard_.builds_; }
+    Build(const Build&) = delete;
+    Build& operator=(const Build&) = delete;
+
+private:
+    UIWizard& wizard_;
+};
+
+Ref<UView> UIWizard::createView(std::string_view templateName, IController* controller,
+                                UView* parentView) try {
     const Ref<UIDescription> document = retain(description());
     const ViewElement* element = document->findTemplate(templateName);
-    if (!element)
+    if (!element || !GlobalSchemes::currentScheme(GlobalSchemes::main()))
         return nullptr;
-    if (builds_++ == 0) {
-        textsBroken_ = false;
-        textWorkLeft_ = SkinLimits::textWork;
-    }
+    const Build build(*this);
     ViewBuilder builder(*this, *document);
-    Ref<UView> view = builder.buildTemplate(*element, controller, parentView);
-    --builds_;
-    return view;
+    return builder.buildTemplate(*element, controller, parentView);
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 Ref<UView> UIWizard::createViewChained(std::string_view templateName, IController* controller,
@@ -108,33 +135,27 @@ UIDescription* UIWizard::description() {
 }
 
 bool UIWizard::load(const FUrl& url, Ref<FFileSystem> fileSystem) {
-    if (!loader_.load(url, std::move(fileSystem)))
-        return false;
-    useDocument();
-    return true;
+    return loader_.load(url, std::move(fileSystem)) && useDocument();
 }
 
 bool UIWizard::loadFromString(std::string_view text, UIDescriptionLoader::Merge merge,
                               std::string_view name) {
-    if (!loader_.loadFromString(text, merge, name))
-        return false;
-    useDocument();
-    return true;
+    return loader_.loadFromString(text, merge, name) && useDocument();
 }
 
 bool UIWizard::reload() {
-    if (!loader_.reload())
-        return false;
-    useDocument();
-    return true;
+    return loader_.reload() && useDocument();
 }
 
-void UIWizard::useDocument() {
+bool UIWizard::useDocument() try {
     UIDescription* document = description();
     const SkinElement* scheme = document->peekSection(UIDescription::Section::scheme);
     if (scheme && !scheme->children().empty())
         document->applyScheme(nullptr);
     document->followMetrics(&loadConditions_);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 void UIWizard::addListener(CmObject* listener) {
@@ -192,17 +213,12 @@ std::string_view UIWizard::substitute(std::string_view text, Translate translate
 
 bool UIWizard::Conditions::isTrue(std::string_view word) {
     const std::string name(wizard_.substitute(word));
-    if (name.empty())
+    if (name.empty() || !wizard_.spendTextWork(wizard_.conditions_.size() * conditionCost))
         return false;
-    if (controller_) {
-        const size_t slash = name.rfind('/');
-        IController* controller = controller_;
-        if (slash != std::string::npos)
-            controller = findController(std::string_view(name).substr(0, slash), controller_);
-        if (controller &&
-            controller->getCondition(name.c_str() + (slash == std::string::npos ? 0 : slash + 1)))
-            return true;
-    }
+    std::string_view behind = name;
+    IController* controller = followSteps(behind, controller_);
+    if (controller && controller->getCondition(behind.data()))
+        return true;
     return wizard_.hasCondition(name) || name == platformWord;
 }
 
@@ -224,24 +240,6 @@ bool UIWizard::hasCondition(std::string_view name) const {
     return std::ranges::find(conditions_, name) != conditions_.end();
 }
 
-IController* UIWizard::findController(std::string_view path, IController* controller) {
-    const ControllerScope* scope = ControllerScope::innermost();
-    std::string step;
-    while (controller && !path.empty()) {
-        if (!takeStep(path, step)) {
-            step = path;
-            path = {};
-        }
-        if (step != "..") {
-            controller = controller->getSubController(step.c_str());
-        } else if (scope) {
-            controller = scope->controller();
-            scope = scope->outer();
-        }
-    }
-    return controller;
-}
-
 Ref<Binding::Value> UIWizard::findValue(std::string_view name, IController* controller) {
     if (name.empty())
         return nullptr;
@@ -249,13 +247,9 @@ Ref<Binding::Value> UIWizard::findValue(std::string_view name, IController* cont
     if (ValueRegistry* registry = ValueRegistry::instance())
         if (Binding::Value* value = registry->find(path, controller))
             return retain(value);
-    const size_t slash = path.rfind('/');
-    IController* owner = controller;
-    if (slash != std::string::npos)
-        owner = findController(std::string_view(path).substr(0, slash), controller);
-    if (owner)
-        if (Binding::Value* value =
-                owner->getValue(path.c_str() + (slash == std::string::npos ? 0 : slash + 1)))
+    std::string_view behind = path;
+    if (IController* owner = followSteps(behind, controller))
+        if (Binding::Value* value = owner->getValue(behind.data()))
             return retain(value);
     return PreferenceValues::find(path);
 }

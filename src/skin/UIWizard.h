@@ -42,8 +42,8 @@ public:
     /// Null after the teardown.
     static UIWizard* instance();
 
-    /// The view of a template, null if there is no such template. With `parentView`, that view is filled and
-    /// returned.
+    /// The view of a template. With `parentView`, that view is filled and returned. Null if there is no such
+    /// template, no scheme yet, or no memory.
     virtual Ref<UView> createView(std::string_view templateName, IController* controller, UView* parentView);
     /// The same with `outerController` one step up.
     virtual Ref<UView> createViewChained(std::string_view templateName, IController* controller,
@@ -68,7 +68,8 @@ public:
     /// Never null.
     UIDescription* description();
     UIDescriptionLoader& loader() { return loader_; }
-    /// Loads the document, makes it current and applies its scheme. False leaves everything as it was.
+    /// Loads the document, makes it current and applies its scheme. False leaves everything as it was, unless
+    /// memory ran out at the last step, the scheme.
     bool load(const FUrl& url, Ref<FFileSystem> fileSystem = nullptr);
     bool loadFromString(std::string_view text,
                         UIDescriptionLoader::Merge merge = UIDescriptionLoader::Merge::replace,
@@ -94,8 +95,6 @@ public:
 
     /// A value by name or path, "../" leading to the enclosing controllers. Null if there is none.
     Ref<Binding::Value> findValue(std::string_view name, IController* controller);
-    /// The controller that the steps of `path` lead to; null when one fails.
-    static IController* findController(std::string_view path, IController* controller);
     /// A scheme by class name, or "main" or "dialog".
     static UScheme* findScheme(std::string_view name);
     /// A colour as skins write it, after substitution. False leaves `color` alone.
@@ -108,6 +107,7 @@ public:
     void report(Severity severity, SourceMark mark, std::string text);
 
 private:
+    class Build;
     friend class ViewBuilder;
     friend class WizardVariables;
 
@@ -124,7 +124,7 @@ private:
 
     Ref<UBaseView> createContent(std::string_view templateName, IController* controller, uint32_t style,
                                  const ConstString& title);
-    void useDocument();
+    bool useDocument();
     void failSubstitution(std::string_view name, std::string_view text);
     /// Takes what looking through `bytes` costs off the budget of the build. False when it is used up.
     bool spendTextWork(size_t bytes);

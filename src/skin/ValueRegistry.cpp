@@ -84,7 +84,7 @@ void recall(Binding::Value& value, const std::string& key) {
     if (auto* textValue = cast<Binding::StringValue>(&value))
         textValue->setString(stored->getString(key));
     else
-        value.setValue(static_cast<int32_t>(stored->getInteger(key)));
+        value.setValue(limitToInt32(stored->getInteger(key)));
 }
 
 void keep(Binding::Value& value, const std::string& key) {

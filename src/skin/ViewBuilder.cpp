@@ -8,6 +8,7 @@
 #include "skin/BuildScopes.h"
 #include "skin/ElementBuilders.h"
 #include "skin/SkinLimits.h"
+#include "skin/Wording.h"
 #include "views/UCursorView.h"
 #include "views/UPropertyCollection.h"
 #include "views/UView.h"
@@ -40,6 +41,13 @@ bool ViewBuilder::step(const SkinElement& element) {
                           " elements and rounds");
     wizard_.place_ = element.mark();
     return !stopped_ && !wizard_.textsBroken_;
+}
+
+bool ViewBuilder::spendView(const SkinElement& element) {
+    if (--viewsLeft_ < 0)
+        stop(element,
+             "the template makes more than " + std::to_string(SkinLimits::builtViews) + " views and values");
+    return viewsLeft_ >= 0;
 }
 
 void ViewBuilder::warn(const SkinElement& element, std::string text) {
@@ -128,10 +136,8 @@ void ViewBuilder::buildChildren(const SkinElement& element, UView& parent, ICont
 }
 
 void ViewBuilder::buildViewChild(const SkinElement& element, UView& parent, IController* controller) {
-    if (--viewsLeft_ < 0) {
-        stop(element, "the template makes more than " + std::to_string(SkinLimits::builtViews) + " views");
+    if (!spendView(element))
         return;
-    }
     const auto& viewElement = static_cast<const ViewElement&>(element);
     Ref<Binding::Value> value;
     if (elementBuilderOf(element.type()).takesValue && !element.name().empty())
@@ -180,14 +186,14 @@ void ViewBuilder::applyName(const ViewElement& element, UView& view) {
 }
 
 void ViewBuilder::applyCommand(const ViewElement& element, UView& view, std::string_view command) {
-    const std::string whole(wizard_.substitute(command));
-    const auto parts = splitList(whole);
+    const auto parts = splitList(command);
     if (parts.size() != 2) {
-        warn(element, "a command is a category and a name with | between them, not '" + whole + "'");
+        warn(element,
+             "a command is a category and a name with | between them, not " + Wording::quoted(command));
         return;
     }
-    view.getAttributes().setString("commandCategory", ConstString(parts[0]));
-    view.getAttributes().setString("commandName", ConstString(parts[1]));
+    view.getAttributes().setString("commandCategory", ConstString(wizard_.substitute(parts[0])));
+    view.getAttributes().setString("commandName", ConstString(wizard_.substitute(parts[1])));
 }
 
 void ViewBuilder::applySizeLimits(const ViewElement& element, UView& view) {

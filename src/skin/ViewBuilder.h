@@ -76,6 +76,8 @@ private:
     static ChildBuild childBuildOf(SkinType type);
 
     bool step(const SkinElement& element);
+    /// Counts what the element makes. False at the limit.
+    bool spendView(const SkinElement& element);
     void stop(const SkinElement& element, std::string text);
     void buildViewChild(const SkinElement& element, UView& parent, IController* controller);
     /// The view, which stands in `parent` already; null if the element makes none.

@@ -54,7 +54,11 @@ void moveViews(UView& parent, int32_t from, CmPoint offset) {
         return;
     for (int32_t i = from; i < parent.getSubViewCount(); ++i) {
         UView* view = parent.getSubView(i);
-        view->setFrame(view->getFrameRect().moved(offset), false);
+        const CmRect frame = view->getFrameRect();
+        view->setFrame(
+            {limitToInt32(int64_t{frame.left} + offset.x), limitToInt32(int64_t{frame.top} + offset.y),
+             limitToInt32(int64_t{frame.right} + offset.x), limitToInt32(int64_t{frame.bottom} + offset.y)},
+            false);
     }
 }
 
@@ -90,6 +94,8 @@ ViewBuilder::ChildBuild ViewBuilder::childBuildOf(SkinType type) {
 }
 
 void ViewBuilder::buildFrame(const SkinElement& element, UView& parent, IController* controller) {
+    if (!spendView(element))
+        return;
     constexpr uint32_t directions = RowColumnStyle::horizontal | RowColumnStyle::vertical;
     const uint32_t style = static_cast<uint32_t>(element.keywords(SkinAttribute::style)) & ~directions;
     const uint32_t direction =
@@ -148,8 +154,9 @@ bool ViewBuilder::checkVariable(const SkinElement& element, const UIWizardVariab
 }
 
 bool ViewBuilder::checkConditions(const SkinElement& element, size_t count) {
-    if (count + wizard_.conditions_.size() <= SkinLimits::conditions)
-        return true;
+    const size_t total = count + wizard_.conditions_.size();
+    if (total <= SkinLimits::conditions)
+        return wizard_.spendTextWork(count * total * sizeof(std::string));
     stop(element, "there are at most " + std::to_string(SkinLimits::conditions) + " conditions at one time");
     return false;
 }
@@ -212,14 +219,11 @@ std::vector<std::string> ViewBuilder::conditionWords(std::string_view list) {
 void ViewBuilder::buildSet(const SkinElement& element, UView& parent, IController* controller) {
     if (!wizard_.spendTextWork(element.name().size()))
         return;
-    const std::vector<std::string> words = conditionWords(element.name());
+    std::vector<std::string> words = conditionWords(element.name());
     if (!checkConditions(element, words.size()))
         return;
-    for (const std::string& word : words)
-        wizard_.setCondition(word);
+    const WizardConditions conditions(wizard_, std::move(words));
     buildChildren(element, parent, controller);
-    for (const std::string& word : words)
-        wizard_.clearCondition(word);
 }
 
 void ViewBuilder::buildMutable(const SkinElement& element, UView& parent, IController* controller) {
@@ -241,12 +245,9 @@ void ViewBuilder::buildMutable(const SkinElement& element, UView& parent, IContr
     if (!checkConditions(element, imposed.size()))
         return;
     std::erase_if(imposed, [this](const std::string& word) { return wizard_.hasCondition(word); });
-    for (const std::string& word : imposed)
-        wizard_.setCondition(word);
+    const WizardConditions conditions(wizard_, std::move(imposed));
     buildMutableContent(element, parent, controller);
     variables.removeAll();
-    for (const std::string& word : imposed)
-        wizard_.clearCondition(word);
 }
 
 void ViewBuilder::buildMutableContent(const SkinElement& element, UView& parent, IController* controller) {
@@ -255,6 +256,8 @@ void ViewBuilder::buildMutableContent(const SkinElement& element, UView& parent,
         return;
     }
     const std::string name(text(element, SkinAttribute::child));
+    if (!spendView(element))
+        return;
     const auto holder = make<UView>();
     holder->setSource(retain(&element.source()));
     parent.addSubView(holder);
@@ -304,7 +307,7 @@ void ViewBuilder::defineValue(const SkinElement& element, UView&, IController* c
     ValueRegistry* registry = ValueRegistry::instance();
     if (name.empty())
         warn(element, "a value needs a name");
-    else if (registry)
+    else if (registry && spendView(element))
         registry->define(element, name, controller);
 }
 

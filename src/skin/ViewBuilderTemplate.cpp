@@ -69,7 +69,8 @@ Ref<UView> ViewBuilder::addBackground(const ViewElement& element, UView& view) {
     auto image = make<UImage>(CmRect::ofSize({}, size), retain(bitmap), style);
     if (style)
         image->setAttach(viewAttachAll);
-    view.setFrame(CmRect::ofSize(view.getFrameRect().origin(), size), false);
+    const CmPoint origin = view.getFrameRect().origin();
+    view.setFrame(SizeFields{origin.x, origin.y, size.width, size.height}.rect(), false);
     view.addSubView(image);
     return image;
 }

@@ -7,11 +7,17 @@ namespace qorl {
 
 namespace {
 
+/// In steps, of looking through a text.
+int64_t costOf(std::string_view text) {
+    constexpr size_t bytesOfStep = 8;
+    return static_cast<int64_t>(1 + text.size() / bytesOfStep);
+}
+
 /// Looks for the view element `name` below `parent`, through elements that are no views and variants that
 /// count.
 ViewElement* findSibling(SkinElement& parent, std::string_view name, SkinContext& context, int64_t& steps) {
     for (SkinElement* child : parent.children()) {
-        ++steps;
+        steps += costOf(child->type() == SkinType::variant ? child->name() : std::string_view());
         if (ViewElement* view = asViewElement(child)) {
             if (view->name() == name)
                 return view;
@@ -104,10 +110,11 @@ bool ViewElement::resolveSize(int32_t depth) {
     if (!hasSizeExpression())
         return true;
     SkinContext* context = getContext();
-    if (!context || !context->spendSizeSteps(*this, 1))
+    const std::string_view expression = text(SkinAttribute::size);
+    if (!context || !context->spendSizeSteps(*this, costOf(expression)))
         return false;
     ElementOperands operands(*this, *context, depth);
-    return evaluateSize(text(SkinAttribute::size), operands, size_);
+    return evaluateSize(expression, operands, size_);
 }
 
 SkinElement* ViewElement::clone() const {
@@ -116,11 +123,6 @@ SkinElement* ViewElement::clone() const {
 
 SkinElement* ViewElement::getParentElement() const {
     return parent();
-}
-
-CmRect ViewElement::rect() const {
-    return {size_.left, size_.top, limitToInt32(int64_t{size_.left} + size_.width),
-            limitToInt32(int64_t{size_.top} + size_.height)};
 }
 
 void ViewElement::setSize(const SizeFields& size) {

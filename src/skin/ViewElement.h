@@ -28,7 +28,7 @@ public:
     int32_t width() const { return size_.width; }
     int32_t height() const { return size_.height; }
     /// In the parent's client space. Sums beyond 32 bits are cut.
-    CmRect rect() const;
+    CmRect rect() const { return size_.rect(); }
     /// Overrides what was read; an expression is forgotten.
     void setSize(const SizeFields& size);
 

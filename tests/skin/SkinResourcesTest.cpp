@@ -173,6 +173,28 @@ TEST_F(SkinResourcesTest, TellsWhatCantBeMade) {
     EXPECT_THAT(findings(), ::testing::HasSubstr("error: bitmap 'images/broken.png': "));
 }
 
+TEST_F(SkinResourcesTest, EndsChainsOfBitmapsThatAreMadeFromEachOther) {
+    std::string chain;
+    for (int i = 0; i < 100'000; ++i)
+        chain += "<section name='s" + std::to_string(i) + "' size='0,0,1,1' path='s" + std::to_string(i + 1) +
+                 "'/>";
+    loadResources(chain);
+    EXPECT_FALSE(find("s0"));
+    EXPECT_THAT(findings(), ::testing::StartsWith("error: the bitmap 's32' stands behind 32 others"));
+}
+
+TEST_F(SkinResourcesTest, ACopyOfARecordMakesItsOwnBitmap) {
+    loadResources("<bitmap name='b' path='images/strip.png'/>");
+    const UBitmap* first = find("b");
+    SkinElement& resources = wizard().description()->section(UIDescription::Section::resources);
+    SkinElement* copy = resources.children()[0]->clone();
+    resources.children()[0]->setName("a");
+    resources.append(copy);
+    UBitmap* second = find("b");
+    ASSERT_TRUE(second);
+    EXPECT_NE(second, first);
+}
+
 TEST_F(SkinResourcesTest, PreloadsAllButTheTemporary) {
     loadResources("<bitmap name='kept' path='images/strip.png'/>"
                   "<bitmap name='passing' path='images/strip.png' data='temporary'/>");

@@ -3,6 +3,8 @@
 #include "persistence/urls/FUrl.h"
 #include "skin/SkinAttributeReader.h"
 #include "skin/SkinLimits.h"
+#include "support/FailingAllocation.h"
+#include "support/MemoryMeter.h"
 #include "support/TestPaths.h"
 #include "views/UView.h"
 
@@ -93,6 +95,16 @@ TEST_F(UIDescriptionTest, MergesRepeatedSectionsAndSortsByName) {
     EXPECT_FALSE(document().findTemplate(""));
 }
 
+TEST_F(UIDescriptionTest, TakesAnyNumberOfRepeatedSections) {
+    std::string text = "<skin>";
+    for (int i = 0; i < 10'000; ++i)
+        text += "<resources><taglist name='t'/></resources>";
+    const MemoryMeter meter;
+    load(text + "</skin>");
+    EXPECT_EQ(document().section(Section::resources).children().size(), 10'000u);
+    EXPECT_LT(meter.bytes(), 16 << 20);
+}
+
 TEST_F(UIDescriptionTest, DecidesVariantsOutsideOfTemplatesWhileReading) {
     wizard().setCondition("big");
     load("<skin><resources><variant condition='big'><bitmap name='in' path='x'/></variant>"
@@ -155,6 +167,20 @@ TEST_F(UIDescriptionTest, RefusesSizesThatFanOut) {
     EXPECT_THAT(firstError(), ::testing::StartsWith("(text):12:1: "));
     EXPECT_THAT(firstError(),
                 ::testing::HasSubstr("error: the size expressions of the document need more than"));
+}
+
+TEST_F(UIDescriptionTest, RefusesSizesThatAskForALongOneTooOften) {
+    const auto sumOf = [](const char* operand, int count) {
+        std::string sum = operand;
+        for (int i = 1; i < count; ++i)
+            sum += "+" + std::string(operand);
+        return sum;
+    };
+    EXPECT_FALSE(wizard().loadFromString("<template name='T'><view name='a' size='" +
+                                         sumOf("def.x", 100'000) + "'/>\n<view size='" +
+                                         sumOf("a.left", 100) + "'/></template>"));
+    EXPECT_THAT(firstError(),
+                ::testing::StartsWith("(text):1:20: error: the size expressions of the document"));
 }
 
 TEST_F(UIDescriptionTest, AnswersAndChangesInfos) {
@@ -259,11 +285,13 @@ TEST_F(UIDescriptionTest, StopsAtAMisplacedElementWithItsCode) {
         {"<skin><nonsense/>", 3},
         {"<skin/>", 0},
         {"<slider/>", 5},
+        {"<template name='ä'/> <template><a></template>", 7},
     };
     for (const auto& [text, code] : cases) {
         EXPECT_EQ(wizard().loadFromString(text), code == 0) << text;
         EXPECT_EQ(wizard().loader().getErrorCode(), code) << text;
     }
+    EXPECT_EQ(toText(wizard().getErrorPosition()), "(text):1:37") << "of a later template on the line";
 }
 
 TEST_F(UIDescriptionTest, FollowsIncludesTwoLevelsDeep) {
@@ -296,12 +324,17 @@ TEST_F(UIDescriptionTest, KeepsTheDocumentWhenAReloadFails) {
 
 TEST_F(UIDescriptionTest, ReadsOnlyTheSectionsThatAreWanted) {
     wizard().loader().setSectionMask(UIDescriptionParser::header);
-    load("<skin><header><info name='n' value='v'/></header><templates><template name='t'/></templates>"
-         "<resources><bitmap/></resources></skin>");
+    const char* skin = "<skin><header><info name='n' value='v'/></header><templates><template name='t'/>"
+                       "<taglist name='list'/></templates><resources><bitmap/></resources></skin>";
+    load(skin);
     std::string text;
     EXPECT_TRUE(document().getInfo("n", text));
     EXPECT_FALSE(document().findTemplate("t"));
     EXPECT_FALSE(document().peekSection(Section::resources));
+    wizard().loader().setSectionMask(UIDescriptionParser::resources);
+    load(skin);
+    EXPECT_TRUE(document().findTagList("list")) << "a resource, wherever it stands";
+    EXPECT_FALSE(document().findTemplate("t"));
 }
 
 TEST_F(UIDescriptionTest, KeepsPathsWithOneKindOfSlash) {
@@ -338,12 +371,32 @@ TEST_F(UIDescriptionTest, DropsWhatNothingCanAskForWhenItValidates) {
 TEST_F(UIDescriptionTest, KeepsProgramsAndOnRequestComments) {
     const uint32_t options = UIDescription::options();
     UIDescription::setOptions(options | UIDescription::keepComments);
-    load("<skin><scripts><script name='s'>a &lt; b<!-- no --> &amp;&amp; <![CDATA[<c>]]></script></scripts>"
+    load("<skin><scripts><script name='s'>a &lt; b<!-- no --> &amp;<script name='in'>d</script>&amp; "
+         "<![CDATA[<c>]]></script></scripts>"
          "<templates><template name='t'><!-- here --><label/></template></templates></skin>");
     UIDescription::setOptions(options);
     EXPECT_EQ(document().findScript("s")->program(), "a < b && <c>");
+    EXPECT_EQ(static_cast<ScriptElement*>(document().findScript("s")->children()[1])->program(), "d");
     EXPECT_EQ(element("t").type(), SkinType::comment);
     EXPECT_EQ(element("t").text(SkinAttribute::comment), " here ");
+}
+
+TEST_F(UIDescriptionTest, KeepsTheDocumentWhenMemoryRunsOut) {
+    const char* skin = "<skin><definitions><define name='d' value='4'/></definitions><templates><template "
+                       "name='new'><view name='v' size='def.d,0,0,0' odd='1'/></template></templates></skin>";
+    for (const auto merge : {UIDescriptionLoader::Merge::replace, UIDescriptionLoader::Merge::add})
+        failEachAllocation([&](FailingAllocation& allocation) {
+            load("<skin><scheme/><templates><template name='old' size='def.d,0,0,0'/></templates></skin>");
+            if (allocation.during([&] { return wizard().loadFromString(skin, merge, "new"); })) {
+                EXPECT_TRUE(document().findTemplate("new"));
+                return;
+            }
+            EXPECT_TRUE(allocation.hasFailed());
+            EXPECT_FALSE(wizard().getErrorText().empty());
+            EXPECT_FALSE(document().findTemplate("new"));
+            ASSERT_TRUE(document().findTemplate("old"));
+            EXPECT_EQ(document().findTemplate("old")->size().left, 0);
+        });
 }
 
 TEST_F(UIDescriptionTest, RefusesWhatIsTooLarge) {

@@ -9,6 +9,7 @@
 #include "skin/ControllerScope.h"
 #include "skin/FController.h"
 #include "skin/UViewClass.h"
+#include "support/FailingAllocation.h"
 #include "support/TestGraphics.h"
 #include "views/UBaseView.h"
 #include "views/UCursorView.h"
@@ -177,6 +178,8 @@ TEST_F(UIWizardTest, AControllerElementLeadsInAndDotsLeadOut) {
         {"../../../z", controller_->getValue("z")},
         {"../most/x", innermost->getValue("x")},
         {"../nobody/x", nullptr},
+        {"most/../y", nullptr},
+        {"/x", nullptr},
         {"none", nullptr},
         {"", nullptr},
     };
@@ -217,6 +220,7 @@ TEST_F(UIWizardTest, FallsBackToTheValueTheOuterControllerHolds) {
     outer->add("x");
     const ControllerScope scope(outer.get());
     EXPECT_EQ(wizard().findValue("../x", controller_.get()).get(), outer->getValue("x"));
+    EXPECT_EQ(wizard().findValue("../x", nullptr).get(), outer->getValue("x"));
 }
 
 TEST_F(UIWizardTest, ControllersSeeAndDropViews) {
@@ -511,6 +515,20 @@ TEST_F(UIWizardTest, AFontTakesTheFirstFaceThatIsThere) {
     EXPECT_NE(outer, mono);
     EXPECT_EQ(width("face='No Such Face, ,DejaVu Sans Mono , DejaVu Sans'"), mono);
     EXPECT_EQ(width("face='No Such Face'"), outer) << "stays as it was around it";
+}
+
+TEST_F(UIWizardTest, GivesNoViewWhenMemoryRunsOut) {
+    load("<template name='T' data='in'><set condition='set'><for variable='[i]' range='0,1'><controller "
+         "name='in'><col><view name='v[i]' tip='t[i]'/></col></controller></for></set></template>");
+    controller_->setSubController("in", controller_.get(), false);
+    failEachAllocation([this](FailingAllocation& allocation) {
+        const Ref<UView> view =
+            allocation.during([this] { return wizard().createView("T", controller_.get(), nullptr); });
+        EXPECT_TRUE(view || allocation.hasFailed());
+        EXPECT_TRUE(wizard().conditions().empty());
+        EXPECT_EQ(wizard().substitute("[i]"), "[i]");
+        EXPECT_FALSE(ControllerScope::innermost());
+    });
 }
 
 TEST_F(UIWizardTest, ReloadTellsListeners) {

@@ -31,12 +31,11 @@ Ref<UView> buildByTemplate(ElementInput& input, const ViewElement& element) {
     Ref<UView> view = input.builder.buildTemplate(element, controller, nullptr);
     if (!view)
         return nullptr;
-    CmSize size = view->getFrameSize();
-    if (input.rect.width() >= 1)
-        size.width = input.rect.width();
-    if (input.rect.height() >= 1)
-        size.height = input.rect.height();
-    view->setFrame(CmRect::ofSize(input.rect.origin(), size), false);
+    const CmSize size = view->getFrameSize();
+    const CmRect& rect = input.rect;
+    const SizeFields place{rect.left, rect.top, rect.width() >= 1 ? rect.width() : size.width,
+                           rect.height() >= 1 ? rect.height() : size.height};
+    view->setFrame(place.rect(), false);
     input.keepsSize = !view->getFrameRect().isEmpty();
     return view;
 }
