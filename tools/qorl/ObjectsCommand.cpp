@@ -5,12 +5,15 @@
 #include "persistence/archive/FCompactArchive.h"
 #include "persistence/archive/FSizedArchive.h"
 #include "persistence/archive/StoredClass.h"
+#include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <new>
+#include <utility>
+#include <vector>
 
 namespace qorl::tool {
 
@@ -56,6 +59,26 @@ bool readName(FBinaryStream& stream, NamedClass& type) {
     return true;
 }
 
+/// Attributes of a damaged file may hold themselves, and would never go.
+void releaseRings(std::vector<Ref<CmObject>> objects) {
+    while (!objects.empty()) {
+        const Ref<CmObject> object = std::move(objects.back());
+        objects.pop_back();
+        if (auto* attributes = cast<FAttributes>(object.get())) {
+            for (int32_t i = 0; i < attributes->count(); ++i)
+                if (CmObject* held = attributes->at(i)->getObject())
+                    objects.push_back(retain(held));
+            attributes->removeAll();
+        } else if (const auto* list = cast<FObjectList>(object.get())) {
+            for (CmObject* item : list->items)
+                if (item)
+                    objects.push_back(retain(item));
+        } else if (const auto* bodies = cast<FSubList>(object.get())) {
+            objects.insert(objects.end(), bodies->items.begin(), bodies->items.end());
+        }
+    }
+}
+
 /// One archive on its way to JSON.
 class ArchiveDump {
 public:
@@ -65,6 +88,8 @@ public:
         : path_(path), stream_(bytes), form_(form), archive_(open()) {
         archive_->setListener(&reports_);
     }
+    ArchiveDump(const ArchiveDump&) = delete;
+    ~ArchiveDump() { releaseRings(std::move(dumped_)); }
 
     /// An exit status; what is wrong has been told.
     int dumpObjects();
@@ -92,6 +117,7 @@ private:
     Reports reports_;
     JsonWriter json_;
     AttributesJson objects_{json_};
+    std::vector<Ref<CmObject>> dumped_; // Objects behind one may refer to it.
 };
 
 /// Reads the header that is next and goes back before it. What is damaged is left empty.
@@ -208,6 +234,7 @@ bool ArchiveDump::dumpNext() {
     if (header.tag < 0)
         json_.member("version", archive_->getStoredVersion(StoredObject::classNameOf(object.get())));
     objects_.writeObject(object.get());
+    dumped_.push_back(object);
     return true;
 }
 
@@ -236,6 +263,7 @@ int ArchiveDump::dumpContents(const std::string& className) {
     }
     json_.beginObject();
     objects_.writeObject(object.get());
+    dumped_.push_back(object);
     std::printf("%s\n", json_.text().c_str());
     return ExitStatus::success;
 }

@@ -499,6 +499,8 @@ TEST(XmlRoots, AnObjectMayEmptyWhatItStandsInWhileItIsWritten) {
             outer->appendAttributes("bodies", body);
             meddler->meddle = [&data, list = place == inList ? list.get() : nullptr,
                                body = place == itself ? nullptr : body.get()] {
+                for (size_t i = 0; list && i < list->items.size(); ++i)
+                    list->replace(i, nullptr);
                 if (list)
                     list->items.clear();
                 if (body)
