@@ -5,6 +5,8 @@
 
 #include <qorl/Ref.h>
 
+#include <utility>
+
 namespace qorl {
 
 /// The record of a resource: the object that it stands for is made on first use and kept here.
@@ -20,11 +22,14 @@ public:
         object_ = std::move(object);
         state_ |= created;
     }
-    /// Forgets the object, so that the next use makes it again.
-    void releaseObject() {
+    /// Forgets the object, so that the next use makes it again. Gives what it cost.
+    int64_t releaseObject() {
         object_ = nullptr;
         state_ = 0;
+        return std::exchange(cost_, 0);
     }
+    /// Bytes of memory that the object holds.
+    void setCost(int64_t bytes) { cost_ = bytes; }
     /// True also when there is nothing that could be made.
     bool isCreated() const { return (state_ & created) != 0; }
     /// While the object is being made, so that a resource that leads back to itself is noticed.
@@ -38,6 +43,7 @@ private:
     ResourceElement(const ResourceElement& other) : SkinElement(other) { state_ = 0; }
 
     Ref<CmObject> object_;
+    int64_t cost_ = 0;
 };
 
 } // namespace qorl

@@ -31,6 +31,9 @@ inline constexpr int64_t sizeSteps = 4'000'000;
 /// Bitmaps that one is made from by way of others.
 inline constexpr int32_t bitmapDepth = 32;
 
+/// Bytes of the pixels that a document holds at one time.
+inline constexpr int64_t bitmapBytes = int64_t{256} << 20;
+
 /// Rounds of one `for` element.
 inline constexpr int64_t loopRounds = 100'000;
 /// Elements, templates inside templates counted in, that the builder stands inside of.

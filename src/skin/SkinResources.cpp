@@ -38,6 +38,11 @@ private:
     int32_t& depth_;
 };
 
+/// A `section` that shares the pixels of its source.
+bool isReference(const SkinElement& element) {
+    return element.data().find("reference") != std::string_view::npos;
+}
+
 CmRect parseRect(std::string_view text) {
     int32_t edges[4] = {};
     parseInts(text, edges, 4);
@@ -75,7 +80,7 @@ UBitmap* UIDescription::findBitmap(std::string_view name, bool cached) {
     if (!element)
         return nullptr;
     if (!cached && element->isCreated())
-        element->releaseObject();
+        bitmapBytesLeft_ += element->releaseObject();
     return bitmapOf(*element);
 }
 
@@ -127,11 +132,10 @@ Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, std::
 }
 
 /// The bitmap that `path` names: a file, or for parts of bitmaps another resource.
-Ref<UBitmap> UIDescription::sourceBitmap(const ResourceElement& element) {
-    bool exists = false;
+Ref<UBitmap> UIDescription::sourceBitmap(const ResourceElement& element, bool& isFile) {
     const std::string_view path = element.text(SkinAttribute::path);
-    Ref<UBitmap> bitmap = loadBitmapFile(element, path, exists);
-    if (exists)
+    Ref<UBitmap> bitmap = loadBitmapFile(element, path, isFile);
+    if (isFile)
         return bitmap;
     const bool mayBeResource = element.isOfType(SkinType::section) || element.isOfType(SkinType::filmstrip) ||
                                element.isOfType(SkinType::dbitmap);
@@ -188,19 +192,39 @@ Ref<UBitmap> UIDescription::createPart(Ref<UBitmap> bitmap, const ResourceElemen
                    " pixels");
         return nullptr;
     }
-    if (element.data().find("reference") != std::string_view::npos)
+    if (isReference(element))
         return make<UBitmapSection>(std::move(bitmap), rect);
     return Ref<UBitmap>::adopt(static_cast<UBitmap*>(part->clone()));
 }
 
-Ref<UBitmap> UIDescription::createBitmap(const ResourceElement& element) {
-    Ref<UBitmap> bitmap = sourceBitmap(element);
+bool UIDescription::spendPixels(ResourceElement& element, CmSize size) {
+    const int64_t bytes = int64_t{size.width} * size.height * int64_t{sizeof(uint32_t)};
+    if (bytes > bitmapBytesLeft_) {
+        report(Severity::error, element.mark(),
+               "the bitmap " + quoted(element.name()) +
+                   " is left out: the bitmaps of a document have at most " +
+                   std::to_string(SkinLimits::bitmapBytes >> 20) + " MB of pixels together");
+        return false;
+    }
+    bitmapBytesLeft_ -= bytes;
+    element.setCost(bytes);
+    return true;
+}
+
+Ref<UBitmap> UIDescription::createBitmap(ResourceElement& element) {
+    bool isFile = false;
+    const Ref<UBitmap> source = sourceBitmap(element, isFile);
     const bool isPart = element.isOfType(SkinType::section);
-    if (bitmap && isPart)
-        bitmap = createPart(std::move(bitmap), element);
+    Ref<UBitmap> bitmap = source && isPart ? createPart(source, element) : source;
     if (bitmap)
         bitmap = withLook(std::move(bitmap), element);
-    if (!bitmap || isPart)
+    if (!bitmap)
+        return nullptr;
+    // A view into the pixels of a file keeps all of them.
+    const bool keepsSource = isFile && (!isPart || isReference(element));
+    if ((isFile || bitmap != source) && !spendPixels(element, (keepsSource ? source : bitmap)->getSize()))
+        return nullptr;
+    if (isPart)
         return bitmap;
     if (element.isOfType(SkinType::filmstrip)) {
         auto strip = make<UFilmStrip>(
@@ -269,7 +293,7 @@ void UIDescription::preloadResources() {
                 temporary.push_back(&element);
         }
     for (ResourceElement* element : temporary)
-        element->releaseObject();
+        bitmapBytesLeft_ += element->releaseObject();
     if (SkinElement* preview = findIn(Section::header, "Preview-Bitmap", SkinType::bitmap))
         bitmapOf(static_cast<ResourceElement&>(*preview));
 }

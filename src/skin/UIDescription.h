@@ -140,9 +140,10 @@ private:
     Ref<UBitmap> withLook(Ref<UBitmap> bitmap, const ResourceElement& element);
     Ref<UBitmap> masked(Ref<UBitmap> bitmap, const ResourceElement& element);
     Ref<UBitmap> createPart(Ref<UBitmap> bitmap, const ResourceElement& element);
-    Ref<UBitmap> createBitmap(const ResourceElement& element);
+    Ref<UBitmap> createBitmap(ResourceElement& element);
+    bool spendPixels(ResourceElement& element, CmSize size);
     Ref<UBitmap> loadBitmapFile(const ResourceElement& element, std::string_view path, bool& exists);
-    Ref<UBitmap> sourceBitmap(const ResourceElement& element);
+    Ref<UBitmap> sourceBitmap(const ResourceElement& element, bool& isFile);
 
     Ref<SkinStore> store_;
     SkinElement* root_ = nullptr;
@@ -155,6 +156,7 @@ private:
     /// The bitmaps in collections, made on first use.
     std::optional<std::unordered_map<std::string_view, ResourceElement*>> collected_;
     int32_t bitmapDepth_ = 0;
+    int64_t bitmapBytesLeft_ = SkinLimits::bitmapBytes;
     ConditionNames* conditions_ = nullptr;
     int64_t sizeStepsLeft_ = 0;
     /// What size expressions were told, by metric.

@@ -183,6 +183,26 @@ TEST_F(SkinResourcesTest, EndsChainsOfBitmapsThatAreMadeFromEachOther) {
     EXPECT_THAT(findings(), ::testing::StartsWith("error: the bitmap 's32' stands behind 32 others"));
 }
 
+TEST_F(SkinResourcesTest, HoldsNoMorePixelsThanADocumentMay) {
+    const auto png = make<UBitmap>(CmSize{1000, 1000})->toPng();
+    write("images/large.png", {reinterpret_cast<const char*>(png.data()), png.size()});
+    std::string resources =
+        "<bitmap name='file' path='images/large.png'/><filmstrip name='strip' path='file'/>"
+        "<section name='view' path='file' data='reference' size='0,0,9,9'/>";
+    const auto nameOf = [](int i) { return "copy" + std::to_string(i); };
+    for (int i = 1; i <= 67; ++i)
+        resources += "<section name='" + nameOf(i) + "' path='file' size='0,0,1000,1000'/>";
+    loadResources(resources);
+    EXPECT_TRUE(find("strip") && find("view"));
+    for (int i = 1; i <= 66; ++i)
+        EXPECT_TRUE(find(nameOf(i))) << i;
+    EXPECT_FALSE(find("copy67")) << "256 MB have room for the file and 66 copies";
+    EXPECT_EQ(findings(),
+              "error: the bitmap 'copy67' is left out: the bitmaps of a document have at most 256 MB "
+              "of pixels together\n");
+    EXPECT_TRUE(wizard().description()->findBitmap("copy1", false)) << "what is given up counts no more";
+}
+
 TEST_F(SkinResourcesTest, ACopyOfARecordMakesItsOwnBitmap) {
     loadResources("<bitmap name='b' path='images/strip.png'/>");
     const UBitmap* first = find("b");
