@@ -77,7 +77,7 @@ FAttributes* persistentValues() {
     return group ? &group->values() : nullptr;
 }
 
-void recall(Binding::Value& value, const std::string& key) {
+void recall(Binding::Value& value, std::string_view key) {
     FAttributes* stored = persistentValues();
     if (!stored || !stored->contains(key))
         return;
@@ -148,15 +148,16 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
     entry->load = loadOf(element);
     entry->value = createValue(element);
     entry->persistence = persistence;
+    const Key key{entry->name, controller};
+    Binding::Value& value = *entry->value;
+    entries_.emplace(key, std::move(entry));
+    localCount_ += controller ? 1 : 0;
     if (const std::string_view title = element.text(SkinAttribute::title); !title.empty()) {
-        titles_.emplace(entry->value.get(), title);
-        entry->value->setTarget(this, 0, false);
+        titles_.emplace(&value, title);
+        value.setTarget(this, 0, false);
     }
     if (!persistence.empty())
-        recall(*entry->value, entry->persistence);
-    localCount_ += controller ? 1 : 0;
-    const Key key{entry->name, controller};
-    entries_.emplace(key, std::move(entry));
+        recall(value, persistence);
 }
 
 void ValueRegistry::forget(const IController* controller) {

@@ -75,8 +75,10 @@ String ViewBuilder::title(const SkinElement& element) {
 String ViewBuilder::translated(const SkinElement& element, std::string_view text) {
     const ConstString key(text);
     const ConstString found = translate(key);
-    if (wizard_.variables_.empty())
+    if (wizard_.variables_.empty()) {
+        counted(element, text);
         return String(found);
+    }
     const std::string whole = found.toUtf8();
     return String(ConstString(counted(element, wizard_.substitute(whole, UIWizard::Translate::yes))));
 }
@@ -192,8 +194,11 @@ void ViewBuilder::applyCommand(const ViewElement& element, UView& view, std::str
              "a command is a category and a name with | between them, not " + Wording::quoted(command));
         return;
     }
-    view.getAttributes().setString("commandCategory", ConstString(wizard_.substitute(parts[0])));
-    view.getAttributes().setString("commandName", ConstString(wizard_.substitute(parts[1])));
+    const auto store = [&](const char* key, std::string_view part) {
+        view.getAttributes().setString(key, ConstString(counted(element, wizard_.substitute(part))));
+    };
+    store("commandCategory", parts[0]);
+    store("commandName", parts[1]);
 }
 
 void ViewBuilder::applySizeLimits(const ViewElement& element, UView& view) {

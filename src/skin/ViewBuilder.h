@@ -90,6 +90,7 @@ private:
     void buildSet(const SkinElement& element, UView& parent, IController* controller);
     void buildMutable(const SkinElement& element, UView& parent, IController* controller);
     void buildFont(const SkinElement& element, UView& parent, IController* controller);
+    bool countValue(const SkinElement& element, std::string_view name);
     void defineValue(const SkinElement& element, UView& parent, IController* controller);
     void buildMutableContent(const SkinElement& element, UView& parent, IController* controller);
     /// The words of a list between `|`, after substitution.

@@ -105,7 +105,7 @@ void ViewBuilder::buildFrame(const SkinElement& element, UView& parent, IControl
     row->setTitle(title(element));
     row->setSource(retain(&element.source()));
     if (!element.name().empty())
-        row->getItem().setName(wizard_.substitute(element.name()));
+        row->getItem().setName(counted(element, wizard_.substitute(element.name())));
     RowColumnLayout& layout = row->getRowColumnLayout();
     layout.marginX = layout.marginY = element.integer(SkinAttribute::margin, metric(SchemeMetric::margin));
     layout.spacingX = layout.spacingY = element.integer(SkinAttribute::spacing, metric(SchemeMetric::margin));
@@ -302,12 +302,21 @@ void ViewBuilder::buildFont(const SkinElement& element, UView& parent, IControll
     fonts_.pop_back();
 }
 
+/// What a value keeps of its element. False at the limit.
+bool ViewBuilder::countValue(const SkinElement& element, std::string_view name) {
+    counted(element, name);
+    for (const SkinAttribute kept :
+         {SkinAttribute::default_, SkinAttribute::title, SkinAttribute::persistence})
+        counted(element, element.text(kept));
+    return !stopped_;
+}
+
 void ViewBuilder::defineValue(const SkinElement& element, UView&, IController* controller) {
     const std::string name(wizard_.substitute(element.name()));
     ValueRegistry* registry = ValueRegistry::instance();
     if (name.empty())
         warn(element, "a value needs a name");
-    else if (registry && spendView(element))
+    else if (registry && spendView(element) && countValue(element, name))
         registry->define(element, name, controller);
 }
 

@@ -34,12 +34,12 @@ CmRect sizeLimits(const ViewElement& element) {
 Ref<UView> ViewBuilder::createTemplateView(const ViewElement& element) {
     auto view = make<UBaseView>(element.rect());
     view->setTitle(title(element));
-    view->setFirstFocus(text(element, SkinAttribute::focusId));
+    view->setFirstFocus(counted(element, text(element, SkinAttribute::focusId)));
     if (const std::string_view help = text(element, SkinAttribute::help); !help.empty())
-        view->setHelpIdentifier(ConstString(help));
+        view->setHelpIdentifier(ConstString(counted(element, help)));
     const uint32_t style = static_cast<uint32_t>(element.keywords(SkinAttribute::style));
     if (style & remembersState)
-        view->setStateName(ConstString(element.name()), 0);
+        view->setStateName(ConstString(counted(element, element.name())), 0);
     const int64_t viewStyle = element.keywords(SkinAttribute::viewStyle);
     view->setBaseFlag(UBaseView::baseControllerFocus, viewStyle & focusController);
     view->setBaseFlag(UBaseView::baseMayDissolve, viewStyle & allowStripping);
@@ -115,7 +115,7 @@ Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* c
     }
     view->setSource(retain(&element.source()));
     if (!element.name().empty())
-        view->getItem().setName(wizard_.substitute(element.name()));
+        view->getItem().setName(counted(element, wizard_.substitute(element.name())));
     auto* base = cast<UBaseView>(view.get());
     if (base) {
         base->setWindowStyle(static_cast<uint32_t>(element.keywords(SkinAttribute::style)));

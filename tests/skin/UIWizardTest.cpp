@@ -519,12 +519,14 @@ TEST_F(UIWizardTest, AFontTakesTheFirstFaceThatIsThere) {
 
 TEST_F(UIWizardTest, GivesNoViewWhenMemoryRunsOut) {
     load("<template name='T' data='in'><set condition='set'><for variable='[i]' range='0,1'><controller "
-         "name='in'><col><view name='v[i]' tip='t[i]'/></col></controller></for></set></template>");
+         "name='in'><col><view name='v[i]' tip='t[i]'/><valuedefine name='d[i]' type='int' scope='local' "
+         "title='D' persistence='d'/></col></controller></for></set></template>");
     controller_->setSubController("in", controller_.get(), false);
     failEachAllocation([this](FailingAllocation& allocation) {
         const Ref<UView> view =
             allocation.during([this] { return wizard().createView("T", controller_.get(), nullptr); });
         EXPECT_TRUE(view || allocation.hasFailed());
+        ValueRegistry::instance()->clear();
         EXPECT_TRUE(wizard().conditions().empty());
         EXPECT_EQ(wizard().substitute("[i]"), "[i]");
         EXPECT_FALSE(ControllerScope::innermost());

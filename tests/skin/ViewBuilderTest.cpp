@@ -53,6 +53,28 @@ TEST_F(ViewBuilderTest, LimitsOfAWindowThatAreNotGivenStayOpen) {
     }
 }
 
+TEST_F(ViewBuilderTest, CountsAllTextsThatViewsAndValuesKeep) {
+    const std::string text(100'000, 'x');
+    const std::string elements[] = {
+        "<view titleNT='" + text + "'/>",
+        "<view title='" + text + "'/>",
+        "<view tip='" + text + "'/>",
+        "<row name='" + text + "'/>",
+        "<view command='a|" + text + "'/>",
+        "<view name='helped'/>",
+        "<valuedefine name='v[i]' type='int' title='" + text + "'/>",
+        "<view><property name='p' value='" + text + "' style='embedded'/></view>",
+    };
+    for (const std::string& element : elements) {
+        wizard().clearDiagnostics();
+        load("<template name='T'><for variable='[i]' range='1,700'>" + element +
+             "</for></template><template name='helped' help='" + text + "'/>");
+        wizard().createView("T", nullptr, nullptr);
+        ASSERT_EQ(wizard().diagnostics().size(), 1u) << element.substr(0, 40);
+        EXPECT_EQ(wizard().diagnostics()[0].text, "the views of the template have more than 64 MB of text");
+    }
+}
+
 TEST_F(ViewBuilderTest, TellsWhatAViewThatIsGivenCannotTake) {
     load("<template name='T' background='gold' scheme='dialog'/>");
     const auto given = make<UView>();
