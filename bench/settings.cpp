@@ -1,6 +1,7 @@
 #include "support/Ratio.h"
 #include "support/StoredSettings.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -46,8 +47,8 @@ void load(benchmark::State& state) {
         expect(store.load(settings) == state.range(0), "a setting did not come back");
 }
 
-// What a program would write that has nothing but Expat and the standard library: the values are texts, the
-// file is not flushed, and nothing is left of it when the program crashes.
+// What a program would do that has nothing but Expat and the standard library: the same document by hand, out
+// of a vector. The file is not flushed, and nothing is left of it when the program crashes.
 
 void escapeInto(std::string& out, const std::string& text) {
     for (const char c : text) {
@@ -55,6 +56,8 @@ void escapeInto(std::string& out, const std::string& text) {
             out += "&amp;";
         else if (c == '<')
             out += "&lt;";
+        else if (c == '>')
+            out += "&gt;";
         else if (c == '"')
             out += "&quot;";
         else
@@ -62,25 +65,56 @@ void escapeInto(std::string& out, const std::string& text) {
     }
 }
 
-void saveByHand(const std::vector<Setting>& settings, const std::string& path) {
-    std::string out = "<settings>\n";
+template <typename Number, typename... Format>
+void numberInto(std::string& out, Number number, Format... format) {
+    char digits[128];
+    out.append(digits, std::to_chars(digits, digits + sizeof digits, number, format...).ptr);
+}
+
+void valueInto(std::string& out, const Setting& setting) {
+    constexpr int mostDigits = 50;
+    const char* element = setting.type == 'd' ? "float" : setting.type == 's' ? "string" : "int";
+    out += "            <";
+    out += element;
+    out += " name=\"";
+    escapeInto(out, setting.key);
+    out += "\" value=\"";
+    switch (setting.type) {
+    case 'd': numberInto(out, setting.number, std::chars_format::general, mostDigits); break;
+    case 's': escapeInto(out, setting.text); break;
+    default: numberInto(out, setting.integer); break;
+    }
+    out += "\"/>\r\n";
+}
+
+std::string documentByHand(const std::vector<Setting>& settings) {
+    constexpr const char* groupEnd = "         </member>\r\n      </item>\r\n";
+    std::string out = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<Defaults>\r\n"
+                      "   <list name=\"Entries\" type=\"list\">\r\n";
     const std::string* group = nullptr;
+    const auto begin = [&](const std::string& name) {
+        out += "      <item>\r\n         <string name=\"Group\" value=\"" + name +
+               "\"/>\r\n         <member name=\"Values\">\r\n";
+    };
+    begin("FGlobalDefaultPool");
+    out += "            <int name=\"Preferences extraced\" value=\"1\"/>\r\n";
+    out += groupEnd;
     for (const Setting& setting : settings) {
         if (!group || *group != setting.group) {
             if (group)
-                out += "</group>\n";
-            out += "<group name=\"" + setting.group + "\">\n";
+                out += groupEnd;
+            begin(setting.group);
             group = &setting.group;
         }
-        out += "<v k=\"";
-        escapeInto(out, setting.key);
-        out += "\" t=\"";
-        out += setting.type;
-        out += "\" v=\"";
-        escapeInto(out, setting.text);
-        out += "\"/>\n";
+        valueInto(out, setting);
     }
-    out += "</group>\n</settings>\n";
+    out += groupEnd;
+    out += "   </list>\r\n</Defaults>\r\n";
+    return out;
+}
+
+void saveByHand(const std::vector<Setting>& settings, const std::string& path) {
+    const std::string out = documentByHand(settings);
     std::ofstream file(path, std::ios::binary);
     file.write(out.data(), static_cast<std::streamsize>(out.size()));
 }
@@ -90,29 +124,45 @@ struct Loaded {
     std::unordered_map<std::string, std::string> values;
 };
 
-void XMLCALL enterElement(void* data, const XML_Char* name, const XML_Char** attributes) {
+void XMLCALL enterElement(void* data, const XML_Char*, const XML_Char** attributes) {
     auto* loaded = static_cast<Loaded*>(data);
-    if (std::strcmp(name, "group") == 0)
-        loaded->group = attributes[1];
-    else if (name[0] == 'v')
-        loaded->values.emplace(loaded->group + '/' + attributes[1], attributes[5]);
+    if (!attributes[0] || !attributes[2] || std::strcmp(attributes[2], "value") != 0)
+        return;
+    if (std::strcmp(attributes[1], "Group") == 0)
+        loaded->group = attributes[3];
+    else
+        loaded->values.emplace(loaded->group + '/' + attributes[1], attributes[3]);
+}
+
+std::string textOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 int64_t loadByHand(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    constexpr int64_t marksOfTheStore = 1;
+    const std::string text = textOf(path);
     Loaded loaded;
     XML_Parser parser = XML_ParserCreate(nullptr);
     XML_SetUserData(parser, &loaded);
     XML_SetStartElementHandler(parser, &enterElement);
     XML_Parse(parser, text.data(), static_cast<int>(text.size()), 1);
     XML_ParserFree(parser);
-    return static_cast<int64_t>(loaded.values.size());
+    return static_cast<int64_t>(loaded.values.size()) - marksOfTheStore;
 }
 
 void saveFloor(benchmark::State& state) {
     const std::vector<Setting> settings = makeSettings(state.range(0));
     const std::string path = pathOf("qorl-bench-floor-");
+    {
+        const std::string folder = pathOf("qorl-bench-settings-");
+        const StoredSettings store(folder);
+        store.begin();
+        // Which group comes first is not told.
+        expect(store.save(settings) &&
+                   textOf(folder + "/Defaults.xml").size() == documentByHand(settings).size(),
+               "the floor writes something else than the store");
+    }
     for (auto _ : state)
         saveByHand(settings, path);
     std::filesystem::remove(path);
