@@ -204,8 +204,9 @@ void SkinElement::append(std::span<SkinElement* const> children) {
 }
 
 void SkinElement::sortByName() {
-    std::stable_sort(children_, children_ + childCount_,
-                     [](const SkinElement* a, const SkinElement* b) { return a->name() < b->name(); });
+    const auto isBefore = [](const SkinElement* a, const SkinElement* b) { return a->name() < b->name(); };
+    if (!std::is_sorted(children_, children_ + childCount_, isBefore))
+        std::stable_sort(children_, children_ + childCount_, isBefore);
 }
 
 void SkinElement::destroy(std::span<SkinElement* const> children) {

@@ -6,7 +6,6 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/text/TranslationTable.h"
 #include "graphics/UColor.h"
-#include "schemes/GlobalSchemes.h"
 #include "schemes/USchemeClass.h"
 #include "skin/ControllerScope.h"
 #include "skin/PreferenceValues.h"
@@ -102,7 +101,7 @@ Ref<UView> UIWizard::createView(std::string_view templateName, IController* cont
                                 UView* parentView) try {
     const Ref<UIDescription> document = retain(description());
     const ViewElement* element = document->findTemplate(templateName);
-    if (!element || !GlobalSchemes::currentScheme(GlobalSchemes::main()))
+    if (!element)
         return nullptr;
     const Build build(*this);
     ViewBuilder builder(*this, *document);

@@ -43,7 +43,7 @@ public:
     static UIWizard* instance();
 
     /// The view of a template. With `parentView`, that view is filled and returned. Null if there is no such
-    /// template, no scheme yet, or no memory.
+    /// template, or no memory. Controls that the scheme makes need the schemes of the start.
     virtual Ref<UView> createView(std::string_view templateName, IController* controller, UView* parentView);
     /// The same with `outerController` one step up.
     virtual Ref<UView> createViewChained(std::string_view templateName, IController* controller,
