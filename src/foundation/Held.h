@@ -1,20 +1,24 @@
 #pragma once
 
+#include <type_traits>
 #include <utility>
 
 namespace qorl {
 
-/// Sets a flag for the length of a scope; then it is what it was before.
+/// Sets a variable, most often a flag, for the length of a scope; then it is what it was before, however the
+/// scope is left.
+template <typename T>
 class Held {
 public:
-    explicit Held(bool& flag) : flag_(flag), before_(std::exchange(flag, true)) {}
+    explicit Held(T& variable, std::type_identity_t<T> value = true)
+        : variable_(variable), before_(std::exchange(variable, std::move(value))) {}
     Held(const Held&) = delete;
     Held& operator=(const Held&) = delete;
-    ~Held() { flag_ = before_; }
+    ~Held() { variable_ = std::move(before_); }
 
 private:
-    bool& flag_;
-    bool before_;
+    T& variable_;
+    T before_;
 };
 
 } // namespace qorl

@@ -1,5 +1,6 @@
 #include "foundation/messages/EventLoop.h"
 
+#include "foundation/Held.h"
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/FMessenger.h"
 #include "foundation/messages/UpdateHandler.h"
@@ -123,7 +124,7 @@ bool EventLoop::wait(int64_t limit) {
 void EventLoop::idle(Pace pace) {
     if (isIdling_ || stopped_)
         return;
-    isIdling_ = true;
+    const Held idling(isIdling_);
     const uint32_t ticks = getTicks();
     if (pace == Pace::sleepWhenEarly && static_cast<int32_t>(nextDue_ - ticks) > pacing)
         sleep(pacing);
@@ -132,7 +133,6 @@ void EventLoop::idle(Pace pace) {
         timeListener_->timePassed(ticks);
     callIdleClients();
     releaseAll();
-    isIdling_ = false;
 }
 
 /// The one behind the last that was given; null at the end of the list.

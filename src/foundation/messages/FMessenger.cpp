@@ -52,7 +52,9 @@ void FMessenger::disconnect() {
 
 void FMessenger::dropQueued() {
     CmLinkedList dropped(Ownership::adopt);
-    const FGuard guard(queueLock_);
+    const FGuard deliveryGuard(deliveryLock_);
+    const FGuard queueGuard(queueLock_);
+    dropped.splice(deliveryList_);
     dropped.splice(queue_);
     queueChanged();
 }
@@ -167,10 +169,33 @@ void FMessenger::collectDue() {
     queueChanged();
 }
 
+/// In front of the queue, with what an exception left of the pass.
+void FMessenger::requeueLeft() {
+    if (deliveryList_.isEmpty())
+        return;
+    const FGuard guard(queueLock_);
+    deliveryList_.splice(queue_);
+    queue_.splice(deliveryList_);
+    queueChanged();
+}
+
+/// A pass under way: has the delivery lock, and leaves nothing behind in the list.
+class FMessenger::DeliveryScope {
+public:
+    explicit DeliveryScope(FMessenger& messenger) : messenger_(messenger), guard_(messenger.deliveryLock_) {}
+    DeliveryScope(const DeliveryScope&) = delete;
+    DeliveryScope& operator=(const DeliveryScope&) = delete;
+    ~DeliveryScope() { messenger_.requeueLeft(); }
+
+private:
+    FMessenger& messenger_;
+    FGuard guard_;
+};
+
 void FMessenger::deliverPending() {
     if (!hasPending())
         return;
-    const FGuard guard(deliveryLock_);
+    const DeliveryScope scope(*this);
     collectDue();
     while (CmObject* object = deliveryList_.takeFirst()) {
         const Ref<CmObject> entry = Ref<CmObject>::adopt(object);

@@ -33,7 +33,7 @@ protected:
 ///
 /// Targets are not counted: a target takes its messages back with `cancel(this, nullptr)` in its destructor.
 /// Messages that are posted during a delivery pass wait for the next one. A target is held while it is
-/// called.
+/// called. What a target throws comes out of the pass; the messages behind it are the first of the next one.
 ///
 /// Threading: any thread, but for `deliverPending`. Locks are taken in the order delivery, names, queue,
 /// since a target may use all of this while it is called; a pass holds the delivery lock, so `cancel` of
@@ -55,7 +55,8 @@ public:
     static FMessenger* instance();
     /// Called by the application's start. What other threads posted behind the teardown is dropped.
     static void connect();
-    /// Called by its teardown: what is queued is released without being delivered.
+    /// Called by its teardown: what is queued, or left of a pass under way, is released without being
+    /// delivered.
     static void disconnect();
 
     /// With `drop`, nothing happens when a message of this name is queued for `target` already. `delay`
@@ -82,7 +83,9 @@ public:
     /// False when nobody has that name.
     bool unregisterName(const ConstString& name);
     /// Hears, by `handleMessage`, of the messages sent by name that are sent so, before their targets do. Not
-    /// counted; null takes it away.
+    /// counted; null takes it away. Names are looked up under their lock, but observer and target are called
+    /// outside of it, as locks would be taken in the wrong order otherwise: when the name is given up in
+    /// between, the observer has heard of a message that then has no target.
     void setNameObserver(CmObject* observer);
     /// Hands the message over at once, on this thread. The target's answer; 0 for an unknown name.
     int32_t sendByName(const ConstString& name, FMessage* message,
@@ -112,7 +115,10 @@ public:
 
 private:
     bool isQueued(const FInterface* target, const FMessage& like);
+    class DeliveryScope;
+
     void collectDue();
+    void requeueLeft();
     bool postTo(const RootIdentity& target, Ref<FMessage>& message, Duplicates duplicates, uint32_t delay);
     void dropQueued();
     void removeQueued(const RootIdentity& target, const FMessage* like);

@@ -1,6 +1,7 @@
 #include "foundation/messages/UpdateHandler.h"
 
 #include "foundation/Cast.h"
+#include "foundation/Held.h"
 #include "foundation/Singleton.h"
 #include "foundation/messages/EventLoop.h"
 #include "foundation/messages/FPostedMessage.h"
@@ -169,12 +170,13 @@ void UpdateHandler::enter(Notification& record, const DependentEntry& entry) {
     else
         std::copy_n(dependents.begin(), record.length, record.snapshot);
     record.outer = running_;
+    record.isRunning = true;
     running_ = &record;
     detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) + 1,
                                         std::memory_order_release);
 }
 
-void UpdateHandler::leave(const Notification& record) {
+void UpdateHandler::leave(Notification& record) {
     bool isWaitedFor = false;
     {
         const FGuard guard(lock_);
@@ -183,6 +185,7 @@ void UpdateHandler::leave(const Notification& record) {
         while (*link != &record)
             link = &(*link)->outer;
         *link = record.outer;
+        record.isRunning = false;
         detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) - 1,
                                             std::memory_order_release);
         if (isWaiting_.load(std::memory_order_relaxed)) {
@@ -195,15 +198,21 @@ void UpdateHandler::leave(const Notification& record) {
         EventLoop::wake();
 }
 
+UpdateHandler::Notification::~Notification() {
+    if (isRunning)
+        handler.leave(*this);
+    if (holdsObject)
+        own->release();
+}
+
 template <typename Call>
 void UpdateHandler::callDependents(const Notification& record, Call call) {
-    const Told outer = std::exchange(told_, {record.object, record.known});
+    const Held telling(told_, {record.object, record.known});
     for (uint32_t i = 0; i < record.length; ++i) {
         const std::atomic_ref<FDependent*> place(record.snapshot[i]);
         if (FDependent* dependent = place.load(std::memory_order_relaxed))
             call(dependent);
     }
-    told_ = outer;
 }
 
 int32_t UpdateHandler::tell(Notification& record, int32_t message, UpdateDone done) {
@@ -215,15 +224,13 @@ int32_t UpdateHandler::tell(Notification& record, int32_t message, UpdateDone do
     }
     if (done == UpdateDone::call)
         finish(record.own, message);
-    if (record.holdsObject)
-        record.own->release();
     return record.length > 0 ? 0 : 1;
 }
 
 int32_t UpdateHandler::trigger(const RootIdentity& object, int32_t message, UpdateDone done) {
     if (!object)
         return 1;
-    Notification record;
+    Notification record(*this);
     begin(record, object);
     return tell(record, message, done);
 }
@@ -248,16 +255,11 @@ void UpdateHandler::tellMessage(FObject* object, FMessage& message) {
     const RootIdentity root(object);
     if (!root)
         return;
-    Notification record;
+    Notification record(*this);
     begin(record, root);
-    if (record.length == 0)
-        return;
     callDependents(record, [&](FDependent* dependent) {
         FPostedMessage::handOver(message, *dependent, borrowObject(dependent));
     });
-    leave(record);
-    if (record.holdsObject)
-        record.own->release();
 }
 
 /// Called for an object that has just lost its last reference. True when a notification keeps it.
@@ -395,10 +397,8 @@ DeferredChange* UpdateHandler::findDeliverable(Pass& pass) {
 bool UpdateHandler::enterNext(Pass& pass, Notification& record, int32_t& message) {
     const FGuard guard(lock_);
     DeferredChange* change = findDeliverable(pass);
-    if (!change) {
-        giveBack(pass);
+    if (!change)
         return false;
-    }
     record.object = change->object;
     record.own = change->own;
     message = change->message;
@@ -410,6 +410,7 @@ bool UpdateHandler::enterNext(Pass& pass, Notification& record, int32_t& message
 }
 
 void UpdateHandler::giveBack(Pass& pass) {
+    const FGuard guard(lock_);
     while (!pass.held.isAlone()) {
         auto& change = static_cast<DeferredChange&>(*pass.held.behind);
         deferred_.giveBack(*table_.find(change.object), change);
@@ -421,9 +422,9 @@ int32_t UpdateHandler::triggerDeferredUpdates(FInterface* object) {
     const RootIdentity root(object);
     if (object && !root)
         return 1;
-    Pass pass{root.get(), {}, false};
+    Pass pass(*this, root.get());
     while (pass.isHolding || isWaiting_.load(std::memory_order_acquire)) {
-        Notification record;
+        Notification record(*this);
         int32_t message = 0;
         if (!enterNext(pass, record, message))
             break;

@@ -57,7 +57,8 @@ enum class UpdateDone { call, suppress };
 ///
 /// The table keeps no references: whoever adds a dependent removes it before either object goes. Objects are
 /// known by their root interface, so it doesn't matter through which face one comes in. An object that loses
-/// its last reference while its dependents hear of it goes when all have heard.
+/// its last reference while its dependents hear of it goes when all have heard. What a dependent throws ends
+/// the notification and comes out of the operation that told it; changes that wait go on waiting.
 ///
 /// Threading: any thread; dependents hear a change on the thread that triggers it, deferred ones on the GUI
 /// thread. The lock is never held while a dependent is called.
@@ -124,13 +125,20 @@ private:
     friend class Singleton<UpdateHandler>;
     friend class FObject;
 
-    /// A notification under way: an entry of the update stack.
+    /// A notification under way: an entry of the update stack, until it leaves it or goes.
     struct Notification {
+        explicit Notification(UpdateHandler& handler) : handler(handler) {}
+        Notification(const Notification&) = delete;
+        Notification& operator=(const Notification&) = delete;
+        ~Notification();
+
+        UpdateHandler& handler;
         FInterface* object = nullptr; ///< The root interface.
         FObject* own = nullptr;       ///< The object as one of ours; null for a foreign one.
         CmObject* known = nullptr;    ///< The object as a `CmObject`, when it was known to be one.
         FDependent** snapshot = local;
         uint32_t length = 0;
+        bool isRunning = false;   ///< It stands on the update stack.
         bool holdsObject = false; ///< It got the reference on `own` that was the last one.
         Notification* outer = nullptr;
         std::unique_ptr<FDependent*[]> heap;
@@ -143,8 +151,17 @@ private:
         CmObject* object = nullptr;
     };
 
-    /// A delivery of deferred changes under way.
+    /// A delivery of deferred changes under way. What it held back waits again when it goes.
     struct Pass {
+        Pass(UpdateHandler& handler, const FInterface* object) : handler(handler), object(object) {}
+        Pass(const Pass&) = delete;
+        Pass& operator=(const Pass&) = delete;
+        ~Pass() {
+            if (isHolding)
+                handler.giveBack(*this);
+        }
+
+        UpdateHandler& handler;
         const FInterface* object; ///< Null for all.
         DeferredLink held;        ///< Changes of objects that are being notified.
         bool isHolding = false;   ///< Something came to `held`, for the thread that doesn't have the lock.
@@ -181,7 +198,7 @@ private:
     bool enterNext(Pass& pass, Notification& record, int32_t& message);
     void giveBack(Pass& pass);
     void enter(Notification& record, const DependentEntry& entry);
-    void leave(const Notification& record);
+    void leave(Notification& record);
     int32_t tell(Notification& record, int32_t message, UpdateDone done);
     template <typename Call>
     static void callDependents(const Notification& record, Call call);

@@ -116,6 +116,19 @@ TEST_F(FMessengerTest, ANestedPassDeliversWhatIsLeft) {
     EXPECT_EQ(deliver(), (Log{"a:One", "b:Two", "a:Three", "end of One"}));
 }
 
+TEST_F(FMessengerTest, WhatATargetThrowsCostsNoOtherMessage) {
+    messenger.post(&a, "One");
+    messenger.post(&b, "Two");
+    messenger.post(&b, "Three");
+    a.reaction = [&] {
+        a.reaction = nullptr;
+        messenger.post(&a, "Four");
+        throw std::bad_alloc();
+    };
+    EXPECT_THROW(deliver(), std::bad_alloc);
+    EXPECT_EQ(deliver(), (Log{"b:Two", "b:Three", "a:Four"}));
+}
+
 TEST_F(FMessengerTest, TakesOnlyItsOwnMessagesThroughTheInterface) {
     Ref<IMessenger> face;
     ASSERT_EQ(messenger.queryInterface(IMessenger::iid, face.out()), Result::ok);
@@ -271,12 +284,18 @@ TEST_F(FMessengerTest, WhatIsPostedBehindTheTeardownIsNotDeliveredByTheNextStart
     EXPECT_TRUE(shared->hasPending()) << "what is posted before the first start waits for it";
     FMessenger::disconnect();
     EXPECT_FALSE(shared->hasPending());
+    FMessenger::connect();
+    a.reaction = [] { FMessenger::disconnect(); };
+    shared->post(&a, "Last");
+    shared->post(&b, "Left of the pass");
+    shared->deliverPending();
+    EXPECT_EQ(log, Log{"a:Last"});
     // As a thread does that asked for the messenger in time.
     shared->post(&a, "Late");
     FMessenger::connect();
     EXPECT_EQ(FMessenger::instance(), shared);
     shared->deliverPending();
-    EXPECT_EQ(log, Log{}) << "the target may have gone, without a messenger to take it back from";
+    EXPECT_EQ(log, Log{"a:Last"}) << "the target may have gone, without a messenger to take it back from";
 }
 
 } // namespace

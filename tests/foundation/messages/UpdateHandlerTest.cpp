@@ -3,6 +3,8 @@
 #include "foundation/CmDelegatingUnknown.h"
 #include "foundation/Listener.h"
 #include "foundation/messages/EventLoop.h"
+#include "foundation/messages/FMessage.h"
+#include "foundation/messages/RootIdentity.h"
 #include "support/FailingAllocation.h"
 
 #include <qorl/Ref.h>
@@ -277,6 +279,49 @@ TEST_F(UpdateHandlerTest, AnObjectThatLosesItsLastReferenceWhileItIsToldGoesWhen
     owned->deferUpdate(4);
     runDeferred();
     EXPECT_EQ(take(), (Log{"c:4", "owned done:4", "owned done:0"})) << "also when the change was deferred";
+}
+
+TEST_F(UpdateHandlerTest, AnExceptionOfADependentLeavesNothingBehind) {
+    struct Throwing : CmObject {
+        void notify(CmObject*, int32_t) override { leave(); }
+        int32_t handleMessage(FMessage*) override { return leave(), handled; }
+        void leave() {
+            object.reset();
+            throw std::bad_alloc();
+        }
+        Ref<Going> object;
+    } throwing;
+    FMessage message("Foo");
+    const std::pair<const char*, std::function<void(Going*)>> tellings[] = {
+        {"told at once", [](Going* object) { object->changed(1); }},
+        {"deferred",
+         [&](Going* object) {
+             object->deferUpdate(1);
+             runDeferred();
+         }},
+        {"a message", [&](Going* object) { UpdateHandler::instance()->tellMessage(object, message); }}};
+    for (const auto& [name, tell] : tellings) {
+        SCOPED_TRACE(name);
+        throwing.object = make<Going>("owned", log);
+        throwing.object->addDependent(&throwing);
+        const FInterface* const root = RootIdentity(throwing.object.get()).get();
+        EXPECT_THROW(tell(throwing.object.get()), std::bad_alloc);
+        EXPECT_EQ(take(), Log{"owned done:0"}) << "it lost its last reference meanwhile";
+        EXPECT_EQ(UpdateHandler::findBeingTold(root), nullptr);
+    }
+
+    connect(a);
+    other.addDependent(&throwing);
+    a.reaction = [&] {
+        a.reaction = nullptr;
+        subject.deferUpdate(7);
+        other.deferUpdate(8);
+        runDeferred();
+    };
+    EXPECT_THROW(subject.changed(1), std::bad_alloc);
+    EXPECT_EQ(take(), Log{"a:1"});
+    runDeferred();
+    EXPECT_EQ(take(), (Log{"a:7", "subject done:7"})) << "what was held back waits again";
 }
 
 TEST_F(UpdateHandlerTest, AChangeThatIsHeldBackStillCollapsesAndCanBeCancelled) {
