@@ -37,7 +37,8 @@ private:
     const Timer* findFirst() const;
 
     std::vector<Timer> timers_; ///< in the order of their ids
-    TimerId lastId_ = noTimer;
+    /// Of all queues, so that a timer of a desktop that went doesn't end another one on the next.
+    static inline TimerId lastId_ = noTimer;
 };
 
 } // namespace qorl::platform

@@ -19,8 +19,9 @@ bool OneShotCaller::start(uint32_t milliseconds) {
     if (!loop)
         return false;
     due_ = getTicks() + milliseconds;
-    if (!isPending_)
-        isPending_ = loop->addIdleClient(this);
+    // Also off and on again: it may be pending in a loop that ended.
+    cancel();
+    isPending_ = loop->addIdleClient(this);
     return isPending_;
 }
 

@@ -24,7 +24,7 @@ public:
     ~OneShotCaller() override;
 
     /// The call comes when `milliseconds` (below 2^31) have passed from now; an earlier start is forgotten.
-    /// False without an event loop.
+    /// A loop that ends doesn't call. False without an event loop.
     bool start(uint32_t milliseconds);
     void cancel();
     bool isPending() const { return isPending_; }

@@ -33,6 +33,8 @@ void UTimer::stop() {
 }
 
 void UTimer::timerElapsed(platform::TimerId) {
+    // Goes last, since this timer and the message may be in it.
+    const Ref<CmObject> target = retain(target_);
     const Ref<UTimer> self = retain(this);
     const Ref<FMessage> message = FMessage::named("Timer");
     if (!message)
@@ -42,7 +44,6 @@ void UTimer::timerElapsed(platform::TimerId) {
     } catch (const std::bad_alloc&) {
         return;
     }
-    const Ref<CmObject> target = retain(target_);
     target->handleMessage(message.get());
 }
 

@@ -319,16 +319,46 @@ TEST_F(EventLoopTest, HoldsWhomItCalls) {
     EXPECT_EQ(take(), (Log{"own:Idle", "left", "gone", "b:Idle"}));
     loop->removeIdleClient(&b);
 
-    own = make<Leaving>(log, "own");
-    UTimer timer(own.get(), 5);
-    own->reaction = [&](FMessage&) {
-        timer.stop();
-        own.reset();
+    struct Ticking : Leaving {
+        using Leaving::Leaving;
+        UTimer timer{this, 5}; // goes with its target
+    };
+    Ref<Ticking> ticking = make<Ticking>(log, "own");
+    ticking->reaction = [&](FMessage&) {
+        ticking.reset();
         log.push_back("left");
     };
-    timer.start();
+    ticking->timer.start();
     loop->run();
     EXPECT_EQ(take(), (Log{"own:Timer", "left", "gone"}));
+}
+
+TEST_F(EventLoopTest, AnIdleStepThatThrewIsNotTheLastOne) {
+    a.reaction = [&](FMessage&) {
+        a.reaction = nullptr;
+        throw std::bad_alloc();
+    };
+    loop->addIdleClient(&a);
+    EXPECT_THROW(loop->idle(), std::bad_alloc);
+    loop->idle();
+    EXPECT_EQ(take(), (Log{"a:Idle", "a:Idle"}));
+    loop->removeIdleClient(&a);
+}
+
+TEST_F(EventLoopTest, TheNextLoopOwesNothingToTheOneBefore) {
+    UTimer timer(&a, 5);
+    timer.start();
+    const Ref<OneShotCaller> caller = make<OneShotCaller>([&] { log.push_back("called"); });
+    caller->start(5);
+    TearDown();
+    SetUp();
+    UTimer fresh(&b, 5);
+    b.reaction = [&](FMessage&) { fresh.stop(); };
+    fresh.start();
+    timer.stop();
+    EXPECT_TRUE(caller->start(20));
+    loop->run();
+    EXPECT_EQ(take(), (Log{"b:Timer", "called"}));
 }
 
 TEST(Timer, DoesNotStartWithoutADesktop) {
