@@ -1,5 +1,6 @@
 #include "foundation/containers/ArrayStorage.h"
 
+#include "foundation/Held.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/streams/FStream.h"
 
@@ -120,6 +121,11 @@ bool ArrayStorage::readFrom(FObjectArchive* archive) {
     growth_ = growth < 0 ? defaultGrowth : growth;
     isGrowthStored_ = true;
     return complete;
+}
+
+bool ArrayStorage::restoreAttributes(FAttributes* attributes) {
+    const Held growing(growth_, doubling);
+    return CmContainer::restoreAttributes(attributes);
 }
 
 void CmArrayIterator::forward(int32_t count) {

@@ -34,6 +34,7 @@ public:
 
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
+    bool restoreAttributes(FAttributes* attributes) override;
 
     /// Elements past the new capacity go. False when memory ran out.
     bool setCapacity(int32_t capacity);

@@ -1,5 +1,6 @@
 #include "foundation/containers/Elements.h"
 #include "foundation/text/CmString.h"
+#include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/StoredBytes.h"
 
@@ -95,6 +96,14 @@ TEST(CmArrayStream, TakesAnyGrowthWithoutTrustingIt) {
         EXPECT_EQ(numbersOf(back), numbersOf(array));
         EXPECT_EQ(back.getGrowth(), growth.kept);
         EXPECT_LE(back.size(), 80) << "no more than its elements need";
+
+        const Ref<FAttributes> attributes = make<FAttributes>();
+        ASSERT_TRUE(array.storeAttributes(attributes.get()));
+        CmArray restored(0, growth.stored);
+        ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
+        EXPECT_EQ(numbersOf(restored), numbersOf(array));
+        EXPECT_EQ(restored.getGrowth(), growth.stored);
+        EXPECT_EQ(restored.size(), 40) << "as many at a time as are here already";
     }
 }
 

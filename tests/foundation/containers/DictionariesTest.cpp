@@ -164,6 +164,15 @@ TEST(CmBTreeDictionary, HasAPairWithoutAKeyInFront) {
     EXPECT_EQ(dictionary.lookup(&one), dictionary.at(2));
 }
 
+/// Counts how often it is asked for its rank or whether it is equal.
+struct Counted : CmAssociation {
+    int32_t compare(const CmObject* other) const override {
+        return ++questions, CmAssociation::compare(other);
+    }
+    bool isEqual(const CmObject* other) const override { return ++questions, CmAssociation::isEqual(other); }
+    static inline int32_t questions = 0;
+};
+
 TEST(CmBTreeDictionary, RefusesAPairThatIsHere) {
     for (const int32_t order : {3, 32}) {
         CmBTreeDictionary dictionary(order, Ownership::share);
@@ -176,6 +185,12 @@ TEST(CmBTreeDictionary, RefusesAPairThatIsHere) {
             EXPECT_FALSE(dictionary.add(pair.get())) << (pair->getKey() ? "with" : "without") << " a key";
         EXPECT_EQ(dictionary.count(), 20);
     }
+
+    CmBTreeDictionary dictionary(3, Ownership::adopt);
+    Counted::questions = 0;
+    for (int32_t i = 0; i < 1000; ++i)
+        ASSERT_TRUE(dictionary.add(new Counted));
+    EXPECT_LT(Counted::questions, 50'000) << "a file may hold any number of pairs without a key";
 }
 
 template <typename Container>

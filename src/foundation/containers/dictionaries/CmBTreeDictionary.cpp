@@ -1,5 +1,7 @@
 #include "foundation/containers/dictionaries/CmBTreeDictionary.h"
 
+#include <functional>
+
 namespace qorl {
 
 QORL_REGISTER(CmBTreeDictionary, "CmBTreeDictionary", CmBTree, 0)
@@ -20,15 +22,31 @@ struct RankOfKey {
     }
 };
 
+/// Whether a pair ranks in front of all others, itself among them, as one without a key does.
+bool isUnranked(const CmAssociation& pair) {
+    return !pair.getKey() && pair.compare(&pair) != 0;
+}
+
+/// Unranked pairs stand in front by their addresses, so that the place of one tells whether it is here.
+struct RankOfUnranked {
+    const CmAssociation* pair;
+
+    int32_t operator()(CmObject* element) const {
+        const CmAssociation* other = pairOf(element);
+        if (pair == other)
+            return 0;
+        return isUnranked(*other) && std::less<>()(other, pair) ? 1 : -1;
+    }
+};
+
 } // namespace
 
 bool CmBTreeDictionary::add(CmObject* object) {
     const auto* pair = cast<CmAssociation>(object);
     if (!pair)
         return false;
-    // Without a key it ranks beside no other, so that its place does not tell that it is here.
-    if (!pair->getKey() && find(pair))
-        return false;
+    if (isUnranked(*pair))
+        return insert<EqualKeys::refuse>(object, RankOfUnranked{pair});
     // A class derived from the pair may have an order of its own.
     if (pair->getKey() && pair->isTypeOf(CmAssociation::className(), false))
         return insert<EqualKeys::refuse>(object, RankOfKey{pair->getKey()});

@@ -6,6 +6,7 @@
 namespace qorl {
 
 /// Pairs sorted by their keys. `add` refuses what is no pair, a key that exists, and a pair that is here.
+/// Pairs without a key stand in front, in no order that means anything.
 class CmBTreeDictionary : public DictionaryOf<CmBTree> {
     QORL_CLASS(CmBTreeDictionary, CmBTree)
     QORL_RECORD(CmBTreeDictionary)
