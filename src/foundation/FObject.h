@@ -79,6 +79,9 @@ public:
 
     virtual bool isSameObject(const FObject* other) const;
 
+    /// Whether somebody else held a reference too, a moment ago.
+    bool isShared() const noexcept { return count_.load(std::memory_order_relaxed) > 1; }
+
     /// A reference for the caller, unless the last one has been released already. For tables that don't count
     /// what stands in them, while their lock keeps the destructor of the object waiting.
     bool addRefUnlessGone() noexcept;

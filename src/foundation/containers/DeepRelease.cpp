@@ -25,7 +25,7 @@ bool letWait(CmObject* object) {
     }
 }
 
-void releaseInTurn(CmObject* object) {
+void releaseWithThoseThatWait(CmObject* object) {
     std::vector<CmObject*> waiting;
     waitingObjects = &waiting;
     object->release();
@@ -39,13 +39,13 @@ void releaseInTurn(CmObject* object) {
 
 } // namespace
 
-void releaseDeep(CmObject* object) {
+void releaseInTurn(CmObject* object) {
     if (releasing < mostAtOnce) {
         ++releasing;
         object->release();
         --releasing;
     } else if (!waitingObjects) {
-        releaseInTurn(object);
+        releaseWithThoseThatWait(object);
     } else if (!letWait(object)) {
         object->release();
     }
