@@ -26,6 +26,10 @@ bool isLeadSurrogate(char16_t unit) {
     return unit >= 0xD800 && unit < 0xDC00;
 }
 
+bool isTrailSurrogate(char16_t unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
 /// What lies before the last character of a text, if that may have been cut in two.
 std::string_view withoutLastCharacter(std::string_view utf8) {
     constexpr size_t longest = 4;
@@ -122,7 +126,8 @@ int32_t FBinaryStream::readTextUtf8(char16_t* buffer, int32_t size) try {
         text.remove_prefix(utf8Mark.size());
     const std::u16string wide = XmlText::widen(text).toUtf16();
     auto length = static_cast<int32_t>(std::min<size_t>(wide.size(), static_cast<size_t>(size) - 1));
-    if (static_cast<size_t>(length) < wide.size() && length > 0 && isLeadSurrogate(wide[length - 1]))
+    if (static_cast<size_t>(length) < wide.size() && length > 0 && isLeadSurrogate(wide[length - 1]) &&
+        isTrailSurrogate(wide[length]))
         --length;
     std::copy_n(wide.data(), length, buffer);
     buffer[length] = 0;

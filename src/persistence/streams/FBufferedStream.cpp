@@ -1,8 +1,10 @@
 #include "persistence/streams/FBufferedStream.h"
 
 #include "foundation/Cast.h"
+#include "persistence/streams/FCompressionStream.h"
 #include "persistence/streams/FFileStream.h"
 #include "persistence/streams/StreamProgress.h"
+#include "platform/System.h"
 
 #include <algorithm>
 #include <cstring>
@@ -42,7 +44,7 @@ int64_t findEnd(FStream& stream, int64_t position) {
     // What can't be moved in says 0 for not knowing.
     if (end < 0)
         return size > 0 ? size : -1;
-    return size == end ? end : -1;
+    return size == end && !cast<FCompressionStream>(&stream) ? end : -1;
 }
 
 } // namespace
@@ -310,8 +312,10 @@ void FBufferedStream::cutPadding() {
     int64_t size = 0;
     if (!isPadded_ || inner_->queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok)
         return;
-    if (sizeable->getStreamSize(size) == Result::ok && size > endPosition_)
-        sizeable->setStreamSize(endPosition_);
+    // Who holds a file can ask it whether it is valid.
+    if (sizeable->getStreamSize(size) == Result::ok && size > endPosition_ &&
+        sizeable->setStreamSize(endPosition_) != Result::ok)
+        platform::debugOutput("a stream that was written in blocks keeps zeros behind its end");
     isPadded_ = false;
 }
 

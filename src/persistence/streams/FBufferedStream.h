@@ -11,7 +11,8 @@ namespace qorl {
 ///
 /// Nobody else moves or writes the inner stream meanwhile. Each block goes out whole, as unbuffered files
 /// want it: until the buffered stream is gone the inner one may be up to a block longer than what was
-/// written, by zeros; it is then cut to the exact length, if its size can be set. Writing fails for good, and
+/// written, by zeros; it is then cut to the exact length, if its size can be set: a file where that fails is
+/// not valid any more, and the debug output tells of it. Writing fails for good, and
 /// `isValid` is false, once a block could not be written or read back; it is false also while the inner
 /// stream's is.
 ///

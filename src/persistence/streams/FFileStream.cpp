@@ -114,7 +114,7 @@ int64_t FFileStream::getLength() {
 
 bool FFileStream::setLength(int64_t length) {
     const platform::FileError error = file_.setSize(length);
-    remember(error);
+    rememberLoss(error);
     return !error;
 }
 

@@ -11,8 +11,8 @@ class FIBStream : public FStream {
 public:
     /// Takes over the byte order. `target` is not counted: the caller keeps it for as long as this stands.
     explicit FIBStream(FBinaryStream& target) : target_(target) { setByteOrder(target.byteOrder()); }
-    /// The same over a stream that can tell whether it is valid.
-    explicit FIBStream(FStream& target) : FIBStream(static_cast<FBinaryStream&>(target)) { whole_ = &target; }
+    /// Takes over the URL too, and passes `flush` on.
+    explicit FIBStream(FStream& target) : target_(target), whole_(&target) { takeOver(target); }
     FIBStream(const FIBStream&) = delete;
 
     int64_t read(void* buffer, int64_t count) override { return target_.read(buffer, count); }
@@ -20,11 +20,15 @@ public:
     int64_t seek(int64_t offset, int32_t mode) override { return target_.seek(offset, mode); }
     int64_t tell() override { return target_.tell(); }
     void rewind() override { seek(0, fromStart); }
+    void flush() override {
+        if (whole_)
+            whole_->flush();
+    }
     bool isValid() const override { return !whole_ || whole_->isValid(); }
 
 private:
     FBinaryStream& target_;
-    const FStream* whole_ = nullptr;
+    FStream* whole_ = nullptr;
 };
 
 } // namespace qorl

@@ -67,7 +67,8 @@ public:
     /// Reads one line into `line`, with a zero byte behind it that doesn't count, and all line ends behind
     /// it. With `dropBlanks`, blanks and tabs at both ends of it are dropped. To find the line's end it reads
     /// a byte too many and goes back by it. False, with `line` empty, at the end of the stream, when the
-    /// stream can't go back, for a line of more than 64 MB, which is no text, and when memory ran out.
+    /// stream can't go back, for a line of more than 64 MB, which is no text, and when memory ran out. Where
+    /// the stream fails inside a line, what came of it is given: `isValid` tells.
     bool readTextLine(CmBuffer& line, int32_t trimMode = keepBlanks);
 
     using CmObject::writeTo;

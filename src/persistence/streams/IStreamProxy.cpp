@@ -28,6 +28,11 @@ Result IStreamProxy::queryInterface(const InterfaceId& id, void** out) {
     return FStream::queryInterface(id, out);
 }
 
+void IStreamProxy::flush() {
+    if (auto* own = cast<FStream>(target_.get()))
+        own->flush();
+}
+
 bool IStreamProxy::isValid() const {
     const auto* own = cast<FStream>(target_.get());
     return own ? own->isValid() : target_ != nullptr;

@@ -26,6 +26,8 @@ public:
     int64_t seek(int64_t offset, int32_t mode) override;
     int64_t tell() override;
     void rewind() override { seek(0, fromStart); }
+    /// Of a target that is a stream of ours; another one has none.
+    void flush() override;
     /// Of a target that is a stream of ours also whether that is valid.
     bool isValid() const override;
     Result getStreamSize(int64_t& size) override;

@@ -206,16 +206,19 @@ TEST(FBinaryStream, MarksTextsThatAreNotAscii) {
     EXPECT_TRUE(stream.writeTextUtf8(nullptr));
     EXPECT_TRUE(stream.writeTextUtf8(u"\xDCE4"));
     EXPECT_TRUE(stream.writeTextUtf8(u"\U0001F600!"));
+    EXPECT_TRUE(stream.writeTextUtf8(u"\xD83D!"));
     EXPECT_EQ(bytesOf(stream), std::string("ab\0\xEF\xBB\xBF\xC3\xA4\0\0\xEF\xBB\xBF\xED\xB3\xA4\0"
-                                           "\xEF\xBB\xBF\xF0\x9F\x98\x80!\0",
-                                           26));
+                                           "\xEF\xBB\xBF\xF0\x9F\x98\x80!\0"
+                                           "\xEF\xBB\xBF\xED\xA0\xBD!\0",
+                                           34));
     stream.rewind();
     char16_t wide[4];
     struct Row {
         int32_t size;
         const char16_t* text;
     };
-    for (const Row& row : {Row{2, u"a"}, Row{4, u"\u00E4"}, Row{4, u""}, Row{4, u"\xDCE4"}, Row{2, u""}}) {
+    for (const Row& row :
+         {Row{2, u"a"}, Row{4, u"\u00E4"}, Row{4, u""}, Row{4, u"\xDCE4"}, Row{2, u""}, Row{2, u"\xD83D"}}) {
         EXPECT_EQ(stream.readTextUtf8(wide, row.size),
                   static_cast<int32_t>(std::u16string_view(row.text).size()));
         EXPECT_EQ(std::u16string(wide), row.text) << "half a character is none";

@@ -10,6 +10,7 @@
 #include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
 #include "support/FailingAllocation.h"
+#include "support/FailingDisk.h"
 #include "support/ShakyStream.h"
 
 #include <gtest/gtest.h>
@@ -177,6 +178,22 @@ TEST(FBufferedStream, LeavesAFileExactlyAsLongAsItWasWritten) {
         file->setLength(2);
     }
     EXPECT_EQ(file->getLength(), 2) << "who only reads cuts nothing and adds nothing";
+}
+
+TEST(FBufferedStream, TellsByTheFileThatItCouldNotBeCut) {
+    const SettingsFolder folder;
+    const FNPath path(std::string_view(folder / "out.bin"));
+    const Ref<FStream> file = FNFileSystem::instance()->createFile(path, FFileStream::writeAccess);
+    const auto outcome = FailingDisk::run(2, DiskFault::error, [&] {
+        auto stream = buffered(Form::plain, file, 8);
+        stream->write("12345", 5);
+        stream->flush();
+        const bool isWritten = stream->isValid();
+        stream.reset();
+        return isWritten && !file->isValid();
+    });
+    EXPECT_TRUE(outcome.isMet);
+    EXPECT_TRUE(outcome.answer);
 }
 
 TEST(FBufferedStream, ReadsUnbufferedFilesToTheirLastByte) {
@@ -390,7 +407,7 @@ TEST(FBufferedStream, ReadsOnWhereTheEndIsNotKnown) {
     const auto compressed = make<FMemoryStream>();
     EXPECT_TRUE(
         FCompressionStream::compress(*make<FMemoryStream>(std::string_view(text)), compressed, nullptr, 1));
-    for (const int64_t claimed : {int64_t{-1}, int64_t{5}, int64_t{17}, int64_t{1000}}) {
+    for (const int64_t claimed : {int64_t{-1}, int64_t{0}, int64_t{5}, int64_t{17}, int64_t{1000}}) {
         SCOPED_TRACE(claimed);
         compressed->rewind();
         const auto inflating = make<FCompressionStream>(compressed);

@@ -1,5 +1,6 @@
 #include "persistence/streams/FBlockStreamReader.h"
 #include "persistence/streams/FBufferStream.h"
+#include "persistence/streams/FBufferedStream.h"
 #include "persistence/streams/FIBStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/FStreamCounter.h"
@@ -181,6 +182,8 @@ TEST(FIBStream, ForwardsToTheBinaryLayer) {
     stream.rewind();
     EXPECT_EQ(target.tell(), 0);
     EXPECT_EQ(readOf(stream, 9), "2 \1\2");
+    target.setUrl(make<FUrl>().get());
+    EXPECT_EQ(FIBStream(target).url(), target.url());
 }
 
 /// Another module's stream, which may answer anything.
@@ -321,6 +324,21 @@ TEST(FBlockStreamReader, MovesWithinItsBlockWithoutItsInnerStream) {
     inner->failAt = 1;
     EXPECT_EQ(readOf(reader, 5), "0 ");
     EXPECT_FALSE(reader.isValid()) << "no end";
+}
+
+TEST(WrapperStreams, HandOnWhatTheyAreToldToFlush) {
+    const auto inner = make<FMemoryStream>();
+    const auto blocks = make<FBufferedStream>(inner, 4, true);
+    FIBStream binary(*blocks);
+    IStreamProxy proxy(Ref<IBStream>{blocks});
+    FStreamProxy window(blocks, 0, unlimited, 0);
+    for (FStream* stream : std::initializer_list<FStream*>{&binary, &proxy, &window}) {
+        inner->setStreamSize(0);
+        stream->rewind();
+        EXPECT_TRUE(stream->writeInt8('a'));
+        stream->flush();
+        EXPECT_EQ(inner->size(), 4) << "a block";
+    }
 }
 
 TEST(WrapperStreams, AreAsValidAsWhatTheyWrap) {
