@@ -20,16 +20,14 @@ FCompactArchive::~FCompactArchive() = default;
 
 bool FCompactArchive::nameClass(const ClassRecord& record) {
     places_.add(record, nextNumber_++);
-    return checked(stream_.writeInt32(ArchiveTag::newClass) && StoredClass::write(stream_, record));
+    return checked(stream_.writeInt32(ArchiveTag::newClass) && StoredClass::write(stream_, record),
+                   record.name());
 }
 
 bool FCompactArchive::storeContents(CmObject& object, bool track) {
     if (track)
         places_.add(object, nextNumber_++);
-    const Contents contents = passContents(object);
-    if (contents == Contents::outOfReach)
-        report(streamFailed, object.getClassName());
-    return contents == Contents::passed && checkStream() == 0;
+    return passContents(object) == Contents::passed && checkStream(object.getClassName()) == 0;
 }
 
 /// False at the end, and once the place is lost.
@@ -94,13 +92,14 @@ Ref<CmObject> FCompactArchive::readInstance(uint32_t classIndex, const char* cla
         entries_.push_back({object});
     const int32_t outerVersion = std::exchange(version_, version);
     // One that holds what could not be read has taken foreign bytes for its own fields.
-    const bool isRead = passContents(*object) == Contents::passed && !isLost_;
+    const Contents contents = passContents(*object);
     version_ = outerVersion;
-    if (isRead)
+    if (contents == Contents::passed && !isLost_)
         return object;
     if (track)
         entries_[number].object = nullptr;
-    report(streamFailed, object->getClassName());
+    if (contents != Contents::outOfReach)
+        report(streamFailed, object->getClassName());
     return nullptr;
 }
 

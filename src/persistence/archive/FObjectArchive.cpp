@@ -2,6 +2,7 @@
 
 #include "foundation/CmObject.h"
 #include "persistence/streams/FStream.h"
+#include "persistence/xml/XmlText.h"
 #include "platform/System.h"
 #include "platform/Threads.h"
 
@@ -39,12 +40,12 @@ int32_t FObjectArchive::getVersion() const {
     return version_;
 }
 
-int32_t FObjectArchive::checkStream() {
+int32_t FObjectArchive::checkStream(const char* text) {
     if (lastError_ == streamFailed)
         return streamFailed;
     if (stream_.isValid())
         return 0;
-    report(streamFailed, nullptr);
+    report(streamFailed, text);
     return streamFailed;
 }
 
@@ -57,10 +58,15 @@ void FObjectArchive::report(Error code, const char* text) {
         listener_->report(code, text);
 }
 
-bool FObjectArchive::checked(bool isDone) {
+bool FObjectArchive::checked(bool isDone, const char* text) {
     if (!isDone)
-        report(streamFailed, nullptr);
+        report(streamFailed, text);
     return isDone;
+}
+
+void FObjectArchive::runOut(const char* text) {
+    hasRunOut_ = true;
+    report(streamFailed, text);
 }
 
 bool FObjectArchive::beginReading() {
@@ -84,18 +90,20 @@ const ClassRecord* FObjectArchive::recordFor(const CmObject& object) {
 FObjectArchive::Contents FObjectArchive::passContents(CmObject& object) {
     if (depth_ >= deepest || platform::getStackLeft() < leastStack) {
         tellTooDeep(object, depth_);
+        runOut(object.getClassName());
         return Contents::outOfReach;
     }
-    Contents contents = Contents::outOfReach;
+    bool isDone = false;
     ++depth_;
     try {
-        const bool isDone = storing_ ? object.writeTo(this) : object.readFrom(this);
-        contents = isDone ? Contents::passed : Contents::refused;
+        isDone = storing_ ? object.writeTo(this) : object.readFrom(this);
     } catch (const std::bad_alloc&) {
-        // Told by the result.
+        runOut(object.getClassName());
     }
     --depth_;
-    return contents;
+    if (hasRunOut_)
+        return Contents::outOfReach;
+    return isDone ? Contents::passed : Contents::refused;
 }
 
 void FObjectArchive::setGlobalListener(ArchiveListener* listener) {
@@ -107,7 +115,7 @@ void FObjectArchive::reportGlobally(int32_t code, const char* text) try {
         listener->report(code, text);
     else
         platform::debugOutput("stored object: error " + std::to_string(code) + (text ? ": " : "") +
-                              (text ? text : ""));
+                              XmlText::printable(text ? text : ""));
 } catch (const std::bad_alloc&) {
     platform::debugOutput("stored object: error, and no memory to tell which");
 }

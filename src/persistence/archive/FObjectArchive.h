@@ -24,7 +24,8 @@ protected:
 /// An object writes its fields with the typed operations of `stream` and nested objects with `writeObject`;
 /// what its base class has comes first, by a call of that class's `writeTo`. It reads them back in the same
 /// order, and asks `getVersion` where the fields of older versions of its class differ. A class that is to be
-/// stored has a record with a factory; each class is named in the archive once, with its version.
+/// stored has a record with a factory; each class is named in the archive once, with its version. One without
+/// a record of its own is stored, and comes back, as the nearest class above it that has one.
 ///
 /// With tracking an object that occurs again is stored as a reference, so that cycles and shared objects come
 /// back as they were. An archive lives for one store or one load and holds references on tracked objects
@@ -34,15 +35,16 @@ class FObjectArchive {
 public:
     enum Error : int32_t {
         malformed = -97,          ///< A length, marker or kind of value that can't be. Has no text.
-        classNotRegistered = -98, ///< The object is left out.
+        classNotRegistered = -98, ///< The object is left out; where it can't be stored, null stands for it.
         wrongObject = -99,        ///< Not of the class asked for, or a reference that leads to no object.
-        streamFailed = -100,      ///< A short transfer, or an object that could not be stored. For good.
+        /// A short transfer, an object that could not be stored, no memory or no stack for one. For good.
+        streamFailed = -100,
     };
     enum class Direction { reading, storing };
 
-    /// How deep objects may be nested: each level takes stack. A deeper one is neither stored nor read, and
-    /// the debug output tells its class. So it is before that depth where the thread has not `leastStack`
-    /// bytes of stack left.
+    /// How deep objects may be nested: each level takes stack. At a deeper one the archive ends with
+    /// `streamFailed`, and the debug output tells its class. So it does before that depth where the thread
+    /// has not `leastStack` bytes of stack left.
     static constexpr int32_t deepest = 2000;
     static constexpr int64_t leastStack = 0x10000;
 
@@ -53,7 +55,8 @@ public:
     virtual CmObject* readObject(const char* className);
     virtual bool writeObject(CmObject* object);
     /// Null is stored too. Without `track` an object that occurs twice is stored twice. False on a reading
-    /// archive, and when the object could not be stored whole.
+    /// archive, and when the object could not be stored whole. One of a class that can't be read back is
+    /// stored as null, so that what follows it can still be read.
     virtual bool writeObject(CmObject* object, bool track) = 0;
     /// The next object, of `className` when that is given, with one reference for the caller; null on an
     /// error, then `lastError` tells which, and for a stored null. `track` as on storing.
@@ -61,7 +64,7 @@ public:
     /// The version that the class of the object being read had when it was written.
     virtual int32_t getVersion() const;
     /// The version that a class had, for base classes too where the form stores them; 0 when it has not
-    /// occurred.
+    /// occurred, and when nobody has registered it.
     virtual int32_t getStoredVersion(const char* className) = 0;
     /// Counts the version of a class that has occurred one up, for objects still to be read. False when it
     /// has not.
@@ -71,13 +74,16 @@ public:
     /// What `writeClass` wrote; its version is what `getVersion` gives from now on. Null on an error.
     virtual const ClassRecord* readClass() = 0;
 
-    /// `streamFailed` when the archive can't go on, else 0.
-    int32_t checkStream();
+    /// `streamFailed` when the archive can't go on, else 0. `text` is what the listener hears.
+    int32_t checkStream(const char* text = nullptr);
 
     FStream& stream() const { return stream_; }
     bool isStoring() const { return storing_; }
     /// The error of the last `readObject`, 0 for none; `streamFailed` stays.
     int32_t lastError() const { return lastError_; }
+    /// `streamFailed` not for the stream's fault: there was no memory, or an object was nested too deep. None
+    /// that holds it is stored or read, even if it has taken null for an answer.
+    bool hasRunOut() const { return hasRunOut_; }
     /// Every code that occurred, once, in order.
     std::span<const Error> errors() const { return {errors_, errorCount_}; }
     /// For objects too, that find in their own fields what can't be; by one of the codes above.
@@ -95,18 +101,20 @@ protected:
     FObjectArchive(FStream& stream, Direction direction)
         : stream_(stream), storing_(direction == Direction::storing) {}
 
-    /// Passes `isDone` on; false is reported as a failed stream.
-    bool checked(bool isDone);
+    /// Passes `isDone` on; false is reported as a failed stream, with `text`.
+    bool checked(bool isDone, const char* text = nullptr);
+    /// Reports that there was no memory or no stack for something.
+    void runOut(const char* text);
     /// False when nothing can be read; else the last error is cleared.
     bool beginReading();
     /// The record that `object` is stored by; null, which is reported, when it could not be read back.
     const ClassRecord* recordFor(const CmObject& object);
     enum class Contents : uint8_t {
         passed,
-        refused,   ///< The object said no.
-        outOfReach ///< It was not asked, or could not answer: nested too deep, no memory.
+        refused,   ///< The object said no. This is still to be reported.
+        outOfReach ///< It, or one that it holds, was not asked or could not answer: see `hasRunOut`.
     };
-    /// Lets the object store or read itself, one level deeper. Reports nothing.
+    /// Lets the object store or read itself, one level deeper.
     Contents passContents(CmObject& object);
 
     FStream& stream_;
@@ -120,6 +128,7 @@ private:
 
     Error errors_[codeCount] = {};
     size_t errorCount_ = 0;
+    bool hasRunOut_ = false;
     int32_t depth_ = 0;
 };
 

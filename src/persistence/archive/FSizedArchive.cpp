@@ -40,15 +40,17 @@ bool FSizedArchive::storeContents(CmObject& object, bool track) {
     const int64_t fieldPosition = stream_.tell();
     const int64_t offset = fieldPosition - base_;
     if (!checked(offset <= mostOffset &&
-                 stream_.seek(fieldSize, FStream::fromHere) == fieldPosition + fieldSize))
+                     stream_.seek(fieldSize, FStream::fromHere) == fieldPosition + fieldSize,
+                 object.getClassName()))
         return false;
     if (track)
         places_.add(object, static_cast<int32_t>(offset));
-    if (passContents(object) != Contents::passed) {
-        report(streamFailed, object.getClassName());
-        return false;
-    }
-    return checkStream() == 0 && checked(storeLength(fieldPosition));
+    const char* className = object.getClassName();
+    const Contents contents = passContents(object);
+    if (contents == Contents::refused)
+        report(streamFailed, className);
+    return contents == Contents::passed && checkStream(className) == 0 &&
+           checked(storeLength(fieldPosition), className);
 }
 
 bool FSizedArchive::storeLength(int64_t fieldPosition) {
@@ -69,7 +71,8 @@ bool FSizedArchive::nameClass(const ClassRecord& record) {
 
 bool FSizedArchive::storeMarker(int32_t tag, const ClassRecord& record) {
     const int64_t offset = offsetHere();
-    if (!checked(offset <= mostOffset && stream_.writeInt32(tag) && StoredClass::write(stream_, record)))
+    if (!checked(offset <= mostOffset && stream_.writeInt32(tag) && StoredClass::write(stream_, record),
+                 record.name()))
         return false;
     places_.add(record, static_cast<int32_t>(offset));
     return true;
@@ -138,6 +141,9 @@ bool FSizedArchive::findClass(int64_t offset, size_t& index) {
 
 void FSizedArchive::readMarkersAt(int64_t offset) {
     const int64_t here = stream_.tell();
+    // Behind it no class has been named, and some streams would grow.
+    if (base_ + offset >= here)
+        return;
     stream_.seek(base_ + offset, FStream::fromStart);
     int32_t tag = ArchiveTag::parentClass;
     size_t index = 0;
@@ -168,33 +174,32 @@ Ref<CmObject> FSizedArchive::readInstance(const Header& header, const char* clas
     const StoredClass& type = classes_[header.classIndex];
     const int64_t start = stream_.tell();
     const int64_t end = endOfFrame(start, header.length);
-    Ref<CmObject> object = type.create();
-    if (!object) {
-        report(wrongObject, className ? className : type.name());
-    } else if ((className && !object->isTypeOf(className, true)) ||
-               !readContents(object, start, end, type.version())) {
-        report(wrongObject, object->getClassName());
-        object = nullptr;
-    }
-    goTo(end);
-    return object;
+    const Ref<CmObject> object = type.create();
+    const char* name = object ? object->getClassName() : className ? className : type.name();
+    Contents contents = Contents::refused;
+    if (object && (!className || object->isTypeOf(className, true)))
+        contents = readContents(object, start, end, type.version());
+    if (contents == Contents::refused)
+        report(wrongObject, name);
+    return goTo(end, name) && contents == Contents::passed ? object : nullptr;
 }
 
 /// The table keeps a reference on what was read whole.
-bool FSizedArchive::readContents(const Ref<CmObject>& object, int64_t start, int64_t end, int32_t version) {
+FSizedArchive::Contents FSizedArchive::readContents(const Ref<CmObject>& object, int64_t start, int64_t end,
+                                                    int32_t version) {
     const int64_t offset = start - fieldSize - base_;
     objects_.insert_or_assign(offset, object);
     const int32_t outerVersion = std::exchange(version_, version);
     const int64_t outerEnd = std::exchange(frameEnd_, end);
-    const bool isRead = passContents(*object) == Contents::passed;
+    const Contents contents = passContents(*object);
     version_ = outerVersion;
     frameEnd_ = outerEnd;
-    if (isRead)
-        return true;
+    if (contents == Contents::passed)
+        return contents;
     // What it read too much may have stood at the same place.
     if (const auto entry = objects_.find(offset); entry != objects_.end() && entry->second == object)
         objects_.erase(entry);
-    return false;
+    return contents;
 }
 
 /// An object ends no later than the one that holds it, whatever its length says.
@@ -202,18 +207,21 @@ int64_t FSizedArchive::endOfFrame(int64_t start, int32_t length) const {
     return std::max(start, std::min(start + length, frameEnd_));
 }
 
-void FSizedArchive::goTo(int64_t end) {
+/// False where the archive is cut, or has failed before that place. Forward it reads: a seek would pass over
+/// the end, and some streams would grow.
+bool FSizedArchive::goTo(int64_t end, const char* className) {
     const int64_t here = stream_.tell();
-    if (here == end)
-        return;
-    countBack(here - end);
-    checked(stream_.seek(end, FStream::fromStart) >= 0);
+    if (lastError_ == streamFailed)
+        return here >= end;
+    if (here <= end)
+        return checked(stream_.skip(end - here), className);
+    return countBack(here - end) && checked(stream_.seek(end, FStream::fromStart) == end, className);
 }
 
 /// Called at the place from which it goes back.
-void FSizedArchive::countBack(int64_t count) {
+bool FSizedArchive::countBack(int64_t count) {
     goneBack_ += std::max<int64_t>(count, 0);
-    checked(goneBack_ / allowedRounds <= offsetHere() + alwaysAllowedBack / allowedRounds);
+    return checked(goneBack_ / allowedRounds <= offsetHere() + alwaysAllowedBack / allowedRounds);
 }
 
 const StoredClass* FSizedArchive::nextClass() {

@@ -44,10 +44,10 @@ private:
     bool skipObject(Error error, const char* text, int32_t length);
     Ref<CmObject> resolve(int32_t offset, const char* className);
     Ref<CmObject> readInstance(const Header& header, const char* className);
-    bool readContents(const Ref<CmObject>& object, int64_t start, int64_t end, int32_t version);
+    Contents readContents(const Ref<CmObject>& object, int64_t start, int64_t end, int32_t version);
     int64_t endOfFrame(int64_t start, int32_t length) const;
-    void goTo(int64_t end);
-    void countBack(int64_t count);
+    bool goTo(int64_t end, const char* className);
+    bool countBack(int64_t count);
 
     int64_t base_;
     std::unordered_map<int64_t, size_t> classesByOffset_;

@@ -18,8 +18,16 @@ public:
     void report(int32_t code, const char* text) override { FObjectArchive::reportGlobally(code, text); }
 };
 
+Ref<FBufferedStream> inBlocks(FStream& file, bool isWritable) {
+    auto stream = make<FBufferedStream>(retain(&file), fileBlockSize, isWritable);
+    // It has no block, and would tell nothing but the end of the file.
+    if (!stream->isValid())
+        throw std::bad_alloc();
+    return stream;
+}
+
 bool storeContents(FStream& file, CmObject& object) {
-    const auto stream = make<FBufferedStream>(retain(&file), fileBlockSize, true);
+    const auto stream = inBlocks(file, true);
     GlobalReports reports;
     FSizedArchive archive(*stream, FObjectArchive::Direction::storing);
     archive.setListener(&reports);
@@ -37,12 +45,14 @@ public:
     bool operator()(FStream& file) {
         if (hasBegun_)
             return false;
-        const auto stream = make<FBufferedStream>(retain(&file), fileBlockSize, false);
+        const auto stream = inBlocks(file, false);
         const int64_t start = stream->tell();
         GlobalReports reports;
         FSizedArchive archive(*stream, FObjectArchive::Direction::reading);
         archive.setListener(&reports);
         const bool isRead = object_.readFrom(&archive);
+        if (archive.hasRunOut())
+            throw std::bad_alloc();
         hasBegun_ = isRead || stream->tell() != start;
         return isRead;
     }

@@ -17,7 +17,8 @@ class CmObject;
 bool saveObjectFile(const ConstString& name, CmObject* object);
 /// From the user's settings, or where there is no such file from the application's shared data: what
 /// `readFrom` gives. The object may hold some of a file that it could not read whole, but never of two: an
-/// earlier file, which an interrupted save kept, is only taken while nothing has been read.
+/// earlier file, which an interrupted save kept, is only taken while nothing has been read. False also when
+/// there was no memory for something in the file, whatever `readFrom` makes of that.
 bool loadObjectFile(const ConstString& name, CmObject* object);
 /// In the user's settings.
 bool objectFileExists(const ConstString& name);

@@ -4,20 +4,16 @@
 #include "foundation/CmObject.h"
 #include "persistence/streams/FBinaryStream.h"
 
-#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 namespace qorl {
 
 namespace {
 
-/// A damaged archive may give names of any length; they are kept for messages only.
+/// Of a name that nobody knows; it is kept for messages only.
 constexpr size_t longestKeptName = 255;
-
-struct FreeBlock {
-    void operator()(char* block) const { std::free(block); }
-};
 
 bool areSame(const char* a, const char* b) {
     return a && b && std::strcmp(a, b) == 0;
@@ -42,9 +38,13 @@ bool StoredClass::write(FBinaryStream& stream, const ClassRecord& record) {
 }
 
 bool StoredClass::read(FBinaryStream& stream) {
-    const std::unique_ptr<char, FreeBlock> stored(stream.readCountedChars());
+    int32_t count = 0;
     uint16_t version = 0;
-    if (!stored || !stream.readUInt16(version))
+    if (!stream.readInt32(count) || count < 1 || count > FBinaryStream::maxCountedBytes)
+        return false;
+    // Not by `readCountedChars`, which tells a lack of memory as it tells damage. The name may lack its zero.
+    const auto stored = std::make_unique<char[]>(static_cast<size_t>(count) + 1);
+    if (stream.read(stored.get(), count) != count || !stream.readUInt16(version))
         return false;
     record_ = find(stored.get());
     if (record_) {
@@ -70,6 +70,8 @@ Ref<CmObject> StoredClass::create() const {
     if (!record_ || !record_->create())
         return nullptr;
     auto made = Ref<FInterface>::adopt(record_->create()());
+    if (!made)
+        throw std::bad_alloc();
     CmObject* object = castToCmObject(made.get());
     if (object)
         static_cast<void>(made.detach());

@@ -41,7 +41,7 @@ public:
     const char* name() const;
     /// Under either of its names, if a class has two. False for null.
     bool is(const ClassRecord* record) const;
-    /// A new object; null without memory, and when the class makes none or no object of ours.
+    /// A new object; null when the class makes none or no object of ours. Throws `std::bad_alloc`.
     Ref<CmObject> create() const;
 
 private:

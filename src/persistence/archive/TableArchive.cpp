@@ -15,7 +15,7 @@ TableArchive::~TableArchive() = default;
 bool TableArchive::writeObject(CmObject* object, bool track) try {
     return storing_ && checkStream() == 0 && storeObject(object, track);
 } catch (const std::bad_alloc&) {
-    report(streamFailed, object ? object->getClassName() : nullptr);
+    runOut(object ? object->getClassName() : nullptr);
     return false;
 }
 
@@ -24,30 +24,34 @@ bool TableArchive::storeObject(CmObject* object, bool track) {
         return checked(stream_.writeInt32(ArchiveTag::null));
     if (track)
         if (const int32_t* place = places_.find(*object))
-            return checked(stream_.writeInt32(*place));
+            return checked(stream_.writeInt32(*place), object->getClassName());
     const ClassRecord* record = recordFor(*object);
-    return record && storeClass(*record) && storeContents(*object, track);
+    if (record)
+        return storeClass(*record) && storeContents(*object, track);
+    // A reader would take what follows for the object.
+    checked(stream_.writeInt32(ArchiveTag::null));
+    return false;
 }
 
 bool TableArchive::storeClass(const ClassRecord& record) {
     if (const int32_t* place = places_.find(record))
-        return checked(stream_.writeInt32(*place | ArchiveTag::classBit));
+        return checked(stream_.writeInt32(*place | ArchiveTag::classBit), record.name());
     return nameClass(record);
 }
 
 bool TableArchive::writeClass(const ClassRecord* record) try {
     if (!storing_ || !record || !record->persistentName() || checkStream() != 0)
         return false;
-    return storeClass(*record) && checked(stream_.writeInt32(ArchiveTag::null));
+    return storeClass(*record) && checked(stream_.writeInt32(ArchiveTag::null), record->name());
 } catch (const std::bad_alloc&) {
-    report(streamFailed, record->name());
+    runOut(record->name());
     return false;
 }
 
 CmObject* TableArchive::readObject(const char* className, bool track) try {
     return beginReading() ? nextObject(className, track).detach() : nullptr;
 } catch (const std::bad_alloc&) {
-    report(streamFailed, className);
+    runOut(className);
     return nullptr;
 }
 
@@ -58,7 +62,7 @@ const ClassRecord* TableArchive::readClass() try {
     version_ = type->version();
     return type->record();
 } catch (const std::bad_alloc&) {
-    report(streamFailed, nullptr);
+    runOut(nullptr);
     return nullptr;
 }
 

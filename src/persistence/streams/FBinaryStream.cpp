@@ -11,7 +11,6 @@ namespace qorl {
 
 namespace {
 
-constexpr int32_t maxCountedBytes = 0x40000;
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 /// How a text is collected that is read byte by byte.
 constexpr int32_t textGrowth = 1024;

@@ -20,6 +20,8 @@ class FBinaryStream {
 public:
     /// As `IBStream::SeekMode`.
     enum SeekMode : int32_t { fromStart = 0, fromHere = 1, fromEnd = 2 };
+    /// Of a counted text, with its terminator.
+    static constexpr int32_t maxCountedBytes = 0x40000;
 
     FBinaryStream& operator=(const FBinaryStream&) = delete;
 

@@ -19,7 +19,10 @@ String widen(std::string_view bytes, Fallback fallback = Fallback::western);
 /// Plain ASCII stays as it is, any other text becomes wide. Throws `std::bad_alloc`.
 String decode(std::string_view bytes, Fallback fallback = Fallback::western);
 
-/// A name of the document as an error text shows it: not endless.
+/// A text of a document as an error text shows it: control characters, which would reach a terminal, and
+/// bytes that are no text stand as "\x1B". Throws `std::bad_alloc`, as `brief` does.
+std::string printable(std::string_view text);
+/// The same for a name, which is not endless.
 std::string brief(std::string_view name);
 
 } // namespace qorl::XmlText

@@ -1,6 +1,9 @@
 #include "persistence/archive/FObjectArchive.h"
 
+#include "platform/System.h"
 #include "support/Slots.h"
+
+#include <string>
 
 namespace qorl {
 namespace {
@@ -25,6 +28,25 @@ TEST(FObjectArchive, HasItsOperationsInTheirSlots) {
     EXPECT_EQ(archiveSlot(&FObjectArchive::raiseStoredVersion), 7);
     EXPECT_EQ(archiveSlot(&FObjectArchive::writeClass), 8);
     EXPECT_EQ(archiveSlot(&FObjectArchive::readClass), 9);
+}
+
+TEST(FObjectArchive, SendsNamesOfDamagedFilesToNoTerminalAsTheyAre) {
+    const struct {
+        const char* name;
+        const char* shown;
+    } rows[] = {{"Node", "Node"},
+                {"\x1B[2J\n", "\\x1B[2J\\x0A"},
+                {"\u00E4", "\u00E4"},
+                {"caf\xE9", "caf\\xE9"},
+                {"\u009B2J", "\\x9B2J"}};
+    for (const auto& [name, shown] : rows) {
+        std::string line;
+        platform::setDebugOutput(
+            [](std::string_view text, void* out) { *static_cast<std::string*>(out) = text; }, &line);
+        FObjectArchive::reportGlobally(FObjectArchive::classNotRegistered, name);
+        platform::setDebugOutput(nullptr, nullptr);
+        EXPECT_EQ(line, std::string("stored object: error -98: ") + shown);
+    }
 }
 
 } // namespace

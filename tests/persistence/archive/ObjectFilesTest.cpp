@@ -133,11 +133,29 @@ TEST_F(ObjectFiles, TellWhenMemoryRunsOutAndKeepTheFileBefore) {
         EXPECT_TRUE(isSaved || allocation.hasFailed());
         EXPECT_EQ(folder_.read("settings/node.bin") != bytes, isSaved);
     });
+    folder_.write("settings/node_old.bin", bytes);
     failEachAllocation([&](FailingAllocation& allocation) {
         const auto back = makeNode(0);
         const bool isLoaded = allocation.during([&] { return loadObjectFile("node", back.get()); });
         EXPECT_TRUE(isLoaded || allocation.hasFailed());
-        EXPECT_TRUE(!isLoaded || back->value == 2);
+        EXPECT_TRUE(!isLoaded || back->value == 2) << "older contents in the place of the file";
+    });
+}
+
+TEST_F(ObjectFiles, AreNotLoadedWithoutWhatThereWasNoMemoryFor) {
+    Ref<CmObject> child;
+    const ProbeActions actions([](FObjectArchive& archive) { return archive.writeObject(makeNode(1).get()); },
+                               [&child](FObjectArchive& archive) {
+                                   child = Ref<CmObject>::adopt(archive.readObject("GraphNode"));
+                                   return true;
+                               });
+    const auto probe = make<ArchiveProbe>();
+    ASSERT_TRUE(saveObjectFile("probe", probe.get()));
+    failEachAllocation([&](FailingAllocation& allocation) {
+        child.reset();
+        const bool isLoaded = allocation.during([&] { return loadObjectFile("probe", probe.get()); });
+        EXPECT_TRUE(isLoaded || allocation.hasFailed());
+        EXPECT_TRUE(!isLoaded || child) << "the next save would lose it";
     });
 }
 
