@@ -116,8 +116,9 @@ bool folderExists(const std::string& path);
 
 FileError deleteFile(const std::string& path);
 /// A file, a link or a folder with all that is in it. Replaces an existing `to`, in one step when both lie on
-/// one volume. Across volumes by a copy, in which links stay links; `from` goes when all of it stands, so
-/// that a failed move leaves both as they were. What is neither file, link nor folder can't be moved across.
+/// one volume. Across volumes by a copy, in which links stay links; `from` goes, in one step, when all of it
+/// stands, so that a failed move leaves both as they were, unless `from` turns out only then to be held: both
+/// are the same then. What is neither file, link nor folder can't be moved across.
 FileError moveFile(const std::string& from, const std::string& to);
 
 /// Asked before each block of a copy, with where it will be read to and the bytes copied so far; false ends
@@ -134,6 +135,7 @@ enum class FileLinks : uint8_t { keep, copyContents };
 /// A folder with all that is in it, into `to`, which is made with the folders above it; files that are there
 /// already stay or are replaced. Refuses a `to` inside of `from`.
 FileError copyTree(const std::string& from, const std::string& to, FileLinks links);
+/// For its owner alone where the user's settings, data and caches lie, as the rules of these folders ask.
 FileError createFolder(const std::string& path);
 /// With every folder above it that is missing. No error when it exists.
 FileError createFolders(const std::string& path);

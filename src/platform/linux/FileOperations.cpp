@@ -1,3 +1,4 @@
+#include "platform/Folders.h"
 #include "platform/linux/FileErrors.h"
 #include "platform/linux/FileNames.h"
 #include "platform/linux/SystemText.h"
@@ -42,6 +43,17 @@ constexpr size_t longestPath = 32767;
 
 bool isDots(std::string_view name) {
     return name == "." || name == "..";
+}
+
+/// Whether a folder lies where programs keep things of a user, or on the way there.
+bool isOfUserAlone(const std::string& path) {
+    const std::string folder = joinPath(path, "");
+    for (const SystemFolder kind : {SystemFolder::settings, SystemFolder::data, SystemFolder::cache}) {
+        const std::string base = joinPath(getSystemFolder(kind), "");
+        if (base.starts_with(folder) || folder.starts_with(base))
+            return true;
+    }
+    return false;
 }
 
 bool isHiddenName(std::string_view name) {
@@ -89,7 +101,7 @@ FileError deleteFile(const std::string& path) {
 }
 
 FileError createFolder(const std::string& path) {
-    return toFileError(mkdir(path.c_str(), 0777));
+    return toFileError(mkdir(path.c_str(), isOfUserAlone(path) ? 0700 : 0777));
 }
 
 FileError createFolders(const std::string& path) {

@@ -3,6 +3,7 @@
 #include "platform/System.h"
 #include "platform/linux/FileErrors.h"
 #include "platform/linux/FileNames.h"
+#include "platform/linux/FileSharing.h"
 #include "platform/linux/NativeFile.h"
 
 #include <array>
@@ -91,7 +92,8 @@ FileError FileReplacement::open(const std::string& path, Rights rights) {
         return error;
     // Whoever writes the earlier file would go on writing what nobody finds any more.
     File inUse;
-    if (hasEarlier_ && inUse.open(target_, openRead | openLocked | openSharesRead).isInUse())
+    if (hasEarlier_ && !inUse.open(target_, openRead | openRegular) &&
+        isBeingWritten(NativeFile::descriptorOf(inUse)))
         return {EBUSY};
     // Others may not read meanwhile what they may not read in the end.
     const bool isOpenToOthers = rights == Rights::asBefore && !hasEarlier_;

@@ -40,15 +40,17 @@ struct flock rangeOf(Claim claim, int type) {
     return range;
 }
 
-/// Whether others claim what does not go with `mode`. Locks of one's own descriptor are none of others.
+/// Locks of one's own descriptor are none of others.
+bool othersMake(Claim claim, int descriptor) {
+    struct flock others = rangeOf(claim, F_WRLCK);
+    return fcntl(descriptor, F_OFD_GETLK, &others) == 0 && others.l_type != F_UNLCK;
+}
+
+/// Whether others claim what does not go with `mode`.
 bool isRefused(int descriptor, uint32_t mode) {
-    for (int i = 0; i < claimCount; ++i) {
-        if (!isMade(Claim(i), mode))
-            continue;
-        struct flock others = rangeOf(opposites[i], F_WRLCK);
-        if (fcntl(descriptor, F_OFD_GETLK, &others) == 0 && others.l_type != F_UNLCK)
+    for (int i = 0; i < claimCount; ++i)
+        if (isMade(Claim(i), mode) && othersMake(opposites[i], descriptor))
             return true;
-    }
     return false;
 }
 
@@ -96,6 +98,10 @@ FileError shareFile(int descriptor, uint32_t mode) {
         sched_yield();
     }
     return {EBUSY};
+}
+
+bool isBeingWritten(int descriptor) {
+    return othersMake(writes, descriptor);
 }
 
 } // namespace qorl::platform

@@ -9,4 +9,8 @@ namespace qorl::platform {
 /// not go with this one; no error, and no locks, on volumes without them.
 FileError shareFile(int descriptor, uint32_t mode);
 
+/// Whether somebody else has the file of an open descriptor open for writing, by what `shareFile` keeps. Only
+/// looks, so that it is in nobody's way.
+bool isBeingWritten(int descriptor);
+
 } // namespace qorl::platform

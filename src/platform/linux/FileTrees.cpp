@@ -1,3 +1,4 @@
+#include "platform/System.h"
 #include "platform/linux/FileErrors.h"
 #include "platform/linux/FileNames.h"
 
@@ -164,8 +165,14 @@ FileError copyEntry(const std::string& from, const std::string& to, FileLinks li
 }
 
 FileError moveByCopy(const std::string& from, const std::string& to) {
-    if (isInside(to, from))
+    struct stat status = {};
+    if (lstat(from.c_str(), &status) != 0)
+        return lastFileError();
+    if (!S_ISLNK(status.st_mode) && isInside(to, from))
         return {EINVAL};
+    // Nothing goes from a folder, or a volume, that can't be written.
+    if (access(parentOf(from).c_str(), W_OK | X_OK) != 0)
+        return lastFileError();
     const std::string beside = nameBeside(to);
     FileError error = copyEntry(from, beside, FileLinks::keep);
     if (!error)
@@ -174,8 +181,15 @@ FileError moveByCopy(const std::string& from, const std::string& to) {
         deleteTree(beside);
         return error;
     }
-    error = flushFolder(parentOf(to));
-    return error ? error : deleteTree(from);
+    if (FileError failure = flushFolder(parentOf(to)))
+        return failure;
+    // In one step, so that what can't be deleted is no half of what was there.
+    const std::string leaving = nameBeside(from);
+    if (rename(withoutEnd(from).c_str(), leaving.c_str()) != 0)
+        return lastFileError();
+    if (const FileError left = deleteTree(leaving))
+        debugOutput(leaving + ": is left of what was moved: " + left.getText());
+    return {};
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace qorl::platform {
 
@@ -22,6 +23,7 @@ struct Bin {
 
 // With ".trashinfo" and a number behind it a name still fits into 255 bytes.
 constexpr size_t longestName = 230;
+constexpr size_t longestExtension = longestName / 2;
 constexpr int mostOfOneName = 10'000;
 
 /// Whether a path ends in the name of an entry, which the root and dots are not.
@@ -139,9 +141,10 @@ std::string nameInBin(const std::string& path, int number) {
         extension = name.substr(dot);
         name.resize(dot);
     }
-    if (name.size() + extension.size() > longestName) {
-        extension.clear();
-        size_t end = longestName;
+    if (extension.size() > longestExtension)
+        name += std::exchange(extension, {});
+    size_t end = longestName - extension.size();
+    if (name.size() > end) {
         while (end > 0 && (name[end] & 0xC0) == 0x80)
             --end;
         name.resize(end);
@@ -189,8 +192,9 @@ FileError moveToTrash(const std::string& path) {
     Bin bin;
     if (FileError error = findBin(place, status.st_dev, bin))
         return error;
-    // Neither a bin itself nor what lies in it goes to the bin.
-    if (isInside(bin.folder, place) || isInside(parentOf(place), bin.folder))
+    // Neither a bin itself nor what lies in it goes to the bin. In a link lies nothing.
+    const bool holdsBin = !S_ISLNK(status.st_mode) && isInside(bin.folder, place);
+    if (holdsBin || isInside(parentOf(place), bin.folder))
         return {EINVAL};
     const std::string text = infoOf(place, bin);
     for (int number = 1; number <= mostOfOneName; ++number) {

@@ -193,6 +193,8 @@ TEST_F(FilesTest, SharesAFileAsItsOpenersSay) {
         EXPECT_EQ(!second.open(at("file"), c.second | openLocked), c.isOpened);
         File unguarded;
         EXPECT_FALSE(unguarded.open(at("file"), w)) << "locks are advisory";
+        const uint32_t open = c.first | (c.isOpened ? c.second : 0);
+        EXPECT_EQ(replaceFile(at("file"), toBytes("y")).isInUse(), (open & openWrite) != 0);
     }
 }
 
@@ -420,6 +422,9 @@ TEST_F(FilesTest, MovesTreesAcrossVolumesWithTheirLinks) {
     EXPECT_EQ(linkAt("sub/up"), "..");
     EXPECT_EQ(linkAt("toFile"), "sub/file");
     EXPECT_EQ(linkAt("toFolder"), away + "/outside");
+    ASSERT_EQ(symlink("/dev", (away + "/dev").c_str()), 0);
+    EXPECT_FALSE(moveFile(away + "/dev", at("dev"))) << "in a link lies nothing";
+    EXPECT_EQ(linkAt("dev"), "/dev");
 }
 
 TEST_F(FilesTest, LeavesATreeWholeThatCannotBeMoved) {
@@ -434,6 +439,14 @@ TEST_F(FilesTest, LeavesATreeWholeThatCannotBeMoved) {
     away = folder;
     folder = error ? at("tree") : other;
     EXPECT_EQ(list(), "file pipe ");
+    const std::string copy = "/dev/shm/qorl-copy-" + std::to_string(getProcessId());
+    chmod(folder.c_str(), 0500);
+    // The system's administrator may move what nobody may.
+    const FileError heldError = moveFile(at("file"), copy);
+    EXPECT_EQ(fileExists(at("file")), !!heldError);
+    EXPECT_EQ(fileExists(copy), !heldError);
+    chmod(folder.c_str(), 0700);
+    deleteFile(copy);
 }
 
 TEST_F(FilesTest, ResolvesPathsThatDoNotExistYet) {

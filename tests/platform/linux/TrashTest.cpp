@@ -69,9 +69,11 @@ TEST_F(TrashTest, PutsFilesIntoTheBinOfTheUserWithTheWayBack) {
     EXPECT_TRUE(std::regex_match(info.substr(start.size()),
                                  std::regex("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")))
         << info;
-    struct stat status = {};
-    stat(bin.c_str(), &status);
-    EXPECT_EQ(status.st_mode & 0777, 0700U);
+    for (const fs::path& made : {bin, home / "data"}) {
+        struct stat status = {};
+        stat(made.c_str(), &status);
+        EXPECT_EQ(status.st_mode & 0777, 0700U) << made;
+    }
 }
 
 TEST_F(TrashTest, KeepsWhatLiesInTheBinAlready) {
@@ -92,6 +94,13 @@ TEST_F(TrashTest, KeepsWhatLiesInTheBinAlready) {
     EXPECT_EQ(read(bin / "files" / longName.substr(0, 230)), "long");
     EXPECT_NE(read(bin / "info" / (longName.substr(0, 230) + ".trashinfo")).find(longName + '\n'),
               std::string::npos);
+    for (const char* text : {"first", "second"}) {
+        write(home / (std::string(228, 's') + ".wav"), text);
+        ASSERT_FALSE(moveToTrash((home / (std::string(228, 's') + ".wav")).string()));
+    }
+    const std::string second = std::string(226, 's') + ".2.wav";
+    EXPECT_EQ(read(bin / "files" / second), "second");
+    EXPECT_NE(read(bin / "info" / (second + ".trashinfo")), "") << "the way back";
 }
 
 TEST_F(TrashTest, TakesFoldersWholeAndLinksAlone) {
@@ -99,7 +108,9 @@ TEST_F(TrashTest, TakesFoldersWholeAndLinksAlone) {
     write(home / "kept/file", "kept");
     fs::create_directory_symlink(home / "kept", home / "link");
     ASSERT_FALSE(moveToTrash((home / "tree/").string()));
-    ASSERT_FALSE(moveToTrash((home / "link").string()));
+    fs::create_directory_symlink(home.path(), home / "above");
+    for (const char* link : {"link", "above"})
+        ASSERT_FALSE(moveToTrash((home / link).string())) << link;
     EXPECT_EQ(read(bin / "files/tree/sub/file"), "x");
     EXPECT_TRUE(fs::is_symlink(bin / "files/link"));
     EXPECT_EQ(read(home / "kept/file"), "kept");
