@@ -48,11 +48,10 @@ bool FNFileSystem::findFirst(const FPath& folder, const ConstString& mask, FNFil
     search = {};
     search.mode = mode;
     search.extensions = extensionsOf(mask);
-    search.folder = nativeOf(folder);
-    if (search.folder.empty() || platform::listFolder(search.folder, search.entries))
+    const std::string place = nativeOf(folder);
+    if (place.empty() || platform::listFolder(place, search.entries))
         return false;
-    if (!search.folder.ends_with('/'))
-        search.folder += '/';
+    search.folder = place.ends_with('/') ? place : place + '/';
     return findNext(search);
 } catch (const std::bad_alloc&) {
     search = {};
@@ -81,7 +80,7 @@ Ref<FNFileIterator> FNFileIterator::open(const FPath& folder, int32_t mode, cons
     FNFileSearch& search = iterator->search_;
     iterator->hasFirst_ = files && files->findFirst(folder, mask, search, mode);
     // A folder that has nothing to give can be read, one that is not there can't.
-    return search.folder.ends_with('/') ? iterator : nullptr;
+    return search.folder.empty() ? nullptr : iterator;
 } catch (const std::bad_alloc&) {
     return nullptr;
 }

@@ -130,11 +130,11 @@ bool FNFileSystem::getSystemFile(FNPath& path) try {
     path.getPath(name);
     std::vector<std::string> places = platform::getSharedDataFolders();
     places.insert(places.begin(), FNPath::knownFolder(FNPath::system));
-    if (!path.isValid() || !path.isRelative())
+    const std::string file = '/' + FNPath(name).toUtf8();
+    if (!path.isValid() || !path.isRelative() || (file + '/').find("/../") != std::string::npos)
         return false;
-    const FNPath file{name};
     for (const std::string& place : places) {
-        const std::string whole = place + '/' + file.toUtf8();
+        const std::string whole = place + file;
         if (!platform::fileExists(whole))
             continue;
         path = FNPath(std::string_view(whole));
@@ -161,6 +161,8 @@ bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t 
     const Ref<FStream> stream = openFile(static_cast<FPath&>(*place), mode, error);
     if (!stream)
         return false;
+    // One that shares writing tells of a change when it closes; here nothing changes.
+    stream->setUrl(nullptr);
     std::string content;
     std::vector<char> block(readAtOnce);
     for (;;) {

@@ -152,7 +152,7 @@ bool FNPath::isHidden() const try {
 }
 
 bool FNPath::setKnownFolder(FolderKind kind, std::string_view folder) try {
-    auto* folders = knownFolders.get();
+    auto* folders = kind <= system ? knownFolders.get() : nullptr;
     while (folder.size() > 1 && folder.ends_with('/'))
         folder.remove_suffix(1);
     if (folders)
@@ -163,7 +163,7 @@ bool FNPath::setKnownFolder(FolderKind kind, std::string_view folder) try {
 }
 
 std::string FNPath::knownFolder(FolderKind kind) {
-    const auto* folders = knownFolders.peek();
+    const auto* folders = kind <= system ? knownFolders.peek() : nullptr;
     return folders && !folders->paths[kind].empty() ? folders->paths[kind] : systemFolder(kind);
 }
 

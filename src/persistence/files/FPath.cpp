@@ -282,6 +282,8 @@ bool FPath::storeAttributes(FAttributes* attributes) {
         getPath(path);
     else
         getFullPath(path);
+    if (path.isEmpty() && isValid())
+        throw std::bad_alloc();
     attributes->setString("Path", toStoredText(path));
     attributes->setInteger("IsFolder", isFolder() ? 1 : 0);
     if (pathType_ != 0)
@@ -321,7 +323,7 @@ bool FPath::loadDefault(const ConstString& key) try {
     String text = group->values().getString(name);
     if (cast<FUrl>(this))
         FUrl(FPath(text, true)).getFullPath(text);
-    else if (cast<FNPath>(this) && text.find(ConstString("://")) != ConstString::notFound)
+    else if (cast<FNPath>(this) && beginsAsUrl(text))
         return false;
     setFolder(text);
     return isValid();

@@ -72,6 +72,11 @@ std::string nameOfNative(std::string_view native) {
     return std::string(native.substr(native.find_last_of('/') + 1));
 }
 
+bool beginsAsUrl(const ConstString& path) {
+    const int32_t end = path.findChar16(u'/');
+    return end > 1 && path.find(ConstString(std::u16string_view(u"://"))) == end - 1;
+}
+
 bool isOnePart(const ConstString& name) {
     return !name.isEmpty() && name != ConstString(".") && name != ConstString("..") &&
            name.findChar16(u'/') == ConstString::notFound && name.findChar16(u'\0') == ConstString::notFound;

@@ -19,6 +19,8 @@ std::string toNativeText(const ConstString& text);
 /// the folder above: "/a/b/" is "b" in "/a/".
 std::string folderOfNative(std::string_view native);
 std::string nameOfNative(std::string_view native);
+/// Whether a path is the text of a URL: "://" stands behind its first part, which is the scheme.
+bool beginsAsUrl(const ConstString& path);
 /// Whether a text is one part of a path, as a name has to be: not empty, no dots that lead elsewhere, no
 /// separator and no character 0.
 bool isOnePart(const ConstString& name);

@@ -6,9 +6,9 @@
 namespace qorl {
 
 /// A file, opened by a file system, which gives it its URL. It holds no bytes back: bulk work goes through
-/// an `FBufferedStream` or an `FBlockStreamReader`. When it was opened for writing, the file system is told
-/// as it closes. The first error of the system is kept until `clearError`; until then a stream whose bytes
-/// could not be read, written, flushed or cut off is not valid.
+/// an `FBufferedStream` or an `FBlockStreamReader`. When it was opened for writing, or lets others write, the
+/// file system is told as it closes. The first error of the system is kept until `clearError`; until then a
+/// stream whose bytes could not be read, written, flushed or cut off is not valid.
 class FFileStream : public FStream, public ISizeableStream {
     QORL_CLASS(FFileStream, FStream)
     QORL_RECORD(FFileStream)

@@ -3,6 +3,7 @@
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
 #include "foundation/threads/FLock.h"
+#include "persistence/attributes/FAttributes.h"
 #include "persistence/files/FNPath.h"
 #include "persistence/files/PathText.h"
 #include "persistence/streams/FBinaryStream.h"
@@ -113,7 +114,7 @@ FUrl::FUrl(const FPath& path) {
         *this = *url;
         return;
     }
-    if (cast<FNPath>(&path) || path.getFolder().find(ConstString(schemeEnd)) == ConstString::notFound) {
+    if (cast<FNPath>(&path) || !beginsAsUrl(path.getFolder())) {
         adoptNative(path);
         return;
     }
@@ -249,7 +250,9 @@ std::u16string_view FUrl::lastPart() const {
 
 std::u16string_view FUrl::folderPart() const {
     std::u16string_view path = path_.isWide() ? path_.view16() : std::u16string_view();
-    const std::u16string_view rest = path.ends_with(u'/') ? path.substr(0, path.size() - 1) : path;
+    // The root lies in itself.
+    const bool hasEnd = path.size() > 1 && path.ends_with(u'/');
+    const std::u16string_view rest = path.substr(0, path.size() - (hasEnd ? 1 : 0));
     return path.substr(0, rest.rfind(u'/') + 1);
 }
 
@@ -268,18 +271,17 @@ void FUrl::setName(const ConstString& name) try {
 }
 
 void FUrl::setFileType(const FFileType& type, bool replace) {
+    const String earlier = name_;
     FPath::setFileType(type, replace);
-    // The base empties a name that it has no memory for.
-    if (name_.isEmpty() && !lastPart().empty())
-        clearAll();
-    else if (!name_.isEmpty())
-        setName(String(name_));
+    // What stays as it was keeps its spelling. The base empties a URL that it has no memory for.
+    if (!name_.isEmpty() && (name_ != earlier || earlier.isEmpty()))
+        setName(name_);
 }
 
 void FUrl::setFolder(const ConstString& text) try {
     std::u16string path = wideText(text);
     std::u16string last(path_.view16().substr(folderPart().size()));
-    if (path.find(schemeEnd) != std::u16string::npos) {
+    if (beginsAsUrl(text)) {
         FUrl place(text);
         if (place.scheme_.isEmpty()) {
             clearAll();
@@ -406,6 +408,18 @@ bool FUrl::load(FBinaryStream& stream) try {
     return true;
 } catch (const std::bad_alloc&) {
     return false;
+}
+
+bool FUrl::restoreAttributes(FAttributes* attributes) {
+    FPath::restoreAttributes(attributes);
+    const String text = attributes->getString("Path");
+    if (beginsAsUrl(text))
+        return true;
+    // A path alone counts whole, with blanks at its ends.
+    const bool isMarked = isFolder();
+    clearAll();
+    setPath(text, isMarked);
+    return true;
 }
 
 bool FUrl::registerPort(std::string_view scheme, int32_t port) try {

@@ -112,6 +112,7 @@ public:
     /// attributes, which hold the whole text, is there a user or a password.
     bool save(FBinaryStream& stream) const override;
     bool load(FBinaryStream& stream) override;
+    bool restoreAttributes(FAttributes* attributes) override;
 
     /// Percent encoding of each byte but lower-case letters and `& + - . / 0-9 = ? A-Z _`, with two digits in
     /// lower case. A wide text stays wide. With `asUtf8` the bytes are those of UTF-8; else a character has
@@ -137,7 +138,6 @@ private:
     /// All of the path but its last segment, and the last segment without a final `/`.
     std::u16string_view folderPart() const;
     std::u16string_view lastPart() const;
-    void replaceLastPart(const ConstString& name);
     void clearAll();
     void clearUnlessCopyOf(const FUrl& other);
 

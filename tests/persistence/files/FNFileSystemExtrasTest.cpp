@@ -69,6 +69,9 @@ TEST(FNFileIterator, GivesWhatItsMaskAndModeAskFor) {
     }
     EXPECT_EQ(FNFileIterator::open(pathOf(folder, "missing")), nullptr);
     EXPECT_EQ(FNFileIterator::open(pathOf(folder, "walk/a.wav")), nullptr) << "a file is no folder";
+    FNPath noFolder;
+    noFolder.setFolder(ConstString(std::string_view(folder / "missing")));
+    EXPECT_EQ(FNFileIterator::open(noFolder), nullptr);
     FNFileSearch search;
     EXPECT_FALSE(files().findFirst(pathOf(folder, "missing"), "", search));
     ASSERT_TRUE(files().findFirst(pathOf(folder, "walk"), "*.wav", search, FFileSystem::files));
@@ -261,7 +264,7 @@ TEST(FNFileSystem, FindsFilesOfTheSystem) {
     FNPath path("colors/a.xml");
     EXPECT_TRUE(files().getSystemFile(path));
     EXPECT_EQ(path.toUtf8(), folder / "system/colors/a.xml");
-    for (const char* missing : {"colors", "colors/none.xml", "/etc/passwd", ""}) {
+    for (const char* missing : {"colors", "colors/none.xml", "/etc/passwd", "", "../system/colors/a.xml"}) {
         FNPath other(missing);
         EXPECT_FALSE(files().getSystemFile(other)) << missing;
         EXPECT_EQ(other.toUtf8(), missing);

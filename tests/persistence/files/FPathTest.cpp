@@ -8,6 +8,7 @@
 #include "support/Slots.h"
 
 #include <gtest/gtest.h>
+#include <new>
 #include <string>
 
 namespace qorl {
@@ -157,6 +158,8 @@ TEST(FNPath, KnowsTheFoldersOfTheApplication) {
     moved.setName(ConstString(u"x\0y", 3));
     EXPECT_EQ(moved.toUtf8(), "") << "what could not be built is not the folder itself";
     EXPECT_FALSE(FNPath::knownFolder(FNPath::temporary).empty());
+    constexpr auto unknown = static_cast<FNPath::FolderKind>(60'000);
+    EXPECT_FALSE(FNPath::setKnownFolder(unknown, "/x") || FNPath("x", unknown).isValid());
 }
 
 TEST(FPath, TakesNoTextThatWouldNameAnotherFile) {
@@ -328,6 +331,18 @@ TEST(FPath, NeverStoresPartOfItWhenMemoryRunsOut) {
         (isLoaded ? read : path).save(again);
         EXPECT_EQ(bytesOf(again), expected);
         EXPECT_TRUE(isLoaded || (allocation.hasFailed() && read.toUtf8() == "/kept"));
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FNPath stored("/a folder with a long name/a file with a long name");
+        FAttributes attributes;
+        const bool isStored = allocation.during([&] {
+            try {
+                return stored.storeAttributes(&attributes);
+            } catch (const std::bad_alloc&) {
+                return false;
+            }
+        });
+        EXPECT_TRUE(!isStored || attributes.getString("Path").toUtf8() == stored.toUtf8());
     });
 }
 

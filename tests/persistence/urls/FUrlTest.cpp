@@ -1,6 +1,7 @@
 #include "persistence/urls/FUrl.h"
 
 #include "persistence/SettingsFolder.h"
+#include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 
@@ -175,6 +176,14 @@ TEST(FUrl, IsAPathByItsName) {
     FUrl slash{ConstString("vfs://host/a%2fb")};
     slash.setFileType(FFileType::xmlFile());
     EXPECT_EQ(slash.toUtf8(), "vfs://host/a%2fb.xml") << "a name stays one segment";
+    for (const char* kept : {"vfs://host/a!b.xml", "vfs://host/a%00"}) {
+        FUrl same{ConstString(kept)};
+        same.setFileType(FFileType::xmlFile());
+        EXPECT_EQ(same.toUtf8(), kept) << "nothing to change";
+    }
+    FUrl root{ConstString("/")};
+    root.setName("x");
+    EXPECT_EQ(root.toUtf8(), "/x");
     url.setPath("only", false);
     url.setName("other");
     EXPECT_EQ(textOf(url.path()), "other");
@@ -297,6 +306,14 @@ TEST(FUrl, IsStoredWithoutItsLogin) {
         FMemoryStream cut{std::string_view(bytes).substr(0, length)};
         EXPECT_FALSE(loaded.load(cut)) << "cut behind " << length << " bytes";
         EXPECT_EQ(partsOf(loaded), "web|||host|81|a%20b/c.txt");
+    }
+    for (const char* native : {" dir/name ", "dir/x://y", "file"}) {
+        FUrl alone;
+        alone.setPath(native, false);
+        FAttributes attributes;
+        alone.storeAttributes(&attributes);
+        EXPECT_TRUE(loaded.restoreAttributes(&attributes));
+        EXPECT_EQ(partsOf(loaded), partsOf(alone)) << native;
     }
     url.setPath(ConstString(std::string_view(std::string(50000, 'x'))), false);
     FMemoryStream none;
