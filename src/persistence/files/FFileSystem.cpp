@@ -56,6 +56,18 @@ bool FFileSystem::setFileTime(const FPath&, const platform::CalendarTime&, const
     return false;
 }
 
+bool FFileSystem::mayExist(const FPath& path) {
+    return exists(path);
+}
+
+bool FFileSystem::namesFolder(const FPath& path) {
+    const Ref<CmObject> folder = Ref<CmObject>::adopt(path.clone());
+    if (path.isFolder() || !folder)
+        return path.isFolder();
+    static_cast<FPath&>(*folder).setIsFolder(true);
+    return exists(static_cast<FPath&>(*folder));
+}
+
 void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {
     if (kind != fileWritten && kind != folderCreated) {
         FMountTable::forget(path);

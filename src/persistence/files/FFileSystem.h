@@ -94,8 +94,14 @@ public:
     /// In local time. False where a place keeps no times; that is all there is by default.
     virtual bool setFileTime(const FPath& path, const platform::CalendarTime& written,
                              const platform::CalendarTime& read);
+    /// False only when it is known that nothing stands there: a place that can't be asked may hold a file.
+    virtual bool mayExist(const FPath& path);
 
     using CmObject::notify;
+
+protected:
+    /// Whether a path is marked as a folder, or a folder is known to stand there.
+    bool namesFolder(const FPath& path);
 };
 
 } // namespace qorl

@@ -1,5 +1,6 @@
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/files/FileCopying.h"
+#include "persistence/mounts/FMountTable.h"
 #include "persistence/streams/StreamProgress.h"
 #include "platform/FileReplacement.h"
 
@@ -16,12 +17,12 @@ bool copyOnDisk(const std::string& from, const std::string& to, StreamProgress* 
             progress->setPosition(start + done);
             return !progress->isCancelled(block.data(), static_cast<int64_t>(block.size()));
         };
-    return !platform::copyFile(from, to, step);
+    return !FMountTable::replacing(FNPath(to), [&] { return platform::copyFile(from, to, step); });
 }
 
 bool copyToDisk(Ref<FStream> source, int64_t size, const std::string& to, StreamProgress* progress) {
     platform::FileReplacement target;
-    if (target.open(to))
+    if (FMountTable::replacing(FNPath(to), [&] { return target.open(to); }))
         return false;
     const auto write = [&target](const uint8_t* bytes, int64_t count) {
         return target.file().write(bytes, count) == count;

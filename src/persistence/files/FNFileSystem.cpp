@@ -25,7 +25,6 @@ constinit Singleton<FNFileSystem> fileSystem;
 const StartupHook fileSystemHook{"FNFileSystem", StartupHook::ready,
                                  [] { return FNFileSystem::instance() != nullptr; }};
 
-constexpr std::u16string_view schemeSeparator = u"://";
 /// What programs of western languages wrote names in before UTF-8.
 constexpr uint32_t earlierCodePage = 1252;
 
@@ -103,8 +102,7 @@ bool isBelowFile(std::string native) {
 bool isUrl(const FPath& path) {
     if (cast<FUrl>(&path))
         return true;
-    return !cast<FNPath>(&path) &&
-           path.getFolder().find(ConstString(schemeSeparator)) != ConstString::notFound;
+    return !cast<FNPath>(&path) && beginsAsUrl(path.getFolder());
 }
 
 /// Gives a path, which may be the text of a URL, a plain name.
@@ -169,6 +167,13 @@ Ref<FFileSystem> FNFileSystem::awayAt(const FPath& path) {
     return found;
 }
 
+/// What a file is opened as that the path itself names; null when it can't be opened as a folder.
+Ref<FFileSystem> FNFileSystem::mountAt(const FPath& path) {
+    auto* mounts = infoOf(path).kind != platform::FileKind::folder ? FMountTable::instance() : nullptr;
+    Ref<FFileSystem> found = mounts ? mounts->findMount(path) : nullptr;
+    return found && found != awayAt(path) ? found : nullptr;
+}
+
 Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
     if (const Ref<FFileSystem> away = awayAt(path))
         return away->createFile(path, mode, error);
@@ -181,9 +186,10 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
     constexpr uint32_t makesPath = FFileStream::writeAccess | FFileStream::createPath;
     const Ref<FUrl> url = urlOf(path);
     platform::File file;
-    platform::FileError failure = file.open(native, access);
+    const auto open = [&] { return file.open(native, access); };
+    platform::FileError failure = FMountTable::replacing(path, open);
     if (failure && (mode & makesPath) == makesPath && createParents(path, false))
-        failure = file.open(native, access);
+        failure = open();
     if (!succeeded(failure, error))
         return nullptr;
     const int32_t sectorSize = mode & FFileStream::unbuffered ? platform::getSectorSize(native) : 0;
@@ -262,6 +268,8 @@ bool FNFileSystem::deleteFile(const FPath& path) try {
 }
 
 bool FNFileSystem::exists(const FPath& path) try {
+    if (path.isFolder() && mountAt(path))
+        return true;
     if (const Ref<FFileSystem> away = awayAt(path))
         return away->exists(path);
     const platform::FileKind kind = infoOf(path).kind;
@@ -297,7 +305,7 @@ bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     std::string target = nativeOf(newFolder);
     const std::string name = nameOfNative(native);
     const Ref<FFileSystem> away = awayAt(path);
-    if (away && awayAt(newFolder) == away)
+    if (away && (awayAt(newFolder) == away || mountAt(newFolder) == away))
         return away->move(path, newFolder);
     if (away || !isOnePart(ConstString(std::string_view(name))) || target.empty())
         return false;
@@ -442,9 +450,9 @@ bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
 
 Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t mode) try {
     // A file that is open as a folder is walked as one.
-    auto* mounts = infoOf(path).kind == platform::FileKind::file ? FMountTable::instance() : nullptr;
-    Ref<FFileSystem> away = mounts ? mounts->findMount(path) : awayAt(path);
-    if (away)
+    if (const Ref<FFileSystem> mounted = mountAt(path))
+        return mounted->getIterator(path, mode);
+    if (const Ref<FFileSystem> away = awayAt(path))
         return away->getIterator(path, mode);
     return FNFileIterator::open(path, mode);
 } catch (const std::bad_alloc&) {

@@ -22,7 +22,10 @@ struct FNFileSearch;
 ///
 /// Names of files are bytes here: see `FPath`. A path of more than 4095 bytes is refused by the system. Links
 /// are followed on the way to a file; `copyTree`, `deleteTree`, `trash` and `move` take them for what they
-/// are.
+/// are; those that stand in the `to` of `copyTree` are followed.
+///
+/// A file that can be opened as a folder is one to `getIterator`, `move`, and `exists` of a path that is
+/// marked as a folder. Dependents hear of what happens on the disk, in mounted files and at services.
 ///
 /// Threading: one object serves all paths; any thread may use it, notifications run on the caller's.
 class FNFileSystem : public FFileSystem {
@@ -87,7 +90,8 @@ public:
     /// anything else and when there is nothing at its end.
     bool resolveShortcut(FNPath& path);
     /// Looks for a file that comes with the system, by its name or a relative path: in the system folder of
-    /// `FNPath`, then in the folders of shared data. False, and `path` as it was, when none has it.
+    /// `FNPath`, then in the folders of shared data. False, and `path` as it was, when none has it, and for a
+    /// path with "..".
     bool getSystemFile(FNPath& path);
     /// Nobody may write it, or its owner may again.
     bool setReadOnly(const FPath& path, bool on);
@@ -102,6 +106,7 @@ public:
 
 private:
     static Ref<FFileSystem> awayAt(const FPath& path);
+    static Ref<FFileSystem> mountAt(const FPath& path);
     bool moveTo(const std::string& from, const std::string& to);
 };
 

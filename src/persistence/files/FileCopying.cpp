@@ -77,7 +77,7 @@ bool copyInto(FFileSystem& files, const FPath& to, Ref<FStream> source, int64_t 
     if (!copy)
         return false;
     auto& place = static_cast<FPath&>(*copy);
-    const bool isReplacing = files.exists(to);
+    const bool isReplacing = files.mayExist(to);
     if (isReplacing && !findNameBeside(files, place))
         return false;
     Ref<FStream> target = files.createFile(place, FFileStream::writeAccess);

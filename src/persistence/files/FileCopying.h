@@ -16,7 +16,8 @@ void tellName(StreamProgress* progress, const FPath& from);
 /// known. False for less than that, after an error of the source, and when `progress` cancels.
 bool copyBytes(Ref<FStream> source, int64_t size, StreamProgress* progress, const WriteBytes& write);
 /// A file of another place into one of `files`. In place of an existing one only when all of it is there;
-/// what fails leaves `to` as it was.
+/// what fails leaves `to` as it was. Where `files` can't tell whether one exists, it has to be able to
+/// rename.
 bool copyInto(FFileSystem& files, const FPath& to, Ref<FStream> source, int64_t size,
               StreamProgress* progress);
 /// Gives a copy the times of its source, where both sides know them.

@@ -1,6 +1,7 @@
 #include "persistence/files/StoredFile.h"
 
 #include "persistence/files/FNFileSystem.h"
+#include "persistence/mounts/FMountTable.h"
 #include "persistence/urls/FUrl.h"
 #include "platform/FileReplacement.h"
 #include "platform/System.h"
@@ -229,8 +230,9 @@ bool StoredFile::save(const Work& write, int32_t* error) const try {
     const FNPath path = pathOf(name_, type_);
     const std::string file = path.toUtf8();
     platform::FileReplacement replacement;
+    const auto open = [&] { return FMountTable::replacing(path, [&] { return replacement.open(file); }); };
     if (!tellFailure(file, "its folder can't be made", makeFolder(folderHolding(file)), error) ||
-        !tellFailure(file, "can't be stored", replacement.open(file), error))
+        !tellFailure(file, "can't be stored", open(), error))
         return false;
     const auto stream = make<StoringStream>(replacement.file());
     const bool isWritten = write(*stream);
@@ -346,7 +348,9 @@ bool StoredFile::backup(const FFileType& copyType) const try {
         tellOf(file, "can't be copied: there is none");
         return false;
     }
-    if (!tellFailure(file, "can't be copied", platform::copyFile(file, copy)))
+    const platform::FileError failure =
+        FMountTable::replacing(FNPath(copy), [&] { return platform::copyFile(file, copy); });
+    if (!tellFailure(file, "can't be copied", failure))
         return false;
     tellChange(FFileSystem::fileWritten, copy);
     return true;

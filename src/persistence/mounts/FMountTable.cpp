@@ -442,6 +442,11 @@ void FMountTable::forget(const FPath& path) {
         table->unmount(FUrl(path));
 }
 
+bool FMountTable::release(const FPath& path) {
+    auto* table = mountTable.peek();
+    return table && table->isUsed_ && table->unmount(FUrl(path), Unmount::ifUnused);
+}
+
 void FMountTable::unmountAll() {
     Mounts removed;
     const FGuard guard(lock_);

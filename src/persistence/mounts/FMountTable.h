@@ -77,6 +77,13 @@ public:
     bool unmount(const FUrl& url, Unmount how = Unmount::always);
     /// A file or a folder has gone, or something else has come in its place: what is mounted of it goes.
     static void forget(const FPath& path);
+    /// Runs `replace`, which puts another file in the place of the one at `path`. A mount, which has that
+    /// open, goes for it unless a file is open in the mount.
+    template <typename Replace>
+    static platform::FileError replacing(const FPath& path, Replace replace) {
+        const platform::FileError error = replace();
+        return error.isInUse() && release(path) ? replace() : error;
+    }
     void unmountAll();
 
     /// The part of `path` that lies in the file `mounted`: its names, plain, in UTF-8, joined by `/`. Empty
@@ -101,6 +108,7 @@ private:
     };
     using Mounts = std::map<std::string, Mount, std::less<>>;
 
+    static bool release(const FPath& path);
     Ref<FFileSystem> findHolder(const FUrl& url, const std::string& key, size_t end, bool& isMount);
     static FileId fileIn(FFileSystem& holder, std::string_view key);
     Ref<FRemovableFileSystem> standing(FFileSystem& holder, std::string_view key);

@@ -2,7 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "persistence/files/FFileIterator.h"
-#include "persistence/files/FPath.h"
+#include "persistence/files/FNFileSystem.h"
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/mounts/MountedStream.h"
@@ -112,17 +112,19 @@ bool FRemovableFileSystem::exists(const FPath& path) {
 
 bool FRemovableFileSystem::rename(FPath& path, const ConstString& newName) {
     const Ref<CmObject> earlier = Ref<CmObject>::adopt(path.clone());
+    const bool isFolder = namesFolder(path);
     if (!mayDo(writing) || !isOnePart(newName) || !files_->rename(path, newName))
         return false;
-    notify(path.isFolder() ? folderRenamed : fileRenamed, path, earlier.get());
+    notify(isFolder ? folderRenamed : fileRenamed, path, earlier.get());
     return true;
 }
 
 bool FRemovableFileSystem::move(FPath& path, const FPath& newFolder) {
     const Ref<CmObject> earlier = Ref<CmObject>::adopt(path.clone());
+    const bool isFolder = namesFolder(path);
     if (!mayDo(writing) || !files_->move(path, newFolder))
         return false;
-    notify(path.isFolder() ? folderRenamed : fileRenamed, path, earlier.get());
+    notify(isFolder ? folderRenamed : fileRenamed, path, earlier.get());
     return true;
 }
 
@@ -186,6 +188,15 @@ Ref<FFileIterator> FRemovableFileSystem::getIterator(const FPath& path, int32_t 
 bool FRemovableFileSystem::setFileTime(const FPath& path, const platform::CalendarTime& written,
                                        const platform::CalendarTime& read) {
     return mayDo(writing) && files_->setFileTime(path, written, read);
+}
+bool FRemovableFileSystem::mayExist(const FPath& path) {
+    return !mayDo(reading) || files_->mayExist(path);
+}
+
+void FRemovableFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) {
+    FFileSystem::notify(kind, path, data);
+    if (auto* door = FNFileSystem::instance())
+        door->notify(kind, path, data);
 }
 
 } // namespace qorl

@@ -59,6 +59,9 @@ public:
     Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) override;
     bool setFileTime(const FPath& path, const platform::CalendarTime& written,
                      const platform::CalendarTime& read) override;
+    bool mayExist(const FPath& path) override;
+    /// Also those who depend on `FNFileSystem::instance()`.
+    void notify(int32_t kind, const FPath& path, FInterface* data = nullptr) override;
 
 private:
     friend class MountedStream;

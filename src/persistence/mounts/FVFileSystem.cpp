@@ -2,6 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
+#include "persistence/files/FNFileSystem.h"
 #include "persistence/files/FileCopying.h"
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
@@ -35,9 +36,10 @@ bool finish(const VfsResult& result) {
     return lastCode == 0;
 }
 
+/// Tells how the last operation ended, as all file systems do.
 bool finish(int32_t* error) {
     if (error)
-        *error = lastCode;
+        *error = FVFileSystem::lastResult().default_error_condition().value();
     return lastCode == 0;
 }
 
@@ -176,7 +178,14 @@ Ref<FStream> FVFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
     ask(path, [&](VirtualFileService& service, const FUrl& url) {
         return openAt(url, stream, [&] { return service.openFile(url, mode, stream); });
     });
-    return finish(error) ? stream : nullptr;
+    if (finish(error))
+        return stream;
+    // Services fail by what they are made of; that nothing is there tells more.
+    const VfsResult result = lastResult();
+    if (error && result == VfsError::internal && !mayExist(path))
+        *error = static_cast<int32_t>(std::errc::no_such_file_or_directory);
+    finish(result);
+    return nullptr;
 }
 
 bool FVFileSystem::closeFile(Ref<FStream> stream) {
@@ -205,7 +214,19 @@ bool FVFileSystem::exists(const FPath& path) {
     return path.isFolder() ? info.kind == Kind::folder : info.kind != Kind::none;
 }
 
+bool FVFileSystem::mayExist(const FPath& path) {
+    VirtualFileService::Info info;
+    return !infoOf(path, info) || info.kind != Kind::none;
+}
+
+void FVFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) {
+    FFileSystem::notify(kind, path, data);
+    if (auto* door = FNFileSystem::instance())
+        door->notify(kind, path, data);
+}
+
 bool FVFileSystem::moveTo(FPath& path, const FUrl& from, const FUrl& to) {
+    const bool isFolder = namesFolder(from);
     const bool isMoved = ask(from, [&](VirtualFileService& service, const FUrl& url) {
         return serviceFor(to) == &service ? service.move(url, to) : VfsResult(VfsError::noFileSystem);
     });
@@ -220,7 +241,7 @@ bool FVFileSystem::moveTo(FPath& path, const FUrl& from, const FUrl& to) {
         path.setFullPath(text);
     }
     path.setIsFolder(from.isFolder());
-    notify(from.isFolder() ? folderRenamed : fileRenamed, path, &earlier);
+    notify(isFolder ? folderRenamed : fileRenamed, path, &earlier);
     return true;
 }
 

@@ -11,8 +11,8 @@ namespace qorl {
 /// The file system of "vfs:" URLs, and of all others that services are registered for: each operation goes to
 /// the service whose URI the path begins with. One object serves all; any thread may use it.
 ///
-/// `error`, where an operation has it, gets the number of the result (`VfsError`); `lastResult` gives it with
-/// its text after any operation.
+/// `error`, where an operation has it, gets the system's number that comes nearest to the result, as of all
+/// file systems; `lastResult` gives the result itself (`VfsError`) with its text after any operation.
 class FVFileSystem : public FFileSystem {
     QORL_CLASS(FVFileSystem, FFileSystem)
 
@@ -60,6 +60,9 @@ public:
     Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) override;
     bool setFileTime(const FPath& path, const platform::CalendarTime& written,
                      const platform::CalendarTime& read) override;
+    bool mayExist(const FPath& path) override;
+    /// Also those who depend on `FNFileSystem::instance()`.
+    void notify(int32_t kind, const FPath& path, FInterface* data = nullptr) override;
 
 private:
     struct Registered {

@@ -1,5 +1,6 @@
 #include "persistence/mounts/FVfsHandler.h"
 
+#include "persistence/mounts/FMountTable.h"
 #include "persistence/mounts/FVFileSystem.h"
 
 #include <system_error>
@@ -8,19 +9,16 @@ namespace qorl {
 
 bool FVfsHandler::open() {
     close();
-    auto* files = FVFileSystem::instance();
+    error_ = static_cast<int32_t>(std::errc::not_enough_memory);
+    auto* mounts = FMountTable::instance();
+    Ref<FFileSystem> files = mounts ? mounts->findInside(url_) : nullptr;
+    if (!files)
+        files = retain<FFileSystem>(FVFileSystem::instance());
     if (!files)
         return false;
-    stream_ = files->openFile(url_, FFileStream::readAccess | FFileStream::shareRead);
+    stream_ = files->openFile(url_, FFileStream::readAccess | FFileStream::shareRead, &error_);
     size_ = stream_ ? files->getFileSize(*stream_) : -1;
-    if (stream_)
-        return true;
-    // Services fail by what they are made of; that nothing is there tells more.
-    const VfsResult result = FVFileSystem::lastResult();
-    const bool isMissing = !files->exists(url_) && !FVFileSystem::lastResult();
-    error_ = isMissing ? static_cast<int32_t>(std::errc::no_such_file_or_directory)
-                       : result.default_error_condition().value();
-    return false;
+    return stream_ != nullptr;
 }
 
 void FVfsHandler::close() {

@@ -5,6 +5,7 @@
 #include "foundation/messages/UpdateHandler.h"
 #include "persistence/SettingsFolder.h"
 #include "persistence/files/FFileIterator.h"
+#include "persistence/mounts/MemoryService.h"
 #include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
 
@@ -144,7 +145,9 @@ public:
 private:
     std::string nameOf(CmObject* object) const {
         const auto* path = cast<FPath>(object);
-        return path ? path->toUtf8().substr(folder_.size()) + (path->isFolder() ? "/" : "") : "no path";
+        const std::string text = path ? path->toUtf8() : "no path";
+        return text.substr(text.starts_with(folder_) ? folder_.size() : 0) +
+               (path && path->isFolder() ? "/" : "");
     }
 
     std::string folder_;
@@ -162,6 +165,8 @@ TEST(FNFileSystem, TellsItsDependentsWhatChanged) {
     }
     EXPECT_EQ(log.take(), "FileSystemChange 1 a b%.txt\n");
     { const Ref<FStream> stream = files.openFile(file, FFileStream::readAccess | FFileStream::shareRead); }
+    std::string bytes;
+    EXPECT_TRUE(files.readWholeFile(file, bytes, 100));
     EXPECT_EQ(log.take(), "") << "a file that was only read";
     files.rename(file, "b.txt");
     EXPECT_EQ(log.take(), "FileSystemChange 3 b.txt was a b%.txt\n");
@@ -180,6 +185,11 @@ TEST(FNFileSystem, TellsItsDependentsWhatChanged) {
     files.deleteFile(other);
     files.deleteTree(sub);
     EXPECT_EQ(log.take(), "FileSystemChange 2 c.txt\nFileSystemChange 6 tub/\n");
+    const RegisteredService service("vfs:");
+    FUrl away{ConstString("vfs://m/new")};
+    files.createFolder(away);
+    files.rename(away, "old");
+    EXPECT_EQ(log.take(), "FileSystemChange 5 vfs://m/new\nPathChanged 4 vfs://m/old was vfs://m/new\n");
 }
 
 TEST(FNFileSystem, NeverLosesAFileByCopyingIt) {
@@ -256,6 +266,8 @@ TEST(FNFileSystem, TakesUrlsThatLeadToTheDisk) {
     EXPECT_TRUE(files.rename(url, "c d.txt"));
     EXPECT_TRUE(files.exists(url));
     EXPECT_TRUE(folder.has("c d.txt"));
+    folder.write("x:/y", "no URL");
+    EXPECT_TRUE(files.exists(FPath(ConstString(std::string_view(folder / "x://y")))));
     FUrl away(ConstString("nobody://host/x"));
     int32_t error = 0;
     EXPECT_EQ(files.openFile(away, FFileStream::readAccess, &error), nullptr);

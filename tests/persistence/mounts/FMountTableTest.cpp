@@ -6,11 +6,13 @@
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/mounts/MemoryService.h"
 #include "persistence/mounts/PackComponent.h"
+#include "persistence/urls/UrlMetaHandler.h"
 #include "support/FailingAllocation.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 namespace qorl {
 namespace {
@@ -86,6 +88,10 @@ TEST(FMountTable, IsWhereTheDiskSendsPathsThatLeadIntoAFile) {
     EXPECT_TRUE(disk.exists(inside));
     EXPECT_EQ(disk.getFileSizeOf(inside), 7);
     EXPECT_NE(disk.getIterator(diskPath(folder / "a.pack")), nullptr);
+    EXPECT_TRUE(disk.exists(FNPath(std::string_view(folder / "a.pack"), true))) << "it opens as a folder";
+    EXPECT_TRUE(disk.move(inside, diskPath(folder / "a.pack"))) << "to its top";
+    EXPECT_NE(disk.getIterator(diskPath(folder / "a.pack/b.pack")), nullptr);
+    EXPECT_EQ(component->made, 2) << "an inner one is walked as a folder, too";
     EXPECT_EQ(disk.openFile(inside, FFileStream::writeAccess | FFileStream::unbuffered, &error), nullptr);
     EXPECT_NE(error, 0);
     FNPath deep = diskPath(folder / "a.pack/b.pack/c");
@@ -101,6 +107,9 @@ TEST(FMountTable, IsWhereTheDiskSendsPathsThatLeadIntoAFile) {
     EXPECT_NE(disk.openFile(url, FFileStream::readAccess | FFileStream::writeAccess, &error), nullptr)
         << "a service can be written";
     EXPECT_EQ(error, 0);
+    memory->add("c.pack", "a=at a service");
+    EXPECT_EQ(contentOf(UrlMetaHandler::instance()->openUrl(urlAt("vfs://m/c.pack/a")).get()),
+              "at a service");
 }
 
 TEST(FMountTable, LetsTheDiskCopyToAndFromMountedFiles) {
@@ -121,6 +130,16 @@ TEST(FMountTable, LetsTheDiskCopyToAndFromMountedFiles) {
     EXPECT_TRUE(files.exists(diskPath(folder / "kit.pack"))) << "the file itself is the disk's";
     EXPECT_FALSE(files.exists(diskPath(folder / "plain.txt/a")));
     EXPECT_EQ(files.getIterator(diskPath(folder / "plain.txt")), nullptr);
+    EXPECT_FALSE(files.exists(FNPath(std::string_view(folder / "plain.txt"), true)));
+    const FNPath pack = diskPath(folder / "kit.pack");
+    FNPath made = diskPath(folder / "kit.pack/new");
+    Ref<FStream> open = files.openFile(made, FFileStream::readAccess);
+    EXPECT_FALSE(files.copy(diskPath(folder / "plain.txt"), pack)) << "a file is open in it";
+    EXPECT_TRUE(files.closeFile(std::exchange(open, nullptr)));
+    EXPECT_TRUE(files.copy(diskPath(folder / "plain.txt"), pack)) << "only its mount has it open";
+    EXPECT_EQ(folder.read("kit.pack"), "x");
+    EXPECT_NE(FMountTable::instance()->findMount(pack), nullptr);
+    EXPECT_NE(files.createFile(pack, FFileStream::writeAccess), nullptr);
 }
 
 TEST(FMountTable, OpensForWritingWhereItCan) {

@@ -61,24 +61,25 @@ TEST(FVFileSystem, GoesByTheUriToOneService) {
         const char* url;
         const char* content;
         VfsError error;
+        std::errc told;
     };
     const Row rows[] = {
-        {"vfs://samples/a", "of the host", VfsError(0)},
-        {"VFS://SAMPLES/a", "of the host", VfsError(0)},
-        {"vfs://other/a", "of the scheme", VfsError(0)},
-        {"vfs:///a", "of the scheme", VfsError(0)},
-        {"tonepack://x/a", "of the pack", VfsError(0)},
-        {"vfs://samples/b", "nothing", VfsError::internal},
-        {"http://host/a", "nothing", VfsError::noFileSystem},
-        {"/a", "nothing", VfsError::noFileSystem},
-        {"file:///a", "nothing", VfsError::noFileSystem},
+        {"vfs://samples/a", "of the host", VfsError(0), std::errc()},
+        {"VFS://SAMPLES/a", "of the host", VfsError(0), std::errc()},
+        {"vfs://other/a", "of the scheme", VfsError(0), std::errc()},
+        {"vfs:///a", "of the scheme", VfsError(0), std::errc()},
+        {"tonepack://x/a", "of the pack", VfsError(0), std::errc()},
+        {"vfs://samples/b", "nothing", VfsError::internal, std::errc::no_such_file_or_directory},
+        {"http://host/a", "nothing", VfsError::noFileSystem, std::errc::protocol_not_supported},
+        {"/a", "nothing", VfsError::noFileSystem, std::errc::protocol_not_supported},
+        {"file:///a", "nothing", VfsError::noFileSystem, std::errc::protocol_not_supported},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.url);
         FUrl url = at(row.url);
         int32_t error = -1;
         EXPECT_EQ(contentOf(files().openFile(url, FFileStream::readAccess, &error).get()), row.content);
-        EXPECT_EQ(error, static_cast<int32_t>(row.error));
+        EXPECT_EQ(error, static_cast<int32_t>(row.told));
         EXPECT_EQ(FVFileSystem::lastResult(), VfsResult(row.error));
     }
     EXPECT_TRUE(files().unregisterService("vfs://samples"));
@@ -214,6 +215,19 @@ TEST(FVFileSystem, NeverLosesAFileByCopyingOverIt) {
         EXPECT_EQ(memory->list(), "from to ") << "half a copy is worse than none";
         EXPECT_EQ(memory->read("to"), "earlier");
     }
+    class Unasked : public MemoryService {
+    public:
+        VfsResult getInfo(const FUrl&, Info&) override { return VfsError::notImplemented; }
+    };
+    const auto unasked = make<Unasked>();
+    unasked->add("to", "earlier");
+    ASSERT_TRUE(files().registerService("vfs://unasked", unasked));
+    CancelAfter cancel(70000);
+    EXPECT_FALSE(files().copy(at("vfs://m/from"), at("vfs://unasked/to"), &cancel));
+    EXPECT_EQ(unasked->read("to"), "earlier") << "what can't be asked for may be there";
+    EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://unasked/to")));
+    EXPECT_EQ(unasked->list(), "to ");
+    EXPECT_TRUE(files().unregisterService("vfs://unasked"));
     EXPECT_FALSE(files().copy(at("vfs://m/from"), at("VFS://M/%66rom"))) << "onto itself";
     CancelAfter patient(1 << 20);
     EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://m/to"), &patient));
@@ -350,7 +364,7 @@ TEST(FVFileSystem, MeetsServicesThatMisbehave) {
     FUrl path = at("vfs://m/x");
     int32_t error = 0;
     EXPECT_EQ(files().openFile(path, FFileStream::readAccess, &error), nullptr);
-    EXPECT_EQ(error, static_cast<int32_t>(VfsError::unknown)) << "a success without a stream";
+    EXPECT_EQ(error, static_cast<int32_t>(std::errc::io_error)) << "a success without a stream";
     EXPECT_FALSE(files().deleteFile(path));
     EXPECT_EQ(FVFileSystem::lastResult(), VfsResult(VfsError::unknown)) << "a number of somebody else";
     EXPECT_FALSE(files().createFolder(path));
