@@ -45,6 +45,9 @@ public:
     /// stood there before goes; for volumes that can't replace a file in one step it is what a crash leaves.
     /// On failure the earlier file stands in its place again. Where it can't, since the folder could not be
     /// flushed and nothing was kept, the new one stands: that is success, and told on the debug output.
+    ///
+    /// On a volume without hard links the earlier file has to be moved, so that for a moment nothing has its
+    /// name. When two write there at once, and one of them crashes in that moment, both states can be lost.
     FileError putInPlace(const std::string& keptAs = {});
 
     /// Gives what a crash left under `keptAs` the name `path` again, unless a file has that by now.

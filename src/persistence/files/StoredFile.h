@@ -16,6 +16,9 @@ class FStream;
 /// keeps the earlier one under the name with "_old" behind it, and a load takes that one when the file is
 /// missing or can't be read. A symbolic link stays a link, and the file keeps its rights.
 ///
+/// Names that end with "_old" belong to this: a file of that name is taken for what a save of the other one
+/// left, is given the other name where that is missing, and goes with the other file. Name no file so.
+///
 /// Operations give false on failure, also without memory, and say on the debug output which file it was and
 /// why. Threading: any thread; several programs may use one file at once.
 class StoredFile {

@@ -10,7 +10,8 @@ class CmObject;
 
 // Settings files: one object each, stored by its attributes as an XML document in the user's settings folder.
 // A name may begin with folders; one without an extension gets "xml". A failed or interrupted save leaves the
-// earlier file, see `StoredFile`. Operations give false on failure, also without memory. GUI thread.
+// earlier file under the name with "_old" behind it, so no file may be named like that, see `StoredFile`.
+// Operations give false on failure, also without memory. GUI thread.
 
 /// With `askToReplace` the user is asked before a file of that name is replaced; false when he doesn't want
 /// it.

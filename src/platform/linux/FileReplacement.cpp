@@ -173,6 +173,9 @@ FileError FileReplacement::keepEarlier(const std::string& keptAs, Kept& kept) {
     default: return lastFileError();
     }
     const FileError error = toFileError(rename(target_.c_str(), keptAs.c_str()));
+    // Here another writer has moved it, and puts its own in place as we do.
+    if (error.code == ENOENT)
+        return {};
     if (!error)
         kept = Kept::moved;
     return error;

@@ -5,6 +5,7 @@
 #include "platform/FileReplacement.h"
 #include "platform/System.h"
 #include "support/FailingAllocation.h"
+#include "support/FailingDisk.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -229,6 +230,23 @@ TEST_F(StoredFileTest, StaysWholeWhileSeveralStoreIt) {
     std::vector<platform::FolderEntry> entries;
     platform::listFolder(folder_ / "settings", entries);
     EXPECT_EQ(entries.size(), 1u);
+}
+
+TEST_F(StoredFileTest, IsSavedByAllWhoStoreItOnAVolumeThatKnowsNoLinks) {
+    const FailingDisk::WithoutLinks withoutLinks;
+    const FailingDisk::WithoutFlushing withoutFlushing;
+    ASSERT_TRUE(save("good 0"));
+    std::vector<std::thread> writers;
+    std::atomic<int> failures = 0;
+    for (int writer = 1; writer <= 4; ++writer)
+        writers.emplace_back([writer, &failures] {
+            for (int i = 0; i < 200; ++i)
+                failures += !save("good " + std::to_string(writer));
+        });
+    for (std::thread& writer : writers)
+        writer.join();
+    EXPECT_EQ(failures, 0) << said_;
+    EXPECT_EQ(load().size(), 6u);
 }
 
 TEST_F(StoredFileTest, KeepsLinksAndRights) {
