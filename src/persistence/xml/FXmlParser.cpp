@@ -125,7 +125,7 @@ bool FXmlParser::parse(void* context) try {
     const bool endsAtClose = isInStartTag_ || (options_ & returnAtClose);
     while (error_ == Error::none && !isStopped_) {
         if (!parseNext(context)) {
-            if (!open_.empty())
+            if (!open_.empty() || isUnreadable_)
                 fail(Error::unexpectedEnd, '<' + XmlText::brief(openTag()) + "> has no end tag", at_, at_);
             break;
         }
@@ -557,8 +557,10 @@ void FXmlParser::skipDocumentType() {
         } else if (byte == '>' && brackets <= 0) {
             return;
         } else if (trail.endsWith("<!--") && !skipBehind("-->")) {
-            // A comment's apostrophes are no quotes.
+            // A comment's apostrophes are no quotes, nor are those of an instruction.
             return fail(Error::unexpectedEnd, "a comment has no end", at_, at_);
+        } else if (trail.endsWith("<?") && !skipBehind("?>")) {
+            return fail(Error::unexpectedEnd, "a processing instruction has no end", at_, at_);
         }
     }
 }

@@ -154,6 +154,7 @@ private:
     size_t at_ = 0;   ///< Where the parser stands in the buffer.
     size_t held_ = 0; ///< From here on the buffer's bytes must stay.
     bool isAtEnd_ = false;
+    bool isUnreadable_ = false; ///< The stream failed there.
     // Each byte is looked at once, however often somebody asks.
     mutable LineCount counted_;
     mutable size_t countedTo_ = 0; ///< Where in the buffer that is.

@@ -128,8 +128,9 @@ bool FXmlParser2::feed(IBStream* stream) {
         if (!buffer)
             return failFromExpat();
         int64_t got = 0;
-        stream->read(buffer, parsedPiece, &got);
-        got = std::max<int64_t>(got, 0);
+        const Result result = stream->read(buffer, parsedPiece, &got);
+        if (got < 0 || got > parsedPiece || (got == 0 && result != Result::ok && result != Result::no))
+            return fail("the stream can't be read", refused);
         bytesRead_ += got;
         hasAll_ = got == 0;
         const XML_Status status = XML_ParseBuffer(parser_, static_cast<int>(got), hasAll_);
@@ -176,18 +177,18 @@ bool FXmlParser2::parse(std::string_view document) {
         // Expat takes no more at once than an int tells.
         const std::string_view piece = document.substr(0, largestPiece);
         document.remove_prefix(largestPiece);
-        bytesRead_ += static_cast<int64_t>(largestPiece);
         const XML_Status status = XML_Parse(parser_, piece.data(), static_cast<int>(piece.size()), XML_FALSE);
         if (status == XML_STATUS_SUSPENDED)
             return fail("a document above 1 GB must be in a stream to be suspended");
         if (status == XML_STATUS_ERROR)
             return failFromExpat();
+        bytesRead_ += static_cast<int64_t>(largestPiece);
     }
+    if (XML_Parse(parser_, document.data(), static_cast<int>(document.size()), XML_TRUE) == XML_STATUS_ERROR)
+        return failFromExpat();
     bytesRead_ += static_cast<int64_t>(document.size());
     hasAll_ = true;
-    const XML_Status status =
-        XML_Parse(parser_, document.data(), static_cast<int>(document.size()), XML_TRUE);
-    return status != XML_STATUS_ERROR || failFromExpat();
+    return true;
 }
 
 void FXmlParser2::stop() {
@@ -212,15 +213,17 @@ bool FXmlParser2::suspend() {
 }
 
 bool FXmlParser2::resume(IBStream* stream) {
-    if (!stream || !isReady())
+    if (!isReady())
         return false;
+    if (!stream && !hasAll_)
+        return rejectCall("the rest of the document is in a stream, which is missing");
     const ParsingScope scope(isParsing_);
     const XML_Status status = XML_ResumeParser(parser_);
     if (status == XML_STATUS_SUSPENDED)
         return true;
     if (status == XML_STATUS_OK)
         return hasAll_ || feed(stream);
-    return endBehindDocument(stream) || failFromExpat();
+    return (stream && endBehindDocument(stream)) || failFromExpat();
 }
 
 bool FXmlParser2::reset(const char* encoding) {

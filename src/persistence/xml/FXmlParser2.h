@@ -58,6 +58,7 @@ public:
     /// position, and `code` the error code.
     void stop(std::string message, int32_t code = aborted);
     bool suspend() override;
+    /// After a document in memory `stream` may be null.
     bool resume(IBStream* stream) override;
     bool reset(const char* encoding) override;
     bool setEncoding(const char* encoding) override;

@@ -44,6 +44,7 @@ bool FXmlParser::readMore() {
         throw std::bad_alloc();
     const int64_t got = stream_.read(buffer_.data() + used, static_cast<int64_t>(wanted));
     isAtEnd_ = got <= 0;
+    isUnreadable_ = got < 0;
     used += static_cast<size_t>(std::max<int64_t>(got, 0));
     buffer_.setUsedSize(static_cast<int32_t>(used));
     buffer_.data()[used] = 0;
@@ -163,6 +164,9 @@ void FXmlParser::fail(Error error, std::string_view detail, size_t tokenStart, s
     if (error_ != Error::none)
         return;
     error_ = error;
+    // Whatever seems to be missing.
+    if (isUnreadable_ && error == Error::unexpectedEnd)
+        detail = "the stream can't be read";
     detail_ = detail;
     const std::string_view bytes = buffer_.bytes();
     if (error == Error::malformed && reporting_ == Reporting::on)

@@ -117,6 +117,16 @@ TEST(FXmlParser2, SaysWhatIsWrongAndWhere) {
     }
 }
 
+TEST(FXmlParser2, SaysWhenItsStreamCantBeRead) {
+    for (const char* document : {"", "<a>", "<a/>"}) {
+        const auto stream = make<ShakyStream>(document);
+        stream->failAt = 1 + (*document != 0);
+        FXmlParser2 parser;
+        EXPECT_FALSE(parser.parse(stream.get())) << document;
+        EXPECT_EQ(parser.errorMessage(), "the stream can't be read");
+    }
+}
+
 TEST(FXmlParser2, WritesItsErrorTextIntoAString) {
     FXmlParser2 parser;
     parser.parse(std::string_view("<a>\n<b>\n</a>"));
@@ -216,13 +226,12 @@ TEST(FXmlParser2, SuspendsAndGoesOn) {
 }
 
 TEST(FXmlParser2, GoesOnToTheEndWhenAllWasGivenBefore) {
-    const auto empty = make<FMemoryStream>();
     FXmlParser2 parser;
     Recorder recorder(parser);
     recorder.suspendAt = "b";
     EXPECT_TRUE(parser.parse(std::string_view("<a><b/>1</a>")));
     EXPECT_EQ(recorder.events, "<a><b></b>");
-    EXPECT_TRUE(parser.resume(empty.get())) << parser.errorMessage();
+    EXPECT_TRUE(parser.resume(nullptr)) << parser.errorMessage();
     EXPECT_EQ(recorder.events, "<a><b></b>1</a>");
 }
 
@@ -237,6 +246,8 @@ TEST(FXmlParser2, OutlivesCallsAtAWrongTime) {
     EXPECT_TRUE(parser.parse(stream.get()));
     EXPECT_EQ(recorder.entered, "the parser is in the midst of a document");
     EXPECT_FALSE(parser.parse(std::string_view("<c/>"))) << "it is suspended";
+    EXPECT_FALSE(parser.resume(nullptr));
+    EXPECT_EQ(parser.errorMessage(), "the rest of the document is in a stream, which is missing");
     EXPECT_FALSE(parser.hasFailed());
     EXPECT_TRUE(parser.resume(stream.get()));
     EXPECT_EQ(recorder.events, "<a><b></b></a>");

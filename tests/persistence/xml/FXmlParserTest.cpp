@@ -103,7 +103,7 @@ TEST(FXmlParser, TellsWhatItFindsHoweverTheStreamIsCut) {
         {"comments are passed over", "<a><!-- x --></a>", "<a></a>"},
         {"short comments", "<a><!----><!-- - --></a>", "<a>!!! - !</a>", P::giveComments},
         {"CDATA is passed over", "<a>x<![CDATA[<b>]]]]>y</a>", "<a>[x][y]</a>"},
-        {"document type", "<!DOCTYPE a [<!ENTITY b '>]'><!-- don't -->] \">\"><a/>", "<a/>"},
+        {"document type", "<!DOCTYPE a [<!ENTITY b '>]'><!-- don't --><?x don't?>] \">\"><a/>", "<a/>"},
         {"instructions", "<?one <a> ?x?><a/>", "<a/>"},
         {"backslash", "<a b='it\\'s'/>", "<a b=it's/>", P::backslashQuotes},
         {"backslash at the end", "<a b='c:\\x' d='\\\\\"'/>", "<a b=c:\\x d=\\\"/>", P::backslashQuotes},
@@ -155,6 +155,7 @@ TEST(FXmlParser, SaysWhatIsWrongAndWhere) {
         {"<a>\n<![CDATA[ ]>", "2:1 Unexpected end of file!|a CDATA section has no end"},
         {"\n<?xml ?", "2:1 Unexpected end of file!|a processing instruction has no end"},
         {"<!DOCTYPE [ '>'", "1:1 Unexpected end of file!|a document type has no end"},
+        {"<!DOCTYPE [ <?x ", "1:1 Unexpected end of file!|a processing instruction has no end"},
     };
     for (const FaultCase& c : cases) {
         SCOPED_TRACE(c.document);
@@ -163,6 +164,17 @@ TEST(FXmlParser, SaysWhatIsWrongAndWhere) {
             EXPECT_FALSE(parsed.isGood);
             EXPECT_EQ(parsed.text, c.expected);
         }
+    }
+}
+
+TEST(FXmlParser, SaysWhenItsStreamCantBeRead) {
+    for (const char* document : {"", "<a", "<a>", "<a>text", "<a/>", "<a/> "}) {
+        ShakyStream stream{document};
+        stream.failAt = 1 + (*document != 0);
+        Recorder recorder(stream);
+        EXPECT_FALSE(recorder.parse()) << document;
+        EXPECT_EQ(recorder.error(), FXmlParser::Error::unexpectedEnd);
+        EXPECT_EQ(recorder.errorDetail(), "the stream can't be read") << document;
     }
 }
 
