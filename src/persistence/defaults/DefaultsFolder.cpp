@@ -5,8 +5,6 @@
 #include "persistence/xml/XmlText.h"
 #include "platform/System.h"
 
-#include <chrono>
-
 namespace qorl {
 
 namespace {
@@ -14,10 +12,10 @@ namespace {
 // Behind the name of a folder that goes.
 constexpr const char* leaving = " (Earlier)";
 constexpr const char* lockName = "/.Defaults.lock";
-// Much longer than anybody needs who works.
-constexpr std::chrono::seconds longestWait(5);
 
 constinit int locksHeld = 0;
+// By the last lock that was asked for.
+constinit bool isWaitedInVain = false;
 
 std::string settingsFolder() {
     return FNPath::knownFolder(FNPath::userSettings);
@@ -68,11 +66,13 @@ bool clearPlace(const std::string& folder) {
 
 } // namespace
 
-DefaultsLock::DefaultsLock() {
+DefaultsLock::DefaultsLock(Patience patience) {
     const std::string folder = settingsFolder();
     if (locksHeld == 0 && platform::folderExists(folder)) {
-        lock_.emplace(folder + lockName, longestWait);
-        if (lock_->state() == platform::FileLock::State::busy)
+        const bool waits = patience == Patience::full || !isWaitedInVain;
+        lock_.emplace(folder + lockName, waits ? longestWait : std::chrono::milliseconds::zero());
+        isWaitedInVain = isBusy();
+        if (waits && isBusy())
             tellOfFolder(folder, "another program holds the settings for too long; going on without waiting");
     }
     ++locksHeld;
@@ -92,8 +92,9 @@ bool DefaultsFolder::stands(const char* folder) {
 }
 
 void DefaultsFolder::tidy() {
-    for (const std::string& folder : {folderNamed(newStore), folderNamed(newBackup),
-                                      folderNamed(store) + leaving, folderNamed(backup) + leaving})
+    for (const std::string& folder :
+         {folderNamed(newStore), folderNamed(newBackup), folderNamed(store) + leaving,
+          folderNamed(backup) + leaving, folderNamed(trash) + leaving})
         if (platform::folderExists(folder))
             succeeds("can't be deleted", folder, platform::deleteTree(folder));
 }

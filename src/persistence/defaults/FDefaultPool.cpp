@@ -141,12 +141,18 @@ FDefaults* FDefaultPool::getGroup(const ConstString& name, int32_t version, bool
     const std::u16string key = DefaultsFolder::keyOf(name);
     if (const auto found = groups_.find(key); found != groups_.end())
         return found->second->version() == version ? found->second.get() : nullptr;
-    if (!create || isRemoved(key))
+    // In folder mode it may still be in its file.
+    const bool mayBeStored = state_.folderMode && !missing_.contains(key);
+    if ((!create && !mayBeStored) || isRemoved(key))
         return nullptr;
     if (const auto found = otherVersions_.find(key);
         found != otherVersions_.end() && found->second != version)
         return nullptr;
     Ref<FDefaults> group = createGroup(name.isWide() ? ConstString(name) : XmlText::decode(name.view8()));
+    if (group && group->isEmpty() && !create) {
+        missing_.insert(key);
+        return nullptr;
+    }
     if (!group)
         return nullptr;
     if (group->isEmpty() && group->version() == 0)
@@ -180,12 +186,18 @@ bool FDefaultPool::removeGroup(const ConstString& name) try {
 
 bool FDefaultPool::load() try {
     state_.noNewGroups = loadHook_ && !loadHook_();
-    if (state_.noNewGroups)
-        return false;
-    // What was set before, as by the end of an earlier run, would hide what is stored.
+    state_.hasAsked = true;
+    // What was set before, as by the end of an earlier run, would hide what is stored, and is not to stay in
+    // force when that was refused.
     groups_.clear();
     otherVersions_.clear();
+    missing_.clear();
+    unreadable_.clear();
     storedSaverNames_.clear();
+    savedAutoSaverAttributes_.reset();
+    state_.isUnknown = state_.isPartlyRead = state_.loaded = state_.preferencesNeedExtraction = false;
+    if (state_.noNewGroups)
+        return false;
     // Another program may be moving what is read here.
     const DefaultsLock lock;
     return state_.folderMode ? loadFolder() : loadSingleFile();
@@ -222,6 +234,17 @@ bool FDefaultPool::setAsideUnread(const std::string& name) {
     return true;
 }
 
+/// What an interrupted save of the single file kept takes its place where that is damaged.
+bool FDefaultPool::preferKept() {
+    FDefaultPool asLoaded;
+    InFile file(asLoaded);
+    loadFile(storeName, storeTag, file);
+    const auto found = unreadable_.find(storeName);
+    if (found == unreadable_.end() || found->second != StoredFile::Found::kept)
+        return true;
+    return setAsideUnread(storeName) && settingsFile(storeName).exists();
+}
+
 /// Takes away a file whose settings are stored elsewhere by now.
 bool FDefaultPool::removeFile(const std::string& name) {
     const StoredFile file = settingsFile(name);
@@ -244,7 +267,7 @@ bool FDefaultPool::removeGroupFile(const std::string& name, FDefaults& group) {
 }
 
 bool FDefaultPool::loadGroup(FDefaults& group) {
-    const DefaultsLock lock;
+    const DefaultsLock lock(DefaultsLock::Patience::once);
     const std::string name = inFolder(DefaultsFolder::fileOf(group.group()));
     const std::string earlier = inFolder(DefaultsFolder::earlierFileOf(group.group()));
     const bool isEarlier = !settingsFile(name).exists() && settingsFile(earlier).exists();
@@ -268,7 +291,6 @@ bool FDefaultPool::loadSingleFile() {
 /// The single file with all groups. Nothing is left of what was there before, whatever comes of it.
 bool FDefaultPool::loadAll() {
     InFile file(*this);
-    state_.isPartlyRead = false;
     const bool isLoaded = loadFile(storeName, storeTag, file);
     if (!isLoaded)
         groups_.clear();
@@ -303,6 +325,7 @@ bool FDefaultPool::loadFolder() {
 }
 
 void FDefaultPool::finishLoad() try {
+    lateSavers_.clear();
     if (savedAutoSaverAttributes_) {
         noteStoredSavers(*savedAutoSaverAttributes_);
         autoSavers_.tell([saved = savedAutoSaverAttributes_](AutoSaver& saver) {
@@ -458,11 +481,6 @@ Ref<FAttributes> FDefaultPool::storedSavers() {
     return savers ? retain(savers) : make<FAttributes>();
 }
 
-void FDefaultPool::noteStoredSavers(const FAttributes& savers) {
-    for (int32_t i = 0; i < savers.count(); ++i)
-        storedSaverNames_.insert(savers.at(i)->key());
-}
-
 /// What is stored of auto-savers stays while they are missing, as when their module is not there in a run.
 void FDefaultPool::keepMissingSavers(Collected& all) {
     auto savers = all.savers ? all.savers : make<FAttributes>();
@@ -478,21 +496,13 @@ void FDefaultPool::keepMissingSavers(Collected& all) {
         all.savers = std::move(savers);
 }
 
-/// False when there is none.
-bool FDefaultPool::saveAutoSavers(FAttributes& attributes) {
-    bool isAny = false;
-    autoSavers_.tell([&](AutoSaver& saver) {
-        attributes.saveObject(saver.getClassName(), &saver);
-        isAny = true;
-    });
-    return isAny;
-}
-
 void FDefaultPool::clear() {
+    lateSavers_.clear();
     groups_.clear();
     removedGroups_.clear();
     unreadable_.clear();
     otherVersions_.clear();
+    missing_.clear();
     afterLoad_.clear();
     beforeSave_.clear();
     savedAutoSaverAttributes_.reset();
@@ -506,16 +516,6 @@ bool FDefaultPool::addAfterLoadCallback(Callback callback) {
 }
 bool FDefaultPool::addBeforeSaveCallback(Callback callback) {
     return addCallback(beforeSave_, callback);
-}
-
-bool FDefaultPool::registerAutoSaver(AutoSaver* saver) try {
-    autoSavers_.add(saver);
-    return true;
-} catch (const std::bad_alloc&) {
-    return false;
-}
-void FDefaultPool::unregisterAutoSaver(AutoSaver* saver) {
-    autoSavers_.remove(saver);
 }
 
 std::vector<Ref<FDefaults>> FDefaultPool::storedGroups() const {
@@ -584,7 +584,7 @@ FGlobalDefaultPool* FGlobalDefaultPool::instance() {
 
 Ref<FDefaults> FGlobalDefaultPool::createGroup(const ConstString& name) {
     Ref<FDefaults> group = FDefaultPool::createGroup(name);
-    if (isFolderMode() && !isRefused())
+    if (isFolderMode() && mayRead())
         loadGroup(*group);
     return group;
 }

@@ -36,14 +36,16 @@ public:
 
     /// The group of that name, made when it is missing and `create` is set. Null for an empty name, for a
     /// group of another version, and when the pool gives out none. It stays where it is until `removeGroup`,
-    /// `load` or `clear`: ask again after these instead of keeping it.
+    /// `load` or `clear`: ask again after these instead of keeping it. In folder mode a group that was not
+    /// asked for yet is read from its file, whatever `create` says; no file is read before `load`.
     FDefaults* getGroup(const ConstString& name, int32_t version = 0, bool create = true);
     /// Drops a group: it is not made or loaded again, and its file goes with the next save. False, and
     /// nothing done, without memory.
     bool removeGroup(const ConstString& name);
 
-    /// False when the load hook refused or the store could not be read; the pool is empty then. Without
-    /// memory for it nothing is saved in this run.
+    /// Begins afresh: nothing is left of what was set or loaded before. False when the load hook refused or
+    /// the store could not be read; the pool is empty then. Without memory for it nothing is saved in this
+    /// run.
     bool load();
     /// Restores the auto-savers and calls the after-load callbacks. Only after this anything is saved.
     void finishLoad();
@@ -82,8 +84,12 @@ public:
     /// Settings of an older form wait to be taken out of the store.
     bool preferencesNeedExtraction() const { return state_.preferencesNeedExtraction; }
 
-    /// False without memory for it: it is neither saved nor restored then.
+    /// False without memory for it: it is neither saved nor restored then. What is stored of one that comes
+    /// after `finishLoad` stays as it is until that one was restored.
     bool registerAutoSaver(AutoSaver* saver);
+    /// For one that came after `finishLoad`, at the end of its making: gives it what is stored of it, and
+    /// from then on its own state is stored. False when nothing is.
+    bool restoreAutoSaver(AutoSaver& saver);
     void unregisterAutoSaver(AutoSaver* saver);
 
     bool storeAttributes(FAttributes* attributes) override;
@@ -92,8 +98,8 @@ public:
     virtual Ref<FDefaults> createGroup(const ConstString& name);
 
 protected:
-    /// The load hook said no: nothing is read from files in this run.
-    bool isRefused() const { return state_.noNewGroups; }
+    /// The load hook was asked, and did not say no.
+    bool mayRead() const { return state_.hasAsked && !state_.noNewGroups; }
     /// Reads the file of `group` in folder mode, if it has one.
     bool loadGroup(FDefaults& group);
 
@@ -104,6 +110,8 @@ private:
     bool loadFile(const std::string& name, std::string_view tag, CmObject& object);
     bool saveFile(const std::string& name, std::string_view tag, FAttributes& attributes);
     bool setAsideUnread(const std::string& name);
+    bool preferKept();
+    bool isBehind(AutoSaver& saver);
     bool removeFile(const std::string& name);
     bool removeGroupFile(const std::string& name, FDefaults& group);
     Collected collect();
@@ -136,7 +144,11 @@ private:
     std::map<std::string, StoredFile::Found> unreadable_;
     /// Versions of groups that have a file and were asked for with another version.
     std::unordered_map<std::u16string, int32_t> otherVersions_;
+    /// Names of groups that somebody asked for and no file has.
+    std::set<std::u16string> missing_;
     ListenerList<AutoSaver> autoSavers_;
+    /// Those that came after the load and have neither been restored nor stored.
+    std::set<const AutoSaver*> lateSavers_;
     Ref<FAttributes> savedAutoSaverAttributes_;
     /// The names of all auto-savers that something is stored of.
     std::set<std::string> storedSaverNames_;
@@ -155,6 +167,7 @@ private:
         bool hasBackup = false;
         /// What `backup` left could not be brought back.
         bool isBackupStuck = false;
+        bool hasAsked = false;
         bool noNewGroups = false;
         bool folderMode = false;
         bool loaded = false;

@@ -61,6 +61,8 @@ bool FDefaultPool::backup() try {
     const bool isFolder = state_.folderMode && stands(store);
     if (!isFolder && !file.exists())
         return true;
+    if (!isFolder && !preferKept())
+        return false;
     if (!state_.folderMode)
         state_.hasBackup = file.backup(FFileType::settingsBackupFile());
     else if (isFolder)
@@ -78,7 +80,8 @@ bool FDefaultPool::restore() try {
     state_.isBackupStuck = true;
     const DefaultsLock lock;
     const bool isThere = hasBackup();
-    if (state_.folderMode)
+    // What is half made may be another program's work.
+    if (state_.folderMode && !lock.isBusy())
         DefaultsFolder::tidy();
     const bool isRestored =
         isThere &&

@@ -47,7 +47,8 @@ private:
     FAttributes values_;
 };
 
-/// An object whose attributes the defaults store keeps under the name of its class, from load to save.
+/// An object whose attributes the defaults store keeps under the name of its class, from load to save. One
+/// that is made after the load asks for its own by `FDefaultPool::restoreAutoSaver`.
 class AutoSaver : public CmObject {
     QORL_CLASS(AutoSaver, CmObject)
 

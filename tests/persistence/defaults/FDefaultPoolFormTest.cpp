@@ -1,8 +1,11 @@
 #include "persistence/defaults/DefaultPoolFixture.h"
+#include "persistence/defaults/DefaultsFolder.h"
 #include "support/FailingDisk.h"
 
+#include <chrono>
 #include <memory>
 #include <sys/stat.h>
+#include <utility>
 
 namespace qorl {
 namespace {
@@ -25,6 +28,42 @@ protected:
         return pool().getGroup("Group")->values().getInteger("n");
     }
 };
+
+TEST_P(FDefaultPoolFormTest, WaitsOnceForAProgramThatHangs) {
+    begin(1);
+    EXPECT_TRUE(pool().save(true));
+    restart();
+    pool().setFolderMode();
+    folder_.write("settings/Defaults (New)/half.xml", "made");
+    const auto patience = std::exchange(DefaultsLock::longestWait, std::chrono::milliseconds(0));
+    {
+        const platform::FileLock other(folder_ / "settings/.Defaults.lock", {});
+        const Said output;
+        pool().restore();
+        EXPECT_TRUE(folder_.has("settings/Defaults (New)/half.xml")) << "it may be that program's";
+        loadAll();
+        EXPECT_TRUE(output.mentions("too long"));
+        said.clear();
+        EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+        EXPECT_EQ(pool().getGroup("Other", 0, false), nullptr);
+        EXPECT_EQ(said, "") << "each group would wait";
+        EXPECT_TRUE(pool().save(true));
+        EXPECT_TRUE(output.mentions("too long"));
+    }
+    DefaultsLock::longestWait = patience;
+    pool().restore();
+    EXPECT_FALSE(folder_.has("settings/Defaults (New)"));
+}
+
+TEST_P(FDefaultPoolFormTest, TakesAwayWhatACrashLeftOfItsFolders) {
+    begin(1);
+    for (const char* name : {"Defaults (New)", "Defaults (New Backup)", "Defaults (Earlier)",
+                             "Defaults (Backup) (Earlier)", "Defaults (Trashed) (Earlier)"}) {
+        folder_.write(std::string("settings/") + name + "/left.xml", "left");
+        pool().restore();
+        EXPECT_FALSE(folder_.has(std::string("settings/") + name)) << name;
+    }
+}
 
 TEST_P(FDefaultPoolFormTest, WritesTheDocuments) {
     loadAll();

@@ -39,6 +39,53 @@ TEST_P(FDefaultPoolTest, HidesNothingThatIsStoredByWhatWasSetBeforeTheLoad) {
     EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
 }
 
+TEST_P(FDefaultPoolTest, GivesWhatIsStoredToThoseWhoOnlyAsk) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    restart();
+    EXPECT_EQ(pool().getGroup("Group", 0, false), nullptr) << "before the load";
+    loadAll();
+    const FDefaults* group = pool().getGroup("Group", 0, false);
+    ASSERT_NE(group, nullptr);
+    EXPECT_EQ(group->values().getInteger("n"), 1);
+    EXPECT_EQ(pool().getGroup("Unknown", 0, false), nullptr);
+    pool().removeGroup("Group");
+    EXPECT_EQ(pool().getGroup("Group", 0, false), nullptr);
+}
+
+TEST_P(FDefaultPoolTest, ForgetsAllWhenALoadIsRefused) {
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    loadAll();
+    EXPECT_FALSE(pool().getGroup("Group")->isEmpty());
+    pool().setLoadHook(&refuse);
+    EXPECT_FALSE(loadAll());
+    EXPECT_TRUE(pool().getGroup("Group")->isEmpty()) << "factory settings apply";
+}
+
+TEST_P(FDefaultPoolTest, BeginsAfreshWithEachLoad) {
+    const std::string name = GetParam() ? "settings/Defaults/" + groupFile : "settings/Defaults";
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 1);
+    pool().save(true);
+    const std::string whole = folder_.read(name + ".xml");
+    restart();
+    folder_.write(name + ".xml", damaged);
+    loadAll();
+    EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
+    EXPECT_EQ(pool().preferencesNeedExtraction(), !GetParam());
+    folder_.write(name + ".xml", whole);
+    EXPECT_TRUE(pool().load());
+    EXPECT_FALSE(pool().preferencesNeedExtraction());
+    EXPECT_FALSE(pool().save(true)) << "it is not finished";
+    pool().finishLoad();
+    pool().getGroup("Group")->values().setInteger("n", 2);
+    EXPECT_TRUE(pool().save(true));
+    EXPECT_FALSE(folder_.has(name + " (Damaged).xml")) << "it is mended";
+}
+
 TEST_P(FDefaultPoolTest, SavesNothingBeforeItWasLoaded) {
     pool().getGroup("Group")->values().setInteger("n", 1);
     EXPECT_FALSE(pool().save(true));
@@ -77,6 +124,37 @@ TEST_P(FDefaultPoolTest, RestoresAutoSaversAtTheEndOfTheLoad) {
     EXPECT_EQ(saver.state, 7);
 }
 
+TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfALateAutoSaverUntilThatWasRestored) {
+    const auto stored = [this] {
+        restart();
+        Saver saver;
+        loadAll();
+        return saver.state;
+    };
+    loadAll();
+    {
+        Saver saver;
+        for (saver.state = 6; saver.state < 8; ++saver.state)
+            EXPECT_TRUE(pool().save(true)) << "there is nothing to restore";
+    }
+    EXPECT_EQ(stored(), 7);
+    {
+        Saver late;
+        EXPECT_TRUE(pool().save(true));
+        EXPECT_EQ(late.state, 0);
+    }
+    EXPECT_EQ(stored(), 7) << "its factory state has nothing to say";
+    {
+        Saver late;
+        EXPECT_TRUE(pool().restoreAutoSaver(late));
+        EXPECT_EQ(late.state, 7);
+        EXPECT_FALSE(pool().restoreAutoSaver(late)) << "once";
+        late.state = 8;
+        EXPECT_TRUE(pool().save(true));
+    }
+    EXPECT_EQ(stored(), 8);
+}
+
 TEST_P(FDefaultPoolTest, ForgetsRemovedGroups) {
     loadAll();
     pool().getGroup("Old")->values().setInteger("n", 1);
@@ -103,6 +181,24 @@ TEST_P(FDefaultPoolTest, DisablesSettingsForOneRun) {
     restart();
     EXPECT_TRUE(pool().restore());
     EXPECT_FALSE(pool().restore());
+    loadAll();
+    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+}
+
+TEST_P(FDefaultPoolTest, PutsTheGoodSettingsAsideThatAnInterruptedSaveKept) {
+    restart();
+    folder_.write("settings/Defaults.xml", damaged);
+    folder_.write("settings/Defaults_old.xml", "<Defaults><list name=\"Entries\" type=\"list\"><item>" +
+                                                   groupDocument(1).substr(10, groupDocument(1).size() - 21) +
+                                                   "</item></list></Defaults>");
+    EXPECT_TRUE(pool().backup());
+    EXPECT_EQ(folder_.read("settings/Defaults (Damaged).xml"), damaged);
+    pool().setLoadHook(&refuse);
+    loadAll();
+    pool().getGroup("Group")->values().setInteger("n", 2);
+    EXPECT_TRUE(pool().save(true));
+    restart();
+    EXPECT_TRUE(pool().restore());
     loadAll();
     EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
 }

@@ -1,0 +1,65 @@
+// Auto-savers: who is there, and who of them has what is stored of him.
+#include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/defaults/FDefaultPool.h"
+
+#include <new>
+
+namespace qorl {
+
+bool FDefaultPool::registerAutoSaver(AutoSaver* saver) try {
+    if (state_.loaded)
+        lateSavers_.insert(saver);
+    autoSavers_.add(saver);
+    return true;
+} catch (const std::bad_alloc&) {
+    lateSavers_.erase(saver);
+    return false;
+}
+void FDefaultPool::unregisterAutoSaver(AutoSaver* saver) {
+    lateSavers_.erase(saver);
+    autoSavers_.remove(saver);
+}
+
+bool FDefaultPool::restoreAutoSaver(AutoSaver& saver) try {
+    if (!isBehind(saver))
+        return false;
+    const Ref<FAttributes> stored = [this] {
+        const DefaultsLock lock;
+        return storedSavers();
+    }();
+    FAttributes* own = stored->getAttributes(saver.getClassName());
+    const bool isRestored = own && saver.restoreAttributes(own);
+    lateSavers_.erase(&saver);
+    return isRestored;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+/// False when there is none.
+bool FDefaultPool::saveAutoSavers(FAttributes& attributes) {
+    bool isAny = false;
+    autoSavers_.tell([&](AutoSaver& saver) {
+        if (isBehind(saver))
+            return;
+        attributes.saveObject(saver.getClassName(), &saver);
+        isAny = true;
+    });
+    return isAny;
+}
+
+/// What is stored of it is more than it knows.
+bool FDefaultPool::isBehind(AutoSaver& saver) {
+    if (!lateSavers_.contains(&saver))
+        return false;
+    if (storedSaverNames_.contains(saver.getClassName()))
+        return true;
+    lateSavers_.erase(&saver);
+    return false;
+}
+
+void FDefaultPool::noteStoredSavers(const FAttributes& savers) {
+    for (int32_t i = 0; i < savers.count(); ++i)
+        storedSaverNames_.insert(savers.at(i)->key());
+}
+
+} // namespace qorl
