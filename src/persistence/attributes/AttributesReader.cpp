@@ -22,7 +22,8 @@ using Hold = FAttributeValue::Hold;
 /// made for what has been read only.
 class BodyReader {
 public:
-    BodyReader(FBinaryStream& stream, FObjectArchive* archive) : stream_(stream), archive_(archive) {}
+    BodyReader(FBinaryStream& stream, FObjectArchive* archive, OldObjects oldObjects)
+        : stream_(stream), archive_(archive), areKept_(oldObjects == OldObjects::kept) {}
 
     const std::string& fault() const { return fault_; }
 
@@ -44,6 +45,8 @@ private:
         int32_t left;
         /// The attributes, or the list.
         Ref<CmObject> holder;
+        /// Of a list only.
+        std::string key;
     };
 
     /// An object of an old file, which is created as soon as its body has been read, and the place for it.
@@ -92,7 +95,7 @@ private:
         if (!readCount(count, "entries"))
             return false;
         ++depth_;
-        steps_.push_back({kind, count, std::move(body)});
+        steps_.push_back({kind, count, std::move(body), {}});
         return true;
     }
 
@@ -103,6 +106,10 @@ private:
             --depth_;
         if (step.kind == Step::Kind::oldBody)
             createOldObject();
+        // The item had keys of its own.
+        if (!steps_.empty() && steps_.back().kind != Step::Kind::body &&
+            steps_.back().kind != Step::Kind::oldBody)
+            key_ = steps_.back().key;
     }
 
     bool readCount(int32_t& count, const char* what) {
@@ -130,8 +137,11 @@ private:
         return TextRead::read;
     }
 
-    /// The text that was read.
+    /// The text that was read; of a wide one also what stands behind a zero.
     String string() const {
+        if (text_.isMarked && text_.bytes.find('\0') != std::string_view::npos &&
+            text::wideLength(text_.bytes, text::Surrogates::kept) != text::invalid)
+            return XmlText::widen(text_.bytes);
         String read;
         if (!text_.assignTo(read))
             throw std::bad_alloc();
@@ -171,8 +181,11 @@ private:
     }
 
     bool readString(FAttributes& attributes) {
-        if (readText() == TextRead::failed)
+        const TextRead result = readText();
+        if (result == TextRead::failed)
             return failEnd();
+        if (result == TextRead::tooLong)
+            tellTooLong();
         if (!text_.bytes.empty())
             attributes.append(key_).takeString(string());
         return true;
@@ -222,7 +235,7 @@ private:
         int32_t count = 0;
         if (!readCount(count, "items"))
             return false;
-        steps_.push_back({kind, count, std::move(list)});
+        steps_.push_back({kind, count, std::move(list), key_});
         return true;
     }
 
@@ -253,8 +266,15 @@ private:
                 return failEnd();
             if (result == TextRead::read)
                 list.items.push_back(XmlText::widen(text_.bytes));
+            else
+                tellTooLong();
         }
         return true;
+    }
+
+    void tellTooLong() const {
+        const std::string text = "a text of \"" + XmlText::brief(key_) + "\" is longer than 50000 bytes";
+        FObjectArchive::reportGlobally(FObjectArchive::malformed, text.c_str());
     }
 
     bool readBinary(FMemoryStream& memory) {
@@ -319,7 +339,7 @@ private:
         return true;
     }
 
-    /// Without a class an object only stays stored.
+    /// Without a class an object only stays stored, or goes when it is an old one.
     bool readClassName() {
         const TextRead result = readText();
         if (result == TextRead::tooLong)
@@ -337,14 +357,18 @@ private:
         return enterBody(Step::Kind::oldBody, attributes);
     }
 
-    /// One of an unknown class, or that refuses its attributes, is told to the global error sink, and
-    /// dropped. One of a known class that could not come to be, for want of memory, stays stored.
+    /// One of an unknown class or without one, or that refuses its attributes, is told to the global error
+    /// sink, and dropped. One of a known class that could not come to be, for want of memory, stays stored.
     void createOldObject() {
         const OldObject old = std::move(oldObjects_.back());
         oldObjects_.pop_back();
         const char* className = old.instance->className8().text8();
-        Ref<CmObject> object = retain(old.instance->getObject());
-        if (!object && !old.instance->getAttributes())
+        Ref<CmObject> object = areKept_ ? nullptr : retain(old.instance->getObject());
+        if (*className == '\0')
+            FObjectArchive::reportGlobally(FObjectArchive::classNotRegistered, className);
+        else if (areKept_)
+            object = old.instance;
+        else if (!object && !old.instance->getAttributes())
             FObjectArchive::reportGlobally(FObjectArchive::wrongObject, className);
         else if (!object && StoredClass::find(className))
             object = old.instance;
@@ -377,7 +401,7 @@ private:
         return true;
     }
 
-    bool failEnd() { return fail("the value of \"" + key_.substr(0, 64) + "\" is cut off or damaged"); }
+    bool failEnd() { return fail("the value of \"" + XmlText::brief(key_) + "\" is cut off or damaged"); }
 
     bool fail(const std::string& text) {
         fault_ = "before byte " + std::to_string(stream_.tell()) + ": " + text;
@@ -386,6 +410,7 @@ private:
 
     FBinaryStream& stream_;
     FObjectArchive* archive_;
+    bool areKept_;
     std::vector<Step> steps_;
     std::vector<OldObject> oldObjects_;
     int32_t depth_ = 0;
@@ -399,8 +424,8 @@ private:
 } // namespace
 
 bool readAttributes(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive,
-                    std::string* fault) try {
-    BodyReader reader(stream, archive);
+                    std::string* fault, OldObjects oldObjects) try {
+    BodyReader reader(stream, archive, oldObjects);
     const bool isRead = reader.read(attributes);
     if (!isRead && fault)
         *fault = reader.fault();

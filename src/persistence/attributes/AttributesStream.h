@@ -14,6 +14,11 @@ namespace qorl {
 // Bodies may be nested 10000 deep. Both operations tell in `fault`, when it is given, where the body or the
 // stream was at fault and what would have been right.
 
+/// What becomes of objects that old files store without a number. One that is created as soon as it is read
+/// is dropped if its class is unknown, if it has none, or if it refuses its attributes; one that is kept
+/// stays stored like all others, and goes only without a class.
+enum class OldObjects : uint8_t { created, kept };
+
 /// Writes the body as a whole, at the end, or nothing of it: false when a text or a key is longer than it
 /// could be read back (50000 bytes; XML or a binary value hold any length), for a binary value of 2 GB and
 /// more, when attributes are nested too deep, when memory ran out, and when the stream does not take all
@@ -21,10 +26,15 @@ namespace qorl {
 bool writeAttributes(FBinaryStream& stream, const FAttributes& attributes, std::string* fault = nullptr);
 
 /// Adds the body's entries to `attributes`. False for a damaged body and when memory ran out; what was read
-/// until then stays. A text, or an item of a list of texts, that is too long is left out; an object whose
-/// class name is too long stays stored without a class, and the global listener of archives is told.
-/// `archive` reads the objects of old files that stored them by it; null where there is none.
+/// until then stays. What a whole body has and `attributes` don't get is told to the global listener of
+/// archives, each time: a text, or an item of a list of texts, that is too long; the name of a class that is,
+/// without which an object only stays stored; an object of an old file that is dropped. Entries with an empty
+/// text or of an unknown kind are left out without a word.
+///
+/// `archive` reads the objects of old files that stored them by it; null where there is none. By that alone
+/// attributes may come to hold themselves, as a damaged or hostile archive makes them: nobody releases such a
+/// ring but who reads it, by `removeAll`.
 bool readAttributes(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive = nullptr,
-                    std::string* fault = nullptr);
+                    std::string* fault = nullptr, OldObjects oldObjects = OldObjects::created);
 
 } // namespace qorl

@@ -6,6 +6,7 @@
 #include "persistence/attributes/StoredObject.h"
 #include "persistence/streams/FBinaryStream.h"
 #include "persistence/xml/FXmlObject.h"
+#include "persistence/xml/XmlText.h"
 
 #include <limits>
 #include <new>
@@ -219,7 +220,7 @@ private:
         for (size_t i = 0; i < steps_.size() && i < mostKeys; ++i)
             if (const auto& body = steps_[i].body)
                 if (const FStringIDAttribute* entry = body->at(steps_[i].next - 1))
-                    keys += (keys.empty() ? "\"" : "|") + entry->key().substr(0, 64);
+                    keys += (keys.empty() ? "\"" : "|") + XmlText::brief(entry->key());
         fault_ = keys.empty() ? text : keys + "\": " + text;
         return Outcome::failed;
     }

@@ -127,6 +127,9 @@ class FSubList : public FAttrList {
 
 public:
     FSubList() = default;
+    /// Other items, to be read from where `other` is.
+    FSubList(const FAttrList& other, std::vector<Ref<FAttributes>> others)
+        : FAttrList(other), items(std::move(others)) {}
     /// Copies the items too.
     FSubList(const FSubList& other);
     FSubList& operator=(const FSubList&) = delete;

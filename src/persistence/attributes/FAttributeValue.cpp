@@ -2,6 +2,8 @@
 
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
+#include "foundation/text/TextConversion.h"
+#include "persistence/xml/XmlText.h"
 
 #include <bit>
 #include <cmath>
@@ -36,6 +38,27 @@ int64_t truncated(double value) {
     if (value >= limit)
         return std::numeric_limits<int64_t>::max();
     return value < -limit ? std::numeric_limits<int64_t>::min() : static_cast<int64_t>(value);
+}
+
+/// A text that would not come back the same from the other width, and the nearest one in that.
+class TextInBothWidths final : public CmString {
+    QORL_CLASS(TextInBothWidths, CmString)
+
+public:
+    TextInBothWidths(String&& text, String&& other) : CmString(std::move(text)), other_(std::move(other)) {}
+
+    const String& other() const { return other_; }
+
+private:
+    String other_;
+};
+
+bool hasLoneSurrogate(std::u16string_view wide) {
+    const auto length = static_cast<int32_t>(wide.size());
+    for (int32_t at = 0; at < length;)
+        if (const char32_t point = text::nextPoint(wide, at); point >= 0xD800 && point < 0xE000)
+            return true;
+    return false;
 }
 
 } // namespace
@@ -94,7 +117,7 @@ String FAttributeValue::copyOf(const ConstString& text) {
 
 void FAttributeValue::own(String&& text) const {
     auto* owned = ownedString();
-    if (!owned) {
+    if (!owned || cast<TextInBothWidths>(owned)) {
         replace(string, toWord(new CmString(std::move(text))));
         return;
     }
@@ -107,6 +130,24 @@ void FAttributeValue::ownReferred() const {
     const auto hidden = static_cast<uint16_t>(flags_ & foreign);
     own(copyOf(getString()));
     flags_ |= hidden;
+}
+
+/// The text in the width that it isn't stored in, when its conversion could not be undone; else null.
+const String* FAttributeValue::inOtherWidth(const CmString& owned) const {
+    if (const auto* both = cast<TextInBothWidths>(&owned))
+        return &both->other();
+    const String& text = owned.string();
+    const bool comesBack =
+        text.isWide() ? !hasLoneSurrogate(text.view16()) : text::wideLength(text.view8()) != text::invalid;
+    if (comesBack)
+        return nullptr;
+    String other =
+        text.isWide() ? String(std::string_view(text::narrow(text.view16()))) : XmlText::widen(text.view8());
+    if (other.isEmpty())
+        throw std::bad_alloc();
+    const auto* both = new TextInBothWidths(copyOf(text), std::move(other));
+    replace(static_cast<uint16_t>(string | (flags_ & foreign)), toWord(both));
+    return &both->other();
 }
 
 CmString* FAttributeValue::ownedString() const {
@@ -137,6 +178,12 @@ void FAttributeValue::setObject(CmObject* value, Hold hold) {
     if (value && hold == Hold::retain)
         value->addRef();
     replace(object | holdFlag(hold), toWord(value));
+}
+
+void FAttributeValue::replaceObject(CmObject* value, Hold hold) {
+    if (value && hold == Hold::retain)
+        value->addRef();
+    replace(static_cast<uint16_t>(object | holdFlag(hold) | (flags_ & foreign)), toWord(value));
 }
 
 void FAttributeValue::setInterface(FInterface* value, Hold hold) {
@@ -174,7 +221,10 @@ const char* FAttributeValue::getText8() const {
         if ((flags_ & (referenced | wide)) == (referenced | wide))
             ownReferred();
         const CmString* owned = ownedString();
-        return owned ? owned->text8() : pointer<const char>();
+        if (!owned)
+            return pointer<const char>();
+        const String* other = owned->string().isWide() ? inOtherWidth(*owned) : nullptr;
+        return other ? other->text8() : owned->text8();
     }
     const auto* text = cast<CmString>(getObject());
     return text ? text->text8() : nullptr;
@@ -185,7 +235,10 @@ const char16_t* FAttributeValue::getText16() const {
         if ((flags_ & (referenced | wide)) == referenced)
             ownReferred();
         const CmString* owned = ownedString();
-        return owned ? owned->text16() : pointer<const char16_t>();
+        if (!owned)
+            return pointer<const char16_t>();
+        const String* other = owned->string().isWide() ? nullptr : inOtherWidth(*owned);
+        return other ? other->text16() : owned->text16();
     }
     const auto* text = cast<CmString>(getObject());
     return text ? text->text16() : nullptr;

@@ -92,13 +92,17 @@ public:
     void referToText(const char* text);
     void referToText(const char16_t* text);
     void setObject(CmObject* value, Hold hold);
+    /// Another object that stands for the one that is held: it is the same value, so it stays foreign.
+    void replaceObject(CmObject* value, Hold hold);
     void setInterface(FInterface* value, Hold hold);
     void clear();
 
     /// A number of the other kind is converted, a text parsed; 0 without either.
     int64_t getInteger() const;
     double getFloat() const;
-    /// Null when there is no text. An owned text is converted in place.
+    /// Null when there is no text. An owned text is converted in place, unless it would not come back the
+    /// same: wide text with lone surrogates, which stand as U+FFFD in 8 bits, and bytes that are no UTF-8,
+    /// which are read as Windows-1252. These stay as they are, and are stored so.
     const char* getText8() const;
     const char16_t* getText16() const;
     /// A view of the text in its stored width, also of an object that is a `CmString`; empty without one.
@@ -123,6 +127,7 @@ private:
     void own(String&& text) const;
     void ownReferred() const;
     CmString* ownedString() const;
+    const String* inOtherWidth(const CmString& owned) const;
     template <typename T>
     T* pointer() const {
         return reinterpret_cast<T*>(value_);

@@ -4,8 +4,8 @@
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/StoredObject.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/FXmlObject.h"
 #include "platform/System.h"
 
 #include <cstring>
@@ -18,13 +18,6 @@ QORL_REGISTER(FAttributes, "FAttributes", CmObject, 0)
 QORL_REGISTER_ALIAS(FAttributes, "Attributes")
 
 namespace {
-
-/// The live object behind a value, created now when it is stored.
-CmObject* liveObject(CmObject* object, const char* className) {
-    if (auto* stored = cast<FXmlObject>(object))
-        object = stored->getObject();
-    return object && (!className || object->isTypeOf(className, true)) ? object : nullptr;
-}
 
 std::string_view bytesOf(const FAttributeValue* value) {
     return binaryBytes(value ? value->getObject() : nullptr).value_or(std::string_view());
@@ -143,7 +136,8 @@ ConstString FAttributes::getString(std::string_view key) const {
 
 Ref<CmObject> FAttributes::getObject(std::string_view key, const char* className) const {
     const auto* found = find(key);
-    return retain(found ? liveObject(found->getObject(), className) : nullptr);
+    Ref<CmObject> object = found ? StoredObject::live(retain(found->getObject())) : nullptr;
+    return object && (!className || object->isTypeOf(className, true)) ? object : nullptr;
 }
 
 FAttributes* FAttributes::getAttributes(std::string_view key) const {

@@ -51,7 +51,7 @@ public:
     /// Keeps the width of `text`; an empty text is a value.
     void setString(std::string_view key, const ConstString& text) { entry(key).setString(text); }
     void setObject(std::string_view key, CmObject* object, Hold hold);
-    /// With `copy` the bytes are copied; else they must outlive the attributes.
+    /// With `copy` the bytes are copied; else they must outlive the attributes. Null has no bytes.
     void setBinary(std::string_view key, const void* data, int64_t size, bool copy);
 
     int64_t getInteger(std::string_view key, int64_t standard = 0) const;
@@ -150,7 +150,8 @@ public:
     FAttributes* findAttributes(std::string_view path) const;
     bool findValue(std::string_view path, FAttributeVariant& value) const;
 
-    /// The binary form, see `AttributesStream.h`. Reading replaces what is there.
+    /// The binary form, see `AttributesStream.h`, also for rings that a hostile archive makes. Reading
+    /// replaces what is there.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
     /// So that attributes can stand in a list of objects. The entries are shared, not copied.

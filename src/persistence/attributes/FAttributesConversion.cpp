@@ -1,6 +1,7 @@
 #include "foundation/Cast.h"
 #include "foundation/text/ConstString.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/StoredObject.h"
 #include "persistence/xml/FXmlObject.h"
 
 #include <charconv>
@@ -35,9 +36,8 @@ void saveValue(const FAttributeValue& from, FAttributeValue& to) {
 Ref<CmObject> loadedObject(const FAttributeValue& from) {
     const Ref<CmObject> object = retain(from.getObject());
     auto* stored = cast<FXmlObject>(object.get());
-    CmObject* live = stored ? stored->getObject() : nullptr;
-    const bool isKept = !stored || (!live && stored->getAttributes());
-    return isKept ? object : retain(live);
+    Ref<CmObject> live = StoredObject::live(object);
+    return !live && stored && stored->getAttributes() ? object : live;
 }
 
 /// Calls `target()` for the place of each entry of `nested` that has a value.

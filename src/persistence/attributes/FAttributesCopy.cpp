@@ -57,15 +57,14 @@ private:
 
     void copyPart(CmObject* part, FAttributeValue& value) {
         if (part && part == root_) {
-            value.setObject(copy_, Hold::plain);
+            value.replaceObject(copy_, Hold::plain);
         } else if (const auto* nested = cast<FAttributes>(part)) {
-            value.setObject(copyNested(*nested).get(), Hold::retain);
+            value.replaceObject(copyNested(*nested).get(), Hold::retain);
         } else if (const auto* lists = cast<FSubList>(part)) {
-            const auto copied = make<FSubList>();
-            copied->items = copyItems(*lists);
-            value.setObject(copied.get(), Hold::retain);
+            const auto copied = make<FSubList>(*lists, copyItems(*lists));
+            value.replaceObject(copied.get(), Hold::retain);
         } else if (cast<FAttrList>(part) || cast<FMemoryStream>(part)) {
-            value.setObject(wholeClone(*part).get(), Hold::retain);
+            value.replaceObject(wholeClone(*part).get(), Hold::retain);
         }
     }
 
@@ -90,6 +89,8 @@ private:
         auto copy = Ref<CmObject>::adopt(part.clone());
         if (!copy || binaryBytes(copy.get()) != binaryBytes(&part))
             throw std::bad_alloc();
+        if (auto* memory = cast<FMemoryStream>(copy.get()))
+            memory->rewind();
         return copy;
     }
 

@@ -1,6 +1,7 @@
 #include "foundation/Cast.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/StoredObject.h"
 #include "persistence/xml/FXmlObject.h"
 
 #include <new>
@@ -103,12 +104,9 @@ bool FAttributes::nextText(std::string_view key, ConstString& text) {
 Ref<CmObject> FAttributes::nextObject(std::string_view key, const char* className) {
     const Ref<FObjectList> list = retain(this->list<FObjectList>(key));
     for (int32_t place = list ? list->step() : -1; place >= 0; place = list->step()) {
-        // Making an object may lead back to the list.
-        const Ref<CmObject> item = retain(list->items[static_cast<size_t>(place)]);
-        auto* stored = cast<FXmlObject>(item);
-        CmObject* object = stored ? stored->getObject() : item.get();
+        Ref<CmObject> object = StoredObject::live(retain(list->items[static_cast<size_t>(place)]));
         if (object && (!className || object->isTypeOf(className, true)))
-            return retain(object);
+            return object;
     }
     return nullptr;
 }

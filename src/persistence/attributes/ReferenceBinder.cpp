@@ -125,7 +125,8 @@ void ReferenceBinder::Place::put(Ref<CmObject> object) const {
     if (list)
         list->replace(index, std::move(object));
     else
-        attributes->at(static_cast<int32_t>(index))->setObject(object.get(), FAttributeValue::Hold::retain);
+        attributes->at(static_cast<int32_t>(index))
+            ->replaceObject(object.get(), FAttributeValue::Hold::retain);
 }
 
 void ReferenceBinder::visitWaiting() {

@@ -29,6 +29,16 @@ CmObject* StoredObject::meantBy(CmObject* object) {
     return instance && !instance->getAttributes() ? instance->getObject() : object;
 }
 
+Ref<CmObject> StoredObject::live(Ref<CmObject> object) {
+    auto* stored = cast<FXmlObject>(object);
+    if (!stored)
+        return object;
+    // A reference may only watch its target.
+    const auto* reference = cast<FXmlReference>(stored);
+    const Ref<FXmlInstance> target = retain(reference ? reference->target() : nullptr);
+    return retain(stored->getObject());
+}
+
 bool StoredObject::take(CmObject* object) {
     if (auto* instance = cast<FXmlInstance>(object)) {
         className = FAttributeValue::copyOf(instance->className8().string());

@@ -23,6 +23,9 @@ struct StoredObject {
     /// The object that `object` stands for: the target of a bound reference, the live object of an instance
     /// that has become one. Null for null and for an instance that failed to.
     static CmObject* meantBy(CmObject* object);
+    /// The live object behind a stored one, created now; null when there is none. Any other object is live.
+    /// What is stored is held meanwhile, since an object may change what it is restored from.
+    static Ref<CmObject> live(Ref<CmObject> object);
 };
 
 /// The objects that have been written into one document, with the numbers that name them there.

@@ -312,6 +312,7 @@ TEST(AttributesGraph, BindsWhatWasReferredToBeforeItsPlaceWasRead) {
         binder.addInstance(outer);
         root.setObject("inner", binder.addReference(1).get(), Hold::retain);
         outerState->setObject("place", inner.get(), Hold::retain);
+        outerState->find("place")->setForeign();
         innerState->setObject("owner", binder.addReference(2).get(), Hold::retain);
         binder.bind(root);
     }
@@ -321,6 +322,7 @@ TEST(AttributesGraph, BindsWhatWasReferredToBeforeItsPlaceWasRead) {
     auto* outer = cast<FXmlReference>(innerState->find("owner")->getObject())->target();
     ASSERT_NE(outer, nullptr);
     EXPECT_EQ(cast<FXmlReference>(outer->getAttributes()->find("place")->getObject())->target(), inner);
+    EXPECT_TRUE(outer->getAttributes()->find("place")->isHidden());
     root.removeAll();
     EXPECT_EQ(cast<FXmlReference>(innerState->find("owner")->getObject())->target(), outer);
     innerState->addRef();

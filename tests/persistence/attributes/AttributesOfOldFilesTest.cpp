@@ -3,8 +3,10 @@
 #include "foundation/text/CmString.h"
 #include "persistence/archive/ArchiveTesting.h"
 #include "persistence/attributes/AttributesStream.h"
+#include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlObject.h"
 #include "support/SmallStack.h"
 
 #include <gtest/gtest.h>
@@ -13,9 +15,9 @@
 namespace qorl {
 namespace {
 
-bool load(const BodyBytes& bytes, FAttributes& attributes) {
+bool load(const BodyBytes& bytes, FAttributes& attributes, OldObjects oldObjects = OldObjects::created) {
     FMemoryStream stream{std::string_view(bytes.bytes())};
-    return readAttributes(stream, attributes);
+    return readAttributes(stream, attributes, nullptr, nullptr, oldObjects);
 }
 
 TEST(AttributesOfOldFiles, ReadsAllItemsOfAListOfTextsAsWideOnes) {
@@ -50,7 +52,8 @@ TEST(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
     } cases[] = {
         {"NoSuchClass", "-98 NoSuchClass"},
         {"ArchiveProbe", "-99 ArchiveProbe"},
-        {std::string(50'000, 'x'), "-97 a class name is longer than 50000 bytes"},
+        {"", "-98 "},
+        {std::string(50'000, 'x'), "-97 a class name is longer than 50000 bytes; -98 "},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.report);
@@ -68,6 +71,18 @@ TEST(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
         EXPECT_EQ(read.count("l"), 1);
         EXPECT_EQ(read.getInteger("end"), 7);
     }
+}
+
+TEST(AttributesOfOldFiles, KeepsObjectsThatNobodyIsToCreate) {
+    BodyBytes bytes(0);
+    bytes.int32(2).object("o", 108).text("NoSuchClass").int32(1).text("x").word(1).int64(7);
+    bytes.object("l", 101).int32(2).text("CmString").int32(0).text("").int32(0);
+    FAttributes read;
+    ASSERT_TRUE(load(bytes, read, OldObjects::kept));
+    EXPECT_EQ(read.findAttributes("o")->getInteger("x"), 7);
+    ASSERT_EQ(read.count("l"), 1) << "there is no use for one without a class";
+    EXPECT_TRUE(
+        cast<FXmlInstance>(cast<FObjectList>(read.find("l")->getObject())->items[0])->isClass("CmString"));
 }
 
 /// Attributes in each other by way of a compact archive, `depth` of them.

@@ -3,8 +3,7 @@
 #include "BodyBytes.h"
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
-#include "persistence/archive/FCompactArchive.h"
-#include "persistence/archive/FObjectArchive.h"
+#include "persistence/archive/ArchiveTesting.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
@@ -93,6 +92,9 @@ const SubkindCase subkinds[] = {
      [](BodyBytes& b) {
          b.int32(2).text("w").word(8).wide("\xED\xB3\xA4.txt").object("l", 4).int32(1).wide("\xED\xA0\xBD");
      }},
+    {"zeros within wide text",
+     [](FAttributes& a) { a.setString("w", ConstString(std::u16string_view(u"\0b\0", 3))); },
+     [](BodyBytes& b) { b.int32(1).text("w").word(8).wide(std::string_view("\0b\0", 3)); }},
     {"an empty key", [](FAttributes& a) { a.setInteger("", 1); },
      [](BodyBytes& b) { b.int32(1).int32(0).word(1).int64(1); }},
     {"integers",
@@ -370,6 +372,12 @@ TEST(AttributesStream, SaysWhereABodyIsDamaged) {
     EXPECT_EQ(fault, "before byte 23: a number of -5 items; at least 0 is right");
     EXPECT_FALSE(load(bytes.substr(0, 18), read, 0, &fault));
     EXPECT_EQ(fault, "before byte 18: the stream ends in the kind of an object");
+
+    BodyBytes list(0);
+    list.int32(1).object("l\x1B", 201).int32(2);
+    list.word(20).text("A").int64(1).int32(1).text("inner").word(1).int64(1).word(21);
+    EXPECT_FALSE(load(list.bytes(), read, 0, &fault));
+    EXPECT_NE(fault.find("the value of \"l\\x1B\" is cut off"), std::string::npos) << fault;
 }
 
 TEST(AttributesStream, LeavesOutATextThatIsTooLongToRead) {
@@ -378,7 +386,12 @@ TEST(AttributesStream, LeavesOutATextThatIsTooLongToRead) {
     bytes.object("l", 4).int32(2).int32(50001).raw(std::string(50001, 'x')).text("t");
     bytes.text("last").word(1).int64(1);
     FAttributes read;
-    ASSERT_TRUE(load(bytes.bytes(), read));
+    ReportLog log;
+    FObjectArchive::setGlobalListener(&log);
+    EXPECT_TRUE(load(bytes.bytes(), read));
+    FObjectArchive::setGlobalListener(nullptr);
+    EXPECT_EQ(log.text, "-97 a text of \"long\" is longer than 50000 bytes; "
+                        "-97 a text of \"l\" is longer than 50000 bytes");
     EXPECT_FALSE(read.contains("long"));
     ConstString text;
     EXPECT_TRUE(read.nextText("l", text) && text == ConstString("t"));

@@ -122,7 +122,17 @@ TEST(FAttributes, CopiesAreApart) {
     original.appendInteger("list", 1);
     original.setObject("nested", new FAttributes, Hold::adopt);
     original.setBinary("bytes", "abc", 3, true);
-    const FAttributes copy(original);
+    original.appendAttributes("subs", make<FAttributes>());
+    original.appendAttributes("subs", make<FAttributes>());
+    original.nextAttributes("subs");
+    for (int32_t i = 0; i < original.count(); ++i)
+        original.at(i)->setForeign();
+    FAttributes copy(original);
+    for (int32_t i = 0; i < copy.count(); ++i)
+        EXPECT_TRUE(copy.at(i)->isHidden()) << copy.at(i)->key();
+    EXPECT_EQ(cast<FMemoryStream>(copy.find("bytes")->getObject())->tell(), 0);
+    EXPECT_NE(copy.nextAttributes("subs"), nullptr);
+    EXPECT_EQ(copy.nextAttributes("subs"), nullptr) << "it goes on where the original is";
     original.appendInteger("list", 2);
     original.getAttributes("nested")->setInteger("n", 1);
     EXPECT_EQ(copy.count("list"), 1);
@@ -307,19 +317,6 @@ TEST(FAttributes, StoresNumbersAsKeys) {
     EXPECT_FALSE(attributes.loadIntKeyAttributes(loaded, "other"));
 }
 
-TEST(FAttributeValue, CopiesANullObject) {
-    FAttributeValue objects;
-    objects.setObject(nullptr, Hold::retain);
-    FAttributeValue interfaces;
-    interfaces.setInterface(nullptr, Hold::adopt);
-    for (const auto* value : {&objects, &interfaces}) {
-        FAttributeValue copy;
-        copy = *value;
-        EXPECT_EQ(copy.kind(), value->kind());
-        EXPECT_EQ(copy.getObject(), nullptr);
-    }
-}
-
 TEST(FAttributes, TakesOnlyValuesAcrossToNumberedLists) {
     std::vector<FIntIDAttribute> values;
     values.emplace_back(0u).setInteger(1);
@@ -391,34 +388,6 @@ TEST(FAttributes, LoadsListsOfOthersAsTheyAllowIt) {
         EXPECT_EQ(found[0], c.after);
         EXPECT_EQ(found[1], c.after);
     }
-}
-
-TEST(FAttributes, KeepsTheFlagsOfAnEntryWhenItsValueChanges) {
-    FAttributes attributes;
-    FStringIDAttribute& entry = attributes.append("x", 1 | 2 | 8);
-    constexpr uint16_t kept = 0x08C0;
-    EXPECT_EQ(entry.flags(), kept);
-    entry.setForeign();
-    entry.setInteger(1);
-    EXPECT_EQ(entry.flags(), kept | 0x0001);
-    entry.setFloat(1);
-    EXPECT_EQ(entry.flags(), kept | 0x0004);
-    entry.setString(u"wide");
-    EXPECT_EQ(entry.flags(), kept | 0x0408);
-    entry.setForeign();
-    entry.setString("narrow");
-    EXPECT_EQ(entry.flags(), kept | 0x0008) << "also where the text object is used again";
-    entry.referToText(u"foreign");
-    EXPECT_EQ(entry.flags(), kept | 0x0418);
-    entry.setForeign();
-    EXPECT_STREQ(entry.getText8(), "foreign");
-    EXPECT_EQ(entry.flags(), kept | 0x0208) << "reading changes the width alone";
-    entry.setObject(make<CmString>().get(), Hold::retain);
-    EXPECT_EQ(entry.flags(), kept | 0x0012);
-    entry.setObject(new CmString, Hold::adopt);
-    EXPECT_EQ(entry.flags(), kept | 0x0022);
-    entry.setValue(FAttributeValue());
-    EXPECT_EQ(entry.flags(), kept);
 }
 
 /// Stores itself as its part.
@@ -498,6 +467,21 @@ TEST(FAttributes, DetachesListsAndLeavesOutWhatHasNoForm) {
     EXPECT_NE(cast<FMemoryStream>(item->find("bytes")->getObject()), nullptr);
 }
 
+/// Removes what it is restored from out of the attributes that hold it.
+class Remover : public CmObject {
+    QORL_CLASS(Remover, CmObject)
+    QORL_RECORD(Remover)
+
+public:
+    bool restoreAttributes(FAttributes* attributes) override {
+        from->removeAll();
+        return attributes->getInteger("x") == 7;
+    }
+
+    static inline FAttributes* from = nullptr;
+};
+QORL_REGISTER(Remover, "Remover", CmObject, 0)
+
 /// Reads from attributes that it has removed from those of somebody else.
 class Taker : public CmObject {
 public:
@@ -523,6 +507,15 @@ TEST(FAttributes, StaysWhileAnObjectIsLoadedFromIt) {
     EXPECT_TRUE(attributes.loadObject("one", &taker));
     attributes.appendAttributes("list", nested());
     EXPECT_TRUE(attributes.loadNextObject("list", &taker));
+
+    Remover::from = &attributes;
+    attributes.setObject("o", new FXmlInstance(1, "Remover", nested()), Hold::adopt);
+    EXPECT_NE(cast<Remover>(attributes.getObject("o", "Remover")), nullptr);
+    const auto instance = make<FXmlInstance>(1, "Remover", nested());
+    const auto reference = make<FXmlReference>(1);
+    reference->bind(instance.get(), FXmlReference::Binding::hold);
+    attributes.appendObject("l", retain(reference.get()).detach(), true);
+    EXPECT_NE(cast<Remover>(attributes.nextObject("l", "Remover")), nullptr);
 }
 
 TEST(FAttributes, SavesAndLoadsObjects) {
