@@ -283,6 +283,37 @@ class Documents(InTemporaryFolder):
             path = self.write("old.xml", f'<?xml version="1.0" encoding="{encoding}"?>\n<Doc>\n<int name="i" value="1"/>\n</Doc>')
             self.assertEqual(self.dump(path), {"tag": "Doc", "attributes": [{"key": "i", "kind": "int", "value": 1}]})
 
+    def test_objects_of_old_bodies_are_kept_whatever_their_class(self):
+        def old(key, subkind, name):
+            return counted(key) + b"\2\0" + subkind + counted(name) + int32(1) + counted("x") + b"\1\0" + struct.pack("<q", 1)
+
+        path = self.write("body", int32(2) + old("o", b"\x6C\0", "Unheard") + old("l", b"\x65\0" + int32(1), "CmString"))
+        self.convert(path, self.folder / "new.xml")
+        for one in (path, self.folder / "new.xml"):
+            entries = self.dump(one)["attributes"]
+            objects = [entries[0], *entries[1]["value"]]
+            self.assertEqual([found["class"] for found in objects], ["Unheard", "CmString"])
+            self.assertEqual([found["attributes"][0]["value"] for found in objects], [1, 1])
+
+    def test_what_a_conversion_leaves_out_is_told(self):
+        entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
+        path = self.write("body", int32(3) + counted("long") + b"\x08\0" + counted("x" * 50000) +
+                          counted("o") + b"\2\0\x6C\0" + int32(0, 0) + entry)
+        for words in (["dump", path], ["convert", path, self.folder / "new.xml"]):
+            result = run("document", *words)
+            self.assertEqual(result.returncode, 1)
+            place = 4 + len(counted("long")) + 2 + len(counted("x" * 50000))
+            self.assertIn(f'{path}:1:{place + 1}: warning: left out before byte {place}: a text of "long"', result.stderr)
+            self.assertIn("an object without a class", result.stderr)
+        self.assertIn(f"new.xml: is written without 2 parts of {path}", result.stderr)
+        self.assertEqual(self.dump(self.folder / "new.xml")["attributes"], [{"key": "x", "kind": "int", "value": 1}])
+
+    def test_a_tag_may_be_as_long_as_readers_take_it(self):
+        path = self.write("body", int32(0))
+        self.convert(path, self.folder / "new.xml", "--tag", "T" * 4096)
+        self.assertEqual(self.dump(self.folder / "new.xml")["tag"], "T" * 4096)
+        self.assertEqual(run("document", "convert", path, "-", "--tag", "T" * 4097).returncode, 2)
+
     def test_damaged_ones_are_refused_with_their_place(self):
         entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
         cases = {
@@ -394,6 +425,20 @@ class Objects(InTemporaryFolder):
                          {key: value for key, value in self.text(0, 1, "hi").items() if key not in ("offset", "version")})
         self.assertIn("Unheard", self.dump(counted("hi"), "sized", "--class", "Unheard", status=2)[1])
         self.assertIn(":1:", self.dump(b"\1", "sized", "--class", "CmString", status=1)[1])
+        data, errors = self.dump(counted("hi") + b"more", "sized", "--class", "CmString", status=1)
+        self.assertEqual(data["attributes"][0]["value"], "hi")
+        self.assertIn(':1:8: error: at byte 7: the contents of class "CmString" end here, but 4 bytes follow', errors)
+        errors = self.dump(int32(0) + b"\0\0" + int32(1) + marker(-1, "Un\x1Bheard"), "compact", "--class", "CmArray", status=1)[1]
+        self.assertIn('an object within is of class "Un\\x1Bheard", which is not known here', errors)
+        ring = marker(-1, "Attributes") + int32(1) + counted("self") + b"\2\0\x08\0" + int32(2)
+        self.dump(int32(1) + counted("o") + b"\2\0\x08\0" + ring, "compact", "--class", "Attributes")
+
+    def test_an_object_that_lacks_a_part_says_so(self):
+        content = (marker(-1, "Attributes") + int32(2) + counted("o") + b"\2\0\x6C\0" + counted("Unheard") + int32(0) +
+                   counted("x") + b"\1\0" + struct.pack("<q", 1))
+        data, errors = self.dump(content, "compact", status=1)
+        self.assertEqual([entry["key"] for entry in data["objects"][0]["attributes"]], ["x"])
+        self.assertIn(':1:1: warning: at byte 0: an object of class "Unheard" within is left out', errors)
 
     def test_damaged_ones_are_refused_with_their_place(self):
         cases = [

@@ -1,10 +1,12 @@
 #include "AttributesJson.h"
 #include "Session.h"
 #include "foundation/Cast.h"
+#include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "persistence/xml/FXmlParser.h"
+#include "persistence/xml/XmlText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -45,6 +47,8 @@ struct Document {
     /// Only in XML.
     std::optional<std::string> tag;
     bool hasRoots = false;
+    /// What the file has and `attributes` don't.
+    int64_t leftOut = 0;
     Ref<FAttributes> attributes = make<FAttributes>();
 };
 
@@ -66,6 +70,34 @@ bool complainAt(const std::string& path, const std::string& place, const std::st
 bool complainAtByte(const std::string& path, int64_t offset, const std::string& text) {
     return complainAt(path, "1:" + std::to_string(offset + 1), text);
 }
+
+/// Tells of each part of a body that the reader leaves out.
+class Losses final : public ArchiveListener {
+public:
+    Losses(const std::string& path, FMemoryStream& stream) : path_(path), stream_(stream) {
+        FObjectArchive::setGlobalListener(this);
+    }
+    Losses(const Losses&) = delete;
+    ~Losses() { FObjectArchive::setGlobalListener(nullptr); }
+
+    void report(int32_t, const char* text) override {
+        if (++count_ > mostTold)
+            return;
+        const int64_t offset = stream_.tell();
+        const std::string what = text && *text ? XmlText::printable(text) : "an object without a class";
+        std::fprintf(stderr, "%s:1:%lld: warning: left out before byte %lld: %s\n", path_.c_str(),
+                     static_cast<long long>(offset + 1), static_cast<long long>(offset), what.c_str());
+    }
+
+    int64_t count() const { return count_; }
+
+private:
+    static constexpr int64_t mostTold = 20;
+
+    const std::string& path_;
+    FMemoryStream& stream_;
+    int64_t count_ = 0;
+};
 
 /// Root objects and further attributes become entries of one list, by their names.
 void addAll(const FAttributes& source, FAttributes& target) {
@@ -99,7 +131,11 @@ bool readXml(const std::string& path, const std::string& bytes, Document& docume
 bool readBody(const std::string& path, const std::string& bytes, Document& document) {
     FMemoryStream stream{std::string_view(bytes)};
     std::string fault;
-    if (!readAttributes(stream, *document.attributes, nullptr, &fault))
+    const Losses losses(path, stream);
+    // Objects of any class go from form to form, so none is created.
+    const bool isRead = readAttributes(stream, *document.attributes, nullptr, &fault, OldObjects::kept);
+    document.leftOut = losses.count();
+    if (!isRead)
         return complainAtByte(path, stream.tell(), fault);
     const int64_t end = stream.tell();
     if (end == stream.size())
@@ -127,7 +163,7 @@ int dump(const std::string& path) {
         AttributesJson(json).writeAttributes(document.attributes);
         std::printf("%s\n", json.text().c_str());
     }
-    return isRead ? ExitStatus::success : ExitStatus::badInput;
+    return isRead && document.leftOut == 0 ? ExitStatus::success : ExitStatus::badInput;
 }
 
 int convert(const std::string& from, const std::string& to, const std::string& tag) {
@@ -151,7 +187,11 @@ int convert(const std::string& from, const std::string& to, const std::string& t
             "%s: warning: the root objects are plain entries in the binary form; converted back, they "
             "stay that\n",
             from.c_str());
-    return saveText(to, stream->bytes());
+    const int status = saveText(to, stream->bytes());
+    if (status != ExitStatus::success || document.leftOut == 0)
+        return status;
+    return complain(ExitStatus::badInput, to + ": is written without " + std::to_string(document.leftOut) +
+                                              " parts of " + from + " that could not be read");
 }
 
 bool isElementName(std::string_view name) {
@@ -162,7 +202,8 @@ bool isElementName(std::string_view name) {
     const auto isNext = [&isFirst](char c) {
         return isFirst(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
     };
-    return !name.empty() && name.size() < 48 && isFirst(name[0]) && std::ranges::all_of(name, isNext);
+    return !name.empty() && name.size() <= FXmlParser::maxTagNameLength && isFirst(name[0]) &&
+           std::ranges::all_of(name, isNext);
 }
 
 int runDocument(const CommandLine& line) {
@@ -172,8 +213,8 @@ int runDocument(const CommandLine& line) {
     if (!isElementName(tag))
         return complain(
             ExitStatus::wrongUsage,
-            "--tag is a name of letters, digits, \"_\", \"-\" and \".\" that begins with a letter or "
-            "\"_\", not \"" +
+            "--tag is a name of at most 4096 letters, digits, \"_\", \"-\" and \".\" that begins with a "
+            "letter or \"_\", not \"" +
                 tag + '"');
     if (words.size() != (isDump ? 2 : 3))
         return complain(ExitStatus::wrongUsage, isDump ? "dump takes one file" : "convert takes two files");

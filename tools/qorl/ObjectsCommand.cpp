@@ -7,6 +7,8 @@
 #include "persistence/archive/StoredClass.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "persistence/xml/FXmlObject.h"
+#include "persistence/xml/XmlText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -73,6 +75,9 @@ void releaseRings(std::vector<Ref<CmObject>> objects) {
             for (CmObject* item : list->items)
                 if (item)
                     objects.push_back(retain(item));
+        } else if (auto* stored = cast<FXmlInstance>(object.get())) {
+            if (FAttributes* body = stored->getAttributes())
+                objects.push_back(retain(body));
         } else if (const auto* bodies = cast<FSubList>(object.get())) {
             objects.insert(objects.end(), bodies->items.begin(), bodies->items.end());
         }
@@ -87,9 +92,14 @@ public:
     ArchiveDump(const std::string& path, std::string_view bytes, Form form)
         : path_(path), stream_(bytes), form_(form), archive_(open()) {
         archive_->setListener(&reports_);
+        // Attributes tell of what they leave out there.
+        FObjectArchive::setGlobalListener(&reports_);
     }
     ArchiveDump(const ArchiveDump&) = delete;
-    ~ArchiveDump() { releaseRings(std::move(dumped_)); }
+    ~ArchiveDump() {
+        FObjectArchive::setGlobalListener(nullptr);
+        releaseRings(std::move(dumped_));
+    }
 
     /// An exit status; what is wrong has been told.
     int dumpObjects();
@@ -107,7 +117,9 @@ private:
     Header peek();
     void peekType(Header& header);
     std::string unknownClass() const;
+    void tell(const char* severity, int64_t offset, const std::string& text) const;
     bool fail(int64_t offset, const std::string& text);
+    void tellLeftOut(int64_t offset);
     bool failRead(int64_t offset);
 
     const std::string& path_;
@@ -115,6 +127,7 @@ private:
     Form form_;
     std::unique_ptr<FObjectArchive> archive_;
     Reports reports_;
+    bool isWhole_ = true; // Nothing is missing in what was read.
     JsonWriter json_;
     AttributesJson objects_{json_};
     std::vector<Ref<CmObject>> dumped_; // Objects behind one may refer to it.
@@ -157,15 +170,33 @@ void ArchiveDump::peekType(Header& header) {
 /// The first class that was reported and that nobody knows here; empty when there is none.
 std::string ArchiveDump::unknownClass() const {
     const auto found = std::ranges::find_if(reports_.all, [](const Report& report) {
-        return !report.name.empty() && !StoredClass::find(report.name.c_str());
+        return report.code != FObjectArchive::malformed && !report.name.empty() &&
+               !StoredClass::find(report.name.c_str());
     });
     return found == reports_.all.end() ? std::string() : found->name;
 }
 
+void ArchiveDump::tell(const char* severity, int64_t offset, const std::string& text) const {
+    std::fprintf(stderr, "%s:1:%lld: %s: at byte %lld: %s\n", path_.c_str(),
+                 static_cast<long long>(offset + 1), severity, static_cast<long long>(offset), text.c_str());
+}
+
 bool ArchiveDump::fail(int64_t offset, const std::string& text) {
-    std::fprintf(stderr, "%s:1:%lld: error: at byte %lld: %s\n", path_.c_str(),
-                 static_cast<long long>(offset + 1), static_cast<long long>(offset), text.c_str());
+    tell("error", offset, text);
     return false;
+}
+
+/// Tells what is missing in the object that begins at `offset`, although it was read.
+void ArchiveDump::tellLeftOut(int64_t offset) {
+    constexpr size_t mostTold = 20;
+    for (size_t i = 0; i < std::min(reports_.all.size(), mostTold); ++i) {
+        const Report& report = reports_.all[i];
+        const bool isObject = report.code != FObjectArchive::malformed || report.name.empty();
+        tell("warning", offset,
+             isObject ? "an object of class \"" + XmlText::brief(report.name) + "\" within is left out"
+                      : "left out within: " + XmlText::printable(report.name));
+    }
+    isWhole_ &= reports_.all.empty();
 }
 
 /// Tells of the object that begins at `offset` and can't be read. Whether the file is no worse for it.
@@ -173,7 +204,7 @@ bool ArchiveDump::failRead(int64_t offset) {
     const std::string unknown = unknownClass();
     const int64_t rest = stream_.size() - stream_.tell();
     if (!unknown.empty() && form_ == Form::compact)
-        return fail(offset, "class \"" + unknown +
+        return fail(offset, "class \"" + XmlText::brief(unknown) +
                                 "\" is not known here, and the compact form does not tell where "
                                 "its objects end: the " +
                                 std::to_string(rest) + " bytes behind can't be read");
@@ -181,7 +212,7 @@ bool ArchiveDump::failRead(int64_t offset) {
         return true;
     const int32_t code = reports_.all.empty() ? 0 : reports_.all.front().code;
     const std::string name = reports_.all.empty() ? std::string() : reports_.all.front().name;
-    const std::string of = name.empty() ? "" : " of class \"" + name + '"';
+    const std::string of = name.empty() ? "" : " of class \"" + XmlText::brief(name) + '"';
     if (code == FObjectArchive::malformed)
         return fail(offset, "a length below 0, or a class at a place where none stands");
     if (code == FObjectArchive::wrongObject)
@@ -233,6 +264,7 @@ bool ArchiveDump::dumpNext() {
     }
     if (header.tag < 0)
         json_.member("version", archive_->getStoredVersion(StoredObject::classNameOf(object.get())));
+    tellLeftOut(start);
     objects_.writeObject(object.get());
     dumped_.push_back(object);
     return true;
@@ -249,7 +281,7 @@ int ArchiveDump::dumpObjects() {
     json_.endArray();
     json_.endObject();
     std::printf("%s\n", json_.text().c_str());
-    return isGood ? ExitStatus::success : ExitStatus::badInput;
+    return isGood && isWhole_ ? ExitStatus::success : ExitStatus::badInput;
 }
 
 int ArchiveDump::dumpContents(const std::string& className) {
@@ -258,14 +290,24 @@ int ArchiveDump::dumpContents(const std::string& className) {
     if (!object)
         return complain(ExitStatus::wrongUsage, "class \"" + className + "\" is not known here");
     if (!object->readFrom(archive_.get())) {
-        fail(stream_.tell(), "these are no contents of class \"" + className + '"');
+        const std::string unknown = unknownClass();
+        const std::string why = unknown.empty() ? ""
+                                                : "; an object within is of class \"" +
+                                                      XmlText::brief(unknown) + "\", which is not known here";
+        fail(stream_.tell(), "these are no contents of class \"" + className + '"' + why);
+        dumped_.push_back(object);
         return ExitStatus::badInput;
     }
+    tellLeftOut(0);
+    const int64_t end = stream_.tell();
+    if (end < stream_.size())
+        isWhole_ = fail(end, "the contents of class \"" + className + "\" end here, but " +
+                                 std::to_string(stream_.size() - end) + " bytes follow");
     json_.beginObject();
     objects_.writeObject(object.get());
     dumped_.push_back(object);
     std::printf("%s\n", json_.text().c_str());
-    return ExitStatus::success;
+    return isWhole_ ? ExitStatus::success : ExitStatus::badInput;
 }
 
 int runObjects(const CommandLine& line) {

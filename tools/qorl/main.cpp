@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -54,7 +55,7 @@ int runCommand(const Command& command, std::span<char* const> words) {
 
 } // namespace
 
-int main(int argumentCount, char** arguments) {
+int main(int argumentCount, char** arguments) try {
     if (argumentCount < 2) {
         printOverview(commands, stderr);
         return ExitStatus::wrongUsage;
@@ -81,4 +82,7 @@ int main(int argumentCount, char** arguments) {
         return complain(ExitStatus::wrongUsage,
                         std::string("\"") + word + "\" is no command; see qorl --help");
     return runCommand(*command, {arguments + 2, static_cast<size_t>(argumentCount - 2)});
+} catch (const std::bad_alloc&) {
+    std::fputs("qorl: error: out of memory\n", stderr);
+    return ExitStatus::badInput;
 }
