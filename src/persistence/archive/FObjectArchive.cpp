@@ -20,7 +20,7 @@ constinit std::atomic<ArchiveListener*> globalListener = nullptr;
 void tellTooDeep(const CmObject& object, int32_t depth) {
     try {
         platform::debugOutput("stored objects: " + std::string(object.getClassName()) + " below " +
-                              std::to_string(depth) + " others is nested too deep and is left out");
+                              std::to_string(depth) + " others is nested too deep; the archive ends there");
     } catch (const std::bad_alloc&) {
         platform::debugOutput("stored objects: nested too deep");
     }

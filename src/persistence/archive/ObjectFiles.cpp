@@ -51,10 +51,8 @@ public:
         FSizedArchive archive(*stream, FObjectArchive::Direction::reading);
         archive.setListener(&reports);
         const bool isRead = object_.readFrom(&archive);
-        if (archive.hasRunOut())
-            throw std::bad_alloc();
         hasBegun_ = isRead || stream->tell() != start;
-        return isRead;
+        return isRead && !archive.hasRunOut();
     }
 
 private:
