@@ -1,6 +1,7 @@
 #include "foundation/CmUID.h"
 
 #include "foundation/Cast.h"
+#include "foundation/text/StoredText.h"
 #include "foundation/text/String.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
@@ -94,11 +95,9 @@ uint32_t CmUID::hashCode(uint32_t size) const {
     return (uid_.word(0) + uid_.word(1) + uid_.word(2) + uid_.word(3)) % size;
 }
 
-bool CmUID::readFrom(FObjectArchive* archive) try {
+bool CmUID::readFrom(FObjectArchive* archive) {
     String text;
-    return text.readFrom(archive->stream()) && fromHexBytes(text.toUtf8());
-} catch (const std::bad_alloc&) {
-    return false;
+    return text::readStored(archive->stream(), text) && fromHexBytes(text.toUtf8());
 }
 
 bool CmUID::writeTo(FObjectArchive* archive) try {

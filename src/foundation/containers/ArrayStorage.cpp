@@ -116,11 +116,10 @@ bool ArrayStorage::readFrom(FObjectArchive* archive) {
         return false;
     // The stored growth is for elements to come: by itself it must neither refuse those that are stored nor
     // ask for memory that they do not need.
-    growth_ = doubling;
-    const bool complete = readElements(*archive, head);
     growth_ = growth < 0 ? defaultGrowth : growth;
     isGrowthStored_ = true;
-    return complete;
+    const Held growing(growth_, doubling);
+    return readElements(*archive, head);
 }
 
 bool ArrayStorage::restoreAttributes(FAttributes* attributes) {

@@ -162,11 +162,13 @@ bool CmBuffer::readFrom(FObjectArchive* archive) {
     while (read.capacity_ < capacity) {
         const int32_t start = read.capacity_;
         const int32_t piece = std::min(capacity - start, std::max(start, firstPiece));
-        if (!read.reallocate(start + piece) || stream.read(read.bytes_ + start, piece) != piece)
+        if (!read.reallocate(start + piece))
+            throw std::bad_alloc();
+        if (stream.read(read.bytes_ + start, piece) != piece)
             return false;
     }
     if (!read.reallocate(roundedUp(capacity)))
-        return false;
+        throw std::bad_alloc();
     std::swap(bytes_, read.bytes_);
     std::swap(capacity_, read.capacity_);
     used_ = used;

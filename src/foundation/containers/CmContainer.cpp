@@ -10,6 +10,7 @@
 #include <atomic>
 #include <exception>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace qorl {
@@ -293,20 +294,35 @@ bool CmContainer::readHead(FObjectArchive& archive, StoredHead& head) {
     return true;
 }
 
-bool CmContainer::readElements(FObjectArchive& archive, const StoredHead& head) {
+template <typename Next>
+bool CmContainer::takeElements(const StoredHead& head, Next next) {
+    const auto finish = [&](bool isComplete) {
+        if (!isComplete && !releases(head.ownership)) {
+            // Whoever gives a broken container up can't know that its elements are left without an owner.
+            ownership_ = Ownership::adopt;
+            removeAll();
+        }
+        ownership_ = head.ownership == whileRead ? Ownership::none : head.ownership;
+        return isComplete;
+    };
     removeAll();
-    // Held at none meanwhile, so that the references of the created elements pass to the container as they
-    // are.
-    ownership_ = Ownership::none;
-    bool complete = true;
-    for (int32_t left = head.count; left > 0 && complete; --left) {
-        Ref<CmObject> element = Ref<CmObject>::adopt(archive.readObject(nullptr));
-        complete = element && add(element.get());
-        if (complete)
+    ownership_ = whileRead;
+    try {
+        for (int32_t left = head.count; left > 0; --left) {
+            Ref<CmObject> element = next();
+            if (!element || !add(element.get()))
+                return finish(false);
             static_cast<void>(element.detach());
+        }
+    } catch (const std::bad_alloc&) {
+        finish(false);
+        throw;
     }
-    finishRead(head.ownership, complete);
-    return complete;
+    return finish(true);
+}
+
+bool CmContainer::readElements(FObjectArchive& archive, const StoredHead& head) {
+    return takeElements(head, [&archive] { return Ref<CmObject>::adopt(archive.readObject(nullptr)); });
 }
 
 bool CmContainer::readFrom(FObjectArchive* archive) {
@@ -330,33 +346,10 @@ bool CmContainer::storeAttributes(FAttributes* attributes) {
 }
 
 bool CmContainer::restoreAttributes(FAttributes* attributes) {
-    const auto ownership = static_cast<Ownership>(attributes->getInteger("ownership"));
-    removeAll();
-    ownership_ = whileRestored;
-    bool complete = true;
-    try {
-        attributes->resetCursor("obj");
-        for (int32_t number = attributes->count("obj"); number > 0 && complete; --number) {
-            Ref<CmObject> element = attributes->nextObject("obj");
-            complete = element && add(element.get());
-            if (complete)
-                static_cast<void>(element.detach());
-        }
-    } catch (const std::bad_alloc&) {
-        finishRead(ownership, false);
-        throw;
-    }
-    finishRead(ownership, complete);
-    return complete;
-}
-
-void CmContainer::finishRead(Ownership ownership, bool isComplete) {
-    if (!isComplete && !releases(ownership)) {
-        // Whoever gives a broken container up can't know that its elements are left without an owner.
-        ownership_ = Ownership::adopt;
-        removeAll();
-    }
-    ownership_ = ownership;
+    const StoredHead head{static_cast<Ownership>(attributes->getInteger("ownership")),
+                          attributes->count("obj")};
+    attributes->resetCursor("obj");
+    return takeElements(head, [attributes] { return attributes->nextObject("obj"); });
 }
 
 } // namespace qorl

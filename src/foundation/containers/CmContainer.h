@@ -129,10 +129,10 @@ protected:
         return copy;
     }
 
-    /// What an operation tells that found no memory: false. While attributes are restored it throws instead,
-    /// since false would then be an element that this container does not take.
+    /// What an operation tells that found no memory: false. While elements are read it throws instead, since
+    /// false would then be an element that this container does not take.
     bool lackMemory() const {
-        if (ownership_ == whileRestored)
+        if (ownership_ == whileRead)
             throw std::bad_alloc();
         return false;
     }
@@ -159,10 +159,11 @@ protected:
     Ownership ownership_ = Ownership::none;
 
 private:
-    /// Acts like `none`, so that the references of restored elements pass to the container as they are.
-    static constexpr auto whileRestored = static_cast<Ownership>(0xFFFF);
+    /// Acts like `none`, so that the references of read elements pass to the container as they are.
+    static constexpr auto whileRead = static_cast<Ownership>(0xFFFF);
 
-    void finishRead(Ownership ownership, bool isComplete);
+    template <typename Next>
+    bool takeElements(const StoredHead& head, Next next);
 };
 
 } // namespace qorl

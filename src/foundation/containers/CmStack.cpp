@@ -11,24 +11,26 @@ bool CmStack::add(CmObject* object) {
     return node != nullptr;
 }
 
+/// However the reading ends.
+struct CmStack::Reversing {
+    explicit Reversing(CmStack& stack) : stack_(stack) {}
+    Reversing(const Reversing&) = delete;
+    ~Reversing() { stack_.reverse(); }
+
+    CmStack& stack_;
+};
+
 bool CmStack::readFrom(FObjectArchive* archive) {
     StoredHead head{};
     if (!readHead(*archive, head))
         return false;
-    const bool complete = readElements(*archive, head);
-    reverse();
-    return complete;
+    const Reversing reversing(*this);
+    return readElements(*archive, head);
 }
 
 bool CmStack::restoreAttributes(FAttributes* attributes) {
-    try {
-        const bool complete = CmLinkedList::restoreAttributes(attributes);
-        reverse();
-        return complete;
-    } catch (const std::bad_alloc&) {
-        reverse();
-        throw;
-    }
+    const Reversing reversing(*this);
+    return CmLinkedList::restoreAttributes(attributes);
 }
 
 void CmStack::reverse() {

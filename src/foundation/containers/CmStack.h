@@ -22,6 +22,7 @@ public:
     bool restoreAttributes(FAttributes* attributes) override;
 
 private:
+    struct Reversing;
     void reverse();
 };
 

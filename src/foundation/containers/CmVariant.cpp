@@ -1,6 +1,7 @@
 #include "foundation/containers/CmVariant.h"
 
 #include "foundation/containers/DeepRelease.h"
+#include "foundation/text/StoredText.h"
 #include "foundation/text/String.h"
 #include "foundation/text/TextConversion.h"
 #include "persistence/archive/FObjectArchive.h"
@@ -224,7 +225,13 @@ bool CmVariant::readFrom(FObjectArchive* archive) {
     case text8:
     case text16: {
         String text;
-        return text.readFrom(stream) && (type & text16 ? text.toWide() : text.toNarrow()) && setText(text);
+        if (!text::readStored(stream, text))
+            return false;
+        if (type & text16 && !text.isWide() && text::wideLength(text.view8()) == text::invalid)
+            return false;
+        if (!(type & text16 ? text.toWide() : text.toNarrow()) || !setText(text))
+            throw std::bad_alloc();
+        return true;
     }
     case object: {
         CmObject* read = archive->readObject(nullptr);

@@ -1,6 +1,7 @@
 #include "foundation/text/CmString.h"
 
 #include "foundation/Cast.h"
+#include "foundation/text/StoredText.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FStream.h"
@@ -25,7 +26,7 @@ uint32_t CmString::hashCode(uint32_t size) const {
     return string_.hashCode(size);
 }
 bool CmString::readFrom(FObjectArchive* archive) {
-    return string_.readFrom(archive->stream());
+    return text::readStored(archive->stream(), string_);
 }
 bool CmString::writeTo(FObjectArchive* archive) {
     return string_.writeTo(archive->stream());

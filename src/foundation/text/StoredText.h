@@ -45,4 +45,7 @@ struct LoadedText {
 };
 LoadedText loadedText(std::string_view bytes);
 
+/// As `String::readFrom`, for the objects of archives: throws `std::bad_alloc` where memory ran out.
+bool readStored(FBinaryStream& stream, String& text);
+
 } // namespace qorl::text

@@ -3,6 +3,7 @@
 #include "persistence/streams/FBinaryStream.h"
 
 #include <cstring>
+#include <new>
 
 namespace qorl {
 
@@ -61,29 +62,33 @@ bool String::writeTo(FBinaryStream& stream) const {
     return stream.writeInt32(count) && (count == 0 || stream.write(bytes, count) == count);
 }
 
-bool String::readFrom(FBinaryStream& stream) {
+bool text::readStored(FBinaryStream& stream, String& text) {
     int32_t count = 0;
     if (!stream.readInt32(count))
         return false;
     if (count < 1) {
-        clear(isWide());
+        text.clear(text.isWide());
         return true;
     }
-    String read;
-    if (count > maxStoredBytes || !read.resize(count, false)) {
+    Scratch<char, 256> scratch;
+    char* bytes = count > String::maxStoredBytes ? nullptr : scratch.room(count);
+    if (!bytes) {
         stream.seek(count, FBinaryStream::fromHere);
+        if (count <= String::maxStoredBytes)
+            throw std::bad_alloc();
         return false;
     }
-    char* bytes = read.buffer8();
     if (stream.read(bytes, count) != count)
         return false;
-    const text::LoadedText loaded = text::loadedText({bytes, static_cast<size_t>(count)});
-    if (loaded.isMarked)
-        return loaded.assignTo(*this);
-    bytes[loaded.bytes.size()] = 0;
-    read.setLength(static_cast<int32_t>(loaded.bytes.size()));
-    adopt(read);
+    if (!loadedText({bytes, static_cast<size_t>(count)}).assignTo(text))
+        throw std::bad_alloc();
     return true;
+}
+
+bool String::readFrom(FBinaryStream& stream) try {
+    return text::readStored(stream, *this);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace qorl

@@ -25,9 +25,9 @@ protected:
 /// what its base class has comes first, by a call of that class's `writeTo`. It reads them back in the same
 /// order, and asks `getVersion` where the fields of older versions of its class differ. A class that is to be
 /// stored has a record with a factory; each class is named in the archive once, with its version. One without
-/// a record of its own is stored, and comes back, as the nearest class above it that has one. One that lacks
-/// memory throws `std::bad_alloc` from either operation, which the archive tells: a false from `readFrom`
-/// only leaves the object out, and who holds it may take that for "nothing stored".
+/// a record of its own is stored, and comes back, as the nearest class above it that has one. An object that
+/// lacks memory throws `std::bad_alloc` from either operation, which the archive tells: a false from
+/// `readFrom` only leaves the object out, and who holds it may take that for "nothing stored".
 ///
 /// With tracking an object that occurs again is stored as a reference, so that cycles and shared objects come
 /// back as they were. An archive lives for one store or one load and holds references on tracked objects

@@ -431,6 +431,9 @@ bool readAttributes(FBinaryStream& stream, FAttributes& attributes, FObjectArchi
         *fault = reader.fault();
     return isRead;
 } catch (const std::bad_alloc&) {
+    // The archive tells.
+    if (archive)
+        throw;
     // Short enough to take no memory.
     if (fault)
         fault->assign("out of memory");

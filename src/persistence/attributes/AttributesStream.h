@@ -31,9 +31,10 @@ bool writeAttributes(FBinaryStream& stream, const FAttributes& attributes, std::
 /// without which an object only stays stored; an object of an old file that is dropped. Entries with an empty
 /// text or of an unknown kind are left out without a word.
 ///
-/// `archive` reads the objects of old files that stored them by it; null where there is none. By that alone
-/// attributes may come to hold themselves, as a damaged or hostile archive makes them: nobody releases such a
-/// ring but who reads it, by `removeAll`.
+/// `archive` reads the objects of old files that stored them by it; null where there is none. With one a lack
+/// of memory is told as objects of archives tell it, by `std::bad_alloc`. By an archive alone attributes may
+/// come to hold themselves, as a damaged or hostile archive makes them: nobody releases such a ring but who
+/// reads it, by `removeAll`.
 bool readAttributes(FBinaryStream& stream, FAttributes& attributes, FObjectArchive* archive = nullptr,
                     std::string* fault = nullptr, OldObjects oldObjects = OldObjects::created);
 

@@ -1,6 +1,10 @@
 #include "ArchiveProbe.h"
 #include "ArchiveTesting.h"
+#include "foundation/CmUID.h"
+#include "foundation/containers/CmArray.h"
 #include "foundation/containers/CmBuffer.h"
+#include "foundation/containers/CmHashTable.h"
+#include "foundation/containers/CmStack.h"
 #include "foundation/containers/CmVariant.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
@@ -243,25 +247,50 @@ TYPED_TEST(ObjectGraphs, TellWhenMemoryRunsOutAndLoseNothing) {
     EXPECT_EQ(GraphNode::all.size(), before) << "objects were lost";
 }
 
+/// One object of each kind that asks for memory while it reads itself, and a container of all of them.
+std::vector<Ref<CmObject>> objectsThatTakeMemory() {
+    const auto attributes = make<FAttributes>();
+    attributes->setString("name", ConstString(u"a name with an \u00E4"));
+    attributes->setInteger("number", 5);
+    std::vector<Ref<CmObject>> objects{makeNode(1),
+                                       make<CmString>("text"),
+                                       make<CmString>(u"\u00E4"),
+                                       make<CmUID>(FUID(1, 2, 3, 4)),
+                                       make<CmBuffer>("bytes", 5, 8),
+                                       make<CmVariant>(ConstString(u"\u00E4")),
+                                       attributes};
+    for (const Ref<CmContainer>& all : std::initializer_list<Ref<CmContainer>>{
+             make<CmArray>(0, 1, Ownership::share), make<CmStack>(Ownership::share),
+             make<CmHashTable>(16, CmHashTable::Growth::fixed, Ownership::share)}) {
+        for (size_t i = 0; i < 7; ++i)
+            all->add(objects[i].get());
+        objects.push_back(all);
+    }
+    return objects;
+}
+
 TYPED_TEST(ObjectGraphs, AreNotTakenForWholeWhereAnObjectTakesNullForAnAnswer) {
-    const ProbeActions actions([](FObjectArchive& archive) { return archive.writeObject(makeNode(1).get()); },
-                               [](FObjectArchive& archive) {
-                                   Ref<CmObject>::adopt(archive.readObject("GraphNode"));
-                                   return true;
-                               });
-    Storing<TypeParam> storing;
-    ASSERT_TRUE(storing.archive.writeObject(make<ArchiveProbe>().get()));
-    const std::string bytes = storing.bytes();
-    failEachAllocation([&](FailingAllocation& allocation) {
-        FMemoryStream stream{std::string_view(bytes)};
-        const Ref<CmObject> back = allocation.during([&] {
-            TypeParam archive(stream, Direction::reading);
-            auto object = Ref<CmObject>::adopt(archive.readObject(nullptr));
-            EXPECT_EQ(archive.lastError(), object ? 0 : FObjectArchive::streamFailed);
-            return object;
+    for (const Ref<CmObject>& part : objectsThatTakeMemory()) {
+        SCOPED_TRACE(part->getClassName());
+        const ProbeActions actions([&](FObjectArchive& archive) { return archive.writeObject(part.get()); },
+                                   [](FObjectArchive& archive) {
+                                       Ref<CmObject>::adopt(archive.readObject(nullptr));
+                                       return true;
+                                   });
+        Storing<TypeParam> storing;
+        ASSERT_TRUE(storing.archive.writeObject(make<ArchiveProbe>().get()));
+        const std::string bytes = storing.bytes();
+        failEachAllocation([&](FailingAllocation& allocation) {
+            FMemoryStream stream{std::string_view(bytes)};
+            const Ref<CmObject> back = allocation.during([&] {
+                TypeParam archive(stream, Direction::reading);
+                auto object = Ref<CmObject>::adopt(archive.readObject(nullptr));
+                EXPECT_EQ(archive.lastError(), object ? 0 : FObjectArchive::streamFailed);
+                return object;
+            });
+            EXPECT_EQ(back == nullptr, allocation.hasFailed());
         });
-        EXPECT_EQ(back == nullptr, allocation.hasFailed());
-    });
+    }
 }
 
 /// Takes a number of bytes and no more.
