@@ -89,7 +89,10 @@ public:
         wizard_.textsBroken_ = false;
         wizard_.textWorkLeft_ = SkinLimits::textWork;
     }
-    ~Build() { --wizard_.builds_; }
+    ~Build() {
+        if (--wizard_.builds_ == 0)
+            wizard_.workDone_ += (SkinLimits::textWork - wizard_.textWorkLeft_) / 1024;
+    }
     Build(const Build&) = delete;
     Build& operator=(const Build&) = delete;
 
@@ -105,7 +108,9 @@ Ref<UView> UIWizard::createView(std::string_view templateName, IController* cont
         return nullptr;
     const Build build(*this);
     ViewBuilder builder(*this, *document);
-    return builder.buildTemplate(*element, controller, parentView);
+    Ref<UView> view = builder.buildTemplate(*element, controller, parentView);
+    workDone_ += builder.workDone();
+    return view;
 } catch (const std::bad_alloc&) {
     return nullptr;
 }

@@ -104,6 +104,10 @@ public:
     /// warnings.
     const std::vector<Diagnostic>& diagnostics() const { return diagnostics_.all(); }
     void clearDiagnostics();
+
+    /// What all builds so far have cost, for whoever bounds many of them together: elements and loop rounds,
+    /// and a KB of texts looked through or given to views counts as much as one of them.
+    int64_t workDone() const { return workDone_; }
     void report(Severity severity, SourceMark mark, std::string text);
 
 private:
@@ -139,6 +143,7 @@ private:
     /// The element that is being built, for faults that show in its texts.
     SourceMark place_;
     int64_t textWorkLeft_ = SkinLimits::textWork;
+    int64_t workDone_ = 0;
     /// Builds inside each other.
     int32_t builds_ = 0;
     /// A text grew without end, or the texts cost too much: nothing is replaced until the next build.

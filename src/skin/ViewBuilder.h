@@ -39,6 +39,11 @@ public:
     Ref<UView> buildTemplate(const ViewElement& element, IController* controller, UView* parentView);
     void buildChildren(const SkinElement& element, UView& parent, IController* controller);
 
+    /// As `UIWizard::workDone`, of this build but for the looking through texts.
+    int64_t workDone() const {
+        return SkinLimits::buildSteps - stepsLeft_ + (SkinLimits::builtTextBytes - textBytesLeft_) / 1024;
+    }
+
     // For the families of elements.
 
     UIWizard& wizard() { return wizard_; }

@@ -200,6 +200,15 @@ class Json(InTemporaryFolder):
                          [line for line in text.stderr.splitlines() if not line.startswith(" ")])
         self.assertEqual({fault["severity"] for fault in found}, {"warning", "error"})
 
+    def test_check_bounds_templates_that_hold_each_other(self):
+        below = "".join(f'<template name="T{i}">{f"<view name={chr(34)}T{i + 1}{chr(34)}/>" * 10}</template>\n'
+                        for i in range(5))
+        path = self.write("skin.xml", skin(below + '<template name="T5"/>' +
+                                           '<template name="Top"><view name="T0"/></template>\n' * 20))
+        result = run("check", path)
+        told = [line for line in result.stderr.splitlines() if "are not checked" in line]
+        self.assertEqual((result.returncode, len(told)), (1, 1), result.stderr[:1000])
+
     def test_check_tells_an_empty_list_for_what_is_right(self):
         result = run("check", "--json", SHOWCASE / "skin.xml")
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, '{"diagnostics":[]}\n', ""))

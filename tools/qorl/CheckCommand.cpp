@@ -1,11 +1,13 @@
 #include "Session.h"
 #include "foundation/DiagnosticJson.h"
 #include "persistence/files/FNPath.h"
+#include "skin/SkinLimits.h"
 #include "skin/UIWizard.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <set>
+#include <string>
 
 namespace qorl::tool {
 
@@ -81,13 +83,25 @@ void printJson(const std::vector<Diagnostic>& diagnostics) {
     std::printf("%s\n", json.text().c_str());
 }
 
-void buildEverything(UIWizard& wizard, bool truth) {
+/// Each template by itself. False when together they cost more than one may: each may hold the others many
+/// times.
+bool buildEverything(UIWizard& wizard, bool truth) {
     const SkinElement* templates = wizard.description()->peekSection(UIDescription::Section::templates);
     if (!templates)
-        return;
+        return true;
+    const int64_t mostWork = wizard.workDone() + SkinLimits::buildSteps;
     const auto controller = make<EveryBranch>(truth);
-    for (const SkinElement* element : templates->children())
+    for (const SkinElement* element : templates->children()) {
+        if (wizard.workDone() > mostWork) {
+            wizard.report(Severity::error, element->mark(),
+                          "the templates before are made of more than " +
+                              std::to_string(SkinLimits::buildSteps) +
+                              " elements and rounds together: this and the rest are not checked");
+            return false;
+        }
         wizard.createView(element->name(), controller.get(), nullptr);
+    }
+    return true;
 }
 
 bool checkOne(UIWizard& wizard, const std::string& path, bool strict, DiagnosticSink& sink) {
@@ -98,8 +112,8 @@ bool checkOne(UIWizard& wizard, const std::string& path, bool strict, Diagnostic
     findings.add(wizard.loader().diagnostics());
     if (loaded) {
         wizard.clearDiagnostics();
-        buildEverything(wizard, false);
-        buildEverything(wizard, true);
+        if (buildEverything(wizard, false))
+            buildEverything(wizard, true);
         findings.add(wizard.description()->diagnostics());
         findings.add(wizard.diagnostics());
     }
