@@ -29,7 +29,8 @@ constexpr std::string_view platformWord = "LINUX";
 /// Replacements in one text; more of them means that the variables feed each other.
 constexpr int32_t replacements = 10'000;
 
-/// Bytes that could be looked through instead of one set condition.
+/// Bytes that could be looked through instead of a word of a condition, and for each set condition then.
+constexpr size_t wordCost = 48;
 constexpr size_t conditionCost = 4;
 
 constinit Singleton<UIWizard> globalWizard;
@@ -217,7 +218,7 @@ std::string_view UIWizard::substitute(std::string_view text, Translate translate
 
 bool UIWizard::Conditions::isTrue(std::string_view word) {
     const std::string name(wizard_.substitute(word));
-    if (name.empty() || !wizard_.spendTextWork(wizard_.conditions_.size() * conditionCost))
+    if (name.empty() || !wizard_.spendTextWork(wordCost + wizard_.conditions_.size() * conditionCost))
         return false;
     std::string_view behind = name;
     IController* controller = followSteps(behind, controller_);
