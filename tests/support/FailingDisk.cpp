@@ -4,7 +4,10 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
+#include <limits>
 #include <map>
+#include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -52,16 +55,38 @@ Armed armed;
 
 /// Files that hold bytes which the disk does not know, by descriptors of their own.
 std::map<ino_t, int> unflushed;
+/// Folders that the disk does not know, with the serials of those that they are in.
+std::map<std::filesystem::path, ino_t> unflushedFolders;
+
+bool isCutToCome() {
+    return armed.fault == DiskFault::powerCut && armed.left > 0;
+}
 
 ino_t serialOf(int file) {
     struct stat status = {};
-    return fstat(file, &status) == 0 && S_ISREG(status.st_mode) ? status.st_ino : 0;
+    return fstat(file, &status) == 0 ? status.st_ino : 0;
 }
 
-void cutPower() {
+bool isPlainFile(int file) {
+    struct stat status = {};
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+void noteFolder(const std::filesystem::path& path) {
+    struct stat status = {};
+    const auto parent = path.has_filename() ? path.parent_path() : path.parent_path().parent_path();
+    if (stat(parent.c_str(), &status) == 0)
+        unflushedFolders[path] = status.st_ino;
+}
+
+/// What is lost when the power goes now.
+void loseUnflushed() {
+    armed.left = 0;
     for (const auto& [serial, file] : unflushed)
         [[maybe_unused]] const int result = __real_ftruncate(file, 0);
-    _exit(crashed);
+    std::error_code error;
+    for (const auto& [folder, parent] : unflushedFolders)
+        std::filesystem::remove_all(folder, error);
 }
 
 /// The fault's turn is now.
@@ -71,13 +96,17 @@ bool isStruck() {
     armed.isMet = true;
     if (armed.fault == DiskFault::crash)
         _exit(crashed);
-    if (armed.fault == DiskFault::powerCut)
-        cutPower();
+    if (armed.fault == DiskFault::powerCut) {
+        loseUnflushed();
+        _exit(crashed);
+    }
     return true;
 }
 
 int flush(int file) {
-    if (const auto found = unflushed.find(serialOf(file)); found != unflushed.end()) {
+    const ino_t flushed = serialOf(file);
+    std::erase_if(unflushedFolders, [flushed](const auto& folder) { return folder.second == flushed; });
+    if (const auto found = unflushed.find(flushed); found != unflushed.end()) {
         __real_close(found->second);
         unflushed.erase(found);
     }
@@ -121,7 +150,7 @@ ssize_t __wrap_write(int file, const void* bytes, size_t size) {
         errno = ENOSPC;
         return -1;
     }
-    const ino_t serial = armed.fault == DiskFault::powerCut && armed.left > 0 ? serialOf(file) : 0;
+    const ino_t serial = isCutToCome() && isPlainFile(file) ? serialOf(file) : 0;
     if (serial != 0 && !unflushed.contains(serial))
         unflushed[serial] = dup(file);
     if (!isNow)
@@ -171,7 +200,10 @@ int __wrap_unlinkat(int folder, const char* path, int flags) {
     return guarded([&] { return __real_unlinkat(folder, path, flags); });
 }
 int __wrap_mkdir(const char* path, mode_t rights) {
-    return guarded([&] { return __real_mkdir(path, rights); });
+    const int result = guarded([&] { return __real_mkdir(path, rights); });
+    if (result == 0 && isCutToCome())
+        noteFolder(path);
+    return result;
 }
 int __wrap_rmdir(const char* path) {
     return guarded([&] { return __real_rmdir(path); });
@@ -196,6 +228,14 @@ FailingDisk::Outcome FailingDisk::run(int32_t nth, DiskFault fault, const std::f
     EXPECT_EQ(code & ~(withFault | withSuccess), answered)
         << "the child ended with status " << status << " instead of an answer";
     return {(code & withFault) != 0, false, (code & withSuccess) != 0};
+}
+
+FailingDisk::Outcome FailingDisk::runToPowerCut(const std::function<bool()>& operation) {
+    return run(std::numeric_limits<int32_t>::max(), DiskFault::powerCut, [&] {
+        const bool answer = operation();
+        loseUnflushed();
+        return answer;
+    });
 }
 
 FailingDisk::WithoutFlushing::WithoutFlushing() {

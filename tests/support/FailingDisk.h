@@ -12,7 +12,8 @@ enum class DiskFault : uint8_t {
     cutShort,  ///< a write takes half of its bytes; all later writes fail: the disk is full from there on
     crash,     ///< the program ends before the call
     tornWrite, ///< the program ends in the middle of the call: half of the bytes are written
-    powerCut   ///< the program ends before the call, and files that were not flushed are empty then
+    powerCut   ///< the program ends before the call; files that were not flushed are empty then, and folders
+               ///< gone that were made in one that was not flushed since
 };
 
 /// What the program's files are told to the disk with: `open` that may make a file, `write`, `fsync`,
@@ -30,6 +31,9 @@ struct Outcome {
 /// Runs `operation` in a child process, in which the `nth` such call, counted from 1, meets `fault`. A child
 /// that ends in any other way fails the test.
 Outcome run(int32_t nth, DiskFault fault, const std::function<bool()>& operation);
+
+/// Runs `operation` in a child process, and lets the power go when it has answered.
+Outcome runToPowerCut(const std::function<bool()>& operation);
 
 /// While it lives, files are not really flushed, which takes long and shows only when the power is cut.
 class WithoutFlushing {

@@ -1,6 +1,7 @@
 #include "persistence/files/FileCopying.h"
 
 #include "foundation/Cast.h"
+#include "persistence/files/DurableFiles.h"
 #include "persistence/files/FPath.h"
 #include "persistence/streams/FBufferedStream.h"
 #include "persistence/streams/StreamProgress.h"
@@ -14,7 +15,6 @@ namespace qorl::filecopying {
 namespace {
 
 constexpr int32_t copiedAtOnce = 64 * 1024;
-constexpr int mostNamesBeside = 1000;
 
 bool hasFailed(const FStream& stream) {
     const auto* file = cast<FFileStream>(&stream);
@@ -25,7 +25,7 @@ bool hasFailed(const FStream& stream) {
 bool findNameBeside(FFileSystem& files, FPath& place) {
     const std::u16string name = place.getName().toUtf16();
     place.setIsFolder(false);
-    for (int i = 0; i < mostNamesBeside; ++i) {
+    for (int i = 0; i < mostNamesTried; ++i) {
         const std::string number = i == 0 ? std::string() : std::to_string(i);
         const std::u16string beside = u'~' + std::u16string(number.begin(), number.end()) + name;
         place.setName(ConstString(std::u16string_view(beside)));

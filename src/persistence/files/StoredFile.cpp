@@ -1,6 +1,8 @@
 #include "persistence/files/StoredFile.h"
 
+#include "persistence/files/DurableFiles.h"
 #include "persistence/files/FNFileSystem.h"
+#include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/urls/FUrl.h"
 #include "platform/FileReplacement.h"
@@ -25,48 +27,6 @@ std::string withText(const std::string& file, const std::string& text) {
 /// Where the earlier file stands while a save takes its place.
 std::string oldOf(const std::string& file) {
     return withText(file, "_old");
-}
-
-std::string folderHolding(const std::string& file) {
-    return file.substr(0, file.find_last_of('/') + 1);
-}
-
-void tellOf(const std::string& file, const char* text) {
-    platform::debugOutput(file + ": " + text);
-}
-
-/// Tells of a failure, and gives it to the caller.
-bool tellFailure(const std::string& file, const char* what, const platform::FileError& failure,
-                 int32_t* error = nullptr) {
-    if (error)
-        *error = failure.code;
-    if (failure)
-        tellOf(file, (std::string(what) + ": " + failure.getText()).c_str());
-    return !failure;
-}
-
-/// A rename has to be known to the disk before anything counts on it. Where it can't be told, the file has
-/// its new name all the same.
-platform::FileError moveWithin(const std::string& from, const std::string& to) {
-    if (const platform::FileError error = platform::moveFile(from, to))
-        return error;
-    tellFailure(to, "may have its earlier name after a power cut", platform::flushFolder(folderHolding(to)));
-    return {};
-}
-
-/// With every folder above it, known to the disk: a file is lost with its folder.
-platform::FileError makeFolder(const std::string& folder) {
-    if (folder.empty() || platform::folderExists(folder))
-        return {};
-    const std::string parent = folderHolding(folder.substr(0, folder.size() - 1));
-    if (platform::FileError error = makeFolder(parent))
-        return error;
-    const platform::FileError error = platform::createFolder(folder);
-    if (error && !platform::folderExists(folder))
-        return error;
-    // One that can't be flushed may still keep what is in it.
-    platform::flushFolder(parent);
-    return {};
 }
 
 /// Takes away what would come back in the place of a file that goes.
@@ -129,7 +89,7 @@ void tellChange(int32_t kind, const std::string& file, const std::string& earlie
 }
 
 bool renameTold(const char* what, const std::string& from, const std::string& to) {
-    if (!tellFailure(from, what, moveWithin(from, to)))
+    if (!tellFailure(from, what, moveDurably(from, to)))
         return false;
     tellChange(FFileSystem::fileRenamed, to, from);
     return true;
@@ -137,14 +97,11 @@ bool renameTold(const char* what, const std::string& from, const std::string& to
 
 /// Under "NAME (Damaged)", or with the first number that is free.
 bool putAway(const std::string& file, const std::string& damaged) {
-    constexpr int mostKept = 1000;
-    for (int number = 1; number <= mostKept; ++number) {
-        const std::string suffix = number > 1 ? ' ' + std::to_string(number) : std::string();
-        const std::string away = withText(damaged, " (Damaged" + suffix + ')');
-        if (!platform::fileExists(away))
-            return renameTold("can't be put away", file, away);
-    }
-    tellOf(file, "can't be put away: there are too many damaged ones already");
+    const std::string away = firstFreeName(
+        [&](const std::string& number) { return withText(damaged, " (Damaged" + number + ')'); });
+    if (!away.empty())
+        return renameTold("can't be put away", file, away);
+    tellOfFile(file, "can't be put away: there are too many damaged ones already");
     return false;
 }
 
@@ -180,7 +137,7 @@ bool settle(const std::string& file) {
     const std::string old = oldOf(file);
     if (!platform::fileExists(old))
         return false;
-    tellOf(file, "an interrupted save left it without its name; it gets it back");
+    tellOfFile(file, "an interrupted save left it without its name; it gets it back");
     const platform::FileError error = platform::FileReplacement::putBack(old, file);
     // Another program has gone on with its save.
     if (error.isExisting())
@@ -211,7 +168,7 @@ bool StoredFile::isNamed(int32_t* error) const {
         return true;
     if (error)
         *error = EINVAL;
-    tellOf('"' + name + '"', "is no name of a file in the user's settings");
+    tellOfFile('"' + name + '"', "is no name of a file in the user's settings");
     return false;
 }
 
@@ -231,7 +188,7 @@ bool StoredFile::save(const Work& write, int32_t* error) const try {
     const std::string file = path.toUtf8();
     platform::FileReplacement replacement;
     const auto open = [&] { return FMountTable::replacing(path, [&] { return replacement.open(file); }); };
-    if (!tellFailure(file, "its folder can't be made", makeFolder(folderHolding(file)), error) ||
+    if (!tellFailure(file, "its folder can't be made", createFoldersDurably(folderOfNative(file)), error) ||
         !tellFailure(file, "can't be stored", open(), error))
         return false;
     const auto stream = make<StoringStream>(replacement.file());
@@ -239,7 +196,7 @@ bool StoredFile::save(const Work& write, int32_t* error) const try {
     if (!tellFailure(file, "can't be stored", stream->error(), error))
         return false;
     if (!isWritten) {
-        tellOf(file, "can't be stored: its contents could not be made");
+        tellOfFile(file, "can't be stored: its contents could not be made");
         return false;
     }
     if (replacement.holdsSameBytes())
@@ -278,7 +235,7 @@ bool StoredFile::loadNamed(const Work& read, Found& state) const {
     }
     const StoredReading oldReading = readStored(oldOf(file), read);
     if (oldReading == StoredReading::done) {
-        tellOf(file, "can't be read; what an interrupted save kept is taken");
+        tellOfFile(file, "can't be read; what an interrupted save kept is taken");
         state = Found::kept;
         return true;
     }
@@ -300,7 +257,7 @@ bool StoredFile::remove() const try {
         return false;
     const std::string file = pathOf(name_, type_).toUtf8();
     if (!settle(platform::getCanonicalPath(file))) {
-        tellOf(file, "can't be deleted: there is none");
+        tellOfFile(file, "can't be deleted: there is none");
         return false;
     }
     if (!removeOld(file) || !tellFailure(file, "can't be deleted", platform::deleteFile(file)))
@@ -317,9 +274,9 @@ bool StoredFile::rename(const ConstString& newName) const try {
     const std::string file = pathOf(name_, type_).toUtf8();
     std::string target = pathOf(newName, type_).toUtf8();
     if (newName.toUtf8().find('/') == std::string::npos)
-        target = folderHolding(file) + target.substr(folderHolding(target).size());
+        target = folderOfNative(file) + nameOfNative(target);
     if (!settle(platform::getCanonicalPath(file))) {
-        tellOf(file, "can't be renamed: there is none");
+        tellOfFile(file, "can't be renamed: there is none");
         return false;
     }
     // What was kept for another file of the new name would come back in the place of this one.
@@ -345,7 +302,7 @@ bool StoredFile::backup(const FFileType& copyType) const try {
     const std::string file = pathOf(name_, type_).toUtf8();
     const std::string copy = copyOf(copyType);
     if (!settle(platform::getCanonicalPath(file))) {
-        tellOf(file, "can't be copied: there is none");
+        tellOfFile(file, "can't be copied: there is none");
         return false;
     }
     const platform::FileError failure =

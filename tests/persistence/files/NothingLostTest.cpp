@@ -128,6 +128,14 @@ TEST_P(NothingLostFormTest, WhenDefaultsAreSaved) {
     losesNothingWhenSaved();
 }
 
+TEST_P(NothingLostFormTest, WhenThePowerIsCutBehindTheFirstSave) {
+    beginAnew();
+    ASSERT_TRUE(FailingDisk::runToPowerCut([&] { return store(before); }).answer);
+    start();
+    for (const char* name : groups)
+        EXPECT_EQ(numberOf(name), before);
+}
+
 TEST_P(NothingLostFormTest, WhenDefaultsAreBackedUp) {
     failEachDiskCall(
         [&] {

@@ -1,0 +1,42 @@
+#include "persistence/files/DurableFiles.h"
+
+#include "persistence/files/PathText.h"
+#include "platform/System.h"
+
+namespace qorl {
+
+void tellOfFile(const std::string& file, const std::string& text) {
+    platform::debugOutput(file + ": " + text);
+}
+
+bool tellFailure(const std::string& file, const char* what, const platform::FileError& failure,
+                 int32_t* error) {
+    if (error)
+        *error = failure.code;
+    if (failure)
+        tellOfFile(file, std::string(what) + ": " + failure.getText());
+    return !failure;
+}
+
+platform::FileError moveDurably(const std::string& from, const std::string& to) {
+    if (const platform::FileError error = platform::moveFile(from, to))
+        return error;
+    tellFailure(to, "may have its earlier name after a power cut", platform::flushFolder(folderOfNative(to)));
+    return {};
+}
+
+platform::FileError createFoldersDurably(const std::string& folder) {
+    if (folder.empty() || platform::folderExists(folder))
+        return {};
+    const std::string parent = folderOfNative(folder);
+    if (platform::FileError error = createFoldersDurably(parent))
+        return error;
+    const platform::FileError error = platform::createFolder(folder);
+    if (error && !platform::folderExists(folder))
+        return error;
+    // One that can't be flushed may still keep what is in it.
+    platform::flushFolder(parent);
+    return {};
+}
+
+} // namespace qorl
