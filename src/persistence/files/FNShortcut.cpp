@@ -64,11 +64,6 @@ std::string withSlashes(std::string text) {
     return text;
 }
 
-std::string folderOf(const std::string& path) {
-    const size_t cut = path.find_last_of('/');
-    return cut == std::string::npos ? std::string() : path.substr(0, cut + 1);
-}
-
 /// The place on another computer that the block `info` of a link names, where it is mounted.
 std::string targetOnShare(const LinkReader& link, size_t info) {
     constexpr uint32_t hasNetworkName = 2;
@@ -105,7 +100,7 @@ std::string targetOfLink(const std::string& path, const std::vector<uint8_t>& by
         target = withSlashes(flags & isUnicode ? link.wide(at + 2, count) : link.narrow(at + 2, count));
     }
     if (!target.empty() && target.front() != '/')
-        target = folderOf(path) + target;
+        target = folderOfNative(path) + target;
     if (!target.empty() && (platform::fileExists(target) || platform::folderExists(target)))
         return target;
     return flags & hasInfo ? targetOnShare(link, info) : std::string();
