@@ -1,5 +1,6 @@
 #include "persistence/files/DurableFiles.h"
 
+#include "persistence/files/FileErrors.h"
 #include "persistence/files/PathText.h"
 #include "platform/System.h"
 
@@ -11,8 +12,7 @@ void tellOfFile(const std::string& file, const std::string& text) {
 
 bool tellFailure(const std::string& file, const char* what, const platform::FileError& failure,
                  int32_t* error) {
-    if (error)
-        *error = failure.code;
+    tellError(error, failure);
     if (failure)
         tellOfFile(file, std::string(what) + ": " + failure.getText());
     return !failure;

@@ -5,6 +5,7 @@
 #include "foundation/StartupHook.h"
 #include "foundation/text/TextConversion.h"
 #include "persistence/files/FNFileIterator.h"
+#include "persistence/files/FileErrors.h"
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/mounts/FVFileSystem.h"
@@ -30,8 +31,7 @@ constexpr uint32_t earlierCodePage = 1252;
 
 /// Stores the system's number where the caller wants it. Whether the work succeeded.
 bool succeeded(const platform::FileError& error, int32_t* out = nullptr) {
-    if (out)
-        *out = error.code;
+    tellError(out, error);
     return !error;
 }
 
@@ -123,7 +123,7 @@ void setPlainName(FPath& path, const ConstString& name) {
 
 /// What lies on no disk can be read where somebody knows its scheme.
 Ref<FStream> openAway(const FPath& path, uint32_t mode, int32_t* error) {
-    succeeded(platform::FileError::notSupported(), error);
+    tellError(error, std::errc::not_supported);
     auto* urls = UrlMetaHandler::instance();
     const bool isRead = mode & FFileStream::readAccess && !(mode & FFileStream::writeAccess);
     return urls && isRead ? urls->openUrl(FUrl(path), error) : nullptr;
@@ -179,7 +179,7 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
         return away->createFile(path, mode, error);
     const std::string native = nativeOf(path);
     if (native.empty()) {
-        succeeded(platform::FileError::notSupported(), error);
+        tellError(error, std::errc::not_supported);
         return nullptr;
     }
     const uint32_t access = accessOf(mode | FFileStream::writeAccess) | platform::openCreate;
@@ -197,10 +197,10 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
     // Last, since nothing brings the earlier contents back.
     if (stream->setLength(0))
         return stream;
-    succeeded({stream->getLastError()}, error);
+    tellError(error, platform::FileError{stream->getLastError()});
     return nullptr;
 } catch (const std::bad_alloc&) {
-    succeeded(platform::FileError::outOfMemory(), error);
+    tellError(error, std::errc::not_enough_memory);
     return nullptr;
 }
 
@@ -209,7 +209,7 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
     if (const Ref<FFileSystem> away = awayAt(path)) {
         if ((mode & writesThrough) != writesThrough)
             return away->openFile(path, mode, error);
-        succeeded(platform::FileError::notSupported(), error);
+        tellError(error, std::errc::not_supported);
         return nullptr;
     }
     const std::string native = nativeOf(path);
@@ -238,7 +238,7 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
         return nullptr;
     return streamOf(std::move(file), *urlOf(path), mode, sectorSize);
 } catch (const std::bad_alloc&) {
-    succeeded(platform::FileError::outOfMemory(), error);
+    tellError(error, std::errc::not_enough_memory);
     return nullptr;
 }
 

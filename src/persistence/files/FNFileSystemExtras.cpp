@@ -1,11 +1,11 @@
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/files/FNShortcut.h"
+#include "persistence/files/FileErrors.h"
 #include "platform/Folders.h"
 #include "platform/Trash.h"
 
 #include <iterator>
 #include <new>
-#include <system_error>
 #include <utility>
 
 namespace qorl {
@@ -15,12 +15,6 @@ namespace {
 constexpr const char* sizeUnits[] = {"B", "KB", "MB", "GB", "TB"};
 
 constexpr int32_t readAtOnce = 64 * 1024;
-
-bool refuse(int32_t* error, std::errc reason) {
-    if (error)
-        *error = static_cast<int32_t>(reason);
-    return false;
-}
 
 bool isFolderAt(const std::string& native) {
     platform::FileInfo info;
@@ -167,18 +161,23 @@ bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t 
     std::vector<char> block(readAtOnce);
     for (;;) {
         const int64_t got = stream->read(block.data(), readAtOnce);
-        if (got < 0 || !stream->isValid())
-            return refuse(error, std::errc::io_error);
+        if (got < 0 || !stream->isValid()) {
+            tellError(error, std::errc::io_error);
+            return false;
+        }
         if (got == 0)
             break;
         content.append(block.data(), static_cast<size_t>(got));
-        if (static_cast<int64_t>(content.size()) > limit)
-            return refuse(error, std::errc::file_too_large);
+        if (static_cast<int64_t>(content.size()) > limit) {
+            tellError(error, std::errc::file_too_large);
+            return false;
+        }
     }
     bytes = std::move(content);
     return true;
 } catch (const std::bad_alloc&) {
-    return refuse(error, std::errc::not_enough_memory);
+    tellError(error, std::errc::not_enough_memory);
+    return false;
 }
 
 } // namespace qorl

@@ -2,13 +2,13 @@
 
 #include "persistence/files/DurableFiles.h"
 #include "persistence/files/FNFileSystem.h"
+#include "persistence/files/FileErrors.h"
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/urls/FUrl.h"
 #include "platform/FileReplacement.h"
 #include "platform/System.h"
 
-#include <cerrno>
 #include <new>
 #include <string>
 #include <utility>
@@ -166,8 +166,7 @@ bool StoredFile::isNamed(int32_t* error) const {
     const std::string name = name_.toUtf8();
     if (!name.empty() && !name.ends_with('/') && !FNPath::knownFolder(FNPath::userSettings).empty())
         return true;
-    if (error)
-        *error = EINVAL;
+    tellError(error, std::errc::invalid_argument);
     tellOfFile('"' + name + '"', "is no name of a file in the user's settings");
     return false;
 }
@@ -206,8 +205,7 @@ bool StoredFile::save(const Work& write, int32_t* error) const try {
     tellChange(FFileSystem::fileWritten, file);
     return true;
 } catch (const std::bad_alloc&) {
-    if (error)
-        *error = platform::FileError::outOfMemory().code;
+    tellError(error, std::errc::not_enough_memory);
     return tellNoMemory("no memory to store a file");
 }
 

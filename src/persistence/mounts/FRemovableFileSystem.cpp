@@ -3,23 +3,14 @@
 #include "foundation/Cast.h"
 #include "persistence/files/FFileIterator.h"
 #include "persistence/files/FNFileSystem.h"
+#include "persistence/files/FileErrors.h"
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/mounts/MountedStream.h"
 
 #include <new>
-#include <system_error>
 
 namespace qorl {
-
-namespace {
-
-void tellRefusal(int32_t* error, std::errc reason) {
-    if (error)
-        *error = static_cast<int32_t>(reason);
-}
-
-} // namespace
 
 FRemovableFileSystem::FRemovableFileSystem(Ref<FFileSystem> files, Ref<CmObject> component,
                                            Ref<IVirtualFileSystem> instance, Ref<FStream> stream,
@@ -39,14 +30,14 @@ bool FRemovableFileSystem::mayDo(uint32_t capabilities) const {
 }
 
 bool FRemovableFileSystem::mayOpen(uint32_t mode, int32_t* error) const {
-    tellRefusal(error, std::errc());
+    tellError(error, std::errc());
     const uint32_t needed =
         (mode & FFileStream::readAccess ? reading : 0u) | (mode & FFileStream::writeAccess ? writing : 0u);
     if (mayDo(needed))
         return true;
-    tellRefusal(error, isRemoved_                               ? std::errc::no_such_device
-                       : (needed & writing) != 0 && !canWrite() ? std::errc::read_only_file_system
-                                                                : std::errc::permission_denied);
+    tellError(error, isRemoved_                               ? std::errc::no_such_device
+                     : (needed & writing) != 0 && !canWrite() ? std::errc::read_only_file_system
+                                                              : std::errc::permission_denied);
     return false;
 }
 
@@ -76,7 +67,7 @@ Ref<FStream> FRemovableFileSystem::createFile(const FPath& path, uint32_t mode, 
     FMountTable::forget(path);
     return wrap(std::move(stream));
 } catch (const std::bad_alloc&) {
-    tellRefusal(error, std::errc::not_enough_memory);
+    tellError(error, std::errc::not_enough_memory);
     return nullptr;
 }
 
@@ -86,7 +77,7 @@ Ref<FStream> FRemovableFileSystem::openFile(FPath& path, uint32_t mode, int32_t*
     Ref<FStream> stream = files_->openFile(path, mode, error);
     return stream ? wrap(std::move(stream)) : nullptr;
 } catch (const std::bad_alloc&) {
-    tellRefusal(error, std::errc::not_enough_memory);
+    tellError(error, std::errc::not_enough_memory);
     return nullptr;
 }
 

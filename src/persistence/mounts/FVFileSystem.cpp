@@ -4,6 +4,7 @@
 #include "foundation/Singleton.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/files/FileCopying.h"
+#include "persistence/files/FileErrors.h"
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/mounts/FVFileIterator.h"
@@ -38,8 +39,7 @@ bool finish(const VfsResult& result) {
 
 /// Tells how the last operation ended, as all file systems do.
 bool finish(int32_t* error) {
-    if (error)
-        *error = FVFileSystem::lastResult().default_error_condition().value();
+    tellError(error, std::errc(FVFileSystem::lastResult().default_error_condition().value()));
     return lastCode == 0;
 }
 
@@ -183,7 +183,7 @@ Ref<FStream> FVFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
     // Services fail by what they are made of; that nothing is there tells more.
     const VfsResult result = lastResult();
     if (error && result == VfsError::internal && !mayExist(path))
-        *error = static_cast<int32_t>(std::errc::no_such_file_or_directory);
+        tellError(error, std::errc::no_such_file_or_directory);
     finish(result);
     return nullptr;
 }

@@ -1,13 +1,13 @@
 #include "persistence/urls/UrlMetaHandler.h"
 
 #include "foundation/Singleton.h"
+#include "persistence/files/FileErrors.h"
 #include "persistence/mounts/FVfsHandler.h"
 #include "persistence/urls/FUrlFileHandler.h"
 #include "persistence/urls/UrlBytes.h"
 
 #include <algorithm>
 #include <new>
-#include <system_error>
 
 namespace qorl {
 
@@ -21,11 +21,6 @@ std::string schemeKey(std::string_view scheme) {
 
 Ref<FUrlHandler> createFileHandler(const FUrl& url) {
     return make<FUrlFileHandler>(url);
-}
-
-void tell(int32_t* error, std::errc reason) {
-    if (error)
-        *error = static_cast<int32_t>(reason);
 }
 
 } // namespace
@@ -79,17 +74,16 @@ Ref<FUrlHandler> UrlMetaHandler::createHandler(const FUrl& url) try {
 }
 
 Ref<FStream> UrlMetaHandler::openUrl(const FUrl& url, int32_t* error) {
-    if (error)
-        *error = 0;
+    tellError(error, std::errc());
     const Ref<FUrlHandler> handler = createHandler(url);
     if (!handler) {
-        tell(error, std::errc::protocol_not_supported);
+        tellError(error, std::errc::protocol_not_supported);
         return nullptr;
     }
     FStream* stream = handler->open() ? handler->getStream() : nullptr;
     if (!stream)
-        tell(error,
-             handler->error() != 0 ? std::errc(handler->error()) : std::errc::no_such_file_or_directory);
+        tellError(error,
+                  handler->error() != 0 ? std::errc(handler->error()) : std::errc::no_such_file_or_directory);
     return retain(stream);
 }
 
