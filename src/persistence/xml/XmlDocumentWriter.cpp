@@ -62,7 +62,7 @@ bool XmlDocumentWriter::begin(std::string_view tag) {
 }
 
 bool XmlDocumentWriter::end(std::string_view tag) {
-    return closeElement(tag, 0) && handOver();
+    return closeElement(tag, 0) && handOver(1);
 }
 
 bool XmlDocumentWriter::writeAttributes(std::string_view tag, const FAttributes& attributes) {
@@ -128,12 +128,12 @@ void XmlDocumentWriter::putOff(CmObject& object, uint64_t id) {
 }
 
 bool XmlDocumentWriter::writeQueue() {
-    if (!queue_.empty() && !finish({}))
+    if (!queue_.empty() && !finish())
         return false;
     while (!queue_.empty()) {
         const Waiting next = std::move(queue_.front());
         queue_.pop_front();
-        if (!writeFull(next.object.get(), next.id, nullptr, 1) || !finish({}))
+        if (!writeFull(next.object.get(), next.id, nullptr, 1) || !finish())
             return false;
     }
     return true;
@@ -167,16 +167,18 @@ bool XmlDocumentWriter::writeEntry(const FStringIDAttribute& entry, int32_t leve
 }
 
 bool XmlDocumentWriter::writeString(std::string_view key, const ConstString& text, int32_t level) {
-    const std::string_view wide = text.isWide() ? " wide=\"true\"" : "";
-    if (text.size() <= longestValue) {
-        open("string", key, level).put(" value=\"").putEscaped(text, Escape::entities).put('"').put(wide);
+    const bool isShort = text.size() <= longestValue;
+    open("string", key, level);
+    if (isShort)
+        lines_.put(" value=\"").putEscaped(text, Escape::entities).put('"');
+    if (text.isWide())
+        lines_.put(" wide=\"true\"");
+    if (isShort)
         return finish("/>");
-    }
-    open("string", key, level).put(wide);
     if (!finish(">"))
         return false;
     lines_.putEscaped(text, Escape::entities);
-    return finish({}) && closeElement("string", level);
+    return finish() && closeElement("string", level);
 }
 
 bool XmlDocumentWriter::writeObject(const Ref<CmObject>& object, std::string_view key, int32_t level) {
@@ -199,7 +201,7 @@ bool XmlDocumentWriter::writeBinary(std::string_view key, std::string_view bytes
         return false;
     for (; !bytes.empty(); bytes.remove_prefix(std::min(bytesOfLine, bytes.size()))) {
         lines_.fill('\t', level + 1).putHex(bytes.substr(0, bytesOfLine));
-        if (!finish({}))
+        if (!finish())
             return false;
     }
     return closeElement("bin", level);
@@ -259,7 +261,7 @@ bool XmlDocumentWriter::writeTextItem(const ConstString& text, int32_t level) {
     if (!finish(">"))
         return false;
     lines_.putEscaped(item, Escape::entities);
-    return finish({}) && closeElement("item", level);
+    return finish() && closeElement("item", level);
 }
 
 /// Gives what the object stands for and its number, and true when it is to be written. A reference that was

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -35,6 +36,22 @@ struct Substitute {
     char text[9] = {};
 };
 const std::array<Substitute, 256>& substitutes(Escape escape);
+
+/// Whether eight bytes stand for themselves, whatever is escaped. False also for eight that hold a control
+/// character or a byte of 0x80 and more.
+inline bool areEightPlain(const char* text) {
+    constexpr uint64_t each = 0x0101010101010101;
+    constexpr uint64_t high = 0x80 * each;
+    uint64_t bytes = 0;
+    std::memcpy(&bytes, text, sizeof bytes);
+    const uint64_t low = bytes & ~high;
+    // Adding to seven bits gets to the eighth for all but 0, and never into the next byte.
+    const auto differs = [&](uint64_t mask, uint64_t character) {
+        return ((low & mask * each) ^ character * each) + 0x7F * each;
+    };
+    return ((low + 0x60 * each) & differs(0x7B, '"') & differs(0x7F, '$') & differs(0x7D, '<') &
+            differs(0x7F, '^') & differs(0x7F, '`') & ~bytes & high) == high;
+}
 
 /// More bytes than any reference has, "&" and ";" included.
 constexpr size_t longestReference = 16;

@@ -54,6 +54,11 @@ void dropKeptBuffers() {
             buffer->release();
 }
 
+constexpr size_t longestInteger = 20;
+// With all digits of an exact fraction, before it is rounded.
+constexpr size_t longestFloat = 128;
+constexpr int32_t mostDigits = 50;
+
 __extension__ using Product = unsigned __int128;
 
 constexpr auto digitPairs = [] {
@@ -92,7 +97,6 @@ char* roundDigits(char* cut, char* end) {
 /// conversion is slow; but while their fraction fits into 64 bits, each multiplication gives sixteen of them.
 /// Null for any other number.
 char* putExactFraction(char* to, double value) {
-    constexpr int32_t mostDigits = 50;
     constexpr int32_t mantissaBits = 52;
     constexpr int32_t exponentBias = 1023;
     constexpr uint64_t hiddenBit = uint64_t{1} << mantissaBits;
@@ -177,37 +181,48 @@ XmlLine& XmlLine::fill(char character, int32_t count) {
 }
 
 XmlLine& XmlLine::putEscaped(std::string_view bytes, Escape escape) {
-    const auto& table = XmlEntities::substitutes(escape);
+    constexpr ptrdiff_t run = 8;
     const char* from = bytes.data();
     const char* const stop = from + bytes.size();
     if (!makeRoom(bytes.size()))
         return *this;
-    constexpr ptrdiff_t run = 8;
-    const auto lengthAt = [&](ptrdiff_t i) { return table[static_cast<uint8_t>(from[i])].length; };
-    char* to = at_;
     while (from < stop) {
         // Most texts are written as they are: one look for eight bytes.
-        if (stop - from >= run && (lengthAt(0) | lengthAt(1) | lengthAt(2) | lengthAt(3) | lengthAt(4) |
-                                   lengthAt(5) | lengthAt(6) | lengthAt(7)) == 0) {
-            std::memcpy(to, from, run);
-            from += run;
-            to += run;
-            continue;
+        for (; stop - from >= run && XmlEntities::areEightPlain(from); from += run, at_ += run)
+            std::memcpy(at_, from, run);
+        const ptrdiff_t left = stop - from;
+        if (left < run && std::ssize(bytes) >= run && XmlEntities::areEightPlain(stop - run)) {
+            // The first of them stand there already.
+            std::memcpy(at_ + left - run, stop - run, run);
+            at_ += left;
+            return *this;
         }
+        const char* const end = from + std::min(left, run);
+        if (!putEach(from, end, stop, escape))
+            return *this;
+        from = end;
+    }
+    return *this;
+}
+
+/// Up to `end`; there is room for all bytes up to `stop`, and is afterwards.
+bool XmlLine::putEach(const char* from, const char* end, const char* stop, Escape escape) {
+    const auto& table = XmlEntities::substitutes(escape);
+    char* to = at_;
+    while (from < end) {
         const auto& entry = table[static_cast<uint8_t>(*from++)];
         if (entry.length == 0) {
             *to++ = from[-1];
             continue;
         }
         at_ = to;
-        // And for what is left, which then needs no look again.
         if (!makeRoom(entry.length + static_cast<size_t>(stop - from)))
-            return *this;
+            return false;
         std::memcpy(at_, entry.text, entry.length);
         to = at_ + entry.length;
     }
     at_ = to;
-    return *this;
+    return true;
 }
 
 XmlLine& XmlLine::putEscaped(const ConstString& text, Escape escape) {
@@ -274,23 +289,24 @@ XmlLine& XmlLine::putComment(std::string_view text) {
 }
 
 XmlLine& XmlLine::putInteger(int64_t value) {
-    char digits[24];
-    const auto result = std::to_chars(digits, digits + sizeof digits, value);
-    return put({digits, static_cast<size_t>(result.ptr - digits)});
+    if (makeRoom(longestInteger))
+        at_ = std::to_chars(at_, at_ + longestInteger, value).ptr;
+    return *this;
 }
 
 XmlLine& XmlLine::putUnsigned(uint64_t value) {
-    char digits[24];
-    const auto result = std::to_chars(digits, digits + sizeof digits, value);
-    return put({digits, static_cast<size_t>(result.ptr - digits)});
+    if (makeRoom(longestInteger))
+        at_ = std::to_chars(at_, at_ + longestInteger, value).ptr;
+    return *this;
 }
 
 XmlLine& XmlLine::putFloat(double value) {
-    char digits[128];
-    if (const char* end = putExactFraction(digits, value))
-        return put({digits, static_cast<size_t>(end - digits)});
-    const auto result = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 50);
-    return put({digits, static_cast<size_t>(result.ptr - digits)});
+    if (!makeRoom(longestFloat))
+        return *this;
+    char* const end = putExactFraction(at_, value);
+    at_ =
+        end ? end : std::to_chars(at_, at_ + longestFloat, value, std::chars_format::general, mostDigits).ptr;
+    return *this;
 }
 
 XmlLine& XmlLine::putHex(std::string_view bytes) {
@@ -306,21 +322,28 @@ XmlLine& XmlLine::putHex(std::string_view bytes) {
     return *this;
 }
 
-bool XmlLine::finish(bool written) {
-    at_ = buffer_->data();
-    end_ = at_ + buffer_->capacity();
+/// Begins anew with what stands behind `count` bytes.
+bool XmlLine::finish(bool written, size_t count) {
+    const size_t rest = size() - count;
+    char* const start = buffer_->data();
+    std::memmove(start, start + count, rest);
+    at_ = start + rest;
+    end_ = start + buffer_->capacity();
     return !std::exchange(isBroken_, false) && written;
 }
 
-bool XmlLine::writeTo(FBinaryStream& stream) {
-    const auto count = static_cast<int64_t>(text().size());
-    return finish(!isBroken_ && stream.write(buffer_->data(), count) == count);
+bool XmlLine::writeTo(FBinaryStream& stream, size_t unit) {
+    const size_t count = size() / unit * unit;
+    const auto bytes = static_cast<int64_t>(count);
+    return finish(!isBroken_ && stream.write(buffer_->data(), bytes) == bytes, count);
 }
 
 bool XmlLine::writeTo(IBStream& stream) {
-    const auto count = static_cast<int64_t>(text().size());
+    const auto count = static_cast<int64_t>(size());
     int64_t got = 0;
-    return finish(!isBroken_ && stream.write(buffer_->data(), count, &got) == Result::ok && got == count);
+    const bool isWritten =
+        !isBroken_ && stream.write(buffer_->data(), count, &got) == Result::ok && got == count;
+    return finish(isWritten, size());
 }
 
 } // namespace qorl

@@ -20,7 +20,7 @@ class IBStream;
 class XmlLine {
 public:
     using Escape = XmlEntities::Escape;
-    static constexpr std::string_view lineEnd = "\r\n";
+    static constexpr char lineEnd[] = "\r\n";
 
     /// What becomes of a lone surrogate of wide text. Kept, it is written as any other unit, in three bytes:
     /// that is no UTF-8, but `XmlText::widen` reads it back, such as in names of files that are none.
@@ -36,6 +36,15 @@ public:
         if (!text.empty() && makeRoom(text.size())) {
             std::memcpy(at_, text.data(), text.size());
             at_ += text.size();
+        }
+        return *this;
+    }
+    /// A literal, which goes without a call.
+    template <size_t size>
+    XmlLine& put(const char (&literal)[size]) {
+        if (makeRoom(size - 1)) {
+            std::memcpy(at_, literal, size - 1);
+            at_ += size - 1;
         }
         return *this;
     }
@@ -61,16 +70,17 @@ public:
     size_t size() const { return static_cast<size_t>(at_ - buffer_->data()); }
     std::string_view text() const { return {buffer_->data(), size()}; }
 
-    /// Hands over in one write what stands in the buffer, and begins anew. False when it was broken or not
-    /// all of it went.
-    bool writeTo(FBinaryStream& stream);
+    /// Hands over in one write what stands in the buffer, and begins anew. Of units of some bytes only whole
+    /// ones go, and what is left stays in front. False when it was broken or not all of it went.
+    bool writeTo(FBinaryStream& stream, size_t unit = 1);
     bool writeTo(IBStream& stream);
 
 private:
     /// For `count` bytes more from `at_` on; false without memory.
     bool makeRoom(size_t count) { return count <= static_cast<size_t>(end_ - at_) || grow(count); }
     bool grow(size_t count);
-    bool finish(bool written);
+    bool finish(bool written, size_t count);
+    bool putEach(const char* from, const char* end, const char* stop, Escape escape);
     void putEscapedWide(std::u16string_view text);
 
     CmBuffer* buffer_;
