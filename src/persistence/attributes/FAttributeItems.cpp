@@ -124,7 +124,9 @@ bool FAttributeItems::hasTable() noexcept {
 
 bool FAttributeItems::makeRoom() noexcept {
     try {
-        std::vector<Slot> old(std::max(fewestSlots, std::bit_ceil((entries_.size() + 1) * 2)));
+        // One that grows with its list does so in large steps: entering all of it again is most of the cost.
+        std::vector<Slot> old(
+            std::max({fewestSlots, slots_.size() * 4, std::bit_ceil((entries_.size() + 1) * 2)}));
         slots_.swap(old);
         const size_t mask = slots_.size() - 1;
         for (const Slot& slot : old) {
