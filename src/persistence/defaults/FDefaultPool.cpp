@@ -364,18 +364,17 @@ bool FDefaultPool::save(bool force) try {
     return false;
 }
 
-/// Values are lent last: by then nobody is asked who could set one.
+/// Auto-savers are asked first, since they may set values of groups.
 FDefaultPool::Collected FDefaultPool::collect() {
     Collected all;
     auto savers = make<FAttributes>();
     if (saveAutoSavers(*savers))
         all.savers = std::move(savers);
-    for (auto& group : storedGroups())
-        all.groups.push_back({std::move(group), make<FAttributes>()});
-    for (const bool holdsObjects : {true, false})
-        for (const auto& [group, attributes] : all.groups)
-            if (group->holdsObjects() == holdsObjects && attributes->isEmpty())
-                group->lendAttributes(*attributes);
+    for (auto& group : storedGroups()) {
+        auto attributes = make<FAttributes>();
+        group->lendAttributes(*attributes);
+        all.groups.push_back({std::move(group), std::move(attributes)});
+    }
     return all;
 }
 

@@ -54,10 +54,6 @@ void FDefaults::restoreName(const FAttributes& attributes) {
     version_ = static_cast<int32_t>(attributes.getInteger("Version"));
 }
 
-bool FDefaults::holdsObjects() const {
-    return !isPlain(values_);
-}
-
 bool FDefaults::storeAttributes(FAttributes* attributes) {
     storeName(*attributes);
     attributes->saveExtraAttributes(values_, valuesKey);

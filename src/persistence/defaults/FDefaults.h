@@ -32,8 +32,6 @@ public:
     /// As `storeAttributes`, for a caller that writes `attributes` out and lets them go before anyone sets a
     /// value: the values are lent, not copied.
     void lendAttributes(FAttributes& attributes);
-    /// Whether objects among its values are asked for theirs when it is stored.
-    bool holdsObjects() const;
     /// As `restoreAttributes`, for a caller who has no use for `attributes` any more: the values go over, not
     /// copied.
     bool takeAttributes(FAttributes& attributes);
