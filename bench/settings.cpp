@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <expat.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -47,8 +48,11 @@ void load(benchmark::State& state) {
         expect(store.load(settings) == state.range(0), "a setting did not come back");
 }
 
-// What a program would do that has nothing but Expat and the standard library: the same document by hand, out
-// of a vector. The file is not flushed, and nothing is left of it when the program crashes.
+// What a program would do that has nothing but Expat, the standard library and the system: the same document
+// by hand, out of a vector, and the same steps that let a crash leave the earlier file or the new one. Unlike
+// the store it keeps no settings, so it has none to set.
+
+constexpr const char* nameByHand = "Defaults.xml";
 
 void escapeInto(std::string& out, const std::string& text) {
     for (const char c : text) {
@@ -113,10 +117,23 @@ std::string documentByHand(const std::vector<Setting>& settings) {
     return out;
 }
 
-void saveByHand(const std::vector<Setting>& settings, const std::string& path) {
+void flushToDisk(const std::filesystem::path& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    expect(descriptor >= 0 && fsync(descriptor) == 0 && close(descriptor) == 0, "the floor was not flushed");
+}
+
+void saveByHand(const std::vector<Setting>& settings, const std::filesystem::path& folder) {
     const std::string out = documentByHand(settings);
-    std::ofstream file(path, std::ios::binary);
-    file.write(out.data(), static_cast<std::streamsize>(out.size()));
+    if (std::filesystem::create_directory(folder))
+        flushToDisk(folder.parent_path());
+    const std::filesystem::path file = folder / nameByHand;
+    std::filesystem::path beside = file;
+    beside += ".new";
+    expect(bool(std::ofstream(beside, std::ios::binary).write(out.data(), std::ssize(out)).flush()),
+           "the floor was not written");
+    flushToDisk(beside);
+    std::filesystem::rename(beside, file);
+    flushToDisk(folder);
 }
 
 struct Loaded {
@@ -153,28 +170,32 @@ int64_t loadByHand(const std::string& path) {
 
 void saveFloor(benchmark::State& state) {
     const std::vector<Setting> settings = makeSettings(state.range(0));
-    const std::string path = pathOf("qorl-bench-floor-");
+    const std::filesystem::path folder = pathOf("qorl-bench-floor-");
     {
-        const std::string folder = pathOf("qorl-bench-settings-");
-        const StoredSettings store(folder);
+        const std::string stored = pathOf("qorl-bench-settings-");
+        const StoredSettings store(stored);
         store.begin();
         // Which group comes first is not told.
         expect(store.save(settings) &&
-                   textOf(folder + "/Defaults.xml").size() == documentByHand(settings).size(),
+                   textOf(stored + "/Defaults.xml").size() == documentByHand(settings).size(),
                "the floor writes something else than the store");
     }
-    for (auto _ : state)
-        saveByHand(settings, path);
-    std::filesystem::remove(path);
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::filesystem::remove_all(folder);
+        state.ResumeTiming();
+        saveByHand(settings, folder);
+    }
+    std::filesystem::remove_all(folder);
 }
 
 void loadFloor(benchmark::State& state) {
     const std::vector<Setting> settings = makeSettings(state.range(0));
-    const std::string path = pathOf("qorl-bench-floor-");
-    saveByHand(settings, path);
+    const std::filesystem::path folder = pathOf("qorl-bench-floor-");
+    saveByHand(settings, folder);
     for (auto _ : state)
-        expect(loadByHand(path) == state.range(0), "the floor lost a setting");
-    std::filesystem::remove(path);
+        expect(loadByHand(folder / nameByHand) == state.range(0), "the floor lost a setting");
+    std::filesystem::remove_all(folder);
 }
 
 QORL_RATIO(save, saveFloor, 1.5, 10000, 100000);

@@ -212,7 +212,7 @@ void saveByHand(benchmark::State& state) {
         benchmark::DoNotOptimize(out.data());
     }
 }
-QORL_RATIO(objectSave, saveByHand, 2.0, few, many);
+QORL_RATIO(objectSave, saveByHand, 1.5, few, many);
 
 } // namespace
 } // namespace qorl::bench
