@@ -22,9 +22,6 @@ struct FileError {
     bool isFull() const;
     /// Somebody else has it open and does not share it.
     bool isInUse() const;
-
-    static FileError outOfMemory();
-    static FileError notSupported();
 };
 
 /// Bits of what `File::open` may do.

@@ -424,6 +424,13 @@ bool FNFileSystem::isWriteProtected(const FPath& path) try {
     return false;
 }
 
+bool FNFileSystem::setReadOnly(const FPath& path, bool on) try {
+    const std::string native = nativeOf(path);
+    return !native.empty() && !platform::setReadOnly(native, on);
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
 bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
     if (const Ref<FFileSystem> away = awayAt(path))
         return away->createParents(path, isFolder);
@@ -457,6 +464,41 @@ Ref<FFileIterator> FNFileSystem::getIterator(const FPath& path, int32_t mode) tr
     return FNFileIterator::open(path, mode);
 } catch (const std::bad_alloc&) {
     return nullptr;
+}
+
+bool FNFileSystem::readWholeFile(const FPath& path, std::string& bytes, int64_t limit, int32_t* error) try {
+    const Ref<CmObject> place = Ref<CmObject>::adopt(path.clone());
+    if (!place)
+        throw std::bad_alloc();
+    constexpr uint32_t mode =
+        FFileStream::readAccess | FFileStream::shareRead | FFileStream::shareWrite | FFileStream::sequential;
+    const Ref<FStream> stream = openFile(static_cast<FPath&>(*place), mode, error);
+    if (!stream)
+        return false;
+    // One that shares writing tells of a change when it closes; here nothing changes.
+    stream->setUrl(nullptr);
+    constexpr int32_t readAtOnce = 64 * 1024;
+    std::string content;
+    std::vector<char> block(readAtOnce);
+    for (;;) {
+        const int64_t got = stream->read(block.data(), readAtOnce);
+        if (got < 0 || !stream->isValid()) {
+            tellError(error, std::errc::io_error);
+            return false;
+        }
+        if (got == 0)
+            break;
+        content.append(block.data(), static_cast<size_t>(got));
+        if (static_cast<int64_t>(content.size()) > limit) {
+            tellError(error, std::errc::file_too_large);
+            return false;
+        }
+    }
+    bytes = std::move(content);
+    return true;
+} catch (const std::bad_alloc&) {
+    tellError(error, std::errc::not_enough_memory);
+    return false;
 }
 
 void FNFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {

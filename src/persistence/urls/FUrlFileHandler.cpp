@@ -3,6 +3,7 @@
 #include "persistence/files/FNFileSystem.h"
 
 #include <new>
+#include <system_error>
 #include <utility>
 
 namespace qorl {
@@ -19,7 +20,7 @@ bool FUrlFileHandler::open() try {
     return stream_ != nullptr;
 } catch (const std::bad_alloc&) {
     close();
-    error_ = platform::FileError::outOfMemory().code;
+    error_ = static_cast<int32_t>(std::errc::not_enough_memory);
     return false;
 }
 

@@ -61,14 +61,6 @@ bool FileError::isInUse() const {
     return code == EBUSY;
 }
 
-FileError FileError::outOfMemory() {
-    return {ENOMEM};
-}
-
-FileError FileError::notSupported() {
-    return {ENOTSUP};
-}
-
 File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
 
 File& File::operator=(File&& other) noexcept {

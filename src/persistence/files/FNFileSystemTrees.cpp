@@ -1,8 +1,10 @@
+// Files and whole folders that are copied, deleted and put into the bin.
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/files/FileCopying.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/streams/StreamProgress.h"
 #include "platform/FileReplacement.h"
+#include "platform/Trash.h"
 
 #include <new>
 
@@ -28,6 +30,12 @@ bool copyToDisk(Ref<FStream> source, int64_t size, const std::string& to, Stream
         return target.file().write(bytes, count) == count;
     };
     return filecopying::copyBytes(std::move(source), size, progress, write) && !target.putInPlace();
+}
+
+bool isFolderAt(const std::string& native) {
+    platform::FileInfo info;
+    platform::getFileInfo(native, info);
+    return info.kind == platform::FileKind::folder && !info.isLink;
 }
 
 } // namespace
@@ -62,6 +70,39 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
     if (isCopied)
         notify(fileWritten, to);
     return isCopied;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FNFileSystem::copyTree(const FPath& from, const FPath& to, platform::FileLinks links) try {
+    const std::string source = nativeOf(from);
+    const std::string target = nativeOf(to);
+    if (source.empty() || target.empty() || platform::copyTree(source, target, links))
+        return false;
+    notify(folderCreated, to);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FNFileSystem::deleteTree(const FPath& path) try {
+    const std::string native = nativeOf(path);
+    const bool isFolder = isFolderAt(native);
+    if (native.empty() || platform::deleteTree(native))
+        return false;
+    notify(isFolder ? folderDeleted : fileDeleted, path);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool FNFileSystem::trash(const FPath& path) try {
+    const std::string native = nativeOf(path);
+    const bool isFolder = isFolderAt(native);
+    if (native.empty() || platform::moveToTrash(native))
+        return false;
+    notify(isFolder ? folderDeleted : fileDeleted, path);
+    return true;
 } catch (const std::bad_alloc&) {
     return false;
 }

@@ -1,0 +1,153 @@
+#include "persistence/SettingsFolder.h"
+#include "persistence/files/FNFileSystem.h"
+#include "support/FailingAllocation.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace qorl {
+namespace {
+
+namespace fs = std::filesystem;
+
+FNFileSystem& files() {
+    return *FNFileSystem::instance();
+}
+
+FNPath pathOf(const SettingsFolder& folder, const std::string& name) {
+    return FNPath(std::string_view(folder / name));
+}
+
+TEST(FNFileSystem, FindsNamesWrittenBeforeUtf8) {
+    const SettingsFolder folder;
+    folder.write("\xDC"
+                 "bung.wav",
+                 "old");
+    folder.write("\xC3\xA4", "not this one");
+    FNPath path = pathOf(folder, "\xC3\x9C"
+                                 "bung.wav");
+    ASSERT_NE(files().openFile(path, FFileStream::readAccess), nullptr);
+    EXPECT_EQ(path.toUtf8(), folder / "\xDC"
+                                      "bung.wav")
+        << "the path takes the spelling";
+    EXPECT_EQ(path.getName().view16(), u"\xDCDC"
+                                       u"bung.wav");
+    for (const char* name : {"\xC3\x83\xC2\xA4", "\xCE\xA9", "plain"}) {
+        FNPath missing = pathOf(folder, name);
+        int32_t error = 0;
+        EXPECT_EQ(files().openFile(missing, FFileStream::readAccess, &error), nullptr) << name;
+        EXPECT_EQ(error, ENOENT);
+        EXPECT_EQ(missing.toUtf8(), folder / name);
+    }
+}
+
+TEST(FNFileSystem, MakesTemporaryFilesOfTheirOwn) {
+    const SettingsFolder folder;
+    FNPath::setKnownFolder(FNPath::temporary, folder / "");
+    FNPath first;
+    FNPath second;
+    const Ref<FStream> one = files().createTempFile(first);
+    const Ref<FStream> other = files().createTempFile(second);
+    ASSERT_TRUE(one && other);
+    EXPECT_NE(first.toUtf8(), second.toUtf8());
+    EXPECT_TRUE(one->writeInt32(1));
+    one->rewind();
+    int32_t value = 0;
+    EXPECT_TRUE(one->readInt32(value));
+    EXPECT_EQ(fs::status(first.toUtf8()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    FNPath::setKnownFolder(FNPath::temporary, folder / "missing");
+    EXPECT_EQ(files().createTempFile(first), nullptr);
+    EXPECT_TRUE(first.toUtf8().starts_with(folder / "qorl")) << "left as it was";
+    FNPath::setKnownFolder(FNPath::temporary, "");
+}
+
+TEST(FNFileSystem, LeavesNoTemporaryFileWithoutMemory) {
+    const SettingsFolder folder;
+    std::filesystem::create_directory(folder / "temporary");
+    FNPath::setKnownFolder(FNPath::temporary, folder / "temporary");
+    FNFileSystem& disk = files();
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FNPath path;
+        const Ref<FStream> stream = allocation.during([&] { return disk.createTempFile(path); });
+        EXPECT_EQ(std::filesystem::is_empty(folder / "temporary"), stream == nullptr);
+        if (stream)
+            disk.deleteFile(path);
+    });
+    FNPath::setKnownFolder(FNPath::temporary, "");
+}
+
+TEST(FNFileSystem, PutsFilesIntoTheBin) {
+    const SettingsFolder folder;
+    const char* earlier = std::getenv("XDG_DATA_HOME");
+    const std::string kept = earlier ? earlier : "";
+    setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+    folder.write("song.wav", "x");
+    folder.write("songs/one.wav", "y");
+    EXPECT_TRUE(files().trash(pathOf(folder, "song.wav")));
+    EXPECT_TRUE(files().trash(pathOf(folder, "songs")));
+    EXPECT_FALSE(files().trash(pathOf(folder, "song.wav"))) << "it is gone";
+    EXPECT_FALSE(files().trash(FNPath()));
+    EXPECT_EQ(folder.read("data/Trash/files/song.wav"), "x");
+    EXPECT_EQ(folder.read("data/Trash/files/songs/one.wav"), "y");
+    if (earlier)
+        setenv("XDG_DATA_HOME", kept.c_str(), 1);
+    else
+        unsetenv("XDG_DATA_HOME");
+}
+
+TEST(FNFileSystem, FindsFilesOfTheSystem) {
+    const SettingsFolder folder;
+    FNPath::setKnownFolder(FNPath::system, folder / "system");
+    folder.write("system/colors/a.xml", "x");
+    FNPath path("colors/a.xml");
+    EXPECT_TRUE(files().getSystemFile(path));
+    EXPECT_EQ(path.toUtf8(), folder / "system/colors/a.xml");
+    for (const char* missing : {"colors", "colors/none.xml", "/etc/passwd", "", "../system/colors/a.xml"}) {
+        FNPath other(missing);
+        EXPECT_FALSE(files().getSystemFile(other)) << missing;
+        EXPECT_EQ(other.toUtf8(), missing);
+    }
+    FNPath::setKnownFolder(FNPath::system, "");
+}
+
+TEST(FNFileSystem, KnowsItsVolumes) {
+    const SettingsFolder folder;
+    EXPECT_GT(files().getFreeSpace(pathOf(folder, "not/yet/there")), 0);
+    EXPECT_EQ(files().getFreeSpace(FNPath()), -1);
+    FVolumeInfo info;
+    ASSERT_TRUE(files().getVolumeInfo(pathOf(folder, ""), info));
+    String name;
+    pathOf(folder, "").getDriveName(name);
+    EXPECT_EQ(name.toUtf8(), info.name.toUtf8());
+    EXPECT_FALSE(name.isEmpty());
+    const auto drives = files().getDrives();
+    const auto names = files().getRootNames();
+    EXPECT_EQ(drives.size(), names.size());
+    for (const FNPath& drive : drives)
+        EXPECT_TRUE(files().exists(drive)) << drive.toUtf8();
+    folder.write("locked", "x");
+    const FNPath locked = pathOf(folder, "locked");
+    EXPECT_FALSE(files().isWriteProtected(locked));
+    EXPECT_TRUE(files().setReadOnly(locked, true));
+    EXPECT_TRUE(files().isReadOnly(locked));
+    EXPECT_TRUE(files().isWriteProtected(locked));
+    EXPECT_TRUE(files().setReadOnly(locked, false));
+    EXPECT_FALSE(files().isReadOnly(locked));
+    EXPECT_TRUE(files().isWriteProtected(FNPath("/proc/version")));
+    struct Size {
+        int64_t bytes;
+        const char* text;
+    };
+    for (const Size& c : {Size{0, "0.000 B"}, Size{1023, "1023.000 B"}, Size{1536, "1.500 KB"},
+                          Size{int64_t{3} << 40, "3.000 TB"}, Size{int64_t{2048} << 40, "2048.000 TB"}}) {
+        String text;
+        FNFileSystem::formatSize(c.bytes, text);
+        EXPECT_EQ(text.toUtf8(), c.text);
+    }
+}
+
+} // namespace
+} // namespace qorl
