@@ -9,6 +9,17 @@
 
 namespace qorl {
 
+namespace {
+
+/// The item behind the cursor; null at the end, and without a list.
+template <typename List>
+auto* nextItem(List* list) {
+    const int32_t place = list ? list->step() : -1;
+    return place >= 0 ? &list->items[static_cast<size_t>(place)] : nullptr;
+}
+
+} // namespace
+
 template <typename List>
 List* FAttributes::list(std::string_view key) const {
     const auto* found = find(key);
@@ -78,33 +89,30 @@ bool FAttributes::appendAttributes(std::string_view key, Ref<FAttributes> attrib
 }
 
 bool FAttributes::nextInteger(std::string_view key, int64_t& value) {
-    auto* list = this->list<FIntList>(key);
-    const int32_t place = list ? list->step() : -1;
-    if (place >= 0)
-        value = list->items[static_cast<size_t>(place)];
-    return place >= 0;
+    const auto* item = nextItem(list<FIntList>(key));
+    if (item)
+        value = *item;
+    return item != nullptr;
 }
 
 bool FAttributes::nextFloat(std::string_view key, double& value) {
-    auto* list = this->list<FFloatList>(key);
-    const int32_t place = list ? list->step() : -1;
-    if (place >= 0)
-        value = list->items[static_cast<size_t>(place)];
-    return place >= 0;
+    const auto* item = nextItem(list<FFloatList>(key));
+    if (item)
+        value = *item;
+    return item != nullptr;
 }
 
 bool FAttributes::nextText(std::string_view key, ConstString& text) {
-    auto* list = this->list<FStringList>(key);
-    const int32_t place = list ? list->step() : -1;
-    if (place >= 0)
-        text = list->items[static_cast<size_t>(place)];
-    return place >= 0;
+    const auto* item = nextItem(list<FStringList>(key));
+    if (item)
+        text = *item;
+    return item != nullptr;
 }
 
 Ref<CmObject> FAttributes::nextObject(std::string_view key, const char* className) {
     const Ref<FObjectList> list = retain(this->list<FObjectList>(key));
-    for (int32_t place = list ? list->step() : -1; place >= 0; place = list->step()) {
-        Ref<CmObject> object = StoredObject::live(retain(list->items[static_cast<size_t>(place)]));
+    while (CmObject* const* item = nextItem(list.get())) {
+        Ref<CmObject> object = StoredObject::live(retain(*item));
         if (object && (!className || object->isTypeOf(className, true)))
             return object;
     }
@@ -112,15 +120,14 @@ Ref<CmObject> FAttributes::nextObject(std::string_view key, const char* classNam
 }
 
 FAttributes* FAttributes::nextAttributes(std::string_view key) {
-    auto* list = this->list<FSubList>(key);
-    const int32_t place = list ? list->step() : -1;
-    return place >= 0 ? list->items[static_cast<size_t>(place)].get() : nullptr;
+    const auto* item = nextItem(list<FSubList>(key));
+    return item ? item->get() : nullptr;
 }
 
 FAttributes* FAttributes::nextXmlAttributes(std::string_view key, const char* className) {
     auto* list = this->list<FObjectList>(key);
-    for (int32_t place = list ? list->step() : -1; place >= 0; place = list->step()) {
-        auto* stored = cast<FXmlObject>(list->items[static_cast<size_t>(place)]);
+    while (CmObject* const* item = nextItem(list)) {
+        auto* stored = cast<FXmlObject>(*item);
         if (!stored || (className && !stored->isClass(className)))
             continue;
         if (FAttributes* attributes = stored->getAttributes())
