@@ -13,6 +13,16 @@ namespace qorl {
 
 namespace {
 
+void describe(const ConstString& text, FAttributeVariant& described) {
+    if (text.isWide()) {
+        described.kind = FAttributeVariant::text16;
+        described.text16Value = text.text16();
+    } else {
+        described.kind = FAttributeVariant::text8;
+        described.text8Value = text.text8();
+    }
+}
+
 /// The door to other modules: what they ask for fails when memory is short, and nothing escapes to them.
 template <typename Action>
 Result guarded(Action action) {
@@ -47,16 +57,6 @@ Ref<CmObject> objectOf(FInterface* interface) {
 FInterface* faceOf(CmObject* object) {
     auto* holder = cast<CmDelegatingUnknown>(object);
     return holder && holder->foreign() ? holder->foreign() : static_cast<FDependent*>(object);
-}
-
-void describe(const ConstString& text, FAttributeVariant& value) {
-    if (text.isWide()) {
-        value.kind = FAttributeVariant::text16;
-        value.text16Value = text.text16();
-    } else {
-        value.kind = FAttributeVariant::text8;
-        value.text8Value = text.text8();
-    }
 }
 
 bool setValue(FAttributes& attributes, const char* key, const FAttributeVariant& value) {
@@ -100,15 +100,9 @@ bool getValue(const FAttributes& attributes, const char* key, FAttributeVariant&
     const FStringIDAttribute* entry = attributes.find(key);
     if (!entry)
         return false;
-    if (entry->isInteger()) {
-        value.kind = FAttributeVariant::integer;
-        value.integerValue = entry->getInteger();
-    } else if (entry->isFloat()) {
-        value.kind = FAttributeVariant::real;
-        value.realValue = entry->getFloat();
-    } else if (entry->isString()) {
-        describe(entry->getString(), value);
-    } else if (FInterface* foreign = entry->getInterface()) {
+    if (describe(*entry, value))
+        return true;
+    if (FInterface* foreign = entry->getInterface()) {
         value.kind = FAttributeVariant::object;
         value.objectValue = foreign;
     } else if (const Ref<CmObject> object = attributes.getObject(key)) {
@@ -146,6 +140,21 @@ bool unqueueValue(FAttributes& attributes, const char* key, FAttributeVariant& v
 }
 
 } // namespace
+
+bool describe(const FAttributeValue& value, FAttributeVariant& described) {
+    if (value.isInteger()) {
+        described.kind = FAttributeVariant::integer;
+        described.integerValue = value.getInteger();
+    } else if (value.isFloat()) {
+        described.kind = FAttributeVariant::real;
+        described.realValue = value.getFloat();
+    } else if (value.isString()) {
+        describe(value.getString(), described);
+    } else {
+        return false;
+    }
+    return true;
+}
 
 FAttributes& AttributesFace::self() {
     return static_cast<FAttributes&>(*this);

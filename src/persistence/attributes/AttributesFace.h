@@ -4,7 +4,12 @@
 
 namespace qorl {
 
+class FAttributeValue;
 class FAttributes;
+
+/// A number or a text as other modules know it; a text is viewed, not copied. False, and `described` as it
+/// was, for an object and for no value at all.
+bool describe(const FAttributeValue& value, FAttributeVariant& described);
 
 /// The face of `FAttributes` for other modules.
 class AttributesFace : public IAttributes {

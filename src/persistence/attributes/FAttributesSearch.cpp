@@ -1,4 +1,5 @@
 #include "foundation/Cast.h"
+#include "persistence/attributes/AttributesFace.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/xml/FXmlObject.h"
@@ -35,24 +36,6 @@ size_t itemCount(CmObject* object) {
 std::string_view pathBelow(std::string_view path, std::string_view key) {
     const size_t bar = path.find('|');
     return bar != std::string_view::npos && path.substr(0, bar) == key ? path.substr(bar + 1) : path;
-}
-
-bool describeValue(const FAttributeValue& entry, FAttributeVariant& value) {
-    value = {};
-    if (entry.isInteger()) {
-        value.kind = FAttributeVariant::integer;
-        value.integerValue = entry.getInteger();
-    } else if (entry.isFloat()) {
-        value.kind = FAttributeVariant::real;
-        value.realValue = entry.getFloat();
-    } else if (entry.isString() && entry.isWide()) {
-        value.kind = FAttributeVariant::text16;
-        value.text16Value = entry.getText16();
-    } else if (entry.isString()) {
-        value.kind = FAttributeVariant::text8;
-        value.text8Value = entry.getText8();
-    }
-    return value.kind != FAttributeVariant::none;
 }
 
 /// A search through nested attributes, depth first and in order.
@@ -130,10 +113,11 @@ FAttributes* FAttributes::findAttributes(std::string_view path) const {
 }
 
 bool FAttributes::findValue(std::string_view path, FAttributeVariant& value) const {
+    value = {};
     return PathSearch(*this, path)
         .run([&value](const FStringIDAttribute& entry, FAttributes*, std::string_view,
                       std::string_view shortened) {
-            return !entry.isObject() && entry.key() == shortened && describeValue(entry, value);
+            return !entry.isObject() && entry.key() == shortened && describe(entry, value);
         });
 }
 
