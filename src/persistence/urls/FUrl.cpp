@@ -355,13 +355,6 @@ bool FUrl::hasScheme(std::string_view scheme) const {
            scheme_.compare(ConstString(scheme), ConstString::all, true) == 0;
 }
 
-void FUrl::setLogin(const ConstString& user, const ConstString& password) try {
-    keepWhole(user_, user.toUtf16());
-    keepWhole(password_, password.toUtf16());
-} catch (const std::bad_alloc&) {
-    clearAll();
-}
-
 bool FUrl::isEqual(const CmObject* other) const {
     const auto* url = cast<FUrl>(other);
     return url && FUrl::compare(url) == 0;

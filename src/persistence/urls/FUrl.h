@@ -90,7 +90,6 @@ public:
     const String& path() const { return path_; }
     const String& user() const { return user_; }
     const String& password() const { return password_; }
-    void setLogin(const ConstString& user, const ConstString& password);
 
     /// Whether this is the URL's scheme, case aside, up to the colon of `scheme`.
     bool hasScheme(std::string_view scheme) const;
