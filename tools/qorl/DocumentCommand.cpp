@@ -1,12 +1,12 @@
 #include "AttributesJson.h"
 #include "Session.h"
 #include "foundation/Cast.h"
+#include "foundation/text/ShownText.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "persistence/xml/FXmlParser.h"
-#include "persistence/xml/XmlText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -84,7 +84,7 @@ public:
         if (++count_ > mostTold)
             return;
         const int64_t offset = stream_.tell();
-        const std::string what = text && *text ? XmlText::printable(text) : "an object without a class";
+        const std::string what = text && *text ? text::printable(text) : "an object without a class";
         std::fprintf(stderr, "%s:1:%lld: warning: left out before byte %lld: %s\n", path_.c_str(),
                      static_cast<long long>(offset + 1), static_cast<long long>(offset), what.c_str());
     }

@@ -2,13 +2,13 @@
 #include "Session.h"
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
+#include "foundation/text/ShownText.h"
 #include "persistence/archive/FCompactArchive.h"
 #include "persistence/archive/FSizedArchive.h"
 #include "persistence/archive/StoredClass.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlObject.h"
-#include "persistence/xml/XmlText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -193,8 +193,8 @@ void ArchiveDump::tellLeftOut(int64_t offset) {
         const Report& report = reports_.all[i];
         const bool isObject = report.code != FObjectArchive::malformed || report.name.empty();
         tell("warning", offset,
-             isObject ? "an object of class \"" + XmlText::brief(report.name) + "\" within is left out"
-                      : "left out within: " + XmlText::printable(report.name));
+             isObject ? "an object of class \"" + text::brief(report.name) + "\" within is left out"
+                      : "left out within: " + text::printable(report.name));
     }
     isWhole_ &= reports_.all.empty();
 }
@@ -204,7 +204,7 @@ bool ArchiveDump::failRead(int64_t offset) {
     const std::string unknown = unknownClass();
     const int64_t rest = stream_.size() - stream_.tell();
     if (!unknown.empty() && form_ == Form::compact)
-        return fail(offset, "class \"" + XmlText::brief(unknown) +
+        return fail(offset, "class \"" + text::brief(unknown) +
                                 "\" is not known here, and the compact form does not tell where "
                                 "its objects end: the " +
                                 std::to_string(rest) + " bytes behind can't be read");
@@ -212,7 +212,7 @@ bool ArchiveDump::failRead(int64_t offset) {
         return true;
     const int32_t code = reports_.all.empty() ? 0 : reports_.all.front().code;
     const std::string name = reports_.all.empty() ? std::string() : reports_.all.front().name;
-    const std::string of = name.empty() ? "" : " of class \"" + XmlText::brief(name) + '"';
+    const std::string of = name.empty() ? "" : " of class \"" + text::brief(name) + '"';
     if (code == FObjectArchive::malformed)
         return fail(offset, "a length below 0, or a class at a place where none stands");
     if (code == FObjectArchive::wrongObject)
@@ -292,8 +292,8 @@ int ArchiveDump::dumpContents(const std::string& className) {
     if (!object->readFrom(archive_.get())) {
         const std::string unknown = unknownClass();
         const std::string why = unknown.empty() ? ""
-                                                : "; an object within is of class \"" +
-                                                      XmlText::brief(unknown) + "\", which is not known here";
+                                                : "; an object within is of class \"" + text::brief(unknown) +
+                                                      "\", which is not known here";
         fail(stream_.tell(), "these are no contents of class \"" + className + '"' + why);
         dumped_.push_back(object);
         return ExitStatus::badInput;

@@ -1,8 +1,8 @@
 #include "persistence/archive/FObjectArchive.h"
 
 #include "foundation/CmObject.h"
+#include "foundation/text/ShownText.h"
 #include "persistence/streams/FStream.h"
-#include "persistence/xml/XmlText.h"
 #include "platform/System.h"
 #include "platform/Threads.h"
 
@@ -115,7 +115,7 @@ void FObjectArchive::reportGlobally(int32_t code, const char* text) try {
         listener->report(code, text);
     else
         platform::debugOutput("stored object: error " + std::to_string(code) + (text ? ": " : "") +
-                              XmlText::printable(text ? text : ""));
+                              text::printable(text ? text : ""));
 } catch (const std::bad_alloc&) {
     platform::debugOutput("stored object: error, and no memory to tell which");
 }

@@ -1,3 +1,5 @@
+#include "foundation/text/ShownText.h"
+#include "foundation/text/StoredBytes.h"
 #include "foundation/text/StoredText.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/archive/StoredClass.h"
@@ -6,7 +8,6 @@
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/ReferenceBinder.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/XmlText.h"
 
 #include <algorithm>
 #include <new>
@@ -141,7 +142,7 @@ private:
     String string() const {
         if (text_.isMarked && text_.bytes.find('\0') != std::string_view::npos &&
             text::wideLength(text_.bytes, text::Surrogates::kept) != text::invalid)
-            return XmlText::widen(text_.bytes);
+            return text::widenStored(text_.bytes);
         String read;
         if (!text_.assignTo(read))
             throw std::bad_alloc();
@@ -265,7 +266,7 @@ private:
             if (result == TextRead::failed)
                 return failEnd();
             if (result == TextRead::read)
-                list.items.push_back(XmlText::widen(text_.bytes));
+                list.items.push_back(text::widenStored(text_.bytes));
             else
                 tellTooLong();
         }
@@ -273,7 +274,7 @@ private:
     }
 
     void tellTooLong() const {
-        const std::string text = "a text of \"" + XmlText::brief(key_) + "\" is longer than 50000 bytes";
+        const std::string text = "a text of \"" + text::brief(key_) + "\" is longer than 50000 bytes";
         FObjectArchive::reportGlobally(FObjectArchive::malformed, text.c_str());
     }
 
@@ -401,7 +402,7 @@ private:
         return true;
     }
 
-    bool failEnd() { return fail("the value of \"" + XmlText::brief(key_) + "\" is cut off or damaged"); }
+    bool failEnd() { return fail("the value of \"" + text::brief(key_) + "\" is cut off or damaged"); }
 
     bool fail(const std::string& text) {
         fault_ = "before byte " + std::to_string(stream_.tell()) + ": " + text;

@@ -1,4 +1,5 @@
 #include "foundation/Cast.h"
+#include "foundation/text/ShownText.h"
 #include "persistence/attributes/AttributesForm.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/BodyBuffer.h"
@@ -6,7 +7,6 @@
 #include "persistence/attributes/StoredObject.h"
 #include "persistence/streams/FBinaryStream.h"
 #include "persistence/xml/FXmlObject.h"
-#include "persistence/xml/XmlText.h"
 
 #include <limits>
 #include <new>
@@ -220,7 +220,7 @@ private:
         for (size_t i = 0; i < steps_.size() && i < mostKeys; ++i)
             if (const auto& body = steps_[i].body)
                 if (const FStringIDAttribute* entry = body->at(steps_[i].next - 1))
-                    keys += (keys.empty() ? "\"" : "|") + XmlText::brief(entry->key());
+                    keys += (keys.empty() ? "\"" : "|") + text::brief(entry->key());
         fault_ = keys.empty() ? text : keys + "\": " + text;
         return Outcome::failed;
     }

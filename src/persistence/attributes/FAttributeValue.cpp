@@ -2,8 +2,8 @@
 
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
+#include "foundation/text/StoredBytes.h"
 #include "foundation/text/TextConversion.h"
-#include "persistence/xml/XmlText.h"
 
 #include <bit>
 #include <cmath>
@@ -141,8 +141,8 @@ const String* FAttributeValue::inOtherWidth(const CmString& owned) const {
         text.isWide() ? !hasLoneSurrogate(text.view16()) : text::wideLength(text.view8()) != text::invalid;
     if (comesBack)
         return nullptr;
-    String other =
-        text.isWide() ? String(std::string_view(text::narrow(text.view16()))) : XmlText::widen(text.view8());
+    String other = text.isWide() ? String(std::string_view(text::narrow(text.view16())))
+                                 : text::widenStored(text.view8());
     if (other.isEmpty())
         throw std::bad_alloc();
     const auto* both = new TextInBothWidths(copyOf(text), std::move(other));

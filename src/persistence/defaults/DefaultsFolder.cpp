@@ -1,9 +1,9 @@
 #include "persistence/defaults/DefaultsFolder.h"
 
+#include "foundation/text/StoredBytes.h"
 #include "persistence/defaults/Md5.h"
 #include "persistence/files/DurableFiles.h"
 #include "persistence/files/FNPath.h"
-#include "persistence/xml/XmlText.h"
 
 namespace qorl {
 
@@ -129,7 +129,7 @@ bool DefaultsFolder::createAfresh(const char* folder) {
 
 std::u16string DefaultsFolder::keyOf(const ConstString& group) {
     return group.isWide() ? std::u16string(group.view16())
-                          : std::u16string(XmlText::widen(group.view8()).view16());
+                          : std::u16string(text::widenStored(group.view8()).view16());
 }
 
 std::string DefaultsFolder::fileOf(const ConstString& group) {

@@ -2,12 +2,12 @@
 
 #include "foundation/Cast.h"
 #include "foundation/Singleton.h"
+#include "foundation/text/StoredBytes.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/defaults/DefaultsFolder.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "persistence/xml/XmlFile.h"
-#include "persistence/xml/XmlText.h"
 #include "platform/System.h"
 
 #include <algorithm>
@@ -148,7 +148,7 @@ FDefaults* FDefaultPool::getGroup(const ConstString& name, int32_t version, bool
     if (const auto found = otherVersions_.find(key);
         found != otherVersions_.end() && found->second != version)
         return nullptr;
-    Ref<FDefaults> group = createGroup(name.isWide() ? ConstString(name) : XmlText::decode(name.view8()));
+    Ref<FDefaults> group = createGroup(name.isWide() ? ConstString(name) : text::decodeStored(name.view8()));
     if (group && group->isEmpty() && !create) {
         missing_.insert(key);
         return nullptr;

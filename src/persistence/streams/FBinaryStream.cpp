@@ -1,8 +1,8 @@
 #include "persistence/streams/FBinaryStream.h"
 
 #include "foundation/containers/CmBuffer.h"
+#include "foundation/text/StoredBytes.h"
 #include "foundation/text/TextConversion.h"
-#include "persistence/xml/XmlText.h"
 
 #include <cstdlib>
 #include <limits>
@@ -123,7 +123,7 @@ int32_t FBinaryStream::readTextUtf8(char16_t* buffer, int32_t size) try {
         text = withoutLastCharacter(text);
     if (text.starts_with(utf8Mark))
         text.remove_prefix(utf8Mark.size());
-    const std::u16string wide = XmlText::widen(text).toUtf16();
+    const std::u16string wide = text::widenStored(text).toUtf16();
     auto length = static_cast<int32_t>(std::min<size_t>(wide.size(), static_cast<size_t>(size) - 1));
     if (static_cast<size_t>(length) < wide.size() && length > 0 && isLeadSurrogate(wide[length - 1]) &&
         isTrailSurrogate(wide[length]))

@@ -1,8 +1,9 @@
 #include "persistence/xml/FXmlParser.h"
 
+#include "foundation/text/ShownText.h"
+#include "foundation/text/StoredBytes.h"
 #include "persistence/streams/FBinaryStream.h"
 #include "persistence/xml/XmlEntities.h"
-#include "persistence/xml/XmlText.h"
 
 #include <algorithm>
 #include <array>
@@ -81,7 +82,7 @@ Ref<FXmlAttribute> FXmlAttributes::attribute(size_t index) const try {
     if (!view.isWide)
         return make<FXmlAttribute>(ConstString(view.name), ConstString(view.value));
     return make<FXmlAttribute>(ConstString(view.name),
-                               XmlText::widen(view.value, static_cast<XmlText::Fallback>(codePage_)));
+                               text::widenStored(view.value, static_cast<text::StoredEncoding>(codePage_)));
 } catch (const std::bad_alloc&) {
     return nullptr;
 }
@@ -126,7 +127,7 @@ bool FXmlParser::parse(void* context) try {
     while (error_ == Error::none && !isStopped_) {
         if (!parseNext(context)) {
             if (!open_.empty() || isUnreadable_)
-                fail(Error::unexpectedEnd, '<' + XmlText::brief(openTag()) + "> has no end tag", at_, at_);
+                fail(Error::unexpectedEnd, '<' + text::brief(openTag()) + "> has no end tag", at_, at_);
             break;
         }
         if (endsAtClose && open_.size() < level)
@@ -353,7 +354,7 @@ void FXmlParser::parseStartTag(void* context) {
 bool FXmlParser::decodeAttributes() {
     const bool isMacintosh = options_ & macintoshEntities;
     attributes_.codePage_ =
-        static_cast<uint32_t>(isMacintosh ? XmlText::Fallback::macintosh : XmlText::Fallback::western);
+        static_cast<uint32_t>(isMacintosh ? text::StoredEncoding::macintosh : text::StoredEncoding::western);
     // One block for all of them, which doesn't move any more.
     decoded_.clear();
     size_t room = 0;
@@ -414,7 +415,7 @@ void FXmlParser::parseEndTag(void* context) {
     const auto tagEnd = static_cast<size_t>(at - buffer_.data());
     if (*at != '>' || open_.empty() || openTag() != name) {
         std::string detail = open_.empty() ? "an end tag has no start tag"
-                                           : "</" + XmlText::brief(openTag()) + "> is missing here";
+                                           : "</" + text::brief(openTag()) + "> is missing here";
         return fail(Error::malformed, detail, at_, std::min(tagEnd + 1, static_cast<size_t>(buffer_.used())));
     }
     at_ = tagEnd + 1;

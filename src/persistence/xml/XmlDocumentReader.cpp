@@ -1,6 +1,7 @@
 #include "persistence/xml/XmlDocumentReader.h"
 
 #include "foundation/Cast.h"
+#include "foundation/text/ShownText.h"
 #include "foundation/text/TextConversion.h"
 #include "persistence/attributes/FAttrList.h"
 
@@ -123,7 +124,8 @@ struct XmlDocumentReader::Opener {
 XmlDocumentReader::XmlDocumentReader(FBinaryStream& stream, std::string_view tag, const Target& target,
                                      uint32_t options)
     : FXmlParser(stream, options), tag_(tag), target_(target),
-      fallback_(options & macintoshEntities ? XmlText::Fallback::macintosh : XmlText::Fallback::western) {}
+      fallback_(options & macintoshEntities ? text::StoredEncoding::macintosh
+                                            : text::StoredEncoding::western) {}
 
 void XmlDocumentReader::select(std::string_view rootName, Selection selection) {
     rootName_ = rootName;
@@ -138,7 +140,7 @@ bool XmlDocumentReader::startTag(std::string_view name, const FXmlAttributes& at
     if (!(depth == 0 ? openTop(name) : open(name, attributes))) {
         // An element that can't be passed over has told why, and its name is no longer in the buffer.
         if (error() == Error::none)
-            setError(Error::unexpectedTag, '<' + XmlText::brief(name) + "> can't stand here");
+            setError(Error::unexpectedTag, '<' + text::brief(name) + "> can't stand here");
         return false;
     }
     if (isEmpty && contexts_.size() > depth)
@@ -272,9 +274,9 @@ bool XmlDocumentReader::openString(const FXmlAttributes& attributes) {
 void XmlDocumentReader::storeText(std::string_view name, std::string_view text, bool isWide) {
     FStringIDAttribute& entry = current().body->append(name);
     if (isWide)
-        entry.setString(XmlText::widen(text, fallback_));
+        entry.setString(text::widenStored(text, fallback_));
     else
-        entry.setString(XmlText::decode(text, fallback_));
+        entry.setString(text::decodeStored(text, fallback_));
 }
 
 bool XmlDocumentReader::openMember(const FXmlAttributes& attributes) {
@@ -345,7 +347,7 @@ bool XmlDocumentReader::openItem(const FXmlAttributes& attributes) {
             contexts_.push_back({Kind::item});
             return true;
         }
-        texts->items.push_back(XmlText::widen(value.value_or(std::string_view()), fallback_));
+        texts->items.push_back(text::widenStored(value.value_or(std::string_view()), fallback_));
     } else if (auto* objects = cast<FObjectList>(list)) {
         const auto value = attributes.find("value");
         if (const uint64_t id = readId(value))
@@ -376,7 +378,7 @@ bool XmlDocumentReader::openObject(const FXmlAttributes& attributes) {
         return passOver();
     }
     auto state = make<FAttributes>();
-    const auto instance = make<FXmlInstance>(id, XmlText::decode(*className, fallback_), state);
+    const auto instance = make<FXmlInstance>(id, text::decodeStored(*className, fallback_), state);
     binder_.addInstance(instance);
     store(instance, attributes);
     return pushBody(Kind::object, state, outer.kind == Kind::top ? id : 0);
@@ -404,7 +406,7 @@ void XmlDocumentReader::close() {
     case Kind::string: storeText(name_, withoutFrame(text_), isWide_); break;
     case Kind::item:
         if (auto* texts = cast<FStringList>(current().list))
-            texts->items.push_back(XmlText::widen(withoutFrame(text_), fallback_));
+            texts->items.push_back(text::widenStored(withoutFrame(text_), fallback_));
         break;
     case Kind::binary: finishBinary(); break;
     case Kind::dataRoot:

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "foundation/text/StoredBytes.h"
 #include "persistence/attributes/ReferenceBinder.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlParser.h"
-#include "persistence/xml/XmlText.h"
 
 #include <string>
 #include <string_view>
@@ -80,7 +80,7 @@ private:
 
     std::string_view tag_;
     Target target_;
-    XmlText::Fallback fallback_;
+    text::StoredEncoding fallback_;
     bool isFound_ = false;
     bool isEmpty_ = false; ///< Of the tag at hand.
 

@@ -1,10 +1,11 @@
 #include "persistence/xml/XmlDocumentWriter.h"
 
 #include "foundation/Cast.h"
+#include "foundation/text/ShownText.h"
+#include "foundation/text/StoredBytes.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/xml/FXmlObject.h"
 #include "persistence/xml/FXmlParser.h"
-#include "persistence/xml/XmlText.h"
 
 #include <algorithm>
 #include <new>
@@ -32,7 +33,7 @@ CmObject* standsFor(CmObject* object) {
 
 std::string classOf(CmObject* object) {
     const auto* instance = cast<FXmlInstance>(object);
-    return instance ? XmlText::brief(instance->className8().string().toUtf8()) : object->getClassName();
+    return instance ? text::brief(instance->className8().string().toUtf8()) : object->getClassName();
 }
 
 } // namespace
@@ -89,7 +90,7 @@ bool XmlDocumentWriter::isRootName(std::string_view key) {
     if (key.empty())
         return fail("a root has no name");
     return key.size() <= FXmlParser::maxValueLength ||
-           fail("the name of a root, \"" + XmlText::brief(key) + "\", is longer than 2048 bytes");
+           fail("the name of a root, \"" + text::brief(key) + "\", is longer than 2048 bytes");
 }
 
 bool XmlDocumentWriter::writeRoot(const FStringIDAttribute& entry) {
@@ -151,7 +152,7 @@ bool XmlDocumentWriter::writeBody(const FAttributes& attributes, int32_t level) 
 bool XmlDocumentWriter::writeEntry(const FStringIDAttribute& entry, int32_t level) {
     const std::string_view key = entry.key();
     if (key.size() > FXmlParser::maxValueLength)
-        return fail("the key \"" + XmlText::brief(key) + "\" is longer than 2048 bytes");
+        return fail("the key \"" + text::brief(key) + "\" is longer than 2048 bytes");
     switch (entry.kind()) {
     case FAttributeValue::integer:
         open("int", key, level).put(" value=\"").putInteger(entry.getInteger());
@@ -214,7 +215,7 @@ bool XmlDocumentWriter::writeList(CmObject* list, std::string_view key, int32_t 
     };
     const auto beginItem = [&]() -> XmlLine& { return indent(level + 1).put("<item value=\""); };
     if (level + 1 >= static_cast<int32_t>(FXmlParser::maxDepth))
-        return fail("the list \"" + XmlText::brief(key) + "\" is nested deeper than 1000");
+        return fail("the list \"" + text::brief(key) + "\" is nested deeper than 1000");
     bool isGood = true;
     if (const auto* integers = cast<FIntList>(list)) {
         isGood = begin("int");
@@ -251,7 +252,7 @@ bool XmlDocumentWriter::writeList(CmObject* list, std::string_view key, int32_t 
 
 /// Items are wide text. A long one stands as a long string does.
 bool XmlDocumentWriter::writeTextItem(const ConstString& text, int32_t level) {
-    const String wide = text.isWide() ? String() : XmlText::widen(text.view8());
+    const String wide = text.isWide() ? String() : text::widenStored(text.view8());
     const ConstString& item = text.isWide() ? text : wide;
     indent(level).put("<item");
     if (item.size() <= longestValue) {
@@ -319,7 +320,7 @@ bool XmlDocumentWriter::take(CmObject* object, std::string_view key, StoredObjec
     if (!stored.take(object)) {
         // One that could not be restored goes on without its attributes, which are gone.
         if (!instance) {
-            const std::string place = key.empty() ? "" : " under \"" + XmlText::brief(key) + '"';
+            const std::string place = key.empty() ? "" : " under \"" + text::brief(key) + '"';
             return fail("an object of the class " + classOf(object) + place + " has no attributes to store");
         }
         stored.className = instance->className8().string();

@@ -23,7 +23,7 @@ public:
     static constexpr char lineEnd[] = "\r\n";
 
     /// What becomes of a lone surrogate of wide text. Kept, it is written as any other unit, in three bytes:
-    /// that is no UTF-8, but `XmlText::widen` reads it back, such as in names of files that are none.
+    /// that is no UTF-8, but `text::widenStored` reads it back, such as in names of files that are none.
     enum class Surrogates : uint8_t { replace, keep };
 
     explicit XmlLine(Surrogates surrogates = Surrogates::replace);

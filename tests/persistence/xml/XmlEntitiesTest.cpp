@@ -1,7 +1,5 @@
 #include "persistence/xml/XmlEntities.h"
 
-#include "persistence/xml/XmlText.h"
-
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
@@ -98,39 +96,6 @@ TEST(XmlEntities, LeaveWhatNobodyKnows) {
     };
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(decoded(text), expected);
-}
-
-TEST(XmlText, KeepsBytesThatAreNoUtf8) {
-    using XmlText::Fallback;
-    struct Case {
-        std::string_view bytes;
-        Fallback fallback;
-        std::u16string_view expected;
-    };
-    const Case cases[] = {
-        {"\xC3\xA4", Fallback::western, u"\u00E4"},
-        {"\xC3\xA4", Fallback::macintosh, u"\u00E4"},
-        {"\xE4 \x80\x81\x9F", Fallback::western, u"\u00E4 \u20AC\u0081\u0178"},
-        {"\x8A \x80\xDB", Fallback::macintosh, u"\u00E4 \u00C4\u00A4"},
-        {"\xC3\xA4\xFF", Fallback::western, u"\u00C3\u00A4\u00FF"},
-        {"", Fallback::western, u""},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(std::u16string(XmlText::decode(c.bytes, c.fallback).text16()), c.expected) << c.bytes;
-    EXPECT_FALSE(XmlText::decode("plain").isWide());
-    EXPECT_TRUE(XmlText::widen("plain").isWide());
-}
-
-TEST(XmlText, ShowsNoControlCharacters) {
-    using std::string_view_literals::operator""sv;
-    const std::pair<std::string_view, std::string_view> cases[] = {
-        {"plain \xC3\xA4 \xF0\x9F\x98\x80", "plain \xC3\xA4 \xF0\x9F\x98\x80"},
-        {"\x1B[31m\n\0\x7F"sv, "\\x1B[31m\\x0A\\x00\\x7F"},
-        {"\xC2\x9B\xFF", "\\x9B\\xFF"},
-    };
-    for (const auto& [text, expected] : cases)
-        EXPECT_EQ(XmlText::printable(text), expected);
-    EXPECT_EQ(XmlText::brief(std::string(63, 'x') + "\xC3\xA4"), std::string(63, 'x') + "...");
 }
 
 } // namespace
