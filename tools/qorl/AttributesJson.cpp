@@ -2,7 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "persistence/attributes/FAttrList.h"
-#include "persistence/xml/FXmlObject.h"
+#include "persistence/attributes/FXmlObject.h"
 
 namespace qorl::tool {
 

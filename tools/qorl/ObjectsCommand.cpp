@@ -7,8 +7,8 @@
 #include "persistence/archive/FSizedArchive.h"
 #include "persistence/archive/StoredClass.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/FXmlObject.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -4,9 +4,9 @@
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/BodyBuffer.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/attributes/StoredObject.h"
 #include "persistence/streams/FBinaryStream.h"
-#include "persistence/xml/FXmlObject.h"
 
 #include <limits>
 #include <new>

@@ -1,8 +1,8 @@
 #include "foundation/Cast.h"
 #include "foundation/text/ConstString.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/attributes/StoredObject.h"
-#include "persistence/xml/FXmlObject.h"
 
 #include <charconv>
 #include <string>

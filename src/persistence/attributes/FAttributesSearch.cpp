@@ -2,7 +2,7 @@
 #include "persistence/attributes/AttributesFace.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
-#include "persistence/xml/FXmlObject.h"
+#include "persistence/attributes/FXmlObject.h"
 
 #include <set>
 #include <utility>

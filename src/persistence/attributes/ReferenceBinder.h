@@ -1,6 +1,6 @@
 #pragma once
 
-#include "persistence/xml/FXmlObject.h"
+#include "persistence/attributes/FXmlObject.h"
 
 #include <cstddef>
 #include <unordered_map>

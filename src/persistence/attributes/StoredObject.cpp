@@ -2,7 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "foundation/ClassRecord.h"
-#include "persistence/xml/FXmlObject.h"
+#include "persistence/attributes/FXmlObject.h"
 
 #include <cstring>
 

@@ -4,7 +4,7 @@
 #include "foundation/text/ShownText.h"
 #include "foundation/text/StoredBytes.h"
 #include "persistence/attributes/FAttrList.h"
-#include "persistence/xml/FXmlObject.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/xml/FXmlParser.h"
 
 #include <algorithm>

@@ -5,8 +5,8 @@
 #include "foundation/text/CmString.h"
 #include "persistence/archive/FCompactArchive.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/FXmlObject.h"
 #include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>

@@ -2,11 +2,11 @@
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/attributes/ReferenceBinder.h"
 #include "persistence/attributes/StoredObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
-#include "persistence/xml/FXmlObject.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -4,8 +4,8 @@
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/FXmlObject.h"
 #include "support/FailingAllocation.h"
 
 #include <cstdlib>

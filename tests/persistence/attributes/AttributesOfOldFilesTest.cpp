@@ -5,8 +5,8 @@
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/FXmlObject.h"
 #include "support/SmallStack.h"
 
 #include <gtest/gtest.h>

@@ -5,8 +5,8 @@
 #include "foundation/text/CmString.h"
 #include "persistence/archive/ArchiveTesting.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/FXmlObject.h"
 
 #include <gtest/gtest.h>
 #include <limits>

@@ -4,9 +4,9 @@
 #include "foundation/containers/CmBuffer.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
-#include "persistence/xml/FXmlObject.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -3,10 +3,9 @@
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/FXmlObject.h"
 #include "support/FailingAllocation.h"
-#include "support/Slots.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -561,13 +560,6 @@ TEST(FXmlDocument, FailsWithoutMemory) {
         EXPECT_EQ(document.errorText().empty(), isRead);
         EXPECT_TRUE(!isRead || written(read) == text);
     });
-}
-
-TEST(FXmlObject, KeepsItsSlotsBehindThoseOfEveryObject) {
-    const ptrdiff_t first = testing::entryOf(&CmObject::clone) + 1;
-    EXPECT_EQ(testing::entryOf(&FXmlObject::getObject), first);
-    EXPECT_EQ(testing::entryOf(&FXmlObject::getAttributes), first + 1);
-    EXPECT_EQ(testing::entryOf(&FXmlObject::isClass), first + 2);
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttrList.h"
+#include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
-#include "persistence/xml/FXmlObject.h"
 #include "support/FailingAllocation.h"
 
 #include <functional>

@@ -1,4 +1,4 @@
-#include "persistence/xml/FXmlObject.h"
+#include "persistence/attributes/FXmlObject.h"
 
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
