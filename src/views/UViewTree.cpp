@@ -62,9 +62,9 @@ bool UView::insertSubView(int32_t index, Ref<UView> view) {
         return false;
     const Ref<UView> keep = retain(this);
     const Ref<UView> child = std::move(view);
+    core_.item.insertChild(index, child->core_.item);
     child->addRef(); // The parent's own.
     child->parent_ = this;
-    core_.item.insertChild(index, child->core_.item);
     App::Layout::IItemLayout* layout = core_.item.layout();
     if (layout && !child->core_.item.layout())
         layout->childAdded(core_.item, child->core_.item,
