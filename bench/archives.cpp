@@ -4,7 +4,6 @@
 #include "persistence/streams/FMemoryStream.h"
 #include "support/Ratio.h"
 
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -122,7 +121,7 @@ public:
         int32_t tag = 0;
         uint16_t version = 0;
         stream_.readInt32(tag);
-        std::free(stream_.readCountedChars());
+        stream_.readCountedChars();
         stream_.readUInt16(version);
         numbered_.resize(2);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/containers/FreeBlock.h"
 #include "foundation/text/StoredText.h"
 
 #include <cstdlib>
@@ -44,10 +45,6 @@ public:
     void cut(size_t size) { size_ = size; }
 
 private:
-    struct Free {
-        void operator()(char* bytes) const { std::free(bytes); }
-    };
-
     template <typename Number>
     void store(char* out, Number value) const {
         char bytes[sizeof value];
@@ -76,7 +73,7 @@ private:
 
     static constexpr size_t fewest = 256;
 
-    std::unique_ptr<char, Free> bytes_;
+    std::unique_ptr<char, FreeBlock> bytes_;
     size_t size_ = 0;
     size_t room_ = 0;
     bool isReversed_;

@@ -75,19 +75,15 @@ bool FBinaryStream::writeCountedChars(const char* text) {
     return writeInt32(static_cast<int32_t>(count)) && writeChars(text, true);
 }
 
-char* FBinaryStream::readCountedChars() {
+FBinaryStream::CountedChars FBinaryStream::readCountedChars() {
     int32_t count = 0;
     if (!readInt32(count) || count > maxCountedBytes || count < 1)
         return nullptr;
     // A body may lack its terminator.
-    auto* text = static_cast<char*>(std::malloc(static_cast<size_t>(count) + 1));
-    if (!text)
+    CountedChars text(static_cast<char*>(std::malloc(static_cast<size_t>(count) + 1)));
+    if (!text || read(text.get(), count) != count)
         return nullptr;
-    if (read(text, count) != count) {
-        std::free(text);
-        return nullptr;
-    }
-    text[count] = 0;
+    text.get()[count] = 0;
     return text;
 }
 

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "foundation/containers/FreeBlock.h"
 #include "foundation/text/ConstString.h"
 
 #include <qorl/IBStream.h>
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 namespace qorl {
@@ -77,10 +79,11 @@ public:
     /// A 32-bit count that includes the terminator, then the bytes and the terminator: 5 bytes more than the
     /// text. Null is count 0. A text of 0x40000 bytes and more is refused, since it could not be read back.
     bool writeCountedChars(const char* text);
-    /// The text of `writeCountedChars` in a block from `malloc` for the caller. Null for a count that is
+    using CountedChars = std::unique_ptr<char, FreeBlock>;
+    /// The text of `writeCountedChars` in a block of its own. Null for a count that is
     /// below 1 or above 0x40000, whose body is left unread, for a body that is cut off, and without memory. A
     /// body without a terminator keeps its last byte: the block is a byte larger than the count.
-    char* readCountedChars();
+    CountedChars readCountedChars();
     /// Terminated: bytes for a text of nothing but ASCII, else EF BB BF and UTF-8, with lone surrogates in
     /// three bytes each. False, with nothing written, when there is no memory for the bytes.
     bool writeTextUtf8(const char16_t* text);

@@ -6,10 +6,8 @@
 #include "support/ShakyStream.h"
 
 #include <bit>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
-#include <memory>
 #include <string>
 
 namespace qorl {
@@ -18,11 +16,6 @@ namespace {
 std::string bytesOf(FMemoryStream& stream) {
     return std::string(stream.bytes());
 }
-
-struct Freed {
-    void operator()(char* text) const { std::free(text); }
-};
-using CountedChars = std::unique_ptr<char, Freed>;
 
 template <typename Number>
 void expectBytes(bool (FBinaryStream::*write)(Number), bool (FBinaryStream::*read)(Number&), Number value,
@@ -155,9 +148,9 @@ TEST(FBinaryStream, StoresCountedChars) {
     EXPECT_TRUE(stream.writeCountedChars(""));
     EXPECT_EQ(bytesOf(stream), std::string("\3\0\0\0ab\0\0\0\0\0\1\0\0\0\0", 16));
     stream.rewind();
-    EXPECT_STREQ(CountedChars(stream.readCountedChars()).get(), "ab");
+    EXPECT_STREQ(stream.readCountedChars().get(), "ab");
     EXPECT_EQ(stream.readCountedChars(), nullptr);
-    EXPECT_STREQ(CountedChars(stream.readCountedChars()).get(), "");
+    EXPECT_STREQ(stream.readCountedChars().get(), "");
     EXPECT_EQ(stream.readCountedChars(), nullptr) << "the end";
     stream.setByteOrder(1);
     stream.writeCountedChars("z");
@@ -178,7 +171,7 @@ TEST(FBinaryStream, RefusesCountedCharsThatAreTooLong) {
         stream.writeInt32(row.count);
         stream.pad(most);
         stream.seek(0, FStream::fromStart);
-        EXPECT_EQ(CountedChars(stream.readCountedChars()) != nullptr, row.isRead);
+        EXPECT_EQ(stream.readCountedChars() != nullptr, row.isRead);
         EXPECT_EQ(stream.size() - stream.tell(), row.left);
     }
     FMemoryStream written;
@@ -194,7 +187,7 @@ TEST(FBinaryStream, RefusesCountedCharsThatAreTooLong) {
         FMemoryStream text;
         text.writeCountedChars("ab");
         text.rewind();
-        const CountedChars read(allocation.during([&] { return text.readCountedChars(); }));
+        const auto read = allocation.during([&] { return text.readCountedChars(); });
         EXPECT_EQ(read == nullptr, allocation.hasFailed());
     });
 }
@@ -357,7 +350,7 @@ TEST(FStream, TellsOfTheCallThatFailsInACopy) {
 
 TEST(FBinaryStream, KeepsTheLastByteOfCountedCharsWithoutATerminator) {
     FMemoryStream stream(std::string_view("\3\0\0\0abc", 7));
-    EXPECT_STREQ(CountedChars(stream.readCountedChars()).get(), "abc");
+    EXPECT_STREQ(stream.readCountedChars().get(), "abc");
 }
 
 TEST(FBinaryStream, ReadsUtf8ThatItCutsAsUtf8) {

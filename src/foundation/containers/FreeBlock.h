@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdlib>
+
+namespace qorl {
+
+/// For `std::unique_ptr`: owns a block from `malloc`.
+struct FreeBlock {
+    void operator()(void* block) const noexcept { std::free(block); }
+};
+
+} // namespace qorl
