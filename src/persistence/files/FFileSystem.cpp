@@ -6,6 +6,7 @@
 #include "persistence/files/FPath.h"
 #include "persistence/files/PathText.h"
 #include "persistence/mounts/FMountTable.h"
+#include "persistence/streams/StreamPlace.h"
 
 #include <new>
 #include <string_view>
@@ -44,8 +45,7 @@ bool FFileSystem::makeLegalName(String& text, char16_t replacement) try {
 
 int64_t FFileSystem::getFileSize(FStream& stream) {
     int64_t size = -1;
-    Ref<ISizeableStream> sizeable;
-    if (stream.queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok)
+    if (const Ref<ISizeableStream> sizeable = sizeableOf(&stream))
         return sizeable->getStreamSize(size) == Result::ok ? size : -1;
     const int64_t place = stream.tell();
     size = stream.seek(0, FStream::fromEnd);

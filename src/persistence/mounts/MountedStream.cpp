@@ -1,13 +1,12 @@
 #include "persistence/mounts/MountedStream.h"
 
-#include "persistence/urls/FUrl.h"
+#include "persistence/streams/StreamPlace.h"
 
 namespace qorl {
 
 MountedStream::MountedStream(Ref<FStream> inner, Ref<FRemovableFileSystem> mount)
     : mount_(std::move(mount)), inner_(std::move(inner)) {
-    setUrl(inner_->url());
-    setByteOrder(inner_->byteOrder());
+    takeOver(*inner_);
 }
 
 MountedStream::~MountedStream() {
@@ -17,8 +16,7 @@ MountedStream::~MountedStream() {
 Result MountedStream::queryInterface(const InterfaceId& id, void** out) {
     if (id != ISizeableStream::iid)
         return FStream::queryInterface(id, out);
-    Ref<ISizeableStream> sizeable;
-    if (!inner_ || inner_->queryInterface(id, sizeable.out()) != Result::ok) {
+    if (!sizeableOf(inner_.get())) {
         *out = nullptr;
         return Result::noInterface;
     }
@@ -41,16 +39,12 @@ void MountedStream::setProgress(StreamProgress* monitor) {
 }
 
 Result MountedStream::getStreamSize(int64_t& size) {
-    Ref<ISizeableStream> sizeable;
-    if (!inner_ || inner_->queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok)
-        return Result::no;
-    return sizeable->getStreamSize(size);
+    const Ref<ISizeableStream> sizeable = sizeableOf(inner_.get());
+    return sizeable ? sizeable->getStreamSize(size) : Result::failure;
 }
 Result MountedStream::setStreamSize(int64_t size) {
-    Ref<ISizeableStream> sizeable;
-    if (!inner_ || inner_->queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok)
-        return Result::no;
-    return sizeable->setStreamSize(size);
+    const Ref<ISizeableStream> sizeable = sizeableOf(inner_.get());
+    return sizeable ? sizeable->setStreamSize(size) : Result::failure;
 }
 
 } // namespace qorl

@@ -36,10 +36,9 @@ int64_t findEnd(FStream& stream, int64_t position) {
         stream.seek(position, FStream::fromStart);
         return end;
     }
-    Ref<ISizeableStream> sizeable;
+    const Ref<ISizeableStream> sizeable = sizeableOf(&stream);
     int64_t size = -1;
-    if (stream.queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok ||
-        sizeable->getStreamSize(size) != Result::ok)
+    if (!sizeable || sizeable->getStreamSize(size) != Result::ok)
         return std::max<int64_t>(end, -1);
     // What can't be moved in says 0 for not knowing.
     if (end < 0)
@@ -308,9 +307,9 @@ void FBufferedStream::flush() {
 }
 
 void FBufferedStream::cutPadding() {
-    Ref<ISizeableStream> sizeable;
+    const Ref<ISizeableStream> sizeable = isPadded_ ? sizeableOf(inner_.get()) : nullptr;
     int64_t size = 0;
-    if (!isPadded_ || inner_->queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok)
+    if (!sizeable)
         return;
     // Who holds a file can ask it whether it is valid.
     if (sizeable->getStreamSize(size) == Result::ok && size > endPosition_ &&
@@ -325,9 +324,9 @@ Result FBufferedStream::getStreamSize(int64_t& size) {
 }
 
 Result FBufferedStream::setStreamSize(int64_t size) {
-    Ref<ISizeableStream> sizeable;
-    if (!(flags_ & writableFlag) || !isValid() || size < 0 ||
-        inner_->queryInterface(ISizeableStream::iid, sizeable.out()) != Result::ok)
+    const bool mayChange = flags_ & writableFlag && isValid() && size >= 0;
+    const Ref<ISizeableStream> sizeable = mayChange ? sizeableOf(inner_.get()) : nullptr;
+    if (!sizeable)
         return Result::failure;
     flush();
     const Result result = sizeable->setStreamSize(size);

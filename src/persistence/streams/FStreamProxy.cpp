@@ -87,9 +87,8 @@ Result FStreamProxy::getStreamSize(int64_t& size) {
     size = length_;
     if (length_ != unlimited)
         return Result::ok;
-    Ref<ISizeableStream> sizeable;
     int64_t end = -1;
-    if (inner_ && inner_->queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok) {
+    if (const Ref<ISizeableStream> sizeable = sizeableOf(inner_.get())) {
         if (const Result result = sizeable->getStreamSize(end); result != Result::ok)
             return result;
     } else if (!inner_ || (end = inner_->seek(0, fromEnd)) < 0) {

@@ -1,6 +1,7 @@
 #include "persistence/streams/IStreamProxy.h"
 
 #include "foundation/Cast.h"
+#include "persistence/streams/StreamPlace.h"
 
 namespace qorl {
 
@@ -15,11 +16,10 @@ int64_t checkedCount(Result result, int64_t moved, int64_t asked) {
 
 } // namespace
 
-IStreamProxy::IStreamProxy(Ref<IBStream> target) : target_(std::move(target)) {
+IStreamProxy::IStreamProxy(Ref<IBStream> target)
+    : target_(std::move(target)), sizeable_(sizeableOf(target_.get())) {
     if (const auto* own = cast<FStream>(target_.get()))
         takeOver(*own);
-    if (target_ && target_->queryInterface(ISizeableStream::iid, sizeable_.out()) != Result::ok)
-        sizeable_.reset();
 }
 
 Result IStreamProxy::queryInterface(const InterfaceId& id, void** out) {

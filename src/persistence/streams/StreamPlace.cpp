@@ -16,4 +16,11 @@ StreamPlace putAt(FStream& stream, int64_t place) {
     return reached == place ? StreamPlace::there : StreamPlace::shortOfIt;
 }
 
+Ref<ISizeableStream> sizeableOf(IBStream* stream) {
+    Ref<ISizeableStream> sizeable;
+    const bool isAnswered =
+        stream && stream->queryInterface(ISizeableStream::iid, sizeable.out()) == Result::ok;
+    return isAnswered ? sizeable : nullptr;
+}
+
 } // namespace qorl
