@@ -15,12 +15,6 @@ FFileStream::~FFileStream() {
     close();
 }
 
-Result FFileStream::queryInterface(const InterfaceId& id, void** out) {
-    if (detail::answerFace<ISizeableStream>(this, id, out))
-        return Result::ok;
-    return FStream::queryInterface(id, out);
-}
-
 void FFileStream::remember(const platform::FileError& error) {
     if (lastError_ == 0)
         lastError_ = error.code;

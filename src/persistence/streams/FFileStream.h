@@ -12,6 +12,7 @@ namespace qorl {
 class FFileStream : public FStream, public ISizeableStream {
     QORL_CLASS(FFileStream, FStream)
     QORL_RECORD(FFileStream)
+    QORL_FACES(FFileStream, FStream, ISizeableStream)
 
 public:
     enum OpenFlag : uint32_t {
@@ -29,10 +30,6 @@ public:
     FFileStream(platform::File file, uint32_t mode, int32_t sectorSize = 0);
     FFileStream(const FFileStream&) = delete;
     ~FFileStream() override;
-
-    Result queryInterface(const InterfaceId& id, void** out) override;
-    uint32_t addRef() override { return FStream::addRef(); }
-    uint32_t release() override { return FStream::release(); }
 
     /// What came or went before the system failed; -1 when it failed at once, and when the progress monitor
     /// says so. The monitor moves by the same count.
