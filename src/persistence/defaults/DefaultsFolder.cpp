@@ -11,11 +11,6 @@ namespace {
 
 // Behind the name of a folder that goes.
 constexpr const char* leaving = " (Earlier)";
-constexpr const char* lockName = "/.Defaults.lock";
-
-constinit int locksHeld = 0;
-// By the last lock that was asked for.
-constinit bool isWaitedInVain = false;
 
 std::string settingsFolder() {
     return FNPath::knownFolder(FNPath::userSettings);
@@ -41,22 +36,6 @@ bool clearPlace(const std::string& folder) {
 }
 
 } // namespace
-
-DefaultsLock::DefaultsLock(Patience patience) {
-    const std::string folder = settingsFolder();
-    if (locksHeld == 0 && platform::folderExists(folder)) {
-        const bool waits = patience == Patience::full || !isWaitedInVain;
-        lock_.emplace(folder + lockName, waits ? longestWait : std::chrono::milliseconds::zero());
-        isWaitedInVain = isBusy();
-        if (waits && isBusy())
-            tellOfFile(folder, "another program holds the settings for too long; going on without waiting");
-    }
-    ++locksHeld;
-}
-
-DefaultsLock::~DefaultsLock() {
-    --locksHeld;
-}
 
 void DefaultsFolder::makeSettings() {
     const std::string folder = settingsFolder();

@@ -2,6 +2,7 @@
 
 #include "foundation/messages/ListenerList.h"
 #include "foundation/text/CmString.h"
+#include "persistence/defaults/AutoSaver.h"
 #include "persistence/defaults/FDefaults.h"
 #include "persistence/files/StoredFile.h"
 
@@ -115,6 +116,7 @@ private:
     bool removeFile(const std::string& name);
     bool removeGroupFile(const std::string& name, FDefaults& group);
     Collected collect();
+    static void fillDocument(FAttributes& document, const Collected& all);
     bool saveGroups(Collected& all, const char* folder);
     bool saveSingleFile(Collected& all);
     bool replaceUnwritable(Collected& all);
@@ -130,13 +132,15 @@ private:
     bool loadFolder();
     bool loadSingleFile();
     bool saveFolder(Collected& all);
-    bool saveAutoSavers(FAttributes& attributes);
+    Ref<FAttributes> storeAutoSavers();
     bool restoreGroups(FAttributes& attributes, bool (*restore)(FDefaults&, FAttributes&));
     void enterRestored(const Ref<FDefaults>& group);
     /// Those that are written, by name, so that a file only changes where a setting did. Objects among their
     /// values may ask for other groups meanwhile.
     std::vector<Ref<FDefaults>> storedGroups() const;
     bool markExtracted();
+    /// In the order of their registration; one may add or remove others.
+    static void runCallbacks(const std::vector<Callback>& callbacks);
 
     std::unordered_map<std::u16string, Ref<FDefaults>> groups_;
     std::vector<std::u16string> removedGroups_;

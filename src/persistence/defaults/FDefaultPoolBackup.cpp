@@ -1,5 +1,6 @@
 // Settings that are put aside, brought back and done away with.
-#include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/defaults/DefaultsForm.h"
+#include "persistence/defaults/DefaultsLock.h"
 #include "persistence/defaults/FDefaultPool.h"
 #include "platform/System.h"
 
@@ -12,7 +13,7 @@ namespace {
 constexpr const char* singleFileInFolder = "Defaults.xml";
 
 StoredFile singleStoreFile() {
-    return {ConstString(DefaultsFolder::store), FFileType::xmlFile()};
+    return DefaultsForm::settingsFile(DefaultsForm::groups);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // Auto-savers: who is there, and who of them has what is stored of him.
-#include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/defaults/DefaultsForm.h"
+#include "persistence/defaults/DefaultsLock.h"
 #include "persistence/defaults/FDefaultPool.h"
 
 #include <new>
@@ -35,18 +36,30 @@ bool FDefaultPool::restoreAutoSaver(AutoSaver& saver) try {
     return false;
 }
 
-/// False when there is none.
-bool FDefaultPool::saveAutoSavers(FAttributes& attributes) {
-    bool isAny = false;
+/// What they want to be stored; null when there is none.
+Ref<FAttributes> FDefaultPool::storeAutoSavers() {
+    Ref<FAttributes> stored;
+    const auto attributes = make<FAttributes>();
     autoSavers_.tell([&](AutoSaver& saver) {
         if (isBehind(saver))
             return;
-        attributes.saveObject(saver.getClassName(), &saver);
-        isAny = true;
+        attributes->saveObject(saver.getClassName(), &saver);
+        stored = attributes;
     });
-    return isAny;
+    return stored;
 }
 
+/// What the files hold now.
+Ref<FAttributes> FDefaultPool::storedSavers() {
+    auto stored = make<FAttributes>();
+    if (state_.folderMode && DefaultsFolder::stands(DefaultsFolder::store)) {
+        loadFile(DefaultsForm::inFolder(DefaultsForm::savers), DefaultsForm::savers, *stored);
+        return stored;
+    }
+    loadFile(DefaultsForm::groups, DefaultsForm::groups, *stored);
+    FAttributes* savers = stored->getAttributes(DefaultsForm::saversKey);
+    return savers ? retain(savers) : make<FAttributes>();
+}
 /// What is stored of it is more than it knows.
 bool FDefaultPool::isBehind(AutoSaver& saver) {
     if (!lateSavers_.contains(&saver))

@@ -1,7 +1,6 @@
 #include "persistence/defaults/FDefaults.h"
 
 #include "foundation/Cast.h"
-#include "persistence/defaults/FDefaultPool.h"
 
 #include <new>
 
@@ -40,13 +39,13 @@ int32_t FDefaults::compare(const CmObject* other) const {
 }
 
 void FDefaults::storeName(FAttributes& attributes) const {
-    attributes.setString("Group", group_.string());
+    attributes.setString(groupKey, group_.string());
     if (version_ != 0)
         attributes.setInteger("Version", version_);
 }
 
 void FDefaults::restoreName(const FAttributes& attributes) {
-    const ConstString name = attributes.getString("Group");
+    const ConstString name = attributes.getString(groupKey);
     group_.string() = name;
     // It would be stored as another group.
     if (group_.string().size() != name.size())
@@ -87,16 +86,6 @@ bool FDefaults::takeAttributes(FAttributes& attributes) {
     restoreName(attributes);
     values->shareWith(values_);
     return true;
-}
-
-AutoSaver::AutoSaver() {
-    if (auto* pool = FGlobalDefaultPool::instance())
-        pool->registerAutoSaver(this);
-}
-
-AutoSaver::~AutoSaver() {
-    if (auto* pool = FGlobalDefaultPool::instance())
-        pool->unregisterAutoSaver(this);
 }
 
 } // namespace qorl

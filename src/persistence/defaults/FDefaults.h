@@ -11,6 +11,9 @@ class FDefaults : public CmObject {
     QORL_CLONE(FDefaults)
 
 public:
+    /// Where its stored form has the name of the group.
+    static constexpr const char* groupKey = "Group";
+
     explicit FDefaults(const ConstString& group = {}, int32_t version = 0)
         : group_(group), version_(version) {}
 
@@ -43,16 +46,6 @@ private:
     CmString group_;
     int32_t version_;
     FAttributes values_;
-};
-
-/// An object whose attributes the defaults store keeps under the name of its class, from load to save. One
-/// that is made after the load asks for its own by `FDefaultPool::restoreAutoSaver`.
-class AutoSaver : public CmObject {
-    QORL_CLASS(AutoSaver, CmObject)
-
-public:
-    AutoSaver();
-    ~AutoSaver() override;
 };
 
 } // namespace qorl

@@ -1,5 +1,5 @@
 #include "persistence/defaults/DefaultPoolFixture.h"
-#include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/defaults/DefaultsLock.h"
 #include "support/FailingDisk.h"
 
 #include <chrono>

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+
+namespace qorl {
+
+/// An object whose attributes the defaults store keeps under the name of its class, from load to save. One
+/// that is made after the load asks for its own by `FDefaultPool::restoreAutoSaver`.
+class AutoSaver : public CmObject {
+    QORL_CLASS(AutoSaver, CmObject)
+
+public:
+    AutoSaver();
+    ~AutoSaver() override;
+};
+
+} // namespace qorl

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/files/StoredFile.h"
+
+#include <string>
+#include <string_view>
+
+/// The names of the store's files, and what stands in them.
+namespace qorl::DefaultsForm {
+
+/// The single file, and the tag of each document that holds groups.
+inline constexpr const char* groups = DefaultsFolder::store;
+/// The file of the auto-savers in the folder, and its tag.
+inline constexpr const char* savers = "AutoSaver";
+
+// Keys of the single file.
+inline constexpr const char* entriesKey = "Entries";
+inline constexpr const char* saversKey = "AutoSavers";
+
+inline std::string inFolder(const std::string& name, const char* folder = DefaultsFolder::store) {
+    return std::string(folder) + '/' + name;
+}
+
+/// One of the user's settings files, for as long as its name is there.
+inline StoredFile settingsFile(std::string_view name) {
+    return {ConstString(name), FFileType::xmlFile()};
+}
+
+} // namespace qorl::DefaultsForm
