@@ -95,7 +95,7 @@ private:
     }
 
     Outcome writeEntry(const FStringIDAttribute& entry) {
-        if (!out_.putText(ConstString(std::string_view(entry.key()))))
+        if (!out_.putText(std::string_view(entry.key())))
             return failLength("the key", entry.key().size());
         const uint16_t kind = entry.kind();
         out_.put(kind);

@@ -26,6 +26,8 @@ public:
     }
     /// False for a text that is too long.
     bool putText(const ConstString& text) {
+        if (!text.isWide())
+            return putText(text.view8());
         const text::StoredText stored(text);
         if (!stored.isValid())
             throw std::bad_alloc();
@@ -35,6 +37,19 @@ public:
         char* out = extend(sizeof count + static_cast<size_t>(count));
         store(out, count);
         stored.copyTo(out + sizeof count);
+        return true;
+    }
+    /// Of 8-bit text.
+    bool putText(std::string_view text) {
+        if (text.size() >= String::maxStoredBytes)
+            return false;
+        const auto count = static_cast<int32_t>(text.empty() ? 0 : text.size() + 1);
+        char* out = extend(sizeof count + static_cast<size_t>(count));
+        store(out, count);
+        if (count > 0) {
+            std::memcpy(out + sizeof count, text.data(), text.size());
+            out[sizeof count + text.size()] = 0;
+        }
         return true;
     }
     void putBytes(std::string_view bytes) {
