@@ -252,6 +252,7 @@ void FDefaultPool::runCallbacks(const std::vector<Callback>& callbacks) {
     for (size_t i = 0; i < callbacks.size(); ++i)
         callbacks[i]();
 }
+
 void FDefaultPool::finishLoad() try {
     lateSavers_.clear();
     if (savedAutoSaverAttributes_) {

@@ -60,6 +60,7 @@ Ref<FAttributes> FDefaultPool::storedSavers() {
     FAttributes* savers = stored->getAttributes(DefaultsForm::saversKey);
     return savers ? retain(savers) : make<FAttributes>();
 }
+
 /// What is stored of it is more than it knows.
 bool FDefaultPool::isBehind(AutoSaver& saver) {
     if (!lateSavers_.contains(&saver))

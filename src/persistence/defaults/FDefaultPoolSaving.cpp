@@ -26,6 +26,7 @@ bool isUnwritable(const FAttributes& document, const std::string& what) {
     platform::debugOutput(what + " can't be saved: " + writer.errorText() + "; what was saved before stays");
     return true;
 }
+
 /// The attributes of a group in the document of a single file; null when it has none.
 Ref<FAttributes> storedEntry(FAttributes& document, const std::u16string& key) {
     document.resetCursor(DefaultsForm::entriesKey);
@@ -36,6 +37,7 @@ Ref<FAttributes> storedEntry(FAttributes& document, const std::u16string& key) {
     }
     return nullptr;
 }
+
 } // namespace
 
 /// What a save writes. All objects outside of the store have had their say when it stands.
@@ -47,6 +49,7 @@ struct FDefaultPool::Collected {
     std::vector<Group> groups;
     Ref<FAttributes> savers; ///< null when none is registered
 };
+
 bool FDefaultPool::save(bool force) try {
     if (!state_.loaded || state_.isUnknown)
         return false;
@@ -69,6 +72,7 @@ bool FDefaultPool::save(bool force) try {
     platform::debugOutput("no memory to save the settings");
     return false;
 }
+
 /// Auto-savers are asked first, since they may set values of groups.
 FDefaultPool::Collected FDefaultPool::collect() {
     Collected all;
@@ -80,6 +84,7 @@ FDefaultPool::Collected FDefaultPool::collect() {
     }
     return all;
 }
+
 std::vector<Ref<FDefaults>> FDefaultPool::storedGroups() const {
     std::vector<Ref<FDefaults>> groups;
     for (const auto& [name, group] : groups_)
@@ -89,6 +94,7 @@ std::vector<Ref<FDefaults>> FDefaultPool::storedGroups() const {
               [](const auto& a, const auto& b) { return a->compare(b.get()) < 0; });
     return groups;
 }
+
 /// The document of the single file.
 void FDefaultPool::fillDocument(FAttributes& document, const Collected& all) {
     for (const auto& group : all.groups)
@@ -134,6 +140,7 @@ bool FDefaultPool::saveFolder(Collected& all) {
     saveSingleFile(all);
     return false;
 }
+
 bool FDefaultPool::saveGroups(Collected& all, const char* folder) {
     bool isGood = true;
     for (const auto& [group, attributes] : all.groups) {
@@ -161,9 +168,11 @@ bool FDefaultPool::saveGroups(Collected& all, const char* folder) {
         saveFile(name, DefaultsForm::savers, *all.savers);
     return false;
 }
+
 bool FDefaultPool::saveFile(const std::string& name, std::string_view tag, FAttributes& attributes) {
     return setAsideUnread(name) && saveXml(ConstString(std::string_view(name)), tag, attributes);
 }
+
 /// What could not be read is kept under another name before anything takes its place.
 bool FDefaultPool::setAsideUnread(const std::string& name) {
     const auto found = unreadable_.find(name);
@@ -174,11 +183,13 @@ bool FDefaultPool::setAsideUnread(const std::string& name) {
     unreadable_.erase(found);
     return true;
 }
+
 /// Takes away a file whose settings are stored elsewhere by now.
 bool FDefaultPool::removeFile(const std::string& name) {
     const StoredFile file = DefaultsForm::settingsFile(name);
     return setAsideUnread(name) && (!file.exists() || file.remove());
 }
+
 /// Puts what is stored in the place of what can't be written. Whether there was any.
 bool FDefaultPool::replaceUnwritable(Collected& all) {
     FAttributes earlier;
@@ -195,6 +206,7 @@ bool FDefaultPool::replaceUnwritable(Collected& all) {
     std::erase_if(all.groups, [](const auto& group) { return !group.attributes; });
     return (all.savers && replaceUnwritableSavers(*all.savers)) || isAny;
 }
+
 bool FDefaultPool::replaceUnwritableSavers(FAttributes& savers) {
     const Ref<FAttributes> earlier = storedSavers();
     bool isAny = false;
@@ -214,6 +226,7 @@ bool FDefaultPool::replaceUnwritableSavers(FAttributes& savers) {
     }
     return isAny;
 }
+
 /// What is stored of auto-savers stays while they are missing, as when their module is not there in a run.
 void FDefaultPool::keepMissingSavers(Collected& all) {
     auto savers = all.savers ? all.savers : make<FAttributes>();
@@ -228,4 +241,5 @@ void FDefaultPool::keepMissingSavers(Collected& all) {
     if (!savers->isEmpty())
         all.savers = std::move(savers);
 }
+
 } // namespace qorl
