@@ -1,6 +1,6 @@
 #include "windows/AlertPresenter.h"
 
-#include "persistence/xml/XmlFile.h"
+#include "persistence/files/ReplaceQuestion.h"
 #include "platform/System.h"
 
 namespace qorl {

@@ -77,11 +77,6 @@ FBufferedStream::FBufferedStream(Ref<FStream> inner, int32_t blockSize, uint32_t
         block_.buffer.reset();
 }
 
-FReadAheadStream::FReadAheadStream(Ref<FStream> inner, int32_t blockSize, bool writable,
-                                   Ref<StreamBufferPool> pool)
-    : FBufferedStream(std::move(inner), blockSize, readAhead | (writable ? uint32_t{writableFlag} : 0u),
-                      std::move(pool)) {}
-
 FBufferedStream::~FBufferedStream() {
     flush();
     cutPadding();

@@ -77,16 +77,6 @@ bool isTooLong(std::string_view value) {
 
 } // namespace
 
-Ref<FXmlAttribute> FXmlAttributes::attribute(size_t index) const try {
-    const View& view = views_[index];
-    if (!view.isWide)
-        return make<FXmlAttribute>(ConstString(view.name), ConstString(view.value));
-    return make<FXmlAttribute>(ConstString(view.name),
-                               text::widenStored(view.value, static_cast<text::StoredEncoding>(codePage_)));
-} catch (const std::bad_alloc&) {
-    return nullptr;
-}
-
 /// While a handler of a start tag runs.
 struct FXmlParser::HandlerScope {
     HandlerScope(FXmlParser& owner, bool isEmpty)

@@ -1,25 +1,15 @@
 #include "persistence/xml/XmlFile.h"
 
-#include "foundation/text/TranslationTable.h"
+#include "persistence/files/ReplaceQuestion.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "platform/System.h"
 
 #include <new>
-#include <utility>
 
 namespace qorl {
 
 namespace {
-
-constinit ReplaceQuestion replaceQuestion = nullptr;
-
-bool mayReplace(const ConstString& name) {
-    if (!replaceQuestion)
-        return true;
-    const std::u16string text = translate("Do you want to replace ").toUtf16() + name.toUtf16() + u'?';
-    return replaceQuestion(ConstString(std::u16string_view(text)), translate("Replace"), translate("Cancel"));
-}
 
 bool tellUnsaved(const ConstString& name, const std::string& reason) {
     platform::debugOutput("the settings file \"" + name.toUtf8() + "\" is not saved: " + reason);
@@ -46,17 +36,10 @@ bool readDocument(FStream& stream, std::string_view tag, CmObject& object) {
 
 } // namespace
 
-ReplaceQuestionRecord::ReplaceQuestionRecord(ReplaceQuestion question)
-    : earlier_(std::exchange(replaceQuestion, question)) {}
-
-ReplaceQuestionRecord::~ReplaceQuestionRecord() {
-    replaceQuestion = earlier_;
-}
-
 bool saveXml(const ConstString& name, std::string_view tag, CmObject& object, bool askToReplace) try {
     const FFileType type = FFileType::settingsFile();
     const StoredFile file(name, type);
-    if (askToReplace && file.exists() && !mayReplace(name))
+    if (askToReplace && file.exists() && !mayReplaceFile(name))
         return false;
     FAttributes attributes;
     if (!object.storeAttributes(&attributes))

@@ -29,21 +29,4 @@ bool backupXml(const ConstString& name);
 /// Puts such a copy in the file's place and takes it away. False when there is none.
 bool restoreXml(const ConstString& name);
 
-/// Asks the user, who chooses between two buttons: true for the first one. Texts are as the user reads them.
-using ReplaceQuestion = bool (*)(const ConstString& text, const ConstString& first,
-                                 const ConstString& second);
-
-/// A static record beside whatever shows questions. Without one files are replaced unasked.
-class ReplaceQuestionRecord {
-public:
-    explicit ReplaceQuestionRecord(ReplaceQuestion question);
-    ReplaceQuestionRecord(const ReplaceQuestionRecord&) = delete;
-    ReplaceQuestionRecord& operator=(const ReplaceQuestionRecord&) = delete;
-    /// The record before is in force again.
-    ~ReplaceQuestionRecord();
-
-private:
-    ReplaceQuestion earlier_;
-};
-
 } // namespace qorl

@@ -1,5 +1,3 @@
-#include "persistence/streams/FBufferedStream.h"
-
 #include "foundation/Cast.h"
 #include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
@@ -7,6 +5,7 @@
 #include "persistence/streams/FCompressionStream.h"
 #include "persistence/streams/FFileStream.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "persistence/streams/FReadAheadStream.h"
 #include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
 #include "support/FailingAllocation.h"

@@ -2,6 +2,7 @@
 
 #include "foundation/text/CmString.h"
 #include "persistence/SettingsFolder.h"
+#include "persistence/files/ReplaceQuestion.h"
 
 #include <gtest/gtest.h>
 #include <string>
