@@ -16,6 +16,8 @@ import unittest
 import zlib
 from pathlib import Path
 
+from pictures import ROOT, check_picture
+
 QORL = ""
 SHOWCASE = Path()
 HERE = Path(__file__).resolve().parent
@@ -69,14 +71,19 @@ class Showcase(InTemporaryFolder):
         return picture
 
     def test_renders_in_both_looks_forms_and_scales(self):
-        light = self.render("light.png")
-        self.assertEqual(png_size(light), (912, 540))
-        self.assertEqual(png_size(self.render("twice.png", "--scale", "2")), (1824, 1080))
-        self.assertEqual(png_size(self.render("small.png", "--size", "700x450", "--condition", "COMPACT")), (700, 450))
-        pictures = {light.read_bytes(), self.render("dark.png", "--condition", "DARK").read_bytes(),
-                    self.render("compact.png", "--condition", "COMPACT").read_bytes(),
-                    self.render("set.png", "--set", "master=100").read_bytes()}
-        self.assertEqual(len(pictures), 4, "two of the forms look the same")
+        for name, options in (("light", []), ("twice", ["--scale", "2"]), ("dark", ["--condition", "DARK"]),
+                              ("compact", ["--size", "860x520", "--condition", "COMPACT"]),
+                              ("set", ["--set", "master=100"])):
+            with self.subTest(name):
+                reference = "docs/images/showcase.png" if name == "light" else f"tests/golden/showcase/{name}.png"
+                check_picture(self, self.render(name + ".png", *options), reference)
+
+    def test_the_skin_of_the_readme_looks_as_shown_there(self):
+        readme = (ROOT / "README.md").read_text()
+        self.write("skin.xml", re.search(r"```xml\n(.*?)```", readme, re.S)[1])
+        result = run(*re.search(r"`build/dev/bin/qorl (render skin.xml .*?)`", readme)[1].split(), cwd=self.folder)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        check_picture(self, self.folder / "mixer.png", "docs/images/mixer.png")
 
     def test_passes_its_own_check(self):
         result = run("check", "--strict", SHOWCASE / "skin.xml")
@@ -93,7 +100,8 @@ class Showcase(InTemporaryFolder):
             outcomes.append({path.name: path.read_bytes() for path in folder.iterdir()})
         self.assertEqual(outcomes[0].keys(), {"before.png", "after.png", "after.txt"})
         self.assertEqual(outcomes[0], outcomes[1])
-        self.assertNotEqual(outcomes[0]["before.png"], outcomes[0]["after.png"])
+        check_picture(self, self.folder / "first" / "before.png", "docs/images/showcase.png")
+        check_picture(self, self.folder / "first" / "after.png", "tests/golden/showcase/after.png")
 
     def test_tree_tells_class_rect_value_and_place(self):
         result = run("tree", SHOWCASE / "skin.xml", "Panel")
@@ -106,8 +114,9 @@ class Drive(InTemporaryFolder):
     SKIN = skin('<template name="T" size="0,0,200,100" style="frame">'
                 '<valuedefine name="v" type="int" scope="global" min="0" max="10" default="5"/>'
                 '<slider name="v" id="s" style="horizontal" size="0,0,100,20"/>'
-                '<button name="b" id="b" titleNT="Go" size="0,30,60,22"/>'
-                '<label id="hidden" titleNT="x" size="300,0,10,10"/></template>')
+                '<valuedefine name="ramp" type="int" scope="global" min="0" max="1000" default="0"/>'
+                '<slider name="ramp" id="ramp" style="horizontal|ramp" size="0,60,200,20"/>'
+                '<button name="b" id="b" titleNT="Go" size="0,30,60,22"/></template>')
 
     def drive(self, script):
         return run("drive", self.write("skin.xml", self.SKIN), "T", "--script", "-", stdin=script)
@@ -116,6 +125,11 @@ class Drive(InTemporaryFolder):
         cases = {
             "\nexpect value v == 6\n": '-:2:1: error: expect value v == 6: expected 6, found 5\n',
             'expect text b == "Stop"\n': '-:1:1: error: expect text b == "Stop": expected "Stop", found "Go"\n',
+            "expect focus b\n": '-:1:1: error: expect focus b: expected the focus there, found it on USlider "s" 0,0 100x20 '
+                                '[shown attached focusable] = "5"\n',
+            "expect visible nobody\n": '-:1:1: error: expect visible nobody: there is no view with the id or name '
+                                       '"nobody"\n',
+            "shot gone/x.png\n": 'qorl: gone/x.png: No such file or directory\n',
             "click nobody\n": '-:1:1: error: click nobody: there is no view with the id or name "nobody"\n',
             "press b\n": '-:1:1: error: press b: the mouse is still held and nothing else comes; '
                          'is a "release" missing?\n',
@@ -133,6 +147,9 @@ class Drive(InTemporaryFolder):
             "wait soon": '1:6: error: expected milliseconds, not "soon"',
             'expect text b == "Go': "1:18: error: the quote that begins here has no end",
             "release now": '1:9: error: nothing may follow here, but "now" does',
+            "wait nan": '1:6: error: expected milliseconds, not "nan"',
+            "wait 1e10": "1:6: error: milliseconds are at most 1000000000",
+            "drag s 1,1 -> 1,2000000000": "1:15: error: a place X,Y in the view has no number above 1000000",
             "\n\nhold Shift+Hyper": '3:6: error: "Hyper" is none of Shift, Ctrl, Alt, Meta',
         }
         for script, message in cases.items():
@@ -143,7 +160,14 @@ class Drive(InTemporaryFolder):
 
     def test_keys_and_wheel_reach_the_focus_and_the_view(self):
         result = self.drive("click s\nexpect focus s\nset v 5\nkey Right Arrow\nexpect value v == 6\n"
-                            "wheel s -1\nexpect value v == 5\nkey Home\nexpect value v == 10\n")
+                            "wheel s -1\nexpect value v == 5\nkey Home\nexpect value v == 10\n"
+                            "key Shift+Right Arrow\nexpect value v == 10\nkey Shift+Tab\nexpect focus b\n")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_held_keys_and_time_reach_the_control(self):
+        drag = "set ramp 500\ndrag ramp 100,10 -> 140,10\nexpect value ramp == "
+        result = self.drive("press ramp\nwait 499\nexpect value ramp == 10\nwait 501\nexpect value ramp == 120\nrelease\n"
+                            f"{drag}714\nhold Shift\n{drag}521\nhold none\n{drag}714\n")
         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
 

@@ -18,8 +18,9 @@ import sys
 import tempfile
 import time
 import unittest
-import zlib
 from pathlib import Path
+
+from pictures import Picture, read_png, swap_channels
 
 QORL = ""
 SHOWCASE = Path()
@@ -50,73 +51,6 @@ STEPS = [
 ]
 KEYS = {"Right Arrow": "Right"}
 LEFT_BUTTON, WHEEL_UP, WHEEL_DOWN = "1", "4", "5"
-
-
-class Picture:
-    """Rows of bytes, three for each pixel: red, green, blue."""
-
-    def __init__(self, width, height, rows):
-        self.width, self.height, self.rows = width, height, rows
-
-    def cut(self, left, top, width, height):
-        return Picture(width, height, [row[left * 3:(left + width) * 3] for row in self.rows[top:top + height]])
-
-    def __eq__(self, other):
-        return self.rows == other.rows
-
-    def difference(self, other):
-        """The box around all pixels that differ, for the report of a failure."""
-        if (self.width, self.height) != (other.width, other.height):
-            return f"{self.width}x{self.height} instead of {other.width}x{other.height}"
-        if self == other:
-            return "nothing differs any more"
-        lines = [y for y in range(self.height) if self.rows[y] != other.rows[y]]
-        columns = [x // 3 for y in lines for x in range(self.width * 3) if self.rows[y][x] != other.rows[y][x]]
-        return f"pixels {min(columns)},{lines[0]} to {max(columns)},{lines[-1]} differ"
-
-
-def swap_channels(row, blue, green, red, step):
-    pixels = bytearray(len(row) // step * 3)
-    pixels[0::3], pixels[1::3], pixels[2::3] = row[red::step], row[green::step], row[blue::step]
-    return bytes(pixels)
-
-
-def read_png(path):
-    """Eight bits a channel, with or without alpha, not interlaced: what the tool writes."""
-    data = Path(path).read_bytes()
-    place, packed = 8, b""
-    while place < len(data):
-        length, kind = struct.unpack_from(">I4s", data, place)
-        if kind == b"IHDR":
-            width, height, depth, colour, _, _, interlace = struct.unpack_from(">IIBBBBB", data, place + 8)
-        elif kind == b"IDAT":
-            packed += data[place + 8:place + 8 + length]
-        place += 12 + length
-    assert (depth, interlace) == (8, 0) and colour in (2, 6), f"{path} has another form"
-    step = 4 if colour == 6 else 3
-    raw, above, rows = zlib.decompress(packed), bytes(width * step), []
-    for start in range(0, len(raw), width * step + 1):
-        above = unfilter(raw[start], bytearray(raw[start + 1:start + 1 + width * step]), above, step)
-        rows.append(swap_channels(above, blue=2, green=1, red=0, step=step))
-    return Picture(width, height, rows)
-
-
-def unfilter(kind, row, above, step):
-    if kind == 1:
-        for i in range(step, len(row)):
-            row[i] = row[i] + row[i - step] & 255
-    elif kind == 2:
-        row = bytearray(a + b & 255 for a, b in zip(row, above))
-    elif kind == 3:
-        for i, up in enumerate(above):
-            row[i] = row[i] + ((row[i - step] if i >= step else 0) + up >> 1) & 255
-    elif kind == 4:
-        for i, up in enumerate(above):
-            left, corner = (row[i - step], above[i - step]) if i >= step else (0, 0)
-            to_left, to_up, to_corner = abs(up - corner), abs(left - corner), abs(left + up - 2 * corner)
-            nearest = left if to_left <= to_up and to_left <= to_corner else up if to_up <= to_corner else corner
-            row[i] = row[i] + nearest & 255
-    return row
 
 
 def wait_for(condition, watched, what):
@@ -223,8 +157,8 @@ class Screen:
             except subprocess.TimeoutExpired:
                 child.kill()
                 child.wait()
-            if child.stdout:
-                child.stdout.close()
+            for end in filter(None, (child.stdout, child.stderr)):
+                end.close()
         self.changes.socket.close()
 
     def do(self, *words):
@@ -246,28 +180,34 @@ class Screen:
 class ShownWindow:
     """`qorl show`, and a user at it."""
 
-    def __init__(self, screen, title):
+    def __init__(self, screen, skin, title, *options):
         self.screen = screen
-        self.messages = tempfile.TemporaryFile("w+")
-        self.process = screen.launch(QORL, "show", SHOWCASE / "skin.xml", TEMPLATE, stderr=self.messages)
-        self.end = os.pidfd_open(self.process.pid)
+        self.said = ""
+        self.process = screen.launch(QORL, "show", skin, TEMPLATE, *options, stderr=subprocess.PIPE)
+        os.set_blocking(self.process.stderr.fileno(), False)
         # The window manager's mark: before it the window may still be moved into its frame.
         self.window = self.wait_for(self.find(title), self.complaint("no window opened"))
         self.origin = self.find_origin()
 
     def wait_for(self, condition, what):
-        """As the function, until the screen says so or the program has ended."""
+        """As the function, until the screen or what the program tells says so, or it has ended."""
         def answer():
             self.screen.changes.forget()
+            self.listen()
             return condition() or self.process.poll() is not None
-        answered = wait_for(answer, [self.screen.changes, self.end], what)
+        answered = wait_for(answer, [self.screen.changes, self.process.stderr], what)
         if self.process.poll() is not None:
             raise AssertionError(what() if callable(what) else what)
         return answered
 
-    def close(self):
-        self.messages.close()
-        os.close(self.end)
+    def listen(self):
+        self.said += (self.process.stderr.read() or b"").decode()
+
+    def hear(self, words):
+        """Waits until the program has told something, and forgets all that it told."""
+        self.wait_for(lambda: words in self.said, self.complaint(f"never heard {words!r}"))
+        said, self.said = self.said, ""
+        return said
 
     def find(self, title):
         return lambda: self.screen.do("getactivewindow", "getwindowname") == title + "\n" and \
@@ -275,8 +215,8 @@ class ShownWindow:
 
     def complaint(self, what):
         def text():
-            self.messages.seek(0)
-            return f"{what}; exit status {self.process.poll()}, standard error: {self.messages.read()!r}"
+            self.listen()
+            return f"{what}; exit status {self.process.poll()}, standard error: {self.said!r}"
         return text
 
     def tell(self, picture):
@@ -351,32 +291,43 @@ def read_places(tree):
     return places
 
 
-class Showcase(unittest.TestCase):
+class OnAScreen(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="qorl-")
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name)
 
-    def drive(self):
-        """The pictures of the driven window and the places in it: first as it opens, then after each step."""
-        script = ["tree 0.txt", "shot 0.png"]
-        for number, (step, _) in enumerate(STEPS, 1):
-            script += [step, f"tree {number}.txt", f"shot {number}.png"]
-        result = subprocess.run([QORL, "drive", SHOWCASE / "skin.xml", TEMPLATE, "--script", "-"], cwd=self.folder,
-                                input="\n".join(script), capture_output=True, text=True, timeout=PATIENCE)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        return [(read_png(self.folder / f"{number}.png"), read_places((self.folder / f"{number}.txt").read_text()))
-                for number in range(len(STEPS) + 1)]
-
-    def test_real_mouse_and_keys_do_what_driven_ones_do(self):
-        expected = self.drive()
+    def show(self, skin, *options):
         screen = Screen(self.folder)
         self.addCleanup(screen.close)
-        shown = ShownWindow(screen, "Nocturne")
-        self.addCleanup(shown.close)
+        return ShownWindow(screen, skin, "Nocturne", *options)
+
+    def drive(self, skin, steps):
+        """The files of the driven window's pictures and the places in it: first as it opens, then after each step."""
+        script = ["tree 0.txt", "shot 0.png"]
+        for number, step in enumerate(steps, 1):
+            script += [step, f"tree {number}.txt", f"shot {number}.png"]
+        result = subprocess.run([QORL, "drive", skin, TEMPLATE, "--script", "-"], cwd=self.folder,
+                                input="\n".join(script), capture_output=True, text=True, timeout=PATIENCE)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return [(self.folder / f"{number}.png", read_places((self.folder / f"{number}.txt").read_text()))
+                for number in range(len(steps) + 1)]
+
+    def end(self, shown):
+        shown.screen.do("key", "alt+F4")
+        self.assertEqual(shown.process.wait(PATIENCE), 0, shown.complaint("it did not end well")())
+        shown.listen()
+        self.assertEqual(shown.said, "")
+
+
+class Showcase(OnAScreen):
+    def test_real_mouse_and_keys_do_what_driven_ones_do(self):
+        skin = SHOWCASE / "skin.xml"
+        expected = self.drive(skin, [step for step, _ in STEPS])
+        shown = self.show(skin)
         places = expected[0][1]
-        for (step, control), (picture, new_places) in zip([("open", None), *STEPS], expected):
-            before = shown.picture()
+        for (step, control), (file, new_places) in zip([("open", None), *STEPS], expected):
+            picture, before = read_png(file), shown.picture()
             if step != "open":
                 shown.play(step, places)
             shown.wait_for(lambda: shown.picture() == picture,
@@ -385,10 +336,59 @@ class Showcase(unittest.TestCase):
                 self.assertFalse(before.cut(*places[control]) == shown.picture().cut(*new_places[control]),
                                  f"{control} looks as before")
             places = new_places
-        screen.do("key", "alt+F4")
-        self.assertEqual(shown.process.wait(PATIENCE), 0, shown.complaint("it did not end well")())
-        shown.messages.seek(0)
-        self.assertEqual(shown.messages.read(), "")
+        self.end(shown)
+
+
+class Watch(OnAScreen):
+    """What a designer saves is on the screen as soon as it is whole."""
+
+    def save(self, path, content):
+        """As editors do: in one step."""
+        new = self.folder / "new"
+        new.write_bytes(content)
+        new.replace(path)
+
+    def test_screen_follows_what_is_saved_and_keeps_what_is_broken(self):
+        copy = self.folder / "skin"
+        shutil.copytree(SHOWCASE, copy)
+        skin, include, bitmap = copy / "skin.xml", copy / "templates" / "mixer.xml", copy / "bitmaps" / "logo.png"
+        place, click = STEPS[0][0], "click delay"
+        shown = self.show(skin, "--watch")
+        places = self.drive(skin, [])[0][1]
+        shown.play(click, places)
+        shown.play(place, places)
+        seen = []
+
+        def follow(what):
+            picture = read_png(self.drive(skin, [click, place])[-1][0])
+            self.assertNotIn(picture.rows, seen, f"{what} changes nothing to see")
+            shown.wait_for(lambda: shown.picture() == picture,
+                           lambda: f"{what} does not come to the screen: " + shown.tell(picture))
+            seen.append(picture.rows)
+
+        def change(path, old, new):
+            text = path.read_bytes()
+            self.assertIn(old, text)
+            self.save(path, text.replace(old, new, 1))
+
+        follow("the start")
+        change(skin, b'name="bar" value="52"', b'name="bar" value="44"')
+        follow("a saved skin")
+        self.assertEqual(shown.hear("reloaded\n"), "qorl: reloaded\n")
+        whole = skin.read_bytes()
+        for broken, told in ((whole[:whole.index(b"</template>")], f"{skin}:"),
+                             (whole.replace(b'name="Panel"', b'name="Pane"'), 'no template "Panel"')):
+            self.save(skin, broken)
+            self.assertRegex(shown.hear(told), r":\d+:\d+: error: |^qorl: ")
+            self.assertEqual(shown.picture().rows, seen[-1], "a broken skin is to be seen")
+        self.save(skin, whole.replace(b"8,60,904,228", b"8,50,904,228"))
+        follow("a mended skin")
+        change(include, b'titleNT="MASTER"', b'titleNT="ALL"')
+        follow("a saved include")
+        self.save(bitmap, (SHOWCASE / "bitmaps" / "led.png").read_bytes())
+        follow("a saved bitmap")
+        shown.hear("reloaded\n")
+        self.end(shown)
 
 
 if __name__ == "__main__":

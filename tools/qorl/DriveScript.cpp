@@ -2,13 +2,24 @@
 
 #include "commands/UKeyCode.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <optional>
 #include <span>
 
 namespace qorl::tool {
 
 namespace {
+
+/// Far outside of every screen, and yet sums of some of them are numbers.
+constexpr int32_t largestPlace = 1'000'000;
+/// Of milliseconds, days.
+constexpr double mostMilliseconds = 1e9;
+constexpr double mostNotches = 1e6;
+constexpr double largestNumber = std::numeric_limits<double>::max();
 
 struct Word {
     std::string text;
@@ -32,29 +43,35 @@ public:
         return {};
     }
 
-    double takeNumber(std::string_view wanted) {
+    double takeNumber(const std::string& wanted, double most = largestNumber) {
         const Word word = take(wanted);
         double number = 0;
         const char* end = word.text.data() + word.text.size();
         const auto read = std::from_chars(word.text.data(), end, number);
-        if (!failed() && (read.ec != std::errc() || read.ptr != end))
-            fail(word.column, "expected " + std::string(wanted) + ", not \"" + word.text + '"');
+        if (failed())
+            return 0;
+        if (read.ec != std::errc() || read.ptr != end || !std::isfinite(number))
+            fail(word.column, "expected " + wanted + ", not \"" + word.text + '"');
+        else if (std::abs(number) > most)
+            fail(word.column, wanted + " are at most " + std::to_string(static_cast<int64_t>(most)));
         return number;
     }
 
     /// Two whole numbers parted by `separator`.
-    CmPoint takePair(char separator, std::string_view wanted) {
+    CmPoint takePair(char separator, const std::string& wanted) {
         const Word word = take(wanted);
         CmPoint pair;
         const char* end = word.text.data() + word.text.size();
         auto first = std::from_chars(word.text.data(), end, pair.x);
         if (first.ec == std::errc() && first.ptr != end && *first.ptr == separator) {
             const auto second = std::from_chars(first.ptr + 1, end, pair.y);
-            if (second.ec == std::errc() && second.ptr == end)
+            if (second.ec == std::errc() && second.ptr == end) {
+                if (std::max(std::abs(int64_t{pair.x}), std::abs(int64_t{pair.y})) > largestPlace)
+                    fail(word.column, wanted + " has no number above " + std::to_string(largestPlace));
                 return pair;
+            }
         }
-        if (!failed())
-            fail(word.column, "expected " + std::string(wanted) + ", not \"" + word.text + '"');
+        fail(word.column, "expected " + wanted + ", not \"" + word.text + '"');
         return {};
     }
 
@@ -146,7 +163,7 @@ void readHold(LineReader& line, DriveStep& step) {
 
 void readWheel(LineReader& line, DriveStep& step) {
     readId(line, step);
-    step.amount = line.takeNumber("a number of notches");
+    step.amount = line.takeNumber("notches", mostNotches);
 }
 
 void readKey(LineReader& line, DriveStep& step) {
@@ -171,7 +188,7 @@ void readResize(LineReader& line, DriveStep& step) {
 }
 
 void readWait(LineReader& line, DriveStep& step) {
-    step.amount = line.takeNumber("milliseconds");
+    step.amount = line.takeNumber("milliseconds", mostMilliseconds);
     if (!line.failed() && step.amount < 0)
         line.fail(1, "time does not go back");
 }

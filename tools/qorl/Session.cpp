@@ -175,11 +175,15 @@ bool Session::reload() {
     const Ref<UView> view = reloaded ? build(templateName_) : nullptr;
     if (!view)
         return false;
+    const UView* focus = desktop().getFocus();
+    const std::string focused(focus ? focus->getItem().name() : std::string_view());
     view->setFrame(content_->getFrameRect(), false);
     view->setAttach(viewAttachAll);
     window_->removeSubView(content_.get());
     content_ = view;
     window_->addSubView(content_);
+    if (UView* again = focused.empty() ? nullptr : findView(focused))
+        desktop().setFocus(again);
     window_->invalidateAll();
     return true;
 }

@@ -50,8 +50,8 @@ public:
     /// `start`, `load` and `open` for the words SKIN and TEMPLATE.
     int run(const CommandLine& line, Screen screen);
 
-    /// Reads the document again and builds the template anew in the open window. False, with the faults told,
-    /// leaves the window as it was.
+    /// Reads the document again and builds the template anew in the open window; values stay, and so does the
+    /// focus where the view's name does. False, with the faults told, leaves the window as it was.
     bool reload();
 
     /// Everything that waits is dispatched, delivered and painted.
