@@ -65,7 +65,7 @@ bool WindowRecorder::mouse(const platform::MouseEvent& event) {
 bool WindowRecorder::key(const platform::KeyEvent& event) {
     write(std::string("key ") + (event.kind == platform::KeyKind::down ? "down" : "up") + " v" +
           std::to_string(event.virtualKey) + " c" + std::to_string(static_cast<unsigned>(event.character)) +
-          " m" + std::to_string(event.modifiers));
+          " m" + std::to_string(event.modifiers) + (event.isRepeat ? " again" : ""));
     return true;
 }
 

@@ -93,7 +93,7 @@ void finish(pid_t& pid, int signal) {
 
 } // namespace
 
-XServer::XServer(Manager manager, SharedMemory memory, int depth) {
+XServer::XServer(Manager manager, const char* absent, int depth) {
     Pipe started;
     const std::string descriptor = std::to_string(started.input());
     const std::string screen = "1024x768x" + std::to_string(depth);
@@ -101,8 +101,8 @@ XServer::XServer(Manager manager, SharedMemory memory, int depth) {
                                           "-screen",  "0",          screen.c_str(),
                                           "-noreset", "-nolisten",  "tcp",
                                           "-dpi",     "96"};
-    if (memory == SharedMemory::absent)
-        arguments.insert(arguments.end(), {"-extension", "MIT-SHM"});
+    if (absent)
+        arguments.insert(arguments.end(), {"-extension", absent});
     server_ = launch(arguments, "", -1, started.input());
     started.closeInput();
     // The server writes its number as soon as it takes connections.
@@ -119,6 +119,12 @@ XServer::XServer(Manager manager, SharedMemory memory, int depth) {
 XServer::~XServer() {
     finish(manager_, SIGKILL);
     finish(server_, SIGTERM);
+}
+
+bool XServer::setLayout(const char* name) {
+    const pid_t child = launch({"setxkbmap", name}, display_, -1);
+    int status = -1;
+    return waitpid(child, &status, 0) == child && status == 0;
 }
 
 void XServer::kill() {

@@ -16,11 +16,10 @@ namespace qorl::test {
 class XServer {
 public:
     enum class Manager : uint8_t { none, openbox };
-    enum class SharedMemory : uint8_t { absent, present };
 
-    /// Screens are 1024 x 768 pixels of `depth` bits. `isRunning` tells whether it worked; `getError` what
-    /// did not.
-    explicit XServer(Manager manager, SharedMemory memory = SharedMemory::present, int depth = 24);
+    /// Screens are 1024 x 768 pixels of `depth` bits; the server lacks the extension `absent`. `isRunning`
+    /// tells whether it worked; `getError` what did not.
+    explicit XServer(Manager manager, const char* absent = nullptr, int depth = 24);
     ~XServer();
     XServer(const XServer&) = delete;
     XServer& operator=(const XServer&) = delete;
@@ -29,6 +28,8 @@ public:
     const std::string& getError() const { return error_; }
     const std::string& getDisplay() const { return display_; } ///< ":7"
 
+    /// Gives the keyboard another layout, as in "de". False if the server does not know it.
+    bool setLayout(const char* name);
     /// Ends the server as a crash would.
     void kill();
     /// How the server ended if it did so by itself; empty while it runs and when it was killed.

@@ -77,7 +77,7 @@ std::unique_ptr<DesktopServices> X11Desktop::create(const std::string& display, 
 
 X11Desktop::X11Desktop(std::unique_ptr<X11Connection> connection)
     : connection_(std::move(connection)), keyboard_(*connection_), settings_(*connection_),
-      wheel_(*connection_), pointers_(*connection_), scale_(settings_.getLook().scale),
+      pointers_(*connection_), scale_(settings_.getLook().scale),
       start_(getMonotonicMilliseconds() - firstTick) {
     const uint32_t rootEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(*connection_, connection_->getRoot(), XCB_CW_EVENT_MASK, &rootEvents);
@@ -86,7 +86,7 @@ X11Desktop::X11Desktop(std::unique_ptr<X11Connection> connection)
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE);
     }
     if (connection_->getInputOpcode()) {
-        wheel_.readDevices();
+        wheel_.setAxes(X11Wheel::readAxes(*connection_));
         const Input2Mask mask = {{XCB_INPUT_DEVICE_ALL, 1}, XCB_INPUT_XI_EVENT_MASK_HIERARCHY};
         xcb_input_xi_select_events(*connection_, connection_->getRoot(), 1, &mask.head);
     }

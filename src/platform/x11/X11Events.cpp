@@ -218,7 +218,7 @@ void X11Desktop::dispatchInput2(const xcb_generic_event_t& event) {
     if (!connection_->getInputOpcode() || generic.extension != connection_->getInputOpcode())
         return;
     if (generic.event_type == XCB_INPUT_HIERARCHY) {
-        wheel_.readDevices();
+        wheel_.setAxes(X11Wheel::readAxes(*connection_));
         return;
     }
     if (generic.event_type != XCB_INPUT_BUTTON_PRESS && generic.event_type != XCB_INPUT_BUTTON_RELEASE &&

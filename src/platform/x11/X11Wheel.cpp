@@ -13,12 +13,12 @@ double toDouble(const xcb_input_fp3232_t& number) {
 
 } // namespace
 
-void X11Wheel::readDevices() {
-    axes_.clear();
+std::vector<X11Wheel::Axis> X11Wheel::readAxes(X11Connection& connection) {
+    std::vector<Axis> axes;
     const X11Reply<xcb_input_xi_query_device_reply_t> reply(xcb_input_xi_query_device_reply(
-        connection_, xcb_input_xi_query_device(connection_, XCB_INPUT_DEVICE_ALL), nullptr));
+        connection, xcb_input_xi_query_device(connection, XCB_INPUT_DEVICE_ALL), nullptr));
     if (!reply)
-        return;
+        return axes;
     for (auto device = xcb_input_xi_query_device_infos_iterator(reply.get()); device.rem;
          xcb_input_xi_device_info_next(&device)) {
         if (device.data->type != XCB_INPUT_DEVICE_TYPE_SLAVE_POINTER)
@@ -30,11 +30,12 @@ void X11Wheel::readDevices() {
             const auto& scroll = *reinterpret_cast<const xcb_input_scroll_class_t*>(it.data);
             const double increment = toDouble(scroll.increment);
             if (increment != 0) {
-                axes_.push_back({device.data->deviceid, scroll.number,
-                                 scroll.scroll_type == XCB_INPUT_SCROLL_TYPE_VERTICAL, increment, 0, false});
+                axes.push_back({device.data->deviceid, scroll.number,
+                                scroll.scroll_type == XCB_INPUT_SCROLL_TYPE_VERTICAL, increment});
             }
         }
     }
+    return axes;
 }
 
 void X11Wheel::forgetPositions() {

@@ -2,6 +2,7 @@
 
 #include "platform/x11/X11Connection.h"
 
+#include <utility>
 #include <vector>
 
 namespace qorl::platform {
@@ -20,10 +21,18 @@ struct WheelDistance {
 /// dropped.
 class X11Wheel {
 public:
-    explicit X11Wheel(X11Connection& connection) : connection_(connection) {}
+    struct Axis {
+        uint16_t device;
+        uint16_t number;
+        bool isVertical;
+        double increment; ///< one notch; negative for a wheel that is turned round
+        double position = 0;
+        bool isKnown = false; ///< whether `position` is
+    };
 
-    /// Asks the server for the axes anew: at the start and when devices change.
-    void readDevices();
+    /// Those that the server has now; they change with the devices.
+    static std::vector<Axis> readAxes(X11Connection& connection);
+    void setAxes(std::vector<Axis> axes) { axes_ = std::move(axes); }
 
     /// Forgets where the axes stand: they went on while the mouse was over another program.
     void forgetPositions();
@@ -32,18 +41,8 @@ public:
     WheelDistance move(uint16_t source, const uint32_t* mask, size_t maskWords, const double* values);
 
 private:
-    struct Axis {
-        uint16_t device;
-        uint16_t number;
-        bool isVertical;
-        double increment; ///< one notch; negative for a wheel that is turned round
-        double position;
-        bool isKnown; ///< whether `position` is
-    };
-
     Axis* find(uint16_t device, uint16_t number);
 
-    X11Connection& connection_;
     std::vector<Axis> axes_;
 };
 

@@ -29,8 +29,8 @@ constexpr uint32_t framed = WindowStyle::sizable | WindowStyle::title | WindowSt
 /// A desktop on an X server of its own.
 class X11Scene {
 public:
-    explicit X11Scene(XServer::Manager manager, XServer::SharedMemory memory = XServer::SharedMemory::present)
-        : server(manager, memory), user(server.getDisplay()) {
+    explicit X11Scene(XServer::Manager manager, const char* absent = nullptr)
+        : server(manager, absent), user(server.getDisplay()) {
         EXPECT_TRUE(server.isRunning()) << server.getError();
         std::string error;
         std::unique_ptr<DesktopServices> made = X11Desktop::create(server.getDisplay(), error);
@@ -85,13 +85,12 @@ public:
 };
 
 TEST(X11Desktop, PutsOnlyDirtyPixelsOnTheScreen) {
-    for (const auto memory : {XServer::SharedMemory::present, XServer::SharedMemory::absent}) {
-        SCOPED_TRACE(memory == XServer::SharedMemory::present ? "shared memory" : "along the wire");
-        X11Scene scene(XServer::Manager::none, memory);
+    for (const char* absent : {static_cast<const char*>(nullptr), "MIT-SHM"}) {
+        SCOPED_TRACE(absent ? "along the wire" : "shared memory");
+        X11Scene scene(XServer::Manager::none, absent);
         WindowRecorder client;
         auto window = scene.open({100, 50, 500, 350}, client);
-        EXPECT_EQ(static_cast<X11Window*>(window.get())->usesSharedMemory(),
-                  memory == XServer::SharedMemory::present);
+        EXPECT_EQ(static_cast<X11Window*>(window.get())->usesSharedMemory(), !absent);
 
         client.color = 0xFF00C000;
         window->invalidate({10, 10, 20, 20});
@@ -114,7 +113,7 @@ TEST(X11Desktop, PutsOnlyDirtyPixelsOnTheScreen) {
     }
 }
 
-TEST(X11Desktop, HearsMouseWheelAndKeys) {
+TEST(X11Desktop, HearsTheMouseAndItsWheel) {
     X11Scene scene(XServer::Manager::none);
     WindowRecorder client;
     auto window = scene.open({100, 50, 500, 350}, client);
@@ -138,25 +137,113 @@ TEST(X11Desktop, HearsMouseWheelAndKeys) {
     }
     ASSERT_TRUE(scene.waitForLine(client, "wheel 10,20 1 0"));
     EXPECT_EQ(client.take(), "wheel 10,20 0 1; wheel 10,20 0 -1; wheel 10,20 -1 0; wheel 10,20 1 0");
+}
 
+TEST(X11Desktop, DoesWithoutTheExtensionsThatItUses) {
+    for (const char* absent : {"RANDR", "XFIXES", "XInputExtension"}) {
+        SCOPED_TRACE(absent);
+        X11Scene scene(XServer::Manager::none, absent);
+        WindowRecorder client;
+        auto window = scene.open({100, 50, 500, 350}, client);
+        window->activate();
+        ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == window.get(); }));
+        CmRect screen;
+        EXPECT_TRUE(scene.desktop->getMonitorRect(0, MonitorArea::whole, screen));
+        EXPECT_EQ(test::toText(screen), "0,0 1024x768");
+        scene.user.moveMouse({110, 70});
+        ASSERT_TRUE(scene.waitForLine(client, "move 10,20 b0 m0"));
+        client.take();
+        client.isLoggingMoves = false;
+        for (const uint8_t button : {1, 4}) {
+            scene.user.pressButton(button);
+            scene.user.releaseButton(button);
+        }
+        scene.user.pressKey(XKB_KEY_a);
+        scene.user.releaseKey(XKB_KEY_a);
+        ASSERT_TRUE(scene.waitForLine(client, "key up v145 c97 m0"));
+        EXPECT_EQ(client.take(), "down 10,20 b1 m0; up 10,20 b1 m0; wheel 10,20 0 1; "
+                                 "key down v145 c97 m0; key up v145 c97 m0");
+    }
+}
+
+/// What comes of keys that are pressed one after the other and held, unless they are dead or lock something.
+std::string playKeys(X11Scene& scene, WindowRecorder& client, const std::vector<uint32_t>& keys) {
+    const auto isTapped = [](uint32_t key) {
+        return key == XKB_KEY_dead_circumflex || key == XKB_KEY_Num_Lock;
+    };
+    for (const uint32_t key : keys) {
+        scene.user.pressKey(key);
+        if (isTapped(key))
+            scene.user.releaseKey(key);
+    }
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key)
+        if (!isTapped(*key))
+            scene.user.releaseKey(*key);
+    scene.user.pressKey(XKB_KEY_F1);
+    scene.user.releaseKey(XKB_KEY_F1);
+    EXPECT_TRUE(scene.waitForLine(client, "key up v40 c0 m0"));
+    const std::string heard = client.take();
+    return heard.substr(0, heard.find("; key down v40"));
+}
+
+TEST(X11Desktop, TypesWhatTheLayoutSaysAlsoWhenThatChanges) {
+    setenv("LC_ALL", "en_US.UTF-8", 1);
+    X11Scene scene(XServer::Manager::none);
+    WindowRecorder client;
+    auto window = scene.open({100, 50, 300, 150}, client);
     window->activate();
     ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == window.get(); }));
+    struct Case {
+        const char* what;
+        const char* layout;
+        std::vector<uint32_t> keys;
+        const char* heard;
+    };
+    const Case cases[] = {
+        {"Shift",
+         nullptr,
+         {XKB_KEY_Shift_L, XKB_KEY_z},
+         "key down v54 c0 m0; key down v170 c90 m1; key up v170 c90 m1; key up v54 c0 m1"},
+        {"Ctrl",
+         nullptr,
+         {XKB_KEY_Control_L, XKB_KEY_1},
+         "key down v55 c0 m0; key down v129 c49 m2; key up v129 c49 m2; key up v55 c0 m2"},
+        {"Return", nullptr, {XKB_KEY_Return}, "key down v4 c0 m0; key up v4 c0 m0"},
+        {"a letter", "de", {XKB_KEY_udiaeresis}, "key down v0 c252 m0; key up v0 c252 m0"},
+        {"a third level",
+         "de",
+         {XKB_KEY_ISO_Level3_Shift, XKB_KEY_q},
+         "key down v161 c64 m0; key up v161 c64 m0"},
+        {"a dead key",
+         "de",
+         {XKB_KEY_dead_circumflex, XKB_KEY_a},
+         "key down v145 c226 m0; key up v145 c97 m0"},
+        {"two dead keys",
+         "de",
+         {XKB_KEY_dead_circumflex, XKB_KEY_F2},
+         "key down v41 c0 m0; key up v41 c0 m0"},
+        {"Alt",
+         "de",
+         {XKB_KEY_Alt_L, XKB_KEY_z},
+         "key down v56 c0 m0; key down v170 c122 m4; "
+         "key up v170 c122 m4; key up v56 c0 m4"},
+        {"Meta", "de", {XKB_KEY_Super_L, XKB_KEY_z}, "key down v170 c122 m8; key up v170 c122 m8"},
+        {"the pad", "de", {XKB_KEY_KP_End}, "key down v9 c0 m0; key up v9 c0 m0"},
+        {"the pad's numbers",
+         "de",
+         {XKB_KEY_Num_Lock, XKB_KEY_KP_End},
+         "key down v52 c0 m0; key up v52 c0 m0; key down v25 c49 m0; key up v25 c49 m0"},
+        {"no Latin letters", "ru", {XKB_KEY_Cyrillic_a}, "key down v0 c1072 m0; key up v0 c1072 m0"},
+    };
     client.take();
-    scene.user.pressKey(XKB_KEY_Shift_L);
-    scene.user.pressKey(XKB_KEY_z);
-    scene.user.releaseKey(XKB_KEY_z);
-    scene.user.releaseKey(XKB_KEY_Shift_L);
-    scene.user.pressKey(XKB_KEY_Control_L);
-    scene.user.pressKey(XKB_KEY_1);
-    scene.user.releaseKey(XKB_KEY_1);
-    scene.user.releaseKey(XKB_KEY_Control_L);
-    scene.user.pressKey(XKB_KEY_Return);
-    scene.user.releaseKey(XKB_KEY_Return);
-    ASSERT_TRUE(scene.waitForLine(client, "key up v4 c0 m0"));
-    EXPECT_EQ(client.take(),
-              "key down v54 c0 m0; key down v170 c90 m1; key up v170 c90 m1; key up v54 c0 m1; "
-              "key down v55 c0 m0; key down v129 c49 m2; key up v129 c49 m2; key up v55 c0 m2; "
-              "key down v4 c0 m0; key up v4 c0 m0");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_TRUE(!c.layout || scene.server.setLayout(c.layout));
+        EXPECT_EQ(playKeys(scene, client, c.keys), c.heard);
+    }
+    scene.user.pressKey(XKB_KEY_Cyrillic_a);
+    EXPECT_TRUE(scene.waitForLine(client, "key down v0 c1072 m0 again"));
+    EXPECT_FALSE(client.has("key up v0 c1072 m0")) << "a key that repeats is held";
 }
 
 TEST(X11Desktop, KeepsTheMouseWhileItIsCaptured) {
@@ -470,7 +557,7 @@ TEST(X11Desktop, SaysWhichScreenItNeeds) {
     };
     for (const Case& c : {Case{16, "a depth of 16 in 16 bits"}, Case{30, "a depth of 30 in 32 bits"}}) {
         SCOPED_TRACE(c.depth);
-        XServer server(XServer::Manager::none, XServer::SharedMemory::present, c.depth);
+        XServer server(XServer::Manager::none, nullptr, c.depth);
         ASSERT_TRUE(server.isRunning()) << server.getError();
         std::string error;
         EXPECT_EQ(X11Desktop::create(server.getDisplay(), error), nullptr);
