@@ -2,11 +2,15 @@
  * must be gone after that, so it goes through the whole circle more than once.
  *
  *     example-host path/to/libqorl-frame.so
+ *     example-host --stay path/to/libqorl-frame.so
+ *
+ * With "--stay" it keeps the library, and looks whether a stay in it leaves memory behind.
  */
 #define _GNU_SOURCE
 #include "qorl_host.h"
 
 #include <dlfcn.h>
+#include <malloc.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -74,28 +78,56 @@ static void enterAndLeave(QorlGetHostClasses enter, QorlTerminateModule leave) {
     leave();
 }
 
-static void loadAndUnload(const char* path) {
+static void* load(const char* path, QorlGetHostClasses* enter, QorlTerminateModule* leave) {
     void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
     if (!library)
         fprintf(stderr, "%s\n", dlerror());
     require(library != NULL, "the library can't be loaded");
     /* C has no cast from an object to a function pointer; POSIX has, through memory. */
+    void* entry = findEntry(library, "GetHostClasses");
+    memcpy(enter, &entry, sizeof *enter);
+    entry = findEntry(library, "TerminateModule");
+    memcpy(leave, &entry, sizeof *leave);
+    return library;
+}
+
+static void loadAndUnload(const char* path) {
     QorlGetHostClasses enter;
     QorlTerminateModule leave;
-    void* entry = findEntry(library, "GetHostClasses");
-    memcpy(&enter, &entry, sizeof enter);
-    entry = findEntry(library, "TerminateModule");
-    memcpy(&leave, &entry, sizeof leave);
-
+    void* library = load(path, &enter, &leave);
     enterAndLeave(enter, leave);
     enterAndLeave(enter, leave);
     require(dlclose(library) == 0, "the library can't be closed");
     require(dlopen(path, RTLD_NOW | RTLD_NOLOAD) == NULL, "the library stayed in memory");
 }
 
+/* What the first stays leave is kept for the next. From then on tables may still find another size, but a
+   block left by each stay would be more than a few words for each. */
+static void enterManyTimes(const char* path) {
+    enum { first = 10, stays = 100, mostBytes = 2 * sizeof(void*) };
+    QorlGetHostClasses enter;
+    QorlTerminateModule leave;
+    load(path, &enter, &leave);
+    size_t before = 0;
+    for (int stay = 0; stay < first + stays; ++stay) {
+        if (stay == first)
+            before = mallinfo2().uordblks;
+        enterAndLeave(enter, leave);
+    }
+    const size_t after = mallinfo2().uordblks;
+    if (after > before + stays * mostBytes)
+        fprintf(stderr, "%zu bytes more after %d stays\n", after - before, stays);
+    require(after <= before + stays * mostBytes, "memory is left behind");
+}
+
 int main(int count, char** arguments) {
+    if (count == 3 && strcmp(arguments[1], "--stay") == 0) {
+        enterManyTimes(arguments[2]);
+        puts("entered and left the library again and again in one load");
+        return 0;
+    }
     if (count != 2) {
-        fprintf(stderr, "usage: example-host LIBRARY\n");
+        fprintf(stderr, "usage: example-host [--stay] LIBRARY\n");
         return 2;
     }
     for (int round = 0; round < 3; ++round)

@@ -21,8 +21,10 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -239,20 +241,30 @@ struct ChoosingPresenter : AlertPresenter {
     Log buttons;
 };
 
-TEST_F(HostEntryTest, TheSafeStartPutsSettingsAside) {
-    const auto run = [&](uint32_t modifiers, const std::function<void()>& body) {
+class SafeStart : public HostEntryTest {
+protected:
+    static constexpr uint32_t all = platform::shift | platform::ctrl | platform::alt;
+
+    void run(uint32_t modifiers, const std::function<void()>& body) {
         desktop->postModifiers(modifiers);
         desktop->processEvents();
         GetHostClasses();
         body();
         TerminateModule();
-    };
-    const auto number = [] {
+    }
+    static int32_t number() {
         FDefaults* group = FGlobalDefaultPool::instance()->getGroup("Test");
         return group ? group->values().getInteger("number") : 0;
-    };
-    constexpr uint32_t all = platform::shift | platform::ctrl | platform::alt;
-    run(0, [&] { FGlobalDefaultPool::instance()->getGroup("Test")->values().setInteger("number", 42); });
+    }
+    static void setNumber(int32_t value) {
+        FGlobalDefaultPool::instance()->getGroup("Test")->values().setInteger("number", value);
+    }
+
+    const std::filesystem::path settings = folder / "qorl-frame_64";
+};
+
+TEST_F(SafeStart, AsksAndPutsSettingsAsideUntilTheNextStart) {
+    run(0, [&] { setNumber(42); });
 
     ChoosingPresenter presenter(AlertPresenter::first);
     run(platform::shift | platform::ctrl, [&] { EXPECT_EQ(number(), 42); });
@@ -267,12 +279,10 @@ TEST_F(HostEntryTest, TheSafeStartPutsSettingsAside) {
 
     presenter.choice = AlertPresenter::second;
     run(all, [&] { EXPECT_EQ(number(), 0); });
-    EXPECT_TRUE(std::filesystem::exists(folder / "qorl-frame_64") &&
-                !std::filesystem::is_empty(folder / "qorl-frame_64"));
+    EXPECT_TRUE(std::filesystem::exists(settings) && !std::filesystem::is_empty(settings));
     run(0, [&] { EXPECT_EQ(number(), 42) << "they come back with the next start"; });
 
     // Folders stand in the way of what is to be done.
-    const std::filesystem::path settings = folder / "qorl-frame_64";
     const auto fails = [&](const char* file, uint32_t modifiers, const char* told) {
         std::filesystem::create_directories(settings / file / "in the way");
         run(modifiers, [] {});
@@ -286,9 +296,21 @@ TEST_F(HostEntryTest, TheSafeStartPutsSettingsAside) {
     std::filesystem::rename(settings / "Defaults.xml", settings / "Defaults.xml.backup");
     fails("Defaults.xml", 0, "Your preferences could not be brought back.");
     run(0, [&] { EXPECT_EQ(number(), 42) << "nothing was lost by that"; });
+}
 
-    run(all, [&] { EXPECT_EQ(number(), 0); });
-    run(0, [&] { EXPECT_EQ(number(), 0); });
+TEST_F(SafeStart, PutsDeletedSettingsWhereTheLastOnesWere) {
+    const ChoosingPresenter presenter(AlertPresenter::third);
+    for (const int32_t stored : {42, 43}) {
+        run(0, [&] { setNumber(stored); });
+        run(all, [&] {
+            EXPECT_EQ(number(), 0);
+            setNumber(7);
+        });
+        run(0, [&] { EXPECT_EQ(number(), 0) << "the run that deletes saves nothing"; });
+        std::ifstream trash(settings / "Defaults (Trashed).xml");
+        const std::string trashed{std::istreambuf_iterator<char>(trash), {}};
+        EXPECT_NE(trashed.find("value=\"" + std::to_string(stored) + '"'), std::string::npos) << trashed;
+    }
 }
 
 TEST(HostClasses, SetsTheKnobModeByItsExactName) {

@@ -5,7 +5,10 @@
 #include "foundation/Cast.h"
 #include "foundation/StartupHook.h"
 #include "foundation/messages/FMessage.h"
+#include "foundation/threads/Ticks.h"
+#include "graphics/GraphicsFactory.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "platform/Folders.h"
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"
@@ -13,15 +16,19 @@
 #include "skin/UIWizard.h"
 #include "skin/ViewElement.h"
 #include "support/FailingAllocation.h"
+#include "support/TestGraphics.h"
 #include "support/TestPaths.h"
 #include "views/UView.h"
 #include "windows/AlertPresenter.h"
+#include "windows/MenuPresenter.h"
 #include "windows/UDesktop.h"
 #include "windows/UDocWindow.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <string>
@@ -151,6 +158,44 @@ TEST_F(UApplicationTest, RunsThroughItsStartIntoTheLoopUntilItQuits) {
     EXPECT_NE(GlobalSchemes::system(), GlobalSchemes::main()) << "a program has a system scheme of its own";
     EXPECT_EQ(GlobalSchemes::dialog(), GlobalSchemes::main());
     EXPECT_EQ(GlobalSchemes::current(), GlobalSchemes::system());
+}
+
+TEST_F(UApplicationTest, LetsTheSplashStayForItsTime) {
+    struct Splash final : AboutDialog {
+        void close() override { closed = getTicks(); }
+        bool hasProgressLine() const override { return false; }
+        void showText(const char*) override {}
+        uint32_t closed = 0;
+    } splash;
+    constexpr uint32_t time = 5000;
+    program->setSplashTime(time);
+    program->setAboutDialog(&splash);
+    desktop->postCall([&] { send("MenuSelect", quitTag); });
+    const uint32_t start = getTicks();
+    EXPECT_TRUE(program->run());
+    EXPECT_GT(splash.closed, start + time);
+    EXPECT_LT(splash.closed, start + time + 100);
+}
+
+TEST_F(UApplicationTest, BringsTheFontsBesideItself) {
+    testing::useGraphics();
+    FontCollection& fonts = *getGraphicsFactory()->getFontCollection();
+    ASSERT_FALSE(fonts.hasFace("QejaVu Sans Mono"));
+    std::ifstream known("/usr/share/fonts/truetype/dejavu/DejaVuSansMono.ttf", std::ios::binary);
+    std::string font{std::istreambuf_iterator<char>(known), {}};
+    // The first letter of its own names for itself: in 8 bits and in 16.
+    for (const std::string_view name : {std::string_view("DejaVu"), std::string_view("D\0e\0j\0a\0V\0u", 11)})
+        for (size_t at = 0; (at = font.find(name, at)) != std::string::npos;)
+            font[at] = 'Q';
+    const std::filesystem::path folder =
+        std::filesystem::path(platform::getProgramPath()).parent_path() / "fonts";
+    std::filesystem::create_directory(folder);
+    std::ofstream(folder / "Q.ttf", std::ios::binary) << font;
+    std::ofstream(folder / "readme") << "no font";
+    desktop->postCall([&] { send("MenuSelect", quitTag); });
+    EXPECT_TRUE(program->run());
+    std::filesystem::remove_all(folder);
+    EXPECT_TRUE(fonts.hasFace("QejaVu Sans Mono"));
 }
 
 TEST_F(UApplicationTest, FillsTheSchemesThatItsOwnStepLeftEmpty) {

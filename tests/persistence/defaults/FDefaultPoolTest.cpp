@@ -218,7 +218,10 @@ TEST_P(FDefaultPoolTest, PutsBadSettingsAway) {
     EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
     pool().getGroup("Group")->values().setInteger("n", 3);
     pool().save(true);
-    EXPECT_TRUE(pool().trash()) << "an earlier one is replaced";
+    EXPECT_TRUE(pool().trash());
+    const std::string trashed = GetParam() ? "Defaults (Trashed)/" + groupFile : "Defaults (Trashed)";
+    EXPECT_NE(folder_.read("settings/" + trashed + ".xml").find("value=\"3\""), std::string::npos)
+        << "an earlier one is replaced";
 }
 
 TEST_P(FDefaultPoolTest, StartsAfreshOverADamagedFile) {
