@@ -143,7 +143,7 @@ bool UKeyCode::fromText(std::string_view text, UKeyCode& key) {
     read.virtualKey = rowOf(text);
     if (read.virtualKey == Key::none) {
         const std::u16string name = ConstString(text).toUtf16();
-        if (name.size() != 1)
+        if (name.size() != 1 || name[0] == 0)
             return false;
         read.character = name[0];
     }
