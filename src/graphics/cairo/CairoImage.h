@@ -70,7 +70,7 @@ private:
     CairoImage* earlier_ = nullptr; ///< Among the keepers.
     CairoImage* later_ = nullptr;
 
-    static Keepers keepers_;
+    static constinit Keepers keepers_;
 };
 
 } // namespace qorl

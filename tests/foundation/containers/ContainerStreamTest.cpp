@@ -19,7 +19,6 @@ using All = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmS
                              CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree, CmBTreeDictionary,
                              CmHashTable, CmHashDictionary>;
 TYPED_TEST_SUITE(ContainerStreams, All);
-using ArrayKinds = ::testing::Types<CmArray, CmOrderedArray>;
 
 TYPED_TEST(ContainerStreams, BringEverythingBack) {
     const int32_t before = Number::alive;
@@ -84,19 +83,15 @@ struct Field {
     int32_t kept;
 };
 
-template <typename Array>
-class ArrayStreams : public ::testing::Test {};
-TYPED_TEST_SUITE(ArrayStreams, ArrayKinds);
-
-TYPED_TEST(ArrayStreams, TakeAnyGrowthWithoutTrustingIt) {
+TEST(CmArrayStream, TakesAnyGrowthWithoutTrustingIt) {
     // What is written, and what an array with that growth is after it is read.
     for (const Field& growth : {Field{0, 0}, Field{1, 1}, Field{-1, 10}, Field{-77, 10},
                                 Field{INT32_MAX, INT32_MAX}, Field{1'000'000, 1'000'000}}) {
         SCOPED_TRACE(growth.stored);
-        TypeParam array(40, growth.stored, Ownership::adopt);
+        CmArray array(40, growth.stored, Ownership::adopt);
         for (int32_t i = 0; i < 33; ++i)
             ASSERT_TRUE(array.add(new NumberedObject(i)));
-        TypeParam back;
+        CmArray back;
         ASSERT_TRUE(read(back, written(array)));
         EXPECT_EQ(numbersOf(back), numbersOf(array));
         EXPECT_EQ(back.getGrowth(), growth.kept);
@@ -104,7 +99,7 @@ TYPED_TEST(ArrayStreams, TakeAnyGrowthWithoutTrustingIt) {
 
         const Ref<FAttributes> attributes = make<FAttributes>();
         ASSERT_TRUE(array.storeAttributes(attributes.get()));
-        TypeParam restored(0, growth.stored);
+        CmArray restored(0, growth.stored);
         ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
         EXPECT_EQ(numbersOf(restored), numbersOf(array));
         EXPECT_EQ(restored.getGrowth(), growth.stored);
@@ -112,14 +107,14 @@ TYPED_TEST(ArrayStreams, TakeAnyGrowthWithoutTrustingIt) {
     }
 }
 
-TYPED_TEST(ArrayStreams, TakeNoMemoryByAStoredGrowthThatIsOutOfProportion) {
-    TypeParam array(1, INT32_MAX, Ownership::adopt);
+TEST(CmArrayStream, TakesNoMemoryByAStoredGrowthThatIsOutOfProportion) {
+    CmArray array(1, INT32_MAX, Ownership::adopt);
     array.add(new NumberedObject(0));
     const std::string bytes = written(array);
-    TypeParam back;
+    CmArray back;
     ASSERT_TRUE(read(back, bytes));
     const auto copy = Ref<CmObject>::adopt(back.clone());
-    for (TypeParam* each : {&back, static_cast<TypeParam*>(copy.get())}) {
+    for (CmArray* each : {&back, static_cast<CmArray*>(copy.get())}) {
         const int32_t size = each->size();
         while (each->count() < size)
             ASSERT_TRUE(each->add(new NumberedObject(1)));

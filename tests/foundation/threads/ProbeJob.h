@@ -30,9 +30,8 @@ private:
 class ProbeJob : public Job {
 public:
     enum class Kind {
-        quick,    ///< returns at once
-        obedient, ///< returns when it is cancelled or `mayEnd` is set
-        resolute  ///< the same, but stays when it is cancelled for later
+        quick,   ///< returns at once
+        obedient ///< returns when it is cancelled or `mayEnd` is set
     };
 
     ProbeJob(std::string name, ThreadLog& log, Kind kind = Kind::quick)
@@ -41,7 +40,7 @@ public:
     void run(int64_t argument) override {
         log_.add("run " + name_ + std::to_string(argument));
         entered.set();
-        if (kind_ != Kind::quick)
+        if (kind_ == Kind::obedient)
             mayEnd.wait();
     }
     void release() override {
@@ -50,8 +49,7 @@ public:
     }
     void cancel(bool isFinal) override {
         log_.add((isFinal ? "cancel " : "hold ") + name_);
-        if (isFinal || kind_ != Kind::resolute)
-            mayEnd.set();
+        mayEnd.set();
     }
 
     platform::Event entered{platform::Reset::automatic};
