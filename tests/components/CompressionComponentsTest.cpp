@@ -2,8 +2,8 @@
 
 #include "components/FComponentRegistry.h"
 #include "foundation/Cast.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/streams/ZLibCompressor.h"
+#include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
 

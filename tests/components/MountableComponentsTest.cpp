@@ -1,8 +1,8 @@
 #include "components/MountableComponents.h"
 
-#include "persistence/SettingsFolder.h"
 #include "persistence/mounts/FMountTable.h"
-#include "persistence/mounts/PackComponent.h"
+#include "support/PackComponent.h"
+#include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
 

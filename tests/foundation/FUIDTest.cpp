@@ -5,7 +5,7 @@
 #include "persistence/archive/FCompactArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "platform/System.h"
+#include "support/DebugOutput.h"
 #include "support/FailingAllocation.h"
 
 #include <cstring>
@@ -102,21 +102,15 @@ TEST(FUID, WritesDeclarations) {
         {3, "DECLARE_CLASS_IID (Interface, 0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
         {-1, "DECLARE_CLASS_IID (Interface, 0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
     };
-    std::string debug;
-    platform::setDebugOutput(
-        [](std::string_view line, void* argument) {
-            static_cast<std::string*>(argument)->append(line).append("\n");
-        },
-        &debug);
+    DebugOutput debug;
     for (const Case& c : cases) {
         char buffer[97];
         sample.toDeclaration(buffer, c.style);
         EXPECT_STREQ(buffer, c.text);
-        debug.clear();
+        debug.text.clear();
         sample.toDeclaration(nullptr, c.style);
-        EXPECT_EQ(debug, std::string(c.text) + "\n");
+        EXPECT_EQ(debug.text, std::string(c.text) + "\n");
     }
-    platform::setDebugOutput(nullptr, nullptr);
 }
 
 TEST(CmUID, WritesItsBytesInMemoryOrder) {

@@ -1,6 +1,6 @@
 #include "foundation/text/CmString.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/xml/XmlFile.h"
+#include "support/SettingsFolder.h"
 #include "windows/AlertPresenter.h"
 
 #include <gtest/gtest.h>

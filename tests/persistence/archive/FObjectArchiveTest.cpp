@@ -1,6 +1,6 @@
 #include "persistence/archive/FObjectArchive.h"
 
-#include "platform/System.h"
+#include "support/DebugOutput.h"
 #include "support/Slots.h"
 
 #include <string>
@@ -40,12 +40,9 @@ TEST(FObjectArchive, SendsNamesOfDamagedFilesToNoTerminalAsTheyAre) {
                 {"caf\xE9", "caf\\xE9"},
                 {"\u009B2J", "\\x9B2J"}};
     for (const auto& [name, shown] : rows) {
-        std::string line;
-        platform::setDebugOutput(
-            [](std::string_view text, void* out) { *static_cast<std::string*>(out) = text; }, &line);
+        const DebugOutput output;
         FObjectArchive::reportGlobally(FObjectArchive::classNotRegistered, name);
-        platform::setDebugOutput(nullptr, nullptr);
-        EXPECT_EQ(line, std::string("stored object: error -98: ") + shown);
+        EXPECT_EQ(output.text, std::string("stored object: error -98: ") + shown + '\n');
     }
 }
 

@@ -2,10 +2,10 @@
 
 #include "ArchiveProbe.h"
 #include "ArchiveTesting.h"
-#include "persistence/SettingsFolder.h"
-#include "platform/System.h"
+#include "support/DebugOutput.h"
 #include "support/FailingAllocation.h"
 #include "support/FailingDisk.h"
+#include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -14,14 +14,9 @@ namespace {
 
 class ObjectFiles : public ::testing::Test {
 protected:
-    ObjectFiles() {
-        platform::setDebugOutput([](std::string_view, void*) {}, nullptr);
-    }
-    ~ObjectFiles() override {
-        platform::setDebugOutput(nullptr, nullptr);
-        GraphNode::cutAll();
-    }
+    ~ObjectFiles() override { GraphNode::cutAll(); }
 
+    DebugOutput output_;
     SettingsFolder folder_;
 };
 

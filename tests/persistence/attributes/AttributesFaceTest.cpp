@@ -3,6 +3,7 @@
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
+#include "support/Objects.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -11,12 +12,6 @@
 
 namespace qorl {
 namespace {
-
-/// The number of references on an object.
-uint32_t references(CmObject* object) {
-    object->addRef();
-    return object->release();
-}
 
 FAttributeVariant objectValue(FInterface* object) {
     FAttributeVariant value{};
@@ -46,7 +41,7 @@ TEST(AttributesFace, MovesValuesAcross) {
     value.kind = FAttributeVariant::object | FAttributeVariant::ownedFlag;
     value.objectValue = static_cast<FDependent*>(retain(object.get()).detach());
     EXPECT_EQ(face->queue("objects", value), Result::ok);
-    EXPECT_EQ(references(object.get()), 2u);
+    EXPECT_EQ(referencesOn(object.get()), 2u);
     EXPECT_EQ(face->getQueueItemCount("objects"), 1);
     EXPECT_EQ(face->unqueue("objects", value), Result::ok);
     EXPECT_EQ(value.kind, FAttributeVariant::object | FAttributeVariant::ownedFlag);

@@ -36,12 +36,6 @@ void fill(FAttributes& attributes) {
     attributes.appendObject("objects", retain(object.get()).detach(), true);
 }
 
-std::string stored(const FAttributes& attributes) {
-    FMemoryStream stream;
-    EXPECT_TRUE(writeAttributes(stream, attributes));
-    return std::string(stream.bytes());
-}
-
 TEST(AttributesMemory, WritesAllOrNothing) {
     FAttributes attributes;
     fill(attributes);

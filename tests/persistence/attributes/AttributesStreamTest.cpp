@@ -7,6 +7,7 @@
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "support/Objects.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -16,18 +17,6 @@ namespace qorl {
 namespace {
 
 using Hold = FAttributes::Hold;
-
-uint64_t idOf(const CmObject* object) {
-    return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(object));
-}
-
-std::string stored(const FAttributes& attributes, uint16_t byteOrder = 0) {
-    FMemoryStream stream;
-    stream.setByteOrder(byteOrder);
-    std::string fault;
-    EXPECT_TRUE(writeAttributes(stream, attributes, &fault)) << fault;
-    return std::string(stream.bytes());
-}
 
 /// Whether the whole of `bytes` is a body.
 bool load(const std::string& bytes, FAttributes& attributes, uint16_t byteOrder = 0,

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "persistence/attributes/AttributesStream.h"
+#include "persistence/streams/FMemoryStream.h"
+
 #include <bit>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <string>
 #include <string_view>
 
@@ -43,5 +47,14 @@ private:
     bool isReversed_;
     std::string bytes_;
 };
+
+/// The body that `attributes` are stored as.
+inline std::string stored(const FAttributes& attributes, uint16_t byteOrder = 0) {
+    FMemoryStream stream;
+    stream.setByteOrder(byteOrder);
+    std::string fault;
+    EXPECT_TRUE(writeAttributes(stream, attributes, &fault)) << fault;
+    return std::string(stream.bytes());
+}
 
 } // namespace qorl

@@ -7,6 +7,7 @@
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
+#include "support/Objects.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -17,12 +18,6 @@ namespace qorl {
 namespace {
 
 using Hold = FAttributes::Hold;
-
-/// The number of references on an object.
-uint32_t references(CmObject* object) {
-    object->addRef();
-    return object->release();
-}
 
 TEST(FAttributes, KeepsTheOrderAndReplacesInPlace) {
     FAttributes attributes;
@@ -76,22 +71,22 @@ TEST(FAttributes, HoldsObjectsAsItIsTold) {
     {
         FAttributes attributes;
         attributes.setObject("plain", object.get(), Hold::plain);
-        EXPECT_EQ(references(object.get()), 1u);
+        EXPECT_EQ(referencesOn(object.get()), 1u);
         attributes.setObject("retained", object.get(), Hold::retain);
-        EXPECT_EQ(references(object.get()), 2u);
+        EXPECT_EQ(referencesOn(object.get()), 2u);
         attributes.setObject("retained", object.get(), Hold::retain);
-        EXPECT_EQ(references(object.get()), 2u);
+        EXPECT_EQ(referencesOn(object.get()), 2u);
         object->addRef();
         attributes.setObject("adopted", object.get(), Hold::adopt);
-        EXPECT_EQ(references(object.get()), 3u);
+        EXPECT_EQ(referencesOn(object.get()), 3u);
         const FAttributes copy(attributes);
-        EXPECT_EQ(references(object.get()), 5u);
+        EXPECT_EQ(referencesOn(object.get()), 5u);
         attributes.setInteger("retained", 1);
-        EXPECT_EQ(references(object.get()), 4u);
+        EXPECT_EQ(referencesOn(object.get()), 4u);
         EXPECT_EQ(attributes.getObject("adopted", "CmString"), object.get());
         EXPECT_EQ(attributes.getObject("adopted", "FAttributes"), nullptr);
     }
-    EXPECT_EQ(references(object.get()), 1u);
+    EXPECT_EQ(referencesOn(object.get()), 1u);
 }
 
 /// Takes itself out of the attributes that hold it when it goes.
@@ -161,7 +156,7 @@ TEST(FAttributes, QueuesValuesOfOneKind) {
     const auto object = make<CmString>("o");
     EXPECT_TRUE(attributes.appendObject("o", object.get(), false));
     EXPECT_FALSE(attributes.appendObject("o", object.get(), true));
-    EXPECT_EQ(references(object.get()), 1u);
+    EXPECT_EQ(referencesOn(object.get()), 1u);
     EXPECT_EQ(attributes.nextObject("o", "FAttributes"), nullptr);
     EXPECT_EQ(attributes.nextObject("o"), object.get());
     EXPECT_EQ(attributes.nextObject("o"), nullptr);
@@ -408,7 +403,7 @@ TEST(FAttributes, LetsGoOfObjectsThatNameThemselves) {
     const Ref<FAttributes> state = retain(cast<FXmlObject>(attributes.at(0)->getObject())->getAttributes());
     EXPECT_EQ(cast<FXmlReference>(state->at(0)->getObject())->target(), attributes.at(0)->getObject());
     attributes.removeAll();
-    EXPECT_EQ(references(state.get()), 1u);
+    EXPECT_EQ(referencesOn(state.get()), 1u);
     EXPECT_EQ(cast<FXmlReference>(state->at(0)->getObject())->target(), nullptr);
 }
 
@@ -421,7 +416,7 @@ TEST(FAttributes, DetachesFromLiveObjects) {
         attributes.setObject("same", object.get(), Hold::plain);
         attributes.setBinary("bytes", foreign, 3, false);
         attributes.detachObjects();
-        EXPECT_EQ(references(object.get()), 1u);
+        EXPECT_EQ(referencesOn(object.get()), 1u);
     }
     foreign[0] = 'X';
     char buffer[4] = {};
@@ -452,9 +447,9 @@ TEST(FAttributes, DetachesListsAndLeavesOutWhatHasNoForm) {
     item->setBinary("bytes", foreign, 3, false);
     attributes.appendAttributes("subs", item);
     ASSERT_TRUE(attributes.detachObjects());
-    EXPECT_EQ(references(formless.get()), 1u);
-    EXPECT_EQ(references(object.get()), 1u);
-    EXPECT_EQ(references(buffer.get()), 2u);
+    EXPECT_EQ(referencesOn(formless.get()), 1u);
+    EXPECT_EQ(referencesOn(object.get()), 1u);
+    EXPECT_EQ(referencesOn(buffer.get()), 2u);
     EXPECT_FALSE(attributes.contains("formless"));
     const auto* list = cast<FObjectList>(attributes.find("objects")->getObject());
     ASSERT_EQ(list->count(), 2);

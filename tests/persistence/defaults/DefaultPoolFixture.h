@@ -1,8 +1,8 @@
 #pragma once
 
-#include "persistence/SettingsFolder.h"
 #include "persistence/defaults/FDefaultPool.h"
-#include "platform/System.h"
+#include "support/DebugOutput.h"
+#include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -84,19 +84,6 @@ protected:
     }
 
     SettingsFolder folder_;
-};
-
-inline std::string said;
-
-/// What the debug output is told while it lives.
-struct Said {
-    Said() {
-        said.clear();
-        platform::setDebugOutput([](std::string_view line, void*) { said.append(line) += '\n'; }, nullptr);
-    }
-    Said(const Said&) = delete;
-    ~Said() { platform::setDebugOutput(nullptr, nullptr); }
-    bool mentions(const char* text) const { return said.find(text) != std::string::npos; }
 };
 
 } // namespace qorl

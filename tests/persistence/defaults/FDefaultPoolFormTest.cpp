@@ -38,15 +38,15 @@ TEST_P(FDefaultPoolFormTest, WaitsOnceForAProgramThatHangs) {
     const auto patience = std::exchange(DefaultsLock::longestWait, std::chrono::milliseconds(0));
     {
         const platform::FileLock other(folder_ / "settings/.Defaults.lock", {});
-        const Said output;
+        DebugOutput output;
         pool().restore();
         EXPECT_TRUE(folder_.has("settings/Defaults (New)/half.xml")) << "it may be that program's";
         loadAll();
         EXPECT_TRUE(output.mentions("too long"));
-        said.clear();
+        output.text.clear();
         EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
         EXPECT_EQ(pool().getGroup("Other", 0, false), nullptr);
-        EXPECT_EQ(said, "") << "each group would wait";
+        EXPECT_EQ(output.text, "") << "each group would wait";
         EXPECT_TRUE(pool().save(true));
         EXPECT_TRUE(output.mentions("too long"));
     }
@@ -275,7 +275,7 @@ TEST_P(FDefaultPoolFormTest, RestoresNothingInFoldersFromACopyOfTheSingleFile) {
 }
 
 TEST_P(FDefaultPoolFormTest, NeverTakesTheFileOfAnotherGroup) {
-    const Said output;
+    const DebugOutput output;
     const std::string file = "settings/Defaults/" + groupFile;
     for (const char* name : {"<string name=\"Group\" value=\"Other\"/>", ""}) {
         SCOPED_TRACE(name);

@@ -447,7 +447,7 @@ TEST_P(FDefaultPoolTest, SavesNothingOverSettingsThatAnotherStartBroughtBack) {
     if (GetParam())
         another.setFolderMode();
     EXPECT_TRUE(another.restore());
-    const Said output;
+    const DebugOutput output;
     EXPECT_FALSE(pool().save(true));
     EXPECT_TRUE(output.mentions("nothing is saved over them"));
     restart();
@@ -472,10 +472,10 @@ TEST_P(FDefaultPoolTest, SavesTheOthersWhenOneGroupCantBeWritten) {
     pool().getGroup("Good")->values().setInteger("n", 2);
     saver.state = 8;
     {
-        const Said output;
+        const DebugOutput output;
         EXPECT_FALSE(pool().save(true));
-        EXPECT_TRUE(output.mentions("\"Bad\"")) << said;
-        EXPECT_FALSE(output.mentions("\"Good\"")) << said;
+        EXPECT_TRUE(output.mentions("\"Bad\"")) << output.text;
+        EXPECT_FALSE(output.mentions("\"Good\"")) << output.text;
     }
     saver.state = 0;
     restart();

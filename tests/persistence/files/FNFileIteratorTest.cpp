@@ -1,9 +1,9 @@
 #include "persistence/files/FNFileIterator.h"
 
 #include "foundation/Cast.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/files/PathText.h"
+#include "support/SettingsFolder.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FFileIterator.h"
 #include "persistence/files/FNFileSystem.h"
 #include "support/FailingAllocation.h"
+#include "support/SettingsFolder.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,6 +1,6 @@
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
 #include "support/FailingAllocation.h"
+#include "support/SettingsFolder.h"
 
 #include <cerrno>
 #include <cstdlib>

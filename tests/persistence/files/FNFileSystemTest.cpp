@@ -3,11 +3,11 @@
 #include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/UpdateHandler.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FFileIterator.h"
-#include "persistence/mounts/MemoryService.h"
-#include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
+#include "support/MemoryService.h"
+#include "support/ProgressRecorder.h"
+#include "support/SettingsFolder.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -19,27 +19,6 @@
 
 namespace qorl {
 namespace {
-
-std::string textOf(const String& text) {
-    return text.toUtf8();
-}
-
-/// Cancels once it has seen enough.
-class Watch : public StreamProgress {
-public:
-    explicit Watch(int64_t limit) : limit_(limit) {}
-    bool isCancelled(const void*, int64_t) override { return position_ >= limit_; }
-    int64_t position() const override { return position_; }
-    void setPosition(int64_t position) override { position_ = position; }
-    int64_t total() const override { return limit_; }
-    void setText(const ConstString& told) override { text = told.toUtf8(); }
-
-    std::string text;
-
-private:
-    int64_t limit_;
-    int64_t position_ = 0;
-};
 
 TEST(FNFileSystem, WritesAndReadsFiles) {
     const SettingsFolder folder;
@@ -96,19 +75,19 @@ TEST(FNFileSystem, MovesCopiesAndDeletes) {
     EXPECT_EQ(folder.read("copy/of/b.txt"), std::string(5000, 'a'));
 
     const FNPath target(std::string_view(folder / "c.txt"));
-    Watch cancelled(2000);
+    ProgressRecorder cancelled(2000);
     EXPECT_FALSE(files.copy(file, target, &cancelled));
     EXPECT_FALSE(folder.has("c.txt")) << "half a copy is worse than none";
-    Watch patient(1 << 20);
+    ProgressRecorder patient(1 << 20);
     EXPECT_TRUE(files.copy(file, target, &patient));
-    EXPECT_EQ(patient.position(), 5000);
+    EXPECT_EQ(patient.place, 5000);
     EXPECT_EQ(patient.text, "Copying File: b.txt");
     EXPECT_EQ(folder.read("c.txt").size(), 5000u);
 
     std::string found;
     const auto entries = files.getIterator(FNPath(std::string_view(folder / ""), true));
     while (const FPath* entry = entries->next())
-        found += textOf(entry->getName()) + (entry->isFolder() ? "/ " : " ");
+        found += entry->getName().toUtf8() + (entry->isFolder() ? "/ " : " ");
     EXPECT_EQ(found, "c.txt copy/ sub/ ");
     EXPECT_EQ(entries->getCurrent(), nullptr);
     EXPECT_FALSE(files.deleteFolder(sub));
@@ -202,7 +181,7 @@ TEST(FNFileSystem, NeverLosesAFileByCopyingIt) {
     const FNPath file(std::string_view(folder / "file.txt"));
     for (const char* name : {"file.txt", "./file.txt", "link.txt", "twin.txt"}) {
         SCOPED_TRACE(name);
-        Watch watch(1 << 20);
+        ProgressRecorder watch(1 << 20);
         const FNPath itself(std::string_view(folder / name));
         EXPECT_FALSE(files.copy(file, itself));
         EXPECT_FALSE(files.copy(file, itself, &watch)) << "with progress";
@@ -345,7 +324,7 @@ TEST(FNFileSystem, MakesNamesLegal) {
     auto& files = *FNFileSystem::instance();
     String name("a:b|c");
     EXPECT_TRUE(files.makeLegalName(name));
-    EXPECT_EQ(textOf(name), "a_b_c");
+    EXPECT_EQ(name.toUtf8(), "a_b_c");
     EXPECT_FALSE(files.makeLegalName(name));
     String longName{std::string_view(std::string(300, 'x'))};
     EXPECT_TRUE(files.makeLegalName(longName, u'-'));
@@ -358,7 +337,7 @@ TEST(FNFileSystem, MakesNamesLegal) {
     EXPECT_EQ(pairs.size(), 259) << "a pair is never cut";
     String all("\\*?/:<>|\"\t\n\r.ok");
     EXPECT_TRUE(files.makeLegalName(all, u'-'));
-    EXPECT_EQ(textOf(all), "------------.ok");
+    EXPECT_EQ(all.toUtf8(), "------------.ok");
     String bytes("\xE4:");
     EXPECT_TRUE(files.makeLegalName(bytes));
     EXPECT_EQ(bytes.view16(), u"\xDCE4_");

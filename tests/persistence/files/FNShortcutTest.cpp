@@ -1,5 +1,5 @@
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
+#include "support/SettingsFolder.h"
 
 #include <filesystem>
 #include <fstream>

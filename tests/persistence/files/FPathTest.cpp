@@ -1,10 +1,10 @@
-#include "persistence/SettingsFolder.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/files/FNPath.h"
 #include "persistence/files/PathText.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/SettingsFolder.h"
 #include "support/Slots.h"
 
 #include <gtest/gtest.h>
@@ -15,18 +15,6 @@ namespace qorl {
 namespace {
 
 using testing::expectConsecutive;
-
-std::string textOf(const String& text) {
-    return text.toUtf8();
-}
-
-std::string bytesOf(FMemoryStream& stream) {
-    std::string bytes(static_cast<size_t>(stream.tell()), '\0');
-    stream.rewind();
-    stream.read(bytes.data(), static_cast<int64_t>(bytes.size()));
-    stream.rewind();
-    return bytes;
-}
 
 TEST(FPath, SplitsIntoFolderAndName) {
     struct Case {
@@ -110,11 +98,11 @@ TEST(FPath, GivesItsNameAnExtension) {
     EXPECT_EQ(longName.getName().size(), 259);
     String text;
     longName.getExtension(text);
-    EXPECT_EQ(textOf(text), "xml");
+    EXPECT_EQ(text.toUtf8(), "xml");
     longName.getBaseName(text, true);
     EXPECT_EQ(text.size(), 255);
     FPath("ends.").getBaseName(text, true);
-    EXPECT_EQ(textOf(text), "ends.") << "a dot at the end begins no extension";
+    EXPECT_EQ(text.toUtf8(), "ends.") << "a dot at the end begins no extension";
     // Two units for each character, so that the cut at 255 falls into one.
     std::u16string clefs = u"x";
     for (int i = 0; i < 150; ++i)
@@ -139,7 +127,7 @@ TEST(FNPath, KnowsTheFoldersOfTheApplication) {
     EXPECT_EQ(moved.toUtf8(), folder / "settings/sub/name.txt");
     String folderText;
     moved.getPath(folderText);
-    EXPECT_EQ(textOf(folderText), "sub/name.txt");
+    EXPECT_EQ(folderText.toUtf8(), "sub/name.txt");
     moved.setPathString("/abs/name.txt");
     EXPECT_EQ(moved.toUtf8(), "/abs/name.txt");
     moved.setPathString("sub/name.txt");
@@ -223,14 +211,15 @@ TEST(FPath, StoresItsFieldsByteByByte) {
         FMemoryStream stream;
         stream.setByteOrder(expected == &high);
         ASSERT_TRUE(pathWithAll().save(stream));
-        EXPECT_EQ(bytesOf(stream), *expected);
+        EXPECT_EQ(stream.bytes(), *expected);
+        stream.rewind();
         FNPath read;
         EXPECT_TRUE(read.load(stream));
         const SettingsFolder folder;
         EXPECT_EQ(read.toUtf8(), folder / "settings/d/\xC3\xA4.xml");
         FFileType type;
         read.getFileType(type);
-        EXPECT_EQ(textOf(type.name()), "XML File");
+        EXPECT_EQ(type.name().toUtf8(), "XML File");
         EXPECT_EQ(type.macType(), 0x54455854u);
     }
     for (size_t length = 0; length < low.size(); ++length) {
@@ -291,7 +280,7 @@ TEST(FPath, KeepsItsStateAsAttributes) {
     EXPECT_EQ(path.toUtf8(), folder / "settings/d/\xC3\xA4.xml");
     FFileType type;
     path.getFileType(type);
-    EXPECT_EQ(textOf(type.extension()), "xml");
+    EXPECT_EQ(type.extension().toUtf8(), "xml");
     attributes.setInteger("PathType", 60'000);
     ASSERT_TRUE(path.restoreAttributes(&attributes));
     EXPECT_EQ(path.toUtf8(), "d/\xC3\xA4.xml") << "of a folder that nobody knows";
@@ -301,12 +290,12 @@ TEST(FPath, NeverStoresPartOfItWhenMemoryRunsOut) {
     const FNPath path = pathWithAll();
     FMemoryStream whole;
     ASSERT_TRUE(path.save(whole));
-    const std::string expected = bytesOf(whole);
+    const std::string expected(whole.bytes());
     failEachAllocation([&](FailingAllocation& allocation) {
         FMemoryStream stream;
         // A stream in memory helps itself over one failure.
         if (allocation.during([&] { return path.save(stream); }))
-            EXPECT_EQ(bytesOf(stream), expected);
+            EXPECT_EQ(stream.bytes(), expected);
         else
             EXPECT_TRUE(allocation.hasFailed());
     });
@@ -329,7 +318,7 @@ TEST(FPath, NeverStoresPartOfItWhenMemoryRunsOut) {
         const bool isLoaded = allocation.during([&] { return read.load(whole); });
         FMemoryStream again;
         (isLoaded ? read : path).save(again);
-        EXPECT_EQ(bytesOf(again), expected);
+        EXPECT_EQ(again.bytes(), expected);
         EXPECT_TRUE(isLoaded || (allocation.hasFailed() && read.toUtf8() == "/kept"));
     });
     failEachAllocation([&](FailingAllocation& allocation) {
@@ -356,7 +345,7 @@ TEST(FFileType, KeepsItsState) {
     attributes.setString("UnixType", "");
     FFileType restored;
     ASSERT_TRUE(restored.restoreAttributes(&attributes));
-    EXPECT_EQ(textOf(restored.extension()), "son") << "that of other systems where this one has none";
+    EXPECT_EQ(restored.extension().toUtf8(), "son") << "that of other systems where this one has none";
     EXPECT_NE(restored.compare(&type), 0) << "the extension of Unix systems differs";
 }
 

@@ -1,10 +1,10 @@
 #include "foundation/text/CmString.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/archive/ObjectFiles.h"
 #include "persistence/defaults/FDefaultPool.h"
 #include "persistence/xml/XmlFile.h"
-#include "platform/System.h"
+#include "support/DebugOutput.h"
 #include "support/FailingDisk.h"
+#include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -22,13 +22,7 @@ enum Expected { before = 1, after = 2 };
 /// the program. What follows is as a program that starts afresh sees it.
 class NothingLostTest : public ::testing::Test {
 protected:
-    NothingLostTest() {
-        platform::setDebugOutput([](std::string_view, void*) {}, nullptr);
-    }
-    ~NothingLostTest() override {
-        pool().clear();
-        platform::setDebugOutput(nullptr, nullptr);
-    }
+    ~NothingLostTest() override { pool().clear(); }
 
     static FGlobalDefaultPool& pool() { return *FGlobalDefaultPool::instance(); }
 
@@ -115,6 +109,7 @@ protected:
 
     static constexpr const char* groups[] = {"One", "Two", "Three"};
 
+    DebugOutput output_;
     std::optional<SettingsFolder> folder_;
     bool isFolder_ = false;
 };

@@ -1,11 +1,11 @@
 #include "persistence/files/StoredFile.h"
 
-#include "persistence/SettingsFolder.h"
 #include "persistence/streams/FBufferedStream.h"
 #include "platform/FileReplacement.h"
-#include "platform/System.h"
+#include "support/DebugOutput.h"
 #include "support/FailingAllocation.h"
 #include "support/FailingDisk.h"
+#include "support/SettingsFolder.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -24,15 +24,6 @@ const FFileType copy = FFileType::settingsBackupFile();
 /// Files whose contents are good when they begin with "good".
 class StoredFileTest : public ::testing::Test {
 protected:
-    StoredFileTest() {
-        platform::setDebugOutput(
-            [](std::string_view line, void* lines) {
-                static_cast<std::string*>(lines)->append(line).append("\n");
-            },
-            &said_);
-    }
-    ~StoredFileTest() override { platform::setDebugOutput(nullptr, nullptr); }
-
     static bool save(const std::string& bytes, int32_t* error = nullptr) {
         const auto size = static_cast<int64_t>(bytes.size());
         return StoredFile("Keys", xml)
@@ -66,7 +57,7 @@ protected:
 
     SettingsFolder folder_;
     StoredFile::Found found_ = StoredFile::Found::missing;
-    std::string said_;
+    DebugOutput said_;
 };
 
 TEST_F(StoredFileTest, ReplacesTheFileAndLeavesNothingBeside) {
@@ -77,7 +68,7 @@ TEST_F(StoredFileTest, ReplacesTheFileAndLeavesNothingBeside) {
     std::vector<platform::FolderEntry> entries;
     platform::listFolder(folder_ / "settings", entries);
     ASSERT_EQ(entries.size(), 1u);
-    EXPECT_EQ(said_, "");
+    EXPECT_EQ(said_.text, "");
 }
 
 TEST_F(StoredFileTest, KeepsTheEarlierFileWhenTheWriterGivesUp) {
@@ -110,7 +101,7 @@ TEST_F(StoredFileTest, TellsWhyItCouldNotSave) {
     int32_t error = 0;
     EXPECT_FALSE(save("good", &error));
     EXPECT_NE(error, 0);
-    EXPECT_EQ(said_, path() + ": its folder can't be made: File exists\n");
+    EXPECT_EQ(said_.text, path() + ": its folder can't be made: File exists\n");
 }
 
 /// What a crash or a user left in the folder, and what a load makes of it. "-" stands for no file.
@@ -141,7 +132,7 @@ TEST_P(StoredFileLeftoverTest, LoadsTheLastGoodState) {
     EXPECT_EQ(has("Keys.xml") ? read("Keys.xml") : "-", row.fileAfter);
     const bool isOldUsed =
         row.loaded == std::string_view(row.old) || row.fileAfter != std::string_view(row.file);
-    EXPECT_EQ(said_.empty(), !isOldUsed) << said_;
+    EXPECT_EQ(said_.text.empty(), !isOldUsed) << said_.text;
     EXPECT_FALSE(has(".Keys.xml.new"));
 }
 
@@ -245,7 +236,7 @@ TEST_F(StoredFileTest, IsSavedByAllWhoStoreItOnAVolumeThatKnowsNoLinks) {
         });
     for (std::thread& writer : writers)
         writer.join();
-    EXPECT_EQ(failures, 0) << said_;
+    EXPECT_EQ(failures, 0) << said_.text;
     EXPECT_EQ(load().size(), 6u);
 }
 

@@ -1,13 +1,13 @@
 #include "persistence/mounts/FMountTable.h"
 
 #include "foundation/threads/FThread.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/files/FNFileSystem.h"
-#include "persistence/mounts/MemoryService.h"
-#include "persistence/mounts/PackComponent.h"
 #include "persistence/urls/UrlMetaHandler.h"
 #include "support/FailingAllocation.h"
+#include "support/MemoryService.h"
+#include "support/PackComponent.h"
+#include "support/SettingsFolder.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

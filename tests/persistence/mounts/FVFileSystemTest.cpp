@@ -1,13 +1,13 @@
 #include "persistence/mounts/FVFileSystem.h"
 
 #include "foundation/Cast.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FFileIterator.h"
 #include "persistence/files/FNFileSystem.h"
-#include "persistence/mounts/MemoryService.h"
-#include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/UrlMetaHandler.h"
 #include "support/FailingAllocation.h"
+#include "support/MemoryService.h"
+#include "support/ProgressRecorder.h"
+#include "support/SettingsFolder.h"
 #include "support/ShakyStream.h"
 
 #include <gtest/gtest.h>
@@ -191,26 +191,13 @@ TEST(FVFileSystem, WalksAFolderByUrls) {
     EXPECT_EQ(files().getIterator(at("http://m/f")), nullptr);
 }
 
-class CancelAfter : public StreamProgress {
-public:
-    explicit CancelAfter(int64_t limit) : limit_(limit) {}
-    bool isCancelled(const void*, int64_t) override { return position_ >= limit_; }
-    int64_t position() const override { return position_; }
-    void setPosition(int64_t position) override { position_ = position; }
-    int64_t total() const override { return limit_; }
-
-private:
-    int64_t limit_;
-    int64_t position_ = 0;
-};
-
 TEST(FVFileSystem, NeverLosesAFileByCopyingOverIt) {
     const RegisteredService memory("vfs:");
     const std::string bytes(200000, 'x');
     memory->add("from", bytes);
     memory->add("to", "earlier");
     for (const char* target : {"vfs://m/to", "vfs://m/new"}) {
-        CancelAfter cancel(70000);
+        ProgressRecorder cancel(70000);
         EXPECT_FALSE(files().copy(at("vfs://m/from"), at(target), &cancel));
         EXPECT_EQ(memory->list(), "from to ") << "half a copy is worse than none";
         EXPECT_EQ(memory->read("to"), "earlier");
@@ -222,16 +209,16 @@ TEST(FVFileSystem, NeverLosesAFileByCopyingOverIt) {
     const auto unasked = make<Unasked>();
     unasked->add("to", "earlier");
     ASSERT_TRUE(files().registerService("vfs://unasked", unasked));
-    CancelAfter cancel(70000);
+    ProgressRecorder cancel(70000);
     EXPECT_FALSE(files().copy(at("vfs://m/from"), at("vfs://unasked/to"), &cancel));
     EXPECT_EQ(unasked->read("to"), "earlier") << "what can't be asked for may be there";
     EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://unasked/to")));
     EXPECT_EQ(unasked->list(), "to ");
     EXPECT_TRUE(files().unregisterService("vfs://unasked"));
     EXPECT_FALSE(files().copy(at("vfs://m/from"), at("VFS://M/%66rom"))) << "onto itself";
-    CancelAfter patient(1 << 20);
+    ProgressRecorder patient(1 << 20);
     EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://m/to"), &patient));
-    EXPECT_EQ(patient.position(), 200000);
+    EXPECT_EQ(patient.place, 200000);
     EXPECT_EQ(memory->read("to"), bytes);
     EXPECT_EQ(memory->read("from"), bytes);
 }

@@ -13,10 +13,6 @@
 namespace qorl {
 namespace {
 
-std::string bytesOf(FMemoryStream& stream) {
-    return std::string(stream.bytes());
-}
-
 template <typename Number>
 void expectBytes(bool (FBinaryStream::*write)(Number), bool (FBinaryStream::*read)(Number&), Number value,
                  std::string_view bytes) {
@@ -82,7 +78,7 @@ TEST(FBinaryStream, StoresTruthAsAWord) {
     EXPECT_TRUE(stream.writeBool(false));
     EXPECT_TRUE(stream.writeUInt16(0x0200));
     EXPECT_TRUE(stream.writeInt8(1));
-    EXPECT_EQ(bytesOf(stream), std::string("\0\1\0\0\2\0\1", 7));
+    EXPECT_EQ(stream.bytes(), std::string("\0\1\0\0\2\0\1", 7));
     stream.rewind();
     bool value = false;
     EXPECT_TRUE(stream.readBool(value) && value);
@@ -146,7 +142,7 @@ TEST(FBinaryStream, StoresCountedChars) {
     EXPECT_TRUE(stream.writeCountedChars("ab"));
     EXPECT_TRUE(stream.writeCountedChars(nullptr));
     EXPECT_TRUE(stream.writeCountedChars(""));
-    EXPECT_EQ(bytesOf(stream), std::string("\3\0\0\0ab\0\0\0\0\0\1\0\0\0\0", 16));
+    EXPECT_EQ(stream.bytes(), std::string("\3\0\0\0ab\0\0\0\0\0\1\0\0\0\0", 16));
     stream.rewind();
     EXPECT_STREQ(stream.readCountedChars().get(), "ab");
     EXPECT_EQ(stream.readCountedChars(), nullptr);
@@ -200,10 +196,10 @@ TEST(FBinaryStream, MarksTextsThatAreNotAscii) {
     EXPECT_TRUE(stream.writeTextUtf8(u"\xDCE4"));
     EXPECT_TRUE(stream.writeTextUtf8(u"\U0001F600!"));
     EXPECT_TRUE(stream.writeTextUtf8(u"\xD83D!"));
-    EXPECT_EQ(bytesOf(stream), std::string("ab\0\xEF\xBB\xBF\xC3\xA4\0\0\xEF\xBB\xBF\xED\xB3\xA4\0"
-                                           "\xEF\xBB\xBF\xF0\x9F\x98\x80!\0"
-                                           "\xEF\xBB\xBF\xED\xA0\xBD!\0",
-                                           34));
+    EXPECT_EQ(stream.bytes(), std::string("ab\0\xEF\xBB\xBF\xC3\xA4\0\0\xEF\xBB\xBF\xED\xB3\xA4\0"
+                                          "\xEF\xBB\xBF\xF0\x9F\x98\x80!\0"
+                                          "\xEF\xBB\xBF\xED\xA0\xBD!\0",
+                                          34));
     stream.rewind();
     char16_t wide[4];
     struct Row {
@@ -274,9 +270,9 @@ TEST(FStream, WritesWideTextAsItIs) {
     EXPECT_TRUE(stream.writeWideText(u"a\u20AC", false));
     EXPECT_TRUE(stream.writeWideText(u"b", true));
     EXPECT_TRUE(stream.writeWideText(nullptr, false));
-    EXPECT_EQ(bytesOf(stream), std::string("a\0\xAC\x20"
-                                           "b\0\0\0",
-                                           8));
+    EXPECT_EQ(stream.bytes(), std::string("a\0\xAC\x20"
+                                          "b\0\0\0",
+                                          8));
 }
 
 TEST(FStream, ReadsTextLines) {

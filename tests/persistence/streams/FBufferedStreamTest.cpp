@@ -1,16 +1,17 @@
 #include "foundation/Cast.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/streams/FBlockStreamReader.h"
 #include "persistence/streams/FCompressionStream.h"
 #include "persistence/streams/FFileStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/FReadAheadStream.h"
-#include "persistence/streams/StreamProgress.h"
 #include "persistence/urls/FUrl.h"
 #include "support/FailingAllocation.h"
 #include "support/FailingDisk.h"
+#include "support/ProgressRecorder.h"
+#include "support/SettingsFolder.h"
 #include "support/ShakyStream.h"
+#include "support/StreamBytes.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -29,13 +30,6 @@ Ref<FBufferedStream> buffered(Form form, Ref<FStream> inner, int32_t blockSize, 
     if (form == Form::readAhead)
         return make<FReadAheadStream>(std::move(inner), blockSize, writable);
     return make<FBufferedStream>(std::move(inner), blockSize, writable);
-}
-
-std::string readAll(FStream& stream, int64_t count) {
-    std::string bytes(static_cast<size_t>(count), '?');
-    const int64_t got = stream.read(bytes.data(), count);
-    bytes.resize(static_cast<size_t>(std::max<int64_t>(got, 0)));
-    return bytes;
 }
 
 /// The bytes that a stream should hold, and where it should stand.
@@ -73,7 +67,7 @@ void expectAsModel(Form form, int32_t blockSize, uint32_t seed) {
         switch (upTo(9)) {
         case 0:
         case 1:
-        case 2: ASSERT_EQ(readAll(*stream, 20), model.read(20)) << "step " << step; break;
+        case 2: ASSERT_EQ(readUpTo(*stream, 20), model.read(20)) << "step " << step; break;
         case 3:
         case 4: {
             const std::string bytes(upTo(24), static_cast<char>('A' + step % 26));
@@ -128,9 +122,9 @@ TEST(FBufferedStream, KeepsWithinTheDataUnlessItIsWritable) {
     }
     EXPECT_EQ(stream->tell(), 10);
     EXPECT_EQ(stream->write("x", 1), -1);
-    EXPECT_EQ(readAll(*stream, 0), "");
+    EXPECT_EQ(readUpTo(*stream, 0), "");
     stream->rewind();
-    EXPECT_EQ(readAll(*stream, 100), "0123456789");
+    EXPECT_EQ(readUpTo(*stream, 100), "0123456789");
     EXPECT_EQ(stream->setStreamSize(3), Result::failure);
 
     const auto writable = buffered(Form::plain, make<FMemoryStream>(), 4);
@@ -173,7 +167,7 @@ TEST(FBufferedStream, LeavesAFileExactlyAsLongAsItWasWritten) {
     {
         const auto stream = FBufferedStream::openBuffered(opened, 4096);
         stream->seek(3, FStream::fromStart);
-        EXPECT_EQ(readAll(*stream, 10), "45");
+        EXPECT_EQ(readUpTo(*stream, 10), "45");
         file->setLength(2);
     }
     EXPECT_EQ(file->getLength(), 2) << "who only reads cuts nothing and adds nothing";
@@ -206,9 +200,9 @@ TEST(FBufferedStream, ReadsUnbufferedFilesToTheirLastByte) {
         FNFileSystem::instance()->openFile(path, FFileStream::readAccess | FFileStream::unbuffered);
     const auto stream = FBufferedStream::openBuffered(file, 0);
     ASSERT_NE(stream, nullptr);
-    EXPECT_TRUE(readAll(*stream, 20'000) == text);
+    EXPECT_TRUE(readUpTo(*stream, 20'000) == text);
     stream->seek(5000, FStream::fromStart);
-    EXPECT_EQ(readAll(*stream, 10), text.substr(5000, 10));
+    EXPECT_EQ(readUpTo(*stream, 10), text.substr(5000, 10));
 }
 
 TEST(FBufferedStream, FitsItsBlocksToTheSectorsOfAFile) {
@@ -236,7 +230,7 @@ TEST(FBufferedStream, BeginsWhereItsInnerStreamStands) {
     EXPECT_EQ(inner->tell(), 6) << "left as it was";
     EXPECT_EQ(stream->byteOrder(), 7);
     EXPECT_EQ(stream->url(), inner->url());
-    EXPECT_EQ(readAll(*stream, 10), "6789");
+    EXPECT_EQ(readUpTo(*stream, 10), "6789");
 }
 
 TEST(FBufferedStream, LosesNothingSilentlyWhenItsInnerStreamFails) {
@@ -266,7 +260,7 @@ TEST(FBufferedStream, LosesNothingSilentlyWhenItsInnerStreamFails) {
     }
     const auto slow = make<ShakyStream>("abcdefghij");
     slow->atOnce = 1;
-    EXPECT_EQ(readAll(*buffered(Form::plain, slow, 4, false), 9), "abcdefghi") << "byte by byte";
+    EXPECT_EQ(readUpTo(*buffered(Form::plain, slow, 4, false), 9), "abcdefghi") << "byte by byte";
     slow->failAt = 5;
     slow->place = 0;
     const auto failing = buffered(Form::plain, slow, 4, false);
@@ -308,40 +302,25 @@ TEST(FBufferedStream, EndsWritingAtANegativeCount) {
     EXPECT_FALSE(stream->isValid());
     EXPECT_EQ(stream->write("a", 1), -1);
     stream->rewind();
-    EXPECT_EQ(readAll(*stream, 5), "a") << "reading goes on";
+    EXPECT_EQ(readUpTo(*stream, 5), "a") << "reading goes on";
 }
-
-class Monitor : public StreamProgress {
-public:
-    bool isCancelled(const void*, int64_t count) override {
-        asked.push_back(count);
-        return isStopped;
-    }
-    int64_t position() const override { return told; }
-    void setPosition(int64_t position) override { told = position; }
-    int64_t total() const override { return 0; }
-
-    std::vector<int64_t> asked;
-    bool isStopped = false;
-    int64_t told = 0;
-};
 
 TEST(FBufferedStream, AsksItsMonitorFirst) {
     const auto inner = make<FMemoryStream>(std::string_view("0123456789"));
     const auto stream = buffered(Form::plain, inner, 4, true);
-    Monitor monitor;
+    ProgressRecorder monitor;
     stream->setProgress(&monitor);
     stream->setMonitorThreshold(3);
-    EXPECT_EQ(readAll(*stream, 3), "012");
-    EXPECT_EQ(monitor.told, 0) << "not more than the threshold";
-    EXPECT_EQ(readAll(*stream, 1), "3");
-    EXPECT_EQ(monitor.told, 4);
+    EXPECT_EQ(readUpTo(*stream, 3), "012");
+    EXPECT_EQ(monitor.place, 0) << "not more than the threshold";
+    EXPECT_EQ(readUpTo(*stream, 1), "3");
+    EXPECT_EQ(monitor.place, 4);
     stream->seek(-3, FStream::fromHere);
-    EXPECT_EQ(monitor.told, 4);
+    EXPECT_EQ(monitor.place, 4);
     stream->rewind();
-    EXPECT_EQ(monitor.told, 0);
-    monitor.isStopped = true;
-    EXPECT_EQ(readAll(*stream, 5), "");
+    EXPECT_EQ(monitor.place, 0);
+    monitor.cancelAt = 0;
+    EXPECT_EQ(readUpTo(*stream, 5), "");
     char byte = 0;
     EXPECT_EQ(stream->read(&byte, 1), -1);
     EXPECT_EQ(stream->write("x", 1), -1);
@@ -354,7 +333,7 @@ TEST(FReadAheadStream, KeepsTheLastTwoBlocks) {
     const auto stream = buffered(Form::readAhead, inner, 4, false);
     const auto readAt = [&](int64_t place) {
         stream->seek(place, FStream::fromStart);
-        return readAll(*stream, 2);
+        return readUpTo(*stream, 2);
     };
     EXPECT_EQ(readAt(1) + readAt(9), "aacc");
     const int64_t calls = inner->calls;
@@ -372,11 +351,11 @@ TEST(FReadAheadStream, GoesOnWithZerosBehindTheLastBlock) {
     inner->write("abcde", 5);
     const auto stream = buffered(Form::readAhead, inner, 4);
     stream->seek(4, FStream::fromStart);
-    EXPECT_EQ(readAll(*stream, 4), "e");
+    EXPECT_EQ(readUpTo(*stream, 4), "e");
     stream->seek(13, FStream::fromStart);
     EXPECT_EQ(stream->write("z", 1), 1);
     stream->seek(4, FStream::fromStart);
-    EXPECT_EQ(readAll(*stream, 100), std::string("e\0\0\0\0\0\0\0\0z", 10));
+    EXPECT_EQ(readUpTo(*stream, 100), std::string("e\0\0\0\0\0\0\0\0z", 10));
 }
 
 TEST(StreamBufferPool, HandsOutWhatCameBack) {
@@ -414,14 +393,14 @@ TEST(FBufferedStream, ReadsOnWhereTheEndIsNotKnown) {
         const auto stream = buffered(Form::plain, inflating, 8);
         EXPECT_EQ(stream->seek(0, FStream::fromEnd), -1);
         EXPECT_EQ(stream->write("x", 1), -1) << "it reads only";
-        EXPECT_EQ(readAll(*stream, 100), text);
+        EXPECT_EQ(readUpTo(*stream, 100), text);
         EXPECT_TRUE(stream->isValid());
         EXPECT_EQ(stream->seek(-1, FStream::fromEnd), 16) << "now it is known";
-        EXPECT_EQ(readAll(*stream, 100), "!");
+        EXPECT_EQ(readUpTo(*stream, 100), "!");
         stream->seek(3, FStream::fromStart);
-        EXPECT_EQ(readAll(*stream, 6), "345678") << "back, by inflating anew";
+        EXPECT_EQ(readUpTo(*stream, 6), "345678") << "back, by inflating anew";
     }
-    EXPECT_EQ(readAll(*buffered(Form::plain, make<FBlockStreamReader>(make<ShakyStream>(text), 4), 8), 100),
+    EXPECT_EQ(readUpTo(*buffered(Form::plain, make<FBlockStreamReader>(make<ShakyStream>(text), 4), 8), 100),
               text);
 }
 
@@ -442,7 +421,7 @@ TEST(FBufferedStream, TakesNoFailureForTheEnd) {
     const auto cut = buffered(Form::plain, shaky, 8);
     shaky->atOnce = 3;
     shaky->failAt = 2;
-    EXPECT_EQ(readAll(*cut, 3), "012");
+    EXPECT_EQ(readUpTo(*cut, 3), "012");
     shaky->failAt = 3;
     char byte = 0;
     EXPECT_EQ(cut->read(&byte, 1), -1) << "the same fault again";

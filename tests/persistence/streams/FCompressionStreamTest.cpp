@@ -3,13 +3,14 @@
 #include "foundation/containers/CmBuffer.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/FStreamProxy.h"
-#include "persistence/streams/StreamProgress.h"
 #include "persistence/streams/ZLibCompressor.h"
 #include "persistence/urls/FUrl.h"
 #include "support/FailingAllocation.h"
 #include "support/MemoryMeter.h"
+#include "support/ProgressRecorder.h"
 #include "support/ShakyStream.h"
 #include "support/Slots.h"
+#include "support/StreamBytes.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -48,25 +49,6 @@ Ref<FMemoryStream> deflated(std::string_view bytes, float quality = 0.5f) {
     target->rewind();
     return target;
 }
-
-std::string readSome(FStream& stream, int64_t count) {
-    std::string bytes(static_cast<size_t>(count), '?');
-    bytes.resize(static_cast<size_t>(std::max<int64_t>(stream.read(bytes.data(), count), 0)));
-    return bytes;
-}
-
-class Watch : public StreamProgress {
-public:
-    bool isCancelled(const void*, int64_t) override { return told.size() >= patience; }
-    int64_t position() const override { return 0; }
-    void setPosition(int64_t) override {}
-    int64_t total() const override { return all; }
-    void report(double fraction) override { told.push_back(fraction); }
-
-    int64_t all = 200'000;
-    size_t patience = 1000;
-    std::vector<double> told;
-};
 
 TEST(ZLibCompressor, TakesItsLevelFromTheQuality) {
     struct Row {
@@ -155,16 +137,16 @@ TEST(FCompressionStream, InflatesWhatItCompressed) {
 TEST(FCompressionStream, MovesForwardAndToTheStart) {
     FCompressionStream stream(deflated("0123456789"));
     ASSERT_TRUE(stream.beginDecompression());
-    EXPECT_EQ(readSome(stream, 2), "01");
+    EXPECT_EQ(readUpTo(stream, 2), "01");
     EXPECT_EQ(stream.seek(2, FStream::fromHere), 4);
-    EXPECT_EQ(readSome(stream, 1), "4");
+    EXPECT_EQ(readUpTo(stream, 1), "4");
     EXPECT_EQ(stream.seek(7, FStream::fromStart), 7);
     EXPECT_EQ(stream.seek(3, FStream::fromEnd), 7) << "it knows no end";
-    EXPECT_EQ(readSome(stream, 9), "789");
+    EXPECT_EQ(readUpTo(stream, 9), "789");
     EXPECT_TRUE(stream.isComplete());
-    EXPECT_EQ(readSome(stream, 1), "");
+    EXPECT_EQ(readUpTo(stream, 1), "");
     EXPECT_EQ(stream.seek(4, FStream::fromStart), 0) << "backward begins anew";
-    EXPECT_EQ(readSome(stream, 3), "012");
+    EXPECT_EQ(readUpTo(stream, 3), "012");
     EXPECT_EQ(stream.seek(most, FStream::fromHere), 10) << "no further than the data";
     EXPECT_EQ(stream.seek(-5, FStream::fromStart), 0);
     stream.rewind();
@@ -182,10 +164,10 @@ TEST(FCompressionStream, GivesTextLinesWithoutLosingACharacter) {
     EXPECT_EQ(read, "one|two|three|");
     stream.rewind();
     EXPECT_EQ(stream.seek(-1, FStream::fromHere), 0) << "nothing was read";
-    EXPECT_EQ(readSome(stream, 2), "on");
+    EXPECT_EQ(readUpTo(stream, 2), "on");
     EXPECT_EQ(stream.seek(-1, FStream::fromHere), 1);
     EXPECT_EQ(stream.seek(-1, FStream::fromHere), 1) << "one byte and no more";
-    EXPECT_EQ(readSome(stream, 2), "ne");
+    EXPECT_EQ(readUpTo(stream, 2), "ne");
     EXPECT_EQ(stream.tell(), 3);
 }
 
@@ -194,9 +176,9 @@ TEST(FCompressionStream, CanBeReadThroughWindowsThatShareIt) {
     ASSERT_TRUE(stream->beginDecompression());
     FStreamProxy late(stream, 8, 4, 0);
     FStreamProxy early(stream, 2, 4, 0);
-    EXPECT_EQ(readSome(late, 2), "cc");
-    EXPECT_EQ(readSome(early, 9), "aabb") << "it goes back to the start, and forward from there";
-    EXPECT_EQ(readSome(late, 9), "cc");
+    EXPECT_EQ(readUpTo(late, 2), "cc");
+    EXPECT_EQ(readUpTo(early, 9), "aabb") << "it goes back to the start, and forward from there";
+    EXPECT_EQ(readUpTo(late, 9), "cc");
 }
 
 TEST(FCompressionStream, MakesReadableWhatWasFlushed) {
@@ -210,7 +192,7 @@ TEST(FCompressionStream, MakesReadableWhatWasFlushed) {
     writing.flush();
     FCompressionStream reading(memoryOf(target->bytes()));
     ASSERT_TRUE(reading.beginDecompression());
-    EXPECT_EQ(readSome(reading, 100), "flushed");
+    EXPECT_EQ(readUpTo(reading, 100), "flushed");
     EXPECT_FALSE(reading.isComplete());
     EXPECT_EQ(writing.write(" and finished", 13), 13);
     EXPECT_TRUE(writing.endCompression());
@@ -218,7 +200,7 @@ TEST(FCompressionStream, MakesReadableWhatWasFlushed) {
     EXPECT_EQ(writing.write("x", 1), -1);
     FCompressionStream whole(memoryOf(target->bytes()));
     ASSERT_TRUE(whole.beginDecompression());
-    EXPECT_EQ(readSome(whole, 100), "flushed and finished");
+    EXPECT_EQ(readUpTo(whole, 100), "flushed and finished");
     const auto dropped = make<FMemoryStream>();
     {
         FCompressionStream stream(dropped);
@@ -289,30 +271,31 @@ TEST(FCompressionStream, TellsOfTheCallThatFails) {
 }
 
 TEST(FCompressionStream, ReportsAndStopsWhenCancelled) {
-    Watch watch;
+    ProgressRecorder watch;
+    watch.all = 200'000;
     const auto target = make<FMemoryStream>();
     EXPECT_TRUE(
         FCompressionStream::compress(*memoryOf(sample().substr(0, 150'000)), target, nullptr, 0.5f, &watch));
-    EXPECT_EQ(watch.told, (std::vector<double>{65'536 / 2e5, 131'072 / 2e5, 0.75}));
-    watch.told.clear();
+    EXPECT_EQ(watch.reported, (std::vector<double>{65'536 / 2e5, 131'072 / 2e5, 0.75}));
+    watch.reported.clear();
     target->rewind();
     EXPECT_TRUE(FCompressionStream::decompress(target, *make<FMemoryStream>(), nullptr, &watch, 100'000));
-    EXPECT_EQ(watch.told, (std::vector<double>{0.5, 0.75}));
-    watch.told.clear();
-    watch.patience = 2;
+    EXPECT_EQ(watch.reported, (std::vector<double>{0.5, 0.75}));
+    watch.reported.clear();
+    watch.mostReports = 2;
     const auto source = memoryOf(sample());
     EXPECT_FALSE(FCompressionStream::compress(*source, make<FMemoryStream>(), nullptr, 0.5f, &watch));
     EXPECT_EQ(source->tell(), 131'072) << "the third piece is not read";
-    watch.told.clear();
+    watch.reported.clear();
     target->rewind();
     const auto half = make<FMemoryStream>();
     EXPECT_FALSE(FCompressionStream::decompress(target, *half, nullptr, &watch, 1000));
     EXPECT_EQ(half->size(), 2000);
     watch.all = 0;
-    watch.told.clear();
+    watch.reported.clear();
     target->rewind();
     EXPECT_TRUE(FCompressionStream::decompress(target, *half, nullptr, &watch));
-    EXPECT_TRUE(watch.told.empty()) << "nothing to divide by";
+    EXPECT_TRUE(watch.reported.empty()) << "nothing to divide by";
 }
 
 TEST(FCompressionStream, EstimatesFromTheFirstBytes) {
@@ -413,7 +396,7 @@ TEST(FCompressionStream, TellsWhetherItCanBeReadOn) {
     const auto compressed = deflated("0123456789");
     FCompressionStream cut(memoryOf(compressed->bytes().substr(0, 12)));
     ASSERT_TRUE(cut.beginDecompression());
-    readSome(cut, 20);
+    readUpTo(cut, 20);
     EXPECT_FALSE(cut.isValid());
     FMemoryStream copy;
     cut.rewind();
@@ -424,7 +407,7 @@ TEST(FCompressionStream, TellsWhetherItCanBeReadOn) {
     ASSERT_TRUE(stream.beginDecompression(10));
     for (const int64_t failAt : {1, 2}) {
         SCOPED_TRACE(failAt);
-        EXPECT_EQ(readSome(stream, 20), "0123456789");
+        EXPECT_EQ(readUpTo(stream, 20), "0123456789");
         EXPECT_TRUE(stream.isValid());
         shaky->failAt = failAt;
         EXPECT_EQ(stream.seek(0, FStream::fromStart), -1);

@@ -1,10 +1,10 @@
 #include "persistence/streams/FFileStream.h"
 
 #include "foundation/Cast.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
-#include "persistence/streams/StreamProgress.h"
 #include "support/FailingDisk.h"
+#include "support/ProgressRecorder.h"
+#include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -26,26 +26,9 @@ protected:
     const SettingsFolder folder_;
 };
 
-class Meter : public StreamProgress {
-public:
-    bool isCancelled(const void* buffer, int64_t count) override {
-        lastBuffer = buffer;
-        lastCount = count;
-        return isStopped;
-    }
-    int64_t position() const override { return place; }
-    void setPosition(int64_t position) override { place = position; }
-    int64_t total() const override { return 0; }
-
-    const void* lastBuffer = nullptr;
-    int64_t lastCount = 0;
-    int64_t place = 0;
-    bool isStopped = false;
-};
-
 TEST_F(FFileStreamTest, MovesItsMonitorWithEveryByte) {
     const Ref<FStream> file = open(readAndWrite);
-    Meter meter;
+    ProgressRecorder meter;
     file->setProgress(&meter);
     char buffer[20];
     EXPECT_EQ(file->read(buffer, 4), 4);
@@ -54,12 +37,12 @@ TEST_F(FFileStreamTest, MovesItsMonitorWithEveryByte) {
     EXPECT_EQ(file->read(buffer, 20), 4);
     EXPECT_EQ(meter.place, 10) << "what came, not what was asked for";
     EXPECT_EQ(meter.lastBuffer, buffer);
-    EXPECT_EQ(meter.lastCount, 20);
+    EXPECT_EQ(meter.asked.back(), 20);
     file->seek(3, FStream::fromStart);
     EXPECT_EQ(meter.place, 10);
     file->rewind();
     EXPECT_EQ(meter.place, 0);
-    meter.isStopped = true;
+    meter.cancelAt = 0;
     EXPECT_EQ(file->read(buffer, 1), -1);
     EXPECT_EQ(file->write("xyz", 3), -1);
     EXPECT_EQ(file->tell(), 0) << "the file was not touched";
@@ -126,7 +109,7 @@ TEST_F(FFileStreamTest, IsNotValidOnceBytesWereLost) {
 TEST_F(FFileStreamTest, TellsWhatWentOfAWriteThatWasCutShort) {
     const Ref<FStream> file = open(readAndWrite);
     const auto outcome = FailingDisk::run(1, DiskFault::cutShort, [&] {
-        Meter meter;
+        ProgressRecorder meter;
         file->setProgress(&meter);
         return file->write("abcdef", 6) == 3 && meter.place == 3 && file->tell() == 3 && !file->isValid();
     });

@@ -10,10 +10,6 @@
 namespace qorl {
 namespace {
 
-std::string bytesOf(FMemoryStream& stream) {
-    return std::string(stream.bytes());
-}
-
 TEST(FMemoryStream, GrowsInStepsAndNeverShrinks) {
     FMemoryStream stream;
     EXPECT_EQ(stream.write("12345", 5), 5);
@@ -67,7 +63,7 @@ TEST(FMemoryStream, FailsForGoodWhenForeignMemoryIsFull) {
     const Ref<CmObject> copy = Ref<CmObject>::adopt(FMemoryStream(std::string_view("const")).clone());
     auto& owned = static_cast<FMemoryStream&>(*copy);
     EXPECT_TRUE(owned.ownsMemory());
-    EXPECT_EQ(bytesOf(owned), "const");
+    EXPECT_EQ(owned.bytes(), "const");
     EXPECT_EQ(owned.tell(), 5) << "behind the bytes that it wrote into itself";
     FMemoryStream literal(std::string_view("const"));
     EXPECT_EQ(literal.write("x", 1), 0);
@@ -79,12 +75,12 @@ TEST(FMemoryStream, CopiesFromOthers) {
     source.seek(6, FStream::fromStart);
     FMemoryStream target;
     EXPECT_TRUE(target.copyFrom(source, 2));
-    EXPECT_EQ(bytesOf(target), "67");
+    EXPECT_EQ(target.bytes(), "67");
     EXPECT_EQ(source.tell(), 8);
     EXPECT_FALSE(target.copyFrom(source, 5));
-    EXPECT_EQ(bytesOf(target), "6789");
+    EXPECT_EQ(target.bytes(), "6789");
     EXPECT_TRUE(target.copyAll(source));
-    EXPECT_EQ(bytesOf(target), "67890123456789");
+    EXPECT_EQ(target.bytes(), "67890123456789");
     EXPECT_FALSE(target.contentEquals(source));
     FMemoryStream again;
     EXPECT_TRUE(target.writeTo(again));
@@ -113,10 +109,10 @@ TEST(FMemoryStream, LoadsOnlyWhatIsThere) {
     FMemoryStream source;
     source.write("pan", 3);
     EXPECT_TRUE(source.saveBinary(stored));
-    EXPECT_EQ(bytesOf(stored), std::string("\x03\0\0\0pan", 7));
+    EXPECT_EQ(stored.bytes(), std::string("\x03\0\0\0pan", 7));
     stored.rewind();
     EXPECT_TRUE(loaded.loadBinary(stored));
-    EXPECT_EQ(bytesOf(loaded), "pan");
+    EXPECT_EQ(loaded.bytes(), "pan");
     EXPECT_EQ(loaded.tell(), 0);
 
     FAttributes attributes;
@@ -124,7 +120,7 @@ TEST(FMemoryStream, LoadsOnlyWhatIsThere) {
     FMemoryStream restored;
     restored.write("longer than before", 18);
     EXPECT_TRUE(restored.restoreAttributes(&attributes));
-    EXPECT_EQ(bytesOf(restored), "pan");
+    EXPECT_EQ(restored.bytes(), "pan");
     EXPECT_EQ(restored.tell(), 0);
 }
 
@@ -224,7 +220,7 @@ TEST(FMemoryStream, FailsForGoodWhenThereIsNoMemory) {
     FAttributes attributes;
     attributes.setBinary("Data", "again", 5, true);
     EXPECT_TRUE(stream.restoreAttributes(&attributes));
-    EXPECT_EQ(bytesOf(stream), "again");
+    EXPECT_EQ(stream.bytes(), "again");
 }
 
 TEST(FMemoryStream, StoresAndRestoresWithEachAllocationFailing) {

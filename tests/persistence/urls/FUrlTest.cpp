@@ -1,9 +1,9 @@
 #include "persistence/urls/FUrl.h"
 
-#include "persistence/SettingsFolder.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/SettingsFolder.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -12,13 +12,9 @@
 namespace qorl {
 namespace {
 
-std::string textOf(const String& text) {
-    return text.toUtf8();
-}
-
 std::string partsOf(const FUrl& url) {
-    return textOf(url.scheme()) + '|' + textOf(url.user()) + '|' + textOf(url.password()) + '|' +
-           textOf(url.host()) + '|' + std::to_string(url.port()) + '|' + textOf(url.path());
+    return url.scheme().toUtf8() + '|' + url.user().toUtf8() + '|' + url.password().toUtf8() + '|' +
+           url.host().toUtf8() + '|' + std::to_string(url.port()) + '|' + url.path().toUtf8();
 }
 
 TEST(FUrl, TakesATextApart) {
@@ -102,17 +98,17 @@ TEST(FUrl, EncodesAndDecodes) {
     }
     String nul(u"a\0b", 3);
     FUrl::encode(nul);
-    EXPECT_EQ(textOf(nul), "a%00b");
+    EXPECT_EQ(nul.toUtf8(), "a%00b");
     FUrl::decode(nul);
     EXPECT_EQ(nul.size(), 3);
     String latin(u"\u00E4");
     FUrl::encode(latin, false);
-    EXPECT_EQ(textOf(latin), "%e4") << "one byte without UTF-8";
+    EXPECT_EQ(latin.toUtf8(), "%e4") << "one byte without UTF-8";
     FUrl::decode(latin);
     EXPECT_EQ(latin.view16(), u"\u00E4");
     String beyond(u"\u20AC");
     FUrl::encode(beyond, false);
-    EXPECT_EQ(textOf(beyond), "%e2%82%ac");
+    EXPECT_EQ(beyond.toUtf8(), "%e2%82%ac");
 }
 
 TEST(FUrl, LeavesWhatIsNoEncodingAlone) {
@@ -133,17 +129,17 @@ TEST(FUrl, LeavesWhatIsNoEncodingAlone) {
 TEST(FUrl, AddsAndDropsSegments) {
     FUrl url{ConstString("archive://skin/a")};
     url.addPathSegment("b c", true);
-    EXPECT_EQ(textOf(url.path()), "a/b%20c/");
-    EXPECT_EQ(textOf(url.getName()), "b c") << "a name is plain";
-    EXPECT_EQ(textOf(url.getFolder()), "a/");
+    EXPECT_EQ(url.path().toUtf8(), "a/b%20c/");
+    EXPECT_EQ(url.getName().toUtf8(), "b c") << "a name is plain";
+    EXPECT_EQ(url.getFolder().toUtf8(), "a/");
     EXPECT_TRUE(url.isFolder());
     url.addFolder(u"\u00E4%.txt", false);
-    EXPECT_EQ(textOf(url.path()), "a/b%20c/%c3%a4%25.txt");
+    EXPECT_EQ(url.path().toUtf8(), "a/b%20c/%c3%a4%25.txt");
     EXPECT_EQ(url.getName(), ConstString(u"\u00E4%.txt"));
     EXPECT_FALSE(url.isFolder());
     std::string way;
     while (url.up())
-        way += textOf(url.path()) + ' ';
+        way += url.path().toUtf8() + ' ';
     EXPECT_EQ(way, "a/b%20c/ a/  ");
     EXPECT_EQ(url.toUtf8(), "archive://skin");
 
@@ -154,17 +150,17 @@ TEST(FUrl, AddsAndDropsSegments) {
     EXPECT_EQ(file.toUtf8(), "file:///") << "above the root there is nothing";
     FUrl twice{ConstString("http://h/a//b")};
     EXPECT_TRUE(twice.up());
-    EXPECT_EQ(textOf(twice.path()), "a//");
+    EXPECT_EQ(twice.path().toUtf8(), "a//");
 }
 
 TEST(FUrl, IsAPathByItsName) {
     FUrl url{ConstString("file:///a%20b/c%2ctar.gz/")};
-    EXPECT_EQ(textOf(url.getName()), "c,tar.gz");
+    EXPECT_EQ(url.getName().toUtf8(), "c,tar.gz");
     String text;
     url.getExtension(text);
-    EXPECT_EQ(textOf(text), "gz");
+    EXPECT_EQ(text.toUtf8(), "gz");
     url.getBaseName(text, true);
-    EXPECT_EQ(textOf(text), "c,tar");
+    EXPECT_EQ(text.toUtf8(), "c,tar");
     url.setName("new name");
     EXPECT_EQ(url.toUtf8(), "file:///a%20b/new%20name/");
     url.setFileType(FFileType::xmlFile());
@@ -186,7 +182,7 @@ TEST(FUrl, IsAPathByItsName) {
     EXPECT_EQ(root.toUtf8(), "/x");
     url.setPath("only", false);
     url.setName("other");
-    EXPECT_EQ(textOf(url.path()), "other");
+    EXPECT_EQ(url.path().toUtf8(), "other");
     FUrl alone{ConstString("a/b c")};
     alone.addFolder("d e", false);
     EXPECT_EQ(alone.toUtf8(), "a/b c/d e") << "without a scheme nothing is encoded";
@@ -301,7 +297,7 @@ TEST(FUrl, IsStoredWithoutItsLogin) {
     stream.rewind();
     EXPECT_TRUE(loaded.load(stream));
     EXPECT_EQ(partsOf(loaded), "web|||host|81|a%20b/c.txt");
-    EXPECT_EQ(textOf(loaded.getName()), "c.txt");
+    EXPECT_EQ(loaded.getName().toUtf8(), "c.txt");
     for (size_t length = 0; length < bytes.size(); ++length) {
         FMemoryStream cut{std::string_view(bytes).substr(0, length)};
         EXPECT_FALSE(loaded.load(cut)) << "cut behind " << length << " bytes";
@@ -351,8 +347,8 @@ TEST(FUrl, IsWholeOrEmptyWithoutMemory) {
             FUrl url{ConstString("http://host/folder%20name%20that%20is%20long")};
             allocation.during([&] { row.change(url); });
             if (url.isValid() || !allocation.hasFailed()) {
-                EXPECT_EQ(textOf(url.path()), row.expected);
-                EXPECT_EQ(textOf(url.host()), "host");
+                EXPECT_EQ(url.path().toUtf8(), row.expected);
+                EXPECT_EQ(url.host().toUtf8(), "host");
             }
         });
     }

@@ -1,11 +1,12 @@
 #include "persistence/urls/UrlMetaHandler.h"
 
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/urls/FFileIteratorUrlWrapper.h"
 #include "persistence/urls/FUrlFileHandler.h"
 #include "support/FailingAllocation.h"
+#include "support/SettingsFolder.h"
 #include "support/Slots.h"
+#include "support/StreamBytes.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -18,12 +19,6 @@ FUrl urlAt(const std::string& text) {
     return FUrl(ConstString(std::string_view(text)));
 }
 
-std::string firstBytes(FStream* stream) {
-    char bytes[16] = {};
-    const int64_t got = stream ? stream->read(bytes, sizeof bytes) : 0;
-    return {bytes, static_cast<size_t>(got < 0 ? 0 : got)};
-}
-
 TEST(UrlMetaHandler, ReadsFilesByTheirUrls) {
     const SettingsFolder folder;
     folder.write("a b/100%.txt", "in the file");
@@ -33,7 +28,7 @@ TEST(UrlMetaHandler, ReadsFilesByTheirUrls) {
     for (const FUrl& url : {FUrl(path), urlAt("file://" + (folder / "a%20b/100%25.txt")),
                             urlAt("FILE://" + (folder / "a b/100%.txt")), urlAt(path.toUtf8())}) {
         SCOPED_TRACE(url.toUtf8());
-        EXPECT_EQ(firstBytes(urls.openUrl(url, &error).get()), "in the file");
+        EXPECT_EQ(contentOf(urls.openUrl(url, &error).get()), "in the file");
         EXPECT_EQ(error, 0);
     }
     EXPECT_EQ(urls.openUrl(urlAt("file://" + (folder / "none")), &error), nullptr);
@@ -56,11 +51,11 @@ TEST(FUrlFileHandler, ClosesTheFileForEverybody) {
     handler.cancel();
     EXPECT_TRUE(handler.open()) << "anew, from the start";
     const Ref<FStream> kept = retain(handler.getStream());
-    EXPECT_EQ(firstBytes(kept.get()), "four");
+    EXPECT_EQ(contentOf(kept.get()), "four");
     handler.close();
     EXPECT_EQ(handler.getStream(), nullptr);
     EXPECT_EQ(handler.getSize(), -1);
-    EXPECT_EQ(firstBytes(kept.get()), "");
+    EXPECT_EQ(contentOf(kept.get()), "");
     handler.close();
 }
 

@@ -6,6 +6,7 @@
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/Objects.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -203,11 +204,6 @@ TEST(FXmlDocument, PassesOverWhatIsOdd) {
     EXPECT_EQ(read.getBinarySize("b"), 2);
 }
 
-uint32_t countOf(const Ref<FAttributes>& attributes) {
-    attributes->addRef();
-    return attributes->release();
-}
-
 TEST(FXmlDocument, IsReleasedWhateverItsReferencesNameInIt) {
     // 1 names itself and 2, which stands nowhere else; 2 names 1 and has a part that names 2.
     constexpr std::string_view document =
@@ -238,11 +234,11 @@ TEST(FXmlDocument, IsReleasedWhateverItsReferencesNameInIt) {
     EXPECT_EQ(target(b.get(), "owner"), a.get());
     early.reset();
     EXPECT_EQ(target(a.get(), "self"), nullptr) << "the object itself is gone";
-    EXPECT_EQ(countOf(a), 1u);
+    EXPECT_EQ(referencesOn(a.get()), 1u);
     a.reset();
-    EXPECT_EQ(countOf(b), 1u);
+    EXPECT_EQ(referencesOn(b.get()), 1u);
     b.reset();
-    EXPECT_EQ(countOf(part), 1u);
+    EXPECT_EQ(referencesOn(part.get()), 1u);
 }
 
 TEST(FXmlDocument, ReleasesAChainOfAnyLength) {
@@ -261,7 +257,7 @@ TEST(FXmlDocument, ReleasesAChainOfAnyLength) {
         last = retain(next);
     EXPECT_EQ(hops, length);
     read.reset();
-    EXPECT_EQ(countOf(last), 1u);
+    EXPECT_EQ(referencesOn(last.get()), 1u);
 }
 
 TEST(FXmlDocument, ReadsBackEveryText) {

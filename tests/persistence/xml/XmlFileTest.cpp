@@ -1,8 +1,8 @@
 #include "persistence/xml/XmlFile.h"
 
 #include "foundation/text/CmString.h"
-#include "persistence/SettingsFolder.h"
 #include "persistence/files/ReplaceQuestion.h"
+#include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
 #include <string>

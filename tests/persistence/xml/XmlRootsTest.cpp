@@ -5,6 +5,7 @@
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "support/FailingAllocation.h"
+#include "support/Objects.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -109,8 +110,8 @@ std::string lines(std::string text) {
     return text;
 }
 
-std::string idOf(const CmObject* object) {
-    return std::to_string(reinterpret_cast<uintptr_t>(object));
+std::string idText(const CmObject* object) {
+    return std::to_string(idOf(object));
 }
 
 /// A document over bytes that it owns.
@@ -153,15 +154,15 @@ TEST(XmlRoots, AreWrittenWithTheirDataAndObjects) {
                                     "<Doc>\n"
                                     "   <rootObjects>\n"
                                     "      <root name=\"first &amp; only\" ID=\"" +
-                                    idOf(root.get()) +
+                                    idText(root.get()) +
                                     "\"/>\n"
                                     "      <root name=\"leaf\" ID=\"" +
-                                    idOf(leaf.get()) +
+                                    idText(leaf.get()) +
                                     "\"/>\n"
                                     "      <root name=\"plain\">\n"
                                     "         <int name=\"n\" value=\"7\"/>\n"
                                     "         <obj name=\"again\" ID=\"" +
-                                    idOf(leaf.get()) +
+                                    idText(leaf.get()) +
                                     "\"/>\n"
                                     "      </root>\n"
                                     "      <root name=\"live\">\n"
@@ -170,21 +171,21 @@ TEST(XmlRoots, AreWrittenWithTheirDataAndObjects) {
                                     "   </rootObjects>\n"
                                     "\n"
                                     "   <obj class=\"XmlTestNode\" ID=\"" +
-                                    idOf(root.get()) +
+                                    idText(root.get()) +
                                     "\">\n"
                                     "      <int name=\"value\" value=\"1\"/>\n"
                                     "      <obj name=\"next\" ID=\"" +
-                                    idOf(leaf.get()) +
+                                    idText(leaf.get()) +
                                     "\"/>\n"
                                     "      <list name=\"links\" type=\"obj\">\n"
                                     "         <item value=\"" +
-                                    idOf(leaf.get()) +
+                                    idText(leaf.get()) +
                                     "\"/>\n"
                                     "      </list>\n"
                                     "   </obj>\n"
                                     "\n"
                                     "   <obj class=\"XmlTestNode\" ID=\"" +
-                                    idOf(leaf.get()) +
+                                    idText(leaf.get()) +
                                     "\">\n"
                                     "      <int name=\"value\" value=\"2\"/>\n"
                                     "   </obj>\n"

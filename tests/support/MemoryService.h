@@ -2,6 +2,7 @@
 
 #include "persistence/mounts/FVFileSystem.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "support/StreamBytes.h"
 
 #include <map>
 #include <string>
@@ -35,12 +36,8 @@ public:
         const auto found = nodes.find(path);
         if (found == nodes.end() || !found->second)
             return "nothing";
-        std::string bytes;
-        char byte = 0;
         found->second->rewind();
-        while (found->second->read(&byte, 1) == 1)
-            bytes += byte;
-        return bytes;
+        return contentOf(found->second.get());
     }
 
     VfsResult openFile(const FUrl& url, uint32_t mode, Ref<FStream>& stream) override {
@@ -134,13 +131,5 @@ struct RegisteredService {
     ConstString uri;
     Ref<MemoryService> service = make<MemoryService>();
 };
-
-inline std::string contentOf(FStream* stream) {
-    std::string bytes;
-    char byte = 0;
-    while (stream && stream->read(&byte, 1) == 1)
-        bytes += byte;
-    return stream ? bytes : "nothing";
-}
 
 } // namespace qorl

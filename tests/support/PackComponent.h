@@ -4,6 +4,7 @@
 #include "persistence/files/FFileIterator.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "support/StreamBytes.h"
 
 #include <atomic>
 #include <functional>
@@ -140,12 +141,8 @@ public:
             component_->whileMounting();
         if (component_->fails)
             return nullptr;
-        std::string text;
-        char byte = 0;
-        while (stream->read(&byte, 1) == 1)
-            text += byte;
         // A copy of a URL is empty without memory.
-        auto files = make<PackFileSystem>(stream, text);
+        auto files = make<PackFileSystem>(stream, contentOf(stream));
         return files->isWhole() ? files.detach() : nullptr;
     }
 

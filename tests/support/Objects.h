@@ -1,0 +1,20 @@
+#pragma once
+
+#include "foundation/CmObject.h"
+
+#include <cstdint>
+
+namespace qorl {
+
+/// How many references `object` has.
+inline uint32_t referencesOn(CmObject* object) {
+    object->addRef();
+    return object->release();
+}
+
+/// The number under which documents store a live object.
+inline uint64_t idOf(const CmObject* object) {
+    return reinterpret_cast<uintptr_t>(object);
+}
+
+} // namespace qorl
