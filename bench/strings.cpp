@@ -1,3 +1,4 @@
+#include "foundation/containers/CmRegularExpression.h"
 #include "foundation/text/String.h"
 #include "support/Ratio.h"
 
@@ -98,6 +99,33 @@ void joinFloor(benchmark::State& state) {
     }
 }
 QORL_RATIO(join, joinFloor, 4.0);
+
+/// What could take a lifetime: each star may end anywhere, and the text doesn't match. Beside it the least
+/// that a matcher can do which looks at each character once for each part of the pattern.
+constexpr size_t wildcardStars = 64;
+constexpr size_t wildcardText = 10'000;
+
+void matchWildcards(benchmark::State& state) {
+    std::u16string pattern;
+    for (size_t i = 0; i < wildcardStars; ++i)
+        pattern += u"*a?";
+    const CmRegularExpression expression(ConstString(pattern + u"b"));
+    const std::u16string text(wildcardText, u'a');
+    for (auto _ : state)
+        benchmark::DoNotOptimize(expression.match(ConstString(text)));
+}
+void matchWildcardsFloor(benchmark::State& state) {
+    const std::u16string text(wildcardText, u'a');
+    for (auto _ : state)
+        for (size_t i = 0; i < wildcardStars; ++i) {
+            benchmark::DoNotOptimize(text.data());
+            size_t found = 0;
+            for (const char16_t c : text)
+                found += c == u'a';
+            benchmark::DoNotOptimize(found);
+        }
+}
+QORL_RATIO(matchWildcards, matchWildcardsFloor, 100.0);
 
 void parseNumber(benchmark::State& state) {
     const String text(u"-1234567");

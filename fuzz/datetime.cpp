@@ -26,6 +26,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         String printed;
         if (!date.isValid() || !date.toText(printed, CmDate::longStyle) || printed.isEmpty())
             std::abort();
+        CmDate again;
+        if (date.getYear() >= 1000 && date.getYear() < 10'000 && (!again.fromText(printed) || again != date))
+            std::abort();
     } else if (date.isValid()) {
         std::abort(); // a failed reading changes nothing
     }
@@ -33,6 +36,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (time.fromText(view)) {
         String printed;
         if (!time.toText(printed) || printed.isEmpty())
+            std::abort();
+        CmTime again;
+        if (!again.fromText(printed) || again.getHour() != time.getHour() ||
+            again.getMinute() != time.getMinute() || again.getSecond() != time.getSecond())
             std::abort();
     }
     if (CmDate(1, text.c_str(), 2000).isValid() && text.size() < 3)

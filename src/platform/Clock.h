@@ -39,7 +39,7 @@ int64_t fromLocalTime(const CalendarTime& time);
 /// The user's time zone as a whole, whatever the date.
 struct TimeZone {
     int32_t secondsBehindUtc = 0; ///< of its standard time; negative to the east
-    bool hasDaylight = false;     ///< whether it ever has daylight saving time
+    bool hasDaylight = false;     ///< whether it has daylight saving time in this year
 };
 TimeZone getTimeZone();
 

@@ -64,6 +64,23 @@ TEST(SlotOrder, InterfacesHaveNoDestructorAmongTheirOperations) {
     EXPECT_EQ(entryOf(&IMessageObjects::removeObject), 5);
 }
 
+/// Modules that were built long ago ask by them.
+TEST(InterfaceIds, StayAsTheyArePublished) {
+    const struct {
+        const InterfaceId& id;
+        InterfaceId published;
+    } rows[] = {
+        {FUpdateRegistry::iid, InterfaceId::fromText("{F5246D56-8654-4D60-B026-AFB57B697B37}")},
+        {FUpdateQueue::iid, InterfaceId::fromText("{030B780C-D6E6-418D-8CE0-0BC209C834D4}")},
+        {IMessenger::iid, InterfaceId::fromText("{C3BB1A7E-4A00-42AB-9514-3F8E6042499D}")},
+        {IMessageAttributes::iid, InterfaceId::fromText("{9B3554AA-04E9-4449-9034-D05B61F454F0}")},
+        {IMessageAttributes::iid2, InterfaceId::fromText("{BA8586DE-FC4A-4737-9BAD-0542C8E6B953}")},
+        {IPlugMessageTarget::iid, InterfaceId::fromText("{47082185-6D5D-4217-928D-E11DB0418A03}")},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.id, row.published) << "row " << &row - rows;
+}
+
 TEST(SlotOrder, ContainersGoOnBehindObjects) {
     expectConsecutive({SLOT(CmContainer, size), SLOT(CmContainer, count), SLOT(CmContainer, isEmpty),
                        SLOT(CmContainer, add), SLOT(CmContainer, removeAtIterator), SLOT(CmContainer, remove),

@@ -1,9 +1,9 @@
 #include "graphics/cairo/CairoImage.h"
 
+#include "foundation/threads/FLock.h"
 #include "graphics/GraphicsFactory.h"
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 namespace qorl {
@@ -29,7 +29,7 @@ CairoHandle<cairo_surface_t> another(cairo_surface_t* surface) {
 } // namespace
 
 struct CairoImage::Keepers {
-    std::mutex lock;
+    FLock lock;
     int64_t pixels = 0;
     CairoImage* newest = nullptr;
     CairoImage* oldest = nullptr;
@@ -39,7 +39,7 @@ struct CairoImage::Keepers {
     void limit();
 };
 
-constinit CairoImage::Keepers CairoImage::keepers_;
+CairoImage::Keepers CairoImage::keepers_;
 
 CairoImage::CairoImage(CairoHandle<cairo_surface_t> surface, Ref<CairoImage> parent)
     : parent_(std::move(parent)),
@@ -142,12 +142,12 @@ void CairoImage::Keepers::limit() {
 }
 
 int64_t CairoImage::keptPixels() {
-    const std::lock_guard guard(keepers_.lock);
+    const FGuard guard(keepers_.lock);
     return keepers_.pixels;
 }
 
 CairoImage::~CairoImage() {
-    const std::lock_guard guard(keepers_.lock);
+    const FGuard guard(keepers_.lock);
     stretched_.clear();
     keepers_.update(*this);
 }
@@ -175,14 +175,14 @@ void CairoImage::keepStretched(Stretched copy) {
 
 CairoHandle<cairo_surface_t> CairoImage::stretched(const CmRect& part, CmSize size, Interpolation kind) {
     {
-        const std::lock_guard guard(keepers_.lock);
+        const FGuard guard(keepers_.lock);
         if (CairoHandle<cairo_surface_t> found = findStretched(part, size, kind))
             return found;
     }
     const Ref<CairoImage> copy = stretch(part, size, kind);
     if (!copy)
         return nullptr;
-    const std::lock_guard guard(keepers_.lock);
+    const FGuard guard(keepers_.lock);
     keepStretched({part, size, kind, *generation_, another(copy->surface())});
     return another(copy->surface());
 }

@@ -70,7 +70,7 @@ private:
     CairoImage* earlier_ = nullptr; ///< Among the keepers.
     CairoImage* later_ = nullptr;
 
-    static constinit Keepers keepers_;
+    static Keepers keepers_;
 };
 
 } // namespace qorl

@@ -1,6 +1,7 @@
 #include "platform/Clock.h"
 
 #include <ctime>
+#include <initializer_list>
 
 namespace qorl::platform {
 
@@ -72,7 +73,16 @@ int64_t fromLocalTime(const CalendarTime& time) {
 
 TimeZone getTimeZone() {
     tzset();
-    return {static_cast<int32_t>(timezone), daylight != 0};
+    const auto behindUtc = static_cast<int32_t>(timezone);
+    // The `daylight` of the system is also set for a zone that gave it up long ago.
+    CalendarTime month = toLocalTime(getWallClockMilliseconds());
+    month.day = 15;
+    bool hasDaylight = false;
+    for (const int32_t number : {1, 7}) {
+        month.month = number;
+        hasDaylight |= toLocalTime(fromLocalTime(month)).isDaylightSaving;
+    }
+    return {behindUtc, hasDaylight};
 }
 
 } // namespace qorl::platform

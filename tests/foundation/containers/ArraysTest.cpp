@@ -5,6 +5,8 @@
 namespace qorl {
 namespace {
 
+using ArrayKinds = ::testing::Types<CmArray, CmOrderedArray>;
+
 TEST(CmArray, GrowsByItsRule) {
     const Ref<NumberedObject> item = make<NumberedObject>();
     struct Case {
@@ -41,20 +43,39 @@ TEST(CmArray, RefusesWhatItCannotGrowFor) {
     }
 }
 
-TEST(CmArray, ReleasesWhatNoLongerFits) {
-    const Ref<NumberedObject> items[] = {make<NumberedObject>(0), make<NumberedObject>(1),
-                                         make<NumberedObject>(2)};
-    CmArray array(3, 1, Ownership::share);
-    for (const auto& item : items)
-        array.add(item.get());
-    EXPECT_TRUE(array.setCapacity(1));
-    EXPECT_EQ(array.count(), 1);
-    EXPECT_EQ(array.size(), 1);
-    EXPECT_EQ(referencesOn(items[0].get()), 2u);
-    EXPECT_EQ(referencesOn(items[1].get()), 1u);
-    EXPECT_EQ(referencesOn(items[2].get()), 1u);
-    EXPECT_TRUE(array.setCapacity(-7));
-    EXPECT_TRUE(array.isEmpty());
+template <typename Array>
+class Arrays : public ::testing::Test {};
+TYPED_TEST_SUITE(Arrays, ArrayKinds);
+
+TYPED_TEST(Arrays, ReleaseWhatNoLongerFits) {
+    struct Row {
+        Ownership ownership;
+        uint32_t whileIn, afterwards; ///< references
+    };
+    for (const Row& row :
+         {Row{Ownership::none, 2, 2}, Row{Ownership::adopt, 2, 1}, Row{Ownership::share, 3, 2}}) {
+        SCOPED_TRACE(static_cast<int>(row.ownership));
+        const Ref<NumberedObject> items[] = {make<NumberedObject>(0), make<NumberedObject>(1),
+                                             make<NumberedObject>(2)};
+        TypeParam array(3, 1, row.ownership);
+        for (const auto& item : items) {
+            item->addRef();
+            array.add(item.get());
+        }
+        const auto expectReferences = [&](int32_t kept) {
+            EXPECT_EQ(array.count(), kept);
+            for (const auto& item : items)
+                EXPECT_EQ(referencesOn(item.get()), item->value < kept ? row.whileIn : row.afterwards);
+        };
+        EXPECT_TRUE(array.setCapacity(1));
+        EXPECT_EQ(array.size(), 1);
+        expectReferences(1);
+        EXPECT_TRUE(array.setCapacity(-7));
+        expectReferences(0);
+        for (const auto& item : items)
+            if (row.afterwards == 2)
+                item->release();
+    }
 }
 
 TEST(CmArray, KeepsTheOrderOfArrival) {

@@ -19,6 +19,7 @@ using All = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmS
                              CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree, CmBTreeDictionary,
                              CmHashTable, CmHashDictionary>;
 TYPED_TEST_SUITE(ContainerStreams, All);
+using ArrayKinds = ::testing::Types<CmArray, CmOrderedArray>;
 
 TYPED_TEST(ContainerStreams, BringEverythingBack) {
     const int32_t before = Number::alive;
@@ -83,15 +84,19 @@ struct Field {
     int32_t kept;
 };
 
-TEST(CmArrayStream, TakesAnyGrowthWithoutTrustingIt) {
+template <typename Array>
+class ArrayStreams : public ::testing::Test {};
+TYPED_TEST_SUITE(ArrayStreams, ArrayKinds);
+
+TYPED_TEST(ArrayStreams, TakeAnyGrowthWithoutTrustingIt) {
     // What is written, and what an array with that growth is after it is read.
     for (const Field& growth : {Field{0, 0}, Field{1, 1}, Field{-1, 10}, Field{-77, 10},
                                 Field{INT32_MAX, INT32_MAX}, Field{1'000'000, 1'000'000}}) {
         SCOPED_TRACE(growth.stored);
-        CmArray array(40, growth.stored, Ownership::adopt);
+        TypeParam array(40, growth.stored, Ownership::adopt);
         for (int32_t i = 0; i < 33; ++i)
             ASSERT_TRUE(array.add(new NumberedObject(i)));
-        CmArray back;
+        TypeParam back;
         ASSERT_TRUE(read(back, written(array)));
         EXPECT_EQ(numbersOf(back), numbersOf(array));
         EXPECT_EQ(back.getGrowth(), growth.kept);
@@ -99,7 +104,7 @@ TEST(CmArrayStream, TakesAnyGrowthWithoutTrustingIt) {
 
         const Ref<FAttributes> attributes = make<FAttributes>();
         ASSERT_TRUE(array.storeAttributes(attributes.get()));
-        CmArray restored(0, growth.stored);
+        TypeParam restored(0, growth.stored);
         ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
         EXPECT_EQ(numbersOf(restored), numbersOf(array));
         EXPECT_EQ(restored.getGrowth(), growth.stored);
@@ -107,14 +112,14 @@ TEST(CmArrayStream, TakesAnyGrowthWithoutTrustingIt) {
     }
 }
 
-TEST(CmArrayStream, TakesNoMemoryByAStoredGrowthThatIsOutOfProportion) {
-    CmArray array(1, INT32_MAX, Ownership::adopt);
+TYPED_TEST(ArrayStreams, TakeNoMemoryByAStoredGrowthThatIsOutOfProportion) {
+    TypeParam array(1, INT32_MAX, Ownership::adopt);
     array.add(new NumberedObject(0));
     const std::string bytes = written(array);
-    CmArray back;
+    TypeParam back;
     ASSERT_TRUE(read(back, bytes));
     const auto copy = Ref<CmObject>::adopt(back.clone());
-    for (CmArray* each : {&back, static_cast<CmArray*>(copy.get())}) {
+    for (TypeParam* each : {&back, static_cast<TypeParam*>(copy.get())}) {
         const int32_t size = each->size();
         while (each->count() < size)
             ASSERT_TRUE(each->add(new NumberedObject(1)));

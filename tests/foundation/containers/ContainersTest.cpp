@@ -7,7 +7,8 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
-#include <set>
+#include <utility>
+#include <vector>
 
 namespace qorl {
 
@@ -197,19 +198,39 @@ TYPED_TEST(Containers, RefuseTheIteratorOfAnotherOne) {
     other.removeAll();
 }
 
-TYPED_TEST(Containers, TakeNewElementsBetweenTwoWalks) {
+/// So many that nodes split and tables are built anew. The iterator stands inside meanwhile, and is in order
+/// from its next step on that names a place.
+TYPED_TEST(Containers, TakeNewElementsUnderAnIterator) {
     this->fill(10);
+    std::vector<Ref<CmObject>> late;
+    for (int32_t number = -50; number < 0; ++number)
+        late.push_back(makeElement<TypeParam>(number));
+    using Step = void (*)(CmIterator&, CmObject*);
+    const Step steps[] = {[](CmIterator& it, CmObject*) { it.first(); },
+                          [](CmIterator& it, CmObject*) { it.last(); },
+                          [](CmIterator& it, CmObject* object) { it.seek(object); }};
     const std::unique_ptr<CmIterator> it(this->container.newIterator());
-    it->last();
-    const Ref<CmObject> late = makeElement<TypeParam>(100);
-    const Ref<CmObject> early = makeElement<TypeParam>(-1);
-    ASSERT_TRUE(this->container.add(late.get()) && this->container.add(early.get()));
-    std::set<CmObject*> seen;
-    for (it->first(); !it->done();)
-        seen.insert(it->next());
-    EXPECT_EQ(seen.size(), 12u);
-    EXPECT_TRUE(seen.contains(late.get()) && seen.contains(early.get()));
-    this->container.removeAll();
+    for (const Step& step : steps) {
+        SCOPED_TRACE(&step - steps);
+        it->first();
+        it->forward(5);
+        for (const auto& element : late)
+            ASSERT_TRUE(this->container.add(element.get()));
+        const Numbers all = numbersOf(this->container);
+        EXPECT_EQ(all.size(), 60u);
+        CmObject* place = this->container.at(30);
+        step(*it, place);
+        const CmObject* expected = &step == &steps[0]   ? this->container.at(0)
+                                   : &step == &steps[1] ? this->container.at(59)
+                                                        : place;
+        EXPECT_EQ(it->current(), expected);
+        Numbers backwards;
+        for (it->last(); !it->done();)
+            backwards.push_back(Number::of(it->previous()));
+        EXPECT_EQ(backwards, Numbers(all.rbegin(), all.rend()));
+        for (const auto& element : late)
+            ASSERT_TRUE(this->container.remove(element.get()));
+    }
 }
 
 TYPED_TEST(Containers, CountReferencesByTheirOwnership) {
@@ -255,15 +276,28 @@ TYPED_TEST(Containers, CountReferencesByTheirOwnership) {
 }
 
 TYPED_TEST(Containers, ReleaseWhatTheyOwnWhenTheyGo) {
-    const int32_t before = Number::alive;
-    {
-        TypeParam container;
-        container.setOwnership(Ownership::adopt);
-        for (int32_t i = 0; i < 60; ++i)
-            ASSERT_TRUE(container.add(makeElement<TypeParam>(i).detach()));
-        EXPECT_EQ(Number::alive, before + 60);
+    for (const Ownership ownership : {Ownership::none, Ownership::adopt, Ownership::share}) {
+        SCOPED_TRACE(static_cast<int>(ownership));
+        const int32_t before = Number::alive;
+        std::vector<Ref<CmObject>> kept;
+        {
+            TypeParam container;
+            container.setOwnership(ownership);
+            for (int32_t i = 0; i < 60; ++i) {
+                Ref<CmObject> element = makeElement<TypeParam>(i);
+                ASSERT_TRUE(container.add(element.get()));
+                if (ownership == Ownership::adopt)
+                    static_cast<void>(element.detach());
+                else
+                    kept.push_back(std::move(element));
+            }
+            EXPECT_EQ(Number::alive, before + 60);
+        }
+        for (const auto& element : kept)
+            ASSERT_EQ(referencesOn(element.get()), 1u);
+        kept.clear();
+        EXPECT_EQ(Number::alive, before);
     }
-    EXPECT_EQ(Number::alive, before);
 }
 
 TYPED_TEST(Containers, AreInOrderWhenAnElementGoes) {

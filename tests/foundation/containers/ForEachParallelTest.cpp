@@ -1,4 +1,6 @@
 #include "foundation/containers/Elements.h"
+#include "foundation/threads/FThread.h"
+#include "platform/System.h"
 #include "platform/Threads.h"
 
 #include <algorithm>
@@ -7,6 +9,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace qorl {
 namespace {
@@ -55,18 +58,46 @@ protected:
     Container container;
 };
 
-using Kinds = ::testing::Types<CmArray, CmLinkedList, CmIDLinkedList, CmBTree, CmHashTable>;
+using Kinds = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmStack, CmDLinkedList,
+                               CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree, CmBTreeDictionary,
+                               CmHashTable, CmHashDictionary>;
 TYPED_TEST_SUITE(ForEachParallel, Kinds);
+
+/// What became of the threads beside the calling one.
+class Observer : public ThreadObserver {
+public:
+    Observer() { setThreadObserver(this); }
+    ~Observer() { setThreadObserver(nullptr); }
+    void threadCreated(FThread* thread) override {
+        ++created;
+        EXPECT_EQ(thread->getName(), "ConcurrencyIteratorThread");
+    }
+    void threadDestroyed(FThread* thread) override {
+        ++destroyed;
+        EXPECT_TRUE(thread->join(0)) << "it still runs";
+    }
+    int32_t created = 0;
+    int32_t destroyed = 0;
+};
 
 TYPED_TEST(ForEachParallel, VisitsEachElementOnce) {
     const Numbers all = numbersOf(this->container);
-    for (const int32_t threads : {0, 1, 2, 4, 7, 103}) {
-        SCOPED_TRACE(threads);
+    const int32_t processors = std::min(platform::getProcessorCount(), 103);
+    for (const auto& [asked, threads] : {std::pair{INT32_MIN, processors},
+                                         {-1, processors},
+                                         {0, processors},
+                                         {1, 1},
+                                         {2, 2},
+                                         {7, 7},
+                                         {103, 103}}) {
+        SCOPED_TRACE(asked);
+        const Observer observer;
         Collector collector;
-        EXPECT_TRUE(this->container.forEachParallel(collector, threads, 1));
+        EXPECT_TRUE(this->container.forEachParallel(collector, asked, 1));
         Numbers seen = collector.numbers();
         EXPECT_TRUE(std::is_permutation(seen.begin(), seen.end(), all.begin(), all.end()));
-        EXPECT_LE(collector.threads(), threads == 0 ? 103u : static_cast<size_t>(threads));
+        EXPECT_EQ(observer.created, threads - 1);
+        EXPECT_EQ(observer.destroyed, threads - 1);
     }
 }
 
@@ -98,34 +129,80 @@ TYPED_TEST(ForEachParallel, EndsInOrderOnOneThread) {
     EXPECT_EQ(stopping.numbers(), Numbers(all.begin(), all.begin() + 41));
 }
 
-/// The first element of each share waits until all shares are under way; one of them then stops them all.
+enum class Where { here, elsewhere };
+
+/// Tells of the first `done` that a thread asks behind the visit with which it stops: the others must have
+/// been told by then.
+class WatchedIterator : public CmIterator {
+public:
+    WatchedIterator(const CmArray& array, platform::Event& told) : walk_(array), told_(told) {}
+    bool done() const override {
+        if (stopsHere)
+            told_.set();
+        return walk_.done();
+    }
+    CmObject* next() override { return walk_.next(); }
+    CmObject* previous() override { return walk_.previous(); }
+    CmObject* current() const override { return walk_.current(); }
+    void first() override { walk_.first(); }
+    void last() override { walk_.last(); }
+    static inline thread_local bool stopsHere = false;
+
+private:
+    CmArrayIterator walk_;
+    platform::Event& told_;
+};
+
+class WatchedArray : public CmArray {
+public:
+    using CmArray::CmArray;
+    CmIterator* newIterator() const override { return new WatchedIterator(*this, told); }
+    mutable platform::Event told{platform::Reset::manual};
+};
+
+/// One thread stops at its first element, when all are under way; the others stay in theirs until it has
+/// left.
 class StopsAmongAll : public CmVisitor {
 public:
-    explicit StopsAmongAll(int32_t threads) : left_(threads) {}
+    StopsAmongAll(Where where, int32_t threads, platform::Event& told)
+        : where_(where), left_(threads), told_(told) {}
     bool visit(CmObject*) override {
-        const int32_t order = visits++;
+        ++visits;
         if (--left_ == 0)
             underWay_.set();
         underWay_.wait();
-        return order != 1;
+        const bool isHere = std::this_thread::get_id() == caller_;
+        if (isHere == (where_ == Where::here) && !isStopping_.exchange(true)) {
+            WatchedIterator::stopsHere = true;
+            return false;
+        }
+        told_.wait(2000); // a walk that looks no more has gone long before
+        return true;
     }
     std::atomic<int32_t> visits{0};
 
 private:
+    Where where_;
+    std::thread::id caller_ = std::this_thread::get_id();
     std::atomic<int32_t> left_;
+    std::atomic<bool> isStopping_{false};
     platform::Event underWay_{platform::Reset::manual};
+    platform::Event& told_;
 };
 
-TYPED_TEST(ForEachParallel, EndsAllThreadsAtTheirNextElement) {
-    constexpr int32_t threads = 4;
-    StopsAmongAll visitor(threads);
-    EXPECT_FALSE(this->container.forEachParallel(visitor, threads, 1));
-    // The visit that stops may end last, while the others go on to the end of their shares.
-    EXPECT_GE(visitor.visits, threads);
-    EXPECT_LT(visitor.visits, 103);
+TEST(ForEachParallelShares, EndAllAtTheirNextElement) {
+    for (const Where where : {Where::elsewhere, Where::here}) {
+        SCOPED_TRACE(where == Where::here ? "stopped by the caller" : "stopped by another thread");
+        WatchedArray array(0, CmArray::doubling, Ownership::adopt);
+        for (int32_t i = 0; i < 103; ++i)
+            array.add(new NumberedObject(i));
+        constexpr int32_t threads = 4;
+        StopsAmongAll visitor(where, threads, array.told);
+        EXPECT_FALSE(array.forEachParallel(visitor, threads, 1));
+        EXPECT_EQ(visitor.visits, threads);
+        WatchedIterator::stopsHere = false;
+    }
 }
-
-enum class Where { here, elsewhere };
 
 /// Throws on the calling thread, or on all others, once all are under way, and lets the rest go on.
 class Throws : public CmVisitor {

@@ -141,6 +141,11 @@ TEST(FMessage, IsItsNameAndTheBodyOfItsAttributesInAStream) {
     EXPECT_EQ(read.getInt("x"), 7);
     EXPECT_EQ(read.getString("unit").toUtf8(), "mm");
     EXPECT_FALSE(read.contains("forgotten"));
+    for (size_t length = 0; length < bytes.size(); ++length) {
+        FMemoryStream cut(std::string_view(bytes).substr(0, length));
+        StreamOnly reader = StreamOnly::reader(cut);
+        EXPECT_FALSE(FMessage("Old").readFrom(&reader)) << "cut behind byte " << length;
+    }
 }
 
 } // namespace

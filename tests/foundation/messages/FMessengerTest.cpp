@@ -1,11 +1,11 @@
 #include "foundation/messages/FMessenger.h"
 
 #include "foundation/messages/FMessage.h"
+#include "foundation/threads/FLock.h"
 #include "support/FailingAllocation.h"
 
 #include <qorl/IPlugMessageTarget.h>
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
@@ -170,39 +170,84 @@ TEST_F(FMessengerTest, ReachesTargetsOfOtherModules) {
     EXPECT_EQ(deliver(), Log{}) << "a target that is neither is skipped";
 }
 
-/// Takes its own messages back again and again, while eight threads post to it.
-TEST_F(FMessengerTest, TargetsCancelThemselvesWhileAllThreadsPost) {
-    constexpr size_t threadCount = 8;
-    constexpr size_t perThread = 500;
-    size_t sinceCancel = 0;
-    a.reaction = [&] {
-        if (++sinceCancel < 3)
-            return;
-        sinceCancel = 0;
-        messenger.cancelAll(&a);
-    };
-    std::atomic<size_t> finished{0};
-    std::vector<std::thread> threads;
-    for (size_t t = 0; t < threadCount; ++t)
-        threads.emplace_back([&] {
-            for (size_t i = 0; i < perThread; ++i) {
-                messenger.post(&a, "Tick");
-                messenger.post(&b, "Tock", FMessenger::Duplicates::allow, static_cast<uint32_t>(i % 3));
-                if (i % 10 == 0)
-                    messenger.cancel(&a, FMessage::named("Other").get());
-            }
-            ++finished;
-        });
-    while (finished < threadCount)
-        messenger.deliverPending();
-    for (std::thread& thread : threads)
-        thread.join();
-    while (messenger.hasPending())
-        messenger.deliverPending();
-    const auto heard = static_cast<size_t>(std::count(log.begin(), log.end(), "b:Tock"));
-    EXPECT_EQ(heard, threadCount * perThread) << "nothing of another target is lost";
-    EXPECT_LE(log.size() - heard, threadCount * perThread);
-    EXPECT_GE(log.size() - heard, 3u);
+/// Hears numbered messages from many threads, and takes them back now and then.
+struct Canceling : CmObject {
+    Canceling(FMessenger& home, uint32_t period) : messenger(home), cancelPeriod(period) {}
+    int32_t handleMessage(FMessage* message) override {
+        const int64_t number = message->getInt("Number");
+        hearing = number;
+        faults += number <= cancelledUpTo;
+        if (++heard % cancelPeriod == 0)
+            takeBack();
+        hearing = 0;
+        return handled;
+    }
+    void post() {
+        const Ref<FMessage> message = make<FMessage>("Tick");
+        const FGuard guard(lock);
+        message->setInt("Number", ++lastPosted);
+        messenger.post(this, message);
+    }
+    /// The number of the last message that can't be heard any more.
+    int64_t takeBack() {
+        int64_t last = 0;
+        {
+            const FGuard guard(lock);
+            last = lastPosted;
+        }
+        messenger.cancelAll(this);
+        int64_t old = cancelledUpTo;
+        while (old < last && !cancelledUpTo.compare_exchange_weak(old, last)) {}
+        return last;
+    }
+    void takeBackFromOutside() {
+        const int64_t last = takeBack();
+        const int64_t number = hearing;
+        faults += number != 0 && number <= last;
+    }
+
+    FMessenger& messenger;
+    uint32_t cancelPeriod;
+    FLock lock; ///< Held over a number and its post.
+    int64_t lastPosted = 0;
+    std::atomic<int64_t> cancelledUpTo{0};
+    std::atomic<int64_t> hearing{0};
+    std::atomic<uint32_t> faults{0};
+    uint32_t heard = 0; ///< By the delivering thread alone.
+};
+
+TEST_F(FMessengerTest, NothingTakenBackIsHeardWhileAllThreadsPost) {
+    constexpr uint32_t threadCount = 8;
+    constexpr uint32_t perThread = 300;
+    constexpr uint32_t never = threadCount * perThread + 1;
+    for (const bool fromOutside : {false, true}) {
+        SCOPED_TRACE(fromOutside ? "taken back by a posting thread" : "taken back in the delivery");
+        Canceling targets[] = {
+            {messenger, fromOutside ? never : 3}, {messenger, fromOutside ? never : 7}, {messenger, never}};
+        Canceling& steady = targets[2];
+        std::atomic<uint32_t> finished{0};
+        std::vector<std::thread> threads;
+        for (uint32_t t = 0; t < threadCount; ++t)
+            threads.emplace_back([&] {
+                for (uint32_t i = 1; i <= perThread; ++i) {
+                    for (Canceling& target : targets)
+                        target.post();
+                    if (fromOutside && i % 10 == 0)
+                        targets[i / 10 % 2].takeBackFromOutside();
+                    if (i % 10 == 5)
+                        messenger.cancel(&steady, FMessage::named("Other").get());
+                }
+                ++finished;
+            });
+        while (finished < threadCount || messenger.hasPending())
+            messenger.deliverPending();
+        for (std::thread& thread : threads)
+            thread.join();
+        for (const Canceling& target : targets)
+            EXPECT_EQ(target.faults, 0u);
+        EXPECT_EQ(steady.heard, threadCount * perThread) << "nothing of another target is lost";
+        EXPECT_GT(targets[0].cancelledUpTo, 0);
+    }
 }
 
 struct Canceller : CmObject {

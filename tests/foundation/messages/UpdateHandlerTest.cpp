@@ -1,7 +1,6 @@
-#include "foundation/messages/UpdateHandler.h"
+#include "UpdateHandlerTest.h"
 
 #include "foundation/CmDelegatingUnknown.h"
-#include "foundation/Listener.h"
 #include "foundation/messages/EventLoop.h"
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/RootIdentity.h"
@@ -9,40 +8,67 @@
 
 #include <qorl/Ref.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <thread>
+#include <utility>
 
 namespace qorl {
 namespace {
 
 using testing::Listener;
-using Log = std::vector<std::string>;
+using testing::UpdateHandlerTest;
+using Log = UpdateHandlerTest::Log;
 
-class UpdateHandlerTest : public ::testing::Test {
-protected:
-    void connect(Listener& listener) { subject.addDependent(&listener); }
-    void runDeferred() { UpdateHandler::instance()->triggerDeferredUpdates(nullptr); }
-    Log take() { return std::exchange(log, {}); }
+/// In a process of its own, where nobody has asked for the handler yet.
+TEST(UpdateHandler, IsWhatObjectsForwardToFromItsFirstUseOn) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto isAsPromised = [] {
+        Log log;
+        Listener subject("subject", log);
+        Listener early("early", log);
+        Listener late("late", log);
+        subject.addDependent(&early);
+        subject.removeDependent(&late);
+        subject.changed(5);
+        subject.deferUpdate(6);
+        for (const auto change : {&FObject::changed, &FObject::deferUpdate})
+            (subject.*change)(FDependent::objectDestroyed);
+        const bool hadNone = !FUpdateRegistry::current();
+        UpdateHandler* handler = UpdateHandler::instance();
+        subject.addDependent(&late);
+        subject.changed(7);
+        subject.removeDependent(&late);
+        return hadNone && handler && FUpdateRegistry::current() == handler &&
+               log == Log{"subject done:5", "subject done:6", "late:7", "subject done:7"};
+    };
+    EXPECT_EXIT(std::_Exit(isAsPromised() ? 42 : 43), ::testing::ExitedWithCode(42), "");
+}
 
-    void SetUp() override { ASSERT_NE(UpdateHandler::instance(), nullptr); }
-    void TearDown() override {
-        for (Listener* object : {&subject, &other, &a, &b, &c}) {
-            object->removeDependent(nullptr);
-            UpdateHandler::instance()->removeDependent(nullptr, object);
-        }
+TEST_F(UpdateHandlerTest, IsUsedByModulesThroughItsTwoFaces) {
+    Ref<FUpdateRegistry> registry;
+    Ref<FUpdateQueue> queue;
+    ASSERT_EQ(UpdateHandler::instance()->queryInterface(FUpdateRegistry::iid, registry.out()), Result::ok);
+    ASSERT_EQ(registry->queryInterface(FUpdateQueue::iid, queue.out()), Result::ok);
+    FInterface* face = static_cast<FDependent*>(&subject);
+    EXPECT_EQ(registry->addDependent(face, &a), 0);
+    EXPECT_EQ(registry->triggerUpdates(face, 3), 0);
+    EXPECT_EQ(take(), (Log{"a:3", "subject done:3"}));
+    for (const int32_t message : {4, 5}) {
+        EXPECT_EQ(registry->deferUpdates(face, message), 0);
+        EXPECT_EQ(message == 4 ? queue->triggerDeferredUpdates(face) : queue->cancelUpdates(face), 0);
     }
-
-    Log log;
-    Listener subject{"subject", log};
-    Listener other{"other", log};
-    Listener a{"a", log};
-    Listener b{"b", log};
-    Listener c{"c", log};
-};
+    queue->triggerDeferredUpdates(nullptr);
+    EXPECT_EQ(take(), (Log{"a:4", "subject done:4"}));
+    EXPECT_EQ(registry->removeDependent(face, &a), 0);
+    EXPECT_EQ(registry->triggerUpdates(face, 3), 1);
+    EXPECT_EQ(take(), Log{"subject done:3"});
+}
 
 TEST_F(UpdateHandlerTest, TellsDependentsInOrderAndThenIsDone) {
     connect(a);
@@ -97,38 +123,47 @@ TEST_F(UpdateHandlerTest, SkipsWhoIsRemovedDuringTheNotification) {
          {"a:1", "b:1"},
          {"a:1", "b:1", "c:1"}},
     };
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.what);
-        for (Listener* listener : {&a, &b, &c})
-            connect(*listener);
-        other.addDependent(&c);
-        b.reaction = row.remove;
-        handler->triggerUpdates(&subject, 1, UpdateDone::suppress);
-        EXPECT_EQ(take(), row.expected);
-        b.reaction = nullptr;
-        handler->triggerUpdates(&subject, 1, UpdateDone::suppress);
-        EXPECT_EQ(take(), row.afterwards);
-        subject.removeDependent(nullptr);
-        other.removeDependent(nullptr);
-    }
+    for (const Neighbours& neighbours : allNeighbours)
+        for (const Case& row : cases) {
+            SCOPED_TRACE(::testing::Message() << row.what << ", " << neighbours.before << " in front, "
+                                              << neighbours.behind << " behind");
+            connectAll(neighbours);
+            other.addDependent(&c);
+            b.reaction = row.remove;
+            handler->triggerUpdates(&subject, 1, UpdateDone::suppress);
+            EXPECT_EQ(take(), row.expected);
+            EXPECT_EQ(std::exchange(bystander.heard, 0), neighbours.before + neighbours.behind);
+            b.reaction = nullptr;
+            handler->triggerUpdates(&subject, 1, UpdateDone::suppress);
+            EXPECT_EQ(take(), row.afterwards);
+            EXPECT_EQ(std::exchange(bystander.heard, 0),
+                      row.afterwards.empty() ? 0 : neighbours.before + neighbours.behind);
+            subject.removeDependent(nullptr);
+            other.removeDependent(nullptr);
+        }
 }
 
 TEST_F(UpdateHandlerTest, ARemovalReachesAllNotificationsThatAreNested) {
-    for (Listener* listener : {&a, &b, &c})
-        connect(*listener);
-    other.addDependent(&a);
-    other.addDependent(&c);
-    int depth = 0;
-    a.reaction = [&] {
-        switch (depth++) {
-        case 0: return subject.changed(5);
-        case 1: return other.changed(7);
-        default: UpdateHandler::instance()->removeDependent(nullptr, &c);
-        }
-    };
-    subject.changed(1);
-    EXPECT_EQ(take(),
-              (Log{"a:1", "a:5", "a:7", "other done:7", "b:5", "subject done:5", "b:1", "subject done:1"}));
+    for (const Neighbours& neighbours : allNeighbours) {
+        SCOPED_TRACE(::testing::Message() << neighbours.before << " in front, " << neighbours.behind);
+        connectAll(neighbours);
+        other.addDependent(&a);
+        other.addDependent(&c);
+        int depth = 0;
+        a.reaction = [&] {
+            switch (depth++) {
+            case 0: return subject.changed(5);
+            case 1: return other.changed(7);
+            default: UpdateHandler::instance()->removeDependent(nullptr, &c);
+            }
+        };
+        subject.changed(1);
+        EXPECT_EQ(take(), (Log{"a:1", "a:5", "a:7", "other done:7", "b:5", "subject done:5", "b:1",
+                               "subject done:1"}));
+        EXPECT_EQ(std::exchange(bystander.heard, 0), 2 * (neighbours.before + neighbours.behind));
+        subject.removeDependent(nullptr);
+        other.removeDependent(nullptr);
+    }
 }
 
 TEST_F(UpdateHandlerTest, WhoIsAddedDuringTheNotificationHearsTheNextOne) {
@@ -141,105 +176,6 @@ TEST_F(UpdateHandlerTest, WhoIsAddedDuringTheNotificationHearsTheNextOne) {
     EXPECT_EQ(take(), (Log{"a:1", "subject done:1"}));
     subject.changed();
     EXPECT_EQ(take(), (Log{"a:1", "b:1", "subject done:1"}));
-}
-
-TEST_F(UpdateHandlerTest, CollapsesDeferredChangesAndKeepsTheirOrder) {
-    connect(a);
-    subject.deferUpdate(1);
-    subject.deferUpdate(5);
-    for (int i = 0; i < 1000; ++i)
-        subject.deferUpdate(1);
-    EXPECT_EQ(take(), Log{});
-    EXPECT_TRUE(UpdateHandler::instance()->hasDeliverable());
-    runDeferred();
-    EXPECT_EQ(take(), (Log{"a:1", "subject done:1", "a:5", "subject done:5"}));
-    runDeferred();
-    EXPECT_EQ(take(), Log{});
-}
-
-TEST_F(UpdateHandlerTest, DefersNothingThatNobodyHears) {
-    subject.deferUpdate(4);
-    EXPECT_EQ(take(), (Log{"subject done:4"})) << "at once";
-    connect(a);
-    subject.deferUpdate(4);
-    subject.removeDependent(&a);
-    connect(a);
-    runDeferred();
-    EXPECT_EQ(take(), Log{}) << "the last dependent takes the queued change with it";
-}
-
-TEST_F(UpdateHandlerTest, WhoLeavesEverywhereTakesTheChangesThatNobodyElseHears) {
-    const EventLoop loop;
-    connect(a);
-    connect(b);
-    other.addDependent(&a);
-    c.deferUpdate(2);
-    for (Listener* object : {&subject, &other})
-        object->deferUpdate(7);
-    UpdateHandler::instance()->removeDependent(nullptr, &a);
-    other.deferUpdate(7);
-    EXPECT_EQ(take(), Log{"other done:7"}) << "nobody is left to hear it, so it is done at once";
-    c.addDependent(&b);
-    runDeferred();
-    EXPECT_EQ(take(), (Log{"b:2", "b:7", "subject done:7"}));
-}
-
-TEST_F(UpdateHandlerTest, NoObjectIsNoChangeThatWaitsAlready) {
-    const EventLoop loop;
-    connect(a);
-    subject.deferUpdate(0);
-    runDeferred();
-    take();
-    // What the GUI thread remembers of its newest change is the number now, and no object.
-    EXPECT_EQ(UpdateHandler::instance()->deferUpdates(static_cast<FObject*>(nullptr), 0), 1);
-}
-
-TEST_F(UpdateHandlerTest, HoldsBackTheChangeOfAnObjectThatIsBeingNotified) {
-    connect(a);
-    b.addDependent(&a);
-    int depth = 0;
-    a.reaction = [&] {
-        if (depth++ > 0)
-            return;
-        subject.deferUpdate(7);
-        b.deferUpdate(8);
-        EXPECT_TRUE(UpdateHandler::instance()->hasDeliverable());
-        runDeferred();
-        EXPECT_FALSE(UpdateHandler::instance()->hasDeliverable()) << "a loop that waits for this would spin";
-    };
-    subject.changed(1);
-    EXPECT_EQ(take(), (Log{"a:1", "a:8", "b done:8", "subject done:1"}));
-    runDeferred();
-    EXPECT_EQ(take(), (Log{"a:7", "subject done:7"}));
-}
-
-TEST_F(UpdateHandlerTest, AnObjectThatLeavesWhileHeldBackIsForgotten) {
-    auto gone = std::make_unique<Listener>("gone", log);
-    gone->addDependent(&a);
-    connect(b);
-    a.reaction = [&] {
-        gone->deferUpdate(9);
-        subject.deferUpdate(3);
-        runDeferred();
-    };
-    b.reaction = [&] { gone->removeDependent(&a); };
-    gone->changed(1);
-    EXPECT_EQ(take(), (Log{"a:1", "b:3", "subject done:3", "gone done:1"}));
-    gone.reset();
-    runDeferred();
-    EXPECT_EQ(take(), Log{});
-}
-
-TEST_F(UpdateHandlerTest, DeliversTheChangesOfOneObjectAlone) {
-    connect(a);
-    b.addDependent(&a);
-    subject.deferUpdate(1);
-    b.deferUpdate(3);
-    UpdateHandler::instance()->triggerDeferredUpdates(&b);
-    EXPECT_EQ(take(), (Log{"a:3", "b done:3"}));
-    UpdateHandler::instance()->cancelUpdates(&subject);
-    runDeferred();
-    EXPECT_EQ(take(), Log{});
 }
 
 struct Going : Listener {
@@ -324,70 +260,6 @@ TEST_F(UpdateHandlerTest, AnExceptionOfADependentLeavesNothingBehind) {
     EXPECT_EQ(take(), (Log{"a:7", "subject done:7"})) << "what was held back waits again";
 }
 
-TEST_F(UpdateHandlerTest, AChangeThatIsHeldBackStillCollapsesAndCanBeCancelled) {
-    connect(a);
-    other.addDependent(&b);
-    a.reaction = [&] { runDeferred(); };
-    for (const bool isCancelled : {false, true}) {
-        subject.deferUpdate(7);
-        other.deferUpdate(8);
-        b.reaction = [&] {
-            if (isCancelled)
-                UpdateHandler::instance()->cancelUpdates(&subject);
-            else
-                subject.deferUpdate(7);
-        };
-        subject.changed(1);
-        EXPECT_EQ(take(), (Log{"a:1", "b:8", "other done:8", "subject done:1"}));
-        runDeferred();
-        EXPECT_EQ(take(), isCancelled ? Log{} : (Log{"a:7", "subject done:7"}));
-    }
-}
-
-TEST_F(UpdateHandlerTest, DestructionIsDeferredForAnObjectThatNobodyHearsYet) {
-    subject.deferUpdate(2);
-    EXPECT_EQ(take(), Log{});
-    connect(a);
-    runDeferred();
-    EXPECT_EQ(take(), (Log{"a:2"}));
-    subject.removeDependent(&a);
-    subject.deferUpdate(2);
-    subject.removeDependent(&a);
-    connect(a);
-    runDeferred();
-    EXPECT_EQ(take(), (Log{"a:2"})) << "a removal that removes nobody leaves it alone";
-    subject.deferUpdate(2);
-    UpdateHandler::instance()->removeDependent(&subject, nullptr);
-    connect(a);
-    runDeferred();
-    EXPECT_EQ(take(), Log{}) << "an object that left the table is in the queue no more";
-}
-
-TEST_F(UpdateHandlerTest, AChangeIsQueuedAgainOnceItsNotificationHasBegun) {
-    const EventLoop loop; // this is the GUI thread now, which knows the newest change without a look-up
-    connect(a);
-    int left = 2;
-    a.reaction = [&] {
-        if (left-- > 0)
-            subject.deferUpdate(4);
-    };
-    for (const Log& expected :
-         {Log{"a:4", "subject done:4", "a:4", "subject done:4", "a:4", "subject done:4"},
-          Log{"a:4", "subject done:4"}}) {
-        subject.deferUpdate(4);
-        subject.deferUpdate(4);
-        runDeferred();
-        EXPECT_EQ(take(), expected);
-    }
-    subject.deferUpdate(4);
-    UpdateHandler::instance()->cancelUpdates(&subject);
-    subject.deferUpdate(4);
-    runDeferred();
-    EXPECT_EQ(take(), (Log{"a:4", "subject done:4"})) << "after it was cancelled";
-    runDeferred();
-    EXPECT_EQ(take(), Log{});
-}
-
 /// Against a plain model, with so many objects in one page's map that places move up and the map grows.
 TEST_F(UpdateHandlerTest, KnowsTheDependentsOfThousandsOfObjects) {
     constexpr size_t count = 3000;
@@ -464,41 +336,60 @@ TEST_F(UpdateHandlerTest, TellsOfMissingMemoryAndLosesNothing) {
     });
 }
 
-struct Counting : CmObject {
-    explicit Counting(uint32_t& count) : count_(count) {}
-    void notify(CmObject*, int32_t) override { ++count_; }
-    uint32_t& count_;
+/// Many dependents of one object, each with its number.
+class Crowd {
+public:
+    Crowd(CmObject& subject, uint32_t size) {
+        heard_.reserve(size); // no allocation of its own
+        for (uint32_t i = 0; i < size; ++i) {
+            members_.push_back(make<Member>(heard_, i));
+            subject.addDependent(members_.back().get());
+        }
+    }
+    /// That the first of them heard once each, in their order, and the others did not.
+    void expectHeardByFirst(uint32_t count) {
+        EXPECT_EQ(heard_.size(), count);
+        for (uint32_t i = 0; i < heard_.size(); ++i)
+            ASSERT_EQ(heard_[i], i);
+        heard_.clear();
+    }
+
+private:
+    struct Member : CmObject {
+        Member(std::vector<uint32_t>& heard, uint32_t number) : heard(heard), number(number) {}
+        void notify(CmObject*, int32_t) override { heard.push_back(number); }
+        std::vector<uint32_t>& heard;
+        uint32_t number;
+    };
+
+    std::vector<uint32_t> heard_;
+    std::vector<Ref<Member>> members_;
 };
 
-TEST_F(UpdateHandlerTest, TellsTheFirstOnesWhenThereIsNoMemoryForMore) {
-    constexpr uint32_t all = UpdateHandler::stackSnapshot + 5;
-    uint32_t count = 0;
-    Counting counting(count);
-    for (uint32_t i = 0; i < all; ++i)
-        subject.addDependent(&counting);
-    failEachAllocation([&](FailingAllocation& allocation) {
-        count = 0;
-        allocation.during(
-            [&] { UpdateHandler::instance()->triggerUpdates(&subject, 1, UpdateDone::suppress); });
-        EXPECT_EQ(count, allocation.hasFailed() ? UpdateHandler::stackSnapshot : all);
-    });
-    subject.removeDependent(&counting);
+TEST_F(UpdateHandlerTest, TellsTheFirst10240) {
+    for (const uint32_t number : {1024u, 1025u, 10240u, 10241u}) {
+        SCOPED_TRACE(number);
+        Crowd crowd(subject, number);
+        subject.changed();
+        crowd.expectHeardByFirst(std::min(number, 10240u));
+        subject.removeDependent(nullptr);
+        subject.changed();
+        crowd.expectHeardByFirst(0);
+    }
 }
 
-TEST_F(UpdateHandlerTest, TellsAtMostAsManyAsTheLargestSnapshotHolds) {
-    for (const uint32_t number : {UpdateHandler::stackSnapshot, UpdateHandler::stackSnapshot + 1,
-                                  UpdateHandler::largestSnapshot, UpdateHandler::largestSnapshot + 1}) {
-        SCOPED_TRACE(number);
-        uint32_t count = 0;
-        Counting listener(count);
-        for (uint32_t i = 0; i < number; ++i)
-            subject.addDependent(&listener);
-        subject.changed();
-        EXPECT_EQ(count, std::min(number, UpdateHandler::largestSnapshot));
-        subject.removeDependent(&listener);
-        count = 0;
-        subject.changed();
-        EXPECT_EQ(count, 0u);
+TEST_F(UpdateHandlerTest, TellsTheFirst1024WithoutMemory) {
+    for (const uint32_t number : {1024u, 1025u}) {
+        Crowd crowd(subject, number);
+        bool hasAllocated = false;
+        failEachAllocation([&](FailingAllocation& allocation) {
+            allocation.during(
+                [&] { UpdateHandler::instance()->triggerUpdates(&subject, 1, UpdateDone::suppress); });
+            crowd.expectHeardByFirst(allocation.hasFailed() ? 1024 : number);
+            hasAllocated |= allocation.hasFailed();
+        });
+        EXPECT_EQ(hasAllocated, number > 1024);
+        subject.removeDependent(nullptr);
     }
 }
 

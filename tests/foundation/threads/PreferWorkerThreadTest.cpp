@@ -157,29 +157,6 @@ TEST(PreferWorkerThread, AsksTheRunningJobToGiveUpWhenPaused) {
     EXPECT_EQ(log.text(), "run a1, hold a, release a, run b2, release b, run c3, release c");
 }
 
-TEST(PreferWorkerThread, CancelsAllAndGoesOnWithNewJobs) {
-    ThreadLog log;
-    ProbeJob a("a", log, Kind::obedient);
-    ProbeJob b("b", log);
-    ProbeJob c("c", log);
-    const Owner owners[2];
-    auto* worker = new PreferWorkerThread;
-    worker->addJob(&a, owners[0].face(), 1);
-    a.entered.wait();
-    worker->addJob(&b, owners[1].face(), 2);
-    worker->cancelAll();
-    EXPECT_EQ(log.text(), "run a1, cancel a, cancel b, release b, release a");
-    for (const Owner& owner : owners)
-        EXPECT_EQ(owner.references(), 1u);
-    worker->pause();
-    worker->cancelAll();
-    worker->addJob(&c, 3);
-    c.released.wait();
-    worker->stop();
-    EXPECT_EQ(log.text(), "run a1, cancel a, cancel b, release b, release a, run c3, release c")
-        << "the pause has ended too";
-}
-
 TEST(PreferWorkerThread, RefusesAJobThatItFindsNoMemoryFor) {
     failEachAllocation([](FailingAllocation& allocation) {
         ThreadLog log;
@@ -234,40 +211,78 @@ TEST(PreferWorkerThread, ReleasesOwnersBehindItsLock) {
     EXPECT_EQ(log.text(), "run a0, release a, run b0, cancel b, cancel c, release c, release b");
 }
 
-enum class State { notStarted, waiting, running, paused };
+enum class State { notStarted, waiting, pausedWhileWaiting, paused, running, pausedWhileRunning };
+enum class Action { stop, pauseAndResume, cancelAll };
 
-TEST(PreferWorkerThread, StopsInEveryState) {
-    struct Row {
+/// The log of a worker with the jobs a and b for an owner each, of which the first goes on when it is asked
+/// to give up for later. But for `stop`, a last job shows that the worker goes on.
+std::string logOf(State state, Action action) {
+    ThreadLog log;
+    ProbeJob a("a", log, Kind::resolute);
+    ProbeJob b("b", log);
+    ProbeJob last("last", log);
+    const Owner owners[2];
+    auto* worker = new ProbeWorker(log);
+    const bool isWaiting = state == State::waiting || state == State::pausedWhileWaiting;
+    if (isWaiting)
+        a.mayEnd.set();
+    if (state == State::paused)
+        worker->pause();
+    if (state != State::notStarted)
+        worker->addJob(&a, owners[0].face(), 1);
+    if (isWaiting)
+        a.released.wait();
+    if (state == State::pausedWhileWaiting)
+        worker->pause();
+    if (state == State::running || state == State::pausedWhileRunning)
+        a.entered.wait();
+    if (state != State::notStarted && state != State::waiting)
+        worker->addJob(&b, owners[1].face(), 2);
+    if (state == State::pausedWhileRunning)
+        worker->pause();
+    if (action == Action::pauseAndResume) {
+        worker->pause();
+        worker->resume();
+    } else if (action == Action::cancelAll) {
+        worker->cancelAll();
+        EXPECT_FALSE(worker->contains(owners[0].face()) || worker->contains(owners[1].face()));
+    }
+    if (action != Action::stop) {
+        worker->addJob(&last, 9);
+        a.mayEnd.set();
+        last.released.wait();
+    }
+    worker->stop();
+    for (const Owner& owner : owners)
+        EXPECT_EQ(owner.references(), 1u);
+    return log.text();
+}
+
+TEST(PreferWorkerThread, IsStoppedPausedAndCancelledInEveryState) {
+    const std::string ran = "run a1, release a, ";
+    const std::string bothRun = ran + "run b2, release b, ";
+    const std::string restCancelled = "cancel b, release b, ";
+    const std::string cancelled = "run a1, cancel a, " + restCancelled + "release a, ";
+    const std::string cancelledLater = "run a1, hold a, cancel a, " + restCancelled + "release a, ";
+    const struct {
         State state;
-        const char* log;
+        std::string stopped, resumed, cancelled;
     } rows[] = {
-        {State::notStarted, "deleted"},
-        {State::waiting, "run a1, release a, deleted"},
-        {State::running, "run a1, cancel a, cancel b, release b, release a, deleted"},
-        {State::paused, "cancel a, release a, cancel b, release b, deleted"},
+        {State::notStarted, "", "", ""},
+        {State::waiting, ran, ran, ran},
+        {State::pausedWhileWaiting, ran + restCancelled, bothRun, ran + restCancelled},
+        {State::paused, "cancel a, release a, " + restCancelled, bothRun,
+         "cancel a, release a, " + restCancelled},
+        {State::running, cancelled, "run a1, hold a, release a, run b2, release b, ", cancelled},
+        {State::pausedWhileRunning, cancelledLater, "run a1, hold a, hold a, release a, run b2, release b, ",
+         cancelledLater},
     };
-    for (const Row& row : rows) {
+    const std::string last = "run last9, release last, deleted";
+    for (const auto& row : rows) {
         SCOPED_TRACE(static_cast<int>(row.state));
-        ThreadLog log;
-        ProbeJob a("a", log, row.state == State::waiting ? Kind::quick : Kind::obedient);
-        ProbeJob b("b", log);
-        const Owner owners[2];
-        auto* worker = new ProbeWorker(log);
-        JobQueue* queue = worker;
-        if (row.state == State::paused)
-            queue->pause();
-        if (row.state != State::notStarted)
-            worker->addJob(&a, owners[0].face(), 1);
-        if (row.state == State::running || row.state == State::paused)
-            worker->addJob(&b, owners[1].face(), 2);
-        if (row.state == State::running)
-            a.entered.wait();
-        if (row.state == State::waiting)
-            a.released.wait();
-        queue->stop();
-        EXPECT_EQ(log.text(), row.log);
-        for (const Owner& owner : owners)
-            EXPECT_EQ(owner.references(), 1u);
+        EXPECT_EQ(logOf(row.state, Action::stop), row.stopped + "deleted");
+        EXPECT_EQ(logOf(row.state, Action::pauseAndResume), row.resumed + last);
+        EXPECT_EQ(logOf(row.state, Action::cancelAll), row.cancelled + last);
     }
 }
 

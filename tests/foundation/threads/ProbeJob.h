@@ -30,8 +30,9 @@ private:
 class ProbeJob : public Job {
 public:
     enum class Kind {
-        quick,   ///< returns at once
-        obedient ///< returns when it is cancelled or `mayEnd` is set
+        quick,    ///< returns at once
+        obedient, ///< returns when it is cancelled or `mayEnd` is set
+        resolute  ///< the same, but stays when it is cancelled for later
     };
 
     ProbeJob(std::string name, ThreadLog& log, Kind kind = Kind::quick)
@@ -40,7 +41,7 @@ public:
     void run(int64_t argument) override {
         log_.add("run " + name_ + std::to_string(argument));
         entered.set();
-        if (kind_ == Kind::obedient)
+        if (kind_ != Kind::quick)
             mayEnd.wait();
     }
     void release() override {
@@ -49,7 +50,8 @@ public:
     }
     void cancel(bool isFinal) override {
         log_.add((isFinal ? "cancel " : "hold ") + name_);
-        mayEnd.set();
+        if (isFinal || kind_ != Kind::resolute)
+            mayEnd.set();
     }
 
     platform::Event entered{platform::Reset::automatic};

@@ -23,11 +23,15 @@ public:
     ~ProbeWorker() override { log_.add("deleted"); }
 
     void beforeJob(Job*) override { hooks += '<'; }
-    void afterJob(Job*) override { hooks += '>'; }
+    void afterJob(Job*) override {
+        hooks += '>';
+        ended.set();
+    }
     void idle() override { idling.set(); }
 
     std::string hooks; ///< of the worker's thread
     platform::Event idling{platform::Reset::automatic};
+    platform::Event ended{platform::Reset::automatic}; ///< a job did
 
 private:
     ThreadLog& log_;
@@ -36,9 +40,6 @@ private:
 TEST(WorkerThread, HasNoThreadBeforeItsFirstJob) {
     ThreadLog log;
     auto* worker = new ProbeWorker(log, "Reader", 1);
-    worker->pause();
-    worker->resume();
-    worker->cancelCurrent(true);
     EXPECT_EQ(worker->getHandle(), 0u);
     EXPECT_FALSE(worker->isStarted());
 
@@ -54,45 +55,97 @@ TEST(WorkerThread, HasNoThreadBeforeItsFirstJob) {
     EXPECT_EQ(log.text(), "run a7, release a, deleted");
 }
 
-enum class State { notStarted, waiting, running, paused, pausedWhileRunning };
+enum class State { notStarted, waiting, pausedWhileWaiting, paused, running, pausedWhileRunning };
+enum class Action { stop, pauseAndResume, cancelForGood, cancelForLater };
 
-TEST(WorkerThread, StopsInEveryState) {
-    struct Row {
-        State state;
-        const char* log;
-    } rows[] = {
-        {State::notStarted, "deleted"},
-        {State::waiting, "run a1, release a, deleted"},
-        {State::running, "run a1, cancel a, cancel b, release b, cancel c, release c, release a, deleted"},
-        {State::paused, "cancel a, release a, cancel b, release b, cancel c, release c, deleted"},
-        {State::pausedWhileRunning,
-         "run a1, cancel a, cancel b, release b, cancel c, release c, release a, deleted"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(static_cast<int>(row.state));
-        ThreadLog log;
-        ProbeJob a("a", log, row.state == State::waiting ? Kind::quick : Kind::obedient);
-        ProbeJob b("b", log);
-        ProbeJob c("c", log);
-        auto* worker = new ProbeWorker(log);
-        JobQueue* queue = worker;
-        if (row.state == State::paused)
-            queue->pause();
-        if (row.state != State::notStarted)
-            queue->addJob(&a, 1);
-        if (row.state == State::waiting) {
+/// A worker with the jobs a, b and c, of which the first runs until it is told.
+struct WorkerIn {
+    explicit WorkerIn(State given) : state(given) {
+        const bool isWaiting = state == State::waiting || state == State::pausedWhileWaiting;
+        if (isWaiting)
+            a.mayEnd.set();
+        if (state == State::paused)
+            worker->pause();
+        if (state == State::notStarted)
+            return;
+        worker->addJob(&a, 1);
+        if (isWaiting)
             worker->idling.wait();
-        } else if (row.state != State::notStarted) {
-            queue->addJob(&b, 2);
-            queue->addJob(&c, 3);
-        }
-        if (row.state == State::running || row.state == State::pausedWhileRunning)
+        if (state == State::pausedWhileWaiting)
+            worker->pause();
+        if (isRunning())
             a.entered.wait();
-        if (row.state == State::pausedWhileRunning)
-            queue->pause();
-        queue->stop();
-        EXPECT_EQ(log.text(), row.log);
+        if (state == State::waiting)
+            return;
+        worker->addJob(&b, 2);
+        worker->addJob(&c, 3);
+        if (state == State::pausedWhileRunning)
+            worker->pause();
     }
+    bool isRunning() const { return state == State::running || state == State::pausedWhileRunning; }
+    /// The log of it all; but for `stop`, of a last job too, which shows that the worker goes on.
+    std::string logAfter(Action action) {
+        if (action == Action::stop) {
+            worker->stop();
+            return log.text();
+        }
+        if (action == Action::pauseAndResume) {
+            worker->pause();
+            worker->pause();
+            worker->resume();
+        } else {
+            worker->cancelCurrent(action == Action::cancelForGood);
+            if (isRunning())
+                worker->ended.wait();
+            if (state == State::pausedWhileRunning) {
+                EXPECT_EQ(log.text(),
+                          action == Action::cancelForGood ? "run a1, cancel a, release a" : "run a1, hold a")
+                    << "the next one waits for the end of the pause";
+            }
+        }
+        worker->addJob(&last, 9);
+        a.mayEnd.set();
+        worker->resume();
+        worker->resume();
+        last.released.wait();
+        worker->stop();
+        return log.text();
+    }
+
+    State state;
+    ThreadLog log;
+    ProbeJob a{"a", log, Kind::obedient};
+    ProbeJob b{"b", log};
+    ProbeJob c{"c", log};
+    ProbeJob last{"last", log};
+    ProbeWorker* worker = new ProbeWorker(log); ///< `stop` deletes it.
+};
+
+TEST(WorkerThread, IsStoppedPausedAndCancelledInEveryState) {
+    const std::string ran = "run a1, release a, ";
+    const std::string allRun = ran + "run b2, release b, run c3, release c, ";
+    const std::string restCancelled = "cancel b, release b, cancel c, release c, ";
+    const std::string stopped = "run a1, cancel a, " + restCancelled + "release a, ";
+    const std::string cancelled = "run a1, cancel a, release a, run b2, release b, run c3, release c, ";
+    const std::string later = "run a1, hold a, run b2, release b, run c3, release c, " + ran;
+    const struct {
+        State state;
+        std::string logs[4]; ///< by action
+    } rows[] = {
+        {State::notStarted, {"", "", "", ""}},
+        {State::waiting, {ran, ran, ran, ran}},
+        {State::pausedWhileWaiting, {ran + restCancelled, allRun, allRun, allRun}},
+        {State::paused, {"cancel a, release a, " + restCancelled, allRun, allRun, allRun}},
+        {State::running, {stopped, allRun, cancelled, later}},
+        {State::pausedWhileRunning, {stopped, allRun, cancelled, later}},
+    };
+    for (const auto& row : rows)
+        for (size_t action = 0; action < 4; ++action) {
+            SCOPED_TRACE(::testing::Message()
+                         << "state " << static_cast<int>(row.state) << ", action " << action);
+            EXPECT_EQ(WorkerIn(row.state).logAfter(static_cast<Action>(action)),
+                      row.logs[action] + (action ? "run last9, release last, deleted" : "deleted"));
+        }
 }
 
 TEST(WorkerThread, EndsAJobThatDoesNotAnswerAndGivesItBackOnce) {
@@ -108,53 +161,12 @@ TEST(WorkerThread, EndsAJobThatDoesNotAnswerAndGivesItBackOnce) {
     EXPECT_EQ(job.rounds, rounds) << "it still runs";
 }
 
-TEST(WorkerThread, CancelsTheRunningJobForGoodOrForLater) {
-    struct Row {
-        bool isFinal;
-        const char* log;
-    } rows[] = {
-        {true, "run a1, cancel a, release a, run b2, release b"},
-        {false, "run a1, hold a, run b2, release b, run a1, release a"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.log);
-        ThreadLog log;
-        ProbeJob a("a", log, Kind::obedient);
-        ProbeJob b("b", log);
-        auto* worker = new WorkerThread;
-        worker->addJob(&a, 1);
-        worker->addJob(&b, 2);
-        a.entered.wait();
-        worker->cancelCurrent(row.isFinal);
-        b.released.wait();
-        if (!row.isFinal) {
-            a.entered.wait();
-            a.mayEnd.set();
-        }
-        a.released.wait();
-        worker->stop();
-        EXPECT_EQ(log.text(), row.log);
-    }
-}
-
 TEST(WorkerThread, LetsTheRunningJobEndAndHoldsTheNextWhilePaused) {
-    ThreadLog log;
-    ProbeJob a("a", log, Kind::obedient);
-    ProbeJob b("b", log);
-    auto* worker = new WorkerThread;
-    worker->addJob(&a, 1);
-    a.entered.wait();
-    worker->addJob(&b, 2);
-    worker->pause();
-    worker->pause();
-    a.mayEnd.set();
-    a.released.wait();
-    EXPECT_EQ(log.text(), "run a1, release a") << "not asked to give up";
-    worker->resume();
-    b.released.wait();
-    worker->resume();
-    worker->stop();
-    EXPECT_EQ(log.text(), "run a1, release a, run b2, release b");
+    WorkerIn paused(State::pausedWhileRunning);
+    paused.a.mayEnd.set();
+    paused.a.released.wait();
+    EXPECT_EQ(paused.logAfter(Action::stop),
+              "run a1, release a, cancel b, release b, cancel c, release c, deleted");
 }
 
 TEST(WorkerThread, CancelsWhatAJobQueuesWhileTheThreadStops) {

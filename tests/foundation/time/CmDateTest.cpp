@@ -226,7 +226,8 @@ TEST(CmDate, IsAValue) {
     CmDate stored(0x01020304u);
     EXPECT_EQ(testing::written(stored), "\4\3\2\1");
     EXPECT_TRUE(testing::read(restored, "\4\3\2\1"));
-    EXPECT_FALSE(testing::read(restored, "\4\3\2"));
+    for (const char* cut : {"", "\4", "\4\3", "\4\3\2"})
+        EXPECT_FALSE(testing::read(restored, cut));
     EXPECT_EQ(restored.getJulian(), 0x01020304u);
 
     const auto shared = make<CmDate>(5, 3, 2024);

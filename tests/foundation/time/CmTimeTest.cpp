@@ -8,7 +8,11 @@
 #include <qorl/Ref.h>
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <gtest/gtest.h>
+#include <string>
 
 namespace qorl {
 namespace {
@@ -38,6 +42,45 @@ std::string clock(const CmTime& time) {
     char text[16];
     std::snprintf(text, sizeof text, "%02d:%02d:%02d", time.getHour(), time.getMinute(), time.getSecond());
     return text;
+}
+
+/// In a process of its own, since the zone is read at the load.
+TEST(CmTime, TakesTheZoneOfTheComputer) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    struct Row {
+        const char* zone;
+        const char* seen; ///< seconds behind universal time, and whether it has daylight
+    } rows[] = {{"UTC0", "0 no"},
+                {"EST5EDT,M3.2.0,M11.1.0", "18000 yes"},
+                {"IST-5:30", "-19800 no"},
+                // Daylight was last saved here in 1945.
+                {"Asia/Kolkata", "-19800 no"}};
+    const char* set = std::getenv("TZ");
+    const std::string before = set ? set : "";
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.zone);
+        setenv("TZ", row.zone, 1);
+        EXPECT_EXIT(
+            {
+                time_t start = 0;
+                CmTime now;
+                CmDate today;
+                do { // in one second
+                    start = std::time(nullptr);
+                    now = CmTime::now();
+                    today = CmDate::today();
+                } while (std::time(nullptr) != start);
+                const tm* local = std::localtime(&start);
+                const bool isNow =
+                    today == CmDate(local->tm_mday, local->tm_mon + 1, local->tm_year + 1900) &&
+                    now == CmTime(local->tm_hour, local->tm_min, local->tm_sec) &&
+                    now.getHour() == local->tm_hour && now.getMinute() == local->tm_min;
+                std::fprintf(stderr, "%d %s", CmTime::zoneOffset, CmTime::hasDaylight ? "yes" : "no");
+                std::_Exit(isNow ? 42 : 43);
+            },
+            ::testing::ExitedWithCode(42), std::string("^") + row.seen + "$");
+    }
+    set ? setenv("TZ", before.c_str(), 1) : unsetenv("TZ");
 }
 
 TEST(CmTime, CountsSecondsOfUniversalTimeSince1901) {
@@ -190,7 +233,8 @@ TEST(CmTime, IsAValue) {
     CmTime stored(0x01020304u);
     EXPECT_EQ(testing::written(stored), "\4\3\2\1");
     EXPECT_TRUE(testing::read(early, "\4\3\2\1"));
-    EXPECT_FALSE(testing::read(early, "\4\3\2"));
+    for (const char* cut : {"", "\4", "\4\3", "\4\3\2"})
+        EXPECT_FALSE(testing::read(early, cut));
     EXPECT_EQ(early.getSeconds(), 0x01020304u);
 
     const Zone zone(0, false);

@@ -1,12 +1,30 @@
 #include "foundation/time/Duration.h"
 
 #include "foundation/text/String.h"
+#include "foundation/text/TranslationTable.h"
+
+#include <qorl/Ref.h>
 
 #include <gtest/gtest.h>
 #include <limits>
+#include <string>
 
 namespace qorl {
 namespace {
+
+/// What is left of `text` when each word has gone through a table that has no translation for it.
+std::string untranslated(std::string text) {
+    std::erase_if(text, [](char c) { return c >= 'a' && c <= 'z'; });
+    return text;
+}
+
+/// Gives nothing for any text.
+Ref<TranslationTable> makeEmptyTable() {
+    const Ref<TranslationTable> table = make<TranslationTable>();
+    table->setupForLanguage("de");
+    table->setEmptyIfMissing(true);
+    return table;
+}
 
 TEST(Duration, IsWrittenLikeAClock) {
     struct Row {
@@ -41,6 +59,10 @@ TEST(Duration, IsWrittenLikeAClock) {
         String text(u"old");
         formatClock(text, row.seconds, row.padded, row.units);
         EXPECT_EQ(text.toUtf8(), row.text) << row.seconds;
+        const Ref<TranslationTable> table = makeEmptyTable();
+        formatClock(text, row.seconds, row.padded, row.units);
+        EXPECT_EQ(text.toUtf8(), row.units == DurationUnits::words ? untranslated(row.text) : row.text)
+            << "words are translated, letters are not";
     }
 }
 
@@ -70,6 +92,9 @@ TEST(Duration, IsWrittenInWords) {
         EXPECT_EQ(text.toUtf8(), row.text) << row.seconds;
         formatLong(text, row.seconds, true);
         EXPECT_EQ(text.toUtf8(), row.coarse) << row.seconds << " coarse";
+        const Ref<TranslationTable> table = makeEmptyTable();
+        formatLong(text, row.seconds, false);
+        EXPECT_EQ(text.toUtf8(), untranslated(row.text)) << "each word is translated";
     }
 }
 
