@@ -62,11 +62,18 @@ public:
     CmObject* next = nullptr;
 };
 
+/// How the pool stores its groups: all in one file, or each in one of its own in a folder.
+enum class DefaultsForm : uint8_t { oneFile, oneFileForEachGroup };
+
+inline void PrintTo(DefaultsForm form, std::ostream* out) {
+    *out << (form == DefaultsForm::oneFile ? "OneFile" : "OneFileForEachGroup");
+}
+
 /// The pool of the process, fresh for each test and with a folder of its own.
-class FDefaultPoolTest : public ::testing::TestWithParam<bool> {
+class DefaultPoolFixture : public ::testing::Test {
 protected:
-    FDefaultPoolTest() { restart(); }
-    ~FDefaultPoolTest() override { pool().clear(); }
+    explicit DefaultPoolFixture(DefaultsForm form = DefaultsForm::oneFile) : form_(form) { restart(); }
+    ~DefaultPoolFixture() override { pool().clear(); }
 
     static FGlobalDefaultPool& pool() { return *FGlobalDefaultPool::instance(); }
 
@@ -74,15 +81,17 @@ protected:
     void restart() {
         pool().clear();
         calls.clear();
-        if (GetParam())
+        if (isFolder())
             pool().setFolderMode();
     }
+    bool isFolder() const { return form_ == DefaultsForm::oneFileForEachGroup; }
     bool loadAll() {
         const bool isLoaded = pool().load();
         pool().finishLoad();
         return isLoaded;
     }
 
+    const DefaultsForm form_;
     SettingsFolder folder_;
 };
 

@@ -12,7 +12,7 @@ namespace {
 
 using FailingDisk::Outcome;
 
-class FDefaultPoolFormTest : public FDefaultPoolTest {
+class FDefaultPoolFormTest : public DefaultPoolFixture {
 protected:
     void begin(int number) {
         restart();
@@ -29,7 +29,7 @@ protected:
     }
 };
 
-TEST_P(FDefaultPoolFormTest, WaitsOnceForAProgramThatHangs) {
+TEST_F(FDefaultPoolFormTest, WaitsOnceForAProgramThatHangs) {
     begin(1);
     EXPECT_TRUE(pool().save(true));
     restart();
@@ -55,7 +55,7 @@ TEST_P(FDefaultPoolFormTest, WaitsOnceForAProgramThatHangs) {
     EXPECT_FALSE(folder_.has("settings/Defaults (New)"));
 }
 
-TEST_P(FDefaultPoolFormTest, TakesAwayWhatACrashLeftOfItsFolders) {
+TEST_F(FDefaultPoolFormTest, TakesAwayWhatACrashLeftOfItsFolders) {
     begin(1);
     for (const char* name : {"Defaults (New)", "Defaults (New Backup)", "Defaults (Earlier)",
                              "Defaults (Backup) (Earlier)", "Defaults (Trashed) (Earlier)"}) {
@@ -65,7 +65,7 @@ TEST_P(FDefaultPoolFormTest, TakesAwayWhatACrashLeftOfItsFolders) {
     }
 }
 
-TEST_P(FDefaultPoolFormTest, WritesTheDocuments) {
+TEST_F(FDefaultPoolFormTest, WritesTheDocuments) {
     loadAll();
     Saver saver;
     saver.state = 7;
@@ -113,7 +113,7 @@ TEST_P(FDefaultPoolFormTest, WritesTheDocuments) {
     EXPECT_EQ(entries.size(), 2u);
 }
 
-TEST_P(FDefaultPoolFormTest, NamesAFileByTheWideFormOfItsGroup) {
+TEST_F(FDefaultPoolFormTest, NamesAFileByTheWideFormOfItsGroup) {
     // MD5 of "\xC4\xA7" (h with stroke), in UTF-16: 27 01
     begin(0);
     pool().getGroup("\xC4\xA7")->values().setInteger("n", 1);
@@ -122,7 +122,7 @@ TEST_P(FDefaultPoolFormTest, NamesAFileByTheWideFormOfItsGroup) {
     EXPECT_TRUE(folder_.has("settings/Defaults/561E978B7276894F98B030DF25EA8112.xml"));
 }
 
-TEST_P(FDefaultPoolFormTest, FindsAGroupUnderItsEarlierName) {
+TEST_F(FDefaultPoolFormTest, FindsAGroupUnderItsEarlierName) {
     const std::string earlier = "settings/Defaults/" + earlierGroupFile + ".xml";
     const std::string now = "settings/Defaults/" + groupFile + ".xml";
     folder_.write(earlier, groupDocument(1));
@@ -143,7 +143,7 @@ TEST_P(FDefaultPoolFormTest, FindsAGroupUnderItsEarlierName) {
     EXPECT_EQ(folder_.read("settings/Defaults/" + earlierGroupFile + " (Damaged).xml"), damaged);
 }
 
-TEST_P(FDefaultPoolFormTest, BringsBackASingleFileThatWasDisabledBeforeItMoved) {
+TEST_F(FDefaultPoolFormTest, BringsBackASingleFileThatWasDisabledBeforeItMoved) {
     loadAll();
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
@@ -159,7 +159,7 @@ TEST_P(FDefaultPoolFormTest, BringsBackASingleFileThatWasDisabledBeforeItMoved) 
     EXPECT_FALSE(pool().restore());
 }
 
-TEST_P(FDefaultPoolFormTest, KeepsABackupThatCouldNotBeBroughtBack) {
+TEST_F(FDefaultPoolFormTest, KeepsABackupThatCouldNotBeBroughtBack) {
     begin(1);
     pool().save(true);
     EXPECT_TRUE(pool().backup());
@@ -172,7 +172,7 @@ TEST_P(FDefaultPoolFormTest, KeepsABackupThatCouldNotBeBroughtBack) {
     EXPECT_EQ(numberAfterRestart(), 1);
 }
 
-TEST_P(FDefaultPoolFormTest, TrashesBothForms) {
+TEST_F(FDefaultPoolFormTest, TrashesBothForms) {
     loadAll();
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
@@ -188,7 +188,7 @@ TEST_P(FDefaultPoolFormTest, TrashesBothForms) {
     EXPECT_EQ(numberAfterRestart(), 0);
 }
 
-TEST_P(FDefaultPoolFormTest, MovesToOneFileForEachGroup) {
+TEST_F(FDefaultPoolFormTest, MovesToOneFileForEachGroup) {
     loadAll();
     EXPECT_TRUE(pool().preferencesNeedExtraction());
     pool().getGroup("Group")->values().setInteger("n", 1);
@@ -210,7 +210,7 @@ TEST_P(FDefaultPoolFormTest, MovesToOneFileForEachGroup) {
     EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
 }
 
-TEST_P(FDefaultPoolFormTest, KeepsTheSingleFileUntilAllGroupsAreStored) {
+TEST_F(FDefaultPoolFormTest, KeepsTheSingleFileUntilAllGroupsAreStored) {
     loadAll();
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
@@ -229,7 +229,7 @@ TEST_P(FDefaultPoolFormTest, KeepsTheSingleFileUntilAllGroupsAreStored) {
     EXPECT_EQ(pool().getGroup("Good")->values().getInteger("n"), 3) << "the bad one costs nobody else";
 }
 
-TEST_P(FDefaultPoolFormTest, KeepsAnEarlierBackupWhenANewOneFails) {
+TEST_F(FDefaultPoolFormTest, KeepsAnEarlierBackupWhenANewOneFails) {
     pool().setFolderMode();
     loadAll();
     pool().getGroup("Group")->values().setInteger("n", 1);
@@ -258,7 +258,7 @@ public:
     std::unique_ptr<Pair> other;
 };
 
-TEST_P(FDefaultPoolFormTest, AsksNoAutoSaverThatAnotherOneReleased) {
+TEST_F(FDefaultPoolFormTest, AsksNoAutoSaverThatAnotherOneReleased) {
     loadAll();
     Pair first;
     first.other = std::make_unique<Pair>();
@@ -266,7 +266,7 @@ TEST_P(FDefaultPoolFormTest, AsksNoAutoSaverThatAnotherOneReleased) {
     EXPECT_EQ(calls, "stored ");
 }
 
-TEST_P(FDefaultPoolFormTest, RestoresNothingInFoldersFromACopyOfTheSingleFile) {
+TEST_F(FDefaultPoolFormTest, RestoresNothingInFoldersFromACopyOfTheSingleFile) {
     begin(1);
     EXPECT_TRUE(pool().save(true));
     folder_.write("settings/Defaults.xml.backup", "<Defaults/>");
@@ -274,7 +274,7 @@ TEST_P(FDefaultPoolFormTest, RestoresNothingInFoldersFromACopyOfTheSingleFile) {
     EXPECT_TRUE(folder_.has("settings/Defaults.xml.backup"));
 }
 
-TEST_P(FDefaultPoolFormTest, NeverTakesTheFileOfAnotherGroup) {
+TEST_F(FDefaultPoolFormTest, NeverTakesTheFileOfAnotherGroup) {
     const DebugOutput output;
     const std::string file = "settings/Defaults/" + groupFile;
     for (const char* name : {"<string name=\"Group\" value=\"Other\"/>", ""}) {
@@ -292,7 +292,7 @@ TEST_P(FDefaultPoolFormTest, NeverTakesTheFileOfAnotherGroup) {
     }
 }
 
-TEST_P(FDefaultPoolFormTest, LeavesAFileUnderItsEarlierNameToTheGroupThatOwnsIt) {
+TEST_F(FDefaultPoolFormTest, LeavesAFileUnderItsEarlierNameToTheGroupThatOwnsIt) {
     // In 16 bits this name has the bytes that "Group!" has in 8.
     const ConstString wide(u"\u7247\u756F\u2170");
     begin(0);
@@ -308,7 +308,7 @@ TEST_P(FDefaultPoolFormTest, LeavesAFileUnderItsEarlierNameToTheGroupThatOwnsIt)
     EXPECT_EQ(pool().getGroup(wide)->values().getInteger("n"), 7);
 }
 
-TEST_P(FDefaultPoolFormTest, PutsPlainFilesOutOfTheWayOfItsFolders) {
+TEST_F(FDefaultPoolFormTest, PutsPlainFilesOutOfTheWayOfItsFolders) {
     begin(1);
     for (const char* name : {"Defaults", "Defaults (New)", "Defaults (Trashed)", "Defaults (Earlier)"})
         folder_.write(std::string("settings/") + name, name);
@@ -319,7 +319,7 @@ TEST_P(FDefaultPoolFormTest, PutsPlainFilesOutOfTheWayOfItsFolders) {
     EXPECT_EQ(folder_.read("settings/Defaults (File)"), "Defaults");
 }
 
-TEST_P(FDefaultPoolFormTest, KeepsASingleFileWithMoreInItThanItCouldTake) {
+TEST_F(FDefaultPoolFormTest, KeepsASingleFileWithMoreInItThanItCouldTake) {
     const auto entry = [](const char* name, int number) {
         return "<item>" + std::string(name) + "<member name=\"Values\"><int name=\"n\" value=\"" +
                std::to_string(number) + "\"/></member></item>";
@@ -355,8 +355,6 @@ TEST_P(FDefaultPoolFormTest, KeepsASingleFileWithMoreInItThanItCouldTake) {
     EXPECT_FALSE(loadAll()) << "entries that are no list";
     EXPECT_EQ(pool().getGroup("Early", 0, false), nullptr) << "the pool is empty then";
 }
-
-INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolFormTest, ::testing::Values(false));
 
 } // namespace
 } // namespace qorl

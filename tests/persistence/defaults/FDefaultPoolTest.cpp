@@ -9,6 +9,11 @@
 namespace qorl {
 namespace {
 
+class FDefaultPoolTest : public DefaultPoolFixture, public ::testing::WithParamInterface<DefaultsForm> {
+protected:
+    FDefaultPoolTest() : DefaultPoolFixture(GetParam()) {}
+};
+
 TEST_P(FDefaultPoolTest, KeepsGroupsFromRunToRun) {
     EXPECT_FALSE(loadAll());
     pool().getGroup("Window \xC3\xA4", 3)->values().setInteger("left", 12);
@@ -33,7 +38,7 @@ TEST_P(FDefaultPoolTest, HidesNothingThatIsStoredByWhatWasSetBeforeTheLoad) {
     pool().save(true);
     pool().clear();
     pool().getGroup("Group")->values().setInteger("late", 1);
-    if (GetParam())
+    if (isFolder())
         pool().setFolderMode();
     loadAll();
     EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
@@ -66,7 +71,7 @@ TEST_P(FDefaultPoolTest, ForgetsAllWhenALoadIsRefused) {
 }
 
 TEST_P(FDefaultPoolTest, BeginsAfreshWithEachLoad) {
-    const std::string name = GetParam() ? "settings/Defaults/" + groupFile : "settings/Defaults";
+    const std::string name = isFolder() ? "settings/Defaults/" + groupFile : "settings/Defaults";
     loadAll();
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
@@ -75,7 +80,7 @@ TEST_P(FDefaultPoolTest, BeginsAfreshWithEachLoad) {
     folder_.write(name + ".xml", damaged);
     loadAll();
     EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
-    EXPECT_EQ(pool().preferencesNeedExtraction(), !GetParam());
+    EXPECT_EQ(pool().preferencesNeedExtraction(), !isFolder());
     folder_.write(name + ".xml", whole);
     EXPECT_TRUE(pool().load());
     EXPECT_FALSE(pool().preferencesNeedExtraction());
@@ -208,8 +213,8 @@ TEST_P(FDefaultPoolTest, PutsBadSettingsAway) {
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
     EXPECT_TRUE(pool().trash());
-    EXPECT_EQ(folder_.has("settings/Defaults (Trashed).xml"), !GetParam());
-    EXPECT_EQ(folder_.has("settings/Defaults (Trashed)/" + groupFile + ".xml"), GetParam());
+    EXPECT_EQ(folder_.has("settings/Defaults (Trashed).xml"), !isFolder());
+    EXPECT_EQ(folder_.has("settings/Defaults (Trashed)/" + groupFile + ".xml"), isFolder());
     EXPECT_FALSE(pool().restore());
     EXPECT_TRUE(folder_.has("settings/Defaults (Trashed).xml") || folder_.has("settings/Defaults (Trashed)"))
         << "until the next ones replace it";
@@ -219,7 +224,7 @@ TEST_P(FDefaultPoolTest, PutsBadSettingsAway) {
     pool().getGroup("Group")->values().setInteger("n", 3);
     pool().save(true);
     EXPECT_TRUE(pool().trash());
-    const std::string trashed = GetParam() ? "Defaults (Trashed)/" + groupFile : "Defaults (Trashed)";
+    const std::string trashed = isFolder() ? "Defaults (Trashed)/" + groupFile : "Defaults (Trashed)";
     EXPECT_NE(folder_.read("settings/" + trashed + ".xml").find("value=\"3\""), std::string::npos)
         << "an earlier one is replaced";
 }
@@ -240,10 +245,10 @@ TEST_P(FDefaultPoolTest, StartsAfreshOverADamagedFile) {
 }
 
 TEST_P(FDefaultPoolTest, KeepsEachDamagedFile) {
-    const std::string name = GetParam() ? "Defaults/" + groupFile : "Defaults";
+    const std::string name = isFolder() ? "Defaults/" + groupFile : "Defaults";
     folder_.write("settings/" + name + " (Damaged).xml", "earlier");
     folder_.write("settings/" + name + ".xml", damaged);
-    EXPECT_EQ(loadAll(), GetParam());
+    EXPECT_EQ(loadAll(), isFolder());
     EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
     pool().getGroup("Group")->values().setInteger("n", 1);
     EXPECT_TRUE(pool().save(true));
@@ -257,7 +262,7 @@ TEST_P(FDefaultPoolTest, TouchesOnlyFilesThatChanged) {
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
     const std::string path =
-        folder_ / (GetParam() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml");
+        folder_ / (isFolder() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml");
     platform::FileInfo before;
     platform::FileInfo after;
     platform::getFileInfo(path, before);
@@ -274,7 +279,7 @@ TEST_P(FDefaultPoolTest, LosesNoSettingsWithoutMemory) {
     loadAll();
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
-    const std::string name = GetParam() ? "settings/Defaults/" + groupFile : "settings/Defaults";
+    const std::string name = isFolder() ? "settings/Defaults/" + groupFile : "settings/Defaults";
     const std::string whole = folder_.read(name + ".xml");
     failEachAllocation([&](FailingAllocation& allocation) {
         restart();
@@ -295,7 +300,7 @@ TEST_P(FDefaultPoolTest, SavesNothingOverAutoSaversItHadNoMemoryToRestore) {
     Saver saver;
     saver.state = 7;
     pool().save(true);
-    const std::string name = GetParam() ? "settings/Defaults/AutoSaver.xml" : "settings/Defaults.xml";
+    const std::string name = isFolder() ? "settings/Defaults/AutoSaver.xml" : "settings/Defaults.xml";
     const std::string whole = folder_.read(name);
     failEachAllocation([&](FailingAllocation& allocation) {
         restart();
@@ -353,19 +358,16 @@ TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
     FNPath::setKnownFolder(FNPath::temporary, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolTest, ::testing::Values(false, true),
-                         [](const auto& form) { return form.param ? "OneFileForEachGroup" : "OneFile"; });
-
 TEST_P(FDefaultPoolTest, TakesNothingOfAFileThatWasCut) {
     loadAll();
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
-    const std::string name = GetParam() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml";
+    const std::string name = isFolder() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml";
     const std::string whole = folder_.read(name);
     for (size_t size = 0; size + 3 < whole.size(); size += 1) {
         folder_.write(name, whole.substr(0, size));
         restart();
-        EXPECT_EQ(loadAll(), GetParam()) << size;
+        EXPECT_EQ(loadAll(), isFolder()) << size;
         EXPECT_TRUE(pool().getGroup("Group")->isEmpty()) << size;
     }
 }
@@ -405,7 +407,7 @@ TEST_P(FDefaultPoolTest, CopiesItsGroups) {
     ASSERT_NE(other, nullptr);
     other->getGroup("Group", 2)->values().setInteger("n", 2);
     EXPECT_EQ(pool().getGroup("Group", 2)->values().getInteger("n"), 1);
-    EXPECT_EQ(other->isFolderMode(), GetParam());
+    EXPECT_EQ(other->isFolderMode(), isFolder());
 }
 
 TEST(FDefaults, HoldsOnlyWhatItsFileHeld) {
@@ -444,7 +446,7 @@ TEST_P(FDefaultPoolTest, SavesNothingOverSettingsThatAnotherStartBroughtBack) {
     pool().getGroup("Group")->values().setInteger("n", 2);
     EXPECT_TRUE(pool().save(true)) << "while its copy stands";
     FGlobalDefaultPool another;
-    if (GetParam())
+    if (isFolder())
         another.setFolderMode();
     EXPECT_TRUE(another.restore());
     const DebugOutput output;
@@ -493,6 +495,10 @@ TEST_P(FDefaultPoolTest, LoadsNoGroupThatWasRemoved) {
     loadAll();
     EXPECT_EQ(pool().getGroup("Old"), nullptr);
 }
+
+INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolTest,
+                         ::testing::Values(DefaultsForm::oneFile, DefaultsForm::oneFileForEachGroup),
+                         ::testing::PrintToStringParamName());
 
 } // namespace
 } // namespace qorl

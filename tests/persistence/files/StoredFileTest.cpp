@@ -115,6 +115,10 @@ struct Leftover {
     const char* fileAfter;
 };
 
+void PrintTo(const Leftover& row, std::ostream* out) {
+    *out << row.name;
+}
+
 class StoredFileLeftoverTest : public StoredFileTest, public ::testing::WithParamInterface<Leftover> {};
 
 TEST_P(StoredFileLeftoverTest, LoadsTheLastGoodState) {
@@ -147,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(
         Leftover{"BothBroken", "goo", "go", "good s", "", StoredFile::Found::unreadable, "goo"},
         Leftover{"OnlyTheOldAndBroken", "-", "go", "good s", "", StoredFile::Found::unreadable, "go"},
         Leftover{"OldNotDeleted", "good", "good o", "good s", "good", StoredFile::Found::whole, "good"}),
-    [](const auto& row) { return row.param.name; });
+    ::testing::PrintToStringParamName());
 
 TEST_F(StoredFileTest, GivesANameBackOnlyWhereNobodyHasIt) {
     for (const char* bytes : {"good 1", "good 2"}) {

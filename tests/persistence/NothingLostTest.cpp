@@ -1,6 +1,6 @@
 #include "foundation/text/CmString.h"
 #include "persistence/archive/ObjectFiles.h"
-#include "persistence/defaults/FDefaultPool.h"
+#include "persistence/defaults/DefaultPoolFixture.h"
 #include "persistence/xml/XmlFile.h"
 #include "support/DebugOutput.h"
 #include "support/FailingDisk.h"
@@ -114,9 +114,9 @@ protected:
     bool isFolder_ = false;
 };
 
-class NothingLostFormTest : public NothingLostTest, public ::testing::WithParamInterface<bool> {
+class NothingLostFormTest : public NothingLostTest, public ::testing::WithParamInterface<DefaultsForm> {
 protected:
-    NothingLostFormTest() { isFolder_ = GetParam(); }
+    NothingLostFormTest() { isFolder_ = GetParam() == DefaultsForm::oneFileForEachGroup; }
 };
 
 TEST_P(NothingLostFormTest, WhenDefaultsAreSaved) {
@@ -173,8 +173,9 @@ TEST_P(NothingLostFormTest, WhenDefaultsAreRestored) {
         });
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, NothingLostFormTest, ::testing::Values(false, true),
-                         [](const auto& form) { return form.param ? "OneFileForEachGroup" : "OneFile"; });
+INSTANTIATE_TEST_SUITE_P(Forms, NothingLostFormTest,
+                         ::testing::Values(DefaultsForm::oneFile, DefaultsForm::oneFileForEachGroup),
+                         ::testing::PrintToStringParamName());
 
 TEST_F(NothingLostTest, WhenDefaultsMoveToOneFileForEachGroup) {
     failEachDiskCall(
@@ -208,6 +209,10 @@ struct ObjectForm {
     /// What an interrupted save has kept before; null for nothing.
     const char* kept = nullptr;
 };
+
+void PrintTo(const ObjectForm& form, std::ostream* out) {
+    *out << form.name;
+}
 
 class NothingLostObjectTest : public NothingLostTest, public ::testing::WithParamInterface<ObjectForm> {
 protected:
@@ -262,7 +267,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  [](CmString& object) { return saveObjectFile("Layouts/Main", &object); },
                                  [](CmString& object) { return loadObjectFile("Layouts/Main", &object); },
                                  [] { return objectFileExists("Layouts/Main"); }}),
-    [](const auto& form) { return form.param.name; });
+    ::testing::PrintToStringParamName());
 
 } // namespace
 } // namespace qorl

@@ -1,0 +1,58 @@
+#include "persistence/xml/XmlLine.h"
+
+#include "persistence/streams/FMemoryStream.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+#include <string>
+
+namespace qorl {
+namespace {
+
+/// The same text as "%.50g" gives, or an empty one.
+std::string wrongText(XmlLine& line, FMemoryStream& sink, double value) {
+    char expected[128];
+    const auto length = static_cast<size_t>(std::snprintf(expected, sizeof expected, "%.50g", value));
+    line.putFloat(value);
+    const bool isEqual = line.text() == std::string_view(expected, length);
+    std::string text = isEqual ? std::string() : std::string(line.text()) + " is not " + expected;
+    sink.setStreamSize(0);
+    sink.rewind();
+    line.writeTo(static_cast<FBinaryStream&>(sink));
+    return text;
+}
+
+TEST(XmlLine, WritesNumbersAsPrintfDoes) {
+    using Limits = std::numeric_limits<double>;
+    XmlLine line;
+    FMemoryStream sink;
+    const double special[] = {0.0, -0.0, 1.0, -1.0, 0.5, 1e22, 1e23, 1e49, 1e50, 1e51,
+                              // Halves of the last digit that is written: to the even one of two.
+                              1 + 0x1p-50, 1 + 0x3p-50, 0.5 + 0x1p-51, 1 - 0x1p-53, 2 - 0x1p-52, 0x1p-12,
+                              1e-4, 1e-5, 9.9999999999999995e-5, 123456789012345678.0, Limits::max(),
+                              Limits::min(), Limits::denorm_min(), Limits::epsilon(), Limits::infinity(),
+                              -Limits::infinity(), Limits::quiet_NaN(), -Limits::quiet_NaN()};
+    for (const double value : special)
+        EXPECT_EQ(wrongText(line, sink, value), "");
+    std::mt19937_64 random(20240611);
+    int32_t wrong = 0;
+    for (int i = 0; i < 1'000'000 && wrong < 5; ++i) {
+        const uint64_t bits = random();
+        double value = 0;
+        // Every other one of a size that people use.
+        if (i % 2 == 0)
+            std::memcpy(&value, &bits, sizeof value);
+        else
+            value = static_cast<double>(static_cast<int64_t>(bits) >> (bits & 63)) / std::pow(10, bits % 8);
+        const std::string text = wrongText(line, sink, value);
+        EXPECT_EQ(text, "");
+        wrong += text.empty() ? 0 : 1;
+    }
+}
+
+} // namespace
+} // namespace qorl
