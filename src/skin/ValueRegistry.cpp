@@ -139,8 +139,10 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
         pool->addBeforeSaveCallback(&storeBeforeSave);
     if (const auto found = entries_.find({name, controller}); found != entries_.end()) {
         Entry& entry = *found->second;
-        if (std::exchange(entry.load, loadOf(element)) != loadOf(element))
+        if (std::exchange(entry.load, loadOf(element)) != loadOf(element)) {
             takeRange(element, *entry.value);
+            takeTitle(element, *entry.value);
+        }
         return;
     }
     auto entry = std::make_unique<Entry>();
@@ -152,12 +154,21 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
     Binding::Value& value = *entry->value;
     entries_.emplace(key, std::move(entry));
     localCount_ += controller ? 1 : 0;
-    if (const std::string_view title = element.text(SkinAttribute::title); !title.empty()) {
-        titles_.emplace(&value, title);
-        value.setTarget(this, 0, false);
-    }
+    takeTitle(element, value);
     if (!persistence.empty())
         recall(value, persistence);
+}
+
+/// A target that somebody else has set meanwhile stays.
+void ValueRegistry::takeTitle(const SkinElement& element, Binding::Value& value) {
+    const std::string_view title = element.text(SkinAttribute::title);
+    if (title.empty()) {
+        titles_.erase(&value);
+        return;
+    }
+    titles_.insert_or_assign(&value, std::string(title));
+    if (!value.target())
+        value.setTarget(this, 0, false);
 }
 
 void ValueRegistry::forget(const IController* controller) {

@@ -43,7 +43,8 @@ public:
     /// Local before global. Not counted for the caller.
     Binding::Value* find(std::string_view name, const IController* controller) const;
     /// Makes the value that `element` defines as `name`, unless there is one. After a document was loaded
-    /// again, its first definition of the name gives the value its range anew; the number stays.
+    /// again, its first definition of the name gives the value its range and title anew; number and text
+    /// stay.
     void define(const SkinElement& element, std::string_view name, const IController* controller);
     /// `controller` is going away, and its local values with it.
     void forget(const IController* controller);
@@ -68,6 +69,7 @@ private:
         Ref<Binding::Value> value;
         uint64_t load = 0; ///< The serial number of the store of the document that defined it last.
     };
+    void takeTitle(const SkinElement& element, Binding::Value& value);
     void remove(Entry& entry);
 
     using Entries = std::unordered_map<Key, std::unique_ptr<Entry>, KeyHash>;

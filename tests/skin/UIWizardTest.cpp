@@ -1,13 +1,9 @@
-#include "SkinFixture.h"
-#include "binding/IntValue.h"
-#include "binding/StringValue.h"
+#include "WizardFixture.h"
 #include "binding/UColorValue.h"
 #include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
 #include "persistence/attributes/FAttributes.h"
-#include "persistence/defaults/FDefaultPool.h"
 #include "skin/ControllerScope.h"
-#include "skin/FController.h"
 #include "skin/UViewClass.h"
 #include "support/FailingAllocation.h"
 #include "support/TestGraphics.h"
@@ -18,87 +14,11 @@
 #include "views/controls/USlider.h"
 #include "views/controls/UTextDisplay.h"
 
-#include <map>
-#include <set>
-
 namespace qorl::testing {
 
 namespace {
 
-/// Answers from tables and writes down what it is asked.
-class TestController : public UValueContainer {
-public:
-    std::set<std::string> trueNames;
-    std::vector<std::string> askedConditions;
-    std::vector<std::string> created;
-    std::vector<std::string> finished;
-    std::string dropped = "drop this";
-    int32_t loopFirst = 0;
-    int32_t loopLast = -1;
-    UView* (*createsView)(const ViewElement& element) = nullptr;
-
-    UView* createView(const ViewElement* element, UIDescription*) override {
-        return createsView ? createsView(*element) : nullptr;
-    }
-    bool getCondition(const char* name) override {
-        askedConditions.emplace_back(name);
-        return trueNames.contains(name);
-    }
-    UView* viewCreated(UView* view, const ViewElement* element) override {
-        created.emplace_back(element->name());
-        return element->name() == dropped ? nullptr : view;
-    }
-    void templateCreated(UView*, const ViewElement* element) override {
-        finished.emplace_back(element->name());
-    }
-    int32_t handleMessage(FMessage* message) override {
-        if (!message->isNamed("WizardForLoopParams") || loopLast < loopFirst)
-            return notHandled;
-        if (message->getString("data") == ConstString("by two")) {
-            message->setInt("step", 2);
-            return handled;
-        }
-        message->setInt("first", loopFirst);
-        message->setInt("final", loopLast);
-        return handled;
-    }
-    Binding::IntValue* add(const char* name) {
-        auto value = make<Binding::IntValue>(0, 10);
-        setValue(name, value);
-        return value.get();
-    }
-};
-
-/// Titles and places of the subviews, in order.
-std::string list(UView& view) {
-    std::string text;
-    view.forEachSubView([&text](UView& child) {
-        const CmRect& frame = child.getFrameRect();
-        text += (text.empty() ? "" : " ") + child.getTitle().toUtf8() + "@" + std::to_string(frame.left) +
-                "," + std::to_string(frame.top);
-    });
-    return text;
-}
-
-class UIWizardTest : public SkinFixture {
-protected:
-    /// The view of template "T", which `content` stands in.
-    Ref<UView> build(std::string_view content) {
-        load("<template name='T' size='0,0,100,100'>" + std::string(content) + "</template>" + others_);
-        return wizard().createView("T", controller_.get(), nullptr);
-    }
-    /// What the build has found.
-    std::vector<std::string> findings() {
-        std::vector<std::string> texts;
-        for (const Diagnostic& finding : wizard().diagnostics())
-            texts.push_back(finding.text);
-        return texts;
-    }
-    std::string built(std::string_view content) { return list(*build(content)); }
-
-    Ref<TestController> controller_ = make<TestController>();
-    std::string others_;
-};
+class UIWizardTest : public WizardFixture {};
 
 TEST_F(UIWizardTest, LoopsCountAndMove) {
     const std::pair<const char*, const char*> cases[] = {
@@ -352,65 +272,6 @@ TEST_F(UIWizardTest, FillsAViewThatIsGiven) {
     EXPECT_FALSE(cast<UBaseView>(given)->getController()) << "the owner of the view sets it";
 }
 
-TEST_F(UIWizardTest, DefinesValuesLocallyBeforeGlobally) {
-    const Ref<UView> view =
-        build("<valuedefine name='v' type='int' scope='global' min='-5' max='5' default='3'/>"
-              "<slider name='v'/><valuedefine name='v' type='int' scope='local' max='7' default='1'/><slider "
-              "name='v'/>"
-              "<valuedefine name='s' type='string' scope='global' default='words'/><edit name='s'/>"
-              "<valuedefine name='b' type='bool' scope='global' default='1'/><checkbox name='b'/>");
-    const auto value = [&view](int32_t i) { return cast<UControl>(view->getSubView(i))->getValueObject(); };
-    EXPECT_EQ(value(0)->getMin(), -5);
-    EXPECT_EQ(value(0)->getValue(), 3);
-    EXPECT_EQ(value(1)->getMax(), 7);
-    EXPECT_EQ(cast<Binding::StringValue>(value(2))->getText().string().toUtf8(), "words");
-    EXPECT_EQ(value(3)->getValue(), 1);
-    value(0)->setValue(-2);
-    build("<valuedefine name='v' type='int' scope='global' min='-3' max='9'/><slider name='v'/>"
-          "<valuedefine name='v' type='int' scope='global' min='0' max='1'/>");
-    EXPECT_EQ(value(0)->getValue(), -2) << "a reload keeps the number";
-    EXPECT_EQ(value(0)->getMax(), 9) << "and takes the range, where the first definition counts";
-    int32_t standard = 0;
-    EXPECT_TRUE(value(0)->getDefault(standard) && standard == -3) << "the minimum without a default";
-    auto other = make<TestController>();
-    EXPECT_EQ(wizard().findValue("v", other.get()).get(), value(0))
-        << "local values stay with their controller";
-    const Binding::Value* local = wizard().findValue("v", controller_.get()).get();
-    EXPECT_EQ(local, value(1));
-    controller_ = make<TestController>();
-    EXPECT_EQ(wizard().findValue("v", controller_.get()).get(), value(0)) << "and go with it";
-}
-
-TEST_F(UIWizardTest, StoresPersistentValuesInEachRunOfTheProgram) {
-    FGlobalDefaultPool& pool = *FGlobalDefaultPool::instance();
-    for (const int32_t run : {1, 2}) {
-        pool.clear();
-        const Ref<UView> view =
-            build("<valuedefine name='p' type='int' scope='global' persistence='kept'/><slider name='p'/>");
-        cast<UControl>(view->getSubView(0))->getValueObject()->setValue(run);
-        pool.setSaveHook(+[] { return false; });
-        pool.finishLoad();
-        pool.save(true);
-        EXPECT_EQ(pool.getGroup("UGuiValues")->values().getInteger("kept"), run);
-    }
-    ValueRegistry::instance()->clear();
-    pool.clear();
-}
-
-TEST_F(UIWizardTest, ADefinedValueKnowsWhatToCallItself) {
-    const Ref<UView> view = build("<valuedefine name='v' type='int' title='Mode'/><slider name='v'/>"
-                                  "<slider name='v' title='Own'/>");
-    const auto nameOf = [&view](int32_t i) {
-        String name;
-        view->getSubView(i)->getAccessibleName(name);
-        return name.toUtf8();
-    };
-    EXPECT_EQ(nameOf(0), "Mode");
-    EXPECT_EQ(nameOf(1), "Own");
-    ValueRegistry::instance()->clear();
-    EXPECT_EQ(nameOf(0), "") << "the registry is out of reach of the values that it gave up";
-}
-
 TEST_F(UIWizardTest, ACursorStandsBehindTheViewThatAsksForIt) {
     load("<skin><resources><cursor name='hand' path='pointhand'/><cursor name='none' path='paw'/></resources>"
          "<template name='T'><label cursor='hand' size='5,6,20,10' attach='right'/>"
@@ -571,13 +432,55 @@ TEST_F(UIWizardTest, FramesStackWhatTheyHold) {
         build("<col margin='2' spacing='3' width='50'><view size='0,0,10,10' titleNT='a'/><row margin='0' "
               "spacing='1'>"
               "<view size='0,0,4,4' titleNT='b'/><view size='0,0,4,4' titleNT='c'/></row></col>"
-              "<row><view size='0,0,4,4'/></row>");
+              "<row><view size='0,0,4,4'/></row>"
+              "<frame margin='1' spacing='2'><frame margin='3'><view size='0,0,5,6' titleNT='d'/></frame>"
+              "<view size='0,0,4,4' titleNT='e'/></frame>");
     UView* column = view->getSubView(0);
     EXPECT_EQ(list(*column), "a@2,2 @2,15");
     EXPECT_EQ(list(*column->getSubView(1)), "b@0,0 c@5,0");
     EXPECT_EQ(column->getFrameSize(), (CmSize{50, 21})) << "at least as wide as it says";
     EXPECT_EQ(view->getSubView(1)->getSubView(0)->getFrameRect().left, 8)
         << "the scheme's margin without one";
+    UView* frame = view->getSubView(2);
+    EXPECT_EQ(list(*frame), "@1,1 e@1,15") << "downwards, and a frame may stand in a frame";
+    EXPECT_EQ(list(*frame->getSubView(0)), "d@3,3");
+}
+
+/// Counts how often it is placed.
+class PlacedView : public UView {
+    QORL_CLASS(PlacedView, UView)
+
+public:
+    using UView::UView;
+    int placed = 0;
+    void moved() override { ++placed; }
+};
+
+TEST_F(UIWizardTest, RowsPlaceTheirChildrenOnceAllAreThere) {
+    controller_->createsView = [](const ViewElement& element) -> UView* {
+        return element.name() == "placed" ? new PlacedView(element.rect()) : nullptr;
+    };
+    const std::pair<const char*, const char*> rows[] = {
+        {"<rowcol style='vertical alignright'>", "</rowcol>"},
+        {"<col margin='0' style='alignright'>", "</col>"},
+    };
+    for (const auto& [begin, end] : rows) {
+        const Ref<UView> view = build(std::string(begin) + "<view name='placed' size='0,0,10,9'/>" +
+                                      "<view size='0,0,20,9'/><view size='0,0,30,9'/>" + end);
+        auto* first = cast<PlacedView>(view->getSubView(0)->getSubView(0));
+        EXPECT_EQ(first->getFrameRect().left, 20) << begin;
+        EXPECT_EQ(first->placed, 1) << begin << ": placed with each child that came";
+    }
+}
+
+TEST_F(UIWizardTest, AMutableBuildsATemplateInAViewOfItsOwn) {
+    others_ = "<template name='C' size='9,9,80,70'><label titleNT='[x]' size='1,2,10,20'/>"
+              "<variant condition='c'><label titleNT='[y]' size='4,5,30,10'/></variant></template>";
+    const Ref<UView> view = build("<mutable variable='[x]|[y]' setting='one|two' impose='c' child='C'/>"
+                                  "<mutable variable='[n]' setting='C' child='[n]'/>");
+    EXPECT_EQ(list(*view->getSubView(0)), "one@1,2 two@4,5");
+    EXPECT_EQ(view->getSubView(0)->getFrameRect(), (CmRect{0, 0, 34, 22})) << "as large as what it holds";
+    EXPECT_EQ(list(*view->getSubView(1)), "[x]@1,2") << "its name goes through variables";
 }
 
 TEST_F(UIWizardTest, TitlesTipsAndCommandsReachTheView) {

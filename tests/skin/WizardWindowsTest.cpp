@@ -16,7 +16,8 @@ class WizardWindowsTest : public ::testing::Test {
 protected:
     WizardWindowsTest() {
         EXPECT_TRUE(wizard_->loadFromString(
-            "<template name='T' title='Panel' style='windowstyle' size='0,0,120,80'><label/></template>"
+            "<template name='T' title='Panel' style='windowstyle' focus-id='b' size='0,0,120,80'><label/>"
+            "<edit id='a'/><edit id='b'/></template>"
             "<template name='D' style='dialogstyle' size='0,0,120,80'><view name='answers "
             "seven'/></template>"));
     }
@@ -33,6 +34,9 @@ TEST_F(WizardWindowsTest, ShowsATemplateAsItOrTheCallerSays) {
     EXPECT_EQ(own->getClientSize(), (CmSize{120, 80}));
     EXPECT_EQ(own->getController(), controller_.get());
     EXPECT_TRUE(own->isVisible());
+    shell_.desktop().chooseFocus(own.get());
+    ASSERT_TRUE(own->getFocusView());
+    EXPECT_EQ(own->getFocusView()->getItem().name(), "b") << "the one that the template names";
     const Ref<UWindow> told = wizard_->showInWindow("T", nullptr, 0xD0, 0, ConstString("Other"));
     EXPECT_EQ(told->getTitle().toUtf8(), "Other");
     EXPECT_EQ(told->getStyle() & 0xFFu, 0xD0u);
