@@ -55,7 +55,7 @@ std::string expectation(const fs::path& file, const std::string& told) {
 std::vector<std::string> documentsIn(const std::string& folder) {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(testFolder() / "skin/documents" / folder))
-        if (entry.path().extension() == ".expected")
+        if (entry.path().extension() == ".xml")
             names.push_back(entry.path().stem().string());
     std::ranges::sort(names);
     return names;

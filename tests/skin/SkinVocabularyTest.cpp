@@ -9,43 +9,57 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <set>
+#include <sstream>
 #include <string>
 
 namespace qorl {
 
 namespace {
 
-TEST(SkinType, NumbersTheTableByRow) {
-    const std::pair<const char*, int> rows[] = {
-        {"unknown", 0}, {"skin", 2},   {"bitmap", 8},   {"scheme", 21}, {"color", 22},
-        {"size", 23},   {"frame", 36}, {"font", 39},    {"view", 47},   {"template", 48},
-        {"rowcol", 76}, {"west", 130}, {"locale", 131},
-    };
-    for (const auto& [tag, row] : rows) {
-        SkinType type = SkinType::unknown;
-        EXPECT_TRUE(findSkinType(tag, type)) << tag;
-        EXPECT_EQ(static_cast<int>(type), row) << tag;
+/// Every element in the order of the table: its tag, `:` and its base, `*` for a view, `-` for one without
+/// `name` and `data`, `+` for one that keeps any attribute, `!` for a tag that is only reserved.
+constexpr const char* elementTable =
+    "unknown comment skin header info include- resources res bitmap:res filmstrip:bitmap "
+    "dbitmap:bitmap bitmapcollection propertycollection section:bitmap cursor:res animation+ fontres! "
+    "bitmapfont shape! area! preset:res scheme color size brush! pen! surface:item translations- "
+    "scripts script definitions define customsettings customitem customgroup templates frame row col "
+    "font variant- controller separated* property- for- set- mutable- view* template* control*+ "
+    "align* relativeattach* alternative* button* helpbutton* switch* checkbox* radiobutton* "
+    "radiogroup:rowcol* scrollbar* slider* rangeslider:slider* knob* ringknob:knob* text* edit:text* "
+    "valuebox:text* rationalbox* updownbox* optmenu:text* opttoggle:text* bitmaptext:text* image* "
+    "label* textview* expandable* rowcol* rack* bitmapscale* bitmapdisplay* decor* multipane* "
+    "listbox* progressbar* bitmapradiobutton* graphics* a* customview* scrolldisplay* texteditor* "
+    "pathselector* scrollview* matrix* columns column extensible* sizehandle* hoverpad* "
+    "dependentcontentview* popupoverlaygadget:switch* keycommandmemo*+ texture* painted* render* "
+    "dragpad* bitmaptextswitch:switch* windowcomposer windowcomposerview* exchangeable* taglist item "
+    "valuedefine universal*+ viewlist*+ tabcluster*+ plainzoneview*+ tabzoneview*+ container* layout+ "
+    "border-layout+ card-layout+ list-layout+ grid-layout+ layout-item+ grid-item+ border-item+ "
+    "center+ north+ east+ south+ west+ locale";
+
+TEST(SkinType, StandsInTheOrderOfTheTable) {
+    std::istringstream rows(elementTable);
+    int32_t row = 0;
+    for (std::string expected; rows >> expected; ++row) {
+        ASSERT_LT(row, skinTypeCount);
+        const auto type = static_cast<SkinType>(row);
+        const SkinTypeTraits& traits = traitsOf(type);
+        std::string actual(nameOf(type));
+        SkinType found = SkinType::unknown;
+        EXPECT_TRUE(findSkinType(actual, found) && found == type) << actual;
+        if (traits.base != SkinType::unknown)
+            actual += ":" + std::string(nameOf(traits.base));
+        actual += traits.isView ? "*" : "";
+        actual += traits.readsName ? "" : "-";
+        actual += traits.keepsUnknown ? "+" : "";
+        actual += traits.hasFactory ? "" : "!";
+        EXPECT_EQ(actual, expected) << "row " << row;
     }
+    EXPECT_EQ(row, skinTypeCount);
     SkinType type = SkinType::view;
-    EXPECT_FALSE(findSkinType("View", type)) << "case counts";
-    EXPECT_FALSE(findSkinType("", type));
-    EXPECT_FALSE(findSkinType("fram", type));
-}
-
-TEST(SkinType, ReservesFiveNames) {
-    std::set<std::string> reserved;
-    for (int i = 0; i < skinTypeCount; ++i)
-        if (!traitsOf(static_cast<SkinType>(i)).hasFactory)
-            reserved.emplace(nameOf(static_cast<SkinType>(i)));
-    EXPECT_EQ(reserved, (std::set<std::string>{"area", "brush", "fontres", "pen", "shape"}));
-}
-
-TEST(SkinType, DerivesAsTheTableSays) {
-    EXPECT_TRUE(isOfType(SkinType::dbitmap, SkinType::res));
-    EXPECT_TRUE(isOfType(SkinType::bitmaptextswitch, SkinType::switch_));
+    for (const char* tag : {"View", "", "fram"})
+        EXPECT_FALSE(findSkinType(tag, type)) << tag;
+    EXPECT_TRUE(isOfType(SkinType::dbitmap, SkinType::res)) << "by way of bitmap";
     EXPECT_FALSE(isOfType(SkinType::switch_, SkinType::bitmaptextswitch));
-    EXPECT_TRUE(traitsOf(SkinType::radiogroup).isView) << "by way of rowcol";
-    EXPECT_FALSE(traitsOf(SkinType::frame).isView);
 }
 
 TEST(SkinAttribute, IsLegalByElementAndBase) {

@@ -429,6 +429,11 @@ TEST_F(UIDescriptionTest, RefusesWhatIsTooLarge) {
     std::filesystem::resize_file(path, (int64_t{64} << 20) + 1);
     EXPECT_FALSE(loadFile(path));
     EXPECT_THAT(firstError(), ::testing::HasSubstr("large.xml:1:1: error: the document is too large"));
+    write("half.xml", "<skin>" + std::string(40 << 20, ' ') + "</skin>");
+    std::filesystem::resize_file(write("other.xml", "<skin>"), int64_t{40} << 20);
+    EXPECT_FALSE(loadFile(write(
+        "sum.xml", "<skin><header><include file='half.xml'/><include file='other.xml'/></header></skin>")));
+    EXPECT_THAT(firstError(), ::testing::HasSubstr("other.xml:1:1: error: the document is too large"));
 }
 
 } // namespace
