@@ -7,13 +7,7 @@
 namespace qorl {
 namespace {
 
-/// Of an interface, behind its three root operations.
-template <typename... Operations>
-void expectBehindTheRoot(Operations... operations) {
-    ptrdiff_t wanted = 3;
-    for (const ptrdiff_t entry : {testing::entryOf(operations)...})
-        EXPECT_EQ(entry, wanted++);
-}
+using testing::expectBehindTheRoot;
 
 TEST(GraphicsSlots, OfInterfacesFollowTheRoot) {
     expectBehindTheRoot(

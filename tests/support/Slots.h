@@ -42,6 +42,20 @@ inline void expectConsecutive(std::initializer_list<SlotRow> rows, ptrdiff_t fir
     }
 }
 
+/// That the operations follow each other in the table of an interface, behind `before` entries.
+template <typename... Operations>
+void expectEntriesBehind(ptrdiff_t before, Operations... operations) {
+    ptrdiff_t wanted = before;
+    for (const ptrdiff_t entry : {entryOf(operations)...})
+        EXPECT_EQ(entry, wanted++);
+}
+
+/// Of an interface, behind its three root operations.
+template <typename... Operations>
+void expectBehindTheRoot(Operations... operations) {
+    expectEntriesBehind(3, operations...);
+}
+
 #define SLOT(Class, operation)                                                                               \
     ::qorl::testing::SlotRow {                                                                               \
         ::qorl::testing::slotOf(&Class::operation), #operation                                               \

@@ -114,7 +114,8 @@ TEST(UViewTable, KeepsItsPublishedOrderBehindTheObject) {
     ptrdiff_t expected = entryOf(&CmObject::clone) + 1;
     for (const Row& row : publishedOrder)
         EXPECT_EQ(row.entry, expected++) << row.name;
-    EXPECT_GE(entryOf(&UView::click), expected) << "an operation of ours stands in the published table";
+    for (const ptrdiff_t own : {entryOf(&UView::click), entryOf(&UView::invalidateLayout)})
+        EXPECT_GE(own, expected) << "an operation of ours stands in the published table";
 }
 
 TEST(UViewTable, StaysSmall) {
