@@ -4,7 +4,9 @@
 #include "support/PoisonedView.h"
 
 #include <functional>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <regex>
 #include <utility>
 
 namespace qorl {
@@ -155,91 +157,118 @@ TEST(URowColumn, StaysStillWhileSuspended) {
     EXPECT_EQ(toText(row.getFrameRect()), "0,0,10,10");
 }
 
-constexpr const char* sharedRow =
-    "<rowcol style='horizontal fitinparent' spacing='0,0,10,0' size='0,0,200,20' attach='all'>"
-    "<container size='0,0,30,20'/><container size='0,0,40,20' attach='left right top bottom'/>"
-    "<container size='0,0,80,20' attach='left right'/></rowcol>";
+/// A skin or the places of views with both axes exchanged.
+std::string turned(std::string text) {
+    const auto exchange = [&text](const std::string& one, const std::string& other) {
+        text = std::regex_replace(text, std::regex("\\b" + one + "\\b"), "?");
+        text = std::regex_replace(text, std::regex("\\b" + other + "\\b"), one);
+        text = std::regex_replace(text, std::regex("\\?"), other);
+    };
+    exchange("horizontal", "vertical");
+    exchange("left", "top");
+    exchange("right", "bottom");
+    return std::regex_replace(text, std::regex("(-?\\d+),(-?\\d+),(-?\\d+),(-?\\d+)"), "$2,$1,$4,$3");
+}
 
-/// The first keeps its 30; 40 and 80 share what three gaps of 10 leave.
-TEST(URowColumn, SharesItsRoomAmongThoseThatStretch) {
-    HeadlessShell shell{sharedRow};
-    UView& row = shell.view(0);
-    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,46,20 96,0,93,20");
+/// Written for a row, and played for a column as well.
+class SharedRow : public ::testing::TestWithParam<uint32_t> {
+protected:
+    bool isRow() const { return GetParam() == RowColumnStyle::horizontal; }
+    CmSize along(int32_t along, int32_t across) const {
+        return isRow() ? CmSize{along, across} : CmSize{across, along};
+    }
+    std::string skin(const std::string& text) const { return isRow() ? text : turned(text); }
+    std::string places(UView& view) const { return skin(placesIn(view)); }
+    void resize(UView& view, int32_t alongAxis, int32_t across) const {
+        const CmSize size = along(alongAxis, across);
+        qorl::resize(view, size.width, size.height);
+    }
+
+    /// The first keeps its 30; 40 and 80 share what three gaps of 10 leave.
+    HeadlessShell shell{
+        skin("<rowcol style='horizontal fitinparent' spacing='0,0,10,0' size='0,0,200,20' attach='all'>"
+             "<container size='0,0,30,20'/><container size='0,0,40,20' attach='left right top bottom'/>"
+             "<container size='0,0,80,20' attach='left right'/></rowcol>"
+             "<rowcol style='horizontal fitinparent' spacing='3,4,10,0' size='0,0,200,40'>"
+             "<container size='0,9,30,20'/><container size='0,0,30,0'/>"
+             "<container size='0,9,40,20' attach='left right top bottom'/></rowcol>"
+             "<rowcol style='horizontal fitinparent' size='0,0,200,50' attach='all'>"
+             "<container size='0,0,20,30'/><container size='0,0,30,40' attach='bottom'/></rowcol>")};
+    URowColumn& row = shell.view<URowColumn>(0);
+};
+
+INSTANTIATE_TEST_SUITE_P(Along, SharedRow,
+                         ::testing::Values(RowColumnStyle::horizontal, RowColumnStyle::vertical),
+                         [](const auto& axis) {
+                             return axis.param == RowColumnStyle::horizontal ? "Row" : "Column";
+                         });
+
+TEST_P(SharedRow, GivesItsRoomToThoseThatStretch) {
+    EXPECT_EQ(places(row), "0,0,30,20 40,0,46,20 96,0,93,20");
     resize(row, 360, 20);
-    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,100,20 150,0,200,20");
+    EXPECT_EQ(places(row), "0,0,30,20 40,0,100,20 150,0,200,20");
     resize(row, 360, 26);
-    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,100,26 150,0,200,20") << "across, the attach rule";
+    EXPECT_EQ(places(row), "0,0,30,20 40,0,100,26 150,0,200,20") << "across, the attach rule";
 }
 
-TEST(URowColumn, PutsThoseThatShareAtTheMarginAcross) {
-    HeadlessShell shell{"<rowcol style='horizontal fitinparent' spacing='3,4,10,0' size='0,0,200,40'>"
-                        "<container size='0,9,30,20'/><container size='0,0,30,0'/>"
-                        "<container size='0,9,40,20' attach='left right top bottom'/></rowcol>"};
-    auto& row = shell.view<URowColumn>(0);
-    EXPECT_EQ(placesIn(row), "3,4,30,20 0,0,30,0 43,4,150,20");
-    row.getRowColumnLayout().offsetX = 2;
-    row.getRowColumnLayout().offsetY = -1;
-    resize(row, 200, 46);
-    EXPECT_EQ(placesIn(row), "5,3,30,20 0,0,30,0 45,3,150,26");
+TEST_P(SharedRow, PutsItsChildrenAtTheMarginAcross) {
+    auto& second = shell.view<URowColumn>(1);
+    EXPECT_EQ(places(second), "3,4,30,20 0,0,30,0 43,4,150,20");
+    RowColumnLayout& layout = second.getRowColumnLayout();
+    (isRow() ? layout.offsetX : layout.offsetY) = 2;
+    (isRow() ? layout.offsetY : layout.offsetX) = -1;
+    resize(second, 200, 46);
+    EXPECT_EQ(places(second), "5,3,30,20 0,0,30,0 45,3,150,26");
 }
 
-TEST(URowColumn, FollowsResizesFromBeforeItsWindowAndFromBeforeItsChildren) {
-    HeadlessShell shell;
-    const auto row =
-        make<URowColumn>(CmRect{0, 0, 100, 10}, RowColumnStyle::horizontal | RowColumnStyle::fitInParent);
-    const auto child = make<UView>(CmRect{0, 0, 40, 10});
+TEST_P(SharedRow, FollowsResizesFromBeforeItsWindowAndFromBeforeItsChildren) {
+    const auto fresh =
+        make<URowColumn>(CmRect::ofSize({}, along(100, 10)), GetParam() | RowColumnStyle::fitInParent);
+    const auto child = make<UView>(CmRect::ofSize({}, along(40, 10)));
     child->setAttach(viewAttachAll);
-    row->addSubView(child);
-    resize(*row, 100, 30);
-    shell.window().addSubView(row);
-    EXPECT_EQ(placesIn(*row), "0,0,100,30");
-    row->removeSubView(child.get());
-    shell.window().removeSubView(row.get());
-    shell.window().addSubView(row);
-    row->addSubView(child);
-    resize(*row, 120, 50);
-    EXPECT_EQ(placesIn(*row), "0,0,120,50");
+    fresh->addSubView(child);
+    resize(*fresh, 100, 30);
+    shell.window().addSubView(fresh);
+    EXPECT_EQ(places(*fresh), "0,0,100,30");
+    fresh->removeSubView(child.get());
+    shell.window().removeSubView(fresh.get());
+    shell.window().addSubView(fresh);
+    fresh->addSubView(child);
+    resize(*fresh, 120, 50);
+    EXPECT_EQ(places(*fresh), "0,0,120,50");
 }
 
-TEST(URowColumn, ComesBackFromNothing) {
-    HeadlessShell shell{sharedRow};
-    UView& row = shell.view(0);
-    const std::string before = placesIn(row);
+TEST_P(SharedRow, ComesBackFromNothing) {
+    const std::string before = places(row);
     for (int32_t width = 200; width >= 0; width -= 7)
         resize(row, width, 20);
     resize(row, 0, 20);
-    EXPECT_EQ(row.getSubView(1)->getFrameRect().width(), 0);
+    EXPECT_THAT(places(row), ::testing::HasSubstr(" 40,0,0,20"));
     for (int32_t width = 0; width < 200; width += 3)
         resize(row, width, 20);
     resize(row, 200, 20);
-    EXPECT_EQ(placesIn(row), before);
+    EXPECT_EQ(places(row), before);
 }
 
-TEST(URowColumn, MeasuresShareByTheSizeThatAChildTakesItself) {
-    HeadlessShell shell{sharedRow};
-    UView& row = shell.view(0);
-    row.childFrameRequest(row.getSubView(1), {0, 0, 80, 20}, true);
-    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,70,20 120,0,70,20");
+TEST_P(SharedRow, MeasuresShareByTheSizeThatAChildTakesItself) {
+    row.childFrameRequest(row.getSubView(1), CmRect::ofSize({}, along(80, 20)), true);
+    EXPECT_EQ(places(row), "0,0,30,20 40,0,70,20 120,0,70,20");
 }
 
-TEST(URowColumn, GivesTheRoomOfAHiddenOrRemovedChildToTheOthers) {
-    HeadlessShell shell{sharedRow};
-    UView& row = shell.view(0);
+TEST_P(SharedRow, GivesTheRoomOfAHiddenOrRemovedChildToTheOthers) {
     row.getSubView(1)->hide();
-    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,150,20");
+    EXPECT_EQ(places(row), "0,0,30,20 40,0,150,20");
     row.getSubView(1)->show();
-    EXPECT_EQ(placesIn(row), "0,0,30,20 40,0,46,20 96,0,93,20");
+    EXPECT_EQ(places(row), "0,0,30,20 40,0,46,20 96,0,93,20");
     row.removeSubView(row.getSubView(0));
-    EXPECT_EQ(placesIn(row), "0,0,60,20 70,0,120,20");
+    EXPECT_EQ(places(row), "0,0,60,20 70,0,120,20");
 }
 
-TEST(URowColumn, LeavesChildrenAloneWhenNoneStretches) {
-    HeadlessShell shell{"<rowcol style='vertical fitinparent' size='0,0,50,200' attach='all'>"
-                        "<container size='0,0,30,20'/><container size='0,0,40,30' attach='right'/></rowcol>"};
-    UView& column = shell.view(0);
-    resize(column, 50, 10);
-    EXPECT_EQ(placesIn(column), "0,0,30,20 0,20,40,30");
-    EXPECT_EQ(toText(column.getFrameRect()), "0,0,50,10");
+TEST_P(SharedRow, LeavesChildrenAloneWhenNoneStretches) {
+    UView& third = shell.view(2);
+    resize(third, 10, 50);
+    EXPECT_EQ(places(third), "0,0,20,30 20,0,30,40");
+    EXPECT_EQ(third.getFrameSize(), along(10, 50));
 }
 
 TEST(URowColumn, ResizesItsParentBeforeItself) {
