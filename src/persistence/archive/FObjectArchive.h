@@ -80,7 +80,6 @@ public:
     int32_t checkStream(const char* text = nullptr);
 
     FStream& stream() const { return stream_; }
-    bool isStoring() const { return storing_; }
     /// The error of the last `readObject`, 0 for none; `streamFailed` stays.
     int32_t lastError() const { return lastError_; }
     /// `streamFailed` not for the stream's fault: there was no memory, or an object was nested too deep. None

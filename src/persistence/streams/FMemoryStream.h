@@ -73,7 +73,6 @@ public:
     char* data() const { return memory_.bytes; }
     int64_t size() const { return memory_.size; }
     int64_t capacity() const { return capacity_; }
-    bool ownsMemory() const { return ownsMemory_; }
     std::string_view bytes() const { return {memory_.bytes, static_cast<size_t>(memory_.size)}; }
 
     /// A 32-bit length and then the bytes. Stands at the start when loaded.
