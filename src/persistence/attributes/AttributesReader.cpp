@@ -273,10 +273,12 @@ private:
         return true;
     }
 
-    void tellTooLong() const {
-        const std::string text = "a text of \"" + text::brief(key_) + "\" is longer than 50000 bytes";
+    static void reportLength(const std::string& what) {
+        const std::string text =
+            what + " is longer than " + std::to_string(String::maxStoredBytes) + " bytes";
         FObjectArchive::reportGlobally(FObjectArchive::malformed, text.c_str());
     }
+    void tellTooLong() const { reportLength("a text of \"" + text::brief(key_) + '"'); }
 
     bool readBinary(FMemoryStream& memory) {
         int32_t left = 0;
@@ -344,8 +346,7 @@ private:
     bool readClassName() {
         const TextRead result = readText();
         if (result == TextRead::tooLong)
-            FObjectArchive::reportGlobally(FObjectArchive::malformed,
-                                           "a class name is longer than 50000 bytes");
+            reportLength("a class name");
         return result != TextRead::failed;
     }
 

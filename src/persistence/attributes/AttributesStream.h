@@ -11,8 +11,8 @@ namespace qorl {
 // again, only its number stands. On reading no class is needed: an object is created when somebody asks for
 // it. So a body can be read and written again where its classes are unknown.
 //
-// Bodies may be nested 10000 deep. Both operations tell in `fault`, when it is given, where the body or the
-// stream was at fault and what would have been right.
+// Bodies may be nested `AttributesForm::maxDepth` deep. Both operations tell in `fault`, when it is given,
+// where the body or the stream was at fault and what would have been right.
 
 /// What becomes of objects that old files store without a number. One that is created as soon as it is read
 /// is dropped if its class is unknown, if it has none, or if it refuses its attributes; one that is kept
@@ -20,9 +20,9 @@ namespace qorl {
 enum class OldObjects : uint8_t { created, kept };
 
 /// Writes the body as a whole, at the end, or nothing of it: false when a text or a key is longer than it
-/// could be read back (50000 bytes; XML or a binary value hold any length), for a binary value of 2 GB and
-/// more, when attributes are nested too deep, when memory ran out, and when the stream does not take all
-/// bytes. An object that has no attribute form is left out.
+/// could be read back (`String::maxStoredBytes`; XML or a binary value hold any length), for a binary value
+/// of 2 GB and more, when attributes are nested too deep, when memory ran out, and when the stream does not
+/// take all bytes. An object that has no attribute form is left out.
 bool writeAttributes(FBinaryStream& stream, const FAttributes& attributes, std::string* fault = nullptr);
 
 /// Adds the body's entries to `attributes`. False for a damaged body and when memory ran out; what was read

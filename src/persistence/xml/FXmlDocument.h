@@ -17,7 +17,7 @@ namespace qorl {
 /// that go with them (`data`); whatever these refer to stands behind them, each object once. The simpler form
 /// holds one list of attributes. Objects come to life when they are asked for, so a document passes through
 /// unchanged where a class is missing. Texts of any length read back as they were written; keys have at most
-/// 2048 characters, and elements are nested at most 1000 deep.
+/// `FXmlParser::maxValueLength` bytes, and elements are nested at most `FXmlParser::maxDepth` deep.
 ///
 /// Every operation gives false without memory. A document that is damaged gives false, too; what was read
 /// before the damage stays. Threading: one thread at a time.

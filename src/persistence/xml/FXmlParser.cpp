@@ -292,10 +292,11 @@ FXmlParser::Scan FXmlParser::scanStartTag(const char*& at, std::string_view& nam
         start = at;
         const Scan scan = scanAttribute(at, view);
         if (scan == Scan::bad) {
-            const char* detail = view.name.empty() ? "an attribute's name is missing"
-                                 : view.name.size() > maxNameLength
-                                     ? "an attribute's name is longer than 48 bytes"
-                                     : "an attribute's value must stand in quotes";
+            const std::string detail =
+                view.name.empty() ? "an attribute's name is missing"
+                : view.name.size() > maxNameLength
+                    ? "an attribute's name is longer than " + std::to_string(maxNameLength) + " bytes"
+                    : "an attribute's value must stand in quotes";
             const char* data = buffer_.data();
             fail(Error::malformed, detail, static_cast<size_t>(start - data), static_cast<size_t>(at - data));
         }
@@ -320,15 +321,18 @@ void FXmlParser::parseStartTag(void* context) {
         }
         const auto used = static_cast<size_t>(buffer_.used());
         if (used - at_ > maxTagBytes)
-            return fail(Error::malformed, "a tag is longer than 1 MB", at_, used);
+            return fail(Error::malformed, "a tag is longer than " + std::to_string(maxTagBytes >> 20) + " MB",
+                        at_, used);
         if (!readAsMuchAgain())
             return fail(Error::unexpectedEnd, "a tag is not closed", at_,
                         static_cast<size_t>(buffer_.used()));
     }
     if (name.size() > maxTagNameLength)
-        return fail(Error::malformed, "a tag's name is longer than 4096 bytes", held_, at_);
+        return fail(Error::malformed,
+                    "a tag's name is longer than " + std::to_string(maxTagNameLength) + " bytes", held_, at_);
     if (open_.size() >= maxDepth)
-        return fail(Error::malformed, "elements are nested deeper than 1000", held_, at_);
+        return fail(Error::malformed, "elements are nested deeper than " + std::to_string(maxDepth), held_,
+                    at_);
     if (!isEmpty) {
         open_.push_back(openNames_.size());
         openNames_.append(name);
@@ -358,8 +362,9 @@ bool FXmlParser::decodeAttributes() {
             decodeValue(view);
         if (isTooLong(view.value)) {
             const auto start = static_cast<size_t>(view.name.data() - buffer_.data());
-            fail(Error::malformed, "an attribute's value is longer than 2048 characters", start,
-                 static_cast<size_t>(raw.data() + raw.size() - buffer_.data()) + 1);
+            fail(Error::malformed,
+                 "an attribute's value is longer than " + std::to_string(maxValueLength) + " characters",
+                 start, static_cast<size_t>(raw.data() + raw.size() - buffer_.data()) + 1);
             return false;
         }
     }
@@ -397,7 +402,8 @@ void FXmlParser::parseEndTag(void* context) {
             break;
         const auto used = static_cast<size_t>(buffer_.used());
         if (used - at_ > maxTagBytes)
-            return fail(Error::malformed, "a tag is longer than 1 MB", at_, used);
+            return fail(Error::malformed, "a tag is longer than " + std::to_string(maxTagBytes >> 20) + " MB",
+                        at_, used);
         if (!readAsMuchAgain())
             return fail(Error::unexpectedEnd, "a tag is not closed", at_,
                         static_cast<size_t>(buffer_.used()));

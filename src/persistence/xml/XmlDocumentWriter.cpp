@@ -90,7 +90,8 @@ bool XmlDocumentWriter::isRootName(std::string_view key) {
     if (key.empty())
         return fail("a root has no name");
     return key.size() <= FXmlParser::maxValueLength ||
-           fail("the name of a root, \"" + text::brief(key) + "\", is longer than 2048 bytes");
+           fail("the name of a root, \"" + text::brief(key) + "\", is longer than " +
+                std::to_string(longestValue) + " bytes");
 }
 
 bool XmlDocumentWriter::writeRoot(const FStringIDAttribute& entry) {
@@ -142,7 +143,7 @@ bool XmlDocumentWriter::writeQueue() {
 
 bool XmlDocumentWriter::writeBody(const FAttributes& attributes, int32_t level) {
     if (!attributes.isEmpty() && level >= static_cast<int32_t>(FXmlParser::maxDepth))
-        return fail("attributes are nested deeper than 1000");
+        return fail("attributes are nested deeper than " + std::to_string(FXmlParser::maxDepth));
     for (int32_t i = 0; i < attributes.count(); ++i)
         if (!writeEntry(*attributes.at(i), level))
             return false;
@@ -152,7 +153,8 @@ bool XmlDocumentWriter::writeBody(const FAttributes& attributes, int32_t level) 
 bool XmlDocumentWriter::writeEntry(const FStringIDAttribute& entry, int32_t level) {
     const std::string_view key = entry.key();
     if (key.size() > FXmlParser::maxValueLength)
-        return fail("the key \"" + text::brief(key) + "\" is longer than 2048 bytes");
+        return fail("the key \"" + text::brief(key) + "\" is longer than " + std::to_string(longestValue) +
+                    " bytes");
     switch (entry.kind()) {
     case FAttributeValue::integer:
         open("int", key, level).put(" value=\"").putInteger(entry.getInteger());
@@ -215,7 +217,8 @@ bool XmlDocumentWriter::writeList(CmObject* list, std::string_view key, int32_t 
     };
     const auto beginItem = [&]() -> XmlLine& { return indent(level + 1).put("<item value=\""); };
     if (level + 1 >= static_cast<int32_t>(FXmlParser::maxDepth))
-        return fail("the list \"" + text::brief(key) + "\" is nested deeper than 1000");
+        return fail("the list \"" + text::brief(key) + "\" is nested deeper than " +
+                    std::to_string(FXmlParser::maxDepth));
     bool isGood = true;
     if (const auto* integers = cast<FIntList>(list)) {
         isGood = begin("int");
@@ -338,7 +341,7 @@ bool XmlDocumentWriter::writeFull(CmObject* object, uint64_t id, const std::stri
     if (!take(object, name, stored))
         return false;
     if (stored.className.size() > longestValue)
-        return fail("a class name is longer than 2048 characters");
+        return fail("a class name is longer than " + std::to_string(longestValue) + " characters");
     indent(level).put("<obj class=\"");
     putClassName(stored.className.toUtf8());
     lines_.put('"');
