@@ -38,16 +38,17 @@ ArrayStorage::~ArrayStorage() {
 
 bool ArrayStorage::setCapacity(int32_t capacity) {
     capacity = std::max(capacity, 0);
-    std::unique_ptr<CmObject*[]> block(new (std::nothrow) CmObject*[static_cast<size_t>(capacity)]);
-    if (!block)
+    removeFrom(capacity);
+    // Large blocks grow where they stand, or by their pages: nothing is copied then.
+    const size_t room = sizeof(CmObject*) * static_cast<size_t>(std::max(capacity, 1));
+    auto* block = static_cast<CmObject**>(std::realloc(array_.get(), room));
+    if (block) {
+        static_cast<void>(array_.release());
+        array_.reset(block);
+    } else if (capacity > size_) {
         return lackMemory();
-    const int32_t kept = std::min(count_, capacity);
-    std::copy_n(array_.get(), kept, block.get());
-    const std::unique_ptr<CmObject*[]> old = std::exchange(array_, std::move(block));
-    const int32_t before = std::exchange(count_, kept);
+    }
     size_ = capacity;
-    for (int32_t i = kept; i < before; ++i)
-        give(old[static_cast<size_t>(i)]);
     return true;
 }
 
@@ -93,8 +94,12 @@ bool ArrayStorage::removeAt(int32_t index) {
 }
 
 void ArrayStorage::removeAll() {
+    removeFrom(0);
+}
+
+void ArrayStorage::removeFrom(int32_t place) {
     // From the end, so that whoever is reached from a destructor finds the array in order.
-    while (count_ > 0) {
+    while (count_ > place) {
         CmObject* removed = std::exchange(array_[static_cast<size_t>(--count_)], nullptr);
         give(removed);
     }

@@ -2,6 +2,7 @@
 
 #include "foundation/containers/CmContainer.h"
 
+#include <cstdlib>
 #include <memory>
 #include <span>
 
@@ -69,13 +70,18 @@ protected:
 private:
     friend class CmArrayIterator;
 
+    struct FreeBlock {
+        void operator()(CmObject** block) const { std::free(block); }
+    };
+
     /// True when there is room for one more.
     bool grow();
+    void removeFrom(int32_t place);
 
     int32_t growth_ = defaultGrowth;
     int32_t count_ = 0;
     bool isGrowthStored_ = false; ///< Nothing but a stream vouches for it.
-    std::unique_ptr<CmObject*[]> array_;
+    std::unique_ptr<CmObject*[], FreeBlock> array_;
 };
 
 /// Walks either array, by index.
