@@ -155,8 +155,9 @@ void CmHashTable::removeAll() {
     nodes.swap(nodes_);
     buckets_.reset();
     count_ = 0;
-    for (const Node* node = std::exchange(chain_, {}).head; node; node = node->next)
-        give(node->object);
+    chain_ = {};
+    // Not along the chain, which leads through all of the memory.
+    nodes.forEachObject([this](CmObject* object) { give(object); });
 }
 
 CmObject* CmHashTable::find(const CmObject* object) const {

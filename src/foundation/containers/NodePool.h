@@ -9,7 +9,8 @@
 namespace qorl {
 
 /// Memory for the nodes of one container, in blocks that grow with their number: cheaper than one by one, and
-/// neighbours stand together. What is given back is taken again first; the blocks go when the pool does.
+/// neighbours stand together. What is given back is taken again first; the blocks go when the pool does. A
+/// node that is not in use has no `object`.
 template <typename Node>
 class NodePool {
     static_assert(std::is_trivially_destructible_v<Node>);
@@ -38,8 +39,20 @@ public:
         return new (nodes_++) Node{};
     }
     void give(Node* node) {
+        node->object = nullptr;
         node->next = free_;
         free_ = node;
+    }
+    /// Calls `visit(object)` for all nodes in use, as they stand in memory.
+    template <typename Visit>
+    void forEachObject(Visit visit) const {
+        size_t used = size_ - left_;
+        for (Block* block = blocks_; block; block = block->next) {
+            for (Node* node = nodesOf(block); used > 0; --used, ++node)
+                if (node->object)
+                    visit(node->object);
+            used = block->next ? block->next->size : 0;
+        }
     }
     void swap(NodePool& other) noexcept {
         std::swap(blocks_, other.blocks_);
@@ -52,18 +65,21 @@ public:
 private:
     struct alignas(Node) Block {
         Block* next;
+        size_t size;
     };
 
     static constexpr size_t fewest = 8;
     static constexpr size_t most = 1024;
+
+    static Node* nodesOf(Block* block) { return reinterpret_cast<Node*>(block + 1); }
 
     bool addBlock() {
         const size_t size = std::clamp(2 * size_, fewest, most);
         void* memory = ::operator new(sizeof(Block) + size * sizeof(Node), std::nothrow);
         if (!memory)
             return false;
-        blocks_ = new (memory) Block{blocks_};
-        nodes_ = reinterpret_cast<Node*>(blocks_ + 1);
+        blocks_ = new (memory) Block{blocks_, size};
+        nodes_ = nodesOf(blocks_);
         left_ = size_ = size;
         return true;
     }
