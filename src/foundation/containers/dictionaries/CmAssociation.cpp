@@ -15,13 +15,21 @@ QORL_REGISTER(CmAssociation, "CmAssociation", CmObject, 0)
 
 namespace {
 
-/// Puts `object` in the place of what is held, by the rule of either.
-void exchange(CmObject*& held, Ownership& heldBy, CmObject* object, Ownership ownership) {
+void take(CmObject* object, Ownership ownership) {
     if (object && ownership == Ownership::share)
         object->addRef();
+}
+
+void give(CmObject* object, Ownership ownership) {
+    if (object && releases(ownership))
+        releaseDeep(object);
+}
+
+/// Puts `object` in the place of what is held, by the rule of either.
+void exchange(CmObject*& held, Ownership& heldBy, CmObject* object, Ownership ownership) {
+    take(object, ownership);
     CmObject* old = std::exchange(held, object);
-    if (releases(std::exchange(heldBy, ownership)) && old)
-        releaseDeep(old);
+    give(old, std::exchange(heldBy, ownership));
 }
 
 /// Of two pairs that both own, each has a reference.
@@ -39,9 +47,11 @@ bool readPart(FObjectArchive& archive, Ref<CmObject>& part) {
 } // namespace
 
 CmAssociation::CmAssociation(CmObject* key, CmObject* object, Ownership keyOwnership,
-                             Ownership objectOwnership) {
-    setKey(key, keyOwnership);
-    setObject(object, objectOwnership);
+                             Ownership objectOwnership)
+    : key_(key), object_(object), keyOwnership_(keyOwnership), objectOwnership_(objectOwnership),
+      keyIsPair_(isPlainPair(key)) {
+    take(key, keyOwnership);
+    take(object, objectOwnership);
 }
 
 CmAssociation::CmAssociation(const CmAssociation& other)
@@ -49,12 +59,13 @@ CmAssociation::CmAssociation(const CmAssociation& other)
                     ownershipOfCopy(other.objectOwnership_)) {}
 
 CmAssociation::~CmAssociation() {
-    setObject(nullptr, Ownership::none);
-    setKey(nullptr, Ownership::none);
+    give(std::exchange(object_, nullptr), objectOwnership_);
+    keyIsPair_ = false;
+    give(std::exchange(key_, nullptr), keyOwnership_);
 }
 
 void CmAssociation::setKey(CmObject* key, Ownership ownership) {
-    keyIsPair_ = key && key->isTypeOf(className(), false);
+    keyIsPair_ = isPlainPair(key);
     exchange(key_, keyOwnership_, key, ownership);
 }
 

@@ -50,6 +50,8 @@ public:
 
 private:
     void setKey(CmObject* key, Ownership ownership);
+    /// Not of a class derived from the pair, which may compare in a way of its own.
+    static bool isPlainPair(const CmObject* key) { return key && key->isTypeOf(className(), false); }
     /// Whether this is not among the keys of `key`, as far as they are followed.
     bool canHave(const CmObject* key) const;
     /// The key, when that is a pair which leaves everything to its own key.
