@@ -62,12 +62,19 @@ void shuffle(Objects& objects) {
     std::shuffle(objects.begin(), objects.end(), std::mt19937(7));
 }
 
+/// Each number as another one, without any order: the last step of MurmurHash3.
+uint32_t mixed(uint32_t number) {
+    number = (number ^ number >> 16) * 0x85EBCA6B;
+    number = (number ^ number >> 13) * 0xC2B2AE35;
+    return number ^ number >> 16;
+}
+
 /// Objects of mixed numbers, each once, in the order of their making.
 template <typename Type = Element>
 Objects makeObjects(const benchmark::State& state) {
     Objects objects;
     for (uint32_t i = 0; i < state.range(0); ++i)
-        objects.push_back(make<Type>(i * 2654435761u));
+        objects.push_back(make<Type>(mixed(i)));
     return objects;
 }
 
