@@ -2,6 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FStream.h"
 
 #include <map>
@@ -11,7 +12,7 @@
 
 namespace qorl {
 
-/// A number and links to other objects: what archives store graphs of.
+/// A number and links to other objects: what archives and documents store graphs of.
 class GraphNode : public CmObject {
     QORL_CLASS(GraphNode, CmObject)
     QORL_RECORD(GraphNode)
@@ -41,6 +42,25 @@ public:
         return isDone;
     }
 
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setInteger("value", value);
+        if (next)
+            attributes->setObject("next", next.get(), FAttributes::Hold::retain);
+        for (const auto& link : links) {
+            auto given = retain(link.get());
+            if (attributes->appendObject("links", given.get(), true))
+                static_cast<void>(given.detach());
+        }
+        return isStorable;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        value = static_cast<int32_t>(attributes->getInteger("value"));
+        next = attributes->getObject("next");
+        while (Ref<CmObject> link = attributes->nextObject("links"))
+            links.push_back(std::move(link));
+        return true;
+    }
+
     /// The graph as text, equal for equal graphs: each node's value and links, by order of their first visit.
     static std::string describe(CmObject* root) {
         std::map<CmObject*, size_t> numbers;
@@ -55,6 +75,8 @@ public:
         for (size_t i = 0; i < all.size(); ++i) {
             auto* node = cast<GraphNode>(all[i]);
             text += node ? std::to_string(node->value) + ": " : all[i] ? all[i]->getClassName() : "null";
+            if (node && node->next)
+                text += '>' + number(node->next.get());
             for (size_t link = 0; node && link < node->links.size(); ++link)
                 text += number(node->links[link].get());
             text += '\n';
@@ -69,6 +91,7 @@ public:
             for (auto& link : node->links)
                 links.push_back(std::move(link));
             node->links.clear();
+            links.push_back(std::move(node->next));
         }
     }
 
@@ -76,6 +99,9 @@ public:
 
     int32_t value;
     std::vector<Ref<CmObject>> links;
+    /// One link more, by a name; only documents store it.
+    Ref<CmObject> next;
+    bool isStorable = true;
 };
 
 } // namespace qorl

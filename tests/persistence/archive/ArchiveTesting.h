@@ -7,6 +7,8 @@
 #include "support/GraphNode.h"
 
 #include <charconv>
+#include <gtest/gtest.h>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -110,6 +112,52 @@ inline Ref<GraphNode> makeNode(int32_t value, std::initializer_list<Ref<CmObject
     auto node = make<GraphNode>(value);
     node->links.assign(links);
     return node;
+}
+
+/// The bytes of a node 7 that links to nothing, to itself, and to a second one of its class, 8.
+struct StoredLoop {
+    uint16_t byteOrder;
+    const char* bytes;
+};
+
+/// That archives store the loop as these bytes, and read it from them.
+template <typename Archive>
+void expectLoop(std::span<const StoredLoop> rows) {
+    for (const auto& [byteOrder, text] : rows) {
+        SCOPED_TRACE(byteOrder);
+        const auto node = makeNode(7);
+        node->links = {nullptr, node, makeNode(8)};
+        const std::string bytes = bytesOf(text);
+        Storing<Archive> storing(byteOrder);
+        EXPECT_TRUE(storing.archive.writeObject(node.get()));
+        EXPECT_EQ(hexOf(storing.bytes()), hexOf(bytes));
+
+        Reading<Archive> reading(bytes, byteOrder);
+        EXPECT_EQ(GraphNode::describe(reading.next("GraphNode").get()), GraphNode::describe(node.get()));
+        EXPECT_EQ(reading.archive.getStoredVersion("GraphNode"), 3);
+        GraphNode::cutAll();
+    }
+}
+
+/// That a class stored twice has these bytes, comes back with its version, and that `behind` holds two that
+/// can't be read.
+template <typename Archive>
+void expectClassTwice(std::string_view text, std::string_view behind, const char* reports) {
+    Storing<Archive> storing;
+    EXPECT_TRUE(storing.archive.writeClass(&GraphNode::classRecord()));
+    EXPECT_TRUE(storing.archive.writeClass(&GraphNode::classRecord()));
+    EXPECT_FALSE(storing.archive.writeClass(nullptr));
+    EXPECT_EQ(hexOf(storing.bytes()), hexOf(bytesOf(text)));
+    const std::string bytes = storing.bytes() + bytesOf(behind);
+    Reading<Archive> reading(bytes);
+    EXPECT_EQ(reading.archive.getVersion(), 0);
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_EQ(reading.archive.readClass(), &GraphNode::classRecord());
+        EXPECT_EQ(reading.archive.getVersion(), 3);
+    }
+    EXPECT_EQ(reading.archive.readClass(), nullptr);
+    EXPECT_EQ(reading.archive.readClass(), nullptr);
+    EXPECT_EQ(reading.log.text, reports);
 }
 
 } // namespace qorl

@@ -18,11 +18,6 @@ using Reads = Reading<FSizedArchive>;
 /// As a later one, with a value.
 #define LATER_NODE(value) "13 00 00 80  08 00 00 00 " value " 00 00 00  00 00 00 00 "
 
-struct StoredLoop {
-    uint16_t byteOrder;
-    const char* bytes;
-};
-
 /// A node that links to nothing, to itself, and to a second one of its class.
 constexpr StoredLoop storedLoops[] = {
     {0, NODE_MARKERS "20 00 00 00"
@@ -36,20 +31,7 @@ constexpr StoredLoop storedLoops[] = {
 };
 
 TEST(FSizedArchive, HasItsBytesInBothOrders) {
-    for (const auto& [byteOrder, text] : storedLoops) {
-        SCOPED_TRACE(byteOrder);
-        const auto node = makeNode(7);
-        node->links = {nullptr, node, makeNode(8)};
-        const std::string bytes = bytesOf(text);
-        Stores storing(byteOrder);
-        EXPECT_TRUE(storing.archive.writeObject(node.get()));
-        EXPECT_EQ(hexOf(storing.bytes()), hexOf(bytes));
-
-        Reads reading(bytes, byteOrder);
-        EXPECT_EQ(GraphNode::describe(reading.next("GraphNode").get()), GraphNode::describe(node.get()));
-        EXPECT_EQ(reading.archive.getStoredVersion("GraphNode"), 3);
-        GraphNode::cutAll();
-    }
+    expectLoop<FSizedArchive>(storedLoops);
 }
 
 TEST(FSizedArchive, NamesBaseClassesOnceTheNearestFirst) {
@@ -302,20 +284,10 @@ TEST(FSizedArchive, StopsForGoodBehindAnObjectThatCouldNotStoreItself) {
 }
 
 TEST(FSizedArchive, BringsAClassAloneWithItsVersion) {
-    Stores storing;
-    EXPECT_TRUE(storing.archive.writeClass(&GraphNode::classRecord()));
-    EXPECT_TRUE(storing.archive.writeClass(&GraphNode::classRecord()));
-    EXPECT_FALSE(storing.archive.writeClass(nullptr));
-    EXPECT_EQ(hexOf(storing.bytes()), hexOf(bytesOf(NODE_MARKERS "00 00 00 00  13 00 00 80  00 00 00 00")));
-    const std::string bytes = storing.bytes() + bytesOf("FF FF FF FF 02 00 00 00 'Y' 00 00 00 00 00 00 "
-                                                        "13 00 00 80  02 00 00 00  00 00");
-    Reads reading(bytes);
-    EXPECT_EQ(reading.archive.readClass(), &GraphNode::classRecord());
-    EXPECT_EQ(reading.archive.getVersion(), 3);
-    EXPECT_EQ(reading.archive.readClass(), &GraphNode::classRecord());
-    EXPECT_EQ(reading.archive.readClass(), nullptr);
-    EXPECT_EQ(reading.archive.readClass(), nullptr);
-    EXPECT_EQ(reading.log.text, "-98 Y; -97");
+    expectClassTwice<FSizedArchive>(NODE_MARKERS "00 00 00 00  13 00 00 80  00 00 00 00",
+                                    "FF FF FF FF 02 00 00 00 'Y' 00 00 00 00 00 00 "
+                                    "13 00 00 80  02 00 00 00  00 00",
+                                    "-98 Y; -97");
 }
 
 } // namespace

@@ -5,99 +5,16 @@
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "support/FailingAllocation.h"
+#include "support/GraphNode.h"
 #include "support/Objects.h"
 
 #include <functional>
 #include <gtest/gtest.h>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
 
 namespace qorl {
-
-/// A number with links to others, some by name and some in a list.
-class XmlTestNode : public CmObject {
-    QORL_CLASS(XmlTestNode, CmObject)
-    QORL_RECORD(XmlTestNode)
-
-public:
-    explicit XmlTestNode(int64_t value = 0) : value(value) { ++living; }
-    XmlTestNode(const XmlTestNode&) = delete;
-    ~XmlTestNode() override { --living; }
-
-    bool storeAttributes(FAttributes* attributes) override {
-        attributes->setInteger("value", value);
-        if (next)
-            attributes->setObject("next", next.get(), FAttributes::Hold::retain);
-        for (const auto& link : links) {
-            auto given = retain(link.get());
-            if (attributes->appendObject("links", given.get(), true))
-                static_cast<void>(given.detach());
-        }
-        return isStorable;
-    }
-    bool restoreAttributes(FAttributes* attributes) override {
-        value = attributes->getInteger("value");
-        next = attributes->getObject("next");
-        while (Ref<CmObject> link = attributes->nextObject("links"))
-            links.push_back(std::move(link));
-        return true;
-    }
-
-    /// All that can be reached, in the order in which it is found.
-    static std::vector<XmlTestNode*> reach(CmObject* root) {
-        std::vector<XmlTestNode*> nodes;
-        std::map<CmObject*, size_t> known;
-        const auto add = [&](CmObject* object) {
-            auto* node = cast<XmlTestNode>(object);
-            if (node && known.try_emplace(node, nodes.size()).second)
-                nodes.push_back(node);
-        };
-        add(root);
-        for (size_t i = 0; i < nodes.size(); ++i) {
-            add(nodes[i]->next.get());
-            for (const auto& link : nodes[i]->links)
-                add(link.get());
-        }
-        return nodes;
-    }
-    /// The graph as text, the same for graphs that are the same.
-    static std::string describe(CmObject* root) {
-        const auto nodes = reach(root);
-        std::map<CmObject*, size_t> numbers;
-        for (size_t i = 0; i < nodes.size(); ++i)
-            numbers[nodes[i]] = i;
-        std::string text;
-        for (XmlTestNode* node : nodes) {
-            text += std::to_string(node->value) + ':';
-            if (node->next)
-                text += " >" + std::to_string(numbers[node->next.get()]);
-            for (const auto& link : node->links)
-                text += ' ' + std::to_string(numbers[link.get()]);
-            text += '\n';
-        }
-        return text;
-    }
-    static void cut(CmObject* root) {
-        std::vector<Ref<XmlTestNode>> nodes;
-        for (XmlTestNode* node : reach(root))
-            nodes.push_back(retain(node));
-        for (const auto& node : nodes) {
-            node->next.reset();
-            node->links.clear();
-        }
-    }
-
-    static inline int32_t living = 0;
-
-    int64_t value;
-    bool isStorable = true;
-    Ref<CmObject> next;
-    std::vector<Ref<CmObject>> links;
-};
-
-QORL_REGISTER(XmlTestNode, "XmlTestNode", CmObject, 0)
 
 namespace {
 
@@ -137,8 +54,8 @@ struct Writing {
 };
 
 TEST(XmlRoots, AreWrittenWithTheirDataAndObjects) {
-    const auto leaf = make<XmlTestNode>(2);
-    const auto root = make<XmlTestNode>(1);
+    const auto leaf = make<GraphNode>(2);
+    const auto root = make<GraphNode>(1);
     root->next = leaf;
     root->links = {leaf};
     Writing writing;
@@ -170,7 +87,7 @@ TEST(XmlRoots, AreWrittenWithTheirDataAndObjects) {
                                     "      </root>\n"
                                     "   </rootObjects>\n"
                                     "\n"
-                                    "   <obj class=\"XmlTestNode\" ID=\"" +
+                                    "   <obj class=\"GraphNode\" ID=\"" +
                                     idText(root.get()) +
                                     "\">\n"
                                     "      <int name=\"value\" value=\"1\"/>\n"
@@ -184,7 +101,7 @@ TEST(XmlRoots, AreWrittenWithTheirDataAndObjects) {
                                     "      </list>\n"
                                     "   </obj>\n"
                                     "\n"
-                                    "   <obj class=\"XmlTestNode\" ID=\"" +
+                                    "   <obj class=\"GraphNode\" ID=\"" +
                                     idText(leaf.get()) +
                                     "\">\n"
                                     "      <int name=\"value\" value=\"2\"/>\n"
@@ -195,7 +112,7 @@ TEST(XmlRoots, AreWrittenWithTheirDataAndObjects) {
 
 TEST(XmlRoots, ComeBackByName) {
     Writing writing;
-    writing.document.objects().setObject("node", new XmlTestNode(5), Hold::adopt);
+    writing.document.objects().setObject("node", new GraphNode(5), Hold::adopt);
     writing.document.objects().setObject("text", new CmString("hello"), Hold::adopt);
     writing.document.data().setObject("data", new FAttributes, Hold::adopt);
     writing.document.data().getAttributes("data")->setInteger("n", 3);
@@ -203,7 +120,7 @@ TEST(XmlRoots, ComeBackByName) {
     ASSERT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
     EXPECT_EQ(reading.document.data().getAttributes("data")->getInteger("n"), 3);
     EXPECT_EQ(reading.document.getObject("node", "CmString"), nullptr);
-    const Ref<CmObject> node = reading.document.getObject("node", "XmlTestNode");
+    const Ref<CmObject> node = reading.document.getObject("node", "GraphNode");
     ASSERT_NE(node, nullptr);
     EXPECT_EQ(reading.document.getObject("node"), node);
     EXPECT_EQ(cast<CmString>(reading.document.getObject("text"))->string(), ConstString("hello"));
@@ -213,13 +130,13 @@ TEST(XmlRoots, ComeBackByName) {
 }
 
 TEST(XmlRoots, GraphsComeBackWithCyclesAndSharedObjects) {
-    const int32_t before = XmlTestNode::living;
+    const size_t before = GraphNode::all.size();
     for (uint32_t seed = 0; seed < 200; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        std::vector<Ref<XmlTestNode>> nodes;
+        std::vector<Ref<GraphNode>> nodes;
         for (uint32_t i = random() % 60 + 1; i > 0; --i)
-            nodes.push_back(make<XmlTestNode>(random()));
+            nodes.push_back(make<GraphNode>(static_cast<int32_t>(random())));
         for (const auto& node : nodes) {
             if (random() % 3)
                 node->next = nodes[random() % nodes.size()];
@@ -235,14 +152,11 @@ TEST(XmlRoots, GraphsComeBackWithCyclesAndSharedObjects) {
         ASSERT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
         const Ref<CmObject> a = reading.document.getObject("a");
         const Ref<CmObject> b = reading.document.data().getAttributes("data")->getObject("b");
-        EXPECT_EQ(XmlTestNode::describe(a.get()), XmlTestNode::describe(nodes.front().get()));
-        EXPECT_EQ(XmlTestNode::describe(b.get()), XmlTestNode::describe(nodes.back().get()));
-        for (CmObject* root : {a.get(), b.get()})
-            XmlTestNode::cut(root);
-        for (const auto& node : nodes)
-            XmlTestNode::cut(node.get());
+        EXPECT_EQ(GraphNode::describe(a.get()), GraphNode::describe(nodes.front().get()));
+        EXPECT_EQ(GraphNode::describe(b.get()), GraphNode::describe(nodes.back().get()));
+        GraphNode::cutAll();
     }
-    EXPECT_EQ(XmlTestNode::living, before) << "nodes were lost";
+    EXPECT_EQ(GraphNode::all.size(), before) << "nodes were lost";
 }
 
 constexpr std::string_view selectable =
@@ -251,12 +165,12 @@ constexpr std::string_view selectable =
     "<root name='data'><int name='n' value='4'/></root>"
     "<root name='links'><obj name='o' ID='3'/></root>"
     "</rootObjects>"
-    "<obj class='XmlTestNode' ID='3'><int name='value' value='30'/></obj>"
-    "<obj class='XmlTestNode' ID='1'><int name='value' value='10'/></obj>"
-    "<obj class='XmlTestNode' ID='2'><int name='value' value='20'/>"
+    "<obj class='GraphNode' ID='3'><int name='value' value='30'/></obj>"
+    "<obj class='GraphNode' ID='1'><int name='value' value='10'/></obj>"
+    "<obj class='GraphNode' ID='2'><int name='value' value='20'/>"
     "<obj name='next' ID='3'/><list name='links' type='obj'><item value='4'/></list></obj>"
-    "<obj class='XmlTestNode' ID='5'><member name='broken'></obj>"
-    "<obj class='XmlTestNode' ID='4'><int name='value' value='40'/></obj>"
+    "<obj class='GraphNode' ID='5'><member name='broken'></obj>"
+    "<obj class='GraphNode' ID='4'><int name='value' value='40'/></obj>"
     "</Doc>";
 
 TEST(XmlRoots, OneCanBeReadWithoutTheRest) {
@@ -264,14 +178,14 @@ TEST(XmlRoots, OneCanBeReadWithoutTheRest) {
     whole.replace(whole.find("<member name='broken'>"), 22, "");
     Reading one(selectable);
     EXPECT_TRUE(one.document.load("Doc", "one")) << "reading stops in front of the damage";
-    EXPECT_EQ(cast<XmlTestNode>(one.document.getObject("one"))->value, 10);
+    EXPECT_EQ(cast<GraphNode>(one.document.getObject("one"))->value, 10);
     EXPECT_EQ(one.document.objects().count(), 1);
     EXPECT_EQ(one.document.data().count(), 0);
 
     // What it refers to stands in front of it and behind it.
     Reading two(whole);
     ASSERT_TRUE(two.document.load("Doc", "two")) << two.document.errorText();
-    EXPECT_EQ(XmlTestNode::describe(two.document.getObject("two").get()), "20: >1 2\n30:\n40:\n");
+    EXPECT_EQ(GraphNode::describe(two.document.getObject("two").get()), "20: >1 2 \n30: \n40: \n");
     EXPECT_EQ(two.document.getObject("one"), nullptr);
 
     Reading data(selectable);
@@ -279,7 +193,7 @@ TEST(XmlRoots, OneCanBeReadWithoutTheRest) {
     EXPECT_EQ(data.document.data().getAttributes("data")->getInteger("n"), 4);
     Reading links(whole);
     EXPECT_TRUE(links.document.load("Doc", "links"));
-    EXPECT_EQ(cast<XmlTestNode>(links.document.data().getAttributes("links")->getObject("o"))->value, 30);
+    EXPECT_EQ(cast<GraphNode>(links.document.data().getAttributes("links")->getObject("o"))->value, 30);
 
     Reading none(whole);
     EXPECT_TRUE(none.document.load("Doc", "none"));
@@ -288,7 +202,7 @@ TEST(XmlRoots, OneCanBeReadWithoutTheRest) {
 
 TEST(XmlRoots, ASelectedOneCostsNoMoreThanItsPlace) {
     std::string text = "<Doc><rootObjects><root name='one' ID='1'/></rootObjects>"
-                       "<obj class='XmlTestNode' ID='1'/>";
+                       "<obj class='GraphNode' ID='1'/>";
     const size_t needed = text.size();
     text += std::string(1 << 20, ' ') + "</Doc>";
     Reading reading(text);
@@ -319,7 +233,7 @@ TEST(XmlRoots, SaysWhatIsWrongWithThem) {
         EXPECT_FALSE(reading.document.load("Doc")) << c.text;
         EXPECT_EQ(reading.document.errorText(), c.error) << c.text;
     }
-    Reading old("<Doc><root name='a' ID='-2'/><obj class='XmlTestNode' ID='4294967294'/></Doc>");
+    Reading old("<Doc><root name='a' ID='-2'/><obj class='GraphNode' ID='4294967294'/></Doc>");
     EXPECT_TRUE(old.document.load("Doc"));
     EXPECT_NE(old.document.getObject("a"), nullptr);
     Reading lost("<Doc><root name='a' ID='1'/></Doc>");
@@ -380,7 +294,7 @@ TEST(XmlRoots, KeepObjectsApartWhoseNumbersAreTheSame) {
 }
 
 TEST(XmlRoots, AStoredObjectAndTheLiveOneThatCameOfItAreOne) {
-    Reading reading("<Doc><root name='a' ID='7'/><obj class='XmlTestNode' ID='7'/></Doc>");
+    Reading reading("<Doc><root name='a' ID='7'/><obj class='GraphNode' ID='7'/></Doc>");
     ASSERT_TRUE(reading.document.load("Doc"));
     const Ref<CmObject> live = reading.document.getObject("a");
     ASSERT_NE(live, nullptr);
@@ -434,17 +348,17 @@ TEST(XmlRoots, AStoredObjectAmongTheDataGivesItsAttributes) {
 }
 
 TEST(XmlRoots, AreNotWrittenInHalf) {
-    const auto node = make<XmlTestNode>();
+    const auto node = make<GraphNode>();
     node->isStorable = false;
     Writing object;
     object.document.objects().setObject("a", node.get(), Hold::retain);
     EXPECT_FALSE(object.document.saveRoots("Doc"));
-    EXPECT_EQ(object.document.errorText(), "an object of the class XmlTestNode has no attributes to store");
+    EXPECT_EQ(object.document.errorText(), "an object of the class GraphNode has no attributes to store");
     Writing data;
     data.document.data().setObject("a", node.get(), Hold::retain);
     EXPECT_FALSE(data.document.saveRoots("Doc"));
     EXPECT_EQ(data.document.errorText(),
-              "an object of the class XmlTestNode under \"a\" has no attributes to store");
+              "an object of the class GraphNode under \"a\" has no attributes to store");
     node->isStorable = true;
     for (const std::string& name : {std::string(), std::string(2049, 'k')}) {
         Writing named;
@@ -492,7 +406,7 @@ TEST(XmlRoots, AnObjectMayEmptyWhatItStandsInWhileItIsWritten) {
             const auto meddler = make<Meddler>();
             const auto list = make<FObjectList>(true);
             list->adopt(meddler);
-            list->adopt(make<XmlTestNode>());
+            list->adopt(make<GraphNode>());
             const auto body = make<FAttributes>();
             body->setObject(key, place == inList ? Ref<CmObject>(list).get() : meddler.get(), Hold::retain);
             body->setInteger("behind", 1);
@@ -540,8 +454,8 @@ TEST(XmlRoots, AnObjectThatCouldNotBeMadeIsWrittenWithWhatIsLeftOfIt) {
 }
 
 TEST(XmlRoots, ReadAndWrittenWithoutMemoryTellOfIt) {
-    const auto leaf = make<XmlTestNode>(2);
-    const auto root = make<XmlTestNode>(1);
+    const auto leaf = make<GraphNode>(2);
+    const auto root = make<GraphNode>(1);
     root->next = leaf;
     root->links = {leaf};
     const auto save = [&](Writing& writing) {
@@ -564,8 +478,8 @@ TEST(XmlRoots, ReadAndWrittenWithoutMemoryTellOfIt) {
             Reading reading(text);
             const bool isRead = allocation.during([&] { return reading.document.load("Doc", selected); });
             EXPECT_TRUE(isRead || allocation.hasFailed());
-            const std::string graph = XmlTestNode::describe(reading.document.getObject("root").get());
-            EXPECT_TRUE(!isRead || graph == XmlTestNode::describe(root.get()));
+            const std::string graph = GraphNode::describe(reading.document.getObject("root").get());
+            EXPECT_TRUE(!isRead || graph == GraphNode::describe(root.get()));
         });
     }
 }
