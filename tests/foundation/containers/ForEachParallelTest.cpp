@@ -176,7 +176,8 @@ public:
             WatchedIterator::stopsHere = true;
             return false;
         }
-        told_.wait(2000); // a walk that looks no more has gone long before
+        if (!told_.wait(2000)) // a walk that asks no more has gone long before
+            told_.set();
         return true;
     }
     std::atomic<int32_t> visits{0};
