@@ -2,6 +2,7 @@
 #include "foundation/ClassFactory.h"
 #include "foundation/containers/CmContainer.h"
 #include "persistence/archive/FCompactArchive.h"
+#include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 
 #include <algorithm>
@@ -19,7 +20,9 @@ constexpr std::string_view containers[] = {
     "CmArray",           "CmOrderedArray", "CmLinkedList",    "CmQueue",        "CmStack",
     "CmDLinkedList",     "CmDictionary",   "CmILinkedList",   "CmIDLinkedList", "CmBTree",
     "CmBTreeDictionary", "CmHashTable",    "CmHashDictionary"};
-constexpr std::string_view elements[] = {"CmAssociation", "CmString", "CmUID", "CmILink", "CmIDLink"};
+constexpr std::string_view elements[] = {
+    "CmAssociation",       "CmString", "CmUID",  "CmILink", "CmIDLink", "CmBuffer", "CmVariant", "CmRational",
+    "CmRegularExpression", "CmDate",   "CmTime", "FMessage"};
 
 /// Gives nothing but containers and values, no object twice, and lets each container own what it holds.
 class OwningArchive : public FCompactArchive {
@@ -65,9 +68,18 @@ void writeAndRead(CmContainer& container) {
     expect(container.readFrom(&reading) && container.count() == count);
 }
 
+/// The same for its other form. An element that carries its link is on one container at a time.
+void storeAndRestore(CmContainer& container) {
+    const int32_t count = container.count();
+    const Ref<FAttributes> stored = make<FAttributes>();
+    expect(container.storeAttributes(stored.get()));
+    container.removeAll();
+    expect(container.restoreAttributes(stored.get()) && container.count() == count);
+}
+
 } // namespace
 
-// The stream form of containers, nested too: the first byte says of which class the outermost is.
+// Both forms of containers, nested too: the first byte says of which class the outermost is.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0)
         return 0;
@@ -81,7 +93,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         container.setOwnership(Ownership::adopt);
     expect(countBackwards(container) == container.count());
     // Keys of several classes have no order that would hold for other addresses.
-    if (isComplete && !container.isA("CmBTreeDictionary"))
+    if (isComplete && !container.isA("CmBTreeDictionary")) {
         writeAndRead(container);
+        storeAndRestore(container);
+    }
     return 0;
 }
