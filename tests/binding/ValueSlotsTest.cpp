@@ -26,56 +26,50 @@ TEST(ValueSlots, GoOnBehindThoseOfObjects) {
         25);
 }
 
-#define ENTRY(Interface, operation)                                                                          \
-    testing::SlotRow {                                                                                       \
-        testing::entryOf(&Interface::operation), #operation                                                  \
-    }
-
-void expectBehindTheRoot(std::initializer_list<testing::SlotRow> rows) {
-    ptrdiff_t expected = 3;
-    for (const testing::SlotRow& row : rows)
-        EXPECT_EQ(row.slot, expected++) << row.name;
-}
-
 TEST(ValueSlots, OfInterfacesFollowTheRoot) {
-    expectBehindTheRoot({ENTRY(IBoundValue, getValueText),
-                         ENTRY(IBoundValue, setValueText),
-                         ENTRY(IBoundValue, getValue),
-                         ENTRY(IBoundValue, setValueAndPerform),
-                         ENTRY(IBoundValue, getMin),
-                         ENTRY(IBoundValue, getMax),
-                         ENTRY(IBoundValue, setTargetInterface),
-                         ENTRY(IBoundValue, getExtra),
-                         ENTRY(IBoundValue, getTag),
-                         ENTRY(IBoundValue, enableNotify),
-                         ENTRY(IBoundValue, setEnabled),
-                         ENTRY(IBoundValue, isEnabled),
-                         ENTRY(IBoundValue, setEditBracket),
-                         ENTRY(IBoundValue, isEditing),
-                         ENTRY(IBoundValue, getValueTextSized),
-                         ENTRY(IBoundValue, setValueTextQuiet),
-                         ENTRY(IBoundValue, setValueMaybePerform),
-                         ENTRY(IBoundValue, setMin),
-                         ENTRY(IBoundValue, setMax),
-                         ENTRY(IBoundValue, getValueFloat),
-                         ENTRY(IBoundValue, setValueFloat),
-                         ENTRY(IBoundValue, getMinFloat),
-                         ENTRY(IBoundValue, getMaxFloat),
-                         ENTRY(IBoundValue, setMinFloat),
-                         ENTRY(IBoundValue, setMaxFloat),
-                         ENTRY(IBoundValue, getNormalized),
-                         ENTRY(IBoundValue, setNormalizedMaybePerform),
-                         ENTRY(IBoundValue, getTarget),
-                         ENTRY(IBoundValue, resetToDefault),
-                         ENTRY(IBoundValue, setDefaultFloat),
-                         ENTRY(IBoundValue, getDefaultFloat),
-                         ENTRY(IBoundValue, getProperty),
-                         ENTRY(IBoundValue, setProperty)});
-    expectBehindTheRoot({ENTRY(IValueFormatHost, setFormatter), ENTRY(IValueFormatHost, getFormatter)});
-    expectBehindTheRoot({ENTRY(IValueFormatter, toText), ENTRY(IValueFormatter, fromText)});
-    expectBehindTheRoot({ENTRY(IValueTarget, reserved), ENTRY(IValueTarget, valueEdited)});
-    expectBehindTheRoot({ENTRY(IValueEditTarget, beginEdit), ENTRY(IValueEditTarget, endEdit)});
-    expectBehindTheRoot({ENTRY(IPlugMessageTarget, receiveMessage)});
+    testing::expectEntries({ENTRY(IBoundValue, getValueText),
+                            ENTRY(IBoundValue, setValueText),
+                            ENTRY(IBoundValue, getValue),
+                            ENTRY(IBoundValue, setValueAndPerform),
+                            ENTRY(IBoundValue, getMin),
+                            ENTRY(IBoundValue, getMax),
+                            ENTRY(IBoundValue, setTargetInterface),
+                            ENTRY(IBoundValue, getExtra),
+                            ENTRY(IBoundValue, getTag),
+                            ENTRY(IBoundValue, enableNotify),
+                            ENTRY(IBoundValue, setEnabled),
+                            ENTRY(IBoundValue, isEnabled),
+                            ENTRY(IBoundValue, setEditBracket),
+                            ENTRY(IBoundValue, isEditing),
+                            ENTRY(IBoundValue, getValueTextSized),
+                            ENTRY(IBoundValue, setValueTextQuiet),
+                            ENTRY(IBoundValue, setValueMaybePerform),
+                            ENTRY(IBoundValue, setMin),
+                            ENTRY(IBoundValue, setMax),
+                            ENTRY(IBoundValue, getValueFloat),
+                            ENTRY(IBoundValue, setValueFloat),
+                            ENTRY(IBoundValue, getMinFloat),
+                            ENTRY(IBoundValue, getMaxFloat),
+                            ENTRY(IBoundValue, setMinFloat),
+                            ENTRY(IBoundValue, setMaxFloat),
+                            ENTRY(IBoundValue, getNormalized),
+                            ENTRY(IBoundValue, setNormalizedMaybePerform),
+                            ENTRY(IBoundValue, getTarget),
+                            ENTRY(IBoundValue, resetToDefault),
+                            ENTRY(IBoundValue, setDefaultFloat),
+                            ENTRY(IBoundValue, getDefaultFloat),
+                            ENTRY(IBoundValue, getProperty),
+                            ENTRY(IBoundValue, setProperty)},
+                           testing::behindInterface);
+    testing::expectEntries({ENTRY(IValueFormatHost, setFormatter), ENTRY(IValueFormatHost, getFormatter)},
+                           testing::behindInterface);
+    testing::expectEntries({ENTRY(IValueFormatter, toText), ENTRY(IValueFormatter, fromText)},
+                           testing::behindInterface);
+    testing::expectEntries({ENTRY(IValueTarget, reserved), ENTRY(IValueTarget, valueEdited)},
+                           testing::behindInterface);
+    testing::expectEntries({ENTRY(IValueEditTarget, beginEdit), ENTRY(IValueEditTarget, endEdit)},
+                           testing::behindInterface);
+    testing::expectEntries({ENTRY(IPlugMessageTarget, receiveMessage)}, testing::behindInterface);
 }
 
 } // namespace

@@ -61,4 +61,19 @@ void expectBehindTheRoot(Operations... operations) {
         ::qorl::testing::slotOf(&Class::operation), #operation                                               \
     }
 
+/// Where operations begin behind a destructor that stands first, and behind those of every interface.
+constexpr ptrdiff_t behindDestructor = 2;
+constexpr ptrdiff_t behindInterface = 3;
+
+/// That the entries stand one behind the other, for classes that are no objects.
+inline void expectEntries(std::initializer_list<SlotRow> rows, ptrdiff_t first) {
+    for (const SlotRow& row : rows)
+        EXPECT_EQ(row.slot, first++) << row.name;
+}
+
+#define ENTRY(Class, operation)                                                                              \
+    ::qorl::testing::SlotRow {                                                                               \
+        ::qorl::testing::entryOf(&Class::operation), #operation                                              \
+    }
+
 } // namespace qorl::testing

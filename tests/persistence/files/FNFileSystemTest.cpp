@@ -8,6 +8,7 @@
 #include "support/MemoryService.h"
 #include "support/ProgressRecorder.h"
 #include "support/SettingsFolder.h"
+#include "support/Slots.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -341,6 +342,34 @@ TEST(FNFileSystem, MakesNamesLegal) {
     String bytes("\xE4:");
     EXPECT_TRUE(files.makeLegalName(bytes));
     EXPECT_EQ(bytes.view16(), u"\xDCE4_");
+}
+
+TEST(FFileSystem, KeepsItsPublishedOrderOfOperations) {
+    using System = FFileSystem;
+    testing::expectConsecutive(
+        {SLOT(System, createFile),
+         SLOT(System, openFile),
+         SLOT(System, closeFile),
+         SLOT(System, deleteFile),
+         SLOT(System, exists),
+         SLOT(System, rename),
+         SLOT(System, move),
+         SLOT(System, copy),
+         SLOT(System, createFolder),
+         SLOT(System, setCurrentFolder),
+         SLOT(System, getVolumeInfo),
+         SLOT(System, deleteFolder),
+         SLOT(System, getFileTime),
+         SLOT(System, getFileSize),
+         SLOT(System, getFileSizeOf),
+         SLOT(System, isReadOnly),
+         SLOT(System, makeLegalName),
+         SLOT(System, isWriteProtected),
+         SLOT(System, createParents),
+         SLOT(System, getIterator),
+         {testing::slotOf(static_cast<void (System::*)(int32_t, const FPath&, FInterface*)>(&System::notify)),
+          "notify"}},
+        25);
 }
 
 } // namespace

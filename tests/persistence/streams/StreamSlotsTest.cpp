@@ -6,8 +6,6 @@
 namespace qorl {
 namespace {
 
-using testing::entryOf;
-
 TEST(StreamSlots, GoOnBehindThoseOfObjects) {
     using WriteTo = bool (FStream::*)(FStream&);
     testing::expectConsecutive({SLOT(FStream, rewind),
@@ -20,19 +18,17 @@ TEST(StreamSlots, GoOnBehindThoseOfObjects) {
 }
 
 TEST(StreamSlots, OfTheBinaryLayerHaveNoDestructor) {
-    EXPECT_EQ(entryOf(&FBinaryStream::read), 0);
-    EXPECT_EQ(entryOf(&FBinaryStream::write), 1);
-    EXPECT_EQ(entryOf(&FBinaryStream::seek), 2);
-    EXPECT_EQ(entryOf(&FBinaryStream::tell), 3);
+    testing::expectEntries({ENTRY(FBinaryStream, read), ENTRY(FBinaryStream, write),
+                            ENTRY(FBinaryStream, seek), ENTRY(FBinaryStream, tell)},
+                           0);
 }
 
 TEST(StreamSlots, OfInterfacesFollowTheRoot) {
-    EXPECT_EQ(entryOf(&IBStream::read), 3);
-    EXPECT_EQ(entryOf(&IBStream::write), 4);
-    EXPECT_EQ(entryOf(&IBStream::seek), 5);
-    EXPECT_EQ(entryOf(&IBStream::tell), 6);
-    EXPECT_EQ(entryOf(&ISizeableStream::getStreamSize), 3);
-    EXPECT_EQ(entryOf(&ISizeableStream::setStreamSize), 4);
+    testing::expectEntries(
+        {ENTRY(IBStream, read), ENTRY(IBStream, write), ENTRY(IBStream, seek), ENTRY(IBStream, tell)},
+        testing::behindInterface);
+    testing::expectEntries({ENTRY(ISizeableStream, getStreamSize), ENTRY(ISizeableStream, setStreamSize)},
+                           testing::behindInterface);
 }
 
 } // namespace

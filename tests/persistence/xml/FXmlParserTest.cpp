@@ -323,11 +323,9 @@ TEST(FXmlParser, MayCallItselfAsDeepAsElementsGo) {
 }
 
 TEST(FXmlParser, KeepsItsSlots) {
-    // Two entries of the destructor stand in front.
-    EXPECT_EQ(testing::entryOf(&FXmlParser::startTag), 2);
-    EXPECT_EQ(testing::entryOf(&FXmlParser::endTag), 3);
-    EXPECT_EQ(testing::entryOf(&FXmlParser::text), 4);
-    EXPECT_EQ(testing::entryOf(&FXmlParser::comment), 5);
+    testing::expectEntries({ENTRY(FXmlParser, startTag), ENTRY(FXmlParser, endTag), ENTRY(FXmlParser, text),
+                            ENTRY(FXmlParser, comment)},
+                           testing::behindDestructor);
 }
 
 TEST(FXmlParser, FailsWithoutMemory) {

@@ -75,13 +75,11 @@ TEST(FXmlWriter, AnswersItsFacesAndKeepsItsSlots) {
     const auto writer = make<FXmlWriter>();
     Ref<IXmlWriter> face;
     EXPECT_EQ(writer->queryInterface(IXmlWriter::iid, face.out()), Result::ok);
-    // Behind the three of every interface.
-    EXPECT_EQ(testing::entryOf(&IXmlWriter::setStream), 3);
-    EXPECT_EQ(testing::entryOf(&IXmlWriter::startTag), 4);
-    EXPECT_EQ(testing::entryOf(&IXmlWriter::endTag), 5);
-    EXPECT_EQ(testing::entryOf(&IXmlWriter::writeComment), 6);
-    EXPECT_EQ(testing::entryOf(&IXmlWriter::writeText), 7);
-    EXPECT_EQ(testing::entryOf(&FXmlWriter::writeLine), testing::entryOf(&CmObject::clone) + 1);
+    testing::expectEntries({ENTRY(IXmlWriter, setStream), ENTRY(IXmlWriter, startTag),
+                            ENTRY(IXmlWriter, endTag), ENTRY(IXmlWriter, writeComment),
+                            ENTRY(IXmlWriter, writeText)},
+                           testing::behindInterface);
+    testing::expectConsecutive({SLOT(FXmlWriter, writeLine)}, 25);
 }
 
 } // namespace
