@@ -326,8 +326,12 @@ TEST(FFileType, KeepsItsState) {
     EXPECT_EQ(attributes.getInteger("MacType"), 0x534F4E47);
     for (const auto& [key, expected] : {std::pair("DosType", "son"), {"UnixType", "son"}, {"Name", "Song"}})
         EXPECT_EQ(attributes.getString(key).toUtf8(), expected) << key;
-    attributes.setString("UnixType", "");
     FFileType restored;
+    ASSERT_TRUE(restored.restoreAttributes(&attributes));
+    EXPECT_EQ(restored.compare(&type), 0);
+    EXPECT_EQ(restored.name().toUtf8(), "Song");
+    EXPECT_EQ(restored.macType(), 0x534F4E47u);
+    attributes.setString("UnixType", "");
     ASSERT_TRUE(restored.restoreAttributes(&attributes));
     EXPECT_EQ(restored.extension().toUtf8(), "son") << "that of other systems where this one has none";
     EXPECT_NE(restored.compare(&type), 0) << "the extension of Unix systems differs";

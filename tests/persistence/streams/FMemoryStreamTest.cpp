@@ -231,7 +231,8 @@ TEST(FMemoryStream, StoresAndRestoresWithEachAllocationFailing) {
             try {
                 FAttributes attributes;
                 EXPECT_TRUE(source.storeAttributes(&attributes));
-                return attributes.getBinarySize("Data") == 5;
+                char bytes[5] = {};
+                return attributes.getBinaryData("Data", bytes, 5) && std::string_view(bytes, 5) == "bytes";
             } catch (const std::bad_alloc&) {
                 return false;
             }

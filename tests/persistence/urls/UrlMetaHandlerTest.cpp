@@ -104,6 +104,7 @@ TEST(UrlMetaHandler, GivesNothingWithoutMemory) {
         const Ref<FStream> stream = allocation.during([&] { return urls.openUrl(url, &error); });
         EXPECT_EQ(error == 0, stream != nullptr);
         EXPECT_TRUE(stream || allocation.hasFailed());
+        EXPECT_EQ(contentOf(stream.get()), stream ? "bytes" : "nothing");
     });
 }
 
