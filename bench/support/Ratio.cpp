@@ -126,7 +126,10 @@ bool write(const std::vector<Row>& rows, const std::string& path) {
     for (const auto& row : rows) {
         out << separator << R"(  {"name": ")" << row.name << R"(", "floor": ")" << row.floor
             << R"(", "nanoseconds": )" << row.ours << R"(, "floor_nanoseconds": )" << row.base
-            << R"(, "ratio": )" << row.ours / row.base << R"(, "target": )" << row.target << "}";
+            << R"(, "ratio": )" << row.ours / row.base << R"(, "target": )" << row.target;
+        if (row.growth > 0)
+            out << R"(, "growth": )" << row.growth;
+        out << "}";
         separator = ",\n";
     }
     out << "\n]\n";
