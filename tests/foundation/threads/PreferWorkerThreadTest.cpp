@@ -138,25 +138,6 @@ TEST(PreferWorkerThread, QueuesAnOwnerAgainWhileItsJobRuns) {
     EXPECT_EQ(owner.references(), 1u);
 }
 
-TEST(PreferWorkerThread, AsksTheRunningJobToGiveUpWhenPaused) {
-    ThreadLog log;
-    ProbeJob a("a", log, Kind::obedient);
-    ProbeJob b("b", log);
-    ProbeJob c("c", log);
-    auto* worker = new PreferWorkerThread;
-    worker->addJob(&a, 1);
-    a.entered.wait();
-    worker->addJob(&b, 2);
-    worker->pause();
-    a.released.wait();
-    worker->addJob(&c, 3);
-    EXPECT_EQ(log.text(), "run a1, hold a, release a");
-    worker->resume();
-    c.released.wait();
-    worker->stop();
-    EXPECT_EQ(log.text(), "run a1, hold a, release a, run b2, release b, run c3, release c");
-}
-
 TEST(PreferWorkerThread, RefusesAJobThatItFindsNoMemoryFor) {
     failEachAllocation([](FailingAllocation& allocation) {
         ThreadLog log;
