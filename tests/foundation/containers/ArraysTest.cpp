@@ -1,4 +1,5 @@
 #include "foundation/containers/Elements.h"
+#include "support/TypeNames.h"
 
 #include <gtest/gtest.h>
 
@@ -45,7 +46,7 @@ TEST(CmArray, RefusesWhatItCannotGrowFor) {
 
 template <typename Array>
 class Arrays : public ::testing::Test {};
-TYPED_TEST_SUITE(Arrays, ArrayKinds);
+TYPED_TEST_SUITE(Arrays, ArrayKinds, testing::TypeNames);
 
 TYPED_TEST(Arrays, ReleaseWhatNoLongerFits) {
     struct Row {

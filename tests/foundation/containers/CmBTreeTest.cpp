@@ -175,7 +175,7 @@ TEST_P(BTreeOfOrder, IsCopiedNodeByNode) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Orders, BTreeOfOrder, ::testing::Values(3, 4, 5, 32),
-                         [](const auto& row) { return std::to_string(row.param); });
+                         [](const auto& row) { return "Order" + std::to_string(row.param); });
 
 TEST(CmBTree, TakesThreeForALowerOrder) {
     for (const int32_t order : {2, 0, -5, INT32_MIN, 3})

@@ -3,6 +3,7 @@
 #include "foundation/containers/Elements.h"
 #include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
+#include "support/TypeNames.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +39,7 @@ public:
 using All = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmStack, CmDLinkedList, CmDictionary,
                              CmILinkedList, CmIDLinkedList, CmBTree, CmBTreeDictionary, CmHashTable,
                              GrowingTable, CmHashDictionary>;
-TYPED_TEST_SUITE(ContainerMemory, All);
+TYPED_TEST_SUITE(ContainerMemory, All, testing::TypeNames);
 
 TYPED_TEST(ContainerMemory, AddsAllOrNothing) {
     // The first element, and those at which arrays, trees and tables grow by more than a node.

@@ -3,6 +3,7 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/StoredBytes.h"
+#include "support/TypeNames.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +19,7 @@ class ContainerStreams : public ::testing::Test {};
 using All = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmStack, CmDLinkedList,
                              CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree, CmBTreeDictionary,
                              CmHashTable, CmHashDictionary>;
-TYPED_TEST_SUITE(ContainerStreams, All);
+TYPED_TEST_SUITE(ContainerStreams, All, testing::TypeNames);
 using ArrayKinds = ::testing::Types<CmArray, CmOrderedArray>;
 
 TYPED_TEST(ContainerStreams, BringEverythingBack) {
@@ -86,7 +87,7 @@ struct Field {
 
 template <typename Array>
 class ArrayStreams : public ::testing::Test {};
-TYPED_TEST_SUITE(ArrayStreams, ArrayKinds);
+TYPED_TEST_SUITE(ArrayStreams, ArrayKinds, testing::TypeNames);
 
 TYPED_TEST(ArrayStreams, TakeAnyGrowthWithoutTrustingIt) {
     // What is written, and what an array with that growth is after it is read.

@@ -3,6 +3,7 @@
 #include "foundation/ClassFactory.h"
 #include "foundation/containers/Elements.h"
 #include "persistence/attributes/FAttributes.h"
+#include "support/TypeNames.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -63,7 +64,7 @@ protected:
 using All = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmStack, CmDLinkedList,
                              CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree, WideBTree,
                              CmBTreeDictionary, CmHashTable, GrowingHashTable, CmHashDictionary>;
-TYPED_TEST_SUITE(Containers, All);
+TYPED_TEST_SUITE(Containers, All, testing::TypeNames);
 
 TEST(ContainerRecords, TellTheFamilyAndMakeNoAbstractContainer) {
     EXPECT_FALSE(CmOrderedArray().isTypeOf("CmArray", true)) << "they only share their storage";

@@ -8,6 +8,7 @@
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/TypeNames.h"
 
 #include <gtest/gtest.h>
 
@@ -218,7 +219,7 @@ public:
 template <typename Holder>
 class Restored : public ::testing::Test {};
 using Holders = ::testing::Types<CmArray, CmLinkedList, CmStack, CmHashTable, CmAssociation, CmVariant>;
-TYPED_TEST_SUITE(Restored, Holders);
+TYPED_TEST_SUITE(Restored, Holders, testing::TypeNames);
 
 TYPED_TEST(Restored, EndsTheWholeLoadWhenAnElementFindsNoMemory) {
     const int32_t before = Number::alive;

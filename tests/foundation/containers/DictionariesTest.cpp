@@ -1,6 +1,7 @@
 #include "foundation/containers/Elements.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
+#include "support/TypeNames.h"
 
 #include <gtest/gtest.h>
 
@@ -88,7 +89,7 @@ TEST(CmAssociation, ComesBackFromItsAttributes) {
 template <typename Dictionary>
 class Dictionaries : public ::testing::Test {};
 using Kinds = ::testing::Types<CmDictionary, CmBTreeDictionary, CmHashDictionary>;
-TYPED_TEST_SUITE(Dictionaries, Kinds);
+TYPED_TEST_SUITE(Dictionaries, Kinds, testing::TypeNames);
 
 TYPED_TEST(Dictionaries, FindAnObjectByAKeyThatIsEqual) {
     TypeParam dictionary;
@@ -196,7 +197,7 @@ TEST(CmBTreeDictionary, RefusesAPairThatIsHere) {
 template <typename Container>
 class SortedPairs : public ::testing::Test {};
 using Sorted = ::testing::Types<CmOrderedArray, CmBTree, CmBTreeDictionary>;
-TYPED_TEST_SUITE(SortedPairs, Sorted);
+TYPED_TEST_SUITE(SortedPairs, Sorted, testing::TypeNames);
 
 TYPED_TEST(SortedPairs, AreFoundWithoutAKey) {
     TypeParam container;

@@ -2,6 +2,7 @@
 #include "foundation/threads/FThread.h"
 #include "platform/System.h"
 #include "platform/Threads.h"
+#include "support/TypeNames.h"
 
 #include <algorithm>
 #include <atomic>
@@ -54,7 +55,7 @@ protected:
 using Kinds = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmStack, CmDLinkedList,
                                CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree, CmBTreeDictionary,
                                CmHashTable, CmHashDictionary>;
-TYPED_TEST_SUITE(ForEachParallel, Kinds);
+TYPED_TEST_SUITE(ForEachParallel, Kinds, testing::TypeNames);
 
 /// What became of the threads beside the calling one.
 class Observer : public ThreadObserver {

@@ -1,4 +1,5 @@
 #include "foundation/containers/Elements.h"
+#include "support/TypeNames.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +58,7 @@ struct Kind {
     using Element = ElementOf;
 };
 using Kinds = ::testing::Types<Kind<CmILinkedList, NumberedLink>, Kind<CmIDLinkedList, NumberedDoubleLink>>;
-TYPED_TEST_SUITE(IntrusiveLists, Kinds);
+TYPED_TEST_SUITE(IntrusiveLists, Kinds, testing::TypeNames);
 
 TYPED_TEST(IntrusiveLists, HaveAnElementOnOneListAtMost) {
     using Element = typename TypeParam::Element;

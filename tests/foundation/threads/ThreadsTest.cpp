@@ -86,6 +86,10 @@ struct ThreadMaker {
     Body (*start)(const Body& body);
 };
 
+void PrintTo(const ThreadMaker& maker, std::ostream* out) {
+    *out << maker.name;
+}
+
 constexpr ThreadMaker threadMakers[] = {
     {"AHost",
      [](const Body& body) -> Body {
@@ -133,7 +137,7 @@ TEST_P(LockBeforeTheFirstThread, KeepsOutTheOneThatIsStartedMeanwhile) {
 }
 
 INSTANTIATE_TEST_SUITE_P(By, LockBeforeTheFirstThread, ::testing::ValuesIn(threadMakers),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         ::testing::PrintToStringParamName());
 
 class Worker : public FThread {
 public:

@@ -11,6 +11,7 @@
 #include "support/FailingAllocation.h"
 #include "support/MemoryMeter.h"
 #include "support/SmallStack.h"
+#include "support/TypeNames.h"
 
 #include <algorithm>
 #include <cstring>
@@ -35,7 +36,7 @@ protected:
     }
 };
 using Both = ::testing::Types<FCompactArchive, FSizedArchive>;
-TYPED_TEST_SUITE(ObjectGraphs, Both);
+TYPED_TEST_SUITE(ObjectGraphs, Both, testing::TypeNames);
 
 /// Nodes that link at random: to themselves, to each other both ways, to one several times, and to nothing.
 std::vector<Ref<GraphNode>> randomGraph(uint32_t seed) {
