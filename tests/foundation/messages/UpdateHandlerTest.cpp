@@ -393,7 +393,7 @@ TEST_F(UpdateHandlerTest, TellsTheFirst1024WithoutMemory) {
     }
 }
 
-class FaceOnly : public FDependent {
+class FaceOnly final : public FDependent {
 public:
     Result queryInterface(const InterfaceId& id, void** out) override {
         const bool known = id == FInterface::iid || (id == FDependent::iid && !isGoing);
@@ -462,9 +462,11 @@ TEST_F(UpdateHandlerTest, ManyThreadsMayConnectTellAndLeave) {
     source.addDependent(&steady);
     // They outlive all workers: one that is removed may still be hearing of a change on another thread.
     std::vector<Ref<Atomic>> listeners;
+    listeners.reserve(threads);
     for (int t = 0; t < threads; ++t)
         listeners.push_back(make<Atomic>(told));
     std::vector<std::thread> workers;
+    workers.reserve(threads);
     for (const Ref<Atomic>& listener : listeners)
         workers.emplace_back([&] {
             Atomic& own = *listener;

@@ -208,6 +208,7 @@ TEST(WorkerThread, RunsEachJobOfManyThreadsOnce) {
     auto* worker = new WorkerThread;
     EXPECT_EQ(worker->getName(), "Worker Thread");
     std::vector<std::thread> adders;
+    adders.reserve(threads);
     for (int i = 0; i < threads; ++i)
         adders.emplace_back([&] {
             for (int job = 1; job <= jobs; ++job) {
