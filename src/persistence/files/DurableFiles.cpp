@@ -25,6 +25,13 @@ platform::FileError moveDurably(const std::string& from, const std::string& to) 
     return {};
 }
 
+platform::FileError deleteDurably(const std::string& file) {
+    if (const platform::FileError error = platform::deleteFile(file))
+        return error;
+    tellFailure(file, "may come back after a power cut", platform::flushFolder(folderOfNative(file)));
+    return {};
+}
+
 platform::FileError createFoldersDurably(const std::string& folder) {
     if (folder.empty() || platform::folderExists(folder))
         return {};

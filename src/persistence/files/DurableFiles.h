@@ -17,6 +17,9 @@ bool tellFailure(const std::string& file, const char* what, const platform::File
 /// Renames a file or a folder, so that the disk knows of it when this returns. Where it can't be told, which
 /// goes to the debug output, the new name holds all the same.
 platform::FileError moveDurably(const std::string& from, const std::string& to);
+/// Deletes a file, with what was changed in its folder before known to the disk as well. The same goes for
+/// where that can't be told.
+platform::FileError deleteDurably(const std::string& file);
 /// A folder with every one above it that is missing, known to the disk: a file is lost with its folder. No
 /// error when it exists.
 platform::FileError createFoldersDurably(const std::string& folder);

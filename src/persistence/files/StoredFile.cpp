@@ -258,7 +258,7 @@ bool StoredFile::remove() const try {
         tellOfFile(file, "can't be deleted: there is none");
         return false;
     }
-    if (!removeOld(file) || !tellFailure(file, "can't be deleted", platform::deleteFile(file)))
+    if (!removeOld(file) || !tellFailure(file, "can't be deleted", deleteDurably(file)))
         return false;
     tellChange(FFileSystem::fileDeleted, file);
     return true;
@@ -337,7 +337,7 @@ bool StoredFile::removeBackup(const FFileType& copyType) const try {
     if (!hasBackup(copyType))
         return true;
     const std::string copy = copyOf(copyType);
-    if (!tellFailure(copy, "can't be deleted", platform::deleteFile(copy)))
+    if (!tellFailure(copy, "can't be deleted", deleteDurably(copy)))
         return false;
     tellChange(FFileSystem::fileDeleted, copy);
     return true;
