@@ -1,211 +1,432 @@
-#include "foundation/text/CmString.h"
+#include "persistence/archive/FObjectArchive.h"
 #include "persistence/archive/ObjectFiles.h"
 #include "persistence/defaults/DefaultPoolFixture.h"
+#include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/streams/FStream.h"
 #include "persistence/xml/XmlFile.h"
 #include "support/DebugOutput.h"
 #include "support/FailingDisk.h"
 #include "support/SettingsFolder.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <gtest/gtest.h>
-#include <optional>
+#include <ostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qorl {
 namespace {
 
 using Outcome = FailingDisk::Outcome;
 
-/// What the defaults hold after a fresh start; each test begins with 1 and stores 2.
-enum Expected { before = 1, after = 2 };
+/// What is stored, by a number; each test begins with 1 and stores 2.
+enum State { none, before, after, later };
+
+enum class Length { few, many };
+
+/// Of `many` characters, it takes several of the blocks in which files are written.
+const std::string& textOf(int64_t state, Length length) {
+    static const std::vector<std::string> texts = [] {
+        std::vector<std::string> made(2 * (later + 1));
+        for (size_t i = 1; i <= later; ++i)
+            made[i] = "text " + std::to_string(i);
+        for (size_t i = later + 2; i < made.size(); ++i)
+            while (made[i].size() < 320'000 + i)
+                made[i] += std::to_string(i * made[i].size()) + ' ';
+        return made;
+    }();
+    return texts[static_cast<size_t>(state) + (length == Length::many && state < later ? later + 1 : 0)];
+}
 
 /// Everything that the library stores, with each call that changes the disk failing, cut short, and ending
-/// the program. What follows is as a program that starts afresh sees it.
+/// the program, and with power cuts. What follows is as a program that starts afresh sees it.
 class NothingLostTest : public ::testing::Test {
 protected:
-    ~NothingLostTest() override { pool().clear(); }
+    NothingLostTest() { textOf(before, length_); }
+
+    std::string settings() const { return folder_ / "settings"; }
+    void beginAnew() const { std::filesystem::remove_all(settings()); }
+
+    /// What a crash leaves of the file of that name, beside half a new one.
+    enum class Leftover { onlyTheOld, brokenFileAndOld };
+    static constexpr Leftover leftovers[] = {Leftover::onlyTheOld, Leftover::brokenFileAndOld};
+
+    void leave(Leftover leftover, const std::string& name, const char* broken) const {
+        const std::filesystem::path file = settings() + '/' + name;
+        const auto folder = file.parent_path();
+        const auto old = folder / (file.stem().string() + "_old" + file.extension().string());
+        std::filesystem::rename(file, old);
+        if (leftover == Leftover::brokenFileAndOld)
+            folder_.write("settings/" + name, broken);
+        std::filesystem::copy_file(old, folder / ('.' + file.filename().string() + ".new"));
+    }
+
+    static void expectTidy(const std::string& path) {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(path)) {
+            const std::string name = entry.path().filename().string();
+            for (const char* left : {"_old", ".new", "(Earlier)", "(New"})
+                EXPECT_EQ(name.find(left), std::string::npos) << entry.path();
+        }
+    }
+
+    DebugOutput output_;
+    SettingsFolder folder_;
+    Length length_ = Length::few;
+};
+
+/// How the defaults are stored at first, and by the program that follows.
+enum class StoreForm { oneFile, oneFileForEachGroup, oneFileThatMoves };
+
+void PrintTo(StoreForm form, std::ostream* out) {
+    constexpr const char* names[] = {"OneFile", "OneFileForEachGroup", "OneFileThatMoves"};
+    *out << names[static_cast<int>(form)];
+}
+
+class NothingLostDefaultsTest : public NothingLostTest, public ::testing::WithParamInterface<StoreForm> {
+protected:
+    ~NothingLostDefaultsTest() override { pool().clear(); }
 
     static FGlobalDefaultPool& pool() { return *FGlobalDefaultPool::instance(); }
 
-    void beginAnew() { folder_.emplace(); }
-
-    /// As a program that starts.
-    void start() const {
+    /// A program that starts, and has not looked for anything yet.
+    void begin() {
         pool().clear();
+        saver_.state = none;
         if (isFolder_)
             pool().setFolderMode();
+    }
+    void load() {
+        begin();
+        pool().load();
+        pool().finishLoad();
+    }
+    void start() {
+        begin();
         pool().restore();
         pool().load();
         pool().finishLoad();
     }
 
-    static void set(int number) {
+    void set(State state) {
         for (const char* name : groups)
-            pool().getGroup(name)->values().setInteger("n", number);
+            pool().getGroup(name)->values().setInteger("n", state);
+        pool().getGroup(longGroup)->values().setString("text", ConstString(textOf(state, length_)));
+        saver_.state = state;
+        for (const char* name : passing)
+            if (state == before)
+                pool().getGroup(name)->values().setInteger("n", before);
+            else
+                pool().removeGroup(name);
     }
-
-    bool store(int number) const {
-        start();
-        set(number);
+    bool save(State state) {
+        set(state);
         return pool().save(true);
     }
-
-    /// The number in each group; the same in all of them, but with one file for each group.
-    void expectNumbers(const Outcome& outcome) const {
+    bool store(State state) {
         start();
-        const int64_t first = numberOf(groups[0]);
-        for (const char* name : groups) {
-            const int64_t number = numberOf(name);
-            EXPECT_TRUE(number == before || number == after) << name << " holds " << number;
-            EXPECT_TRUE(isFolder_ || number == first) << "half of one state, half of the other";
-            if (!outcome.hasCrashed && outcome.answer) {
-                EXPECT_EQ(number, after);
+        return save(state);
+    }
+
+    /// The state before, in the form that the test begins with; the program of the next form has begun.
+    void prepare() {
+        beginAnew();
+        isFolder_ = GetParam() == StoreForm::oneFileForEachGroup;
+        ASSERT_TRUE(store(before));
+        // As an earlier version named them.
+        for (const char* name : {groups[2], passing[1]})
+            if (isFolder_)
+                std::filesystem::rename(settings() + "/Defaults/" + DefaultsFolder::fileOf(name) + ".xml",
+                                        settings() + "/Defaults/" + DefaultsFolder::earlierFileOf(name) +
+                                            ".xml");
+        isFolder_ = GetParam() != StoreForm::oneFile;
+        begin();
+    }
+
+    /// The file that the long group is stored in.
+    static std::string fileOfGroup() {
+        return GetParam() == StoreForm::oneFileForEachGroup
+                   ? "Defaults/" + DefaultsFolder::fileOf(longGroup) + ".xml"
+                   : "Defaults.xml";
+    }
+
+    /// Of each part that has one: of the groups, of the object that saves itself.
+    std::vector<int64_t> found() const {
+        std::vector<int64_t> states;
+        for (const char* name : groups)
+            states.push_back(stateOf(name));
+        states.push_back(saver_.state);
+        return states;
+    }
+    int64_t stateOf(const char* name) const {
+        FDefaults* group = pool().getGroup(name, 0, false);
+        if (!group)
+            return none;
+        const int64_t state = group->values().getInteger("n", -1);
+        EXPECT_TRUE(state >= none && state <= later) << name << " holds " << state;
+        if (name == std::string_view(longGroup) && state >= none && state <= later) {
+            EXPECT_TRUE(group->values().getString("text") == ConstString(textOf(state, length_)))
+                << "half a text";
+        }
+        return state;
+    }
+
+    void expectAll(State state) {
+        EXPECT_EQ(found(), std::vector<int64_t>(4, state));
+        for (const char* name : passing)
+            EXPECT_EQ(stateOf(name), state == before ? before : none) << name;
+    }
+
+    /// All of one state; with one file for each group each part may have its own.
+    void expectEither(State earlier, const Outcome& outcome) {
+        start();
+        std::vector<int64_t> states = found();
+        for (const char* name : passing)
+            if (earlier == before)
+                states.push_back(stateOf(name) == before ? before : after);
+        const int64_t first = states[0];
+        for (const int64_t state : states) {
+            EXPECT_TRUE(state == earlier || state == after) << state;
+            if (GetParam() != StoreForm::oneFileForEachGroup) {
+                EXPECT_EQ(state, first) << "half of one state, half of the other";
+            }
+            if (!outcome.hasCrashed && (outcome.answer || !isFolder_)) {
+                EXPECT_EQ(state, outcome.answer ? after : earlier) << "not what was said";
             }
         }
-        if (!outcome.hasCrashed && !outcome.answer && !isFolder_) {
-            EXPECT_EQ(first, before) << "it said that it failed";
-        }
     }
-
-    static int64_t numberOf(const char* name) { return pool().getGroup(name)->values().getInteger("n"); }
 
     /// Whatever was left, the next run stores as ever, and tidies up.
-    void expectToGoOn() const {
-        ASSERT_TRUE(store(3));
+    void expectToGoOn() {
+        ASSERT_TRUE(store(later));
         start();
-        for (const char* name : groups)
-            EXPECT_EQ(numberOf(name), 3);
-        expectTidy(*folder_ / "settings");
+        expectAll(later);
+        expectTidy(settings());
     }
 
-    static void expectTidy(const std::string& path) {
-        std::vector<platform::FolderEntry> entries;
-        platform::listFolder(path, entries);
-        for (const auto& entry : entries) {
-            EXPECT_EQ(entry.name.find("_old"), std::string::npos) << entry.name;
-            EXPECT_FALSE(entry.name.ends_with(".new")) << entry.name;
-            EXPECT_EQ(entry.name.find("(Earlier)"), std::string::npos) << entry.name;
-            EXPECT_EQ(entry.name.find("(New"), std::string::npos) << entry.name;
-            if (entry.kind == platform::FileKind::folder)
-                expectTidy(path + '/' + entry.name);
-        }
-    }
-
-    void losesNothingWhenSaved() {
+    void expectNothingLostBySave() {
         failEachDiskCall(
             [&] {
-                beginAnew();
-                ASSERT_TRUE(store(before));
+                prepare();
                 start();
             },
-            [&] {
-                set(after);
-                return pool().save(true);
-            },
+            [&] { return save(after); },
             [&](const Outcome& outcome) {
-                expectNumbers(outcome);
+                expectEither(before, outcome);
                 expectToGoOn();
             });
     }
 
     static constexpr const char* groups[] = {"One", "Two", "Three"};
+    static constexpr const char* longGroup = groups[1];
+    /// Groups of the state before that are removed.
+    static constexpr const char* passing[] = {"Gone", "Gone under an earlier name"};
 
-    DebugOutput output_;
-    std::optional<SettingsFolder> folder_;
-    bool isFolder_ = false;
+    bool isFolder_ = GetParam() != StoreForm::oneFile;
+    Saver saver_;
 };
 
-class NothingLostFormTest : public NothingLostTest, public ::testing::WithParamInterface<DefaultsForm> {
-protected:
-    NothingLostFormTest() { isFolder_ = GetParam() == DefaultsForm::oneFileForEachGroup; }
-};
-
-TEST_P(NothingLostFormTest, WhenDefaultsAreSaved) {
-    losesNothingWhenSaved();
+TEST_P(NothingLostDefaultsTest, WhenSaved) {
+    length_ = Length::many;
+    expectNothingLostBySave();
 }
 
-TEST_P(NothingLostFormTest, WhenThePowerIsCutBehindTheFirstSave) {
-    beginAnew();
-    ASSERT_TRUE(FailingDisk::runToPowerCut([&] { return store(before); }).answer);
-    start();
-    for (const char* name : groups)
-        EXPECT_EQ(numberOf(name), before);
-}
-
-TEST_P(NothingLostFormTest, WhenDefaultsAreBackedUp) {
+TEST_P(NothingLostDefaultsTest, WhenSavedOverWhatIsDamaged) {
+    const auto isKept = [&] {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(settings())) {
+            const auto file = std::filesystem::relative(entry.path(), settings());
+            if (entry.is_regular_file() && folder_.read("settings/" + file.string()) == damaged)
+                return true;
+        }
+        return false;
+    };
     failEachDiskCall(
         [&] {
-            beginAnew();
-            ASSERT_TRUE(store(before));
-        },
-        [&] { return pool().backup(); },
-        [&](const Outcome& outcome) {
-            if (!outcome.hasCrashed && outcome.answer) {
-                // The run without the user's settings.
-                pool().clear();
-                if (isFolder_)
-                    pool().setFolderMode();
-                pool().finishLoad();
-                set(after);
-                pool().save(true);
-            }
+            prepare();
+            folder_.write("settings/" + fileOfGroup(), damaged);
             start();
-            for (const char* name : groups)
-                EXPECT_EQ(numberOf(name), before);
+        },
+        [&] { return save(after); },
+        [&](const Outcome& outcome) {
+            EXPECT_TRUE(isKept());
+            start();
+            EXPECT_TRUE(stateOf(longGroup) == none || stateOf(longGroup) == after);
+            if (!outcome.hasCrashed && outcome.answer)
+                expectAll(after);
             expectToGoOn();
         });
 }
 
-TEST_P(NothingLostFormTest, WhenDefaultsAreRestored) {
+TEST_P(NothingLostDefaultsTest, WhenBackedUp) {
+    failEachDiskCall([&] { prepare(); }, [&] { return pool().backup(); },
+                     [&](const Outcome& outcome) {
+                         if (!outcome.hasCrashed && outcome.answer) {
+                             // The run without the user's settings.
+                             begin();
+                             pool().finishLoad();
+                             save(after);
+                         }
+                         start();
+                         expectAll(before);
+                         expectToGoOn();
+                     });
+}
+
+TEST_P(NothingLostDefaultsTest, WhenRestored) {
     failEachDiskCall(
         [&] {
-            beginAnew();
-            ASSERT_TRUE(store(before));
+            prepare();
             ASSERT_TRUE(pool().backup());
-            set(after);
-            ASSERT_TRUE(pool().save(true));
+            ASSERT_TRUE(pool().load());
+            pool().finishLoad();
+            ASSERT_TRUE(save(after));
+            begin();
         },
         [&] { return pool().restore(); },
-        [&](const Outcome&) {
-            start();
-            for (const char* name : groups)
-                EXPECT_EQ(numberOf(name), before);
+        [&](const Outcome& outcome) {
+            if (!outcome.hasCrashed && outcome.answer)
+                load();
+            else
+                start();
+            expectAll(before);
             expectToGoOn();
         });
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, NothingLostFormTest,
-                         ::testing::Values(DefaultsForm::oneFile, DefaultsForm::oneFileForEachGroup),
+TEST_P(NothingLostDefaultsTest, WhenThrownAway) {
+    const auto prepareTrash = [&] {
+        prepare();
+        pool().load();
+        pool().finishLoad();
+        ASSERT_TRUE(save(after));
+        ASSERT_TRUE(pool().trash());
+        prepare();
+        ASSERT_TRUE(pool().backup());
+    };
+    failEachDiskCall(
+        prepareTrash, [&] { return pool().trash(); },
+        [&](const Outcome& outcome) {
+            start();
+            const bool isGone = stateOf(groups[0]) == none;
+            EXPECT_TRUE(outcome.hasCrashed || !outcome.answer || isGone);
+            if (isGone) {
+                expectAll(none);
+                for (const std::string name : {"/Defaults", "/Defaults.xml"})
+                    if (const auto trashed = settings() + "/Defaults (Trashed)" + name.substr(9);
+                        std::filesystem::exists(trashed))
+                        std::filesystem::rename(trashed, settings() + name);
+                load();
+            }
+            expectAll(before);
+        });
+}
+
+TEST_P(NothingLostDefaultsTest, WhenLoadedAfterACrash) {
+    const auto loadsAll = [&](const auto& prepareLeftover) {
+        failEachDiskCall(
+            [&] {
+                prepare();
+                prepareLeftover();
+            },
+            [&] {
+                start();
+                expectAll(before);
+                return !HasFailure();
+            },
+            [&](const Outcome& outcome) {
+                EXPECT_TRUE(outcome.hasCrashed || outcome.answer);
+                start();
+                expectAll(before);
+                expectToGoOn();
+            });
+    };
+    for (const Leftover leftover : leftovers)
+        loadsAll([&] { leave(leftover, fileOfGroup(), damaged.c_str()); });
+    if (!isFolder_)
+        return;
+    loadsAll([&] {
+        for (const char* name : {"(New)", "(New Backup)", "(Earlier)", "(Trashed) (Earlier)"})
+            folder_.write("settings/Defaults " + std::string(name) + "/left.xml", "left");
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, NothingLostDefaultsTest,
+                         ::testing::Values(StoreForm::oneFile, StoreForm::oneFileForEachGroup,
+                                           StoreForm::oneFileThatMoves),
                          ::testing::PrintToStringParamName());
 
-TEST_F(NothingLostTest, WhenDefaultsMoveToOneFileForEachGroup) {
+/// Where nothing is that could move.
+class NothingLostPlainDefaultsTest : public NothingLostDefaultsTest {};
+
+TEST_P(NothingLostPlainDefaultsTest, WhenSavedForTheFirstTime) {
     failEachDiskCall(
         [&] {
-            isFolder_ = false;
             beginAnew();
-            ASSERT_TRUE(store(before));
-            isFolder_ = true;
             start();
         },
-        [&] { return pool().save(true); },
-        [&](const Outcome&) {
-            start();
-            for (const char* name : groups)
-                EXPECT_EQ(numberOf(name), before);
-            expectToGoOn();
-        });
+        [&] { return save(after); }, [&](const Outcome& outcome) { expectEither(none, outcome); });
 }
 
-TEST_F(NothingLostTest, WhenDefaultsAreSavedOnAVolumeThatKnowsNoLinks) {
+TEST_P(NothingLostPlainDefaultsTest, WhenSavedOnAVolumeThatKnowsNoLinks) {
     const FailingDisk::WithoutLinks withoutLinks;
-    losesNothingWhenSaved();
+    expectNothingLostBySave();
 }
+
+INSTANTIATE_TEST_SUITE_P(Forms, NothingLostPlainDefaultsTest,
+                         ::testing::Values(StoreForm::oneFile, StoreForm::oneFileForEachGroup),
+                         ::testing::PrintToStringParamName());
+
+/// One text, which takes many transfers in either form.
+class LongText : public CmObject {
+    QORL_CLASS(LongText, CmObject)
+
+public:
+    explicit LongText(std::string text = {}) : text(std::move(text)) {}
+
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setString("text", ConstString(text));
+        return true;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        text = attributes->getString("text").toUtf8();
+        return true;
+    }
+    bool writeTo(FObjectArchive* archive) override {
+        auto size = static_cast<int64_t>(text.size());
+        FStream& stream = archive->stream();
+        bool isGood = stream.write(&size, sizeof size) == sizeof size;
+        for (int64_t done = 0; isGood && done < size; done += piece)
+            isGood = stream.write(text.data() + done, std::min(piece, size - done)) > 0;
+        return isGood;
+    }
+    bool readFrom(FObjectArchive* archive) override {
+        int64_t size = 0;
+        if (archive->stream().read(&size, sizeof size) != sizeof size)
+            return false;
+        text.resize(static_cast<size_t>(size));
+        return archive->stream().read(text.data(), size) == size;
+    }
+
+    std::string text;
+
+private:
+    static constexpr int64_t piece = 1000;
+};
 
 /// A form in which one object has a file of its own.
 struct ObjectForm {
     const char* name;
-    bool (*save)(CmString& object);
-    bool (*load)(CmString& object);
+    const char* file;
+    const char* broken; ///< what makes no whole file
+    bool (*save)(CmObject& object);
+    bool (*load)(const char* name, CmObject& object);
     bool (*exists)();
+    bool (*remove)();
+    bool (*rename)();
+    /// Null where there is no such thing.
+    bool (*backup)() = nullptr;
+    bool (*restore)() = nullptr;
     /// What an interrupted save has kept before; null for nothing.
     const char* kept = nullptr;
 };
@@ -216,58 +437,157 @@ void PrintTo(const ObjectForm& form, std::ostream* out) {
 
 class NothingLostObjectTest : public NothingLostTest, public ::testing::WithParamInterface<ObjectForm> {
 protected:
-    static bool save(const char* text) {
-        CmString object(text);
+    bool save(State state) const {
+        LongText object(textOf(state, length_));
         return GetParam().save(object);
+    }
+    /// None where nothing can be loaded.
+    State stateOf(const char* name = "Layouts/Main") const {
+        LongText object;
+        if (!GetParam().load(name, object))
+            return none;
+        for (const State state : {before, after, later})
+            if (object.text == textOf(state, length_))
+                return state;
+        ADD_FAILURE() << "half a text";
+        return none;
+    }
+    void prepare() const {
+        beginAnew();
+        ASSERT_TRUE(save(before));
+        if (GetParam().kept)
+            folder_.write(GetParam().kept, "<State><string name='text' value='kept'/></State>");
+    }
+    void expectToGoOn() const {
+        EXPECT_TRUE(save(later));
+        EXPECT_EQ(stateOf(), later);
+        expectTidy(settings());
     }
 };
 
-TEST_P(NothingLostObjectTest, WhenAnObjectIsSaved) {
-    const char* longer = "after, and a little longer";
-    failEachDiskCall(
-        [&] {
-            beginAnew();
-            ASSERT_TRUE(save("before"));
-            if (GetParam().kept)
-                folder_->write(GetParam().kept, "<State><string name='s' value='kept'/></State>");
-        },
-        [&] { return save(longer); },
-        [&](const Outcome& outcome) {
-            CmString object;
-            EXPECT_TRUE(GetParam().load(object));
-            const bool isNew = object.string() == ConstString(longer);
-            EXPECT_TRUE(isNew || object.string() == ConstString("before"));
-            EXPECT_TRUE(outcome.hasCrashed || isNew == outcome.answer);
-            EXPECT_TRUE(save("again"));
-            expectTidy(*folder_ / "settings/Layouts");
-        });
-}
-
-TEST_P(NothingLostObjectTest, WhenAnObjectIsSavedForTheFirstTime) {
-    failEachDiskCall([&] { beginAnew(); }, [&] { return save("first"); },
+TEST_P(NothingLostObjectTest, WhenSaved) {
+    length_ = Length::many;
+    failEachDiskCall([&] { prepare(); }, [&] { return save(after); },
                      [&](const Outcome& outcome) {
-                         CmString object;
-                         const bool isThere = GetParam().load(object);
-                         EXPECT_EQ(isThere, GetParam().exists());
-                         EXPECT_TRUE(outcome.hasCrashed || isThere == outcome.answer);
-                         EXPECT_TRUE(!isThere || object.string() == ConstString("first"));
+                         const State state = stateOf();
+                         EXPECT_NE(state, none);
+                         EXPECT_TRUE(outcome.hasCrashed || (state == after) == outcome.answer);
+                         expectToGoOn();
                      });
 }
 
-ObjectForm xmlForm(const char* name, const char* kept = nullptr) {
-    return {name, [](CmString& object) { return saveXml("Layouts/Main", "State", object); },
-            [](CmString& object) { return loadXml("Layouts/Main", "State", object); },
-            [] { return xmlExists("Layouts/Main"); }, kept};
+TEST_P(NothingLostObjectTest, WhenSavedForTheFirstTime) {
+    failEachDiskCall([&] { beginAnew(); }, [&] { return save(before); },
+                     [&](const Outcome& outcome) {
+                         const bool isThere = stateOf() == before;
+                         EXPECT_EQ(isThere, GetParam().exists());
+                         EXPECT_TRUE(outcome.hasCrashed || isThere == outcome.answer);
+                     });
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, NothingLostObjectTest,
-    ::testing::Values(xmlForm("Xml"), xmlForm("XmlOverWhatACrashKept", "settings/Layouts/Main_old.xml"),
-                      ObjectForm{"Binary",
-                                 [](CmString& object) { return saveObjectFile("Layouts/Main", &object); },
-                                 [](CmString& object) { return loadObjectFile("Layouts/Main", &object); },
-                                 [] { return objectFileExists("Layouts/Main"); }}),
-    ::testing::PrintToStringParamName());
+TEST_P(NothingLostObjectTest, WhenLoadedAfterACrash) {
+    for (const Leftover leftover : leftovers)
+        failEachDiskCall(
+            [&] {
+                prepare();
+                leave(leftover, GetParam().file, GetParam().broken);
+            },
+            [&] { return stateOf() == before; },
+            [&](const Outcome& outcome) {
+                EXPECT_TRUE(outcome.hasCrashed || outcome.answer);
+                EXPECT_EQ(stateOf(), before);
+                expectToGoOn();
+            });
+}
+
+TEST_P(NothingLostObjectTest, WhenRemoved) {
+    failEachDiskCall([&] { prepare(); }, [&] { return GetParam().remove(); },
+                     [&](const Outcome& outcome) {
+                         const State state = stateOf();
+                         EXPECT_TRUE(state == before || state == none);
+                         EXPECT_TRUE(outcome.hasCrashed || !outcome.answer || state == none);
+                         expectToGoOn();
+                     });
+}
+
+TEST_P(NothingLostObjectTest, WhenRenamed) {
+    failEachDiskCall([&] { prepare(); }, [&] { return GetParam().rename(); },
+                     [&](const Outcome& outcome) {
+                         const State renamed = stateOf("Layouts/Other");
+                         EXPECT_EQ(stateOf(), renamed == none ? before : none);
+                         EXPECT_TRUE(renamed == before || renamed == none);
+                         EXPECT_TRUE(outcome.hasCrashed || !outcome.answer || renamed == before);
+                         expectToGoOn();
+                     });
+}
+
+TEST_P(NothingLostObjectTest, WhenBackedUp) {
+    length_ = Length::many;
+    if (!GetParam().backup)
+        return;
+    failEachDiskCall([&] { prepare(); }, [&] { return GetParam().backup(); },
+                     [&](const Outcome& outcome) {
+                         EXPECT_EQ(stateOf(), before);
+                         EXPECT_TRUE(save(later));
+                         const bool isCopied = GetParam().restore();
+                         EXPECT_EQ(stateOf(), isCopied ? before : later);
+                         EXPECT_TRUE(outcome.hasCrashed || !outcome.answer || isCopied);
+                         expectTidy(settings());
+                     });
+}
+
+TEST_P(NothingLostObjectTest, WhenRestored) {
+    if (!GetParam().restore)
+        return;
+    failEachDiskCall(
+        [&] {
+            prepare();
+            ASSERT_TRUE(GetParam().backup());
+            ASSERT_TRUE(save(after));
+        },
+        [&] { return GetParam().restore(); },
+        [&](const Outcome& outcome) {
+            const bool isRestored = stateOf() == before;
+            EXPECT_TRUE(outcome.hasCrashed || !outcome.answer || isRestored);
+            if (!isRestored) {
+                EXPECT_EQ(stateOf(), after);
+                EXPECT_TRUE(GetParam().restore());
+            }
+            EXPECT_EQ(stateOf(), before);
+            expectToGoOn();
+        });
+}
+
+ObjectForm xmlForm(const char* name, const char* kept = nullptr) {
+    return {name,
+            "Layouts/Main.xml",
+            "<State><str",
+            [](CmObject& object) { return saveXml("Layouts/Main", "State", object); },
+            [](const char* file, CmObject& object) { return loadXml(file, "State", object); },
+            [] { return xmlExists("Layouts/Main"); },
+            [] { return deleteXml("Layouts/Main"); },
+            [] { return renameXml("Layouts/Main", "Other"); },
+            [] { return backupXml("Layouts/Main"); },
+            [] { return restoreXml("Layouts/Main"); },
+            kept};
+}
+
+ObjectForm binaryForm() {
+    return {"Binary",
+            "Layouts/Main.bin",
+            "",
+            [](CmObject& object) { return saveObjectFile("Layouts/Main", &object); },
+            [](const char* file, CmObject& object) { return loadObjectFile(file, &object); },
+            [] { return objectFileExists("Layouts/Main"); },
+            [] { return deleteObjectFile("Layouts/Main"); },
+            [] { return renameObjectFile("Layouts/Main", "Other"); }};
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, NothingLostObjectTest,
+                         ::testing::Values(xmlForm("Xml"),
+                                           xmlForm("XmlOverWhatACrashKept", "settings/Layouts/Main_old.xml"),
+                                           binaryForm()),
+                         ::testing::PrintToStringParamName());
 
 } // namespace
 } // namespace qorl

@@ -4,7 +4,6 @@
 #include "ArchiveTesting.h"
 #include "support/DebugOutput.h"
 #include "support/FailingAllocation.h"
-#include "support/FailingDisk.h"
 #include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
@@ -153,26 +152,6 @@ TEST_F(ObjectFiles, AreNotLoadedWithoutWhatThereWasNoMemoryFor) {
         EXPECT_TRUE(isLoaded || allocation.hasFailed());
         EXPECT_TRUE(!isLoaded || child) << "the next save would lose it";
     });
-}
-
-TEST_F(ObjectFiles, AreWholeAfterWhateverTheDiskDoes) {
-    const auto before = makeNode(1, {makeNode(4)});
-    const auto after = makeNode(2, {makeNode(3)});
-    const auto load = [] {
-        const auto back = makeNode(0);
-        EXPECT_TRUE(loadObjectFile("node", back.get()));
-        return GraphNode::describe(back.get());
-    };
-    failEachDiskCall([&] { ASSERT_TRUE(saveObjectFile("node", before.get())); },
-                     [&] { return saveObjectFile("node", after.get()); },
-                     [&](const FailingDisk::Outcome& outcome) {
-                         const std::string found = load();
-                         const std::string stored = GraphNode::describe(after.get());
-                         EXPECT_TRUE(found == stored || found == GraphNode::describe(before.get())) << found;
-                         if (!outcome.hasCrashed) {
-                             EXPECT_EQ(found == stored, outcome.answer);
-                         }
-                     });
 }
 
 } // namespace
