@@ -10,7 +10,7 @@ namespace qorl {
 namespace {
 
 // Behind the name of a folder that goes.
-constexpr const char* leaving = " (Earlier)";
+constexpr const char* earlierSuffix = " (Earlier)";
 
 std::string settingsFolder() {
     return FNPath::knownFolder(FNPath::userSettings);
@@ -48,15 +48,15 @@ bool DefaultsFolder::stands(const char* folder) {
 
 void DefaultsFolder::tidy() {
     for (const std::string& folder :
-         {folderNamed(newStore), folderNamed(newBackup), folderNamed(store) + leaving,
-          folderNamed(backup) + leaving, folderNamed(trash) + leaving})
+         {folderNamed(newStore), folderNamed(newBackup), folderNamed(store) + earlierSuffix,
+          folderNamed(backup) + earlierSuffix, folderNamed(trash) + earlierSuffix})
         if (platform::folderExists(folder))
             tellFailure(folder, "can't be deleted", platform::deleteTree(folder));
 }
 
 bool DefaultsFolder::discard(const char* folder) {
     const std::string path = folderNamed(folder);
-    const std::string away = path + leaving;
+    const std::string away = path + earlierSuffix;
     return clearPlace(away) && tellFailure(path, "can't be put away", moveDurably(path, away)) &&
            tellFailure(away, "can't be deleted", platform::deleteTree(away));
 }
@@ -64,7 +64,7 @@ bool DefaultsFolder::discard(const char* folder) {
 bool DefaultsFolder::putInPlace(const char* from, const char* to) {
     const std::string source = folderNamed(from);
     const std::string target = folderNamed(to);
-    const std::string away = target + leaving;
+    const std::string away = target + earlierSuffix;
     const bool hasEarlier = platform::folderExists(target);
     // No folder that holds anything can be replaced in one step.
     if (hasEarlier ? !clearPlace(away) || !tellFailure(target, "can't be put away", moveDurably(target, away))
