@@ -233,6 +233,10 @@ TEST(X11Desktop, TypesWhatTheLayoutSaysAlsoWhenThatChanges) {
          "de",
          {XKB_KEY_Num_Lock, XKB_KEY_KP_End},
          "key down v52 c0 m0; key up v52 c0 m0; key down v25 c49 m0; key up v25 c49 m0"},
+        {"letters of the second layout",
+         "ru,us",
+         {XKB_KEY_Cyrillic_ef},
+         "key down v145 c1092 m0; key up v145 c1092 m0"},
         {"no Latin letters", "ru", {XKB_KEY_Cyrillic_a}, "key down v0 c1072 m0; key up v0 c1072 m0"},
     };
     client.take();
