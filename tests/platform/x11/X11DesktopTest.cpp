@@ -186,6 +186,47 @@ std::string playKeys(X11Scene& scene, WindowRecorder& client, const std::vector<
     return heard.substr(0, heard.find("; key down v40"));
 }
 
+struct TypedKeys {
+    const char* what;
+    const char* layout;
+    std::vector<uint32_t> keys;
+    const char* heard;
+};
+const TypedKeys typedKeys[] = {
+    {"Shift",
+     nullptr,
+     {XKB_KEY_Shift_L, XKB_KEY_z},
+     "key down v54 c0 m0; key down v170 c90 m1; key up v170 c90 m1; key up v54 c0 m1"},
+    {"Ctrl",
+     nullptr,
+     {XKB_KEY_Control_L, XKB_KEY_1},
+     "key down v55 c0 m0; key down v129 c49 m2; key up v129 c49 m2; key up v55 c0 m2"},
+    {"Return", nullptr, {XKB_KEY_Return}, "key down v4 c0 m0; key up v4 c0 m0"},
+    {"a letter", "de", {XKB_KEY_udiaeresis}, "key down v0 c252 m0; key up v0 c252 m0"},
+    {"a third level",
+     "de",
+     {XKB_KEY_ISO_Level3_Shift, XKB_KEY_q},
+     "key down v161 c64 m0; key up v161 c64 m0"},
+    {"a dead key", "de", {XKB_KEY_dead_circumflex, XKB_KEY_a}, "key down v145 c226 m0; key up v145 c97 m0"},
+    {"two dead keys", "de", {XKB_KEY_dead_circumflex, XKB_KEY_F2}, "key down v41 c0 m0; key up v41 c0 m0"},
+    {"Alt",
+     "de",
+     {XKB_KEY_Alt_L, XKB_KEY_z},
+     "key down v56 c0 m0; key down v170 c122 m4; "
+     "key up v170 c122 m4; key up v56 c0 m4"},
+    {"Meta", "de", {XKB_KEY_Super_L, XKB_KEY_z}, "key down v170 c122 m8; key up v170 c122 m8"},
+    {"the pad", "de", {XKB_KEY_KP_End}, "key down v9 c0 m0; key up v9 c0 m0"},
+    {"the pad's numbers",
+     "de",
+     {XKB_KEY_Num_Lock, XKB_KEY_KP_End},
+     "key down v52 c0 m0; key up v52 c0 m0; key down v25 c49 m0; key up v25 c49 m0"},
+    {"letters of the second layout",
+     "ru,us",
+     {XKB_KEY_Cyrillic_ef},
+     "key down v145 c1092 m0; key up v145 c1092 m0"},
+    {"no Latin letters", "ru", {XKB_KEY_Cyrillic_a}, "key down v0 c1072 m0; key up v0 c1072 m0"},
+};
+
 TEST(X11Desktop, TypesWhatTheLayoutSaysAlsoWhenThatChanges) {
     setenv("LC_ALL", "en_US.UTF-8", 1);
     X11Scene scene(XServer::Manager::none);
@@ -193,54 +234,8 @@ TEST(X11Desktop, TypesWhatTheLayoutSaysAlsoWhenThatChanges) {
     auto window = scene.open({100, 50, 300, 150}, client);
     window->activate();
     ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == window.get(); }));
-    struct Case {
-        const char* what;
-        const char* layout;
-        std::vector<uint32_t> keys;
-        const char* heard;
-    };
-    const Case cases[] = {
-        {"Shift",
-         nullptr,
-         {XKB_KEY_Shift_L, XKB_KEY_z},
-         "key down v54 c0 m0; key down v170 c90 m1; key up v170 c90 m1; key up v54 c0 m1"},
-        {"Ctrl",
-         nullptr,
-         {XKB_KEY_Control_L, XKB_KEY_1},
-         "key down v55 c0 m0; key down v129 c49 m2; key up v129 c49 m2; key up v55 c0 m2"},
-        {"Return", nullptr, {XKB_KEY_Return}, "key down v4 c0 m0; key up v4 c0 m0"},
-        {"a letter", "de", {XKB_KEY_udiaeresis}, "key down v0 c252 m0; key up v0 c252 m0"},
-        {"a third level",
-         "de",
-         {XKB_KEY_ISO_Level3_Shift, XKB_KEY_q},
-         "key down v161 c64 m0; key up v161 c64 m0"},
-        {"a dead key",
-         "de",
-         {XKB_KEY_dead_circumflex, XKB_KEY_a},
-         "key down v145 c226 m0; key up v145 c97 m0"},
-        {"two dead keys",
-         "de",
-         {XKB_KEY_dead_circumflex, XKB_KEY_F2},
-         "key down v41 c0 m0; key up v41 c0 m0"},
-        {"Alt",
-         "de",
-         {XKB_KEY_Alt_L, XKB_KEY_z},
-         "key down v56 c0 m0; key down v170 c122 m4; "
-         "key up v170 c122 m4; key up v56 c0 m4"},
-        {"Meta", "de", {XKB_KEY_Super_L, XKB_KEY_z}, "key down v170 c122 m8; key up v170 c122 m8"},
-        {"the pad", "de", {XKB_KEY_KP_End}, "key down v9 c0 m0; key up v9 c0 m0"},
-        {"the pad's numbers",
-         "de",
-         {XKB_KEY_Num_Lock, XKB_KEY_KP_End},
-         "key down v52 c0 m0; key up v52 c0 m0; key down v25 c49 m0; key up v25 c49 m0"},
-        {"letters of the second layout",
-         "ru,us",
-         {XKB_KEY_Cyrillic_ef},
-         "key down v145 c1092 m0; key up v145 c1092 m0"},
-        {"no Latin letters", "ru", {XKB_KEY_Cyrillic_a}, "key down v0 c1072 m0; key up v0 c1072 m0"},
-    };
     client.take();
-    for (const Case& c : cases) {
+    for (const TypedKeys& c : typedKeys) {
         SCOPED_TRACE(c.what);
         ASSERT_TRUE(!c.layout || scene.server.setLayout(c.layout));
         EXPECT_EQ(playKeys(scene, client, c.keys), c.heard);
