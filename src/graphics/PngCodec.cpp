@@ -16,6 +16,13 @@ static_assert(std::endian::native == std::endian::little,
 
 constexpr std::array<uint8_t, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 
+uint32_t wordAt(std::span<const std::byte> file, size_t place) {
+    uint32_t word = 0;
+    for (const std::byte byte : file.subspan(place, 4))
+        word = word << 8 | std::to_integer<uint32_t>(byte);
+    return word;
+}
+
 /// The fields of the IHDR chunk, which stands first in every file.
 struct Header {
     static constexpr size_t end = 8 + 8 + 13 + 4;
@@ -27,10 +34,7 @@ struct Header {
 
     static Header read(std::span<const std::byte> file) {
         const auto byteAt = [&](size_t place) { return std::to_integer<uint32_t>(file[place]); };
-        const auto wordAt = [&](size_t place) {
-            return byteAt(place) << 24 | byteAt(place + 1) << 16 | byteAt(place + 2) << 8 | byteAt(place + 3);
-        };
-        return {wordAt(16), wordAt(20), byteAt(24), byteAt(25)};
+        return {wordAt(file, 16), wordAt(file, 20), byteAt(24), byteAt(25)};
     }
 
     /// Bytes that the image data must unpack to at least.
@@ -40,6 +44,18 @@ struct Header {
         return uint64_t{height} * ((rowBits + 7) / 8);
     }
 };
+
+/// Whether each chunk ends within the file: libpng makes room for what one says to hold before it looks.
+bool holdsItsChunks(std::span<const std::byte> file) {
+    constexpr size_t frame = 12;
+    for (size_t place = signature.size(); place + frame <= file.size();) {
+        const size_t length = wordAt(file, place);
+        if (length > file.size() - place - frame)
+            return false;
+        place += frame + length;
+    }
+    return true;
+}
 
 /// Deflate (RFC 1951) packs at best 258 bytes into 2 bits.
 constexpr uint64_t bestDeflateRatio = 1032;
@@ -112,6 +128,10 @@ Ref<GraphicsImage> PngCodec::decode(std::span<const std::byte> file, std::string
     if (!error.empty())
         return nullptr;
 
+    if (!holdsItsChunks(file)) {
+        error = "the PNG is broken: it ends within a chunk";
+        return nullptr;
+    }
     PngImage png;
     if (!png_image_begin_read_from_memory(&png, file.data(), file.size())) {
         error = std::string("the PNG is broken: ") + png.message;
