@@ -21,7 +21,7 @@ protected:
     ~IXmlHandler() = default;
 };
 
-/// A parser of XML in a stream.
+/// A parser of XML in a stream. Without memory its operations give false, and `reset` makes it ready again.
 class IXmlParser : public FInterface {
 public:
     static constexpr InterfaceId iid = InterfaceId::fromText("{7D0C94F1-3E5A-4B62-8A17-90C2E4D6B835}");
@@ -42,7 +42,8 @@ public:
     virtual bool reset(const char* encoding) = 0;
     /// Only before the first `parse`.
     virtual bool setEncoding(const char* encoding) = 0;
-    /// Fills a text object that answers `IStringSink`: what went wrong and in which line.
+    /// Fills a text object that answers `IStringSink`: what went wrong and in which line. Leaves it as it is
+    /// without memory.
     virtual void getErrorText(FInterface* text) = 0;
 };
 

@@ -60,8 +60,6 @@ constexpr struct {
     {T::templates, DocumentSection::templates, UIDescriptionParser::outside},
 };
 
-constexpr const char* noMemory = "out of memory";
-
 bool isAllBlank(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
 }
@@ -164,9 +162,7 @@ void UIDescriptionParser::reportUnknown(std::string_view name, bool reserved) {
                          ": skipped with all that is in it" + suggestion.text("<", ">"));
 }
 
-// No exception may pass through the XML parser: each handler ends at its own boundary.
-
-void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char** attributes) try {
+void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char** attributes) {
     if (hasFailed() || reported_)
         return;
     if (++elements_ > SkinLimits::elements) {
@@ -194,8 +190,6 @@ void UIDescriptionParser::startElement(IXmlParser*, const char* name, const char
         refuse(type);
     else
         startRecord(type, attributes, nullptr, section_);
-} catch (const std::bad_alloc&) {
-    stop(noMemory);
 }
 
 bool UIDescriptionParser::startOutside(SkinType type, const char** attributes) {
@@ -270,7 +264,7 @@ void UIDescriptionParser::startRecord(SkinType type, const char** attributes, Sk
     section_ = section;
 }
 
-void UIDescriptionParser::endElement(IXmlParser*, const char*) try {
+void UIDescriptionParser::endElement(IXmlParser*, const char*) {
     if (hasFailed() || reported_)
         return;
     if (skipDepth_ > 0) {
@@ -295,29 +289,23 @@ void UIDescriptionParser::endElement(IXmlParser*, const char*) try {
         open.home->append(open.element);
     else
         pending_.push_back(open.element);
-} catch (const std::bad_alloc&) {
-    stop(noMemory);
 }
 
-void UIDescriptionParser::characterData(IXmlParser*, const char* text, int32_t length) try {
+void UIDescriptionParser::characterData(IXmlParser*, const char* text, int32_t length) {
     if (skipDepth_ > 0 || open_.empty())
         return;
     const SkinElement* record = currentRecord();
     if (record && record->type() == SkinType::script)
         program_.append(text, static_cast<size_t>(length));
-} catch (const std::bad_alloc&) {
-    stop(noMemory);
 }
 
-void UIDescriptionParser::comment(IXmlParser*, const char* text) try {
+void UIDescriptionParser::comment(IXmlParser*, const char* text) {
     if (!(UIDescription::options() & UIDescription::keepComments) || skipDepth_ > 0 || open_.empty() ||
         reported_)
         return;
     SkinElement* comment = SkinElement::create(SkinType::comment, document_.store(), mark());
     comment->set(SkinAttribute::comment, text);
     pending_.push_back(comment);
-} catch (const std::bad_alloc&) {
-    stop(noMemory);
 }
 
 bool UIDescriptionParser::finish(bool parsed) {

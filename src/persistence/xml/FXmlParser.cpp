@@ -125,7 +125,7 @@ bool FXmlParser::parse(void* context) try {
     }
     return error_ == Error::none;
 } catch (const std::bad_alloc&) {
-    error_ = Error::noMemory;
+    failWithoutMemory();
     return false;
 }
 
@@ -137,11 +137,18 @@ bool FXmlParser::skipElement() {
     return isGood;
 }
 
-void FXmlParser::setError(Error error, std::string_view detail) {
+void FXmlParser::setError(Error error, std::string_view detail) try {
     if (error_ != Error::none)
         return;
     error_ = error;
     detail_ = detail;
+} catch (const std::bad_alloc&) {
+    failWithoutMemory();
+}
+
+void FXmlParser::failWithoutMemory() {
+    error_ = Error::noMemory;
+    detail_.clear();
 }
 
 /// False at the end of the document.

@@ -146,6 +146,7 @@ private:
     const LineCount& tokenPlace() const;
     std::string_view openTag() const;
     void fail(Error error, std::string_view detail, size_t tokenStart, size_t tokenEnd);
+    void failWithoutMemory();
     void report(std::string_view token, std::string_view rest) const;
 
     FBinaryStream& stream_;

@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <expat.h>
+#include <new>
 
 namespace qorl {
 
@@ -19,6 +21,15 @@ constexpr int parsedPiece = 32768;
 constexpr int finished = 36;
 constexpr int suspendedInsideEntity = 37;
 static_assert(FXmlParser2::aborted == XML_ERROR_ABORTED);
+static_assert(FXmlParser2::noMemory == XML_ERROR_NO_MEMORY);
+// Short enough to be kept in a string without asking for memory.
+constexpr const char* outOfMemory = "out of memory";
+
+/// Expat takes its memory from where the library does.
+XML_Parser createParser() {
+    constexpr XML_Memory_Handling_Suite memory{std::malloc, std::realloc, std::free};
+    return XML_ParserCreate_MM(nullptr, &memory, nullptr);
+}
 
 /// While Expat runs, which can't be entered twice.
 class ParsingScope {
@@ -54,34 +65,46 @@ std::string tooLarge(int64_t limit) {
 
 } // namespace
 
-/// What Expat calls.
+/// What Expat calls. No exception may pass through its frames, so each of them ends a lack of memory.
 struct FXmlParser2::Callbacks {
-    static FXmlParser2* self(void* user) { return static_cast<FXmlParser2*>(user); }
+    template <typename Event>
+    static void tell(void* user, Event event) {
+        auto* parser = static_cast<FXmlParser2*>(user);
+        try {
+            event(*parser);
+        } catch (const std::bad_alloc&) {
+            parser->failWithoutMemory();
+            parser->stop();
+        }
+    }
 
     static void XMLCALL start(void* user, const char* name, const char** attributes) {
-        FXmlParser2* parser = self(user);
-        if (++parser->depth_ > parser->limits_.depth)
-            parser->stop("elements are nested deeper than " + std::to_string(parser->limits_.depth), refused);
-        else
-            parser->handler_->startElement(parser, name, attributes);
+        tell(user, [=](FXmlParser2& parser) {
+            if (++parser.depth_ > parser.limits_.depth)
+                parser.stop("elements are nested deeper than " + std::to_string(parser.limits_.depth),
+                            refused);
+            else
+                parser.handler_->startElement(&parser, name, attributes);
+        });
     }
 
     static void XMLCALL end(void* user, const char* name) {
-        FXmlParser2* parser = self(user);
-        parser->handler_->endElement(parser, name);
-        --parser->depth_;
+        tell(user, [=](FXmlParser2& parser) {
+            parser.handler_->endElement(&parser, name);
+            --parser.depth_;
+        });
     }
 
     static void XMLCALL text(void* user, const char* characters, int length) {
-        self(user)->handler_->characterData(self(user), characters, length);
+        tell(user, [=](FXmlParser2& parser) { parser.handler_->characterData(&parser, characters, length); });
     }
 
     static void XMLCALL comment(void* user, const char* characters) {
-        self(user)->handler_->comment(self(user), characters);
+        tell(user, [=](FXmlParser2& parser) { parser.handler_->comment(&parser, characters); });
     }
 };
 
-FXmlParser2::FXmlParser2() : parser_(XML_ParserCreate(nullptr)), handler_(&nobody) {
+FXmlParser2::FXmlParser2() : parser_(createParser()), handler_(&nobody) {
     installCallbacks();
 }
 
@@ -105,7 +128,9 @@ void FXmlParser2::installCallbacks() {
 
 /// Whether a document may be read now. What an earlier wrong call has left is forgotten.
 bool FXmlParser2::isReady() {
-    if (!parser_ || failed_)
+    if (!parser_)
+        return failWithoutMemory();
+    if (failed_)
         return false;
     if (isParsing_)
         return rejectCall("the parser is in the midst of a document");
@@ -115,11 +140,13 @@ bool FXmlParser2::isReady() {
     return true;
 }
 
-bool FXmlParser2::parse(IBStream* stream) {
+bool FXmlParser2::parse(IBStream* stream) try {
     if (!stream || !isReady())
         return false;
     const ParsingScope scope(isParsing_);
     return feed(stream);
+} catch (const std::bad_alloc&) {
+    return failWithoutMemory();
 }
 
 bool FXmlParser2::feed(IBStream* stream) {
@@ -166,7 +193,7 @@ bool FXmlParser2::endBehindDocument(IBStream* stream) {
     return fail("something follows the document, and the stream can't go back in front of it");
 }
 
-bool FXmlParser2::parse(std::string_view document) {
+bool FXmlParser2::parse(std::string_view document) try {
     constexpr size_t largestPiece = size_t{1} << 30;
     if (!isReady())
         return false;
@@ -189,6 +216,8 @@ bool FXmlParser2::parse(std::string_view document) {
     bytesRead_ += static_cast<int64_t>(document.size());
     hasAll_ = true;
     return true;
+} catch (const std::bad_alloc&) {
+    return failWithoutMemory();
 }
 
 void FXmlParser2::stop() {
@@ -212,7 +241,7 @@ bool FXmlParser2::suspend() {
     return code != finished && code != suspendedInsideEntity;
 }
 
-bool FXmlParser2::resume(IBStream* stream) {
+bool FXmlParser2::resume(IBStream* stream) try {
     if (!isReady())
         return false;
     if (!stream && !hasAll_)
@@ -224,15 +253,17 @@ bool FXmlParser2::resume(IBStream* stream) {
     if (status == XML_STATUS_OK)
         return hasAll_ || feed(stream);
     return (stream && endBehindDocument(stream)) || failFromExpat();
+} catch (const std::bad_alloc&) {
+    return failWithoutMemory();
 }
 
 bool FXmlParser2::reset(const char* encoding) {
-    if (!parser_)
-        return false;
     if (isParsing_)
         return rejectCall("the parser is in the midst of a document");
-    if (!XML_ParserReset(parser_, encoding))
-        return false;
+    if (parser_)
+        XML_ParserReset(parser_, nullptr);
+    else
+        parser_ = createParser();
     installCallbacks();
     bytesRead_ = 0;
     tokenStart_ = 0;
@@ -242,7 +273,8 @@ bool FXmlParser2::reset(const char* encoding) {
     errorCode_ = 0;
     errorPosition_ = {};
     errorMessage_.clear();
-    return true;
+    // By a call of its own: with the reset Expat would not tell that it had no memory for the name.
+    return parser_ && (!encoding || setEncoding(encoding)) ? true : failWithoutMemory();
 }
 
 bool FXmlParser2::setEncoding(const char* encoding) {
@@ -272,11 +304,21 @@ bool FXmlParser2::fail(std::string message, int32_t code) {
     return false;
 }
 
-/// A call at a wrong time: nothing is wrong with the document.
+/// Asks for no memory itself.
+bool FXmlParser2::failWithoutMemory() {
+    return fail(outOfMemory, noMemory);
+}
+
+/// A call at a wrong time: nothing is wrong with the document, which is read on also when there is no memory
+/// for the reason.
 bool FXmlParser2::rejectCall(const char* reason) {
-    if (!failed_) {
+    if (failed_)
+        return false;
+    errorCode_ = refused;
+    try {
         errorMessage_.assign(reason);
-        errorCode_ = refused;
+    } catch (const std::bad_alloc&) {
+        errorMessage_.assign(outOfMemory);
     }
     return false;
 }
@@ -288,7 +330,7 @@ bool FXmlParser2::failFromExpat() {
     const char* text = XML_ErrorString(code);
     if (code == XML_ERROR_SUSPENDED || code == XML_ERROR_NOT_SUSPENDED || code == XML_ERROR_FINISHED)
         return rejectCall(text);
-    std::string message = text ? text : "out of memory";
+    std::string message = text ? text : outOfMemory;
     int offset = 0;
     int size = 0;
     const char* context = XML_GetInputContext(parser_, &offset, &size);
@@ -306,12 +348,14 @@ bool FXmlParser2::failFromExpat() {
     return fail(std::move(message), code);
 }
 
-void FXmlParser2::getErrorText(FInterface* text) {
+void FXmlParser2::getErrorText(FInterface* text) try {
     Ref<IStringSink> sink;
     if (!text || text->queryInterface(IStringSink::iid, sink.out()) != Result::ok)
         return;
     const int64_t line = errorPosition_.line - (errorCode_ == aborted ? 1 : 0);
     sink->set8(("Xml Error: " + errorMessage_ + " \r\nLine: " + std::to_string(line)).c_str());
+} catch (const std::bad_alloc&) {
+    // The text stays as it is.
 }
 
 } // namespace qorl

@@ -22,7 +22,8 @@ struct XmlPosition {
 ///
 /// Names, values and texts reach the handler as Expat holds them, without a copy. Documents are untrusted:
 /// size, depth and the length of one tag are limited, entities from outside are never read, and entities that
-/// blow up are refused. Threading: one thread at a time.
+/// blow up are refused. Without memory an operation gives false and the code `noMemory`; a handler within
+/// the library lets `std::bad_alloc` out to that end. Threading: one thread at a time.
 class FXmlParser2 : public CmObject, public IXmlParser {
     QORL_CLASS(FXmlParser2, CmObject)
     QORL_FACES(FXmlParser2, CmObject, IXmlParser)
@@ -38,6 +39,7 @@ public:
 
     /// The code of a parser that was stopped.
     static constexpr int32_t aborted = 35;
+    static constexpr int32_t noMemory = 1;
     /// The code of a document that exceeds a limit, and of a stream that can't go back.
     static constexpr int32_t refused = -1;
 
@@ -88,11 +90,12 @@ private:
     bool checkGrowth();
     bool fail(std::string message, int32_t code = refused);
     bool failFromExpat();
+    bool failWithoutMemory();
     bool rejectCall(const char* reason);
     void installCallbacks();
 
-    XML_ParserStruct* parser_;
-    IXmlHandler* handler_; ///< Never null.
+    XML_ParserStruct* parser_; ///< Null when there was no memory for it.
+    IXmlHandler* handler_;     ///< Never null.
     Limits limits_;
     int64_t bytesRead_ = 0;
     int64_t tokenStart_ = 0; ///< The last one that was known.

@@ -2,9 +2,11 @@
 
 #include "foundation/text/StringObject.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "support/FailingAllocation.h"
 #include "support/ShakyStream.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 
 namespace qorl {
@@ -189,6 +191,60 @@ TEST(FXmlParser2, RefusesWhatGrowsWithoutEnd) {
     FXmlParser2 blowUp;
     EXPECT_FALSE(blowUp.parse(laughs + "]><a>&l39;</a>"));
     EXPECT_NE(blowUp.errorMessage().find("amplification"), std::string::npos) << blowUp.errorMessage();
+}
+
+TEST(FXmlParser2, EndsALackOfMemoryItself) {
+    const std::string longText(3000, 'x');
+    const struct {
+        std::string document;
+        const char* fault;
+        const char* stopAt = "";
+        const char* suspendAt = "";
+    } cases[] = {
+        {"<!DOCTYPE a [<!ENTITY e '" + longText + "'>]><a b='" + longText + "'>&e;<c/><!--" + longText +
+             "--></a>",
+         "", "", "c"},
+        {"<a><b><c/></b></a>", "elements are nested deeper than 2"},
+        {"<a>" + std::string(20'000, 'x') + "</a>", "the document is larger than 20000 bytes"},
+        {"<a>\xF6</a>", "byte 0xF6 is no valid UTF-8: save the document as UTF-8, or declare its encoding"},
+        {"<a><c>", "no c here", "c"},
+    };
+    for (const auto& c : cases)
+        for (const bool isInMemory : {true, false})
+            failEachAllocation([&](FailingAllocation& memory) {
+                SCOPED_TRACE(c.fault);
+                const auto stream = make<ShakyStream>(c.document);
+                stream->atOnce = 1000;
+                std::optional<FXmlParser2> parser;
+                std::optional<Recorder> heard;
+                const bool isGood = memory.during([&] {
+                    parser.emplace().setLimits({.documentBytes = 20'000, .depth = 2});
+                    heard.emplace(*parser);
+                    heard->stopAt = c.stopAt;
+                    heard->suspendAt = heard->enters = c.suspendAt;
+                    return (isInMemory ? parser->parse(c.document) : parser->parse(stream.get())) &&
+                           (heard->suspendAt.empty() || parser->resume(stream.get()));
+                });
+                const bool isOut = parser->errorCode() == FXmlParser2::noMemory;
+                EXPECT_EQ(parser->errorMessage(), isOut ? "out of memory" : c.fault);
+                EXPECT_EQ(isGood, parser->errorMessage().empty());
+                EXPECT_TRUE(memory.hasFailed() || !isOut);
+                parser->setHandler(nullptr);
+                EXPECT_TRUE(parser->reset(nullptr) && parser->parse(std::string_view("<a/>")));
+            });
+    failEachAllocation([&](FailingAllocation& memory) {
+        FXmlParser2 parser;
+        Recorder heard(parser);
+        const bool isReset = memory.during([&] { return parser.reset("ISO-8859-1"); });
+        EXPECT_NE(isReset, memory.hasFailed());
+        EXPECT_EQ(parser.parse(std::string_view("<a>\xE4</a>")), isReset);
+        EXPECT_EQ(heard.events, isReset ? "<a>\xC3\xA4</a>" : "") << "not read as something else";
+        const auto text = make<StringObject>();
+        memory.during([&] {
+            parser.getErrorText(static_cast<FDependent*>(text.get()));
+            return true;
+        });
+    });
 }
 
 TEST(FXmlParser2, LeavesTheStreamBehindTheDocument) {

@@ -330,17 +330,20 @@ TEST(FXmlParser, KeepsItsSlots) {
 
 TEST(FXmlParser, FailsWithoutMemory) {
     const std::string document = "<?xml encoding='utf-8'?><a b='&amp;" + std::string(2000, 'x') +
-                                 "'>&lt;<!-- c --><b>" + std::string(5000, 'y') + "</b></a>";
+                                 "'>&lt;<!-- c --><inner><b/></inner><skip><b/></skip><b>" +
+                                 std::string(5000, 'y') + "</b></a>";
+    const std::string detail(100, 'd');
     failEachAllocation([&](FailingAllocation& allocation) {
-        class Quiet : public FXmlParser {
-        public:
-            using FXmlParser::FXmlParser;
-        };
         FMemoryStream stream{std::string_view(document)};
-        Quiet parser(stream, FXmlParser::giveComments);
-        const bool isGood = allocation.during([&] { return parser.parse(); });
-        EXPECT_EQ(isGood, !allocation.hasFailed());
-        EXPECT_STREQ(parser.getErrorText(), allocation.hasFailed() ? "Out of memory!" : "");
+        Recorder parser(stream, FXmlParser::giveComments);
+        const bool isGood = allocation.during([&] {
+            const bool isParsed = parser.parse();
+            parser.setError(FXmlParser::Error::wrongTag, detail);
+            return isParsed;
+        });
+        EXPECT_TRUE(isGood || allocation.hasFailed());
+        EXPECT_STREQ(parser.getErrorText(), allocation.hasFailed() ? "Out of memory!" : "Unexpected Tag!");
+        EXPECT_EQ(parser.errorDetail(), allocation.hasFailed() ? "" : detail);
     });
 }
 
