@@ -3,6 +3,7 @@
 #include "persistence/defaults/DefaultsFolder.h"
 #include "persistence/files/StoredFile.h"
 
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,16 @@ inline std::string inFolder(const std::string& name, const char* folder = Defaul
 /// One of the user's settings files, for as long as its name is there.
 inline StoredFile settingsFile(std::string_view name) {
     return {ConstString(name), FFileType::xmlFile()};
+}
+
+/// Whether a file is there. Throws `std::bad_alloc` without memory to look: nothing is taken for missing
+/// then.
+inline bool stands(const StoredFile& file) {
+    int32_t error = 0;
+    const bool isThere = file.exists(&error);
+    if (error)
+        throw std::bad_alloc();
+    return isThere;
 }
 
 } // namespace qorl::DefaultsForm

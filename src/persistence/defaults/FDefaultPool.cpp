@@ -171,12 +171,13 @@ bool FDefaultPool::preferKept() {
     const auto found = unreadable_.find(DefaultsForm::groups);
     if (found == unreadable_.end() || found->second != StoredFile::Found::kept)
         return true;
-    return setAsideUnread(DefaultsForm::groups) && DefaultsForm::settingsFile(DefaultsForm::groups).exists();
+    return setAsideUnread(DefaultsForm::groups) &&
+           DefaultsForm::stands(DefaultsForm::settingsFile(DefaultsForm::groups));
 }
 
 /// The same for a file of a group, unless it holds another one: a digest may be that of two names.
 bool FDefaultPool::removeGroupFile(const std::string& name, FDefaults& group) {
-    if (!DefaultsForm::settingsFile(name).exists())
+    if (!DefaultsForm::stands(DefaultsForm::settingsFile(name)))
         return true;
     FDefaults stored(group.group());
     GroupInFile file(stored);
@@ -193,8 +194,8 @@ bool FDefaultPool::loadGroup(FDefaults& group) {
     const DefaultsLock lock(DefaultsLock::Patience::once);
     const std::string name = DefaultsForm::inFolder(DefaultsFolder::fileOf(group.group()));
     const std::string earlier = DefaultsForm::inFolder(DefaultsFolder::earlierFileOf(group.group()));
-    const bool isEarlier =
-        !DefaultsForm::settingsFile(name).exists() && DefaultsForm::settingsFile(earlier).exists();
+    const bool isEarlier = !DefaultsForm::stands(DefaultsForm::settingsFile(name)) &&
+                           DefaultsForm::stands(DefaultsForm::settingsFile(earlier));
     GroupInFile file(group);
     const std::string& used = isEarlier ? earlier : name;
     const bool wasUnread = unreadable_.contains(used);

@@ -24,8 +24,13 @@ bool FDefaultPool::isBackupTaken() const {
 }
 
 bool FDefaultPool::hasBackup() const {
-    return state_.folderMode ? DefaultsFolder::stands(DefaultsFolder::backup)
-                             : singleStoreFile().hasBackup(FFileType::settingsBackupFile());
+    if (state_.folderMode)
+        return DefaultsFolder::stands(DefaultsFolder::backup);
+    int32_t error = 0;
+    const bool isThere = singleStoreFile().hasBackup(FFileType::settingsBackupFile(), &error);
+    if (error)
+        throw std::bad_alloc();
+    return isThere;
 }
 
 bool FDefaultPool::trash() try {
@@ -34,7 +39,7 @@ bool FDefaultPool::trash() try {
     const bool isFolder = state_.folderMode && stands(store);
     const StoredFile file = singleStoreFile();
     // In folder mode the next start would read an older single file again.
-    const bool isFile = file.exists();
+    const bool isFile = DefaultsForm::stands(file);
     bool isGone = !isFolder || putInPlace(store, DefaultsFolder::trash);
     isGone &= !isFile || file.rename(DefaultsFolder::trash);
     // The next start would bring them back.
@@ -60,7 +65,7 @@ bool FDefaultPool::backup() try {
     const DefaultsLock lock;
     const StoredFile file = singleStoreFile();
     const bool isFolder = state_.folderMode && stands(store);
-    if (!isFolder && !file.exists())
+    if (!isFolder && !DefaultsForm::stands(file))
         return true;
     if (!isFolder && !preferKept())
         return false;

@@ -3,7 +3,7 @@
 #include "persistence/defaults/DefaultsLock.h"
 #include "persistence/defaults/FDefaultPool.h"
 #include "persistence/streams/FMemoryStream.h"
-#include "persistence/xml/FXmlDocument.h"
+#include "persistence/xml/XmlDocumentWriter.h"
 #include "persistence/xml/XmlFile.h"
 #include "platform/System.h"
 
@@ -18,12 +18,10 @@ namespace {
 /// Whether the document can't be written, which is told with the reason.
 bool isUnwritable(const FAttributes& document, const std::string& what) {
     FMemoryStream text;
-    FXmlDocument writer(&text, FXmlDocument::Mode::write);
-    if (writer.storeAttributes(DefaultsForm::groups, document))
+    XmlDocumentWriter writer(text);
+    if (writer.writeAttributes(DefaultsForm::groups, document))
         return false;
-    if (writer.isOutOfMemory())
-        throw std::bad_alloc();
-    platform::debugOutput(what + " can't be saved: " + writer.errorText() + "; what was saved before stays");
+    platform::debugOutput(what + " can't be saved: " + writer.reason() + "; what was saved before stays");
     return true;
 }
 
@@ -187,7 +185,7 @@ bool FDefaultPool::setAsideUnread(const std::string& name) {
 /// Takes away a file whose settings are stored elsewhere by now.
 bool FDefaultPool::removeFile(const std::string& name) {
     const StoredFile file = DefaultsForm::settingsFile(name);
-    return setAsideUnread(name) && (!file.exists() || file.remove());
+    return setAsideUnread(name) && (!DefaultsForm::stands(file) || file.remove());
 }
 
 /// Puts what is stored in the place of what can't be written. Whether there was any.

@@ -244,9 +244,10 @@ bool StoredFile::loadNamed(const Work& read, Found& state) const {
     return readStored(pathOf(name_, type_, FNPath::sharedData).toUtf8(), read) == StoredReading::done;
 }
 
-bool StoredFile::exists() const try {
+bool StoredFile::exists(int32_t* error) const try {
     return isNamed() && settle(platform::getCanonicalPath(pathOf(name_, type_).toUtf8()));
 } catch (const std::bad_alloc&) {
+    tellError(error, std::errc::not_enough_memory);
     return tellNoMemory("no memory to look for a stored file");
 }
 
@@ -313,18 +314,23 @@ bool StoredFile::backup(const FFileType& copyType) const try {
     return tellNoMemory("no memory to copy a stored file");
 }
 
-bool StoredFile::hasBackup(const FFileType& copyType) const try {
+bool StoredFile::isBackupThere(const FFileType& copyType) const {
     const std::string copy = isNamed() ? copyOf(copyType) : std::string();
     if (copy.empty())
         return false;
     platform::FileReplacement::removeLeftovers(copy);
     return platform::fileExists(copy);
+}
+
+bool StoredFile::hasBackup(const FFileType& copyType, int32_t* error) const try {
+    return isBackupThere(copyType);
 } catch (const std::bad_alloc&) {
+    tellError(error, std::errc::not_enough_memory);
     return tellNoMemory("no memory to look for the copy of a stored file");
 }
 
 bool StoredFile::restore(const FFileType& copyType) const try {
-    if (!hasBackup(copyType))
+    if (!isBackupThere(copyType))
         return false;
     // A rename takes the copy over the file and the copy away in one step.
     const std::string file = platform::getCanonicalPath(pathOf(name_, type_).toUtf8());
@@ -334,7 +340,7 @@ bool StoredFile::restore(const FFileType& copyType) const try {
 }
 
 bool StoredFile::removeBackup(const FFileType& copyType) const try {
-    if (!hasBackup(copyType))
+    if (!isBackupThere(copyType))
         return true;
     const std::string copy = copyOf(copyType);
     if (!tellFailure(copy, "can't be deleted", deleteDurably(copy)))

@@ -59,7 +59,9 @@ public:
     /// them, up to the first that it likes, so it has to leave nothing of one that it refuses.
     bool load(const Work& read, Found* found = nullptr) const;
 
-    bool exists() const;
+    /// Without memory to look the answer is false, too, and `error` the system's number of that; so it is
+    /// with `hasBackup`.
+    bool exists(int32_t* error = nullptr) const;
     bool remove() const;
     /// Within its folder. Replaces a file that has that name.
     bool rename(const ConstString& newName) const;
@@ -70,7 +72,7 @@ public:
 
     /// Copies the file beside itself, with the extension of `copyType`. False when there is none.
     bool backup(const FFileType& copyType) const;
-    bool hasBackup(const FFileType& copyType) const;
+    bool hasBackup(const FFileType& copyType, int32_t* error = nullptr) const;
     /// Puts such a copy in the file's place, and takes it away. False when there is none.
     bool restore(const FFileType& copyType) const;
     /// Takes such a copy away. True also when there is none.
@@ -82,6 +84,7 @@ private:
     std::string copyOf(const FFileType& copyType) const;
     bool loadNamed(const Work& read, Found& state) const;
     bool isNamed(int32_t* error = nullptr) const;
+    bool isBackupThere(const FFileType& copyType) const;
 
     ConstString name_;
     FFileType type_;

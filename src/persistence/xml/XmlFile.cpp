@@ -3,6 +3,7 @@
 #include "persistence/files/ReplaceQuestion.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/xml/FXmlDocument.h"
+#include "persistence/xml/XmlDocumentWriter.h"
 #include "platform/System.h"
 
 #include <new>
@@ -39,15 +40,17 @@ bool readDocument(FStream& stream, std::string_view tag, CmObject& object) {
 bool saveXml(const ConstString& name, std::string_view tag, CmObject& object, bool askToReplace) try {
     const FFileType type = FFileType::settingsFile();
     const StoredFile file(name, type);
-    if (askToReplace && file.exists() && !mayReplaceFile(name))
+    // One that there is no memory to look for may be there.
+    int32_t error = 0;
+    if (askToReplace && (file.exists(&error) || error) && !mayReplaceFile(name))
         return false;
     FAttributes attributes;
     if (!object.storeAttributes(&attributes))
         return tellUnsaved(name, std::string("an object of the class ") + object.getClassName() +
                                      " has no attributes to store");
     return file.save([&](FStream& stream) {
-        FXmlDocument document(&stream, FXmlDocument::Mode::write);
-        return document.storeAttributes(tag, attributes) || tellUnsaved(name, document.errorText());
+        XmlDocumentWriter writer(stream);
+        return writer.writeAttributes(tag, attributes) || tellUnsaved(name, writer.reason());
     });
 } catch (const std::bad_alloc&) {
     platform::debugOutput("a settings file is not saved: out of memory");

@@ -4,7 +4,6 @@
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/xml/XmlFile.h"
-#include "support/FailingAllocation.h"
 
 namespace qorl {
 namespace {
@@ -275,46 +274,6 @@ TEST_P(FDefaultPoolTest, TouchesOnlyFilesThatChanged) {
     EXPECT_NE(after.serial, before.serial);
 }
 
-TEST_P(FDefaultPoolTest, LosesNoSettingsWithoutMemory) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    const std::string name = isFolder() ? "settings/Defaults/" + groupFile : "settings/Defaults";
-    const std::string whole = folder_.read(name + ".xml");
-    failEachAllocation([&](FailingAllocation& allocation) {
-        restart();
-        const FDefaults* group = allocation.during([] {
-            pool().load();
-            return pool().getGroup("Group");
-        });
-        pool().finishLoad();
-        const bool isSaved = allocation.during([] { return pool().save(true); });
-        EXPECT_TRUE((group && isSaved) || allocation.hasFailed());
-        ASSERT_FALSE(folder_.has(name + " (Damaged).xml")) << "nothing is wrong with it";
-        ASSERT_EQ(folder_.read(name + ".xml"), whole);
-    });
-}
-
-TEST_P(FDefaultPoolTest, SavesNothingOverAutoSaversItHadNoMemoryToRestore) {
-    loadAll();
-    Saver saver;
-    saver.state = 7;
-    pool().save(true);
-    const std::string name = isFolder() ? "settings/Defaults/AutoSaver.xml" : "settings/Defaults.xml";
-    const std::string whole = folder_.read(name);
-    failEachAllocation([&](FailingAllocation& allocation) {
-        restart();
-        saver.state = 0;
-        pool().load();
-        allocation.during([] {
-            pool().finishLoad();
-            return true;
-        });
-        EXPECT_TRUE(saver.state == 7 || !pool().save(true));
-        EXPECT_EQ(folder_.read(name), whole);
-    });
-}
-
 TEST_P(FDefaultPoolTest, RunsCallbacksThatAddOthers) {
     pool().addAfterLoadCallback(+[] {
         calls += "first ";
@@ -360,15 +319,25 @@ TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
 
 TEST_P(FDefaultPoolTest, TakesNothingOfAFileThatWasCut) {
     loadAll();
+    Saver saver;
+    saver.state = 7;
     pool().getGroup("Group")->values().setInteger("n", 1);
     pool().save(true);
-    const std::string name = isFolder() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml";
-    const std::string whole = folder_.read(name);
-    for (size_t size = 0; size + 3 < whole.size(); size += 1) {
-        folder_.write(name, whole.substr(0, size));
-        restart();
-        EXPECT_EQ(loadAll(), isFolder()) << size;
-        EXPECT_TRUE(pool().getGroup("Group")->isEmpty()) << size;
+    const std::string ofGroup = isFolder() ? "/" + groupFile : "";
+    const std::string ofSaver = isFolder() ? "/AutoSaver" : "";
+    for (const std::string& file : {ofGroup, ofSaver}) {
+        const std::string name = "settings/Defaults" + file + ".xml";
+        const std::string whole = folder_.read(name);
+        for (size_t size = 0; size + 3 < whole.size(); size += 1) {
+            SCOPED_TRACE(::testing::Message() << name << " cut behind " << size << " bytes");
+            folder_.write(name, whole.substr(0, size));
+            restart();
+            saver.state = 0;
+            EXPECT_EQ(loadAll(), isFolder());
+            EXPECT_EQ(pool().getGroup("Group")->isEmpty(), file == ofGroup);
+            EXPECT_EQ(saver.state, file == ofSaver ? 0 : 7);
+        }
+        folder_.write(name, whole);
     }
 }
 

@@ -7,6 +7,7 @@
 #include "support/FailingDisk.h"
 #include "support/SettingsFolder.h"
 
+#include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <string>
@@ -305,6 +306,57 @@ TEST_F(StoredFileTest, NamesCopiesAfterTheWholeName) {
         EXPECT_TRUE(file.save([](FStream& stream) { return stream.write("good", 4) == 4; }));
         EXPECT_TRUE(file.backup(copy)) << row.name;
         EXPECT_TRUE(has(row.copy)) << row.copy;
+    }
+}
+
+TEST_F(StoredFileTest, DoesWhatItSaysOrNothingWithoutMemory) {
+    const struct {
+        const char* name;
+        std::vector<std::string> files;
+        bool (*act)(const StoredFile& file);
+    } cases[] = {
+        {"exists", {"Keys_old.xml"}, [](const StoredFile& file) { return file.exists(); }},
+        {"remove", {"Keys.xml"}, [](const StoredFile& file) { return file.remove(); }},
+        {"rename", {"Keys.xml"}, [](const StoredFile& file) { return file.rename("Other"); }},
+        {"set aside", {"Keys.xml"}, [](const StoredFile& file) { return file.setAside(); }},
+        {"back up", {"Keys.xml"}, [](const StoredFile& file) { return file.backup(copy); }},
+        {"restore",
+         {"Keys.xml", "Keys.xml.backup"},
+         [](const StoredFile& file) { return file.restore(copy); }},
+        {"forget a backup",
+         {"Keys.xml", "Keys.xml.backup"},
+         [](const StoredFile& file) { return file.removeBackup(copy); }},
+    };
+    const auto state = [this] {
+        std::vector<platform::FolderEntry> entries;
+        platform::listFolder(folder_ / "settings", entries);
+        std::vector<std::string> files;
+        for (const auto& entry : entries)
+            files.push_back(entry.name + '=' + read(entry.name));
+        std::sort(files.begin(), files.end());
+        return files;
+    };
+    const FailingDisk::WithoutFlushing withoutFlushing;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto begin = [&] {
+            platform::deleteTree(folder_ / "settings");
+            for (const std::string& file : c.files)
+                write(file, file);
+            return state();
+        };
+        begin();
+        ASSERT_TRUE(c.act(StoredFile("Keys", xml)));
+        const std::vector<std::string> done = state();
+        failEachAllocation([&](FailingAllocation& allocation) {
+            const std::vector<std::string> before = begin();
+            ASSERT_NE(before, done);
+            const bool isDone = allocation.during([&] { return c.act(StoredFile("Keys", xml)); });
+            EXPECT_TRUE(isDone || allocation.hasFailed());
+            // Behind the change itself there may be no memory to flush it, and to tell of it.
+            const std::vector<std::string> found = state();
+            EXPECT_TRUE(found == done || (!isDone && found == before)) << ::testing::PrintToString(found);
+        });
     }
 }
 

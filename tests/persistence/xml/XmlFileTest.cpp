@@ -2,6 +2,7 @@
 
 #include "foundation/text/CmString.h"
 #include "persistence/files/ReplaceQuestion.h"
+#include "support/FailingAllocation.h"
 #include "support/SettingsFolder.h"
 
 #include <gtest/gtest.h>
@@ -75,6 +76,33 @@ TEST(XmlFile, AsksBeforeItReplaces) {
     answer = true;
     EXPECT_TRUE(saveXml("Layout", "State", text, true));
     EXPECT_NE(folder.read("settings/Layout.xml"), first);
+}
+
+TEST(XmlFile, LosesNothingWithoutMemory) {
+    const SettingsFolder folder;
+    const ReplaceQuestionRecord record(&noteQuestion);
+    answer = true;
+    const std::string texts[] = {std::string(100, 'a'), std::string(100, 'b')};
+    CmString earlier(texts[0].c_str());
+    CmString later(texts[1].c_str());
+    failEachAllocation([&](FailingAllocation& allocation) {
+        ASSERT_TRUE(saveXml("Layout", "State", earlier));
+        asked.clear();
+        const bool isSaved = allocation.during([&] { return saveXml("Layout", "State", later, true); });
+        EXPECT_TRUE(isSaved || allocation.hasFailed());
+        EXPECT_TRUE(!isSaved || !asked.empty()) << "replaced without a question";
+        CmString loaded;
+        EXPECT_TRUE(loadXml("Layout", "State", loaded));
+        EXPECT_EQ(loaded.string(), ConstString(texts[isSaved].c_str()));
+    });
+    failEachAllocation([&](FailingAllocation& allocation) {
+        CmString loaded("before");
+        StoredFile::Found found = StoredFile::Found::missing;
+        const bool isLoaded = allocation.during([&] { return loadXml("Layout", "State", loaded, &found); });
+        EXPECT_TRUE(isLoaded || allocation.hasFailed());
+        EXPECT_EQ(found, isLoaded ? StoredFile::Found::whole : StoredFile::Found::unknown);
+        EXPECT_EQ(loaded.string(), ConstString(isLoaded ? texts[1].c_str() : "before"));
+    });
 }
 
 TEST(XmlFile, TakesTheWholeDocumentThatAnEarlierVersionKeptBesideHalfOfANewOne) {
