@@ -116,35 +116,40 @@ public:
 
 TEST(FMessage, IsItsNameAndTheBodyOfItsAttributesInAStream) {
     FMessage message("Moved");
-    FAttributes attributes;
     message.setInt("x", 7);
-    attributes.setInteger("x", 7);
     message.setString("unit", ConstString("mm"));
-    attributes.setString("unit", ConstString("mm"));
-    const auto bytesOf = [](std::initializer_list<CmObject*> parts) {
-        FMemoryStream stream;
-        StreamOnly archive = StreamOnly::writer(stream);
-        for (CmObject* part : parts)
-            EXPECT_TRUE(part->writeTo(&archive));
-        return std::string(stream.data(), static_cast<size_t>(stream.size()));
+    const std::string forms[] = {
+        std::string("\6\0\0\0Moved\0\2\0\0\0"
+                    "\2\0\0\0x\0\1\0\7\0\0\0\0\0\0\0"
+                    "\5\0\0\0unit\0\x08\0\3\0\0\0mm\0",
+                    48),
+        std::string("\0\0\0\6Moved\0\0\0\0\2"
+                    "\0\0\0\2x\0\0\1\0\0\0\0\0\0\0\7"
+                    "\0\0\0\5unit\0\0\x08\0\0\0\3mm\0",
+                    48),
     };
-    CmString name("Moved");
-    const std::string bytes = bytesOf({&message});
-    EXPECT_EQ(bytes, bytesOf({&name, &attributes}));
-
-    FMemoryStream stream(bytes);
-    StreamOnly archive = StreamOnly::reader(stream);
-    FMessage read("Old");
-    read.setInt("forgotten", 1);
-    EXPECT_TRUE(read.readFrom(&archive));
-    EXPECT_TRUE(read.isNamed("Moved"));
-    EXPECT_EQ(read.getInt("x"), 7);
-    EXPECT_EQ(read.getString("unit").toUtf8(), "mm");
-    EXPECT_FALSE(read.contains("forgotten"));
-    for (size_t length = 0; length < bytes.size(); ++length) {
-        FMemoryStream cut(std::string_view(bytes).substr(0, length));
-        StreamOnly reader = StreamOnly::reader(cut);
-        EXPECT_FALSE(FMessage("Old").readFrom(&reader)) << "cut behind byte " << length;
+    for (const std::string& bytes : forms) {
+        const auto byteOrder = static_cast<uint16_t>(&bytes - forms);
+        SCOPED_TRACE(byteOrder);
+        FMemoryStream written;
+        written.setByteOrder(byteOrder);
+        StreamOnly writer = StreamOnly::writer(written);
+        EXPECT_TRUE(message.writeTo(&writer));
+        EXPECT_EQ(written.bytes(), bytes);
+        for (size_t length = 0; length <= bytes.size(); ++length) {
+            FMemoryStream stream{std::string_view(bytes).substr(0, length)};
+            stream.setByteOrder(byteOrder);
+            StreamOnly reader = StreamOnly::reader(stream);
+            FMessage read("Old");
+            read.setInt("forgotten", 1);
+            ASSERT_EQ(read.readFrom(&reader), length == bytes.size()) << "cut behind " << length << " bytes";
+            if (length < bytes.size())
+                continue;
+            EXPECT_TRUE(read.isNamed("Moved"));
+            EXPECT_EQ(read.getInt("x"), 7);
+            EXPECT_EQ(read.getString("unit").toUtf8(), "mm");
+            EXPECT_FALSE(read.contains("forgotten"));
+        }
     }
 }
 

@@ -83,14 +83,16 @@ TEST_F(ObjectFiles, AreTakenFromTheSharedDataWhereTheUserHasNone) {
 
 /// What an interrupted save kept is not mixed with the part of the file that could be read.
 TEST_F(ObjectFiles, GiveAnObjectTheContentsOfOneFileOnly) {
+    ASSERT_TRUE(saveObjectFile("node", makeNode(7, {makeNode(8)}).get()));
+    const std::string whole = folder_.read("settings/node.bin");
     folder_.write("settings/node_old.bin", bytesOf("05 00 00 00  00 00 00 00"));
-    folder_.write("settings/node.bin", bytesOf("07 00 00 00"));
-    const auto node = makeNode(0);
-    EXPECT_FALSE(loadObjectFile("node", node.get()));
-    EXPECT_EQ(node->value, 7);
-    folder_.write("settings/node.bin", "");
-    EXPECT_TRUE(loadObjectFile("node", node.get()));
-    EXPECT_EQ(node->value, 5);
+    for (size_t length = 0; length < whole.size(); ++length) {
+        SCOPED_TRACE(length);
+        folder_.write("settings/node.bin", whole.substr(0, length));
+        const auto node = makeNode(0);
+        EXPECT_EQ(loadObjectFile("node", node.get()), length == 0);
+        EXPECT_EQ(node->value, length == 0 ? 5 : length < 4 ? 0 : 7);
+    }
 }
 
 TEST_F(ObjectFiles, AreRenamedAndDeleted) {

@@ -17,6 +17,7 @@
 #include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <random>
 
 namespace qorl {
@@ -108,17 +109,25 @@ TYPED_TEST(ObjectGraphs, StoreAnObjectTwiceWithoutTracking) {
 TYPED_TEST(ObjectGraphs, TellOnlyWhatWasReadOfACutStream) {
     const auto shared = makeNode(2);
     const auto node = makeNode(1, {shared, make<CmString>("text"), shared, nullptr});
-    Storing<TypeParam> storing;
-    ASSERT_TRUE(storing.archive.writeObject(node.get()));
-    const std::string bytes = storing.bytes();
     const size_t before = GraphNode::all.size();
-    for (size_t length = 0; length < bytes.size(); ++length) {
-        SCOPED_TRACE(length);
-        Reading<TypeParam> reading(std::string_view(bytes).substr(0, length));
-        EXPECT_EQ(reading.next(), nullptr);
-        EXPECT_NE(reading.archive.lastError(), 0);
-        EXPECT_NE(reading.log.text, "");
-    }
+    const auto cutEverywhere = [&node](uint16_t byteOrder, bool isKnown) {
+        Storing<TypeParam> storing(byteOrder);
+        ASSERT_TRUE(storing.archive.writeObject(node.get()));
+        const std::string bytes = storing.bytes();
+        std::optional<Unregistered> gone;
+        if (!isKnown)
+            gone.emplace(GraphNode::classRecord());
+        for (size_t length = 0; length < bytes.size(); ++length) {
+            SCOPED_TRACE(::testing::Message() << "byte order " << byteOrder << ", length " << length);
+            Reading<TypeParam> reading(std::string_view(bytes).substr(0, length), byteOrder);
+            EXPECT_EQ(reading.next(), nullptr);
+            EXPECT_NE(reading.archive.lastError(), 0);
+            EXPECT_NE(reading.log.text, "");
+        }
+    };
+    for (const uint16_t byteOrder : {0, 1})
+        for (const bool isKnown : {true, false})
+            cutEverywhere(byteOrder, isKnown);
     EXPECT_EQ(GraphNode::all.size(), before) << "objects were lost";
 }
 
@@ -220,8 +229,9 @@ TYPED_TEST(ObjectGraphs, AreRefusedBeforeTheyTakeAllOfAStack) {
 TYPED_TEST(ObjectGraphs, TellWhenMemoryRunsOutAndLoseNothing) {
     const auto shared = makeNode(2);
     const auto node = makeNode(1, {shared, make<CmString>("text"), shared});
+    const ClassRecord* lone = &CmString::classRecord();
     Storing<TypeParam> whole;
-    ASSERT_TRUE(whole.archive.writeObject(node.get()));
+    ASSERT_TRUE(whole.archive.writeClass(lone) && whole.archive.writeObject(node.get()));
     const std::string bytes = whole.bytes();
     const size_t before = GraphNode::all.size();
 
@@ -231,7 +241,7 @@ TYPED_TEST(ObjectGraphs, TellWhenMemoryRunsOutAndLoseNothing) {
         stream.rewind();
         const bool isStored = allocation.during([&] {
             TypeParam archive(stream, Direction::storing);
-            return archive.writeObject(node.get()) && archive.lastError() == 0;
+            return archive.writeClass(lone) && archive.writeObject(node.get()) && archive.lastError() == 0;
         });
         EXPECT_EQ(isStored, !allocation.hasFailed());
     });
@@ -239,8 +249,9 @@ TYPED_TEST(ObjectGraphs, TellWhenMemoryRunsOutAndLoseNothing) {
         FMemoryStream stream{std::string_view(bytes)};
         const Ref<CmObject> back = allocation.during([&] {
             TypeParam archive(stream, Direction::reading);
+            const bool hasClass = archive.readClass() == lone;
             auto object = Ref<CmObject>::adopt(archive.readObject(nullptr));
-            EXPECT_EQ(archive.lastError() != 0, !object);
+            EXPECT_EQ(archive.lastError() != 0, !object || !hasClass);
             return object;
         });
         EXPECT_EQ(back == nullptr, allocation.hasFailed());

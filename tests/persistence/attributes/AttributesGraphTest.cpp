@@ -197,7 +197,7 @@ private:
     const std::vector<Ref<Node>>& nodes_;
 };
 
-TEST(AttributesGraph, IsTheSameInItsBinaryFormAndDetached) {
+TEST(AttributesGraph, IsTheSameInBothFormsAndDetached) {
     for (uint32_t seed = 0; seed < 60; ++seed) {
         SCOPED_TRACE(::testing::Message() << "seed " << seed);
         std::vector<Ref<Node>> nodes;
@@ -221,6 +221,16 @@ TEST(AttributesGraph, IsTheSameInItsBinaryFormAndDetached) {
         again.setByteOrder(seed % 2);
         ASSERT_TRUE(writeAttributes(again, read));
         EXPECT_EQ(again.bytes(), stream.bytes()) << "nobody was asked for an object";
+        FMemoryStream document;
+        ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::write).storeAttributes("State", graph));
+        document.rewind();
+        FAttributes fromXml;
+        ASSERT_TRUE(FXmlDocument(&document, FXmlDocument::Mode::read).restoreAttributes("State", fromXml));
+        EXPECT_EQ(Dump::of(fromXml), before);
+        FMemoryStream secondDocument;
+        ASSERT_TRUE(
+            FXmlDocument(&secondDocument, FXmlDocument::Mode::write).storeAttributes("State", fromXml));
+        EXPECT_EQ(secondDocument.bytes(), document.bytes());
         ASSERT_TRUE(graph.detachObjects());
         EXPECT_EQ(Dump::of(graph), before);
         for (const auto& node : nodes)

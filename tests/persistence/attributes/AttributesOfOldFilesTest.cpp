@@ -17,10 +17,15 @@ namespace {
 
 bool load(const BodyBytes& bytes, FAttributes& attributes, OldObjects oldObjects = OldObjects::created) {
     FMemoryStream stream{std::string_view(bytes.bytes())};
+    stream.setByteOrder(bytes.byteOrder());
     return readAttributes(stream, attributes, nullptr, nullptr, oldObjects);
 }
 
-TEST(AttributesOfOldFiles, ReadsAllItemsOfAListOfTextsAsWideOnes) {
+class AttributesOfOldFiles : public ::testing::TestWithParam<uint16_t> {};
+INSTANTIATE_TEST_SUITE_P(ByteOrders, AttributesOfOldFiles, ::testing::Values(0, 1),
+                         [](const auto& order) { return order.param ? "HighFirst" : "LowFirst"; });
+
+TEST_P(AttributesOfOldFiles, ReadsAllItemsOfAListOfTextsAsWideOnes) {
     const struct {
         uint16_t subkind;
         std::string_view item;
@@ -34,7 +39,7 @@ TEST(AttributesOfOldFiles, ReadsAllItemsOfAListOfTextsAsWideOnes) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.subkind);
-        BodyBytes bytes(0);
+        BodyBytes bytes(GetParam());
         bytes.int32(1).object("t", c.subkind).int32(2).text(c.item).text("end");
         FAttributes read;
         ASSERT_TRUE(load(bytes, read));
@@ -45,7 +50,7 @@ TEST(AttributesOfOldFiles, ReadsAllItemsOfAListOfTextsAsWideOnes) {
     }
 }
 
-TEST(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
+TEST_P(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
     const struct {
         std::string className;
         const char* report;
@@ -57,7 +62,7 @@ TEST(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.report);
-        BodyBytes bytes(0);
+        BodyBytes bytes(GetParam());
         bytes.int32(3).object("o", 108).text(c.className).int32(0);
         bytes.object("l", 101).int32(2).text(c.className).int32(0);
         bytes.text("CmString").int32(1).text("s").word(8).text("x").text("end").word(1).int64(7);
@@ -73,8 +78,8 @@ TEST(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
     }
 }
 
-TEST(AttributesOfOldFiles, KeepsObjectsThatNobodyIsToCreate) {
-    BodyBytes bytes(0);
+TEST_P(AttributesOfOldFiles, KeepsObjectsThatNobodyIsToCreate) {
+    BodyBytes bytes(GetParam());
     bytes.int32(2).object("o", 108).text("NoSuchClass").int32(1).text("x").word(1).int64(7);
     bytes.object("l", 101).int32(2).text("CmString").int32(0).text("").int32(0);
     FAttributes read;
@@ -86,31 +91,33 @@ TEST(AttributesOfOldFiles, KeepsObjectsThatNobodyIsToCreate) {
 }
 
 /// Attributes in each other by way of a compact archive, `depth` of them.
-std::string nestedByArchive(int32_t depth) {
+std::string nestedByArchive(int32_t depth, uint16_t byteOrder) {
     constexpr auto firstClass = static_cast<int32_t>(0x80000001);
-    BodyBytes bytes(0);
+    BodyBytes bytes(byteOrder);
     bytes.int32(-1).text("Attributes").word(0).int32(1).object("n", 8);
     for (int32_t i = 2; i < depth; ++i)
         bytes.int32(firstClass).int32(1).object("n", 8);
     return bytes.int32(firstClass).int32(0).bytes();
 }
 
-TEST(AttributesOfOldFiles, EndBodiesInEachOtherBeforeASmallStackEnds) {
+TEST_P(AttributesOfOldFiles, EndBodiesInEachOtherBeforeASmallStackEnds) {
     for (const int32_t depth : {50, 1900})
-        testing::runOnStack(size_t{256} << 10, [depth] {
-            const std::string bytes = nestedByArchive(depth);
+        testing::runOnStack(size_t{256} << 10, [depth, byteOrder = GetParam()] {
+            const std::string bytes = nestedByArchive(depth, byteOrder);
             FMemoryStream stream{std::string_view(bytes)};
+            stream.setByteOrder(byteOrder);
             FCompactArchive archive(stream, Direction::reading);
             EXPECT_EQ(Ref<CmObject>::adopt(archive.readObject("FAttributes")) != nullptr, depth == 50);
         });
 }
 
-TEST(AttributesOfOldFiles, KeepWhatStandsBehindAStoredNull) {
-    BodyBytes bytes(0);
+TEST_P(AttributesOfOldFiles, KeepWhatStandsBehindAStoredNull) {
+    BodyBytes bytes(GetParam());
     bytes.int32(3).object("list", 1).int32(2).int32(0);
     bytes.int32(-1).text("CmString").word(0).text("one");
     bytes.object("nothing", 8).int32(0).text("end").word(1).int64(7);
     FMemoryStream stream{std::string_view(bytes.bytes())};
+    stream.setByteOrder(GetParam());
     FCompactArchive archive(stream, Direction::reading);
     FAttributes read;
     std::string fault;
@@ -121,8 +128,8 @@ TEST(AttributesOfOldFiles, KeepWhatStandsBehindAStoredNull) {
     EXPECT_EQ(read.getInteger("end"), 7);
 }
 
-TEST(AttributesOfOldFiles, GiveAnObjectWhatWasReadOfIt) {
-    BodyBytes bytes(0);
+TEST_P(AttributesOfOldFiles, GiveAnObjectWhatWasReadOfIt) {
+    BodyBytes bytes(GetParam());
     bytes.int32(1).object("o", 108).text("CmString").int32(2).text("s").word(8).text("half").text("cut");
     FAttributes read;
     EXPECT_FALSE(load(bytes, read));

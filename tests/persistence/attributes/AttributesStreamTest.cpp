@@ -184,8 +184,12 @@ TEST(AttributesStream, StoresLiveObjectsByClassAndAddress) {
     EXPECT_EQ(stored(read), expected.bytes()) << "objects that live by now keep their numbers";
 }
 
-TEST(AttributesStream, ReadsTheFormsOfOldFiles) {
-    BodyBytes bytes(0);
+class AttributesInEachOrder : public ::testing::TestWithParam<uint16_t> {};
+INSTANTIATE_TEST_SUITE_P(ByteOrders, AttributesInEachOrder, ::testing::ValuesIn(byteOrders),
+                         [](const auto& order) { return order.param ? "HighFirst" : "LowFirst"; });
+
+TEST_P(AttributesInEachOrder, ReadsTheFormsOfOldFiles) {
+    BodyBytes bytes(GetParam());
     bytes.int32(5);
     bytes.object("texts", 41).int32(2).text("\xC3\xA4").wide("b");
     bytes.object("objects", 101).int32(2);
@@ -195,6 +199,7 @@ TEST(AttributesStream, ReadsTheFormsOfOldFiles) {
     bytes.object("archived", 8).int32(-1).int32(9).raw(std::string_view("CmString\0\0\0", 11)).text("four");
     bytes.object("list", 1).int32(1).int32(INT32_MIN + 1).text("five");
     FMemoryStream stream{std::string_view(bytes.bytes())};
+    stream.setByteOrder(GetParam());
     FCompactArchive archive(stream, FObjectArchive::Direction::reading);
     FAttributes read;
     std::string fault;
@@ -217,8 +222,8 @@ TEST(AttributesStream, ReadsTheFormsOfOldFiles) {
     EXPECT_TRUE(without.contains("object")) << "what was read before stays";
 }
 
-TEST(AttributesStream, ReadsOnBehindWhatHasNoValue) {
-    BodyBytes bytes(0);
+TEST_P(AttributesInEachOrder, ReadsOnBehindWhatHasNoValue) {
+    BodyBytes bytes(GetParam());
     bytes.int32(9);
     for (const uint16_t kind : {0, 3, 0x100, 0x201, 0xFFFF})
         bytes.text("nothing").word(kind);
@@ -226,7 +231,7 @@ TEST(AttributesStream, ReadsOnBehindWhatHasNoValue) {
     bytes.object("skipped", 9).object("beyond", 202);
     bytes.text("last").word(1).int64(1);
     FAttributes read;
-    ASSERT_TRUE(load(bytes.bytes(), read));
+    ASSERT_TRUE(load(bytes.bytes(), read, GetParam()));
     EXPECT_EQ(read.count(), 1);
     EXPECT_EQ(read.getInteger("last"), 1);
 
@@ -235,9 +240,9 @@ TEST(AttributesStream, ReadsOnBehindWhatHasNoValue) {
     attributes.setInteger("foreign", 7);
     attributes.find("foreign")->setForeign();
     attributes.entry("face").setInterface(nullptr, Hold::plain);
-    BodyBytes expected(0);
+    BodyBytes expected(GetParam());
     expected.int32(3).text("empty").word(8).int32(0).text("foreign").word(0x201).text("face").word(0x100);
-    EXPECT_EQ(stored(attributes), expected.bytes());
+    EXPECT_EQ(stored(attributes, GetParam()), expected.bytes());
 }
 
 TEST(AttributesStream, CutsKeysAtTheirZeroByte) {
@@ -263,8 +268,8 @@ TEST(AttributesStream, KeepsEntriesWithEqualKeys) {
 }
 
 /// What only old files have, less what their archives read.
-std::string oldBody() {
-    BodyBytes bytes(0);
+std::string oldBody(uint16_t byteOrder) {
+    BodyBytes bytes(byteOrder);
     bytes.int32(4).text("int").word(1).int64(-1).object("texts", 41).int32(1).text("\xC3\xA4");
     bytes.object("list", 101).int32(1).text("CmString").int32(1).text("s").word(8).text("one");
     bytes.object("object", 108).text("CmString").int32(1).text("s").word(8).text("two");
@@ -288,15 +293,15 @@ void fill(FAttributes& attributes) {
     attributes.appendObject("objects", new CmString("other"), true);
 }
 
-TEST(AttributesStream, FailsWhereTheBytesEndAndKeepsWhatItHas) {
+TEST_P(AttributesInEachOrder, FailsWhereTheBytesEndAndKeepsWhatItHas) {
     FAttributes attributes;
     fill(attributes);
-    for (const std::string& bytes : {stored(attributes), oldBody()})
+    for (const std::string& bytes : {stored(attributes, GetParam()), oldBody(GetParam())})
         for (size_t length = 0; length < bytes.size(); ++length) {
             SCOPED_TRACE(::testing::Message() << "cut at " << length << " of " << bytes.size());
             FAttributes read;
             std::string fault;
-            EXPECT_FALSE(load(bytes.substr(0, length), read, 0, &fault));
+            EXPECT_FALSE(load(bytes.substr(0, length), read, GetParam(), &fault));
             EXPECT_FALSE(fault.empty());
             if (length > 40) {
                 EXPECT_EQ(read.getInteger("int"), -1);
@@ -307,7 +312,7 @@ TEST(AttributesStream, FailsWhereTheBytesEndAndKeepsWhatItHas) {
 TEST(AttributesStream, ReadsDamagedCountsToTheirEnd) {
     FAttributes attributes;
     fill(attributes);
-    for (const std::string& bytes : {stored(attributes), oldBody()})
+    for (const std::string& bytes : {stored(attributes), oldBody(0)})
         for (size_t place = 0; place + 4 <= bytes.size(); ++place)
             for (const int32_t count : {-1, 0, 50001, std::numeric_limits<int32_t>::max()}) {
                 SCOPED_TRACE(::testing::Message() << count << " at byte " << place << " of " << bytes.size());
@@ -438,20 +443,45 @@ TEST(AttributesStream, FailsWhenTheStreamTakesTooLittle) {
     EXPECT_FALSE(fault.empty());
 }
 
-TEST(AttributesStream, LeavesObjectsOutThatHaveNoAttributeForm) {
-    const auto formless = make<CmObject>();
+/// Sets values and a part, and then gives up.
+class GivesUp : public CmObject {
+    QORL_CLASS(GivesUp, CmObject)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setInteger("half", 1);
+        attributes->setObject("part", part, Hold::retain);
+        attributes->setText8("text", "half");
+        return false;
+    }
+
+    CmObject* part = nullptr;
+};
+
+TEST(AttributesStream, LeavesNothingHalfOfAnObjectThatGivesUp) {
+    const auto part = make<FXmlInstance>(77, "Part", one("x", 7));
+    const auto half = make<GivesUp>();
+    half->part = part.get();
+    const auto outer = one("n", 1);
+    outer->setObject("inner", half.get(), Hold::retain);
     FAttributes attributes;
     attributes.setInteger("before", 1);
-    attributes.setObject("o", formless.get(), Hold::retain);
-    attributes.appendObject("l", formless.get(), false);
-    attributes.appendObject("l", formless.get(), false);
+    attributes.setObject("o", half.get(), Hold::retain);
+    attributes.appendObject("l", half.get(), false);
+    attributes.appendObject("l", half.get(), false);
+    attributes.setObject("outer", new FXmlInstance(5, "Outer", outer), Hold::adopt);
+    // It was met first by who gave up, and stands in full nevertheless.
+    attributes.setObject("part", part.get(), Hold::retain);
+    attributes.setObject("again", part.get(), Hold::retain);
     const auto failed = make<FXmlInstance>(3, "FAttributeValue", make<FAttributes>());
     EXPECT_EQ(failed->getObject(), nullptr);
     attributes.setObject("failed", failed.get(), Hold::retain);
     attributes.setInteger("behind", 2);
     BodyBytes expected(0);
-    expected.int32(3).text("before").word(1).int64(1).object("l", 201).int32(0).text("behind").word(1).int64(
-        2);
+    expected.int32(6).text("before").word(1).int64(1).object("l", 201).int32(0);
+    expected.object("outer", 20).text("Outer").int64(5).int32(1).text("n").word(1).int64(1);
+    expected.object("part", 20).text("Part").int64(77).int32(1).text("x").word(1).int64(7);
+    expected.object("again", 21).int64(77).text("behind").word(1).int64(2);
     EXPECT_EQ(stored(attributes), expected.bytes());
 }
 

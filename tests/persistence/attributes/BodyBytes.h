@@ -36,6 +36,7 @@ public:
     BodyBytes& object(std::string_view key, uint16_t subkind) { return text(key).word(2).word(subkind); }
 
     const std::string& bytes() const { return bytes_; }
+    uint16_t byteOrder() const { return isReversed_ ? 1 : 0; }
 
 private:
     BodyBytes& number(uint64_t value, int size) {

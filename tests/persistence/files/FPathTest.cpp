@@ -206,14 +206,20 @@ TEST(FPath, StoresItsFieldsByteByByte) {
         EXPECT_EQ(type.name().toUtf8(), "XML File");
         EXPECT_EQ(type.macType(), 0x54455854u);
     }
-    for (size_t length = 0; length < low.size(); ++length) {
-        FMemoryStream stream;
-        stream.write(low.data(), static_cast<int64_t>(length));
-        stream.rewind();
-        FNPath path("/kept");
-        EXPECT_FALSE(path.load(stream)) << "cut behind " << length << " bytes";
-        EXPECT_EQ(path.toUtf8(), "/kept");
-    }
+    constexpr size_t typeStart = 14;
+    for (const std::string* whole : {&low, &high})
+        for (size_t length = 0; length < whole->size(); ++length) {
+            SCOPED_TRACE(::testing::Message() << "cut behind " << length << " bytes");
+            FMemoryStream stream{std::string_view(*whole).substr(0, length)};
+            stream.setByteOrder(whole == &high);
+            FNPath path("/kept");
+            EXPECT_FALSE(path.load(stream));
+            EXPECT_EQ(path.toUtf8(), "/kept");
+            stream.seek(typeStart, FStream::fromStart);
+            FFileType type("kept", "k");
+            EXPECT_EQ(type.load(stream), length >= typeStart + 33);
+            EXPECT_EQ(type.name().toUtf8(), length >= typeStart + 33 ? "XML File" : "kept");
+        }
 }
 
 TEST(FPath, StoresNamesThatAreNoText) {

@@ -129,6 +129,24 @@ TEST(XmlRoots, ComeBackByName) {
     EXPECT_FALSE(reading.document.load("Other"));
 }
 
+TEST(XmlRoots, KeepWhatStoodInFrontOfACut) {
+    const auto root = make<GraphNode>(1);
+    root->next = make<GraphNode>(2);
+    root->links = {root, root->next};
+    Writing writing;
+    writing.document.objects().setObject("a", root.get(), Hold::retain);
+    const std::string text(writing.save());
+    for (size_t length = 0; length <= text.size(); ++length) {
+        SCOPED_TRACE(length);
+        Reading reading(text.substr(0, length));
+        EXPECT_EQ(reading.document.load("Doc"), length >= text.find("</Doc>") + 6);
+        EXPECT_EQ(reading.document.objects().contains("a"), length >= text.find("/>") + 2);
+        const Ref<CmObject> read = reading.document.getObject("a");
+        EXPECT_TRUE(read || length < text.rfind("</obj>")) << "all of it stood there";
+    }
+    GraphNode::cutAll();
+}
+
 TEST(XmlRoots, GraphsComeBackWithCyclesAndSharedObjects) {
     const size_t before = GraphNode::all.size();
     for (uint32_t seed = 0; seed < 200; ++seed) {
