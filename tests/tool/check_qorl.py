@@ -651,11 +651,15 @@ class BadInput(InTemporaryFolder):
     def test_bitmap_that_lies_about_its_size(self):
         kinds = ('<bitmap name="lie" path="lie.png"/>', '<section name="lie" path="lie.png" size="0,0,2,2"/>',
                  '<filmstrip name="lie" path="lie.png" framecount="2"/>')
-        for size, why in {100000: "the PNG says that it has 100000 x 100000 pixels; at most", 16: "Not enough image data",
-                          8000: "the PNG says that it has 8000 x 8000 pixels, which its 69 bytes cannot hold"}.items():
-            self.write("lie.png", lying_png(size, size))
+        files = [(lying_png(100000, 100000), "the PNG says that it has 100000 x 100000 pixels; at most"),
+                 (lying_png(16, 16), "Not enough image data"),
+                 (lying_png(8000, 8000), "the PNG says that it has 8000 x 8000 pixels, which its 69 bytes cannot hold"),
+                 (lying_png(4, 4)[:33] + b"\x52\0\0\0tEXt" +
+                  bytes(64), "it ends within a chunk")]
+        for content, why in files:
+            self.write("lie.png", content)
             for kind in kinds:
-                with self.subTest(size=size, kind=kind):
+                with self.subTest(why, kind=kind):
                     self.refuse(skin('<template name="T" size="0,0,9,9"><image bitmap="lie"/></template>',
                                      f"<resources>{kind}</resources>\n"), "skin.xml:3:12: error: bitmap 'lie.png': ", why)
 
