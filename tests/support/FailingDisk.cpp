@@ -41,6 +41,7 @@ int __real_rmdir(const char* path);
 namespace {
 
 using qorl::DiskFault;
+namespace FailingDisk = qorl::FailingDisk;
 
 // What a child ends with: that it crashed, what it answered, or that a test failed in it.
 constexpr int crashed = 32;
@@ -57,6 +58,7 @@ struct Armed {
     int32_t left = 0; ///< 0: no fault is to come
     DiskFault fault = DiskFault::error;
     size_t kept = 0;
+    FailingDisk::Loss loss = FailingDisk::Loss::allLater;
     bool isMet = false;
     bool isFull = false;
 };
@@ -127,21 +129,30 @@ bool move(const Name& from, const Name& to) {
     return isMoved;
 }
 
-/// What is lost when the power goes now: the contents of files, and all changes of names but the first ones.
-/// Whether any of these was lost.
+void takeBack(const NameChange& change) {
+    if (!change.origin.last.empty())
+        move(change.name, change.origin);
+    if (!change.earlier.last.empty())
+        move(change.earlier, change.name);
+}
+
+/// What is lost when the power goes now: the contents of files, and changes of names. Whether any of these
+/// was lost.
 bool loseUnflushed() {
     armed.left = 0;
     for (const auto& [serial, file] : unflushed)
         [[maybe_unused]] const int result = __real_ftruncate(file, 0);
-    const bool isAnyLost = unflushedNames.size() > armed.kept;
-    for (; unflushedNames.size() > armed.kept; unflushedNames.pop_back()) {
-        const NameChange& change = unflushedNames.back();
-        if (!change.origin.last.empty())
-            move(change.name, change.origin);
-        if (!change.earlier.last.empty())
-            move(change.earlier, change.name);
+    const size_t count = unflushedNames.size();
+    if (armed.loss == FailingDisk::Loss::nextAlone) {
+        // Of the last one there is nothing later that could stay.
+        const bool isAnyLost = armed.kept + 1 < count;
+        if (isAnyLost)
+            takeBack(unflushedNames[armed.kept]);
+        return isAnyLost;
     }
-    return isAnyLost;
+    for (size_t i = count; i > armed.kept; --i)
+        takeBack(unflushedNames[i - 1]);
+    return count > armed.kept;
 }
 
 /// The fault's turn is now. What befalls the bytes of a write is counted in writes.
@@ -352,7 +363,7 @@ int inChild(const Work& work) {
 } // namespace
 
 FailingDisk::Outcome FailingDisk::run(int32_t nth, DiskFault fault, const std::function<bool()>& operation,
-                                      const std::function<void()>& prepare, size_t kept) {
+                                      const std::function<void()>& prepare, size_t kept, Loss loss) {
     std::optional<testing::TemporaryFolder> gone;
     if (fault == DiskFault::powerCut)
         gone.emplace();
@@ -362,7 +373,7 @@ FailingDisk::Outcome FailingDisk::run(int32_t nth, DiskFault fault, const std::f
         if (::testing::Test::HasFailure())
             _exit(failed);
         limbo = gone ? __real_open(gone->path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC) : -1;
-        armed = {nth, fault, kept, false, false};
+        armed = {nth, fault, kept, loss, false, false};
         const bool answer = operation();
         const bool isLost = fault == DiskFault::powerCut && loseUnflushed();
         _exit(answered + (isLost ? withLoss : 0) + (armed.isMet ? withFault : 0) +

@@ -31,11 +31,15 @@ struct Outcome {
     bool answer = false;
 };
 
+/// Which changes of names a power cut takes back behind those that stay: volumes differ in whether they keep
+/// the order of changes.
+enum class Loss : uint8_t { allLater, nextAlone };
+
 /// Runs `prepare` and `operation` in a child process, in which the `nth` such call of `operation`, counted
 /// from 1, meets `fault`. A child that ends in any other way fails the test. Of the changes of names that a
 /// power cut could take back, the first `kept` stay.
 Outcome run(int32_t nth, DiskFault fault, const std::function<bool()>& operation,
-            const std::function<void()>& prepare = {}, size_t kept = 0);
+            const std::function<void()>& prepare = {}, size_t kept = 0, Loss loss = Loss::allLater);
 
 /// Runs `check` in a child process that knows nothing of what was run before, and fails when it does.
 void runAfresh(const std::function<void()>& check);
@@ -61,7 +65,8 @@ public:
 /// For each fault, and for the first call that changes the disk, the second, and so on, up to the round in
 /// which none was met: `prepare()` and `operation`, which answers whether it succeeded, in a child process
 /// that meets the fault, then `check(Outcome)` in another one, which looks at what a fresh start finds. A
-/// power cut has a round for each number of the latest changes of names that it can take back.
+/// power cut has a round for each number of the latest changes of names that it can take back, and for each
+/// one alone.
 template <typename Prepare, typename Operation, typename Check>
 void failEachDiskCall(Prepare prepare, Operation operation, Check check) {
     constexpr int32_t most = 2000;
@@ -77,13 +82,19 @@ void failEachDiskCall(Prepare prepare, Operation operation, Check check) {
     for (const auto& [fault, name] : faults)
         for (int32_t nth = 1;; ++nth) {
             FailingDisk::Outcome outcome;
-            for (size_t kept = 0; kept == 0 || outcome.hasLost; ++kept) {
-                SCOPED_TRACE(::testing::Message() << name << ": the one at number " << nth << ", with "
-                                                  << kept << " changes of names that last");
-                outcome = FailingDisk::run(nth, fault, operation, prepare, kept);
-                FailingDisk::runAfresh([&] { check(outcome); });
-                if (::testing::Test::HasFailure())
-                    return;
+            for (const auto loss : {FailingDisk::Loss::allLater, FailingDisk::Loss::nextAlone}) {
+                if (loss == FailingDisk::Loss::nextAlone && fault != DiskFault::powerCut)
+                    break;
+                for (size_t kept = 0; kept == 0 || outcome.hasLost; ++kept) {
+                    SCOPED_TRACE(::testing::Message()
+                                 << name << ": the one at number " << nth << ", with " << kept
+                                 << " changes of names that last"
+                                 << (loss == FailingDisk::Loss::nextAlone ? ", and all but the next" : ""));
+                    outcome = FailingDisk::run(nth, fault, operation, prepare, kept, loss);
+                    FailingDisk::runAfresh([&] { check(outcome); });
+                    if (::testing::Test::HasFailure())
+                        return;
+                }
             }
             if (!outcome.isMet) {
                 EXPECT_TRUE(outcome.answer) << "without a fault it succeeds";

@@ -32,7 +32,7 @@ std::string oldOf(const std::string& file) {
 /// Takes away what would come back in the place of a file that goes.
 bool removeOld(const std::string& file) {
     const std::string old = oldOf(platform::getCanonicalPath(file));
-    return !platform::fileExists(old) || tellFailure(old, "can't be deleted", platform::deleteFile(old));
+    return !platform::fileExists(old) || tellFailure(old, "can't be deleted", deleteDurably(old));
 }
 
 /// The new file of a save. It remembers its first failure, so that bytes that got lost fail the save also
