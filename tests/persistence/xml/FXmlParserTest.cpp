@@ -345,6 +345,20 @@ TEST(FXmlParser, FailsWithoutMemory) {
         EXPECT_STREQ(parser.getErrorText(), allocation.hasFailed() ? "Out of memory!" : "Unexpected Tag!");
         EXPECT_EQ(parser.errorDetail(), allocation.hasFailed() ? "" : detail);
     });
+    // A fault that there is no memory to tell of counts as that.
+    class Deaf : public XmlLogSink {
+        void write(std::string_view) override {}
+    } sink;
+    FXmlParser::setLogSink(&sink);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        FMemoryStream stream{std::string_view("<a></b>")};
+        FXmlParser parser(stream);
+        EXPECT_FALSE(allocation.during([&] { return parser.parse(); }));
+        EXPECT_STREQ(parser.getErrorText(),
+                     allocation.hasFailed() ? "Out of memory!" : "Xml data malformed!");
+        EXPECT_EQ(parser.errorDetail(), allocation.hasFailed() ? "" : "</a> is missing here");
+    });
+    FXmlParser::setLogSink(nullptr);
 }
 
 } // namespace
