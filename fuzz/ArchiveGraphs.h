@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/ClassFactory.h"
+#include "ReadObjects.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/GraphNode.h"
 
@@ -10,21 +10,6 @@
 #include <vector>
 
 namespace qorl {
-
-/// Classes that would keep each other alive for ever once an input links them in a circle; nodes are taken
-/// apart after each.
-constexpr const char* holders[] = {
-    "CmArray",           "CmOrderedArray", "CmLinkedList",   "CmQueue",     "CmStack",     "CmDLinkedList",
-    "CmDictionary",      "CmILinkedList",  "CmIDLinkedList", "CmBTree",     "CmHashTable", "CmHashDictionary",
-    "CmBTreeDictionary", "CmAssociation",  "CmVariant",      "FAttributes", "Attributes",  "FMessage"};
-
-inline bool removeHolders() {
-    ClassFactory* factory = ClassFactory::instance();
-    for (const char* name : holders)
-        if (const ClassRecord* record = factory->findByName(name))
-            factory->removeRecord(const_cast<ClassRecord&>(*record));
-    return true;
-}
 
 template <typename Archive>
 Ref<GraphNode> readAll(FStream& stream, int64_t size) {
@@ -44,8 +29,8 @@ Ref<GraphNode> readAll(FStream& stream, int64_t size) {
 /// back.
 template <typename Archive>
 int fuzzArchive(const uint8_t* data, size_t size) {
-    static const bool isReady = removeHolders();
-    if (size == 0 || !isReady)
+    ReadObjects::watch();
+    if (size == 0)
         return 0;
     const auto byteOrder = static_cast<uint16_t>(data[0] & 1);
     FMemoryStream stream(std::string_view(reinterpret_cast<const char*>(data) + 1, size - 1));
@@ -64,6 +49,7 @@ int fuzzArchive(const uint8_t* data, size_t size) {
             std::abort();
     }
     GraphNode::cutAll();
+    ReadObjects::takeApart();
     return 0;
 }
 
