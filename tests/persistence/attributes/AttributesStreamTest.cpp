@@ -7,6 +7,7 @@
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
+#include "support/LittleCost.h"
 #include "support/Objects.h"
 
 #include <gtest/gtest.h>
@@ -318,6 +319,7 @@ TEST(AttributesStream, ReadsDamagedCountsToTheirEnd) {
                 SCOPED_TRACE(::testing::Message() << count << " at byte " << place << " of " << bytes.size());
                 std::string damaged = bytes;
                 damaged.replace(place, 4, BodyBytes(0).int32(count).bytes());
+                const LittleCost cost(damaged.size());
                 FAttributes read;
                 load(damaged, read);
                 // What came in goes out again.
@@ -351,6 +353,7 @@ TEST(AttributesStream, TakesNoCountOnTrust) {
             SCOPED_TRACE(::testing::Message() << c.name << ": " << count);
             BodyBytes bytes(0);
             c.spell(bytes, count);
+            const LittleCost cost(bytes.bytes().size());
             FAttributes read;
             std::string fault;
             EXPECT_FALSE(load(bytes.bytes(), read, 0, &fault));
@@ -588,9 +591,11 @@ std::string nestedBody(int32_t depth) {
 }
 
 TEST(AttributesStream, EndsAtItsDepth) {
+    const std::string deep = nestedBody(100000);
+    const LittleCost cost(deep.size());
     FAttributes read;
     std::string fault;
-    EXPECT_FALSE(load(nestedBody(100000), read, 0, &fault));
+    EXPECT_FALSE(load(deep, read, 0, &fault));
     EXPECT_NE(fault.find("deeper than 10000"), std::string::npos) << fault;
     FAttributes whole;
     ASSERT_TRUE(load(nestedBody(9999), whole));

@@ -4,6 +4,7 @@
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/urls/FUrl.h"
 #include "persistence/xml/XmlFile.h"
+#include "support/LittleCost.h"
 
 namespace qorl {
 namespace {
@@ -339,6 +340,36 @@ TEST_P(FDefaultPoolTest, TakesNothingOfAFileThatWasCut) {
         }
         folder_.write(name, whole);
     }
+}
+
+TEST_P(FDefaultPoolTest, ReadsHostileFilesAtLittleCost) {
+    std::string deep;
+    for (int i = 0; i < 100'000; ++i)
+        deep += "<member name='m'>";
+    const std::string_view ring = "<obj class='Gone' name='a' ID='1'><obj class='Gone' name='b' ID='2'>"
+                                  "<obj name='a' ID='1'/><obj name='b' ID='2'/></obj></obj></member>";
+    const std::string name = isFolder() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml";
+    for (const std::string_view values : {std::string_view(deep), ring}) {
+        std::string group = "<string name='Group' value='Group'/><member name='Values'>";
+        group += values;
+        const bool isRing = values == ring;
+        if (!isFolder())
+            group = "<list name='Entries' type='list'><item>" + group + (isRing ? "</item></list>" : "");
+        folder_.write(name, "<Defaults>" + group + (isRing ? "</Defaults>" : ""));
+        restart();
+        const LittleCost cost(group.size());
+        EXPECT_EQ(loadAll(), isRing || isFolder());
+        EXPECT_EQ(pool().getGroup("Group")->values().contains("a"), isRing);
+        if (isRing) {
+            pool().getGroup("Group")->values().setInteger("n", 1);
+            EXPECT_TRUE(pool().save(true));
+        }
+    }
+    restart();
+    EXPECT_TRUE(loadAll());
+    const FAttributes* object = pool().getGroup("Group")->values().findAttributes("a|b");
+    ASSERT_NE(object, nullptr);
+    EXPECT_TRUE(object->contains("a") && object->contains("b")) << "the ring is stored as it was";
 }
 
 TEST_P(FDefaultPoolTest, KeepsObjectsWhoseModuleIsMissingForARun) {

@@ -3,10 +3,12 @@
 #include "persistence/files/PathText.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/LittleCost.h"
 #include "support/SettingsFolder.h"
 #include "support/Slots.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <new>
 #include <string>
 
@@ -43,6 +45,7 @@ TEST(FPath, SplitsIntoFolderAndName) {
 }
 
 TEST(FPath, TakesALongTailOfSeparatorsAtOnce) {
+    const LittleCost cost(1 << 20);
     const FPath path{ConstString(std::string_view("/a" + std::string(1 << 20, '/')))};
     EXPECT_EQ(path.toUtf8(), "/a");
     EXPECT_TRUE(path.isFolder());
@@ -219,6 +222,26 @@ TEST(FPath, StoresItsFieldsByteByByte) {
             FFileType type("kept", "k");
             EXPECT_EQ(type.load(stream), length >= typeStart + 33);
             EXPECT_EQ(type.name().toUtf8(), length >= typeStart + 33 ? "XML File" : "kept");
+        }
+}
+
+TEST(FPath, TakesNoCountOnTrust) {
+    FMemoryStream stored;
+    ASSERT_TRUE(pathWithAll().save(stored));
+    const std::string whole(stored.bytes());
+    // The name, the type's two extensions and its name, the folder.
+    for (const size_t place : {0, 18, 26, 34, 51})
+        for (const int32_t count : {-1, 50001, std::numeric_limits<int32_t>::max()}) {
+            SCOPED_TRACE(::testing::Message() << count << " at byte " << place);
+            const std::string damaged =
+                std::string(whole).replace(place, 4, reinterpret_cast<const char*>(&count), 4);
+            const LittleCost cost(damaged.size());
+            FMemoryStream stream{std::string_view(damaged)};
+            FNPath path("/kept");
+            // A text of less than a byte is empty; behind the last one nothing is missing.
+            const bool isWhole = place == 51 && count < 0;
+            EXPECT_EQ(path.load(stream), isWhole);
+            EXPECT_EQ(path.toUtf8() == "/kept", !isWhole);
         }
 }
 

@@ -3,10 +3,12 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/LittleCost.h"
 #include "support/SettingsFolder.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 
 namespace qorl {
@@ -303,6 +305,15 @@ TEST(FUrl, IsStoredWithoutItsLogin) {
         EXPECT_FALSE(loaded.load(cut)) << "cut behind " << length << " bytes";
         EXPECT_EQ(partsOf(loaded), "web|||host|81|a%20b/c.txt");
     }
+    for (const size_t place : {size_t{0}, bytes.size() - 19})
+        for (const int32_t count : {50001, std::numeric_limits<int32_t>::max()}) {
+            const std::string damaged =
+                std::string(bytes).replace(place, 4, reinterpret_cast<const char*>(&count), 4);
+            const LittleCost cost(damaged.size());
+            FMemoryStream counted{std::string_view(damaged)};
+            EXPECT_FALSE(loaded.load(counted)) << count << " at byte " << place;
+            EXPECT_EQ(partsOf(loaded), "web|||host|81|a%20b/c.txt");
+        }
     for (const char* native : {" dir/name ", "dir/x://y", "file"}) {
         FUrl alone;
         alone.setPath(native, false);

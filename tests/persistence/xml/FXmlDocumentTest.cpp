@@ -6,6 +6,7 @@
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/LittleCost.h"
 #include "support/Objects.h"
 
 #include <cmath>
@@ -136,6 +137,7 @@ TEST(FXmlDocument, StopsAtADepthThatNobodyWrites) {
     std::string deep = "<State>";
     for (int i = 0; i < 100000; ++i)
         deep += "<member name='m'>";
+    const LittleCost cost(deep.size());
     FAttributes read;
     std::string error;
     EXPECT_FALSE(readDocument(deep, read, &error));

@@ -3,6 +3,7 @@
 #include "foundation/text/StringObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/LittleCost.h"
 #include "support/ShakyStream.h"
 
 #include <gtest/gtest.h>
@@ -154,6 +155,7 @@ TEST(FXmlParser2, RefusesWhatGrowsWithoutEnd) {
     std::string deep;
     for (int i = 0; i < 100000; ++i)
         deep += "<a>";
+    const LittleCost cost(deep.size());
     FXmlParser2 nested;
     Recorder recorder(nested);
     EXPECT_FALSE(nested.parse(deep));

@@ -2,6 +2,7 @@
 
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/LittleCost.h"
 #include "support/ShakyStream.h"
 #include "support/Slots.h"
 
@@ -226,6 +227,7 @@ TEST(FXmlParser, LimitsWhatADocumentCanMakeOfIt) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
+        const LittleCost cost(c.document.size());
         const Parsed parsed = parse(c.document);
         EXPECT_EQ(parsed.text.substr(parsed.text.find('|') + 1), c.detail);
     }
