@@ -1,3 +1,4 @@
+#include "BodyBytes.h"
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/AttributesStream.h"
@@ -7,6 +8,7 @@
 #include "persistence/attributes/StoredObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
+#include "support/LittleCost.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -337,6 +339,35 @@ TEST(AttributesGraph, BindsWhatWasReferredToBeforeItsPlaceWasRead) {
     EXPECT_EQ(cast<FXmlReference>(innerState->find("owner")->getObject())->target(), outer);
     innerState->addRef();
     EXPECT_EQ(innerState->release(), 1u) << "nothing but the test holds what has gone";
+}
+
+std::string nestedBody(int32_t depth) {
+    BodyBytes bytes(0);
+    for (int32_t i = 0; i < depth; ++i)
+        bytes.int32(1).object("n", 6);
+    return bytes.int32(0).bytes();
+}
+
+TEST(AttributesGraph, EndAtTheirDepth) {
+    const auto load = [](const std::string& bytes, FAttributes& attributes, std::string& fault) {
+        FMemoryStream stream{std::string_view(bytes)};
+        return readAttributes(stream, attributes, nullptr, &fault);
+    };
+    const std::string deep = nestedBody(100000);
+    const LittleCost cost(deep.size());
+    FAttributes read;
+    std::string fault;
+    EXPECT_FALSE(load(deep, read, fault));
+    EXPECT_NE(fault.find("deeper than 10000"), std::string::npos) << fault;
+    FAttributes whole;
+    ASSERT_TRUE(load(nestedBody(9999), whole, fault));
+    EXPECT_EQ(stored(whole), nestedBody(9999));
+    FAttributes above;
+    above.setObject("n", &whole, Hold::plain);
+    FMemoryStream stream;
+    EXPECT_FALSE(writeAttributes(stream, above, &fault));
+    EXPECT_EQ(stream.size(), 0);
+    EXPECT_NE(fault.find("\"n|n|"), std::string::npos) << fault;
 }
 
 } // namespace

@@ -583,30 +583,5 @@ TEST(AttributesStream, BindsRingsThatCanGo) {
     EXPECT_EQ(cast<FXmlReference>(inner->find("self")->getObject())->target(), nullptr);
 }
 
-std::string nestedBody(int32_t depth) {
-    BodyBytes bytes(0);
-    for (int32_t i = 0; i < depth; ++i)
-        bytes.int32(1).object("n", 6);
-    return bytes.int32(0).bytes();
-}
-
-TEST(AttributesStream, EndsAtItsDepth) {
-    const std::string deep = nestedBody(100000);
-    const LittleCost cost(deep.size());
-    FAttributes read;
-    std::string fault;
-    EXPECT_FALSE(load(deep, read, 0, &fault));
-    EXPECT_NE(fault.find("deeper than 10000"), std::string::npos) << fault;
-    FAttributes whole;
-    ASSERT_TRUE(load(nestedBody(9999), whole));
-    EXPECT_EQ(stored(whole), nestedBody(9999));
-    FAttributes above;
-    above.setObject("n", &whole, Hold::plain);
-    FMemoryStream stream;
-    EXPECT_FALSE(writeAttributes(stream, above, &fault));
-    EXPECT_EQ(stream.size(), 0);
-    EXPECT_NE(fault.find("\"n|n|"), std::string::npos) << fault;
-}
-
 } // namespace
 } // namespace qorl
