@@ -193,7 +193,7 @@ QORL_RATIO(arrayWalk, arrayWalkFloor, 1.2, 1000, 10000, 100000);
 void arrayIterator(benchmark::State& state) {
     walkOver<Element>(state, makeArray, addOurs, walkOurs);
 }
-QORL_RATIO(arrayIterator, arrayWalkFloor, 2.0, 1000, 10000, 100000);
+QORL_RATIO(arrayIterator, arrayWalkFloor, 1.2, 1000, 10000, 100000);
 
 void orderedArrayAdd(benchmark::State& state) {
     fill<Element>(state, makeOrderedArray, addOurs);
@@ -251,7 +251,7 @@ void intrusiveListWalk(benchmark::State& state) {
 void intrusiveListWalkFloor(benchmark::State& state) {
     walkOver<DoubleLinkElement>(state, makeEmpty<List>, pushBack, walkTheirs);
 }
-QORL_RATIO(intrusiveListWalk, intrusiveListWalkFloor, 1.5, 1000, 10000, 100000);
+QORL_RATIO(intrusiveListWalk, intrusiveListWalkFloor, 1.0, 1000, 10000, 100000);
 
 /// Elements go and come by themselves, as timers or animations do.
 void intrusiveListReplace(benchmark::State& state) {
