@@ -233,9 +233,11 @@ int renaming(int fromFolder, const char* from, int toFolder, const char* to, Cal
 template <typename Call>
 int removing(int folder, const char* path, int flags, Call call) {
     return guarded([&] {
+        if (!isCutToCome())
+            return call();
         struct stat status = {};
-        NameChange change{isCutToCome() ? nameOf(folder, path) : Name(), {}, nextInLimbo()};
-        if (!isCutToCome() || !find(change.name, status))
+        NameChange change{nameOf(folder, path), {}, nextInLimbo()};
+        if (!find(change.name, status))
             return call();
         const bool isFolder = S_ISDIR(status.st_mode);
         const auto inside = "/proc/self/fd/" + std::to_string(change.name.folder) + '/' + change.name.last;
