@@ -248,9 +248,8 @@ void USlider::drawTrack(UDrawDevice& device, const CmRect&) {
 }
 
 void USlider::drawHandle(UDrawDevice& device, const CmRect& handle) {
-    const uint32_t marks =
-        (isEnabled() ? 0 : MarkState::disabled) | (tracker_.isTracking() ? MarkState::pressed : 0);
-    getScheme()->drawSliderHandle(device, handle, marks);
+    const uint32_t pressed = tracker_.isTracking() ? MarkState::pressed : 0;
+    getScheme()->drawSliderHandle(device, handle, getCommonMarks() | pressed);
 }
 
 bool USlider::mouseDown(CmPoint point) {

@@ -51,6 +51,7 @@ public:
 protected:
     ~USlider() override;
 
+    bool showsHover() const override { return true; }
     /// Along the track, in pixels, unless `setHandleSize` says another one.
     virtual int32_t getHandleSize() const;
     virtual void drawTrack(UDrawDevice& device, const CmRect& track);
