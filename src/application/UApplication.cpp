@@ -176,7 +176,8 @@ bool UApplication::runMainHooks() {
 
 void UApplication::finishStartup() {
     qorl::runStartupHooks(StartupHook::finish);
-    FNPath(ConstString(), FNPath::userSettings, FNPath::folderFlag, {}, FNPath::Create::missingFolders);
+    const FNPath madeFolder(ConstString(), FNPath::userSettings, FNPath::folderFlag, {},
+                            FNPath::Create::missingFolders);
     if (skinThreadState_ != noSkinThread) {
         while (skinThreadState_ == skinLoading)
             sleep(skinPollPeriod);

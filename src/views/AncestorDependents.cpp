@@ -73,6 +73,7 @@ void forEachAncestorDependent(UView& view, const AncestorKind& kind,
     if (!container)
         return;
     std::vector<Ref<UView>> dependents;
+    dependents.reserve(static_cast<size_t>(container->count()));
     for (int32_t i = 0; i < container->count(); ++i)
         dependents.push_back(retain(cast<UView>(container->at(i))));
     for (const Ref<UView>& dependent : dependents)

@@ -42,10 +42,11 @@ int32_t sendTo(UView& view, const char* name) {
     return view.handleMessage(make<FMessage>(ConstString(name)).get());
 }
 
-bool askFocusController(const Ref<CmObject>& controller, UView& view, const UKeyCode& key) {
+// By value: whoever is asked may put another controller in its place.
+bool askFocusController(Ref<CmObject> controller, UView& view, const UKeyCode& key) {
     Ref<IFocusDelegate> delegate;
-    if (const Ref<CmObject> keep = controller)
-        keep->queryInterface(IFocusDelegate::iid, delegate.out());
+    if (controller)
+        controller->queryInterface(IFocusDelegate::iid, delegate.out());
     return delegate && delegate->handleKey(&view, key);
 }
 

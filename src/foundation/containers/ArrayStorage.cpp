@@ -40,7 +40,7 @@ bool ArrayStorage::setCapacity(int32_t capacity) {
     capacity = std::max(capacity, 0);
     removeFrom(capacity);
     // Large blocks grow where they stand, or by their pages: nothing is copied then.
-    const size_t room = sizeof(CmObject*) * static_cast<size_t>(std::max(capacity, 1));
+    const size_t room = sizeof(void*) * static_cast<size_t>(std::max(capacity, 1));
     auto* block = static_cast<CmObject**>(std::realloc(array_.get(), room));
     if (block) {
         static_cast<void>(array_.release());

@@ -248,6 +248,7 @@ void X11Desktop::dispatchInput2(const xcb_generic_event_t& event) {
     std::vector<double> values;
     const auto* numbers = xcb_input_button_press_axisvalues(&input);
     const int count = xcb_input_button_press_axisvalues_length(&input);
+    values.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
         values.push_back(numbers[i].integral + numbers[i].frac / 4294967296.0);
     const WheelDistance distance = wheel_.move(input.sourceid, xcb_input_button_press_valuator_mask(&input),

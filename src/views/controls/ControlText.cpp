@@ -46,12 +46,10 @@ void forEachLine(const UFont& font, const ConstString& text, int32_t wrapWidth, 
         const size_t hardEnd = std::min(all.find(u'\n', start), all.size());
         std::u16string_view line = all.substr(start, hardEnd - start);
         start = hardEnd + 1;
-        while (wrapWidth > 0) {
-            const size_t end = fittingEnd(font, line, wrapWidth);
-            if (end == line.size())
-                break;
-            visit(ConstString(line.substr(0, end)));
-            line.remove_prefix(end + 1);
+        const auto end = [&] { return wrapWidth > 0 ? fittingEnd(font, line, wrapWidth) : line.size(); };
+        for (size_t cut = end(); cut < line.size(); cut = end()) {
+            visit(ConstString(line.substr(0, cut)));
+            line.remove_prefix(cut + 1);
         }
         visit(ConstString(line));
     }
