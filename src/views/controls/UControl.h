@@ -91,8 +91,8 @@ protected:
     void refresh();
     /// Tells a target that takes clicks which modifiers were held.
     void notifyTargetOfClick();
-    /// Whether the control looks otherwise under the mouse: then it carries `stateRollover` there, while it is
-    /// enabled.
+    /// Whether the control looks otherwise under the mouse: then it carries `stateRollover` there, while it
+    /// is enabled.
     virtual bool showsHover() const { return false; }
     /// The marks of every control for the scheme: disabled, or hovered.
     uint32_t getCommonMarks() const;
