@@ -6,8 +6,10 @@
 #include "support/TestGraphics.h"
 
 #include <cmath>
+#include <functional>
 #include <gtest/gtest.h>
 #include <numbers>
+#include <set>
 
 namespace qorl {
 
@@ -25,6 +27,14 @@ protected:
         auto target = make<SurfaceTarget>(size, scale);
         UDrawDevice device(target.get());
         device.fillRect({0, 0, 10000, 10000});
+        return target;
+    }
+    /// A white surface, and on it what `draw(UDrawDevice&)` draws.
+    template <typename Draw>
+    static Ref<SurfaceTarget> drawing(CmSize size, Draw draw, double scale = 1.0) {
+        auto target = surface(size, scale);
+        UDrawDevice device(target.get());
+        draw(device);
         return target;
     }
     static uint32_t pixel(SurfaceTarget& target, int32_t x, int32_t y) {
@@ -46,116 +56,107 @@ protected:
         device.setBrushColor(color);
         device.fillRect({0, 0, 10000, 10000});
     }
-    static int countColors(SurfaceTarget& target) {
+    static size_t countColors(SurfaceTarget& target) {
         const PixelLock pixels(*target.getImage());
-        std::vector<uint32_t> colors;
+        std::set<uint32_t> colors;
         for (int32_t y = 0; y < pixels->height; ++y)
-            for (int32_t x = 0; x < pixels->width; ++x)
-                if (std::find(colors.begin(), colors.end(), pixels->getRow(y)[x]) == colors.end())
-                    colors.push_back(pixels->getRow(y)[x]);
-        return static_cast<int>(colors.size());
+            colors.insert(pixels->getRow(y), pixels->getRow(y) + pixels->width);
+        return colors.size();
     }
 };
 
+void drawLine(UDrawDevice& device, CmPoint from, CmPoint to) {
+    device.moveTo(from);
+    device.lineTo(to);
+}
+
 TEST_F(CairoDeviceTest, UprightShapesFallOnWholePixelsAtEveryScale) {
-    for (const double scale : {1.0, 1.25, 1.5, 1.75, 2.0, 2.5, 3.0}) {
-        SCOPED_TRACE(scale);
-        auto target = surface({120, 120}, scale);
-        {
-            UDrawDevice device(target.get());
+    const auto draw = [](UDrawDevice& device) {
+        device.setBrushColor(StandardColor::red);
+        device.fillRect({3, 3, 10, 8});
+        device.setPenColor(StandardColor::red);
+        device.drawFrame({12, 3, 20, 9});
+        drawLine(device, {3, 13}, {20, 13});
+        drawLine(device, {5, 16}, {5, 30});
+        device.setPen(UPen(StandardColor::red, 3));
+        device.drawFrame({12, 16, 30, 30});
+    };
+    for (const double scale : {1.0, 1.25, 1.5, 1.75, 2.0, 2.5, 3.0})
+        EXPECT_EQ(countColors(*drawing({120, 120}, draw, scale)), 2U) << "half covered pixels at " << scale;
+}
+
+struct ShapeCase {
+    const char* name;
+    std::vector<CmRect> clips; ///< one behind the other, and the shape drawn in each
+    std::function<void(UDrawDevice&)> draw;
+    CmRect drawn;
+};
+
+TEST_F(CairoDeviceTest, ShapesReachAsFarAsTheirPlaceAndTheClip) {
+    constexpr CmRect all{0, 0, 40, 40};
+    constexpr CmRect clip{10, 10, 20, 20};
+    const auto level = [](UDrawDevice& device) { drawLine(device, {3, 4}, {8, 4}); };
+    const auto upward = [](UDrawDevice& device) { drawLine(device, {6, 9}, {6, 2}); };
+    const auto slanted = [](UDrawDevice& device) { drawLine(device, {0, 0}, {40, 40}); };
+    const auto frame = [](UDrawDevice& device) { device.drawFrame({5, 6, 25, 16}); };
+    const auto ellipse = [&](UDrawDevice& device) { device.fillEllipse(all, 0, fullCircle, true); };
+    const auto rounded = [&](UDrawDevice& device) { device.fillRoundRect(all, 10); };
+    const auto turned = [&](UDrawDevice& device) {
+        device.concatTransformMatrix(TransformMatrix::rotation(0.3, {15, 15}));
+        device.fillRect(all);
+    };
+    const ShapeCase cases[] = {
+        {"a line holds both its ends", {all}, level, {3, 4, 9, 5}},
+        {"upward, too", {all}, upward, {6, 2, 7, 10}},
+        {"a frame stays inside its rectangle", {all}, frame, {5, 6, 25, 16}},
+        {"a clip replaces the former one", {{0, 0, 5, 5}, {30, 30, 35, 35}}, ellipse, {30, 30, 35, 35}},
+        // The first shape after a clip is cut by it, not lost.
+        {"a clipped slanted line", {clip}, slanted, clip},
+        {"a clipped ellipse", {clip}, ellipse, clip},
+        {"a clipped round rectangle", {clip}, rounded, clip},
+        {"a clipped turned rectangle", {clip}, turned, clip},
+    };
+    for (const ShapeCase& c : cases) {
+        const auto target = drawing({40, 40}, [&](UDrawDevice& device) {
             device.setBrushColor(StandardColor::red);
-            device.fillRect({3, 3, 10, 8});
-            device.setPenColor(StandardColor::red);
-            device.drawFrame({12, 3, 20, 9});
-            device.moveTo({3, 13});
-            device.lineTo({20, 13});
-            device.moveTo({5, 16});
-            device.lineTo({5, 30});
-            device.setPen(UPen(StandardColor::red, 3));
-            device.drawFrame({12, 16, 30, 30});
-        }
-        EXPECT_EQ(countColors(*target), 2) << "no half covered pixels";
+            for (const CmRect& one : c.clips) {
+                device.setClip(one);
+                c.draw(device);
+            }
+        });
+        EXPECT_EQ(drawn(*target), c.drawn) << c.name;
     }
-}
-
-TEST_F(CairoDeviceTest, LinesHoldBothTheirEnds) {
-    auto target = surface({20, 20});
-    {
-        UDrawDevice device(target.get());
-        device.moveTo({3, 4});
-        device.lineTo({8, 4});
-    }
-    EXPECT_EQ(drawn(*target), (CmRect{3, 4, 9, 5}));
-    target = surface({20, 20});
-    {
-        UDrawDevice device(target.get());
-        device.moveTo({6, 9});
-        device.lineTo({6, 2});
-    }
-    EXPECT_EQ(drawn(*target), (CmRect{6, 2, 7, 10}));
-}
-
-TEST_F(CairoDeviceTest, FramesStayInsideTheirRectangle) {
-    auto target = surface({40, 40});
-    {
-        UDrawDevice device(target.get());
-        device.drawFrame({5, 6, 25, 16});
-    }
-    EXPECT_EQ(drawn(*target), (CmRect{5, 6, 25, 16}));
-    EXPECT_EQ(pixel(*target, 6, 7), white);
-    EXPECT_EQ(pixel(*target, 5, 6), black);
-    EXPECT_EQ(pixel(*target, 24, 15), black);
 }
 
 TEST_F(CairoDeviceTest, NothingIsDrawnBeyondTheClip) {
-    const auto drawAll = [](UDrawDevice& device, UBitmap& picture) {
+    UBitmap picture({8, 8});
+    const auto drawAll = [&](UDrawDevice& device) {
         device.setBrushColor(StandardColor::red);
         device.fillRect({0, 0, 50, 50});
         device.setPen(UPen(StandardColor::blue, 5));
         device.drawFrame({2, 2, 48, 48});
-        device.moveTo({0, 0});
-        device.lineTo({50, 50});
+        drawLine(device, {0, 0}, {50, 50});
         device.drawEllipse({0, 0, 50, 50}, 0, fullCircle);
         device.fillRoundRect({1, 1, 49, 49}, 10);
-        device.drawString(ConstString("WWWWWWWW"), CmRect{0, 0, 50, 50},
-                          Justify::center | Justify::verticalCenter);
-        device.drawString(ConstString(u"\u05E9\u05DC\u05D5\u05DD\u05E9"), CmRect{0, 0, 50, 50},
-                          Justify::verticalCenter);
+        for (const ConstString& text :
+             {ConstString("WWWWWWWW"), ConstString(u"\u05E9\u05DC\u05D5\u05DD\u05E9")})
+            device.drawString(text, CmRect{0, 0, 50, 50}, Justify::center | Justify::verticalCenter);
         device.drawBitmap(&picture, {0, 0, 50, 50});
         device.drawBitmapAlpha(&picture, {0, 0, 8, 8}, {0, 0, 50, 50}, 0.5);
         device.clearRect({0, 0, 50, 50});
     };
-    UBitmap picture({8, 8});
-    for (const double scale : {1.0, 1.5}) {
-        auto target = surface({80, 80}, scale);
-        {
-            UDrawDevice device(target.get());
-            device.setClip({20, 22, 30, 28});
-            drawAll(device, picture);
-            device.saveState();
-            device.concatTransformMatrix(TransformMatrix::rotation(0.3, {25, 25}));
-            drawAll(device, picture);
-            device.restoreState();
-        }
-        const CmRect clip = scale == 1.0 ? CmRect{20, 22, 30, 28} : CmRect{30, 33, 45, 42};
-        EXPECT_EQ(drawn(*target), clip);
-    }
+    const auto drawClipped = [&](UDrawDevice& device) {
+        device.setClip({20, 22, 30, 28});
+        drawAll(device);
+        device.saveState();
+        device.concatTransformMatrix(TransformMatrix::rotation(0.3, {25, 25}));
+        drawAll(device);
+        device.restoreState();
+    };
+    EXPECT_EQ(drawn(*drawing({80, 80}, drawClipped)), (CmRect{20, 22, 30, 28}));
+    EXPECT_EQ(drawn(*drawing({80, 80}, drawClipped, 1.5)), (CmRect{30, 33, 45, 42}));
 }
 
-TEST_F(CairoDeviceTest, ClipsAreReplacedNotMerged) {
-    auto target = surface({40, 40});
-    {
-        UDrawDevice device(target.get());
-        device.setClip({0, 0, 5, 5});
-        device.fillEllipse({0, 0, 40, 40}, 0, fullCircle, true);
-        device.setBrushColor(StandardColor::red);
-        device.setClip({30, 30, 35, 35});
-        device.fillRect({0, 0, 40, 40});
-    }
-    EXPECT_EQ(drawn(*target), (CmRect{30, 30, 35, 35}));
-}
-
-/// A device that keeps edges of the last clip must come to the same pixels as one that never had another.
 TEST_F(CairoDeviceTest, CutsTheSameWhicheverClipsCameBefore) {
     const CmRect clips[] = {{0, 0, 60, 60},   {10, 0, 60, 60},  {10, 12, 40, 60}, {0, 12, 40, 44},
                             {12, 14, 38, 42}, {30, 30, 31, 60}, {0, 0, 60, 13},   {45, 45, 60, 60},
@@ -176,80 +177,29 @@ TEST_F(CairoDeviceTest, CutsTheSameWhicheverClipsCameBefore) {
         device.setBrushColor(StandardColor::white);
         device.fillRect({0, 0, 60, 60});
         drawIn(device, clips[i]);
-        auto fresh = surface({60, 60});
-        {
-            UDrawDevice other(fresh.get());
-            drawIn(other, clips[i]);
-        }
+        const auto fresh = drawing({60, 60}, [&](UDrawDevice& other) { drawIn(other, clips[i]); });
         for (int32_t y = 0; y < 60; ++y)
             for (int32_t x = 0; x < 60; ++x)
                 ASSERT_EQ(pixel(*kept, x, y), pixel(*fresh, x, y)) << x << "," << y;
     }
 }
 
-TEST_F(CairoDeviceTest, TheFirstShapeAfterAClipIsCutByItNotLost) {
-    struct Shape {
-        const char* name;
-        void (*draw)(UDrawDevice& device);
-    };
-    const Shape shapes[] = {
-        {"slanted line",
-         [](UDrawDevice& device) {
-             device.moveTo({0, 0});
-             device.lineTo({40, 40});
-         }},
-        {"ellipse",
-         [](UDrawDevice& device) {
-             device.fillEllipse({0, 0, 40, 40}, 0, fullCircle, true);
-         }},
-        {"round rectangle",
-         [](UDrawDevice& device) {
-             device.fillRoundRect({0, 0, 40, 40}, 10);
-         }},
-        {"turned rectangle",
-         [](UDrawDevice& device) {
-             device.concatTransformMatrix(TransformMatrix::rotation(0.3, {15, 15}));
-             device.fillRect({0, 0, 40, 40});
-         }},
-    };
-    const CmRect clip{10, 10, 20, 20};
-    for (const Shape& shape : shapes) {
-        SCOPED_TRACE(shape.name);
-        auto target = surface({40, 40});
-        {
-            UDrawDevice device(target.get());
-            device.setBrushColor(StandardColor::red);
-            device.setPenColor(StandardColor::red);
-            device.setClip(clip);
-            shape.draw(device);
-        }
-        EXPECT_EQ(drawn(*target), clip);
-    }
-}
-
 TEST_F(CairoDeviceTest, TextKeepsItsPixelsWhereverItStands) {
     const auto drawAt = [](CmPoint place) {
-        auto target = surface({120, 40});
-        UDrawDevice device(target.get());
-        device.drawString(ConstString("Level \xC3\xA4"), place);
-        return target;
+        return drawing({120, 40},
+                       [&](UDrawDevice& device) { device.drawString(ConstString("Level \xC3\xA4"), place); });
     };
     auto first = drawAt({10, 20});
     auto second = drawAt({27, 31});
     const CmRect a = drawn(*first);
-    const CmRect b = drawn(*second);
-    ASSERT_EQ(b, a.moved(17, 11));
+    ASSERT_EQ(drawn(*second), a.moved(17, 11));
     for (int32_t y = a.top; y < a.bottom; ++y)
         for (int32_t x = a.left; x < a.right; ++x)
             ASSERT_EQ(pixel(*first, x, y), pixel(*second, x + 17, y + 11));
 }
 
 TEST_F(CairoDeviceTest, TransparentPixelsComeBackByClear) {
-    auto target = surface({10, 10});
-    {
-        UDrawDevice device(target.get());
-        device.clearRect({2, 2, 4, 4});
-    }
+    const auto target = drawing({10, 10}, [](UDrawDevice& device) { device.clearRect({2, 2, 4, 4}); });
     EXPECT_EQ(pixel(*target, 2, 2), 0u);
     EXPECT_EQ(pixel(*target, 4, 4), white);
 }
@@ -276,34 +226,21 @@ TEST_F(CairoDeviceTest, AttachedMemoryIsDrawnInto) {
 
 TEST_F(CairoDeviceTest, KeptCopiesFollowTheirSource) {
     UBitmap picture({4, 4});
-    auto target = surface({20, 20});
-    const auto show = [&] {
-        UDrawDevice device(target.get());
-        device.drawBitmap(&picture, {0, 0, 16, 16});
-        return pixel(*target, 8, 8);
-    };
-    fill(picture, StandardColor::red);
-    EXPECT_EQ(show(), red);
-    fill(picture, StandardColor::black);
-    EXPECT_EQ(show(), black);
     const auto section = picture.createSection({1, 1, 3, 3});
-    {
-        UDrawDevice device(target.get());
-        device.drawBitmap(section.get(), {0, 0, 16, 16});
+    auto target = surface({20, 20});
+    UDrawDevice device(target.get());
+    for (const auto& [color, shown] : {std::pair{StandardColor::red, red}, {StandardColor::black, black}}) {
+        fill(picture, color);
+        for (UBitmap* bitmap : {&picture, static_cast<UBitmap*>(section.get())}) {
+            device.clearRect({0, 0, 20, 20});
+            device.drawBitmap(bitmap, {0, 0, 16, 16});
+            EXPECT_EQ(pixel(*target, 8, 8), shown) << (bitmap == &picture ? "itself" : "a section of it");
+        }
     }
-    fill(picture, StandardColor::red);
-    {
-        UDrawDevice device(target.get());
-        device.drawBitmap(section.get(), {0, 0, 16, 16});
-    }
-    EXPECT_EQ(pixel(*target, 8, 8), red) << "a section of a picture that changed";
     auto* image = static_cast<CairoImage*>(picture.getBackendImage());
     const auto kept = [&] { return image->stretched({0, 0, 4, 4}, {9, 9}, Interpolation::linear); };
     const auto before = kept();
-    {
-        UDrawDevice device(target.get());
-        picture.drawTiled(device, {0, 0, 4, 4}, {0, 0, 20, 20}, {4, 4}, 1.0, Interpolation::linear);
-    }
+    picture.drawTiled(device, {0, 0, 4, 4}, {0, 0, 20, 20}, {4, 4}, 1.0, Interpolation::linear);
     EXPECT_EQ(kept().get(), before.get()) << "reading changes no pixels";
 }
 
@@ -346,29 +283,25 @@ TEST_F(CairoDeviceTest, APartOutsideOfThePictureDrawsNothing) {
         {mirrored, {2, 0, 6, 4}, {0, 0, 16, 16}, {12, 0, 20, 16}},
     };
     for (const PartCase& c : cases) {
-        auto target = surface({20, 20});
-        {
-            UDrawDevice device(target.get());
+        const auto target = drawing({20, 20}, [&](UDrawDevice& device) {
             device.concatTransformMatrix(c.matrix);
             device.drawBitmapAlpha(&picture, c.source, c.destination, 1.0);
-        }
+        });
         EXPECT_EQ(drawn(*target), c.drawn) << c.source.left << " of " << c.matrix.m11;
     }
 }
 
 TEST_F(CairoDeviceTest, ABatchComesToWhatItsPiecesWould) {
     const std::vector<CmRect> rects{{0, 0, 10, 10}, {5, 5, 15, 15}};
-    auto batched = surface({20, 20});
-    auto single = surface({20, 20});
-    {
-        UDrawDevice all(batched.get());
-        UDrawDevice one(single.get());
-        for (UDrawDevice* device : {&all, &one})
-            device->setBrushColor(UColor::fromPacked(0x80FF0000));
-        all.drawRects(rects, true);
+    const auto batched = drawing({20, 20}, [&](UDrawDevice& device) {
+        device.setBrushColor(UColor::fromPacked(0x80FF0000));
+        device.drawRects(rects, true);
+    });
+    const auto single = drawing({20, 20}, [&](UDrawDevice& device) {
+        device.setBrushColor(UColor::fromPacked(0x80FF0000));
         for (const CmRect& rect : rects)
-            one.fillRect(rect);
-    }
+            device.fillRect(rect);
+    });
     EXPECT_EQ(pixel(*batched, 7, 7), pixel(*single, 7, 7));
 }
 
@@ -445,8 +378,7 @@ void drawPrimitives(UDrawDevice& device) {
     UPen dashed(StandardColor::darkgreen, 2);
     dashed.setLineStyle(style);
     device.setPen(dashed);
-    device.moveTo({120, 50});
-    device.lineTo({150, 30});
+    drawLine(device, {120, 50}, {150, 30});
 }
 
 void drawTexts(UDrawDevice& device) {
@@ -479,39 +411,28 @@ void drawTexts(UDrawDevice& device) {
 TEST_F(CairoDeviceTest, DrawsAsTheReferenceShows) {
     for (const double scale : {1.0, 1.5, 2.0}) {
         const std::string suffix = "@" + std::to_string(static_cast<int>(scale * 100));
-        auto shapes = surface({int32_t(160 * scale), int32_t(60 * scale)}, scale);
-        {
-            UDrawDevice device(shapes.get());
-            drawPrimitives(device);
-        }
-        EXPECT_GOLDEN(*shapes->getImage(), "graphics/primitives" + suffix);
-        auto texts = surface({int32_t(160 * scale), int32_t(160 * scale)}, scale);
-        {
-            UDrawDevice device(texts.get());
-            drawTexts(device);
-        }
-        EXPECT_GOLDEN(*texts->getImage(), "graphics/text" + suffix);
+        const auto sized = [&](int32_t height) {
+            return CmSize{int32_t(160 * scale), int32_t(height * scale)};
+        };
+        EXPECT_GOLDEN(*drawing(sized(60), drawPrimitives, scale)->getImage(), "graphics/primitives" + suffix);
+        EXPECT_GOLDEN(*drawing(sized(160), drawTexts, scale)->getImage(), "graphics/text" + suffix);
     }
 }
 
 TEST_F(CairoDeviceTest, TurnsEverythingAsTheReferenceShows) {
-    auto target = surface({160, 160});
     UBitmap picture({16, 16});
+    fill(picture, StandardColor::orange);
     {
         UDrawDevice device(&picture);
-        device.setBrushColor(StandardColor::orange);
-        device.fillRect({0, 0, 16, 16});
         device.drawFrame({2, 2, 14, 14});
     }
-    {
-        UDrawDevice device(target.get());
+    const auto target = drawing({160, 160}, [&](UDrawDevice& device) {
         device.concatTransformMatrix(TransformMatrix::rotation(std::numbers::pi / 8, {80, 50}));
         drawPrimitives(device);
         device.drawBitmap(&picture, {5, 60, 45, 100});
-        UFont font(10, UFont::underline);
-        device.setFont(font);
+        device.setFont(UFont(10, UFont::underline));
         device.drawString(ConstString("turned"), CmRect{50, 60, 150, 80}, Justify::left);
-    }
+    });
     EXPECT_GOLDEN(*target->getImage(), "graphics/turned");
 }
 
@@ -522,19 +443,16 @@ TEST_F(CairoDeviceTest, ScalesPicturesAsTheReferenceShows) {
         device.setBrushColor(StandardColor::green);
         device.fillEllipse({0, 0, 8, 8}, 0, fullCircle, true);
         device.setPenColor(StandardColor::red);
-        device.moveTo({0, 0});
-        device.lineTo({7, 7});
+        drawLine(device, {0, 0}, {7, 7});
     }
-    auto target = surface({100, 40});
-    {
-        UDrawDevice device(target.get());
+    const auto target = drawing({100, 40}, [&](UDrawDevice& device) {
         device.drawBitmapAt(&picture, {2, 2});
         device.drawBitmap(&picture, {12, 2, 36, 26}, Interpolation::nearest);
         device.drawBitmap(&picture, {38, 2, 62, 26}, Interpolation::linear);
         device.drawBitmapAlpha(&picture, {0, 0, 8, 8}, {64, 2, 88, 26}, 0.5, Interpolation::best);
         device.drawBitmap(&picture, {90, 2, 94, 6}, Interpolation::best);
         picture.drawTiled(device, {0, 0, 8, 8}, {2, 28, 31, 39}, {8, 8}, 1.0, Interpolation::linear);
-    }
+    });
     EXPECT_GOLDEN(*target->getImage(), "graphics/pictures");
 }
 

@@ -18,6 +18,7 @@ namespace qorl {
 namespace {
 
 using testing::CallLog;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using testing::HeadlessShell;
 using ::testing::IsEmpty;
@@ -46,39 +47,35 @@ protected:
     Ref<ProbeView> under;
 };
 
-TEST_F(PopupTest, ConsumesTheOutsideClickThatClosesIt) {
-    const Ref<UPopupWindow> popup = open(UPopupWindow::closesOnOutsideClick);
-    EXPECT_EQ(shell.desktop().getOpenPopup(), popup.get());
-    shell.press({20, 20});
-    EXPECT_FALSE(popup->isOpen());
-    shell.release();
-    EXPECT_THAT(log, IsEmpty()) << "neither the press nor its release and click";
-    shell.press({20, 20});
-    EXPECT_THAT(log, ElementsAre("under.mouseDown 20,20")) << "the next one reaches the view again";
-}
-
-TEST_F(PopupTest, LetsTheClickThroughWithoutThatFlag) {
-    const Ref<UPopupWindow> popup = open(0);
-    shell.press({20, 20});
-    EXPECT_TRUE(popup->isOpen());
-    EXPECT_THAT(log, ElementsAre("under.mouseDown 20,20"));
-}
-
-TEST_F(PopupTest, StaysOpenForAClickInside) {
-    const Ref<UPopupWindow> popup = open(UPopupWindow::closesOnOutsideClick);
-    shell.aim(*popup);
-    shell.press({20, 20});
-    EXPECT_TRUE(popup->isOpen());
-    EXPECT_TRUE(popup->lastClickInside());
-    EXPECT_THAT(log, ElementsAre("inside.mouseDown 20,20"));
-}
-
-TEST_F(PopupTest, GoesWithAnyClickInsideWhenToldSo) {
-    const Ref<UPopupWindow> popup = open(UPopupWindow::closesOnAnyClick);
-    shell.aim(*popup);
-    shell.press({20, 20});
-    EXPECT_FALSE(popup->isOpen());
-    EXPECT_THAT(log, IsEmpty()) << "the click is spent on closing";
+TEST_F(PopupTest, ClosesByTheClicksThatItsFlagsName) {
+    struct Case {
+        const char* what;
+        uint32_t flag;
+        bool isInside;
+        bool staysOpen;
+        const char* heard; ///< null: neither the press nor its release and click
+    };
+    const Case cases[] = {
+        {"outside, and spent", UPopupWindow::closesOnOutsideClick, false, false, nullptr},
+        {"outside without that flag", 0, false, true, "under.mouseDown 20,20"},
+        {"inside", UPopupWindow::closesOnOutsideClick, true, true, "inside.mouseDown 20,20"},
+        {"any, and spent", UPopupWindow::closesOnAnyClick, true, false, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const Ref<UPopupWindow> popup = open(c.flag);
+        shell.aim(c.isInside ? static_cast<UWindow&>(*popup) : shell.window());
+        shell.click({20, 20});
+        EXPECT_EQ(popup->isOpen(), c.staysOpen);
+        EXPECT_EQ(popup->lastClickInside(), c.isInside);
+        EXPECT_EQ(log.empty(), c.heard == nullptr);
+        EXPECT_TRUE(log.empty() || log.front() == c.heard) << log.front();
+        popup->willClose(false);
+        shell.aim(shell.window());
+        log.clear();
+        shell.click({20, 20});
+        EXPECT_THAT(log, Contains("under.mouseDown 20,20")) << "the next one reaches the view again";
+    }
 }
 
 TEST_F(PopupTest, GoesAfterAClickUnlessThatBeginsToTrackTheMouse) {
@@ -126,9 +123,7 @@ TEST_F(PopupTest, GoesBeforeTheDialogThatItStandsOver) {
         return 0;
     };
     shell.platform().postCall([&] {
-        popup = make<UPopupWindow>(CmRect{600, 100, 700, 200}, 0U, ConstString());
-        popup->setWindowFlag(UPopupWindow::closesOnOutsideClick, true);
-        popup->show();
+        popup = open(UPopupWindow::closesOnOutsideClick);
         dialog->endModal(7);
     });
     EXPECT_EQ(shell.desktop().runModal(dialog.get()), 7);
@@ -151,15 +146,25 @@ TEST_F(PopupTest, GoesByItselfWhenItsLifetimeIsOver) {
     EXPECT_FALSE(lasting->hasWindowFlag(UPopupWindow::lifetimeRunning));
 }
 
-TEST(UModalDialog, RunsUntilItIsAnsweredAndKeepsInputFromOthers) {
+class ModalDialogTest : public ::testing::Test {
+protected:
+    ModalDialogTest() { dialog->setController(controller.get()); }
+
+    /// Its answer, or that it was cancelled.
+    int32_t run() { return shell.desktop().runModal(dialog.get()); }
+
+    HeadlessShell shell;
+    Ref<ProbeController> controller = make<ProbeController>();
+    Ref<UModalDialog> dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+};
+
+TEST_F(ModalDialogTest, RunsUntilItIsAnsweredAndKeepsInputFromOthers) {
     CallLog log;
-    HeadlessShell shell{make<ProbeView>(CmRect{0, 0, 400, 300}, "under", &log)};
-    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+    shell.window().addSubView(make<ProbeView>(CmRect{0, 0, 400, 300}, "under", &log));
     auto button = make<ProbeView>(CmRect{0, 0, 50, 50}, "ok", &log);
-    UModalDialog* open = dialog.get();
     button->during = [&](const std::string& call) {
         if (call == "mouseDown")
-            open->endModal(7);
+            dialog->endModal(7);
     };
     dialog->addSubView(button);
 
@@ -167,57 +172,46 @@ TEST(UModalDialog, RunsUntilItIsAnsweredAndKeepsInputFromOthers) {
     shell.postRelease();
     shell.platform().postCall([&] {
         EXPECT_TRUE(shell.desktop().isModal());
-        const CmPoint at = open->clientToScreen({10, 10});
-        shell.platform().postMouseMove(at);
-        shell.platform().postButtonDown(platform::leftButton);
-        shell.platform().postButtonUp(platform::leftButton);
+        shell.aim(*dialog);
+        shell.postPress({10, 10});
+        shell.postRelease();
     });
-    EXPECT_EQ(shell.desktop().runModal(dialog.get()), 7);
+    EXPECT_EQ(run(), 7);
     EXPECT_FALSE(shell.desktop().isModal());
-    EXPECT_FALSE(open->isOpen());
+    EXPECT_FALSE(dialog->isOpen());
     ASSERT_FALSE(log.empty());
     EXPECT_EQ(log.front(), "ok.mouseDown 10,10") << "the press on the window behind went nowhere";
 }
 
-TEST(UModalDialog, IsCentredAndCanceledByEscape) {
-    HeadlessShell shell;
-    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
-    const Ref<ProbeController> controller = make<ProbeController>();
-    dialog->setController(controller.get());
+TEST_F(ModalDialogTest, IsCentredAndCanceledByEscape) {
     CmRect frame;
     shell.platform().postCall([&] { frame = dialog->getFrameRect(); });
     shell.postKey("Esc");
-    EXPECT_EQ(shell.desktop().runModal(dialog.get()), UModalDialog::canceledResult);
+    EXPECT_EQ(run(), UModalDialog::canceledResult);
     EXPECT_NE(frame.origin(), (CmPoint{0, 0}));
     EXPECT_EQ(controller->messages.back(), "Window Canceled");
 }
 
-TEST(UModalDialog, ForgetsAnAnswerWhoseCloseWasRefused) {
-    HeadlessShell shell;
-    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
-    const Ref<ProbeController> controller = make<ProbeController>();
+TEST_F(ModalDialogTest, ForgetsAnAnswerWhoseCloseWasRefused) {
     bool refuses = true;
     controller->answer = [&](FMessage& message) {
         return message.isNamed("MsgCloseRequest") && std::exchange(refuses, false) ? 2 : 0;
     };
-    dialog->setController(controller.get());
     shell.platform().postCall([&] { dialog->endModal(7); });
     shell.platform().postCall([&] { shell.postKey("Esc"); });
-    EXPECT_EQ(shell.desktop().runModal(dialog.get()), UModalDialog::canceledResult);
+    EXPECT_EQ(run(), UModalDialog::canceledResult);
     EXPECT_FALSE(refuses);
 }
 
-TEST(UModalDialog, PressesItsDefaultControlByReturn) {
-    HeadlessShell shell;
-    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+TEST_F(ModalDialogTest, PressesItsDefaultControlByReturn) {
     auto value = make<Binding::IntValue>();
-    std::vector<int32_t> performed;
     struct Target : CmObject {
-        std::function<void(CmObject*)> hear;
-        void notify(CmObject* changed, int32_t) override { hear(changed); }
+        void notify(CmObject* changed, int32_t) override {
+            performed.push_back(static_cast<Binding::IntValue*>(changed)->getValue());
+        }
+        std::vector<int32_t> performed;
     } target;
     value->setImmediateUpdates(true);
-    target.hear = [&](CmObject*) { performed.push_back(value->getValue()); };
     value->addDependent(&target);
     auto ok = make<UControl>(CmRect{0, 0, 50, 20}, ConstString("OK"), value.get(), 0U);
     auto other = make<ProbeView>(CmRect{60, 0, 100, 20}, "other");
@@ -230,21 +224,17 @@ TEST(UModalDialog, PressesItsDefaultControlByReturn) {
         [&] { EXPECT_EQ(dialog->getFocusView(), ok.get()) << "the nearest came first"; });
     shell.postKey("Return");
     shell.postKey("Esc");
-    shell.desktop().runModal(dialog.get());
-    EXPECT_THAT(performed, ElementsAre(value->getMax(), value->getMin())) << "pressed and let go";
+    run();
+    EXPECT_THAT(target.performed, ElementsAre(value->getMax(), value->getMin())) << "pressed and let go";
     value->removeDependent(&target);
 }
 
-TEST(UModalDialog, EndsWhenNothingCanEverComeAnyMore) {
-    HeadlessShell shell;
-    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
-    EXPECT_EQ(shell.desktop().runModal(dialog.get()), UModalDialog::canceledResult);
+TEST_F(ModalDialogTest, EndsWhenNothingCanEverComeAnyMore) {
+    EXPECT_EQ(run(), UModalDialog::canceledResult);
     EXPECT_FALSE(dialog->isOpen());
 }
 
-TEST(UModalDialog, RunsInsideAPressWithoutHoldingTheMouse) {
-    HeadlessShell shell;
-    auto dialog = make<UModalDialog>(CmRect{0, 0, 200, 100}, 0U, ConstString("Ask"));
+TEST_F(ModalDialogTest, RunsInsideAPressWithoutHoldingTheMouse) {
     auto opener = make<ProbeView>(CmRect{0, 0, 50, 50}, "opener");
     bool wasCapturing = true;
     opener->during = [&](const std::string& call) {
@@ -252,26 +242,28 @@ TEST(UModalDialog, RunsInsideAPressWithoutHoldingTheMouse) {
             return;
         shell.platform().postCall([&] { wasCapturing = shell.platform().isCapturing(); });
         shell.postKey("Esc");
-        shell.desktop().runModal(dialog.get());
+        run();
     };
     shell.window().addSubView(opener);
-    shell.postPress({10, 10});
-    shell.settle();
+    shell.press({10, 10});
     EXPECT_FALSE(dialog->isOpen());
     EXPECT_FALSE(wasCapturing);
 }
 
+platform::CursorShape shownIn(HeadlessShell& shell) {
+    return static_cast<platform::CursorShape>(shell.platform().getShownCursor());
+}
+
 TEST(UCursorView, ShowsItsCursorWhileItIsHovered) {
-    HeadlessShell shell{};
+    HeadlessShell shell;
     shell.window().addSubView(make<UCursorView>(CmRect{10, 10, 50, 50}, retain(UCursor::find("beam"))));
     shell.window().addSubView(make<UView>(CmRect{10, 10, 30, 50}));
-    const auto shown = [&] { return static_cast<platform::CursorShape>(shell.platform().getShownCursor()); };
     const std::pair<CmPoint, platform::CursorShape> moves[] = {{{40, 20}, platform::CursorShape::beam},
                                                                {{60, 20}, platform::CursorShape::arrow},
                                                                {{20, 20}, platform::CursorShape::beam}};
     for (const auto& [point, shape] : moves) {
         shell.move(point);
-        EXPECT_EQ(shown(), shape) << point.x;
+        EXPECT_EQ(shownIn(shell), shape) << point.x;
     }
 }
 
@@ -280,31 +272,30 @@ TEST(UDesktop, KeepsTheCursorOfTheHoveredViewUnderTheWaitCursor) {
     UDesktop& desktop = shell.desktop();
     auto view = make<ProbeView>(CmRect{0, 0, 50, 50}, "view");
     shell.window().addSubView(view);
-    const auto shown = [&] { return static_cast<platform::CursorShape>(shell.platform().getShownCursor()); };
 
     desktop.setCursor(UCursor::find("beam"), view.get());
-    EXPECT_EQ(shown(), platform::CursorShape::beam);
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::beam);
     desktop.setWaitCursor(true);
-    EXPECT_EQ(shown(), platform::CursorShape::wait);
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::wait);
     desktop.setCursor(UCursor::find("cross"), view.get());
-    EXPECT_EQ(shown(), platform::CursorShape::wait);
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::wait);
     desktop.setWaitCursor(false);
-    EXPECT_EQ(shown(), platform::CursorShape::cross);
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::cross);
 
     desktop.pushCursor(UCursor::find("movehand"), view.get());
-    EXPECT_EQ(shown(), platform::CursorShape::movingHand);
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::movingHand);
     EXPECT_TRUE(desktop.popCursor());
-    EXPECT_EQ(shown(), platform::CursorShape::cross);
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::cross);
     EXPECT_FALSE(desktop.popCursor());
     desktop.setCursor(reinterpret_cast<UCursor*>(UINTPTR_MAX), nullptr);
-    EXPECT_EQ(shown(), platform::CursorShape::cross);
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::cross);
 
     shell.window().removeSubView(view.get());
-    EXPECT_EQ(shown(), platform::CursorShape::arrow) << "the cursor goes with its owner";
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::arrow) << "the cursor goes with its owner";
     EXPECT_EQ(desktop.getCursorOwner(), nullptr);
     desktop.setCursor(UCursor::find("beam"), nullptr);
     shell.move({200, 200});
-    EXPECT_EQ(shown(), platform::CursorShape::arrow) << "a cursor of nobody stayed where no view is";
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::arrow) << "a cursor of nobody stayed where no view is";
 }
 
 TEST(UCursor, FindsStandardShapesByName) {

@@ -48,6 +48,10 @@ protected:
     PaintTest() {
         view = make<PaintedView>(CmRect{0, 0, 400, 300});
         shell.window().addSubView(view);
+        forgetPaints();
+    }
+    /// Paints what is left to paint; `drawn` holds what comes after that.
+    void forgetPaints() {
         shell.settle();
         view->drawn.clear();
     }
@@ -102,32 +106,33 @@ TEST_F(PaintTest, MayCloseTheWindowInItsOwnPaint) {
 
 struct PaintCase {
     const char* what;
-    std::function<void(HeadlessShell&)> act;
+    std::function<void()> act;
     CmSize pixels; ///< of the window at the end
 };
 
 TEST_F(PaintTest, MayChangeSizeAndScaleInItsOwnPaint) {
-    const auto scaleTo = [](HeadlessShell& used, double scale) {
-        platform::HeadlessMonitor monitor;
-        monitor.scale = scale;
-        used.platform().setMonitors({monitor});
-    };
     const PaintCase cases[] = {
         {"smaller",
-         [](HeadlessShell& used) {
-             used.window().setSize({200, 100});
+         [&] {
+             shell.window().setSize({200, 100});
          },
          {200, 100}},
         {"larger",
-         [](HeadlessShell& used) {
-             used.window().setSize({900, 700});
+         [&] {
+             shell.window().setSize({900, 700});
          },
          {900, 700}},
-        {"scaled", [&](HeadlessShell& used) { scaleTo(used, 2); }, {1800, 1400}},
+        {"scaled",
+         [&] {
+             platform::HeadlessMonitor monitor;
+             monitor.scale = 2;
+             shell.platform().setMonitors({monitor});
+         },
+         {1800, 1400}},
         {"larger, and scrolled at once",
-         [](HeadlessShell& used) {
-             used.window().setSize({950, 800});
-             used.window().scrollRect({0, 0, 950, 800}, {0, 10});
+         [&] {
+             shell.window().setSize({950, 800});
+             shell.window().scrollRect({0, 0, 950, 800}, {0, 10});
          },
          {1900, 1600}},
     };
@@ -136,7 +141,7 @@ TEST_F(PaintTest, MayChangeSizeAndScaleInItsOwnPaint) {
         SCOPED_TRACE(c.what);
         view->during = [&] {
             view->during = nullptr;
-            c.act(shell);
+            c.act();
         };
         view->invalidateAll();
         const testing::Picture picture = shell.screenshot();
@@ -148,14 +153,12 @@ TEST_F(PaintTest, MayChangeSizeAndScaleInItsOwnPaint) {
 TEST_F(PaintTest, InvalidatesNothingThatCannotBeSeen) {
     auto inner = make<PaintedView>(CmRect{350, 250, 500, 400});
     view->addSubView(inner);
-    shell.settle();
-    view->drawn.clear();
+    forgetPaints();
     EXPECT_TRUE(inner->invalidate({0, 0, 150, 150}));
     shell.settle();
     EXPECT_THAT(view->drawn, ElementsAre(CmRect{350, 250, 400, 300})) << "cut at the parent";
     inner->hide();
-    shell.settle();
-    view->drawn.clear();
+    forgetPaints();
     EXPECT_FALSE(inner->invalidate({0, 0, 10, 10}));
     shell.settle();
     EXPECT_THAT(view->drawn, IsEmpty());
@@ -163,17 +166,17 @@ TEST_F(PaintTest, InvalidatesNothingThatCannotBeSeen) {
 
 TEST_F(PaintTest, TellsListenersTheBoundingBoxAroundThePaint) {
     struct Listener : WindowPaintListener {
-        std::vector<CmRect> bounds;
-        PaintedView* view = nullptr;
-        std::vector<size_t> painted;
+        explicit Listener(PaintedView& painted) : view(painted) {}
         void windowPaint(UWindow*, const CmRect& rect) override {
             bounds.push_back(rect);
-            painted.push_back(view->drawn.size());
+            painted.push_back(view.drawn.size());
         }
+        PaintedView& view;
+        std::vector<CmRect> bounds;
+        std::vector<size_t> painted;
     };
-    Listener before;
-    Listener after;
-    before.view = after.view = view.get();
+    Listener before(*view);
+    Listener after(*view);
     shell.window().addPrePaintListener(&before);
     shell.window().addPaintListener(&after);
     view->invalidate({0, 0, 10, 10});
@@ -192,8 +195,7 @@ TEST_F(PaintTest, RepaintsAPaneThatCoversTheRectWithoutItsAncestors) {
     auto content = make<PaintedView>(CmRect{0, 0, 200, 150});
     pane->addSubView(content);
     view->addSubView(pane);
-    shell.settle();
-    view->drawn.clear();
+    forgetPaints();
     content->drawn.clear();
     content->invalidate({10, 10, 30, 30});
     shell.settle();
@@ -204,8 +206,7 @@ TEST_F(PaintTest, RepaintsAPaneThatCoversTheRectWithoutItsAncestors) {
     EXPECT_EQ(view->drawn.size(), 1U) << "a rect that the pane does not cover goes the usual way";
     view->removeSubView(pane.get());
     pane.reset();
-    shell.settle();
-    view->drawn.clear();
+    forgetPaints();
     view->invalidate({120, 120, 130, 130});
     shell.settle();
     EXPECT_EQ(view->drawn.size(), 1U) << "a pane that left is forgotten";
@@ -223,18 +224,13 @@ TEST(WindowPicture, ShowsTheViewsInTheirOrderAndPlaces) {
         shell.window().addSubView(back);
         shell.window().addSubView(front);
         const testing::Picture picture = shell.screenshot();
-        ASSERT_EQ(picture.size,
-                  (CmSize{static_cast<int32_t>(100 * scale), static_cast<int32_t>(60 * scale)}));
-        const auto at = [&](int32_t x, int32_t y) {
-            return picture.at(static_cast<int32_t>(x * scale), static_cast<int32_t>(y * scale));
-        };
-        EXPECT_EQ(at(2, 2), 0xFF102030);
-        EXPECT_EQ(at(10, 10), red);
-        EXPECT_EQ(at(29, 19), red);
-        EXPECT_EQ(at(30, 20), green);
-        EXPECT_EQ(at(49, 39), green) << "the later view lies in front";
-        EXPECT_EQ(at(78, 48), green);
-        EXPECT_EQ(at(82, 52), 0xFF102030);
+        const auto scaled = [&](int32_t length) { return static_cast<int32_t>(length * scale); };
+        ASSERT_EQ(picture.size, (CmSize{scaled(100), scaled(60)}));
+        const std::pair<CmPoint, uint32_t> points[] = {
+            {{2, 2}, 0xFF102030}, {{10, 10}, red},   {{29, 19}, red},       {{30, 20}, green},
+            {{49, 39}, green},    {{78, 48}, green}, {{82, 52}, 0xFF102030}};
+        for (const auto& [point, color] : points)
+            EXPECT_EQ(picture.at(scaled(point.x), scaled(point.y)), color) << point.x << "," << point.y;
     }
 }
 
@@ -272,8 +268,7 @@ TEST(URenderWindow, LaysOutWithoutAScreen) {
 
 TEST_F(PaintTest, RepaintsAPartOfAViewWithInsetsInItsClientCoordinates) {
     view->setClientInsets({10, 20, 0, 0}, true);
-    shell.settle();
-    view->drawn.clear();
+    forgetPaints();
     view->invalidate({0, 0, 30, 30});
     shell.settle();
     EXPECT_THAT(view->drawn, ElementsAre(CmRect{0, 0, 30, 30})) << "a strip is left as it was";

@@ -18,22 +18,32 @@ using ::testing::Contains;
 using testing::HeadlessShell;
 using testing::ProbeController;
 
-/// Where windows open, and what of that comes back.
 class WindowPlaceTest : public ::testing::Test {
 protected:
-    Ref<UWindow> makeWindow(const CmRect& frame, uint32_t style = styleWindowPreset) {
+    Ref<UWindow> makeWindow(const CmRect& frame = {500, 100, 800, 300}, uint32_t style = styleWindowPreset) {
         Ref<UWindow> window = make<UDocWindow>(frame, style, ConstString("Second"));
         window->setController(controller.get());
         return window;
     }
+    Ref<UWindow> openWindow() {
+        Ref<UWindow> window = makeWindow();
+        shell.open(*window);
+        return window;
+    }
+    static Ref<UWindow> makePanel(UWindow& parent) {
+        Ref<UWindow> panel = make<UPanel>(CmRect{0, 0, 200, 100}, stylePanelPreset, ConstString("Child"));
+        parent.addChildWindow(panel);
+        return panel;
+    }
 
     Ref<ProbeController> controller = make<ProbeController>();
+    Ref<FAttributes> stored = make<FAttributes>();
     HeadlessShell shell;
 };
 
 TEST_F(WindowPlaceTest, OpensWhereItsMakerWantsIt) {
     const auto openWith = [&](const std::function<void(UWindow&)>& prepare) {
-        const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+        const Ref<UWindow> window = makeWindow();
         prepare(*window);
         shell.open(*window);
         const CmPoint position = window->getPosition();
@@ -53,19 +63,22 @@ TEST_F(WindowPlaceTest, OpensWhereItsMakerWantsIt) {
     EXPECT_EQ(collected, (CmPoint{40, 70})) << "the last word is a place";
 }
 
-TEST_F(WindowPlaceTest, IsCentredOnTheScreenWhenItsParentIsNot) {
-    const Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
-    shell.open(*parent);
+TEST_F(WindowPlaceTest, OpensOnAMonitorWhateverItsFrameOrParent) {
+    constexpr CmRect screen{0, 0, 1920, 1080};
+    const Ref<UWindow> beyond = makeWindow({5000, 4000, 5300, 4200});
+    shell.open(*beyond);
+    EXPECT_TRUE(screen.contains(beyond->getFrameRect()));
+
+    const Ref<UWindow> parent = openWindow();
     parent->setPosition({1900, 1060});
-    const Ref<UWindow> child = make<UPanel>(CmRect{0, 0, 200, 100}, stylePanelPreset, ConstString("Child"));
-    parent->addChildWindow(child);
+    const Ref<UWindow> child = makePanel(*parent);
     child->center();
     shell.open(*child);
-    EXPECT_TRUE((CmRect{0, 0, 1920, 1080}).contains(child->getFrameRect()));
+    EXPECT_TRUE(screen.contains(child->getFrameRect())) << "centred on a parent that is not";
 }
 
 TEST_F(WindowPlaceTest, OpensWithoutTheKeyboardWhenAskedTo) {
-    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    const Ref<UWindow> window = makeWindow();
     window->getAttributes().setInteger("noActivateOnShow", 1);
     shell.open(*window);
     EXPECT_FALSE(window->isActive());
@@ -73,10 +86,8 @@ TEST_F(WindowPlaceTest, OpensWithoutTheKeyboardWhenAskedTo) {
 }
 
 TEST_F(WindowPlaceTest, BecomesTheOwnerOfAChildThatOpenedBefore) {
-    const Ref<UWindow> parent = makeWindow({500, 100, 800, 300});
-    const Ref<UWindow> child =
-        make<UPanel>(CmRect{550, 150, 650, 250}, stylePanelPreset, ConstString("Child"));
-    parent->addChildWindow(child);
+    const Ref<UWindow> parent = makeWindow();
+    const Ref<UWindow> child = makePanel(*parent);
     shell.open(*child);
     shell.open(*parent);
     child->activate();
@@ -86,19 +97,16 @@ TEST_F(WindowPlaceTest, BecomesTheOwnerOfAChildThatOpenedBefore) {
 }
 
 TEST_F(WindowPlaceTest, StoresThatAMinimizedWindowWasMaximized) {
-    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
-    shell.open(*window);
+    const Ref<UWindow> window = openWindow();
     window->setMaximized(true);
     window->setMinimized(true);
-    const Ref<FAttributes> stored = make<FAttributes>();
     ASSERT_TRUE(window->storeAttributes(stored.get()));
     EXPECT_EQ(stored->getInteger("Maximized"), 1);
     EXPECT_EQ(stored->getInteger("Minimized"), 1);
 }
 
 TEST_F(WindowPlaceTest, CanBeSeenWhateverWasStored) {
-    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
-    const Ref<FAttributes> stored = make<FAttributes>();
+    const Ref<UWindow> window = makeWindow();
     setSize(*stored, "Size", {1 << 28, 1 << 28});
     for (const double opacity : {0.0, -1.0, std::nan("")}) {
         stored->setFloat("Opacity", opacity);
@@ -109,13 +117,6 @@ TEST_F(WindowPlaceTest, CanBeSeenWhateverWasStored) {
         << "no surface is that large";
     window->setOpacity(std::nanf(""));
     EXPECT_EQ(window->getOpacity(), 1.0F);
-}
-
-TEST_F(WindowPlaceTest, OpensOnAMonitor) {
-    const Ref<UWindow> window = makeWindow({5000, 4000, 5300, 4200});
-    shell.open(*window);
-    const CmRect screen{0, 0, 1920, 1080};
-    EXPECT_TRUE(screen.contains(window->getFrameRect()));
 }
 
 TEST_F(WindowPlaceTest, ComesBackWhereItWasClosed) {
@@ -147,9 +148,8 @@ TEST_F(WindowPlaceTest, ComesBackWhereItWasClosed) {
 }
 
 TEST_F(WindowPlaceTest, RestoresAWorkspaceOfItsOwnVersionOnly) {
-    Ref<UWindow> window = makeWindow({500, 100, 800, 300});
+    const Ref<UWindow> window = makeWindow();
     window->setStateName(ConstString(), 2);
-    const Ref<FAttributes> stored = make<FAttributes>();
     ASSERT_TRUE(window->storeAttributes(stored.get()));
     window->setPosition({10, 60});
     window->setStateName(ConstString(), 3);
@@ -171,9 +171,7 @@ TEST_F(WindowPlaceTest, RestoresAWorkspaceOfItsOwnVersionOnly) {
 }
 
 TEST_F(WindowPlaceTest, ComesBackToThePlacementOfItsWorkspace) {
-    const Ref<UWindow> window = makeWindow({500, 100, 800, 300});
-    shell.open(*window);
-    const Ref<FAttributes> stored = make<FAttributes>();
+    const Ref<UWindow> window = openWindow();
     setRect(*stored, "Placement", {300, 200, 710, 510});
     stored->setInteger("Maximized", 1);
     EXPECT_TRUE(window->restoreAttributes(stored.get()));
