@@ -14,6 +14,7 @@ namespace qorl::testing {
 
 namespace {
 
+using Merge = UIDescriptionLoader::Merge;
 using Section = UIDescription::Section;
 
 std::string namesOf(SkinElement& section) {
@@ -23,19 +24,41 @@ std::string namesOf(SkinElement& section) {
     return names;
 }
 
+std::string sumOf(const std::string& operand, int count) {
+    std::string sum = operand;
+    for (int i = 1; i < count; ++i)
+        sum += "+" + operand;
+    return sum;
+}
+
+/// Views each of which asks 41 times for the next, one a line.
+std::string viewsThatFanOut() {
+    std::string text;
+    for (int i = 0; i < 11; ++i)
+        text += "\n<view name='v" + std::to_string(i) + "' size='" +
+                sumOf("v" + std::to_string(i + 1) + ".left", 41) + ",0,0,0'/>";
+    return text + "<view name='v11' size='1,0,0,0'/>";
+}
+
 class UIDescriptionTest : public SkinFixture {
 protected:
     UIDescription& document() { return *wizard().description(); }
-    const SkinElement& element(std::string_view templateName, size_t index = 0) {
-        return *document().findTemplate(templateName)->children()[index];
+    const ViewElement& element(std::string_view templateName, size_t index = 0) {
+        return static_cast<const ViewElement&>(*document().findTemplate(templateName)->children()[index]);
+    }
+    std::string names(Section section) { return namesOf(document().section(section)); }
+    int32_t left(std::string_view templateName) { return document().findTemplate(templateName)->size().left; }
+    std::string info(const char* name) {
+        std::string text;
+        return document().getInfo(name, text) ? text : "none";
     }
     std::string firstError() {
-        const auto& findings = wizard().loader().diagnostics();
-        for (const Diagnostic& finding : findings)
+        for (const Diagnostic& finding : wizard().loader().diagnostics())
             if (finding.severity == Severity::error)
                 return toText(finding);
         return "";
     }
+    bool add(std::string_view fragment) { return wizard().loadFromString(fragment, Merge::add); }
     std::string write(const std::string& name, const std::string& text) {
         std::ofstream(folder_ / name, std::ios::binary) << text;
         return (folder_ / name).string();
@@ -56,30 +79,32 @@ TEST_F(UIDescriptionTest, KeepsAttributesAsNumbers) {
     EXPECT_EQ(t.rect(), (CmRect{1, 2, 31, 42}));
     EXPECT_EQ(t.keywords(SkinAttribute::style), 0x800F1);
     EXPECT_EQ(t.point(SkinAttribute::minSize), (CmPoint{5, 6}));
-    const auto& slider = static_cast<const ViewElement&>(element("T", 0));
+    const ViewElement& slider = element("T", 0);
     EXPECT_EQ(slider.attach(), 0x900u);
     EXPECT_EQ(slider.keywords(SkinAttribute::style), 1);
     EXPECT_EQ(slider.point(SkinAttribute::offset), (CmPoint{3, -4}));
     EXPECT_EQ(slider.focus(), ViewElement::Focus::none);
-    EXPECT_EQ(element("T", 1).point(SkinAttribute::range), (CmPoint{-1, 5}));
-    EXPECT_EQ(element("T", 1).integer(SkinAttribute::step, 1), 1);
+    const SkinElement& loop = *t.children()[1];
+    EXPECT_EQ(loop.point(SkinAttribute::range), (CmPoint{-1, 5}));
+    EXPECT_EQ(loop.integer(SkinAttribute::step, 1), 1);
     SkinAttributeWriter written;
     element("T", 2).writeAttributes(written);
     EXPECT_EQ(written.attributes(), (std::vector<std::pair<std::string, std::string>>{
                                         {"name", "c"}, {"class", "X"}, {"anything", "goes"}}));
-    EXPECT_EQ(static_cast<const ViewElement&>(element("T", 3)).rect(), (CmRect{10, 20, 50, 45}));
+    EXPECT_EQ(element("T", 3).rect(), (CmRect{10, 20, 50, 45}));
 }
 
 TEST_F(UIDescriptionTest, KnowsWhereEachElementStands) {
     ASSERT_TRUE(
         wizard().loadFromString("<template name='A'>\n  <label/>\n</template>\n <template name='B'><row\n/>"
                                 "</template>  <template name='C'/>",
-                                UIDescriptionLoader::Merge::replace, "dialogs"));
-    EXPECT_EQ(toText(document().findTemplate("A")->mark().position()), "dialogs:1:1");
-    EXPECT_EQ(toText(element("A").mark().position()), "dialogs:2:3");
-    EXPECT_EQ(toText(document().findTemplate("B")->mark().position()), "dialogs:4:2");
-    EXPECT_EQ(toText(element("B").mark().position()), "dialogs:4:21");
-    EXPECT_EQ(toText(document().findTemplate("C")->mark().position()), "dialogs:5:16");
+                                Merge::replace, "dialogs"));
+    const auto placeOf = [](const SkinElement& one) { return toText(one.mark().position()); };
+    EXPECT_EQ(placeOf(*document().findTemplate("A")), "dialogs:1:1");
+    EXPECT_EQ(placeOf(element("A")), "dialogs:2:3");
+    EXPECT_EQ(placeOf(*document().findTemplate("B")), "dialogs:4:2");
+    EXPECT_EQ(placeOf(element("B")), "dialogs:4:21");
+    EXPECT_EQ(placeOf(*document().findTemplate("C")), "dialogs:5:16");
 }
 
 TEST_F(UIDescriptionTest, MergesRepeatedSectionsAndSortsByName) {
@@ -87,9 +112,9 @@ TEST_F(UIDescriptionTest, MergesRepeatedSectionsAndSortsByName) {
          "<template name='m' size='1,0,0,0'/><resources><bitmap name='a' path='2'/><taglist "
          "name='a'/></resources>"
          "<templates><template name='a'/><template name='m' size='2,0,0,0'/></templates></skin>");
-    EXPECT_EQ(namesOf(document().section(Section::templates)), "a m m z");
-    EXPECT_EQ(namesOf(document().section(Section::resources)), "a a b");
-    EXPECT_EQ(document().findTemplate("m")->size().left, 1) << "the first of equal names wins";
+    EXPECT_EQ(names(Section::templates), "a m m z");
+    EXPECT_EQ(names(Section::resources), "a a b");
+    EXPECT_EQ(left("m"), 1) << "the first of equal names wins";
     EXPECT_TRUE(document().findTagList("a"));
     EXPECT_FALSE(document().findTagList("b")) << "names go by kind";
     EXPECT_FALSE(document().findTemplate(""));
@@ -114,7 +139,7 @@ TEST_F(UIDescriptionTest, DecidesVariantsOutsideOfTemplatesWhileReading) {
          "value='-7'/></definitions></variant>"
          "<templates><template name='T'><variant "
          "condition='small'><label/></variant></template></templates></skin>");
-    EXPECT_EQ(namesOf(document().section(Section::resources)), "free in");
+    EXPECT_EQ(names(Section::resources), "free in");
     int32_t value = 0;
     EXPECT_TRUE(document().findDefine("d", value));
     EXPECT_EQ(value, -7);
@@ -131,9 +156,8 @@ TEST_F(UIDescriptionTest, EvaluatesSizesOverSiblingsMetricsAndDefinitions) {
          "<view name='v' size='hidden.left+1,shown.left,1,1'/>"
          "<view name='nested' size='0,0,9,9'><view name='deep' size='first.left+1,0,1,1'/></view>"
          "</template></templates></skin>");
-    const auto rect = [this](size_t i) { return static_cast<const ViewElement&>(element("T", i)).rect(); };
-    EXPECT_EQ(rect(0), (CmRect{35, 9, 45, 42}));
-    EXPECT_EQ(rect(4), (CmRect{1, 70, 2, 71}));
+    EXPECT_EQ(element("T", 0).rect(), (CmRect{35, 9, 45, 42}));
+    EXPECT_EQ(element("T", 4).rect(), (CmRect{1, 70, 2, 71}));
     EXPECT_EQ(static_cast<const ViewElement&>(*element("T", 5).children()[0]).size().left, 1)
         << "first is no sibling there";
 }
@@ -144,38 +168,16 @@ TEST_F(UIDescriptionTest, FailsChainsOfSizesPastTheTenth) {
         text +=
             "<view name='v" + std::to_string(i) + "' size='v" + std::to_string(i - 1) + ".left+1,0,0,0'/>";
     load(text + "</template>");
-    const auto left = [this](size_t i) {
-        return static_cast<const ViewElement&>(element("T", i)).size().left;
-    };
-    EXPECT_EQ(left(10), 11);
-    EXPECT_EQ(left(11), 0) << "needs an eleventh level";
-    EXPECT_EQ(left(12), 0);
+    EXPECT_EQ(element("T", 10).size().left, 11);
+    EXPECT_EQ(element("T", 11).size().left, 0) << "needs an eleventh level";
+    EXPECT_EQ(element("T", 12).size().left, 0);
     EXPECT_EQ(wizard().loader().diagnostics().size(), 2u);
 }
 
-TEST_F(UIDescriptionTest, RefusesSizesThatFanOut) {
-    std::string text = "<template name='T'>";
-    for (int i = 0; i < 11; ++i) {
-        std::string next = "v" + std::to_string(i + 1) + ".left";
-        std::string size = next;
-        for (int k = 0; k < 40; ++k)
-            size += "+" + next;
-        text += "\n<view name='v" + std::to_string(i) + "' size='" + size + ",0,0,0'/>";
-    }
-    text += "<view name='v11' size='1,0,0,0'/></template>";
-    EXPECT_FALSE(wizard().loadFromString(text));
-    EXPECT_THAT(firstError(), ::testing::StartsWith("(text):12:1: "));
-    EXPECT_THAT(firstError(),
-                ::testing::HasSubstr("error: the size expressions of the document need more than"));
-}
-
-TEST_F(UIDescriptionTest, RefusesSizesThatAskForALongOneTooOften) {
-    const auto sumOf = [](const char* operand, int count) {
-        std::string sum = operand;
-        for (int i = 1; i < count; ++i)
-            sum += "+" + std::string(operand);
-        return sum;
-    };
+TEST_F(UIDescriptionTest, RefusesSizesThatFanOutOrAskForALongOneTooOften) {
+    EXPECT_FALSE(wizard().loadFromString("<template name='T'>" + viewsThatFanOut() + "</template>"));
+    EXPECT_THAT(firstError(), ::testing::StartsWith(
+                                  "(text):12:1: error: the size expressions of the document need more than"));
     EXPECT_FALSE(wizard().loadFromString("<template name='T'><view name='a' size='" +
                                          sumOf("def.x", 100'000) + "'/>\n<view size='" +
                                          sumOf("a.left", 100) + "'/></template>"));
@@ -186,15 +188,12 @@ TEST_F(UIDescriptionTest, RefusesSizesThatAskForALongOneTooOften) {
 TEST_F(UIDescriptionTest, AnswersAndChangesInfos) {
     load("<skin><header><info name='Author' value='me'/><bitmap name='Preview-Bitmap' "
          "path='p.png'/></header></skin>");
-    std::string text;
-    EXPECT_TRUE(document().getInfo("Author", text));
-    EXPECT_EQ(text, "me");
-    EXPECT_TRUE(document().getInfo("Preview-Bitmap", text));
-    EXPECT_EQ(text, "p.png");
+    EXPECT_EQ(info("Author"), "me");
+    EXPECT_EQ(info("Preview-Bitmap"), "p.png");
     EXPECT_FALSE(document().setInfo("Version", "1", false));
     EXPECT_TRUE(document().setInfo("Version", "1", true));
     EXPECT_TRUE(document().setInfo("Author", "you", false));
-    EXPECT_TRUE(document().getInfo("Author", text) && text == "you");
+    EXPECT_EQ(info("Author"), "you");
 }
 
 TEST_F(UIDescriptionTest, ColoursFollowTheOrder) {
@@ -214,44 +213,28 @@ TEST_F(UIDescriptionTest, ColoursFollowTheOrder) {
 }
 
 TEST_F(UIDescriptionTest, AddsFragmentsToTheCurrentDocument) {
-    load("<template name='b'/>");
-    ASSERT_TRUE(
-        wizard().loadFromString("<template name='a'/><template name='c'/>", UIDescriptionLoader::Merge::add));
-    EXPECT_EQ(namesOf(document().section(Section::templates)), "a b c");
-    EXPECT_FALSE(wizard().loadFromString("<template name='d'>", UIDescriptionLoader::Merge::add));
-    EXPECT_EQ(namesOf(document().section(Section::templates)), "a b c") << "a failed load changes nothing";
-}
-
-TEST_F(UIDescriptionTest, EvaluatesAddedFragmentsWithWhatTheDocumentDefines) {
     load("<skin><definitions><define name='gap' value='7'/></definitions>"
-         "<template name='old' size='def.added,0,0,0'/></skin>");
-    ASSERT_TRUE(wizard().loadFromString("<skin><definitions><define name='added' value='3'/></definitions>"
-                                        "<template name='new' size='def.gap,0,0,0'/></skin>",
-                                        UIDescriptionLoader::Merge::add));
-    EXPECT_EQ(document().findTemplate("new")->size().left, 7);
-    EXPECT_EQ(document().findTemplate("old")->size().left, 3);
+         "<template name='b' size='def.added,0,0,0'/></skin>");
+    ASSERT_TRUE(add("<skin><definitions><define name='added' value='3'/></definitions>"
+                    "<template name='a' size='def.gap,0,0,0'/><template name='c'/></skin>"));
+    EXPECT_EQ(names(Section::templates), "a b c");
+    EXPECT_EQ(left("a"), 7) << "each sees what the other defines";
+    EXPECT_EQ(left("b"), 3);
+    EXPECT_FALSE(add("<template name='d'>"));
+    EXPECT_EQ(names(Section::templates), "a b c") << "a failed load changes nothing";
 }
 
 TEST_F(UIDescriptionTest, TakesBackAFragmentWhoseSizesFail) {
     load("<skin><definitions><define name='d' value='1'/></definitions><resources><taglist name='t'/>"
          "</resources><template name='m' size='def.x,0,0,0'/></skin>");
-    std::string fragment = "<skin><definitions><define name='x' value='2'/></definitions><resources>"
-                           "<taglist name='s'/></resources><template name='a'>";
-    for (int i = 0; i < 11; ++i) {
-        std::string size = "v" + std::to_string(i + 1) + ".left";
-        for (int k = 0; k < 40; ++k)
-            size += "+v" + std::to_string(i + 1) + ".left";
-        fragment += "<view name='v" + std::to_string(i) + "' size='" + size + "'/>";
-    }
-    fragment += "</template></skin>";
-
-    EXPECT_FALSE(wizard().loadFromString(fragment, UIDescriptionLoader::Merge::add, "added"));
-
+    EXPECT_FALSE(add("<skin><definitions><define name='x' value='2'/></definitions><resources>"
+                     "<taglist name='s'/></resources><template name='a'>" +
+                     viewsThatFanOut() + "</template></skin>"));
     EXPECT_THAT(firstError(), ::testing::HasSubstr("size expressions of the document need more"));
-    EXPECT_EQ(namesOf(document().section(Section::templates)), "m");
-    EXPECT_EQ(namesOf(document().section(Section::resources)), "t");
-    EXPECT_EQ(namesOf(document().section(Section::definitions)), "d");
-    EXPECT_EQ(document().findTemplate("m")->size().left, 0);
+    EXPECT_EQ(names(Section::templates), "m");
+    EXPECT_EQ(names(Section::resources), "t");
+    EXPECT_EQ(names(Section::definitions), "d");
+    EXPECT_EQ(left("m"), 0);
     EXPECT_FALSE(document().hasErrors());
 }
 
@@ -259,16 +242,10 @@ TEST_F(UIDescriptionTest, LeavesTheLookOfTheDocumentThatStaysWhenALoadFails) {
     load("<skin><scheme><color name='hyperlink' value='#123456'/><color name='mine' value='#FF0000'/>"
          "<size name='buttonheight' value='33'/></scheme></skin>");
     const UScheme& scheme = *GlobalSchemes::main();
-    std::string fan = "<skin><template name='T'>";
-    for (int i = 0; i < 11; ++i) {
-        std::string size = "v" + std::to_string(i + 1) + ".left";
-        for (int k = 0; k < 40; ++k)
-            size += "+v" + std::to_string(i + 1) + ".left";
-        fan += "<view name='v" + std::to_string(i) + "' size='" + size + "'/>";
-    }
     wizard().loader().setMisplaced(UIDescriptionLoader::Misplaced::isSkipped);
-    for (const std::string& faulty : {std::string("<skin><slider/></skin>"), fan + "</template></skin>"}) {
-        EXPECT_FALSE(wizard().loadFromString(faulty));
+    for (const std::string& faulty :
+         {std::string("<slider/>"), "<template name='T'>" + viewsThatFanOut() + "</template>"}) {
+        EXPECT_FALSE(wizard().loadFromString("<skin>" + faulty + "</skin>"));
         UColor color;
         EXPECT_EQ(scheme.getColor(SchemeColor::hyperlink).packed(), 0xFF123456u);
         EXPECT_TRUE(scheme.findNamedColor("mine", color));
@@ -276,7 +253,7 @@ TEST_F(UIDescriptionTest, LeavesTheLookOfTheDocumentThatStaysWhenALoadFails) {
     }
     load("<skin><template name='T' size='scheme.buttonheight,0,0,0'/></skin>");
     EXPECT_EQ(scheme.getMetric(SchemeMetric::buttonheight), 22) << "a load that succeeds begins anew";
-    EXPECT_EQ(document().findTemplate("T")->size().left, 22);
+    EXPECT_EQ(left("T"), 22);
 }
 
 TEST_F(UIDescriptionTest, StopsAtAMisplacedElementWithItsCode) {
@@ -304,8 +281,8 @@ TEST_F(UIDescriptionTest, FollowsIncludesTwoLevelsDeep) {
                     "condition='NEVER'/></header><definitions><define name='d' value='2'/></definitions>"
                     "<templates><template name='a' size='def.d,0,0,0'/></templates></skin>");
     ASSERT_TRUE(loadFile(main)) << wizard().getErrorText();
-    EXPECT_EQ(namesOf(document().section(Section::templates)), "a b c");
-    EXPECT_EQ(document().findTemplate("a")->size().left, 2) << "the including document's own comes first";
+    EXPECT_EQ(names(Section::templates), "a b c");
+    EXPECT_EQ(left("a"), 2) << "the including document's own comes first";
     const auto includes = document().findTemplate("b")->mark().includes();
     ASSERT_EQ(includes.size(), 2u);
     EXPECT_EQ(includes[1].file, main);
@@ -327,8 +304,7 @@ TEST_F(UIDescriptionTest, ReadsOnlyTheSectionsThatAreWanted) {
     const char* skin = "<skin><header><info name='n' value='v'/></header><templates><template name='t'/>"
                        "<taglist name='list'/></templates><resources><bitmap/></resources></skin>";
     load(skin);
-    std::string text;
-    EXPECT_TRUE(document().getInfo("n", text));
+    EXPECT_EQ(info("n"), "v");
     EXPECT_FALSE(document().findTemplate("t"));
     EXPECT_FALSE(document().peekSection(Section::resources));
     wizard().loader().setSectionMask(UIDescriptionParser::resources);
@@ -340,9 +316,7 @@ TEST_F(UIDescriptionTest, ReadsOnlyTheSectionsThatAreWanted) {
 TEST_F(UIDescriptionTest, KeepsPathsWithOneKindOfSlash) {
     load("<skin><header><bitmap name='Preview-Bitmap' path='images\\small\\a.png'/></header><resources>"
          "<bitmap name='b' path='x/y\\z.png' mask='a\\b'/></resources></skin>");
-    std::string text;
-    EXPECT_TRUE(document().getInfo("Preview-Bitmap", text));
-    EXPECT_EQ(text, "images/small/a.png");
+    EXPECT_EQ(info("Preview-Bitmap"), "images/small/a.png");
     SkinElement* bitmap = document().section(Section::resources).children()[0];
     EXPECT_EQ(bitmap->text(SkinAttribute::path), "x/y/z.png");
     EXPECT_EQ(bitmap->text(SkinAttribute::mask), "a\\b") << "a name";
@@ -358,14 +332,12 @@ TEST_F(UIDescriptionTest, DropsWhatNothingCanAskForWhenItValidates) {
     EXPECT_TRUE(wizard().loader().diagnostics().empty());
     wizard().loader().setValidation(UIDescriptionLoader::Validation::on);
     load(text);
-    EXPECT_EQ(document().section(Section::templates).children().size(), 1u);
-    EXPECT_TRUE(document().findTemplate("a"));
+    EXPECT_EQ(names(Section::templates), "a");
     ASSERT_EQ(wizard().loader().diagnostics().size(), 1u);
-    const Diagnostic& finding = wizard().loader().diagnostics()[0];
-    EXPECT_EQ(finding.text,
-              "Skin validation failed: <template> has no name to ask for it by; left out with all "
-              "that is in it");
-    EXPECT_EQ(toText(finding.position), "(text):2:1");
+    EXPECT_THAT(toText(wizard().loader().diagnostics()[0]),
+                ::testing::AllOf(::testing::StartsWith("(text):2:1: "),
+                                 ::testing::EndsWith("Skin validation failed: <template> has no name to ask "
+                                                     "for it by; left out with all that is in it")));
 }
 
 TEST_F(UIDescriptionTest, KeepsProgramsAndOnRequestComments) {
@@ -384,7 +356,7 @@ TEST_F(UIDescriptionTest, KeepsProgramsAndOnRequestComments) {
 TEST_F(UIDescriptionTest, KeepsTheDocumentWhenMemoryRunsOut) {
     const char* skin = "<skin><definitions><define name='d' value='4'/></definitions><templates><template "
                        "name='new'><view name='v' size='def.d,0,0,0' odd='1'/></template></templates></skin>";
-    for (const auto merge : {UIDescriptionLoader::Merge::replace, UIDescriptionLoader::Merge::add})
+    for (const auto merge : {Merge::replace, Merge::add})
         failEachAllocation([&](FailingAllocation& allocation) {
             load("<skin><scheme/><templates><template name='old' size='def.d,0,0,0'/></templates></skin>");
             if (allocation.during([&] { return wizard().loadFromString(skin, merge, "new"); })) {
@@ -395,7 +367,7 @@ TEST_F(UIDescriptionTest, KeepsTheDocumentWhenMemoryRunsOut) {
             EXPECT_FALSE(wizard().getErrorText().empty());
             EXPECT_FALSE(document().findTemplate("new"));
             ASSERT_TRUE(document().findTemplate("old"));
-            EXPECT_EQ(document().findTemplate("old")->size().left, 0);
+            EXPECT_EQ(left("old"), 0);
         });
 }
 
@@ -403,27 +375,17 @@ TEST_F(UIDescriptionTest, RefusesWhatIsTooLarge) {
     std::string attributes;
     for (int i = 0; i <= SkinLimits::attributesOfElement; ++i)
         attributes += " a" + std::to_string(i) + "=''";
-    const struct {
-        const char* what;
-        std::string text;
-        const char* expected;
-    } cases[] = {
-        {"depth",
-         [] {
-             std::string text = "<template>\n";
-             for (int i = 0; i < 100'000; ++i)
-                 text += "<view>";
-             return text;
-         }(),
-         "(text):2:"},
-        {"attributes", "<template>\n <view" + attributes + "/></template>",
-         "(text):2:2: error: an element has at most"},
-        {"token", "<template>\n<view name='" + std::string(2 << 20, 'x') + "'/></template>", "(text):2:"},
+    std::string deep;
+    for (int i = 0; i < 100'000; ++i)
+        deep += "<view>";
+    const std::pair<std::string, const char*> cases[] = {
+        {"<template>\n" + deep, "(text):2:"},
+        {"<template>\n <view" + attributes + "/></template>", "(text):2:2: error: an element has at most"},
+        {"<template>\n<view name='" + std::string(2 << 20, 'x') + "'/></template>", "(text):2:"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_FALSE(wizard().loadFromString(c.text));
-        EXPECT_THAT(firstError(), ::testing::StartsWith(c.expected));
+    for (const auto& [text, expected] : cases) {
+        EXPECT_FALSE(wizard().loadFromString(text)) << text.substr(0, 40);
+        EXPECT_THAT(firstError(), ::testing::StartsWith(expected));
     }
     const std::string path = write("large.xml", "<skin>");
     std::filesystem::resize_file(path, (int64_t{64} << 20) + 1);

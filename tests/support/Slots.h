@@ -56,6 +56,12 @@ void expectBehindTheRoot(Operations... operations) {
     expectEntriesBehind(3, operations...);
 }
 
+/// The same for rows that are given one by one, which keeps long tables short.
+template <typename... Rows>
+void expectConsecutive(ptrdiff_t first, Rows... rows) {
+    expectConsecutive({rows...}, first);
+}
+
 #define SLOT(Class, operation)                                                                               \
     ::qorl::testing::SlotRow {                                                                               \
         ::qorl::testing::slotOf(&Class::operation), #operation                                               \
@@ -69,6 +75,11 @@ constexpr ptrdiff_t behindInterface = 3;
 inline void expectEntries(std::initializer_list<SlotRow> rows, ptrdiff_t first) {
     for (const SlotRow& row : rows)
         EXPECT_EQ(row.slot, first++) << row.name;
+}
+
+template <typename... Rows>
+void expectEntries(ptrdiff_t first, Rows... rows) {
+    expectEntries({rows...}, first);
 }
 
 #define ENTRY(Class, operation)                                                                              \

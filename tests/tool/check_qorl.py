@@ -32,12 +32,6 @@ def run(*arguments, stdin=None, cwd=None):
                           timeout=HANGS_AFTER)
 
 
-def png_size(path):
-    head = Path(path).read_bytes()[:24]
-    assert head[:8] == b"\x89PNG\r\n\x1a\n", f"{path} is no PNG"
-    return struct.unpack(">II", head[16:24])
-
-
 def skin(body, head=""):
     return f'<?xml version="1.0" encoding="utf-8"?>\n<skin>\n{head}<templates>\n{body}\n</templates>\n</skin>\n'
 
@@ -56,6 +50,12 @@ class InTemporaryFolder(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name)
 
+    def succeed(self, *arguments, **options):
+        """What a run prints that must end well and tell no fault."""
+        result = run(*arguments, **options)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return result.stdout
+
     def write(self, name, text):
         path = self.folder / name
         path.parent.mkdir(parents=True, exist_ok=True)
@@ -66,8 +66,7 @@ class InTemporaryFolder(unittest.TestCase):
 class Showcase(InTemporaryFolder):
     def render(self, name, *arguments):
         picture = self.folder / name
-        result = run("render", SHOWCASE / "skin.xml", "Panel", "-o", picture, *arguments)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.succeed("render", SHOWCASE / "skin.xml", "Panel", "-o", picture, *arguments)
         return picture
 
     def test_renders_in_both_looks_forms_and_scales(self):
@@ -81,13 +80,11 @@ class Showcase(InTemporaryFolder):
     def test_the_skin_of_the_readme_looks_as_shown_there(self):
         readme = (ROOT / "README.md").read_text()
         self.write("skin.xml", re.search(r"```xml\n(.*?)```", readme, re.S)[1])
-        result = run(*re.search(r"`build/dev/bin/qorl (render skin.xml .*?)`", readme)[1].split(), cwd=self.folder)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.succeed(*re.search(r"`build/dev/bin/qorl (render skin.xml .*?)`", readme)[1].split(), cwd=self.folder)
         check_picture(self, self.folder / "mixer.png", "docs/images/mixer.png")
 
     def test_passes_its_own_check(self):
-        result = run("check", "--strict", SHOWCASE / "skin.xml")
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.succeed("check", "--strict", SHOWCASE / "skin.xml")
 
     def test_plays_a_user_the_same_way_twice(self):
         script = HERE / "scripts" / "showcase.steps"
@@ -95,8 +92,7 @@ class Showcase(InTemporaryFolder):
         for round_folder in ("first", "second"):
             folder = self.folder / round_folder
             folder.mkdir()
-            result = run("drive", SHOWCASE / "skin.xml", "Panel", "--script", script, cwd=folder)
-            self.assertEqual((result.returncode, result.stderr), (0, ""))
+            self.succeed("drive", SHOWCASE / "skin.xml", "Panel", "--script", script, cwd=folder)
             outcomes.append({path.name: path.read_bytes() for path in folder.iterdir()})
         self.assertEqual(outcomes[0].keys(), {"before.png", "after.png", "after.txt"})
         self.assertEqual(outcomes[0], outcomes[1])
@@ -104,9 +100,8 @@ class Showcase(InTemporaryFolder):
         check_picture(self, self.folder / "first" / "after.png", "tests/golden/showcase/after.png")
 
     def test_tree_tells_class_rect_value_and_place(self):
-        result = run("tree", SHOWCASE / "skin.xml", "Panel")
-        self.assertEqual(result.returncode, 0)
-        line = next(line for line in result.stdout.splitlines() if '"cutoff"' in line)
+        tree = self.succeed("tree", SHOWCASE / "skin.xml", "Panel")
+        line = next(line for line in tree.splitlines() if '"cutoff"' in line)
         self.assertRegex(line, r'USlider "cutoff" 78,42 \d+x20 .*= "2400" @ .*templates/tone\.xml:\d+:\d+')
 
 
@@ -118,8 +113,11 @@ class Drive(InTemporaryFolder):
                 '<slider name="ramp" id="ramp" style="horizontal|ramp" size="0,60,200,20"/>'
                 '<button name="b" id="b" titleNT="Go" size="0,30,60,22"/></template>')
 
-    def drive(self, script):
-        return run("drive", self.write("skin.xml", self.SKIN), "T", "--script", "-", stdin=script)
+    def drive(self, script, status=0):
+        """What is told of the faults of a script that ends with this status."""
+        result = run("drive", self.write("skin.xml", self.SKIN), "T", "--script", "-", stdin=script)
+        self.assertEqual(result.returncode, status, result.stderr)
+        return result.stderr
 
     def test_failed_expectations_tell_both_sides_and_the_line(self):
         cases = {
@@ -136,8 +134,7 @@ class Drive(InTemporaryFolder):
         }
         for script, message in cases.items():
             with self.subTest(script=script):
-                result = self.drive(script)
-                self.assertEqual((result.returncode, result.stderr), (1, message))
+                self.assertEqual(self.drive(script, status=1), message)
 
     def test_faults_of_the_script_have_line_and_column(self):
         cases = {
@@ -154,21 +151,19 @@ class Drive(InTemporaryFolder):
         }
         for script, message in cases.items():
             with self.subTest(script=script):
-                result = self.drive(script)
-                self.assertEqual(result.returncode, 1)
-                self.assertTrue(result.stderr.startswith("-:" + message), result.stderr)
+                self.assertRegex(self.drive(script, status=1), "^-:" + re.escape(message))
 
     def test_keys_and_wheel_reach_the_focus_and_the_view(self):
-        result = self.drive("click s\nexpect focus s\nset v 5\nkey Right Arrow\nexpect value v == 6\n"
-                            "wheel s -1\nexpect value v == 5\nkey Home\nexpect value v == 10\n"
-                            "key Shift+Right Arrow\nexpect value v == 10\nkey Shift+Tab\nexpect focus b\n")
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        told = self.drive("click s\nexpect focus s\nset v 5\nkey Right Arrow\nexpect value v == 6\n"
+                          "wheel s -1\nexpect value v == 5\nkey Home\nexpect value v == 10\n"
+                          "key Shift+Right Arrow\nexpect value v == 10\nkey Shift+Tab\nexpect focus b\n")
+        self.assertEqual(told, "")
 
     def test_held_keys_and_time_reach_the_control(self):
         drag = "set ramp 500\ndrag ramp 100,10 -> 140,10\nexpect value ramp == "
-        result = self.drive("press ramp\nwait 499\nexpect value ramp == 10\nwait 501\nexpect value ramp == 120\nrelease\n"
-                            f"{drag}714\nhold Shift\n{drag}521\nhold none\n{drag}714\n")
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        told = self.drive("press ramp\nwait 499\nexpect value ramp == 10\nwait 501\nexpect value ramp == 120\nrelease\n"
+                          f"{drag}714\nhold Shift\n{drag}521\nhold none\n{drag}714\n")
+        self.assertEqual(told, "")
 
 
 class Usage(InTemporaryFolder):
@@ -188,16 +183,12 @@ class Usage(InTemporaryFolder):
         for words in (["--help"], ["--version"], ["render", "--help"], ["drive", "--help"], ["--man"],
                       ["--completion"]):
             with self.subTest(words=words):
-                result = run(*words)
-                self.assertEqual((result.returncode, result.stderr), (0, ""))
-                self.assertIn("qorl", result.stdout)
+                self.assertIn("qorl", self.succeed(*words))
 
 
 class Json(InTemporaryFolder):
     def test_tree_has_every_view_of_the_text(self):
         words = ("tree", SHOWCASE / "skin.xml", "Panel")
-        text, data = run(*words), run(*words, "--json")
-        self.assertEqual((data.returncode, data.stderr), (0, ""))
         lines = []
 
         def collect(view, depth):
@@ -206,8 +197,8 @@ class Json(InTemporaryFolder):
                 collect(inner, depth + 1)
             return view
 
-        window = collect(json.loads(data.stdout), 0)
-        self.assertEqual(lines, [re.match(r" *\w+", line)[0] for line in text.stdout.splitlines()])
+        window = collect(json.loads(self.succeed(*words, "--json")), 0)
+        self.assertEqual(lines, [re.match(r" *\w+", line)[0] for line in self.succeed(*words).splitlines()])
         self.assertEqual(window["frame"][2:], [912, 540])
         self.assertEqual(window["views"][0]["source"]["line"], 25)
         self.assertEqual(list(window["views"][0]), ["class", "name", "title", "frame", "attach", "flags", "source",
@@ -234,8 +225,7 @@ class Json(InTemporaryFolder):
         self.assertEqual((result.returncode, len(told)), (1, 1), result.stderr[:1000])
 
     def test_check_tells_an_empty_list_for_what_is_right(self):
-        result = run("check", "--json", SHOWCASE / "skin.xml")
-        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, '{"diagnostics":[]}\n', ""))
+        self.assertEqual(self.succeed("check", "--json", SHOWCASE / "skin.xml"), '{"diagnostics":[]}\n')
 
 
 def int32(*numbers):
@@ -248,6 +238,10 @@ def counted(text):
 
 def marker(tag, name, version=0):
     return int32(tag) + counted(name) + struct.pack("<H", version)
+
+
+# An integer "x" of 1 among attributes.
+ENTRY = counted("x") + b"\1\0" + struct.pack("<q", 1)
 
 
 class Documents(InTemporaryFolder):
@@ -282,13 +276,10 @@ class Documents(InTemporaryFolder):
     ]
 
     def dump(self, path):
-        result = run("document", "dump", path)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        return json.loads(result.stdout)
+        return json.loads(self.succeed("document", "dump", path))
 
     def convert(self, *words):
-        result = run("document", "convert", *words)
-        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+        self.assertEqual(self.succeed("document", "convert", *words), "")
 
     def test_dump_has_every_kind_in_either_form_and_nothing_is_lost_between(self):
         source = self.write("settings.xml", self.SETTINGS)
@@ -318,7 +309,7 @@ class Documents(InTemporaryFolder):
 
     def test_objects_of_old_bodies_are_kept_whatever_their_class(self):
         def old(key, subkind, name):
-            return counted(key) + b"\2\0" + subkind + counted(name) + int32(1) + counted("x") + b"\1\0" + struct.pack("<q", 1)
+            return counted(key) + b"\2\0" + subkind + counted(name) + int32(1) + ENTRY
 
         path = self.write("body", int32(2) + old("o", b"\x6C\0", "Unheard") + old("l", b"\x65\0" + int32(1), "CmString"))
         self.convert(path, self.folder / "new.xml")
@@ -329,9 +320,8 @@ class Documents(InTemporaryFolder):
             self.assertEqual([found["attributes"][0]["value"] for found in objects], [1, 1])
 
     def test_what_a_conversion_leaves_out_is_told(self):
-        entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
         path = self.write("body", int32(3) + counted("long") + b"\x08\0" + counted("x" * 50000) +
-                          counted("o") + b"\2\0\x6C\0" + int32(0, 0) + entry)
+                          counted("o") + b"\2\0\x6C\0" + int32(0, 0) + ENTRY)
         for words in (["dump", path], ["convert", path, self.folder / "new.xml"]):
             result = run("document", *words)
             self.assertEqual(result.returncode, 1)
@@ -348,11 +338,10 @@ class Documents(InTemporaryFolder):
         self.assertEqual(run("document", "convert", path, "-", "--tag", "T" * 4097).returncode, 2)
 
     def test_damaged_ones_are_refused_with_their_place(self):
-        entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
         cases = {
             "xml": ('<?xml version="1.0"?>\n<Doc>\n<int name="x" value="1"/>\n</Dox>\n', ":4:1: error: "),
-            "cut": (int32(2) + entry, f":1:{5 + len(entry)}: error: before byte {4 + len(entry)}: "),
-            "longer": (int32(1) + entry + b"...", f":1:{5 + len(entry)}: error: at byte {4 + len(entry)}: "),
+            "cut": (int32(2) + ENTRY, f":1:{5 + len(ENTRY)}: error: before byte {4 + len(ENTRY)}: "),
+            "longer": (int32(1) + ENTRY + b"...", f":1:{5 + len(ENTRY)}: error: at byte {4 + len(ENTRY)}: "),
             "huge": (int32(0x7FFFFFFF), ":1:5: error: "),
             "empty": (b"", ":1:1: error: "),
         }
@@ -366,9 +355,8 @@ class Documents(InTemporaryFolder):
         self.assertFalse((self.folder / "out").exists())
 
     def test_bodies_whose_count_looks_like_xml_are_bodies(self):
-        entry = counted("x") + b"\1\0" + struct.pack("<q", 1)
         for count in (60, 316, 572):
-            data = self.dump(self.write("body", int32(count) + entry * count))
+            data = self.dump(self.write("body", int32(count) + ENTRY * count))
             self.assertEqual(len(data["attributes"]), count)
 
     def test_nesting_100000_deep_is_refused(self):
@@ -468,7 +456,7 @@ class Objects(InTemporaryFolder):
 
     def test_an_object_that_lacks_a_part_says_so(self):
         content = (marker(-1, "Attributes") + int32(2) + counted("o") + b"\2\0\x6C\0" + counted("Unheard") + int32(0) +
-                   counted("x") + b"\1\0" + struct.pack("<q", 1))
+                   ENTRY)
         data, errors = self.dump(content, "compact", status=1)
         self.assertEqual([entry["key"] for entry in data["objects"][0]["attributes"]], ["x"])
         self.assertIn(':1:1: warning: at byte 0: an object of class "Unheard" within is left out', errors)
@@ -618,15 +606,29 @@ class BadInput(InTemporaryFolder):
                 for needle in needles:
                     self.assertIn(needle, result.stderr)
 
-    def test_not_well_formed(self):
-        self.refuse("<skin>\n <templates>\n</skin>\n", "skin.xml:3:")
-
-    def test_wrong_encoding(self):
-        self.refuse(b'<?xml version="1.0" encoding="utf-8"?>\n<skin><info value="\xff\xfe"/></skin>', "skin.xml:2:")
-
-    def test_missing_include(self):
-        self.refuse(skin('<template name="T" size="0,0,9,9"/>', '<header>\n<include file="gone.xml"/></header>\n'),
-                    "skin.xml:4:", "gone.xml")
+    def test_what_breaks_a_rule_by_itself(self):
+        template = '<template name="T" size="0,0,9,9">'
+        cases = {
+            "not well formed": ("<skin>\n <templates>\n</skin>\n", "skin.xml:3:"),
+            "wrong encoding": (b'<?xml version="1.0" encoding="utf-8"?>\n<skin><info value="\xff\xfe"/></skin>', "skin.xml:2:"),
+            "missing include": (skin(template + "</template>", '<header>\n<include file="gone.xml"/></header>\n'),
+                                "skin.xml:4:", "gone.xml"),
+            "for of two to the 31 rounds": (skin(template + '\n<for variable="[i]" range="0,2147483647">'
+                                                 '<label titleNT="[i]" size="0,0,1,1"/></for></template>'), "skin.xml:5:"),
+            "nesting 100000 deep": (skin(template + '<view size="0,0,9,9">' * 100000 + "</view>" * 100000 + "</template>"),),
+            "more than 64 megabytes": (skin(template + "</template>\n<!-- " + "x" * (65 << 20) + " -->"), "skin.xml:1:1:", "64 MB"),
+            "template that contains itself": (skin(template + '<view name="T"/></template>'), "skin.xml:4:"),
+            "templates that contain each other": (skin(template + '<view name="U"/></template>\n<template name="U" '
+                                                       'size="0,0,9,9"><view name="T"/></template>'),),
+            "variable that contains its own name": (skin(template + '<mutable variable="a" setting="aa">'
+                                                         '<label titleNT="banana" size="0,0,9,9"/></mutable></template>'),
+                                                    "skin.xml:4:"),
+            "variable with an empty name": (skin(template + '<for variable="" range="0,3">'
+                                                 '<label titleNT="x" size="0,0,9,9"/></for></template>'), "skin.xml:4:"),
+        }
+        for what, (document, *needles) in cases.items():
+            with self.subTest(what):
+                self.refuse(document, *needles)
 
     def test_loop_of_includes(self):
         self.write("b.xml", '<skin><header><include file="skin.xml"/></header></skin>')
@@ -636,17 +638,6 @@ class BadInput(InTemporaryFolder):
         self.write("outside.xml", "<skin/>")
         self.refuse(skin('<template name="T" size="0,0,9,9"/>', '<header><include file="../outside.xml"/></header>\n'),
                     "skin.xml:3:9: ", name="inner/skin.xml")
-
-    def test_for_of_two_to_the_31_rounds(self):
-        self.refuse(skin('<template name="T" size="0,0,9,9">\n<for variable="[i]" range="0,2147483647">'
-                         '<label titleNT="[i]" size="0,0,1,1"/></for></template>'), "skin.xml:5:")
-
-    def test_nesting_100000_deep(self):
-        self.refuse(skin('<template name="T" size="0,0,9,9">' + '<view size="0,0,9,9">' * 100000 +
-                         "</view>" * 100000 + "</template>"))
-
-    def test_document_above_64_megabytes(self):
-        self.refuse(skin('<template name="T" size="0,0,9,9"/>\n' + "<!-- " + "x" * (65 << 20) + " -->"), "skin.xml:1:1:", "64 MB")
 
     def test_bitmap_that_lies_about_its_size(self):
         kinds = ('<bitmap name="lie" path="lie.png"/>', '<section name="lie" path="lie.png" size="0,0,2,2"/>',
@@ -662,19 +653,6 @@ class BadInput(InTemporaryFolder):
                 with self.subTest(why, kind=kind):
                     self.refuse(skin('<template name="T" size="0,0,9,9"><image bitmap="lie"/></template>',
                                      f"<resources>{kind}</resources>\n"), "skin.xml:3:12: error: bitmap 'lie.png': ", why)
-
-    def test_template_that_contains_itself(self):
-        self.refuse(skin('<template name="T" size="0,0,9,9"><view name="T"/></template>'), "skin.xml:4:")
-        self.refuse(skin('<template name="T" size="0,0,9,9"><view name="U"/></template>\n'
-                         '<template name="U" size="0,0,9,9"><view name="T"/></template>'))
-
-    def test_variable_that_contains_its_own_name(self):
-        self.refuse(skin('<template name="T" size="0,0,9,9"><mutable variable="a" setting="aa">'
-                         '<label titleNT="banana" size="0,0,9,9"/></mutable></template>'), "skin.xml:4:")
-
-    def test_variable_with_an_empty_name(self):
-        self.refuse(skin('<template name="T" size="0,0,9,9"><for variable="" range="0,3">'
-                         '<label titleNT="x" size="0,0,9,9"/></for></template>'), "skin.xml:4:")
 
     def test_sibling_expressions_that_fan_out(self):
         siblings = [f'<view name="v{i}" size="' + "+".join(f"v{i + 1}.{field}" for field in

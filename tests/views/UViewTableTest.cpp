@@ -10,112 +10,40 @@ namespace {
 
 using testing::entryOf;
 
-struct Row {
-    ptrdiff_t entry;
-    const char* name;
-};
-
-#define ROW(operation)                                                                                       \
-    Row {                                                                                                    \
-        entryOf(&UView::operation), #operation                                                               \
-    }
-
-const Row publishedOrder[] = {
-    ROW(draw),
-    ROW(drawSubViews),
-    ROW(drawContent),
-    ROW(setHighlighted),
-    ROW(isHighlighted),
-    ROW(setMarked),
-    ROW(isMarked),
-    ROW(activate),
-    ROW(invalidate),
-    ROW(invalidateIfVisible),
-    ROW(isVisible),
-    ROW(show),
-    ROW(hide),
-    ROW(getScheme),
-    ROW(getBackgroundColor),
-    ROW(createSnapshot),
-    ROW(mouseDown),
-    ROW(mouseUp),
-    ROW(mouseEnter),
-    ROW(mouseOver),
-    ROW(mouseLeave),
-    ROW(getMousePosition),
-    ROW(isMouseDown),
-    ROW(setEnabled),
-    ROW(isEnabled),
-    ROW(keyDown),
-    ROW(keyUp),
-    ROW(isFocusable),
-    ROW(getFocusView),
-    ROW(focusGained),
-    ROW(focusLost),
-    ROW(drawFocus),
-    ROW(wantsFocusOnClick),
-    ROW(getHelpIdentifier),
-    ROW(focusHook),
-    ROW(dragEnter),
-    ROW(dragLeave),
-    ROW(dragInside),
-    ROW(dragWouldAccept),
-    ROW(dragDrop),
-    ROW(addSubView),
-    ROW(insertSubView),
-    ROW(removeSubView),
-    ROW(removeAllSubViews),
-    ROW(isDescendant),
-    ROW(bringToFront),
-    ROW(sendToBack),
-    ROW(setTitle),
-    ROW(hasTitle),
-    ROW(hasTooltip),
-    ROW(getTooltip),
-    ROW(getMenuHint),
-    ROW(applyFrameHook),
-    ROW(frameApplied),
-    ROW(getViewContext),
-    ROW(canResize),
-    ROW(moved),
-    ROW(sizeChanged),
-    ROW(subViewFrameRequest),
-    ROW(checkSize),
-    ROW(ancestorSized),
-    ROW(scrollContent),
-    ROW(scrollRect),
-    ROW(resizeToFit),
-    ROW(updateClientRect),
-    ROW(hitsClient),
-    ROW(getWindow),
-    ROW(isRealized),
-    ROW(setValuesEnabled),
-    ROW(acceptsDrop),
-    ROW(getRenderTarget),
-    ROW(isTransparentToPersistence),
-    ROW(getWindowOffset),
-    ROW(mouseDownInFrame),
-    ROW(detached),
-    ROW(attached),
-    ROW(drawState),
-    ROW(getStateRect),
-    ROW(stateDrawn),
-    ROW(stateChanged),
-    ROW(wheelHook),
-    ROW(mouseWheel),
-    ROW(resizeSubViews),
-    ROW(requestResize),
-    ROW(childFrameRequest),
-    ROW(beginOverlayDrawing),
-    ROW(endOverlayDrawing),
-};
-
 TEST(UViewTable, KeepsItsPublishedOrderBehindTheObject) {
-    ptrdiff_t expected = entryOf(&CmObject::clone) + 1;
-    for (const Row& row : publishedOrder)
-        EXPECT_EQ(row.entry, expected++) << row.name;
+    const ptrdiff_t first = entryOf(&CmObject::clone) + 1;
+    testing::expectEntries(
+        first, ENTRY(UView, draw), ENTRY(UView, drawSubViews), ENTRY(UView, drawContent),
+        ENTRY(UView, setHighlighted), ENTRY(UView, isHighlighted), ENTRY(UView, setMarked),
+        ENTRY(UView, isMarked), ENTRY(UView, activate), ENTRY(UView, invalidate),
+        ENTRY(UView, invalidateIfVisible), ENTRY(UView, isVisible), ENTRY(UView, show), ENTRY(UView, hide),
+        ENTRY(UView, getScheme), ENTRY(UView, getBackgroundColor), ENTRY(UView, createSnapshot),
+        ENTRY(UView, mouseDown), ENTRY(UView, mouseUp), ENTRY(UView, mouseEnter), ENTRY(UView, mouseOver),
+        ENTRY(UView, mouseLeave), ENTRY(UView, getMousePosition), ENTRY(UView, isMouseDown),
+        ENTRY(UView, setEnabled), ENTRY(UView, isEnabled), ENTRY(UView, keyDown), ENTRY(UView, keyUp),
+        ENTRY(UView, isFocusable), ENTRY(UView, getFocusView), ENTRY(UView, focusGained),
+        ENTRY(UView, focusLost), ENTRY(UView, drawFocus), ENTRY(UView, wantsFocusOnClick),
+        ENTRY(UView, getHelpIdentifier), ENTRY(UView, focusHook), ENTRY(UView, dragEnter),
+        ENTRY(UView, dragLeave), ENTRY(UView, dragInside), ENTRY(UView, dragWouldAccept),
+        ENTRY(UView, dragDrop), ENTRY(UView, addSubView), ENTRY(UView, insertSubView),
+        ENTRY(UView, removeSubView), ENTRY(UView, removeAllSubViews), ENTRY(UView, isDescendant),
+        ENTRY(UView, bringToFront), ENTRY(UView, sendToBack), ENTRY(UView, setTitle), ENTRY(UView, hasTitle),
+        ENTRY(UView, hasTooltip), ENTRY(UView, getTooltip), ENTRY(UView, getMenuHint),
+        ENTRY(UView, applyFrameHook), ENTRY(UView, frameApplied), ENTRY(UView, getViewContext),
+        ENTRY(UView, canResize), ENTRY(UView, moved), ENTRY(UView, sizeChanged),
+        ENTRY(UView, subViewFrameRequest), ENTRY(UView, checkSize), ENTRY(UView, ancestorSized),
+        ENTRY(UView, scrollContent), ENTRY(UView, scrollRect), ENTRY(UView, resizeToFit),
+        ENTRY(UView, updateClientRect), ENTRY(UView, hitsClient), ENTRY(UView, getWindow),
+        ENTRY(UView, isRealized), ENTRY(UView, setValuesEnabled), ENTRY(UView, acceptsDrop),
+        ENTRY(UView, getRenderTarget), ENTRY(UView, isTransparentToPersistence),
+        ENTRY(UView, getWindowOffset), ENTRY(UView, mouseDownInFrame), ENTRY(UView, detached),
+        ENTRY(UView, attached), ENTRY(UView, drawState), ENTRY(UView, getStateRect), ENTRY(UView, stateDrawn),
+        ENTRY(UView, stateChanged), ENTRY(UView, wheelHook), ENTRY(UView, mouseWheel),
+        ENTRY(UView, resizeSubViews), ENTRY(UView, requestResize), ENTRY(UView, childFrameRequest),
+        ENTRY(UView, beginOverlayDrawing), ENTRY(UView, endOverlayDrawing));
     for (const ptrdiff_t own : {entryOf(&UView::click), entryOf(&UView::invalidateLayout)})
-        EXPECT_GE(own, expected) << "an operation of ours stands in the published table";
+        EXPECT_GT(own, entryOf(&UView::endOverlayDrawing))
+            << "an operation of ours stands in the published table";
 }
 
 TEST(UViewTable, StaysSmall) {

@@ -41,32 +41,16 @@ public:
 TEST(UControl, AddsItsOperationsInTheirPublishedOrder) {
     const testing::SlotRow update{testing::slotOf(static_cast<void (UControl::*)()>(&UControl::update)),
                                   "update"};
-    testing::expectConsecutive({SLOT(UControl, setValue),
-                                update,
-                                SLOT(UControl, getValueObject),
-                                SLOT(UControl, setStyle),
-                                SLOT(UControl, setControlValue),
-                                SLOT(UControl, getControlValue),
-                                SLOT(UControl, getControlMin),
-                                SLOT(UControl, setControlMin),
-                                SLOT(UControl, getControlMax),
-                                SLOT(UControl, setControlMax),
-                                SLOT(UControl, limitControlValue),
-                                SLOT(UControl, getNormalized),
-                                SLOT(UControl, setNormalizedValue),
-                                SLOT(UControl, getStyle),
-                                SLOT(UControl, addStyle),
-                                SLOT(UControl, setTarget),
-                                SLOT(UControl, setTag),
-                                SLOT(UControl, getTag),
-                                SLOT(UControl, setContentColor),
-                                SLOT(UControl, getContentColor),
-                                SLOT(UControl, setSecondValue),
-                                SLOT(UControl, getSecondValue),
-                                SLOT(UControl, swapValueReference),
-                                SLOT(UControl, onDefaultChanged),
-                                SLOT(UControl, onValueAttached)},
-                               testing::slotOf(&UControl::setValue));
+    testing::expectConsecutive(
+        testing::slotOf(&UControl::setValue), SLOT(UControl, setValue), update,
+        SLOT(UControl, getValueObject), SLOT(UControl, setStyle), SLOT(UControl, setControlValue),
+        SLOT(UControl, getControlValue), SLOT(UControl, getControlMin), SLOT(UControl, setControlMin),
+        SLOT(UControl, getControlMax), SLOT(UControl, setControlMax), SLOT(UControl, limitControlValue),
+        SLOT(UControl, getNormalized), SLOT(UControl, setNormalizedValue), SLOT(UControl, getStyle),
+        SLOT(UControl, addStyle), SLOT(UControl, setTarget), SLOT(UControl, setTag), SLOT(UControl, getTag),
+        SLOT(UControl, setContentColor), SLOT(UControl, getContentColor), SLOT(UControl, setSecondValue),
+        SLOT(UControl, getSecondValue), SLOT(UControl, swapValueReference), SLOT(UControl, onDefaultChanged),
+        SLOT(UControl, onValueAttached));
 }
 
 struct WheelCase {
