@@ -4,6 +4,7 @@
 #include "windows/URenderWindow.h"
 
 #include <functional>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -97,6 +98,24 @@ protected:
 private:
     CallLog& log_;
     std::string name_;
+};
+
+/// Makes recording views with one log.
+class RecordingTest : public ::testing::Test {
+protected:
+    Ref<RecordingView> view(const std::string& name, const CmRect& frame = {0, 0, 100, 100},
+                            uint32_t flags = 0) {
+        return make<RecordingView>(log_, name, frame, flags);
+    }
+    Ref<RecordingView> add(UView& parent, const std::string& name, const CmRect& frame = {0, 0, 100, 100},
+                           uint32_t flags = 0) {
+        Ref<RecordingView> child = view(name, frame, flags);
+        parent.addSubView(child);
+        return child;
+    }
+
+    CallLog log_;
+    Ref<RecordingWindow> window_ = make<RecordingWindow>(CmSize{200, 200});
 };
 
 } // namespace qorl

@@ -12,18 +12,9 @@
 namespace qorl {
 namespace {
 
-class UViewDrawing : public ::testing::Test {
+class UViewDrawing : public RecordingTest {
 protected:
     static void SetUpTestSuite() { testing::useGraphics(); }
-
-    Ref<RecordingView> add(UView& parent, const std::string& name, const CmRect& frame, uint32_t flags = 0) {
-        auto child = make<RecordingView>(log_, name, frame, flags);
-        parent.addSubView(child);
-        return child;
-    }
-
-    CallLog log_;
-    Ref<RecordingWindow> window_ = make<RecordingWindow>(CmSize{200, 200});
 };
 
 TEST_F(UViewDrawing, DrawsContentThenSubViewsFromTheBackWithinTheRect) {

@@ -7,19 +7,7 @@
 namespace qorl {
 namespace {
 
-class UViewGeometry : public ::testing::Test {
-protected:
-    Ref<RecordingView> view(const std::string& name, const CmRect& frame, uint32_t flags = 0) {
-        return make<RecordingView>(log_, name, frame, flags);
-    }
-    Ref<RecordingView> add(UView& parent, const std::string& name, const CmRect& frame, uint32_t flags = 0) {
-        Ref<RecordingView> child = view(name, frame, flags);
-        parent.addSubView(child);
-        return child;
-    }
-
-    CallLog log_;
-};
+class UViewGeometry : public RecordingTest {};
 
 struct AttachCase {
     uint32_t flags;
@@ -47,7 +35,7 @@ TEST_F(UViewGeometry, PlacesSubViewsByTheirAttachFlags) {
     };
     for (const AttachCase& c : cases) {
         SCOPED_TRACE(attachToText(c.flags));
-        auto parent = view("p", {0, 0, 100, 100});
+        auto parent = view("p");
         auto child = add(*parent, "c", {10, 10, 40, 30}, c.flags);
         parent->setFrame({0, 0, 130, 120}, false);
         EXPECT_EQ(textOf(child->getFrameRect()), textOf(c.grown));
@@ -57,7 +45,7 @@ TEST_F(UViewGeometry, PlacesSubViewsByTheirAttachFlags) {
 }
 
 TEST_F(UViewGeometry, LeavesOutWhatASuspendedOrHiddenSkippingParentSkips) {
-    auto parent = view("p", {0, 0, 100, 100});
+    auto parent = view("p");
     auto child = add(*parent, "c", {0, 0, 10, 10}, viewAttachAll);
     parent->suspendResizing(true, false);
     parent->setFrame({0, 0, 120, 100}, false);
@@ -75,7 +63,7 @@ TEST_F(UViewGeometry, LeavesOutWhatASuspendedOrHiddenSkippingParentSkips) {
 }
 
 TEST_F(UViewGeometry, TellsOfAChangeOnceAndOfNoChangeNever) {
-    auto parent = view("p", {0, 0, 100, 100});
+    auto parent = view("p");
     auto stays = add(*parent, "stays", {0, 0, 10, 10}, viewAlwaysSizeChanged);
     auto stretches = add(*parent, "stretches", {0, 0, 10, 10}, viewAttachLeft | viewAttachRight);
     auto slides = add(*parent, "slides", {0, 0, 10, 10}, viewAttachRight);
@@ -95,10 +83,9 @@ TEST_F(UViewGeometry, IgnoresAFrameWhileItIsFrozen) {
 }
 
 TEST_F(UViewGeometry, InvalidatesOnlyTheStripsThatChange) {
-    auto window = make<RecordingWindow>(CmSize{500, 500});
-    auto child = add(*window, "c", {100, 100, 200, 180});
+    auto child = add(*window_, "c", {100, 100, 200, 180});
     child->setClientInsets({4, 4, 4, 4}, true);
-    window->attachTree();
+    window_->attachTree();
     struct Case {
         CmRect frame;
         std::vector<std::string> invalidated;
@@ -113,13 +100,13 @@ TEST_F(UViewGeometry, InvalidatesOnlyTheStripsThatChange) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(textOf(c.frame));
-        window->invalidated.clear();
+        window_->invalidated.clear();
         child->setFrame(c.frame, true);
-        EXPECT_EQ(window->invalidated, c.invalidated);
+        EXPECT_EQ(window_->invalidated, c.invalidated);
     }
-    window->invalidated.clear();
+    window_->invalidated.clear();
     child->setFrame({0, 0, 10, 10}, false);
-    EXPECT_TRUE(window->invalidated.empty()) << "a change without redraw was invalidated";
+    EXPECT_TRUE(window_->invalidated.empty()) << "a change without redraw was invalidated";
 }
 
 TEST_F(UViewGeometry, ConvertsBetweenItsSpaces) {
@@ -153,8 +140,7 @@ TEST_F(UViewGeometry, KnowsWhatItsAncestorsLeaveOfIt) {
 }
 
 TEST_F(UViewGeometry, ChangesTheClientOrTheFrame) {
-    auto window = make<RecordingWindow>(CmSize{200, 200});
-    auto pane = add(*window, "pane", {10, 10, 60, 60});
+    auto pane = add(*window_, "pane", {10, 10, 60, 60});
     auto child = add(*pane, "child", {0, 0, 50, 50}, viewAttachAll);
     pane->setClientRect({5, 10, 45, 50}, true);
     EXPECT_EQ(textOf(pane->getFrameRect()), "10,10,60,60");
@@ -186,7 +172,7 @@ private:
 };
 
 TEST_F(UViewGeometry, AdjustsAProposalThatASubViewRefuses) {
-    auto parent = view("p", {0, 0, 100, 100});
+    auto parent = view("p");
     CmRect proposal{0, 0, 10, 10};
     EXPECT_TRUE(parent->checkSize(proposal)) << "a view without subviews refused";
     auto middle = add(*parent, "m", {10, 10, 90, 90}, viewAttachAll);
@@ -212,7 +198,7 @@ public:
 };
 
 TEST_F(UViewGeometry, MarksItselfWhenLimitsLeaveNoSize) {
-    auto parent = view("p", {0, 0, 100, 100});
+    auto parent = view("p");
     parent->addSubView(make<ImpossibleView>(CmRect{0, 0, 100, 100}));
     CmRect proposal{0, 0, 90, 90};
     EXPECT_FALSE(parent->checkSize(proposal));
@@ -249,7 +235,7 @@ TEST_F(UViewGeometry, FitsItselfAroundItsShownSubViews) {
 }
 
 TEST_F(UViewGeometry, GrantsAResizeThroughItsAncestors) {
-    auto root = view("root", {0, 0, 100, 100});
+    auto root = view("root");
     auto follows = add(*root, "follows", {0, 0, 100, 100}, viewAttachAll);
     auto inner = add(*follows, "inner", {0, 0, 50, 50});
     auto leaf = add(*inner, "leaf", {0, 0, 10, 10});
@@ -313,8 +299,7 @@ public:
 };
 
 TEST_F(UViewGeometry, LeavesItsSubViewsToALayout) {
-    auto window = make<RecordingWindow>(CmSize{200, 200});
-    auto panel = view("panel", {0, 0, 100, 100});
+    auto panel = view("panel");
     auto layout = make<OnePlaceLayout>();
     panel->setLayout(layout);
     auto a = add(*panel, "a", {0, 0, 5, 5}, viewAttachAll);
@@ -323,8 +308,8 @@ TEST_F(UViewGeometry, LeavesItsSubViewsToALayout) {
     EXPECT_EQ(layout->runs, 0) << "a layout ran in a tree without a window";
     EXPECT_EQ(textOf(a->getFrameRect()), "0,0,5,5") << "the attach rule was used beside a layout";
 
-    window->addSubView(panel);
-    window->attachTree();
+    window_->addSubView(panel);
+    window_->attachTree();
     EXPECT_EQ(layout->runs, 1);
     EXPECT_EQ(textOf(a->getFrameRect()), "2,2,12,23");
     EXPECT_EQ(a->getItem().frame(), (Geometry::Rect{1.5, 2.4, 10.2, 20.5})) << "the fractions were lost";
@@ -334,7 +319,7 @@ TEST_F(UViewGeometry, LeavesItsSubViewsToALayout) {
     EXPECT_EQ(layout->added, "--Rx");
     EXPECT_TRUE(panel->canResize());
     layout->fits = false;
-    EXPECT_FALSE(window->canResize());
+    EXPECT_FALSE(window_->canResize());
 }
 
 TEST_F(UViewGeometry, SlidesSubViewsApartAndBackTogether) {
