@@ -2,6 +2,7 @@
 #include "Session.h"
 #include "foundation/Cast.h"
 #include "foundation/text/ShownText.h"
+#include "foundation/text/TextConversion.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/streams/FMemoryStream.h"
@@ -53,9 +54,8 @@ struct Document {
 };
 
 bool isXml(std::string_view bytes) {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
-    if (bytes.starts_with(mark))
-        bytes.remove_prefix(mark.size());
+    if (bytes.starts_with(text::utf8Mark))
+        bytes.remove_prefix(text::utf8Mark.size());
     bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
     // A body begins with its count, whose highest byte is 0 in any that fits in memory; XML has no such byte.
     return bytes.starts_with('<') && bytes.substr(0, 4).find('\0') == std::string_view::npos;

@@ -345,7 +345,7 @@ constexpr size_t maxBytesOfUnit = 3;
 /// The UTF-8 form of a character in `bytes`. Half of a pair has none, and gives an empty text.
 ConstString inBytes(char16_t character, char (&bytes)[maxBytesOfUnit]) {
     const View<char16_t> unit(&character, 1);
-    if (character >= 0xD800 && character <= 0xDFFF)
+    if (text::isSurrogate(character))
         return {};
     text::narrow(unit, bytes);
     return ConstString(View<char>(bytes, static_cast<size_t>(text::narrowLength(unit))));

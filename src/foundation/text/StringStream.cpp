@@ -7,12 +7,7 @@
 
 namespace qorl {
 
-namespace {
-
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
-static_assert(utf8Mark.size() == text::StoredText::markLength);
-
-} // namespace
+static_assert(text::utf8Mark.size() == text::StoredText::markLength);
 
 void text::StoredText::copyTo(char* out) const {
     const std::string_view bytes = copy_.view();

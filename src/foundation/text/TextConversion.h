@@ -18,6 +18,20 @@ constexpr int32_t invalid = -1;
 bool isAscii(std::string_view text);
 bool isAscii(std::u16string_view text);
 
+/// What UTF-8 texts begin with that say so.
+constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
+
+/// Halves of a pair of UTF-16.
+constexpr bool isLeadSurrogate(char32_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+constexpr bool isTrailSurrogate(char32_t unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+constexpr bool isSurrogate(char32_t unit) {
+    return isLeadSurrogate(unit) || isTrailSurrogate(unit);
+}
+
 /// What becomes of a lone surrogate, which valid UTF-8 has none of. It is replaced by U+FFFD, and refused in
 /// bytes; or kept, in three bytes as any other unit.
 enum class Surrogates : uint8_t { replaced, kept };

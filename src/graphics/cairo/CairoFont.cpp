@@ -1,5 +1,6 @@
 #include "graphics/cairo/CairoFont.h"
 
+#include "foundation/text/TextConversion.h"
 #include "graphics/UFont.h"
 
 #include <cairo-ft.h>
@@ -182,7 +183,7 @@ int32_t CairoFont::countFitting(const ConstString& text, double width) {
         const size_t middle = fits + (tooMany - fits) / 2;
         (measureLine(std::u16string_view(wide).substr(0, middle)) <= width ? fits : tooMany) = middle;
     }
-    const bool splitsPair = fits > 0 && wide[fits - 1] >= 0xD800 && wide[fits - 1] < 0xDC00;
+    const bool splitsPair = fits > 0 && text::isLeadSurrogate(wide[fits - 1]);
     const std::u16string_view head = std::u16string_view(wide).substr(0, splitsPair ? fits - 1 : fits);
     return text.isWide() ? static_cast<int32_t>(head.size())
                          : static_cast<int32_t>(ConstString(head).toUtf8().size());

@@ -56,7 +56,7 @@ private:
 bool hasLoneSurrogate(std::u16string_view wide) {
     const auto length = static_cast<int32_t>(wide.size());
     for (int32_t at = 0; at < length;)
-        if (const char32_t point = text::nextPoint(wide, at); point >= 0xD800 && point < 0xE000)
+        if (text::isSurrogate(text::nextPoint(wide, at)))
             return true;
     return false;
 }

@@ -10,10 +10,6 @@ namespace {
 
 constexpr char32_t replacementCharacter = 0xFFFD;
 
-bool isSurrogate(char32_t point) {
-    return point >= 0xD800 && point <= 0xDFFF;
-}
-
 bool standsForByte(char32_t point) {
     return point >= 0xDC80 && point <= 0xDCFF;
 }
@@ -21,7 +17,7 @@ bool standsForByte(char32_t point) {
 /// Whether no byte of a name, and no other half of a character, stands alone in it.
 bool isPlainText(std::u16string_view path) {
     for (int32_t at = 0; at < static_cast<int32_t>(path.size());)
-        if (isSurrogate(text::nextPoint(path, at)))
+        if (text::isSurrogate(text::nextPoint(path, at)))
             return false;
     return true;
 }
@@ -48,7 +44,7 @@ std::string toNativeText(std::u16string_view path) {
     native.reserve(path.size());
     for (int32_t at = 0; at < static_cast<int32_t>(path.size());) {
         char32_t point = text::nextPoint(path, at);
-        if (isSurrogate(point) && !standsForByte(point))
+        if (text::isSurrogate(point) && !standsForByte(point))
             point = replacementCharacter;
         char bytes[4];
         int32_t length = 0;
@@ -97,8 +93,7 @@ int32_t wholeLength(std::u16string_view text, int32_t length) {
     const auto at = static_cast<size_t>(length);
     if (at >= text.size())
         return static_cast<int32_t>(text.size());
-    const bool isCut = at > 0 && text[at - 1] >= 0xD800 && text[at - 1] <= 0xDBFF && text[at] >= 0xDC00 &&
-                       text[at] <= 0xDFFF;
+    const bool isCut = at > 0 && text::isLeadSurrogate(text[at - 1]) && text::isTrailSurrogate(text[at]);
     return isCut ? length - 1 : length;
 }
 
@@ -114,11 +109,10 @@ String toStoredText(const String& text) {
 }
 
 String toStreamText(const String& text) {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
     String stored = toStoredText(text);
-    if (stored.isWide() || !stored.view8().starts_with(mark))
+    if (stored.isWide() || !stored.view8().starts_with(text::utf8Mark))
         return stored;
-    const std::string marked = std::string(mark) + std::string(stored.view8());
+    const std::string marked = std::string(text::utf8Mark) + std::string(stored.view8());
     stored = ConstString(std::string_view(marked));
     if (static_cast<size_t>(stored.size()) != marked.size())
         throw std::bad_alloc();

@@ -11,22 +11,13 @@ namespace qorl {
 
 namespace {
 
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 /// How a text is collected that is read byte by byte.
 constexpr int32_t textGrowth = 1024;
 /// What of a stored text can matter to a buffer of `size` characters: the mark, three bytes for each unit,
 /// and a last character that is cut in two.
 int32_t mostBytesFor(int32_t size) {
-    const int64_t bytes = static_cast<int64_t>(utf8Mark.size()) + int64_t{size} * 3 + 4;
+    const int64_t bytes = static_cast<int64_t>(text::utf8Mark.size()) + int64_t{size} * 3 + 4;
     return static_cast<int32_t>(std::min<int64_t>(bytes, std::numeric_limits<int32_t>::max()));
-}
-
-bool isLeadSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool isTrailSurrogate(char16_t unit) {
-    return unit >= 0xDC00 && unit < 0xE000;
 }
 
 /// What lies before the last character of a text, if that may have been cut in two.
@@ -91,7 +82,7 @@ bool FBinaryStream::writeTextUtf8(const char16_t* text) {
     const std::u16string_view wide(text ? text : u"");
     if (wide.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max()))
         return false;
-    const std::string_view mark = text::isAscii(wide) ? std::string_view() : utf8Mark;
+    const std::string_view mark = text::isAscii(wide) ? std::string_view() : text::utf8Mark;
     const int64_t count = static_cast<int64_t>(mark.size()) + text::narrowLength(wide) + 1;
     CmBuffer bytes(0, textGrowth);
     if (count > std::numeric_limits<int32_t>::max() || !bytes.setCapacity(static_cast<int32_t>(count)))
@@ -117,12 +108,12 @@ int32_t FBinaryStream::readTextUtf8(char16_t* buffer, int32_t size) try {
     std::string_view text = bytes.bytes();
     if (bytes.used() == mostKept)
         text = withoutLastCharacter(text);
-    if (text.starts_with(utf8Mark))
-        text.remove_prefix(utf8Mark.size());
+    if (text.starts_with(text::utf8Mark))
+        text.remove_prefix(text::utf8Mark.size());
     const std::u16string wide = text::widenStored(text).toUtf16();
     auto length = static_cast<int32_t>(std::min<size_t>(wide.size(), static_cast<size_t>(size) - 1));
-    if (static_cast<size_t>(length) < wide.size() && length > 0 && isLeadSurrogate(wide[length - 1]) &&
-        isTrailSurrogate(wide[length]))
+    if (static_cast<size_t>(length) < wide.size() && length > 0 && text::isLeadSurrogate(wide[length - 1]) &&
+        text::isTrailSurrogate(wide[length]))
         --length;
     std::copy_n(wide.data(), length, buffer);
     buffer[length] = 0;

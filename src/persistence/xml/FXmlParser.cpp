@@ -2,6 +2,7 @@
 
 #include "foundation/text/ShownText.h"
 #include "foundation/text/StoredBytes.h"
+#include "foundation/text/TextConversion.h"
 #include "persistence/streams/FBinaryStream.h"
 #include "persistence/xml/XmlEntities.h"
 
@@ -157,7 +158,7 @@ bool FXmlParser::parseNext(void* context) {
     hold(at_);
     if (!has(1))
         return false;
-    if (!std::exchange(hasBegun_, true) && isNext("\xEF\xBB\xBF")) {
+    if (!std::exchange(hasBegun_, true) && isNext(text::utf8Mark)) {
         at_ += 3;
         return true;
     }

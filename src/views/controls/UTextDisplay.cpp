@@ -3,6 +3,7 @@
 #include "binding/UColorValue.h"
 #include "foundation/Cast.h"
 #include "foundation/messages/FMessage.h"
+#include "foundation/text/TextConversion.h"
 #include "schemes/UScheme.h"
 #include "views/Reach.h"
 #include "views/ViewDevice.h"
@@ -23,7 +24,7 @@ constexpr int32_t textMargin = 3;
 constexpr char16_t ellipsis = u'\u2026';
 
 bool isPair(char16_t first, char16_t second) {
-    return (first & 0xFC00) == 0xD800 && (second & 0xFC00) == 0xDC00;
+    return text::isLeadSurrogate(first) && text::isTrailSurrogate(second);
 }
 
 /// Cuts `text` until it fits; `keepsEnd` cuts at the front.
