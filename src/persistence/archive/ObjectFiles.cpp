@@ -60,40 +60,33 @@ private:
     bool hasBegun_ = false;
 };
 
-/// Calls `work` with the file of that name; without memory the result is false.
-template <typename Work>
-bool withFile(const ConstString& name, Work work) try {
-    const FFileType type = FFileType::objectFile();
-    return work(StoredFile(name, type));
-} catch (const std::bad_alloc&) {
-    return false;
-}
-
 } // namespace
 
 bool saveObjectFile(const ConstString& name, CmObject* object) {
-    return object && withFile(name, [object](const StoredFile& file) {
-               return file.save([object](FStream& stream) { return storeContents(stream, *object); });
-           });
+    return object && StoredFile(name, FFileType::objectFile()).save([object](FStream& stream) {
+        return storeContents(stream, *object);
+    });
 }
 
 bool loadObjectFile(const ConstString& name, CmObject* object) {
-    return object && withFile(name, [object](const StoredFile& file) {
-               ContentsReader reader(*object);
-               return file.load([&reader](FStream& stream) { return reader(stream); });
-           });
+    if (!object)
+        return false;
+    ContentsReader reader(*object);
+    return StoredFile(name, FFileType::objectFile()).load([&reader](FStream& stream) {
+        return reader(stream);
+    });
 }
 
 bool objectFileExists(const ConstString& name) {
-    return withFile(name, [](const StoredFile& file) { return file.exists(); });
+    return StoredFile(name, FFileType::objectFile()).exists();
 }
 
 bool renameObjectFile(const ConstString& name, const ConstString& newName) {
-    return withFile(name, [&newName](const StoredFile& file) { return file.rename(newName); });
+    return StoredFile(name, FFileType::objectFile()).rename(newName);
 }
 
 bool deleteObjectFile(const ConstString& name) {
-    return withFile(name, [](const StoredFile& file) { return file.remove(); });
+    return StoredFile(name, FFileType::objectFile()).remove();
 }
 
 } // namespace qorl

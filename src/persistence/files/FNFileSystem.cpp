@@ -70,8 +70,13 @@ Ref<FUrl> urlOf(const FPath& path) {
     return url;
 }
 
+void tellWritten(const FUrl& file) {
+    if (auto* files = FNFileSystem::instance())
+        files->notify(FFileSystem::fileWritten, file);
+}
+
 Ref<FFileStream> streamOf(platform::File file, FUrl& url, uint32_t mode, int32_t sectorSize) {
-    auto stream = make<FFileStream>(std::move(file), mode, sectorSize);
+    auto stream = make<FFileStream>(std::move(file), mode, sectorSize, &tellWritten);
     stream->setUrl(&url);
     return stream;
 }

@@ -4,6 +4,7 @@
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/files/FileErrors.h"
 #include "persistence/files/PathText.h"
+#include "persistence/files/StoringStream.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/urls/FUrl.h"
 #include "platform/FileReplacement.h"
@@ -34,48 +35,6 @@ bool removeOld(const std::string& file) {
     const std::string old = oldOf(platform::getCanonicalPath(file));
     return !platform::fileExists(old) || tellFailure(old, "can't be deleted", deleteDurably(old));
 }
-
-/// The new file of a save. It remembers its first failure, so that bytes that got lost fail the save also
-/// when nobody looked at the results.
-class StoringStream : public FStream, public ISizeableStream {
-    QORL_CLASS(StoringStream, FStream)
-    QORL_FACES(StoringStream, FStream, ISizeableStream)
-
-public:
-    explicit StoringStream(platform::File& file) : file_(file) {}
-
-    int64_t read(void* buffer, int64_t count) override {
-        return count < 1 ? 0 : file_.read(buffer, count, &error_);
-    }
-    int64_t write(const void* buffer, int64_t count) override {
-        if (error_)
-            return -1;
-        return count < 1 ? 0 : file_.write(buffer, count, &error_);
-    }
-    int64_t seek(int64_t offset, int32_t mode) override {
-        using platform::SeekOrigin;
-        constexpr SeekOrigin origins[] = {SeekOrigin::start, SeekOrigin::current, SeekOrigin::end};
-        return mode < fromStart || mode > fromEnd ? -1 : file_.seek(offset, origins[mode]);
-    }
-    int64_t tell() override { return file_.getPosition(); }
-    void rewind() override { file_.seek(0, platform::SeekOrigin::start); }
-    bool isValid() const override { return !error_; }
-    Result getStreamSize(int64_t& size) override {
-        size = file_.getSize();
-        return size < 0 ? Result::failure : Result::ok;
-    }
-    Result setStreamSize(int64_t size) override {
-        if (!error_)
-            error_ = file_.setSize(size);
-        return error_ ? Result::failure : Result::ok;
-    }
-
-    const platform::FileError& error() const { return error_; }
-
-private:
-    platform::File& file_;
-    platform::FileError error_;
-};
 
 /// The disk has changed by then, whatever comes of the message.
 void tellChange(int32_t kind, const std::string& file, const std::string& earlier = {}) try {

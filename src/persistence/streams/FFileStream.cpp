@@ -1,15 +1,14 @@
 #include "persistence/streams/FFileStream.h"
 
-#include "persistence/files/FNFileSystem.h"
+#include "persistence/streams/StreamPlace.h"
 #include "persistence/streams/StreamProgress.h"
-#include "persistence/urls/FUrl.h"
 
 namespace qorl {
 
 QORL_REGISTER(FFileStream, "FFileStream", FStream, 0)
 
-FFileStream::FFileStream(platform::File file, uint32_t mode, int32_t sectorSize)
-    : file_(std::move(file)), mode_(mode), sectorSize_(sectorSize) {}
+FFileStream::FFileStream(platform::File file, uint32_t mode, int32_t sectorSize, Closed closed)
+    : file_(std::move(file)), mode_(mode), sectorSize_(sectorSize), closed_(closed) {}
 
 FFileStream::~FFileStream() {
     close();
@@ -65,12 +64,8 @@ int64_t FFileStream::write(const void* buffer, int64_t count) {
 }
 
 int64_t FFileStream::seek(int64_t offset, int32_t mode) {
-    using platform::SeekOrigin;
-    if (mode < fromStart || mode > fromEnd)
-        return -1;
-    const SeekOrigin origins[] = {SeekOrigin::start, SeekOrigin::current, SeekOrigin::end};
     platform::FileError error;
-    const int64_t place = file_.seek(offset, origins[mode], &error);
+    const int64_t place = seekFile(file_, offset, mode, &error);
     remember(error);
     return place;
 }
@@ -121,9 +116,8 @@ void FFileStream::close() try {
     if (!file_.isOpen())
         return;
     rememberLoss(file_.close());
-    auto* files = FNFileSystem::instance();
-    if (files && url() && (mode_ & (writeAccess | shareWrite)))
-        files->notify(FFileSystem::fileWritten, *url());
+    if (closed_ && url() && (mode_ & (writeAccess | shareWrite)))
+        closed_(*url());
 } catch (const std::bad_alloc&) {
     // The file is closed; only those who watch it don't hear of it.
 }

@@ -25,9 +25,12 @@ public:
         sequential = 64, ///< from front to end, once
     };
 
+    /// Told of a file that may have been changed, once that is closed. May throw std::bad_alloc.
+    using Closed = void (*)(const FUrl& file);
+
     FFileStream() = default;
     /// `sectorSize` in bytes, 0 when it was not asked for.
-    FFileStream(platform::File file, uint32_t mode, int32_t sectorSize = 0);
+    FFileStream(platform::File file, uint32_t mode, int32_t sectorSize = 0, Closed closed = nullptr);
     FFileStream(const FFileStream&) = delete;
     ~FFileStream() override;
 
@@ -72,6 +75,7 @@ private:
     int32_t lastError_ = 0;
     bool hasLost_ = false;
     int32_t sectorSize_ = 0;
+    Closed closed_ = nullptr;
     StreamProgress* progress_ = nullptr;
 };
 

@@ -1,6 +1,7 @@
 #include "persistence/streams/StreamPlace.h"
 
 #include "persistence/streams/FStream.h"
+#include "platform/Files.h"
 
 namespace qorl {
 
@@ -14,6 +15,13 @@ StreamPlace putAt(FStream& stream, int64_t place) {
     if (reached < 0 || isStaying)
         return StreamPlace::failed;
     return reached == place ? StreamPlace::there : StreamPlace::shortOfIt;
+}
+
+int64_t seekFile(platform::File& file, int64_t offset, int32_t mode, platform::FileError* error) {
+    using platform::SeekOrigin;
+    constexpr SeekOrigin origins[] = {SeekOrigin::start, SeekOrigin::current, SeekOrigin::end};
+    const bool isKnown = mode >= FStream::fromStart && mode <= FStream::fromEnd;
+    return isKnown ? file.seek(offset, origins[mode], error) : -1;
 }
 
 Ref<ISizeableStream> sizeableOf(IBStream* stream) {
