@@ -17,7 +17,7 @@ Ref<CmBuffer> StreamBufferPool::take(int32_t size) {
     {
         const FGuard guard(lock_);
         for (auto& block : blocks_) {
-            if (!block || block->capacity() != size)
+            if (!block || size < 1 || block->capacity() < size)
                 continue;
             block->clear();
             return std::move(block);

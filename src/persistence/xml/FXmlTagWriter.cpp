@@ -4,22 +4,24 @@
 
 namespace qorl {
 
-FXmlTagWriter::FXmlTagWriter(IBStream* stream) : stream_(retain(stream)) {}
+FXmlTagWriter::FXmlTagWriter(IBStream* stream, Layout layout) : stream_(retain(stream)), layout_(layout) {}
 
 FXmlTagWriter::~FXmlTagWriter() = default;
 
 /// Indented, unless the line has begun.
 XmlLine& FXmlTagWriter::beginLine() {
     constexpr int32_t blanksOfLevel = 3;
-    if (isAtLineStart_ && !singleLine_)
-        line_.fill(blankIndent_ ? ' ' : '\t', blankIndent_ ? depth_ * blanksOfLevel : depth_);
+    if (isAtLineStart_ && layout_ == Layout::tabs)
+        line_.fill('\t', depth_);
+    else if (isAtLineStart_ && layout_ == Layout::blanks)
+        line_.fill(' ', depth_ * blanksOfLevel);
     isAtLineStart_ = false;
     return line_;
 }
 
 bool FXmlTagWriter::finish(LineEnd lineEnd) {
     if (lineEnd == LineEnd::yes) {
-        if (!singleLine_)
+        if (layout_ != Layout::singleLine)
             line_.put(XmlLine::lineEnd);
         isAtLineStart_ = true;
     }
@@ -28,7 +30,7 @@ bool FXmlTagWriter::finish(LineEnd lineEnd) {
 
 bool FXmlTagWriter::writeHeader(bool utf8) {
     if (utf8)
-        line_.put("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>");
+        line_.put(text::utf8Mark).put("<?xml version=\"1.0\" encoding=\"utf-8\"?>");
     else
         line_.put("<?xml version=\"1.0\"?>");
     return finish(LineEnd::yes);

@@ -24,17 +24,18 @@ public:
         empty   ///< Nothing: `<name/>`.
     };
     enum class LineEnd : bool { no, yes };
+    enum class Layout : uint8_t {
+        tabs,      ///< A tab a level.
+        blanks,    ///< Three blanks a level.
+        singleLine ///< No line ends and no indentation at all.
+    };
 
     /// Holds the stream.
-    explicit FXmlTagWriter(IBStream* stream);
+    explicit FXmlTagWriter(IBStream* stream, Layout layout = Layout::tabs);
     ~FXmlTagWriter();
     FXmlTagWriter(const FXmlTagWriter&) = delete;
     FXmlTagWriter& operator=(const FXmlTagWriter&) = delete;
 
-    /// No line ends and no indentation at all.
-    void setSingleLine(bool single) { singleLine_ = single; }
-    /// Three blanks a level instead of a tab.
-    void setBlankIndent(bool blanks) { blankIndent_ = blanks; }
     int32_t depth() const { return depth_; }
 
     /// With `utf8` the text begins with the byte order mark and names its encoding.
@@ -65,8 +66,7 @@ private:
     Ref<IBStream> stream_;
     XmlLine line_;
     int32_t depth_ = 0;
-    bool singleLine_ = false;
-    bool blankIndent_ = false;
+    Layout layout_;
     bool isAtLineStart_ = true;
 };
 

@@ -46,9 +46,8 @@ bool FXmlWriter::startTag(const char* name, const char* const* attributes, bool 
         if ((options_ & dropEmpty) && (key.empty() || value.empty()))
             continue;
         line.put(' ').put(key).put("=\"");
-        if (options_ & (escapeValues | escapeMarkup))
-            line.putEscaped(value,
-                            options_ & escapeMarkup ? XmlLine::Escape::markup : XmlLine::Escape::entities);
+        if (options_ & escapeValues)
+            line.putEscaped(value, XmlLine::Escape::entities);
         else
             line.put(value);
         line.put('"');
@@ -82,22 +81,12 @@ bool FXmlWriter::writeComment(const char* text) try {
     return false;
 }
 
-bool FXmlWriter::writeText(const char* text) try {
+bool FXmlWriter::writeText(const char* text) {
     std::string_view rest = viewOf(text);
     bool isGood = true;
-    while (isGood && !rest.empty()) {
-        const std::string_view line = cutLine(rest);
-        if (!(options_ & escapeMarkup)) {
-            isGood = writeLine(line, level());
-            continue;
-        }
-        XmlLine escaped;
-        escaped.putEscaped(line, XmlLine::Escape::markup);
-        isGood = !escaped.isBroken() && writeLine(escaped.text(), level());
-    }
+    while (isGood && !rest.empty())
+        isGood = writeLine(cutLine(rest), level());
     return isGood;
-} catch (const std::bad_alloc&) {
-    return false;
 }
 
 } // namespace qorl

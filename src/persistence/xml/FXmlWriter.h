@@ -23,9 +23,8 @@ class FXmlWriter : public CmObject, public IXmlWriter {
 
 public:
     enum Option : uint32_t {
-        dropEmpty = 1,    ///< Attributes with an empty name or value are left out.
-        escapeValues = 2, ///< Values with named entities, as `FXmlParser` reads them.
-        escapeMarkup = 4  ///< Values and texts with the entities that all parsers know.
+        dropEmpty = 1,   ///< Attributes with an empty name or value are left out.
+        escapeValues = 2 ///< Values with named entities, as `FXmlParser` reads them.
     };
 
     explicit FXmlWriter(uint32_t options = 0) : options_(options) {}
@@ -35,7 +34,6 @@ public:
     /// One line behind as many tabs. An empty text is no line, and done.
     virtual bool writeLine(std::string_view text, int32_t level);
 
-    void setOptions(uint32_t options) { options_ = options; }
     /// Tags that are open.
     int32_t level() const { return static_cast<int32_t>(open_.size()); }
 

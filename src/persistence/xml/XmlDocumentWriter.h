@@ -80,7 +80,7 @@ private:
     bool failLine();
 
     FBinaryStream& stream_;
-    XmlLine lines_{XmlLine::Surrogates::keep};
+    XmlLine lines_{text::Surrogates::kept};
     std::string reason_;
     WrittenObjects written_;
     std::deque<Waiting> queue_;

@@ -1,14 +1,11 @@
 #include "persistence/xml/XmlLine.h"
 
-#include "foundation/Teardown.h"
+#include "foundation/Singleton.h"
 #include "persistence/streams/FBinaryStream.h"
-#include "persistence/xml/XmlEntities.h"
-
-#include <qorl/Ref.h>
+#include "persistence/streams/StreamBufferPool.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <bit>
 #include <charconv>
 #include <cstring>
@@ -24,34 +21,14 @@ constexpr int32_t lineBytes = 1024;
 // A buffer that had to hold a long text is not kept.
 constexpr int32_t mostKeptBytes = 64 * 1024;
 
-constinit std::atomic<CmBuffer*> keptBuffers[4] = {};
+constinit Singleton<StreamBufferPool> linePool;
 
-CmBuffer* takeBuffer() {
-    for (auto& slot : keptBuffers)
-        if (CmBuffer* buffer = slot.exchange(nullptr))
-            return buffer;
-    auto buffer = make<CmBuffer>(lineBytes, lineBytes);
-    if (buffer->capacity() < lineBytes)
+Ref<CmBuffer> takeBuffer() {
+    StreamBufferPool* pool = linePool.get();
+    Ref<CmBuffer> buffer = pool ? pool->take(lineBytes) : StreamBufferPool::make(lineBytes);
+    if (!buffer)
         throw std::bad_alloc();
-    return buffer.detach();
-}
-
-void giveBuffer(CmBuffer* buffer) {
-    buffer->clear();
-    if (buffer->capacity() >= lineBytes && buffer->capacity() <= mostKeptBytes) {
-        for (auto& slot : keptBuffers) {
-            CmBuffer* none = nullptr;
-            if (slot.compare_exchange_strong(none, buffer))
-                return;
-        }
-    }
-    buffer->release();
-}
-
-void dropKeptBuffers() {
-    for (auto& slot : keptBuffers)
-        if (CmBuffer* buffer = slot.exchange(nullptr))
-            buffer->release();
+    return buffer;
 }
 
 constexpr size_t longestInteger = 20;
@@ -137,16 +114,16 @@ char* putExactFraction(char* to, double value) {
     return to;
 }
 
-const TeardownHook dropBuffersAtTheEnd{TeardownStep::hookLists, &dropKeptBuffers};
-
 } // namespace
 
-XmlLine::XmlLine(Surrogates surrogates)
+XmlLine::XmlLine(text::Surrogates surrogates)
     : buffer_(takeBuffer()), at_(buffer_->data()), end_(buffer_->data() + buffer_->capacity()),
       surrogates_(surrogates) {}
 
 XmlLine::~XmlLine() {
-    giveBuffer(buffer_);
+    StreamBufferPool* pool = linePool.peek();
+    if (pool && buffer_->capacity() <= mostKeptBytes)
+        pool->giveBack(std::move(buffer_));
 }
 
 bool XmlLine::grow(size_t count) {
@@ -237,43 +214,34 @@ void XmlLine::putEscapedWide(std::u16string_view text) {
     constexpr size_t piece = 4096;
     constexpr size_t mostBytes = 6;
     const auto& markup = XmlEntities::substitutes(Escape::markup);
+    const auto isAsciiAt = [&](size_t place) { return text[place] < 0x80; };
     size_t at = 0;
     while (at < text.size()) {
-        // One unit more may follow, the second of a pair.
-        const size_t end = std::min(text.size(), at + piece);
-        if (!makeRoom((end - at + 1) * mostBytes))
+        size_t end = std::min(text.size(), at + piece);
+        // Both halves of a pair go together.
+        if (end < text.size() && text::isTrailSurrogate(text[end]))
+            ++end;
+        if (!makeRoom((end - at) * mostBytes))
             return;
         char* to = at_;
         while (at < end) {
-            uint32_t point = text[at++];
-            if (point < 0x80) {
-                const auto& entry = markup[point];
-                if (entry.length > 0) {
+            if (isAsciiAt(at)) {
+                const auto character = static_cast<char>(text[at++]);
+                const auto& entry = markup[static_cast<uint8_t>(character)];
+                if (entry.length == 0) {
+                    *to++ = character;
+                } else {
                     std::memcpy(to, entry.text, entry.length);
                     to += entry.length;
-                } else {
-                    *to++ = static_cast<char>(point);
                 }
                 continue;
             }
-            const bool isPair = point >= 0xD800 && point < 0xDC00 && at < text.size() && text[at] >= 0xDC00 &&
-                                text[at] < 0xE000;
-            if (isPair)
-                point = 0x10000 + ((point - 0xD800) << 10) + (text[at++] - 0xDC00u);
-            else if (point >= 0xD800 && point < 0xE000 && surrogates_ == Surrogates::replace)
-                point = 0xFFFD;
-            if (point < 0x800) {
-                *to++ = static_cast<char>(0xC0 | point >> 6);
-            } else {
-                if (point < 0x10000) {
-                    *to++ = static_cast<char>(0xE0 | point >> 12);
-                } else {
-                    *to++ = static_cast<char>(0xF0 | point >> 18);
-                    *to++ = static_cast<char>(0x80 | (point >> 12 & 63));
-                }
-                *to++ = static_cast<char>(0x80 | (point >> 6 & 63));
-            }
-            *to++ = static_cast<char>(0x80 | (point & 63));
+            const size_t start = at;
+            while (at < end && !isAsciiAt(at))
+                ++at;
+            const std::u16string_view run = text.substr(start, at - start);
+            text::narrow(run, to, surrogates_);
+            to += text::narrowLength(run);
         }
         at_ = to;
     }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "foundation/containers/CmBuffer.h"
-#include "foundation/text/ConstString.h"
+#include "foundation/text/TextConversion.h"
 #include "persistence/xml/XmlEntities.h"
+
+#include <qorl/Ref.h>
 
 #include <cstdint>
 #include <cstring>
@@ -22,11 +24,9 @@ public:
     using Escape = XmlEntities::Escape;
     static constexpr char lineEnd[] = "\r\n";
 
-    /// What becomes of a lone surrogate of wide text. Kept, it is written as any other unit, in three bytes:
-    /// that is no UTF-8, but `text::widenStored` reads it back, such as in names of files that are none.
-    enum class Surrogates : uint8_t { replace, keep };
-
-    explicit XmlLine(Surrogates surrogates = Surrogates::replace);
+    /// A lone surrogate of wide text that is kept is no UTF-8, but `text::widenStored` reads it back, such as
+    /// in names of files that are none.
+    explicit XmlLine(text::Surrogates surrogates = text::Surrogates::replaced);
     ~XmlLine();
     XmlLine(const XmlLine&) = delete;
     XmlLine& operator=(const XmlLine&) = delete;
@@ -83,11 +83,11 @@ private:
     bool putEach(const char* from, const char* end, const char* stop, Escape escape);
     void putEscapedWide(std::u16string_view text);
 
-    CmBuffer* buffer_;
+    Ref<CmBuffer> buffer_;
     char* at_;
     char* end_;
     bool isBroken_ = false;
-    Surrogates surrogates_;
+    text::Surrogates surrogates_;
 };
 
 } // namespace qorl

@@ -360,24 +360,21 @@ TEST(FReadAheadStream, GoesOnWithZerosBehindTheLastBlock) {
 
 TEST(StreamBufferPool, HandsOutWhatCameBack) {
     const auto pool = make<StreamBufferPool>();
-    const CmBuffer* first = nullptr;
+    Ref<CmBuffer> block = pool->take(100);
+    EXPECT_EQ(block->capacity(), 100);
+    block->append("left over", 9);
+    const CmBuffer* const first = block.get();
+    pool->giveBack(std::move(block));
+    EXPECT_NE(pool->take(101).get(), first) << "too small";
+    EXPECT_EQ(pool->take(0), nullptr);
     {
-        Ref<CmBuffer> block = pool->take(100);
-        EXPECT_EQ(block->capacity(), 100);
-        block->append("left over", 9);
-        first = block.get();
-        pool->giveBack(std::move(block));
-    }
-    EXPECT_NE(pool->take(50).get(), first) << "of another size";
-    {
-        FBufferedStream stream(make<FMemoryStream>(), 100, true, pool);
+        FBufferedStream stream(make<FMemoryStream>(), 50, true, pool);
         stream.write("abc", 3);
         EXPECT_NE(pool->take(100).get(), first) << "the stream has it";
     }
-    const Ref<CmBuffer> again = pool->take(100);
-    EXPECT_EQ(again.get(), first);
-    EXPECT_EQ(again->used(), 0);
-    EXPECT_EQ(pool->take(0), nullptr);
+    block = pool->take(100);
+    EXPECT_EQ(block.get(), first);
+    EXPECT_EQ(block->used(), 0);
 }
 
 TEST(FBufferedStream, ReadsOnWhereTheEndIsNotKnown) {

@@ -320,7 +320,8 @@ TEST(FXmlDocument, KeepsLoneSurrogates) {
     // A name of a file that is no UTF-8 holds such.
     const std::u16string odd = u"caf\xDCE9 \xD83D<\xDE00\xD83D\xDE00\u20AC\xD800";
     const std::u16string texts[] = {odd, std::u16string(2048, u'\xDC80'),
-                                    std::u16string(3000, u'\xDFFF') + odd};
+                                    std::u16string(3000, u'\xDFFF') + odd,
+                                    std::u16string(4095, u'x') + u"\U0001F600"};
     FAttributes attributes;
     for (const std::u16string& text : texts) {
         attributes.append("s").setString(ConstString(std::u16string_view(text)));
@@ -328,7 +329,7 @@ TEST(FXmlDocument, KeepsLoneSurrogates) {
     }
     FAttributes read;
     ASSERT_TRUE(readDocument(written(attributes), read));
-    for (const int32_t i : {0, 2, 3})
+    for (const int32_t i : {0, 2, 3, 4})
         EXPECT_TRUE(read.at(i)->getString().view16() == attributes.at(i)->getString().view16()) << i;
     for (const std::u16string& text : texts) {
         ConstString item;

@@ -54,5 +54,35 @@ TEST(XmlLine, WritesNumbersAsPrintfDoes) {
     }
 }
 
+TEST(XmlLine, EscapesEachByteWhereverItStands) {
+    using Escape = XmlEntities::Escape;
+    constexpr size_t longest = 19;
+    for (const Escape escape : {Escape::entities, Escape::markup}) {
+        for (size_t i = 0; i < 256 * longest * longest; ++i) {
+            const size_t length = i / 256 / longest + 1;
+            const size_t place = i / 256 % longest % length;
+            const auto& entry = XmlEntities::substitutes(escape)[i % 256];
+            std::string text(length, 'x');
+            text[place] = static_cast<char>(i % 256);
+            std::string expected = text;
+            if (entry.length > 0)
+                expected.replace(place, 1, entry.text, entry.length);
+            XmlLine line;
+            line.putEscaped(text, escape);
+            ASSERT_EQ(line.text(), expected) << "byte " << i % 256 << " at " << place << " of " << length;
+        }
+    }
+}
+
+TEST(XmlLine, KeepsInFrontWhatIsNoWholeUnit) {
+    FMemoryStream sink;
+    XmlLine line;
+    EXPECT_TRUE(line.put("abcdefg").writeTo(static_cast<FBinaryStream&>(sink), 3));
+    EXPECT_EQ(sink.bytes(), "abcdef");
+    EXPECT_EQ(line.text(), "g");
+    EXPECT_TRUE(line.put('h').writeTo(static_cast<FBinaryStream&>(sink)));
+    EXPECT_EQ(sink.bytes(), "abcdefgh");
+}
+
 } // namespace
 } // namespace qorl
