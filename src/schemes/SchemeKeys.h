@@ -160,6 +160,7 @@ constexpr uint32_t mixed = 2;
 constexpr uint32_t pressed = 4;
 constexpr uint32_t disabled = 8;
 constexpr uint32_t hovered = 16;
+constexpr uint32_t cross = 32; ///< Shows a cross where others show a tick.
 } // namespace MarkState
 
 } // namespace qorl

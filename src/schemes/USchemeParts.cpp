@@ -63,9 +63,13 @@ void UScheme::drawCheckMark(UDrawDevice& device, const CmRect& rect, uint32_t ma
         const auto at = [&](int32_t x, int32_t y) {
             return CmPoint{box.left + unit * x / 13, box.top + unit * y / 13};
         };
-        const std::array<CmPoint, 3> tick{at(3, 6), at(5, 8), at(9, 4)};
         device.setPen(UPen(getPen(key).getColor(), 2));
-        device.drawPolyline(tick);
+        if (marks & MarkState::cross) {
+            device.drawPolyline(std::array{at(4, 4), at(9, 9)});
+            device.drawPolyline(std::array{at(4, 9), at(9, 4)});
+        } else {
+            device.drawPolyline(std::array{at(3, 6), at(5, 8), at(9, 4)});
+        }
     }
 }
 

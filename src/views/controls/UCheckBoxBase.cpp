@@ -81,7 +81,8 @@ void UCustomCheckBox::drawMark(UDrawDevice& device, const CmRect& mark) {
     if (isRadio())
         getScheme()->drawRadioMark(device, mark, getMarks());
     else
-        getScheme()->drawCheckMark(device, mark, getMarks());
+        getScheme()->drawCheckMark(device, mark,
+                                   getMarks() | (hasStyle(CheckBoxStyle::cross) ? MarkState::cross : 0));
 }
 
 CmSize UCustomCheckBox::getMarkSize() const {

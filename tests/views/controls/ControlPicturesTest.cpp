@@ -76,6 +76,7 @@ constexpr ControlCase controls[] = {
     {"button", "<button name='v' title='Apply' size='10,10,90,24'/>"},
     {"button-default", "<button name='v' title='Apply' style='default' size='10,10,90,24'/>"},
     {"checkbox", "<checkbox name='v' title='Mute' size='10,10,90,20'/>"},
+    {"checkbox-cross", "<checkbox name='v' style='cross' size='10,10,20,20'/>"},
     {"switch", "<switch name='v' title='Solo' style='onoff' size='10,10,60,22'/>"},
     {"radio", "<checkbox name='v' title='Left' style='radio' size='10,10,90,20'/>"},
     {"slider", "<slider name='v' style='horizontal' size='10,10,120,20'/>", "v = 0 in 0..100"},
