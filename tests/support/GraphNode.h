@@ -46,11 +46,8 @@ public:
         attributes->setInteger("value", value);
         if (next)
             attributes->setObject("next", next.get(), FAttributes::Hold::retain);
-        for (const auto& link : links) {
-            auto given = retain(link.get());
-            if (attributes->appendObject("links", given.get(), true))
-                static_cast<void>(given.detach());
-        }
+        for (const auto& link : links)
+            attributes->appendObject("links", link);
         return isStorable;
     }
     bool restoreAttributes(FAttributes* attributes) override {

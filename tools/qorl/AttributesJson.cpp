@@ -81,10 +81,10 @@ bool AttributesJson::beginNextItem() {
         beginAttributes(lists->items[next]);
     } else {
         const auto* objects = cast<FObjectList>(holder);
-        if (next >= objects->items.size())
+        if (next >= static_cast<size_t>(objects->count()))
             return false;
         json_.beginObject();
-        begin(objects->items[next]);
+        begin(objects->at(static_cast<int32_t>(next)));
     }
     return true;
 }

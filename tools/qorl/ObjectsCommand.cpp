@@ -72,8 +72,8 @@ void releaseRings(std::vector<Ref<CmObject>> objects) {
                     objects.push_back(retain(held));
             attributes->removeAll();
         } else if (const auto* list = cast<FObjectList>(object.get())) {
-            for (CmObject* item : list->items)
-                if (item)
+            for (int32_t i = 0; i < list->count(); ++i)
+                if (CmObject* item = list->at(i))
                     objects.push_back(retain(item));
         } else if (auto* stored = cast<FXmlInstance>(object.get())) {
             if (FAttributes* body = stored->getAttributes())

@@ -336,12 +336,9 @@ bool CmContainer::storeAttributes(FAttributes* attributes) {
         throw std::bad_alloc();
     if (ownership_ != Ownership::none)
         attributes->setInteger("ownership", static_cast<int64_t>(ownership_));
-    while (!iterator->done()) {
-        Ref<CmObject> element = retain(iterator->next());
-        if (!attributes->appendObject("obj", element.get(), true))
+    while (!iterator->done())
+        if (!attributes->appendObject("obj", retain(iterator->next())))
             return false;
-        static_cast<void>(element.detach());
-    }
     return true;
 }
 

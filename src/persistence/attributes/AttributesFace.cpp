@@ -78,11 +78,7 @@ bool queueObject(FAttributes& attributes, const char* key, FInterface* interface
     const Ref<CmObject> object = objectOf(interface);
     if (auto* nested = cast<FAttributes>(object); nested && attributes.appendAttributes(key, retain(nested)))
         return true;
-    if (!attributes.appendObject(key, object.get(), true))
-        return false;
-    // The list has taken a reference over.
-    object->addRef();
-    return true;
+    return attributes.appendObject(key, object);
 }
 
 bool queueValue(FAttributes& attributes, const char* key, const FAttributeVariant& value) {

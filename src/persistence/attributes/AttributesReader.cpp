@@ -203,9 +203,9 @@ private:
         case stringList:
         case utf8List: return readTexts(*store(attributes, make<FStringList>(true)));
         case subList: return enterList(Step::Kind::lists, store(attributes, make<FSubList>()));
-        case objectList: return enterList(Step::Kind::objects, store(attributes, make<FObjectList>(true)));
-        case classList: return enterList(Step::Kind::oldObjects, store(attributes, make<FObjectList>(true)));
-        case archivedList: return readArchived(*store(attributes, make<FObjectList>(true)));
+        case objectList: return enterList(Step::Kind::objects, store(attributes, make<FObjectList>()));
+        case classList: return enterList(Step::Kind::oldObjects, store(attributes, make<FObjectList>()));
+        case archivedList: return readArchived(*store(attributes, make<FObjectList>()));
         case nestedAttributes:
             return enterBody(Step::Kind::body, Ref<FAttributes>(store(attributes, make<FAttributes>())));
         case binary: return readBinary(*store(attributes, make<FMemoryStream>()));
@@ -306,7 +306,7 @@ private:
             Ref<FXmlInstance> instance;
             if (!readInstance(instance))
                 return false;
-            list.adopt(instance);
+            list.add(instance);
             return enterInstance(*instance);
         }
         if (subkind != knownObject)
@@ -314,7 +314,7 @@ private:
         Ref<FXmlReference> reference;
         if (!readReference(reference))
             return false;
-        list.adopt(reference);
+        list.add(reference);
         return true;
     }
 
@@ -377,7 +377,7 @@ private:
         if (!object)
             return;
         if (old.list)
-            old.list->adopt(object);
+            old.list->add(object);
         else
             old.attributes->append(old.key).setObject(object.get(), Hold::retain);
     }
@@ -398,7 +398,7 @@ private:
             Ref<CmObject> object;
             if (!readArchived(object))
                 return false;
-            list.adopt(std::move(object));
+            list.add(std::move(object));
         }
         return true;
     }

@@ -83,10 +83,10 @@ private:
         const size_t level = steps_.size() - 1;
         const size_t start = out_.size();
         Step& step = steps_[level];
-        const auto place = static_cast<size_t>(step.next++);
-        const Outcome outcome = step.body    ? writeEntry(*step.body->at(static_cast<int32_t>(place)))
-                                : step.lists ? enterBody(step.lists->items[place])
-                                             : writeInstance(retain(step.objects->items[place]));
+        const int32_t place = step.next++;
+        const Outcome outcome = step.body    ? writeEntry(*step.body->at(place))
+                                : step.lists ? enterBody(step.lists->items[static_cast<size_t>(place)])
+                                             : writeInstance(retain(step.objects->at(place)));
         if (outcome == Outcome::written)
             ++steps_[level].written;
         else

@@ -23,19 +23,4 @@ FStringList::FStringList(const FStringList& other) : FAttrList(other), wide(othe
         items.push_back(FAttributeValue::copyOf(item));
 }
 
-FObjectList::FObjectList(const FObjectList& other)
-    : FAttrList(other), items(other.items), owned(other.owned) {
-    if (owned)
-        for (CmObject* item : items)
-            if (item)
-                item->addRef();
-}
-
-FObjectList::~FObjectList() {
-    if (owned)
-        for (CmObject* item : items)
-            if (item)
-                item->release();
-}
-
 } // namespace qorl

@@ -92,32 +92,42 @@ public:
     bool wide;
 };
 
-/// Objects; with `owned` the list holds a reference on each.
+/// Objects, all of them owned or all only watched: those must outlive the list.
 class FObjectList : public FAttrList {
     QORL_CLASS(FObjectList, FAttrList)
     QORL_CLONE(FObjectList)
 
 public:
-    explicit FObjectList(bool isOwned) : owned(isOwned) {}
-    FObjectList(const FObjectList& other);
-    FObjectList& operator=(const FObjectList&) = delete;
-    ~FObjectList() override;
+    enum class Items : uint8_t { owned, watched };
 
-    int32_t count() const override { return static_cast<int32_t>(items.size()); }
+    explicit FObjectList(Items items = Items::owned) : kind_(items) {}
 
-    /// For a list that owns: `object`'s reference becomes the list's.
-    void adopt(Ref<CmObject> object) {
-        items.push_back(object.get());
-        static_cast<void>(object.detach());
+    Items kind() const { return kind_; }
+    int32_t count() const override { return static_cast<int32_t>(items_.size()); }
+    /// Null where an object failed to come up.
+    CmObject* at(int32_t place) const { return items_[static_cast<size_t>(place)].object; }
+
+    /// For a list that owns.
+    void add(Ref<CmObject> object) {
+        CmObject* added = object.get();
+        items_.push_back({std::move(object), added});
     }
-    /// For a list that owns: another object in the place of one.
-    void replace(size_t place, Ref<CmObject> object) {
-        const auto before = Ref<CmObject>::adopt(std::exchange(items[place], object.detach()));
+    void replace(int32_t place, Ref<CmObject> object) {
+        CmObject* after = object.get();
+        // What was there goes last: its end may lead back to this list.
+        const Item before = std::exchange(items_[static_cast<size_t>(place)], {std::move(object), after});
     }
+    /// For a list that watches.
+    void watch(CmObject* object) { items_.push_back({nullptr, object}); }
 
-    /// May hold null where an object failed to come up.
-    std::vector<CmObject*> items;
-    const bool owned;
+private:
+    struct Item {
+        Ref<CmObject> held; ///< Of a list that owns.
+        CmObject* object;
+    };
+
+    std::vector<Item> items_;
+    Items kind_;
 };
 
 /// Lists of attributes.

@@ -31,9 +31,7 @@ public:
     /// Found, or appended.
     FStringIDAttribute& entry(std::string_view key);
     /// Without a search; keys may come twice.
-    FStringIDAttribute& append(std::string_view key, uint32_t constructionFlags = 0) {
-        return entries_.emplace_back(key, constructionFlags);
-    }
+    FStringIDAttribute& append(std::string_view key) { return entries_.emplace_back(key); }
     void reserve(size_t count) { entries_.reserve(count); }
     /// Takes an entry of this list out. Its value is the caller's, since the value's end may lead back here.
     [[nodiscard]] FStringIDAttribute take(FStringIDAttribute& entry) noexcept;

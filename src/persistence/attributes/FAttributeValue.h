@@ -45,6 +45,8 @@ public:
     };
     /// How `setObject` holds its object.
     enum class Hold : int32_t { plain = 0, adopt = 1, retain = 2 };
+    /// What an entry is made with.
+    enum ConstructionFlag : uint32_t { firstFlag = 1, secondFlag = 2, untrackedFlag = 8 };
 
     FAttributeValue() = default;
     FAttributeValue(const FAttributeValue& other);
@@ -71,11 +73,11 @@ public:
     void setForeign() { flags_ |= foreign; }
     /// Whether conversions leave the entry out.
     bool isHidden() const { return flags_ & (entryFlag1 | foreign); }
-    /// As flags of an entry: 1 the first, 2 the second, 8 untracked.
+    /// Construction flags as those of an entry.
     static constexpr uint16_t entryFlags(uint32_t constructionFlags) {
-        return static_cast<uint16_t>((constructionFlags & 1 ? entryFlag1 : 0) |
-                                     (constructionFlags & 2 ? entryFlag2 : 0) |
-                                     (constructionFlags & 8 ? untracked : 0));
+        return static_cast<uint16_t>((constructionFlags & firstFlag ? entryFlag1 : 0) |
+                                     (constructionFlags & secondFlag ? entryFlag2 : 0) |
+                                     (constructionFlags & untrackedFlag ? untracked : 0));
     }
 
     /// The value of `other`, held as it holds it; our own entry flags stay.
@@ -146,7 +148,7 @@ class FStringIDAttribute final : public FAttributeValue {
     QORL_RECORD(FStringIDAttribute)
 
 public:
-    /// Construction flags as `entryFlags` takes them.
+    /// `constructionFlags` are of `ConstructionFlag`.
     explicit FStringIDAttribute(std::string_view key = {}, uint32_t constructionFlags = 0) : key_(key) {
         setEntryFlags(entryFlags(constructionFlags));
     }

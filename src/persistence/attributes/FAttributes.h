@@ -30,8 +30,10 @@ class FAttributes : public CmObject, public AttributesFace {
 
 public:
     using Hold = FAttributeValue::Hold;
-    /// Whether a list that is loaded may have a key twice.
-    enum class EqualKeys : uint8_t { replaced, allowed };
+    /// What becomes of the values that are there already when others are loaded under their keys.
+    enum class OldValues : uint8_t { replaced, kept, besideNew };
+    /// Whether live objects stay in attributes that are saved.
+    enum class LiveObjects : uint8_t { stay, detached };
 
     FAttributes() = default;
     /// Copies the entries and what is nested in them; live and stored objects are shared.
@@ -87,9 +89,7 @@ public:
     /// The entry of `key`, made when it is missing.
     FStringIDAttribute& entry(std::string_view key) { return list().entry(key); }
     /// A new entry without a search: for loaders, which then stay linear.
-    FStringIDAttribute& append(std::string_view key, uint32_t constructionFlags = 0) {
-        return list().append(key, constructionFlags);
-    }
+    FStringIDAttribute& append(std::string_view key) { return list().append(key); }
 
     /// Queues: append to the list of `key`, which is made when it is missing. False when `key` holds
     /// something else.
@@ -100,8 +100,9 @@ public:
         return appendString(key, ConstString(text));
     }
     bool appendString(std::string_view key, const ConstString& text);
-    /// With `owned` the list takes the caller's reference over.
-    bool appendObject(std::string_view key, CmObject* object, bool owned);
+    /// A list owns its objects, or it only watches them: then they must outlive the attributes.
+    bool appendObject(std::string_view key, Ref<CmObject> object);
+    bool appendWatched(std::string_view key, CmObject* object);
     bool appendAttributes(std::string_view key, Ref<FAttributes> attributes);
 
     /// The next item of the list of `key`; objects that can't be given, as those of an unknown or another
@@ -122,24 +123,24 @@ public:
     /// none.
     bool saveObject(std::string_view key, CmObject* object);
     bool loadObject(std::string_view key, CmObject* object) const;
-    /// The same in a list of attributes; with `detach` freed of live objects first.
-    bool appendSavedObject(std::string_view key, CmObject* object, bool detach = false);
+    /// The same in a list of attributes, freed of live objects first where they are to be detached.
+    bool appendSavedObject(std::string_view key, CmObject* object, LiveObjects live = LiveObjects::stay);
     bool loadNextObject(std::string_view key, CmObject* object);
 
     /// The values that objects keep beside their own under keys of others, as a nested list under `key`
     /// ("Additional Attributes" when it is empty). Numbers, texts and objects go across; entries with the
-    /// first entry flag, and foreign ones, are left out. With `keep`, loading leaves the keys alone that are
-    /// there already. Without it, an empty list is filled without a search, as is one with
-    /// `EqualKeys::allowed`. A stored object becomes the live one; one whose class is unknown stays
-    /// stored. False, and nothing loaded, without such a nested list.
+    /// first entry flag, and foreign ones, are left out. An empty list is filled without a search, as is one
+    /// whose old values stand beside the new ones; `kept` ones stay in their place. A stored object becomes
+    /// the live one; one whose class is unknown stays stored. False, and nothing loaded, without such a
+    /// nested list.
     void saveExtraAttributes(const FAttributes& values, std::string_view key = {});
-    bool loadExtraAttributes(FAttributes& values, std::string_view key = {}, bool keep = false,
-                             EqualKeys equalKeys = EqualKeys::replaced) const;
+    bool loadExtraAttributes(FAttributes& values, std::string_view key = {},
+                             OldValues oldValues = OldValues::replaced) const;
     /// The same for keys that are numbers: one is stored as the text of its four bytes, low first, up to a
     /// zero byte, when that is ASCII, else as "IntID:NUMBER".
     void saveIntKeyAttributes(const std::vector<FIntIDAttribute>& values, std::string_view key = {});
     bool loadIntKeyAttributes(std::vector<FIntIDAttribute>& values, std::string_view key = {},
-                              bool keep = false, EqualKeys equalKeys = EqualKeys::replaced) const;
+                              OldValues oldValues = OldValues::replaced) const;
 
     /// Replaces live objects by stored ones and foreign memory by copies, in nested attributes too. An object
     /// that has no attribute form is left out. False, and nothing changed, when memory ran out.

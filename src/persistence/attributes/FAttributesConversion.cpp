@@ -111,16 +111,16 @@ void FAttributes::saveExtraAttributes(const FAttributes& values, std::string_vie
         setObject(key.empty() ? standardKey : key, nested.get(), Hold::retain);
 }
 
-bool FAttributes::loadExtraAttributes(FAttributes& values, std::string_view key, bool keep,
-                                      EqualKeys equalKeys) const {
+bool FAttributes::loadExtraAttributes(FAttributes& values, std::string_view key, OldValues oldValues) const {
     const Ref<FAttributes> nested = retain(getAttributes(key.empty() ? standardKey : key));
     if (!nested)
         return false;
-    const bool isAppended = !keep && (values.isEmpty() || equalKeys == EqualKeys::allowed);
+    const bool isAppended =
+        oldValues == OldValues::besideNew || (oldValues == OldValues::replaced && values.isEmpty());
     loadValues(*nested, [&](const std::string& name) -> FAttributeValue* {
         if (isAppended)
             return &values.append(name);
-        return keep && values.contains(name) ? nullptr : &values.entry(name);
+        return oldValues == OldValues::kept && values.contains(name) ? nullptr : &values.entry(name);
     });
     return true;
 }
@@ -134,19 +134,19 @@ void FAttributes::saveIntKeyAttributes(const std::vector<FIntIDAttribute>& value
         setObject(key.empty() ? standardKey : key, nested.get(), Hold::retain);
 }
 
-bool FAttributes::loadIntKeyAttributes(std::vector<FIntIDAttribute>& values, std::string_view key, bool keep,
-                                       EqualKeys equalKeys) const {
+bool FAttributes::loadIntKeyAttributes(std::vector<FIntIDAttribute>& values, std::string_view key,
+                                       OldValues oldValues) const {
     const Ref<FAttributes> nested = retain(getAttributes(key.empty() ? standardKey : key));
     if (!nested)
         return false;
-    if (!keep && (values.empty() || equalKeys == EqualKeys::allowed)) {
+    if (oldValues == OldValues::besideNew || (oldValues == OldValues::replaced && values.empty())) {
         loadValues(*nested, [&](const std::string& name) { return &values.emplace_back(numberOfKey(name)); });
         return true;
     }
     NumberedValues places(values);
     loadValues(*nested, [&](const std::string& name) -> FAttributeValue* {
         const uint32_t number = numberOfKey(name);
-        return keep && places.contains(number) ? nullptr : places.entry(number);
+        return oldValues == OldValues::kept && places.contains(number) ? nullptr : places.entry(number);
     });
     return true;
 }

@@ -1,4 +1,5 @@
 #include "foundation/Cast.h"
+#include "persistence/attributes/AttributesWalk.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/attributes/ReferenceBinder.h"
@@ -7,7 +8,6 @@
 
 #include <new>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace qorl {
 
@@ -20,13 +20,9 @@ using Hold = FAttributeValue::Hold;
 class Detacher {
 public:
     void detachAll(FAttributes& root) {
-        waiting_.push_back(retain(&root));
-        while (!waiting_.empty()) {
-            const Ref<FAttributes> attributes = std::move(waiting_.back());
-            waiting_.pop_back();
-            if (seen_.insert(attributes->items()).second)
-                detach(*attributes);
-        }
+        walk_.add(retain(&root));
+        while (walk_.next())
+            detach(walk_.attributes());
         swapAll();
         try {
             binder_.bind(root);
@@ -85,15 +81,11 @@ private:
 
     /// What stands for an object from now on; null for one without an attribute form.
     Ref<CmObject> detached(const Ref<CmObject>& object) {
-        if (auto* nested = cast<FAttributes>(object))
-            waiting_.push_back(retain(nested));
-        else if (const auto* lists = cast<FSubList>(object))
-            waiting_.insert(waiting_.end(), lists->items.begin(), lists->items.end());
-        else if (const auto* objects = cast<FObjectList>(object); objects && objects->count() > 0)
+        if (walk_.addNested(object.get()))
+            return object;
+        if (const auto* objects = cast<FObjectList>(object); objects && objects->count() > 0)
             return detachedList(*objects);
-        else if (!cast<FAttrList>(object))
-            return detachedItem(object);
-        return object;
+        return cast<FAttrList>(object) ? object : detachedItem(object);
     }
 
     Ref<CmObject> detachedItem(const Ref<CmObject>& object) {
@@ -113,13 +105,13 @@ private:
     }
 
     Ref<CmObject> detachedList(const FObjectList& objects) {
-        auto list = make<FObjectList>(true);
+        auto list = make<FObjectList>();
         // By place, as above. One that is nothing keeps its place.
-        for (size_t i = 0; i < objects.items.size(); ++i) {
-            const Ref<CmObject> item = retain(objects.items[i]);
+        for (int32_t i = 0; i < objects.count(); ++i) {
+            const Ref<CmObject> item = retain(objects.at(i));
             auto replaced = item ? detachedItem(item) : nullptr;
             if (replaced || !item)
-                list->adopt(std::move(replaced));
+                list->add(std::move(replaced));
         }
         return list;
     }
@@ -134,12 +126,11 @@ private:
         handled_.emplace(object.get(), object);
         const auto instance = make<FXmlInstance>(id, stored.className, stored.attributes);
         binder_.addInstance(instance);
-        waiting_.push_back(stored.attributes);
+        walk_.add(stored.attributes);
         return instance;
     }
 
-    std::vector<Ref<FAttributes>> waiting_;
-    std::unordered_set<const FAttributeItems*> seen_;
+    AttributesWalk walk_;
     std::vector<Change> changes_;
     // Held until the end, since an address that is free again would name another object.
     std::unordered_map<const CmObject*, Ref<CmObject>> handled_;

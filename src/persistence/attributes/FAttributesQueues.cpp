@@ -1,20 +1,25 @@
 #include "foundation/Cast.h"
+#include "persistence/attributes/AttributesWalk.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/attributes/StoredObject.h"
 
 #include <new>
-#include <unordered_set>
 
 namespace qorl {
 
 namespace {
 
-/// The item behind the cursor; null at the end, and without a list.
+/// The place of the next item; -1 at the end, and without a list.
+int32_t nextPlace(FAttrList* list) {
+    return list ? list->step() : -1;
+}
+
+/// Null instead of that.
 template <typename List>
 auto* nextItem(List* list) {
-    const int32_t place = list ? list->step() : -1;
+    const int32_t place = nextPlace(list);
     return place >= 0 ? &list->items[static_cast<size_t>(place)] : nullptr;
 }
 
@@ -64,21 +69,24 @@ bool FAttributes::appendString(std::string_view key, const ConstString& text) {
     return addTo<FStringList>(key, add, text.isWide());
 }
 
-bool FAttributes::appendObject(std::string_view key, CmObject* object, bool owned) {
-    const auto add = [object, owned](FObjectList& list) {
-        if (list.owned != owned)
+bool FAttributes::appendObject(std::string_view key, Ref<CmObject> object) {
+    const auto add = [&object](FObjectList& list) {
+        if (list.kind() != FObjectList::Items::owned)
             return false;
-        list.items.push_back(object);
-        if (owned)
-            object->addRef();
+        list.add(std::move(object));
         return true;
     };
-    if (!object || !addTo<FObjectList>(key, add, owned))
-        return false;
-    // The list has a reference of its own by now.
-    if (owned)
-        object->release();
-    return true;
+    return object && addTo<FObjectList>(key, add, FObjectList::Items::owned);
+}
+
+bool FAttributes::appendWatched(std::string_view key, CmObject* object) {
+    const auto add = [object](FObjectList& list) {
+        if (list.kind() != FObjectList::Items::watched)
+            return false;
+        list.watch(object);
+        return true;
+    };
+    return object && addTo<FObjectList>(key, add, FObjectList::Items::watched);
 }
 
 bool FAttributes::appendAttributes(std::string_view key, Ref<FAttributes> attributes) {
@@ -111,8 +119,8 @@ bool FAttributes::nextText(std::string_view key, ConstString& text) {
 
 Ref<CmObject> FAttributes::nextObject(std::string_view key, const char* className) {
     const Ref<FObjectList> list = retain(this->list<FObjectList>(key));
-    while (CmObject* const* item = nextItem(list.get())) {
-        Ref<CmObject> object = StoredObject::live(retain(*item));
+    for (int32_t place = nextPlace(list.get()); place >= 0; place = list->step()) {
+        Ref<CmObject> object = StoredObject::live(retain(list->at(place)));
         if (object && (!className || object->isTypeOf(className, true)))
             return object;
     }
@@ -126,8 +134,8 @@ FAttributes* FAttributes::nextAttributes(std::string_view key) {
 
 FAttributes* FAttributes::nextXmlAttributes(std::string_view key, const char* className) {
     auto* list = this->list<FObjectList>(key);
-    while (CmObject* const* item = nextItem(list)) {
-        auto* stored = cast<FXmlObject>(*item);
+    for (int32_t place = nextPlace(list); place >= 0; place = list->step()) {
+        auto* stored = cast<FXmlObject>(list->at(place));
         if (!stored || (className && !stored->isClass(className)))
             continue;
         if (FAttributes* attributes = stored->getAttributes())
@@ -147,32 +155,22 @@ void FAttributes::resetCursor(std::string_view key) {
 }
 
 void FAttributes::resetAllCursors() {
-    std::vector<FAttributes*> waiting{this};
-    // Live attributes may stand in each other.
-    std::unordered_set<const FAttributeItems*> seen;
-    while (!waiting.empty()) {
-        FAttributes& attributes = *waiting.back();
-        waiting.pop_back();
-        if (!seen.insert(attributes.items()).second)
-            continue;
-        for (int32_t i = 0; i < attributes.count(); ++i) {
-            CmObject* object = attributes.at(i)->getObject();
+    AttributesWalk walk;
+    walk.add(retain(this));
+    while (walk.next())
+        for (int32_t i = 0; i < walk.attributes().count(); ++i) {
+            CmObject* object = walk.attributes().at(i)->getObject();
             if (auto* list = cast<FAttrList>(object))
                 list->resetCursor();
-            if (auto* nested = cast<FAttributes>(object))
-                waiting.push_back(nested);
-            else if (const auto* lists = cast<FSubList>(object))
-                for (const auto& item : lists->items)
-                    waiting.push_back(item.get());
+            walk.addNested(object);
         }
-    }
 }
 
-bool FAttributes::appendSavedObject(std::string_view key, CmObject* object, bool detach) {
+bool FAttributes::appendSavedObject(std::string_view key, CmObject* object, LiveObjects live) {
     auto attributes = make<FAttributes>();
     if (!object || !object->storeAttributes(attributes.get()))
         return false;
-    if (detach && !attributes->detachObjects())
+    if (live == LiveObjects::detached && !attributes->detachObjects())
         throw std::bad_alloc();
     return appendAttributes(key, std::move(attributes));
 }

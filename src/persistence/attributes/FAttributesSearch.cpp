@@ -20,16 +20,16 @@ FAttributes* attributesOf(CmObject* object) {
 }
 
 /// The attributes that the item of a list stands for; null for an item without.
-FAttributes* attributesOfItem(CmObject* list, size_t place) {
+FAttributes* attributesOfItem(CmObject* list, int32_t place) {
     if (const auto* lists = cast<FSubList>(list))
-        return lists->items[place].get();
-    auto* stored = cast<FXmlObject>(cast<FObjectList>(list)->items[place]);
+        return lists->items[static_cast<size_t>(place)].get();
+    auto* stored = cast<FXmlObject>(cast<FObjectList>(list)->at(place));
     return stored ? stored->getAttributes() : nullptr;
 }
 
-size_t itemCount(CmObject* object) {
+int32_t itemCount(CmObject* object) {
     const bool isSearched = cast<FSubList>(object) || cast<FObjectList>(object);
-    return isSearched ? static_cast<size_t>(cast<FAttrList>(object)->count()) : 0;
+    return isSearched ? cast<FAttrList>(object)->count() : 0;
 }
 
 /// `path` behind its first part when that part is `key`.
@@ -73,7 +73,7 @@ private:
         const FAttributes* attributes;
         std::string_view path;
         int32_t entry = -1;
-        size_t item = 0;
+        int32_t item = 0;
     };
 
     /// Into the next item of the list that the search stands at.

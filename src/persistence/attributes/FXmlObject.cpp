@@ -3,10 +3,10 @@
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
 #include "persistence/archive/FObjectArchive.h"
+#include "persistence/attributes/AttributesWalk.h"
 #include "persistence/attributes/FAttrList.h"
 
 #include <new>
-#include <unordered_set>
 #include <utility>
 
 namespace qorl {
@@ -73,36 +73,25 @@ FXmlInstance::~FXmlInstance() {
 }
 
 /// An instance that only this one holds would be lost to those that watch it, did it go with the attributes.
-void FXmlInstance::keepParts(const FAttributes& attributes) {
-    std::vector<const FAttributes*> open{&attributes};
-    // Attributes may share their entries, and stand in several places.
-    std::unordered_set<const FAttributeItems*> seen;
-    const auto visit = [&](CmObject* object) {
-        if (const auto* nested = cast<FAttributes>(object)) {
-            open.push_back(nested);
-        } else if (const auto* lists = cast<FSubList>(object)) {
-            for (const auto& item : lists->items)
-                open.push_back(item.get());
-        } else if (auto* instance = cast<FXmlInstance>(object)) {
+void FXmlInstance::keepParts(FAttributes& attributes) {
+    AttributesWalk walk;
+    const auto keep = [this, &walk](CmObject* part) {
+        if (walk.addNested(part))
+            return;
+        if (auto* instance = cast<FXmlInstance>(part))
             parts_.push_back(retain(instance));
-        } else if (const auto* reference = cast<FXmlReference>(object)) {
-            if (reference->held_)
-                parts_.push_back(reference->held_);
-        }
+        else if (const auto* reference = cast<FXmlReference>(part); reference && reference->held_)
+            parts_.push_back(reference->held_);
     };
-    while (!open.empty()) {
-        const FAttributes* next = open.back();
-        open.pop_back();
-        if (!seen.insert(next->items()).second)
-            continue;
-        for (int32_t i = 0; i < next->count(); ++i) {
-            CmObject* object = next->at(i)->getObject();
-            visit(object);
-            if (const auto* objects = cast<FObjectList>(object))
-                for (CmObject* item : objects->items)
-                    visit(item);
+    walk.add(retain(&attributes));
+    while (walk.next())
+        for (int32_t i = 0; i < walk.attributes().count(); ++i) {
+            CmObject* object = walk.attributes().at(i)->getObject();
+            keep(object);
+            const auto* objects = cast<FObjectList>(object);
+            for (int32_t item = 0; objects && item < objects->count(); ++item)
+                keep(objects->at(item));
         }
-    }
 }
 
 CmObject* FXmlInstance::getObject() {

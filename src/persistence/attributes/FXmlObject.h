@@ -55,7 +55,7 @@ public:
 private:
     friend class FXmlReference;
 
-    void keepParts(const FAttributes& attributes);
+    void keepParts(FAttributes& attributes);
 
     Ref<CmObject> object_;
     Ref<FAttributes> attributes_;

@@ -1,6 +1,7 @@
 #include "persistence/attributes/ReferenceBinder.h"
 
 #include "foundation/Cast.h"
+#include "persistence/attributes/AttributesWalk.h"
 #include "persistence/attributes/FAttrList.h"
 
 #include <algorithm>
@@ -88,14 +89,59 @@ void ReferenceBinder::addInstance(Ref<FXmlInstance> instance) {
     instances_.push_back(std::move(instance));
 }
 
+/// Finds where references and instances stand and who leads to whom, and binds them.
+class ReferenceBinder::Run {
+public:
+    explicit Run(const ReferenceBinder& binder) : binder_(binder) {}
+
+    void bind(FAttributes& root);
+
+private:
+    /// Where an object stands. Places of attributes have numbers: 0 for the root, others for instances.
+    struct Place {
+        FAttributes* attributes;
+        /// Within a list of objects, if it stands there.
+        FObjectList* list;
+        int32_t index;
+        size_t owner;
+
+        void put(Ref<CmObject> object) const;
+    };
+    struct ReferencePlace {
+        FXmlReference* reference;
+        size_t owner;
+        FXmlInstance* target;
+    };
+    struct InstancePlace {
+        FXmlInstance* instance;
+        Place place;
+    };
+
+    void visitWaiting();
+    void visitObject(CmObject* object, const Place& place);
+    size_t enter(FXmlInstance* instance);
+    void followReferences();
+
+    const ReferenceBinder& binder_;
+    std::unordered_map<const FXmlInstance*, size_t> numbers_;
+    std::vector<std::vector<size_t>> leadsTo_;
+    std::vector<ReferencePlace> referencePlaces_;
+    std::vector<InstancePlace> instancePlaces_;
+    AttributesWalk walk_;
+    size_t followed_ = 0;
+};
+
 void ReferenceBinder::bind(FAttributes& root) {
-    if (references_.empty())
-        return;
+    if (!references_.empty())
+        Run(*this).bind(root);
+}
+
+void ReferenceBinder::Run::bind(FAttributes& root) {
     leadsTo_.emplace_back();
-    visit(root, 0);
+    walk_.add(retain(&root));
     visitWaiting();
     followReferences();
-    for (const auto& instance : instances_) {
+    for (const auto& instance : binder_.instances_) {
         enter(instance.get());
         visitWaiting();
         followReferences();
@@ -121,43 +167,32 @@ void ReferenceBinder::bind(FAttributes& root) {
     }
 }
 
-void ReferenceBinder::Place::put(Ref<CmObject> object) const {
+void ReferenceBinder::Run::Place::put(Ref<CmObject> object) const {
     if (list)
         list->replace(index, std::move(object));
     else
-        attributes->at(static_cast<int32_t>(index))
-            ->replaceObject(object.get(), FAttributeValue::Hold::retain);
+        attributes->at(index)->replaceObject(object.get(), FAttributeValue::Hold::retain);
 }
 
-void ReferenceBinder::visitWaiting() {
-    while (!waiting_.empty()) {
-        const auto [attributes, owner] = waiting_.back();
-        waiting_.pop_back();
-        visit(*attributes, owner);
-    }
-}
-
-void ReferenceBinder::visit(FAttributes& attributes, size_t owner) {
-    if (!seen_.insert(attributes.items()).second)
-        return;
-    for (int32_t i = 0; i < attributes.count(); ++i) {
-        CmObject* object = attributes.at(i)->getObject();
-        if (auto* nested = cast<FAttributes>(object)) {
-            waiting_.emplace_back(nested, owner);
-        } else if (const auto* lists = cast<FSubList>(object)) {
-            for (const auto& item : lists->items)
-                waiting_.emplace_back(item.get(), owner);
-        } else if (auto* objects = cast<FObjectList>(object)) {
-            for (size_t item = 0; item < objects->items.size(); ++item)
-                visitObject(objects->items[item], {&attributes, objects, item, owner});
-        } else {
-            visitObject(object, {&attributes, nullptr, static_cast<size_t>(i), owner});
+void ReferenceBinder::Run::visitWaiting() {
+    while (walk_.next()) {
+        FAttributes& attributes = walk_.attributes();
+        const size_t owner = walk_.owner();
+        for (int32_t i = 0; i < attributes.count(); ++i) {
+            CmObject* object = attributes.at(i)->getObject();
+            if (walk_.addNested(object, owner))
+                continue;
+            auto* objects = cast<FObjectList>(object);
+            if (!objects)
+                visitObject(object, {&attributes, nullptr, i, owner});
+            for (int32_t item = 0; objects && item < objects->count(); ++item)
+                visitObject(objects->at(item), {&attributes, objects, item, owner});
         }
     }
 }
 
-void ReferenceBinder::visitObject(CmObject* object, const Place& place) {
-    if (!object || !own_.contains(object))
+void ReferenceBinder::Run::visitObject(CmObject* object, const Place& place) {
+    if (!object || !binder_.own_.contains(object))
         return;
     if (auto* instance = cast<FXmlInstance>(object)) {
         const size_t number = enter(instance);
@@ -168,22 +203,22 @@ void ReferenceBinder::visitObject(CmObject* object, const Place& place) {
     }
 }
 
-size_t ReferenceBinder::enter(FXmlInstance* instance) {
+size_t ReferenceBinder::Run::enter(FXmlInstance* instance) {
     const auto [entry, isNew] = numbers_.emplace(instance, leadsTo_.size());
     const size_t number = entry->second;
     if (!isNew)
         return number;
     leadsTo_.emplace_back();
     if (FAttributes* attributes = instance->getAttributes())
-        waiting_.emplace_back(attributes, number);
+        walk_.add(retain(attributes), number);
     return number;
 }
 
-void ReferenceBinder::followReferences() {
+void ReferenceBinder::Run::followReferences() {
     // Entering an instance may find more of them.
     for (; followed_ < referencePlaces_.size(); ++followed_) {
-        const auto found = byId_.find(referencePlaces_[followed_].reference->id());
-        if (found == byId_.end())
+        const auto found = binder_.byId_.find(referencePlaces_[followed_].reference->id());
+        if (found == binder_.byId_.end())
             continue;
         referencePlaces_[followed_].target = found->second;
         const size_t number = enter(found->second);

@@ -96,7 +96,7 @@ Ref<CmObject> makeList(std::string_view type) {
     if (type == "string")
         return make<FStringList>(true);
     if (type == "obj")
-        return make<FObjectList>(true);
+        return make<FObjectList>();
     if (type == "list")
         return make<FSubList>();
     return nullptr;
@@ -351,9 +351,9 @@ bool XmlDocumentReader::openItem(const FXmlAttributes& attributes) {
     } else if (auto* objects = cast<FObjectList>(list)) {
         const auto value = attributes.find("value");
         if (const uint64_t id = readId(value))
-            objects->adopt(addReference(id));
+            objects->add(addReference(id));
         else if (value)
-            objects->adopt(nullptr);
+            objects->add(nullptr);
     } else {
         return false;
     }
@@ -387,7 +387,7 @@ bool XmlDocumentReader::openObject(const FXmlAttributes& attributes) {
 /// Under its name, or into the open list of objects, or nowhere.
 void XmlDocumentReader::store(Ref<CmObject> object, const FXmlAttributes& attributes) {
     if (auto* objects = cast<FObjectList>(current().list))
-        objects->adopt(std::move(object));
+        objects->add(std::move(object));
     else if (current().body && attributes.find("name"))
         append(attributes)->setObject(object.get(), Hold::retain);
 }

@@ -238,8 +238,8 @@ bool XmlDocumentWriter::writeList(CmObject* list, std::string_view key, int32_t 
             isGood = writeTextItem(texts->items[i], level + 1);
     } else if (const auto* objects = cast<FObjectList>(list)) {
         isGood = begin("obj");
-        for (size_t i = 0; isGood && i < objects->items.size(); ++i)
-            isGood = writeListed(objects->items[i], level + 1);
+        for (int32_t i = 0; isGood && i < objects->count(); ++i)
+            isGood = writeListed(objects->at(i), level + 1);
     } else if (const auto* lists = cast<FSubList>(list)) {
         isGood = begin("list");
         for (size_t i = 0; isGood && i < lists->items.size(); ++i) {

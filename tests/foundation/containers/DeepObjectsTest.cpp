@@ -231,8 +231,8 @@ TYPED_TEST(Restored, EndsTheWholeLoadWhenAnElementFindsNoMemory) {
     if constexpr (std::is_same_v<TypeParam, CmVariant>) {
         attributes->setObject("obj", part.get(), FAttributes::Hold::retain);
     } else {
-        attributes->appendObject("obj", make<NumberedObject>(1).detach(), true);
-        attributes->appendObject("obj", retain(part.get()).detach(), true);
+        attributes->appendObject("obj", make<NumberedObject>(1));
+        attributes->appendObject("obj", part);
     }
     Starved::isFirst = true;
     {

@@ -41,7 +41,7 @@ private:
 TEST(AttributesGraph, TellsObjectsApartThatLiveOnlyWhileTheyAreWritten) {
     FAttributes attributes;
     for (int32_t i = 0; i < 20; ++i)
-        attributes.appendObject("makers", new Maker(i), true);
+        attributes.appendObject("makers", make<Maker>(i));
     FMemoryStream stream;
     ASSERT_TRUE(writeAttributes(stream, attributes));
     stream.rewind();
@@ -57,7 +57,7 @@ TEST(AttributesGraph, TellsObjectsApartThatLiveOnlyWhileTheyAreWritten) {
         const auto* list = cast<FObjectList>(one.find("makers")->getObject());
         ASSERT_EQ(list->count(), 20);
         for (int32_t i = 0; i < 20; ++i) {
-            auto* maker = cast<FXmlObject>(list->items[static_cast<size_t>(i)]);
+            auto* maker = cast<FXmlObject>(list->at(i));
             const Ref<CmObject> part = maker->getAttributes()->getObject("part", "CmString");
             ASSERT_NE(part, nullptr) << i;
             EXPECT_EQ(cast<CmString>(part)->string(), ConstString(std::string_view(std::to_string(i))));
@@ -103,11 +103,11 @@ private:
         text_ += '}';
     }
 
-    template <typename Items, typename Write>
-    void list(const Items& items, Write write) {
+    template <typename List, typename Write>
+    void list(const List& list, Write write) {
         text_ += '[';
-        for (const auto& item : items) {
-            write(item);
+        for (int32_t i = 0; i < list.count(); ++i) {
+            write(i);
             text_ += ' ';
         }
         text_ += ']';
@@ -116,16 +116,15 @@ private:
     void object(CmObject* object) {
         if (const auto* nested = cast<FAttributes>(object))
             return body(*nested);
-        if (const auto* integers = cast<FIntList>(object))
-            return list(integers->items, [this](int64_t item) { text_ += std::to_string(item); });
-        if (const auto* reals = cast<FFloatList>(object))
-            return list(reals->items, [this](double item) { text_ += std::to_string(item); });
-        if (const auto* texts = cast<FStringList>(object))
-            return list(texts->items, [this](const String& item) { text_ += item.toUtf8(); });
-        if (const auto* lists = cast<FSubList>(object))
-            return list(lists->items, [this](const auto& item) { body(*item); });
         if (const auto* objects = cast<FObjectList>(object))
-            return list(objects->items, [this](CmObject* item) { instance(item); });
+            return list(*objects, [&](int32_t i) { instance(objects->at(i)); });
+        if (const auto* lists = cast<FSubList>(object))
+            return list(*lists, [&](int32_t i) { body(*lists->items[static_cast<size_t>(i)]); });
+        if (const auto* integers = cast<FIntList>(object))
+            return list(*integers,
+                        [&](int32_t i) { text_ += std::to_string(integers->items[static_cast<size_t>(i)]); });
+        if (const auto* texts = cast<FStringList>(object))
+            return list(*texts, [&](int32_t i) { text_ += texts->items[static_cast<size_t>(i)].toUtf8(); });
         if (const auto bytes = binaryBytes(object)) {
             text_ += "bytes:" + std::string(*bytes);
             return;
@@ -178,7 +177,7 @@ private:
         case 8: attributes.setObject(key, node(), Hold::plain); break;
         case 9:
             for (uint32_t i = below(4); i > 0; --i)
-                attributes.appendObject(key, node(), false);
+                attributes.appendWatched(key, node());
             break;
         case 10: {
             const auto nested = make<FAttributes>();

@@ -33,7 +33,7 @@ void fill(FAttributes& attributes) {
     attributes.appendAttributes("subs", make<FAttributes>());
     const auto object = make<CmString>(longText.c_str());
     attributes.setObject("object", object.get(), Hold::retain);
-    attributes.appendObject("objects", retain(object.get()).detach(), true);
+    attributes.appendObject("objects", object);
 }
 
 TEST(AttributesMemory, WritesAllOrNothing) {

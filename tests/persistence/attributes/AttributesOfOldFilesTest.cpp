@@ -87,7 +87,7 @@ TEST_P(AttributesOfOldFiles, KeepsObjectsThatNobodyIsToCreate) {
     EXPECT_EQ(read.findAttributes("o")->getInteger("x"), 7);
     ASSERT_EQ(read.count("l"), 1) << "there is no use for one without a class";
     EXPECT_TRUE(
-        cast<FXmlInstance>(cast<FObjectList>(read.find("l")->getObject())->items[0])->isClass("CmString"));
+        cast<FXmlInstance>(cast<FObjectList>(read.find("l")->getObject())->at(0))->isClass("CmString"));
 }
 
 /// Attributes in each other by way of a compact archive, `depth` of them.

@@ -134,8 +134,8 @@ const SubkindCase subkinds[] = {
     {"a list with an object twice",
      [](FAttributes& a) {
          const auto instance = make<FXmlInstance>(77, "Gone", make<FAttributes>());
-         a.appendObject("l", retain(instance.get()).detach(), true);
-         a.appendObject("l", retain(instance.get()).detach(), true);
+         a.appendObject("l", instance);
+         a.appendObject("l", instance);
          a.setInteger("behind", 1);
      },
      [](BodyBytes& b) {
@@ -166,8 +166,8 @@ TEST(AttributesStream, StoresLiveObjectsByClassAndAddress) {
     const auto nested = one("x", 1);
     FAttributes attributes;
     attributes.setObject("o", text.get(), Hold::plain);
-    attributes.appendObject("l", text.get(), false);
-    attributes.appendObject("l", nested.get(), false);
+    attributes.appendWatched("l", text.get());
+    attributes.appendWatched("l", nested.get());
     BodyBytes expected(0);
     expected.int32(2).object("o", 20).text("CmString").int64(static_cast<int64_t>(idOf(text.get())));
     expected.int32(1).text("s").word(8).text("live");
@@ -290,8 +290,8 @@ void fill(FAttributes& attributes) {
     attributes.appendAttributes("subs", one("x", 6));
     const auto object = make<CmString>("object");
     attributes.setObject("object", object.get(), Hold::retain);
-    attributes.appendObject("objects", retain(object.get()).detach(), true);
-    attributes.appendObject("objects", new CmString("other"), true);
+    attributes.appendObject("objects", object);
+    attributes.appendObject("objects", make<CmString>("other"));
 }
 
 TEST_P(AttributesInEachOrder, FailsWhereTheBytesEndAndKeepsWhatItHas) {
@@ -470,8 +470,8 @@ TEST(AttributesStream, LeavesNothingHalfOfAnObjectThatGivesUp) {
     FAttributes attributes;
     attributes.setInteger("before", 1);
     attributes.setObject("o", half.get(), Hold::retain);
-    attributes.appendObject("l", half.get(), false);
-    attributes.appendObject("l", half.get(), false);
+    attributes.appendWatched("l", half.get());
+    attributes.appendWatched("l", half.get());
     attributes.setObject("outer", new FXmlInstance(5, "Outer", outer), Hold::adopt);
     // It was met first by who gave up, and stands in full nevertheless.
     attributes.setObject("part", part.get(), Hold::retain);
@@ -490,9 +490,10 @@ TEST(AttributesStream, LeavesNothingHalfOfAnObjectThatGivesUp) {
 
 TEST(AttributesStream, KeepsTheItemsBehindANull) {
     FAttributes attributes;
-    attributes.appendObject("l", new CmString("x"), true);
-    auto* list = cast<FObjectList>(attributes.find("l")->getObject());
-    list->items.insert(list->items.begin(), nullptr);
+    const auto list = make<FObjectList>();
+    list->add(nullptr);
+    list->add(make<CmString>("x"));
+    attributes.setObject("l", list.get(), Hold::retain);
     FAttributes read;
     ASSERT_TRUE(load(stored(attributes), read));
     EXPECT_EQ(read.count("l"), 2);

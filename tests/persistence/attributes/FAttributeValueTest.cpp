@@ -50,8 +50,8 @@ TEST(FAttributeValue, CopiesANullObject) {
 }
 
 TEST(FAttributeValue, KeepsTheFlagsOfAnEntryWhenItsValueChanges) {
-    FAttributes attributes;
-    FStringIDAttribute& entry = attributes.append("x", 1 | 2 | 8);
+    using Entry = FStringIDAttribute;
+    Entry entry("x", Entry::firstFlag | Entry::secondFlag | Entry::untrackedFlag);
     constexpr uint16_t kept = 0x08C0;
     EXPECT_EQ(entry.flags(), kept);
     entry.setForeign();

@@ -154,8 +154,8 @@ TEST(FAttributes, QueuesValuesOfOneKind) {
     EXPECT_TRUE(attributes.appendText8("t", "a"));
     EXPECT_FALSE(attributes.appendText16("t", u"a"));
     const auto object = make<CmString>("o");
-    EXPECT_TRUE(attributes.appendObject("o", object.get(), false));
-    EXPECT_FALSE(attributes.appendObject("o", object.get(), true));
+    EXPECT_TRUE(attributes.appendWatched("o", object.get()));
+    EXPECT_FALSE(attributes.appendObject("o", object));
     EXPECT_EQ(referencesOn(object.get()), 1u);
     EXPECT_EQ(attributes.nextObject("o", "FAttributes"), nullptr);
     EXPECT_EQ(attributes.nextObject("o"), object.get());
@@ -222,19 +222,15 @@ TEST(FAttributes, FindsNestedValues) {
 
 TEST(FAttributes, GivesTheItemsBehindOneThatCantBeGiven) {
     FAttributes attributes;
-    const auto add = [&attributes](CmObject* object) { attributes.appendObject("l", object, true); };
-    const auto stored = [] {
-        auto state = make<FAttributes>();
-        state->setText8("s", "x");
-        return state;
-    };
-    add(new FXmlInstance(1, "NoSuchClass", make<FAttributes>()));
-    add(new CmString("one"));
-    add(new FXmlReference(9));
-    add(new FXmlInstance(2, "CmString", stored()));
-    cast<FObjectList>(attributes.find("l")->getObject())->adopt(nullptr);
-    add(new CmString("two"));
-    add(new FXmlInstance(3, "NoSuchClass", make<FAttributes>()));
+    const auto state = make<FAttributes>();
+    state->setText8("s", "x");
+    const auto list = make<FObjectList>();
+    for (const Ref<CmObject>& object : std::initializer_list<Ref<CmObject>>{
+             make<FXmlInstance>(1, "NoSuchClass", make<FAttributes>()), make<CmString>("one"),
+             make<FXmlReference>(9), make<FXmlInstance>(2, "CmString", state), nullptr, make<CmString>("two"),
+             make<FXmlInstance>(3, "NoSuchClass", make<FAttributes>())})
+        list->add(object);
+    attributes.setObject("l", list.get(), Hold::retain);
     for (int round = 0; round < 2; ++round) {
         EXPECT_NE(attributes.nextXmlAttributes("l", "CmString"), nullptr);
         EXPECT_EQ(attributes.nextXmlAttributes("l", "CmString"), nullptr);
@@ -252,14 +248,15 @@ TEST(FAttributes, StaysWholeWhenObjectsAreDetached) {
     FAttributes attributes;
     attributes.setObject("hidden", new CmString("x"), Hold::adopt);
     attributes.find("hidden")->setForeign();
-    attributes.appendObject("l", new CmString("y"), true);
-    auto& items = cast<FObjectList>(attributes.find("l")->getObject())->items;
-    items.insert(items.begin(), nullptr);
+    const auto list = make<FObjectList>();
+    list->add(nullptr);
+    list->add(make<CmString>("y"));
+    attributes.setObject("l", list.get(), Hold::retain);
     ASSERT_TRUE(attributes.detachObjects());
     EXPECT_TRUE(cast<FXmlInstance>(attributes.find("hidden")->getObject()));
     EXPECT_EQ(attributes.find("hidden")->flags() & FAttributeValue::foreign, FAttributeValue::foreign);
     EXPECT_EQ(attributes.count("l"), 2);
-    EXPECT_EQ(cast<FObjectList>(attributes.find("l")->getObject())->items[0], nullptr);
+    EXPECT_EQ(cast<FObjectList>(attributes.find("l")->getObject())->at(0), nullptr);
 }
 
 TEST(FAttributes, FindsItsWayThroughStoredObjects) {
@@ -269,13 +266,13 @@ TEST(FAttributes, FindsItsWayThroughStoredObjects) {
     reference->bind(instance.get(), FXmlReference::Binding::watch);
     state->setInteger("x", 7);
     // A ring: the object's own list leads back to it.
-    state->appendObject("back", reference.get(), false);
+    state->appendWatched("back", reference.get());
     FAttributes root;
     root.setObject("first", reference.get(), Hold::plain);
     FAttributeVariant value{};
     EXPECT_FALSE(root.findValue("x", value)) << "a reference stands for nothing but in a list";
     EXPECT_EQ(root.findAttributes("first"), nullptr);
-    root.appendObject("list", reference.get(), false);
+    root.appendWatched("list", reference.get());
     EXPECT_TRUE(root.findValue("list|x", value));
     EXPECT_EQ(value.integerValue, 7);
     EXPECT_FALSE(root.findValue("nothing", value));
@@ -291,7 +288,7 @@ TEST(FAttributes, StoresNumbersAsKeys) {
     std::vector<FIntIDAttribute> values;
     values.emplace_back(0x41424344u).setInteger(1);
     values.emplace_back(0x00C34142u).setString("two");
-    values.emplace_back(7u, 1u).setInteger(3); // hidden from conversions
+    values.emplace_back(7u, FIntIDAttribute::firstFlag).setInteger(3); // hidden from conversions
     FAttributes attributes;
     attributes.saveIntKeyAttributes(values);
     const FAttributes* nested = attributes.getAttributes("Additional Attributes");
@@ -302,12 +299,12 @@ TEST(FAttributes, StoresNumbersAsKeys) {
 
     std::vector<FIntIDAttribute> loaded;
     loaded.emplace_back(0x41424344u).setInteger(99);
-    EXPECT_TRUE(attributes.loadIntKeyAttributes(loaded, {}, true));
+    EXPECT_TRUE(attributes.loadIntKeyAttributes(loaded, {}, FAttributes::OldValues::kept));
     ASSERT_EQ(loaded.size(), 2u);
     EXPECT_EQ(loaded[0].getInteger(), 99);
     EXPECT_EQ(loaded[1].key(), 0x00C34142u);
     EXPECT_STREQ(loaded[1].getText8(), "two");
-    EXPECT_TRUE(attributes.loadIntKeyAttributes(loaded, {}, false));
+    EXPECT_TRUE(attributes.loadIntKeyAttributes(loaded));
     EXPECT_EQ(loaded[0].getInteger(), 1);
     EXPECT_FALSE(attributes.loadIntKeyAttributes(loaded, "other"));
 }
@@ -316,7 +313,7 @@ TEST(FAttributes, TakesOnlyValuesAcrossToNumberedLists) {
     std::vector<FIntIDAttribute> values;
     values.emplace_back(0u).setInteger(1);
     values.emplace_back(0x41004142u).setFloat(0.5);
-    values.emplace_back(0x80u, 2u).setInteger(2);
+    values.emplace_back(0x80u, FIntIDAttribute::secondFlag).setInteger(2);
     values.emplace_back(1u).setForeign();
     values.emplace_back(2u).setInterface(nullptr, Hold::plain);
     values.emplace_back(3u);
@@ -345,24 +342,24 @@ TEST(FAttributes, TakesOnlyValuesAcrossToNumberedLists) {
 TEST(FAttributes, LoadsListsOfOthersAsTheyAllowIt) {
     struct Case {
         const char* name;
-        bool keep;
-        FAttributes::EqualKeys equalKeys;
+        FAttributes::OldValues oldValues;
         const char* before;
         const char* after;
     };
-    using EqualKeys = FAttributes::EqualKeys;
+    using OldValues = FAttributes::OldValues;
     const Case cases[] = {
-        {"an empty list takes equal keys", false, EqualKeys::replaced, "", "A1 A2 B3 "},
-        {"a filled one does not", false, EqualKeys::replaced, "B", "B3 A2 "},
-        {"but where it is allowed", false, EqualKeys::allowed, "B", "B0 A1 A2 B3 "},
-        {"kept ones stay", true, EqualKeys::allowed, "B", "B0 A1 "},
-        {"and empty ones are searched", true, EqualKeys::replaced, "", "A1 B3 "},
+        {"an empty list takes equal keys", OldValues::replaced, "", "A1 A2 B3 "},
+        {"a filled one does not", OldValues::replaced, "B", "B3 A2 "},
+        {"but where it is allowed", OldValues::besideNew, "B", "B0 A1 A2 B3 "},
+        {"kept ones stay", OldValues::kept, "B", "B0 A1 "},
+        {"and empty ones are searched", OldValues::kept, "", "A1 B3 "},
     };
     FAttributes stored;
     stored.append("A").setInteger(1);
     stored.append("A").setInteger(2);
     stored.append("B").setInteger(3);
-    stored.append("hidden", 1).setInteger(4);
+    stored.append("hidden").setEntryFlags(FAttributeValue::entryFlag1);
+    stored.find("hidden")->setInteger(4);
     FAttributes attributes;
     attributes.saveExtraAttributes(stored);
     for (const auto& c : cases) {
@@ -373,8 +370,8 @@ TEST(FAttributes, LoadsListsOfOthersAsTheyAllowIt) {
             extra.setInteger(c.before, 0);
             numbered.emplace_back(static_cast<uint32_t>(*c.before)).setInteger(0);
         }
-        EXPECT_TRUE(attributes.loadExtraAttributes(extra, {}, c.keep, c.equalKeys));
-        EXPECT_TRUE(attributes.loadIntKeyAttributes(numbered, {}, c.keep, c.equalKeys));
+        EXPECT_TRUE(attributes.loadExtraAttributes(extra, {}, c.oldValues));
+        EXPECT_TRUE(attributes.loadIntKeyAttributes(numbered, {}, c.oldValues));
         std::string found[2];
         for (int32_t i = 0; i < extra.count(); ++i)
             found[0] += extra.at(i)->key() + std::to_string(extra.at(i)->getInteger()) + ' ';
@@ -436,13 +433,14 @@ TEST(FAttributes, DetachesListsAndLeavesOutWhatHasNoForm) {
     char foreign[] = "abc";
     FAttributes attributes;
     attributes.setObject("formless", formless.get(), Hold::plain);
-    attributes.appendObject("objects", object.get(), false);
-    attributes.appendObject("objects", formless.get(), false);
-    attributes.appendObject("objects", object.get(), false);
+    attributes.appendWatched("objects", object.get());
+    attributes.appendWatched("objects", formless.get());
+    attributes.appendWatched("objects", object.get());
     attributes.appendInteger("ints", 1);
     const auto buffer = make<CmBuffer>("xy", 2);
     attributes.setObject("buffer", buffer.get(), Hold::plain);
-    attributes.append("flags", 2).setObject(object.get(), Hold::plain);
+    attributes.entry("flags").setEntryFlags(FAttributeValue::entryFlag2);
+    attributes.setObject("flags", object.get(), Hold::plain);
     auto item = make<FAttributes>();
     item->setBinary("bytes", foreign, 3, false);
     attributes.appendAttributes("subs", item);
@@ -453,10 +451,10 @@ TEST(FAttributes, DetachesListsAndLeavesOutWhatHasNoForm) {
     EXPECT_FALSE(attributes.contains("formless"));
     const auto* list = cast<FObjectList>(attributes.find("objects")->getObject());
     ASSERT_EQ(list->count(), 2);
-    EXPECT_TRUE(list->owned);
-    EXPECT_NE(cast<FXmlInstance>(list->items[0]), nullptr);
-    EXPECT_EQ(cast<FXmlReference>(list->items[1])->target(), list->items[0]);
-    EXPECT_EQ(cast<FXmlReference>(attributes.find("flags")->getObject())->target(), list->items[0]);
+    EXPECT_EQ(list->kind(), FObjectList::Items::owned);
+    EXPECT_NE(cast<FXmlInstance>(list->at(0)), nullptr);
+    EXPECT_EQ(cast<FXmlReference>(list->at(1))->target(), list->at(0));
+    EXPECT_EQ(cast<FXmlReference>(attributes.find("flags")->getObject())->target(), list->at(0));
     EXPECT_TRUE(attributes.find("flags")->flags() & FAttributeValue::entryFlag2);
     EXPECT_NE(cast<FIntList>(attributes.find("ints")->getObject()), nullptr);
     EXPECT_NE(cast<FMemoryStream>(item->find("bytes")->getObject()), nullptr);
@@ -509,7 +507,7 @@ TEST(FAttributes, StaysWhileAnObjectIsLoadedFromIt) {
     const auto instance = make<FXmlInstance>(1, "Remover", nested());
     const auto reference = make<FXmlReference>(1);
     reference->bind(instance.get(), FXmlReference::Binding::hold);
-    attributes.appendObject("l", retain(reference.get()).detach(), true);
+    attributes.appendObject("l", reference);
     EXPECT_NE(cast<Remover>(attributes.nextObject("l", "Remover")), nullptr);
 }
 
@@ -522,8 +520,8 @@ TEST(FAttributes, SavesAndLoadsObjects) {
     EXPECT_TRUE(attributes.contains("text")) << "what was stored before stays";
     EXPECT_FALSE(attributes.saveObject("none", &formless));
     EXPECT_FALSE(attributes.contains("none"));
-    for (const bool detach : {false, true})
-        EXPECT_TRUE(attributes.appendSavedObject("list", &text, detach));
+    for (const auto live : {FAttributes::LiveObjects::stay, FAttributes::LiveObjects::detached})
+        EXPECT_TRUE(attributes.appendSavedObject("list", &text, live));
     EXPECT_FALSE(attributes.appendSavedObject("list", &formless));
     CmString loaded;
     EXPECT_TRUE(attributes.loadObject("text", &loaded));

@@ -120,8 +120,8 @@ TEST(FXmlDocument, StoresAnObjectOnceAndFindsItAgain) {
     const auto object = make<CmString>("one");
     attributes.setObject("first", object.get(), Hold::retain);
     attributes.setObject("second", object.get(), Hold::retain);
-    attributes.appendObject("list", retain(object.get()).detach(), true);
-    attributes.appendObject("list", new CmString("two"), true);
+    attributes.appendObject("list", object);
+    attributes.appendObject("list", make<CmString>("two"));
     const std::string text = written(attributes);
     EXPECT_EQ(text.find("class=\"CmString\""), text.rfind("class=\"CmString\" name=\"first\"") + 0);
     FAttributes read;
@@ -339,18 +339,18 @@ TEST(FXmlDocument, KeepsLoneSurrogates) {
 }
 
 TEST(FXmlDocument, KeepsThePlaceOfAnItemThatIsNothing) {
-    const auto list = make<FObjectList>(true);
-    list->adopt(make<CmString>("a"));
-    list->adopt(nullptr);
-    list->adopt(make<CmString>("b"));
+    const auto list = make<FObjectList>();
+    list->add(make<CmString>("a"));
+    list->add(nullptr);
+    list->add(make<CmString>("b"));
     FAttributes attributes;
     attributes.setObject("list", list.get(), Hold::retain);
     FAttributes read;
     ASSERT_TRUE(readDocument(written(attributes), read));
     const auto* back = cast<FObjectList>(read.find("list")->getObject());
     ASSERT_EQ(back->count(), 3);
-    EXPECT_EQ(back->items[1], nullptr);
-    EXPECT_EQ(cast<CmString>(cast<FXmlObject>(back->items[2])->getObject())->string(), ConstString("b"));
+    EXPECT_EQ(back->at(1), nullptr);
+    EXPECT_EQ(cast<CmString>(cast<FXmlObject>(back->at(2))->getObject())->string(), ConstString("b"));
 }
 
 TEST(FXmlDocument, WritesALongTextAsContent) {
@@ -411,7 +411,7 @@ public:
     explicit Link(Ref<CmObject> next) : next_(std::move(next)) {}
     bool storeAttributes(FAttributes* attributes) override {
         if (next_)
-            attributes->appendObject("list", retain(next_.get()).detach(), true);
+            attributes->appendObject("list", next_);
         return true;
     }
 
@@ -539,7 +539,7 @@ TEST(FXmlDocument, FailsWithoutMemory) {
     attributes.appendText8("texts", "item");
     const auto shared = make<CmString>("shared");
     attributes.setObject("one", shared.get(), Hold::retain);
-    attributes.appendObject("objects", retain(shared.get()).detach(), true);
+    attributes.appendObject("objects", shared);
     const std::string text = written(attributes);
     // What finds another way is whole, too.
     failEachAllocation([&](FailingAllocation& allocation) {

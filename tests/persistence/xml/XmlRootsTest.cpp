@@ -422,9 +422,9 @@ TEST(XmlRoots, AnObjectMayEmptyWhatItStandsInWhileItIsWritten) {
         FAttributes& data = writing.document.data();
         {
             const auto meddler = make<Meddler>();
-            const auto list = make<FObjectList>(true);
-            list->adopt(meddler);
-            list->adopt(make<GraphNode>());
+            const auto list = make<FObjectList>();
+            list->add(meddler);
+            list->add(make<GraphNode>());
             const auto body = make<FAttributes>();
             body->setObject(key, place == inList ? Ref<CmObject>(list).get() : meddler.get(), Hold::retain);
             body->setInteger("behind", 1);
@@ -432,10 +432,8 @@ TEST(XmlRoots, AnObjectMayEmptyWhatItStandsInWhileItIsWritten) {
             outer->appendAttributes("bodies", body);
             meddler->meddle = [&data, list = place == inList ? list.get() : nullptr,
                                body = place == itself ? nullptr : body.get()] {
-                for (size_t i = 0; list && i < list->items.size(); ++i)
+                for (int32_t i = 0; list && i < list->count(); ++i)
                     list->replace(i, nullptr);
-                if (list)
-                    list->items.clear();
                 if (body)
                     body->removeAll();
                 data.removeAll();
