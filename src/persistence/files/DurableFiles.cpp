@@ -21,21 +21,23 @@ bool tellFailure(const std::string& file, const char* what, const platform::File
 platform::FileError moveDurably(const std::string& from, const std::string& to) {
     if (const platform::FileError error = platform::moveFile(from, to))
         return error;
-    tellFailure(to, "may have its earlier name after a power cut", platform::flushFolder(folderOfNative(to)));
+    tellFailure(to, "may have its earlier name after a power cut",
+                platform::flushFolder(PathText::folderOfNative(to)));
     return {};
 }
 
 platform::FileError deleteDurably(const std::string& file) {
     if (const platform::FileError error = platform::deleteFile(file))
         return error;
-    tellFailure(file, "may come back after a power cut", platform::flushFolder(folderOfNative(file)));
+    tellFailure(file, "may come back after a power cut",
+                platform::flushFolder(PathText::folderOfNative(file)));
     return {};
 }
 
 platform::FileError createFoldersDurably(const std::string& folder) {
     if (folder.empty() || platform::folderExists(folder))
         return {};
-    const std::string parent = folderOfNative(folder);
+    const std::string parent = PathText::folderOfNative(folder);
     if (platform::FileError error = createFoldersDurably(parent))
         return error;
     const platform::FileError error = platform::createFolder(folder);

@@ -25,10 +25,10 @@ constexpr std::u16string_view illegalCharacters = u"\\*?/:<>|\"\t\n\r";
 bool FFileSystem::makeLegalName(String& text, char16_t replacement) try {
     // Bytes that are no text become characters that stand for them, as in a path.
     if (!text.toWide())
-        text = ConstString(std::u16string_view(toPathText(text.view8())));
+        text = ConstString(std::u16string_view(PathText::fromNative(text.view8())));
     bool isChanged = text.size() > maxLegalLength;
     if (isChanged)
-        text.remove(wholeLength(text.view16(), maxLegalLength));
+        text.remove(PathText::wholeLength(text.view16(), maxLegalLength));
     if (text.size() > maxLegalLength)
         return false;
     char16_t* units = text.buffer16();

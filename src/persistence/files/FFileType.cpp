@@ -45,12 +45,13 @@ int32_t FFileType::compare(const CmObject* other) const {
 }
 
 bool FFileType::holds(const ConstString& fileName) const {
-    return findExtension(fileName, dosType_) != ConstString::notFound ||
-           findExtension(fileName, unixType_) != ConstString::notFound;
+    return PathText::findExtension(fileName, dosType_) != ConstString::notFound ||
+           PathText::findExtension(fileName, unixType_) != ConstString::notFound;
 }
 
 bool FFileType::canBeSaved() const {
-    return canBeStored(dosType_) && canBeStored(unixType_) && canBeStored(name_);
+    return PathText::canBeStored(dosType_) && PathText::canBeStored(unixType_) &&
+           PathText::canBeStored(name_);
 }
 
 bool FFileType::save(FBinaryStream& stream) const try {

@@ -107,7 +107,7 @@ bool isBelowFile(std::string native) {
 bool isUrl(const FPath& path) {
     if (cast<FUrl>(&path))
         return true;
-    return !cast<FNPath>(&path) && beginsAsUrl(path.getFolder());
+    return !cast<FNPath>(&path) && PathText::beginsAsUrl(path.getFolder());
 }
 
 /// Gives a path, which may be the text of a URL, a plain name.
@@ -231,7 +231,7 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
     platform::FileError failure = file.open(native, access);
     if (const std::string name = failure.isNotFound() ? earlierSpelling(path) : std::string();
         !name.empty()) {
-        const std::string other = folderOfNative(native) + name;
+        const std::string other = PathText::folderOfNative(native) + name;
         if (!file.open(other, access)) {
             failure = {};
             path.setName(ConstString(std::string_view(name)));
@@ -296,8 +296,9 @@ bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
     if (const Ref<FFileSystem> away = awayAt(path))
         return away->rename(path, newName);
     const std::string native = nativeOf(path);
-    const std::string name = toNativeText(newName);
-    if (native.empty() || !isOnePart(newName) || !moveTo(native, folderOfNative(native) + name))
+    const std::string name = PathText::toNative(newName);
+    if (native.empty() || !PathText::isOnePart(newName) ||
+        !moveTo(native, PathText::folderOfNative(native) + name))
         return false;
     setPlainName(path, newName);
     return true;
@@ -308,11 +309,11 @@ bool FNFileSystem::rename(FPath& path, const ConstString& newName) try {
 bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     const std::string native = nativeOf(path);
     std::string target = nativeOf(newFolder);
-    const std::string name = nameOfNative(native);
+    const std::string name = PathText::nameOfNative(native);
     const Ref<FFileSystem> away = awayAt(path);
     if (away && (awayAt(newFolder) == away || mountAt(newFolder) == away))
         return away->move(path, newFolder);
-    if (away || !isOnePart(ConstString(std::string_view(name))) || target.empty())
+    if (away || !PathText::isOnePart(ConstString(std::string_view(name))) || target.empty())
         return false;
     target += target.ends_with('/') ? name : '/' + name;
     if (!moveTo(native, target))
@@ -443,7 +444,7 @@ bool FNFileSystem::createParents(const FPath& path, bool isFolder) try {
     if (folder.empty())
         return false;
     if (!isFolder)
-        folder = folderOfNative(folder);
+        folder = PathText::folderOfNative(folder);
     for (size_t end = 0; end < folder.size();) {
         end = std::min(folder.find('/', end + 1), folder.size());
         const std::string part = folder.substr(0, end);

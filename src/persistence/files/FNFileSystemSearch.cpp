@@ -36,7 +36,7 @@ bool passes(const FNFileSearch& search) {
     if (search.found.isFolder() || search.extensions.empty())
         return true;
     return std::ranges::any_of(search.extensions, [&search](const String& wanted) {
-        return findExtension(search.found.getName(), wanted) != ConstString::notFound;
+        return PathText::findExtension(search.found.getName(), wanted) != ConstString::notFound;
     });
 }
 

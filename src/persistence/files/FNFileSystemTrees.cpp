@@ -29,7 +29,7 @@ bool copyToDisk(Ref<FStream> source, int64_t size, const std::string& to, Stream
     const auto write = [&target](const uint8_t* bytes, int64_t count) {
         return target.file().write(bytes, count) == count;
     };
-    return filecopying::copyBytes(std::move(source), size, progress, write) && !target.putInPlace();
+    return FileCopying::copyBytes(std::move(source), size, progress, write) && !target.putInPlace();
 }
 
 bool isFolderAt(const std::string& native) {
@@ -45,7 +45,7 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
     const Ref<FFileSystem> awayTo = awayAt(to);
     const std::string source = nativeOf(from);
     const std::string target = nativeOf(to);
-    filecopying::tellName(progress, from);
+    FileCopying::tellName(progress, from);
     if (awayFrom && awayFrom == awayTo)
         return awayFrom->copy(from, to, progress);
     if (!awayTo && target.empty())
@@ -62,10 +62,10 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
         if (!stream)
             return false;
         const int64_t size = getFileSize(*stream);
-        isCopied = awayTo ? filecopying::copyInto(*awayTo, to, std::move(stream), size, progress)
+        isCopied = awayTo ? FileCopying::copyInto(*awayTo, to, std::move(stream), size, progress)
                           : copyToDisk(std::move(stream), size, target, progress);
         if (isCopied)
-            filecopying::takeOverTimes(*this, from, *this, to);
+            FileCopying::takeOverTimes(*this, from, *this, to);
     }
     if (isCopied)
         notify(fileWritten, to);

@@ -71,14 +71,14 @@ void FNPath::build(const ConstString& name, FolderKind kind, const ConstString& 
                    Create create) try {
     const std::string folder = knownFolder(kind);
     std::string below;
-    if (folder.empty() || !goDown(below, toNativeText(subFolder)))
+    if (folder.empty() || !goDown(below, PathText::toNative(subFolder)))
         return;
     std::string path = below;
-    if (!goDown(path, toNativeText(name)))
+    if (!goDown(path, PathText::toNative(name)))
         return;
     const bool isItsFolder = path == below;
     if (create == Create::missingFolders &&
-        platform::createFolders(folder + (isItsFolder ? below : folderOfNative(path))))
+        platform::createFolders(folder + (isItsFolder ? below : PathText::folderOfNative(path))))
         return;
     // The known folder itself can't count from itself.
     path = path.empty() ? folder : path.substr(1);
@@ -93,7 +93,7 @@ bool FNPath::createFolders(Folders folders) const try {
         return false;
     std::string folder = toUtf8();
     if (folders == Folders::above || (folders == Folders::asMarked && !isFolder()))
-        folder = folderOfNative(folder);
+        folder = PathText::folderOfNative(folder);
     // A bare name lies in the current folder, which is there.
     return folder.empty() || !platform::createFolders(folder);
 } catch (const std::bad_alloc&) {
@@ -121,7 +121,7 @@ void FNPath::getFullPath(String& text) const try {
     // What could not be built is not the known folder itself.
     if (text.isEmpty() || pathType_ == noKind || pathType_ > system || !isRelative())
         return;
-    const std::u16string folder = toPathText(knownFolder(static_cast<FolderKind>(pathType_)) + '/');
+    const std::u16string folder = PathText::fromNative(knownFolder(static_cast<FolderKind>(pathType_)) + '/');
     const int32_t length = text.size();
     text.insert(0, ConstString(std::u16string_view(folder)));
     if (text.size() == length)

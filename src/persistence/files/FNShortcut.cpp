@@ -34,13 +34,13 @@ public:
         const size_t length = std::min(count, bytes_.size() - start);
         const std::string text(reinterpret_cast<const char*>(bytes_.data()) + start, length);
         std::u16string wide;
-        return text::decode(codePageOfLinks, text, wide) ? toNativeText(wide) : text;
+        return text::decode(codePageOfLinks, text, wide) ? PathText::toNative(wide) : text;
     }
     std::string wide(size_t at, size_t count) const {
         std::u16string text;
         for (size_t i = 0; i < count && at + 2 * i + 1 < bytes_.size(); ++i)
             text += static_cast<char16_t>(number(at + 2 * i, 2));
-        return toNativeText(text);
+        return PathText::toNative(text);
     }
     /// Up to its terminator.
     std::string terminated(size_t at) const {
@@ -100,7 +100,7 @@ std::string targetOfLink(const std::string& path, const std::vector<uint8_t>& by
         target = withSlashes(flags & isUnicode ? link.wide(at + 2, count) : link.narrow(at + 2, count));
     }
     if (!target.empty() && target.front() != '/')
-        target = folderOfNative(path) + target;
+        target = PathText::folderOfNative(path) + target;
     if (!target.empty() && (platform::fileExists(target) || platform::folderExists(target)))
         return target;
     return flags & hasInfo ? targetOnShare(link, info) : std::string();

@@ -40,7 +40,7 @@ bool keep(String& place, const ConstString& text) try {
     if (text.isWide())
         copy = text;
     else
-        copy = ConstString(std::u16string_view(toPathText(text.view8())));
+        copy = ConstString(std::u16string_view(PathText::fromNative(text.view8())));
     const bool isWhole = copy.isEmpty() == text.isEmpty();
     place.clear();
     if (!isWhole || copy.findChar16(u'\0') != ConstString::notFound)
@@ -62,7 +62,7 @@ bool closeFolder(String& folder) {
 
 /// Takes the extension away: `earlier` where the name has it, else what stands behind the last dot.
 void dropExtension(std::u16string& name, const String& earlier) {
-    const int32_t dot = findExtension(ConstString(std::u16string_view(name)), earlier);
+    const int32_t dot = PathText::findExtension(ConstString(std::u16string_view(name)), earlier);
     name.resize(std::min(dot != ConstString::notFound ? static_cast<size_t>(dot) : dotOf(name), name.size()));
 }
 
@@ -82,7 +82,7 @@ String placeOf(const FPath& path) {
         if (!onDisk.getName().isEmpty())
             text.remove(text.findLastChar16(FPath::separator) + 1);
     }
-    return toStoredText(text);
+    return PathText::toStoredText(text);
 }
 
 } // namespace
@@ -125,11 +125,11 @@ void FPath::setFileType(const FFileType& type, bool replace) try {
     if (replace)
         dropExtension(name, earlier);
     const ConstString whole{std::u16string_view(name)};
-    const bool hasOne = replace ? findExtension(whole, type.extension()) != ConstString::notFound
+    const bool hasOne = replace ? PathText::findExtension(whole, type.extension()) != ConstString::notFound
                                 : dotOf(name) != std::u16string::npos;
     if (!hasOne) {
         const auto room = static_cast<int32_t>(maxNameLength - 1 - extension.size());
-        name.resize(static_cast<size_t>(wholeLength(name, std::max(room, 1))));
+        name.resize(static_cast<size_t>(PathText::wholeLength(name, std::max(room, 1))));
         name.append(1, u'.').append(extension);
     }
     if (!keep(name_, ConstString(std::u16string_view(name))))
@@ -214,7 +214,7 @@ std::string FPath::toUtf8() const {
     getFullPath(path);
     if (path.isEmpty() && isValid())
         throw std::bad_alloc();
-    return path.isWide() ? toNativeText(path.view16()) : path.toUtf8();
+    return path.isWide() ? PathText::toNative(path.view16()) : path.toUtf8();
 }
 
 bool FPath::isEqual(const CmObject* other) const {
@@ -238,9 +238,9 @@ int32_t FPath::compare(const CmObject* other) const {
 }
 
 bool FPath::save(FBinaryStream& stream) const try {
-    const String name = toStreamText(name_);
-    const String folder = toStreamText(folder_);
-    if (!canBeStored(name) || !canBeStored(folder) || !fileType_.canBeSaved())
+    const String name = PathText::toStreamText(name_);
+    const String folder = PathText::toStreamText(folder_);
+    if (!PathText::canBeStored(name) || !PathText::canBeStored(folder) || !fileType_.canBeSaved())
         return false;
     return name.writeTo(stream) && fileType_.save(stream) && stream.writeUInt16(pathType_) &&
            stream.writeUInt16(flags_) && folder.writeTo(stream);
@@ -284,7 +284,7 @@ bool FPath::storeAttributes(FAttributes* attributes) {
         getFullPath(path);
     if (path.isEmpty() && isValid())
         throw std::bad_alloc();
-    attributes->setString("Path", toStoredText(path));
+    attributes->setString("Path", PathText::toStoredText(path));
     attributes->setInteger("IsFolder", isFolder() ? 1 : 0);
     if (pathType_ != 0)
         attributes->setInteger("PathType", pathType_);
@@ -323,7 +323,7 @@ bool FPath::loadDefault(const ConstString& key) try {
     String text = group->values().getString(name);
     if (cast<FUrl>(this))
         FUrl(FPath(text, true)).getFullPath(text);
-    else if (cast<FNPath>(this) && beginsAsUrl(text))
+    else if (cast<FNPath>(this) && PathText::beginsAsUrl(text))
         return false;
     setFolder(text);
     return isValid();

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace qorl::filecopying {
+namespace qorl::FileCopying {
 
 namespace {
 
@@ -106,4 +106,4 @@ void takeOverTimes(FFileSystem& source, const FPath& from, FFileSystem& target, 
         target.setFileTime(to, written, read);
 }
 
-} // namespace qorl::filecopying
+} // namespace qorl::FileCopying

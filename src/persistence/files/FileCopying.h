@@ -5,7 +5,7 @@
 #include <functional>
 
 /// What all copies of a file share, whatever places they go between. Each throws std::bad_alloc.
-namespace qorl::filecopying {
+namespace qorl::FileCopying {
 
 /// Takes the next bytes of a copy; false ends it.
 using WriteBytes = std::function<bool(const uint8_t* bytes, int64_t count)>;
@@ -23,4 +23,4 @@ bool copyInto(FFileSystem& files, const FPath& to, Ref<FStream> source, int64_t 
 /// Gives a copy the times of its source, where both sides know them.
 void takeOverTimes(FFileSystem& source, const FPath& from, FFileSystem& target, const FPath& to);
 
-} // namespace qorl::filecopying
+} // namespace qorl::FileCopying

@@ -4,7 +4,7 @@
 
 #include <new>
 
-namespace qorl {
+namespace qorl::PathText {
 
 namespace {
 
@@ -24,7 +24,7 @@ bool isPlainText(std::u16string_view path) {
 
 } // namespace
 
-std::u16string toPathText(std::string_view native) {
+std::u16string fromNative(std::string_view native) {
     std::u16string path;
     path.reserve(native.size());
     for (int32_t at = 0; at < static_cast<int32_t>(native.size());) {
@@ -39,7 +39,7 @@ std::u16string toPathText(std::string_view native) {
     return path;
 }
 
-std::string toNativeText(std::u16string_view path) {
+std::string toNative(std::u16string_view path) {
     std::string native;
     native.reserve(path.size());
     for (int32_t at = 0; at < static_cast<int32_t>(path.size());) {
@@ -54,8 +54,8 @@ std::string toNativeText(std::u16string_view path) {
     return native;
 }
 
-std::string toNativeText(const ConstString& text) {
-    return text.isWide() ? toNativeText(text.view16()) : std::string(text.view8());
+std::string toNative(const ConstString& text) {
+    return text.isWide() ? toNative(text.view16()) : std::string(text.view8());
 }
 
 std::string folderOfNative(std::string_view native) {
@@ -100,7 +100,7 @@ int32_t wholeLength(std::u16string_view text, int32_t length) {
 String toStoredText(const String& text) {
     String stored = text;
     if (text.isWide() && !isPlainText(text.view16())) {
-        const std::string native = toNativeText(text.view16());
+        const std::string native = toNative(text.view16());
         stored = ConstString(std::string_view(native));
     }
     if (stored.isEmpty() != text.isEmpty())
@@ -124,4 +124,4 @@ bool canBeStored(const String& text) {
     return static_cast<int32_t>(text.toUtf8().size()) + terminatorAndMark <= String::maxStoredBytes;
 }
 
-} // namespace qorl
+} // namespace qorl::PathText

@@ -5,16 +5,19 @@
 #include <string>
 #include <string_view>
 
-namespace qorl {
-
+/// Texts of paths and of names in them.
+///
 /// The system gives and takes names as bytes, which are UTF-8 by agreement only; paths keep them in UTF-16. A
 /// byte that belongs to no valid UTF-8 is kept as a lone surrogate, from U+DC80 on, so that a file with any
-/// name can be opened by the path that a folder gave. Both throw std::bad_alloc.
-std::u16string toPathText(std::string_view native);
+/// name can be opened by the path that a folder gave.
+namespace qorl::PathText {
+
+/// What paths keep for a text of the system. Throws std::bad_alloc, as the way back does.
+std::u16string fromNative(std::string_view native);
 /// The way back. Other lone surrogates, which no name of a file gives, become U+FFFD.
-std::string toNativeText(std::u16string_view path);
+std::string toNative(std::u16string_view path);
 /// The same for a text of either width; bytes are as they are.
-std::string toNativeText(const ConstString& text);
+std::string toNative(const ConstString& text);
 /// What stands in front of the last `/` of a native path, with it, and what behind it. Final ones count for
 /// the folder above: "/a/b/" is "b" in "/a/".
 std::string folderOfNative(std::string_view native);
@@ -38,4 +41,4 @@ String toStreamText(const String& text);
 /// Whether a text is short enough to be read back from a stream, with its terminator and the mark behind it.
 bool canBeStored(const String& text);
 
-} // namespace qorl
+} // namespace qorl::PathText

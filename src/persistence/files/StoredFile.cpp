@@ -146,7 +146,8 @@ bool StoredFile::save(const Work& write, int32_t* error) const try {
     const std::string file = path.toUtf8();
     platform::FileReplacement replacement;
     const auto open = [&] { return FMountTable::replacing(path, [&] { return replacement.open(file); }); };
-    if (!tellFailure(file, "its folder can't be made", createFoldersDurably(folderOfNative(file)), error) ||
+    if (!tellFailure(file, "its folder can't be made", createFoldersDurably(PathText::folderOfNative(file)),
+                     error) ||
         !tellFailure(file, "can't be stored", open(), error))
         return false;
     const auto stream = make<StoringStream>(replacement.file());
@@ -232,7 +233,7 @@ bool StoredFile::rename(const ConstString& newName) const try {
     const std::string file = pathOf(name_, type_).toUtf8();
     std::string target = pathOf(newName, type_).toUtf8();
     if (newName.toUtf8().find('/') == std::string::npos)
-        target = folderOfNative(file) + nameOfNative(target);
+        target = PathText::folderOfNative(file) + PathText::nameOfNative(target);
     if (!settle(platform::getCanonicalPath(file))) {
         tellOfFile(file, "can't be renamed: there is none");
         return false;

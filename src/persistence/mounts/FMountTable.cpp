@@ -98,9 +98,9 @@ bool holdsTypeOf(IVirtualFileSystem& instance, const FUrl& url) {
 bool hasExtension(std::string_view segment, const std::vector<String>& extensions) {
     if (extensions.empty() || segment.find('.') == std::string_view::npos)
         return false;
-    const std::string name = urlbytes::decode(segment);
+    const std::string name = UrlBytes::decode(segment);
     return std::ranges::any_of(extensions, [&](const String& known) {
-        return findExtension(ConstString(std::string_view(name)), known) != ConstString::notFound;
+        return PathText::findExtension(ConstString(std::string_view(name)), known) != ConstString::notFound;
     });
 }
 
@@ -464,7 +464,7 @@ bool FMountTable::pathInside(const FUrl& mounted, const FPath& path, std::string
     std::string names;
     for (size_t from = file.size() + 1; from < key.size();) {
         const size_t to = std::min(key.find('/', from), key.size());
-        const std::string name = urlbytes::decode(std::string_view(key).substr(from, to - from));
+        const std::string name = UrlBytes::decode(std::string_view(key).substr(from, to - from));
         // An encoded separator would lead elsewhere once it is decoded.
         if (name == "." || name == ".." || name.find('/') != std::string::npos ||
             name.find('\0') != std::string::npos)

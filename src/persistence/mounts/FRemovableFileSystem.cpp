@@ -104,7 +104,7 @@ bool FRemovableFileSystem::exists(const FPath& path) {
 bool FRemovableFileSystem::rename(FPath& path, const ConstString& newName) {
     const Ref<CmObject> earlier = Ref<CmObject>::adopt(path.clone());
     const bool isFolder = namesFolder(path);
-    if (!mayDo(writing) || !isOnePart(newName) || !files_->rename(path, newName))
+    if (!mayDo(writing) || !PathText::isOnePart(newName) || !files_->rename(path, newName))
         return false;
     notify(isFolder ? folderRenamed : fileRenamed, path, earlier.get());
     return true;

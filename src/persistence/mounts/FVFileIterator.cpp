@@ -16,7 +16,8 @@ FPath* FVFileIterator::next() {
         const auto& entry = entries_[place_++];
         const bool isFolder = entry.kind == VirtualFileService::Info::Kind::folder;
         // A service gives what it likes; an entry lies in its folder.
-        if (!isOnePart(entry.name) || !(wanted & (isFolder ? FFileSystem::folders : FFileSystem::files)))
+        if (!PathText::isOnePart(entry.name) ||
+            !(wanted & (isFolder ? FFileSystem::folders : FFileSystem::files)))
             continue;
         current_ = folder_;
         current_.addPathSegment(entry.name, isFolder);

@@ -59,7 +59,7 @@ VfsResult openAt(const FUrl& url, Ref<FStream>& stream, Open open) {
 }
 
 std::string serviceKey(const FUrl& uri, std::string_view host) {
-    return urlbytes::lowerCase(uri.scheme().toUtf8()) + "://" + urlbytes::lowerCase(host);
+    return UrlBytes::lowerCase(uri.scheme().toUtf8()) + "://" + UrlBytes::lowerCase(host);
 }
 
 /// What may stand in `registerService`: "vfs:", "vfs://" or "vfs://host".
@@ -249,7 +249,8 @@ bool FVFileSystem::rename(FPath& path, const ConstString& newName) try {
     const FUrl from(path);
     FUrl to(from);
     to.setName(newName);
-    return isOnePart(newName) && to.isValid() ? moveTo(path, from, to) : finish(VfsResult(VfsError::unknown));
+    return PathText::isOnePart(newName) && to.isValid() ? moveTo(path, from, to)
+                                                        : finish(VfsResult(VfsError::unknown));
 } catch (const std::bad_alloc&) {
     return finish(VfsResult(VfsError::unknown));
 }
@@ -258,8 +259,8 @@ bool FVFileSystem::move(FPath& path, const FPath& newFolder) try {
     const FUrl from(path);
     FUrl to(newFolder);
     to.addPathSegment(from.getName(), from.isFolder());
-    return isOnePart(from.getName()) && to.isValid() ? moveTo(path, from, to)
-                                                     : finish(VfsResult(VfsError::unknown));
+    return PathText::isOnePart(from.getName()) && to.isValid() ? moveTo(path, from, to)
+                                                               : finish(VfsResult(VfsError::unknown));
 } catch (const std::bad_alloc&) {
     return finish(VfsResult(VfsError::unknown));
 }
@@ -269,14 +270,14 @@ bool FVFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
     const FUrl target(to);
     if (source.normalForm() == target.normalForm())
         return finish(VfsResult(VfsError::unknown));
-    filecopying::tellName(progress, source);
+    FileCopying::tellName(progress, source);
     Ref<FStream> stream = openFile(source, FFileStream::readAccess | FFileStream::shareRead);
     const int64_t size = stream ? getFileSize(*stream) : -1;
     if (!stream)
         return false;
-    if (!filecopying::copyInto(*this, target, std::move(stream), size, progress))
+    if (!FileCopying::copyInto(*this, target, std::move(stream), size, progress))
         return finish(lastResult() ? lastResult() : VfsResult(VfsError::internal));
-    filecopying::takeOverTimes(*this, source, *this, target);
+    FileCopying::takeOverTimes(*this, source, *this, target);
     notify(fileWritten, to);
     return finish(VfsResult());
 } catch (const std::bad_alloc&) {

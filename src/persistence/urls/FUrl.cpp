@@ -33,7 +33,7 @@ int32_t registeredPort(const String& scheme) {
     auto* known = schemePorts.peek();
     if (!known)
         return 0;
-    const std::string name = urlbytes::lowerCase(scheme.toUtf8());
+    const std::string name = UrlBytes::lowerCase(scheme.toUtf8());
     const FGuard guard(known->lock);
     const auto found = known->ports.find(name);
     return found == known->ports.end() ? 0 : found->second;
@@ -58,13 +58,13 @@ void keepWhole(String& place, std::u16string_view text) {
 
 /// A name as the system knows it. False for one that is part of no path.
 bool toNativeName(const ConstString& name, std::string& bytes) {
-    bytes = name.isWide() ? toNativeText(name.view16()) : std::string(name.view8());
+    bytes = name.isWide() ? PathText::toNative(name.view16()) : std::string(name.view8());
     return bytes.find('\0') == std::string::npos;
 }
 
 /// A text as paths keep it, whatever its width.
 std::u16string wideText(const ConstString& text) {
-    return text.isWide() ? std::u16string(text.view16()) : toPathText(text.view8());
+    return text.isWide() ? std::u16string(text.view16()) : PathText::fromNative(text.view8());
 }
 
 std::u16string asciiToWide(const std::string& text) {
@@ -114,7 +114,7 @@ FUrl::FUrl(const FPath& path) {
         *this = *url;
         return;
     }
-    if (cast<FNPath>(&path) || !beginsAsUrl(path.getFolder())) {
+    if (cast<FNPath>(&path) || !PathText::beginsAsUrl(path.getFolder())) {
         adoptNative(path);
         return;
     }
@@ -235,7 +235,7 @@ void FUrl::adopt(std::u16string_view path, bool isFolder) {
     keepWhole(folder_, folderPart());
     std::u16string name(lastPart());
     if (!scheme_.isEmpty())
-        name = toPathText(urlbytes::decode(toNativeText(name)));
+        name = PathText::fromNative(UrlBytes::decode(PathText::toNative(name)));
     // A character 0 is part of no name.
     keepWhole(name_, name.find(u'\0') == std::u16string::npos ? name : std::u16string());
     setIsFolder(isFolder);
@@ -264,7 +264,7 @@ void FUrl::setName(const ConstString& name) try {
     }
     std::u16string path(folderPart());
     const bool hadEnd = path_.size() > 1 && path_.view16().ends_with(u'/');
-    path += scheme_.isEmpty() ? toPathText(bytes) : asciiToWide(urlbytes::encodeName(bytes));
+    path += scheme_.isEmpty() ? PathText::fromNative(bytes) : asciiToWide(UrlBytes::encodeName(bytes));
     adopt(hadEnd ? path + u'/' : path, isFolder());
 } catch (const std::bad_alloc&) {
     clearAll();
@@ -281,14 +281,14 @@ void FUrl::setFileType(const FFileType& type, bool replace) {
 void FUrl::setFolder(const ConstString& text) try {
     std::u16string path = wideText(text);
     std::u16string last(path_.view16().substr(folderPart().size()));
-    if (beginsAsUrl(text)) {
+    if (PathText::beginsAsUrl(text)) {
         FUrl place(text);
         if (place.scheme_.isEmpty()) {
             clearAll();
             return;
         }
         if (scheme_.isEmpty())
-            last = asciiToWide(urlbytes::encodePath(toNativeText(last)));
+            last = asciiToWide(UrlBytes::encodePath(PathText::toNative(last)));
         path = place.path_.view16();
         place.flags_ = flags_;
         place.fileType_ = fileType_;
@@ -323,7 +323,7 @@ void FUrl::addPathSegment(const ConstString& segment, bool isFolder) try {
     std::u16string path(path_.isWide() ? path_.view16() : std::u16string_view());
     if (!path.empty() && !path.ends_with(u'/'))
         path += u'/';
-    path += asciiToWide(urlbytes::encode(bytes));
+    path += asciiToWide(UrlBytes::encode(bytes));
     if (isFolder)
         path += u'/';
     adopt(path, isFolder);
@@ -375,8 +375,8 @@ int32_t FUrl::compare(const CmObject* other) const try {
 }
 
 bool FUrl::save(FBinaryStream& stream) const try {
-    const String path = toStreamText(path_);
-    if (!canBeStored(scheme_) || !canBeStored(host_) || !canBeStored(path))
+    const String path = PathText::toStreamText(path_);
+    if (!PathText::canBeStored(scheme_) || !PathText::canBeStored(host_) || !PathText::canBeStored(path))
         return false;
     return FPath::save(stream) && scheme_.writeTo(stream) && host_.writeTo(stream) &&
            stream.writeInt32(port_) && path.writeTo(stream);
@@ -406,7 +406,7 @@ bool FUrl::load(FBinaryStream& stream) try {
 bool FUrl::restoreAttributes(FAttributes* attributes) {
     FPath::restoreAttributes(attributes);
     const String text = attributes->getString("Path");
-    if (beginsAsUrl(text))
+    if (PathText::beginsAsUrl(text))
         return true;
     // A path alone counts whole, with blanks at its ends.
     const bool isMarked = isFolder();
@@ -420,7 +420,7 @@ bool FUrl::registerPort(std::string_view scheme, int32_t port) try {
     if (!known || port < 0 || port > maxPort)
         return false;
     const FGuard guard(known->lock);
-    known->ports.insert_or_assign(urlbytes::lowerCase(scheme.substr(0, scheme.find(':'))), port);
+    known->ports.insert_or_assign(UrlBytes::lowerCase(scheme.substr(0, scheme.find(':'))), port);
     return true;
 } catch (const std::bad_alloc&) {
     return false;

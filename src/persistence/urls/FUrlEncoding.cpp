@@ -75,36 +75,36 @@ std::string withoutDotSegments(std::string_view path) {
 void FUrl::encode(String& text, bool asUtf8) try {
     std::string bytes;
     if (asUtf8 || !toLatinBytes(text, bytes))
-        bytes = toNativeText(text);
-    replaceText(text, urlbytes::encode(bytes));
+        bytes = PathText::toNative(text);
+    replaceText(text, UrlBytes::encode(bytes));
 } catch (const std::bad_alloc&) {
     return; // The text stays as it is, like in every other operation on it.
 }
 
 void FUrl::decode(String& text) try {
-    replaceText(text, urlbytes::decode(text.toUtf8()));
+    replaceText(text, UrlBytes::decode(text.toUtf8()));
 } catch (const std::bad_alloc&) {
     return; // As in `encode`.
 }
 
 std::string FUrl::plainPath() const {
-    const std::string bytes = toNativeText(path_.view16());
-    return scheme_.isEmpty() ? bytes : urlbytes::decode(bytes);
+    const std::string bytes = PathText::toNative(path_.view16());
+    return scheme_.isEmpty() ? bytes : UrlBytes::decode(bytes);
 }
 
 std::string FUrl::normalForm() const {
     if (scheme_.isEmpty())
         return withoutDotSegments(plainPath());
-    std::string form = urlbytes::lowerCase(scheme_.toUtf8()) + "://";
+    std::string form = UrlBytes::lowerCase(scheme_.toUtf8()) + "://";
     if (!hasScheme(fileScheme)) {
-        form += urlbytes::lowerCase(host_.toUtf8());
+        form += UrlBytes::lowerCase(host_.toUtf8());
         FUrl plain;
         plain.scheme_ = scheme_;
         plain.takeAuthority({});
         if (port_ != 0 && port_ != plain.port_)
             form += ':' + std::to_string(port_);
     }
-    const std::string path = urlbytes::normalize(toNativeText(path_.view16()));
+    const std::string path = UrlBytes::normalize(PathText::toNative(path_.view16()));
     return form + withoutDotSegments(path.starts_with('/') && hasScheme(fileScheme) ? path : '/' + path);
 }
 

@@ -108,10 +108,10 @@ void FUrl::adoptNative(const FPath& path) try {
     const std::string native = path.toUtf8();
     clearAll();
     if (!native.starts_with('/')) {
-        adopt(toPathText(native), path.isFolder());
+        adopt(PathText::fromNative(native), path.isFolder());
         return;
     }
-    *this = FUrl(ConstString("file"), {}, 0, ConstString(std::string_view(urlbytes::encodePath(native))));
+    *this = FUrl(ConstString("file"), {}, 0, ConstString(std::string_view(UrlBytes::encodePath(native))));
     setIsFolder(path.isFolder());
 } catch (const std::bad_alloc&) {
     clearAll();
@@ -124,7 +124,7 @@ void FUrl::setNative(const ConstString& text) {
 bool FUrl::getNativePath(FNPath& path) const try {
     std::string native = plainPath();
     if (hasScheme(networkScheme))
-        native = onShare(urlbytes::decode(host_.toUtf8()), native);
+        native = onShare(UrlBytes::decode(host_.toUtf8()), native);
     else if (hasScheme(fileScheme))
         native = onVolume(path_.charEquals(0, u'/') ? native : '/' + native);
     else if (!scheme_.isEmpty())

@@ -1,6 +1,6 @@
 #include "persistence/urls/UrlBytes.h"
 
-namespace qorl::urlbytes {
+namespace qorl::UrlBytes {
 
 namespace {
 
@@ -99,4 +99,4 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
-} // namespace qorl::urlbytes
+} // namespace qorl::UrlBytes

@@ -5,7 +5,7 @@
 
 /// Percent encoding on bytes (RFC 3986, section 2.1). What is no ASCII in a text that is decoded was never
 /// encoded and stays. All throw std::bad_alloc.
-namespace qorl::urlbytes {
+namespace qorl::UrlBytes {
 
 /// What stands unencoded in a path: letters, digits and `-._~!$&'()*+,;=:@/?`.
 bool passesInPath(char byte);
@@ -28,4 +28,4 @@ int encodedByte(std::string_view text, size_t at);
 /// ASCII letters only.
 std::string lowerCase(std::string_view text);
 
-} // namespace qorl::urlbytes
+} // namespace qorl::UrlBytes

@@ -16,7 +16,7 @@ namespace {
 constinit Singleton<UrlMetaHandler> metaHandler;
 
 std::string schemeKey(std::string_view scheme) {
-    return urlbytes::lowerCase(scheme.substr(0, scheme.find(':')));
+    return UrlBytes::lowerCase(scheme.substr(0, scheme.find(':')));
 }
 
 Ref<FUrlHandler> createFileHandler(const FUrl& url) {
@@ -60,7 +60,7 @@ void UrlMetaHandler::unregisterHandler(std::string_view scheme) {
 }
 
 Ref<FUrlHandler> UrlMetaHandler::createHandler(const FUrl& url) try {
-    const std::string key = urlbytes::lowerCase(url.scheme().toUtf8());
+    const std::string key = UrlBytes::lowerCase(url.scheme().toUtf8());
     CreateHandler create = nullptr;
     {
         const FGuard guard(lock_);

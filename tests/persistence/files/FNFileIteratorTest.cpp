@@ -25,7 +25,7 @@ FNPath pathOf(const SettingsFolder& folder, const std::string& name) {
 std::string walk(FFileIterator& iterator) {
     std::string found;
     while (const FPath* entry = iterator.next()) {
-        const std::string name = toNativeText(entry->getName().view16());
+        const std::string name = PathText::toNative(entry->getName().view16());
         found += name + (entry->isFolder() ? "/ " : " ");
         EXPECT_EQ((entry->getPathKind() & FPath::hiddenFlag) != 0, name.starts_with('.')) << name;
     }

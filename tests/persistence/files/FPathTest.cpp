@@ -37,8 +37,8 @@ TEST(FPath, SplitsIntoFolderAndName) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         const FPath path{ConstString(c.text)};
-        EXPECT_EQ(toNativeText(path.getFolder().view16()), c.folder);
-        EXPECT_EQ(toNativeText(path.getName().view16()), c.name);
+        EXPECT_EQ(PathText::toNative(path.getFolder().view16()), c.folder);
+        EXPECT_EQ(PathText::toNative(path.getName().view16()), c.name);
         EXPECT_EQ(path.toUtf8(), c.whole);
         EXPECT_EQ(path.isFolder(), c.isFolder);
     }
