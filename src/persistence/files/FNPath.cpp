@@ -45,17 +45,13 @@ platform::VolumeInfo volumeOf(const FPath& path) try {
     return {};
 }
 
-/// Adds the parts of a relative path, each behind a separator. False when it would lead out.
-bool goDown(std::string& path, std::string_view parts) {
-    while (!parts.empty()) {
-        const size_t end = parts.find('/');
-        const std::string_view part = parts.substr(0, end);
-        parts = end == std::string_view::npos ? std::string_view() : parts.substr(end + 1);
-        if (part == "..")
-            return false;
-        if (!part.empty() && part != ".")
-            path.append("/").append(part);
-    }
+/// Adds the parts of a relative path, each behind a separator. False when it has any "..".
+bool goDown(std::string& path, const std::string& relative) {
+    const auto parts = PathText::partsBelow(relative, "/", PathText::Dots::refused);
+    if (!parts)
+        return false;
+    for (const std::string_view part : *parts)
+        path.append("/").append(part);
     return true;
 }
 

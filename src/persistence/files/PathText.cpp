@@ -78,6 +78,26 @@ bool isOnePart(const ConstString& name) {
            name.findChar16(u'/') == ConstString::notFound && name.findChar16(u'\0') == ConstString::notFound;
 }
 
+std::optional<std::vector<std::string_view>> partsBelow(std::string_view path, std::string_view separators,
+                                                        Dots dots) {
+    std::vector<std::string_view> parts;
+    while (!path.empty()) {
+        const size_t end = path.find_first_of(separators);
+        const std::string_view part = path.substr(0, end);
+        path = end == std::string_view::npos ? std::string_view() : path.substr(end + 1);
+        if (part.empty() || part == ".")
+            continue;
+        if (part != "..") {
+            parts.push_back(part);
+            continue;
+        }
+        if (dots == Dots::refused || parts.empty())
+            return std::nullopt;
+        parts.pop_back();
+    }
+    return parts;
+}
+
 int32_t findExtension(const ConstString& name, const ConstString& extension) {
     const std::u16string whole = name.toUtf16();
     const std::u16string wanted = u'.' + extension.toUtf16();

@@ -2,8 +2,10 @@
 
 #include "foundation/text/String.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Texts of paths and of names in them.
 ///
@@ -27,6 +29,13 @@ bool beginsAsUrl(const ConstString& path);
 /// Whether a text is one part of a path, as a name has to be: not empty, no dots that lead elsewhere, no
 /// separator and no character 0.
 bool isOnePart(const ConstString& name);
+/// What becomes of "..": it takes the part in front of it away, or there must be none.
+enum class Dots : uint8_t { resolved, refused };
+/// The parts of a path that counts from some place and stays below it, without empty ones and "."; views on
+/// `path`, in which each of `separators` divides them. Nothing for a path that would lead out of the place,
+/// whatever its parts are, and for one with a ".." that is refused. Throws std::bad_alloc.
+std::optional<std::vector<std::string_view>> partsBelow(std::string_view path, std::string_view separators,
+                                                        Dots dots);
 /// Where in a name the dot of this extension stands, case aside; `notFound` when the name does not end in it,
 /// or has nothing in front. An extension comes without its dot and may hold others ("tar.gz"). In UTF-16
 /// characters. Throws std::bad_alloc.

@@ -6,7 +6,6 @@
 
 #include <new>
 #include <utility>
-#include <vector>
 
 namespace qorl {
 
@@ -24,23 +23,13 @@ std::string_view firstSegment(std::string_view path, std::string_view& rest) {
 /// What lies below a volume or a share, which dots never leave: segments are taken away before the name of
 /// the place means anything.
 std::string below(const std::string& root, std::string_view rest) {
-    std::vector<std::string_view> parts;
-    const bool hasEnd = rest.ends_with('/');
-    while (!rest.empty()) {
-        const size_t end = rest.find('/');
-        const std::string_view part = rest.substr(0, end);
-        rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-        if (part == ".." && parts.empty())
-            return {};
-        if (part == "..")
-            parts.pop_back();
-        else if (!part.empty() && part != ".")
-            parts.push_back(part);
-    }
+    const auto parts = PathText::partsBelow(rest, "/", PathText::Dots::resolved);
+    if (!parts)
+        return {};
     std::string path = root;
-    for (const std::string_view part : parts)
+    for (const std::string_view part : *parts)
         path.append("/").append(part);
-    return hasEnd ? path + '/' : path;
+    return rest.ends_with('/') ? path + '/' : path;
 }
 
 /// A path below "/Volumes/", where the volume that it names lies; any other path as it is.
@@ -75,25 +64,6 @@ bool isPlainReference(std::string_view reference) {
         if (static_cast<uint8_t>(c) < 0x20)
             return false;
     return true;
-}
-
-/// The parts of a reference without "." and ".."; false when it leads out.
-bool splitInside(std::string_view reference, std::vector<std::string_view>& parts) {
-    while (!reference.empty()) {
-        const size_t end = reference.find_first_of("/\\");
-        const std::string_view part = reference.substr(0, end);
-        reference = end == std::string_view::npos ? std::string_view() : reference.substr(end + 1);
-        if (part.empty() || part == ".")
-            continue;
-        if (part != "..") {
-            parts.push_back(part);
-            continue;
-        }
-        if (parts.empty())
-            return false;
-        parts.pop_back();
-    }
-    return !parts.empty();
 }
 
 bool isBelow(const std::string& path, std::string folder) {
@@ -160,11 +130,11 @@ void FUrl::getDriveName(String& text) const {
 }
 
 std::string FUrl::resolveInside(std::string_view base, std::string_view reference) {
-    std::vector<std::string_view> parts;
-    if (!isPlainReference(reference) || !splitInside(reference, parts))
+    const auto parts = PathText::partsBelow(reference, "/\\", PathText::Dots::resolved);
+    if (!isPlainReference(reference) || !parts || parts->empty())
         return {};
     std::string path(base.empty() ? "." : base);
-    for (const std::string_view part : parts) {
+    for (const std::string_view part : *parts) {
         if (!path.ends_with('/'))
             path += '/';
         path += part;
