@@ -1,7 +1,7 @@
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/archive/ObjectFiles.h"
 #include "persistence/defaults/DefaultPoolFixture.h"
-#include "persistence/defaults/DefaultsFolder.h"
+#include "persistence/defaults/GroupNames.h"
 #include "persistence/streams/FStream.h"
 #include "persistence/xml/XmlFile.h"
 #include "support/DebugOutput.h"
@@ -137,9 +137,8 @@ protected:
         // As an earlier version named them.
         for (const char* name : {groups[2], passing[1]})
             if (isFolder_)
-                std::filesystem::rename(settings() + "/Defaults/" + DefaultsFolder::fileOf(name) + ".xml",
-                                        settings() + "/Defaults/" + DefaultsFolder::earlierFileOf(name) +
-                                            ".xml");
+                std::filesystem::rename(settings() + "/Defaults/" + GroupNames::fileOf(name) + ".xml",
+                                        settings() + "/Defaults/" + GroupNames::earlierFileOf(name) + ".xml");
         isFolder_ = GetParam() != StoreForm::oneFile;
         begin();
     }
@@ -147,7 +146,7 @@ protected:
     /// The file that the long group is stored in.
     static std::string fileOfGroup() {
         return GetParam() == StoreForm::oneFileForEachGroup
-                   ? "Defaults/" + DefaultsFolder::fileOf(longGroup) + ".xml"
+                   ? "Defaults/" + GroupNames::fileOf(longGroup) + ".xml"
                    : "Defaults.xml";
     }
 

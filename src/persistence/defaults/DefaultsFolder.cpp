@@ -1,14 +1,17 @@
 #include "persistence/defaults/DefaultsFolder.h"
 
-#include "foundation/text/StoredBytes.h"
-#include "persistence/defaults/Md5.h"
 #include "persistence/files/DurableFiles.h"
 #include "persistence/files/FNPath.h"
 
-namespace qorl {
+#include <string>
+
+namespace qorl::DefaultsFolder {
 
 namespace {
 
+constexpr const char* names[] = {"Defaults", "Defaults (Backup)", "Defaults (Trashed)", "Defaults (New)",
+                                 "Defaults (New Backup)"};
+constexpr const char* singleFile = "/Defaults.xml";
 // Behind the name of a folder that goes.
 constexpr const char* earlierSuffix = " (Earlier)";
 
@@ -16,10 +19,14 @@ std::string settingsFolder() {
     return FNPath::knownFolder(FNPath::userSettings);
 }
 
-std::string folderNamed(const char* name) {
+std::string pathOf(const std::string& name) {
     if (settingsFolder().empty())
         return {};
-    return platform::getCanonicalPath(settingsFolder() + '/' + name);
+    return platform::getCanonicalPath(settingsFolder() + name);
+}
+
+std::string pathOf(Place place) {
+    return pathOf(std::string("/") + nameOf(place));
 }
 
 /// Clears the place of a folder. What is no folder was put there by somebody else, and is kept.
@@ -37,33 +44,37 @@ bool clearPlace(const std::string& folder) {
 
 } // namespace
 
-void DefaultsFolder::makeSettings() {
+const char* nameOf(Place place) {
+    return names[static_cast<int>(place)];
+}
+
+void makeSettings() {
     const std::string folder = settingsFolder();
     tellFailure(folder, "can't be made", createFoldersDurably(folder));
 }
 
-bool DefaultsFolder::stands(const char* folder) {
-    return platform::folderExists(folderNamed(folder));
+bool stands(Place place) {
+    return platform::folderExists(pathOf(place));
 }
 
-void DefaultsFolder::tidy() {
+void tidy() {
     for (const std::string& folder :
-         {folderNamed(newStore), folderNamed(newBackup), folderNamed(store) + earlierSuffix,
-          folderNamed(backup) + earlierSuffix, folderNamed(trash) + earlierSuffix})
+         {pathOf(Place::newStore), pathOf(Place::newBackup), pathOf(Place::store) + earlierSuffix,
+          pathOf(Place::backup) + earlierSuffix, pathOf(Place::trash) + earlierSuffix})
         if (platform::folderExists(folder))
             tellFailure(folder, "can't be deleted", platform::deleteTree(folder));
 }
 
-bool DefaultsFolder::discard(const char* folder) {
-    const std::string path = folderNamed(folder);
+bool discard(Place place) {
+    const std::string path = pathOf(place);
     const std::string away = path + earlierSuffix;
     return clearPlace(away) && tellFailure(path, "can't be put away", moveDurably(path, away)) &&
            tellFailure(away, "can't be deleted", platform::deleteTree(away));
 }
 
-bool DefaultsFolder::putInPlace(const char* from, const char* to) {
-    const std::string source = folderNamed(from);
-    const std::string target = folderNamed(to);
+bool putInPlace(Place from, Place to) {
+    const std::string source = pathOf(from);
+    const std::string target = pathOf(to);
     const std::string away = target + earlierSuffix;
     const bool hasEarlier = platform::folderExists(target);
     // No folder that holds anything can be replaced in one step.
@@ -80,49 +91,30 @@ bool DefaultsFolder::putInPlace(const char* from, const char* to) {
     return true;
 }
 
-bool DefaultsFolder::copy(const char* from, const char* to) {
-    const std::string source = folderNamed(from);
+bool copy(Place from, Place to) {
+    const std::string source = pathOf(from);
     return createAfresh(to) &&
            tellFailure(source, "can't be copied",
-                       platform::copyTree(source, folderNamed(to), platform::FileLinks::copyContents));
+                       platform::copyTree(source, pathOf(to), platform::FileLinks::copyContents));
 }
 
-bool DefaultsFolder::copyFileInto(const char* folder, const char* file) {
-    const std::string from = folderNamed(file);
-    return tellFailure(from, "can't be copied", platform::copyFile(from, folderNamed(folder) + '/' + file));
-}
-
-bool DefaultsFolder::copyFileOutOf(const char* folder, const char* file) {
-    const std::string from = folderNamed(folder) + '/' + file;
-    return tellFailure(from, "can't be copied", platform::copyFile(from, folderNamed(file)));
-}
-
-bool DefaultsFolder::holdsFile(const char* folder, const char* file) {
-    return platform::fileExists(folderNamed(folder) + '/' + file);
-}
-
-bool DefaultsFolder::createAfresh(const char* folder) {
-    const std::string path = folderNamed(folder);
+bool createAfresh(Place place) {
+    const std::string path = pathOf(place);
     return clearPlace(path) && tellFailure(path, "can't be made", platform::createFolders(path));
 }
 
-std::u16string DefaultsFolder::keyOf(const ConstString& group) {
-    return group.isWide() ? std::u16string(group.view16())
-                          : std::u16string(text::widenStored(group.view8()).view16());
+bool copySingleFileInto(Place place) {
+    const std::string from = pathOf(singleFile);
+    return tellFailure(from, "can't be copied", platform::copyFile(from, pathOf(place) + singleFile));
 }
 
-std::string DefaultsFolder::fileOf(const ConstString& group) {
-    std::string bytes;
-    for (const char16_t unit : keyOf(group)) {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8);
-    }
-    return md5Digits(bytes.data(), bytes.size());
+bool copySingleFileOutOf(Place place) {
+    const std::string from = pathOf(place) + singleFile;
+    return tellFailure(from, "can't be copied", platform::copyFile(from, pathOf(singleFile)));
 }
 
-std::string DefaultsFolder::earlierFileOf(const ConstString& group) {
-    const std::string bytes = group.toUtf8();
-    return md5Digits(bytes.data(), bytes.size());
+bool holdsSingleFile(Place place) {
+    return platform::fileExists(pathOf(place) + singleFile);
 }
 
-} // namespace qorl
+} // namespace qorl::DefaultsFolder

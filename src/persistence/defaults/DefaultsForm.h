@@ -11,7 +11,7 @@
 namespace qorl::DefaultsForm {
 
 /// The single file, and the tag of each document that holds groups.
-inline constexpr const char* groups = DefaultsFolder::store;
+inline constexpr const char* groups = "Defaults";
 /// The file of the auto-savers in the folder, and its tag.
 inline constexpr const char* savers = "AutoSaver";
 
@@ -19,8 +19,9 @@ inline constexpr const char* savers = "AutoSaver";
 inline constexpr const char* entriesKey = "Entries";
 inline constexpr const char* saversKey = "AutoSavers";
 
-inline std::string inFolder(const std::string& name, const char* folder = DefaultsFolder::store) {
-    return std::string(folder) + '/' + name;
+inline std::string inFolder(const std::string& name,
+                            DefaultsFolder::Place place = DefaultsFolder::Place::store) {
+    return std::string(DefaultsFolder::nameOf(place)) + '/' + name;
 }
 
 /// One of the user's settings files, for as long as its name is there.

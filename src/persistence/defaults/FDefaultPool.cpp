@@ -6,6 +6,7 @@
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/defaults/DefaultsForm.h"
 #include "persistence/defaults/DefaultsLock.h"
+#include "persistence/defaults/GroupNames.h"
 #include "persistence/xml/XmlFile.h"
 #include "platform/System.h"
 
@@ -35,8 +36,8 @@ public:
     explicit GroupInFile(FDefaults& group) : group_(group) {}
 
     bool restoreAttributes(FAttributes* attributes) override {
-        isOther = DefaultsFolder::keyOf(attributes->getString(FDefaults::groupKey)) !=
-                  DefaultsFolder::keyOf(group_.group());
+        isOther = GroupNames::keyOf(attributes->getString(FDefaults::groupKey)) !=
+                  GroupNames::keyOf(group_.group());
         if (!isOther)
             return group_.takeAttributes(*attributes);
         platform::debugOutput("settings of \"" + group_.group().toUtf8() + "\" asked for, those of \"" +
@@ -82,7 +83,7 @@ FDefaultPool::~FDefaultPool() = default;
 FDefaults* FDefaultPool::getGroup(const ConstString& name, int32_t version, bool create) try {
     if (name.isEmpty() || state_.disabled)
         return nullptr;
-    const std::u16string key = DefaultsFolder::keyOf(name);
+    const std::u16string key = GroupNames::keyOf(name);
     if (const auto found = groups_.find(key); found != groups_.end())
         return found->second->version() == version ? found->second.get() : nullptr;
     // In folder mode it may still be in its file.
@@ -119,7 +120,7 @@ bool FDefaultPool::isRemoved(const std::u16string& name) const {
 }
 
 bool FDefaultPool::removeGroup(const ConstString& name) try {
-    const std::u16string key = DefaultsFolder::keyOf(name);
+    const std::u16string key = GroupNames::keyOf(name);
     if (!isRemoved(key))
         removedGroups_.push_back(key);
     groups_.erase(key);
@@ -192,8 +193,8 @@ bool FDefaultPool::removeGroupFile(const std::string& name, FDefaults& group) {
 
 bool FDefaultPool::loadGroup(FDefaults& group) {
     const DefaultsLock lock(DefaultsLock::Patience::once);
-    const std::string name = DefaultsForm::inFolder(DefaultsFolder::fileOf(group.group()));
-    const std::string earlier = DefaultsForm::inFolder(DefaultsFolder::earlierFileOf(group.group()));
+    const std::string name = DefaultsForm::inFolder(GroupNames::fileOf(group.group()));
+    const std::string earlier = DefaultsForm::inFolder(GroupNames::earlierFileOf(group.group()));
     const bool isEarlier = !DefaultsForm::stands(DefaultsForm::settingsFile(name)) &&
                            DefaultsForm::stands(DefaultsForm::settingsFile(earlier));
     GroupInFile file(group);
@@ -235,7 +236,7 @@ bool FDefaultPool::markExtracted() {
 }
 
 bool FDefaultPool::loadFolder() {
-    if (DefaultsFolder::stands(DefaultsFolder::store)) {
+    if (DefaultsFolder::stands(DefaultsFolder::Place::store)) {
         auto savers = make<FAttributes>();
         if (loadFile(DefaultsForm::inFolder(DefaultsForm::savers), DefaultsForm::savers, *savers))
             savedAutoSaverAttributes_ = std::move(savers);
@@ -319,7 +320,7 @@ bool FDefaultPool::restoreGroups(FAttributes& attributes, bool (*restore)(FDefau
 }
 
 void FDefaultPool::enterRestored(const Ref<FDefaults>& group) {
-    std::u16string key = DefaultsFolder::keyOf(group->group());
+    std::u16string key = GroupNames::keyOf(group->group());
     if (isRemoved(key))
         return;
     const bool isFirst = !groups_.contains(key);

@@ -3,6 +3,7 @@
 #include "foundation/messages/ListenerList.h"
 #include "foundation/text/CmString.h"
 #include "persistence/defaults/AutoSaver.h"
+#include "persistence/defaults/DefaultsFolder.h"
 #include "persistence/defaults/FDefaults.h"
 #include "persistence/files/StoredFile.h"
 
@@ -117,7 +118,7 @@ private:
     bool removeGroupFile(const std::string& name, FDefaults& group);
     Collected collect();
     static void fillDocument(FAttributes& document, const Collected& all);
-    bool saveGroups(Collected& all, const char* folder);
+    bool saveGroups(Collected& all, DefaultsFolder::Place place);
     bool saveSingleFile(Collected& all);
     bool replaceUnwritable(Collected& all);
     bool replaceUnwritableSavers(FAttributes& savers);

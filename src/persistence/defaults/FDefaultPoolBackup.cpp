@@ -8,9 +8,9 @@
 
 namespace qorl {
 
-namespace {
+using DefaultsFolder::Place;
 
-constexpr const char* singleFileInFolder = "Defaults.xml";
+namespace {
 
 StoredFile singleStoreFile() {
     return DefaultsForm::settingsFile(DefaultsForm::groups);
@@ -25,7 +25,7 @@ bool FDefaultPool::isBackupTaken() const {
 
 bool FDefaultPool::hasBackup() const {
     if (state_.folderMode)
-        return DefaultsFolder::stands(DefaultsFolder::backup);
+        return DefaultsFolder::stands(Place::backup);
     int32_t error = 0;
     const bool isThere = singleStoreFile().hasBackup(FFileType::settingsBackupFile(), &error);
     if (error)
@@ -34,17 +34,16 @@ bool FDefaultPool::hasBackup() const {
 }
 
 bool FDefaultPool::trash() try {
-    using namespace DefaultsFolder;
     const DefaultsLock lock;
-    const bool isFolder = state_.folderMode && stands(store);
+    const bool isFolder = state_.folderMode && DefaultsFolder::stands(Place::store);
     const StoredFile file = singleStoreFile();
     // In folder mode the next start would read an older single file again.
     const bool isFile = DefaultsForm::stands(file);
-    bool isGone = !isFolder || putInPlace(store, DefaultsFolder::trash);
-    isGone &= !isFile || file.rename(DefaultsFolder::trash);
+    bool isGone = !isFolder || DefaultsFolder::putInPlace(Place::store, Place::trash);
+    isGone &= !isFile || file.rename(DefaultsFolder::nameOf(Place::trash));
     // The next start would bring them back.
     if (hasBackup())
-        isGone &= state_.folderMode ? discard(DefaultsFolder::backup)
+        isGone &= state_.folderMode ? DefaultsFolder::discard(Place::backup)
                                     : file.removeBackup(FFileType::settingsBackupFile());
     if (isGone)
         state_.hasBackup = state_.isBackupStuck = false;
@@ -55,7 +54,6 @@ bool FDefaultPool::trash() try {
 }
 
 bool FDefaultPool::backup() try {
-    using namespace DefaultsFolder;
     // Settings that could not be brought back are worth more than those of the run without them.
     if (state_.isBackupStuck) {
         platform::debugOutput(
@@ -64,7 +62,7 @@ bool FDefaultPool::backup() try {
     }
     const DefaultsLock lock;
     const StoredFile file = singleStoreFile();
-    const bool isFolder = state_.folderMode && stands(store);
+    const bool isFolder = state_.folderMode && DefaultsFolder::stands(Place::store);
     if (!isFolder && !DefaultsForm::stands(file))
         return true;
     if (!isFolder && !preferKept())
@@ -72,10 +70,12 @@ bool FDefaultPool::backup() try {
     if (!state_.folderMode)
         state_.hasBackup = file.backup(FFileType::settingsBackupFile());
     else if (isFolder)
-        state_.hasBackup = copy(store, newBackup) && putInPlace(newBackup, DefaultsFolder::backup);
+        state_.hasBackup = DefaultsFolder::copy(Place::store, Place::newBackup) &&
+                           DefaultsFolder::putInPlace(Place::newBackup, Place::backup);
     else // It has not moved to a folder yet.
-        state_.hasBackup = createAfresh(newBackup) && copyFileInto(newBackup, singleFileInFolder) &&
-                           putInPlace(newBackup, DefaultsFolder::backup);
+        state_.hasBackup = DefaultsFolder::createAfresh(Place::newBackup) &&
+                           DefaultsFolder::copySingleFileInto(Place::newBackup) &&
+                           DefaultsFolder::putInPlace(Place::newBackup, Place::backup);
     return state_.hasBackup;
 } catch (const std::bad_alloc&) {
     platform::debugOutput("no memory to put the settings aside");
@@ -101,12 +101,11 @@ bool FDefaultPool::restore() try {
 }
 
 bool FDefaultPool::restoreFolder() {
-    using namespace DefaultsFolder;
-    if (!holdsFile(DefaultsFolder::backup, singleFileInFolder))
-        return putInPlace(DefaultsFolder::backup, store);
+    if (!DefaultsFolder::holdsSingleFile(Place::backup))
+        return DefaultsFolder::putInPlace(Place::backup, Place::store);
     // It was made before the store moved to a folder. The copy goes last, so that a crash changes nothing.
-    return (!stands(store) || discard(store)) && copyFileOutOf(DefaultsFolder::backup, singleFileInFolder) &&
-           discard(DefaultsFolder::backup);
+    return (!DefaultsFolder::stands(Place::store) || DefaultsFolder::discard(Place::store)) &&
+           DefaultsFolder::copySingleFileOutOf(Place::backup) && DefaultsFolder::discard(Place::backup);
 }
 
 } // namespace qorl

@@ -52,7 +52,7 @@ Ref<FAttributes> FDefaultPool::storeAutoSavers() {
 /// What the files hold now.
 Ref<FAttributes> FDefaultPool::storedSavers() {
     auto stored = make<FAttributes>();
-    if (state_.folderMode && DefaultsFolder::stands(DefaultsFolder::store)) {
+    if (state_.folderMode && DefaultsFolder::stands(DefaultsFolder::Place::store)) {
         loadFile(DefaultsForm::inFolder(DefaultsForm::savers), DefaultsForm::savers, *stored);
         return stored;
     }

@@ -2,6 +2,7 @@
 #include "persistence/defaults/DefaultsForm.h"
 #include "persistence/defaults/DefaultsLock.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "persistence/defaults/GroupNames.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/XmlDocumentWriter.h"
 #include "persistence/xml/XmlFile.h"
@@ -12,6 +13,8 @@
 #include <utility>
 
 namespace qorl {
+
+using DefaultsFolder::Place;
 
 namespace {
 
@@ -30,7 +33,7 @@ Ref<FAttributes> storedEntry(FAttributes& document, const std::u16string& key) {
     document.resetCursor(DefaultsForm::entriesKey);
     for (int32_t left = document.count(DefaultsForm::entriesKey); left > 0; --left) {
         FAttributes* entry = document.nextAttributes(DefaultsForm::entriesKey);
-        if (entry && DefaultsFolder::keyOf(entry->getString(FDefaults::groupKey)) == key)
+        if (entry && GroupNames::keyOf(entry->getString(FDefaults::groupKey)) == key)
             return retain(entry);
     }
     return nullptr;
@@ -129,22 +132,20 @@ bool FDefaultPool::saveSingleFile(Collected& all) {
 }
 
 bool FDefaultPool::saveFolder(Collected& all) {
-    using namespace DefaultsFolder;
-    if (stands(store))
-        return saveGroups(all, store) && removeFile(DefaultsForm::groups);
+    if (DefaultsFolder::stands(Place::store))
+        return saveGroups(all, Place::store) && removeFile(DefaultsForm::groups);
     // The next start reads the single file no more once the folder stands, so it stands when it is whole.
-    if (createAfresh(newStore) && saveGroups(all, newStore))
-        return putInPlace(newStore, store) && removeFile(DefaultsForm::groups);
+    if (DefaultsFolder::createAfresh(Place::newStore) && saveGroups(all, Place::newStore))
+        return DefaultsFolder::putInPlace(Place::newStore, Place::store) && removeFile(DefaultsForm::groups);
     saveSingleFile(all);
     return false;
 }
 
-bool FDefaultPool::saveGroups(Collected& all, const char* folder) {
+bool FDefaultPool::saveGroups(Collected& all, Place place) {
     bool isGood = true;
     for (const auto& [group, attributes] : all.groups) {
-        const std::string name = DefaultsForm::inFolder(DefaultsFolder::fileOf(group->group()), folder);
-        const std::string earlier =
-            DefaultsForm::inFolder(DefaultsFolder::earlierFileOf(group->group()), folder);
+        const std::string name = DefaultsForm::inFolder(GroupNames::fileOf(group->group()), place);
+        const std::string earlier = DefaultsForm::inFolder(GroupNames::earlierFileOf(group->group()), place);
         const bool isSaved = saveFile(name, DefaultsForm::groups, *attributes);
         if (!isSaved)
             platform::debugOutput("settings of \"" + group->group().toUtf8() + "\" are not saved");
@@ -153,13 +154,12 @@ bool FDefaultPool::saveGroups(Collected& all, const char* folder) {
     for (const std::u16string& name : removedGroups_) {
         FDefaults group{ConstString(std::u16string_view(name))};
         isGood &=
-            removeGroupFile(DefaultsForm::inFolder(DefaultsFolder::fileOf(group.group()), folder), group) &&
-            removeGroupFile(DefaultsForm::inFolder(DefaultsFolder::earlierFileOf(group.group()), folder),
-                            group);
+            removeGroupFile(DefaultsForm::inFolder(GroupNames::fileOf(group.group()), place), group) &&
+            removeGroupFile(DefaultsForm::inFolder(GroupNames::earlierFileOf(group.group()), place), group);
     }
     if (!all.savers)
         return isGood;
-    const std::string name = DefaultsForm::inFolder(DefaultsForm::savers, folder);
+    const std::string name = DefaultsForm::inFolder(DefaultsForm::savers, place);
     if (saveFile(name, DefaultsForm::savers, *all.savers))
         return isGood;
     if (replaceUnwritableSavers(*all.savers))
@@ -199,7 +199,7 @@ bool FDefaultPool::replaceUnwritable(Collected& all) {
         if (!isUnwritable(document, "settings of \"" + group->group().toUtf8() + '"'))
             continue;
         isAny = true;
-        attributes = storedEntry(earlier, DefaultsFolder::keyOf(group->group()));
+        attributes = storedEntry(earlier, GroupNames::keyOf(group->group()));
     }
     std::erase_if(all.groups, [](const auto& group) { return !group.attributes; });
     return (all.savers && replaceUnwritableSavers(*all.savers)) || isAny;
