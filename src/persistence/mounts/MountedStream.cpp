@@ -7,10 +7,17 @@ namespace qorl {
 MountedStream::MountedStream(Ref<FStream> inner, Ref<FRemovableFileSystem> mount)
     : mount_(std::move(mount)), inner_(std::move(inner)) {
     takeOver(*inner_);
+    ++mount_->openFiles_;
 }
 
 MountedStream::~MountedStream() {
-    mount_->forget(this);
+    detachInner();
+}
+
+Ref<FStream> MountedStream::detachInner() {
+    if (inner_)
+        --mount_->openFiles_;
+    return std::move(inner_);
 }
 
 Result MountedStream::queryInterface(const InterfaceId& id, void** out) {
