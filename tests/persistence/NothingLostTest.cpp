@@ -76,14 +76,6 @@ protected:
     Length length_ = Length::few;
 };
 
-/// How the defaults are stored at first, and by the program that follows.
-enum class StoreForm { oneFile, oneFileForEachGroup, oneFileThatMoves };
-
-void PrintTo(StoreForm form, std::ostream* out) {
-    constexpr const char* names[] = {"OneFile", "OneFileForEachGroup", "OneFileThatMoves"};
-    *out << names[static_cast<int>(form)];
-}
-
 class NothingLostDefaultsTest : public NothingLostTest, public ::testing::WithParamInterface<StoreForm> {
 protected:
     ~NothingLostDefaultsTest() override { pool().clear(); }

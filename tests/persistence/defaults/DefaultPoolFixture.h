@@ -62,17 +62,19 @@ public:
     CmObject* next = nullptr;
 };
 
-/// How the pool stores its groups: all in one file, or each in one of its own in a folder.
-enum class DefaultsForm : uint8_t { oneFile, oneFileForEachGroup };
+/// How the pool stores its groups: all in one file, or each in one of its own in a folder, or so only from
+/// the second run on.
+enum class StoreForm : uint8_t { oneFile, oneFileForEachGroup, oneFileThatMoves };
 
-inline void PrintTo(DefaultsForm form, std::ostream* out) {
-    *out << (form == DefaultsForm::oneFile ? "OneFile" : "OneFileForEachGroup");
+inline void PrintTo(StoreForm form, std::ostream* out) {
+    constexpr const char* names[] = {"OneFile", "OneFileForEachGroup", "OneFileThatMoves"};
+    *out << names[static_cast<int>(form)];
 }
 
 /// The pool of the process, fresh for each test and with a folder of its own.
 class DefaultPoolFixture : public ::testing::Test {
 protected:
-    explicit DefaultPoolFixture(DefaultsForm form = DefaultsForm::oneFile) : form_(form) { restart(); }
+    explicit DefaultPoolFixture(StoreForm form = StoreForm::oneFile) : form_(form) { restart(); }
     ~DefaultPoolFixture() override { pool().clear(); }
 
     static FGlobalDefaultPool& pool() { return *FGlobalDefaultPool::instance(); }
@@ -84,14 +86,36 @@ protected:
         if (isFolder())
             pool().setFolderMode();
     }
-    bool isFolder() const { return form_ == DefaultsForm::oneFileForEachGroup; }
+    bool isFolder() const { return form_ == StoreForm::oneFileForEachGroup; }
     bool loadAll() {
         const bool isLoaded = pool().load();
         pool().finishLoad();
         return isLoaded;
     }
+    static bool save() { return pool().save(true); }
+    static void set(int64_t number, const char* group = "Group") {
+        pool().getGroup(group)->values().setInteger("n", number);
+    }
+    static int64_t number(const char* group = "Group") {
+        return pool().getGroup(group)->values().getInteger("n");
+    }
+    static bool isEmpty(const char* group = "Group") { return pool().getGroup(group)->isEmpty(); }
+    /// A run that stores one number.
+    bool store(int64_t number) {
+        loadAll();
+        set(number);
+        return save();
+    }
+    bool loadAfterRestart() {
+        restart();
+        return loadAll();
+    }
+    /// Where "Group" is stored, without the extension.
+    std::string fileOfGroup() const {
+        return isFolder() ? "settings/Defaults/" + groupFile : "settings/Defaults";
+    }
 
-    const DefaultsForm form_;
+    StoreForm form_;
     SettingsFolder folder_;
 };
 

@@ -7,36 +7,35 @@ namespace {
 
 /// Settings of which each run holds one number everywhere, and of which nothing may be lost for want of
 /// memory.
-class FDefaultPoolMemoryTest : public DefaultPoolFixture, public ::testing::WithParamInterface<DefaultsForm> {
+class FDefaultPoolMemoryTest : public DefaultPoolFixture, public ::testing::WithParamInterface<StoreForm> {
 protected:
     FDefaultPoolMemoryTest() : DefaultPoolFixture(GetParam()) {}
 
     void start() {
-        restart();
         saver_.state = 0;
-        loadAll();
+        loadAfterRestart();
     }
-    bool store(int number) {
+    bool storeAll(int number) {
         start();
-        set(number);
-        return pool().save(true);
+        setAll(number);
+        return save();
     }
-    void set(int number) {
+    void setAll(int number) {
         for (const char* name : groups)
-            pool().getGroup(name)->values().setInteger("n", number);
+            set(number, name);
         saver_.state = number;
     }
     static int64_t numberOf(const char* name) {
         const FDefaults* group = pool().getGroup(name, 0, false);
         return group ? group->values().getInteger("n") : 0;
     }
+    std::vector<int64_t> found() const { return {numberOf(groups[0]), numberOf(groups[1]), saver_.state}; }
     /// After a fresh start. What was stored group by group may be of both runs where the save failed.
     void expectNumber(int number, int orElse) {
         start();
-        const std::vector<int64_t> found{numberOf(groups[0]), numberOf(groups[1]), saver_.state};
-        for (const int64_t one : found) {
+        for (const int64_t one : found()) {
             EXPECT_TRUE(one == number || one == orElse) << one;
-            EXPECT_TRUE(one == found[0] || isFolder()) << "half of one state, half of the other";
+            EXPECT_TRUE(one == found()[0] || isFolder()) << "half of one state, half of the other";
         }
     }
     void expectNothingPutAway() const {
@@ -54,12 +53,11 @@ protected:
 
 TEST_P(FDefaultPoolMemoryTest, SavesAllThatItSaysOrLeavesWhatWasThere) {
     failEachAllocation([&](FailingAllocation& allocation) {
-        ASSERT_TRUE(store(1));
-        pool().getGroup("Gone")->values().setInteger("n", 1);
-        ASSERT_TRUE(pool().save(true));
-        set(2);
-        const bool isSaved =
-            allocation.during([] { return pool().removeGroup("Gone") && pool().save(true); });
+        ASSERT_TRUE(storeAll(1));
+        set(1, "Gone");
+        ASSERT_TRUE(save());
+        setAll(2);
+        const bool isSaved = allocation.during([] { return pool().removeGroup("Gone") && save(); });
         EXPECT_TRUE(isSaved || allocation.hasFailed());
         expectNumber(2, isSaved ? 2 : 1);
         EXPECT_TRUE(numberOf("Gone") == 0 || (!isSaved && numberOf("Gone") == 1));
@@ -70,7 +68,7 @@ TEST_P(FDefaultPoolMemoryTest, SavesAllThatItSaysOrLeavesWhatWasThere) {
 }
 
 TEST_P(FDefaultPoolMemoryTest, SavesNothingOverWhatItHadNoMemoryToLoad) {
-    store(1);
+    storeAll(1);
     const char* file = isFolder() ? "settings/Defaults/AutoSaver.xml" : "settings/Defaults.xml";
     const std::string whole = folder_.read(file);
     failEachAllocation([&](FailingAllocation& allocation) {
@@ -81,7 +79,7 @@ TEST_P(FDefaultPoolMemoryTest, SavesNothingOverWhatItHadNoMemoryToLoad) {
             pool().finishLoad();
             return pool().getGroup("Group") != nullptr;
         });
-        const bool isSaved = pool().save(true);
+        const bool isSaved = save();
         EXPECT_TRUE(isSaved || allocation.hasFailed());
         EXPECT_TRUE(saver_.state == 1 || !isSaved);
         ASSERT_EQ(folder_.read(file), whole);
@@ -92,10 +90,10 @@ TEST_P(FDefaultPoolMemoryTest, SavesNothingOverWhatItHadNoMemoryToLoad) {
 
 TEST_P(FDefaultPoolMemoryTest, BringsBackWhatItSaysThatItPutAside) {
     failEachAllocation([&](FailingAllocation& allocation) {
-        ASSERT_TRUE(store(1));
+        ASSERT_TRUE(storeAll(1));
         const bool isPutAside = allocation.during([] { return pool().backup(); });
         EXPECT_TRUE(isPutAside || allocation.hasFailed());
-        ASSERT_TRUE(store(2));
+        ASSERT_TRUE(storeAll(2));
         restart();
         const bool isBroughtBack = pool().restore();
         EXPECT_TRUE(isBroughtBack || !isPutAside);
@@ -105,9 +103,9 @@ TEST_P(FDefaultPoolMemoryTest, BringsBackWhatItSaysThatItPutAside) {
 
 TEST_P(FDefaultPoolMemoryTest, KeepsWhatItHadNoMemoryToBringBack) {
     failEachAllocation([&](FailingAllocation& allocation) {
-        ASSERT_TRUE(store(1));
+        ASSERT_TRUE(storeAll(1));
         ASSERT_TRUE(pool().backup());
-        ASSERT_TRUE(store(2));
+        ASSERT_TRUE(storeAll(2));
         restart();
         const bool isBroughtBack = allocation.during([] { return pool().restore(); });
         EXPECT_TRUE(isBroughtBack || allocation.hasFailed());
@@ -124,7 +122,7 @@ TEST_P(FDefaultPoolMemoryTest, TrashesOnlyToWhereItCanBeFound) {
     const std::string trashed =
         isFolder() ? "settings/Defaults (Trashed)/" + groupFile + ".xml" : "settings/Defaults (Trashed).xml";
     failEachAllocation([&](FailingAllocation& allocation) {
-        ASSERT_TRUE(store(1));
+        ASSERT_TRUE(storeAll(1));
         const bool isTrashed = allocation.during([] { return pool().trash(); });
         EXPECT_TRUE(isTrashed || allocation.hasFailed());
         start();
@@ -135,7 +133,7 @@ TEST_P(FDefaultPoolMemoryTest, TrashesOnlyToWhereItCanBeFound) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolMemoryTest,
-                         ::testing::Values(DefaultsForm::oneFile, DefaultsForm::oneFileForEachGroup),
+                         ::testing::Values(StoreForm::oneFile, StoreForm::oneFileForEachGroup),
                          ::testing::PrintToStringParamName());
 
 /// Settings that lie in one file and move to the folder.
@@ -144,23 +142,21 @@ class MovingDefaultsMemoryTest : public FDefaultPoolMemoryTest {};
 TEST_P(MovingDefaultsMemoryTest, MovesToAFolderWholeOrNotAtAll) {
     failEachAllocation([&](FailingAllocation& allocation) {
         platform::deleteTree(folder_ / "settings");
-        ASSERT_TRUE(store(1));
+        form_ = StoreForm::oneFile;
+        ASSERT_TRUE(storeAll(1));
         pool().setFolderMode();
-        set(2);
-        const bool hasMoved = allocation.during([] { return pool().save(true); });
+        setAll(2);
+        const bool hasMoved = allocation.during([] { return save(); });
         EXPECT_TRUE(hasMoved || allocation.hasFailed());
-        restart();
-        pool().setFolderMode();
-        saver_.state = 0;
-        loadAll();
-        const int64_t found[] = {numberOf(groups[0]), numberOf(groups[1]), saver_.state};
-        for (const int64_t number : found)
-            EXPECT_TRUE(number == found[0] && (number == 2 || (number == 1 && !hasMoved))) << number;
+        form_ = StoreForm::oneFileForEachGroup;
+        start();
+        for (const int64_t number : found())
+            EXPECT_TRUE(number == found()[0] && (number == 2 || (number == 1 && !hasMoved))) << number;
         EXPECT_FALSE(hasMoved && folder_.has("settings/Defaults.xml"));
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, MovingDefaultsMemoryTest, ::testing::Values(DefaultsForm::oneFile),
+INSTANTIATE_TEST_SUITE_P(Forms, MovingDefaultsMemoryTest, ::testing::Values(StoreForm::oneFile),
                          ::testing::PrintToStringParamName());
 
 } // namespace

@@ -6,10 +6,12 @@
 #include "persistence/xml/XmlFile.h"
 #include "support/LittleCost.h"
 
+#include <set>
+
 namespace qorl {
 namespace {
 
-class FDefaultPoolTest : public DefaultPoolFixture, public ::testing::WithParamInterface<DefaultsForm> {
+class FDefaultPoolTest : public DefaultPoolFixture, public ::testing::WithParamInterface<StoreForm> {
 protected:
     FDefaultPoolTest() : DefaultPoolFixture(GetParam()) {}
 };
@@ -18,9 +20,8 @@ TEST_P(FDefaultPoolTest, KeepsGroupsFromRunToRun) {
     EXPECT_FALSE(loadAll());
     pool().getGroup("Window \xC3\xA4", 3)->values().setInteger("left", 12);
     pool().getGroup("Empty");
-    EXPECT_TRUE(pool().save(true));
-    restart();
-    EXPECT_TRUE(loadAll());
+    EXPECT_TRUE(save());
+    EXPECT_TRUE(loadAfterRestart());
     EXPECT_EQ(pool().getGroup("Window \xC3\xA4", 2), nullptr) << "another version";
     FDefaults* group = pool().getGroup("Window \xC3\xA4", 3);
     ASSERT_NE(group, nullptr);
@@ -33,21 +34,17 @@ TEST_P(FDefaultPoolTest, KeepsGroupsFromRunToRun) {
 }
 
 TEST_P(FDefaultPoolTest, HidesNothingThatIsStoredByWhatWasSetBeforeTheLoad) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
+    store(1);
     pool().clear();
     pool().getGroup("Group")->values().setInteger("late", 1);
     if (isFolder())
         pool().setFolderMode();
     loadAll();
-    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+    EXPECT_EQ(number(), 1);
 }
 
 TEST_P(FDefaultPoolTest, GivesWhatIsStoredToThoseWhoOnlyAsk) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
+    store(1);
     restart();
     EXPECT_EQ(pool().getGroup("Group", 0, false), nullptr) << "before the load";
     loadAll();
@@ -60,53 +57,53 @@ TEST_P(FDefaultPoolTest, GivesWhatIsStoredToThoseWhoOnlyAsk) {
 }
 
 TEST_P(FDefaultPoolTest, ForgetsAllWhenALoadIsRefused) {
+    store(1);
     loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    loadAll();
-    EXPECT_FALSE(pool().getGroup("Group")->isEmpty());
+    EXPECT_FALSE(isEmpty());
     pool().setLoadHook(&refuse);
     EXPECT_FALSE(loadAll());
-    EXPECT_TRUE(pool().getGroup("Group")->isEmpty()) << "factory settings apply";
+    EXPECT_TRUE(isEmpty()) << "factory settings apply";
 }
 
 TEST_P(FDefaultPoolTest, BeginsAfreshWithEachLoad) {
-    const std::string name = isFolder() ? "settings/Defaults/" + groupFile : "settings/Defaults";
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    const std::string whole = folder_.read(name + ".xml");
+    store(1);
+    const std::string whole = folder_.read(fileOfGroup() + ".xml");
     restart();
-    folder_.write(name + ".xml", damaged);
+    folder_.write(fileOfGroup() + ".xml", damaged);
     loadAll();
-    EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
+    EXPECT_TRUE(isEmpty());
     EXPECT_EQ(pool().preferencesNeedExtraction(), !isFolder());
-    folder_.write(name + ".xml", whole);
+    folder_.write(fileOfGroup() + ".xml", whole);
     EXPECT_TRUE(pool().load());
     EXPECT_FALSE(pool().preferencesNeedExtraction());
-    EXPECT_FALSE(pool().save(true)) << "it is not finished";
+    EXPECT_FALSE(save()) << "it is not finished";
     pool().finishLoad();
-    pool().getGroup("Group")->values().setInteger("n", 2);
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_FALSE(folder_.has(name + " (Damaged).xml")) << "it is mended";
+    set(2);
+    EXPECT_TRUE(save());
+    EXPECT_FALSE(folder_.has(fileOfGroup() + " (Damaged).xml")) << "it is mended";
 }
 
-TEST_P(FDefaultPoolTest, SavesNothingBeforeItWasLoaded) {
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    EXPECT_FALSE(pool().save(true));
+TEST_P(FDefaultPoolTest, MakesNoFolderBeforeItWasLoaded) {
+    EXPECT_FALSE(pool().restore());
+    EXPECT_TRUE(pool().trash());
+    set(1);
+    EXPECT_FALSE(save());
     EXPECT_FALSE(folder_.has("settings"));
 }
 
-TEST_P(FDefaultPoolTest, AsksItsHooks) {
+TEST_P(FDefaultPoolTest, AsksItsHooksAndCallbacks) {
     pool().setLoadHook(&refuse);
     pool().setSaveHook(&refuse);
-    pool().addAfterLoadCallback(+[] { calls += "loaded "; });
+    pool().addAfterLoadCallback(+[] {
+        calls += "loaded ";
+        pool().addAfterLoadCallback(+[] { calls += "later "; });
+    });
     pool().addBeforeSaveCallback(+[] { calls += "saving "; });
     EXPECT_FALSE(loadAll());
-    pool().getGroup("Group")->values().setInteger("n", 1);
+    set(1);
     EXPECT_TRUE(pool().save(false));
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_EQ(calls, "refused loaded refused saving refused ");
+    EXPECT_TRUE(save());
+    EXPECT_EQ(calls, "refused loaded later refused saving refused ");
     EXPECT_FALSE(folder_.has("settings"));
 }
 
@@ -115,12 +112,11 @@ TEST_P(FDefaultPoolTest, RestoresAutoSaversAtTheEndOfTheLoad) {
     {
         Saver saver;
         saver.state = 7;
-        EXPECT_TRUE(pool().save(true));
+        EXPECT_TRUE(save());
     }
-    EXPECT_TRUE(pool().save(true)) << "it is gone before the end";
-    restart();
-    loadAll();
-    EXPECT_TRUE(pool().save(true)) << "it is missing for a run";
+    EXPECT_TRUE(save()) << "it is gone before the end";
+    loadAfterRestart();
+    EXPECT_TRUE(save()) << "it is missing for a run";
     restart();
     Saver saver;
     EXPECT_TRUE(pool().load());
@@ -140,12 +136,12 @@ TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfALateAutoSaverUntilThatWasRestored) 
     {
         Saver saver;
         for (saver.state = 6; saver.state < 8; ++saver.state)
-            EXPECT_TRUE(pool().save(true)) << "there is nothing to restore";
+            EXPECT_TRUE(save()) << "there is nothing to restore";
     }
     EXPECT_EQ(stored(), 7);
     {
         Saver late;
-        EXPECT_TRUE(pool().save(true));
+        EXPECT_TRUE(save());
         EXPECT_EQ(late.state, 0);
     }
     EXPECT_EQ(stored(), 7) << "its factory state has nothing to say";
@@ -155,39 +151,38 @@ TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfALateAutoSaverUntilThatWasRestored) 
         EXPECT_EQ(late.state, 7);
         EXPECT_FALSE(pool().restoreAutoSaver(late)) << "once";
         late.state = 8;
-        EXPECT_TRUE(pool().save(true));
+        EXPECT_TRUE(save());
     }
     EXPECT_EQ(stored(), 8);
 }
 
 TEST_P(FDefaultPoolTest, ForgetsRemovedGroups) {
     loadAll();
-    pool().getGroup("Old")->values().setInteger("n", 1);
-    pool().getGroup("Other")->values().setInteger("n", 2);
-    pool().save(true);
+    set(1, "Old");
+    set(2, "Other");
+    save();
     pool().removeGroup("Old");
     EXPECT_EQ(pool().getGroup("Old"), nullptr);
-    pool().save(true);
-    restart();
     loadAll();
-    EXPECT_TRUE(pool().getGroup("Old")->isEmpty());
-    EXPECT_EQ(pool().getGroup("Other")->values().getInteger("n"), 2);
+    EXPECT_EQ(pool().getGroup("Old"), nullptr) << "nor is it loaded again";
+    save();
+    loadAfterRestart();
+    EXPECT_TRUE(isEmpty("Old"));
+    EXPECT_EQ(number("Other"), 2);
 }
 
 TEST_P(FDefaultPoolTest, DisablesSettingsForOneRun) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
+    store(1);
     EXPECT_FALSE(pool().restore()) << "nothing was put aside";
     // The run in which they are disabled saves settings of its own.
     EXPECT_TRUE(pool().backup());
-    pool().getGroup("Group")->values().setInteger("n", 2);
-    pool().save(true);
+    set(2);
+    save();
     restart();
     EXPECT_TRUE(pool().restore());
     EXPECT_FALSE(pool().restore());
     loadAll();
-    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+    EXPECT_EQ(number(), 1);
 }
 
 TEST_P(FDefaultPoolTest, PutsTheGoodSettingsAsideThatAnInterruptedSaveKept) {
@@ -200,88 +195,64 @@ TEST_P(FDefaultPoolTest, PutsTheGoodSettingsAsideThatAnInterruptedSaveKept) {
     EXPECT_EQ(folder_.read("settings/Defaults (Damaged).xml"), damaged);
     pool().setLoadHook(&refuse);
     loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 2);
-    EXPECT_TRUE(pool().save(true));
+    set(2);
+    EXPECT_TRUE(save());
     restart();
     EXPECT_TRUE(pool().restore());
     loadAll();
-    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
+    EXPECT_EQ(number(), 1);
 }
 
 TEST_P(FDefaultPoolTest, PutsBadSettingsAway) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
+    const std::string trashed =
+        isFolder() ? "settings/Defaults (Trashed)/" + groupFile + ".xml" : "settings/Defaults (Trashed).xml";
+    store(1);
     EXPECT_TRUE(pool().trash());
-    EXPECT_EQ(folder_.has("settings/Defaults (Trashed).xml"), !isFolder());
-    EXPECT_EQ(folder_.has("settings/Defaults (Trashed)/" + groupFile + ".xml"), isFolder());
+    EXPECT_TRUE(folder_.has(trashed));
     EXPECT_FALSE(pool().restore());
-    EXPECT_TRUE(folder_.has("settings/Defaults (Trashed).xml") || folder_.has("settings/Defaults (Trashed)"))
-        << "until the next ones replace it";
-    restart();
-    EXPECT_FALSE(loadAll());
-    EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
-    pool().getGroup("Group")->values().setInteger("n", 3);
-    pool().save(true);
+    EXPECT_TRUE(folder_.has(trashed)) << "until the next ones replace it";
+    EXPECT_FALSE(loadAfterRestart());
+    EXPECT_TRUE(isEmpty());
+    set(3);
+    save();
     EXPECT_TRUE(pool().trash());
-    const std::string trashed = isFolder() ? "Defaults (Trashed)/" + groupFile : "Defaults (Trashed)";
-    EXPECT_NE(folder_.read("settings/" + trashed + ".xml").find("value=\"3\""), std::string::npos)
-        << "an earlier one is replaced";
+    EXPECT_NE(folder_.read(trashed).find("value=\"3\""), std::string::npos) << "an earlier one is replaced";
 }
 
-TEST_P(FDefaultPoolTest, StartsAfreshOverADamagedFile) {
-    folder_.write("settings/Defaults.xml", damaged);
-    EXPECT_FALSE(loadAll());
-    EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    EXPECT_EQ(folder_.read("settings/Defaults.xml"), damaged) << "until something else is stored";
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_EQ(folder_.read("settings/Defaults (Damaged).xml"), damaged);
-    restart();
-    EXPECT_TRUE(loadAll());
-    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_FALSE(folder_.has("settings/Defaults (Damaged 2).xml"));
-}
-
-TEST_P(FDefaultPoolTest, KeepsEachDamagedFile) {
-    const std::string name = isFolder() ? "Defaults/" + groupFile : "Defaults";
-    folder_.write("settings/" + name + " (Damaged).xml", "earlier");
-    folder_.write("settings/" + name + ".xml", damaged);
-    EXPECT_EQ(loadAll(), isFolder());
-    EXPECT_TRUE(pool().getGroup("Group")->isEmpty());
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    EXPECT_TRUE(pool().save(true));
-    EXPECT_EQ(folder_.read("settings/" + name + " (Damaged).xml"), "earlier");
-    EXPECT_EQ(folder_.read("settings/" + name + " (Damaged 2).xml"), damaged);
-    EXPECT_NE(folder_.read("settings/" + name + ".xml").find("name=\"n\""), std::string::npos);
+TEST_P(FDefaultPoolTest, StartsAfreshOverADamagedFileAndKeepsIt) {
+    // A store that moves to a folder has the single file.
+    for (const std::string& name : {std::string("settings/Defaults"), fileOfGroup()}) {
+        SCOPED_TRACE(name);
+        platform::deleteTree(folder_ / "settings");
+        folder_.write(name + " (Damaged).xml", "earlier");
+        folder_.write(name + ".xml", damaged);
+        EXPECT_EQ(loadAfterRestart(), name != "settings/Defaults");
+        EXPECT_TRUE(isEmpty());
+        set(1);
+        EXPECT_EQ(folder_.read(name + ".xml"), damaged) << "until something else is stored";
+        EXPECT_TRUE(save());
+        EXPECT_EQ(folder_.read(name + " (Damaged).xml"), "earlier");
+        EXPECT_EQ(folder_.read(name + " (Damaged 2).xml"), damaged);
+        EXPECT_TRUE(loadAfterRestart());
+        EXPECT_EQ(number(), 1);
+        EXPECT_TRUE(save());
+        EXPECT_FALSE(folder_.has(name + " (Damaged 3).xml"));
+    }
 }
 
 TEST_P(FDefaultPoolTest, TouchesOnlyFilesThatChanged) {
+    const auto serialAfterSave = [this] {
+        platform::FileInfo info;
+        EXPECT_TRUE(save());
+        platform::getFileInfo(folder_ / (fileOfGroup() + ".xml"), info);
+        return info.serial;
+    };
     loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    const std::string path =
-        folder_ / (isFolder() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml");
-    platform::FileInfo before;
-    platform::FileInfo after;
-    platform::getFileInfo(path, before);
-    pool().save(true);
-    platform::getFileInfo(path, after);
-    EXPECT_EQ(after.serial, before.serial);
-    pool().getGroup("Group")->values().setInteger("n", 2);
-    pool().save(true);
-    platform::getFileInfo(path, after);
-    EXPECT_NE(after.serial, before.serial);
-}
-
-TEST_P(FDefaultPoolTest, RunsCallbacksThatAddOthers) {
-    pool().addAfterLoadCallback(+[] {
-        calls += "first ";
-        pool().addAfterLoadCallback(+[] { calls += "second "; });
-    });
-    loadAll();
-    EXPECT_EQ(calls, "first second ");
+    set(1);
+    const uint64_t before = serialAfterSave();
+    EXPECT_EQ(serialAfterSave(), before);
+    set(2);
+    EXPECT_NE(serialAfterSave(), before);
 }
 
 TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
@@ -319,24 +290,21 @@ TEST_P(FDefaultPoolTest, RemembersTheFoldersOfDialogs) {
 }
 
 TEST_P(FDefaultPoolTest, TakesNothingOfAFileThatWasCut) {
-    loadAll();
     Saver saver;
     saver.state = 7;
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
-    const std::string ofGroup = isFolder() ? "/" + groupFile : "";
-    const std::string ofSaver = isFolder() ? "/AutoSaver" : "";
-    for (const std::string& file : {ofGroup, ofSaver}) {
-        const std::string name = "settings/Defaults" + file + ".xml";
+    store(1);
+    const std::string ofGroup = fileOfGroup() + ".xml";
+    const std::string ofSaver = isFolder() ? "settings/Defaults/AutoSaver.xml" : ofGroup;
+    for (const std::string& name : std::set{ofGroup, ofSaver}) {
         const std::string whole = folder_.read(name);
-        for (size_t size = 0; size + 3 < whole.size(); size += 1) {
+        for (size_t size = 0; size + 3 < whole.size(); ++size) {
             SCOPED_TRACE(::testing::Message() << name << " cut behind " << size << " bytes");
             folder_.write(name, whole.substr(0, size));
             restart();
             saver.state = 0;
             EXPECT_EQ(loadAll(), isFolder());
-            EXPECT_EQ(pool().getGroup("Group")->isEmpty(), file == ofGroup);
-            EXPECT_EQ(saver.state, file == ofSaver ? 0 : 7);
+            EXPECT_EQ(isEmpty(), name == ofGroup);
+            EXPECT_EQ(saver.state, name == ofSaver ? 0 : 7);
         }
         folder_.write(name, whole);
     }
@@ -348,7 +316,7 @@ TEST_P(FDefaultPoolTest, ReadsHostileFilesAtLittleCost) {
         deep += "<member name='m'>";
     const std::string_view ring = "<obj class='Gone' name='a' ID='1'><obj class='Gone' name='b' ID='2'>"
                                   "<obj name='a' ID='1'/><obj name='b' ID='2'/></obj></obj></member>";
-    const std::string name = isFolder() ? "settings/Defaults/" + groupFile + ".xml" : "settings/Defaults.xml";
+    const std::string name = fileOfGroup() + ".xml";
     for (const std::string_view values : {std::string_view(deep), ring}) {
         std::string group = "<string name='Group' value='Group'/><member name='Values'>";
         group += values;
@@ -361,12 +329,11 @@ TEST_P(FDefaultPoolTest, ReadsHostileFilesAtLittleCost) {
         EXPECT_EQ(loadAll(), isRing || isFolder());
         EXPECT_EQ(pool().getGroup("Group")->values().contains("a"), isRing);
         if (isRing) {
-            pool().getGroup("Group")->values().setInteger("n", 1);
-            EXPECT_TRUE(pool().save(true));
+            set(1);
+            EXPECT_TRUE(save());
         }
     }
-    restart();
-    EXPECT_TRUE(loadAll());
+    EXPECT_TRUE(loadAfterRestart());
     const FAttributes* object = pool().getGroup("Group")->values().findAttributes("a|b");
     ASSERT_NE(object, nullptr);
     EXPECT_TRUE(object->contains("a") && object->contains("b")) << "the ring is stored as it was";
@@ -379,14 +346,14 @@ TEST_P(FDefaultPoolTest, KeepsObjectsWhoseModuleIsMissingForARun) {
     curve->next = curve.get();
     pool().getGroup("Group")->values().setObject("curve", curve.get(), FAttributes::Hold::retain);
     pool().getGroup("Group")->values().setObject("again", curve.get(), FAttributes::Hold::retain);
-    ASSERT_TRUE(pool().save(true));
+    ASSERT_TRUE(save());
     for (const int run : {1, 2}) {
         restart();
         ASSERT_TRUE(loadAll());
         FAttributes& values = pool().getGroup("Group")->values();
         EXPECT_EQ(values.getObject("curve", "Curve"), nullptr);
         values.setInteger("run", run);
-        ASSERT_TRUE(pool().save(true));
+        ASSERT_TRUE(save());
     }
     restart();
     ClassRecord record("Curve", &createObject<Curve>, &CmObject::classRecord());
@@ -431,73 +398,53 @@ TEST_P(FDefaultPoolTest, TellsNamesApartThatAreNoUtf8) {
     loadAll();
     pool().getGroup("\xE9")->values().setInteger("n", 1);
     pool().getGroup("\xE8")->values().setInteger("n", 2);
-    EXPECT_TRUE(pool().save(true));
-    restart();
-    loadAll();
-    EXPECT_EQ(pool().getGroup("\xE9")->values().getInteger("n"), 1);
-    EXPECT_EQ(pool().getGroup("\xC3\xA8")->values().getInteger("n"), 2) << "the same character in UTF-8";
+    EXPECT_TRUE(save());
+    loadAfterRestart();
+    EXPECT_EQ(number("\xE9"), 1);
+    EXPECT_EQ(number("\xC3\xA8"), 2) << "the same character in UTF-8";
 }
 
 TEST_P(FDefaultPoolTest, SavesNothingOverSettingsThatAnotherStartBroughtBack) {
-    loadAll();
-    pool().getGroup("Group")->values().setInteger("n", 1);
-    pool().save(true);
+    store(1);
     EXPECT_TRUE(pool().backup());
-    pool().getGroup("Group")->values().setInteger("n", 2);
-    EXPECT_TRUE(pool().save(true)) << "while its copy stands";
+    set(2);
+    EXPECT_TRUE(save()) << "while its copy stands";
     FGlobalDefaultPool another;
     if (isFolder())
         another.setFolderMode();
     EXPECT_TRUE(another.restore());
     const DebugOutput output;
-    EXPECT_FALSE(pool().save(true));
+    EXPECT_FALSE(save());
     EXPECT_TRUE(output.mentions("nothing is saved over them"));
-    restart();
-    loadAll();
-    EXPECT_EQ(pool().getGroup("Group")->values().getInteger("n"), 1);
-}
-
-TEST_P(FDefaultPoolTest, RestoreMakesNoFolder) {
-    EXPECT_FALSE(pool().restore());
-    EXPECT_TRUE(pool().trash());
-    EXPECT_FALSE(folder_.has("settings"));
+    loadAfterRestart();
+    EXPECT_EQ(number(), 1);
 }
 
 TEST_P(FDefaultPoolTest, SavesTheOthersWhenOneGroupCantBeWritten) {
     loadAll();
     Saver saver;
     saver.state = 7;
-    pool().getGroup("Bad")->values().setInteger("n", 1);
-    pool().getGroup("Good")->values().setInteger("n", 1);
-    EXPECT_TRUE(pool().save(true));
+    set(1, "Bad");
+    set(1, "Good");
+    EXPECT_TRUE(save());
     pool().getGroup("Bad")->values().setInteger(std::string(3000, 'k'), 2);
-    pool().getGroup("Good")->values().setInteger("n", 2);
+    set(2, "Good");
     saver.state = 8;
     {
         const DebugOutput output;
-        EXPECT_FALSE(pool().save(true));
+        EXPECT_FALSE(save());
         EXPECT_TRUE(output.mentions("\"Bad\"")) << output.text;
         EXPECT_FALSE(output.mentions("\"Good\"")) << output.text;
     }
     saver.state = 0;
-    restart();
-    loadAll();
-    EXPECT_EQ(pool().getGroup("Bad")->values().getInteger("n"), 1) << "as it was stored before";
-    EXPECT_EQ(pool().getGroup("Good")->values().getInteger("n"), 2);
+    loadAfterRestart();
+    EXPECT_EQ(number("Bad"), 1) << "as it was stored before";
+    EXPECT_EQ(number("Good"), 2);
     EXPECT_EQ(saver.state, 8);
 }
 
-TEST_P(FDefaultPoolTest, LoadsNoGroupThatWasRemoved) {
-    loadAll();
-    pool().getGroup("Old")->values().setInteger("n", 1);
-    pool().save(true);
-    pool().removeGroup("Old");
-    loadAll();
-    EXPECT_EQ(pool().getGroup("Old"), nullptr);
-}
-
 INSTANTIATE_TEST_SUITE_P(Forms, FDefaultPoolTest,
-                         ::testing::Values(DefaultsForm::oneFile, DefaultsForm::oneFileForEachGroup),
+                         ::testing::Values(StoreForm::oneFile, StoreForm::oneFileForEachGroup),
                          ::testing::PrintToStringParamName());
 
 } // namespace
