@@ -337,7 +337,8 @@ TEST_P(NothingLostDefaultsTest, WhenLoadedAfterACrash) {
     if (!isFolder_)
         return;
     loadsAll([&] {
-        for (const char* name : {"(New)", "(New Backup)", "(Earlier)", "(Trashed) (Earlier)"})
+        for (const char* name :
+             {"(New)", "(New Backup)", "(Earlier)", "(Backup) (Earlier)", "(Trashed) (Earlier)"})
             folder_.write("settings/Defaults " + std::string(name) + "/left.xml", "left");
     });
 }

@@ -25,6 +25,10 @@ public:
 
     std::string operator/(const std::string& name) const { return (folder_ / name).string(); }
 
+    FNPath at(const std::string& name, bool isFolder = false) const {
+        return FNPath(std::string_view(*this / name), isFolder);
+    }
+
     void write(const std::string& name, const std::string& bytes) const {
         const std::string path = *this / name;
         platform::createFolders(path.substr(0, path.rfind('/')));

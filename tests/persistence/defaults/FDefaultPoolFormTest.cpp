@@ -62,16 +62,6 @@ TEST_F(FDefaultPoolFormTest, WaitsOnceForAProgramThatHangs) {
     EXPECT_FALSE(folder_.has("settings/Defaults (New)"));
 }
 
-TEST_F(FDefaultPoolFormTest, TakesAwayWhatACrashLeftOfItsFolders) {
-    begin(1);
-    for (const char* name : {"Defaults (New)", "Defaults (New Backup)", "Defaults (Earlier)",
-                             "Defaults (Backup) (Earlier)", "Defaults (Trashed) (Earlier)"}) {
-        folder_.write(std::string("settings/") + name + "/left.xml", "left");
-        pool().restore();
-        EXPECT_FALSE(folder_.has(std::string("settings/") + name)) << name;
-    }
-}
-
 TEST_F(FDefaultPoolFormTest, WritesTheDocuments) {
     loadAll();
     Saver saver;

@@ -171,20 +171,6 @@ TEST_P(FDefaultPoolTest, ForgetsRemovedGroups) {
     EXPECT_EQ(number("Other"), 2);
 }
 
-TEST_P(FDefaultPoolTest, DisablesSettingsForOneRun) {
-    store(1);
-    EXPECT_FALSE(pool().restore()) << "nothing was put aside";
-    // The run in which they are disabled saves settings of its own.
-    EXPECT_TRUE(pool().backup());
-    set(2);
-    save();
-    restart();
-    EXPECT_TRUE(pool().restore());
-    EXPECT_FALSE(pool().restore());
-    loadAll();
-    EXPECT_EQ(number(), 1);
-}
-
 TEST_P(FDefaultPoolTest, PutsTheGoodSettingsAsideThatAnInterruptedSaveKept) {
     restart();
     folder_.write("settings/Defaults.xml", damaged);

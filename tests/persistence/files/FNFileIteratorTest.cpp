@@ -18,10 +18,6 @@ FNFileSystem& files() {
     return *FNFileSystem::instance();
 }
 
-FNPath pathOf(const SettingsFolder& folder, const std::string& name) {
-    return FNPath(std::string_view(folder / name));
-}
-
 std::string walk(FFileIterator& iterator) {
     std::string found;
     while (const FPath* entry = iterator.next()) {
@@ -56,20 +52,20 @@ TEST(FNFileIterator, GivesWhatItsMaskAndModeAskFor) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.mask);
-        const auto iterator = FNFileIterator::open(pathOf(folder, "walk"), c.mode, c.mask);
+        const auto iterator = FNFileIterator::open(folder.at("walk"), c.mode, c.mask);
         ASSERT_NE(iterator, nullptr);
         EXPECT_EQ(iterator->getCurrent(), nullptr) << "in front of the first";
         EXPECT_EQ(walk(*iterator), c.found);
         EXPECT_EQ(iterator->next(), nullptr);
     }
-    EXPECT_EQ(FNFileIterator::open(pathOf(folder, "missing")), nullptr);
-    EXPECT_EQ(FNFileIterator::open(pathOf(folder, "walk/a.wav")), nullptr) << "a file is no folder";
+    EXPECT_EQ(FNFileIterator::open(folder.at("missing")), nullptr);
+    EXPECT_EQ(FNFileIterator::open(folder.at("walk/a.wav")), nullptr) << "a file is no folder";
     FNPath noFolder;
     noFolder.setFolder(ConstString(std::string_view(folder / "missing")));
     EXPECT_EQ(FNFileIterator::open(noFolder), nullptr);
     FNFileSearch search;
-    EXPECT_FALSE(files().findFirst(pathOf(folder, "missing"), "", search));
-    ASSERT_TRUE(files().findFirst(pathOf(folder, "walk"), "*.wav", search, FFileSystem::files));
+    EXPECT_FALSE(files().findFirst(folder.at("missing"), "", search));
+    ASSERT_TRUE(files().findFirst(folder.at("walk"), "*.wav", search, FFileSystem::files));
     EXPECT_EQ(search.found.toUtf8(), folder / "walk/a.wav");
     fs::remove_all(folder / "walk");
     EXPECT_TRUE(files().findNext(search)) << "the folder as it was";
@@ -78,13 +74,13 @@ TEST(FNFileIterator, GivesWhatItsMaskAndModeAskFor) {
 TEST(FNFileIterator, OpensWhateverItFinds) {
     const SettingsFolder folder;
     folder.write("odd/\xE4\xFF\n.wav", "bytes");
-    const auto iterator = FNFileIterator::open(pathOf(folder, "odd"));
+    const auto iterator = FNFileIterator::open(folder.at("odd"));
     auto* path = cast<FNPath>(iterator->next());
     ASSERT_NE(path, nullptr);
     const Ref<FStream> stream = files().openFile(*path, FFileStream::readAccess | FFileStream::shareRead);
     ASSERT_NE(stream, nullptr);
     EXPECT_EQ(files().getFileSize(*stream), 5);
-    FNPath copy = pathOf(folder, "copy");
+    FNPath copy = folder.at("copy");
     EXPECT_TRUE(files().copy(*path, copy));
     EXPECT_TRUE(files().rename(*path, "plain.wav"));
     EXPECT_TRUE(folder.has("odd/plain.wav"));

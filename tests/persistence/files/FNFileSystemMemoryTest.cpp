@@ -35,9 +35,8 @@ std::string picture(const std::filesystem::path& folder) {
 /// A folder with "a", "b" and "sub/c", and a name in it that is free.
 struct Places {
     explicit Places(const SettingsFolder& folder)
-        : a(std::string_view(folder / "a")), b(std::string_view(folder / "b")),
-          sub(std::string_view(folder / "sub"), true), n(std::string_view(folder / "n")),
-          inN(std::string_view(folder / "n/d")) {}
+        : a(folder.at("a")), b(folder.at("b")), sub(folder.at("sub", true)), n(folder.at("n")),
+          inN(folder.at("n/d")) {}
 
     FNPath a;
     FNPath b;

@@ -16,10 +16,6 @@ FNFileSystem& files() {
     return *FNFileSystem::instance();
 }
 
-FNPath pathOf(const SettingsFolder& folder, const std::string& name) {
-    return FNPath(std::string_view(folder / name));
-}
-
 /// A ".lnk" file with a list of ids, a name and a relative path, in UTF-16 or in bytes.
 std::string linkTo(const std::string& relative, bool isWide) {
     std::string link("\x4C\0\0\0\x01\x14\x02\0\0\0\0\0\xC0\0\0\0\0\0\0\x46", 20);
@@ -70,12 +66,12 @@ TEST(FNShortcut, LeadsToWhatItStandsFor) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        FNPath path = pathOf(folder, c.name);
+        FNPath path = folder.at(c.name);
         EXPECT_EQ(files().resolveShortcut(path), c.target != nullptr);
         EXPECT_EQ(platform::getCanonicalPath(path.toUtf8()),
                   platform::getCanonicalPath(folder / (c.target ? c.target : c.name)));
     }
-    FNPath songs = pathOf(folder, "links/narrow.LNK");
+    FNPath songs = folder.at("links/narrow.LNK");
     files().resolveShortcut(songs);
     EXPECT_TRUE(songs.isFolder());
 }
@@ -89,19 +85,19 @@ TEST(FNShortcut, IsNoneWhenItIsDamaged) {
     const std::string whole = linkTo("target", true);
     for (size_t length = 0; length < whole.size(); ++length) {
         write("cut.lnk", whole.substr(0, length));
-        FNPath path = pathOf(folder, "cut.lnk");
+        FNPath path = folder.at("cut.lnk");
         EXPECT_FALSE(files().resolveShortcut(path)) << "cut behind " << length << " bytes";
     }
     std::string huge = whole;
     for (size_t at = 0x4C; at < huge.size(); ++at) {
         const char kept = std::exchange(huge[at], '\xFF');
         write("huge.lnk", huge);
-        FNPath path = pathOf(folder, "huge.lnk");
+        FNPath path = folder.at("huge.lnk");
         files().resolveShortcut(path);
         huge[at] = kept;
     }
     write("large.lnk", whole + std::string(70'000, 'x'));
-    FNPath large = pathOf(folder, "large.lnk");
+    FNPath large = folder.at("large.lnk");
     EXPECT_FALSE(files().resolveShortcut(large));
 }
 

@@ -41,9 +41,9 @@ TEST(FMountTable, MountsAFileForAPathThatLeadsIntoIt) {
     folder.write("is.pack/a", "in a folder");
     std::filesystem::create_symlink(folder / "kit.Pack", folder / "link");
     std::filesystem::create_directory_symlink(folder / "", folder / "here");
-    EXPECT_EQ(table().findInside(diskPath(folder / "kit.Pack/a")), nullptr) << "nobody can mount it yet";
+    EXPECT_EQ(table().findInside(folder.at("kit.Pack/a")), nullptr) << "nobody can mount it yet";
     const MountedComponent component;
-    const Ref<FFileSystem> kit = table().findInside(diskPath(folder / "kit.Pack/a"));
+    const Ref<FFileSystem> kit = table().findInside(folder.at("kit.Pack/a"));
     ASSERT_NE(kit, nullptr);
     for (const std::string& way :
          {folder / "kit.Pack/a", folder / "here/kit.Pack/sub/../a", folder / "./x/../kit.Pack//a",
@@ -54,16 +54,16 @@ TEST(FMountTable, MountsAFileForAPathThatLeadsIntoIt) {
         EXPECT_EQ(table().findInside(url), kit) << "one mount for each file";
         EXPECT_EQ(readIn(kit, url), "inner a");
     }
-    EXPECT_EQ(readIn(kit, diskPath(folder / "kit.Pack/sub/b c")), "inner b");
-    EXPECT_EQ(readIn(kit, diskPath(folder / "kit.Pack/none")), "nothing");
-    EXPECT_EQ(table().findInside(diskPath(folder / "kit.Pack")), nullptr) << "the file itself is the disk's";
-    EXPECT_EQ(table().findMount(diskPath(folder / "kit.Pack")), kit);
-    EXPECT_EQ(table().mount(FUrl(diskPath(folder / "kit.Pack"))), kit);
+    EXPECT_EQ(readIn(kit, folder.at("kit.Pack/sub/b c")), "inner b");
+    EXPECT_EQ(readIn(kit, folder.at("kit.Pack/none")), "nothing");
+    EXPECT_EQ(table().findInside(folder.at("kit.Pack")), nullptr) << "the file itself is the disk's";
+    EXPECT_EQ(table().findMount(folder.at("kit.Pack")), kit);
+    EXPECT_EQ(table().mount(FUrl(folder.at("kit.Pack"))), kit);
     EXPECT_EQ(component->made, 1);
     for (const char* other : {"plain.txt/a", "plain.txt", "is.pack/a", "is.pack", "missing.pack/a",
                               "kit.Pack/../a", "kit.Packs/a", ".pack/a"})
-        EXPECT_EQ(table().findMount(diskPath(folder / other)), nullptr) << other;
-    EXPECT_EQ(table().mount(FUrl(diskPath(folder / "plain.txt"))), nullptr);
+        EXPECT_EQ(table().findMount(folder.at(other)), nullptr) << other;
+    EXPECT_EQ(table().mount(FUrl(folder.at("plain.txt"))), nullptr);
     EXPECT_EQ(table().findMount(FUrl()), nullptr);
     EXPECT_EQ(table().findMount(FUrl(ConstString("archive://x.pack/a"))), nullptr);
 }
@@ -74,7 +74,7 @@ TEST(FMountTable, IsWhereTheDiskSendsPathsThatLeadIntoAFile) {
     const RegisteredService memory("vfs://m");
     memory->add("file", "of a service");
     auto& disk = *FNFileSystem::instance();
-    FNPath inside = diskPath(folder / "a.pack/a");
+    FNPath inside = folder.at("a.pack/a");
     int32_t error = 0;
     EXPECT_EQ(disk.openFile(inside, FFileStream::readAccess, &error), nullptr) << "nobody can mount it yet";
     EXPECT_NE(error, 0);
@@ -87,16 +87,16 @@ TEST(FMountTable, IsWhereTheDiskSendsPathsThatLeadIntoAFile) {
     EXPECT_EQ(stream->read(&error, 1), -1) << "closed for everybody";
     EXPECT_TRUE(disk.exists(inside));
     EXPECT_EQ(disk.getFileSizeOf(inside), 7);
-    EXPECT_NE(disk.getIterator(diskPath(folder / "a.pack")), nullptr);
-    EXPECT_TRUE(disk.exists(FNPath(std::string_view(folder / "a.pack"), true))) << "it opens as a folder";
-    EXPECT_TRUE(disk.move(inside, diskPath(folder / "a.pack"))) << "to its top";
-    EXPECT_NE(disk.getIterator(diskPath(folder / "a.pack/b.pack")), nullptr);
+    EXPECT_NE(disk.getIterator(folder.at("a.pack")), nullptr);
+    EXPECT_TRUE(disk.exists(folder.at("a.pack", true))) << "it opens as a folder";
+    EXPECT_TRUE(disk.move(inside, folder.at("a.pack"))) << "to its top";
+    EXPECT_NE(disk.getIterator(folder.at("a.pack/b.pack")), nullptr);
     EXPECT_EQ(component->made, 2) << "an inner one is walked as a folder, too";
     EXPECT_EQ(disk.openFile(inside, FFileStream::writeAccess | FFileStream::unbuffered, &error), nullptr);
     EXPECT_NE(error, 0);
-    FNPath deep = diskPath(folder / "a.pack/b.pack/c");
+    FNPath deep = folder.at("a.pack/b.pack/c");
     EXPECT_EQ(contentOf(disk.openFile(deep, FFileStream::readAccess).get()), "deep");
-    FNPath whole = diskPath(folder / "a.pack");
+    FNPath whole = folder.at("a.pack");
     constexpr uint32_t shared = FFileStream::readAccess | FFileStream::shareRead | FFileStream::shareWrite;
     EXPECT_EQ(contentOf(disk.openFile(whole, shared).get()).substr(0, 9), "a=content")
         << "the file itself stays one";
@@ -118,25 +118,25 @@ TEST(FMountTable, LetsTheDiskCopyToAndFromMountedFiles) {
     folder.write("plain.txt", "x");
     const MountedComponent component;
     auto& files = *FNFileSystem::instance();
-    const FNPath inside = diskPath(folder / "kit.pack/a");
-    EXPECT_TRUE(files.copy(inside, diskPath(folder / "out")));
+    const FNPath inside = folder.at("kit.pack/a");
+    EXPECT_TRUE(files.copy(inside, folder.at("out")));
     EXPECT_EQ(folder.read("out"), "inner a");
-    EXPECT_FALSE(files.copy(diskPath(folder / "kit.pack/none"), diskPath(folder / "out")));
+    EXPECT_FALSE(files.copy(folder.at("kit.pack/none"), folder.at("out")));
     EXPECT_EQ(folder.read("out"), "inner a") << "a copy that fails";
-    EXPECT_TRUE(files.copy(diskPath(folder / "plain.txt"), diskPath(folder / "kit.pack/new")));
-    EXPECT_TRUE(files.exists(diskPath(folder / "kit.pack/new")));
+    EXPECT_TRUE(files.copy(folder.at("plain.txt"), folder.at("kit.pack/new")));
+    EXPECT_TRUE(files.exists(folder.at("kit.pack/new")));
     EXPECT_TRUE(files.deleteFile(inside));
     EXPECT_FALSE(files.exists(inside));
-    EXPECT_TRUE(files.exists(diskPath(folder / "kit.pack"))) << "the file itself is the disk's";
-    EXPECT_FALSE(files.exists(diskPath(folder / "plain.txt/a")));
-    EXPECT_EQ(files.getIterator(diskPath(folder / "plain.txt")), nullptr);
-    EXPECT_FALSE(files.exists(FNPath(std::string_view(folder / "plain.txt"), true)));
-    const FNPath pack = diskPath(folder / "kit.pack");
-    FNPath made = diskPath(folder / "kit.pack/new");
+    EXPECT_TRUE(files.exists(folder.at("kit.pack"))) << "the file itself is the disk's";
+    EXPECT_FALSE(files.exists(folder.at("plain.txt/a")));
+    EXPECT_EQ(files.getIterator(folder.at("plain.txt")), nullptr);
+    EXPECT_FALSE(files.exists(folder.at("plain.txt", true)));
+    const FNPath pack = folder.at("kit.pack");
+    FNPath made = folder.at("kit.pack/new");
     Ref<FStream> open = files.openFile(made, FFileStream::readAccess);
-    EXPECT_FALSE(files.copy(diskPath(folder / "plain.txt"), pack)) << "a file is open in it";
+    EXPECT_FALSE(files.copy(folder.at("plain.txt"), pack)) << "a file is open in it";
     EXPECT_TRUE(files.closeFile(std::exchange(open, nullptr)));
-    EXPECT_TRUE(files.copy(diskPath(folder / "plain.txt"), pack)) << "only its mount has it open";
+    EXPECT_TRUE(files.copy(folder.at("plain.txt"), pack)) << "only its mount has it open";
     EXPECT_EQ(folder.read("kit.pack"), "x");
     EXPECT_NE(FMountTable::instance()->findMount(pack), nullptr);
     EXPECT_NE(files.createFile(pack, FFileStream::writeAccess), nullptr);
@@ -145,8 +145,8 @@ TEST(FMountTable, LetsTheDiskCopyToAndFromMountedFiles) {
 TEST(FMountTable, OpensForWritingWhereItCan) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=x");
-    const FUrl url(diskPath(folder / "a.pack"));
-    const FNPath inner = diskPath(folder / "a.pack/new");
+    const FUrl url(folder.at("a.pack"));
+    const FNPath inner = folder.at("a.pack/new");
     struct Row {
         const char* capabilities;
         const char* modes;
@@ -175,9 +175,9 @@ TEST(FMountTable, OpensForWritingWhereItCan) {
         EXPECT_EQ(files->rename(moving, "x"), row.canWrite);
         EXPECT_EQ(files->move(moving, inner), row.canWrite);
         EXPECT_EQ(files->copy(inner, inner), row.canWrite && row.canRead);
-        EXPECT_EQ(readIn(files, diskPath(folder / "a.pack/a")), row.canRead ? "x" : "nothing");
-        EXPECT_EQ(files->exists(diskPath(folder / "a.pack/a")), row.canRead);
-        EXPECT_EQ(files->getFileSizeOf(diskPath(folder / "a.pack/a")), row.canRead ? 1 : -1);
+        EXPECT_EQ(readIn(files, folder.at("a.pack/a")), row.canRead ? "x" : "nothing");
+        EXPECT_EQ(files->exists(folder.at("a.pack/a")), row.canRead);
+        EXPECT_EQ(files->getFileSizeOf(folder.at("a.pack/a")), row.canRead ? 1 : -1);
         EXPECT_EQ(files->getIterator(inner) != nullptr, row.canIterate);
     }
 }
@@ -203,17 +203,17 @@ TEST(FMountTable, AsksTheNextComponentWhenOneFails) {
     const MountedComponent second;
     first->fails = true;
     first->type = FFileType("Pack", "PACK");
-    const FUrl url(diskPath(folder / "a.pack"));
+    const FUrl url(folder.at("a.pack"));
     EXPECT_NE(table().mount(url), nullptr);
     EXPECT_EQ(first->made, 1);
     EXPECT_EQ(second->made, 1);
     EXPECT_TRUE(table().unmount(url));
     second->fails = true;
     EXPECT_EQ(table().mount(url), nullptr);
-    EXPECT_EQ(table().findInside(diskPath(folder / "a.pack/a")), nullptr);
+    EXPECT_EQ(table().findInside(folder.at("a.pack/a")), nullptr);
     second->fails = false;
     EXPECT_NE(table().mount(url), nullptr) << "a failure is not for ever";
-    EXPECT_EQ(table().mount(FUrl(diskPath(folder / "missing.pack"))), nullptr);
+    EXPECT_EQ(table().mount(FUrl(folder.at("missing.pack"))), nullptr);
 
     const Ref<PackComponent> foremost = make<PackComponent>();
     foremost->rank = -1;
@@ -235,14 +235,14 @@ TEST(FMountTable, KnowsAFileByAnyOfItsExtensions) {
         component->type.restoreAttributes(&state);
         table().removeAllComponents();
         table().addComponent(component.component, &PackComponent::createInstance);
-        EXPECT_NE(table().findMount(diskPath(folder / "a.kit.pack")), nullptr);
+        EXPECT_NE(table().findMount(folder.at("a.kit.pack")), nullptr);
     }
 }
 
 TEST(FMountTable, DoesNotWaitForItself) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=x");
-    const FUrl url(diskPath(folder / "a.pack"));
+    const FUrl url(folder.at("a.pack"));
     const MountedComponent component;
     Ref<FFileSystem> inner;
     component->whileMounting = [&] { inner = table().mount(url); };
@@ -270,7 +270,7 @@ private:
 TEST(FMountTable, GivesOneMountToThreadsThatAskForTheSameFile) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=x");
-    const FUrl url(diskPath(folder / "a.pack"));
+    const FUrl url(folder.at("a.pack"));
     const MountedComponent component;
     MountingThread threads[] = {MountingThread(url), MountingThread(url), MountingThread(url)};
     component->whileMounting = [&] {
@@ -292,8 +292,8 @@ TEST(FMountTable, LetsNoTwoThreadsWaitForEachOther) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=x");
     folder.write("b.pack", "b=x");
-    const FUrl first(diskPath(folder / "a.pack"));
-    const FUrl second(diskPath(folder / "b.pack"));
+    const FUrl first(folder.at("a.pack"));
+    const FUrl second(folder.at("b.pack"));
     const MountedComponent component;
     const uint32_t own = platform::currentThreadId();
     MountingThread thread(second);
@@ -328,8 +328,8 @@ TEST(FMountTable, MeetsAPathWithoutAnyFolder) {
 TEST(FMountTable, LetsOpenFilesOutliveTheirMount) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=content");
-    const FUrl url(diskPath(folder / "a.pack"));
-    FUrl inside(diskPath(folder / "a.pack/a"));
+    const FUrl url(folder.at("a.pack"));
+    FUrl inside(folder.at("a.pack/a"));
     const MountedComponent component;
     Ref<FFileSystem> files = table().mount(url);
     Ref<FStream> stream = files->openFile(inside, FFileStream::readAccess);
@@ -402,7 +402,7 @@ TEST(FMountTable, ForgetsAFileThatIsNoLongerThere) {
     const RegisteredService memory("vfs:");
     memory->addFolder("f");
     auto& disk = *FNFileSystem::instance();
-    const FNPath inside = diskPath(folder / "f/a.pack/a");
+    const FNPath inside = folder.at("f/a.pack/a");
     const FUrl away = urlAt("vfs://h/f/a.pack/a");
     for (const FileChange& row : fileChanges) {
         SCOPED_TRACE(row.name);
@@ -423,7 +423,7 @@ TEST(FMountTable, ForgetsAFileThatIsNoLongerThere) {
             ASSERT_TRUE(row.change(folder, text));
             EXPECT_EQ(readIn(table().findInside(*path), *path), row.found);
             EXPECT_EQ(readIn(mount, *path), "nothing") << "the earlier one has gone";
-            disk.deleteTree(diskPath(folder / "g"));
+            disk.deleteTree(folder.at("g"));
         }
     }
 }
@@ -432,21 +432,21 @@ TEST(FMountTable, MountsAFileInAMountedFile) {
     const SettingsFolder folder;
     folder.write("a.pack", "b.pack=c=deep\nd=flat");
     const MountedComponent component;
-    const FNPath deep = diskPath(folder / "a.pack/b.pack/c");
+    const FNPath deep = folder.at("a.pack/b.pack/c");
     const Ref<FFileSystem> inner = table().findInside(deep);
     EXPECT_EQ(readIn(inner, deep), "deep");
     EXPECT_EQ(component->made, 2);
-    const FUrl outer(diskPath(folder / "a.pack"));
+    const FUrl outer(folder.at("a.pack"));
     EXPECT_FALSE(table().unmount(outer, FMountTable::Unmount::ifUnused)) << "the inner one stands on it";
     EXPECT_TRUE(table().unmount(outer));
-    EXPECT_FALSE(table().unmount(FUrl(diskPath(folder / "a.pack/b.pack")))) << "went with the outer one";
+    EXPECT_FALSE(table().unmount(FUrl(folder.at("a.pack/b.pack")))) << "went with the outer one";
     EXPECT_EQ(readIn(inner, deep), "nothing");
 }
 
 TEST(FMountTable, LetsGoOfAComponentsMounts) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=x");
-    const FNPath inside = diskPath(folder / "a.pack/a");
+    const FNPath inside = folder.at("a.pack/a");
     Ref<FFileSystem> files;
     {
         const MountedComponent component;
@@ -531,7 +531,7 @@ TEST(FMountTable, IsAsItWasWithoutMemory) {
     const SettingsFolder folder;
     folder.write("a.pack", "a=x");
     const MountedComponent component;
-    const FNPath inside = diskPath(folder / "a.pack/a");
+    const FNPath inside = folder.at("a.pack/a");
     table().findInside(inside);
     failEachAllocation([&](FailingAllocation& allocation) {
         table().unmountAll();

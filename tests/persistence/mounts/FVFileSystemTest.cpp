@@ -262,13 +262,13 @@ TEST(FVFileSystem, IsReachedThroughTheDisk) {
     memory->addFolder("f");
     folder.write("disk", "from the disk");
     auto& disk = *FNFileSystem::instance();
-    const FNPath onDisk(std::string_view(folder / "disk"));
+    const FNPath onDisk = folder.at("disk");
     for (const FPath& path : {FPath("vfs://m/f/a"), FPath("vfs://m/f/b c")}) {
         SCOPED_TRACE(path.toUtf8());
         EXPECT_TRUE(disk.copy(onDisk, path));
         EXPECT_TRUE(disk.exists(path));
         EXPECT_EQ(disk.getFileSizeOf(path), 13);
-        EXPECT_TRUE(disk.copy(path, FNPath(std::string_view(folder / "back"))));
+        EXPECT_TRUE(disk.copy(path, folder.at("back")));
         EXPECT_EQ(folder.read("back"), "from the disk");
         EXPECT_TRUE(disk.copy(path, FUrl(ConstString("vfs://other/copy"))));
         EXPECT_EQ(memory->read("copy"), "from the disk");
@@ -279,7 +279,7 @@ TEST(FVFileSystem, IsReachedThroughTheDisk) {
     EXPECT_NE(disk.getIterator(FPath("vfs://m/f")), nullptr);
     EXPECT_EQ(memory->list(), "copy f/ f/new/ ");
     platform::CalendarTime written;
-    EXPECT_TRUE(disk.getFileTime(FNPath(std::string_view(folder / "back")), nullptr, &written, nullptr));
+    EXPECT_TRUE(disk.getFileTime(folder.at("back"), nullptr, &written, nullptr));
     EXPECT_EQ(written.year, 2001) << "the time of the service's file";
 }
 
@@ -301,7 +301,7 @@ TEST(FVFileSystem, CopiesNothingForAWholeFile) {
     };
     const SettingsFolder folder;
     folder.write("to", "earlier");
-    const FNPath target(std::string_view(folder / "to"));
+    const FNPath target = folder.at("to");
     const auto service = make<OddStreamService>();
     ASSERT_TRUE(files().registerService("vfs://odd", service));
     auto& disk = *FNFileSystem::instance();

@@ -23,7 +23,7 @@ TEST(UrlMetaHandler, ReadsFilesByTheirUrls) {
     const SettingsFolder folder;
     folder.write("a b/100%.txt", "in the file");
     auto& urls = *UrlMetaHandler::instance();
-    const FNPath path(std::string_view(folder / "a b/100%.txt"));
+    const FNPath path = folder.at("a b/100%.txt");
     int32_t error = -1;
     for (const FUrl& url : {FUrl(path), urlAt("file://" + (folder / "a%20b/100%25.txt")),
                             urlAt("FILE://" + (folder / "a b/100%.txt")), urlAt(path.toUtf8())}) {
@@ -44,7 +44,7 @@ TEST(UrlMetaHandler, ReadsFilesByTheirUrls) {
 TEST(FUrlFileHandler, ClosesTheFileForEverybody) {
     const SettingsFolder folder;
     folder.write("x", "four");
-    FUrlFileHandler handler(FUrl(FNPath(std::string_view(folder / "x"))));
+    FUrlFileHandler handler(FUrl(folder.at("x")));
     EXPECT_EQ(handler.getSize(), -1);
     ASSERT_TRUE(handler.open());
     EXPECT_EQ(handler.getSize(), 4);
@@ -80,8 +80,7 @@ TEST(FFileIteratorUrlWrapper, GivesFileUrls) {
     const SettingsFolder folder;
     folder.write("f/a b", "");
     folder.write("f/sub/c", "");
-    FFileIteratorUrlWrapper walk(
-        FNFileSystem::instance()->getIterator(FNPath(std::string_view(folder / "f"), true)));
+    FFileIteratorUrlWrapper walk(FNFileSystem::instance()->getIterator(folder.at("f", true)));
     std::string found;
     EXPECT_EQ(walk.getCurrent(), nullptr);
     while (const FPath* path = walk.next()) {
@@ -98,7 +97,7 @@ TEST(UrlMetaHandler, GivesNothingWithoutMemory) {
     const SettingsFolder folder;
     folder.write("file with a long name", "bytes");
     auto& urls = *UrlMetaHandler::instance();
-    const FUrl url{FNPath(std::string_view(folder / "file with a long name"))};
+    const FUrl url{folder.at("file with a long name")};
     failEachAllocation([&](FailingAllocation& allocation) {
         int32_t error = -1;
         const Ref<FStream> stream = allocation.during([&] { return urls.openUrl(url, &error); });
