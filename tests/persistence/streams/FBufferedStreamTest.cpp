@@ -32,6 +32,10 @@ Ref<FBufferedStream> buffered(Form form, Ref<FStream> inner, int32_t blockSize, 
     return make<FBufferedStream>(std::move(inner), blockSize, writable);
 }
 
+Ref<FStream> newFile(const SettingsFolder& folder, uint32_t mode = FFileStream::writeAccess) {
+    return FNFileSystem::instance()->createFile(FNPath(std::string_view(folder / "out.bin")), mode);
+}
+
 /// The bytes that a stream should hold, and where it should stand.
 struct Model {
     std::string read(size_t count) {
@@ -107,19 +111,20 @@ TEST(FBufferedStream, ReadsAndWritesAsItsInnerStreamWould) {
 TEST(FBufferedStream, KeepsWithinTheDataUnlessItIsWritable) {
     const auto inner = make<FMemoryStream>(std::string_view("0123456789"));
     const auto stream = buffered(Form::plain, inner, 4, false);
-    struct Row {
-        int64_t offset;
-        int32_t mode;
-        int64_t place;
-    };
-    for (const Row& row :
-         {Row{4, FStream::fromStart, 4}, Row{3, FStream::fromHere, 7}, Row{-3, FStream::fromEnd, 7},
-          Row{100, FStream::fromStart, 10}, Row{most, FStream::fromHere, 10}, Row{-100, FStream::fromHere, 0},
-          Row{least, FStream::fromEnd, 0}, Row{-1, FStream::fromStart, 0}, Row{most, FStream::fromEnd, 10},
-          Row{0, 3, -1}, Row{0, -1, -1}}) {
-        SCOPED_TRACE(::testing::Message() << row.offset << " from " << row.mode);
-        EXPECT_EQ(stream->seek(row.offset, row.mode), row.place);
-    }
+    constexpr int32_t start = FStream::fromStart;
+    constexpr int32_t here = FStream::fromHere;
+    constexpr int32_t end = FStream::fromEnd;
+    expectSeeks(*stream, {{4, start, 4},
+                          {3, here, 7},
+                          {-3, end, 7},
+                          {100, start, 10},
+                          {most, here, 10},
+                          {-100, here, 0},
+                          {least, end, 0},
+                          {-1, start, 0},
+                          {most, end, 10},
+                          {0, 3, -1},
+                          {0, -1, -1}});
     EXPECT_EQ(stream->tell(), 10);
     EXPECT_EQ(stream->write("x", 1), -1);
     EXPECT_EQ(readUpTo(*stream, 0), "");
@@ -151,10 +156,8 @@ TEST(FBufferedStream, WritesWholeBlocksAndCutsAtTheEnd) {
 
 TEST(FBufferedStream, LeavesAFileExactlyAsLongAsItWasWritten) {
     const SettingsFolder folder;
-    auto& files = *FNFileSystem::instance();
-    const FNPath path(std::string_view(folder / "five.bin"));
     constexpr uint32_t mode = FFileStream::readAccess | FFileStream::writeAccess | FFileStream::unbuffered;
-    const Ref<FStream> opened = files.createFile(path, mode);
+    const Ref<FStream> opened = newFile(folder, mode);
     auto* file = cast<FFileStream>(opened.get());
     ASSERT_NE(file, nullptr);
     {
@@ -175,8 +178,7 @@ TEST(FBufferedStream, LeavesAFileExactlyAsLongAsItWasWritten) {
 
 TEST(FBufferedStream, TellsByTheFileThatItCouldNotBeCut) {
     const SettingsFolder folder;
-    const FNPath path(std::string_view(folder / "out.bin"));
-    const Ref<FStream> file = FNFileSystem::instance()->createFile(path, FFileStream::writeAccess);
+    const Ref<FStream> file = newFile(folder);
     const auto outcome = FailingDisk::run(2, DiskFault::error, [&] {
         auto stream = buffered(Form::plain, file, 8);
         stream->write("12345", 5);
@@ -220,16 +222,11 @@ TEST(FBufferedStream, FitsItsBlocksToTheSectorsOfAFile) {
 }
 
 TEST(FBufferedStream, BeginsWhereItsInnerStreamStands) {
-    const auto inner = make<FMemoryStream>();
-    inner->write("0123456789", 10);
-    inner->setByteOrder(7);
-    inner->setUrl(make<FUrl>().get());
+    const auto inner = make<FMemoryStream>(std::string_view("0123456789"));
     inner->seek(6, FStream::fromStart);
     const auto stream = buffered(Form::plain, inner, 4, false);
     EXPECT_EQ(stream->tell(), 6);
     EXPECT_EQ(inner->tell(), 6) << "left as it was";
-    EXPECT_EQ(stream->byteOrder(), 7);
-    EXPECT_EQ(stream->url(), inner->url());
     EXPECT_EQ(readUpTo(*stream, 10), "6789");
 }
 
@@ -428,8 +425,7 @@ TEST(FBufferedStream, TakesNoFailureForTheEnd) {
 
 TEST(FBufferedStream, WritesFilesThatCantBeRead) {
     const SettingsFolder folder;
-    const FNPath path(std::string_view(folder / "out.bin"));
-    const Ref<FStream> file = FNFileSystem::instance()->createFile(path, FFileStream::writeAccess);
+    const Ref<FStream> file = newFile(folder);
     {
         const auto stream = buffered(Form::plain, file, 8);
         for (const char* part : {"123", "456", "789", "0"}) {

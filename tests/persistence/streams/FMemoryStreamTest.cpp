@@ -2,6 +2,7 @@
 
 #include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
+#include "support/StreamBytes.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -29,21 +30,16 @@ TEST(FMemoryStream, GrowsInStepsAndNeverShrinks) {
 TEST(FMemoryStream, StaysWithinItsBytes) {
     FMemoryStream stream;
     stream.write("0123456789", 10);
-    char buffer[16] = {};
-    EXPECT_EQ(stream.read(buffer, 4), 0);
-    EXPECT_EQ(stream.tell(), 10);
-    EXPECT_EQ(stream.seek(-4, FStream::fromEnd), 6);
-    EXPECT_EQ(stream.read(buffer, 100), 4);
-    EXPECT_STREQ(buffer, "6789");
-    EXPECT_EQ(stream.seek(5, FStream::fromEnd), 10);
-    EXPECT_EQ(stream.seek(100, FStream::fromStart), 100);
-    EXPECT_EQ(stream.read(buffer, 1), 0);
-    EXPECT_EQ(stream.tell(), 10);
-    stream.seek(100, FStream::fromStart);
+    EXPECT_EQ(readUpTo(stream, 4), "");
+    expectSeeks(stream, {{0, FStream::fromHere, 10}, {-4, FStream::fromEnd, 6}});
+    EXPECT_EQ(readUpTo(stream, 100), "6789");
+    expectSeeks(stream, {{5, FStream::fromEnd, 10}, {100, FStream::fromStart, 100}});
+    EXPECT_EQ(readUpTo(stream, 1), "");
+    expectSeeks(stream, {{0, FStream::fromHere, 10}, {100, FStream::fromStart, 100}});
     EXPECT_EQ(stream.write("x", 1), 1);
     EXPECT_EQ(stream.size(), 101);
     EXPECT_EQ(stream.seek(-200, FStream::fromHere), -99);
-    EXPECT_EQ(stream.read(buffer, 1), 0);
+    EXPECT_EQ(readUpTo(stream, 1), "");
     EXPECT_EQ(stream.write("x", 1), 0);
     stream.rewind();
     EXPECT_EQ(stream.write(nullptr, 1), 0);
@@ -74,45 +70,37 @@ TEST(FMemoryStream, CopiesFromOthers) {
     source.seek(6, FStream::fromStart);
     FMemoryStream target;
     EXPECT_TRUE(target.copyFrom(source, 2));
-    EXPECT_EQ(target.bytes(), "67");
     EXPECT_EQ(source.tell(), 8);
     EXPECT_FALSE(target.copyFrom(source, 5));
-    EXPECT_EQ(target.bytes(), "6789");
-    EXPECT_TRUE(target.copyAll(source));
-    EXPECT_EQ(target.bytes(), "67890123456789");
-    EXPECT_FALSE(target.contentEquals(source));
     FMemoryStream again;
     EXPECT_TRUE(target.writeTo(again));
-    EXPECT_TRUE(again.contentEquals(target));
+    EXPECT_EQ(again.bytes(), "6789");
 }
 
 TEST(FMemoryStream, LoadsOnlyWhatIsThere) {
-    FMemoryStream damaged;
-    damaged.writeInt32(0x7FFFFFFF);
-    damaged.write("abc", 3);
-    damaged.rewind();
-    FMemoryStream loaded;
-    EXPECT_FALSE(loaded.loadBinary(damaged));
-    EXPECT_LE(loaded.capacity(), 8192);
-    FMemoryStream negative;
-    negative.writeInt32(-1);
-    negative.rewind();
-    EXPECT_FALSE(loaded.loadBinary(negative));
-    FMemoryStream empty;
-    empty.writeInt32(0);
-    empty.rewind();
-    EXPECT_TRUE(loaded.loadBinary(empty));
-    EXPECT_EQ(loaded.size(), 0);
-
-    FMemoryStream stored;
+    using std::string_view_literals::operator""sv;
+    struct Row {
+        std::string_view stored;
+        bool isWhole;
+        std::string_view bytes;
+    };
     FMemoryStream source;
     source.write("pan", 3);
-    EXPECT_TRUE(source.saveBinary(stored));
-    EXPECT_EQ(stored.bytes(), std::string("\x03\0\0\0pan", 7));
-    stored.rewind();
-    EXPECT_TRUE(loaded.loadBinary(stored));
-    EXPECT_EQ(loaded.bytes(), "pan");
-    EXPECT_EQ(loaded.tell(), 0);
+    FMemoryStream saved;
+    EXPECT_TRUE(source.saveBinary(saved));
+    EXPECT_EQ(saved.bytes(), "\3\0\0\0pan"sv);
+    for (const Row& row :
+         {Row{"\xFF\xFF\xFF\x7F"
+              "abc",
+              false, ""},
+          Row{"\xFF\xFF\xFF\xFF", false, ""}, Row{"\0\0\0\0"sv, true, ""}, Row{saved.bytes(), true, "pan"}}) {
+        SCOPED_TRACE(row.stored);
+        FMemoryStream stored(row.stored);
+        FMemoryStream loaded;
+        EXPECT_EQ(loaded.loadBinary(stored), row.isWhole);
+        EXPECT_LE(loaded.capacity(), 8192);
+        EXPECT_TRUE(!row.isWhole || (loaded.bytes() == row.bytes && loaded.tell() == 0));
+    }
 
     FAttributes attributes;
     EXPECT_TRUE(source.storeAttributes(&attributes));

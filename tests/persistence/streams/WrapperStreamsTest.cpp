@@ -1,6 +1,7 @@
 #include "persistence/streams/FBlockStreamReader.h"
 #include "persistence/streams/FBufferStream.h"
 #include "persistence/streams/FBufferedStream.h"
+#include "persistence/streams/FCompressionStream.h"
 #include "persistence/streams/FIBStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/FStreamCounter.h"
@@ -8,6 +9,7 @@
 #include "persistence/streams/IStreamProxy.h"
 #include "persistence/urls/FUrl.h"
 #include "support/ShakyStream.h"
+#include "support/StreamBytes.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -27,20 +29,6 @@ std::string readOf(FStream& stream, int64_t count) {
     std::string bytes(static_cast<size_t>(std::max<int64_t>(count, 0)), '?');
     const int64_t got = stream.read(bytes.data(), count);
     return std::to_string(got) + ' ' + bytes.substr(0, static_cast<size_t>(std::max<int64_t>(got, 0)));
-}
-
-struct SeekRow {
-    int64_t offset;
-    int32_t mode;
-    int64_t place;
-};
-
-void expectSeeks(FStream& stream, std::initializer_list<SeekRow> rows) {
-    for (const SeekRow& row : rows) {
-        SCOPED_TRACE(::testing::Message() << row.offset << " from " << row.mode);
-        EXPECT_EQ(stream.seek(row.offset, row.mode), row.place);
-        EXPECT_TRUE(row.place < 0 || stream.tell() == row.place) << stream.tell();
-    }
 }
 
 TEST(FStreamProxy, NeverReadsPastItsWindow) {
@@ -91,12 +79,8 @@ TEST(FStreamProxy, CutsItsPlaceToTheWindow) {
 TEST(FStreamProxy, SharesItsInnerStreamWithOthers) {
     const auto inner = make<FMemoryStream>();
     inner->write("aaaabbbbcccc", 12);
-    inner->setByteOrder(5);
-    inner->setUrl(make<FUrl>().get());
     FStreamProxy first(inner, 0, 4, 0);
     FStreamProxy second(inner, 4, 4, 0);
-    EXPECT_EQ(second.byteOrder(), 5);
-    EXPECT_EQ(second.url(), inner->url());
     EXPECT_EQ(readOf(first, 2), "2 aa");
     EXPECT_EQ(readOf(second, 3), "3 bbb");
     EXPECT_EQ(first.write("XY", 2), 2);
@@ -182,8 +166,6 @@ TEST(FIBStream, ForwardsToTheBinaryLayer) {
     stream.rewind();
     EXPECT_EQ(target.tell(), 0);
     EXPECT_EQ(readOf(stream, 9), "2 \1\2");
-    target.setUrl(make<FUrl>().get());
-    EXPECT_EQ(FIBStream(target).url(), target.url());
 }
 
 /// Another module's stream, which may answer anything.
@@ -241,21 +223,6 @@ TEST(IStreamProxy, TrustsNoCountFromOutside) {
     IStreamProxy none(nullptr);
     EXPECT_FALSE(none.isValid());
     EXPECT_EQ(readOf(none, 1), "-1 ");
-}
-
-TEST(IStreamProxy, TakesOverFromAStreamOfOurs) {
-    const auto memory = make<FMemoryStream>();
-    memory->setByteOrder(1);
-    memory->setUrl(make<FUrl>().get());
-    IStreamProxy proxy(Ref<IBStream>{memory});
-    EXPECT_EQ(proxy.byteOrder(), 1);
-    EXPECT_EQ(proxy.url(), memory->url());
-    EXPECT_TRUE(proxy.writeInt32(1));
-    proxy.rewind();
-    EXPECT_EQ(memory->tell(), 0);
-    int32_t number = 0;
-    EXPECT_TRUE(proxy.readInt32(number));
-    EXPECT_EQ(number, 1);
 }
 
 TEST(FBlockStreamReader, ReadsAsItsInnerStreamWould) {
@@ -326,6 +293,21 @@ TEST(FBlockStreamReader, MovesWithinItsBlockWithoutItsInnerStream) {
     EXPECT_FALSE(reader.isValid()) << "no end";
 }
 
+TEST(WrapperStreams, TakeOverFromWhatTheyWrap) {
+    const auto inner = make<FMemoryStream>();
+    inner->setByteOrder(1);
+    inner->setUrl(make<FUrl>().get());
+    const Ref<FStream> wrappers[] = {make<FStreamProxy>(inner, 0, unlimited, 0),
+                                     make<IStreamProxy>(Ref<IBStream>{inner}),
+                                     make<FBlockStreamReader>(inner, 4),
+                                     make<FBufferedStream>(inner, 4, true), make<FCompressionStream>(inner)};
+    for (const auto& wrapper : wrappers) {
+        EXPECT_EQ(wrapper->byteOrder(), 1) << wrapper->getClassName();
+        EXPECT_EQ(wrapper->url(), inner->url()) << wrapper->getClassName();
+    }
+    EXPECT_EQ(FIBStream(*inner).url(), inner->url());
+}
+
 TEST(WrapperStreams, HandOnWhatTheyAreToldToFlush) {
     const auto inner = make<FMemoryStream>();
     const auto blocks = make<FBufferedStream>(inner, 4, true);
@@ -335,6 +317,7 @@ TEST(WrapperStreams, HandOnWhatTheyAreToldToFlush) {
     for (FStream* stream : std::initializer_list<FStream*>{&binary, &proxy, &window}) {
         inner->setStreamSize(0);
         stream->rewind();
+        EXPECT_EQ(stream->tell(), 0);
         EXPECT_TRUE(stream->writeInt8('a'));
         stream->flush();
         EXPECT_EQ(inner->size(), 4) << "a block";

@@ -6,8 +6,7 @@
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
-#include "support/LittleCost.h"
-#include "support/Objects.h"
+#include "support/XmlLines.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -17,7 +16,6 @@ namespace qorl {
 namespace {
 
 using Hold = FAttributes::Hold;
-
 using Mode = FXmlDocument::Mode;
 
 std::string written(const FAttributes& attributes) {
@@ -36,112 +34,86 @@ bool readDocument(std::string_view text, FAttributes& attributes, std::string* e
     return isRead;
 }
 
-/// The body of a document in lines that end in CR LF.
-std::string document(const std::string& body) {
-    std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<State>\n" + body + "</State>\n";
-    for (size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2)
-        text.insert(at, "\r");
-    return text;
+/// The document with that body; "ID" stands for the number of `object`.
+std::string document(const std::string& body, CmObject* object = nullptr) {
+    return xmlLines("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<State>\n" + body + "</State>\n",
+                    {{"'ID'", object}});
 }
 
-TEST(FXmlDocument, WritesEachKindInItsForm) {
-    FAttributes attributes;
-    attributes.setInteger("int", -5);
+constexpr char narrow[] = "a<\"b\"> $^`\n\xC3\xA4";
+
+void setEachKind(FAttributes& attributes, const Ref<CmString>& object) {
+    attributes.setInteger("int", INT64_MIN);
     attributes.setFloat("float", 0.5);
     attributes.setFloat("exact", 0.1);
-    attributes.setText8("narrow", "a<\"b\"> $^`\n\xC3\xA4");
+    attributes.setText8("narrow", narrow);
     attributes.setText16("wide", u"<'\u00E4'>&\"");
     attributes.setObject("nested", new FAttributes, Hold::adopt);
     attributes.getAttributes("nested")->setInteger("deep", 1);
     attributes.setBinary("bytes", "\x01\xAB", 2, true);
     attributes.appendInteger("ints", 7);
-    attributes.appendFloat("floats", 1.5);
+    attributes.appendFloat("floats", -1e300);
     attributes.appendText8("texts", "t&");
     attributes.appendAttributes("subs", make<FAttributes>());
-    attributes.setObject("none", new FIntList, Hold::adopt);
-    EXPECT_EQ(
-        written(attributes),
-        document("   <int name=\"int\" value=\"-5\"/>\n"
-                 "   <float name=\"float\" value=\"0.5\"/>\n"
-                 "   <float name=\"exact\" value=\"0.1000000000000000055511151231257827021181583404541\"/>\n"
-                 "   <string name=\"narrow\" value=\"a&lt;&quot;b&quot;&gt; &dollar;&circ;&grave;&nl;&Atilde;"
-                 "&curren;\"/>\n"
-                 "   <string name=\"wide\" value=\"&lt;'\xC3\xA4'&gt;&amp;&quot;\" wide=\"true\"/>\n"
-                 "   <member name=\"nested\">\n"
-                 "      <int name=\"deep\" value=\"1\"/>\n"
-                 "   </member>\n"
-                 "   <bin name=\"bytes\">\n"
-                 "\t\t01AB\n"
-                 "   </bin>\n"
-                 "   <list name=\"ints\" type=\"int\">\n"
-                 "      <item value=\"7\"/>\n"
-                 "   </list>\n"
-                 "   <list name=\"floats\" type=\"float\">\n"
-                 "      <item value=\"1.5\"/>\n"
-                 "   </list>\n"
-                 "   <list name=\"texts\" type=\"string\">\n"
-                 "      <item value=\"t&amp;\"/>\n"
-                 "   </list>\n"
-                 "   <list name=\"subs\" type=\"list\">\n"
-                 "      <item>\n"
-                 "      </item>\n"
-                 "   </list>\n"));
-}
-
-TEST(FXmlDocument, ReadsBackWhatItWrote) {
-    FAttributes attributes;
-    std::string every;
-    for (int byte = 1; byte < 128; ++byte)
-        every += byte == '\t' || byte >= ' ' || byte == '\n' || byte == '\r' ? static_cast<char>(byte) : '.';
-    attributes.setText8("key \xC3\xA4", (every + "\xC3\xA4\xE2\x82\xAC").c_str());
-    attributes.setFloat("float", 0.1);
-    attributes.setInteger("least", INT64_MIN);
-    attributes.setBinary("bytes", every.data(), static_cast<int64_t>(every.size()), true);
-    attributes.appendFloat("floats", -1e300);
-    attributes.appendAttributes("subs", make<FAttributes>());
     attributes.nextAttributes("subs")->setInteger("n", 3);
-    FAttributes read;
-    std::string error;
-    ASSERT_TRUE(readDocument(written(attributes), read, &error)) << error;
-    EXPECT_EQ(std::u16string(read.getText16("key \xC3\xA4")),
-              ConstString(std::string_view(every)).toUtf16() + u"\u00E4\u20AC");
-    EXPECT_EQ(read.getFloat("float"), 0.1);
-    EXPECT_EQ(read.getInteger("least"), INT64_MIN);
-    ASSERT_EQ(read.getBinarySize("bytes"), static_cast<int64_t>(every.size()));
-    EXPECT_EQ(std::string(static_cast<const char*>(read.getBinaryAddress("bytes")), every.size()), every);
-    double number = 0;
-    EXPECT_TRUE(read.nextFloat("floats", number));
-    EXPECT_EQ(number, -1e300);
-    EXPECT_EQ(read.nextAttributes("subs")->getInteger("n"), 3);
-}
-
-TEST(FXmlDocument, StoresAnObjectOnceAndFindsItAgain) {
-    FAttributes attributes;
-    const auto object = make<CmString>("one");
+    attributes.resetAllCursors();
     attributes.setObject("first", object.get(), Hold::retain);
     attributes.setObject("second", object.get(), Hold::retain);
-    attributes.appendObject("list", object);
-    attributes.appendObject("list", make<CmString>("two"));
+    attributes.appendObject("objects", object);
+    attributes.setObject("none", new FIntList, Hold::adopt);
+}
+
+TEST(FXmlDocument, WritesAndReadsEachKindInItsForm) {
+    FAttributes attributes;
+    const auto object = make<CmString>("one");
+    setEachKind(attributes, object);
     const std::string text = written(attributes);
-    EXPECT_EQ(text.find("class=\"CmString\""), text.rfind("class=\"CmString\" name=\"first\"") + 0);
+    EXPECT_EQ(text, document(R"(   <int name="int" value="-9223372036854775808"/>
+   <float name="float" value="0.5"/>
+   <float name="exact" value="0.1000000000000000055511151231257827021181583404541"/>
+   <string name="narrow" value="a&lt;&quot;b&quot;&gt; &dollar;&circ;&grave;&nl;&Atilde;&curren;"/>
+   <string name="wide" value="&lt;')"
+                             "\xC3\xA4"
+                             R"('&gt;&amp;&quot;" wide="true"/>
+   <member name="nested">
+      <int name="deep" value="1"/>
+   </member>
+   <bin name="bytes">
+		01AB
+   </bin>
+   <list name="ints" type="int">
+      <item value="7"/>
+   </list>
+   <list name="floats" type="float">
+      <item value="-1.0000000000000000525047602552044202487044685811082e+300"/>
+   </list>
+   <list name="texts" type="string">
+      <item value="t&amp;"/>
+   </list>
+   <list name="subs" type="list">
+      <item>
+         <int name="n" value="3"/>
+      </item>
+   </list>
+   <obj class="CmString" name="first" ID="'ID'">
+      <string name="s" value="one"/>
+   </obj>
+   <obj name="second" ID="'ID'"/>
+   <list name="objects" type="obj">
+      <item value="'ID'"/>
+   </list>
+)",
+                             object.get()));
     FAttributes read;
     ASSERT_TRUE(readDocument(text, read));
+    EXPECT_EQ(std::u16string(read.getText16("narrow")), u"a<\"b\"> $^`\n\u00E4");
+    read.setText8("narrow", narrow);
+    EXPECT_EQ(written(read), text) << "all else comes back as it was";
     const auto first = read.getObject("first", "CmString");
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(read.getObject("second"), first);
-    EXPECT_EQ(read.nextObject("list"), first);
-    EXPECT_EQ(cast<CmString>(read.nextObject("list"))->string(), ConstString("two"));
-}
-
-TEST(FXmlDocument, StopsAtADepthThatNobodyWrites) {
-    std::string deep = "<State>";
-    for (int i = 0; i < 100000; ++i)
-        deep += "<member name='m'>";
-    const LittleCost cost(deep.size());
-    FAttributes read;
-    std::string error;
-    EXPECT_FALSE(readDocument(deep, read, &error));
-    EXPECT_EQ(error, "1:16991: Xml data malformed! (elements are nested deeper than 1000)");
+    EXPECT_EQ(read.nextObject("objects"), first);
+    EXPECT_EQ(cast<CmString>(first)->string(), ConstString("one"));
 }
 
 struct BadDocument {
@@ -165,10 +137,6 @@ TEST(FXmlDocument, SaysWhatItCannotRead) {
         {"<State>\n <int name='a' value='1'></State>", "2:26: Xml data malformed! (</int> is missing here)"},
         {"<State><item value='1'/></State>",
          "1:8: Unexpected tag or invalid attributes! (<item> can't stand here)"},
-        {"<State>\r\r<int name=a/></State>",
-         "3:1: Xml data malformed! (an attribute's value must stand in quotes)"},
-        {"<State>\n<!-- <!-- --> </State>", "2:1: Unexpected end of file! (a comment has no end)"},
-        {"<State><int name='a", "1:8: Unexpected end of file! (a tag is not closed)"},
         {"<State>", "1:8: Unexpected end of file! (<State> has no end tag)"},
         {"", "1:1: Unexpected end of file! (the top element <State> is missing)"},
     };
@@ -267,26 +235,24 @@ TEST(FXmlDocument, ReadsBackEveryText) {
     for (int byte = 0; byte < 0x80; ++byte)
         bytes += static_cast<char>(byte);
     const std::string pad(2048, 'p');
-    const std::string padded[] = {
-        pad,
-        pad + 'q',
-        "\r\n" + pad,
-        pad + "\r\n",
-        "\n" + pad + '\n',
-        "\r" + pad + '\r',
-        "  " + pad,
-        pad + "\n   ",
-        "\r\n\r\n" + pad,
-        pad + "\n\r\n ",
-        "\t" + pad + '\t',
-        pad + "</string>",
-        pad + "&amp;",
-        pad + "<!-- -->",
-        bytes + pad + bytes,
-        pad + pad,
-        pad + "&",
-        "]]>" + pad + "&#65;",
-    };
+    const std::string padded[] = {pad,
+                                  pad + 'q',
+                                  "\r\n" + pad,
+                                  pad + "\r\n",
+                                  "\n" + pad + '\n',
+                                  "\r" + pad + '\r',
+                                  "  " + pad,
+                                  pad + "\n   ",
+                                  "\r\n\r\n" + pad,
+                                  pad + "\n\r\n ",
+                                  "\t" + pad + '\t',
+                                  pad + "</string>",
+                                  pad + "&amp;",
+                                  pad + "<!-- -->",
+                                  bytes + pad + bytes,
+                                  pad + pad,
+                                  pad + "&",
+                                  "]]>" + pad + "&#65;"};
     FAttributes attributes;
     for (const std::string& text : padded) {
         const ConstString narrow{std::string_view(text)};
@@ -298,6 +264,14 @@ TEST(FXmlDocument, ReadsBackEveryText) {
     }
     attributes.appendString("list", ConstString(u""));
     attributes.append("empty").setString(ConstString(""));
+    // A name of a file that is no UTF-8 holds lone surrogates.
+    const std::u16string odd = u"caf\xDCE9 \xD83D<\xDE00\xD83D\xDE00\u20AC\xD800";
+    for (const std::u16string& text :
+         {odd, std::u16string(2048, u'\xDC80'), std::u16string(3000, u'\xDFFF') + odd,
+          std::u16string(4095, u'x') + u"\U0001F600"}) {
+        attributes.append("odd").setString(ConstString(std::u16string_view(text)));
+        attributes.appendString("list", ConstString(std::u16string_view(text)));
+    }
     FAttributes read;
     std::string error;
     ASSERT_TRUE(readDocument(written(attributes), read, &error)) << error;
@@ -314,28 +288,6 @@ TEST(FXmlDocument, ReadsBackEveryText) {
         EXPECT_TRUE(item.toUtf16() == expected.toUtf16());
     }
     EXPECT_FALSE(read.nextText("list", item));
-}
-
-TEST(FXmlDocument, KeepsLoneSurrogates) {
-    // A name of a file that is no UTF-8 holds such.
-    const std::u16string odd = u"caf\xDCE9 \xD83D<\xDE00\xD83D\xDE00\u20AC\xD800";
-    const std::u16string texts[] = {odd, std::u16string(2048, u'\xDC80'),
-                                    std::u16string(3000, u'\xDFFF') + odd,
-                                    std::u16string(4095, u'x') + u"\U0001F600"};
-    FAttributes attributes;
-    for (const std::u16string& text : texts) {
-        attributes.append("s").setString(ConstString(std::u16string_view(text)));
-        attributes.appendString("list", ConstString(std::u16string_view(text)));
-    }
-    FAttributes read;
-    ASSERT_TRUE(readDocument(written(attributes), read));
-    for (const int32_t i : {0, 2, 3, 4})
-        EXPECT_TRUE(read.at(i)->getString().view16() == attributes.at(i)->getString().view16()) << i;
-    for (const std::u16string& text : texts) {
-        ConstString item;
-        ASSERT_TRUE(read.nextText("list", item));
-        EXPECT_TRUE(item.view16() == text);
-    }
 }
 
 TEST(FXmlDocument, KeepsThePlaceOfAnItemThatIsNothing) {
@@ -376,7 +328,6 @@ TEST(FXmlDocument, WritesALongTextAsContent) {
 
 TEST(FXmlDocument, PutsDeepObjectsBehindTheBody) {
     const auto object = make<CmString>("deep");
-    const std::string id = std::to_string(reinterpret_cast<uintptr_t>(object.get()));
     for (const int level : {7, 8}) {
         auto attributes = make<FAttributes>();
         attributes->setObject("o", object.get(), Hold::retain);
@@ -391,15 +342,13 @@ TEST(FXmlDocument, PutsDeepObjectsBehindTheBody) {
             close += indent + "</member>\n";
         }
         const std::string indent(static_cast<size_t>(level) * 3, ' ');
-        const std::string inPlace = indent + "<obj class=\"CmString\" name=\"o\" ID=\"" + id + "\">\n" +
-                                    indent + "   <string name=\"s\" value=\"deep\"/>\n" + indent + "</obj>\n";
-        const std::string queued = "\n   <obj class=\"CmString\" ID=\"" + id +
-                                   "\">\n"
+        const std::string inPlace = indent + "<obj class=\"CmString\" name=\"o\" ID=\"'ID'\">\n" + indent +
+                                    "   <string name=\"s\" value=\"deep\"/>\n" + indent + "</obj>\n" + close;
+        const std::string queued = indent + "<obj name=\"o\" ID=\"'ID'\"/>\n" + close +
+                                   "\n   <obj class=\"CmString\" ID=\"'ID'\">\n"
                                    "      <string name=\"s\" value=\"deep\"/>\n"
                                    "   </obj>\n\n";
-        EXPECT_EQ(written(*attributes), document(level < 8 ? open + inPlace + close
-                                                           : open + indent + "<obj name=\"o\" ID=\"" + id +
-                                                                 "\"/>\n" + close + queued));
+        EXPECT_EQ(written(*attributes), document(open + (level < 8 ? inPlace : queued), object.get()));
     }
 }
 
@@ -473,11 +422,8 @@ TEST(FXmlDocument, KeepsOddNames) {
     FAttributes read;
     std::string error;
     ASSERT_TRUE(readDocument(written(attributes), read, &error)) << error;
-    ASSERT_EQ(read.count(), attributes.count());
-    for (int32_t i = 0; i < read.count(); ++i)
-        EXPECT_EQ(read.at(i)->key(), attributes.at(i)->key());
     EXPECT_EQ(read.getInteger("a\"<\n\xE4\xFF&amp;"), 2);
-    for (int32_t i = 2; i < read.count(); ++i) {
+    for (int32_t i = 2; i < 5; ++i) {
         const auto* stored = cast<FXmlInstance>(read.at(i)->getObject());
         const auto* original = cast<FXmlInstance>(attributes.at(i)->getObject());
         ASSERT_NE(stored, nullptr);
@@ -491,11 +437,6 @@ TEST(FXmlDocument, ReadsNumbersAsTheyAreWrittenByHand) {
         {"-1e400", -HUGE_VAL}, {"1e-400", 0}, {"0x1.8p1", 3.0}, {"-0X10", -16},
         {"inf", HUGE_VAL},     {"", 0},       {"none", 0},      {"1E+2", 100},
     };
-    for (const auto& [text, expected] : reals) {
-        FAttributes read;
-        EXPECT_TRUE(readDocument("<State><float name='f' value='" + std::string(text) + "'/></State>", read));
-        EXPECT_EQ(read.getFloat("f"), expected) << text;
-    }
     const std::pair<const char*, int64_t> integers[] = {
         {"9223372036854775807", INT64_MAX},
         {"9223372036854775808", INT64_MAX},
@@ -505,10 +446,18 @@ TEST(FXmlDocument, ReadsNumbersAsTheyAreWrittenByHand) {
         {"12abc", 12},
         {"", 0},
     };
+    const auto valueOf = [](const std::string& element, const char* text, FAttributes& read) {
+        EXPECT_TRUE(readDocument("<State><" + element + " name='n' value='" + text + "'/></State>", read));
+    };
+    for (const auto& [text, expected] : reals) {
+        FAttributes read;
+        valueOf("float", text, read);
+        EXPECT_EQ(read.getFloat("n"), expected) << text;
+    }
     for (const auto& [text, expected] : integers) {
         FAttributes read;
-        EXPECT_TRUE(readDocument("<State><int name='i' value='" + std::string(text) + "'/></State>", read));
-        EXPECT_EQ(read.getInteger("i"), expected) << text;
+        valueOf("int", text, read);
+        EXPECT_EQ(read.getInteger("n"), expected) << text;
     }
 }
 

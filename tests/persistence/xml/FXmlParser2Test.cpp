@@ -55,6 +55,14 @@ private:
     FXmlParser2& parser_;
 };
 
+enum class Given { inMemory, byBytes };
+
+bool parse(FXmlParser2& parser, const std::string& document, Given given) {
+    const auto slow = make<ShakyStream>(document);
+    slow->atOnce = 1;
+    return given == Given::inMemory ? parser.parse(document) : parser.parse(slow.get());
+}
+
 std::string describe(const FXmlParser2& parser) {
     const XmlPosition position = parser.errorPosition();
     return std::to_string(position.line) + ':' + std::to_string(position.column) + ": " +
@@ -67,29 +75,21 @@ TEST(FXmlParser2, TellsWhatItFindsAndWhere) {
     const std::string expected =
         "<skin a=1 b=x&y>\n  t\xC3\xA4xt<row></row>\n\xC3\xA4\xC3\xA4<col></col>!note!</skin>";
     const std::string places = "2:1@22 3:7@54 4:3@65 ";
-    FXmlParser2 whole;
-    Recorder inMemory(whole);
-    EXPECT_TRUE(whole.parse(document));
-    EXPECT_EQ(inMemory.events, expected);
-    EXPECT_EQ(inMemory.places, places);
-    EXPECT_EQ(inMemory.deepest, 2);
-
-    FXmlParser2 pieces;
-    Recorder inPieces(pieces);
-    const auto slow = make<ShakyStream>(document);
-    slow->atOnce = 1;
-    EXPECT_TRUE(pieces.parse(slow.get()));
-    EXPECT_EQ(inPieces.events, expected);
-    EXPECT_EQ(inPieces.places, places);
+    for (const Given given : {Given::inMemory, Given::byBytes}) {
+        FXmlParser2 parser;
+        Recorder heard(parser);
+        EXPECT_TRUE(parse(parser, document, given));
+        EXPECT_EQ(heard.events, expected);
+        EXPECT_EQ(heard.places, places);
+        EXPECT_EQ(heard.deepest, 2);
+    }
 }
 
-struct ErrorCase {
-    const char* document;
-    const char* expected;
-};
-
 TEST(FXmlParser2, SaysWhatIsWrongAndWhere) {
-    const ErrorCase cases[] = {
+    const struct {
+        const char* document;
+        const char* expected;
+    } cases[] = {
         {"", "1:1: no element found"},
         {"<a>\n <b></c>\n</a>", "2:7: mismatched tag"},
         {"<a>\n<b", "2:1: unclosed token"},
@@ -105,18 +105,15 @@ TEST(FXmlParser2, SaysWhatIsWrongAndWhere) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.document);
-        FXmlParser2 whole;
-        EXPECT_FALSE(whole.parse(std::string_view(c.document)));
-        EXPECT_EQ(describe(whole), c.expected);
-        FXmlParser2 pieces;
-        const auto slow = make<ShakyStream>(c.document);
-        slow->atOnce = 1;
-        EXPECT_FALSE(pieces.parse(slow.get()));
-        EXPECT_EQ(describe(pieces), c.expected);
-        EXPECT_FALSE(pieces.parse(std::string_view("<a/>"))) << "a failed parser must be reset first";
-        EXPECT_TRUE(pieces.reset(nullptr));
-        EXPECT_TRUE(pieces.parse(std::string_view("<a/>")));
-        EXPECT_FALSE(pieces.hasFailed());
+        for (const Given given : {Given::inMemory, Given::byBytes}) {
+            FXmlParser2 parser;
+            EXPECT_FALSE(parse(parser, c.document, given));
+            EXPECT_EQ(describe(parser), c.expected);
+            EXPECT_FALSE(parser.parse(std::string_view("<a/>"))) << "a failed parser must be reset first";
+            EXPECT_TRUE(parser.reset(nullptr));
+            EXPECT_TRUE(parser.parse(std::string_view("<a/>")));
+            EXPECT_FALSE(parser.hasFailed());
+        }
     }
 }
 
@@ -281,16 +278,13 @@ TEST(FXmlParser2, SuspendsAndGoesOn) {
     EXPECT_TRUE(parser.resume(stream.get()));
     EXPECT_EQ(recorder.events, "<a><b></b><b></b></a>");
     EXPECT_FALSE(parser.suspend());
-}
-
-TEST(FXmlParser2, GoesOnToTheEndWhenAllWasGivenBefore) {
-    FXmlParser2 parser;
-    Recorder recorder(parser);
-    recorder.suspendAt = "b";
-    EXPECT_TRUE(parser.parse(std::string_view("<a><b/>1</a>")));
-    EXPECT_EQ(recorder.events, "<a><b></b>");
-    EXPECT_TRUE(parser.resume(nullptr)) << parser.errorMessage();
-    EXPECT_EQ(recorder.events, "<a><b></b>1</a>");
+    FXmlParser2 whole;
+    Recorder heard(whole);
+    heard.suspendAt = "b";
+    EXPECT_TRUE(whole.parse(std::string_view("<a><b/>1</a>")));
+    EXPECT_EQ(heard.events, "<a><b></b>");
+    EXPECT_TRUE(whole.resume(nullptr)) << "all was given before";
+    EXPECT_EQ(heard.events, "<a><b></b>1</a>");
 }
 
 TEST(FXmlParser2, OutlivesCallsAtAWrongTime) {

@@ -33,6 +33,9 @@ TEST(XmlFile, SavesBesideAndKeepsTheEarlierFile) {
     EXPECT_TRUE(loadXml("Layout", "State", loaded));
     EXPECT_EQ(loaded.string(), ConstString("first"));
     EXPECT_FALSE(loadXml("Layout", "Other", loaded));
+    folder.write("settings/Layout.xml", "<State><string name='s' value='half'/>");
+    EXPECT_FALSE(loadXml("Layout", "State", loaded));
+    EXPECT_EQ(loaded.string(), ConstString("first")) << "nothing of a damaged document";
 }
 
 std::string asked;
@@ -103,21 +106,6 @@ TEST(XmlFile, LosesNothingWithoutMemory) {
         EXPECT_EQ(found, isLoaded ? StoredFile::Found::whole : StoredFile::Found::unknown);
         EXPECT_EQ(loaded.string(), ConstString(isLoaded ? texts[1].c_str() : "before"));
     });
-}
-
-TEST(XmlFile, TakesTheWholeDocumentThatAnEarlierVersionKeptBesideHalfOfANewOne) {
-    const SettingsFolder folder;
-    CmString loaded;
-    folder.write("settings/Keys_old.xml", "<State><string name='s' value='whole'/></State>");
-    folder.write("settings/Keys.xml", "<State><string name='s' val");
-    StoredFile::Found found = StoredFile::Found::whole;
-    EXPECT_TRUE(loadXml("Keys", "State", loaded, &found));
-    EXPECT_EQ(loaded.string(), ConstString("whole"));
-    EXPECT_EQ(found, StoredFile::Found::kept);
-    EXPECT_TRUE(saveXml("Keys", "State", loaded));
-    EXPECT_FALSE(folder.has("settings/Keys_old.xml"));
-    EXPECT_TRUE(loadXml("Keys", "State", loaded, &found));
-    EXPECT_EQ(found, StoredFile::Found::whole);
 }
 
 } // namespace

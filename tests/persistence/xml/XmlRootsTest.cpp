@@ -6,7 +6,7 @@
 #include "persistence/xml/FXmlDocument.h"
 #include "support/FailingAllocation.h"
 #include "support/GraphNode.h"
-#include "support/Objects.h"
+#include "support/XmlLines.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -21,16 +21,6 @@ namespace {
 using Hold = FAttributes::Hold;
 using Mode = FXmlDocument::Mode;
 
-std::string lines(std::string text) {
-    for (size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2)
-        text.insert(at, "\r");
-    return text;
-}
-
-std::string idText(const CmObject* object) {
-    return std::to_string(idOf(object));
-}
-
 /// A document over bytes that it owns.
 struct Reading {
     explicit Reading(std::string_view text)
@@ -41,8 +31,27 @@ struct Reading {
     FXmlDocument document;
 };
 
+struct Loaded : Reading {
+    explicit Loaded(std::string_view text) : Reading(text) {
+        EXPECT_TRUE(document.load("Doc")) << document.errorText();
+    }
+
+    Ref<CmObject> object(const char* name) { return document.getObject(name); }
+    FAttributes* data(const char* name) { return document.data().getAttributes(name); }
+    CmObject* stored(int32_t index) { return document.objects().at(index)->getObject(); }
+};
+
 struct Writing {
     Writing() : document(&stream, Mode::write) {}
+
+    Writing& object(std::string_view name, CmObject* object) {
+        document.objects().setObject(name, object, Hold::retain);
+        return *this;
+    }
+    Writing& data(std::string_view name, CmObject* object) {
+        document.data().setObject(name, object, Hold::retain);
+        return *this;
+    }
 
     std::string_view save() {
         EXPECT_TRUE(document.saveRoots("Doc")) << document.errorText();
@@ -58,73 +67,57 @@ TEST(XmlRoots, AreWrittenWithTheirDataAndObjects) {
     const auto root = make<GraphNode>(1);
     root->next = leaf;
     root->links = {leaf};
-    Writing writing;
-    writing.document.objects().setObject("first & only", root.get(), Hold::retain);
-    writing.document.objects().setObject("leaf", leaf.get(), Hold::retain);
     const auto data = make<FAttributes>();
     data->setInteger("n", 7);
     data->setObject("again", leaf.get(), Hold::retain);
-    writing.document.data().setObject("plain", data.get(), Hold::retain);
     const auto live = make<CmString>("text");
-    writing.document.data().setObject("live", live.get(), Hold::retain);
-    EXPECT_EQ(writing.save(), lines("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-                                    "<Doc>\n"
-                                    "   <rootObjects>\n"
-                                    "      <root name=\"first &amp; only\" ID=\"" +
-                                    idText(root.get()) +
-                                    "\"/>\n"
-                                    "      <root name=\"leaf\" ID=\"" +
-                                    idText(leaf.get()) +
-                                    "\"/>\n"
-                                    "      <root name=\"plain\">\n"
-                                    "         <int name=\"n\" value=\"7\"/>\n"
-                                    "         <obj name=\"again\" ID=\"" +
-                                    idText(leaf.get()) +
-                                    "\"/>\n"
-                                    "      </root>\n"
-                                    "      <root name=\"live\">\n"
-                                    "         <string name=\"s\" value=\"text\"/>\n"
-                                    "      </root>\n"
-                                    "   </rootObjects>\n"
-                                    "\n"
-                                    "   <obj class=\"GraphNode\" ID=\"" +
-                                    idText(root.get()) +
-                                    "\">\n"
-                                    "      <int name=\"value\" value=\"1\"/>\n"
-                                    "      <obj name=\"next\" ID=\"" +
-                                    idText(leaf.get()) +
-                                    "\"/>\n"
-                                    "      <list name=\"links\" type=\"obj\">\n"
-                                    "         <item value=\"" +
-                                    idText(leaf.get()) +
-                                    "\"/>\n"
-                                    "      </list>\n"
-                                    "   </obj>\n"
-                                    "\n"
-                                    "   <obj class=\"GraphNode\" ID=\"" +
-                                    idText(leaf.get()) +
-                                    "\">\n"
-                                    "      <int name=\"value\" value=\"2\"/>\n"
-                                    "   </obj>\n"
-                                    "\n"
-                                    "</Doc>\n"));
+    Writing writing;
+    writing.object("first & only", root.get()).object("leaf", leaf.get());
+    writing.data("plain", data.get()).data("live", live.get());
+    EXPECT_EQ(writing.save(), xmlLines(R"(<?xml version="1.0" encoding="utf-8"?>
+<Doc>
+   <rootObjects>
+      <root name="first &amp; only" ID="ROOT"/>
+      <root name="leaf" ID="LEAF"/>
+      <root name="plain">
+         <int name="n" value="7"/>
+         <obj name="again" ID="LEAF"/>
+      </root>
+      <root name="live">
+         <string name="s" value="text"/>
+      </root>
+   </rootObjects>
+
+   <obj class="GraphNode" ID="ROOT">
+      <int name="value" value="1"/>
+      <obj name="next" ID="LEAF"/>
+      <list name="links" type="obj">
+         <item value="LEAF"/>
+      </list>
+   </obj>
+
+   <obj class="GraphNode" ID="LEAF">
+      <int name="value" value="2"/>
+   </obj>
+
+</Doc>
+)",
+                                       {{"ROOT", root.get()}, {"LEAF", leaf.get()}}));
 }
 
 TEST(XmlRoots, ComeBackByName) {
+    const auto data = make<FAttributes>();
+    data->setInteger("n", 3);
     Writing writing;
-    writing.document.objects().setObject("node", new GraphNode(5), Hold::adopt);
-    writing.document.objects().setObject("text", new CmString("hello"), Hold::adopt);
-    writing.document.data().setObject("data", new FAttributes, Hold::adopt);
-    writing.document.data().getAttributes("data")->setInteger("n", 3);
-    Reading reading(writing.save());
-    ASSERT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
-    EXPECT_EQ(reading.document.data().getAttributes("data")->getInteger("n"), 3);
+    writing.object("node", make<GraphNode>(5).get()).object("text", make<CmString>("hello").get());
+    Loaded reading(writing.data("data", data.get()).save());
+    EXPECT_EQ(reading.data("data")->getInteger("n"), 3);
     EXPECT_EQ(reading.document.getObject("node", "CmString"), nullptr);
     const Ref<CmObject> node = reading.document.getObject("node", "GraphNode");
     ASSERT_NE(node, nullptr);
-    EXPECT_EQ(reading.document.getObject("node"), node);
-    EXPECT_EQ(cast<CmString>(reading.document.getObject("text"))->string(), ConstString("hello"));
-    EXPECT_EQ(reading.document.getObject("nothing"), nullptr);
+    EXPECT_EQ(reading.object("node"), node);
+    EXPECT_EQ(cast<CmString>(reading.object("text"))->string(), ConstString("hello"));
+    EXPECT_EQ(reading.object("nothing"), nullptr);
     EXPECT_FALSE(reading.document.saveRoots("Doc")) << "it is open for reading";
     EXPECT_FALSE(reading.document.load("Other"));
 }
@@ -134,8 +127,7 @@ TEST(XmlRoots, KeepWhatStoodInFrontOfACut) {
     root->next = make<GraphNode>(2);
     root->links = {root, root->next};
     Writing writing;
-    writing.document.objects().setObject("a", root.get(), Hold::retain);
-    const std::string text(writing.save());
+    const std::string text(writing.object("a", root.get()).save());
     for (size_t length = 0; length <= text.size(); ++length) {
         SCOPED_TRACE(length);
         Reading reading(text.substr(0, length));
@@ -161,15 +153,12 @@ TEST(XmlRoots, GraphsComeBackWithCyclesAndSharedObjects) {
             for (uint32_t i = random() % 4; i > 0; --i)
                 node->links.emplace_back(nodes[random() % nodes.size()]);
         }
-        Writing writing;
-        writing.document.objects().setObject("a", nodes.front().get(), Hold::retain);
         const auto data = make<FAttributes>();
         data->setObject("b", nodes.back().get(), Hold::retain);
-        writing.document.data().setObject("data", data.get(), Hold::retain);
-        Reading reading(writing.save());
-        ASSERT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
-        const Ref<CmObject> a = reading.document.getObject("a");
-        const Ref<CmObject> b = reading.document.data().getAttributes("data")->getObject("b");
+        Writing writing;
+        Loaded reading(writing.object("a", nodes.front().get()).data("data", data.get()).save());
+        const Ref<CmObject> a = reading.object("a");
+        const Ref<CmObject> b = reading.data("data")->getObject("b");
         EXPECT_EQ(GraphNode::describe(a.get()), GraphNode::describe(nodes.front().get()));
         EXPECT_EQ(GraphNode::describe(b.get()), GraphNode::describe(nodes.back().get()));
         GraphNode::cutAll();
@@ -251,95 +240,75 @@ TEST(XmlRoots, SaysWhatIsWrongWithThem) {
         EXPECT_FALSE(reading.document.load("Doc")) << c.text;
         EXPECT_EQ(reading.document.errorText(), c.error) << c.text;
     }
-    Reading old("<Doc><root name='a' ID='-2'/><obj class='GraphNode' ID='4294967294'/></Doc>");
-    EXPECT_TRUE(old.document.load("Doc"));
-    EXPECT_NE(old.document.getObject("a"), nullptr);
-    Reading lost("<Doc><root name='a' ID='1'/></Doc>");
-    EXPECT_TRUE(lost.document.load("Doc"));
-    EXPECT_EQ(lost.document.getObject("a"), nullptr);
+    Loaded old("<Doc><root name='a' ID='-2'/><obj class='GraphNode' ID='4294967294'/></Doc>");
+    EXPECT_NE(old.object("a"), nullptr);
+    EXPECT_EQ(Loaded("<Doc><root name='a' ID='1'/></Doc>").object("a"), nullptr);
 }
 
 TEST(XmlRoots, PassThroughUnchangedWithoutTheirClasses) {
-    const std::string text = lines("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-                                   "<Doc>\n"
-                                   "   <rootObjects>\n"
-                                   "      <root name=\"a\" ID=\"18446744073709551615\"/>\n"
-                                   "      <root name=\"d\">\n"
-                                   "         <obj class=\"Gone\" name=\"in\" ID=\"7\">\n"
-                                   "            <obj name=\"unbound\" ID=\"99\"/>\n"
-                                   "            <string name=\"s\" value=\"\"/>\n"
-                                   "         </obj>\n"
-                                   "      </root>\n"
-                                   "   </rootObjects>\n"
-                                   "\n"
-                                   "   <obj class=\"Gone\" ID=\"18446744073709551615\">\n"
-                                   "      <list name=\"l\" type=\"obj\">\n"
-                                   "         <obj class=\"Lost\" ID=\"8\">\n"
-                                   "            <obj name=\"up\" ID=\"18446744073709551615\"/>\n"
-                                   "         </obj>\n"
-                                   "         <item value=\"7\"/>\n"
-                                   "      </list>\n"
-                                   "   </obj>\n"
-                                   "\n"
-                                   "</Doc>\n");
-    Reading reading(text);
-    ASSERT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
+    const std::string text = xmlLines(R"(<?xml version="1.0" encoding="utf-8"?>
+<Doc>
+   <rootObjects>
+      <root name="a" ID="18446744073709551615"/>
+      <root name="d">
+         <obj class="Gone" name="in" ID="7">
+            <obj name="unbound" ID="99"/>
+            <string name="s" value=""/>
+         </obj>
+      </root>
+   </rootObjects>
+
+   <obj class="Gone" ID="18446744073709551615">
+      <list name="l" type="obj">
+         <obj class="Lost" ID="8">
+            <obj name="up" ID="18446744073709551615"/>
+         </obj>
+         <item value="7"/>
+      </list>
+   </obj>
+
+</Doc>
+)");
+    Loaded reading(text);
     Writing writing;
-    const auto copy = [](FAttributes& from, FAttributes& to) {
-        for (int32_t i = 0; i < from.count(); ++i)
-            to.setObject(from.at(i)->key(), from.at(i)->getObject(), Hold::retain);
-    };
-    copy(reading.document.objects(), writing.document.objects());
-    copy(reading.document.data(), writing.document.data());
+    writing.object("a", reading.stored(0)).data("d", reading.data("d"));
     EXPECT_EQ(writing.save(), text);
 }
 
 TEST(XmlRoots, KeepObjectsApartWhoseNumbersAreTheSame) {
     // Both were the first object of their documents.
-    Reading one("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='1'/></obj></Doc>");
-    Reading two("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='2'/></obj></Doc>");
-    ASSERT_TRUE(one.document.load("Doc") && two.document.load("Doc"));
+    Loaded one("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='1'/></obj></Doc>");
+    Loaded two("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='2'/></obj></Doc>");
     Writing writing;
-    writing.document.objects().setObject("a", one.document.objects().at(0)->getObject(), Hold::retain);
-    writing.document.objects().setObject("b", two.document.objects().at(0)->getObject(), Hold::retain);
-    Reading both(writing.save());
-    ASSERT_TRUE(both.document.load("Doc"));
-    for (const auto& [name, value] : {std::pair("a", 1), std::pair("b", 2)}) {
-        auto* stored = cast<FXmlObject>(both.document.objects().find(name)->getObject());
+    Loaded both(writing.object("a", one.stored(0)).object("b", two.stored(0)).save());
+    for (const int32_t i : {0, 1}) {
+        auto* stored = cast<FXmlObject>(both.stored(i));
         ASSERT_NE(stored->getAttributes(), nullptr);
-        EXPECT_EQ(stored->getAttributes()->getInteger("n"), value);
+        EXPECT_EQ(stored->getAttributes()->getInteger("n"), i + 1);
     }
 }
 
 TEST(XmlRoots, AStoredObjectAndTheLiveOneThatCameOfItAreOne) {
-    Reading reading("<Doc><root name='a' ID='7'/><obj class='GraphNode' ID='7'/></Doc>");
-    ASSERT_TRUE(reading.document.load("Doc"));
-    const Ref<CmObject> live = reading.document.getObject("a");
+    Loaded reading("<Doc><root name='a' ID='7'/><obj class='GraphNode' ID='7'/></Doc>");
+    const Ref<CmObject> live = reading.object("a");
     ASSERT_NE(live, nullptr);
     Writing writing;
-    writing.document.objects().setObject("a", reading.document.objects().at(0)->getObject(), Hold::retain);
-    writing.document.objects().setObject("b", live.get(), Hold::retain);
-    Reading again(writing.save());
-    ASSERT_TRUE(again.document.load("Doc"));
-    EXPECT_EQ(again.document.getObject("a"), again.document.getObject("b"));
-    EXPECT_EQ(cast<FXmlObject>(again.document.objects().at(1)->getObject())->id(), 7u);
+    Loaded again(writing.object("a", reading.stored(0)).object("b", live.get()).save());
+    EXPECT_EQ(again.object("a"), again.object("b"));
+    EXPECT_EQ(cast<FXmlObject>(again.stored(1))->id(), 7u);
 }
 
 TEST(XmlRoots, AReferenceThatNamesNothingNamesNoOtherObjectLater) {
-    Reading one("<Doc><root name='lost' ID='1'/><root name='too' ID='1'/></Doc>");
-    Reading two("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='2'/></obj></Doc>");
-    ASSERT_TRUE(one.document.load("Doc") && two.document.load("Doc"));
+    Loaded one("<Doc><root name='lost' ID='1'/><root name='too' ID='1'/></Doc>");
+    Loaded two("<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='2'/></obj></Doc>");
     for (const bool isObjectFirst : {false, true}) {
         Writing writing;
-        FAttributes& objects = writing.document.objects();
         if (isObjectFirst)
-            objects.setObject("a", two.document.objects().at(0)->getObject(), Hold::retain);
-        objects.setObject("lost", one.document.objects().at(0)->getObject(), Hold::retain);
-        objects.setObject("too", one.document.objects().at(1)->getObject(), Hold::retain);
+            writing.object("a", two.stored(0));
+        writing.object("lost", one.stored(0)).object("too", one.stored(1));
         if (!isObjectFirst)
-            objects.setObject("a", two.document.objects().at(0)->getObject(), Hold::retain);
-        Reading both(writing.save());
-        ASSERT_TRUE(both.document.load("Doc"));
+            writing.object("a", two.stored(0));
+        Loaded both(writing.save());
         const auto stored = [&](const char* name) {
             return cast<FXmlReference>(both.document.objects().find(name)->getObject());
         };
@@ -351,17 +320,13 @@ TEST(XmlRoots, AReferenceThatNamesNothingNamesNoOtherObjectLater) {
 }
 
 TEST(XmlRoots, AStoredObjectAmongTheDataGivesItsAttributes) {
-    Reading reading(
+    Loaded reading(
         "<Doc><root name='a' ID='1'/><obj class='Gone' ID='1'><int name='n' value='2'/></obj></Doc>");
-    ASSERT_TRUE(reading.document.load("Doc"));
-    auto* reference = cast<FXmlReference>(reading.document.objects().at(0)->getObject());
+    auto* reference = cast<FXmlReference>(reading.stored(0));
     for (CmObject* object :
          {static_cast<CmObject*>(reference), static_cast<CmObject*>(reference->target())}) {
         Writing writing;
-        writing.document.data().setObject("d", object, Hold::retain);
-        Reading again(writing.save());
-        ASSERT_TRUE(again.document.load("Doc"));
-        EXPECT_EQ(again.document.data().getAttributes("d")->getInteger("n"), 2);
+        EXPECT_EQ(Loaded(writing.data("d", object).save()).data("d")->getInteger("n"), 2);
     }
 }
 
@@ -369,24 +334,24 @@ TEST(XmlRoots, AreNotWrittenInHalf) {
     const auto node = make<GraphNode>();
     node->isStorable = false;
     Writing object;
-    object.document.objects().setObject("a", node.get(), Hold::retain);
+    object.object("a", node.get());
     EXPECT_FALSE(object.document.saveRoots("Doc"));
     EXPECT_EQ(object.document.errorText(), "an object of the class GraphNode has no attributes to store");
     Writing data;
-    data.document.data().setObject("a", node.get(), Hold::retain);
+    data.data("a", node.get());
     EXPECT_FALSE(data.document.saveRoots("Doc"));
     EXPECT_EQ(data.document.errorText(),
               "an object of the class GraphNode under \"a\" has no attributes to store");
     node->isStorable = true;
     for (const std::string& name : {std::string(), std::string(2049, 'k')}) {
         Writing named;
-        named.document.objects().setObject(name, node.get(), Hold::retain);
+        named.object(name, node.get());
         EXPECT_FALSE(named.document.saveRoots("Doc"));
         EXPECT_EQ(named.document.errorText(), name.empty() ? "a root has no name"
                                                            : "the name of a root, \"" + name.substr(0, 64) +
                                                                  "...\", is longer than 2048 bytes");
         Writing nested;
-        nested.document.data().setObject(name, make<FAttributes>().get(), Hold::retain);
+        nested.data(name, make<FAttributes>().get());
         EXPECT_FALSE(nested.document.saveRoots("Doc"));
     }
 
@@ -441,8 +406,7 @@ TEST(XmlRoots, AnObjectMayEmptyWhatItStandsInWhileItIsWritten) {
             const Ref<CmObject> roots[] = {meddler, body, body, outer};
             data.setObject(key, roots[place].get(), Hold::retain);
         }
-        Reading reading(writing.save());
-        EXPECT_TRUE(reading.document.load("Doc")) << reading.document.errorText();
+        const Loaded reading(writing.save());
     }
 }
 
@@ -457,12 +421,10 @@ TEST(XmlRoots, AnObjectThatCouldNotBeMadeIsWrittenWithWhatIsLeftOfIt) {
         {"NoSuchClass", "      <int name=\"n\" value=\"1\"/>\r\n"},
     };
     for (const auto& [className, body] : cases) {
-        Reading reading(begin + className + "' ID='1'><int name='n' value='1'/></obj></Doc>");
-        ASSERT_TRUE(reading.document.load("Doc"));
-        EXPECT_EQ(reading.document.getObject("a"), nullptr);
+        Loaded reading(begin + className + "' ID='1'><int name='n' value='1'/></obj></Doc>");
+        EXPECT_EQ(reading.object("a"), nullptr);
         Writing writing;
-        writing.document.objects().setObject("a", reading.document.objects().at(0)->getObject(),
-                                             Hold::retain);
+        writing.object("a", reading.stored(0));
         const std::string expected =
             "   <obj class=\"" + className + "\" ID=\"1\">\r\n" + body + "   </obj>\r\n";
         EXPECT_NE(writing.save().find(expected), std::string_view::npos) << className;
@@ -474,17 +436,12 @@ TEST(XmlRoots, ReadAndWrittenWithoutMemoryTellOfIt) {
     const auto root = make<GraphNode>(1);
     root->next = leaf;
     root->links = {leaf};
-    const auto save = [&](Writing& writing) {
-        writing.document.objects().setObject("root", root.get(), Hold::retain);
-        writing.document.data().setObject("leaf", leaf.get(), Hold::retain);
-    };
     Writing whole;
-    save(whole);
-    const std::string text(whole.save());
+    const std::string text(whole.object("root", root.get()).data("leaf", leaf.get()).save());
     // What finds another way is whole, too.
     failEachAllocation([&](FailingAllocation& allocation) {
         Writing writing;
-        save(writing);
+        writing.object("root", root.get()).data("leaf", leaf.get());
         const bool isSaved = allocation.during([&] { return writing.document.saveRoots("Doc"); });
         EXPECT_TRUE(isSaved || allocation.hasFailed());
         EXPECT_EQ(isSaved, writing.stream.bytes() == text);
