@@ -11,6 +11,7 @@
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
+#include "support/Objects.h"
 #include "support/StoredBytes.h"
 
 #include <gtest/gtest.h>
@@ -63,6 +64,15 @@ class ValueTest : public ::testing::Test {
 protected:
     // Nobody can depend on anything before there is a handler.
     ValueTest() { UpdateHandler::instance(); }
+    ~ValueTest() override {
+        if (value)
+            value->removeDependent(nullptr);
+    }
+    /// From now on the witness hears of each change at once.
+    void watch() {
+        value->setImmediateUpdates(true);
+        value->addDependent(witness.get());
+    }
     void deliver() { UpdateHandler::instance()->triggerDeferredUpdates(nullptr); }
     static std::string textOf(Value& value) {
         String text;
@@ -71,10 +81,10 @@ protected:
     }
 
     Ref<Witness> witness = make<Witness>();
+    Ref<IntValue> value = make<IntValue>(0, 100);
 };
 
 TEST_F(ValueTest, TellsManyChangesAsOneUnlessImmediate) {
-    const auto value = make<IntValue>(0, 100);
     value->addDependent(witness.get());
     for (int i = 1; i <= 5; ++i)
         value->setValue(i);
@@ -87,30 +97,24 @@ TEST_F(ValueTest, TellsManyChangesAsOneUnlessImmediate) {
     value->setValue(6);
     value->setValue(7);
     EXPECT_EQ(witness->take(), "1 1 ");
-    value->removeDependent(witness.get());
 }
 
 TEST_F(ValueTest, HoldsSignalsUntilSomeoneDepends) {
-    const auto value = make<IntValue>(0, 100);
-    value->setImmediateUpdates(true);
-    value->addDependent(witness.get());
+    watch();
     value->setFlag(Value::signalsHeld, true);
     value->setValue(1);
     EXPECT_EQ(witness->take(), "");
     value->addDependent(witness.get());
     value->setValue(2);
     EXPECT_EQ(witness->take(), "1 1 ") << "added twice, heard twice";
-    value->removeDependent(witness.get());
-    value->removeDependent(witness.get());
 }
 
 TEST_F(ValueTest, LimitsByClampingOrWrapping) {
-    struct Case {
+    const struct {
         int32_t min, max, number;
         bool wraps;
         int32_t expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0, 10, 11, false, 10},
         {0, 10, -1, false, 0},
         {0, 10, 11, true, 0},
@@ -131,46 +135,39 @@ TEST_F(ValueTest, LimitsByClampingOrWrapping) {
         {INT32_MAX - 1, INT32_MAX, INT32_MIN, true, INT32_MAX},
         {INT32_MIN, INT32_MAX, INT32_MAX, true, INT32_MAX},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message()
-                     << c.min << ".." << c.max << " takes " << c.number << " wraps " << c.wraps);
-        const auto value = make<IntValue>(c.min, c.max);
-        value->setWrapAround(c.wraps);
-        EXPECT_EQ(value->limitValue(c.number), c.expected);
+    for (const auto& c : cases) {
+        const auto limited = make<IntValue>(c.min, c.max);
+        limited->setWrapAround(c.wraps);
+        EXPECT_EQ(limited->limitValue(c.number), c.expected)
+            << c.min << ".." << c.max << " takes " << c.number << " wraps " << c.wraps;
     }
 }
 
 TEST_F(ValueTest, MovesTheNumberWithItsRange) {
-    const auto value = make<IntValue>(0, 10);
-    value->setImmediateUpdates(true);
-    value->addDependent(witness.get());
     value->setValue(8);
-    witness->take();
+    watch();
     value->setMax(5);
     EXPECT_EQ(value->getValue(), 5);
     EXPECT_EQ(witness->take(), "1 ") << "one signal, from the number";
     value->setMin(20);
     EXPECT_EQ(value->getMax(), 20) << "a minimum lifts the maximum";
     EXPECT_EQ(value->getValue(), 20);
-    value->removeDependent(witness.get());
 }
 
-TEST_F(ValueTest, IncrementAtTheEndOfAllNumbersStays) {
-    const auto value = make<IntValue>(INT32_MIN, INT32_MAX);
-    value->setValue(INT32_MAX);
-    value->increment();
-    EXPECT_EQ(value->getValue(), INT32_MAX);
-    value->setValue(INT32_MIN);
-    value->decrement();
-    EXPECT_EQ(value->getValue(), INT32_MIN);
+TEST_F(ValueTest, StaysInTheRangeOfAllNumbers) {
+    const auto wide = make<IntValue>(INT32_MIN, INT32_MAX);
+    wide->setNormalized(1);
+    EXPECT_EQ(wide->getValue(), INT32_MAX);
+    wide->increment();
+    EXPECT_EQ(wide->getValue(), INT32_MAX);
+    wide->setNormalized(0);
+    EXPECT_EQ(wide->getValue(), INT32_MIN);
+    wide->decrement();
+    EXPECT_EQ(wide->getValue(), INT32_MIN);
 }
 
 TEST_F(ValueTest, CalculatesFromTypedText) {
-    struct Case {
-        const char16_t* text;
-        int32_t expected;
-    };
-    const Case cases[] = {
+    const std::pair<const char16_t*, int32_t> cases[] = {
         {u"12", 12},    {u"12-", 28}, {u"-12", -12},       {u"2*", 80},
         {u"4/", 10},    {u"0/", 40},  {u"2,9", 2},         {u"abc", 0},
         {u"", 0},       {u"5+", 45},  {u"-2,5*", -100},    {u" 7", 7},
@@ -178,17 +175,15 @@ TEST_F(ValueTest, CalculatesFromTypedText) {
         {u"info", 0},   {u"-inf", 0}, {u"1e999", 1000000}, {u"-1e999", -1000000},
         {u"1e-999", 0}, {u"+-5", 0},  {u",5*", 20},        {u"x9", 0},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(String(c.text).text8());
-        const auto value = make<IntValue>(-1000000, 1000000);
-        value->setValue(40);
-        value->bound()->setValueText(c.text);
-        EXPECT_EQ(value->getValue(), c.expected);
+    for (const auto& [text, expected] : cases) {
+        const auto calculating = make<IntValue>(-1000000, 1000000);
+        calculating->setValue(40);
+        calculating->bound()->setValueText(text);
+        EXPECT_EQ(calculating->getValue(), expected) << String(text).text8();
     }
 }
 
 TEST_F(ValueTest, BracketsEditsForTargetsThatTakeThem) {
-    const auto value = make<IntValue>(0, 10);
     value->setTarget(witness.get(), 7, false);
     value->beginEdit();
     value->endEdit(true);
@@ -200,50 +195,43 @@ TEST_F(ValueTest, BracketsEditsForTargetsThatTakeThem) {
     EXPECT_EQ(witness->take(), "BeginEdit 1 ");
     value->endEdit(true);
     EXPECT_EQ(witness->take(), "EndEdit 1 ");
-    value->setTarget(nullptr, 0, false);
 }
 
 TEST_F(ValueTest, OutlivesTheEndOfItsEdit) {
-    class Owner : public CmObject {
-    public:
-        Ref<IntValue> value = make<IntValue>(0, 10);
+    struct Owner : CmObject {
+        explicit Owner(Ref<IntValue>& owned) : value(owned) {}
         int32_t handleMessage(FMessage* message) override {
             if (message->isNamed("EndEdit"))
                 value.reset();
             return handled;
         }
-    };
-    const auto owner = make<Owner>();
-    owner->value->setTarget(owner.get(), 0, false);
-    owner->value->setFlag(Value::targetTakesEdits, true);
-    owner->value->setPerformOnEdit(true);
-    owner->value->beginEdit();
-    owner->value->endEdit(true);
-    EXPECT_FALSE(owner->value);
+        Ref<IntValue>& value;
+    } owner{value};
+    value->setTarget(&owner, 0, false);
+    value->setFlag(Value::targetTakesEdits, true);
+    value->setPerformOnEdit(true);
+    value->beginEdit();
+    value->endEdit(true);
+    EXPECT_FALSE(value);
 }
 
 TEST_F(ValueTest, MarksTheFinalUpdateOfAMinorEdit) {
-    class MinorWitness : public CmObject {
-    public:
+    struct MinorWitness : CmObject {
         void notify(CmObject* object, int32_t) override {
             wasMinor = cast<Value>(object)->has(Value::minorEdit);
         }
         bool wasMinor = false;
-    };
-    const auto target = make<MinorWitness>();
-    const auto value = make<IntValue>(0, 10);
-    value->setTarget(target.get(), 0, false);
+    } target;
+    value->setTarget(&target, 0, false);
     value->setFlag(Value::performOnEndEdit, true);
     value->beginEdit();
     value->endEdit(false);
-    EXPECT_TRUE(target->wasMinor);
+    EXPECT_TRUE(target.wasMinor);
     EXPECT_FALSE(value->has(Value::minorEdit));
-    value->setTarget(nullptr, 0, false);
 }
 
 TEST_F(ValueTest, PlugTargetHearsBracketsAndEditsButNoUpdateFromBrackets) {
     const auto component = make<PlugComponent>();
-    const auto value = make<IntValue>(0, 10);
     value->setPerformOnEdit(true);
     value->bound()->setTargetInterface(static_cast<IValueTarget*>(component.get()), 5);
     value->beginEdit();
@@ -264,10 +252,8 @@ TEST_F(ValueTest, PlugTargetHearsBracketsAndEditsButNoUpdateFromBrackets) {
 }
 
 TEST_F(ValueTest, FormatsAnotherNumberWithoutTellingAnyone) {
-    const auto value = make<IntValue>(0, 100);
-    value->setImmediateUpdates(true);
     value->setValue(4);
-    value->addDependent(witness.get());
+    watch();
     String text;
     value->formatValue(77, text);
     EXPECT_STREQ(text.text8(), "77");
@@ -275,11 +261,10 @@ TEST_F(ValueTest, FormatsAnotherNumberWithoutTellingAnyone) {
     EXPECT_EQ(witness->take(), "");
     value->setValue(5);
     EXPECT_EQ(witness->take(), "1 ") << "signals are on again";
-    value->removeDependent(witness.get());
 }
 
 TEST_F(ValueTest, ComesBackWholeFromTheFormatOfAFloat) {
-    const auto value = make<IntValue>(0, 2'000'000'000);
+    value->setMax(2'000'000'000);
     value->setValue(16'777'217);
     String text;
     value->formatValueFloat(5, text);
@@ -288,31 +273,25 @@ TEST_F(ValueTest, ComesBackWholeFromTheFormatOfAFloat) {
 }
 
 TEST_F(ValueTest, ACopySharesATargetThatIsNotOwned) {
-    auto value = make<IntValue>(0, 10);
     value->setTarget(witness.get(), 3, false);
     const auto copy = Ref<CmObject>::adopt(value->clone());
     value.reset();
-    auto* other = cast<IntValue>(copy);
-    ASSERT_NE(other, nullptr);
-    EXPECT_EQ(other->tag(), 3);
-    other->performUpdate();
+    ASSERT_NE(cast<IntValue>(copy), nullptr);
+    EXPECT_EQ(cast<IntValue>(copy)->tag(), 3);
+    cast<IntValue>(copy)->performUpdate();
     EXPECT_EQ(witness->take(), "1 ");
 }
 
 TEST_F(ValueTest, AnOwnedTargetLivesAsLongAsTheLastValue) {
-    auto value = make<IntValue>(0, 10);
     value->setTarget(witness.get(), 3, true);
     auto copy = Ref<CmObject>::adopt(value->clone());
-    EXPECT_EQ(witness->addRef(), 4U);
-    witness->release();
+    EXPECT_EQ(referencesOn(witness.get()), 3U);
     value.reset();
     copy.reset();
-    EXPECT_EQ(witness->addRef(), 2U);
-    witness->release();
+    EXPECT_EQ(referencesOn(witness.get()), 1U);
 }
 
 TEST_F(ValueTest, TellsItsEndAtOnce) {
-    auto value = make<IntValue>(0, 10);
     value->addDependent(witness.get());
     value->setValue(5);
     value->removeDependent(nullptr);
@@ -324,7 +303,7 @@ TEST_F(ValueTest, TellsItsEndAtOnce) {
 }
 
 TEST_F(ValueTest, StoresItsRangeBeforeItsNumber) {
-    const auto value = make<IntValue>(0, 1000);
+    value->setMax(1000);
     value->setValue(750);
     const auto attributes = make<FAttributes>();
     EXPECT_TRUE(value->storeAttributes(attributes.get()));
@@ -357,42 +336,32 @@ TEST_F(ValueTest, StoresItsNumberOrItsTextInAStream) {
     EXPECT_EQ(witness->take(), "1 ");
     EXPECT_FALSE(testing::read(*copy, ""));
     EXPECT_EQ(textOf(*copy), "level");
-    for (Value* value : {static_cast<Value*>(other.get()), static_cast<Value*>(copy.get())})
-        value->setTarget(nullptr, 0, false);
 }
 
 TEST_F(ValueTest, NormalizedIsZeroInAnEmptyRange) {
-    const auto value = make<IntValue>(5, 5);
-    EXPECT_EQ(value->bound()->getNormalized(), 0.0F);
-    const auto wide = make<IntValue>(INT32_MIN, INT32_MAX);
-    wide->setNormalized(1);
-    EXPECT_EQ(wide->getValue(), INT32_MAX);
-    wide->setNormalized(0);
-    EXPECT_EQ(wide->getValue(), INT32_MIN);
+    EXPECT_EQ(make<IntValue>(5, 5)->bound()->getNormalized(), 0.0F);
     const auto color = make<UColorValue>();
     color->setNormalized(0.5F);
     EXPECT_EQ(color->getValue(), 0) << "every value with a range, not integers alone";
 }
 
 TEST_F(ValueTest, BooleanStepsStopAtTheEnds) {
-    const auto value = make<Value>();
-    value->setTarget(witness.get(), 0, false);
-    value->decrement();
+    const auto boolean = make<Value>();
+    boolean->setTarget(witness.get(), 0, false);
+    boolean->decrement();
     EXPECT_EQ(witness->take(), "");
-    value->increment();
-    value->increment();
-    EXPECT_EQ(value->getValue(), 1);
+    boolean->increment();
+    boolean->increment();
+    EXPECT_EQ(boolean->getValue(), 1);
     EXPECT_EQ(witness->take(), "1 ");
-    EXPECT_EQ(textOf(*value), "On");
-    value->bound()->setValueText(u"on");
-    EXPECT_EQ(value->getValue(), 0) << "case counts";
-    value->bound()->setValueText(u"On");
-    EXPECT_EQ(value->getValue(), 1);
-    value->setTarget(nullptr, 0, false);
+    EXPECT_EQ(textOf(*boolean), "On");
+    boolean->bound()->setValueText(u"on");
+    EXPECT_EQ(boolean->getValue(), 0) << "case counts";
+    boolean->bound()->setValueText(u"On");
+    EXPECT_EQ(boolean->getValue(), 1);
 }
 
 TEST_F(ValueTest, AQuietTextReachesNoTarget) {
-    const auto value = make<IntValue>(0, 100);
     value->setTarget(witness.get(), 0, false);
     value->bound()->setValueTextQuiet(u"12", false);
     EXPECT_EQ(value->getValue(), 12);
@@ -400,57 +369,54 @@ TEST_F(ValueTest, AQuietTextReachesNoTarget) {
     EXPECT_EQ(value->target(), witness.get());
     value->bound()->setValueTextQuiet(nullptr, true);
     EXPECT_EQ(value->getValue(), 12);
-    value->setTarget(nullptr, 0, false);
 }
 
 TEST_F(ValueTest, TextBuffersAreAlwaysTerminated) {
-    const auto value = make<StringValue>(ConstString(std::u16string(300, u'x').c_str()));
+    const auto string = make<StringValue>(ConstString(std::u16string(300, u'x').c_str()));
     char16_t buffer[IBoundValue::valueTextCapacity + 1];
     buffer[IBoundValue::valueTextCapacity] = u'!';
-    value->bound()->getValueText(buffer);
+    string->bound()->getValueText(buffer);
     EXPECT_EQ(std::u16string(buffer).size(), 127U);
     EXPECT_EQ(buffer[IBoundValue::valueTextCapacity], u'!');
 
     int32_t size = 0;
-    value->bound()->getValueTextSized(nullptr, size);
+    string->bound()->getValueTextSized(nullptr, size);
     EXPECT_EQ(size, 301);
     size = 4;
-    value->bound()->getValueTextSized(buffer, size);
+    string->bound()->getValueTextSized(buffer, size);
     EXPECT_EQ(std::u16string(buffer), u"xxx");
 }
 
 TEST_F(ValueTest, CountsTheCharactersOfAnEightBitText) {
-    const auto value = make<StringValue>(ConstString("\xC3\xA4\xC3\xB6\xC3\xBC"));
+    const auto string = make<StringValue>(ConstString("\xC3\xA4\xC3\xB6\xC3\xBC"));
     char16_t buffer[IBoundValue::valueTextCapacity];
-    value->bound()->getValueText(buffer);
+    string->bound()->getValueText(buffer);
     EXPECT_EQ(std::u16string(buffer), u"\u00E4\u00F6\u00FC");
     int32_t size = 0;
-    value->bound()->getValueTextSized(nullptr, size);
+    string->bound()->getValueTextSized(nullptr, size);
     EXPECT_EQ(size, 4);
     String text;
-    value->toStringTruncated(text, 2);
+    string->toStringTruncated(text, 2);
     EXPECT_EQ(text.toUtf16(), u"\u00E4\u00F6");
-    value->setString(ConstString("\xFF\xFE\xFD"));
-    value->bound()->getValueText(buffer);
+    string->setString(ConstString("\xFF\xFE\xFD"));
+    string->bound()->getValueText(buffer);
     EXPECT_EQ(std::u16string(buffer), u"\uFFFD\uFFFD\uFFFD") << "no text in any width";
 }
 
 TEST_F(ValueTest, AStringAlwaysPerformsButSignalsDifferencesOnly) {
-    const auto value = make<StringValue>();
-    value->setImmediateUpdates(true);
-    value->addDependent(witness.get());
-    const auto target = make<Witness>();
-    value->setTarget(target.get(), 0, false);
-    value->setString(ConstString("a"));
-    value->setString(ConstString("a"));
-    value->setString(ConstString("A"));
+    const auto string = make<StringValue>();
+    string->setImmediateUpdates(true);
+    string->addDependent(witness.get());
+    Witness target;
+    string->setTarget(&target, 0, false);
+    string->setString(ConstString("a"));
+    string->setString(ConstString("a"));
+    string->setString(ConstString("A"));
     EXPECT_EQ(witness->take(), "1 1 ");
-    EXPECT_EQ(target->take(), "1 1 1 ");
-    const auto number = make<IntValue>(0, 10);
-    value->assign(number.get());
-    EXPECT_EQ(textOf(*value), "A");
-    value->removeDependent(witness.get());
-    value->setTarget(nullptr, 0, false);
+    EXPECT_EQ(target.take(), "1 1 1 ");
+    string->assign(value.get());
+    EXPECT_EQ(textOf(*string), "A");
+    string->removeDependent(nullptr);
 }
 
 TEST_F(ValueTest, OtherModulesGetTheInterfaceByClassId) {
@@ -463,25 +429,21 @@ TEST_F(ValueTest, OtherModulesGetTheInterfaceByClassId) {
     bound->setMax(9);
     bound->setValueAndPerform(12);
     EXPECT_EQ(bound->getValue(), 9);
-    auto* value = cast<IntDefValue>(object.get());
-    ASSERT_NE(value, nullptr);
-    EXPECT_TRUE(value->isWheelStepped());
-    EXPECT_STREQ(value->getClassRecord()->name(), "UIntDefValue");
-    EXPECT_STREQ(value->getClassName(), "Binding::IntDefValue");
+    auto* made = cast<IntDefValue>(object.get());
+    ASSERT_NE(made, nullptr);
+    EXPECT_TRUE(made->isWheelStepped());
+    EXPECT_STREQ(made->getClassRecord()->name(), "UIntDefValue");
+    EXPECT_STREQ(made->getClassName(), "Binding::IntDefValue");
 }
 
-class ActivityWitness : public ValueActivityListener {
-public:
-    void valueChanged(IBoundValue*) override { ++changes; }
-    void editStateChanged(IBoundValue*) override { ++edits; }
-    int changes = 0;
-    int edits = 0;
-};
-
 TEST_F(ValueTest, TheActivityListenerHearsAllButSilentValues) {
-    ActivityWitness listener;
+    struct : ValueActivityListener {
+        void valueChanged(IBoundValue*) override { ++changes; }
+        void editStateChanged(IBoundValue*) override { ++edits; }
+        int changes = 0;
+        int edits = 0;
+    } listener;
     setValueActivityListener(&listener);
-    const auto value = make<IntValue>(0, 10);
     value->beginEdit();
     value->beginEdit();
     value->bound()->setValueAndPerform(1);
@@ -495,15 +457,13 @@ TEST_F(ValueTest, TheActivityListenerHearsAllButSilentValues) {
 }
 
 TEST_F(ValueTest, ResetsToItsDefaultInsideABracket) {
-    const auto value = make<IntDefValue>(0, 100, 50);
-    EXPECT_EQ(value->getValue(), 0);
-    value->setTarget(witness.get(), 0, false);
-    EXPECT_TRUE(value->bound()->resetToDefault());
-    EXPECT_EQ(value->getValue(), 50);
+    const auto with = make<IntDefValue>(0, 100, 50);
+    EXPECT_EQ(with->getValue(), 0);
+    with->setTarget(witness.get(), 0, false);
+    EXPECT_TRUE(with->bound()->resetToDefault());
+    EXPECT_EQ(with->getValue(), 50);
     EXPECT_EQ(witness->take(), "1 ");
-    const auto plain = make<IntValue>(0, 100);
-    EXPECT_FALSE(plain->bound()->resetToDefault());
-    value->setTarget(nullptr, 0, false);
+    EXPECT_FALSE(value->bound()->resetToDefault()) << "it has none";
 }
 
 } // namespace

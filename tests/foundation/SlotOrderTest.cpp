@@ -17,44 +17,25 @@ namespace {
 
 using testing::destructorSlot;
 using testing::entryOf;
-using testing::expectConsecutive;
-using testing::slotOf;
+using testing::expectBehindTheRoot;
+using testing::expectEntriesBehind;
+using testing::expectSlotsFrom;
 
 TEST(SlotOrder, ObjectsAnswerTheSameSlotsInTheSameOrder) {
-    expectConsecutive({SLOT(CmObject, queryInterface),
-                       SLOT(CmObject, addRef),
-                       SLOT(CmObject, release),
-                       SLOT(CmObject, update),
-                       SLOT(CmObject, isA),
-                       SLOT(CmObject, getClassName),
-                       SLOT(CmObject, isTypeOf),
-                       SLOT(CmObject, addDependent),
-                       SLOT(CmObject, removeDependent),
-                       SLOT(CmObject, changed),
-                       SLOT(CmObject, deferUpdate),
-                       SLOT(CmObject, updateDone),
-                       SLOT(CmObject, isSameObject),
-                       SLOT(CmObject, isEqual),
-                       SLOT(CmObject, compare),
-                       SLOT(CmObject, hashCode),
-                       SLOT(CmObject, notify),
-                       SLOT(CmObject, readFrom),
-                       SLOT(CmObject, writeTo),
-                       SLOT(CmObject, storeAttributes),
-                       SLOT(CmObject, restoreAttributes),
-                       SLOT(CmObject, handleMessage),
-                       SLOT(CmObject, getClassRecord),
-                       SLOT(CmObject, clone)},
-                      0);
-    EXPECT_EQ(slotOf(&CmObject::clone), 24);
+    expectSlotsFrom(0, &CmObject::queryInterface, &CmObject::addRef, &CmObject::release, &CmObject::update,
+                    &CmObject::isA, &CmObject::getClassName, &CmObject::isTypeOf, &CmObject::addDependent,
+                    &CmObject::removeDependent, &CmObject::changed, &CmObject::deferUpdate,
+                    &CmObject::updateDone, &CmObject::isSameObject, &CmObject::isEqual, &CmObject::compare,
+                    &CmObject::hashCode, &CmObject::notify, &CmObject::readFrom, &CmObject::writeTo,
+                    &CmObject::storeAttributes, &CmObject::restoreAttributes, &CmObject::handleMessage,
+                    &CmObject::getClassRecord, &CmObject::clone);
 }
 
 TEST(SlotOrder, InterfacesHaveNoDestructorAmongTheirOperations) {
     EXPECT_EQ(entryOf(&FDependent::update), 3);
     EXPECT_EQ(entryOf(&FUpdateRegistry::addDependent), 3);
     EXPECT_EQ(entryOf(&FUpdateRegistry::deferUpdates), 6);
-    EXPECT_EQ(entryOf(&FUpdateQueue::cancelUpdates), 3);
-    EXPECT_EQ(entryOf(&FUpdateQueue::triggerDeferredUpdates), 4);
+    expectEntriesBehind(3, &FUpdateQueue::cancelUpdates, &FUpdateQueue::triggerDeferredUpdates);
     EXPECT_EQ(entryOf(&IPlugMessageTarget::receiveMessage), 3);
     EXPECT_EQ(entryOf(&IMessenger::post), 3);
     EXPECT_EQ(entryOf(&IMessenger::cancelAll), 5);
@@ -82,69 +63,41 @@ TEST(InterfaceIds, StayAsTheyArePublished) {
 }
 
 TEST(SlotOrder, ContainersGoOnBehindObjects) {
-    expectConsecutive({SLOT(CmContainer, size), SLOT(CmContainer, count), SLOT(CmContainer, isEmpty),
-                       SLOT(CmContainer, add), SLOT(CmContainer, removeAtIterator), SLOT(CmContainer, remove),
-                       SLOT(CmContainer, removeAt), SLOT(CmContainer, removeAll), SLOT(CmContainer, at),
-                       SLOT(CmContainer, find), SLOT(CmContainer, containsEqual),
-                       SLOT(CmContainer, containsSame), SLOT(CmContainer, countEqual),
-                       SLOT(CmContainer, countSame), SLOT(CmContainer, newIterator),
-                       SLOT(CmContainer, forEachParallel)},
-                      25);
+    expectSlotsFrom(25, &CmContainer::size, &CmContainer::count, &CmContainer::isEmpty, &CmContainer::add,
+                    &CmContainer::removeAtIterator, &CmContainer::remove, &CmContainer::removeAt,
+                    &CmContainer::removeAll, &CmContainer::at, &CmContainer::find,
+                    &CmContainer::containsEqual, &CmContainer::containsSame, &CmContainer::countEqual,
+                    &CmContainer::countSame, &CmContainer::newIterator, &CmContainer::forEachParallel);
 }
 
 TEST(SlotOrder, TextsBeginWithTheirDestructor) {
-    EXPECT_EQ(entryOf(&ConstString::length), 2);
-    EXPECT_EQ(entryOf(&ConstString::text8), 3);
-    EXPECT_EQ(entryOf(&ConstString::text16), 4);
-    EXPECT_EQ(entryOf(&ConstString::text), 5);
-    EXPECT_EQ(entryOf(&ConstString::data), 6);
-    EXPECT_EQ(entryOf(&ConstString::char8At), 7);
-    EXPECT_EQ(entryOf(&ConstString::char16At), 8);
+    expectEntriesBehind(2, &ConstString::length, &ConstString::text8, &ConstString::text16,
+                        &ConstString::text, &ConstString::data, &ConstString::char8At,
+                        &ConstString::char16At);
     EXPECT_EQ(sizeof(String), 3 * sizeof(void*)) << "the table, the characters and one word";
 }
 
 TEST(SlotOrder, TextsAreExchangedInNineSlots) {
     EXPECT_EQ(entryOf(&IStringSink::set8), 3);
-    EXPECT_EQ(entryOf(&IStringExchange::set8), 3);
-    EXPECT_EQ(entryOf(&IStringExchange::set16), 4);
-    EXPECT_EQ(entryOf(&IStringExchange::get8), 5);
-    EXPECT_EQ(entryOf(&IStringExchange::get16), 6);
-    EXPECT_EQ(entryOf(&IStringExchange::take), 7);
-    EXPECT_EQ(entryOf(&IStringExchange::isWideString), 8);
+    expectBehindTheRoot(&IStringExchange::set8, &IStringExchange::set16, &IStringExchange::get8,
+                        &IStringExchange::get16, &IStringExchange::take, &IStringExchange::isWideString);
 }
 
 TEST(SlotOrder, IteratorsAndVisitorsBeginWithTheirDestructor) {
-    EXPECT_EQ(entryOf(&CmIterator::done), 2);
-    EXPECT_EQ(entryOf(&CmIterator::next), 3);
-    EXPECT_EQ(entryOf(&CmIterator::previous), 4);
-    EXPECT_EQ(entryOf(&CmIterator::current), 5);
-    EXPECT_EQ(entryOf(&CmIterator::first), 6);
-    EXPECT_EQ(entryOf(&CmIterator::last), 7);
-    EXPECT_EQ(entryOf(&CmIterator::seek), 8);
-    EXPECT_EQ(entryOf(&CmIterator::forward), 9);
-    EXPECT_EQ(entryOf(&CmIterator::backward), 10);
+    expectEntriesBehind(2, &CmIterator::done, &CmIterator::next, &CmIterator::previous, &CmIterator::current,
+                        &CmIterator::first, &CmIterator::last, &CmIterator::seek, &CmIterator::forward,
+                        &CmIterator::backward);
     EXPECT_EQ(entryOf(&CmVisitor::visit), 2);
 }
 
 TEST(SlotOrder, ThreadsJobsAndLocksBeginWithTheirDestructor) {
-    EXPECT_EQ(entryOf(&FLock::lock), 2);
-    EXPECT_EQ(entryOf(&FLock::unlock), 3);
-    EXPECT_EQ(entryOf(&FLock::tryLock), 4);
-    EXPECT_EQ(entryOf(&FThread::setPriority), 2);
-    EXPECT_EQ(entryOf(&FThread::threadStarted), 3);
-    EXPECT_EQ(entryOf(&FThread::run), 4);
-    EXPECT_EQ(entryOf(&Job::run), 2);
-    EXPECT_EQ(entryOf(&Job::release), 3);
-    EXPECT_EQ(entryOf(&Job::cancel), 4);
-    EXPECT_EQ(entryOf(&WorkerThread::addJob), 5);
-    EXPECT_EQ(entryOf(&WorkerThread::beforeJob), 6);
-    EXPECT_EQ(entryOf(&WorkerThread::afterJob), 7);
-    EXPECT_EQ(entryOf(&WorkerThread::idle), 8);
+    expectEntriesBehind(2, &FLock::lock, &FLock::unlock, &FLock::tryLock);
+    expectEntriesBehind(2, &FThread::setPriority, &FThread::threadStarted, &FThread::run);
+    expectEntriesBehind(2, &Job::run, &Job::release, &Job::cancel);
+    expectEntriesBehind(5, &WorkerThread::addJob, &WorkerThread::beforeJob, &WorkerThread::afterJob,
+                        &WorkerThread::idle);
     EXPECT_EQ(entryOf(&PreferWorkerThread::cancelAll), 5);
-    EXPECT_EQ(entryOf(&JobQueue::addJob), 0);
-    EXPECT_EQ(entryOf(&JobQueue::stop), 1);
-    EXPECT_EQ(entryOf(&JobQueue::pause), 2);
-    EXPECT_EQ(entryOf(&JobQueue::resume), 3);
+    expectEntriesBehind(0, &JobQueue::addJob, &JobQueue::stop, &JobQueue::pause, &JobQueue::resume);
 }
 
 TEST(SlotOrder, TheDestructorsStandBetweenUpdateAndIsA) {

@@ -1,9 +1,8 @@
 #include "platform/PollSource.h"
 
-#include "platform/Clock.h"
-#include "platform/Threads.h"
 #include "platform/headless/HeadlessDesktop.h"
 #include "platform/x11/X11Desktop.h"
+#include "support/PlatformThread.h"
 #include "support/XServer.h"
 
 #include <gtest/gtest.h>
@@ -71,30 +70,17 @@ TEST(PollSource, IsServedBesideTheHeadlessDesktop) {
     expectToServe(desktop);
 }
 
-TEST(PollSource, IsServedBesideAnXServer) {
+TEST(PollSource, IsServedBesideAnXServerWhoseWaitAnotherThreadEnds) {
     const test::XServer server(test::XServer::Manager::none);
     std::string error;
     const std::unique_ptr<DesktopServices> desktop = X11Desktop::create(server.getDisplay(), error);
     ASSERT_NE(desktop, nullptr) << error;
     desktop->processEvents();
     expectToServe(*desktop);
-}
 
-TEST(PollSource, AnotherThreadEndsAWaitForAnXServer) {
-    const test::XServer server(test::XServer::Manager::none);
-    std::string error;
-    const std::unique_ptr<DesktopServices> desktop = X11Desktop::create(server.getDisplay(), error);
-    ASSERT_NE(desktop, nullptr) << error;
-    desktop->processEvents();
-    ThreadHandle thread = 0;
-    const auto body = [](void* argument) -> uint32_t {
-        static_cast<DesktopServices*>(argument)->wakeUp();
-        return 0;
-    };
-    ASSERT_TRUE(startThread(body, desktop.get(), "waker", thread));
+    const testing::PlatformThread waker([&] { desktop->wakeUp(); });
     EXPECT_EQ(desktop->waitForEvent(60'000), WaitResult::wakeUp);
-    EXPECT_TRUE(joinThread(thread, -1));
-    closeThread(thread);
+    EXPECT_TRUE(waker.ends());
 }
 
 } // namespace

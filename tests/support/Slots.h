@@ -42,12 +42,21 @@ inline void expectConsecutive(std::initializer_list<SlotRow> rows, ptrdiff_t fir
     }
 }
 
+/// That the operations of an object stand one behind the other from slot `first` on.
+template <typename... Operations>
+void expectSlotsFrom(ptrdiff_t first, Operations... operations) {
+    for (const ptrdiff_t slot : {slotOf(operations)...}) {
+        if (first == destructorSlot)
+            ++first;
+        EXPECT_EQ(slot, first++);
+    }
+}
+
 /// That the operations follow each other in the table of an interface, behind `before` entries.
 template <typename... Operations>
 void expectEntriesBehind(ptrdiff_t before, Operations... operations) {
-    ptrdiff_t wanted = before;
     for (const ptrdiff_t entry : {entryOf(operations)...})
-        EXPECT_EQ(entry, wanted++);
+        EXPECT_EQ(entry, before++);
 }
 
 /// Of an interface, behind its three root operations.

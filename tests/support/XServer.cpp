@@ -189,10 +189,14 @@ void XUser::releaseButton(uint8_t number) {
     fake(XCB_BUTTON_RELEASE, number, {});
 }
 
+void XUser::clickButton(uint8_t number) {
+    pressButton(number);
+    releaseButton(number);
+}
+
 void XUser::click(CmPoint screen) {
     moveMouse(screen);
-    pressButton(1);
-    releaseButton(1);
+    clickButton(1);
 }
 
 uint8_t XUser::toKeyCode(uint32_t symbol) {
@@ -218,6 +222,11 @@ void XUser::pressKey(uint32_t symbol) {
 
 void XUser::releaseKey(uint32_t symbol) {
     fake(XCB_KEY_RELEASE, toKeyCode(symbol), {});
+}
+
+void XUser::typeKey(uint32_t symbol) {
+    pressKey(symbol);
+    releaseKey(symbol);
 }
 
 uint32_t XUser::getPixel(CmPoint screen) {

@@ -59,10 +59,12 @@ public:
     void moveMouse(CmPoint screen);
     void pressButton(uint8_t number);
     void releaseButton(uint8_t number);
+    void clickButton(uint8_t number);
     void click(CmPoint screen);
     /// `symbol` is an X key symbol that the unshifted layout has.
     void pressKey(uint32_t symbol);
     void releaseKey(uint32_t symbol);
+    void typeKey(uint32_t symbol);
 
     /// 0x00RRGGBB as the screen shows it.
     uint32_t getPixel(CmPoint screen);

@@ -1,6 +1,7 @@
 #include "platform/Threads.h"
 
 #include "platform/Clock.h"
+#include "support/PlatformThread.h"
 #include "support/SmallStack.h"
 
 #include <algorithm>
@@ -12,109 +13,94 @@
 #include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
-#include <utility>
 #include <vector>
 
 namespace qorl::platform {
 namespace {
 
-/// What a test's thread and the test share.
-struct Shared {
-    Event go{Reset::manual};
-    Event done{Reset::automatic};
-    std::atomic<int> count = 0;
-    ThreadHandle handle = 0;
-    std::atomic<ThreadHandle> seen = 0;
-};
+using testing::PlatformThread;
 
-constexpr int64_t generous = 30'000; // milliseconds
+constexpr int64_t generous = PlatformThread::generous;
 
 TEST(Threads, RunJoinAndClose) {
-    Shared shared;
-    const auto body = [](void* argument) -> uint32_t {
-        auto& own = *static_cast<Shared*>(argument);
-        own.seen = own.handle;
-        own.go.wait();
-        ++own.count;
-        return 7;
-    };
-    ASSERT_TRUE(startThread(body, &shared, "a name that is much too long", shared.handle));
-    EXPECT_FALSE(joinThread(shared.handle, 0)) << "it still waits";
-    shared.go.set();
-    EXPECT_TRUE(joinThread(shared.handle, generous));
-    EXPECT_TRUE(joinThread(shared.handle, 0)) << "asked again";
-    EXPECT_EQ(shared.count, 1);
-    EXPECT_EQ(shared.seen, shared.handle) << "the handle is stored before the body runs";
-    EXPECT_TRUE(terminateThread(shared.handle)) << "has ended";
-    closeThread(shared.handle);
+    Event go{Reset::manual};
+    std::atomic<ThreadHandle> seen = 0;
+    const PlatformThread thread(
+        [&] {
+            seen = thread.handle();
+            go.wait();
+        },
+        "a name that is much too long");
+    EXPECT_FALSE(thread.ends(0)) << "it still waits";
+    go.set();
+    EXPECT_TRUE(thread.ends());
+    EXPECT_TRUE(thread.ends(0)) << "asked again";
+    EXPECT_EQ(seen, thread.handle()) << "the handle is stored before the body runs";
+    EXPECT_TRUE(terminateThread(thread.handle())) << "has ended";
 }
 
 TEST(Threads, EachOfSeveralWaitersHearsOfTheEnd) {
-    Shared shared;
-    const auto body = [](void* argument) -> uint32_t {
-        static_cast<Shared*>(argument)->go.wait();
-        return 0;
-    };
-    ASSERT_TRUE(startThread(body, &shared, "awaited", shared.handle));
+    Event go{Reset::manual};
+    std::atomic<int> count = 0;
+    const PlatformThread awaited([&] { go.wait(); });
     std::vector<std::thread> waiters;
     for (int i = 0; i < 4; ++i)
-        waiters.emplace_back([&shared] { shared.count += joinThread(shared.handle, 5000); });
-    shared.go.set();
+        waiters.emplace_back([&] { count += awaited.ends(); });
+    go.set();
     for (std::thread& waiter : waiters)
         waiter.join();
-    EXPECT_EQ(shared.count, 4);
-    closeThread(shared.handle);
+    EXPECT_EQ(count, 4);
 }
 
 TEST(Threads, AForeignThreadIsAwaitedToo) {
-    Shared shared;
-    std::thread foreign([&shared] {
-        shared.handle = openCurrentThread();
-        shared.done.set();
-        shared.go.wait();
+    Event go{Reset::manual};
+    Event opened{Reset::automatic};
+    ThreadHandle handle = 0;
+    std::thread foreign([&] {
+        handle = openCurrentThread();
+        opened.set();
+        go.wait();
     });
-    ASSERT_TRUE(shared.done.wait(generous));
-    EXPECT_FALSE(joinThread(shared.handle, 1));
-    shared.go.set();
-    EXPECT_TRUE(joinThread(shared.handle, generous));
+    ASSERT_TRUE(opened.wait(generous));
+    EXPECT_FALSE(joinThread(handle, 1));
+    go.set();
+    EXPECT_TRUE(joinThread(handle, generous));
     foreign.join();
-    closeThread(shared.handle);
+    closeThread(handle);
 }
 
 TEST(Threads, ClosingAHandleLetsTheThreadRunOn) {
-    Shared shared;
+    struct {
+        Event go{Reset::manual};
+        Event done{Reset::automatic};
+    } shared;
     const auto body = [](void* argument) -> uint32_t {
-        auto& own = *static_cast<Shared*>(argument);
+        auto& own = *static_cast<decltype(shared)*>(argument);
         own.go.wait();
         own.done.set();
         return 0;
     };
-    ASSERT_TRUE(startThread(body, &shared, "detached", shared.handle));
-    closeThread(shared.handle);
+    ThreadHandle handle = 0;
+    ASSERT_TRUE(startThread(body, &shared, "detached", handle));
+    closeThread(handle);
     shared.go.set();
     EXPECT_TRUE(shared.done.wait(generous));
 }
 
 TEST(Threads, TerminateEndsAThreadThatNeverLooks) {
-    struct Counter {
-        std::atomic<uint64_t> rounds = 0;
-        Event started{Reset::automatic};
-    };
-    // Left to the thread: it might have been stopped within it.
-    static Counter counter;
-    const auto body = [](void*) -> uint32_t {
-        counter.started.set();
+    // Left to the thread: it might have been stopped within them.
+    static std::atomic<uint64_t> rounds = 0;
+    static Event started{Reset::automatic};
+    const PlatformThread busy([] {
+        started.set();
         for (;;)
-            ++counter.rounds;
-    };
-    ThreadHandle handle = 0;
-    ASSERT_TRUE(startThread(body, nullptr, "busy", handle));
-    ASSERT_TRUE(counter.started.wait(generous));
-    EXPECT_TRUE(terminateThread(handle));
-    const uint64_t rounds = counter.rounds;
-    EXPECT_TRUE(joinThread(handle, 0));
-    EXPECT_EQ(counter.rounds, rounds) << "it still runs";
-    closeThread(handle);
+            ++rounds;
+    });
+    ASSERT_TRUE(started.wait(generous));
+    EXPECT_TRUE(terminateThread(busy.handle()));
+    const uint64_t last = rounds;
+    EXPECT_TRUE(busy.ends(0));
+    EXPECT_EQ(rounds, last) << "it still runs";
 
     const ThreadHandle self = openCurrentThread();
     EXPECT_FALSE(terminateThread(self));
@@ -123,49 +109,33 @@ TEST(Threads, TerminateEndsAThreadThatNeverLooks) {
 }
 
 TEST(Threads, TerminateLeavesNoLockOfTheCLibraryBehind) {
-    struct Writer {
-        FILE* file = nullptr;
-        Event started{Reset::automatic};
-        std::atomic<uint64_t> rounds = 0;
-    };
-    const auto body = [](void* argument) -> uint32_t {
-        auto& own = *static_cast<Writer*>(argument);
-        own.started.set();
-        for (;;) {
-            ++own.rounds;
-            std::fputs("takes the lock of the file", own.file);
-        }
-    };
     char room[64];
     char buffer[64];
     for (int round = 0; round < 20; ++round) {
-        Writer writer;
-        writer.file = fmemopen(room, sizeof room, "w");
-        std::setvbuf(writer.file, buffer, _IOFBF, sizeof buffer);
-        ThreadHandle handle = 0;
-        ASSERT_TRUE(startThread(body, &writer, "writer", handle));
-        ASSERT_TRUE(writer.started.wait(generous));
-        ASSERT_TRUE(terminateThread(handle));
-        closeThread(handle);
-        ASSERT_EQ(ftrylockfile(writer.file), 0) << "in round " << round;
-        funlockfile(writer.file);
-        std::fclose(writer.file);
+        FILE* file = fmemopen(room, sizeof room, "w");
+        std::setvbuf(file, buffer, _IOFBF, sizeof buffer);
+        Event started{Reset::automatic};
+        const PlatformThread writer([&] {
+            started.set();
+            for (std::atomic<uint64_t> rounds = 0;; ++rounds)
+                std::fputs("takes the lock of the file", file);
+        });
+        ASSERT_TRUE(started.wait(generous));
+        ASSERT_TRUE(terminateThread(writer.handle()));
+        ASSERT_EQ(ftrylockfile(file), 0) << "in round " << round;
+        funlockfile(file);
+        std::fclose(file);
     }
 }
 
 TEST(Threads, LoweringAPriorityNeedsNoRights) {
-    Shared shared;
-    const auto body = [](void* argument) -> uint32_t {
-        static_cast<Shared*>(argument)->go.wait();
-        return 0;
-    };
-    ASSERT_TRUE(startThread(body, &shared, "priority", shared.handle));
+    Event go{Reset::manual};
+    const PlatformThread thread([&] { go.wait(); });
     for (const int32_t priority : {0, -1, -2, -15})
-        EXPECT_TRUE(setThreadPriority(shared.handle, priority)) << priority;
-    shared.go.set();
-    EXPECT_TRUE(joinThread(shared.handle, generous));
-    EXPECT_FALSE(setThreadPriority(shared.handle, 0));
-    closeThread(shared.handle);
+        EXPECT_TRUE(setThreadPriority(thread.handle(), priority)) << priority;
+    go.set();
+    EXPECT_TRUE(thread.ends());
+    EXPECT_FALSE(setThreadPriority(thread.handle(), 0));
 }
 
 TEST(Threads, APriorityOfTheFirstThreadIsNoClassOfTheProcess) {
@@ -183,34 +153,25 @@ TEST(Threads, APriorityOfTheFirstThreadIsNoClassOfTheProcess) {
 }
 
 TEST(Threads, TheNearestPriorityThatTheSystemGrantsIsTaken) {
-    struct Raised {
-        Shared shared;
-        bool isSet = false;
-        int lowered = 0;
-        int nice = 0;
-    } raised;
-    const auto body = [](void* argument) -> uint32_t {
-        auto& own = *static_cast<Raised*>(argument);
-        // Of this thread alone: without the rights of an administrator.
-        constexpr unsigned nobody = 65534;
-        syscall(SYS_setresuid, -1, nobody, -1);
-        setThreadPriority(own.shared.handle, -1);
-        own.lowered = getpriority(PRIO_PROCESS, 0);
-        own.isSet = setThreadPriority(own.shared.handle, 15);
-        own.nice = getpriority(PRIO_PROCESS, 0);
-        return 0;
-    };
     rlimit earlier = {};
     getrlimit(RLIMIT_NICE, &earlier);
     constexpr int granted = -5;
     const rlimit limit = {20 - granted, 20 - granted};
     // Who may not set the limit has one that grants nothing: the thread stays where it was lowered to.
     const bool mayRaise = setrlimit(RLIMIT_NICE, &limit) == 0;
-    ASSERT_TRUE(startThread(body, &raised, "raised", raised.shared.handle));
-    EXPECT_TRUE(joinThread(raised.shared.handle, generous));
-    EXPECT_TRUE(raised.isSet);
-    EXPECT_EQ(raised.nice, mayRaise ? granted : raised.lowered);
-    closeThread(raised.shared.handle);
+    int lowered = 0;
+    int raised = 0;
+    const PlatformThread thread([&] {
+        // Of this thread alone: without the rights of an administrator.
+        constexpr unsigned nobody = 65534;
+        syscall(SYS_setresuid, -1, nobody, -1);
+        setThreadPriority(thread.handle(), -1);
+        lowered = getpriority(PRIO_PROCESS, 0);
+        EXPECT_TRUE(setThreadPriority(thread.handle(), 15));
+        raised = getpriority(PRIO_PROCESS, 0);
+    });
+    EXPECT_TRUE(thread.ends());
+    EXPECT_EQ(raised, mayRaise ? granted : lowered);
     setrlimit(RLIMIT_NICE, &earlier);
 }
 
@@ -250,48 +211,29 @@ TEST(Events, AutomaticOnesLetOneWaiterThrough) {
 TEST(Events, WaitForAsLongAsIsAsked) {
     Event never(Reset::manual);
     Event begun(Reset::manual);
-    struct Waiter {
-        Event& begun;
-        Event& never;
-        bool wasSet = false;
-    } waiter{begun, never};
-    const auto body = [](void* argument) -> uint32_t {
-        auto& own = *static_cast<Waiter*>(argument);
-        own.begun.set();
-        own.wasSet = own.never.wait(std::numeric_limits<int64_t>::max());
-        return 0;
-    };
-    ThreadHandle thread = 0;
-    ASSERT_TRUE(startThread(body, &waiter, "waiter", thread));
+    bool wasSet = false;
+    const PlatformThread waiter([&] {
+        begun.set();
+        wasSet = never.wait(std::numeric_limits<int64_t>::max());
+    });
     EXPECT_TRUE(begun.wait(generous));
-    EXPECT_FALSE(joinThread(thread, 1)) << "the longest wait was over at once";
+    EXPECT_FALSE(waiter.ends(1)) << "the longest wait was over at once";
     never.set();
-    EXPECT_TRUE(joinThread(thread, generous));
-    EXPECT_TRUE(waiter.wasSet);
-    closeThread(thread);
+    EXPECT_TRUE(waiter.ends());
+    EXPECT_TRUE(wasSet);
 }
 
 TEST(Events, ManualOnesLetAllThroughUntilReset) {
-    struct Gate {
-        Event open{Reset::manual};
-        std::atomic<int> passed = 0;
-    } gate;
-    const auto body = [](void* argument) -> uint32_t {
-        auto& own = *static_cast<Gate*>(argument);
-        own.passed += own.open.wait(generous);
-        return 0;
-    };
-    std::vector<ThreadHandle> threads(4);
-    for (ThreadHandle& thread : threads)
-        ASSERT_TRUE(startThread(body, &gate, "waiter", thread));
-    gate.open.set();
-    for (const ThreadHandle thread : threads) {
-        EXPECT_TRUE(joinThread(thread, generous));
-        closeThread(thread);
-    }
-    EXPECT_EQ(gate.passed, 4);
-    gate.open.reset();
-    EXPECT_FALSE(gate.open.wait(1));
+    Event open{Reset::manual};
+    std::atomic<int> passed = 0;
+    const auto pass = [&] { passed += open.wait(generous); };
+    const PlatformThread threads[] = {PlatformThread(pass), PlatformThread(pass), PlatformThread(pass)};
+    open.set();
+    for (const PlatformThread& thread : threads)
+        EXPECT_TRUE(thread.ends());
+    EXPECT_EQ(passed, 3);
+    open.reset();
+    EXPECT_FALSE(open.wait(1));
 }
 
 TEST(ThreadSlots, AFreshSlotReadsNullWhoeverUsedItBefore) {
@@ -306,20 +248,10 @@ TEST(ThreadSlots, AFreshSlotReadsNullWhoeverUsedItBefore) {
     EXPECT_EQ(getThreadSlot(again), nullptr);
 
     setThreadSlot(again, &value);
-    struct Other {
-        int32_t slot;
-        void* seen;
-    } other{again, &value};
-    ThreadHandle handle = 0;
-    const auto body = [](void* argument) -> uint32_t {
-        auto& own = *static_cast<Other*>(argument);
-        own.seen = getThreadSlot(own.slot);
-        return 0;
-    };
-    ASSERT_TRUE(startThread(body, &other, "slots", handle));
-    EXPECT_TRUE(joinThread(handle, generous));
-    closeThread(handle);
-    EXPECT_EQ(other.seen, nullptr) << "another thread's value";
+    void* seen = &value;
+    const PlatformThread other([&] { seen = getThreadSlot(again); });
+    EXPECT_TRUE(other.ends());
+    EXPECT_EQ(seen, nullptr) << "another thread's value";
     freeThreadSlot(again);
 }
 

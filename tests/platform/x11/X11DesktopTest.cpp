@@ -79,9 +79,25 @@ public:
         return waitFor([&] { return client.has(line); });
     }
 
+    bool waitUntilActive(const PlatformWindow& window) {
+        return waitFor([&] { return desktop->getActiveWindow() == &window; });
+    }
+
     XServer server;
     XUser user;
     std::unique_ptr<X11Desktop> desktop;
+};
+
+/// One with a window, and no manager of windows.
+class X11WindowTest : public ::testing::Test, protected X11Scene {
+protected:
+    X11WindowTest() : X11Scene(XServer::Manager::none), window(open({100, 50, 300, 150}, client)) {}
+
+    using X11Scene::waitForLine;
+    bool waitForLine(const std::string& line) { return waitForLine(client, line); }
+
+    WindowRecorder client;
+    Ref<PlatformWindow> window;
 };
 
 TEST(X11Desktop, PutsOnlyDirtyPixelsOnTheScreen) {
@@ -113,29 +129,24 @@ TEST(X11Desktop, PutsOnlyDirtyPixelsOnTheScreen) {
     }
 }
 
-TEST(X11Desktop, HearsTheMouseAndItsWheel) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 50, 500, 350}, client);
-    scene.user.moveMouse({110, 70});
-    ASSERT_TRUE(scene.waitForLine(client, "move 10,20 b0 m0"));
+TEST_F(X11WindowTest, HearsTheMouseAndItsWheel) {
+    user.moveMouse({110, 70});
+    ASSERT_TRUE(waitForLine("move 10,20 b0 m0"));
     EXPECT_TRUE(client.has("enter 10,20 b0 m0"));
-    EXPECT_EQ(scene.desktop->getMousePosition(), (CmPoint{110, 70}));
+    EXPECT_EQ(desktop->getMousePosition(), (CmPoint{110, 70}));
     client.isLoggingMoves = false;
     client.take();
 
-    scene.user.pressButton(1);
-    scene.user.pressButton(3);
-    scene.user.releaseButton(3);
-    scene.user.releaseButton(1);
-    ASSERT_TRUE(scene.waitForLine(client, "up 10,20 b1 m0"));
+    user.pressButton(1);
+    user.clickButton(3);
+    user.releaseButton(1);
+    ASSERT_TRUE(waitForLine("up 10,20 b1 m0"));
     EXPECT_EQ(client.take(), "down 10,20 b1 m0; down 10,20 b4 m0; up 10,20 b4 m0; up 10,20 b1 m0");
 
     for (const uint8_t wheel : {4, 5, 6, 7}) {
-        scene.user.pressButton(wheel);
-        scene.user.releaseButton(wheel);
+        user.clickButton(wheel);
     }
-    ASSERT_TRUE(scene.waitForLine(client, "wheel 10,20 1 0"));
+    ASSERT_TRUE(waitForLine("wheel 10,20 1 0"));
     EXPECT_EQ(client.take(), "wheel 10,20 0 1; wheel 10,20 0 -1; wheel 10,20 -1 0; wheel 10,20 1 0");
 }
 
@@ -146,7 +157,7 @@ TEST(X11Desktop, DoesWithoutTheExtensionsThatItUses) {
         WindowRecorder client;
         auto window = scene.open({100, 50, 500, 350}, client);
         window->activate();
-        ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == window.get(); }));
+        ASSERT_TRUE(scene.waitUntilActive(*window));
         CmRect screen;
         EXPECT_TRUE(scene.desktop->getMonitorRect(0, MonitorArea::whole, screen));
         EXPECT_EQ(test::toText(screen), "0,0 1024x768");
@@ -155,11 +166,9 @@ TEST(X11Desktop, DoesWithoutTheExtensionsThatItUses) {
         client.take();
         client.isLoggingMoves = false;
         for (const uint8_t button : {1, 4}) {
-            scene.user.pressButton(button);
-            scene.user.releaseButton(button);
+            scene.user.clickButton(button);
         }
-        scene.user.pressKey(XKB_KEY_a);
-        scene.user.releaseKey(XKB_KEY_a);
+        scene.user.typeKey(XKB_KEY_a);
         ASSERT_TRUE(scene.waitForLine(client, "key up v145 c97 m0"));
         EXPECT_EQ(client.take(), "down 10,20 b1 m0; up 10,20 b1 m0; wheel 10,20 0 1; "
                                  "key down v145 c97 m0; key up v145 c97 m0");
@@ -179,8 +188,7 @@ std::string playKeys(X11Scene& scene, WindowRecorder& client, const std::vector<
     for (auto key = keys.rbegin(); key != keys.rend(); ++key)
         if (!isTapped(*key))
             scene.user.releaseKey(*key);
-    scene.user.pressKey(XKB_KEY_F1);
-    scene.user.releaseKey(XKB_KEY_F1);
+    scene.user.typeKey(XKB_KEY_F1);
     EXPECT_TRUE(scene.waitForLine(client, "key up v40 c0 m0"));
     const std::string heard = client.take();
     return heard.substr(0, heard.find("; key down v40"));
@@ -233,7 +241,7 @@ TEST(X11Desktop, TypesWhatTheLayoutSaysAlsoWhenThatChanges) {
     WindowRecorder client;
     auto window = scene.open({100, 50, 300, 150}, client);
     window->activate();
-    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == window.get(); }));
+    ASSERT_TRUE(scene.waitUntilActive(*window));
     client.take();
     for (const TypedKeys& c : typedKeys) {
         SCOPED_TRACE(c.what);
@@ -245,60 +253,51 @@ TEST(X11Desktop, TypesWhatTheLayoutSaysAlsoWhenThatChanges) {
     EXPECT_FALSE(client.has("key up v0 c1072 m0")) << "a key that repeats is held";
 }
 
-TEST(X11Desktop, KeepsTheMouseWhileItIsCaptured) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 50, 300, 150}, client);
-    scene.user.moveMouse({110, 60});
-    ASSERT_TRUE(scene.waitForLine(client, "move 10,10 b0 m0"));
-    scene.desktop->setCapture(*window);
-    scene.desktop->getMousePosition(); // the server has taken the capture when it answers
-    scene.user.moveMouse({600, 500});
-    EXPECT_TRUE(scene.waitForLine(client, "move 500,450 b0 m0"));
+TEST_F(X11WindowTest, KeepsTheMouseWhileItIsCaptured) {
+    user.moveMouse({110, 60});
+    ASSERT_TRUE(waitForLine("move 10,10 b0 m0"));
+    desktop->setCapture(*window);
+    desktop->getMousePosition(); // the server has taken the capture when it answers
+    user.moveMouse({600, 500});
+    EXPECT_TRUE(waitForLine("move 500,450 b0 m0"));
     EXPECT_FALSE(client.has("leave 500,450 b0 m0"));
-    scene.desktop->releaseCapture();
-    scene.desktop->getMousePosition();
-    scene.user.moveMouse({601, 500});
-    EXPECT_TRUE(scene.waitFor([&] { return client.take().find("leave") != std::string::npos; }));
+    desktop->releaseCapture();
+    desktop->getMousePosition();
+    user.moveMouse({601, 500});
+    EXPECT_TRUE(waitFor([&] { return client.take().find("leave") != std::string::npos; }));
 }
 
-TEST(X11Desktop, MeetsAllMovesThatWaitAsTheLastOfThem) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 50, 300, 150}, client);
-    scene.user.moveMouse({105, 55});
-    ASSERT_TRUE(scene.waitForLine(client, "move 5,5 b0 m0"));
+TEST_F(X11WindowTest, MeetsAllMovesThatWaitAsTheLastOfThem) {
+    user.moveMouse({105, 55});
+    ASSERT_TRUE(waitForLine("move 5,5 b0 m0"));
     client.take();
     for (int32_t x = 110; x < 140; ++x)
-        scene.user.moveMouse({x, 60});
-    scene.user.pressButton(1);
+        user.moveMouse({x, 60});
+    user.pressButton(1);
     for (int32_t x = 140; x < 170; ++x)
-        scene.user.moveMouse({x, 60});
-    scene.user.releaseButton(1);
-    ASSERT_TRUE(scene.waitForLine(client, "up 69,10 b1 m0"));
+        user.moveMouse({x, 60});
+    user.releaseButton(1);
+    ASSERT_TRUE(waitForLine("up 69,10 b1 m0"));
     EXPECT_EQ(client.take(), "move 39,10 b0 m0; down 39,10 b1 m0; move 69,10 b1 m0; up 69,10 b1 m0");
 }
 
-TEST(X11Desktop, KnowsTheButtonsAndKeysOfTheEventAtHand) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 50, 300, 150}, client);
+TEST_F(X11WindowTest, KnowsTheButtonsAndKeysOfTheEventAtHand) {
     std::string seen;
     client.onMouse = [&](const MouseEvent& event) {
         if (event.kind == MouseKind::down || event.kind == MouseKind::up)
-            seen += "b" + std::to_string(scene.desktop->eventMouseButtons()) + " m" +
-                    std::to_string(scene.desktop->eventModifiers()) + "; ";
+            seen += "b" + std::to_string(desktop->eventMouseButtons()) + " m" +
+                    std::to_string(desktop->eventModifiers()) + "; ";
     };
-    scene.user.moveMouse({110, 60});
-    scene.user.pressKey(XKB_KEY_Shift_L);
-    scene.user.pressButton(1);
-    scene.user.pressButton(3);
-    scene.user.releaseButton(1);
-    scene.user.releaseKey(XKB_KEY_Shift_L);
-    scene.user.releaseButton(3);
+    user.moveMouse({110, 60});
+    user.pressKey(XKB_KEY_Shift_L);
+    user.pressButton(1);
+    user.pressButton(3);
+    user.releaseButton(1);
+    user.releaseKey(XKB_KEY_Shift_L);
+    user.releaseButton(3);
     // All of it is over by now.
-    EXPECT_EQ(scene.desktop->currentMouseButtons(), static_cast<uint32_t>(noButton));
-    ASSERT_TRUE(scene.waitForLine(client, "up 10,10 b4 m0"));
+    EXPECT_EQ(desktop->currentMouseButtons(), static_cast<uint32_t>(noButton));
+    ASSERT_TRUE(waitForLine("up 10,10 b4 m0"));
     EXPECT_EQ(seen, "b1 m1; b5 m1; b4 m1; b0 m0; ");
 }
 
@@ -330,18 +329,15 @@ private:
     bool isSent_ = false;
 };
 
-TEST(X11Desktop, DoesNotSleepOverAnEventThatWasReadAlready) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 50, 300, 150}, client);
-    scene.user.moveMouse({110, 60});
-    ASSERT_TRUE(scene.waitForLine(client, "move 10,10 b0 m0"));
-    scene.desktop->processEvents();
-    LateEvent source(scene);
-    scene.desktop->addPollSource(source);
-    EXPECT_EQ(scene.desktop->waitForEvent(longestWait), WaitResult::event);
+TEST_F(X11WindowTest, DoesNotSleepOverAnEventThatWasReadAlready) {
+    user.moveMouse({110, 60});
+    ASSERT_TRUE(waitForLine("move 10,10 b0 m0"));
+    desktop->processEvents();
+    LateEvent source(*this);
+    desktop->addPollSource(source);
+    EXPECT_EQ(desktop->waitForEvent(longestWait), WaitResult::event);
     EXPECT_FALSE(source.isMissed);
-    scene.desktop->removePollSource(source);
+    desktop->removePollSource(source);
 }
 
 TEST(X11Desktop, GivesKeysAndOutsidePressesToAPopup) {
@@ -352,14 +348,13 @@ TEST(X11Desktop, GivesKeysAndOutsidePressesToAPopup) {
     popupClient.isLoggingMoves = false;
     auto window = scene.open({100, 80, 400, 300}, client);
     window->activate();
-    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == window.get(); }));
+    ASSERT_TRUE(scene.waitUntilActive(*window));
     client.take();
     auto popup = scene.open({150, 120, 250, 200}, popupClient, WindowKind::popup, window.get(), 0);
     EXPECT_EQ(client.take(), "deactivated");
     EXPECT_EQ(popupClient.take(), "activated");
 
-    scene.user.pressKey(XKB_KEY_Down);
-    scene.user.releaseKey(XKB_KEY_Down);
+    scene.user.typeKey(XKB_KEY_Down);
     ASSERT_TRUE(scene.waitForLine(popupClient, "key up v14 c0 m0"));
     scene.user.click({900, 700});
     ASSERT_TRUE(scene.waitFor([&] { return popupClient.has("up 750,580 b1 m0"); })) << popupClient.take();
@@ -368,8 +363,7 @@ TEST(X11Desktop, GivesKeysAndOutsidePressesToAPopup) {
     client.take();
     popup->close(CloseMode::normal);
     EXPECT_EQ(client.take(), "activated");
-    scene.user.pressKey(XKB_KEY_Up);
-    scene.user.releaseKey(XKB_KEY_Up);
+    scene.user.typeKey(XKB_KEY_Up);
     EXPECT_TRUE(scene.waitForLine(client, "key up v12 c0 m0"));
 }
 
@@ -431,17 +425,17 @@ TEST(X11Desktop, TellsWhichWindowIsActiveAndWhenTheUserAsksToClose) {
     WindowRecorder b("b", &log);
     a.isLoggingMoves = b.isLoggingMoves = false;
     auto first = scene.open({100, 100, 300, 300}, a);
-    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == first.get(); }));
+    ASSERT_TRUE(scene.waitUntilActive(*first));
     auto second = scene.open({400, 100, 600, 300}, b);
-    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == second.get(); }));
+    ASSERT_TRUE(scene.waitUntilActive(*second));
     log.clear();
 
     first->activate();
-    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == first.get(); }));
+    ASSERT_TRUE(scene.waitUntilActive(*first));
     EXPECT_EQ(a.take(), "b deactivated main; a activated main") << "never both, and never neither in between";
 
     auto panel = scene.open({100, 400, 200, 500}, b, WindowKind::floating, first.get());
-    ASSERT_TRUE(scene.waitFor([&] { return scene.desktop->getActiveWindow() == panel.get(); }));
+    ASSERT_TRUE(scene.waitUntilActive(*panel));
     EXPECT_TRUE(a.has("a deactivated")) << "the main window stays, but heard: " << a.take();
     EXPECT_EQ(first->getActivationState(), PlatformWindow::Activation::childActive);
 
@@ -452,36 +446,33 @@ TEST(X11Desktop, TellsWhichWindowIsActiveAndWhenTheUserAsksToClose) {
     EXPECT_TRUE(second->isVisible()) << "closing is the window's own decision";
 }
 
-TEST(X11Desktop, WritesTheHintsThatDesktopsRead) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 100, 300, 200}, client);
+TEST_F(X11WindowTest, WritesTheHintsThatDesktopsRead) {
     const auto id = static_cast<uint32_t>(window->getHandle());
     window->setTitle(u"K\u00F6rper \U0001F3B9");
     uint32_t pixels[6] = {0x80402000, 0, 0xFFFFFFFF, 0, 0, 0};
     const PixelSurface icon{reinterpret_cast<uint8_t*>(pixels), 2, 3, 8, 1.0};
     window->setIcon(std::span(&icon, 1));
     window->setOpacity(0.5F);
-    scene.desktop->flushAll();
-    ASSERT_TRUE(scene.waitFor([&] { return !scene.user.getProperty(id, "_NET_WM_WINDOW_OPACITY").empty(); }));
+    desktop->flushAll();
+    ASSERT_TRUE(waitFor([&] { return !user.getProperty(id, "_NET_WM_WINDOW_OPACITY").empty(); }));
 
-    EXPECT_EQ(scene.user.getProperty(id, "_NET_WM_NAME"), "K\xC3\xB6rper \xF0\x9F\x8E\xB9");
-    const std::string words = scene.user.getProperty(id, "_NET_WM_ICON");
+    EXPECT_EQ(user.getProperty(id, "_NET_WM_NAME"), "K\xC3\xB6rper \xF0\x9F\x8E\xB9");
+    const std::string words = user.getProperty(id, "_NET_WM_ICON");
     ASSERT_EQ(words.size(), 8U * 4);
     const auto* values = reinterpret_cast<const uint32_t*>(words.data());
     EXPECT_EQ(values[0], 2U);
     EXPECT_EQ(values[1], 3U);
     EXPECT_EQ(values[2], 0x80804000U) << "icons are not premultiplied";
     EXPECT_EQ(values[4], 0xFFFFFFFFU);
-    const std::string protocols = scene.user.getProperty(id, "WM_PROTOCOLS");
-    const uint32_t closing = scene.user.intern("WM_DELETE_WINDOW");
+    const std::string protocols = user.getProperty(id, "WM_PROTOCOLS");
+    const uint32_t closing = user.intern("WM_DELETE_WINDOW");
     EXPECT_EQ(std::memcmp(protocols.data(), &closing, sizeof closing), 0);
-    EXPECT_EQ(scene.user.getProperty(id, "_MOTIF_WM_HINTS").size(), 5U * 4);
+    EXPECT_EQ(user.getProperty(id, "_MOTIF_WM_HINTS").size(), 5U * 4);
 
     window->setStyleFlag(WindowStyle::sizable, false);
     window->setPositionSize({100, 100}, {250, 120});
-    ASSERT_TRUE(scene.waitForLine(client, "sized 250x120"));
-    const std::string hints = scene.user.getProperty(id, "WM_NORMAL_HINTS");
+    ASSERT_TRUE(waitForLine("sized 250x120"));
+    const std::string hints = user.getProperty(id, "WM_NORMAL_HINTS");
     uint32_t least[2] = {};
     ASSERT_GE(hints.size(), 7U * 4);
     std::memcpy(least, hints.data() + 5 * 4, sizeof least);
@@ -514,67 +505,55 @@ TEST(X11Desktop, FollowsTheDesktopsScale) {
     EXPECT_TRUE(scene.waitForLine(client, "move 15,30 b0 m0")) << "mouse places are device pixels";
 }
 
-TEST(X11Desktop, ShowsPointersOfEveryShape) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 100, 300, 200}, client);
+TEST_F(X11WindowTest, ShowsPointersOfEveryShape) {
     for (int32_t i = 0; i < cursorShapeCount; ++i) {
-        const Ref<PlatformCursor> cursor = scene.desktop->createCursor(static_cast<CursorShape>(i));
+        const Ref<PlatformCursor> cursor = desktop->createCursor(static_cast<CursorShape>(i));
         ASSERT_NE(cursor, nullptr) << i;
-        scene.desktop->setCursor(cursor.get());
+        desktop->setCursor(cursor.get());
     }
-    EXPECT_EQ(scene.desktop->createCursor(static_cast<CursorShape>(cursorShapeCount)), nullptr);
+    EXPECT_EQ(desktop->createCursor(static_cast<CursorShape>(cursorShapeCount)), nullptr);
     std::vector<uint32_t> pixels(32 * 32, 0xFF00FF00);
     PixelSurface picture{reinterpret_cast<uint8_t*>(pixels.data()), 32, 32, 128, 1.0};
-    const Ref<PlatformCursor> cursor = scene.desktop->createPictureCursor(picture, {3, 3});
+    const Ref<PlatformCursor> cursor = desktop->createPictureCursor(picture, {3, 3});
     EXPECT_NE(cursor, nullptr);
-    scene.desktop->setCursor(cursor.get());
-    scene.desktop->showCursor(DesktopServices::CursorVisibility::hidden);
+    desktop->setCursor(cursor.get());
+    desktop->showCursor(DesktopServices::CursorVisibility::hidden);
     picture.width = 100'000;
-    EXPECT_EQ(scene.desktop->createPictureCursor(picture, {}), nullptr);
-    scene.desktop->setCursor(nullptr);
+    EXPECT_EQ(desktop->createPictureCursor(picture, {}), nullptr);
+    desktop->setCursor(nullptr);
 }
 
-TEST(X11Desktop, OutlivesATitleThatNoRequestCanHold) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 50, 300, 150}, client);
+TEST_F(X11WindowTest, OutlivesATitleThatNoRequestCanHold) {
     // Three bytes each, so that the cut falls into the middle of one.
     window->setTitle(std::u16string(8'000'000, u'\u20AC'));
     const auto id = static_cast<uint32_t>(window->getHandle());
-    scene.desktop->getMousePosition(); // the server has taken the title when it answers
-    const std::string title = scene.user.getProperty(id, "_NET_WM_NAME");
+    desktop->getMousePosition(); // the server has taken the title when it answers
+    const std::string title = user.getProperty(id, "_NET_WM_NAME");
     EXPECT_EQ(title.size(), 15'999U);
     EXPECT_EQ(title.substr(title.size() - 3), "\xE2\x82\xAC");
-    EXPECT_NE(scene.desktop->waitForEvent(0), WaitResult::exhausted) << "the connection still stands";
+    EXPECT_NE(desktop->waitForEvent(0), WaitResult::exhausted) << "the connection still stands";
 }
 
 TEST(X11Desktop, SaysWhichScreenItNeeds) {
-    struct Case {
-        int depth;
-        const char* has;
-    };
-    for (const Case& c : {Case{16, "a depth of 16 in 16 bits"}, Case{30, "a depth of 30 in 32 bits"}}) {
-        SCOPED_TRACE(c.depth);
-        XServer server(XServer::Manager::none, nullptr, c.depth);
+    using Case = std::pair<int, const char*>;
+    for (const auto& [depth, told] :
+         {Case{16, "a depth of 16 in 16 bits"}, {30, "a depth of 30 in 32 bits"}}) {
+        XServer server(XServer::Manager::none, nullptr, depth);
         ASSERT_TRUE(server.isRunning()) << server.getError();
         std::string error;
         EXPECT_EQ(X11Desktop::create(server.getDisplay(), error), nullptr);
-        EXPECT_NE(error.find(c.has), std::string::npos) << error;
+        EXPECT_NE(error.find(told), std::string::npos) << error;
     }
 }
 
-TEST(X11Desktop, SurvivesTheServersEnd) {
-    X11Scene scene(XServer::Manager::none);
-    WindowRecorder client;
-    auto window = scene.open({100, 100, 300, 200}, client);
-    scene.server.kill();
-    EXPECT_TRUE(scene.waitFor([&] { return scene.desktop->waitForEvent(-1) == WaitResult::exhausted; }));
+TEST_F(X11WindowTest, SurvivesTheServersEnd) {
+    server.kill();
+    EXPECT_TRUE(waitFor([&] { return desktop->waitForEvent(-1) == WaitResult::exhausted; }));
     window->invalidate({0, 0, 10, 10});
-    scene.desktop->flushAll();
+    desktop->flushAll();
     window->close(CloseMode::normal);
     WindowDescription description;
-    EXPECT_EQ(scene.desktop->createWindow(description, client), nullptr);
+    EXPECT_EQ(desktop->createWindow(description, client), nullptr);
 }
 
 TEST(X11Desktop, StartsAgainAfterItsEnd) {
