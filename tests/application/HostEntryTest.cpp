@@ -45,19 +45,9 @@ bool note() {
     return true;
 }
 
-bool failing() {
-    note<'F'>();
-    return false;
-}
-
-template <char name>
-void noteStep() {
-    note<name>();
-}
-
-const TeardownHook wizardStep{TeardownStep::wizard, &noteStep<'w'>};
-const TeardownHook clipboardStep{TeardownStep::clipboardData, &noteStep<'c'>};
-const TeardownHook modulesStep{TeardownStep::moduleManager, &noteStep<'m'>};
+const TeardownHook wizardStep{TeardownStep::wizard, [] { note<'w'>(); }};
+const TeardownHook clipboardStep{TeardownStep::clipboardData, [] { note<'c'>(); }};
+const TeardownHook modulesStep{TeardownStep::moduleManager, [] { note<'m'>(); }};
 const TeardownHook lastStep{TeardownStep::hookLists, [] { note<'h'>(); }};
 
 /// Enters the library in this process on a headless desktop of the test's own, with settings in a folder that
@@ -110,6 +100,10 @@ TEST_F(HostEntryTest, TheFirstUserStartsAndTheLastOneTakesDown) {
     EXPECT_EQ(EventLoop::current(), &UController::instance()->loop());
     EXPECT_TRUE(std::filesystem::is_directory(folder / "qorl-frame_64")) << "the user's folder is made";
     EXPECT_EQ(translate(ConstString("Quit")).toUtf8(), "Quit");
+    ASSERT_NE(GlobalSchemes::main(), nullptr);
+    for (const UScheme* scheme : {GlobalSchemes::dialog(), GlobalSchemes::system(), GlobalSchemes::current()})
+        EXPECT_EQ(scheme, GlobalSchemes::main()) << "in the library all schemes are one";
+    EXPECT_EQ(GlobalSchemes::control(), nullptr);
 
     EXPECT_EQ(GetHostClasses(), classes);
     TerminateModule();
@@ -140,16 +134,6 @@ TEST_F(HostEntryTest, NoSettingOfOneHostReachesTheNext) {
     TerminateModule();
 }
 
-TEST_F(HostEntryTest, InTheLibraryAllSchemesAreOne) {
-    GetHostClasses();
-    ASSERT_NE(GlobalSchemes::main(), nullptr);
-    EXPECT_EQ(GlobalSchemes::dialog(), GlobalSchemes::main());
-    EXPECT_EQ(GlobalSchemes::system(), GlobalSchemes::main());
-    EXPECT_EQ(GlobalSchemes::current(), GlobalSchemes::main());
-    EXPECT_EQ(GlobalSchemes::control(), nullptr);
-    TerminateModule();
-}
-
 TEST_F(HostEntryTest, ASecondStartInOneLoadWorksWithoutTheHooks) {
     const StartupHook early{"early", 0, &note<'0'>};
     for (int round = 0; round < 3; ++round) {
@@ -165,7 +149,7 @@ TEST_F(HostEntryTest, ASecondStartInOneLoadWorksWithoutTheHooks) {
 }
 
 TEST_F(HostEntryTest, AFailedStartGivesNullAndIsNotTriedAgain) {
-    const StartupHook fails{"fails", 50, &failing};
+    const StartupHook fails{"fails", 50, [] { return !note<'F'>(); }};
     const StartupHook never{"never", 50, &note<'n'>};
     EXPECT_EQ(GetHostClasses(), nullptr);
     EXPECT_EQ(take(), Log{"F"});
@@ -217,15 +201,6 @@ TEST_F(HostEntryTest, WithoutADisplayAHostHasObjectsButNoWindows) {
     EXPECT_EQ(platform::desktop()->getName(), "headless");
     TerminateModule();
     EXPECT_EQ(platform::desktop(), nullptr);
-}
-
-TEST_F(HostEntryTest, KeepsSettingsFromOneRunToTheNext) {
-    GetHostClasses();
-    FGlobalDefaultPool::instance()->getGroup("Test")->values().setInteger("number", 42);
-    TerminateModule();
-    GetHostClasses();
-    EXPECT_EQ(FGlobalDefaultPool::instance()->getGroup("Test")->values().getInteger("number"), 42);
-    TerminateModule();
 }
 
 struct ChoosingPresenter : AlertPresenter {
@@ -316,16 +291,12 @@ TEST_F(SafeStart, PutsDeletedSettingsWhereTheLastOnesWere) {
 TEST(HostClasses, SetsTheKnobModeByItsExactName) {
     CmHostClasses& host = CmHostClasses::instance();
     EXPECT_STREQ(host.getHostValue("KnobMode"), "Linear");
-    struct Case {
-        const char* value;
-        KnobMode mode;
-    };
-    for (const Case& c :
-         {Case{"Circular", KnobMode::circular}, Case{"RelativCircular", KnobMode::relativeCircular},
-          Case{"Linear", KnobMode::linear}}) {
-        EXPECT_EQ(host.setHostValue("KnobMode", c.value), Result::ok);
-        EXPECT_EQ(getKnobMode(), c.mode);
-        EXPECT_STREQ(host.getHostValue("KnobMode"), c.value);
+    for (const auto& [name, mode] : {std::pair{"Circular", KnobMode::circular},
+                                     {"RelativCircular", KnobMode::relativeCircular},
+                                     {"Linear", KnobMode::linear}}) {
+        EXPECT_EQ(host.setHostValue("KnobMode", name), Result::ok);
+        EXPECT_EQ(getKnobMode(), mode);
+        EXPECT_STREQ(host.getHostValue("KnobMode"), name);
     }
     for (const char* wrong : {"linear", "Circular ", "", static_cast<const char*>(nullptr)})
         EXPECT_EQ(host.setHostValue("KnobMode", wrong), Result::invalidArgument);

@@ -40,6 +40,12 @@ namespace {
 
 using Log = std::vector<std::string>;
 
+std::string textOf(const FPath& path) {
+    String text;
+    path.getFullPath(text);
+    return text.toUtf8();
+}
+
 /// A program of its own that writes down what it is asked.
 class Program : public UApplication {
     QORL_CLASS(Program, UApplication)
@@ -84,10 +90,8 @@ public:
         return true;
     }
     bool saveDocument(CmObject* document, const FPath& path) override {
-        String text;
-        path.getFullPath(text);
         log_.push_back(std::string("save ") + (document ? document->getClassName() : "nothing") + " " +
-                       text.toUtf8());
+                       textOf(path));
         return document != nullptr;
     }
     using UApplication::takeDocuments;
@@ -99,10 +103,8 @@ public:
     }
     bool skinLoaded() override { return acceptsSkin; }
     bool openDocument(const FPath& path, bool) override {
-        String text;
-        path.getFullPath(text);
-        log_.push_back("open " + text.toUtf8());
-        return text.contains(ConstString("good"));
+        log_.push_back("open " + textOf(path));
+        return textOf(path).find("good") != std::string::npos;
     }
 
     bool quits = false;
@@ -131,6 +133,19 @@ protected:
         platform::stop();
     }
     Log take() { return std::exchange(log, {}); }
+    std::string at(const char* name) const { return (folder / name).string(); }
+    FNPath write(const char* name, const std::string& text) const {
+        std::ofstream(folder / name) << text;
+        return FNPath(at(name));
+    }
+    static std::string lastSkin() {
+        const FDefaults* group = FGlobalDefaultPool::instance()->getGroup("UApplication");
+        return group->values().getString("LastSkinfile").toUtf8();
+    }
+    bool runUntilItQuits() {
+        desktop->postCall([&] { send("MenuSelect", quitTag); });
+        return program->run();
+    }
     int32_t send(const char* name, int64_t tag) {
         FMessage message{ConstString(name)};
         message.setInt("Tag", tag);
@@ -170,9 +185,8 @@ TEST_F(UApplicationTest, LetsTheSplashStayForItsTime) {
     constexpr uint32_t time = 5000;
     program->setSplashTime(time);
     program->setAboutDialog(&splash);
-    desktop->postCall([&] { send("MenuSelect", quitTag); });
     const uint32_t start = getTicks();
-    EXPECT_TRUE(program->run());
+    EXPECT_TRUE(runUntilItQuits());
     EXPECT_GT(splash.closed, start + time);
     EXPECT_LT(splash.closed, start + time + 100);
 }
@@ -192,8 +206,7 @@ TEST_F(UApplicationTest, BringsTheFontsBesideItself) {
     std::filesystem::create_directory(folder);
     std::ofstream(folder / "Q.ttf", std::ios::binary) << font;
     std::ofstream(folder / "readme") << "no font";
-    desktop->postCall([&] { send("MenuSelect", quitTag); });
-    EXPECT_TRUE(program->run());
+    EXPECT_TRUE(runUntilItQuits());
     std::filesystem::remove_all(folder);
     EXPECT_TRUE(fonts.hasFace("QejaVu Sans Mono"));
 }
@@ -201,8 +214,7 @@ TEST_F(UApplicationTest, BringsTheFontsBesideItself) {
 TEST_F(UApplicationTest, FillsTheSchemesThatItsOwnStepLeftEmpty) {
     const Ref<UScheme> own = make<UScheme>();
     program->onlyScheme = own.get();
-    desktop->postCall([&] { send("MenuSelect", quitTag); });
-    EXPECT_TRUE(program->run());
+    EXPECT_TRUE(runUntilItQuits());
     EXPECT_EQ(GlobalSchemes::dialog(), own.get());
     ASSERT_NE(GlobalSchemes::main(), nullptr);
     EXPECT_NE(GlobalSchemes::main(), own.get());
@@ -254,11 +266,8 @@ TEST_F(UApplicationTest, ListsTheDocumentsThatItsCommandLineNames) {
     program->takeDocuments(arguments);
     Log paths;
     const std::unique_ptr<CmIterator> iterator(program->documentList().newIterator());
-    while (!iterator->done()) {
-        String text;
-        cast<FNPath>(iterator->next())->getFullPath(text);
-        paths.push_back(text.toUtf8());
-    }
+    while (!iterator->done())
+        paths.push_back(textOf(*cast<FNPath>(iterator->next())));
     EXPECT_EQ(paths, (Log{"/a/one", "/b/two", "/c/--three"}));
 }
 
@@ -305,21 +314,21 @@ struct Alerts : AlertPresenter {
 
 TEST_F(UApplicationTest, TellsWhyASkinIsNotLoadedOnlyWhenAsked) {
     Alerts alerts;
-    const FNPath missing((folder / "missing.xml").string());
+    const FNPath missing(at("missing.xml"));
     EXPECT_FALSE(program->loadSkin(missing, UApplication::Errors::hide));
     EXPECT_EQ(alerts.texts, Log{});
     EXPECT_FALSE(program->loadSkin(missing, UApplication::Errors::show));
-    EXPECT_EQ(alerts.texts, Log{"Skin file '" + (folder / "missing.xml").string() + "' not found!"});
+    EXPECT_EQ(alerts.texts, Log{"Skin file '" + at("missing.xml") + "' not found!"});
 
     alerts.texts.clear();
-    std::ofstream(folder / "broken.xml") << "<skin>\n<unclosed>\n</skin>";
-    EXPECT_FALSE(program->loadSkin(FNPath((folder / "broken.xml").string()), UApplication::Errors::show));
+    EXPECT_FALSE(
+        program->loadSkin(write("broken.xml", "<skin>\n<unclosed>\n</skin>"), UApplication::Errors::show));
     ASSERT_EQ(alerts.texts.size(), 1u);
     EXPECT_EQ(alerts.texts[0].find("Skin parsing failed: mismatched tag\n"), 0u) << alerts.texts[0];
     const size_t context = alerts.texts[0].find("\nContext:");
     ASSERT_NE(context, std::string::npos) << alerts.texts[0];
     EXPECT_EQ(alerts.texts[0].substr(context),
-              "\nContext:" + (folder / "broken.xml").string() + ":3:3\n</  <====== HERE ======  skin>");
+              "\nContext:" + at("broken.xml") + ":3:3\n</  <====== HERE ======  skin>");
 }
 
 TEST_F(UApplicationTest, MakesControlsThatNoClassMakes) {
@@ -332,15 +341,12 @@ TEST_F(UApplicationTest, MakesControlsThatNoClassMakes) {
 }
 
 TEST_F(UApplicationTest, RemembersTheLastSkinThatItAccepted) {
-    std::ofstream(folder / "skin.xml") << "<skin></skin>";
-    const FNPath path((folder / "skin.xml").string());
-    FAttributes& values = FGlobalDefaultPool::instance()->getGroup("UApplication")->values();
-    program->acceptsSkin = false;
-    EXPECT_FALSE(program->loadSkin(path, UApplication::Errors::show));
-    EXPECT_FALSE(values.contains("LastSkinfile"));
-    program->acceptsSkin = true;
-    EXPECT_TRUE(program->loadSkin(path, UApplication::Errors::show));
-    EXPECT_EQ(values.getString("LastSkinfile").toUtf8(), (folder / "skin.xml").string());
+    const FNPath path = write("skin.xml", "<skin></skin>");
+    for (const bool accepts : {false, true}) {
+        program->acceptsSkin = accepts;
+        EXPECT_EQ(program->loadSkin(path, UApplication::Errors::show), accepts);
+        EXPECT_EQ(lastSkin(), accepts ? at("skin.xml") : "");
+    }
 }
 
 /// A manager of skin packs that writes down which skins it is asked to judge.
@@ -364,15 +370,10 @@ struct Catalog : SkinCatalog {
 
 class LastSkin : public UApplicationTest {
 protected:
-    FNPath skin(const char* name) {
-        std::ofstream(folder / name) << "<skin></skin>";
-        return FNPath((folder / name).string());
-    }
+    FNPath skin(const char* name) { return write(name, "<skin></skin>"); }
     void remember(const char* name) {
-        FGlobalDefaultPool::instance()
-            ->getGroup("UApplication")
-            ->values()
-            .setString("LastSkinfile", ConstString((folder / name).c_str()));
+        FDefaults* group = FGlobalDefaultPool::instance()->getGroup("UApplication");
+        group->values().setString("LastSkinfile", ConstString(at(name).c_str()));
     }
     bool loadBeside() {
         program->startLoadingLastSkin(UApplication::Errors::show);
@@ -383,20 +384,19 @@ protected:
 };
 
 TEST_F(LastSkin, IsTheRememberedOneThenTheDefaultThenTheFirstEachTriedOnce) {
-    struct Case {
+    const struct {
         const char* last;
         bool knowsLast;
         const char* standard;
         const char* first;
         Log tried;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"a", true, "b", "c", {"a", "b", "c"}},
         {"a", false, "b", "c", {"b", "c"}},
         {"a", true, "a", "b", {"a", "b"}},
         {"a", true, "b", "a", {"a", "b"}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         Catalog catalog;
         skin(c.last);
         remember(c.last);
@@ -415,13 +415,11 @@ TEST_F(LastSkin, BesideTheStartIsWaitedForAndEndsTheProgramWhenThereIsNone) {
     catalog.standard = catalog.first = skin("b");
     EXPECT_TRUE(loadBeside());
     EXPECT_EQ(catalog.judged, Log{"b"});
-    const FAttributes& values = FGlobalDefaultPool::instance()->getGroup("UApplication")->values();
-    EXPECT_EQ(values.getString("LastSkinfile").toUtf8(), (folder / "b").string());
+    EXPECT_EQ(lastSkin(), at("b"));
     EXPECT_EQ(alerts.texts, Log{});
     catalog.verdict = SkinCatalog::Verdict::notOfThisApplication;
     EXPECT_FALSE(loadBeside());
-    EXPECT_EQ(alerts.texts,
-              Log{"'" + (folder / "b").string() + "' is not a valid skin file for this application!"});
+    EXPECT_EQ(alerts.texts, Log{"'" + at("b") + "' is not a valid skin file for this application!"});
 }
 
 TEST_F(LastSkin, IsNotWaitedForWithoutMemoryForItsThread) {
@@ -438,8 +436,7 @@ TEST_F(LastSkin, OfAnotherProgramIsRefusedAloudWhenAsked) {
     const FNPath path = skin("a");
     EXPECT_FALSE(program->loadSkin(path, UApplication::Errors::hide));
     EXPECT_FALSE(program->loadSkin(path, UApplication::Errors::show));
-    EXPECT_EQ(alerts.texts,
-              Log{"'" + (folder / "a").string() + "' is not a valid skin file for this application!"});
+    EXPECT_EQ(alerts.texts, Log{"'" + at("a") + "' is not a valid skin file for this application!"});
 }
 
 TEST(StandardMenus, CarryEachTagOnceInOrder) {

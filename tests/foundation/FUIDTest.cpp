@@ -83,13 +83,6 @@ TEST(FUID, WithoutRandomnessItSaysSoAndStaysAsItWas) {
     EXPECT_TRUE(id.generate());
 }
 
-TEST(FUID, ADeclarationOnTheDebugOutputIsALineOfItsOwn) {
-    ::testing::internal::CaptureStderr();
-    sample.toDeclaration(nullptr, FUID::constructor);
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-              "FUID (0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)\n");
-}
-
 TEST(FUID, WritesDeclarations) {
     struct Case {
         int32_t style;

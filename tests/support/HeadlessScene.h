@@ -31,6 +31,16 @@ protected:
         return window;
     }
 
+    void postClick(uint32_t button = leftButton) {
+        desktop.postButtonDown(button);
+        desktop.postButtonUp(button);
+    }
+
+    /// What is heard of all that was posted.
+    std::string hear() {
+        desktop.processEvents();
+        return takeLog();
+    }
     std::string takeLog() {
         std::string all;
         for (const std::string& line : log)

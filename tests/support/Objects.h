@@ -7,7 +7,8 @@
 namespace qorl {
 
 /// How many references `object` has.
-inline uint32_t referencesOn(CmObject* object) {
+template <typename Object>
+uint32_t referencesOn(Object* object) {
     object->addRef();
     return object->release();
 }

@@ -24,4 +24,10 @@ inline bool read(CmObject& object, std::string_view bytes) {
     return object.readFrom(&archive);
 }
 
+/// That `object` refuses the bytes wherever they are cut off.
+inline void expectCutsRefused(CmObject& object, std::string_view bytes) {
+    for (size_t length = 0; length < bytes.size(); ++length)
+        EXPECT_FALSE(read(object, bytes.substr(0, length))) << "cut behind byte " << length;
+}
+
 } // namespace qorl::testing

@@ -6,8 +6,6 @@
 namespace qorl {
 namespace {
 
-using ArrayKinds = ::testing::Types<CmArray, CmOrderedArray>;
-
 TEST(CmArray, GrowsByItsRule) {
     const Ref<NumberedObject> item = make<NumberedObject>();
     struct Case {

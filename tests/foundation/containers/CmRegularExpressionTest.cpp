@@ -8,6 +8,7 @@
 #include <qorl/Ref.h>
 
 #include <gtest/gtest.h>
+#include <initializer_list>
 
 namespace qorl {
 namespace {
@@ -22,8 +23,14 @@ struct MatchCase {
     Case sensitivity = Case::sensitive;
 };
 
+void expectMatches(std::initializer_list<MatchCase> cases) {
+    for (const MatchCase& c : cases)
+        EXPECT_EQ(CmRegularExpression(c.pattern, c.sensitivity).match(c.text), c.matches)
+            << "pattern " << ConstString(c.pattern).toUtf8() << ", text " << ConstString(c.text).toUtf8();
+}
+
 TEST(CmRegularExpression, MatchesTheWholeText) {
-    const MatchCase cases[] = {
+    expectMatches({
         {u"", u"", true},
         {u"", u"a", false},
         {u"abc", u"abc", true},
@@ -60,14 +67,11 @@ TEST(CmRegularExpression, MatchesTheWholeText) {
         {u"\\a", u"a", true},
         {u"a\\", u"a\\", true},
         {u"a\\", u"a", false},
-    };
-    for (const MatchCase& c : cases)
-        EXPECT_EQ(CmRegularExpression(c.pattern).match(c.text), c.matches)
-            << "pattern " << ConstString(c.pattern).toUtf8() << ", text " << ConstString(c.text).toUtf8();
+    });
 }
 
 TEST(CmRegularExpression, TakesTwoStarsInARowAsPlainText) {
-    const MatchCase cases[] = {
+    expectMatches({
         {u"**", u"**", true},
         {u"**", u"a", false},
         {u"a**?", u"a**?", true},
@@ -79,23 +83,17 @@ TEST(CmRegularExpression, TakesTwoStarsInARowAsPlainText) {
         {u"\\***", u"*abc", false},
         {u"\\***", u"\\***", true},
         {u"*\\**", u"abc*def", true},
-    };
-    for (const MatchCase& c : cases)
-        EXPECT_EQ(CmRegularExpression(c.pattern, c.sensitivity).match(c.text), c.matches)
-            << "pattern " << ConstString(c.pattern).toUtf8() << ", text " << ConstString(c.text).toUtf8();
+    });
 }
 
 TEST(CmRegularExpression, MindsCaseUnlessToldOtherwise) {
-    const MatchCase cases[] = {
+    expectMatches({
         {u"ab?", u"ABc", false},
         {u"ab?", u"ABC", true, Case::ignored},
         {u"*Ä", u"xä", true, Case::ignored},
         {u"\\A", u"a", true, Case::ignored},
         {u"*Ä", u"xä", false},
-    };
-    for (const MatchCase& c : cases)
-        EXPECT_EQ(CmRegularExpression(c.pattern, c.sensitivity).match(c.text), c.matches)
-            << "pattern " << ConstString(c.pattern).toUtf8() << ", text " << ConstString(c.text).toUtf8();
+    });
     EXPECT_TRUE(CmRegularExpression("*ä?").match("xä")) << "8-bit texts are matched by their characters";
 }
 

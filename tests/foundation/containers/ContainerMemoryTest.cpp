@@ -30,16 +30,7 @@ protected:
     std::vector<Ref<CmObject>> items;
 };
 
-class GrowingTable : public CmHashTable {
-public:
-    GrowingTable() : CmHashTable(10, Growth::automatic) {}
-    CmObject* clone() const override { return copyOf(*this); }
-};
-
-using All = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmStack, CmDLinkedList, CmDictionary,
-                             CmILinkedList, CmIDLinkedList, CmBTree, CmBTreeDictionary, CmHashTable,
-                             GrowingTable, CmHashDictionary>;
-TYPED_TEST_SUITE(ContainerMemory, All, testing::TypeNames);
+TYPED_TEST_SUITE(ContainerMemory, AllContainersInAllForms, testing::TypeNames);
 
 TYPED_TEST(ContainerMemory, AddsAllOrNothing) {
     // The first element, and those at which arrays, trees and tables grow by more than a node.

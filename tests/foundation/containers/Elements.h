@@ -16,8 +16,10 @@
 #include "foundation/containers/dictionaries/CmHashDictionary.h"
 #include "persistence/archive/FObjectArchive.h"
 #include "persistence/streams/FStream.h"
+#include "support/Objects.h"
 
 #include <functional>
+#include <gtest/gtest.h>
 #include <vector>
 
 namespace qorl {
@@ -107,6 +109,26 @@ inline Numbers numbersOf(const CmContainer& container) {
     return numbers;
 }
 
+class WideBTree : public CmBTree {
+public:
+    WideBTree() : CmBTree(5) {}
+    CmObject* clone() const override { return copyOf(*this); }
+};
+
+class GrowingHashTable : public CmHashTable {
+public:
+    GrowingHashTable() : CmHashTable(defaultBuckets, Growth::automatic) {}
+    CmObject* clone() const override { return copyOf(*this); }
+};
+
+template <typename... More>
+using ContainersAnd = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmStack, CmDLinkedList,
+                                       CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree,
+                                       CmBTreeDictionary, CmHashTable, CmHashDictionary, More...>;
+using AllContainers = ContainersAnd<>;
+using AllContainersInAllForms = ContainersAnd<WideBTree, GrowingHashTable>;
+using ArrayKinds = ::testing::Types<CmArray, CmOrderedArray>;
+
 /// An element of the kind that `Container` takes.
 template <typename Container>
 Ref<CmObject> makeElement(int32_t number) {
@@ -118,11 +140,6 @@ Ref<CmObject> makeElement(int32_t number) {
         return make<NumberedDoubleLink>(number);
     else
         return make<NumberedObject>(number);
-}
-
-inline uint32_t referencesOn(CmObject* object) {
-    object->addRef();
-    return object->release();
 }
 
 } // namespace qorl

@@ -1,4 +1,5 @@
 #include "foundation/text/CmString.h"
+#include "support/Objects.h"
 
 #include <qorl/FAttributeVariant.h>
 #include <qorl/Ref.h>
@@ -9,11 +10,6 @@
 
 namespace qorl {
 namespace {
-
-uint32_t references(CmObject& object) {
-    object.addRef();
-    return object.release();
-}
 
 TEST(FAttributeVariant, GivesUpWhatItOwnsAndNothingElse) {
     auto text = make<CmString>("object");
@@ -35,7 +31,7 @@ TEST(FAttributeVariant, GivesUpWhatItOwnsAndNothingElse) {
         value.kind = row.kind;
         value.objectValue = object;
         value.clear();
-        EXPECT_EQ(references(*text), row.referencesAfter);
+        EXPECT_EQ(referencesOn(text.get()), row.referencesAfter);
         EXPECT_EQ(value.kind, FAttributeVariant::none);
         EXPECT_EQ(value.integerValue, 0);
         value.clear();

@@ -52,10 +52,7 @@ protected:
     Container container;
 };
 
-using Kinds = ::testing::Types<CmArray, CmOrderedArray, CmLinkedList, CmQueue, CmStack, CmDLinkedList,
-                               CmDictionary, CmILinkedList, CmIDLinkedList, CmBTree, CmBTreeDictionary,
-                               CmHashTable, CmHashDictionary>;
-TYPED_TEST_SUITE(ForEachParallel, Kinds, testing::TypeNames);
+TYPED_TEST_SUITE(ForEachParallel, AllContainers, testing::TypeNames);
 
 /// What became of the threads beside the calling one.
 class Observer : public ThreadObserver {

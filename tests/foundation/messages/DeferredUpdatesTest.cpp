@@ -17,7 +17,7 @@ TEST_F(DeferredUpdatesTest, CollapsesDeferredChangesAndKeepsTheirOrder) {
     for (int i = 0; i < 1000; ++i)
         subject.deferUpdate(1);
     EXPECT_EQ(take(), Log{});
-    EXPECT_TRUE(UpdateHandler::instance()->hasDeliverable());
+    EXPECT_TRUE(handler->hasDeliverable());
     runDeferred();
     EXPECT_EQ(take(), (Log{"a:1", "subject done:1", "a:5", "subject done:5"}));
     runDeferred();
@@ -43,7 +43,7 @@ TEST_F(DeferredUpdatesTest, WhoLeavesEverywhereTakesTheChangesThatNobodyElseHear
     c.deferUpdate(2);
     for (Listener* object : {&subject, &other})
         object->deferUpdate(7);
-    UpdateHandler::instance()->removeDependent(nullptr, &a);
+    handler->removeDependent(nullptr, &a);
     other.deferUpdate(7);
     EXPECT_EQ(take(), Log{"other done:7"}) << "nobody is left to hear it, so it is done at once";
     c.addDependent(&b);
@@ -58,7 +58,7 @@ TEST_F(DeferredUpdatesTest, NoObjectIsNoChangeThatWaitsAlready) {
     runDeferred();
     take();
     // What the GUI thread remembers of its newest change is the number now, and no object.
-    EXPECT_EQ(UpdateHandler::instance()->deferUpdates(static_cast<FObject*>(nullptr), 0), 1);
+    EXPECT_EQ(handler->deferUpdates(static_cast<FObject*>(nullptr), 0), 1);
 }
 
 TEST_F(DeferredUpdatesTest, HoldsBackTheChangeOfAnObjectThatIsBeingNotified) {
@@ -70,9 +70,9 @@ TEST_F(DeferredUpdatesTest, HoldsBackTheChangeOfAnObjectThatIsBeingNotified) {
             return;
         subject.deferUpdate(7);
         b.deferUpdate(8);
-        EXPECT_TRUE(UpdateHandler::instance()->hasDeliverable());
+        EXPECT_TRUE(handler->hasDeliverable());
         runDeferred();
-        EXPECT_FALSE(UpdateHandler::instance()->hasDeliverable()) << "a loop that waits for this would spin";
+        EXPECT_FALSE(handler->hasDeliverable()) << "a loop that waits for this would spin";
     };
     subject.changed(1);
     EXPECT_EQ(take(), (Log{"a:1", "a:8", "b done:8", "subject done:1"}));
@@ -102,9 +102,9 @@ TEST_F(DeferredUpdatesTest, DeliversTheChangesOfOneObjectAlone) {
     b.addDependent(&a);
     subject.deferUpdate(1);
     b.deferUpdate(3);
-    UpdateHandler::instance()->triggerDeferredUpdates(&b);
+    handler->triggerDeferredUpdates(&b);
     EXPECT_EQ(take(), (Log{"a:3", "b done:3"}));
-    UpdateHandler::instance()->cancelUpdates(&subject);
+    handler->cancelUpdates(&subject);
     runDeferred();
     EXPECT_EQ(take(), Log{});
 }
@@ -118,7 +118,7 @@ TEST_F(DeferredUpdatesTest, AChangeThatIsHeldBackStillCollapsesAndCanBeCancelled
         other.deferUpdate(8);
         b.reaction = [&] {
             if (isCancelled)
-                UpdateHandler::instance()->cancelUpdates(&subject);
+                handler->cancelUpdates(&subject);
             else
                 subject.deferUpdate(7);
         };
@@ -142,7 +142,7 @@ TEST_F(DeferredUpdatesTest, DestructionIsDeferredForAnObjectThatNobodyHearsYet) 
     runDeferred();
     EXPECT_EQ(take(), (Log{"a:2"})) << "a removal that removes nobody leaves it alone";
     subject.deferUpdate(2);
-    UpdateHandler::instance()->removeDependent(&subject, nullptr);
+    handler->removeDependent(&subject, nullptr);
     connect(a);
     runDeferred();
     EXPECT_EQ(take(), Log{}) << "an object that left the table is in the queue no more";
@@ -165,7 +165,7 @@ TEST_F(DeferredUpdatesTest, AChangeIsQueuedAgainOnceItsNotificationHasBegun) {
         EXPECT_EQ(take(), expected);
     }
     subject.deferUpdate(4);
-    UpdateHandler::instance()->cancelUpdates(&subject);
+    handler->cancelUpdates(&subject);
     subject.deferUpdate(4);
     runDeferred();
     EXPECT_EQ(take(), (Log{"a:4", "subject done:4"})) << "after it was cancelled";

@@ -1,9 +1,9 @@
 #include "foundation/messages/EventLoop.h"
 
 #include "foundation/Listener.h"
-#include "foundation/messages/FMessage.h"
 #include "foundation/messages/FMessenger.h"
 #include "foundation/messages/OneShotCaller.h"
+#include "foundation/messages/Target.h"
 #include "foundation/messages/UTimer.h"
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/threads/Ticks.h"
@@ -23,19 +23,7 @@ namespace {
 
 using Log = std::vector<std::string>;
 using Step = EventLoop::Step;
-
-struct Client : CmObject {
-    explicit Client(Log& log, std::string name) : log_(log), name_(std::move(name)) {}
-    int32_t handleMessage(FMessage* message) override {
-        log_.push_back(name_ + ":" + message->getName().text8());
-        if (reaction)
-            reaction(*message);
-        return handled;
-    }
-    std::function<void(FMessage&)> reaction;
-    Log& log_;
-    std::string name_;
-};
+using testing::Target;
 
 class EventLoopTest : public ::testing::Test {
 protected:
@@ -46,6 +34,8 @@ protected:
         loop.emplace();
     }
     void TearDown() override {
+        for (Target* subject : {&a, &b})
+            subject->removeDependent(nullptr);
         loop.reset();
         platform::stop();
     }
@@ -54,8 +44,8 @@ protected:
     platform::HeadlessDesktop* desktop = nullptr;
     std::optional<EventLoop> loop;
     Log log;
-    Client a{log, "a"};
-    Client b{log, "b"};
+    Target a{log, "a"};
+    Target b{log, "b"};
 };
 
 TEST_F(EventLoopTest, EventsComeBeforeMessagesAndMessagesBeforeDeferredChanges) {
@@ -75,7 +65,6 @@ TEST_F(EventLoopTest, EventsComeBeforeMessagesAndMessagesBeforeDeferredChanges) 
     a.deferUpdate(1);
     loop->flushEvents();
     EXPECT_EQ(take(), (Log{"first", "second", "b:Posted", "heard:1"}));
-    a.removeDependent(nullptr);
 }
 
 TEST_F(EventLoopTest, EndsWhenNothingCanEverHappenOrItIsStopped) {
@@ -87,7 +76,7 @@ TEST_F(EventLoopTest, EndsWhenNothingCanEverHappenOrItIsStopped) {
     EXPECT_EQ(loop->step(), Step::ended);
 }
 
-TEST_F(EventLoopTest, CallsIdleClientsEveryTenMilliseconds) {
+TEST_F(EventLoopTest, CallsIdleTargetsEveryTenMilliseconds) {
     std::vector<uint32_t> times;
     const uint32_t start = getTicks();
     a.reaction = [&](FMessage&) {
@@ -103,18 +92,17 @@ TEST_F(EventLoopTest, CallsIdleClientsEveryTenMilliseconds) {
         EXPECT_EQ(times[i] - times[i - 1], EventLoop::idlePeriod) << i;
 }
 
-TEST_F(EventLoopTest, ClientsMayComeAndGoDuringTheIdleStep) {
-    Client c{log, "c"};
+TEST_F(EventLoopTest, TargetsMayComeAndGoDuringTheIdleStep) {
+    Target c{log, "c"};
     a.reaction = [&](FMessage&) { loop->removeIdleClient(&a); };
     b.reaction = [&](FMessage&) {
         loop->removeIdleClient(&c);
         loop->idle();
     };
-    for (Client* client : {&a, &b, &c})
+    for (Target* client : {&a, &b, &c})
         loop->addIdleClient(client);
     loop->idle();
     EXPECT_EQ(take(), (Log{"a:Idle", "b:Idle"})) << "nobody is skipped, and idle does not nest";
-    loop->removeIdleClient(&b);
 }
 
 TEST_F(EventLoopTest, PacesItselfOnlyWhenAsked) {
@@ -126,7 +114,7 @@ TEST_F(EventLoopTest, PacesItselfOnlyWhenAsked) {
     EXPECT_EQ(getTicks() - before, 5u);
 }
 
-TEST_F(EventLoopTest, ReleasesWhatWasHandedInBehindTheIdleClients) {
+TEST_F(EventLoopTest, ReleasesWhatWasHandedInBehindTheIdleTargets) {
     static bool isGone;
     struct Going : CmObject {
         ~Going() override { isGone = true; }
@@ -139,7 +127,6 @@ TEST_F(EventLoopTest, ReleasesWhatWasHandedInBehindTheIdleClients) {
     loop->idle();
     EXPECT_TRUE(isGone);
     EXPECT_EQ(take(), (Log{"a:Idle", "there"}));
-    loop->removeIdleClient(&a);
 }
 
 TEST(EventLoopOfAnotherDesktop, KeepsTheOnlyReferenceOnWhatAThreadHandsIn) {
@@ -205,8 +192,6 @@ TEST_F(EventLoopTest, AChangeThatCanBeToldDoesNotSleepOnBehindOneThatCannot) {
     a.changed(1);
     EXPECT_EQ(loop->step(), Step::ended);
     EXPECT_EQ(take(), Log{"heard:7"});
-    a.removeDependent(nullptr);
-    b.removeDependent(nullptr);
 }
 
 TEST_F(EventLoopTest, WakesWhenAnotherThreadHasToldWhatADeferredChangeWaitsFor) {
@@ -228,7 +213,6 @@ TEST_F(EventLoopTest, WakesWhenAnotherThreadHasToldWhatADeferredChangeWaitsFor) 
     EXPECT_EQ(desktop->waitForEvent(-1), platform::WaitResult::wakeUp);
     EXPECT_FALSE(loop->processEvent());
     EXPECT_EQ(take(), (Log{"heard:1", "heard:7"}));
-    a.removeDependent(nullptr);
 }
 
 TEST_F(EventLoopTest, TimersRepeatUntilTheyAreStopped) {
@@ -303,11 +287,11 @@ TEST_F(EventLoopTest, AOneShotCallMayReleaseOrRestartItsCaller) {
 }
 
 TEST_F(EventLoopTest, HoldsWhomItCalls) {
-    struct Leaving : Client {
-        using Client::Client;
+    struct Leaving : Target {
+        using Target::Target;
         ~Leaving() override { log_.push_back("gone"); }
     };
-    Ref<Client> own = make<Leaving>(log, "own");
+    Ref<Target> own = make<Leaving>(log, "own");
     own->reaction = [&](FMessage&) {
         loop->removeIdleClient(own.get());
         own.reset();
@@ -342,7 +326,6 @@ TEST_F(EventLoopTest, AnIdleStepThatThrewIsNotTheLastOne) {
     EXPECT_THROW(loop->idle(), std::bad_alloc);
     loop->idle();
     EXPECT_EQ(take(), (Log{"a:Idle", "a:Idle"}));
-    loop->removeIdleClient(&a);
 }
 
 TEST_F(EventLoopTest, TheNextLoopOwesNothingToTheOneBefore) {

@@ -1,8 +1,9 @@
 #include "foundation/messages/FMessenger.h"
 
-#include "foundation/messages/FMessage.h"
+#include "foundation/messages/Target.h"
 #include "foundation/threads/FLock.h"
 #include "support/FailingAllocation.h"
+#include "support/Objects.h"
 
 #include <qorl/IPlugMessageTarget.h>
 
@@ -17,19 +18,7 @@ namespace qorl {
 namespace {
 
 using Log = std::vector<std::string>;
-
-struct Target : CmObject {
-    explicit Target(Log& log, std::string name = "") : log_(log), name_(std::move(name)) {}
-    int32_t handleMessage(FMessage* message) override {
-        log_.push_back(name_ + message->getName().text8());
-        if (reaction)
-            reaction();
-        return handled;
-    }
-    std::function<void()> reaction;
-    Log& log_;
-    std::string name_;
-};
+using testing::Target;
 
 class FMessengerTest : public ::testing::Test {
 protected:
@@ -41,15 +30,15 @@ protected:
 
     Log log;
     FMessenger messenger;
-    Target a{log, "a:"};
-    Target b{log, "b:"};
+    Target a{log, "a"};
+    Target b{log, "b"};
 };
 
 TEST_F(FMessengerTest, DeliversInOrderAndKeepsWhatIsPostedMeanwhile) {
     messenger.post(&a, "One");
     messenger.post(&b, "Two");
     messenger.post(&a, "Three");
-    a.reaction = [&] {
+    a.reaction = [&](FMessage&) {
         messenger.post(&b, "Later");
         a.reaction = nullptr;
     };
@@ -71,8 +60,7 @@ TEST_F(FMessengerTest, DropsWhatIsQueuedForTheTargetAlready) {
     const Ref<FMessage> second = make<FMessage>("Foo");
     messenger.post(&a, "Foo");
     messenger.post(&a, second, FMessenger::Duplicates::drop);
-    EXPECT_EQ(second->addRef(), 2u) << "the dropped message is released";
-    second->release();
+    EXPECT_EQ(referencesOn(second.get()), 1u) << "the dropped message is released";
     messenger.post(&b, "Foo", FMessenger::Duplicates::drop);
     messenger.post(&a, "Bar", FMessenger::Duplicates::drop);
     EXPECT_EQ(deliver(), (Log{"a:Foo", "b:Foo", "a:Bar"}));
@@ -90,7 +78,7 @@ TEST_F(FMessengerTest, NothingReachesATargetThatTookItsMessagesBack) {
     messenger.post(&b, "First");
     messenger.post(&a, "Second");
     messenger.post(&a, "Third", FMessenger::Duplicates::allow);
-    b.reaction = [&] { messenger.cancelAll(&a); };
+    b.reaction = [&](FMessage&) { messenger.cancelAll(&a); };
     EXPECT_EQ(deliver(), (Log{"b:First"})) << "also out of the pass that is running";
 }
 
@@ -107,7 +95,7 @@ TEST_F(FMessengerTest, QueuesWhilePaused) {
 TEST_F(FMessengerTest, ANestedPassDeliversWhatIsLeft) {
     messenger.post(&a, "One");
     messenger.post(&b, "Two");
-    a.reaction = [&] {
+    a.reaction = [&](FMessage&) {
         a.reaction = nullptr;
         messenger.post(&a, "Three");
         messenger.deliverPending();
@@ -120,7 +108,7 @@ TEST_F(FMessengerTest, WhatATargetThrowsCostsNoOtherMessage) {
     messenger.post(&a, "One");
     messenger.post(&b, "Two");
     messenger.post(&b, "Three");
-    a.reaction = [&] {
+    a.reaction = [&](FMessage&) {
         a.reaction = nullptr;
         throw std::bad_alloc();
     };
@@ -135,8 +123,7 @@ TEST_F(FMessengerTest, TakesOnlyItsOwnMessagesThroughTheInterface) {
     ASSERT_EQ(messenger.queryInterface(IMessenger::iid, face.out()), Result::ok);
     CmObject noMessage;
     EXPECT_FALSE(face->post(&a, &noMessage));
-    EXPECT_EQ(noMessage.addRef(), 2u) << "the reference stays with the caller";
-    noMessage.release();
+    EXPECT_EQ(referencesOn(&noMessage), 1u) << "the reference stays with the caller";
     EXPECT_TRUE(face->post(&a, static_cast<CmObject*>(make<FMessage>("Mine").detach())));
     EXPECT_EQ(deliver(), (Log{"a:Mine"}));
 }
@@ -276,14 +263,14 @@ TEST_F(FMessengerTest, WhatACancelledMessageHeldMayCancelOthers) {
 }
 
 struct OwnTarget : Target {
-    OwnTarget(Log& log, FMessenger& messenger) : Target(log, "own:"), messenger_(messenger) {}
+    OwnTarget(Log& log, FMessenger& messenger) : Target(log, "own"), messenger_(messenger) {}
     ~OwnTarget() override { messenger_.cancelAll(this); }
     FMessenger& messenger_;
 };
 
 TEST_F(FMessengerTest, ATargetMayGoInTheMiddleOfItsOwnMessage) {
     Ref<OwnTarget> target = make<OwnTarget>(log, messenger);
-    target->reaction = [&] {
+    target->reaction = [&](FMessage&) {
         target.reset();
         log.push_back("left");
     };
@@ -306,8 +293,7 @@ TEST_F(FMessengerTest, KeepsNothingOfAPostThatFoundNoMemory) {
         if (isPosted)
             message->addRef();
         EXPECT_EQ(deliver(), isPosted ? Log{"a:Foo"} : Log{});
-        EXPECT_EQ(message->addRef(), 2u) << "the reference stays with the caller of a failed post";
-        message->release();
+        EXPECT_EQ(referencesOn(message.get()), 1u) << "the reference stays with the caller of a failed post";
     });
     EXPECT_EQ(rounds, 3) << "two allocations, then none that fails";
 }
@@ -318,8 +304,7 @@ TEST_F(FMessengerTest, ReleasesWhatIsQueuedWhenItGoes) {
         FMessenger passing;
         passing.post(&a, message);
     }
-    EXPECT_EQ(message->addRef(), 2u);
-    message->release();
+    EXPECT_EQ(referencesOn(message.get()), 1u);
     EXPECT_EQ(log, Log{});
 }
 
@@ -331,7 +316,7 @@ TEST_F(FMessengerTest, WhatIsPostedBehindTheTeardownIsNotDeliveredByTheNextStart
     FMessenger::disconnect();
     EXPECT_FALSE(shared->hasPending());
     FMessenger::connect();
-    a.reaction = [] { FMessenger::disconnect(); };
+    a.reaction = [](FMessage&) { FMessenger::disconnect(); };
     shared->post(&a, "Last");
     shared->post(&b, "Left of the pass");
     shared->deliverPending();

@@ -53,7 +53,7 @@ TEST(UpdateHandler, IsWhatObjectsForwardToFromItsFirstUseOn) {
 TEST_F(UpdateHandlerTest, IsUsedByModulesThroughItsTwoFaces) {
     Ref<FUpdateRegistry> registry;
     Ref<FUpdateQueue> queue;
-    ASSERT_EQ(UpdateHandler::instance()->queryInterface(FUpdateRegistry::iid, registry.out()), Result::ok);
+    ASSERT_EQ(handler->queryInterface(FUpdateRegistry::iid, registry.out()), Result::ok);
     ASSERT_EQ(registry->queryInterface(FUpdateQueue::iid, queue.out()), Result::ok);
     FInterface* face = static_cast<FDependent*>(&subject);
     EXPECT_EQ(registry->addDependent(face, &a), 0);
@@ -87,10 +87,10 @@ TEST_F(UpdateHandlerTest, IsDoneWithoutDependentsButNeverForDestruction) {
     connect(a);
     subject.changed(2);
     EXPECT_EQ(take(), (Log{"a:2"}));
-    EXPECT_EQ(UpdateHandler::instance()->triggerUpdates(&subject, 3, UpdateDone::suppress), 0);
+    EXPECT_EQ(handler->triggerUpdates(&subject, 3, UpdateDone::suppress), 0);
     EXPECT_EQ(take(), (Log{"a:3"}));
-    EXPECT_EQ(UpdateHandler::instance()->triggerUpdates(static_cast<FObject*>(nullptr), 1), 1);
-    EXPECT_EQ(UpdateHandler::instance()->triggerUpdates(&b, 1), 1) << "nobody to tell";
+    EXPECT_EQ(handler->triggerUpdates(static_cast<FObject*>(nullptr), 1), 1);
+    EXPECT_EQ(handler->triggerUpdates(&b, 1), 1) << "nobody to tell";
 }
 
 TEST_F(UpdateHandlerTest, SkipsWhoIsRemovedDuringTheNotification) {
@@ -100,7 +100,6 @@ TEST_F(UpdateHandlerTest, SkipsWhoIsRemovedDuringTheNotification) {
         Log expected;
         Log afterwards;
     };
-    UpdateHandler* handler = UpdateHandler::instance();
     const Case cases[] = {
         {"itself", [&] { subject.removeDependent(&b); }, {"a:1", "b:1", "c:1"}, {"a:1", "c:1"}},
         {"a later one", [&] { subject.removeDependent(&c); }, {"a:1", "b:1"}, {"a:1", "b:1"}},
@@ -154,7 +153,7 @@ TEST_F(UpdateHandlerTest, ARemovalReachesAllNotificationsThatAreNested) {
             switch (depth++) {
             case 0: return subject.changed(5);
             case 1: return other.changed(7);
-            default: UpdateHandler::instance()->removeDependent(nullptr, &c);
+            default: handler->removeDependent(nullptr, &c);
             }
         };
         subject.changed(1);
@@ -235,7 +234,7 @@ TEST_F(UpdateHandlerTest, AnExceptionOfADependentLeavesNothingBehind) {
              object->deferUpdate(1);
              runDeferred();
          }},
-        {"a message", [&](Going* object) { UpdateHandler::instance()->tellMessage(object, message); }}};
+        {"a message", [&](Going* object) { handler->tellMessage(object, message); }}};
     for (const auto& [name, tell] : tellings) {
         SCOPED_TRACE(name);
         throwing.object = make<Going>("owned", log);
@@ -292,7 +291,7 @@ TEST_F(UpdateHandlerTest, KnowsTheDependentsOfThousandsOfObjects) {
         }
     };
     expectModel(1);
-    UpdateHandler::instance()->removeDependent(nullptr, &b);
+    handler->removeDependent(nullptr, &b);
     for (auto& [object, heard] : model)
         std::erase(heard, &b);
     expectModel(3);
@@ -305,8 +304,7 @@ TEST_F(UpdateHandlerTest, KnowsTheDependentsOfThousandsOfObjects) {
 TEST_F(UpdateHandlerTest, TellsOfMissingMemoryAndLosesNothing) {
     failEachAllocation([&](FailingAllocation& allocation) {
         const Ref<CmObject> fresh = make<CmObject>();
-        const int32_t added =
-            allocation.during([&] { return UpdateHandler::instance()->addDependent(fresh.get(), &a); });
+        const int32_t added = allocation.during([&] { return handler->addDependent(fresh.get(), &a); });
         EXPECT_EQ(added, allocation.hasFailed() ? 1 : 0);
         fresh->changed(3);
         EXPECT_EQ(take(), allocation.hasFailed() ? Log{} : Log{"a:3"});
@@ -315,7 +313,7 @@ TEST_F(UpdateHandlerTest, TellsOfMissingMemoryAndLosesNothing) {
 
     const EventLoop loop;
     connect(a);
-    UpdateHandler::instance()->removeDependent(nullptr, &b);
+    handler->removeDependent(nullptr, &b);
     failEachAllocation([&](FailingAllocation& allocation) {
         std::vector<Ref<CmObject>> others; // they take what is kept in store
         for (int i = 0; i < 100; ++i) {
@@ -325,8 +323,7 @@ TEST_F(UpdateHandlerTest, TellsOfMissingMemoryAndLosesNothing) {
         }
         const Ref<CmObject> fresh = make<CmObject>();
         fresh->addDependent(&b);
-        EXPECT_EQ(allocation.during([&] { return UpdateHandler::instance()->deferUpdates(fresh.get(), 5); }),
-                  0);
+        EXPECT_EQ(allocation.during([&] { return handler->deferUpdates(fresh.get(), 5); }), 0);
         EXPECT_EQ(take(), allocation.hasFailed() ? Log{"b:5"} : Log{}) << "told at once rather than never";
         for (const Ref<CmObject>& waiting : others)
             waiting->removeDependent(&a);
@@ -383,8 +380,7 @@ TEST_F(UpdateHandlerTest, TellsTheFirst1024WithoutMemory) {
         Crowd crowd(subject, number);
         bool hasAllocated = false;
         failEachAllocation([&](FailingAllocation& allocation) {
-            allocation.during(
-                [&] { UpdateHandler::instance()->triggerUpdates(&subject, 1, UpdateDone::suppress); });
+            allocation.during([&] { handler->triggerUpdates(&subject, 1, UpdateDone::suppress); });
             crowd.expectHeardByFirst(allocation.hasFailed() ? 1024 : number);
             hasAllocated |= allocation.hasFailed();
         });
@@ -414,13 +410,13 @@ TEST_F(UpdateHandlerTest, ForeignDependentsHearAndForeignChangesStayWithThem) {
     subject.changed(6);
     EXPECT_EQ(foreign.heard, (std::pair<FInterface*, int32_t>(&subject, 6)));
     take();
-    UpdateHandler::instance()->addDependent(&foreign, &a);
-    UpdateHandler::instance()->triggerUpdates(&foreign, 1);
+    handler->addDependent(&foreign, &a);
+    handler->triggerUpdates(&foreign, 1);
     EXPECT_EQ(take(), Log{}) << "an object of ours can't be told of a foreign one";
-    UpdateHandler::instance()->removeDependent(&foreign, nullptr);
+    handler->removeDependent(&foreign, nullptr);
     subject.removeDependent(&foreign);
-    EXPECT_EQ(UpdateHandler::instance()->addDependent(static_cast<FObject*>(nullptr), &foreign), 1);
-    EXPECT_EQ(UpdateHandler::instance()->addDependent(&foreign, nullptr), 1);
+    EXPECT_EQ(handler->addDependent(static_cast<FObject*>(nullptr), &foreign), 1);
+    EXPECT_EQ(handler->addDependent(&foreign, nullptr), 1);
 
     connect(a);
     foreign.isGoing = true;
@@ -429,7 +425,7 @@ TEST_F(UpdateHandlerTest, ForeignDependentsHearAndForeignChangesStayWithThem) {
     EXPECT_EQ(take(), (Log{"a:6", "subject done:6"})) << "one that is a dependent no more isn't everyone";
 
     auto unheard = std::make_unique<FaceOnly>();
-    UpdateHandler::instance()->deferUpdates(unheard.get(), 2);
+    handler->deferUpdates(unheard.get(), 2);
     unheard.reset();
     runDeferred();
     EXPECT_EQ(take(), Log{}) << "one that nobody hears may be gone by the time that its end is told";
@@ -484,7 +480,7 @@ TEST_F(UpdateHandlerTest, ManyThreadsMayConnectTellAndLeave) {
         worker.join();
     EXPECT_GE(told.load(), 2u * threads * rounds) << "the steady and the own listener heard each change";
     source.removeDependent(nullptr);
-    EXPECT_FALSE(UpdateHandler::instance()->hasDeliverable());
+    EXPECT_FALSE(handler->hasDeliverable());
 }
 
 } // namespace

@@ -17,7 +17,7 @@ public:
 
 protected:
     void connect(Listener& listener) { subject.addDependent(&listener); }
-    void runDeferred() { UpdateHandler::instance()->triggerDeferredUpdates(nullptr); }
+    void runDeferred() { handler->triggerDeferredUpdates(nullptr); }
     Log take() { return std::exchange(log, {}); }
 
     /// Those around the listeners: with many of them the snapshot of a notification is another one.
@@ -38,14 +38,14 @@ protected:
         uint32_t heard = 0;
     };
 
-    void SetUp() override { ASSERT_NE(UpdateHandler::instance(), nullptr); }
     void TearDown() override {
         for (Listener* object : {&subject, &other, &a, &b, &c}) {
             object->removeDependent(nullptr);
-            UpdateHandler::instance()->removeDependent(nullptr, object);
+            handler->removeDependent(nullptr, object);
         }
     }
 
+    UpdateHandler* const handler = UpdateHandler::instance();
     Log log;
     Listener subject{"subject", log};
     Listener other{"other", log};

@@ -5,6 +5,7 @@
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
 
+#include <functional>
 #include <string>
 
 namespace qorl {
@@ -24,7 +25,7 @@ ConstString inOtherWidth(const ConstString& text) {
 struct Operation {
     const char* name;
     int64_t failure; ///< what tells that it gave up; the text must then be as it was
-    int64_t (*run)(String& text);
+    std::function<int64_t(String& text)> run;
 };
 
 /// Of those that tell nothing only the text is looked at.
@@ -35,72 +36,71 @@ int64_t silent(String& text) {
 }
 
 const Operation operations[] = {
-    {"other width", 0, [](String& s) -> int64_t { return s.isWide() ? s.toNarrow() : s.toWide(); }},
-    {"code page", 0, [](String& s) -> int64_t { return s.isWide() ? s.toNarrow(1252) : s.toWide(1252); }},
-    {"toNarrow", 0, [](String& s) -> int64_t { return s.toNarrow(437); }},
-    {"assign", 0, [](String& s) -> int64_t { return s.assign(inOtherWidth(s)); }},
+    {"other width", 0, [](String& s) { return s.isWide() ? s.toNarrow() : s.toWide(); }},
+    {"code page", 0, [](String& s) { return s.isWide() ? s.toNarrow(1252) : s.toWide(1252); }},
+    {"toNarrow", 0, [](String& s) { return s.toNarrow(437); }},
+    {"assign", 0, [](String& s) { return s.assign(inOtherWidth(s)); }},
     {"append", 0, silent<[](String& s) { s.append(inOtherWidth(s)); }>},
     {"append a little", 0, silent<[](String& s) { s.appendChar16(u'x'); }>},
     {"insert", 0, silent<[](String& s) { s.insert(1, inOtherWidth(s)); }>},
     {"replace", 0, silent<[](String& s) { s.replace(1, 2, inOtherWidth(s)); }>},
     {"remove", 0, silent<[](String& s) { s.remove(1, 3); }>},
-    {"replaceAll8", 0, [](String& s) -> int64_t { return s.replaceAll8("x", "long"); }},
-    {"replaceAll16", 0, [](String& s) -> int64_t { return s.replaceAll16(u"x", u"long"); }},
-    {"resize", 0, [](String& s) -> int64_t { return s.resize(2000, s.isWide()); }},
-    {"resize in the other width", 0, [](String& s) -> int64_t { return s.resize(2000, !s.isWide()); }},
-    {"trim", 0, [](String& s) -> int64_t { return s.trim(); }},
+    {"replaceAll8", 0, [](String& s) { return s.replaceAll8("x", "long"); }},
+    {"replaceAll16", 0, [](String& s) { return s.replaceAll16(u"x", u"long"); }},
+    {"resize", 0, [](String& s) { return s.resize(2000, s.isWide()); }},
+    {"resize in the other width", 0, [](String& s) { return s.resize(2000, !s.isWide()); }},
+    {"trim", 0, [](String& s) { return s.trim(); }},
     {"toLower", 0, silent<[](String& s) { s.toLower(); }>},
-    {"compare", -1, [](String& s) -> int64_t { return s.compare(inOtherWidth(s)); }},
-    {"compareNatural", -1, [](String& s) -> int64_t { return s.compareNatural(inOtherWidth(s)); }},
-    {"==", 0, [](String& s) -> int64_t { return s == inOtherWidth(s); }},
-    {"find", -1, [](String& s) -> int64_t { return s.find(inOtherWidth(s)); }},
-    {"findLast", -1, [](String& s) -> int64_t { return s.findLast(inOtherWidth(s)); }},
-    {"startsWith", 0, [](String& s) -> int64_t { return s.startsWith(inOtherWidth(s)); }},
-    {"endsWith", 0, [](String& s) -> int64_t { return s.endsWith(inOtherWidth(s), true); }},
+    {"compare", -1, [](String& s) { return s.compare(inOtherWidth(s)); }},
+    {"compareNatural", -1, [](String& s) { return s.compareNatural(inOtherWidth(s)); }},
+    {"==", 0, [](String& s) { return s == inOtherWidth(s); }},
+    {"find", -1, [](String& s) { return s.find(inOtherWidth(s)); }},
+    {"findLast", -1, [](String& s) { return s.findLast(inOtherWidth(s)); }},
+    {"startsWith", 0, [](String& s) { return s.startsWith(inOtherWidth(s)); }},
+    {"endsWith", 0, [](String& s) { return s.endsWith(inOtherWidth(s), true); }},
     {"firstDifference", -1,
-     [](String& s) -> int64_t { return s.firstDifference(ConstString(inOtherWidth(s), 0, 600)); }},
-    {"isNormalized", 0, [](String& s) -> int64_t { return s.isNormalized(); }},
+     [](String& s) { return s.firstDifference(ConstString(inOtherWidth(s), 0, 600)); }},
+    {"isNormalized", 0, [](String& s) { return s.isNormalized(); }},
     {"substring", 0,
-     [](String& s) -> int64_t {
+     [](String& s) {
          String target;
          return s.substring(target, 1);
      }},
     {"extract8", 0,
-     [](String& s) -> int64_t {
+     [](String& s) {
          char buffer[700];
          return s.extract8(buffer);
      }},
     {"extract16", 0,
-     [](String& s) -> int64_t {
+     [](String& s) {
          char16_t buffer[700];
          return s.extract16(buffer);
      }},
-    {"printInt64", 0, [](String& s) -> int64_t { return s.printInt64(-5); }},
-    {"printDouble", 0, [](String& s) -> int64_t { return s.printDouble(0.5); }},
+    {"printInt64", 0, [](String& s) { return s.printInt64(-5); }},
+    {"printDouble", 0, [](String& s) { return s.printDouble(0.5); }},
     {"printVariant", 0,
-     [](String& s) -> int64_t {
+     [](String& s) {
          FAttributeVariant value{};
          value.kind = FAttributeVariant::text16;
          value.text16Value = u"a text";
          return s.printVariant(value);
      }},
-    {"printf8", 0, [](String& s) -> int64_t { return s.printf8("%s%c", longText.c_str(), '!'); }},
-    {"printf16", 0, [](String& s) -> int64_t { return s.printf16(u"%hs%0500d", longText.c_str(), 7); }},
-    {"incrementTrailingNumber", 0,
-     [](String& s) -> int64_t { return s.incrementTrailingNumber(3, u'\u2013'); }},
+    {"printf8", 0, [](String& s) { return s.printf8("%s%c", longText.c_str(), '!'); }},
+    {"printf16", 0, [](String& s) { return s.printf16(u"%hs%0500d", longText.c_str(), 7); }},
+    {"incrementTrailingNumber", 0, [](String& s) { return s.incrementTrailingNumber(3, u'\u2013'); }},
     {"toDouble", 0,
-     [](String& s) -> int64_t {
+     [](String& s) {
          double number = 0;
          return ConstString(std::u16string_view(longDigits)).toDouble(number) && !s.isEmpty();
      }},
     {"writeTo", 0,
-     [](String& s) -> int64_t {
+     [](String& s) {
          char block[700];
          FMemoryStream stream(block, sizeof block);
          return s.writeTo(stream);
      }},
     {"readFrom", 0,
-     [](String& s) -> int64_t {
+     [](String& s) {
          FMemoryStream stream(std::string_view("\x06\0\0\0\xC3\xA4\0\xEF\xBB\xBF", 10));
          return s.readFrom(stream);
      }},

@@ -11,13 +11,18 @@ namespace {
 
 using test::WindowRecorder;
 
+/// Milliseconds since the desktop began.
+int64_t elapsed(HeadlessDesktop& desktop) {
+    return desktop.getTicks() - HeadlessDesktop::firstTick;
+}
+
 /// Writes down the ticks at which a timer came.
 class Ticker : public TimerClient {
 public:
     explicit Ticker(HeadlessDesktop& desktop) : desktop_(desktop) {}
 
     void timerElapsed(TimerId) override {
-        times.push_back(desktop_.getTicks() - HeadlessDesktop::firstTick);
+        times.push_back(elapsed(desktop_));
         if (onTick)
             onTick();
     }
@@ -53,8 +58,7 @@ TEST_F(HeadlessDesktopTest, SendsEverythingToTheWindowThatCaptures) {
 
     desktop.postMouseMove({150, 10});
     desktop.postWheel(0, 1);
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "a move 150,10 b0 m0; a wheel 150,10 0 1");
+    EXPECT_EQ(hear(), "a move 150,10 b0 m0; a wheel 150,10 0 1");
 
     desktop.setCapture(*second);
     EXPECT_EQ(takeLog(), "a capture lost");
@@ -75,8 +79,7 @@ TEST_F(HeadlessDesktopTest, FreesTheMouseOfAWindowThatIsDisabled) {
     EXPECT_EQ(takeLog(), "a capture lost");
     desktop.postButtonUp(leftButton);
     desktop.postMouseMove({150, 10});
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "a leave 150,10 b0 m0; b enter 50,10 b0 m0; b move 50,10 b0 m0");
+    EXPECT_EQ(hear(), "a leave 150,10 b0 m0; b enter 50,10 b0 m0; b move 50,10 b0 m0");
 }
 
 TEST_F(HeadlessDesktopTest, LetsTimersAndPaintsHaveTheirTurnBetweenSlowInputs) {
@@ -96,8 +99,7 @@ TEST_F(HeadlessDesktopTest, LetsTimersAndPaintsHaveTheirTurnBetweenSlowInputs) {
     const TimerId timer = desktop.startTimer(10, ticker);
     for (int32_t x = 2; x < 6; ++x)
         desktop.postMouseMove({x, 1});
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "move; move; tick; move; move; a paint 0,0 10x10; tick");
+    EXPECT_EQ(hear(), "move; move; tick; move; move; a paint 0,0 10x10; tick");
     desktop.stopTimer(timer);
 }
 
@@ -106,13 +108,11 @@ TEST_F(HeadlessDesktopTest, CarriesModifiersIntoEveryEvent) {
     a.isLoggingMoves = false;
     desktop.postMouseMove({5, 5});
     desktop.postModifiers(shift | ctrl);
-    desktop.postButtonDown(rightButton);
-    desktop.postButtonUp(rightButton);
+    postClick(rightButton);
     desktop.postKey(KeyKind::down, u'Z', Key::characterKeyOffset + 'Z');
     desktop.postModifiers(noModifier);
     desktop.postKey(KeyKind::up, 0, Key::characterKeyOffset + 'Z');
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "a down 5,5 b4 m3; a up 5,5 b4 m3; a key down v170 c90 m3; a key up v170 c0 m0");
+    EXPECT_EQ(hear(), "a down 5,5 b4 m3; a up 5,5 b4 m3; a key down v170 c90 m3; a key up v170 c0 m0");
     EXPECT_EQ(desktop.currentModifiers(), 0U);
 }
 
@@ -126,12 +126,10 @@ TEST_F(HeadlessDesktopTest, SaysWhetherTheMainWindowChanged) {
     EXPECT_EQ(document->getActivationState(), PlatformWindow::Activation::childActive);
 
     desktop.postActivation(nullptr);
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "b deactivated; a deactivated main");
+    EXPECT_EQ(hear(), "b deactivated; a deactivated main");
 
     desktop.postActivation(panel.get());
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "a activated main; b activated");
+    EXPECT_EQ(hear(), "a activated main; b activated");
 
     panel->close(CloseMode::normal);
     EXPECT_EQ(takeLog(), "a activated") << "the owner takes over";
@@ -145,9 +143,7 @@ TEST_F(HeadlessDesktopTest, ClosesOwnedWindowsFirstAndCallsNobodyAfterwards) {
     desktop.postClosePress(*panel);
 
     document->close(CloseMode::normal);
-    desktop.processEvents();
-
-    EXPECT_EQ(takeLog(), "b owner closed");
+    EXPECT_EQ(hear(), "b owner closed");
     EXPECT_FALSE(desktop.isCapturing());
     EXPECT_FALSE(panel->isVisible());
     EXPECT_TRUE(panel->getSurface().isEmpty());
@@ -167,8 +163,7 @@ TEST_F(HeadlessDesktopTest, BlocksWhatAModalWindowDoesNotOwn) {
     EXPECT_FALSE(desktop.isModalBlocking(*inner));
 
     desktop.postMouseMove({90, 90});
-    desktop.postButtonDown(leftButton);
-    desktop.postButtonUp(leftButton);
+    postClick();
     desktop.processEvents();
     EXPECT_EQ(desktop.getActiveWindow(), dialog.get()) << "a blocked window must not come to the front";
     dialog->hide();
@@ -180,23 +175,19 @@ TEST_F(HeadlessDesktopTest, GivesAPressBesideEverythingToTheOpenPopup) {
     auto popup = open({20, 20, 40, 40}, b, WindowKind::popup, document.get());
     b.isLoggingMoves = false;
     desktop.postMouseMove({500, 500});
-    desktop.postButtonDown(leftButton);
-    desktop.postButtonUp(leftButton);
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "b down 480,480 b1 m0; b up 480,480 b1 m0");
+    postClick();
+    EXPECT_EQ(hear(), "b down 480,480 b1 m0; b up 480,480 b1 m0");
 }
 
 TEST_F(HeadlessDesktopTest, ADisabledWindowHearsNoInput) {
     auto window = open({0, 0, 100, 100}, a);
     window->enable(false);
     desktop.postMouseMove({5, 5});
-    desktop.postButtonDown(leftButton);
-    desktop.postButtonUp(leftButton);
+    postClick();
     desktop.postWheel(0, 1);
     desktop.postKey(KeyKind::down, u'x', 0);
     desktop.postClosePress(*window);
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "");
+    EXPECT_EQ(hear(), "");
 }
 
 TEST_F(HeadlessDesktopTest, PaintsOnlyWhatIsInvalidAndOnlyOutOfThePump) {
@@ -233,8 +224,7 @@ TEST_F(HeadlessDesktopTest, UpdatePaintsAtOnceButNeverWithinAPaint) {
     window->invalidate({0, 0, 50, 50});
     window->update();
     EXPECT_EQ(takeLog(), "a paint 0,0 50x50; first paint done");
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "a paint 1,1 1x1") << "what became invalid within a paint is painted later";
+    EXPECT_EQ(hear(), "a paint 1,1 1x1") << "what became invalid within a paint is painted later";
 }
 
 TEST_F(HeadlessDesktopTest, ADrawnPixelStaysUntilItIsPaintedAgain) {
@@ -279,10 +269,13 @@ TEST_F(HeadlessDesktopTest, ScrollsPixelsAndTheirInvalidRegion) {
     }
 }
 
+std::vector<HeadlessMonitor> sideBySide(double leftScale, double rightScale) {
+    return {{"left", {0, 0, 1000, 800}, {0, 30, 1000, 800}, leftScale},
+            {"right", {1000, 0, 2000, 800}, {1000, 0, 2000, 800}, rightScale}};
+}
+
 TEST_F(HeadlessDesktopTest, InAProgramThatKnowsOneScaleAllWindowsHaveThatOfTheMainMonitor) {
-    HeadlessMonitor plain{"left", {0, 0, 1000, 800}, {0, 0, 1000, 760}, 1.25};
-    HeadlessMonitor dense{"right", {1000, 0, 2000, 800}, {1000, 0, 2000, 800}, 1.5};
-    desktop.setMonitors({plain, dense});
+    desktop.setMonitors(sideBySide(1.25, 1.5));
     for (const DpiAwareness awareness : {DpiAwareness::none, DpiAwareness::monitor, DpiAwareness::system}) {
         setDpiAwareness(awareness);
         const auto window = open({1200, 100, 1301, 201}, a);
@@ -292,9 +285,7 @@ TEST_F(HeadlessDesktopTest, InAProgramThatKnowsOneScaleAllWindowsHaveThatOfTheMa
 }
 
 TEST_F(HeadlessDesktopTest, AWindowThatMovesToAnotherMonitorChangesItsScale) {
-    HeadlessMonitor plain{"left", {0, 0, 1000, 800}, {0, 0, 1000, 760}, 1.0};
-    HeadlessMonitor dense{"right", {1000, 0, 2000, 800}, {1000, 0, 2000, 800}, 1.5};
-    desktop.setMonitors({plain, dense});
+    desktop.setMonitors(sideBySide(1, 1.5));
     auto window = open({100, 100, 301, 201}, a);
     EXPECT_EQ(window->getSurface().width, 201);
 
@@ -309,12 +300,16 @@ TEST_F(HeadlessDesktopTest, AWindowThatMovesToAnotherMonitorChangesItsScale) {
     EXPECT_TRUE(a.painted.contains(CmRect{0, 0, 201, 101}));
 }
 
+HeadlessMonitor scaled(double scale) {
+    HeadlessMonitor monitor;
+    monitor.scale = scale;
+    return monitor;
+}
+
 TEST_F(HeadlessDesktopTest, DevicePixelsOfTheMouseDivideBackToItsPlace) {
     for (const double scale : {1.0, 1.25, 1.5, 1.75, 2.0, 3.0}) {
         SCOPED_TRACE(scale);
-        HeadlessMonitor monitor;
-        monitor.scale = scale;
-        desktop.setMonitors({monitor});
+        desktop.setMonitors({scaled(scale)});
         WindowRecorder client;
         auto window = open({7, 3, 407, 303}, client);
         for (int32_t x = 0; x < 50; ++x) {
@@ -328,9 +323,7 @@ TEST_F(HeadlessDesktopTest, DevicePixelsOfTheMouseDivideBackToItsPlace) {
 }
 
 TEST_F(HeadlessDesktopTest, FractionalScalePresentsEveryPixelThatWasPainted) {
-    HeadlessMonitor monitor;
-    monitor.scale = 1.5;
-    desktop.setMonitors({monitor});
+    desktop.setMonitors({scaled(1.5)});
     auto window = open({0, 0, 100, 100}, a);
     auto* headless = static_cast<HeadlessWindow*>(window.get());
     headless->takePresented();
@@ -368,8 +361,7 @@ TEST_F(HeadlessDesktopTest, KeepsSizesWithinTheLimits) {
     window->setPositionSize({0, 0}, {10, 400});
     EXPECT_EQ(takeLog(), "a sized 80x150");
     desktop.postUserSize(*window, {1000, 5});
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "a tracking started; a sized 150x20; a tracking ended");
+    EXPECT_EQ(hear(), "a tracking started; a sized 150x20; a tracking ended");
 }
 
 TEST_F(HeadlessDesktopTest, RefusesSurfacesThatNoMemoryHolds) {
@@ -392,7 +384,7 @@ TEST_F(HeadlessDesktopTest, TimersRunInVirtualTime) {
     desktop.stopTimer(slowTimer);
     desktop.advance(200);
     EXPECT_EQ(slow.times.size(), 2U);
-    EXPECT_EQ(desktop.getTicks(), HeadlessDesktop::firstTick + 300);
+    EXPECT_EQ(elapsed(desktop), 300);
 }
 
 TEST_F(HeadlessDesktopTest, ATimerMayStopItselfAndOthersWhileItRuns) {
@@ -424,11 +416,11 @@ TEST_F(HeadlessDesktopTest, ATimerThatIsAlwaysDueDoesNotStarveThePaint) {
 
 TEST_F(HeadlessDesktopTest, WaitsJumpTheClockToWhatComesNext) {
     EXPECT_EQ(desktop.waitForEvent(40), WaitResult::timeout);
-    EXPECT_EQ(desktop.getTicks(), HeadlessDesktop::firstTick + 40);
+    EXPECT_EQ(elapsed(desktop), 40);
     Ticker ticker(desktop);
     const TimerId timer = desktop.startTimer(25, ticker);
     EXPECT_EQ(desktop.waitForEvent(1000), WaitResult::event);
-    EXPECT_EQ(desktop.getTicks(), HeadlessDesktop::firstTick + 65);
+    EXPECT_EQ(elapsed(desktop), 65);
     EXPECT_TRUE(desktop.dispatchEvent());
     desktop.stopTimer(timer);
 
@@ -442,7 +434,7 @@ TEST_F(HeadlessDesktopTest, APauseHoldsTheQueueBackButNotTheTimers) {
     Ticker ticker(desktop);
     desktop.startTimer(10, ticker);
     desktop.postPause(35);
-    desktop.postCall([&] { called.push_back(desktop.getTicks() - HeadlessDesktop::firstTick); });
+    desktop.postCall([&] { called.push_back(elapsed(desktop)); });
     desktop.advance(60);
     EXPECT_EQ(called, (std::vector<int64_t>{35}));
     EXPECT_EQ(ticker.times, (std::vector<int64_t>{10, 20, 30, 40, 50, 60}));
@@ -457,23 +449,19 @@ TEST_F(HeadlessDesktopTest, ALoopWithinAnEventSeesTheNextEvent) {
         if (event.kind != MouseKind::down)
             return;
         desktop.setCapture(*window);
-        while (!isUp && desktop.isCapturing()) {
+        while (!isUp && desktop.isCapturing())
             if (!desktop.dispatchEvent())
                 desktop.waitForEvent(-1);
-        }
         log.emplace_back("loop ended");
         desktop.releaseCapture();
     };
     desktop.postMouseMove({5, 5});
-    desktop.postButtonDown(leftButton);
-    desktop.postButtonUp(leftButton);
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "a down 5,5 b1 m0; a up 5,5 b1 m0; loop ended");
+    postClick();
+    EXPECT_EQ(hear(), "a down 5,5 b1 m0; a up 5,5 b1 m0; loop ended");
 
     desktop.postButtonDown(leftButton);
     isUp = false;
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "a down 5,5 b1 m0; a capture lost; loop ended")
+    EXPECT_EQ(hear(), "a down 5,5 b1 m0; a capture lost; loop ended")
         << "nothing is left that could end the loop";
 }
 
@@ -513,10 +501,9 @@ TEST_F(HeadlessDesktopTest, TimersDoNotKeepACaptureForEver) {
     const TimerId timer = desktop.startTimer(50, idle);
     desktop.setCapture(*window);
     const int64_t start = desktop.getTicks();
-    for (int i = 0; i < 10'000 && desktop.isCapturing(); ++i) {
+    for (int i = 0; i < 10'000 && desktop.isCapturing(); ++i)
         if (!desktop.dispatchEvent())
             desktop.waitForEvent(-1);
-    }
     EXPECT_EQ(script.starved, 1);
     EXPECT_EQ(takeLog(), "a capture lost");
     EXPECT_LE(desktop.getTicks() - start, HeadlessDesktop::starvationLimit);
@@ -549,8 +536,7 @@ TEST_F(HeadlessDesktopTest, ShowsAPlainTipWhereTheMouseRests) {
     desktop.advance(1);
     EXPECT_EQ(takeLog(), "tip 0,0 20x20 Gain");
     desktop.postButtonDown(leftButton);
-    desktop.processEvents();
-    EXPECT_EQ(takeLog(), "tip hidden; a down 10,10 b1 m0");
+    EXPECT_EQ(hear(), "tip hidden; a down 10,10 b1 m0");
 
     window->setToolTip({50, 50, 60, 60}, u"elsewhere");
     desktop.advance(2000);
@@ -563,9 +549,7 @@ TEST_F(HeadlessDesktopTest, ShowsAPlainTipWhereTheMouseRests) {
 }
 
 TEST_F(HeadlessDesktopTest, MonitorsAnswerForPlacesOutsideOfThem) {
-    HeadlessMonitor left{"left", {0, 0, 1000, 800}, {0, 30, 1000, 800}, 1.0};
-    HeadlessMonitor right{"right", {1000, 0, 2000, 800}, {1000, 0, 2000, 800}, 2.0};
-    desktop.setMonitors({left, right});
+    desktop.setMonitors(sideBySide(1, 2));
     EXPECT_EQ(desktop.monitorAt({999, 10}), 0);
     EXPECT_EQ(desktop.monitorAt({1000, 10}), 1);
     EXPECT_EQ(desktop.monitorAt({5000, -10}), 1);

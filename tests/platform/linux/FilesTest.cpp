@@ -3,11 +3,13 @@
 #include "platform/System.h"
 #include "platform/Threads.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
@@ -49,8 +51,27 @@ protected:
         return all;
     }
 
-    FileError createLink(const std::string& target, const std::string& name) const {
-        return {symlink(target.c_str(), at(name).c_str()) == 0 ? 0 : errno};
+    /// Makes what each entry describes, with the folders above: "folder/", "file=contents", "link -> target"
+    /// or "pipe|".
+    void make(std::initializer_list<std::string> entries) const {
+        for (const std::string& entry : entries) {
+            const size_t arrow = entry.find(" -> ");
+            const size_t end = std::min(entry.find_first_of("=|"), arrow);
+            const std::string path = at(entry.substr(0, end));
+            ASSERT_FALSE(createFolders(path.substr(0, path.rfind('/')))) << entry;
+            if (end == std::string::npos)
+                continue;
+            const bool isMade = end == arrow        ? symlink(entry.c_str() + end + 4, path.c_str()) == 0
+                                : entry[end] == '|' ? mkfifo(path.c_str(), 0600) == 0
+                                                    : !replaceFile(path, toBytes(entry.substr(end + 1)));
+            ASSERT_TRUE(isMade) << entry;
+        }
+    }
+
+    mode_t rightsOf(const std::string& name) const {
+        struct stat status = {};
+        stat(at(name).c_str(), &status);
+        return status.st_mode & 0777;
     }
 
     std::string linkAt(const std::string& name) const {
@@ -63,7 +84,7 @@ protected:
 };
 
 TEST_F(FilesTest, ReplacesAFileAsAWhole) {
-    ASSERT_FALSE(replaceFile(at("settings"), toBytes("old")));
+    make({"settings=old"});
     chmod(at("settings").c_str(), 0640);
     File reader;
     ASSERT_FALSE(reader.open(at("settings"), openRead));
@@ -74,76 +95,64 @@ TEST_F(FilesTest, ReplacesAFileAsAWhole) {
     EXPECT_EQ(reader.read(buffer, sizeof buffer), 3) << "whoever read the old file goes on reading it";
     EXPECT_STREQ(buffer, "old");
     EXPECT_EQ(list(), "settings ") << "nothing is left beside it";
-    struct stat status = {};
-    stat(at("settings").c_str(), &status);
-    EXPECT_EQ(status.st_mode & 0777, 0640U);
+    EXPECT_EQ(rightsOf("settings"), 0640U);
 }
 
 TEST_F(FilesTest, KeepsTheOldFileWhenItCannotBeReplaced) {
-    ASSERT_FALSE(createFolder(at("target")));
+    make({"target/"});
     EXPECT_EQ(replaceFile(at("target"), toBytes("x")).code, EISDIR);
     EXPECT_TRUE(replaceFile(at("missing/file"), toBytes("x")).isNotFound());
     EXPECT_EQ(list(), "target/ ");
 }
 
-TEST_F(FilesTest, ReplacesBehindALink) {
-    ASSERT_FALSE(createFolder(at("real")));
-    ASSERT_FALSE(replaceFile(at("real/file"), toBytes("one")));
-    ASSERT_EQ(symlink("real/file", at("link").c_str()), 0);
+TEST_F(FilesTest, ReplacesBehindALinkWhetherItsTargetIsThereOrNot) {
+    make({"real/file=one", "link -> real/file", "missing -> real/../real/new", "ring -> ring"});
     ASSERT_FALSE(replaceFile(at("link"), toBytes("two")));
     EXPECT_EQ(read("real/file"), "two");
+    EXPECT_FALSE(replaceFile(at("missing"), toBytes("three")));
+    EXPECT_EQ(read("real/new"), "three");
+    EXPECT_TRUE(replaceFile(at("ring"), toBytes("x"))) << "a link to itself leads nowhere";
+    EXPECT_EQ(list(), "link missing real/ ring ");
     FileInfo info;
     getFileInfo(at("link"), info);
     EXPECT_TRUE(info.isLink) << "the link itself stays";
 }
 
-TEST_F(FilesTest, ReplacesBehindALinkWhoseTargetIsMissing) {
-    ASSERT_FALSE(createFolder(at("real")));
-    ASSERT_EQ(symlink("real/../real/file", at("link").c_str()), 0);
-    ASSERT_EQ(symlink("ring", at("ring").c_str()), 0);
-    EXPECT_FALSE(replaceFile(at("link"), toBytes("new")));
-    EXPECT_EQ(read("real/file"), "new");
-    EXPECT_TRUE(replaceFile(at("ring"), toBytes("x"))) << "a link to itself leads nowhere";
-    EXPECT_EQ(list(), "link real/ ring ");
-}
-
-TEST_F(FilesTest, RefusesToReplaceWhatIsNoFile) {
-    ASSERT_EQ(mkfifo(at("pipe").c_str(), 0600), 0);
-    ASSERT_FALSE(replaceFile(at("file"), toBytes("x")));
+TEST_F(FilesTest, WaitsForNobodyAtAPipeAndReplacesNone) {
+    make({"pipe|", "file=x"});
     EXPECT_EQ(replaceFile(at("pipe"), toBytes("x")).code, ENOTSUP);
     EXPECT_EQ(copyFile(at("file"), at("pipe")).code, ENOTSUP);
-    EXPECT_EQ(copyFile(at("pipe"), at("copy")).code, ENOTSUP) << "without waiting for a writer";
+    EXPECT_EQ(copyFile(at("pipe"), at("copy")).code, ENOTSUP);
+    std::vector<uint8_t> bytes;
+    EXPECT_TRUE(readWholeFile(at("pipe"), bytes, 100));
     EXPECT_EQ(list(), "file pipe ");
 }
 
 TEST_F(FilesTest, TellsApartWhyAnOpenFails) {
-    ASSERT_FALSE(replaceFile(at("file"), toBytes("x")));
-    ASSERT_FALSE(createFolder(at("folder")));
-    struct Case {
+    make({"file=x", "folder/"});
+    const struct {
         const char* name;
         const char* path;
         uint32_t mode;
         int32_t code;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"missing", "none", openRead, ENOENT},
         {"below a file", "file/x", openRead, ENOTDIR},
         {"a folder", "folder", openRead, EISDIR},
         {"exclusive on an existing one", "file", openWrite | openCreate | openExclusive, EEXIST},
         {"truncating a missing one", "none", openWrite | openTruncate, ENOENT},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& c : cases) {
         File file;
         const FileError error = file.open(at(c.path), c.mode);
-        EXPECT_EQ(error.code, c.code) << error.getText();
-        EXPECT_FALSE(file.isOpen());
+        EXPECT_EQ(error.code, c.code) << c.name << ": " << error.getText();
+        EXPECT_FALSE(file.isOpen()) << c.name;
     }
     EXPECT_EQ(list(), "file folder/ ");
 }
 
 TEST_F(FilesTest, ALockedFileIsNotCutByAnother) {
-    ASSERT_FALSE(replaceFile(at("file"), toBytes("precious")));
+    make({"file=precious"});
     File first;
     File second;
     ASSERT_FALSE(first.open(at("file"), openRead | openWrite | openLocked));
@@ -155,17 +164,15 @@ TEST_F(FilesTest, ALockedFileIsNotCutByAnother) {
 }
 
 TEST_F(FilesTest, SharesAFileAsItsOpenersSay) {
-    ASSERT_FALSE(replaceFile(at("file"), toBytes("x")));
+    make({"file=x"});
     constexpr uint32_t r = openRead;
     constexpr uint32_t w = openRead | openWrite;
     constexpr uint32_t shareR = openSharesRead;
     constexpr uint32_t shareW = openSharesWrite;
-    struct Case {
-        uint32_t first;
-        uint32_t second;
+    const struct {
+        uint32_t first, second;
         bool isOpened;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {r | shareR, r | shareR, true},
         {r | shareR, w | shareR, false},
         {r | shareR, w | shareR | shareW, false},
@@ -185,7 +192,7 @@ TEST_F(FilesTest, SharesAFileAsItsOpenersSay) {
         {openWrite | shareR, r | shareR | shareW, true},
         {openWrite, r | shareR | shareW, false},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "modes " << c.first << " and " << c.second);
         File first;
         File second;
@@ -199,7 +206,7 @@ TEST_F(FilesTest, SharesAFileAsItsOpenersSay) {
 }
 
 TEST_F(FilesTest, LetsAllInThatShareEverythingAtOneMoment) {
-    ASSERT_FALSE(replaceFile(at("file"), toBytes("x")));
+    make({"file=x"});
     constexpr uint32_t all = openRead | openWrite | openSharesRead | openSharesWrite | openLocked;
     std::atomic<int> refused{0};
     std::vector<std::thread> threads;
@@ -213,12 +220,6 @@ TEST_F(FilesTest, LetsAllInThatShareEverythingAtOneMoment) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(refused, 0);
-}
-
-TEST_F(FilesTest, DoesNotWaitForAPipeToReadItWhole) {
-    ASSERT_EQ(mkfifo(at("pipe").c_str(), 0600), 0);
-    std::vector<uint8_t> bytes;
-    EXPECT_TRUE(readWholeFile(at("pipe"), bytes, 100));
 }
 
 TEST_F(FilesTest, GoesThroughTheCachesWhereItCannotGoPastThem) {
@@ -260,7 +261,7 @@ TEST_F(FilesTest, SeeksCutsAndGrows) {
 }
 
 TEST_F(FilesTest, ReportsAFailedWrite) {
-    ASSERT_FALSE(replaceFile(at("file"), toBytes("x")));
+    make({"file=x"});
     File file;
     ASSERT_FALSE(file.open(at("file"), openRead));
     FileError error;
@@ -274,7 +275,7 @@ TEST_F(FilesTest, ReportsAFailedWrite) {
 }
 
 TEST_F(FilesTest, RefusesFilesAboveALimit) {
-    ASSERT_FALSE(replaceFile(at("file"), toBytes("0123456789")));
+    make({"file=0123456789"});
     std::vector<uint8_t> bytes;
     EXPECT_FALSE(readWholeFile(at("file"), bytes, 10));
     EXPECT_EQ(bytes.size(), 10U);
@@ -286,24 +287,19 @@ TEST_F(FilesTest, RefusesFilesAboveALimit) {
 }
 
 TEST_F(FilesTest, DeletesTreesWithoutFollowingLinks) {
-    ASSERT_FALSE(createFolders(at("tree/a/b/c")));
-    ASSERT_FALSE(createFolder(at("outside")));
-    ASSERT_FALSE(replaceFile(at("outside/keep"), toBytes("x")));
-    ASSERT_FALSE(replaceFile(at("tree/a/file"), toBytes("x")));
-    ASSERT_EQ(symlink(at("outside").c_str(), at("tree/a/link").c_str()), 0);
+    make({"tree/a/b/c/", "tree/a/file=x", "outside/keep=x", "link -> outside"});
+    make({"tree/a/link -> " + at("outside")});
     EXPECT_TRUE(deleteFolder(at("tree")).isExisting()) << "not empty";
     EXPECT_FALSE(deleteTree(at("tree")));
-    EXPECT_EQ(list(), "outside/ ");
-    EXPECT_EQ(list("outside"), "keep ");
+    EXPECT_EQ(list(), "link/ outside/ ");
     EXPECT_TRUE(deleteTree(at("tree")).isNotFound());
-    ASSERT_FALSE(createLink("outside", "link"));
     EXPECT_FALSE(deleteTree(at("link//"))) << "a link, whatever is behind its name";
     EXPECT_EQ(list(), "outside/ ");
     EXPECT_EQ(list("outside"), "keep ");
 }
 
 TEST_F(FilesTest, CopiesWithTimesAndRightsAndLeavesNoHalfFile) {
-    ASSERT_FALSE(replaceFile(at("from"), toBytes("contents")));
+    make({"from=contents"});
     chmod(at("from").c_str(), 0750);
     const timespec times[2] = {{1'100'000'000, 0}, {1'000'000'000, 123'000'000}};
     ASSERT_EQ(utimensat(AT_FDCWD, at("from").c_str(), times, 0), 0);
@@ -312,13 +308,11 @@ TEST_F(FilesTest, CopiesWithTimesAndRightsAndLeavesNoHalfFile) {
     FileInfo info;
     getFileInfo(at("to"), info);
     EXPECT_EQ(info.written, 1'000'000'000'123);
-    struct stat status = {};
-    stat(at("to").c_str(), &status);
-    EXPECT_EQ(status.st_mode & 0777, 0750U);
+    EXPECT_EQ(rightsOf("to"), 0750U);
 
     EXPECT_TRUE(copyFile(at("from"), at("./from"))) << "onto itself";
     EXPECT_EQ(read("from"), "contents");
-    ASSERT_FALSE(createLink("to", "alias"));
+    make({"alias -> to"});
     EXPECT_TRUE(copyFile(at("to"), at("alias"))) << "onto itself by a link";
     EXPECT_EQ(link(at("to").c_str(), at("twin").c_str()), 0);
     EXPECT_TRUE(copyFile(at("to"), at("twin"))) << "onto itself by another name";
@@ -328,19 +322,15 @@ TEST_F(FilesTest, CopiesWithTimesAndRightsAndLeavesNoHalfFile) {
 }
 
 TEST_F(FilesTest, KeepsPrivateWhatItStores) {
-    ASSERT_FALSE(replaceFile(at("private"), toBytes(std::string(600'000, 'x'))));
+    make({"private=" + std::string(600'000, 'x'), "old=old"});
     chmod(at("private").c_str(), 0600);
-    ASSERT_FALSE(replaceFile(at("old"), toBytes("old")));
     std::string rights;
     const auto look = [&](std::span<const uint8_t>, int64_t) {
         std::vector<FolderEntry> entries;
         listFolder(folder, entries);
-        for (const FolderEntry& entry : entries) {
-            struct stat status = {};
-            stat(at(entry.name).c_str(), &status);
-            if (entry.name.ends_with(".new") && (status.st_mode & 077) != 0)
+        for (const FolderEntry& entry : entries)
+            if (entry.name.ends_with(".new") && (rightsOf(entry.name) & 077) != 0)
                 rights += entry.name + " can be read by others ";
-        }
         return true;
     };
     ASSERT_FALSE(copyFile(at("private"), at("copy"), look));
@@ -352,11 +342,7 @@ TEST_F(FilesTest, KeepsPrivateWhatItStores) {
 }
 
 TEST_F(FilesTest, CopiesTreesWithoutRunningInCircles) {
-    ASSERT_FALSE(createFolders(at("tree/sub")));
-    ASSERT_FALSE(replaceFile(at("tree/file"), toBytes("contents")));
-    ASSERT_FALSE(createLink("file", "tree/toFile"));
-    ASSERT_FALSE(createLink("..", "tree/sub/up"));
-    ASSERT_FALSE(createLink("nowhere", "tree/dangling"));
+    make({"tree/file=contents", "tree/toFile -> file", "tree/sub/up -> ..", "tree/dangling -> nowhere"});
     chmod(at("tree/sub").c_str(), 0700);
     for (const char* inside : {"tree", "tree/sub", "tree/sub/up/tree/new", "tree/new/deeper"})
         EXPECT_EQ(copyTree(at("tree"), at(inside), FileLinks::keep).code, EINVAL) << inside;
@@ -370,13 +356,11 @@ TEST_F(FilesTest, CopiesTreesWithoutRunningInCircles) {
     EXPECT_EQ(read("new/copy/toFile"), "contents");
     EXPECT_EQ(linkAt("new/copy/dangling"), "nowhere");
     EXPECT_EQ(linkAt("new/copy/sub/up"), "..");
-    struct stat status = {};
-    stat(at("new/copy/sub").c_str(), &status);
-    EXPECT_EQ(status.st_mode & 0777, 0700U);
+    EXPECT_EQ(rightsOf("new/copy/sub"), 0700U);
 }
 
 TEST_F(FilesTest, DeletesTreesDeeperThanItMayOpenFiles) {
-    ASSERT_FALSE(createFolder(at("deep")));
+    make({"deep/"});
     const std::string before = getCurrentFolder();
     ASSERT_FALSE(setCurrentFolder(at("deep")));
     for (int i = 0; i < 200; ++i) {
@@ -395,8 +379,7 @@ TEST_F(FilesTest, DeletesTreesDeeperThanItMayOpenFiles) {
 }
 
 TEST_F(FilesTest, MovesOntoExistingFiles) {
-    ASSERT_FALSE(replaceFile(at("a"), toBytes("a")));
-    ASSERT_FALSE(replaceFile(at("b"), toBytes("b")));
+    make({"a=a", "b=b"});
     ASSERT_FALSE(moveFile(at("a"), at("b")));
     EXPECT_EQ(read("b"), "a");
     EXPECT_EQ(list(), "b ");
@@ -406,13 +389,8 @@ TEST_F(FilesTest, MovesTreesAcrossVolumesWithTheirLinks) {
     // Memory files are a volume of their own; where they are not, the move is a plain one with the same
     // outcome.
     const std::string other = "/dev/shm/qorl-move-" + std::to_string(getProcessId());
-    ASSERT_FALSE(createFolders(at("tree/sub")));
-    ASSERT_FALSE(createFolder(at("outside")));
-    ASSERT_FALSE(replaceFile(at("tree/sub/file"), toBytes("moved")));
-    ASSERT_FALSE(replaceFile(at("outside/keep"), toBytes("kept")));
-    ASSERT_FALSE(createLink(at("outside"), "tree/toFolder"));
-    ASSERT_FALSE(createLink("..", "tree/sub/up"));
-    ASSERT_FALSE(createLink("sub/file", "tree/toFile"));
+    make({"tree/sub/file=moved", "tree/sub/up -> ..", "tree/toFile -> sub/file", "outside/keep=kept"});
+    make({"tree/toFolder -> " + at("outside")});
     EXPECT_FALSE(moveFile(at("tree"), other));
     EXPECT_EQ(list(), "outside/ ");
     EXPECT_EQ(read("outside/keep"), "kept") << "what a link leads to is not moved";
@@ -429,9 +407,7 @@ TEST_F(FilesTest, MovesTreesAcrossVolumesWithTheirLinks) {
 
 TEST_F(FilesTest, LeavesATreeWholeThatCannotBeMoved) {
     const std::string other = "/dev/shm/qorl-stays-" + std::to_string(getProcessId());
-    ASSERT_FALSE(createFolder(at("tree")));
-    ASSERT_FALSE(replaceFile(at("tree/file"), toBytes("x")));
-    ASSERT_EQ(mkfifo(at("tree/pipe").c_str(), 0600), 0);
+    make({"tree/file=x", "tree/pipe|"});
     // A plain move, on one volume, takes pipes along.
     const FileError error = moveFile(at("tree"), other);
     EXPECT_EQ(error.code, error ? ENOTSUP : 0);
@@ -450,8 +426,7 @@ TEST_F(FilesTest, LeavesATreeWholeThatCannotBeMoved) {
 }
 
 TEST_F(FilesTest, ResolvesPathsThatDoNotExistYet) {
-    ASSERT_FALSE(createFolder(at("real")));
-    ASSERT_EQ(symlink("real", at("link").c_str()), 0);
+    make({"real/", "link -> real", "dangling -> real/none"});
     const std::string base = getCanonicalPath(folder);
     const std::pair<std::string, std::string> cases[] = {
         {at("link"), base + "/real"},
@@ -464,7 +439,6 @@ TEST_F(FilesTest, ResolvesPathsThatDoNotExistYet) {
         {at("dangling/file"), base + "/real/none/file"},
         {"/", "/"},
     };
-    ASSERT_FALSE(createLink("real/none", "dangling"));
     for (const auto& [path, expected] : cases)
         EXPECT_EQ(getCanonicalPath(path), expected) << path;
 }
@@ -473,7 +447,7 @@ TEST_F(FilesTest, DescribesFiles) {
     FileInfo info;
     EXPECT_FALSE(getFileInfo(at("none"), info)) << "nothing there is no error";
     EXPECT_EQ(info.kind, FileKind::none);
-    ASSERT_FALSE(replaceFile(at(".hidden"), toBytes("12345")));
+    make({".hidden=12345"});
     ASSERT_FALSE(getFileInfo(at(".hidden"), info));
     EXPECT_EQ(info.kind, FileKind::file);
     EXPECT_EQ(info.size, 5);
@@ -483,9 +457,7 @@ TEST_F(FilesTest, DescribesFiles) {
         EXPECT_FALSE(info.isHidden) << dots;
     }
     ASSERT_FALSE(setReadOnly(at(".hidden"), true));
-    struct stat status = {};
-    stat(at(".hidden").c_str(), &status);
-    EXPECT_EQ(status.st_mode & 0222, 0U);
+    EXPECT_EQ(rightsOf(".hidden") & 0222, 0U);
     getFileInfo(at(".hidden"), info);
     EXPECT_TRUE(info.isReadOnly) << "also for the administrator";
     ASSERT_FALSE(setReadOnly(at(".hidden"), false));

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "foundation/messages/FMessage.h"
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qorl::testing {
+
+/// Writes down the messages that it gets, as "name:Message", in a log that several targets may share.
+struct Target : CmObject {
+    Target(std::vector<std::string>& log, std::string name) : log_(log), name_(std::move(name)) {}
+    int32_t handleMessage(FMessage* message) override {
+        log_.push_back(name_ + ":" + message->getName().text8());
+        if (reaction)
+            reaction(*message);
+        return answer;
+    }
+
+    std::function<void(FMessage&)> reaction;
+    int32_t answer = handled;
+
+protected:
+    std::vector<std::string>& log_;
+
+private:
+    std::string name_;
+};
+
+} // namespace qorl::testing
