@@ -6,6 +6,7 @@
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
+#include "support/GraphNode.h"
 #include "support/XmlLines.h"
 
 #include <cmath>
@@ -116,15 +117,13 @@ TEST(FXmlDocument, WritesAndReadsEachKindInItsForm) {
     EXPECT_EQ(cast<CmString>(first)->string(), ConstString("one"));
 }
 
-struct BadDocument {
-    const char* text;
-    const char* error;
-};
-
 TEST(FXmlDocument, SaysWhatItCannotRead) {
     // Longer than the parser's buffer, which gives way to a larger one while the object is passed over.
     const std::string openInside = "<State><obj class='A'><" + std::string(9000, 'x');
-    const BadDocument cases[] = {
+    const struct {
+        const char* text;
+        const char* error;
+    } cases[] = {
         {openInside.c_str(), "1:23: Unexpected end of file! (a tag is not closed)"},
         {"<Other/>", "1:1: Xml data malformed! (the top element must be <State>)"},
         {"<State/>\r\n<State/>", "2:1: Xml data malformed! (a document has one top element only)"},
@@ -352,30 +351,17 @@ TEST(FXmlDocument, PutsDeepObjectsBehindTheBody) {
     }
 }
 
-/// Holds another one in a list, so that a chain of them goes ever deeper.
-class Link : public CmObject {
-    QORL_CLASS(Link, CmObject)
-
-public:
-    explicit Link(Ref<CmObject> next) : next_(std::move(next)) {}
-    bool storeAttributes(FAttributes* attributes) override {
-        if (next_)
-            attributes->appendObject("list", next_);
-        return true;
-    }
-
-private:
-    Ref<CmObject> next_;
-};
-
 TEST(FXmlDocument, SavesNothingThatCannotBeReadAgain) {
-    Ref<Link> chain;
-    for (int i = 0; i < 5000; ++i)
-        chain = make<Link>(chain);
+    auto chain = make<GraphNode>();
+    for (int i = 0; i < 5000; ++i) {
+        const auto next = make<GraphNode>();
+        next->links = {std::exchange(chain, next)};
+    }
     FAttributes links;
     links.setObject("chain", chain.get(), Hold::retain);
     FAttributes read;
     EXPECT_TRUE(readDocument(written(links), read)) << "a chain of objects has no end";
+    GraphNode::cutAll();
 
     for (const bool isList : {false, true}) {
         const int most = isList ? 997 : 998; // Its items stand one level deeper.
@@ -420,8 +406,7 @@ TEST(FXmlDocument, KeepsOddNames) {
                                         Hold::retain);
     }
     FAttributes read;
-    std::string error;
-    ASSERT_TRUE(readDocument(written(attributes), read, &error)) << error;
+    ASSERT_TRUE(readDocument(written(attributes), read));
     EXPECT_EQ(read.getInteger("a\"<\n\xE4\xFF&amp;"), 2);
     for (int32_t i = 2; i < 5; ++i) {
         const auto* stored = cast<FXmlInstance>(read.at(i)->getObject());

@@ -5,6 +5,7 @@
 #include "support/FailingAllocation.h"
 #include "support/LittleCost.h"
 #include "support/ShakyStream.h"
+#include "support/StreamBytes.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -142,6 +143,11 @@ TEST(FXmlParser2, WritesItsErrorTextIntoAString) {
     EXPECT_EQ(recorder.events, "<a>\n\n<b>") << "nothing more is told after a stop";
     stopped.getErrorText(static_cast<FDependent*>(text.get()));
     EXPECT_EQ(text->string().toUtf8(), "Xml Error: no b here \r\nLine: 2");
+    FXmlParser2 large;
+    large.setLimits({.documentBytes = 2});
+    EXPECT_FALSE(large.parse(std::string_view("<b/>")));
+    large.getErrorText(static_cast<FDependent*>(text.get()));
+    EXPECT_EQ(text->string().toUtf8(), "Xml Error: the document is larger than 2 bytes \r\nLine: 1");
     stopped.reset(nullptr);
     EXPECT_FALSE(stopped.parse(std::string_view("<b/>")));
     stopped.getErrorText(static_cast<FDependent*>(text.get()));
@@ -159,13 +165,21 @@ TEST(FXmlParser2, RefusesWhatGrowsWithoutEnd) {
     EXPECT_EQ(describe(nested), "1:3001: elements are nested deeper than 1000");
     EXPECT_EQ(recorder.deepest, 1000);
 
-    FXmlParser2 large;
-    large.setLimits({.documentBytes = 10});
-    EXPECT_FALSE(large.parse(std::string_view("<a>1234567</a>")));
-    EXPECT_EQ(describe(large), "1:1: the document is larger than 10 bytes");
-    const auto text = make<StringObject>();
-    large.getErrorText(static_cast<FDependent*>(text.get()));
-    EXPECT_EQ(text->string().toUtf8(), "Xml Error: the document is larger than 10 bytes \r\nLine: 1");
+    const auto faultOf = [](const std::string& document, FXmlParser2::Limits limits = {}) {
+        FXmlParser2 parser;
+        parser.setLimits(limits);
+        EXPECT_FALSE(parser.parse(memoryOf(document).get()));
+        return describe(parser);
+    };
+    EXPECT_EQ(faultOf("<a>1234567</a>", {.documentBytes = 10}), "1:15: the document is larger than 10 bytes");
+    EXPECT_EQ(faultOf("<a b='" + std::string(300000, 'x'), {.tokenBytes = 100000}),
+              "1:1: a tag or text is longer than 100000 bytes");
+    std::string laughs = "<!DOCTYPE a [<!ENTITY l0 'ha'>";
+    for (int i = 1; i < 40; ++i)
+        laughs += "<!ENTITY l" + std::to_string(i) + " '&l" + std::to_string(i - 1) + ";&l" +
+                  std::to_string(i - 1) + ";'>";
+    EXPECT_NE(faultOf(laughs + "]><a>&l39;</a>").find("amplification"), std::string::npos);
+
     const auto stream = make<FMemoryStream>(std::string_view("0123456789<a>123</a>"));
     stream->seek(10, FStream::fromStart);
     FXmlParser2 rest;
@@ -176,20 +190,6 @@ TEST(FXmlParser2, RefusesWhatGrowsWithoutEnd) {
     EXPECT_TRUE(rest.parse(several.get())) << "nor what stands behind it";
     rest.reset(nullptr);
     EXPECT_FALSE(rest.parse(several.get()));
-
-    const std::string endless = "<a b='" + std::string(300000, 'x');
-    FXmlParser2 tag;
-    tag.setLimits({.tokenBytes = 100000});
-    EXPECT_FALSE(tag.parse(make<FMemoryStream>(std::string_view(endless)).get()));
-    EXPECT_EQ(describe(tag), "1:1: a tag or text is longer than 100000 bytes");
-
-    std::string laughs = "<!DOCTYPE a [<!ENTITY l0 'ha'>";
-    for (int i = 1; i < 40; ++i)
-        laughs += "<!ENTITY l" + std::to_string(i) + " '&l" + std::to_string(i - 1) + ";&l" +
-                  std::to_string(i - 1) + ";'>";
-    FXmlParser2 blowUp;
-    EXPECT_FALSE(blowUp.parse(laughs + "]><a>&l39;</a>"));
-    EXPECT_NE(blowUp.errorMessage().find("amplification"), std::string::npos) << blowUp.errorMessage();
 }
 
 TEST(FXmlParser2, EndsALackOfMemoryItself) {

@@ -81,17 +81,15 @@ Parsed parse(std::string_view document, uint32_t options = 0, int64_t pieces = 1
                 recorder.getErrorText() + '|' + recorder.errorDetail()};
 }
 
-struct EventCase {
-    const char* name;
-    const char* document;
-    const char* expected;
-    uint32_t options = 0;
-};
-
 using P = FXmlParser;
 
 TEST(FXmlParser, TellsWhatItFindsHoweverTheStreamIsCut) {
-    const EventCase cases[] = {
+    const struct {
+        const char* name;
+        const char* document;
+        const char* expected;
+        uint32_t options = 0;
+    } cases[] = {
         {"mark and declaration", "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?><a/>", "<a/>"},
         {"both quotes", "<a b='1' c = \"2'\" />", "<a b=1 c=2'/>"},
         {"entities", "<a b='&lt;&nosuch;&#x41;&#0;'>&amp;&half;</a>", "<a b=<&nosuch;A&#0;>[&\xBD]</a>"},
@@ -120,7 +118,7 @@ TEST(FXmlParser, TellsWhatItFindsHoweverTheStreamIsCut) {
         {"text outside", "x<a/>y", "[x]<a/>[y]"},
         {"line ends in values", "<a b='1\r\n2'/>", "<a b=1\r\n2/>"},
     };
-    for (const EventCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         for (const int64_t pieces : {1 << 20, 7, 1}) {
             const Parsed parsed = parse(c.document, c.options, pieces);
@@ -135,13 +133,11 @@ TEST(FXmlParser, KeepsZeroBytes) {
     EXPECT_EQ(parse("<a b='1\0\0'>\0</a>"sv, 0, 3).events, "<a b=1\0\0>[\0]</a>"sv);
 }
 
-struct FaultCase {
-    const char* document;
-    const char* expected;
-};
-
 TEST(FXmlParser, SaysWhatIsWrongAndWhere) {
-    const FaultCase cases[] = {
+    const struct {
+        const char* document;
+        const char* expected;
+    } cases[] = {
         {"<a>\n <b></c></a>", "2:5 Xml data malformed!|</b> is missing here"},
         {"<a/>\r\n</a>", "2:1 Xml data malformed!|an end tag has no start tag"},
         {"<a>\r<b c=1/></a>", "2:1 Xml data malformed!|an attribute's value must stand in quotes"},
@@ -158,7 +154,7 @@ TEST(FXmlParser, SaysWhatIsWrongAndWhere) {
         {"<!DOCTYPE [ '>'", "1:1 Unexpected end of file!|a document type has no end"},
         {"<!DOCTYPE [ <?x ", "1:1 Unexpected end of file!|a processing instruction has no end"},
     };
-    for (const FaultCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.document);
         for (const int64_t pieces : {1 << 20, 1}) {
             const Parsed parsed = parse(c.document, 0, pieces);

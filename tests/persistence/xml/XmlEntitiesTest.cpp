@@ -20,14 +20,12 @@ std::string written(uint8_t byte, Escape escape) {
     return std::string(entry.text, entry.length);
 }
 
-struct Code {
-    const char* name;
-    int latin1;
-    int macintosh;
-};
-
 TEST(XmlEntities, HaveTheirCodesInBothSets) {
-    const Code codes[] = {
+    const struct {
+        const char* name;
+        int latin1;
+        int macintosh;
+    } codes[] = {
         {"quot", 0x22, 0x22},   {"apos", 0x27, 0x27},   {"nl", 0x0A, 0x0A},     {"cr", 0x0D, 0x0D},
         {"horbar", 0x5F, 0x5F}, {"nbsp", 0xA0, 0xFF},   {"yen", 0xA5, 0xB4},    {"brvbar", 0xA6, 0xFF},
         {"not", 0xAC, 0xC2},    {"reg", 0xAE, 0xA8},    {"frac12", 0xBD, 0xFF}, {"half", 0xBD, 0xFF},
@@ -36,7 +34,7 @@ TEST(XmlEntities, HaveTheirCodesInBothSets) {
         {"Ouml", 0xD6, 0x85},   {"times", 0xD7, 0xFF},  {"Uuml", 0xDC, 0x86},   {"THORN", 0xDE, 0xFF},
         {"szlig", 0xDF, 0xA7},  {"divide", 0xF7, 0xD6}, {"oslash", 0xF8, 0xBF}, {"yuml", 0xFF, 0xD8},
     };
-    for (const Code& code : codes) {
+    for (const auto& code : codes) {
         const std::string text = '&' + std::string(code.name) + ';';
         EXPECT_EQ(decoded(text), std::string(1, static_cast<char>(code.latin1))) << code.name;
         EXPECT_EQ(decoded(text, Column::macintosh), std::string(1, static_cast<char>(code.macintosh)))

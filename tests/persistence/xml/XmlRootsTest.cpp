@@ -217,13 +217,11 @@ TEST(XmlRoots, ASelectedOneCostsNoMoreThanItsPlace) {
     EXPECT_LT(reading.stream.tell(), static_cast<int64_t>(needed) + 4096);
 }
 
-struct RootFault {
-    const char* text;
-    const char* error;
-};
-
 TEST(XmlRoots, SaysWhatIsWrongWithThem) {
-    const RootFault cases[] = {
+    const struct {
+        const char* text;
+        const char* error;
+    } cases[] = {
         {"<Doc><root ID='1'/></Doc>", "1:6: Not enough actual attributes in tag!"},
         {"<Doc><root name='a'/></Doc>", "1:6: Not enough actual attributes in tag!"},
         {"<Doc><root name='a' ID='0'/></Doc>", "1:6: Not enough actual attributes in tag!"},
@@ -235,7 +233,7 @@ TEST(XmlRoots, SaysWhatIsWrongWithThem) {
         {"<Doc><rootObjects><member name='a'/></rootObjects></Doc>",
          "1:19: Unexpected tag or invalid attributes! (<member> can't stand here)"},
     };
-    for (const RootFault& c : cases) {
+    for (const auto& c : cases) {
         Reading reading(c.text);
         EXPECT_FALSE(reading.document.load("Doc")) << c.text;
         EXPECT_EQ(reading.document.errorText(), c.error) << c.text;
