@@ -56,6 +56,13 @@ public:
     std::string text;
 };
 
+/// What is reported to everybody while this lives.
+struct GlobalReports : ReportLog {
+    GlobalReports() { FObjectArchive::setGlobalListener(this); }
+    GlobalReports(const GlobalReports&) = delete;
+    ~GlobalReports() { FObjectArchive::setGlobalListener(nullptr); }
+};
+
 /// A storing archive and its bytes.
 template <typename Archive>
 struct Storing {
@@ -70,11 +77,10 @@ struct Storing {
     ReportLog log;
 };
 
-/// A reading archive over bytes that are kept elsewhere.
+/// A reading archive over bytes.
 template <typename Archive>
 struct Reading {
-    explicit Reading(std::string_view bytes, uint16_t byteOrder = 0)
-        : stream(bytes), archive(stream, Direction::reading) {
+    explicit Reading(std::string stored, uint16_t byteOrder = 0) : bytes(std::move(stored)) {
         stream.setByteOrder(byteOrder);
         archive.setListener(&log);
     }
@@ -90,8 +96,9 @@ struct Reading {
         return object ? object->getClassName() : log.text.empty() ? "null" : log.text;
     }
 
-    FMemoryStream stream;
-    Archive archive;
+    const std::string bytes;
+    FMemoryStream stream{std::string_view(bytes)};
+    Archive archive{stream, Direction::reading};
     ReportLog log;
 };
 
@@ -148,8 +155,7 @@ void expectClassTwice(std::string_view text, std::string_view behind, const char
     EXPECT_TRUE(storing.archive.writeClass(&GraphNode::classRecord()));
     EXPECT_FALSE(storing.archive.writeClass(nullptr));
     EXPECT_EQ(hexOf(storing.bytes()), hexOf(bytesOf(text)));
-    const std::string bytes = storing.bytes() + bytesOf(behind);
-    Reading<Archive> reading(bytes);
+    Reading<Archive> reading(storing.bytes() + bytesOf(behind));
     EXPECT_EQ(reading.archive.getVersion(), 0);
     for (int time = 0; time < 2; ++time) {
         EXPECT_EQ(reading.archive.readClass(), &GraphNode::classRecord());

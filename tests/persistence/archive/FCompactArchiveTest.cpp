@@ -82,8 +82,7 @@ TEST(FCompactArchive, ReportsWhatCantBeRead) {
     };
     for (const auto& [text, className, result] : cases) {
         SCOPED_TRACE(text);
-        const std::string bytes = bytesOf(text);
-        Reads reading(bytes);
+        Reads reading(bytesOf(text));
         EXPECT_EQ(reading.nextValue(className), result);
     }
 }
@@ -94,8 +93,7 @@ TEST(FCompactArchive, ComparesTheClassOnlyWhereAnObjectOccursAgain) {
     storing.archive.writeObject(node.get());
     storing.archive.writeObject(node.get());
     storing.archive.writeObject(node.get());
-    const std::string bytes = storing.bytes();
-    Reads reading(bytes);
+    Reads reading(storing.bytes());
     EXPECT_EQ(reading.nextValue("CmString"), "1");
     EXPECT_EQ(reading.nextValue("CmString"), "-99 GraphNode");
     EXPECT_EQ(reading.archive.lastError(), FObjectArchive::wrongObject);
@@ -132,8 +130,7 @@ TEST(FCompactArchive, StopsForGoodBehindAnObjectThatCantBeRead) {
     };
     for (const auto& [text, log, later] : cases) {
         SCOPED_TRACE(text);
-        const std::string bytes = bytesOf(text) + node;
-        Reads reading(bytes);
+        Reads reading(bytesOf(text) + node);
         EXPECT_EQ(reading.next(), nullptr);
         EXPECT_EQ(reading.log.text, log);
         const int64_t place = reading.stream.tell();

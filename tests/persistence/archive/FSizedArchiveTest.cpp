@@ -2,6 +2,7 @@
 #include "ArchiveTesting.h"
 #include "foundation/containers/CmBuffer.h"
 #include "persistence/streams/FBufferStream.h"
+#include "support/LittleCost.h"
 
 #include <gtest/gtest.h>
 
@@ -134,8 +135,7 @@ const FaultyNodes faultyNodes[] = {
 TEST(FSizedArchive, LeavesOutWhatCantBeReadAndGoesOnBehindIt) {
     for (const auto& [fault, text, results] : faultyNodes) {
         SCOPED_TRACE(fault);
-        const std::string bytes = bytesOf(text);
-        Reads reading(bytes);
+        Reads reading(bytesOf(text));
         for (const auto& result : results)
             EXPECT_EQ(reading.nextValue(), result);
     }
@@ -143,13 +143,12 @@ TEST(FSizedArchive, LeavesOutWhatCantBeReadAndGoesOnBehindIt) {
 
 TEST(FSizedArchive, FindsMarkersInObjectsThatItSkipped) {
     // The first node stands in an object of a class that nobody knows, and so do the markers of its class.
-    const std::string bytes = bytesOf("FF FF FF FF 02 00 00 00 'Y' 00 00  33 00 00 00 " // 16 bytes
-                                      NODE_MARKERS "08 00 00 00  05 00 00 00  00 00 00 00 "
-                                      "23 00 00 80  08 00 00 00  06 00 00 00  00 00 00 00 "
-                                      "37 00 00 00 "
-                                      "23 00 00 80  08 00 00 00  07 00 00 00  00 00 00 00 "
-                                      "10 00 00 80  08 00 00 00  00 00 00 00  00 00 00 00");
-    Reads reading(bytes);
+    Reads reading(bytesOf("FF FF FF FF 02 00 00 00 'Y' 00 00  33 00 00 00 " // 16 bytes
+                          NODE_MARKERS "08 00 00 00  05 00 00 00  00 00 00 00 "
+                          "23 00 00 80  08 00 00 00  06 00 00 00  00 00 00 00 "
+                          "37 00 00 00 "
+                          "23 00 00 80  08 00 00 00  07 00 00 00  00 00 00 00 "
+                          "10 00 00 80  08 00 00 00  00 00 00 00  00 00 00 00"));
     EXPECT_EQ(reading.nextValue(), "-98 Y");
     EXPECT_EQ(reading.nextValue(), "6");
     EXPECT_EQ(reading.archive.getStoredVersion("GraphNode"), 3);
@@ -170,8 +169,7 @@ TEST(FSizedArchive, StandsBehindAnObjectWhateverItReads) {
         ASSERT_TRUE(storing.archive.writeObject(make<ArchiveProbe>().get()));
         const int64_t end = storing.stream.tell();
         ASSERT_TRUE(storing.archive.writeObject(makeNode(1).get()));
-        const std::string bytes = storing.bytes();
-        Reads reading(bytes);
+        Reads reading(storing.bytes());
         EXPECT_NE(reading.next("ArchiveProbe"), nullptr);
         EXPECT_EQ(reading.stream.tell(), end);
         EXPECT_EQ(reading.nextValue(), "1");
@@ -203,8 +201,7 @@ TEST(FSizedArchive, ReadsANeighbourAgainThatAnObjectTookForItsOwn) {
     storing.archive.writeObject(make<ArchiveProbe>().get());
     storing.archive.writeObject(node.get());
     storing.archive.writeObject(node.get());
-    const std::string bytes = storing.bytes();
-    Reads reading(bytes);
+    Reads reading(storing.bytes());
     EXPECT_EQ(reading.nextValue(), "ArchiveProbe");
     const Ref<CmObject> first = reading.next();
     EXPECT_EQ(GraphNode::describe(first.get()), "1: \n");
@@ -260,14 +257,14 @@ TEST(FSizedArchive, SurvivesObjectsNested100000Deep) {
         stream.writeInt32(left);
         stream.writeInt32(left > 1 ? 1 : 0);
     }
-    Reads reading(stream.bytes());
+    const LittleCost cost(depth * sizeOfEach);
+    Reads reading(std::string(stream.bytes()));
     EXPECT_EQ(reading.next(), nullptr);
     EXPECT_EQ(reading.archive.lastError(), FObjectArchive::streamFailed);
 }
 
 TEST(FSizedArchive, RefusesObjectsOfAnotherClassAndSkipsThem) {
-    const std::string bytes = bytesOf(FIRST_NODE LATER_NODE("02") "27 00 00 00 27 00 00 00");
-    Reads reading(bytes);
+    Reads reading(bytesOf(FIRST_NODE LATER_NODE("02") "27 00 00 00 27 00 00 00"));
     EXPECT_EQ(reading.nextValue("CmString"), "-99 GraphNode");
     EXPECT_EQ(reading.nextValue("CmObject"), "2");
     EXPECT_EQ(reading.nextValue(), "-99") << "a reference to the refused one";

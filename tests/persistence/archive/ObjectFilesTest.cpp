@@ -99,23 +99,15 @@ TEST_F(ObjectFiles, GiveAnObjectTheContentsOfOneFileOnly) {
 TEST_F(ObjectFiles, FailAtLittleCostWhateverTheyClaim) {
     const std::string link =
         "FE FF FF FF 09 00 00 00 'CmObject' 00 00  FF FF FF FF 0A 00 00 00 'GraphNode' 03 00 ";
-    std::string deep = bytesOf("01 00 00 00  01 00 00 00 " + link + "08 6A 18 00  01 00 00 00  01 00 00 00");
-    for (int32_t left = 100'000; left > 0; --left) {
-        deep += bytesOf("1B 00 00 80");
-        const int32_t length = 16 * left - 8;
-        deep.append(reinterpret_cast<const char*>(&length), sizeof length);
-        deep += bytesOf(left > 1 ? "01 00 00 00  01 00 00 00" : "01 00 00 00  00 00 00 00");
-    }
     const std::pair<const char*, std::string> cases[] = {
-        {"2 GB of links", bytesOf("07 00 00 00  FF FF FF 7F")},
-        {"50,001 links", bytesOf("07 00 00 00  51 C3 00 00")},
-        {"a class name of 2 GB", bytesOf("07 00 00 00  01 00 00 00  FF FF FF FF  FF FF FF 7F 'GraphNode'")},
-        {"an object of 2 GB", bytesOf("07 00 00 00  01 00 00 00 " + link + "FF FF FF 7F 08 00 00 00")},
-        {"an object of 4 GB", bytesOf("07 00 00 00  01 00 00 00 " + link + "FF FF FF FF 08 00 00 00")},
-        {"100,000 objects in each other", deep},
+        {"2 GB of links", "FF FF FF 7F"},
+        {"a class name of 2 GB", "01 00 00 00  FF FF FF FF  FF FF FF 7F 'GraphNode'"},
+        {"an object of 2 GB", "01 00 00 00 " + link + "FF FF FF 7F 08 00 00 00"},
+        {"an object of 4 GB", "01 00 00 00 " + link + "FF FF FF FF 08 00 00 00"},
     };
-    for (const auto& [name, bytes] : cases) {
+    for (const auto& [name, text] : cases) {
         SCOPED_TRACE(name);
+        const std::string bytes = bytesOf("07 00 00 00 " + text);
         folder_.write("settings/node.bin", bytes);
         const LittleCost cost(bytes.size());
         EXPECT_FALSE(loadObjectFile("node", makeNode(0).get()));
@@ -138,10 +130,8 @@ TEST_F(ObjectFiles, AreRenamedAndDeleted) {
 TEST_F(ObjectFiles, TellOfClassesThatAreUnknown) {
     ASSERT_TRUE(saveObjectFile("node", makeNode(1, {make<ArchiveProbe>()}).get()));
     const Unregistered unregistered(ArchiveProbe::classRecord());
-    ReportLog log;
-    FObjectArchive::setGlobalListener(&log);
+    const GlobalReports log;
     EXPECT_FALSE(loadObjectFile("node", makeNode(0).get()));
-    FObjectArchive::setGlobalListener(nullptr);
     EXPECT_EQ(log.text, "-98 ArchiveProbe");
 }
 

@@ -13,34 +13,22 @@
 namespace qorl {
 namespace {
 
-FAttributeVariant objectValue(FInterface* object) {
-    FAttributeVariant value{};
-    value.kind = FAttributeVariant::object;
-    value.objectValue = object;
-    return value;
-}
-
 TEST(AttributesFace, MovesValuesAcross) {
     const auto attributes = make<FAttributes>();
     Ref<IAttributes> face;
     ASSERT_EQ(attributes->queryInterface(IAttributes::binaryIid, face.out()), Result::ok);
     FAttributeVariant value{};
-    value.kind = FAttributeVariant::text8 | FAttributeVariant::ownedFlag;
-    value.text8Value = static_cast<const char*>(std::memcpy(std::malloc(4), "own", 4));
-    EXPECT_EQ(face->set("text", value), Result::ok);
+    const auto* block = static_cast<const char*>(std::memcpy(std::malloc(4), "own", 4));
+    EXPECT_EQ(face->set("text", givenAway(valueOf(block))), Result::ok);
     EXPECT_EQ(face->get("text", value), Result::ok);
     EXPECT_EQ(value.kind, FAttributeVariant::text8);
     EXPECT_STREQ(value.text8Value, "own");
-    value = {};
-    value.kind = FAttributeVariant::text16;
-    EXPECT_EQ(face->set("text", value), Result::ok);
+    EXPECT_EQ(face->set("text", valueOf(static_cast<const char16_t*>(nullptr))), Result::ok);
     EXPECT_EQ(face->get("text", value), Result::no) << "a null text removes the key";
 
     const auto object = make<CmString>("o");
-    value = {};
-    value.kind = FAttributeVariant::object | FAttributeVariant::ownedFlag;
-    value.objectValue = static_cast<FDependent*>(retain(object.get()).detach());
-    EXPECT_EQ(face->queue("objects", value), Result::ok);
+    FInterface* given = static_cast<FDependent*>(retain(object.get()).detach());
+    EXPECT_EQ(face->queue("objects", givenAway(valueOf(given))), Result::ok);
     EXPECT_EQ(referencesOn(object.get()), 2u);
     EXPECT_EQ(face->getQueueItemCount("objects"), 1);
     EXPECT_EQ(face->unqueue("objects", value), Result::ok);
@@ -62,22 +50,22 @@ TEST(AttributesFace, HoldsObjectsOfOtherModules) {
     {
         const auto attributes = make<FAttributes>();
         IAttributes& face = *attributes;
-        EXPECT_EQ(face.set("foreign", objectValue(&foreign)), Result::ok);
+        EXPECT_EQ(face.set("foreign", valueOf(&foreign)), Result::ok);
         EXPECT_EQ(foreign.references(), 2u);
         EXPECT_TRUE(attributes->find("foreign")->isObject()) << "the holder is stored as an object";
         FAttributeVariant value{};
         EXPECT_EQ(face.get("foreign", value), Result::ok);
         EXPECT_EQ(value.kind, FAttributeVariant::object);
         EXPECT_EQ(value.objectValue, &foreign) << "what is given back is what was given";
-        EXPECT_EQ(face.queue("list", objectValue(&foreign)), Result::ok);
+        EXPECT_EQ(face.queue("list", valueOf(&foreign)), Result::ok);
         EXPECT_EQ(face.unqueue("list", value), Result::ok);
         EXPECT_EQ(value.kind, FAttributeVariant::object | FAttributeVariant::ownedFlag);
         EXPECT_EQ(value.objectValue, &foreign);
         value.clear();
         EXPECT_EQ(foreign.references(), 3u);
-        EXPECT_EQ(face.set("foreign", objectValue(nullptr)), Result::ok);
+        EXPECT_EQ(face.set("foreign", valueOf(static_cast<FInterface*>(nullptr))), Result::ok);
         EXPECT_EQ(face.get("foreign", value), Result::no);
-        EXPECT_EQ(face.queue("list", objectValue(nullptr)), Result::no);
+        EXPECT_EQ(face.queue("list", valueOf(static_cast<FInterface*>(nullptr))), Result::no);
     }
     EXPECT_EQ(foreign.references(), 1u);
 }
@@ -85,7 +73,7 @@ TEST(AttributesFace, HoldsObjectsOfOtherModules) {
 TEST(AttributesFace, QueuesAttributesAsAttributes) {
     const auto attributes = make<FAttributes>();
     const auto item = make<FAttributes>();
-    EXPECT_EQ(attributes->queue("items", objectValue(static_cast<IAttributes*>(item.get()))), Result::ok);
+    EXPECT_EQ(attributes->queue("items", valueOf(static_cast<IAttributes*>(item.get()))), Result::ok);
     EXPECT_NE(cast<FSubList>(attributes->find("items")->getObject()), nullptr);
     FAttributeVariant value{};
     EXPECT_EQ(attributes->unqueue("items", value), Result::ok);
@@ -96,25 +84,13 @@ TEST(AttributesFace, QueuesAttributesAsAttributes) {
 }
 
 TEST(AttributesFace, GivesEachKindOfItem) {
-    struct Case {
-        uint32_t kind;
-        void (*fill)(FAttributeVariant& value);
-    };
-    const Case cases[] = {
-        {FAttributeVariant::integer, [](FAttributeVariant& v) { v.integerValue = -7; }},
-        {FAttributeVariant::real, [](FAttributeVariant& v) { v.realValue = 0.5; }},
-        {FAttributeVariant::text8, [](FAttributeVariant& v) { v.text8Value = "text"; }},
-        {FAttributeVariant::text16, [](FAttributeVariant& v) { v.text16Value = u"text"; }},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.kind);
+    for (const FAttributeVariant& value :
+         {valueOf(int64_t{-7}), valueOf(0.5), valueOf("text"), valueOf(u"text")}) {
+        SCOPED_TRACE(value.kind);
         FAttributes attributes;
         IAttributes& face = attributes;
-        FAttributeVariant value{};
-        value.kind = c.kind;
-        c.fill(value);
-        for (const char* key : {"queue", "queue"})
-            EXPECT_EQ(face.queue(key, value), Result::ok);
+        for (int time = 0; time < 2; ++time)
+            EXPECT_EQ(face.queue("queue", value), Result::ok);
         EXPECT_EQ(face.set("value", value), Result::ok);
         EXPECT_EQ(face.getQueueItemCount("queue"), 2);
         String expected;
@@ -125,7 +101,7 @@ TEST(AttributesFace, GivesEachKindOfItem) {
         for (const FAttributeVariant& answer : answers) {
             String given;
             given.printVariant(answer);
-            EXPECT_EQ(answer.kind, c.kind);
+            EXPECT_EQ(answer.kind, value.kind);
             EXPECT_EQ(given, expected);
         }
         EXPECT_EQ(face.resetQueue("queue"), Result::ok);

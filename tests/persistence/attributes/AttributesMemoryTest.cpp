@@ -20,20 +20,11 @@ using Hold = FAttributes::Hold;
 
 const std::string longText(300, 'x');
 
-/// Values of all kinds, too large for any small room, with nested ones and objects, one of them twice.
+/// Values of all kinds, too large for any small room.
 void fill(FAttributes& attributes) {
     for (int32_t i = 0; i < 14; ++i)
         attributes.setInteger(longText + std::to_string(i), i);
-    attributes.setText16("text", u"a wide text that stands on the heap");
-    attributes.appendInteger("ints", 3);
-    attributes.appendText16("texts", u"another one that stands on the heap");
-    attributes.setBinary("bytes", longText.data(), 300, true);
-    attributes.setObject("nested", make<FAttributes>().get(), Hold::retain);
-    attributes.getAttributes("nested")->setText8("deep", longText.c_str());
-    attributes.appendAttributes("subs", make<FAttributes>());
-    const auto object = make<CmString>(longText.c_str());
-    attributes.setObject("object", object.get(), Hold::retain);
-    attributes.appendObject("objects", object);
+    fillWithAllKinds(attributes, longText.c_str());
 }
 
 TEST(AttributesMemory, WritesAllOrNothing) {
@@ -59,16 +50,9 @@ TEST(AttributesMemory, TellsThatReadingFailed) {
     FAttributes attributes;
     fill(attributes);
     const std::string whole = stored(attributes);
-    const BodyBytes item = BodyBytes(0).text("CmString").int32(1).text("s").word(8).text(longText);
-    const std::string old = BodyBytes(0)
-                                .int32(2)
-                                .object("texts", 41)
-                                .int32(1)
-                                .text(longText)
-                                .object("objects", 101)
-                                .int32(1)
-                                .raw(item.bytes())
-                                .bytes();
+    BodyBytes old(0);
+    old.int32(2).object("texts", 41).int32(1).text(longText);
+    old.object("objects", 101).int32(1).text("CmString").int32(1).text("s").word(8).text(longText);
     const auto isWhole = [](FAttributes& read) {
         ConstString text;
         const bool isText = read.nextText("texts", text) && text == ConstString(longText.c_str());
@@ -77,17 +61,15 @@ TEST(AttributesMemory, TellsThatReadingFailed) {
         return isText && string && string->string() == ConstString(longText.c_str()) && read.count() == 2;
     };
     failEachAllocation([&](FailingAllocation& memory) {
-        FMemoryStream stream{std::string_view(old)};
         FAttributes read;
-        const bool isRead = memory.during([&] { return readAttributes(stream, read); });
+        const bool isRead = memory.during([&] { return load(old.bytes(), read); });
         EXPECT_TRUE(isRead || memory.hasFailed());
         EXPECT_TRUE(!isRead || isWhole(read)) << "what is read is there";
     });
     failEachAllocation([&](FailingAllocation& memory) {
-        FMemoryStream stream{std::string_view(whole)};
         FAttributes read;
         std::string fault;
-        const bool isRead = memory.during([&] { return readAttributes(stream, read, nullptr, &fault); });
+        const bool isRead = memory.during([&] { return load(whole, read, 0, &fault); });
         EXPECT_TRUE(isRead || memory.hasFailed());
         EXPECT_EQ(fault, isRead ? "" : "out of memory");
         if (isRead) {
@@ -130,39 +112,22 @@ struct FaceCase {
 };
 const FaceCase faceCases[] = {
     {"set a text",
-     [](IAttributes& face, FInterface*) {
-         FAttributeVariant value{FAttributeVariant::text8, {}};
-         value.text8Value = longText.c_str();
-         return face.set(longText.c_str(), value);
-     }},
+     [](IAttributes& face, FInterface*) { return face.set(longText.c_str(), valueOf(longText.c_str())); }},
     {"set a text that is given away",
      [](IAttributes& face, FInterface*) {
-         FAttributeVariant value{FAttributeVariant::text8 | FAttributeVariant::ownedFlag, {}};
          auto* block = static_cast<char*>(std::malloc(50));
-         if (!block)
-             return Result::no;
-         value.text8Value = std::strcpy(block, "given away");
-         return face.set("text", value);
+         return block ? face.set("text", givenAway(valueOf(std::strcpy(block, "given away")))) : Result::no;
      }},
     {"set an object",
      [](IAttributes& face, FInterface* foreign) {
-         FAttributeVariant value{FAttributeVariant::object | FAttributeVariant::ownedFlag, {}};
-         foreign->addRef();
-         value.objectValue = foreign;
-         return face.set("object", value);
+         return face.set("object", givenAway(valueOf(retain(foreign).detach())));
      }},
     {"queue a text",
      [](IAttributes& face, FInterface*) {
-         FAttributeVariant value{FAttributeVariant::text16, {}};
-         value.text16Value = u"a text that is queued behind others";
-         return face.queue("texts", value);
+         return face.queue("texts", valueOf(u"a text that is queued behind others"));
      }},
     {"queue an object",
-     [](IAttributes& face, FInterface* foreign) {
-         FAttributeVariant value{FAttributeVariant::object, {}};
-         value.objectValue = foreign;
-         return face.queue("objects", value);
-     }},
+     [](IAttributes& face, FInterface* foreign) { return face.queue("objects", valueOf(foreign)); }},
     {"set bytes",
      [](IAttributes& face, FInterface*) { return face.setBinary("bytes", longText.data(), 300, true); }},
     {"reset", [](IAttributes& face, FInterface*) { return face.resetAllQueues(); }},

@@ -15,12 +15,6 @@
 namespace qorl {
 namespace {
 
-bool load(const BodyBytes& bytes, FAttributes& attributes, OldObjects oldObjects = OldObjects::created) {
-    FMemoryStream stream{std::string_view(bytes.bytes())};
-    stream.setByteOrder(bytes.byteOrder());
-    return readAttributes(stream, attributes, nullptr, nullptr, oldObjects);
-}
-
 class AttributesOfOldFiles : public ::testing::TestWithParam<uint16_t> {};
 INSTANTIATE_TEST_SUITE_P(ByteOrders, AttributesOfOldFiles, ::testing::Values(0, 1),
                          [](const auto& order) { return order.param ? "HighFirst" : "LowFirst"; });
@@ -40,9 +34,9 @@ TEST_P(AttributesOfOldFiles, ReadsAllItemsOfAListOfTextsAsWideOnes) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.subkind);
         BodyBytes bytes(GetParam());
-        bytes.int32(1).object("t", c.subkind).int32(2).text(c.item).text("end");
+        bytes.int32(1).object("t", c.subkind).int32(2).text(c.item).wide("end");
         FAttributes read;
-        ASSERT_TRUE(load(bytes, read));
+        ASSERT_TRUE(load(bytes.bytes(), read, GetParam()));
         ConstString text;
         ASSERT_TRUE(read.nextText("t", text));
         EXPECT_TRUE(text == ConstString(c.text) && text.isWide());
@@ -66,11 +60,9 @@ TEST_P(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
         bytes.int32(3).object("o", 108).text(c.className).int32(0);
         bytes.object("l", 101).int32(2).text(c.className).int32(0);
         bytes.text("CmString").int32(1).text("s").word(8).text("x").text("end").word(1).int64(7);
-        ReportLog log;
-        FObjectArchive::setGlobalListener(&log);
+        const GlobalReports log;
         FAttributes read;
-        EXPECT_TRUE(load(bytes, read));
-        FObjectArchive::setGlobalListener(nullptr);
+        EXPECT_TRUE(load(bytes.bytes(), read, GetParam()));
         EXPECT_EQ(log.text, std::string(c.report) + "; " + c.report);
         EXPECT_FALSE(read.contains("o"));
         EXPECT_EQ(read.count("l"), 1);
@@ -83,7 +75,7 @@ TEST_P(AttributesOfOldFiles, KeepsObjectsThatNobodyIsToCreate) {
     bytes.int32(2).object("o", 108).text("NoSuchClass").int32(1).text("x").word(1).int64(7);
     bytes.object("l", 101).int32(2).text("CmString").int32(0).text("").int32(0);
     FAttributes read;
-    ASSERT_TRUE(load(bytes, read, OldObjects::kept));
+    ASSERT_TRUE(load(bytes.bytes(), read, GetParam(), nullptr, OldObjects::kept));
     EXPECT_EQ(read.findAttributes("o")->getInteger("x"), 7);
     ASSERT_EQ(read.count("l"), 1) << "there is no use for one without a class";
     EXPECT_TRUE(
@@ -132,7 +124,7 @@ TEST_P(AttributesOfOldFiles, GiveAnObjectWhatWasReadOfIt) {
     BodyBytes bytes(GetParam());
     bytes.int32(1).object("o", 108).text("CmString").int32(2).text("s").word(8).text("half").text("cut");
     FAttributes read;
-    EXPECT_FALSE(load(bytes, read));
+    EXPECT_FALSE(load(bytes.bytes(), read, GetParam()));
     const Ref<CmObject> object = read.getObject("o", "CmString");
     ASSERT_NE(object, nullptr);
     EXPECT_EQ(cast<CmString>(object)->string(), ConstString("half"));

@@ -11,6 +11,7 @@
 #include "support/Objects.h"
 
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <limits>
 #include <string>
 
@@ -18,14 +19,6 @@ namespace qorl {
 namespace {
 
 using Hold = FAttributes::Hold;
-
-/// Whether the whole of `bytes` is a body.
-bool load(const std::string& bytes, FAttributes& attributes, uint16_t byteOrder = 0,
-          std::string* fault = nullptr) {
-    FMemoryStream stream{std::string_view(bytes)};
-    stream.setByteOrder(byteOrder);
-    return readAttributes(stream, attributes, nullptr, fault) && stream.tell() == stream.size();
-}
 
 constexpr uint16_t byteOrders[] = {0, 1};
 
@@ -87,16 +80,21 @@ const SubkindCase subkinds[] = {
      [](BodyBytes& b) { b.int32(1).text("w").word(8).wide(std::string_view("\0b\0", 3)); }},
     {"an empty key", [](FAttributes& a) { a.setInteger("", 1); },
      [](BodyBytes& b) { b.int32(1).int32(0).word(1).int64(1); }},
-    {"integers",
+    {"equal keys",
      [](FAttributes& a) {
-         a.appendInteger("l", 1);
-         a.appendInteger("l", std::numeric_limits<int64_t>::min());
+         a.append("k").setInteger(1);
+         a.append("k").setInteger(2);
+     },
+     [](BodyBytes& b) { b.int32(2).text("k").word(1).int64(1).text("k").word(1).int64(2); }},
+    {"lists of numbers",
+     [](FAttributes& a) {
+         a.appendInteger("i", 1);
+         a.appendInteger("i", INT64_MIN);
+         a.appendFloat("f", -1.5);
      },
      [](BodyBytes& b) {
-         b.int32(1).object("l", 2).int32(2).int64(1).int64(std::numeric_limits<int64_t>::min());
+         b.int32(2).object("i", 2).int32(2).int64(1).int64(INT64_MIN).object("f", 3).int32(1).real(-1.5);
      }},
-    {"floats", [](FAttributes& a) { a.appendFloat("l", -1.5); },
-     [](BodyBytes& b) { b.int32(1).object("l", 3).int32(1).real(-1.5); }},
     {"texts",
      [](FAttributes& a) {
          a.appendText16("l", u"t");
@@ -117,10 +115,14 @@ const SubkindCase subkinds[] = {
      [](BodyBytes& b) {
          b.int32(2).object("n", 6).int32(1).text("x").word(1).int64(7).text("behind").word(1).int64(1);
      }},
-    {"bytes", [](FAttributes& a) { a.setBinary("b", "a\0c", 3, true); },
-     [](BodyBytes& b) { b.int32(1).object("b", 7).int32(3).raw(std::string_view("a\0c", 3)); }},
-    {"no bytes", [](FAttributes& a) { a.setBinary("b", nullptr, 0, true); },
-     [](BodyBytes& b) { b.int32(1).object("b", 7).int32(0); }},
+    {"bytes, and none",
+     [](FAttributes& a) {
+         a.setBinary("b", "a\0c", 3, true);
+         a.setBinary("n", nullptr, 0, true);
+     },
+     [](BodyBytes& b) {
+         b.int32(2).object("b", 7).int32(3).raw(std::string_view("a\0c", 3)).object("n", 7).int32(0);
+     }},
     {"an object twice",
      [](FAttributes& a) {
          const auto instance = make<FXmlInstance>(77, "Gone", one("x", 7));
@@ -131,16 +133,18 @@ const SubkindCase subkinds[] = {
          b.int32(2).object("o", 20).text("Gone").int64(77).int32(1).text("x").word(1).int64(7);
          b.object("again", 21).int64(77);
      }},
-    {"a list with an object twice",
+    {"a list with nothing and with an object twice",
      [](FAttributes& a) {
          const auto instance = make<FXmlInstance>(77, "Gone", make<FAttributes>());
-         a.appendObject("l", instance);
-         a.appendObject("l", instance);
+         const auto list = make<FObjectList>();
+         for (const Ref<CmObject>& item : std::initializer_list<Ref<CmObject>>{nullptr, instance, instance})
+             list->add(item);
+         a.setObject("l", list.get(), Hold::retain);
          a.setInteger("behind", 1);
      },
      [](BodyBytes& b) {
-         b.int32(2).object("l", 201).int32(2).word(20).text("Gone").int64(77).int32(0).word(21).int64(77);
-         b.text("behind").word(1).int64(1);
+         b.int32(2).object("l", 201).int32(3).word(21).int64(0);
+         b.word(20).text("Gone").int64(77).int32(0).word(21).int64(77).text("behind").word(1).int64(1);
      }},
     {"a reference to nothing", [](FAttributes& a) { a.setObject("r", new FXmlReference(5), Hold::adopt); },
      [](BodyBytes& b) { b.int32(1).object("r", 21).int64(5); }},
@@ -191,9 +195,7 @@ INSTANTIATE_TEST_SUITE_P(ByteOrders, AttributesInEachOrder, ::testing::ValuesIn(
 
 TEST_P(AttributesInEachOrder, ReadsTheFormsOfOldFiles) {
     BodyBytes bytes(GetParam());
-    bytes.int32(5);
-    bytes.object("texts", 41).int32(2).text("\xC3\xA4").wide("b");
-    bytes.object("objects", 101).int32(2);
+    bytes.int32(4).object("objects", 101).int32(2);
     bytes.text("CmString").int32(1).text("s").word(8).text("one");
     bytes.text("CmString").int32(1).text("s").word(8).text("two");
     bytes.object("object", 108).text("CmString").int32(1).text("s").word(8).text("three");
@@ -205,9 +207,6 @@ TEST_P(AttributesInEachOrder, ReadsTheFormsOfOldFiles) {
     FAttributes read;
     std::string fault;
     ASSERT_TRUE(readAttributes(stream, read, &archive, &fault)) << fault;
-    EXPECT_TRUE(cast<FStringList>(read.find("texts")->getObject())->wide);
-    ConstString text;
-    EXPECT_TRUE(read.nextText("texts", text) && text.isWide() && text == ConstString(u"\u00E4"));
     std::string found;
     for (const char* list : {"objects", "list"})
         while (const Ref<CmObject> object = read.nextObject(list, "CmString"))
@@ -256,18 +255,6 @@ TEST(AttributesStream, CutsKeysAtTheirZeroByte) {
     EXPECT_EQ(read.getInteger("a"), 2);
 }
 
-TEST(AttributesStream, KeepsEntriesWithEqualKeys) {
-    BodyBytes bytes(0);
-    bytes.int32(40);
-    for (int32_t i = 0; i < 40; ++i)
-        bytes.text(i % 2 == 0 ? "even" : "odd").word(1).int64(i);
-    FAttributes read;
-    ASSERT_TRUE(load(bytes.bytes(), read));
-    EXPECT_EQ(read.count(), 40);
-    EXPECT_EQ(read.getInteger("odd"), 1);
-    EXPECT_EQ(stored(read), bytes.bytes());
-}
-
 /// What only old files have, less what their archives read.
 std::string oldBody(uint16_t byteOrder) {
     BodyBytes bytes(byteOrder);
@@ -277,26 +264,9 @@ std::string oldBody(uint16_t byteOrder) {
     return bytes.bytes();
 }
 
-/// Every kind of value once, an object twice.
-void fill(FAttributes& attributes) {
-    attributes.setInteger("int", -1);
-    attributes.setFloat("float", 0.1);
-    attributes.setText16("text", u"\u00E4");
-    attributes.appendInteger("ints", 3);
-    attributes.appendFloat("floats", 1.5);
-    attributes.appendText16("texts", u"t");
-    attributes.setBinary("bytes", "ab", 2, true);
-    attributes.setObject("nested", one("deep", 5).get(), Hold::retain);
-    attributes.appendAttributes("subs", one("x", 6));
-    const auto object = make<CmString>("object");
-    attributes.setObject("object", object.get(), Hold::retain);
-    attributes.appendObject("objects", object);
-    attributes.appendObject("objects", make<CmString>("other"));
-}
-
 TEST_P(AttributesInEachOrder, FailsWhereTheBytesEndAndKeepsWhatItHas) {
     FAttributes attributes;
-    fill(attributes);
+    fillWithAllKinds(attributes, "text");
     for (const std::string& bytes : {stored(attributes, GetParam()), oldBody(GetParam())})
         for (size_t length = 0; length < bytes.size(); ++length) {
             SCOPED_TRACE(::testing::Message() << "cut at " << length << " of " << bytes.size());
@@ -312,7 +282,7 @@ TEST_P(AttributesInEachOrder, FailsWhereTheBytesEndAndKeepsWhatItHas) {
 
 TEST(AttributesStream, ReadsDamagedCountsToTheirEnd) {
     FAttributes attributes;
-    fill(attributes);
+    fillWithAllKinds(attributes, "text");
     for (const std::string& bytes : {stored(attributes), oldBody(0)})
         for (size_t place = 0; place + 4 <= bytes.size(); ++place)
             for (const int32_t count : {-1, 0, 50001, std::numeric_limits<int32_t>::max()}) {
@@ -383,10 +353,8 @@ TEST(AttributesStream, LeavesOutATextThatIsTooLongToRead) {
     bytes.object("l", 4).int32(2).int32(50001).raw(std::string(50001, 'x')).text("t");
     bytes.text("last").word(1).int64(1);
     FAttributes read;
-    ReportLog log;
-    FObjectArchive::setGlobalListener(&log);
+    const GlobalReports log;
     EXPECT_TRUE(load(bytes.bytes(), read));
-    FObjectArchive::setGlobalListener(nullptr);
     EXPECT_EQ(log.text, "-97 a text of \"long\" is longer than 50000 bytes; "
                         "-97 a text of \"l\" is longer than 50000 bytes");
     EXPECT_FALSE(read.contains("long"));
@@ -438,7 +406,7 @@ TEST(AttributesStream, WritesNothingOfWhatCouldNotBeReadBack) {
 
 TEST(AttributesStream, FailsWhenTheStreamTakesTooLittle) {
     FAttributes attributes;
-    fill(attributes);
+    fillWithAllKinds(attributes, "text");
     char room[20];
     FMemoryStream stream(room, sizeof room);
     std::string fault;
@@ -486,19 +454,6 @@ TEST(AttributesStream, LeavesNothingHalfOfAnObjectThatGivesUp) {
     expected.object("part", 20).text("Part").int64(77).int32(1).text("x").word(1).int64(7);
     expected.object("again", 21).int64(77).text("behind").word(1).int64(2);
     EXPECT_EQ(stored(attributes), expected.bytes());
-}
-
-TEST(AttributesStream, KeepsTheItemsBehindANull) {
-    FAttributes attributes;
-    const auto list = make<FObjectList>();
-    list->add(nullptr);
-    list->add(make<CmString>("x"));
-    attributes.setObject("l", list.get(), Hold::retain);
-    FAttributes read;
-    ASSERT_TRUE(load(stored(attributes), read));
-    EXPECT_EQ(read.count("l"), 2);
-    EXPECT_NE(read.nextObject("l", "CmString"), nullptr);
-    EXPECT_EQ(read.nextObject("l", "CmString"), nullptr);
 }
 
 TEST(AttributesStream, GivesNoObjectTheNumberOfAReferenceThatLeadsNowhere) {

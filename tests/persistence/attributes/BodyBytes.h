@@ -1,10 +1,12 @@
 #pragma once
 
+#include "foundation/text/CmString.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/streams/FMemoryStream.h"
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
@@ -48,6 +50,34 @@ private:
     bool isReversed_;
     std::string bytes_;
 };
+
+/// Whether the whole of `bytes` is a body.
+inline bool load(std::string_view bytes, FAttributes& attributes, uint16_t byteOrder = 0,
+                 std::string* fault = nullptr, OldObjects oldObjects = OldObjects::created) {
+    FMemoryStream stream(bytes);
+    stream.setByteOrder(byteOrder);
+    return readAttributes(stream, attributes, nullptr, fault, oldObjects) && stream.tell() == stream.size();
+}
+
+/// Every kind of value once, an object twice.
+inline void fillWithAllKinds(FAttributes& attributes, const char* text) {
+    constexpr auto retain = FAttributes::Hold::retain;
+    const auto nested = make<FAttributes>();
+    nested->setText8("deep", text);
+    attributes.setInteger("int", -1);
+    attributes.setFloat("float", 0.1);
+    attributes.setString("text", ConstString(u"a wide text that stands on the heap"));
+    attributes.appendInteger("ints", 3);
+    attributes.appendFloat("floats", 1.5);
+    attributes.appendText16("texts", u"another one that stands on the heap");
+    attributes.setBinary("bytes", text, static_cast<int64_t>(std::strlen(text)), true);
+    attributes.setObject("nested", nested.get(), retain);
+    attributes.appendAttributes("subs", nested);
+    const auto object = make<CmString>(text);
+    attributes.setObject("object", object.get(), retain);
+    attributes.appendObject("objects", object);
+    attributes.appendObject("objects", make<CmString>("other"));
+}
 
 /// The body that `attributes` are stored as.
 inline std::string stored(const FAttributes& attributes, uint16_t byteOrder = 0) {

@@ -145,9 +145,10 @@ TEST(FAttributes, QueuesValuesOfOneKind) {
         EXPECT_TRUE(attributes.appendInteger("n", value));
     EXPECT_FALSE(attributes.appendFloat("n", 1));
     EXPECT_EQ(attributes.count("n"), 3);
+    int64_t value = 0;
     for (int round = 0; round < 2; ++round) {
         std::string read;
-        for (int64_t value = 0; attributes.nextInteger("n", value);)
+        while (attributes.nextInteger("n", value))
             read += std::to_string(value);
         EXPECT_EQ(read, "312") << "the end starts the list over";
     }
@@ -161,17 +162,15 @@ TEST(FAttributes, QueuesValuesOfOneKind) {
     EXPECT_EQ(attributes.nextObject("o"), object.get());
     EXPECT_EQ(attributes.nextObject("o"), nullptr);
 
-    attributes.appendAttributes("sub", make<FAttributes>());
-    attributes.nextAttributes("sub")->appendInteger("inner", 9);
-    int64_t value = 0;
-    attributes.resetCursor("sub");
-    EXPECT_TRUE(attributes.nextAttributes("sub")->nextInteger("inner", value));
-    attributes.nextInteger("n", value);
+    const auto inner = make<FAttributes>();
+    inner->appendInteger("inner", 9);
+    attributes.appendAttributes("sub", inner);
+    EXPECT_EQ(attributes.nextAttributes("sub"), inner.get());
+    EXPECT_TRUE(inner->nextInteger("inner", value) && attributes.nextInteger("n", value));
     attributes.resetAllCursors();
-    EXPECT_TRUE(attributes.nextInteger("n", value));
-    EXPECT_EQ(value, 3);
-    EXPECT_TRUE(attributes.nextAttributes("sub")->nextInteger("inner", value));
-    EXPECT_EQ(value, 9);
+    EXPECT_TRUE(attributes.nextInteger("n", value) && value == 3);
+    EXPECT_EQ(attributes.nextAttributes("sub"), inner.get());
+    EXPECT_TRUE(inner->nextInteger("inner", value)) << "those of nested lists, too";
 }
 
 TEST(FAttributes, GivesBinaryValuesWithinTheirSize) {
@@ -244,21 +243,6 @@ TEST(FAttributes, GivesTheItemsBehindOneThatCantBeGiven) {
     }
 }
 
-TEST(FAttributes, StaysWholeWhenObjectsAreDetached) {
-    FAttributes attributes;
-    attributes.setObject("hidden", new CmString("x"), Hold::adopt);
-    attributes.find("hidden")->setForeign();
-    const auto list = make<FObjectList>();
-    list->add(nullptr);
-    list->add(make<CmString>("y"));
-    attributes.setObject("l", list.get(), Hold::retain);
-    ASSERT_TRUE(attributes.detachObjects());
-    EXPECT_TRUE(cast<FXmlInstance>(attributes.find("hidden")->getObject()));
-    EXPECT_EQ(attributes.find("hidden")->flags() & FAttributeValue::foreign, FAttributeValue::foreign);
-    EXPECT_EQ(attributes.count("l"), 2);
-    EXPECT_EQ(cast<FObjectList>(attributes.find("l")->getObject())->at(0), nullptr);
-}
-
 TEST(FAttributes, FindsItsWayThroughStoredObjects) {
     const auto state = make<FAttributes>();
     const auto instance = make<FXmlInstance>(1, "C", state);
@@ -284,56 +268,40 @@ TEST(FAttributes, FindsItsWayThroughStoredObjects) {
     EXPECT_TRUE(root.findValue("a|x", value)) << "an entry of any kind is the first part";
 }
 
-TEST(FAttributes, StoresNumbersAsKeys) {
-    std::vector<FIntIDAttribute> values;
-    values.emplace_back(0x41424344u).setInteger(1);
-    values.emplace_back(0x00C34142u).setString("two");
-    values.emplace_back(7u, FIntIDAttribute::firstFlag).setInteger(3); // hidden from conversions
-    FAttributes attributes;
-    attributes.saveIntKeyAttributes(values);
-    const FAttributes* nested = attributes.getAttributes("Additional Attributes");
-    ASSERT_NE(nested, nullptr);
-    ASSERT_EQ(nested->count(), 2);
-    EXPECT_EQ(nested->at(0)->key(), "DCBA");
-    EXPECT_EQ(nested->at(1)->key(), "IntID:12796226");
-
-    std::vector<FIntIDAttribute> loaded;
-    loaded.emplace_back(0x41424344u).setInteger(99);
-    EXPECT_TRUE(attributes.loadIntKeyAttributes(loaded, {}, FAttributes::OldValues::kept));
-    ASSERT_EQ(loaded.size(), 2u);
-    EXPECT_EQ(loaded[0].getInteger(), 99);
-    EXPECT_EQ(loaded[1].key(), 0x00C34142u);
-    EXPECT_STREQ(loaded[1].getText8(), "two");
-    EXPECT_TRUE(attributes.loadIntKeyAttributes(loaded));
-    EXPECT_EQ(loaded[0].getInteger(), 1);
-    EXPECT_FALSE(attributes.loadIntKeyAttributes(loaded, "other"));
-}
-
 TEST(FAttributes, TakesOnlyValuesAcrossToNumberedLists) {
-    std::vector<FIntIDAttribute> values;
+    using Entry = FIntIDAttribute;
+    const auto instance = [](const char* className) {
+        return make<FXmlInstance>(1, className, make<FAttributes>());
+    };
+    std::vector<Entry> values;
     values.emplace_back(0u).setInteger(1);
+    values.emplace_back(0x41424344u).setInteger(2);
     values.emplace_back(0x41004142u).setFloat(0.5);
-    values.emplace_back(0x80u, FIntIDAttribute::secondFlag).setInteger(2);
+    values.emplace_back(0x00C34142u).setString("two");
+    values.emplace_back(0x80u, Entry::secondFlag).setInteger(2);
+    values.emplace_back(7u, Entry::firstFlag).setInteger(3);
     values.emplace_back(1u).setForeign();
     values.emplace_back(2u).setInterface(nullptr, Hold::plain);
     values.emplace_back(3u);
-    values.emplace_back(0x42u).setObject(make<FXmlInstance>(1, "CmString", make<FAttributes>()).get(),
-                                         Hold::retain);
-    values.emplace_back(0x43u).setObject(make<FXmlInstance>(2, "NoSuchClass", make<FAttributes>()).get(),
-                                         Hold::retain);
+    values.emplace_back(0x42u).setObject(instance("CmString").get(), Hold::retain);
+    values.emplace_back(0x43u).setObject(instance("NoSuchClass").get(), Hold::retain);
     FAttributes attributes;
-    attributes.saveIntKeyAttributes(values, "mine");
+    attributes.saveIntKeyAttributes(values);
     std::string keys;
-    for (int32_t i = 0; i < attributes.getAttributes("mine")->count(); ++i)
-        keys += attributes.getAttributes("mine")->at(i)->key() + ',';
-    EXPECT_EQ(keys, ",BA,IntID:128,B,C,");
-    std::vector<FIntIDAttribute> loaded;
-    ASSERT_TRUE(attributes.loadIntKeyAttributes(loaded, "mine"));
-    ASSERT_EQ(loaded.size(), 5u);
-    EXPECT_EQ(loaded[1].key(), 0x4142u);
-    EXPECT_EQ(loaded[2].key(), 0x80u);
-    EXPECT_NE(cast<CmString>(loaded[3].getObject()), nullptr) << "the live object, not the stored one";
-    EXPECT_NE(cast<FXmlInstance>(loaded[4].getObject()), nullptr) << "its class may come with a module";
+    const FAttributes* nested = attributes.getAttributes("Additional Attributes");
+    for (int32_t i = 0; i < nested->count(); ++i)
+        keys += nested->at(i)->key() + ',';
+    EXPECT_EQ(keys, ",DCBA,BA,IntID:12796226,IntID:128,B,C,");
+    std::vector<Entry> loaded;
+    ASSERT_TRUE(attributes.loadIntKeyAttributes(loaded));
+    ASSERT_EQ(loaded.size(), 7u);
+    const uint32_t numbers[] = {0, 0x41424344, 0x4142, 0x00C34142, 0x80, 0x42, 0x43};
+    for (size_t i = 0; i < 7; ++i)
+        EXPECT_EQ(loaded[i].key(), numbers[i]);
+    EXPECT_STREQ(loaded[3].getText8(), "two");
+    EXPECT_NE(cast<CmString>(loaded[5].getObject()), nullptr) << "the live object, not the stored one";
+    EXPECT_NE(cast<FXmlInstance>(loaded[6].getObject()), nullptr) << "its class may come with a module";
+    EXPECT_FALSE(attributes.loadIntKeyAttributes(loaded, "other"));
     FAttributes none;
     none.saveIntKeyAttributes({});
     EXPECT_TRUE(none.isEmpty());
@@ -430,19 +398,21 @@ TEST(FAttributes, DetachesFromLiveObjects) {
 TEST(FAttributes, DetachesListsAndLeavesOutWhatHasNoForm) {
     const auto object = make<CmString>("live");
     const auto formless = make<CmObject>();
-    char foreign[] = "abc";
     FAttributes attributes;
     attributes.setObject("formless", formless.get(), Hold::plain);
-    attributes.appendWatched("objects", object.get());
-    attributes.appendWatched("objects", formless.get());
-    attributes.appendWatched("objects", object.get());
+    const auto objects = make<FObjectList>(FObjectList::Items::watched);
+    for (CmObject* item : {static_cast<CmObject*>(nullptr), static_cast<CmObject*>(object.get()),
+                           formless.get(), static_cast<CmObject*>(object.get())})
+        objects->watch(item);
+    attributes.setObject("objects", objects.get(), Hold::retain);
     attributes.appendInteger("ints", 1);
     const auto buffer = make<CmBuffer>("xy", 2);
     attributes.setObject("buffer", buffer.get(), Hold::plain);
     attributes.entry("flags").setEntryFlags(FAttributeValue::entryFlag2);
     attributes.setObject("flags", object.get(), Hold::plain);
+    attributes.find("flags")->setForeign();
     auto item = make<FAttributes>();
-    item->setBinary("bytes", foreign, 3, false);
+    item->setBinary("bytes", "abc", 3, false);
     attributes.appendAttributes("subs", item);
     ASSERT_TRUE(attributes.detachObjects());
     EXPECT_EQ(referencesOn(formless.get()), 1u);
@@ -450,17 +420,19 @@ TEST(FAttributes, DetachesListsAndLeavesOutWhatHasNoForm) {
     EXPECT_EQ(referencesOn(buffer.get()), 2u);
     EXPECT_FALSE(attributes.contains("formless"));
     const auto* list = cast<FObjectList>(attributes.find("objects")->getObject());
-    ASSERT_EQ(list->count(), 2);
+    ASSERT_EQ(list->count(), 3);
     EXPECT_EQ(list->kind(), FObjectList::Items::owned);
-    EXPECT_NE(cast<FXmlInstance>(list->at(0)), nullptr);
-    EXPECT_EQ(cast<FXmlReference>(list->at(1))->target(), list->at(0));
-    EXPECT_EQ(cast<FXmlReference>(attributes.find("flags")->getObject())->target(), list->at(0));
-    EXPECT_TRUE(attributes.find("flags")->flags() & FAttributeValue::entryFlag2);
+    EXPECT_EQ(list->at(0), nullptr) << "an item that is nothing keeps its place";
+    EXPECT_NE(cast<FXmlInstance>(list->at(1)), nullptr);
+    EXPECT_EQ(cast<FXmlReference>(list->at(2))->target(), list->at(1));
+    const FAttributeValue& flags = *attributes.find("flags");
+    EXPECT_EQ(cast<FXmlReference>(flags.getObject())->target(), list->at(1));
+    EXPECT_TRUE(flags.flags() & FAttributeValue::entryFlag2 && flags.flags() & FAttributeValue::foreign);
     EXPECT_NE(cast<FIntList>(attributes.find("ints")->getObject()), nullptr);
     EXPECT_NE(cast<FMemoryStream>(item->find("bytes")->getObject()), nullptr);
 }
 
-/// Removes what it is restored from out of the attributes that hold it.
+/// Removes what it is restored from out of the attributes that hold it, and reads from it.
 class Remover : public CmObject {
     QORL_CLASS(Remover, CmObject)
     QORL_RECORD(Remover)
@@ -475,19 +447,6 @@ public:
 };
 QORL_REGISTER(Remover, "Remover", CmObject, 0)
 
-/// Reads from attributes that it has removed from those of somebody else.
-class Taker : public CmObject {
-public:
-    explicit Taker(FAttributes& from) : from_(from) {}
-    bool restoreAttributes(FAttributes* attributes) override {
-        from_.removeAll();
-        return attributes->getInteger("x") == 7;
-    }
-
-private:
-    FAttributes& from_;
-};
-
 TEST(FAttributes, StaysWhileAnObjectIsLoadedFromIt) {
     const auto nested = [] {
         auto attributes = make<FAttributes>();
@@ -495,13 +454,12 @@ TEST(FAttributes, StaysWhileAnObjectIsLoadedFromIt) {
         return attributes;
     };
     FAttributes attributes;
-    Taker taker(attributes);
-    attributes.setObject("one", nested().get(), Hold::retain);
-    EXPECT_TRUE(attributes.loadObject("one", &taker));
-    attributes.appendAttributes("list", nested());
-    EXPECT_TRUE(attributes.loadNextObject("list", &taker));
-
     Remover::from = &attributes;
+    Remover remover;
+    attributes.setObject("one", nested().get(), Hold::retain);
+    EXPECT_TRUE(attributes.loadObject("one", &remover));
+    attributes.appendAttributes("list", nested());
+    EXPECT_TRUE(attributes.loadNextObject("list", &remover));
     attributes.setObject("o", new FXmlInstance(1, "Remover", nested()), Hold::adopt);
     EXPECT_NE(cast<Remover>(attributes.getObject("o", "Remover")), nullptr);
     const auto instance = make<FXmlInstance>(1, "Remover", nested());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qorl/FAttributeVariant.h>
 #include <qorl/FInterface.h>
 
 namespace qorl {
@@ -16,5 +17,37 @@ public:
 private:
     uint32_t count_ = 1;
 };
+
+/// What another module passes.
+inline FAttributeVariant valueOf(int64_t number) {
+    FAttributeVariant value{FAttributeVariant::integer, {}};
+    value.integerValue = number;
+    return value;
+}
+inline FAttributeVariant valueOf(double number) {
+    FAttributeVariant value{FAttributeVariant::real, {}};
+    value.realValue = number;
+    return value;
+}
+inline FAttributeVariant valueOf(const char* text) {
+    FAttributeVariant value{FAttributeVariant::text8, {}};
+    value.text8Value = text;
+    return value;
+}
+inline FAttributeVariant valueOf(const char16_t* text) {
+    FAttributeVariant value{FAttributeVariant::text16, {}};
+    value.text16Value = text;
+    return value;
+}
+inline FAttributeVariant valueOf(FInterface* object) {
+    FAttributeVariant value{FAttributeVariant::object, {}};
+    value.objectValue = object;
+    return value;
+}
+/// The same, with its ownership.
+inline FAttributeVariant givenAway(FAttributeVariant value) {
+    value.kind |= FAttributeVariant::ownedFlag;
+    return value;
+}
 
 } // namespace qorl
