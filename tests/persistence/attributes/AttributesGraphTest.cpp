@@ -5,14 +5,12 @@
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FXmlObject.h"
 #include "persistence/attributes/ReferenceBinder.h"
-#include "persistence/attributes/StoredObject.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "support/LittleCost.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
-#include <map>
 #include <random>
 #include <string>
 
@@ -78,79 +76,6 @@ public:
     FAttributes state;
 };
 
-/// Attributes as text, each object in full where it is met first and by its number after that.
-class Dump {
-public:
-    static std::string of(const FAttributes& attributes) {
-        Dump dump;
-        dump.body(attributes);
-        return dump.text_;
-    }
-
-private:
-    void body(const FAttributes& attributes) {
-        text_ += '{';
-        for (int32_t i = 0; i < attributes.count(); ++i) {
-            const FStringIDAttribute& entry = *attributes.at(i);
-            text_ += entry.key() + '=';
-            if (entry.isObject())
-                object(entry.getObject());
-            else if (entry.isInteger())
-                text_ += std::to_string(entry.getInteger());
-            else if (entry.isFloat())
-                text_ += std::to_string(entry.getFloat());
-            else
-                text_ += (entry.isWide() ? "u'" : "'") + entry.getString().toUtf8() + '\'';
-            text_ += ' ';
-        }
-        text_ += '}';
-    }
-
-    template <typename List, typename Write>
-    void list(const List& list, Write write) {
-        text_ += '[';
-        for (int32_t i = 0; i < list.count(); ++i) {
-            write(i);
-            text_ += ' ';
-        }
-        text_ += ']';
-    }
-
-    void object(CmObject* object) {
-        if (const auto* nested = cast<FAttributes>(object))
-            return body(*nested);
-        if (const auto* objects = cast<FObjectList>(object))
-            return list(*objects, [&](int32_t i) { instance(objects->at(i)); });
-        if (const auto* lists = cast<FSubList>(object))
-            return list(*lists, [&](int32_t i) { body(*lists->items[static_cast<size_t>(i)]); });
-        if (const auto* integers = cast<FIntList>(object))
-            return list(*integers,
-                        [&](int32_t i) { text_ += std::to_string(integers->items[static_cast<size_t>(i)]); });
-        if (const auto* texts = cast<FStringList>(object))
-            return list(*texts, [&](int32_t i) { text_ += texts->items[static_cast<size_t>(i)].toUtf8(); });
-        if (const auto bytes = binaryBytes(object)) {
-            text_ += "bytes:" + std::string(*bytes);
-            return;
-        }
-        instance(object);
-    }
-
-    void instance(CmObject* object) {
-        object = StoredObject::meantBy(object);
-        const auto [place, isNew] = numbers_.emplace(object, numbers_.size());
-        text_ += '#' + std::to_string(place->second);
-        if (!isNew)
-            return;
-        StoredObject stored;
-        ASSERT_TRUE(stored.take(object));
-        text_ += stored.className.toUtf8();
-        body(*stored.attributes);
-    }
-
-    std::string text_;
-    std::map<const CmObject*, size_t> numbers_;
-};
-
 /// Fills attributes with values of all kinds, and with links to any of `nodes`.
 class RandomFiller {
 public:
@@ -213,23 +138,22 @@ TEST(AttributesGraph, IsTheSameInBothFormsAndDetached) {
         FAttributes graph;
         graph.setObject("first", nodes[0].get(), Hold::plain);
         filler.fill(graph, 0);
-        const std::string before = Dump::of(graph);
+        // In it each object stands in full where it is met first, and by its number after that.
+        const std::string document = documentOf(graph);
+        FAttributes fromXml;
+        ASSERT_TRUE(loadDocument(document, fromXml));
+        EXPECT_EQ(documentOf(fromXml), document);
         const auto byteOrder = static_cast<uint16_t>(seed % 2);
         const std::string bytes = stored(graph, byteOrder);
         FAttributes read;
         ASSERT_TRUE(load(bytes, read, byteOrder));
-        EXPECT_EQ(Dump::of(read), before);
+        EXPECT_EQ(documentOf(read), document);
         EXPECT_EQ(stored(read, byteOrder), bytes) << "nobody was asked for an object";
-        const std::string document = documentOf(graph);
-        FAttributes fromXml;
-        ASSERT_TRUE(loadDocument(document, fromXml));
-        EXPECT_EQ(Dump::of(fromXml), before);
-        EXPECT_EQ(documentOf(fromXml), document);
         ASSERT_TRUE(graph.detachObjects());
-        EXPECT_EQ(Dump::of(graph), before);
+        EXPECT_EQ(documentOf(graph), document);
         for (const auto& node : nodes)
             node->state.removeAll();
-        EXPECT_EQ(Dump::of(graph), before) << "what is detached stands by itself";
+        EXPECT_EQ(documentOf(graph), document) << "what is detached stands by itself";
     }
 }
 

@@ -103,21 +103,36 @@ TEST_P(AttributesOfOldFiles, EndBodiesInEachOtherBeforeASmallStackEnds) {
         });
 }
 
-TEST_P(AttributesOfOldFiles, KeepWhatStandsBehindAStoredNull) {
+TEST_P(AttributesOfOldFiles, HoldObjectsInFormsOfTheirOwn) {
     BodyBytes bytes(GetParam());
-    bytes.int32(3).object("list", 1).int32(2).int32(0);
-    bytes.int32(-1).text("CmString").word(0).text("one");
+    bytes.int32(6).object("objects", 101).int32(2);
+    bytes.text("CmString").int32(1).text("s").word(8).text("one");
+    bytes.text("CmString").int32(1).text("s").word(8).text("two");
+    bytes.object("object", 108).text("CmString").int32(1).text("s").word(8).text("three");
+    bytes.object("archived", 8).int32(-1).text("CmString").word(0).text("four");
+    bytes.object("list", 1).int32(2).int32(0).int32(INT32_MIN + 1).text("five");
     bytes.object("nothing", 8).int32(0).text("end").word(1).int64(7);
     FMemoryStream stream{std::string_view(bytes.bytes())};
     stream.setByteOrder(GetParam());
-    FCompactArchive archive(stream, Direction::reading);
+    FCompactArchive archive(stream, FObjectArchive::Direction::reading);
     FAttributes read;
     std::string fault;
     ASSERT_TRUE(readAttributes(stream, read, &archive, &fault)) << fault;
+    std::string found;
+    for (const char* list : {"objects", "list"})
+        while (const Ref<CmObject> object = read.nextObject(list, "CmString"))
+            found += cast<CmString>(object)->string().toUtf8() + ' ';
+    for (const char* key : {"object", "archived"})
+        found += cast<CmString>(read.getObject(key, "CmString"))->string().toUtf8() + ' ';
+    EXPECT_EQ(found, "one two five three four ");
     EXPECT_EQ(read.count("list"), 2) << "a null keeps its place";
-    EXPECT_NE(read.nextObject("list", "CmString"), nullptr);
     EXPECT_FALSE(read.contains("nothing"));
     EXPECT_EQ(read.getInteger("end"), 7);
+
+    FAttributes without;
+    EXPECT_FALSE(load(bytes.bytes(), without, GetParam(), &fault));
+    EXPECT_NE(fault.find("there is no archive"), std::string::npos) << fault;
+    EXPECT_TRUE(without.contains("object")) << "what was read before stays";
 }
 
 TEST_P(AttributesOfOldFiles, GiveAnObjectWhatWasReadOfIt) {

@@ -33,12 +33,6 @@ TEST(AttributesStream, HasItsBytes) {
                                "\x02\0\0\0l\0\x02\0\x02\0\x01\0\0\0\x03\0\0\0\0\0\0\0",
                                59);
     EXPECT_EQ(stored(attributes), expected);
-    const std::string reversed("\0\0\0\x03"
-                               "\0\0\0\x02i\0\0\x01\0\0\0\0\0\0\x01\x02"
-                               "\0\0\0\x02s\0\0\x08\0\0\0\x05x\0\xEF\xBB\xBF"
-                               "\0\0\0\x02l\0\0\x02\0\x02\0\0\0\x01\0\0\0\0\0\0\0\x03",
-                               59);
-    EXPECT_EQ(stored(attributes, 1), reversed);
 }
 
 struct SubkindCase {
@@ -192,35 +186,6 @@ TEST(AttributesStream, StoresLiveObjectsByClassAndAddress) {
 class AttributesInEachOrder : public ::testing::TestWithParam<uint16_t> {};
 INSTANTIATE_TEST_SUITE_P(ByteOrders, AttributesInEachOrder, ::testing::ValuesIn(byteOrders),
                          [](const auto& order) { return order.param ? "HighFirst" : "LowFirst"; });
-
-TEST_P(AttributesInEachOrder, ReadsTheFormsOfOldFiles) {
-    BodyBytes bytes(GetParam());
-    bytes.int32(4).object("objects", 101).int32(2);
-    bytes.text("CmString").int32(1).text("s").word(8).text("one");
-    bytes.text("CmString").int32(1).text("s").word(8).text("two");
-    bytes.object("object", 108).text("CmString").int32(1).text("s").word(8).text("three");
-    bytes.object("archived", 8).int32(-1).int32(9).raw(std::string_view("CmString\0\0\0", 11)).text("four");
-    bytes.object("list", 1).int32(1).int32(INT32_MIN + 1).text("five");
-    FMemoryStream stream{std::string_view(bytes.bytes())};
-    stream.setByteOrder(GetParam());
-    FCompactArchive archive(stream, FObjectArchive::Direction::reading);
-    FAttributes read;
-    std::string fault;
-    ASSERT_TRUE(readAttributes(stream, read, &archive, &fault)) << fault;
-    std::string found;
-    for (const char* list : {"objects", "list"})
-        while (const Ref<CmObject> object = read.nextObject(list, "CmString"))
-            found += cast<CmString>(object)->string().toUtf8() + ' ';
-    for (const char* key : {"object", "archived"})
-        found += cast<CmString>(read.getObject(key, "CmString"))->string().toUtf8() + ' ';
-    EXPECT_EQ(found, "one two five three four ");
-
-    stream.rewind();
-    FAttributes without;
-    EXPECT_FALSE(readAttributes(stream, without, nullptr, &fault));
-    EXPECT_NE(fault.find("there is no archive"), std::string::npos) << fault;
-    EXPECT_TRUE(without.contains("object")) << "what was read before stays";
-}
 
 TEST_P(AttributesInEachOrder, ReadsOnBehindWhatHasNoValue) {
     BodyBytes bytes(GetParam());
@@ -479,22 +444,14 @@ TEST(AttributesStream, GivesNoObjectTheNumberOfAReferenceThatLeadsNowhere) {
 
 TEST(AttributesStream, KeepsObjectsOfUnknownClasses) {
     FAttributes attributes;
-    const auto gone = make<FXmlInstance>(77, "NoSuchClass", one("x", 1));
-    const auto again = make<FXmlReference>(77);
-    again->bind(gone.get(), FXmlReference::Binding::hold);
-    attributes.setObject("gone", gone.get(), Hold::retain);
-    attributes.setObject("again", again.get(), Hold::retain);
-    attributes.setObject("lost", new FXmlReference(78), Hold::adopt);
+    attributes.setObject("gone", new FXmlInstance(77, "NoSuchClass", one("x", 1)), Hold::adopt);
+    attributes.setObject("again", attributes.find("gone")->getObject(), Hold::retain);
     const std::string bytes = stored(attributes);
     FAttributes read;
     ASSERT_TRUE(load(bytes, read));
-    EXPECT_EQ(stored(read), bytes);
     EXPECT_EQ(cast<FXmlReference>(read.at(1)->getObject())->target(), read.at(0)->getObject());
-    EXPECT_EQ(cast<FXmlReference>(read.at(2)->getObject())->target(), nullptr);
-    EXPECT_EQ(read.findAttributes("gone")->getInteger("x"), 1);
-    EXPECT_EQ(read.getObject("gone"), nullptr);
-    EXPECT_EQ(read.getObject("again"), nullptr);
-    EXPECT_EQ(read.getObject("gone"), nullptr) << "a failed object is not tried again";
+    for (const char* key : {"gone", "again", "gone"})
+        EXPECT_EQ(read.getObject(key), nullptr) << key;
     EXPECT_EQ(stored(read), bytes) << "the class may be there in the next run";
 }
 
