@@ -49,18 +49,9 @@ TEST(FStreamProxy, NeverReadsPastItsWindow) {
 TEST(FStreamProxy, CutsItsPlaceToTheWindow) {
     const auto inner = make<FMemoryStream>(std::string_view("0123456789"));
     FStreamProxy limited(inner, 3, 5, 0);
-    expectSeeks(limited, {{2, 0, 2},
-                          {2, 1, 4},
-                          {2, 1, 5},
-                          {-1, 0, 0},
-                          {-2, 2, 3},
-                          {9, 2, 5},
-                          {-9, 2, 0},
-                          {most, 0, 5},
-                          {most, 1, 5},
-                          {least, 1, 0},
-                          {most, 2, 5},
-                          {0, 3, -1}});
+    expectSeeks(limited, {{2, 0, 2}, {2, 1, 4}, {2, 1, 5}, {-1, 0, 0}, {-2, 2, 3}});
+    expectSeeks(limited, {{9, 2, 5}, {-9, 2, 0}, {most, 0, 5}, {most, 1, 5}, {least, 1, 0}});
+    expectSeeks(limited, {{most, 2, 5}, {0, 3, -1}});
     FStreamProxy open(inner, 3, unlimited, 0);
     expectSeeks(open, {{100, 0, 100}, {-1, 1, 99}, {0, 2, 7}, {-2, 2, 5}, {-100, 2, 0}, {most, 1, most - 3}});
     EXPECT_EQ(readOf(open, 1), "0 ");

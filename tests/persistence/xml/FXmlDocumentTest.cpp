@@ -422,15 +422,13 @@ TEST(FXmlDocument, ReadsNumbersAsTheyAreWrittenByHand) {
         {"-1e400", -HUGE_VAL}, {"1e-400", 0}, {"0x1.8p1", 3.0}, {"-0X10", -16},
         {"inf", HUGE_VAL},     {"", 0},       {"none", 0},      {"1E+2", 100},
     };
-    const std::pair<const char*, int64_t> integers[] = {
-        {"9223372036854775807", INT64_MAX},
-        {"9223372036854775808", INT64_MAX},
-        {"-9223372036854775809", INT64_MIN},
-        {" +5", 5},
-        {"-0", 0},
-        {"12abc", 12},
-        {"", 0},
-    };
+    const std::pair<const char*, int64_t> integers[] = {{"9223372036854775807", INT64_MAX},
+                                                        {"9223372036854775808", INT64_MAX},
+                                                        {"-9223372036854775809", INT64_MIN},
+                                                        {" +5", 5},
+                                                        {"-0", 0},
+                                                        {"12abc", 12},
+                                                        {"", 0}};
     const auto valueOf = [](const std::string& element, const char* text, FAttributes& read) {
         EXPECT_TRUE(readDocument("<State><" + element + " name='n' value='" + text + "'/></State>", read));
     };

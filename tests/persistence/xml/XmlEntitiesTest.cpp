@@ -72,26 +72,24 @@ TEST(XmlEntities, ReadBackEveryByteThatIsWritten) {
 }
 
 TEST(XmlEntities, LeaveWhatNobodyKnows) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"&nosuch;", "&nosuch;"},
-        {"&#x41;", "A"},
-        {"&#65;", "A"},
-        {"&#X41;", "A"},
-        {"&#0;", "&#0;"},
-        {"&#256;", "&#256;"},
-        {"&#x2014;", "&#x2014;"},
-        {"&#xZ;", "&#xZ;"},
-        {"&#;", "&#;"},
-        {"&;", "&;"},
-        {"&", "&"},
-        {"&amp", "&amp"},
-        {"&AMP;", "&AMP;"},
-        {"&amp;lt;", "&lt;"},
-        {"a&lt;&lt;b", "a<<b"},
-        {"&&amp;;", "&&;"},
-        {"&#-65;", "&#-65;"},
-        {"&amp;&nosuch;&gt;", "&&nosuch;>"},
-    };
+    const std::pair<const char*, const char*> cases[] = {{"&nosuch;", "&nosuch;"},
+                                                         {"&#x41;", "A"},
+                                                         {"&#65;", "A"},
+                                                         {"&#X41;", "A"},
+                                                         {"&#0;", "&#0;"},
+                                                         {"&#256;", "&#256;"},
+                                                         {"&#x2014;", "&#x2014;"},
+                                                         {"&#xZ;", "&#xZ;"},
+                                                         {"&#;", "&#;"},
+                                                         {"&;", "&;"},
+                                                         {"&", "&"},
+                                                         {"&amp", "&amp"},
+                                                         {"&AMP;", "&AMP;"},
+                                                         {"&amp;lt;", "&lt;"},
+                                                         {"a&lt;&lt;b", "a<<b"},
+                                                         {"&&amp;;", "&&;"},
+                                                         {"&#-65;", "&#-65;"},
+                                                         {"&amp;&nosuch;&gt;", "&&nosuch;>"}};
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(decoded(text), expected);
 }
