@@ -6,13 +6,10 @@ namespace qorl {
 
 namespace {
 
-struct NormalCase {
-    UKeyCode given;
-    UKeyCode expected;
-};
-
 TEST(UKeyCode, NormalisesTwoSpellingsOfOneKeyToOne) {
-    const NormalCase cases[] = {
+    const struct {
+        UKeyCode given, expected;
+    } cases[] = {
         {{u'A', 0, 0}, {0, 145, 0}},
         {{u'Z', 0, UKeyCode::ctrl}, {0, 170, UKeyCode::ctrl}},
         {{u'0', 0, 0}, {0, 128, 0}},
@@ -27,7 +24,7 @@ TEST(UKeyCode, NormalisesTwoSpellingsOfOneKeyToOne) {
         {{0, Key::f1, UKeyCode::shift}, {0, Key::f1, UKeyCode::shift}},
         {{0, 0, UKeyCode::shift}, {0, 0, UKeyCode::shift}},
     };
-    for (const NormalCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.given.hash());
         EXPECT_EQ(c.given.normalised(), c.expected);
         EXPECT_EQ(c.expected.normalised(), c.expected) << "normalising twice changes the key";
@@ -41,14 +38,12 @@ TEST(UKeyCode, HashesAsTheKeyFilesDo) {
     EXPECT_EQ(UKeyCode::fromHash(0x60000).virtualKey, Key::escape);
 }
 
-struct TextCase {
-    const char* text;
-    UKeyCode key;
-    const char* written; ///< null: as `text`
-};
-
 TEST(UKeyCode, ReadsAndWritesText) {
-    const TextCase cases[] = {
+    const struct {
+        const char* text;
+        UKeyCode key;
+        const char* written; ///< null: as `text`
+    } cases[] = {
         {"Z", {0, 170, 0}, nullptr},
         {"Ctrl+Meta+Alt+Shift+F12", {0, Key::f12, 15}, nullptr},
         {"Shift+Ctrl+7", {0, 135, UKeyCode::shift | UKeyCode::ctrl}, "Ctrl+Shift+7"},
@@ -68,7 +63,7 @@ TEST(UKeyCode, ReadsAndWritesText) {
         {"Ctrl+z", {u'z', 0, UKeyCode::ctrl}, nullptr},
         {"\xC3\xA4", {0xE4, 0, 0}, nullptr},
     };
-    for (const TextCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         UKeyCode key;
         ASSERT_TRUE(UKeyCode::fromText(c.text, key));

@@ -85,15 +85,13 @@ protected:
 };
 
 TEST(FComponentDescriptionSlots, GoOnBehindThoseOfObjects) {
-    testing::expectConsecutive(
-        {SLOT(FComponentDescription, getName), SLOT(FComponentDescription, setName),
-         SLOT(FComponentDescription, getCategory), SLOT(FComponentDescription, getId),
-         SLOT(FComponentDescription, getCardinality), SLOT(FComponentDescription, getVendor),
-         SLOT(FComponentDescription, getUrl), SLOT(FComponentDescription, getEmail),
-         SLOT(FComponentDescription, getModulePath), SLOT(FComponentDescription, getModuleName),
-         SLOT(FComponentDescription, isAvailable), SLOT(FComponentDescription, createInstance),
-         SLOT(FComponentDescription, createRaw)},
-        25);
+    testing::expectSlotsFrom(25, &FComponentDescription::getName, &FComponentDescription::setName,
+                             &FComponentDescription::getCategory, &FComponentDescription::getId,
+                             &FComponentDescription::getCardinality, &FComponentDescription::getVendor,
+                             &FComponentDescription::getUrl, &FComponentDescription::getEmail,
+                             &FComponentDescription::getModulePath, &FComponentDescription::getModuleName,
+                             &FComponentDescription::isAvailable, &FComponentDescription::createInstance,
+                             &FComponentDescription::createRaw);
 }
 
 TEST_F(FComponentRegistryTest, KeepsEachCategorySorted) {

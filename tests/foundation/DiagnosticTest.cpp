@@ -7,19 +7,18 @@ namespace {
 
 TEST(Diagnostic, SaysWhereAndWhat) {
     const char* file = internFileName("skin.xml");
-    struct Case {
+    const struct {
         SourcePosition position;
         Severity severity;
         const char* text;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{file, 3, 14}, Severity::error, "skin.xml:3:14: error: what is wrong"},
         {{file, 3, 0}, Severity::warning, "skin.xml:3: warning: what is wrong"},
         {{file, 0, 0}, Severity::note, "skin.xml: note: what is wrong"},
         {{nullptr, 0, 0}, Severity::error, "error: what is wrong"},
         {{nullptr, 2, 1}, Severity::error, "2:1: error: what is wrong"},
     };
-    for (const Case& c : cases)
+    for (const auto& c : cases)
         EXPECT_EQ(toText(Diagnostic{c.severity, c.position, {}, "what is wrong"}), c.text);
     const Diagnostic included{Severity::error,
                               {file, 1, 1},

@@ -84,11 +84,10 @@ TEST(FUID, WithoutRandomnessItSaysSoAndStaysAsItWas) {
 }
 
 TEST(FUID, WritesDeclarations) {
-    struct Case {
+    const struct {
         int32_t style;
         const char* text;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0, "INLINE_UID (0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
         {1, "DECLARE_UID (0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
         {2, "FUID (0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
@@ -96,7 +95,7 @@ TEST(FUID, WritesDeclarations) {
         {-1, "DECLARE_CLASS_IID (Interface, 0x00112233, 0x44556677, 0x8899AABB, 0xCCDDEEFF)"},
     };
     DebugOutput debug;
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         char buffer[97];
         sample.toDeclaration(buffer, c.style);
         EXPECT_STREQ(buffer, c.text);
@@ -119,17 +118,16 @@ TEST(CmUID, WritesItsBytesInMemoryOrder) {
 }
 
 TEST(CmUID, CutsItsBitsIntoGroupsOfFive) {
-    struct Case {
+    const struct {
         int byte;
         uint8_t value;
         const char* text;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0, 0x1F, "V0000000000000000000000000"},  {0, 0xFF, "V7000000000000000000000000"},
         {1, 0x01, "08000000000000000000000000"},  {15, 0x80, "00000000000000000000000004"},
         {15, 0xFF, "000000000000000000000000V7"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         FUID uid;
         uid.data()[c.byte] = c.value;
         EXPECT_EQ(CmUID(uid).toBase32String(), c.text);

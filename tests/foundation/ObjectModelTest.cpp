@@ -121,8 +121,7 @@ TEST(ObjectModel, TellsItsClassesByName) {
     const Dog dog;
     struct Case {
         const char* name;
-        bool exact;
-        bool deep;
+        bool exact, deep;
     };
     const std::string copied = "TestAnimal";
     const std::string animal = "Animal";

@@ -40,15 +40,13 @@ protected:
     ItemArray array_;
 };
 
-struct RemovalCase {
-    Walk direction;
-    char at;
-    std::vector<int32_t> removed;
-    const char* met;
-};
-
 TEST_F(ItemArrayTest, MeetsEachRemainingItemOnceWhileItemsAreRemoved) {
-    const RemovalCase cases[] = {
+    const struct {
+        Walk direction;
+        char at;
+        std::vector<int32_t> removed;
+        const char* met;
+    } cases[] = {
         {Walk::forward, 'c', {}, "abcde"},    {Walk::forward, 'c', {2}, "abcde"},
         {Walk::forward, 'c', {3}, "abce"},    {Walk::forward, 'c', {0}, "abcde"},
         {Walk::forward, 'c', {2, 2}, "abce"}, {Walk::forward, 'a', {0, 0, 0, 0, 0}, "a"},
@@ -57,7 +55,7 @@ TEST_F(ItemArrayTest, MeetsEachRemainingItemOnceWhileItemsAreRemoved) {
         {Walk::reverse, 'c', {4}, "edcba"},   {Walk::reverse, 'c', {2, 1}, "edca"},
         {Walk::reverse, 'a', {0}, "edcba"},   {Walk::reverse, 'e', {4, 3, 2, 1, 0}, "e"},
     };
-    for (const RemovalCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << (c.direction == Walk::forward ? "forward" : "reverse") << " at "
                                         << c.at << ", removing " << testing::PrintToString(c.removed));
         array_.clear();
@@ -73,17 +71,16 @@ TEST_F(ItemArrayTest, MeetsEachRemainingItemOnceWhileItemsAreRemoved) {
 }
 
 TEST_F(ItemArrayTest, MeetsWhatIsInsertedAheadAndNothingTwice) {
-    struct Case {
+    const struct {
         Walk direction;
         int32_t index;
         bool met;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {Walk::forward, 0, false}, {Walk::forward, 2, false},  {Walk::forward, 3, true},
         {Walk::forward, 99, true}, {Walk::reverse, 0, true},   {Walk::reverse, 2, true},
         {Walk::reverse, 3, false}, {Walk::reverse, -1, false},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message()
                      << (c.direction == Walk::forward ? "forward" : "reverse") << " insert at " << c.index);
         int known = 0;

@@ -100,12 +100,11 @@ TEST(Region, HasOneFormWhateverTheOrder) {
 }
 
 TEST(Region, JoinsWhatTouches) {
-    struct Case {
+    const struct {
         const char* name;
         std::vector<CmRect> parts;
         size_t rects;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"side by side", {{0, 0, 5, 5}, {5, 0, 9, 5}}, 1},
         {"on top of each other", {{0, 0, 5, 5}, {0, 5, 5, 9}}, 1},
         {"four quarters", {{0, 0, 5, 5}, {5, 5, 9, 9}, {5, 0, 9, 5}, {0, 5, 5, 9}}, 1},
@@ -113,7 +112,7 @@ TEST(Region, JoinsWhatTouches) {
         {"an L", {{0, 0, 5, 5}, {0, 5, 9, 9}}, 2},
         {"empty rects", {{3, 3, 3, 9}, {4, 9, 8, 2}}, 0},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         Region region;
         for (const CmRect& part : c.parts)
@@ -152,31 +151,29 @@ TEST(Region, AsksForPointsAndRects) {
 }
 
 TEST(Region, ScalesOutwardWithoutLosingPixels) {
-    struct Case {
+    const struct {
         CmRect from;
         double factor;
         CmRect to;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{1, 1, 2, 2}, 1.5, {1, 1, 3, 3}},       {{2, 2, 4, 4}, 1.5, {3, 3, 6, 6}},
         {{3, 3, 6, 6}, 1.0 / 1.5, {2, 2, 4, 4}}, {{-3, -3, -1, -1}, 1.25, {-4, -4, -1, -1}},
         {{0, 0, 7, 7}, 1.0 / 3, {0, 0, 3, 3}},   {{3, 3, 9, 9}, 1.0 / 3, {1, 1, 3, 3}},
     };
-    for (const Case& c : cases)
+    for (const auto& c : cases)
         EXPECT_EQ(test::toText(scaledOutward(c.from, c.factor)), test::toText(c.to)) << test::toText(c.from);
 }
 
 TEST(SquaredDistance, CountsToTheNearestPixelInside) {
     constexpr CmRect rect{10, 20, 30, 40};
-    struct Case {
+    const struct {
         CmPoint point;
         int64_t distance;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{10, 20}, 0}, {{29, 39}, 0},  {{30, 39}, 1}, {{9, 25}, 1},
         {{15, 40}, 1}, {{32, 43}, 25}, {{7, 16}, 25}, {{-2147483647, 20}, 4611686057082093649},
     };
-    for (const Case& c : cases)
+    for (const auto& c : cases)
         EXPECT_EQ(squaredDistance(rect, c.point), c.distance) << c.point.x << "," << c.point.y;
 }
 

@@ -128,11 +128,10 @@ public:
 };
 
 TEST(WindowBase, LivesToTheEndOfAnOperationInWhichItIsGivenUp) {
-    struct Case {
+    const struct {
         const char* step;
         void (*act)(PlatformWindow& window);
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"shown", [](PlatformWindow& window) { window.show(ShowState::normal, showDefault); }},
         {"raised", [](PlatformWindow& window) { window.activate(); }},
         {"changed", [](PlatformWindow& window) { window.setShowState(ShowState::minimized); }},
@@ -141,7 +140,7 @@ TEST(WindowBase, LivesToTheEndOfAnOperationInWhichItIsGivenUp) {
              window.setPositionSize({10, 10}, {50, 50});
          }},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.step);
         BareDesktop desktop;
         std::vector<std::string> log;

@@ -8,14 +8,12 @@ namespace {
 
 TEST(CmArray, GrowsByItsRule) {
     const Ref<NumberedObject> item = make<NumberedObject>();
-    struct Case {
-        int32_t capacity;
-        int32_t growth;
+    const struct {
+        int32_t capacity, growth;
         Numbers sizesAfter; ///< adding 1, 10, 11 and 21 elements
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0, CmArray::doubling, {10, 10, 20, 40}}, {0, 10, {10, 10, 20, 30}}, {3, 4, {3, 11, 11, 23}}};
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.capacity << " by " << c.growth);
         CmArray array(c.capacity, c.growth);
         size_t row = 0;

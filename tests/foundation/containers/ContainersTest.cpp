@@ -222,8 +222,7 @@ TYPED_TEST(Containers, TakeNewElementsUnderAnIterator) {
 TYPED_TEST(Containers, CountReferencesByTheirOwnership) {
     struct Case {
         Ownership ownership;
-        uint32_t whileIn;
-        uint32_t afterwards;
+        uint32_t whileIn, afterwards;
     };
     using Removal = void (*)(CmContainer&, CmObject*);
     const Removal removals[] = {

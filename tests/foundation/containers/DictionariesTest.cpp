@@ -35,9 +35,7 @@ TEST(CmAssociation, GoesByItsKey) {
 TEST(CmAssociation, CountsReferencesOnKeyAndObject) {
     struct Case {
         Ownership ownership;
-        uint32_t whileHeld;
-        uint32_t withCopy;
-        uint32_t afterwards;
+        uint32_t whileHeld, withCopy, afterwards;
     };
     for (const Case& c :
          {Case{Ownership::none, 2, 2, 2}, Case{Ownership::adopt, 2, 3, 1}, Case{Ownership::share, 3, 4, 2}}) {

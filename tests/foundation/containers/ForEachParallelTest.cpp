@@ -94,8 +94,7 @@ TYPED_TEST(ForEachParallel, VisitsEachElementOnce) {
 
 TYPED_TEST(ForEachParallel, StaysOnTheCallingThreadWithTooFewElements) {
     struct Case {
-        int32_t threads;
-        int32_t minimum;
+        int32_t threads, minimum;
     };
     for (const Case& c : {Case{8, 104}, Case{8, 103}, Case{1, 1}, Case{1000, 1000}, Case{104, 0},
                           Case{INT32_MAX, -5}, Case{INT32_MAX, 52}}) {

@@ -153,11 +153,10 @@ TEST(ValueClasses, AreClonedWholeOrNotAtAll) {
     const CmStringWithId numbered("a text that is copied", 42);
     CmTokens tokens("a,b");
     tokens.next(u",");
-    struct Row {
+    const struct {
         const CmObject* object;
         std::function<bool(const CmObject*)> isSame;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {&buffer, [](const CmObject* copy) { return cast<CmBuffer>(copy)->bytes() == "abc"; }},
         {&narrow, [](const CmObject* copy) { return cast<CmVariant>(copy)->getText() == "text"; }},
         {&wide, [](const CmObject* copy) { return cast<CmVariant>(copy)->getText() == "text"; }},
@@ -167,7 +166,7 @@ TEST(ValueClasses, AreClonedWholeOrNotAtAll) {
         {&numbered, [&](const CmObject* copy) { return copy->isEqual(&numbered); }},
         {&tokens, [](const CmObject* copy) { return cast<CmTokens>(copy)->token().string() == "a"; }},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         failEachAllocation([&](FailingAllocation& allocation) {
             const auto copy = Ref<CmObject>::adopt(allocation.during([&] { return row.object->clone(); }));
             EXPECT_EQ(copy != nullptr, !allocation.hasFailed()) << row.object->getClassName();
@@ -329,7 +328,7 @@ void expectSame(const CmVariant& a, const CmVariant& b) {
     EXPECT_TRUE(!object || object->isEqual(b.getObject()));
 }
 
-TEST(CmVariant, IsStoredByKindAndOwnedAfterwards) {
+TEST(CmVariant, ComesBackByItsKindFromAttributesRecordsAndStreams) {
     const auto object = make<CmString>("o");
     for (CmVariant& variant : oneOfEachKind(object.get())) {
         SCOPED_TRACE(variant.type());
@@ -338,10 +337,29 @@ TEST(CmVariant, IsStoredByKindAndOwnedAfterwards) {
         CmVariant restored(ConstString("old"));
         ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
         expectSame(restored, variant);
+        expectSame(CmVariant(variant.toRecord()), variant);
 
-        const CmVariant record(variant.toRecord());
-        expectSame(record, variant);
+        std::string bytes = written(variant);
+        restored.setInteger(9);
+        expectCutsRefused(restored, bytes);
+        EXPECT_EQ(restored.getInteger(), 9);
+        ASSERT_TRUE(read(restored, bytes));
+        expectSame(restored, variant);
+
+        // Bits above the mark of ownership say nothing.
+        bytes[0] = static_cast<char>(bytes[0] | 0xC0);
+        bytes[1] = '\x81';
+        restored.setInteger(9);
+        ASSERT_TRUE(read(restored, bytes));
+        expectSame(restored, variant);
+        attributes->setInteger("type", variant.type() | 0x7100);
+        restored.setInteger(9);
+        ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
+        expectSame(restored, variant);
     }
+}
+
+TEST(CmVariant, OwnsWhatItRestores) {
     const auto attributes = make<FAttributes>();
     CmVariant look;
     look.setText8("look", Hold::view);
@@ -352,23 +370,6 @@ TEST(CmVariant, IsStoredByKindAndOwnedAfterwards) {
     EXPECT_EQ(look.type(), CmVariant::text8 | CmVariant::ownedFlag);
     attributes->setInteger("type", 3);
     EXPECT_FALSE(look.restoreAttributes(attributes.get())) << "no such kind";
-}
-
-TEST(CmVariant, IgnoresTheBitsAboveItsMarkOfOwnership) {
-    for (CmVariant& variant : oneOfEachKind(make<CmString>("o").get())) {
-        SCOPED_TRACE(variant.type());
-        std::string bytes = written(variant);
-        bytes[0] = static_cast<char>(bytes[0] | 0xC0);
-        bytes[1] = '\x81';
-        CmVariant restored;
-        ASSERT_TRUE(read(restored, bytes));
-        expectSame(restored, variant);
-        const auto attributes = make<FAttributes>();
-        ASSERT_TRUE(variant.storeAttributes(attributes.get()));
-        attributes->setInteger("type", variant.type() | 0x7100);
-        ASSERT_TRUE(restored.restoreAttributes(attributes.get()));
-        expectSame(restored, variant);
-    }
 }
 
 TEST(CmVariant, RestoresATextWholeOrEndsTheLoad) {
@@ -392,19 +393,6 @@ TEST(CmVariant, RestoresATextWholeOrEndsTheLoad) {
     attributes->setInteger("type", CmVariant::text16);
     attributes->setString("str", "\xff");
     EXPECT_FALSE(CmVariant().restoreAttributes(attributes.get())) << "no text in that width";
-}
-
-TEST(CmVariant, IsReadBackFromAStreamWholeOrNotAtAll) {
-    const auto object = make<CmString>("o");
-    for (CmVariant& variant : oneOfEachKind(object.get())) {
-        SCOPED_TRACE(variant.type());
-        const std::string bytes = written(variant);
-        CmVariant restored(int64_t{9});
-        expectCutsRefused(restored, bytes);
-        EXPECT_EQ(restored.getInteger(), 9);
-        ASSERT_TRUE(read(restored, bytes));
-        expectSame(restored, variant);
-    }
 }
 
 } // namespace

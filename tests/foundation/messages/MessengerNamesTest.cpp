@@ -132,8 +132,7 @@ public:
 
 private:
     struct Talk {
-        std::promise<void> going;
-        std::promise<void> used;
+        std::promise<void> going, used;
     };
 
     std::shared_ptr<Talk> talk_ = std::make_shared<Talk>();

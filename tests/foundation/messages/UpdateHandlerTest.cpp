@@ -94,13 +94,11 @@ TEST_F(UpdateHandlerTest, IsDoneWithoutDependentsButNeverForDestruction) {
 }
 
 TEST_F(UpdateHandlerTest, SkipsWhoIsRemovedDuringTheNotification) {
-    struct Case {
+    const struct {
         const char* what;
         std::function<void()> remove; ///< What `b`, the one in the middle, does when it hears.
-        Log expected;
-        Log afterwards;
-    };
-    const Case cases[] = {
+        Log expected, afterwards;
+    } cases[] = {
         {"itself", [&] { subject.removeDependent(&b); }, {"a:1", "b:1", "c:1"}, {"a:1", "c:1"}},
         {"a later one", [&] { subject.removeDependent(&c); }, {"a:1", "b:1"}, {"a:1", "b:1"}},
         {"an earlier one", [&] { subject.removeDependent(&a); }, {"a:1", "b:1", "c:1"}, {"b:1", "c:1"}},
@@ -123,7 +121,7 @@ TEST_F(UpdateHandlerTest, SkipsWhoIsRemovedDuringTheNotification) {
          {"a:1", "b:1", "c:1"}},
     };
     for (const Neighbours& neighbours : allNeighbours)
-        for (const Case& row : cases) {
+        for (const auto& row : cases) {
             SCOPED_TRACE(::testing::Message() << row.what << ", " << neighbours.before << " in front, "
                                               << neighbours.behind << " behind");
             connectAll(neighbours);

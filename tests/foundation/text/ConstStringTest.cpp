@@ -174,18 +174,14 @@ TEST(ConstString, EqualsACharacterOfEitherWidth) {
     EXPECT_FALSE(wide.charEquals(1, '\xE4'));
 }
 
-struct FindCase {
-    const char* text;
-    const char* wanted;
-    int32_t start;
-    int32_t count;
-    bool ignoreCase;
-    int32_t forward;
-    int32_t backward;
-};
-
 TEST(ConstString, FindsForwardAndBackward) {
-    const FindCase cases[] = {
+    const struct {
+        const char* text;
+        const char* wanted;
+        int32_t start, count;
+        bool ignoreCase;
+        int32_t forward, backward;
+    } cases[] = {
         {"abcabc", "bc", 0, all, false, 1, none},  {"abcabc", "bc", 2, all, false, 4, 1},
         {"abcabc", "bc", 4, all, false, 4, 4},     {"abcabc", "bc", 5, all, false, none, 4},
         {"abcabc", "bc", 6, all, false, none, 4},  {"abcabc", "BC", 2, all, false, none, none},
@@ -213,14 +209,12 @@ TEST(ConstString, CountsPlacesInStoredCharacters) {
     const ConstString bytes("a\xC3\xBC"
                             "b\xF0\x9D\x84\x9E\xC3\xBC"
                             "B");
-    struct Case {
+    const struct {
         const char16_t* wanted;
         int32_t start;
         bool ignoreCase;
-        int32_t forward;
-        int32_t backward;
-    };
-    const Case cases[] = {
+        int32_t forward, backward;
+    } cases[] = {
         {u"b", 0, false, 3, none},
         {u"b", 10, true, 10, 10},
         {u"\u00FC", 1, false, 1, 1},

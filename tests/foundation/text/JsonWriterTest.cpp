@@ -40,18 +40,16 @@ TEST(JsonWriter, WritesNumbersThatReadBackEqualAndNoneThatJsonHasNot) {
 }
 
 TEST(JsonWriter, LeavesNoCharacterThatAReaderRefuses) {
-    struct Case {
-        std::string_view text;
-        std::string_view json;
-    };
-    const Case cases[] = {
+    const struct {
+        std::string_view text, json;
+    } cases[] = {
         {"", R"("")"},
         {"a \"b\" \\c/", R"("a \"b\" \\c/")"},
         {"1\n2\t3\r4\0005\x1F\x7F"sv, "\"1\\n2\\t3\\u000d4\\u00005\\u001f\x7F\""},
         {"gr\xC3\xBC\xC3\x9F \xF0\x9F\x8E\x9A", "\"gr\xC3\xBC\xC3\x9F \xF0\x9F\x8E\x9A\""},
         {"\xC3(\xFF", "\"\xEF\xBF\xBD(\xEF\xBF\xBD\""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         JsonWriter json;
         json.string(c.text);
         EXPECT_EQ(json.text(), c.json);

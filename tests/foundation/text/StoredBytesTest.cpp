@@ -9,12 +9,11 @@ namespace {
 
 TEST(StoredBytes, KeepsThoseThatAreNoUtf8) {
     using text::StoredEncoding;
-    struct Case {
+    const struct {
         std::string_view bytes;
         StoredEncoding earlier;
         std::u16string_view expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"\xC3\xA4", StoredEncoding::western, u"\u00E4"},
         {"\xC3\xA4", StoredEncoding::macintosh, u"\u00E4"},
         {"\xE4 \x80\x81\x9F", StoredEncoding::western, u"\u00E4 \u20AC\u0081\u0178"},
@@ -22,7 +21,7 @@ TEST(StoredBytes, KeepsThoseThatAreNoUtf8) {
         {"\xC3\xA4\xFF", StoredEncoding::western, u"\u00C3\u00A4\u00FF"},
         {"", StoredEncoding::western, u""},
     };
-    for (const Case& c : cases)
+    for (const auto& c : cases)
         EXPECT_EQ(std::u16string(text::decodeStored(c.bytes, c.earlier).text16()), c.expected) << c.bytes;
     EXPECT_FALSE(text::decodeStored("plain").isWide());
     EXPECT_TRUE(text::widenStored("plain").isWide());

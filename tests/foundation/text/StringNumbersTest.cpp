@@ -14,18 +14,15 @@ String inWidth(const char* text, bool wide) {
     return string;
 }
 
-struct IntegerCase {
-    const char* text;
-    int32_t start;
-    bool scan;
-    bool isRead;
-    int64_t expected;
-};
-
 TEST(StringNumbers, ReadsWholeNumbers) {
     constexpr int64_t most = std::numeric_limits<int64_t>::max();
     constexpr int64_t least = std::numeric_limits<int64_t>::min();
-    const IntegerCase cases[] = {
+    const struct {
+        const char* text;
+        int32_t start;
+        bool scan, isRead;
+        int64_t expected;
+    } cases[] = {
         {"42", 0, false, true, 42},
         {"  -42x", 0, false, true, -42},
         {"+7", 0, false, true, 7},
@@ -61,12 +58,11 @@ TEST(StringNumbers, LimitsNumbersToTheirType) {
     EXPECT_EQ(small, std::numeric_limits<int32_t>::max());
     EXPECT_TRUE(ConstString("-3000000000").toInt32(small));
     EXPECT_EQ(small, std::numeric_limits<int32_t>::min());
-    struct Case {
+    const struct {
         const char* text;
         uint32_t expected;
         uint64_t expectedLarge;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"3000000000", 3000000000u, 3000000000u},
         {"4294967296", UINT32_MAX, 4294967296u},
         {"18446744073709551615", UINT32_MAX, UINT64_MAX},
@@ -88,13 +84,11 @@ TEST(StringNumbers, LimitsNumbersToTheirType) {
 }
 
 TEST(StringNumbers, ReadsRealNumbers) {
-    struct Case {
+    const struct {
         const char* text;
-        bool scan;
-        bool isRead;
+        bool scan, isRead;
         double expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"1.5", false, true, 1.5},
         {"-.25dB", false, true, -0.25},
         {"+2e3", false, true, 2000},
@@ -141,12 +135,11 @@ TEST(StringNumbers, ReadsBehindAHundredThousandBlanks) {
 }
 
 TEST(StringNumbers, PrintsInTheStoredWidth) {
-    struct Case {
+    const struct {
         double value;
         const char* expected;
-    };
-    const Case cases[] = {{3.0, "3.0"},   {0.25, "0.25"},           {1.5, "1.5"},   {-0.000001, "-0.000001"},
-                          {100, "100.0"}, {1.23456789, "1.234568"}, {-2.0, "-2.0"}, {0, "0.0"}};
+    } cases[] = {{3.0, "3.0"},   {0.25, "0.25"},           {1.5, "1.5"},   {-0.000001, "-0.000001"},
+                 {100, "100.0"}, {1.23456789, "1.234568"}, {-2.0, "-2.0"}, {0, "0.0"}};
     for (const auto& c : cases) {
         String text("x");
         text.printDouble(c.value);
@@ -199,12 +192,11 @@ TEST(StringNumbers, FormatsInBothWidths) {
                              u"0A -5 1099511627776 3%");
     EXPECT_TRUE(text.printf16(u"%*d|%.3f", 4, 7, 1.0));
     EXPECT_EQ(text.view16(), u"   7|1.000");
-    struct Case {
+    const struct {
         const char16_t* format;
         int argument;
         const char16_t* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {u"%hd", 0x18000, u"-32768"},
         {u"%hu", -1, u"65535"},
         {u"%hhd", 0x1FF, u"-1"},
@@ -250,17 +242,15 @@ TEST(StringNumbers, KnowsTheNumberAtItsEnd) {
     EXPECT_EQ(ConstString("Take").trailingNumber(-7), -7);
 }
 
-struct IncrementCase {
-    const char* text;
-    uint32_t digits;
-    char16_t separator;
-    uint32_t minimum;
-    bool keep;
-    const char* expected; ///< null when it is refused
-};
-
 TEST(StringNumbers, GivesNamesTheNextNumber) {
-    const IncrementCase cases[] = {
+    const struct {
+        const char* text;
+        uint32_t digits;
+        char16_t separator;
+        uint32_t minimum;
+        bool keep;
+        const char* expected; ///< null when it is refused
+    } cases[] = {
         {"Take", 1, ' ', 0, false, "Take 1"},
         {"Take 1", 1, ' ', 0, false, "Take 2"},
         {"Take1", 1, ' ', 0, false, "Take 2"},

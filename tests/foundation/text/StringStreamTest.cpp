@@ -11,12 +11,10 @@ namespace {
 using std::string_view_literals::operator""sv;
 
 TEST(StringStream, ReadsAllThatAMarkAndATerminatorLeave) {
-    struct Case {
-        std::string_view bytes;
-        std::string_view expected;
+    const struct {
+        std::string_view bytes, expected;
         bool isWide;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"ab\0"sv, "ab"sv, false},
         {"ab"sv, "ab"sv, false},
         {"a\0b\0"sv, "a\0b"sv, false},
@@ -81,17 +79,6 @@ TEST(StringStream, StoresBothWidths) {
     EXPECT_FALSE(text.readFrom(stream));
 }
 
-TEST(StringStream, KeepsLoneSurrogates) {
-    for (const std::u16string_view lone : {u"\xD83D", u"\xDCE4.txt", u"\xDE00\xD83D \U0001F600"}) {
-        FMemoryStream stream;
-        EXPECT_TRUE(String(lone).writeTo(stream));
-        stream.rewind();
-        String text;
-        EXPECT_TRUE(text.readFrom(stream));
-        EXPECT_TRUE(text.isWide() && text.view16() == lone);
-    }
-}
-
 TEST(StringStream, SkipsWhatIsTooLong) {
     FMemoryStream stream;
     stream.writeInt32(50001);
@@ -107,7 +94,9 @@ TEST(StringStream, SkipsWhatIsTooLong) {
     EXPECT_EQ(stream.tell(), 50005);
     EXPECT_TRUE(text.readFrom(stream));
     EXPECT_EQ(text.size(), 49999);
-    EXPECT_FALSE(text.readFrom(stream));
+    text = "kept";
+    EXPECT_FALSE(text.readFrom(stream)) << "a byte is missing";
+    EXPECT_STREQ(text.text8(), "kept");
     FMemoryStream negative;
     negative.writeInt32(-1);
     negative.rewind();
@@ -117,13 +106,10 @@ TEST(StringStream, SkipsWhatIsTooLong) {
 }
 
 TEST(StringStream, WritesNothingOfATextThatCouldNotBeReadBack) {
-    struct Case {
+    const struct {
         size_t length;
-        bool isWide;
-        bool isWritten;
-    };
-    const Case cases[] = {
-        {49999, false, true}, {50000, false, false}, {49996, true, true}, {49997, true, false}};
+        bool isWide, isWritten;
+    } cases[] = {{49999, false, true}, {50000, false, false}, {49996, true, true}, {49997, true, false}};
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.length << (c.isWide ? " wide" : " narrow"));
         const String text = c.isWide ? String(std::u16string_view(std::u16string(c.length, u'x')))
@@ -138,7 +124,9 @@ TEST(StringStream, WritesNothingOfATextThatCouldNotBeReadBack) {
 }
 
 TEST(StringStream, GivesBackWhatItWrote) {
-    const ConstString texts[] = {"", "ab", ConstString("a\0b", 3), u"ab", u"gr\u00FCn \U0001D11E"};
+    const ConstString texts[] = {"", "ab", ConstString("a\0b", 3), u"ab", u"gr\u00FCn \U0001D11E",
+                                 // lone surrogates
+                                 u"\xD83D", u"\xDCE4.txt", u"\xDE00\xD83D \U0001F600"};
     for (const auto& text : texts) {
         SCOPED_TRACE(text.toUtf8());
         FMemoryStream stream;
@@ -149,16 +137,6 @@ TEST(StringStream, GivesBackWhatItWrote) {
         EXPECT_EQ(read, text);
         EXPECT_TRUE(text.isEmpty() || read.isWide() == text.isWide());
     }
-}
-
-TEST(StringStream, StaysAsItWasWhenBytesAreMissing) {
-    FMemoryStream stream;
-    stream.writeInt32(5);
-    stream.write("ab", 2);
-    stream.rewind();
-    String text("old");
-    EXPECT_FALSE(text.readFrom(stream));
-    EXPECT_STREQ(text.text8(), "old");
 }
 
 } // namespace

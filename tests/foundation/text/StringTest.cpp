@@ -20,11 +20,10 @@ public:
 };
 
 TEST(String, LeavesTheForeignBitAsItStands) {
-    struct Case {
+    const struct {
         const char* name;
         void (*change)(Marked<String>&);
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"assign", [](auto& s) { s = ConstString("ab"); }},
         {"move", [](auto& s) { s = String("ab"); }},
         {"narrow", [](auto& s) { s.text8(); }},
@@ -92,14 +91,12 @@ TEST(String, RefusesBytesThatAreNoText) {
                                  "b\xEF\xBF\xBD");
 }
 
-struct CodePageCase {
-    uint32_t codePage;
-    const char* bytes;
-    const char16_t* text; ///< null when the bytes are refused
-};
-
 TEST(String, ReadsAndWritesCodePages) {
-    const CodePageCase cases[] = {
+    const struct {
+        uint32_t codePage;
+        const char* bytes;
+        const char16_t* text; ///< null when the bytes are refused
+    } cases[] = {
         {1252, "\x80uro", u"\u20ACuro"},
         {1252, "a\x81", nullptr},
         {1252, "\x8D", nullptr},
@@ -162,13 +159,12 @@ TEST(String, PutsASubstituteForWhatACodePageLacks) {
 }
 
 TEST(String, KeepsItsWidthWhenTextIsJoined) {
-    struct Case {
+    const struct {
         const char* name;
         String target;
         ConstString source;
         const char* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"narrow to narrow", String("pan"), ConstString("ner"), "panner narrow"},
         {"wide to narrow", String("pan"), ConstString(u"n\u00E4r"), "pann\xC3\xA4r narrow"},
         {"narrow to wide", String(u"pan"), ConstString("n\xC3\xA4r"), "pann\xC3\xA4r wide"},
@@ -200,12 +196,11 @@ TEST(String, KeepsItsWidthWhenTextIsJoined) {
 }
 
 TEST(String, InsertsReplacesAndRemovesAtTheEdges) {
-    struct Case {
+    const struct {
         const char* name;
         void (*change)(String&);
         const char* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"insert at 0", [](String& s) { s.insert(0, "XY"); }, "XYabcde"},
         {"insert inside", [](String& s) { s.insert(2, u"XY"); }, "abXYcde"},
         {"insert past the end", [](String& s) { s.insert(99, "XY"); }, "abcdeXY"},
@@ -306,16 +301,14 @@ TEST(String, GivesBackTheRoomThatItNoLongerNeeds) {
 }
 
 TEST(String, ReplacesEachOccurrenceOnce) {
-    struct Case {
+    const struct {
         const char* text;
         const char* old;
         const char* with;
-        bool every;
-        bool ignoreCase;
+        bool every, ignoreCase;
         int32_t count;
         const char* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"a-b-c", "-", "--", true, false, 2, "a--b--c"},
         {"a-b-c", "-", "", true, false, 2, "abc"},
         {"a-b-c", "-", "+", false, false, 1, "a+b-c"},
@@ -378,12 +371,11 @@ TEST(String, KeepsInvalidBytesWhenItChangesCase) {
 }
 
 TEST(String, TrimsBothEndsByMode) {
-    struct Case {
+    const struct {
         const char16_t* text;
         int32_t mode;
         const char* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {u"  a b  ", String::whiteSpace, "a b"},
         {u"\u00A0a\u3000", String::whiteSpace, "a"},
         {u"12ab34cd56", String::nonLetters, "ab34cd"},

@@ -240,18 +240,17 @@ TEST_F(HeadlessDesktopTest, ADrawnPixelStaysUntilItIsPaintedAgain) {
 }
 
 TEST_F(HeadlessDesktopTest, ScrollsPixelsAndTheirInvalidRegion) {
-    struct Case {
+    const struct {
         const char* name;
         CmPoint delta;
         CmRect uncovered;
         CmPoint mark; ///< where the pixel at 20,20 goes
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"down", {0, 5}, {10, 10, 50, 15}, {20, 25}},       {"up", {0, -5}, {10, 45, 50, 50}, {20, 15}},
         {"right", {5, 0}, {10, 10, 15, 50}, {25, 20}},      {"left", {-5, 0}, {45, 10, 50, 50}, {15, 20}},
         {"away", {0, 1 << 30}, {10, 10, 50, 50}, {20, 20}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         WindowRecorder client;
         auto window = open({0, 0, 60, 60}, client);

@@ -38,13 +38,12 @@ private:
 TEST(Folders, FollowTheEnvironmentIfItIsAbsolute) {
     const EnvironmentScope home("HOME", "/home/someone/");
     const EnvironmentScope noRuntime("XDG_RUNTIME_DIR", nullptr);
-    struct Case {
+    const struct {
         const char* name;
         const char* value;
         SystemFolder folder;
         const char* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"XDG_CONFIG_HOME", nullptr, SystemFolder::settings, "/home/someone/.config"},
         {"XDG_CONFIG_HOME", "/etc/mine/", SystemFolder::settings, "/etc/mine"},
         {"XDG_CONFIG_HOME", "relative", SystemFolder::settings, "/home/someone/.config"},
@@ -54,7 +53,7 @@ TEST(Folders, FollowTheEnvironmentIfItIsAbsolute) {
         {"TMPDIR", "/var/tmp/", SystemFolder::temporary, "/var/tmp"},
         {"TMPDIR", nullptr, SystemFolder::temporary, "/tmp"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const EnvironmentScope scope(c.name, c.value);
         EXPECT_EQ(getSystemFolder(c.folder), c.expected) << c.name << " " << (c.value ? c.value : "absent");
     }
@@ -110,19 +109,18 @@ TEST(Folders, ReadTheUsersListOfFolders) {
 }
 
 TEST(System, LocaleIsTheFirstNameThatIsSet) {
-    struct Case {
+    const struct {
         const char* all;
         const char* messages;
         const char* lang;
         const char* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {nullptr, nullptr, nullptr, "en"},    {nullptr, nullptr, "de_AT.UTF-8", "de_AT"},
         {nullptr, "fr", "de_AT.UTF-8", "fr"}, {"ja_JP.UTF-8@x", "fr", "de", "ja_JP"},
         {"", "", "sr_RS@latin", "sr_RS"},     {"C.UTF-8", "fr", "de", "en"},
         {"POSIX", nullptr, nullptr, "en"},    {".UTF-8", nullptr, nullptr, "en"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const EnvironmentScope all("LC_ALL", c.all);
         const EnvironmentScope messages("LC_MESSAGES", c.messages);
         const EnvironmentScope lang("LANG", c.lang);

@@ -13,8 +13,7 @@ TEST(X11Wheel, CountsNotchesFromWhereItsAxesStand) {
         uint16_t source;
         uint32_t mask[2];
         std::vector<double> values;
-        double x;
-        double y;
+        double x, y;
     };
     const auto play = [](X11Wheel& wheel, const std::vector<Move>& moves) {
         for (const Move& move : moves) {
