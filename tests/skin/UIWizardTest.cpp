@@ -14,11 +14,22 @@
 #include "views/controls/USlider.h"
 #include "views/controls/UTextDisplay.h"
 
+#include <tuple>
+
 namespace qorl::testing {
 
 namespace {
 
-class UIWizardTest : public WizardFixture {};
+class UIWizardTest : public WizardFixture {
+protected:
+    static UControl* control(const Ref<UView>& view, int32_t i) {
+        return cast<UControl>(view->getSubView(i));
+    }
+    static bool hasGround(const UControl& control, uint32_t wanted) {
+        uint32_t color = 0;
+        return control.getContentColor(color) && color == wanted;
+    }
+};
 
 TEST_F(UIWizardTest, LoopsCountAndMove) {
     const std::pair<const char*, const char*> cases[] = {
@@ -63,7 +74,7 @@ TEST_F(UIWizardTest, VariablesBuildNamesTogether) {
         build("<for variable='[r]' range='0,1'><mutable variable='WHAT|[x]' setting='row'>"
               "<slider name='WHAT[r]' size='0,0,9,9'/><label titleNT='[x]WHAT-[r]'/>"
               "<variant condition='show-top[r]'><label/></variant></mutable></for>");
-    EXPECT_EQ(cast<UControl>(view->getSubView(2))->getValueObject(), controller_->getValue("row1"));
+    EXPECT_EQ(control(view, 2)->getValueObject(), controller_->getValue("row1"));
     EXPECT_EQ(view->getSubView(3)->getTitle().toUtf8(), "row-1") << "a setting that is not there is empty";
     EXPECT_EQ(view->getSubView(2)->getItem().name(), "row1");
     EXPECT_EQ(controller_->askedConditions, (std::vector<std::string>{"show-top0", "show-top1"}));
@@ -88,10 +99,7 @@ TEST_F(UIWizardTest, AControllerElementLeadsInAndDotsLeadOut) {
     auto innermost = make<TestController>();
     controller_->setSubController("in", inner.get(), false);
     inner->setSubController("most", innermost.get(), false);
-    const struct {
-        const char* name;
-        Binding::Value* expected;
-    } cases[] = {
+    const std::pair<std::string, Binding::Value*> cases[] = {
         {"x", innermost->add("x")},
         {"../y", inner->add("y")},
         {"../../z", controller_->add("z")},
@@ -103,23 +111,15 @@ TEST_F(UIWizardTest, AControllerElementLeadsInAndDotsLeadOut) {
         {"none", nullptr},
         {"", nullptr},
     };
-    std::string content = "<controller name='in'><controller name='most'>";
-    for (const auto& c : cases)
-        content += "<slider name='" + std::string(c.name) + "' size='0,0,9,9'/>";
-    content +=
-        "</controller></controller><controller name='absent'><label/></controller><slider name='in/y'/>";
-
-    const Ref<UView> view = build(content);
-
-    ASSERT_EQ(view->getSubViewCount(), static_cast<int32_t>(std::size(cases)) + 1);
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        auto* value = cast<UControl>(view->getSubView(static_cast<int32_t>(i)))->getValueObject();
-        if (cases[i].expected)
-            EXPECT_EQ(value, cases[i].expected) << cases[i].name;
-        else
-            EXPECT_EQ(value->getMax(), 100) << cases[i].name;
+    for (const auto& [name, expected] : cases) {
+        const Ref<UView> view = build("<controller name='in'><controller name='most'><slider name='" + name +
+                                      "'/></controller></controller>");
+        Binding::Value* value = control(view, 0)->getValueObject();
+        EXPECT_TRUE(expected ? value == expected : value->getMax() == 100) << name;
     }
-    EXPECT_EQ(cast<UControl>(view->getLastSubView())->getValueObject(), inner->getValue("y"));
+    const Ref<UView> view = build("<controller name='absent'><label/></controller><slider name='in/y'/>");
+    ASSERT_EQ(view->getSubViewCount(), 1) << "nothing stands below a controller that is not there";
+    EXPECT_EQ(control(view, 0)->getValueObject(), inner->getValue("y"));
     EXPECT_FALSE(ControllerScope::innermost());
 }
 
@@ -135,12 +135,13 @@ TEST_F(UIWizardTest, AsksConditionsAlongPaths) {
 
 TEST_F(UIWizardTest, FallsBackToTheValueTheOuterControllerHolds) {
     controller_->add("x");
-    EXPECT_EQ(wizard().findValue("../x", controller_.get()).get(), controller_->getValue("x"));
+    const auto found = [this](IController* from) { return wizard().findValue("../x", from).get(); };
+    EXPECT_EQ(found(controller_.get()), controller_->getValue("x"));
     auto outer = make<TestController>();
     outer->add("x");
     const ControllerScope scope(outer.get());
-    EXPECT_EQ(wizard().findValue("../x", controller_.get()).get(), outer->getValue("x"));
-    EXPECT_EQ(wizard().findValue("../x", nullptr).get(), outer->getValue("x"));
+    EXPECT_EQ(found(controller_.get()), outer->getValue("x"));
+    EXPECT_EQ(found(nullptr), outer->getValue("x"));
 }
 
 TEST_F(UIWizardTest, ControllersSeeAndDropViews) {
@@ -162,19 +163,22 @@ TEST_F(UIWizardTest, ViewsComeFromTemplatesClassesOrNowhere) {
     others_ = "<template name='probe-template' size='3,3,20,30' title='by template'><label "
               "size='0,0,5,5'/></template>"
               "<template name='fitted'><label size='5,6,10,10'/></template>";
-    const Ref<UView> view =
-        build("<view name='probe-template' size='50,60,0,5'/><view name='probe'/>"
-              "<view name='fitted'/><control class='probe' name='c'/><control class='?'><label/>"
-              "</control><view titleNT='plain' size='1,1,2,2'/><view name='probe-template'/>");
-    ASSERT_EQ(view->getSubViewCount(), 6);
-    EXPECT_EQ(view->getSubView(0)->getFrameRect(), (CmRect{50, 60, 70, 65}));
-    EXPECT_EQ(view->getSubView(0)->getTitle().toUtf8(), "by template");
-    EXPECT_EQ(view->getSubView(1)->getTitle().toUtf8(), "probe");
-    EXPECT_EQ(view->getSubView(2)->getFrameSize(), (CmSize{15, 16})) << "takes the size of its content";
-    EXPECT_EQ(view->getSubView(3)->getTitle().toUtf8(), "c");
-    EXPECT_EQ(view->getSubView(4)->getFrameRect(), (CmRect{1, 1, 3, 3}));
-    EXPECT_EQ(view->getSubView(5)->getFrameRect(), (CmRect{0, 0, 20, 30}))
-        << "the template's size counts, not its content";
+    const std::tuple<const char*, CmRect, const char*> cases[] = {
+        {"<view name='probe-template' size='50,60,0,5'/>", {50, 60, 70, 65}, "by template"},
+        {"<view name='probe-template'/>", {0, 0, 20, 30}, "by template"},
+        {"<view name='fitted'/>", {0, 0, 15, 16}, ""},
+        {"<view name='probe'/>", {0, 0, 7, 7}, "probe"},
+        {"<control class='probe' name='c'/>", {0, 0, 7, 7}, "c"},
+        {"<control class='?'><label/></control><view titleNT='plain' size='1,1,2,2'/>",
+         {1, 1, 3, 3},
+         "plain"},
+    };
+    for (const auto& [element, frame, title] : cases) {
+        const Ref<UView> view = build(element);
+        ASSERT_EQ(view->getSubViewCount(), 1) << element;
+        EXPECT_EQ(view->getSubView(0)->getFrameRect(), frame) << element;
+        EXPECT_EQ(view->getSubView(0)->getTitle().toUtf8(), title) << element;
+    }
 }
 
 UView* makeHolder(const ViewElement& element) {
@@ -252,7 +256,7 @@ TEST_F(UIWizardTest, AGroundIsAColourOrAValueOfOne) {
                                   "<slider color-value='ground'/><slider color-value='gold'/>");
     const Binding::Value* expected[] = {ground.get(), nullptr, nullptr, ground.get(), nullptr};
     for (int32_t i = 0; i < view->getSubViewCount(); ++i)
-        EXPECT_EQ(cast<UControl>(view->getSubView(i))->getSecondValue(), expected[i]) << i;
+        EXPECT_EQ(control(view, i)->getSecondValue(), expected[i]) << i;
     EXPECT_THAT(findings(), ::testing::ElementsAre("'number' is a value, but none of a colour",
                                                    "'gold' is neither a colour nor a value"));
 }
@@ -318,10 +322,9 @@ TEST_F(UIWizardTest, ControlsOfAnyClassTakeGroundAndDefault) {
     const Ref<UView> view = build("<control class='slider' bgcolor='#112233' style='jump|default'/>"
                                   "<control class='slider' style='default-not'/>"
                                   "<control class='text' bgcolor='number'/>");
-    uint32_t color = 0;
-    EXPECT_TRUE(cast<UControl>(view->getSubView(0))->getContentColor(color) && color == 0xFF112233);
-    EXPECT_TRUE(cast<UControl>(view->getSubView(0))->isDefaultControl());
-    EXPECT_FALSE(cast<UControl>(view->getSubView(1))->isDefaultControl());
+    EXPECT_TRUE(hasGround(*control(view, 0), 0xFF112233));
+    EXPECT_TRUE(control(view, 0)->isDefaultControl());
+    EXPECT_FALSE(control(view, 1)->isDefaultControl());
     EXPECT_THAT(findings(), ::testing::ElementsAre("'number' is no colour"));
 }
 
@@ -353,12 +356,10 @@ TEST_F(UIWizardTest, ControlsOfTheControllerTakeGroundDefaultAndFont) {
                                   "<view name='slider' bgcolor='#112233' style='default'/>"
                                   "<control name='label'/><font size='40'><control name='label'/>"
                                   "<view name='label'/></font>");
-    uint32_t color = 0;
-    auto* control = cast<UControl>(view->getSubView(0));
-    EXPECT_TRUE(control->getContentColor(color) && color == 0xFF112233);
-    EXPECT_TRUE(control->isDefaultControl());
-    control = cast<UControl>(view->getSubView(1));
-    EXPECT_FALSE(control->getContentColor(color) || control->isDefaultControl()) << "of <control> only";
+    EXPECT_TRUE(hasGround(*control(view, 0), 0xFF112233));
+    EXPECT_TRUE(control(view, 0)->isDefaultControl());
+    EXPECT_FALSE(hasGround(*control(view, 1), 0xFF112233) || control(view, 1)->isDefaultControl())
+        << "of <control> only";
     const auto width = [&view](int32_t i) { return view->getSubView(i)->getFrameSize().width; };
     EXPECT_GT(width(3), 2 * width(2));
     EXPECT_EQ(width(4), width(3));
