@@ -23,11 +23,10 @@ protected:
 };
 
 TEST_F(BackEndSelection, FollowsTheCommandLineForTwoNamesOnly) {
-    struct SelectionCase {
+    const struct {
         Arguments arguments;
         const char* selected;
-    };
-    const SelectionCase cases[] = {
+    } cases[] = {
         {{}, "Cairo"},
         {{"program", "--gfxbackend", "D2D"}, "D2D"},
         {{"program", "--gfxbackend", "GDI"}, "GDI"},
@@ -99,11 +98,10 @@ TEST_F(BackEndSelection, AFontThatIsHeldOutlivesTheFactory) {
 
 TEST_F(BackEndSelection, TheResolutionAwarenessIsThatOfTheCommandLine) {
     using platform::DpiAwareness;
-    struct Case {
+    const struct {
         Arguments arguments;
         DpiAwareness expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{"--dpiawareness", "monitor"}, DpiAwareness::monitor},
         {{"--gfxbackend", "GDI+", "--dpiawareness", "system"}, DpiAwareness::system},
         {{"--dpiawareness", "other"}, DpiAwareness::none},
@@ -111,7 +109,7 @@ TEST_F(BackEndSelection, TheResolutionAwarenessIsThatOfTheCommandLine) {
         {{"--dpiawareness", "system", "--dpiawareness", "other"}, DpiAwareness::system},
         {{"--gfxbackend", "--dpiawareness", "monitor"}, DpiAwareness::none},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         platform::setDpiAwareness(DpiAwareness::system);
         selectGraphicsBackendByArguments(c.arguments);
         EXPECT_EQ(platform::getDpiAwareness(), c.expected) << c.arguments.back();

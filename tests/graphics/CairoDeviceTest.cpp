@@ -85,13 +85,6 @@ TEST_F(CairoDeviceTest, UprightShapesFallOnWholePixelsAtEveryScale) {
         EXPECT_EQ(countColors(*drawing({120, 120}, draw, scale)), 2U) << "half covered pixels at " << scale;
 }
 
-struct ShapeCase {
-    const char* name;
-    std::vector<CmRect> clips; ///< one behind the other, and the shape drawn in each
-    std::function<void(UDrawDevice&)> draw;
-    CmRect drawn;
-};
-
 TEST_F(CairoDeviceTest, ShapesReachAsFarAsTheirPlaceAndTheClip) {
     constexpr CmRect all{0, 0, 40, 40};
     constexpr CmRect clip{10, 10, 20, 20};
@@ -105,7 +98,12 @@ TEST_F(CairoDeviceTest, ShapesReachAsFarAsTheirPlaceAndTheClip) {
         device.concatTransformMatrix(TransformMatrix::rotation(0.3, {15, 15}));
         device.fillRect(all);
     };
-    const ShapeCase cases[] = {
+    const struct {
+        const char* name;
+        std::vector<CmRect> clips; ///< one behind the other, and the shape drawn in each
+        std::function<void(UDrawDevice&)> draw;
+        CmRect drawn;
+    } cases[] = {
         {"a line holds both its ends", {all}, level, {3, 4, 9, 5}},
         {"upward, too", {all}, upward, {6, 2, 7, 10}},
         {"a frame stays inside its rectangle", {all}, frame, {5, 6, 25, 16}},
@@ -116,7 +114,7 @@ TEST_F(CairoDeviceTest, ShapesReachAsFarAsTheirPlaceAndTheClip) {
         {"a clipped round rectangle", {clip}, rounded, clip},
         {"a clipped turned rectangle", {clip}, turned, clip},
     };
-    for (const ShapeCase& c : cases) {
+    for (const auto& c : cases) {
         const auto target = drawing({40, 40}, [&](UDrawDevice& device) {
             device.setBrushColor(StandardColor::red);
             for (const CmRect& one : c.clips) {
@@ -382,12 +380,11 @@ void drawPrimitives(UDrawDevice& device) {
 }
 
 void drawTexts(UDrawDevice& device) {
-    struct Text {
+    const struct {
         const char* text;
         uint32_t style;
         int32_t just;
-    };
-    const Text texts[] = {
+    } texts[] = {
         {"Regular 0123", 0, Justify::left},
         {"Bold", UFont::bold, Justify::center},
         {"underline", UFont::underline, Justify::right},
@@ -397,7 +394,7 @@ void drawTexts(UDrawDevice& device) {
         {"two\nlines", 0, Justify::center | Justify::verticalCenter},
     };
     CmRect rect{5, 5, 155, 22};
-    for (const Text& text : texts) {
+    for (const auto& text : texts) {
         UFont font(10, text.style);
         font.setColor(StandardColor::darkblue);
         device.setFont(font);

@@ -8,14 +8,12 @@ namespace qorl {
 
 namespace {
 
-struct ParseCase {
-    const char* text;
-    bool parses;
-    uint32_t argb;
-};
-
 TEST(UColor, ReadsEachNotation) {
-    const ParseCase cases[] = {
+    const struct {
+        const char* text;
+        bool parses;
+        uint32_t argb;
+    } cases[] = {
         {"#112233", true, 0xFF112233},
         {"#11223344", true, 0x44112233},
         {"#aAbBcC", true, 0xFFAABBCC},
@@ -60,12 +58,11 @@ TEST(UColor, KeepsHueAndClampsTheRest) {
 }
 
 TEST(UColor, WritesTheShortestFormThatReadsBack) {
-    struct WriteCase {
+    const struct {
         uint32_t argb;
         const char* text;
         const char* css;
-    };
-    const WriteCase cases[] = {
+    } cases[] = {
         {0xFFFFA500, "orange", "rgba(255,165,0,1.000000)"},
         {0xFFEBEBEB, "gray5", "rgba(235,235,235,1.000000)"},
         {0xFF010203, "#010203", "rgba(1,2,3,1.000000)"},

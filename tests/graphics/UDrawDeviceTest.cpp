@@ -4,6 +4,7 @@
 #include "support/RecordingBackEnd.h"
 #include "support/TestGraphics.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <numbers>
 
@@ -11,6 +12,8 @@ namespace qorl {
 
 namespace {
 
+using ::testing::AllOf;
+using ::testing::HasSubstr;
 using testing::RecordingBackEnd;
 
 constexpr auto firstFlush =
@@ -192,9 +195,7 @@ TEST_F(UDrawDeviceTest, GivesEachOfSeveralDevicesItsOwnState) {
     b.fillRect({0, 0, 1, 1});
     backEnd_->take();
     a.fillRect({0, 0, 1, 1});
-    const std::string again = backEnd_->take();
-    EXPECT_NE(again.find("brush FFFF0000"), std::string::npos) << again;
-    EXPECT_NE(again.find("clip -29990,-30000"), std::string::npos) << again;
+    EXPECT_THAT(backEnd_->take(), AllOf(HasSubstr("brush FFFF0000"), HasSubstr("clip -29990,-30000")));
     a.fillRect({0, 0, 1, 1});
     EXPECT_EQ(backEnd_->take(), "rect 10,0 1x1 fill");
 }
@@ -207,8 +208,7 @@ TEST_F(UDrawDeviceTest, ARestoreCountsForAllDevicesOnTheBackEnd) {
     device_.restoreState();
     backEnd_->take();
     inner.fillRect({0, 0, 1, 1});
-    const std::string again = backEnd_->take();
-    EXPECT_NE(again.find("clip 10,0 5x5"), std::string::npos) << again;
+    EXPECT_THAT(backEnd_->take(), HasSubstr("clip 10,0 5x5"));
 }
 
 TEST_F(UDrawDeviceTest, AClipStaysInTheCoordinatesThatItWasSetIn) {
@@ -246,8 +246,7 @@ TEST_F(UDrawDeviceTest, SmoothsAnewWhenAnotherDeviceWasAtTheBackEnd) {
     device_.setAntialiasing(UDrawDevice::shapes);
     EXPECT_EQ(backEnd_->take(), "smooth");
     device_.fillRect({0, 0, 1, 1});
-    const std::string again = backEnd_->take();
-    EXPECT_NE(again.find("clip -30000,-30000"), std::string::npos) << again;
+    EXPECT_THAT(backEnd_->take(), HasSubstr("clip -30000,-30000"));
 }
 
 TEST_F(UDrawDeviceTest, NeverDrawsBeyondTheLimitOfItsClip) {
@@ -257,8 +256,7 @@ TEST_F(UDrawDeviceTest, NeverDrawsBeyondTheLimitOfItsClip) {
     Limited view(device_);
     view.setClip({-100, -100, 100, 3});
     view.fillRect({-50, -50, 50, 50});
-    const std::string calls = backEnd_->take();
-    EXPECT_NE(calls.find("clip 5,5 10x3;"), std::string::npos) << calls;
+    EXPECT_THAT(backEnd_->take(), HasSubstr("clip 5,5 10x3;"));
     view.setClip({20, 0, 30, 10});
     view.fillRect({20, 0, 30, 10});
     EXPECT_EQ(backEnd_->take(), "");
@@ -278,11 +276,10 @@ TEST_F(UDrawDeviceTest, HandsTextOnWithItsAlignment) {
     device_.setFont(font);
     settle();
     const CmRect rect{10, 20, 110, 40};
-    struct JustCase {
+    const struct {
         int32_t just;
         int32_t alignment;
-    };
-    const JustCase cases[] = {
+    } cases[] = {
         {Justify::left, 0},
         {Justify::center, 1},
         {Justify::right, 2},

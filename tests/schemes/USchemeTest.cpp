@@ -13,12 +13,17 @@
 
 #include <qorl/Ref.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <vector>
 
 namespace qorl {
 
 namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 SchemeEntry colorEntry(std::string_view name, uint32_t argb, uint32_t group = 0) {
     return {
@@ -145,12 +150,11 @@ TEST_F(USchemeTest, FallsBackWhereANameIsMissing) {
 }
 
 TEST_F(USchemeTest, FontsTakeTheFirstFaceThatIsThere) {
-    struct FontCase {
+    const struct {
         const char* faces;
         bool taken;
         const char* face;
-    };
-    const FontCase cases[] = {
+    } cases[] = {
         {"DejaVu Serif", true, "DejaVu Serif"},
         {"No Such Face, , DejaVu Sans Mono ,DejaVu Serif", true, "DejaVu Sans Mono"},
         {"No Such Face", false, ""},
@@ -244,13 +248,12 @@ TEST_F(USchemeTest, TheSystemSchemeIsPlain) {
     EXPECT_EQ(system->getFont(SchemeFont::smalldata).getSize(), 12);
     EXPECT_EQ(system->getFont(SchemeFont::largedata).getStyle(), UFont::bold);
 
-    const std::string plain = drawn(*system, {0, 0, 20, 20}, FrameKind::workArea);
-    EXPECT_EQ(plain.find("pen FFFF0000"), std::string::npos) << plain;
-    EXPECT_NE(plain.find("pen FF00FF00"), std::string::npos) << plain;
+    EXPECT_THAT(drawn(*system, {0, 0, 20, 20}, FrameKind::workArea),
+                AllOf(Not(HasSubstr("pen FFFF0000")), HasSubstr("pen FF00FF00")));
     EXPECT_EQ(system->getColor(SchemeColor::framebottom), UColor(StandardColor::red))
         << "only while it draws";
     scheme_->setColor(SchemeColor::framebottom, StandardColor::red);
-    EXPECT_NE(drawn({0, 0, 20, 20}, FrameKind::workArea).find("pen FFFF0000"), std::string::npos);
+    EXPECT_THAT(drawn({0, 0, 20, 20}, FrameKind::workArea), HasSubstr("pen FFFF0000"));
 }
 
 UControl* drawnControl(const CmRect&, int32_t, Binding::Value*, const ConstString&) {
@@ -296,22 +299,20 @@ TEST_F(USchemeTest, UnknownFrameKindsDrawNothing) {
         for (int32_t metric = 0; metric < SchemeMetric::count; ++metric)
             scheme_->setMetric(metric, size);
         for (int32_t kind = -7; kind <= 18; ++kind)
-            EXPECT_EQ(drawn(rect, kind, "title").find("e+"), std::string::npos)
+            EXPECT_THAT(drawn(rect, kind, "title"), Not(HasSubstr("e+")))
                 << "a line of " << kind << " leads far away: " << size;
     }
 }
 
 TEST_F(USchemeTest, RoundedFramesTakeTheInnermostRadius) {
-    const auto drawsPath = [&] {
-        return drawn({0, 0, 50, 50}, FrameKind::solidRoundRect).find("path") != std::string::npos;
-    };
-    EXPECT_FALSE(drawsPath());
+    const auto frame = [&] { return drawn({0, 0, 50, 50}, FrameKind::solidRoundRect); };
+    EXPECT_THAT(frame(), Not(HasSubstr("path")));
     {
         const UScheme::FrameRadius outer(0);
         const UScheme::FrameRadius inner(8);
-        EXPECT_TRUE(drawsPath());
+        EXPECT_THAT(frame(), HasSubstr("path"));
     }
-    EXPECT_FALSE(drawsPath());
+    EXPECT_THAT(frame(), Not(HasSubstr("path")));
 }
 
 TEST_F(USchemeTest, DrawsAsTheReferenceShows) {

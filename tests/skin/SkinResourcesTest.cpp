@@ -19,11 +19,14 @@ protected:
         useGraphics();
         std::filesystem::create_directory(folder_ / "images");
         const auto bitmap = make<UBitmap>(CmSize{12, 8});
-        const auto png = bitmap->toPng();
-        write("images/strip.png", {reinterpret_cast<const char*>(png.data()), png.size()});
-        write("images/broken.png", {reinterpret_cast<const char*>(png.data()), png.size() / 2});
+        write("images/strip.png", pngOf(*bitmap));
+        write("images/broken.png", pngOf(*bitmap).substr(0, 50));
     }
 
+    static std::string pngOf(UBitmap& bitmap) {
+        const auto png = bitmap.toPng();
+        return {reinterpret_cast<const char*>(png.data()), png.size()};
+    }
     void write(const std::string& name, std::string_view bytes) {
         std::ofstream(folder_ / name, std::ios::binary) << bytes;
     }
@@ -70,8 +73,7 @@ TEST_F(SkinResourcesTest, MakesEachKindOnceFromFilesAndFromEachOther) {
 TEST_F(SkinResourcesTest, ReadsAFileAgainWhenTheBitmapOfBeforeWontDo) {
     loadResources("<bitmap name='strip' path='images/strip.png'/>");
     const Ref<UBitmap> before = retain(find("strip"));
-    const auto png = make<UBitmap>(CmSize{5, 4})->toPng();
-    write("images/strip.png", {reinterpret_cast<const char*>(png.data()), png.size()});
+    write("images/strip.png", pngOf(*make<UBitmap>(CmSize{5, 4})));
     EXPECT_EQ(find("strip"), before.get());
     UBitmap* now = wizard().description()->findBitmap("strip", false);
     ASSERT_TRUE(now);
@@ -117,12 +119,8 @@ TEST_F(SkinResourcesTest, AppliesWhatABitmapSaysOfItsLook) {
     };
     paint(*picture, {0xFFFF00FF, 0xFF4080C0, 0xFF4080C0});
     paint(*shape, {0xFFFFFFFF, 0xFF808080});
-    const auto store = [this](const char* name, UBitmap& bitmap) {
-        const auto png = bitmap.toPng();
-        write(name, {reinterpret_cast<const char*>(png.data()), png.size()});
-    };
-    store("images/picture.png", *picture);
-    store("images/shape.png", *shape);
+    write("images/picture.png", pngOf(*picture));
+    write("images/shape.png", pngOf(*shape));
     const std::string path = " path='images/picture.png' ";
     loadResources("<bitmap name='plain'" + path + "/><bitmap name='keyed'" + path +
                   "mask='#FF00FF'/><bitmap name='shape' path='images/shape.png'/><bitmap name='masked'" +
@@ -184,8 +182,7 @@ TEST_F(SkinResourcesTest, EndsChainsOfBitmapsThatAreMadeFromEachOther) {
 }
 
 TEST_F(SkinResourcesTest, HoldsNoMorePixelsThanADocumentMay) {
-    const auto png = make<UBitmap>(CmSize{1000, 1000})->toPng();
-    write("images/large.png", {reinterpret_cast<const char*>(png.data()), png.size()});
+    write("images/large.png", pngOf(*make<UBitmap>(CmSize{1000, 1000})));
     std::string resources =
         "<bitmap name='file' path='images/large.png'/><filmstrip name='strip' path='file'/>"
         "<section name='view' path='file' data='reference' size='0,0,9,9'/>";

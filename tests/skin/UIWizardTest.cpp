@@ -6,6 +6,7 @@
 #include "skin/ControllerScope.h"
 #include "skin/UViewClass.h"
 #include "support/FailingAllocation.h"
+#include "support/ProbeView.h"
 #include "support/TestGraphics.h"
 #include "views/UBaseView.h"
 #include "views/UCursorView.h"
@@ -396,20 +397,13 @@ TEST_F(UIWizardTest, GivesNoViewWhenMemoryRunsOut) {
 }
 
 TEST_F(UIWizardTest, ReloadTellsListeners) {
-    struct Listener : CmObject {
-        int32_t handleMessage(FMessage* message) override {
-            heard += message->isNamed("ReloadDescription");
-            return handled;
-        }
-        int heard = 0;
-    };
-    auto listener = make<Listener>();
+    auto listener = make<ProbeController>();
     wizard().addListener(listener.get());
     FMessage message(ConstString("ReloadDescription"));
     EXPECT_EQ(wizard().handleMessage(&message), CmObject::handled);
     wizard().removeListener(listener.get());
     wizard().handleMessage(&message);
-    EXPECT_EQ(listener->heard, 1);
+    EXPECT_THAT(listener->messages, ::testing::ElementsAre("ReloadDescription"));
 }
 
 TEST_F(UIWizardTest, NestedWizardsShareTheDocument) {

@@ -41,13 +41,7 @@ protected:
         desktop.processEvents();
         return takeLog();
     }
-    std::string takeLog() {
-        std::string all;
-        for (const std::string& line : log)
-            all += (all.empty() ? "" : "; ") + line;
-        log.clear();
-        return all;
-    }
+    std::string takeLog() { return a.take(); }
 
     std::vector<std::string> log;
     test::WindowRecorder a{"a", &log};

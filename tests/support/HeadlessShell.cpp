@@ -93,6 +93,12 @@ void HeadlessShell::start(platform::HeadlessSettings settings) {
     userInterface_ = std::make_unique<UserInterface>();
 }
 
+void HeadlessShell::scale(double factor) {
+    platform::HeadlessMonitor monitor;
+    monitor.scale = factor;
+    platform_->setMonitors({monitor});
+}
+
 void HeadlessShell::open(UWindow& window) {
     EXPECT_TRUE(window.show());
     settle();

@@ -76,6 +76,8 @@ public:
             ADD_FAILURE() << "no such view in the skin: " << index;
         return *found;
     }
+    /// Puts the desktop onto one monitor of another scale.
+    void scale(double factor);
     /// Opens a further window and waits until it is painted.
     void open(UWindow& window);
     /// The window that points are counted from, here on.
@@ -97,7 +99,6 @@ public:
     void type(std::string_view text);
     /// A word of `platform::Modifier`, until the next call.
     void hold(uint32_t modifiers);
-    void wait(int64_t milliseconds) { advance(milliseconds); }
     /// Passes virtual time.
     void advance(int64_t milliseconds);
     /// Runs until nothing is left to do now.

@@ -17,18 +17,11 @@ std::string toText(double number) {
     return buffer;
 }
 
-const char* toText(platform::PlatformWindowClient::MainWindow main) {
-    return main == platform::PlatformWindowClient::MainWindow::changed ? " main" : "";
-}
-
 } // namespace
 
 std::string toText(const CmRect& rect) {
     return toText(rect.origin()) + " " + std::to_string(rect.width()) + "x" + std::to_string(rect.height());
 }
-
-WindowRecorder::WindowRecorder(std::string name, std::vector<std::string>* log)
-    : name_(std::move(name)), log_(log ? log : &own_) {}
 
 void WindowRecorder::write(std::string line) {
     log_->push_back(name_.empty() ? std::move(line) : name_ + " " + line);
@@ -77,42 +70,6 @@ void WindowRecorder::sized(CmSize size) {
     write("sized " + std::to_string(size.width) + "x" + std::to_string(size.height));
 }
 
-void WindowRecorder::sizeTrackingStarted() {
-    write("tracking started");
-}
-
-void WindowRecorder::sizeTrackingEnded() {
-    write("tracking ended");
-}
-
-void WindowRecorder::activated(MainWindow main) {
-    write(std::string("activated") + toText(main));
-}
-
-void WindowRecorder::deactivated(MainWindow main) {
-    write(std::string("deactivated") + toText(main));
-}
-
-void WindowRecorder::closePressed() {
-    write("close pressed");
-}
-
-void WindowRecorder::minimized() {
-    write("minimized");
-}
-
-void WindowRecorder::maximized() {
-    write("maximized");
-}
-
-void WindowRecorder::restored() {
-    write("restored");
-}
-
-void WindowRecorder::colorSchemeChanged() {
-    write("color scheme changed");
-}
-
 bool WindowRecorder::wheel(const platform::WheelEvent& event) {
     write("wheel " + toText(event.position) + " " + toText(event.deltaX) + " " + toText(event.deltaY));
     return true;
@@ -120,14 +77,6 @@ bool WindowRecorder::wheel(const platform::WheelEvent& event) {
 
 void WindowRecorder::scaleFactorChanged(double factor) {
     write("scale " + toText(factor));
-}
-
-void WindowRecorder::captureLost() {
-    write("capture lost");
-}
-
-void WindowRecorder::ownerClosed() {
-    write("owner closed");
 }
 
 std::string WindowRecorder::take() {

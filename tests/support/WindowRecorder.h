@@ -12,27 +12,28 @@ namespace qorl::test {
 /// A platform window's client that writes down what it hears, one line a call, and paints a plain colour.
 class WindowRecorder : public platform::PlatformWindowClient {
 public:
-    explicit WindowRecorder(std::string name = {}, std::vector<std::string>* log = nullptr);
+    explicit WindowRecorder(std::string name = {}, std::vector<std::string>* log = nullptr)
+        : name_(std::move(name)), log_(log ? log : &own_) {}
 
     void paint(const platform::PixelSurface& surface, const platform::Region& region,
                platform::Region& drawn) override;
     bool mouse(const platform::MouseEvent& event) override;
     bool key(const platform::KeyEvent& event) override;
+    bool wheel(const platform::WheelEvent& event) override;
     void moved(CmPoint position) override;
     void sized(CmSize size) override;
-    void sizeTrackingStarted() override;
-    void sizeTrackingEnded() override;
-    void activated(MainWindow main) override;
-    void deactivated(MainWindow main) override;
-    void closePressed() override;
-    void minimized() override;
-    void maximized() override;
-    void restored() override;
-    void colorSchemeChanged() override;
-    bool wheel(const platform::WheelEvent& event) override;
+    void sizeTrackingStarted() override { write("tracking started"); }
+    void sizeTrackingEnded() override { write("tracking ended"); }
+    void activated(MainWindow main) override { write(std::string("activated") + tell(main)); }
+    void deactivated(MainWindow main) override { write(std::string("deactivated") + tell(main)); }
+    void closePressed() override { write("close pressed"); }
+    void minimized() override { write("minimized"); }
+    void maximized() override { write("maximized"); }
+    void restored() override { write("restored"); }
+    void colorSchemeChanged() override { write("color scheme changed"); }
     void scaleFactorChanged(double factor) override;
-    void captureLost() override;
-    void ownerClosed() override;
+    void captureLost() override { write("capture lost"); }
+    void ownerClosed() override { write("owner closed"); }
 
     /// The lines since the last call, joined by "; ".
     std::string take();
@@ -49,6 +50,7 @@ public:
 
 private:
     void write(std::string line);
+    static const char* tell(MainWindow main) { return main == MainWindow::changed ? " main" : ""; }
 
     std::string name_;
     std::vector<std::string> own_;

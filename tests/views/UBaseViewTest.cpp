@@ -5,37 +5,19 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/defaults/FDefaultPool.h"
 #include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
 #include "windows/UDocWindow.h"
 
-#include <algorithm>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace qorl {
 namespace {
 
+using ::testing::Contains;
+using ::testing::ElementsAre;
 using testing::HeadlessShell;
-
-/// Writes down what a window tells its controller.
-class Controller : public CmObject {
-    QORL_CLASS(Controller, CmObject)
-
-public:
-    int32_t handleMessage(FMessage* message) override {
-        std::string text = message->getName().string().toUtf8();
-        if (message->contains("NewType"))
-            text += "=" + std::to_string(message->getInt("NewType"));
-        heard.push_back(text);
-        return notHandled;
-    }
-
-    /// Position of the first message of that name; -1 without one.
-    int64_t indexOf(const std::string& name) const {
-        const auto found = std::find(heard.begin(), heard.end(), name);
-        return found == heard.end() ? -1 : found - heard.begin();
-    }
-
-    std::vector<std::string> heard;
-};
+using testing::ProbeController;
 
 class UBaseViewTest : public ::testing::Test {
 protected:
@@ -56,7 +38,7 @@ protected:
     }
 
     HeadlessShell shell_;
-    Ref<Controller> controller_ = make<Controller>();
+    Ref<ProbeController> controller_ = make<ProbeController>();
     Ref<UBaseView> base_ = make<UBaseView>(CmRect{0, 0, 200, 100});
 };
 
@@ -78,19 +60,21 @@ TEST_F(UBaseViewTest, GoesFromOneKindOfWindowToAnotherAndKeepsTheFocus) {
     shell_.settle();
     EXPECT_EQ(base_->getClientSize(), (CmSize{240, 130}));
 
-    controller_->heard.clear();
+    // The window must not open before its controller knows it.
+    std::vector<std::string> heard;
+    controller_->answer = [&](FMessage& message) {
+        for (const char* name : {"MsgWindowTypeChange", "MsgWindowized", "Before Open"})
+            if (message.isNamed(name))
+                heard.push_back(name + std::to_string(message.getInt("NewType")));
+        return 0;
+    };
     const Ref<UWindow> panel = windowize(BaseWindowType::panel);
     ASSERT_TRUE(panel);
     EXPECT_EQ(panel->getWindowType(), WindowType::floating);
     EXPECT_FALSE(document->isOpen());
     EXPECT_EQ(panel->getClientSize(), (CmSize{240, 130})) << "the size of the window before was lost";
     EXPECT_EQ(shell_.desktop().getFocus(), field.get());
-    const int64_t change = controller_->indexOf("MsgWindowTypeChange=2");
-    const int64_t windowized = controller_->indexOf("MsgWindowized");
-    EXPECT_GE(change, 0);
-    EXPECT_GT(windowized, change);
-    EXPECT_GT(controller_->indexOf("Before Open"), windowized)
-        << "the window opened before its controller knew it";
+    EXPECT_THAT(heard, ElementsAre("MsgWindowTypeChange2", "MsgWindowized0", "Before Open0"));
 }
 
 TEST_F(UBaseViewTest, ReturnsToItsPlaceWhenItsWindowDissolves) {
@@ -158,18 +142,17 @@ TEST_F(UBaseViewTest, LetsAHookAddHooks) {
 
 TEST_F(UBaseViewTest, ClampsAProposalWhenItIsNotAloneInAWindow) {
     base_->setWindowSizeLimits({50, UBaseView::noLimit, 120, 80});
-    struct Case {
+    const struct {
         CmRect asked;
         const char* answered;
         bool taken;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{0, 0, 100, 60}, "0,0,100,60", true},
         {{0, 0, 10, 60}, "0,0,50,60", false},
         {{0, 0, 500, 500}, "0,0,120,80", false},
         {{0, 0, 60, 1}, "0,0,60,1", true},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(textOf(c.asked));
         CmRect rect = c.asked;
         EXPECT_EQ(base_->checkSize(rect), c.taken);
@@ -208,7 +191,7 @@ TEST_F(UBaseViewTest, FollowsItsOnlySubViewAndPassesItOn) {
 TEST_F(UBaseViewTest, AnswersForItsOwnSurroundings) {
     auto inner = make<UView>(CmRect{0, 0, 10, 10});
     base_->addSubView(inner);
-    const auto context = make<Controller>();
+    const auto context = make<ProbeController>();
     base_->setViewContext(context.get());
     base_->setBackgroundColor(UColor::fromBytes(1, 2, 3));
     base_->setHelpIdentifier(ConstString(u"mixer.help"));
@@ -242,7 +225,7 @@ TEST_F(UBaseViewTest, StaysWhereItIsEmbeddedWhenThereIsNoWindowToDissolve) {
 TEST_F(UBaseViewTest, TellsItsControllerThatItHearsTheKeysFirst) {
     base_->setBaseFlag(UBaseView::baseControllerFocus, true);
     ASSERT_TRUE(windowize(BaseWindowType::document));
-    EXPECT_GE(controller_->indexOf("SetControllerFocus"), 0);
+    EXPECT_THAT(controller_->messages, Contains("SetControllerFocus"));
 }
 
 } // namespace

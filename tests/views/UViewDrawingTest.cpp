@@ -50,18 +50,17 @@ TEST_F(UViewDrawing, InvalidatesWhatCanBeSeen) {
     pane->setClientInsets({5, 5, 5, 5}, true);
     auto child = add(*pane, "child", {20, 20, 80, 80});
     window_->attachTree();
-    struct Case {
+    const struct {
         CmRect rect;
         const char* invalidated;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{0, 0, 5, 5}, "35,35,40,40"},
         {{0, 0, 60, 60}, "35,35,55,55"},
         {{-100, -100, 1000, 1000}, "35,35,55,55"},
         {{30, 30, 60, 60}, nullptr},
         {{5, 5, 5, 20}, nullptr},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(textOf(c.rect));
         window_->invalidated.clear();
         EXPECT_EQ(child->invalidate(c.rect), c.invalidated != nullptr);

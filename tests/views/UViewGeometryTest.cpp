@@ -9,18 +9,16 @@ namespace {
 
 class UViewGeometry : public RecordingTest {};
 
-struct AttachCase {
-    uint32_t flags;
-    CmRect grown;
-};
-
 TEST_F(UViewGeometry, PlacesSubViewsByTheirAttachFlags) {
     constexpr uint32_t l = viewAttachLeft;
     constexpr uint32_t t = viewAttachTop;
     constexpr uint32_t r = viewAttachRight;
     constexpr uint32_t b = viewAttachBottom;
     // The parent grows by 30, 20; the child starts at 10,10,40,30.
-    const AttachCase cases[] = {
+    const struct {
+        uint32_t flags;
+        CmRect grown;
+    } cases[] = {
         {0, {10, 10, 40, 30}},
         {l, {10, 10, 40, 30}},
         {t, {10, 10, 40, 30}},
@@ -33,7 +31,7 @@ TEST_F(UViewGeometry, PlacesSubViewsByTheirAttachFlags) {
         {l | r | b, {10, 30, 70, 50}},
         {viewAttachAll, {10, 10, 70, 50}},
     };
-    for (const AttachCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(attachToText(c.flags));
         auto parent = view("p");
         auto child = add(*parent, "c", {10, 10, 40, 30}, c.flags);
@@ -207,16 +205,15 @@ TEST_F(UViewGeometry, MarksItselfWhenLimitsLeaveNoSize) {
 }
 
 TEST_F(UViewGeometry, FitsItselfAroundItsShownSubViews) {
-    struct Case {
+    const struct {
         int32_t width;
         int32_t height;
         const char* frame;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0, 0, "10,10,74,64"},    {5, 7, "10,10,79,71"},     {-1, 10, "10,10,110,74"},
         {10, -1, "10,10,84,110"}, {-1, -1, "10,10,110,110"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.width << ", " << c.height);
         auto parent = view("p", {10, 10, 110, 110});
         parent->setClientInsets({2, 2, 2, 2}, true);
@@ -345,13 +342,12 @@ TEST_F(UViewGeometry, SlidesSubViewsApartAndBackTogether) {
 }
 
 TEST(AttachText, ReadsAndWritesTheWords) {
-    struct Case {
+    const struct {
         const char* text;
         uint32_t flags;
         bool known;
         const char* written;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"top|left", 0x300, true, "left|top"},
         {"left top", 0x300, true, "left|top"},
         {"all", 0xF00, true, "all"},
@@ -363,7 +359,7 @@ TEST(AttachText, ReadsAndWritesTheWords) {
         {"Left", 0, false, ""},
         {"bottom  |right", 0xC00, true, "right|bottom"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         uint32_t flags = 0xFFFF;
         EXPECT_EQ(parseAttach(c.text, flags), c.known);

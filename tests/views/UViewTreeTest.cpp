@@ -316,17 +316,16 @@ TEST_F(UViewTree, FindsTheDeepestViewInFrontAtAPoint) {
     auto front = add(*root, "front", {40, 40, 100, 100});
     front->setClientInsets({5, 5, 5, 5}, true);
     add(*front, "inner", {-10, -10, 20, 20});
-    struct Case {
+    const struct {
         CmPoint point;
         bool deep;
         const char* found;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{10, 10}, true, "back"},  {{50, 50}, true, "inner"}, {{50, 50}, false, "front"},
         {{42, 42}, true, "front"}, {{99, 99}, true, "front"}, {{100, 100}, true, "none"},
         {{70, 10}, true, "none"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.point.x << "," << c.point.y << (c.deep ? " deep" : ""));
         EXPECT_EQ(nameOf(root->findViewAt(c.point, c.deep)), c.found);
     }

@@ -48,20 +48,19 @@ protected:
 };
 
 TEST_F(PopupTest, ClosesByTheClicksThatItsFlagsName) {
-    struct Case {
+    const struct {
         const char* what;
         uint32_t flag;
         bool isInside;
         bool staysOpen;
         const char* heard; ///< empty: neither the press nor its release and click
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"outside, and spent", UPopupWindow::closesOnOutsideClick, false, false, ""},
         {"outside without that flag", 0, false, true, "under.mouseDown 20,20"},
         {"inside", UPopupWindow::closesOnOutsideClick, true, true, "inside.mouseDown 20,20"},
         {"any, and spent", UPopupWindow::closesOnAnyClick, true, false, ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         const Ref<UPopupWindow> popup = open(c.flag);
         shell.aim(c.isInside ? static_cast<UWindow&>(*popup) : shell.window());

@@ -61,20 +61,19 @@ protected:
 };
 
 TEST_F(PaintTest, DrawsASmallRegionAsOneBoxAndALargeOneRectByRect) {
-    struct Case {
+    const struct {
         const char* what;
         CmRect first;
         CmRect second;
         std::vector<CmRect> drawn;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"a box of 70 x 10", {0, 0, 10, 10}, {60, 0, 70, 10}, {{0, 0, 70, 10}}},
         {"a box of 210 x 210", {0, 0, 10, 10}, {200, 200, 210, 210}, {{0, 0, 10, 10}, {200, 200, 210, 210}}},
         {"just below the limit", {0, 0, 1, 99}, {100, 0, 101, 99}, {{0, 0, 101, 99}}},
         {"at the limit", {0, 0, 1, 100}, {99, 0, 100, 100}, {{0, 0, 1, 100}, {99, 0, 100, 100}}},
         {"two that overlap", {0, 0, 100, 200}, {0, 100, 100, 300}, {{0, 0, 100, 300}}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         view->drawn.clear();
         view->invalidate(c.first);
@@ -104,40 +103,25 @@ TEST_F(PaintTest, MayCloseTheWindowInItsOwnPaint) {
     EXPECT_FALSE(second->hasWindowFlag(UWindow::painting));
 }
 
-struct PaintCase {
-    const char* what;
-    std::function<void()> act;
-    CmSize pixels; ///< of the window at the end
-};
-
 TEST_F(PaintTest, MayChangeSizeAndScaleInItsOwnPaint) {
-    const PaintCase cases[] = {
-        {"smaller",
-         [&] {
-             shell.window().setSize({200, 100});
-         },
-         {200, 100}},
-        {"larger",
-         [&] {
-             shell.window().setSize({900, 700});
-         },
-         {900, 700}},
-        {"scaled",
-         [&] {
-             platform::HeadlessMonitor monitor;
-             monitor.scale = 2;
-             shell.platform().setMonitors({monitor});
-         },
-         {1800, 1400}},
-        {"larger, and scrolled at once",
-         [&] {
-             shell.window().setSize({950, 800});
-             shell.window().scrollRect({0, 0, 950, 800}, {0, 10});
-         },
-         {1900, 1600}},
+    const auto shrink = [&] { shell.window().setSize({200, 100}); };
+    const auto grow = [&] { shell.window().setSize({900, 700}); };
+    const auto growAndScroll = [&] {
+        shell.window().setSize({950, 800});
+        shell.window().scrollRect({0, 0, 950, 800}, {0, 10});
+    };
+    const struct {
+        const char* what;
+        std::function<void()> act;
+        CmSize pixels; ///< of the window at the end
+    } cases[] = {
+        {"smaller", shrink, {200, 100}},
+        {"larger", grow, {900, 700}},
+        {"scaled", [&] { shell.scale(2); }, {1800, 1400}},
+        {"larger, and scrolled at once", growAndScroll, {1900, 1600}},
     };
     view->setAttach(viewAttachAll);
-    for (const PaintCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         view->during = [&] {
             view->during = nullptr;

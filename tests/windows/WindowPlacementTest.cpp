@@ -10,14 +10,12 @@ constexpr CmRect left{0, 0, 1000, 800};
 constexpr CmRect right{1000, 0, 2000, 600};
 constexpr CmRect both[] = {left, right};
 
-struct PlacementCase {
-    const char* what;
-    CmRect frame;
-    CmPoint expected;
-};
-
 TEST(WindowPlacement, KeepsAWindowWhereEnoughOfItIsSeen) {
-    const PlacementCase cases[] = {
+    const struct {
+        const char* what;
+        CmRect frame;
+        CmPoint expected;
+    } cases[] = {
         {"inside", {100, 100, 400, 300}, {100, 100}},
         {"50 columns left at the left edge", {-250, 100, 50, 300}, {-250, 100}},
         {"49 columns left at the left edge", {-251, 100, 49, 300}, {0, 100}},
@@ -30,7 +28,7 @@ TEST(WindowPlacement, KeepsAWindowWhereEnoughOfItIsSeen) {
         {"small, but wholly seen", {10, 30, 30, 50}, {10, 30}},
         {"small and half seen", {-10, 30, 10, 50}, {0, 30}},
     };
-    for (const PlacementCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         EXPECT_EQ(correctedPosition(c.frame, both, 24), c.expected)
             << correctedPosition(c.frame, both, 24).x << ", " << correctedPosition(c.frame, both, 24).y;

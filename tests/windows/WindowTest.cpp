@@ -389,12 +389,11 @@ TEST_F(WindowTest, StaysWhenItsCloseButtonIsPressedBehindADialog) {
 }
 
 TEST_F(WindowTest, ClosesByKeysOnlyWhenItsStyleSaysSo) {
-    struct Case {
+    const struct {
         const char* key;
         uint32_t style;
         const char* message; ///< null: stays open
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"Esc", styleCloseOnEscape, "MsgCloseEscape"},
         {"Esc", styleCloseOnEnter, nullptr},
         {"Return", styleCloseOnEnter, "MsgCloseEnter"},
@@ -403,7 +402,7 @@ TEST_F(WindowTest, ClosesByKeysOnlyWhenItsStyleSaysSo) {
         {"Return", styleCloseOnEscape, nullptr},
         {"Esc", 0, nullptr},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.key << " style " << c.style);
         const Ref<UWindow> window = openWindow(styleWindowPreset | c.style);
         int32_t answer = 1;

@@ -34,15 +34,13 @@ void resize(UView& view, int32_t width, int32_t height) {
     view.setFrame(CmRect::ofSize(view.getFrameRect().origin(), {width, height}), true);
 }
 
-struct RowCase {
-    const char* attributes;
-    const char* places;
-    const char* size; ///< of the row
-};
-
 /// Three children of 30 x 10, 20 x 16 and 40 x 12.
 TEST(URowColumn, PlacesChildBehindChildAndTakesTheirSize) {
-    const RowCase cases[] = {
+    const struct {
+        const char* attributes;
+        const char* places;
+        const char* size; ///< of the row
+    } cases[] = {
         {"style='horizontal'", "0,0,30,10 30,0,20,16 50,0,40,12", "5,6,90,16"},
         {"style='vertical'", "0,0,30,10 0,10,20,16 0,26,40,12", "5,6,40,38"},
         {"style='horizontal' spacing='3,5,4,7'", "3,5,30,10 37,5,20,16 61,5,40,12", "5,6,104,26"},
@@ -55,7 +53,7 @@ TEST(URowColumn, PlacesChildBehindChildAndTakesTheirSize) {
         {"style='horizontal' colwidth='50'", "0,0,30,10 50,0,20,16 100,0,40,12", "5,6,140,16"},
         {"style='vertical' rowheight='0' spacing='0,0,0,4'", "0,0,30,10 0,4,20,16 0,8,40,12", "5,6,40,20"},
     };
-    for (const RowCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.attributes);
         HeadlessShell shell{std::string("<rowcol size='5,6,0,0' ") + c.attributes +
                             "><container size='0,0,30,10'/><container size='9,9,20,16'/>"

@@ -13,14 +13,12 @@ namespace {
 using testing::EditRecorder;
 using testing::HeadlessShell;
 
-struct PressCase {
-    uint32_t style;
-    int32_t before;
-    const char* edits;
-};
-
 TEST(UCheckBoxBase, TurnsOverByItsStyle) {
-    const PressCase cases[] = {
+    const struct {
+        uint32_t style;
+        int32_t before;
+        const char* edits;
+    } cases[] = {
         {0, 0, "1"},
         {0, 1, "0"},
         {CheckBoxStyle::cross, 1, "0"},
@@ -28,7 +26,7 @@ TEST(UCheckBoxBase, TurnsOverByItsStyle) {
         {CheckBoxStyle::radio, 1, "1"},
         {CheckBoxStyle::push, 0, "1 0"},
     };
-    for (const PressCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << "style " << c.style << " at " << c.before);
         const auto value = make<Binding::IntValue>(0, 1);
         value->setValue(c.before);

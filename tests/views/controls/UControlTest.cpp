@@ -5,6 +5,7 @@
 #include "foundation/text/CmString.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
 #include "support/Slots.h"
 #include "views/GeometryAttributes.h"
 #include "windows/UWindow.h"
@@ -53,20 +54,18 @@ TEST(UControl, AddsItsOperationsInTheirPublishedOrder) {
         SLOT(UControl, onValueAttached));
 }
 
-struct WheelCase {
-    int32_t max;
-    double distance;
-    int32_t expected;
-    bool stepped = false;
-    uint32_t modifiers = platform::noModifier;
-    Binding::ValueKind kind = Binding::ValueKind::number;
-    bool inverted = false;
-};
-
 /// The wheel over a control whose value starts in the middle of its range.
 TEST(UControl, TurnsTheWheelIntoStepsOrShares) {
     using enum Binding::ValueKind;
-    const WheelCase cases[] = {
+    const struct {
+        int32_t max;
+        double distance;
+        int32_t expected;
+        bool stepped = false;
+        uint32_t modifiers = platform::noModifier;
+        Binding::ValueKind kind = Binding::ValueKind::number;
+        bool inverted = false;
+    } cases[] = {
         {100, 1, 51},
         {100, -1, 49},
         {100, 3.5, 51},
@@ -86,7 +85,7 @@ TEST(UControl, TurnsTheWheelIntoStepsOrShares) {
         {100, 1, 51, false, platform::noModifier, list},
     };
     HeadlessShell shell;
-    for (const WheelCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message()
                      << "0.." << c.max << " by " << c.distance << (c.stepped ? " stepped" : "")
                      << " modifiers " << c.modifiers << " kind " << int(c.kind));
@@ -282,24 +281,6 @@ TEST(UControl, GivesTheFocusAwayWhenItsValueIsDisabled) {
     EXPECT_EQ(shell.desktop().getFocus(), nullptr);
 }
 
-/// Answers "GetToolTip" with the name of the asked control's place.
-class TipController : public CmObject {
-    QORL_CLASS(TipController, CmObject)
-
-public:
-    bool knows = true;
-
-    int32_t handleMessage(FMessage* message) override {
-        auto* result = cast<CmString>(message->getObject("result"));
-        CmPoint where;
-        if (!knows || !message->isNamed("GetToolTip") || !result || !message->getObject("control") ||
-            !getPoint(message->attributes(), "where", where) || where != CmPoint{1, 1})
-            return notHandled;
-        result->string() = ConstString("Told by the controller");
-        return handled;
-    }
-};
-
 TEST(UControl, AsksTheControllerForItsToolTipFirst) {
     HeadlessShell shell{
         "<slider name='level' tip='Level of the input' style='horizontal' size='0,0,100,20'/>"};
@@ -310,11 +291,19 @@ TEST(UControl, AsksTheControllerForItsToolTipFirst) {
         return control.getTooltip(text, {1, 1}, area) ? text.toUtf8() : "none";
     };
     EXPECT_EQ(tip(), "Level of the input");
-    const auto controller = make<TipController>();
+    const auto controller = make<testing::ProbeController>();
+    controller->answer = [&](FMessage& message) -> int32_t {
+        auto* result = cast<CmString>(message.getObject("result"));
+        CmPoint where;
+        if (!message.isNamed("GetToolTip") || !result || message.getObject("control") != &control ||
+            !getPoint(message.attributes(), "where", where) || where != CmPoint{1, 1})
+            return CmObject::notHandled;
+        result->string() = ConstString("Told by the controller");
+        return CmObject::handled;
+    };
     shell.value("level").setTarget(controller.get(), 0, false);
     EXPECT_EQ(tip(), "Told by the controller") << "the target stands in for a controller";
-    const auto silent = make<TipController>();
-    silent->knows = false;
+    const auto silent = make<testing::ProbeController>();
     shell.window().setController(silent.get());
     EXPECT_EQ(tip(), "Level of the input");
     shell.window().setController(controller.get());

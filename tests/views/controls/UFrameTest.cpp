@@ -12,21 +12,19 @@ namespace {
 
 using testing::HeadlessShell;
 
-struct FrameCase {
-    int32_t kind;
-    int32_t afterClick;
-    int32_t afterWheel;
-};
-
 /// A frame over a switch, and one inside of a slider.
 TEST(UFrame, TakesTheMouseOnlyWhenItIsMadeTo) {
-    const FrameCase cases[] = {
+    const struct {
+        int32_t kind;
+        int32_t afterClick;
+        int32_t afterWheel;
+    } cases[] = {
         {UFrame::invisible, 1, 1},
         {FrameKind::solidRect, 1, 1},
         {UFrame::mouseDownTrue, 0, 1},
         {UFrame::wheelMoveTrue, 1, 0},
     };
-    for (const FrameCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << "kind " << c.kind);
         HeadlessShell shell{"<switch name='pressed' style='onoff' size='0,0,60,20'/>"
                             "<slider name='turned' style='horizontal' size='0,30,60,20'/>",

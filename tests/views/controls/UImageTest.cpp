@@ -15,14 +15,12 @@ using testing::makeStripes;
 constexpr uint32_t red = 0xFFFF0000;
 constexpr uint32_t blue = 0xFF0000FF;
 
-struct PlaceCase {
-    uint32_t style;
-    uint32_t colors[4]; ///< at 2,2, at 14,2, at 34,2 and at 2,14; 0 is the background
-};
-
 /// An image of 40 x 20 with a bitmap of 10 x 5, whose left half is red and right half blue.
 TEST(UImage, PlacesScalesAndRepeats) {
-    const PlaceCase cases[] = {
+    const struct {
+        uint32_t style;
+        uint32_t colors[4]; ///< at 2,2, at 14,2, at 34,2 and at 2,14; 0 is the background
+    } cases[] = {
         {0, {red, 0, 0, 0}},
         {UImage::scale, {red, red, blue, red}},
         {UImage::hrepeat, {red, red, red, 0}},
@@ -31,7 +29,7 @@ TEST(UImage, PlacesScalesAndRepeats) {
         {UImage::scale | UImage::keepAspect, {red, red, blue, red}},
         {UImage::scale | UImage::vrepeat, {red, red, blue, red}},
     };
-    for (const PlaceCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << "style " << c.style);
         const auto image = make<UImage>(CmRect{0, 0, 40, 20}, makeStripes({5, 5}, {red, blue}), c.style);
         HeadlessShell shell{image};

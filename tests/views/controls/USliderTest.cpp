@@ -24,16 +24,14 @@ std::string sliderSkin(const std::string& style) {
 }
 constexpr const char* handleFrom50 = "level = 50 in 0..189";
 
-struct ModeCase {
-    const char* style;
-    int32_t press;
-    int32_t dragTo;
-    const char* edits;
-    uint32_t modifiers = platform::noModifier;
-};
-
 TEST(USlider, TakesPressesAndDragsByItsMode) {
-    const ModeCase cases[] = {
+    const struct {
+        const char* style;
+        int32_t press;
+        int32_t dragTo;
+        const char* edits;
+        uint32_t modifiers = platform::noModifier;
+    } cases[] = {
         {"horizontal jump", 105, 115, "begin 100 110 end"},
         {"horizontal jump", 58, 68, "begin 60 end"},
         {"horizontal touch", 105, 115, ""},
@@ -56,7 +54,7 @@ TEST(USlider, TakesPressesAndDragsByItsMode) {
         {"vertical jump invert", 105, 115, "begin 100 110 end"},
         {"vertical relative", 20, 30, "begin 40 end"},
     };
-    for (const ModeCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.style << ", press at " << c.press << ", drag to " << c.dragTo
                                           << ", modifiers " << c.modifiers);
         HeadlessShell shell{sliderSkin(c.style), handleFrom50};
@@ -115,16 +113,14 @@ TEST(USlider, TurnsAReversedKindRound) {
     EXPECT_EQ(edits.take(), "begin end") << "the handle is under the mouse";
 }
 
-struct RampCase {
-    const char* style;
-    bool isReversedKind;
-    int32_t mouse;
-    const char* first;
-    const char* later;
-};
-
 TEST(USlider, TravelsTowardTheMouseInSteps) {
-    const RampCase cases[] = {
+    const struct {
+        const char* style;
+        bool isReversedKind;
+        int32_t mouse;
+        const char* first;
+        const char* later;
+    } cases[] = {
         {"horizontal ramp", false, 150, "begin 4", "5 6 7 8 end"},
         {"horizontal ramp", false, 1, "begin 2", "1 0 end"},
         {"horizontal ramp message-loop", false, 150, "begin 4", "5 6 7 8 end"},
@@ -132,7 +128,7 @@ TEST(USlider, TravelsTowardTheMouseInSteps) {
         {"horizontal ramp", true, 1, "begin 4", "5 6 7 8 9 10 end"},
         {"vertical ramp", false, 50, "begin 4", "5 6 7 8 end"},
     };
-    for (const RampCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.style << ", mouse at " << c.mouse);
         HeadlessShell shell{sliderSkin(c.style), "level = 3 in 0..10"};
         if (c.isReversedKind)

@@ -2,9 +2,11 @@
 #include "foundation/messages/FMessage.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
 #include "views/controls/USwitch.h"
 #include "windows/UWindow.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace qorl {
@@ -25,16 +27,14 @@ std::string numberIn(int32_t number, int32_t max) {
 constexpr CmPoint inside{30, 10};
 constexpr CmPoint outside{200, 200};
 
-struct PressCase {
-    const char* style;
-    int32_t max;
-    int32_t before;
-    const char* releasedInside;
-    const char* releasedOutside;
-};
-
 TEST(USwitchBase, DoesWhatItsBehaviourSays) {
-    const PressCase cases[] = {
+    const struct {
+        const char* style;
+        int32_t max;
+        int32_t before;
+        const char* releasedInside;
+        const char* releasedOutside;
+    } cases[] = {
         {"push", 1, 0, "1 0", ""},
         {"push", 3, 1, "2", ""},
         {"push", 3, 3, "0", ""},
@@ -57,7 +57,7 @@ TEST(USwitchBase, DoesWhatItsBehaviourSays) {
         {"push immediate", 1, 0, "1 0", "1 0"},
         {"push firecommand", 1, 0, "1", ""},
     };
-    for (const PressCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.style << " at " << c.before << " of " << c.max);
         for (const CmPoint release : {inside, outside}) {
             HeadlessShell shell{switchSkin(c.style), numberIn(c.before, c.max)};
@@ -147,60 +147,41 @@ TEST(USwitchBase, IgnoresPressesOfADisabledValue) {
     EXPECT_EQ(edits.take(), "1");
 }
 
-/// Writes down the messages that it gets.
-class MessageTarget : public CmObject {
-    QORL_CLASS(MessageTarget, CmObject)
-
-public:
-    std::string heard;
-    int32_t answer = handled;
-    std::function<void()> during;
-
-    int32_t handleMessage(FMessage* message) override {
-        heard += message->getName().string().toUtf8() + " " + std::to_string(message->getInt("Tag")) +
-                 (message->getObject("Control") ? " control" : "") +
-                 (message->getObject("Value") ? " value" : "") + "; ";
-        if (during)
-            during();
-        return answer;
-    }
-};
-
 TEST(USwitchBase, TellsItsTarget) {
     for (const char* style : {"notify", "postmessage"}) {
         SCOPED_TRACE(style);
         HeadlessShell shell{switchSkin(style), numberIn(0, 1)};
-        const auto target = make<MessageTarget>();
+        const auto target = make<testing::ProbeController>();
         auto& view = shell.view<USwitch>(0);
         view.setTarget(target.get(), 7);
-        bool wasPressed = false;
-        target->during = [&] { wasPressed = view.isPressed(); };
+        target->answer = [&](FMessage& message) {
+            EXPECT_EQ(message.getInt("Tag"), 7);
+            EXPECT_EQ(message.getObject("Control"), &view);
+            EXPECT_TRUE(message.getObject("Value"));
+            EXPECT_TRUE(view.isPressed());
+            return CmObject::handled + 0;
+        };
         EditRecorder edits;
         shell.postPress(inside);
         shell.platform().postPause(5);
         shell.postRelease();
         shell.advance(100);
-        EXPECT_EQ(target->heard, "Switch Mouse Down 7 control value; ");
-        EXPECT_TRUE(wasPressed);
         EXPECT_EQ(edits.take(), "");
-        target->heard.clear();
         shell.value("v").bound()->setEnabled(false);
         shell.click(inside);
-        EXPECT_EQ(target->heard, "");
+        EXPECT_THAT(target->messages, ::testing::ElementsAre("Switch Mouse Down")) << "none when disabled";
         shell.value("v").setTarget(nullptr, 0, false);
     }
 }
 
-struct ThroughCase {
-    const char* style;
-    uint32_t modifiers;
-    bool isDouble;
-    int32_t front;
-    int32_t behind;
-};
-
 TEST(USwitchBase, PassesPressesOnAsItsStyleSays) {
-    const ThroughCase cases[] = {
+    const struct {
+        const char* style;
+        uint32_t modifiers;
+        bool isDouble;
+        int32_t front;
+        int32_t behind;
+    } cases[] = {
         {"onoff", platform::noModifier, false, 1, 0},
         {"onoff modifiedclick", platform::noModifier, false, 0, 1},
         {"onoff modifiedclick", platform::shift, false, 1, 0},
@@ -210,7 +191,7 @@ TEST(USwitchBase, PassesPressesOnAsItsStyleSays) {
         {"onoff doubleclick", platform::noModifier, true, 1, 0},
         {"onoff doubleclick clickthrough", platform::noModifier, false, 0, 1},
     };
-    for (const ThroughCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.style << ", modifiers " << c.modifiers);
         HeadlessShell shell{"<switch name='behind' style='onoff immediate' size='0,0,60,20'/>" +
                                 switchSkin(c.style),

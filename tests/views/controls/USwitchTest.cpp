@@ -19,23 +19,21 @@ using testing::Picture;
 constexpr uint32_t frameColors[] = {0xFF000000, 0xFF200000, 0xFF400000, 0xFF600000,
                                     0xFF800000, 0xFFA00000, 0xFFC00000, 0xFFE00000};
 
-struct FrameCase {
-    int32_t frames;
-    int32_t max;
-    int32_t value;
-    const char* style;
-    size_t released;
-    size_t held;
-};
-
 TEST(USwitch, ShowsTheFrameOfItsState) {
-    const FrameCase cases[] = {
+    const struct {
+        int32_t frames;
+        int32_t max;
+        int32_t value;
+        const char* style;
+        size_t released;
+        size_t held;
+    } cases[] = {
         {2, 1, 0, "onoff", 0, 1},    {2, 1, 1, "onoff", 1, 1},       {2, 1, 0, "onoff invert", 1, 1},
         {4, 1, 0, "onoff", 0, 1},    {4, 1, 1, "onoff", 2, 3},       {3, 2, 1, "multiple", 1, 1},
         {6, 2, 1, "multiple", 2, 3}, {5, 100, 50, "multiple", 2, 2}, {5, 100, 100, "multiple", 4, 4},
         {1, 1, 1, "onoff", 0, 0},
     };
-    for (const FrameCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message()
                      << c.frames << " frames, " << c.value << " of " << c.max << ", " << c.style);
         HeadlessShell shell{std::string("<switch name='v' size='0,0,20,20' style='") + c.style + "'/>",

@@ -4,6 +4,7 @@
 #include "binding/UColorValue.h"
 #include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
+#include "support/ProbeView.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -41,33 +42,24 @@ TEST(UTextDisplay, CutsAnEightBitTextBetweenItsCharacters) {
     }
 }
 
-/// Hears of presses on text displays.
-class PressTarget : public CmObject {
-    QORL_CLASS(PressTarget, CmObject)
-
-public:
-    int32_t answer = handled;
-    std::string heard;
-
-    int32_t handleMessage(FMessage* message) override {
-        heard += message->getName().string().toUtf8() + " " + std::to_string(message->getInt("Tag")) +
-                 (message->getObject("Control") ? " control" : "") + "; ";
-        return answer;
-    }
-};
-
 TEST(UTextDisplay, OffersThePressToTheTarget) {
     HeadlessShell shell{"<switch name='behind' style='onoff immediate' size='0,0,80,20'/>"
                         "<text name='name' size='0,0,80,20'/>",
                         "name = \"Main\"\nbehind = 0 in 0..1"};
-    const auto target = make<PressTarget>();
+    const auto target = make<testing::ProbeController>();
+    int32_t answer = CmObject::handled;
+    target->answer = [&](FMessage& message) {
+        EXPECT_EQ(message.getInt("Tag"), 9);
+        EXPECT_EQ(message.getObject("Control"), &shell.view(1));
+        return answer;
+    };
     shell.click({10, 10});
     EXPECT_EQ(shell.value("behind").getValue(), 1) << "without a target";
     shell.value("name").setTarget(target.get(), 9, false);
     shell.click({10, 10});
-    EXPECT_EQ(target->heard, "TD Mouse Down 9 control; ");
+    EXPECT_EQ(target->messages, std::vector<std::string>{"TD Mouse Down"});
     EXPECT_EQ(shell.value("behind").getValue(), 1) << "taken";
-    target->answer = CmObject::notHandled;
+    answer = CmObject::notHandled;
     shell.click({10, 10});
     EXPECT_EQ(shell.value("behind").getValue(), 0) << "not taken";
     shell.value("name").setTarget(nullptr, 0, false);

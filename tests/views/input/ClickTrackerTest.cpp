@@ -10,16 +10,14 @@ namespace {
 
 constexpr auto left = platform::leftButton;
 
-struct DoubleCase {
-    const char* what;
-    CmPoint second;
-    uint32_t button;
-    int64_t time;
-    bool isDouble;
-};
-
 TEST(ClickTracker, TakesTheSecondPressForADoubleClickWithinTimeAndPlace) {
-    const DoubleCase cases[] = {
+    const struct {
+        const char* what;
+        CmPoint second;
+        uint32_t button;
+        int64_t time;
+        bool isDouble;
+    } cases[] = {
         {"at once, same place", {50, 50}, left, 1000, true},
         {"last millisecond", {50, 50}, left, 1000 + ClickTracker::doubleClickTime, true},
         {"too late", {50, 50}, left, 1001 + ClickTracker::doubleClickTime, false},
@@ -27,7 +25,7 @@ TEST(ClickTracker, TakesTheSecondPressForADoubleClickWithinTimeAndPlace) {
         {"too far", {55, 50}, left, 1100, false},
         {"other button", {50, 50}, platform::rightButton, 1100, false},
     };
-    for (const DoubleCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         ClickTracker tracker;
         tracker.press({50, 50}, left, 1000);

@@ -18,18 +18,17 @@ using testing::HeadlessShell;
 using testing::ProbeView;
 
 TEST(FocusDirection, ComesFromTabAndArrowsOnly) {
-    struct Case {
+    const struct {
         const char* key;
         FocusDirection direction;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"Tab", FocusDirection::forward},     {"Shift+Tab", FocusDirection::back},
         {"Ctrl+Tab", FocusDirection::none},   {"Ctrl+Shift+Tab", FocusDirection::none},
         {"Left Arrow", FocusDirection::left}, {"Right Arrow", FocusDirection::right},
         {"Up Arrow", FocusDirection::up},     {"Down Arrow", FocusDirection::down},
         {"Return", FocusDirection::none},     {"A", FocusDirection::none},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.key);
         UKeyCode key;
         ASSERT_TRUE(UKeyCode::fromText(c.key, key));
@@ -99,38 +98,26 @@ protected:
 };
 
 TEST_F(FocusTest, WalksByKeysThroughTheViews) {
-    struct Case {
-        const char* keys;
-        const char* focus;
+    const std::pair<std::vector<const char*>, const char*> cases[] = {
+        {{"Tab"}, "b"},
+        {{"Tab", "Tab", "Tab", "Tab"}, "e"},
+        {{"Shift+Tab"}, "e"},
+        {{"Tab", "Tab", "Tab", "Tab", "Tab"}, "a"},
+        {{"Right Arrow"}, "b"},
+        {{"Down Arrow"}, "c"},
+        {{"Left Arrow"}, "a"},
+        {{"Up Arrow"}, "a"},
+        {{"Right Arrow", "Down Arrow"}, "d"},
+        {{"Right Arrow", "Right Arrow"}, "b"},
+        {{"Down Arrow", "Down Arrow"}, "e"},
+        {{"Down Arrow", "Down Arrow", "Up Arrow"}, "c"},
+        {{"Ctrl+Tab"}, "a"},
     };
-    const Case cases[] = {
-        {"Tab", "b"},
-        {"Tab Tab Tab Tab", "e"},
-        {"Shift+Tab", "e"},
-        {"Tab Tab Tab Tab Tab", "a"},
-        {"Right Arrow", "b"},
-        {"Down Arrow", "c"},
-        {"Left Arrow", "a"},
-        {"Up Arrow", "a"},
-        {"Right Arrow Down Arrow", "d"},
-        {"Right Arrow Right Arrow", "b"},
-        {"Down Arrow Down Arrow", "e"},
-        {"Down Arrow Down Arrow Up Arrow", "c"},
-        {"Ctrl+Tab", "a"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.keys);
+    for (const auto& [keys, expected] : cases) {
         shell.desktop().setFocus(views[0].get());
-        std::string_view keys = c.keys;
-        while (!keys.empty()) {
-            // Names of keys hold blanks themselves, so a key ends where the next one begins.
-            size_t end = keys.find(' ');
-            if (end != std::string_view::npos && keys.substr(end + 1, 5) == "Arrow")
-                end = keys.find(' ', end + 1);
-            shell.key(keys.substr(0, end));
-            keys = end == std::string_view::npos ? "" : keys.substr(end + 1);
-        }
-        EXPECT_EQ(focus(), c.focus);
+        for (const char* key : keys)
+            shell.key(key);
+        EXPECT_EQ(focus(), expected) << ::testing::PrintToString(keys);
     }
 }
 

@@ -29,6 +29,23 @@ protected:
         log.clear();
     }
 
+    /// Lets the view take the mouse at a press.
+    void captureAtPress(ProbeView& view) {
+        view.during = [this, &view](const std::string& call) {
+            if (call == "mouseDown")
+                shell.window().captureMouse(&view);
+        };
+    }
+    Ref<UWindow> openSecond(const Ref<ProbeView>& content) {
+        Ref<UWindow> second =
+            make<UDocWindow>(CmRect{600, 100, 700, 200}, styleWindowPreset, ConstString("Second"));
+        second->addSubView(content);
+        shell.open(*second);
+        shell.aim(*second);
+        log.clear();
+        return second;
+    }
+
     CallLog log;
     HeadlessShell shell;
     Ref<ProbeView> back;
@@ -85,18 +102,12 @@ TEST_F(MouseTest, SurvivesAClickThatDestroysTheClickedView) {
 }
 
 TEST_F(MouseTest, SurvivesAClickThatClosesTheWindow) {
-    Ref<UWindow> second =
-        make<UDocWindow>(CmRect{600, 100, 700, 200}, styleWindowPreset, ConstString("Second"));
     auto closer = make<ProbeView>(CmRect{0, 0, 100, 100}, "closer", &log);
-    UWindow* window = second.get();
-    closer->during = [&](const std::string& call) {
+    closer->during = [view = closer.get()](const std::string& call) {
         if (call == "mouseDown")
-            window->willClose(false);
+            view->getWindow()->willClose(false);
     };
-    second->addSubView(std::move(closer));
-    shell.open(*second);
-    shell.aim(*second);
-    second.reset();
+    UWindow* window = openSecond(std::move(closer)).get();
     shell.press({50, 50});
     EXPECT_TRUE(window->hasWindowFlag(UWindow::closed));
     shell.release();
@@ -113,12 +124,7 @@ TEST_F(MouseTest, GivesTheMouseToOthersWhenTheWindowIsDisabledWithinAPress) {
     EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "front.captureLost"));
     shell.release();
 
-    const Ref<UWindow> second =
-        make<UDocWindow>(CmRect{600, 100, 700, 200}, styleWindowPreset, ConstString("Second"));
-    second->addSubView(make<ProbeView>(CmRect{0, 0, 100, 100}, "other", &log));
-    shell.open(*second);
-    shell.aim(*second);
-    log.clear();
+    const Ref<UWindow> second = openSecond(make<ProbeView>(CmRect{0, 0, 100, 100}, "other", &log));
     shell.press({50, 50});
     EXPECT_THAT(log, ElementsAre("other.mouseDown 50,50"));
     second->willClose(false);
@@ -127,10 +133,7 @@ TEST_F(MouseTest, GivesTheMouseToOthersWhenTheWindowIsDisabledWithinAPress) {
 TEST_F(MouseTest, TellsTheHolderWhenAnotherViewTakesTheMouse) {
     for (const Ref<ProbeView>& view : {front, back}) {
         view->setFlag(viewTakesRightClick, true);
-        view->during = [this, held = view.get()](const std::string& call) {
-            if (call == "mouseDown")
-                shell.window().captureMouse(held);
-        };
+        captureAtPress(*view);
     }
     shell.press({120, 30});
     shell.press({20, 30}, platform::rightButton);
@@ -138,10 +141,7 @@ TEST_F(MouseTest, TellsTheHolderWhenAnotherViewTakesTheMouse) {
 }
 
 TEST_F(MouseTest, HoldsTheMouseUntilTheLastButtonIsUp) {
-    front->during = [&](const std::string& call) {
-        if (call == "mouseDown")
-            shell.window().captureMouse(front.get());
-    };
+    captureAtPress(*front);
     shell.press({120, 30});
     shell.press({130, 30}, platform::rightButton);
     shell.release(platform::rightButton);
@@ -154,10 +154,7 @@ TEST_F(MouseTest, HoldsTheMouseUntilTheLastButtonIsUp) {
 }
 
 TEST_F(MouseTest, EndsAGestureThatADialogCameOver) {
-    front->during = [&](const std::string& call) {
-        if (call == "mouseDown")
-            shell.window().captureMouse(front.get());
-    };
+    captureAtPress(*front);
     for (const bool isMoved : {true, false}) {
         SCOPED_TRACE(isMoved ? "found by a move" : "found by the release");
         log.clear();
@@ -255,9 +252,7 @@ TEST_F(MouseTest, FindsTheSamePointAtAFractionalScale) {
     CallLog scaledLog;
     auto view = make<ProbeView>(CmRect{10, 20, 210, 120}, "view", &scaledLog);
     shell.window().addSubView(view);
-    platform::HeadlessMonitor monitor;
-    monitor.scale = 1.5;
-    shell.platform().setMonitors({monitor});
+    shell.scale(1.5);
     shell.settle();
     ASSERT_EQ(shell.window().getScaleFactor(), 1.5);
     shell.press({13, 27});
