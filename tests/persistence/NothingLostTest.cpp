@@ -5,6 +5,7 @@
 #include "persistence/streams/FStream.h"
 #include "persistence/xml/XmlFile.h"
 #include "support/DebugOutput.h"
+#include "support/FailingAllocation.h"
 #include "support/FailingDisk.h"
 #include "support/SettingsFolder.h"
 
@@ -63,20 +64,31 @@ protected:
         std::filesystem::copy_file(old, folder / ('.' + file.filename().string() + ".new"));
     }
 
-    static void expectTidy(const std::string& path) {
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(path)) {
-            const std::string name = entry.path().filename().string();
-            for (const char* left : {"_old", ".new", "(Earlier)", "(New"})
-                EXPECT_EQ(name.find(left), std::string::npos) << entry.path();
-        }
+    /// That no file or folder of the settings has any of these in its name.
+    void expectNone(std::initializer_list<const char*> parts) const {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(settings()))
+            for (const char* part : parts)
+                EXPECT_EQ(entry.path().filename().string().find(part), std::string::npos) << entry.path();
     }
+    void expectTidy() const { expectNone({"_old", ".new", "(Earlier)", "(New"}); }
 
     DebugOutput output_;
     SettingsFolder folder_;
     Length length_ = Length::few;
 };
 
-class NothingLostDefaultsTest : public NothingLostTest, public ::testing::WithParamInterface<StoreForm> {
+/// What an operation on a store of that form has too little of.
+struct StoreCase {
+    StoreForm form;
+    enum Shortage { disk, memory } shortage = disk;
+};
+
+void PrintTo(const StoreCase& each, std::ostream* out) {
+    PrintTo(each.form, out);
+    *out << (each.shortage == StoreCase::memory ? "WithoutMemory" : "");
+}
+
+class NothingLostDefaultsTest : public NothingLostTest, public ::testing::WithParamInterface<StoreCase> {
 protected:
     ~NothingLostDefaultsTest() override { pool().clear(); }
 
@@ -109,12 +121,14 @@ protected:
         for (const char* name : passing)
             if (state == before)
                 pool().getGroup(name)->values().setInteger("n", before);
-            else
-                pool().removeGroup(name);
+    }
+    static bool saveWithoutPassing() {
+        return std::ranges::all_of(passing, [](const char* name) { return pool().removeGroup(name); }) &&
+               pool().save(true);
     }
     bool save(State state) {
         set(state);
-        return pool().save(true);
+        return state == before ? pool().save(true) : saveWithoutPassing();
     }
     bool store(State state) {
         start();
@@ -124,20 +138,20 @@ protected:
     /// The state before, in the form that the test begins with; the program of the next form has begun.
     void prepare() {
         beginAnew();
-        isFolder_ = GetParam() == StoreForm::oneFileForEachGroup;
+        isFolder_ = GetParam().form == StoreForm::oneFileForEachGroup;
         ASSERT_TRUE(store(before));
         // As an earlier version named them.
         for (const char* name : {groups[2], passing[1]})
             if (isFolder_)
                 std::filesystem::rename(settings() + "/Defaults/" + GroupNames::fileOf(name) + ".xml",
                                         settings() + "/Defaults/" + GroupNames::earlierFileOf(name) + ".xml");
-        isFolder_ = GetParam() != StoreForm::oneFile;
+        isFolder_ = GetParam().form != StoreForm::oneFile;
         begin();
     }
 
     /// The file that the long group is stored in.
     static std::string fileOfGroup() {
-        return GetParam() == StoreForm::oneFileForEachGroup
+        return GetParam().form == StoreForm::oneFileForEachGroup
                    ? "Defaults/" + GroupNames::fileOf(longGroup) + ".xml"
                    : "Defaults.xml";
     }
@@ -179,13 +193,14 @@ protected:
         const int64_t first = states[0];
         for (const int64_t state : states) {
             EXPECT_TRUE(state == earlier || state == after) << state;
-            if (GetParam() != StoreForm::oneFileForEachGroup) {
+            if (GetParam().form != StoreForm::oneFileForEachGroup) {
                 EXPECT_EQ(state, first) << "half of one state, half of the other";
             }
             if (!outcome.hasCrashed && (outcome.answer || !isFolder_)) {
                 EXPECT_EQ(state, outcome.answer ? after : earlier) << "not what was said";
             }
         }
+        EXPECT_FALSE(isFolder_ && outcome.answer && folder_.has("settings/Defaults.xml")) << "it has moved";
     }
 
     /// Whatever was left, the next run stores as ever, and tidies up.
@@ -193,20 +208,38 @@ protected:
         ASSERT_TRUE(store(later));
         start();
         expectAll(later);
-        expectTidy(settings());
+        expectTidy();
+    }
+
+    /// Behind `look`, which is at what a fresh start finds.
+    template <typename Prepare, typename Act, typename Look>
+    void failEach(Prepare prepareAll, Act act, Look look) {
+        if (GetParam().shortage == StoreCase::disk) {
+            failEachDiskCall(prepareAll, act, [&](const Outcome& outcome) {
+                look(outcome);
+                expectToGoOn();
+            });
+            return;
+        }
+        const FailingDisk::WithoutFlushing withoutFlushing;
+        failEachAllocation([&](FailingAllocation& allocation) {
+            prepareAll();
+            Outcome outcome;
+            outcome.answer = allocation.during(act);
+            EXPECT_TRUE(outcome.answer || allocation.hasFailed());
+            look(outcome);
+            expectNone({"(Damaged"}); // Nothing is wrong with any.
+        });
     }
 
     void expectNothingLostBySave() {
-        failEachDiskCall(
+        failEach(
             [&] {
                 prepare();
                 start();
+                set(after);
             },
-            [&] { return save(after); },
-            [&](const Outcome& outcome) {
-                expectEither(before, outcome);
-                expectToGoOn();
-            });
+            &saveWithoutPassing, [&](const Outcome& outcome) { expectEither(before, outcome); });
     }
 
     static constexpr const char* groups[] = {"One", "Two", "Three"};
@@ -214,58 +247,32 @@ protected:
     /// Groups of the state before that are removed.
     static constexpr const char* passing[] = {"Gone", "Gone under an earlier name"};
 
-    bool isFolder_ = GetParam() != StoreForm::oneFile;
+    bool isFolder_ = GetParam().form != StoreForm::oneFile;
     Saver saver_;
 };
 
 TEST_P(NothingLostDefaultsTest, WhenSaved) {
-    length_ = Length::many;
+    if (GetParam().shortage == StoreCase::disk)
+        length_ = Length::many;
     expectNothingLostBySave();
 }
 
-TEST_P(NothingLostDefaultsTest, WhenSavedOverWhatIsDamaged) {
-    const auto isKept = [&] {
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(settings())) {
-            const auto file = std::filesystem::relative(entry.path(), settings());
-            if (entry.is_regular_file() && folder_.read("settings/" + file.string()) == damaged)
-                return true;
-        }
-        return false;
-    };
-    failEachDiskCall(
-        [&] {
-            prepare();
-            folder_.write("settings/" + fileOfGroup(), damaged);
-            start();
-        },
-        [&] { return save(after); },
-        [&](const Outcome& outcome) {
-            EXPECT_TRUE(isKept());
-            start();
-            EXPECT_TRUE(stateOf(longGroup) == none || stateOf(longGroup) == after);
-            if (!outcome.hasCrashed && outcome.answer)
-                expectAll(after);
-            expectToGoOn();
-        });
-}
-
 TEST_P(NothingLostDefaultsTest, WhenBackedUp) {
-    failEachDiskCall([&] { prepare(); }, [&] { return pool().backup(); },
-                     [&](const Outcome& outcome) {
-                         if (!outcome.hasCrashed && outcome.answer) {
-                             // The run without the user's settings.
-                             begin();
-                             pool().finishLoad();
-                             save(after);
-                         }
-                         start();
-                         expectAll(before);
-                         expectToGoOn();
-                     });
+    failEach([&] { prepare(); }, [] { return pool().backup(); },
+             [&](const Outcome& outcome) {
+                 if (outcome.answer) {
+                     // The run without the user's settings.
+                     begin();
+                     pool().finishLoad();
+                     save(after);
+                 }
+                 start();
+                 expectAll(before);
+             });
 }
 
 TEST_P(NothingLostDefaultsTest, WhenRestored) {
-    failEachDiskCall(
+    failEach(
         [&] {
             prepare();
             ASSERT_TRUE(pool().backup());
@@ -274,14 +281,16 @@ TEST_P(NothingLostDefaultsTest, WhenRestored) {
             ASSERT_TRUE(save(after));
             begin();
         },
-        [&] { return pool().restore(); },
+        [] { return pool().restore(); },
         [&](const Outcome& outcome) {
-            if (!outcome.hasCrashed && outcome.answer)
+            if (outcome.answer) {
+                begin();
+                EXPECT_FALSE(pool().restore()) << "it is there once";
                 load();
-            else
+            } else {
                 start();
+            }
             expectAll(before);
-            expectToGoOn();
         });
 }
 
@@ -295,12 +304,12 @@ TEST_P(NothingLostDefaultsTest, WhenThrownAway) {
         prepare();
         ASSERT_TRUE(pool().backup());
     };
-    failEachDiskCall(
-        prepareTrash, [&] { return pool().trash(); },
+    failEach(
+        prepareTrash, [] { return pool().trash(); },
         [&](const Outcome& outcome) {
             start();
             const bool isGone = stateOf(groups[0]) == none;
-            EXPECT_TRUE(outcome.hasCrashed || !outcome.answer || isGone);
+            EXPECT_TRUE(!outcome.answer || isGone);
             if (isGone) {
                 expectAll(none);
                 for (const std::string name : {"/Defaults", "/Defaults.xml"})
@@ -313,9 +322,44 @@ TEST_P(NothingLostDefaultsTest, WhenThrownAway) {
         });
 }
 
-TEST_P(NothingLostDefaultsTest, WhenLoadedAfterACrash) {
+INSTANTIATE_TEST_SUITE_P(Forms, NothingLostDefaultsTest,
+                         ::testing::Values(StoreCase{StoreForm::oneFile},
+                                           StoreCase{StoreForm::oneFile, StoreCase::memory},
+                                           StoreCase{StoreForm::oneFileForEachGroup},
+                                           StoreCase{StoreForm::oneFileForEachGroup, StoreCase::memory},
+                                           StoreCase{StoreForm::oneFileThatMoves},
+                                           StoreCase{StoreForm::oneFileThatMoves, StoreCase::memory}),
+                         ::testing::PrintToStringParamName());
+
+class NothingLostOnDiskTest : public NothingLostDefaultsTest {};
+
+TEST_P(NothingLostOnDiskTest, WhenSavedOverWhatIsDamaged) {
+    const auto isKept = [&] {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(settings())) {
+            const auto file = std::filesystem::relative(entry.path(), settings());
+            if (entry.is_regular_file() && folder_.read("settings/" + file.string()) == damaged)
+                return true;
+        }
+        return false;
+    };
+    failEach(
+        [&] {
+            prepare();
+            folder_.write("settings/" + fileOfGroup(), damaged);
+            start();
+        },
+        [&] { return save(after); },
+        [&](const Outcome& outcome) {
+            EXPECT_TRUE(isKept());
+            start();
+            EXPECT_TRUE(stateOf(longGroup) == none || stateOf(longGroup) == after);
+            if (outcome.answer)
+                expectAll(after);
+        });
+}
+TEST_P(NothingLostOnDiskTest, WhenLoadedAfterACrash) {
     const auto loadsAll = [&](const auto& prepareLeftover) {
-        failEachDiskCall(
+        failEach(
             [&] {
                 prepare();
                 prepareLeftover();
@@ -329,7 +373,6 @@ TEST_P(NothingLostDefaultsTest, WhenLoadedAfterACrash) {
                 EXPECT_TRUE(outcome.hasCrashed || outcome.answer);
                 start();
                 expectAll(before);
-                expectToGoOn();
             });
     };
     for (const Leftover leftover : leftovers)
@@ -342,17 +385,17 @@ TEST_P(NothingLostDefaultsTest, WhenLoadedAfterACrash) {
             folder_.write("settings/Defaults " + std::string(name) + "/left.xml", "left");
     });
 }
-
-INSTANTIATE_TEST_SUITE_P(Forms, NothingLostDefaultsTest,
-                         ::testing::Values(StoreForm::oneFile, StoreForm::oneFileForEachGroup,
-                                           StoreForm::oneFileThatMoves),
+INSTANTIATE_TEST_SUITE_P(Forms, NothingLostOnDiskTest,
+                         ::testing::Values(StoreCase{StoreForm::oneFile},
+                                           StoreCase{StoreForm::oneFileForEachGroup},
+                                           StoreCase{StoreForm::oneFileThatMoves}),
                          ::testing::PrintToStringParamName());
 
 /// Where nothing is that could move.
 class NothingLostPlainDefaultsTest : public NothingLostDefaultsTest {};
 
 TEST_P(NothingLostPlainDefaultsTest, WhenSavedForTheFirstTime) {
-    failEachDiskCall(
+    failEach(
         [&] {
             beginAnew();
             start();
@@ -365,8 +408,31 @@ TEST_P(NothingLostPlainDefaultsTest, WhenSavedOnAVolumeThatKnowsNoLinks) {
     expectNothingLostBySave();
 }
 
+TEST_P(NothingLostPlainDefaultsTest, WhenThereWasNoMemoryToLoadIt) {
+    const FailingDisk::WithoutFlushing withoutFlushing;
+    prepare();
+    const char* file = isFolder_ ? "settings/Defaults/AutoSaver.xml" : "settings/Defaults.xml";
+    const std::string whole = folder_.read(file);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        begin();
+        allocation.during([] {
+            pool().load();
+            pool().finishLoad();
+            return pool().getGroup(groups[0]) != nullptr;
+        });
+        const bool isSaved = pool().save(true);
+        EXPECT_TRUE(isSaved || allocation.hasFailed());
+        EXPECT_TRUE(saver_.state == before || !isSaved);
+        ASSERT_EQ(folder_.read(file), whole);
+        expectNone({"(Damaged"});
+        load();
+        expectAll(before);
+    });
+}
+
 INSTANTIATE_TEST_SUITE_P(Forms, NothingLostPlainDefaultsTest,
-                         ::testing::Values(StoreForm::oneFile, StoreForm::oneFileForEachGroup),
+                         ::testing::Values(StoreCase{StoreForm::oneFile},
+                                           StoreCase{StoreForm::oneFileForEachGroup}),
                          ::testing::PrintToStringParamName());
 
 /// One text, which takes many transfers in either form.
@@ -453,7 +519,7 @@ protected:
     void expectToGoOn() const {
         EXPECT_TRUE(save(later));
         EXPECT_EQ(stateOf(), later);
-        expectTidy(settings());
+        expectTidy();
     }
 };
 
@@ -524,7 +590,7 @@ TEST_P(NothingLostObjectTest, WhenBackedUp) {
                          const bool isCopied = GetParam().restore();
                          EXPECT_EQ(stateOf(), isCopied ? before : later);
                          EXPECT_TRUE(outcome.hasCrashed || !outcome.answer || isCopied);
-                         expectTidy(settings());
+                         expectTidy();
                      });
 }
 
