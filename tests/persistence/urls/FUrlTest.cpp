@@ -235,6 +235,9 @@ TEST(FUrl, LeadsToTheDiskAndBack) {
         FNPath path;
         EXPECT_TRUE(url.getNativePath(path));
         EXPECT_EQ(path.toUtf8(), volume.root + "/x");
+        url.setName("a");
+        url.addPathSegment("../../../x", false);
+        EXPECT_FALSE(url.getNativePath(path)) << "out of its volume";
     }
 }
 
