@@ -150,10 +150,10 @@ TEST(FCompressionStream, MovesForwardAndToTheStart) {
     FCompressionStream stream(deflated("0123456789"));
     ASSERT_TRUE(stream.beginDecompression());
     EXPECT_EQ(readUpTo(stream, 2), "01");
-    EXPECT_EQ(stream.seek(2, FStream::fromHere), 4);
+    expectSeeks(stream, {{2, FStream::fromHere, 4}});
     EXPECT_EQ(readUpTo(stream, 1), "4");
-    EXPECT_EQ(stream.seek(7, FStream::fromStart), 7);
-    EXPECT_EQ(stream.seek(3, FStream::fromEnd), 7) << "it knows no end";
+    // It knows no end.
+    expectSeeks(stream, {{7, FStream::fromStart, 7}, {3, FStream::fromEnd, 7}});
     EXPECT_EQ(readUpTo(stream, 9), "789");
     EXPECT_TRUE(stream.isComplete());
     EXPECT_EQ(readUpTo(stream, 1), "");
