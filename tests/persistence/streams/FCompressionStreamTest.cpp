@@ -306,12 +306,7 @@ TEST(FCompressionStream, EstimatesFromTheFirstBytes) {
     const auto source = memoryOf("xx" + std::string(8192, 'a') + sample());
     source->seek(2, FStream::fromStart);
     const double ratio = FCompressionStream::estimateRatio(*source, nullptr, 0.5f);
-    std::string expected(9000, '\0');
-    uLongf size = expected.size();
-    const std::string zeros(8192, 'a');
-    compress2(reinterpret_cast<Bytef*>(expected.data()), &size, reinterpret_cast<const Bytef*>(zeros.data()),
-              zeros.size(), 4);
-    EXPECT_EQ(ratio, static_cast<double>(size) / 8192);
+    EXPECT_EQ(ratio, static_cast<double>(deflated(std::string(8192, 'a'))->size()) / 8192);
     EXPECT_EQ(source->tell(), 2);
     EXPECT_EQ(FCompressionStream::estimateRatio(*make<FMemoryStream>(), nullptr, 0.5f), 1.0);
     ShakyStream broken("text");
