@@ -8,6 +8,7 @@
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
 #include "support/LittleCost.h"
+#include "support/Objects.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -228,33 +229,70 @@ TEST(AttributesGraph, StandsAttributesThatHoldThemselves) {
 
 TEST(AttributesGraph, BindsWhatWasReferredToBeforeItsPlaceWasRead) {
     // As in a document whose objects stand one behind the other: the root names "inner", which stands in
-    // "outer", which only "inner" names.
-    ReferenceBinder binder;
-    FAttributes root;
-    Ref<FAttributes> innerState = make<FAttributes>();
-    {
-        const auto outerState = make<FAttributes>();
-        const auto inner = make<FXmlInstance>(1, "Inner", innerState);
-        const auto outer = make<FXmlInstance>(2, "Outer", outerState);
-        binder.addInstance(inner);
-        binder.addInstance(outer);
-        root.setObject("inner", binder.addReference(1).get(), Hold::retain);
-        outerState->setObject("place", inner.get(), Hold::retain);
-        outerState->find("place")->setForeign();
-        innerState->setObject("owner", binder.addReference(2).get(), Hold::retain);
-        binder.bind(root);
+    // "outer", as an entry or in a list, which only "inner" names.
+    for (const char* place : {"entry", "list"}) {
+        SCOPED_TRACE(place);
+        FAttributes root;
+        const auto innerState = make<FAttributes>();
+        {
+            ReferenceBinder binder;
+            const auto outerState = make<FAttributes>();
+            const auto inner = make<FXmlInstance>(1, "Inner", innerState);
+            binder.addInstance(inner);
+            binder.addInstance(make<FXmlInstance>(2, "Outer", outerState));
+            root.setObject("inner", binder.addReference(1).get(), Hold::retain);
+            if (std::string_view(place) == "list")
+                outerState->appendObject(place, inner);
+            else
+                outerState->setObject(place, inner.get(), Hold::retain);
+            outerState->find(place)->setForeign();
+            innerState->setObject("owner", binder.addReference(2).get(), Hold::retain);
+            binder.bind(root);
+        }
+        auto* inner = cast<FXmlReference>(root.find("inner")->getObject())->target();
+        ASSERT_NE(inner, nullptr);
+        auto* outer = cast<FXmlReference>(innerState->find("owner")->getObject())->target();
+        ASSERT_NE(outer, nullptr);
+        const FStringIDAttribute& entry = *outer->getAttributes()->find(place);
+        const auto* list = cast<FObjectList>(entry.getObject());
+        auto* reference = cast<FXmlReference>(list ? list->at(0) : entry.getObject());
+        ASSERT_NE(reference, nullptr);
+        EXPECT_EQ(reference->target(), inner);
+        EXPECT_TRUE(entry.isHidden());
+        root.removeAll();
+        EXPECT_EQ(cast<FXmlReference>(innerState->find("owner")->getObject())->target(), outer);
+        EXPECT_EQ(referencesOn(innerState.get()), 1u) << "nothing but the test holds what has gone";
     }
-    binder = ReferenceBinder();
-    auto* inner = cast<FXmlReference>(root.find("inner")->getObject())->target();
-    ASSERT_NE(inner, nullptr);
-    auto* outer = cast<FXmlReference>(innerState->find("owner")->getObject())->target();
-    ASSERT_NE(outer, nullptr);
-    EXPECT_EQ(cast<FXmlReference>(outer->getAttributes()->find("place")->getObject())->target(), inner);
-    EXPECT_TRUE(outer->getAttributes()->find("place")->isHidden());
-    root.removeAll();
-    EXPECT_EQ(cast<FXmlReference>(innerState->find("owner")->getObject())->target(), outer);
-    innerState->addRef();
-    EXPECT_EQ(innerState->release(), 1u) << "nothing but the test holds what has gone";
+}
+
+TEST(AttributesGraph, KeepsThePartsOfAnObjectThatOthersOnlyWatch) {
+    void (*const places[])(FAttributes&, Ref<FXmlInstance>) = {
+        [](FAttributes& a, Ref<FXmlInstance> part) { a.setObject("x", part.get(), Hold::retain); },
+        [](FAttributes& a, Ref<FXmlInstance> part) { a.appendObject("x", part); },
+        [](FAttributes& a, Ref<FXmlInstance> part) {
+            a.setObject("x", new FAttributes, Hold::adopt);
+            a.getAttributes("x")->setObject("y", part.get(), Hold::retain);
+        },
+        [](FAttributes& a, Ref<FXmlInstance> part) {
+            auto item = make<FAttributes>();
+            item->setObject("y", part.get(), Hold::retain);
+            a.appendAttributes("x", std::move(item));
+        },
+    };
+    for (const auto& place : places) {
+        SCOPED_TRACE(&place - places);
+        FXmlReference watcher(2);
+        auto body = make<FAttributes>();
+        {
+            const auto part = make<FXmlInstance>(2, "CmString", make<FAttributes>());
+            watcher.bind(part.get(), FXmlReference::Binding::watch);
+            place(*body, part);
+        }
+        FXmlInstance owner(1, "CmString", std::move(body));
+        owner.getObject();
+        EXPECT_EQ(owner.getAttributes(), nullptr) << "they went with the object";
+        EXPECT_NE(watcher.target(), nullptr);
+    }
 }
 
 std::string nestedBody(int32_t depth) {
