@@ -77,8 +77,7 @@ TYPED_TEST(Arrays, ReleaseWhatNoLongerFits) {
 
 TEST(CmArray, KeepsTheOrderOfArrival) {
     CmArray array(0, 1, Ownership::adopt);
-    for (const int32_t number : {3, 1, 2, 1})
-        array.add(new NumberedObject(number));
+    addNumbers(array, {3, 1, 2, 1});
     EXPECT_TRUE(array.remove(array.at(3))) << "by identity, not the equal one before it";
     EXPECT_EQ(numbersOf(array), (Numbers{3, 1, 2}));
     EXPECT_TRUE(array.removeAt(0));

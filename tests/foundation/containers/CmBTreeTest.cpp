@@ -185,8 +185,7 @@ TEST(CmBTree, TakesThreeForALowerOrder) {
 
 TEST(CmBTree, RemovesWhatChangedItsRank) {
     CmBTree tree(3, Ownership::adopt);
-    for (int32_t i = 0; i < 50; ++i)
-        tree.add(new NumberedObject(i));
+    addNumbers(tree, numbersBelow(50));
     auto* moved = cast<NumberedObject>(tree.at(20));
     moved->value = 100;
     EXPECT_TRUE(tree.containsSame(moved));

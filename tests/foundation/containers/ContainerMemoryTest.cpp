@@ -129,8 +129,7 @@ public:
 
 TEST(ContainerMemoryOfThreads, VisitsHereWhatNoThreadCanBeMadeFor) {
     CmArray array(0, CmArray::doubling, Ownership::adopt);
-    for (int32_t i = 0; i < 40; ++i)
-        array.add(new NumberedObject(i));
+    addNumbers(array, numbersBelow(40));
     failEachAllocation([&](FailingAllocation& memory) {
         Counter counter;
         const bool isDone = memory.during([&] { return array.forEachParallel(counter, 3, 1); });

@@ -23,8 +23,7 @@ TYPED_TEST(ContainerStreams, BringEverythingBack) {
     {
         TypeParam container;
         container.setOwnership(Ownership::adopt);
-        for (const int32_t number : {5, 25, 3, 9, 17, 1, 15})
-            ASSERT_TRUE(container.add(makeElement<TypeParam>(number).detach()));
+        addNumbers(container, {5, 25, 3, 9, 17, 1, 15});
         const std::string bytes = written(container);
 
         TypeParam back;
@@ -45,8 +44,7 @@ TYPED_TEST(ContainerStreams, LoseNoReferenceOnWhatWasReadOfACutStream) {
         {
             TypeParam container;
             container.setOwnership(Ownership::adopt);
-            for (const int32_t number : {2, 1, 3})
-                container.add(makeElement<TypeParam>(number).detach());
+            addNumbers(container, {2, 1, 3});
             container.setOwnership(ownership);
             bytes = written(container);
             container.setOwnership(Ownership::adopt);
@@ -91,8 +89,7 @@ TYPED_TEST(ArrayStreams, TakeAnyGrowthWithoutTrustingIt) {
                                 Field{INT32_MAX, INT32_MAX}, Field{1'000'000, 1'000'000}}) {
         SCOPED_TRACE(growth.stored);
         TypeParam array(40, growth.stored, Ownership::adopt);
-        for (int32_t i = 0; i < 33; ++i)
-            ASSERT_TRUE(array.add(new NumberedObject(i)));
+        addNumbers(array, numbersBelow(33));
         TypeParam back;
         ASSERT_TRUE(read(back, written(array)));
         EXPECT_EQ(numbersOf(back), numbersOf(array));
@@ -135,8 +132,7 @@ TYPED_TEST(ArrayStreams, TakeNoMemoryByAStoredGrowthThatIsOutOfProportion) {
 TYPED_TEST(ContainerStreams, StayAsTheyAreWithoutAWholeHead) {
     TypeParam container;
     container.setOwnership(Ownership::adopt);
-    for (const int32_t number : {3, 1, 2})
-        container.add(makeElement<TypeParam>(number).detach());
+    addNumbers(container, {3, 1, 2});
     constexpr bool isArray = std::is_base_of_v<ArrayStorage, TypeParam>;
     if constexpr (isArray)
         container.setGrowth(7);

@@ -288,8 +288,7 @@ TYPED_TEST(Containers, ReleaseWhatTheyOwnWhenTheyGo) {
 TYPED_TEST(Containers, AreInOrderWhenAnElementGoes) {
     CmContainer& c = this->container;
     c.setOwnership(Ownership::adopt);
-    for (int32_t i = 0; i < 30; ++i)
-        c.add(makeElement<TypeParam>(i).detach());
+    addNumbers(this->container, numbersBelow(30));
     int32_t calls = 0;
     Number::onGoing = [&](CmObject* object) {
         ++calls;

@@ -122,13 +122,10 @@ TYPED_TEST(Dictionaries, RefuseWhatIsNoPair) {
 TEST(CmBTreeDictionary, RefusesAKeyThatExists) {
     for (const int32_t order : {3, 4, 32}) {
         CmBTreeDictionary dictionary(order, Ownership::adopt);
-        const auto pair = [](int32_t number) {
-            return make<CmAssociation>(new NumberedObject(number), nullptr, Ownership::adopt);
-        };
         for (int32_t i = 0; i < 200; ++i)
-            ASSERT_TRUE(dictionary.add(pair(i * 83 % 200).detach()));
+            addNumbers(dictionary, {i * 83 % 200});
         for (int32_t i = 0; i < 200; ++i) {
-            const Ref<CmObject> twin = pair(i);
+            const Ref<CmObject> twin = makeElement<CmDictionary>(i);
             ASSERT_FALSE(dictionary.add(twin.get())) << "order " << order << ", key " << i;
             ASSERT_EQ(referencesOn(twin.get()), 1u);
         }
@@ -163,6 +160,16 @@ TEST(CmBTreeDictionary, HasAPairWithoutAKeyInFront) {
     EXPECT_EQ(dictionary.lookup(&one), dictionary.at(2));
 }
 
+/// Pairs of which each second one has a key, in a container too.
+std::vector<Ref<CmAssociation>> addHalfWithKeys(CmContainer& container, int32_t count) {
+    std::vector<Ref<CmAssociation>> pairs;
+    for (int32_t i = 0; i < count; ++i) {
+        pairs.push_back(make<CmAssociation>(i % 2 ? make<NumberedObject>(i).get() : nullptr, nullptr));
+        EXPECT_TRUE(container.add(pairs.back().get()));
+    }
+    return pairs;
+}
+
 /// Counts how often it is asked for its rank or whether it is equal.
 struct Counted : CmAssociation {
     int32_t compare(const CmObject* other) const override {
@@ -175,12 +182,7 @@ struct Counted : CmAssociation {
 TEST(CmBTreeDictionary, RefusesAPairThatIsHere) {
     for (const int32_t order : {3, 32}) {
         CmBTreeDictionary dictionary(order, Ownership::share);
-        std::vector<Ref<CmAssociation>> pairs;
-        for (int32_t i = 0; i < 20; ++i) {
-            pairs.push_back(make<CmAssociation>(i % 2 ? make<NumberedObject>(i).get() : nullptr, nullptr));
-            ASSERT_TRUE(dictionary.add(pairs.back().get()));
-        }
-        for (const auto& pair : pairs)
+        for (const auto& pair : addHalfWithKeys(dictionary, 20))
             EXPECT_FALSE(dictionary.add(pair.get())) << (pair->getKey() ? "with" : "without") << " a key";
         EXPECT_EQ(dictionary.count(), 20);
     }
@@ -199,11 +201,7 @@ TYPED_TEST_SUITE(SortedPairs, Sorted, testing::TypeNames);
 
 TYPED_TEST(SortedPairs, AreFoundWithoutAKey) {
     TypeParam container;
-    std::vector<Ref<CmAssociation>> pairs;
-    for (int32_t i = 0; i < 40; ++i) {
-        pairs.push_back(make<CmAssociation>(i % 2 ? make<NumberedObject>(i).get() : nullptr, nullptr));
-        ASSERT_TRUE(container.add(pairs.back().get()));
-    }
+    const auto pairs = addHalfWithKeys(container, 40);
     for (const auto& pair : pairs) {
         EXPECT_EQ(container.find(pair.get()), pair.get());
         EXPECT_TRUE(container.containsEqual(pair.get()));
@@ -223,8 +221,7 @@ TEST(CmHashDictionary, AsksItsHashFunctionWithPairs) {
         const auto* pair = cast<CmAssociation>(object);
         return pair ? static_cast<uint32_t>(Number::of(pair->getKey()) / 3) % size : size;
     });
-    for (int32_t i = 0; i < 30; ++i)
-        ASSERT_TRUE(dictionary.add(new CmAssociation(new NumberedObject(i), nullptr, Ownership::adopt)));
+    addNumbers(dictionary, numbersBelow(30));
     for (int32_t i = 0; i < 30; ++i) {
         const NumberedObject key(i);
         const CmAssociation* found = dictionary.lookup(&key);

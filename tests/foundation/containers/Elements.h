@@ -20,6 +20,7 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <vector>
 
 namespace qorl {
@@ -140,6 +141,19 @@ Ref<CmObject> makeElement(int32_t number) {
         return make<NumberedDoubleLink>(number);
     else
         return make<NumberedObject>(number);
+}
+
+/// Gives the container an element of each number, for which it has a reference.
+template <typename Container>
+void addNumbers(Container& container, const Numbers& numbers) {
+    for (const int32_t number : numbers)
+        ASSERT_TRUE(container.add(makeElement<Container>(number).detach()));
+}
+
+inline Numbers numbersBelow(int32_t end) {
+    Numbers numbers(static_cast<size_t>(end));
+    std::iota(numbers.begin(), numbers.end(), 0);
+    return numbers;
 }
 
 } // namespace qorl

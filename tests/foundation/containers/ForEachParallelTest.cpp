@@ -46,8 +46,7 @@ class ForEachParallel : public ::testing::Test {
 protected:
     void SetUp() override {
         container.setOwnership(Ownership::adopt);
-        for (int32_t i = 0; i < 103; ++i)
-            ASSERT_TRUE(container.add(makeElement<Container>(i).detach()));
+        addNumbers(container, numbersBelow(103));
     }
     Container container;
 };
@@ -149,19 +148,35 @@ public:
     mutable platform::Event told{platform::Reset::manual};
 };
 
-/// One thread stops at its first element, when all are under way; the others stay in theirs until it has
-/// left.
-class StopsAmongAll : public CmVisitor {
+/// Goes on in none of its threads before all are under way.
+class Gathering : public CmVisitor {
 public:
-    StopsAmongAll(Where where, int32_t threads, platform::Event& told)
-        : where_(where), left_(threads), told_(told) {}
-    bool visit(CmObject*) override {
-        ++visits;
+    Gathering(Where where, int32_t threads) : where_(where), left_(threads) {}
+
+protected:
+    /// Whether this is the thread, or one of those, in which something happens.
+    bool gather() {
         if (--left_ == 0)
             underWay_.set();
         underWay_.wait();
-        const bool isHere = std::this_thread::get_id() == caller_;
-        if (isHere == (where_ == Where::here) && !isStopping_.exchange(true)) {
+        return (std::this_thread::get_id() == caller_) == (where_ == Where::here);
+    }
+
+private:
+    Where where_;
+    std::thread::id caller_ = std::this_thread::get_id();
+    std::atomic<int32_t> left_;
+    platform::Event underWay_{platform::Reset::manual};
+};
+
+/// One thread stops at its first element; the others stay in theirs until it has left.
+class StopsAmongAll : public Gathering {
+public:
+    StopsAmongAll(Where where, int32_t threads, platform::Event& told)
+        : Gathering(where, threads), told_(told) {}
+    bool visit(CmObject*) override {
+        ++visits;
+        if (gather() && !isStopping_.exchange(true)) {
             WatchedIterator::stopsHere = true;
             return false;
         }
@@ -172,11 +187,7 @@ public:
     std::atomic<int32_t> visits{0};
 
 private:
-    Where where_;
-    std::thread::id caller_ = std::this_thread::get_id();
-    std::atomic<int32_t> left_;
     std::atomic<bool> isStopping_{false};
-    platform::Event underWay_{platform::Reset::manual};
     platform::Event& told_;
 };
 
@@ -184,8 +195,7 @@ TEST(ForEachParallelShares, EndAllAtTheirNextElement) {
     for (const Where where : {Where::elsewhere, Where::here}) {
         SCOPED_TRACE(where == Where::here ? "stopped by the caller" : "stopped by another thread");
         WatchedArray array(0, CmArray::doubling, Ownership::adopt);
-        for (int32_t i = 0; i < 103; ++i)
-            array.add(new NumberedObject(i));
+        addNumbers(array, numbersBelow(103));
         constexpr int32_t threads = 4;
         StopsAmongAll visitor(where, threads, array.told);
         EXPECT_FALSE(array.forEachParallel(visitor, threads, 1));
@@ -194,28 +204,22 @@ TEST(ForEachParallelShares, EndAllAtTheirNextElement) {
     }
 }
 
-/// Throws on the calling thread, or on all others, once all are under way, and lets the rest go on.
-class Throws : public CmVisitor {
+/// Throws on the calling thread, or on all others, and lets the rest go on.
+class Throws : public Gathering {
 public:
     Throws(Where where, int32_t threads, std::atomic<int32_t>& inside)
-        : where_(where), left_(threads), inside_(inside) {}
+        : Gathering(where, threads), inside_(inside) {}
     bool visit(CmObject*) override {
         ++inside_;
-        if (--left_ == 0)
-            underWay_.set();
-        underWay_.wait();
+        const bool isToThrow = gather();
         --inside_;
-        if ((std::this_thread::get_id() == caller_) == (where_ == Where::here))
+        if (isToThrow)
             throw std::runtime_error("visit");
         return true;
     }
 
 private:
-    Where where_;
-    std::thread::id caller_ = std::this_thread::get_id();
-    std::atomic<int32_t> left_;
     std::atomic<int32_t>& inside_;
-    platform::Event underWay_{platform::Reset::manual};
 };
 
 TYPED_TEST(ForEachParallel, LeavesNoThreadBehindWhenAVisitorThrows) {
@@ -236,8 +240,7 @@ TEST(ForEachParallelShares, AreAsLargeAsAskedForAndTheRestIsTheCallers) {
                           Case{11, 4, 3, 3}, Case{10, 4, 0, 4}, Case{4, 4, 0, 4}, Case{100, 100, 51, 1}}) {
         SCOPED_TRACE(::testing::Message() << c.count << " by " << c.threads << ", at least " << c.minimum);
         CmArray array(0, CmArray::doubling, Ownership::adopt);
-        for (int32_t i = 0; i < c.count; ++i)
-            array.add(new NumberedObject(i));
+        addNumbers(array, numbersBelow(c.count));
         Collector collector;
         EXPECT_TRUE(array.forEachParallel(collector, c.threads, c.minimum));
         Numbers here;

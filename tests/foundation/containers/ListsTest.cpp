@@ -9,8 +9,7 @@ namespace {
 TEST(CmLinkedList, TakesAndSplicesWithTheirReferences) {
     CmLinkedList first(Ownership::adopt);
     CmLinkedList second(Ownership::adopt);
-    for (int32_t i = 0; i < 2; ++i)
-        second.add(new NumberedObject(i));
+    addNumbers(second, numbersBelow(2));
     first.splice(second);
     EXPECT_TRUE(second.isEmpty());
     second.add(new NumberedObject(9));
@@ -33,15 +32,13 @@ Numbers takenFrom(List& list) {
 
 TEST(CmQueue, GivesWhatCameFirst) {
     CmQueue queue(Ownership::adopt);
-    for (const int32_t number : {1, 2, 3})
-        queue.add(new NumberedObject(number));
+    addNumbers(queue, {1, 2, 3});
     EXPECT_EQ(takenFrom(queue), (Numbers{1, 2, 3}));
 }
 
 TEST(CmStack, GivesWhatCameLastAndKeepsThatOrderInItsCopy) {
     CmStack stack(Ownership::adopt);
-    for (const int32_t number : {1, 2, 3})
-        stack.add(new NumberedObject(number));
+    addNumbers(stack, {1, 2, 3});
     const Ref<CmStack> copy = Ref<CmStack>::adopt(static_cast<CmStack*>(stack.clone()));
     EXPECT_EQ(takenFrom(stack), (Numbers{3, 2, 1}));
     stack.add(new NumberedObject(4));

@@ -32,6 +32,7 @@ protected:
         ASSERT_TRUE(platform::start(desktop));
         ASSERT_NE(UpdateHandler::instance(), nullptr);
         loop.emplace();
+        start = getTicks();
     }
     void TearDown() override {
         for (Target* subject : {&a, &b})
@@ -40,9 +41,12 @@ protected:
         platform::stop();
     }
     Log take() { return std::exchange(log, {}); }
+    void noteTime() { times.push_back(getTicks() - start); }
 
     platform::HeadlessDesktop* desktop = nullptr;
     std::optional<EventLoop> loop;
+    uint32_t start = 0;
+    std::vector<uint32_t> times; ///< milliseconds since the start
     Log log;
     Target a{log, "a"};
     Target b{log, "b"};
@@ -77,10 +81,8 @@ TEST_F(EventLoopTest, EndsWhenNothingCanEverHappenOrItIsStopped) {
 }
 
 TEST_F(EventLoopTest, CallsIdleTargetsEveryTenMilliseconds) {
-    std::vector<uint32_t> times;
-    const uint32_t start = getTicks();
     a.reaction = [&](FMessage&) {
-        times.push_back(getTicks() - start);
+        noteTime();
         if (times.size() == 4)
             loop->removeIdleClient(&a);
     };
@@ -216,12 +218,10 @@ TEST_F(EventLoopTest, WakesWhenAnotherThreadHasToldWhatADeferredChangeWaitsFor) 
 }
 
 TEST_F(EventLoopTest, TimersRepeatUntilTheyAreStopped) {
-    std::vector<uint32_t> times;
-    const uint32_t start = getTicks();
     const Ref<UTimer> timer = make<UTimer>(&a, 30);
     a.reaction = [&](FMessage& message) {
         EXPECT_EQ(message.getObject("Timer"), timer.get());
-        times.push_back(getTicks() - start);
+        noteTime();
         if (times.size() == 3)
             timer->stop();
     };
@@ -249,9 +249,7 @@ TEST_F(EventLoopTest, ATimerMayLoseItsLastReferenceInItsOwnTick) {
 }
 
 TEST_F(EventLoopTest, AOneShotCallComesOnceItsTimeHasPassed) {
-    std::vector<uint32_t> times;
-    const uint32_t start = getTicks();
-    const Ref<OneShotCaller> caller = make<OneShotCaller>([&] { times.push_back(getTicks() - start); });
+    const Ref<OneShotCaller> caller = make<OneShotCaller>([&] { noteTime(); });
     EXPECT_TRUE(caller->start(25));
     loop->run();
     ASSERT_EQ(times.size(), 1u);

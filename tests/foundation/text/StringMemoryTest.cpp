@@ -111,9 +111,7 @@ TEST(String, TellsThatMemoryRanOutAndStaysAsItWas) {
         for (const bool wide : {false, true}) {
             SCOPED_TRACE(::testing::Message() << operation.name << (wide ? ", wide" : ", narrow"));
             failEachAllocation([&](FailingAllocation& memory) {
-                String text{std::string_view(longText)};
-                if (wide)
-                    text.toWide();
+                String text = inWidth(longText, wide);
                 const String before(text);
                 const int64_t told = memory.during([&] { return operation.run(text); });
                 const bool isAsBefore = text == before && text.isWide() == before.isWide();

@@ -1,4 +1,4 @@
-#include "foundation/text/String.h"
+#include "foundation/text/TextWidths.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -6,13 +6,6 @@
 
 namespace qorl {
 namespace {
-
-String inWidth(const char* text, bool wide) {
-    String string(text);
-    if (wide)
-        string.toWide();
-    return string;
-}
 
 TEST(StringNumbers, ReadsWholeNumbers) {
     constexpr int64_t most = std::numeric_limits<int64_t>::max();

@@ -220,9 +220,7 @@ TEST(String, InsertsReplacesAndRemovesAtTheEdges) {
     for (const auto& c : cases) {
         for (const bool wide : {false, true}) {
             SCOPED_TRACE(::testing::Message() << c.name << (wide ? ", wide" : ", narrow"));
-            String text("abcde");
-            if (wide)
-                text.toWide();
+            String text = inWidth("abcde", wide);
             c.change(text);
             EXPECT_EQ(text.toUtf8(), c.expected);
             EXPECT_EQ(std::u16string(text.text16()).size(), static_cast<size_t>(text.size()));
@@ -329,11 +327,9 @@ TEST(String, ReplacesEachOccurrenceOnce) {
         String narrow(c.text);
         EXPECT_EQ(narrow.replaceAll8(c.old, c.with, c.every, c.ignoreCase), c.count);
         EXPECT_EQ(shown(narrow), std::string(c.expected) + " narrow");
-        String wide(c.text);
-        wide.toWide();
-        const String old(c.old);
-        const String with(c.with);
-        EXPECT_EQ(wide.replaceAll16(old.text16(), with.text16(), c.every, c.ignoreCase), c.count);
+        String wide = inWidth(c.text, true);
+        EXPECT_EQ(wide.replaceAll16(String(c.old).text16(), String(c.with).text16(), c.every, c.ignoreCase),
+                  c.count);
         EXPECT_EQ(wide.toUtf8(), c.expected);
     }
     String text("abc");
@@ -345,9 +341,7 @@ TEST(String, ReplacesEachOccurrenceOnce) {
 
 TEST(String, ChangesCaseInItsWidth) {
     for (const bool wide : {false, true}) {
-        String text("\xC3\x84x \xCF\xA0 \xF0\x90\x90\x80 \xC4\xB0");
-        if (wide)
-            text.toWide();
+        String text = inWidth("\xC3\x84x \xCF\xA0 \xF0\x90\x90\x80 \xC4\xB0", wide);
         text.toLower();
         EXPECT_EQ(text.toUtf8(), "\xC3\xA4x \xCF\xA1 \xF0\x90\x90\xA8 i");
         EXPECT_EQ(text.isWide(), wide);

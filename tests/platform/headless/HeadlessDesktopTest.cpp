@@ -34,10 +34,19 @@ private:
     HeadlessDesktop& desktop_;
 };
 
-TEST_F(HeadlessDesktopTest, TellsAWindowOfTheMouseInOrder) {
-    auto first = open({0, 0, 100, 100}, a);
-    auto second = open({100, 0, 200, 100}, b);
+class OneHeadlessWindow : public HeadlessDesktopTest {
+protected:
+    Ref<PlatformWindow> window = open({0, 0, 100, 100}, a);
+};
 
+/// The first on the left.
+class TwoHeadlessWindows : public HeadlessDesktopTest {
+protected:
+    Ref<PlatformWindow> first = open({0, 0, 100, 100}, a);
+    Ref<PlatformWindow> second = open({100, 0, 200, 100}, b);
+};
+
+TEST_F(TwoHeadlessWindows, TellsAWindowOfTheMouseInOrder) {
     desktop.postMouseMove({10, 20});
     desktop.postMouseMove({150, 20});
     desktop.postButtonDown(leftButton);
@@ -51,9 +60,7 @@ TEST_F(HeadlessDesktopTest, TellsAWindowOfTheMouseInOrder) {
               "b leave -50,20 b0 m0; a enter 50,20 b0 m0");
 }
 
-TEST_F(HeadlessDesktopTest, SendsEverythingToTheWindowThatCaptures) {
-    auto first = open({0, 0, 100, 100}, a);
-    auto second = open({100, 0, 200, 100}, b);
+TEST_F(TwoHeadlessWindows, SendsEverythingToTheWindowThatCaptures) {
     desktop.setCapture(*first);
 
     desktop.postMouseMove({150, 10});
@@ -67,9 +74,7 @@ TEST_F(HeadlessDesktopTest, SendsEverythingToTheWindowThatCaptures) {
     EXPECT_FALSE(desktop.isCapturing());
 }
 
-TEST_F(HeadlessDesktopTest, FreesTheMouseOfAWindowThatIsDisabled) {
-    auto first = open({0, 0, 100, 100}, a);
-    auto second = open({100, 0, 200, 100}, b);
+TEST_F(TwoHeadlessWindows, FreesTheMouseOfAWindowThatIsDisabled) {
     desktop.postMouseMove({10, 10});
     desktop.postButtonDown(leftButton);
     desktop.processEvents();
@@ -82,8 +87,7 @@ TEST_F(HeadlessDesktopTest, FreesTheMouseOfAWindowThatIsDisabled) {
     EXPECT_EQ(hear(), "a leave 150,10 b0 m0; b enter 50,10 b0 m0; b move 50,10 b0 m0");
 }
 
-TEST_F(HeadlessDesktopTest, LetsTimersAndPaintsHaveTheirTurnBetweenSlowInputs) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, LetsTimersAndPaintsHaveTheirTurnBetweenSlowInputs) {
     a.isLoggingPaint = true;
     a.isLoggingMoves = false;
     Ticker ticker(desktop);
@@ -103,8 +107,7 @@ TEST_F(HeadlessDesktopTest, LetsTimersAndPaintsHaveTheirTurnBetweenSlowInputs) {
     desktop.stopTimer(timer);
 }
 
-TEST_F(HeadlessDesktopTest, CarriesModifiersIntoEveryEvent) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, CarriesModifiersIntoEveryEvent) {
     a.isLoggingMoves = false;
     desktop.postMouseMove({5, 5});
     desktop.postModifiers(shift | ctrl);
@@ -179,8 +182,7 @@ TEST_F(HeadlessDesktopTest, GivesAPressBesideEverythingToTheOpenPopup) {
     EXPECT_EQ(hear(), "b down 480,480 b1 m0; b up 480,480 b1 m0");
 }
 
-TEST_F(HeadlessDesktopTest, ADisabledWindowHearsNoInput) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, ADisabledWindowHearsNoInput) {
     window->enable(false);
     desktop.postMouseMove({5, 5});
     postClick();
@@ -210,8 +212,7 @@ TEST_F(HeadlessDesktopTest, PaintsOnlyWhatIsInvalidAndOnlyOutOfThePump) {
     EXPECT_EQ(headless->takePresented(), expected);
 }
 
-TEST_F(HeadlessDesktopTest, UpdatePaintsAtOnceButNeverWithinAPaint) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, UpdatePaintsAtOnceButNeverWithinAPaint) {
     a.isLoggingPaint = true;
     bool isFirst = true;
     a.onPaint = [&] {
@@ -353,8 +354,7 @@ TEST_F(HeadlessDesktopTest, MaximizesIntoTheWorkAreaAndComesBack) {
     EXPECT_EQ(takeLog(), "a moved 20,60; a sized 100x100; a restored");
 }
 
-TEST_F(HeadlessDesktopTest, KeepsSizesWithinTheLimits) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, KeepsSizesWithinTheLimits) {
     window->setLimits(LimitKind::minimum, {80, 20});
     window->setLimits(LimitKind::maximum, {150, 150});
     window->setPositionSize({0, 0}, {10, 400});
@@ -401,8 +401,7 @@ TEST_F(HeadlessDesktopTest, ATimerMayStopItselfAndOthersWhileItRuns) {
     EXPECT_TRUE(second.times.empty());
 }
 
-TEST_F(HeadlessDesktopTest, ATimerThatIsAlwaysDueDoesNotStarveThePaint) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, ATimerThatIsAlwaysDueDoesNotStarveThePaint) {
     Ticker busy(desktop);
     busy.onTick = [&] { desktop.sleep(5); };
     desktop.startTimer(1, busy);
@@ -439,8 +438,7 @@ TEST_F(HeadlessDesktopTest, APauseHoldsTheQueueBackButNotTheTimers) {
     EXPECT_EQ(ticker.times, (std::vector<int64_t>{10, 20, 30, 40, 50, 60}));
 }
 
-TEST_F(HeadlessDesktopTest, ALoopWithinAnEventSeesTheNextEvent) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, ALoopWithinAnEventSeesTheNextEvent) {
     a.isLoggingMoves = false;
     bool isUp = false;
     a.onMouse = [&](const MouseEvent& event) {
@@ -480,8 +478,7 @@ public:
     int starved = 0;
 };
 
-TEST_F(HeadlessDesktopTest, AsksForTheNextStepOnlyWhenAllElseIsDone) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, AsksForTheNextStepOnlyWhenAllElseIsDone) {
     a.isLoggingPaint = true;
     Script script;
     desktop.setFeeder(&script);
@@ -492,8 +489,7 @@ TEST_F(HeadlessDesktopTest, AsksForTheNextStepOnlyWhenAllElseIsDone) {
     desktop.setFeeder(nullptr);
 }
 
-TEST_F(HeadlessDesktopTest, TimersDoNotKeepACaptureForEver) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, TimersDoNotKeepACaptureForEver) {
     Script script;
     desktop.setFeeder(&script);
     Ticker idle(desktop);
@@ -523,8 +519,7 @@ private:
     std::vector<std::string>& log_;
 };
 
-TEST_F(HeadlessDesktopTest, ShowsAPlainTipWhereTheMouseRests) {
-    auto window = open({0, 0, 100, 100}, a);
+TEST_F(OneHeadlessWindow, ShowsAPlainTipWhereTheMouseRests) {
     a.isLoggingMoves = false;
     TipLog tips(log);
     desktop.setTipPresenter(&tips);
