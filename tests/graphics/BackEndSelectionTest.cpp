@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace qorl {
-
 namespace {
 
 using Arguments = std::vector<std::string_view>;
@@ -120,5 +119,4 @@ TEST_F(BackEndSelection, TheResolutionAwarenessIsThatOfTheCommandLine) {
 }
 
 } // namespace
-
 } // namespace qorl

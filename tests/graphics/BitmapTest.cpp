@@ -13,7 +13,6 @@
 #include <vector>
 
 namespace qorl {
-
 namespace {
 
 using ::testing::AllOf;
@@ -416,5 +415,4 @@ TEST_F(BitmapTest, FiltersRunByName) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -12,7 +12,6 @@
 #include <set>
 
 namespace qorl {
-
 namespace {
 
 constexpr uint32_t black = 0xFF000000;
@@ -454,5 +453,4 @@ TEST_F(CairoDeviceTest, ScalesPicturesAsTheReferenceShows) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -14,7 +14,6 @@
 #include <string>
 
 namespace qorl {
-
 namespace {
 
 class TextTest : public ::testing::Test {
@@ -194,5 +193,4 @@ TEST(ShapedRunCache, DropsTheLongestUnused) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 TEST(UColor, ReadsEachNotation) {
@@ -124,5 +123,4 @@ TEST(UColor, TurnsHslRoundAndBack) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -9,7 +9,6 @@
 #include <numbers>
 
 namespace qorl {
-
 namespace {
 
 using ::testing::AllOf;
@@ -314,5 +313,4 @@ TEST(UDrawDeviceWithoutTarget, StaysSilentButMeasures) {
 }
 
 } // namespace
-
 } // namespace qorl

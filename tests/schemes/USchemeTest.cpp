@@ -18,7 +18,6 @@
 #include <vector>
 
 namespace qorl {
-
 namespace {
 
 using ::testing::AllOf;
@@ -437,5 +436,4 @@ TEST_F(GlobalSchemesTest, ColoursAreFoundByTheirSchemeNames) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -12,7 +12,6 @@
 #include <iterator>
 
 namespace qorl::testing {
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -104,5 +103,4 @@ INSTANTIATE_TEST_SUITE_P(Documents, BuiltDocument, ::testing::ValuesIn(documents
                          nameOfParameter);
 
 } // namespace
-
 } // namespace qorl::testing

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 TEST(PreviewController, MakesValuesOnDemandAndOnce) {
@@ -49,5 +48,4 @@ TEST(PreviewController, TakesNumbersAndTexts) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -10,7 +10,6 @@
 #include <fstream>
 
 namespace qorl::testing {
-
 namespace {
 
 class SkinResourcesTest : public SkinFixture {
@@ -223,5 +222,4 @@ TEST_F(SkinResourcesTest, PreloadsAllButTheTemporary) {
 }
 
 } // namespace
-
 } // namespace qorl::testing

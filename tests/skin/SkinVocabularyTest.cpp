@@ -13,7 +13,6 @@
 #include <string>
 
 namespace qorl {
-
 namespace {
 
 /// Every element in the order of the table: its tag, `:` and its base, `*` for a view, `-` for one without
@@ -198,5 +197,4 @@ TEST(SkinCondition, HasNoPrecedence) {
 }
 
 } // namespace
-
 } // namespace qorl

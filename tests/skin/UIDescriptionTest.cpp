@@ -11,7 +11,6 @@
 #include <fstream>
 
 namespace qorl::testing {
-
 namespace {
 
 using Merge = UIDescriptionLoader::Merge;
@@ -399,5 +398,4 @@ TEST_F(UIDescriptionTest, RefusesWhatIsTooLarge) {
 }
 
 } // namespace
-
 } // namespace qorl::testing

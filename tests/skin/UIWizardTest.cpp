@@ -18,7 +18,6 @@
 #include <tuple>
 
 namespace qorl::testing {
-
 namespace {
 
 class UIWizardTest : public WizardFixture {
@@ -494,5 +493,4 @@ TEST_F(UIWizardTest, TitlesTipsAndCommandsReachTheView) {
 }
 
 } // namespace
-
 } // namespace qorl::testing

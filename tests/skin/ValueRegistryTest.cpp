@@ -6,7 +6,6 @@
 #include "views/controls/UControl.h"
 
 namespace qorl::testing {
-
 namespace {
 
 class ValueRegistryTest : public WizardFixture {};
@@ -82,5 +81,4 @@ TEST_F(ValueRegistryTest, ADefinedValueKnowsWhatToCallItself) {
 }
 
 } // namespace
-
 } // namespace qorl::testing

@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace qorl::testing {
-
 namespace {
 
 class ViewBuilderTest : public SkinFixture {};
@@ -90,5 +89,4 @@ TEST_F(ViewBuilderTest, TellsWhatAViewThatIsGivenCannotTake) {
 }
 
 } // namespace
-
 } // namespace qorl::testing

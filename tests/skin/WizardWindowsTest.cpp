@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl::testing {
-
 namespace {
 
 class WizardWindowsTest : public ::testing::Test {
@@ -68,5 +67,4 @@ TEST_F(WizardWindowsTest, RunsADialogToItsResult) {
 }
 
 } // namespace
-
 } // namespace qorl::testing

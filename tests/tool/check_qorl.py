@@ -56,6 +56,12 @@ class InTemporaryFolder(unittest.TestCase):
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         return result.stdout
 
+    def told_by(self, status, *arguments, **options):
+        """What a run that ends so tells of faults."""
+        result = run(*arguments, **options)
+        self.assertEqual(result.returncode, status, result.stderr[-400:])
+        return result.stderr
+
     def write(self, name, text):
         path = self.folder / name
         path.parent.mkdir(parents=True, exist_ok=True)
@@ -115,9 +121,7 @@ class Drive(InTemporaryFolder):
 
     def drive(self, script, status=0):
         """What is told of the faults of a script that ends with this status."""
-        result = run("drive", self.write("skin.xml", self.SKIN), "T", "--script", "-", stdin=script)
-        self.assertEqual(result.returncode, status, result.stderr)
-        return result.stderr
+        return self.told_by(status, "drive", self.write("skin.xml", self.SKIN), "T", "--script", "-", stdin=script)
 
     def test_failed_expectations_tell_both_sides_and_the_line(self):
         cases = {
@@ -175,9 +179,7 @@ class Usage(InTemporaryFolder):
                       ["objects", "dump", "a"], ["objects", "dump", "a", "--form", "round"],
                       ["objects", "burn", "a", "--form", "sized"]):
             with self.subTest(words=words):
-                result = run(*words)
-                self.assertEqual(result.returncode, 2, result.stderr)
-                self.assertNotEqual(result.stderr, "")
+                self.assertNotEqual(self.told_by(2, *words), "")
 
     def test_help_and_version_answer_zero(self):
         for words in (["--help"], ["--version"], ["render", "--help"], ["drive", "--help"], ["--man"],
@@ -220,9 +222,8 @@ class Json(InTemporaryFolder):
                         for i in range(5))
         path = self.write("skin.xml", skin(below + '<template name="T5"/>' +
                                            '<template name="Top"><view name="T0"/></template>\n' * 20))
-        result = run("check", path)
-        told = [line for line in result.stderr.splitlines() if "are not checked" in line]
-        self.assertEqual((result.returncode, len(told)), (1, 1), result.stderr[:1000])
+        told = [line for line in self.told_by(1, "check", path).splitlines() if "are not checked" in line]
+        self.assertEqual(len(told), 1)
 
     def test_check_tells_an_empty_list_for_what_is_right(self):
         self.assertEqual(self.succeed("check", "--json", SHOWCASE / "skin.xml"), '{"diagnostics":[]}\n')
@@ -298,9 +299,8 @@ class Documents(InTemporaryFolder):
         self.assertEqual(self.dump(path), {"tag": "Doc", "attributes": [
             {"key": "main", "kind": "object", "class": "Unheard", "id": 5, "attributes": []},
             {"key": "more", "kind": "attributes", "attributes": [{"key": "x", "kind": "int", "value": 1}]}]})
-        result = run("document", "convert", path, self.folder / "body")
-        self.assertEqual(result.returncode, 0)
-        self.assertIn(f"{path}: warning: the root objects are plain entries in the binary form", result.stderr)
+        self.assertIn(f"{path}: warning: the root objects are plain entries in the binary form",
+                      self.told_by(0, "document", "convert", path, self.folder / "body"))
 
     def test_documents_of_any_encoding_are_read(self):
         for encoding in ("windows-1250", "shift_jis", "nobody-knows"):
@@ -323,19 +323,18 @@ class Documents(InTemporaryFolder):
         path = self.write("body", int32(3) + counted("long") + b"\x08\0" + counted("x" * 50000) +
                           counted("o") + b"\2\0\x6C\0" + int32(0, 0) + ENTRY)
         for words in (["dump", path], ["convert", path, self.folder / "new.xml"]):
-            result = run("document", *words)
-            self.assertEqual(result.returncode, 1)
+            told = self.told_by(1, "document", *words)
             place = 4 + len(counted("long")) + 2 + len(counted("x" * 50000))
-            self.assertIn(f'{path}:1:{place + 1}: warning: left out before byte {place}: a text of "long"', result.stderr)
-            self.assertIn("an object without a class", result.stderr)
-        self.assertIn(f"new.xml: is written without 2 parts of {path}", result.stderr)
+            self.assertIn(f'{path}:1:{place + 1}: warning: left out before byte {place}: a text of "long"', told)
+            self.assertIn("an object without a class", told)
+        self.assertIn(f"new.xml: is written without 2 parts of {path}", told)
         self.assertEqual(self.dump(self.folder / "new.xml")["attributes"], [{"key": "x", "kind": "int", "value": 1}])
 
     def test_a_tag_may_be_as_long_as_readers_take_it(self):
         path = self.write("body", int32(0))
         self.convert(path, self.folder / "new.xml", "--tag", "T" * 4096)
         self.assertEqual(self.dump(self.folder / "new.xml")["tag"], "T" * 4096)
-        self.assertEqual(run("document", "convert", path, "-", "--tag", "T" * 4097).returncode, 2)
+        self.told_by(2, "document", "convert", path, "-", "--tag", "T" * 4097)
 
     def test_damaged_ones_are_refused_with_their_place(self):
         cases = {
@@ -349,9 +348,7 @@ class Documents(InTemporaryFolder):
             with self.subTest(name):
                 path = self.write(name, content)
                 for words in (["dump", path], ["convert", path, self.folder / "out"]):
-                    result = run("document", *words)
-                    self.assertEqual(result.returncode, 1)
-                    self.assertIn(str(path) + place, result.stderr)
+                    self.assertIn(str(path) + place, self.told_by(1, "document", *words))
         self.assertFalse((self.folder / "out").exists())
 
     def test_bodies_whose_count_looks_like_xml_are_bodies(self):
@@ -362,8 +359,7 @@ class Documents(InTemporaryFolder):
     def test_nesting_100000_deep_is_refused(self):
         nested = b"".join(int32(1) + counted("x") + b"\2\0\6\0" for _ in range(100000))
         for name, content in (("xml", "<D>" + '<member name="x">' * 100000), ("body", nested)):
-            result = run("document", "dump", self.write(name, content))
-            self.assertEqual(result.returncode, 1, result.stderr[-400:])
+            self.told_by(1, "document", "dump", self.write(name, content))
 
     def test_a_converted_one_goes_to_standard_output_as_to_a_file(self):
         source = self.write("settings.xml", self.SETTINGS)
@@ -374,9 +370,7 @@ class Documents(InTemporaryFolder):
 
     def test_a_text_too_long_for_the_binary_form_leaves_no_file(self):
         path = self.write("long.xml", f'<D><string name="s">\n{"x" * 50001}\n</string></D>')
-        result = run("document", "convert", path, self.folder / "out")
-        self.assertEqual(result.returncode, 1)
-        self.assertIn("50000", result.stderr)
+        self.assertIn("50000", self.told_by(1, "document", "convert", path, self.folder / "out"))
         self.assertFalse((self.folder / "out").exists())
 
 
@@ -555,27 +549,24 @@ class Check(InTemporaryFolder):
                               '<label name="l" size="l.left,0,9,9"/>': "size 'l.left,0,9,9' of <label>"}.items():
             with self.subTest(body):
                 path = self.write("skin.xml", skin(self.HALF_GOOD % body))
-                result = run("render", path, "T", "-o", self.folder / "out.png")
-                self.assertEqual(result.returncode, 0)
-                self.assertTrue(result.stderr.startswith(f"{path}:5:1: warning: {finding}"), result.stderr)
-                self.assertEqual(result.stderr.count("\n"), 1)
+                told = self.told_by(0, "render", path, "T", "-o", self.folder / "out.png")
+                self.assertTrue(told.startswith(f"{path}:5:1: warning: {finding}"), told)
+                self.assertEqual(told.count("\n"), 1)
 
 
 class Values(InTemporaryFolder):
     def tree(self, values):
         path = self.write("skin.xml", skin('<template name="T" size="0,0,9,9"><slider name="gain" size="0,0,9,9"/>'
                                            '<edit name="name" size="0,0,9,9"/></template>'))
-        return run("tree", path, "T", "--values", self.write("values.txt", values))
+        return "tree", path, "T", "--values", self.write("values.txt", values)
 
     def test_a_file_gives_numbers_ranges_and_texts(self):
-        result = self.tree('# levels\ngain = -3 in -20..20\nname = "Main"\n')
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        self.assertRegex(result.stdout, r'"gain" .*= "-3" @ .*\n.*"name" .*= "Main" @')
+        tree = self.succeed(*self.tree('# levels\ngain = -3 in -20..20\nname = "Main"\n'))
+        self.assertRegex(tree, r'"gain" .*= "-3" @ .*\n.*"name" .*= "Main" @')
 
     def test_faults_of_a_file_have_their_line(self):
-        result = self.tree("gain = 5\nloud = very\n")
-        self.assertEqual(result.returncode, 1)
-        self.assertIn("values.txt:2:1: error: 'very' is neither a number nor a text in quotes", result.stderr)
+        self.assertIn("values.txt:2:1: error: 'very' is neither a number nor a text in quotes",
+                      self.told_by(1, *self.tree("gain = 5\nloud = very\n")))
 
 
 class BadInput(InTemporaryFolder):

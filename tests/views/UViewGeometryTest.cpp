@@ -2,6 +2,8 @@
 #include "persistence/attributes/FAttributes.h"
 #include "views/ViewShifting.h"
 
+#include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace qorl {
@@ -150,23 +152,19 @@ TEST_F(UViewGeometry, ChangesTheClientOrTheFrame) {
     EXPECT_EQ(textOf(child->getFrameRect()), "0,0,60,50");
 }
 
-/// Refuses a client below a size.
-class StubbornView : public UView {
-    QORL_CLASS(StubbornView, UView)
+/// Follows its parent and judges sizes as the test wants.
+class JudgingView : public UView {
+    QORL_CLASS(JudgingView, UView)
 
 public:
-    StubbornView(const CmRect& frame, CmSize smallest) : UView(frame), smallest_(smallest) {
+    JudgingView(const CmRect& frame, std::function<bool(CmRect&)> judge)
+        : UView(frame), judge_(std::move(judge)) {
         setAttach(viewAttachAll);
     }
-    bool checkSize(CmRect& rect) override {
-        const CmRect asked = rect;
-        rect.right = rect.left + std::max(rect.width(), smallest_.width);
-        rect.bottom = rect.top + std::max(rect.height(), smallest_.height);
-        return rect == asked;
-    }
+    bool checkSize(CmRect& rect) override { return judge_(rect); }
 
 private:
-    CmSize smallest_;
+    std::function<bool(CmRect&)> judge_;
 };
 
 TEST_F(UViewGeometry, AdjustsAProposalThatASubViewRefuses) {
@@ -174,7 +172,12 @@ TEST_F(UViewGeometry, AdjustsAProposalThatASubViewRefuses) {
     CmRect proposal{0, 0, 10, 10};
     EXPECT_TRUE(parent->checkSize(proposal)) << "a view without subviews refused";
     auto middle = add(*parent, "m", {10, 10, 90, 90}, viewAttachAll);
-    middle->addSubView(make<StubbornView>(CmRect{0, 0, 80, 80}, CmSize{60, 30}));
+    middle->addSubView(make<JudgingView>(CmRect{0, 0, 80, 80}, [](CmRect& rect) {
+        const CmRect asked = rect;
+        rect.right = std::max(rect.right, rect.left + 60);
+        rect.bottom = std::max(rect.bottom, rect.top + 30);
+        return rect == asked;
+    }));
     EXPECT_TRUE(parent->checkSize(proposal = {0, 0, 80, 50}));
     EXPECT_FALSE(parent->checkSize(proposal = {0, 0, 70, 70}));
     EXPECT_EQ(textOf(proposal), "0,0,80,70");
@@ -183,21 +186,12 @@ TEST_F(UViewGeometry, AdjustsAProposalThatASubViewRefuses) {
     EXPECT_EQ(parent->peekAttributes(), nullptr);
 }
 
-/// Answers with a size that no parent can have.
-class ImpossibleView : public UView {
-    QORL_CLASS(ImpossibleView, UView)
-
-public:
-    explicit ImpossibleView(const CmRect& frame) : UView(frame) { setAttach(viewAttachAll); }
-    bool checkSize(CmRect& rect) override {
-        rect.right -= 1000;
-        return false;
-    }
-};
-
 TEST_F(UViewGeometry, MarksItselfWhenLimitsLeaveNoSize) {
     auto parent = view("p");
-    parent->addSubView(make<ImpossibleView>(CmRect{0, 0, 100, 100}));
+    parent->addSubView(make<JudgingView>(CmRect{0, 0, 100, 100}, [](CmRect& rect) {
+        rect.right -= 1000; // No parent can have it.
+        return false;
+    }));
     CmRect proposal{0, 0, 90, 90};
     EXPECT_FALSE(parent->checkSize(proposal));
     ASSERT_NE(parent->peekAttributes(), nullptr);

@@ -2,7 +2,10 @@
 #include "foundation/messages/UpdateHandler.h"
 #include "support/PoisonedView.h"
 
+#include <functional>
 #include <gtest/gtest.h>
+#include <string_view>
+#include <utility>
 
 namespace qorl {
 namespace {
@@ -121,7 +124,7 @@ TEST_F(UViewTree, AttachesShownViewsFromTheTopAndDetachesThem) {
     EXPECT_EQ(log_.take(), "attached:a attached:b attached:hidden attached:c");
 }
 
-/// Writes down the name of each notice.
+/// Writes down the name of each notice, and does what the test wants in the middle of it.
 class LifecycleLog : public CmObject, public IViewLifecycleListener {
     QORL_CLASS(LifecycleLog, CmObject)
     QORL_FACES(LifecycleLog, CmObject, IViewLifecycleListener)
@@ -129,20 +132,28 @@ class LifecycleLog : public CmObject, public IViewLifecycleListener {
 public:
     explicit LifecycleLog(CallLog& log) : log_(log) {}
 
-    void viewShown(UView*) override { log_.add("shown"); }
-    void viewHidden(UView*) override { log_.add("hidden"); }
-    void viewFocusGained(UView*) override { log_.add("focusGained"); }
-    void viewFocusLost(UView*) override { log_.add("focusLost"); }
-    void viewEnabled(UView*) override { log_.add("enabled"); }
-    void viewDisabled(UView*) override { log_.add("disabled"); }
-    void viewMoved(UView*) override { log_.add("moved"); }
-    void viewSized(UView*) override { log_.add("sized"); }
-    void viewAttached(UView*) override { log_.add("attached"); }
-    void viewDetaching(UView* view) override { log_.add(view->isAttached() ? "detaching" : "too late"); }
-    void viewDetached(UView*) override { log_.add("detached"); }
-    void viewDestroyed(UView*) override { log_.add("destroyed"); }
+    std::function<void(UView& view, std::string_view notice)> during;
+
+    void viewShown(UView* view) override { heard(*view, "shown"); }
+    void viewHidden(UView* view) override { heard(*view, "hidden"); }
+    void viewFocusGained(UView* view) override { heard(*view, "focusGained"); }
+    void viewFocusLost(UView* view) override { heard(*view, "focusLost"); }
+    void viewEnabled(UView* view) override { heard(*view, "enabled"); }
+    void viewDisabled(UView* view) override { heard(*view, "disabled"); }
+    void viewMoved(UView* view) override { heard(*view, "moved"); }
+    void viewSized(UView* view) override { heard(*view, "sized"); }
+    void viewAttached(UView* view) override { heard(*view, "attached"); }
+    void viewDetaching(UView* view) override { heard(*view, view->isAttached() ? "detaching" : "too late"); }
+    void viewDetached(UView* view) override { heard(*view, "detached"); }
+    void viewDestroyed(UView* view) override { heard(*view, "destroyed"); }
 
 private:
+    void heard(UView& view, const char* notice) {
+        log_.add(notice);
+        if (during)
+            during(view, notice);
+    }
+
     CallLog& log_;
 };
 
@@ -166,39 +177,6 @@ TEST_F(UViewTree, TellsItsListenersOfItsLife) {
               "attached sized moved disabled enabled detaching detached hidden attached shown detaching "
               "detached destroyed");
 }
-
-/// Takes the view out of its parent, whose reference is the last, when it hears one certain notice.
-class LeavesOn : public CmObject, public IViewLifecycleListener {
-    QORL_CLASS(LeavesOn, CmObject)
-    QORL_FACES(LeavesOn, CmObject, IViewLifecycleListener)
-
-public:
-    explicit LeavesOn(std::string notice) : notice_(std::move(notice)) {}
-
-    void viewShown(UView* view) override { heard(view, "shown"); }
-    void viewHidden(UView* view) override { heard(view, "hidden"); }
-    void viewFocusGained(UView*) override {}
-    void viewFocusLost(UView*) override {}
-    void viewEnabled(UView*) override {}
-    void viewDisabled(UView* view) override { heard(view, "disabled"); }
-    void viewMoved(UView* view) override { heard(view, "moved"); }
-    void viewSized(UView* view) override { heard(view, "sized"); }
-    void viewAttached(UView* view) override { heard(view, "attached"); }
-    void viewDetaching(UView* view) override { heard(view, "detaching"); }
-    void viewDetached(UView* view) override { heard(view, "detached"); }
-    void viewDestroyed(UView*) override { isGone = true; }
-
-    bool isGone = false;
-
-private:
-    void heard(UView* view, const char* notice) {
-        UView* parent = view->getParent();
-        if (notice == std::exchange(notice_, notice == notice_ ? "" : notice_) && parent)
-            parent->removeSubView(view);
-    }
-
-    std::string notice_;
-};
 
 struct LeavingCase {
     const char* notice;
@@ -224,7 +202,13 @@ TEST_F(UViewTree, LetsAViewLeaveForGoodInAnswerToAnyNotice) {
     window_->attachTree();
     for (const LeavingCase& c : cases) {
         SCOPED_TRACE(c.notice);
-        LeavesOn listener(c.notice);
+        LifecycleLog listener(log_);
+        bool stays = true;
+        // The parent's reference is the last.
+        listener.during = [&](UView& view, std::string_view notice) {
+            if (notice == c.notice && std::exchange(stays, false))
+                view.getParent()->removeSubView(&view);
+        };
         auto made = make<testing::PoisonedView>(CmRect{0, 0, 10, 10});
         made->setFlag(viewDirectPaint | viewWantsAncestorSized, true);
         if (c.beginsHidden)
@@ -233,7 +217,7 @@ TEST_F(UViewTree, LetsAViewLeaveForGoodInAnswerToAnyNotice) {
         window_->addSubView(std::move(made));
         child->addLifecycleListener(&listener);
         c.act(*window_, *child);
-        EXPECT_TRUE(listener.isGone);
+        EXPECT_TRUE(log_.take().ends_with("destroyed"));
         EXPECT_EQ(window_->getSubViewCount(), 0);
         // A view that is gone must not be drawn or told of sizes any more.
         window_->drawSubViews({0, 0, 5, 5});

@@ -14,7 +14,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::CallLog;
@@ -388,5 +387,4 @@ TEST(UDesktop, StacksWindowsByActivation) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using ::testing::ElementsAre;
@@ -259,5 +258,4 @@ TEST_F(PaintTest, RepaintsAPartOfAViewWithInsetsInItsClientCoordinates) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using ::testing::Contains;
@@ -181,5 +180,4 @@ TEST_F(WindowPlaceTest, ComesBackToThePlacementOfItsWorkspace) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 constexpr CmRect left{0, 0, 1000, 800};
@@ -42,5 +41,4 @@ TEST(WindowPlacement, MovesToTheMonitorOfTheLargestOverlap) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -16,7 +16,6 @@
 #include <string_view>
 
 namespace qorl {
-
 namespace {
 
 using test::WindowRecorder;
@@ -480,5 +479,4 @@ TEST(WindowFlags, DifferByKind) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -10,7 +10,6 @@
 #include <utility>
 
 namespace qorl {
-
 namespace {
 
 using testing::HeadlessShell;
@@ -342,5 +341,4 @@ TEST(URowColumn, PlacesOnceMoreWhenSubViewsChangeWhileTheyArePlaced) {
 }
 
 } // namespace
-
 } // namespace qorl

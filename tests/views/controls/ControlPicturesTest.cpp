@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::HeadlessShell;
@@ -199,5 +198,4 @@ TEST(ControlPictures, ShowWhatHasNoStates) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -6,7 +6,6 @@
 #include <string>
 
 namespace qorl {
-
 namespace {
 
 /// The lines of `text` when each takes as many words as fit, and one at least.
@@ -61,5 +60,4 @@ TEST(ControlText, ReadsAnEightBitTextOfSeveralLines) {
 }
 
 } // namespace
-
 } // namespace qorl

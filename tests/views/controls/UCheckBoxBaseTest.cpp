@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::EditRecorder;
@@ -58,5 +57,4 @@ TEST(UCheckBoxBase, TakesTheSizeOfItsMarkAndTitle) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -13,7 +13,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::EditRecorder;
@@ -343,5 +342,4 @@ TEST(UControl, IsOperatedByAssistiveTools) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::HeadlessShell;
@@ -42,5 +41,4 @@ TEST(UFrame, TakesTheMouseOnlyWhenItIsMadeTo) {
 }
 
 } // namespace
-
 } // namespace qorl

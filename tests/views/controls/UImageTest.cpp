@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::HeadlessShell;
@@ -64,5 +63,4 @@ TEST(UImage, TakesTheSizeOfItsBitmapUnlessGivenOne) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::EditRecorder;
@@ -333,5 +332,4 @@ TEST(USlider, LeavesTheThicknessOfItsTrackToTheScheme) {
 }
 
 } // namespace
-
 } // namespace qorl

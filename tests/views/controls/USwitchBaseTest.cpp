@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::EditRecorder;
@@ -282,5 +281,4 @@ TEST(USwitchBase, TakesNoAccountOfASecondButton) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::HeadlessShell;
@@ -80,5 +79,4 @@ TEST(UBitmapSlider, MovesItsHandleByTheHandlesSize) {
 }
 
 } // namespace
-
 } // namespace qorl

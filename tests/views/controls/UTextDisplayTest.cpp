@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::HeadlessShell;
@@ -138,5 +137,4 @@ TEST(UTextDisplay, PaintsATitleInItsColourAndPlace) {
 }
 
 } // namespace
-
 } // namespace qorl

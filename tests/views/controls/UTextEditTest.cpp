@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::EditRecorder;
@@ -33,5 +32,4 @@ TEST(UTextEdit, LeavesNavigationWhenItIsToldTo) {
 }
 
 } // namespace
-
 } // namespace qorl

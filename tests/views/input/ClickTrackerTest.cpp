@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 constexpr auto left = platform::leftButton;
@@ -59,5 +58,4 @@ TEST(ClickTracker, TellsADragFromAClick) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::CallLog;
@@ -294,5 +293,4 @@ TEST_F(FocusTest, AsksTheFocusControllerBeforeTheViews) {
 }
 
 } // namespace
-
 } // namespace qorl

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 namespace qorl {
-
 namespace {
 
 using testing::CallLog;
@@ -260,5 +259,4 @@ TEST_F(MouseTest, FindsTheSamePointAtAFractionalScale) {
 }
 
 } // namespace
-
 } // namespace qorl
