@@ -121,15 +121,16 @@ private:
 };
 
 /// A service that stands for "vfs://HOST" as long as the test runs.
+template <typename Service = MemoryService>
 struct RegisteredService {
     explicit RegisteredService(const char* place) : uri(place) {
         FVFileSystem::instance()->registerService(uri, service);
     }
     ~RegisteredService() { FVFileSystem::instance()->unregisterService(uri); }
-    MemoryService* operator->() const { return service.get(); }
+    Service* operator->() const { return service.get(); }
 
     ConstString uri;
-    Ref<MemoryService> service = make<MemoryService>();
+    Ref<Service> service = make<Service>();
 };
 
 } // namespace qorl

@@ -91,7 +91,7 @@ TEST_F(FDefaultPoolFormTest, WritesTheDocuments) {
 TEST_F(FDefaultPoolFormTest, NamesAFileByTheWideFormOfItsGroup) {
     // MD5 of "\xC4\xA7" (h with stroke), in UTF-16: 27 01
     begin(0);
-    pool().getGroup("\xC4\xA7")->values().setInteger("n", 1);
+    set(1, "\xC4\xA7");
     pool().getGroup(ConstString(u"\u0127"))->values().setInteger("m", 2);
     EXPECT_TRUE(save());
     EXPECT_TRUE(folder_.has("settings/Defaults/561E978B7276894F98B030DF25EA8112.xml"));

@@ -44,16 +44,15 @@ TEST_P(FDefaultPoolTest, HidesNothingThatIsStoredByWhatWasSetBeforeTheLoad) {
 }
 
 TEST_P(FDefaultPoolTest, GivesWhatIsStoredToThoseWhoOnlyAsk) {
+    const auto asked = [] { return pool().getGroup("Group", 0, false); };
     store(1);
     restart();
-    EXPECT_EQ(pool().getGroup("Group", 0, false), nullptr) << "before the load";
+    EXPECT_EQ(asked(), nullptr) << "before the load";
     loadAll();
-    const FDefaults* group = pool().getGroup("Group", 0, false);
-    ASSERT_NE(group, nullptr);
-    EXPECT_EQ(group->values().getInteger("n"), 1);
-    EXPECT_EQ(pool().getGroup("Unknown", 0, false), nullptr);
+    ASSERT_NE(asked(), nullptr);
+    EXPECT_EQ(asked()->values().getInteger("n"), 1);
     pool().removeGroup("Group");
-    EXPECT_EQ(pool().getGroup("Group", 0, false), nullptr);
+    EXPECT_EQ(asked(), nullptr);
 }
 
 TEST_P(FDefaultPoolTest, ForgetsAllWhenALoadIsRefused) {
@@ -107,29 +106,13 @@ TEST_P(FDefaultPoolTest, AsksItsHooksAndCallbacks) {
     EXPECT_FALSE(folder_.has("settings"));
 }
 
-TEST_P(FDefaultPoolTest, RestoresAutoSaversAtTheEndOfTheLoad) {
-    loadAll();
-    {
-        Saver saver;
-        saver.state = 7;
-        EXPECT_TRUE(save());
-    }
-    EXPECT_TRUE(save()) << "it is gone before the end";
-    loadAfterRestart();
-    EXPECT_TRUE(save()) << "it is missing for a run";
-    restart();
-    Saver saver;
-    EXPECT_TRUE(pool().load());
-    EXPECT_EQ(saver.state, 0);
-    pool().finishLoad();
-    EXPECT_EQ(saver.state, 7);
-}
-
-TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfALateAutoSaverUntilThatWasRestored) {
+TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfAnAutoSaverUntilThatWasRestored) {
     const auto stored = [this] {
         restart();
         Saver saver;
-        loadAll();
+        pool().load();
+        EXPECT_EQ(saver.state, 0) << "before the end of the load";
+        pool().finishLoad();
         return saver.state;
     };
     loadAll();
@@ -138,6 +121,9 @@ TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfALateAutoSaverUntilThatWasRestored) 
         for (saver.state = 6; saver.state < 8; ++saver.state)
             EXPECT_TRUE(save()) << "there is nothing to restore";
     }
+    EXPECT_TRUE(save()) << "it is gone before the end";
+    loadAfterRestart();
+    EXPECT_TRUE(save()) << "it is missing for a run";
     EXPECT_EQ(stored(), 7);
     {
         Saver late;
@@ -382,8 +368,8 @@ TEST(FDefaults, HoldsOnlyWhatItsFileHeld) {
 
 TEST_P(FDefaultPoolTest, TellsNamesApartThatAreNoUtf8) {
     loadAll();
-    pool().getGroup("\xE9")->values().setInteger("n", 1);
-    pool().getGroup("\xE8")->values().setInteger("n", 2);
+    set(1, "\xE9");
+    set(2, "\xE8");
     EXPECT_TRUE(save());
     loadAfterRestart();
     EXPECT_EQ(number("\xE9"), 1);

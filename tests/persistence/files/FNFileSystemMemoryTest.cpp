@@ -45,9 +45,11 @@ struct Places {
     FNPath inN;
 };
 
+using Files = FNFileSystem;
+
 struct MemoryCase {
     const char* name;
-    bool (*run)(FNFileSystem& files, Places& at);
+    bool (*run)(Files& files, Places& at);
     const char* after; ///< what then lies there
 };
 
@@ -55,41 +57,34 @@ constexpr const char* before = "a=A b=B sub sub/c=C ";
 
 const MemoryCase memoryCases[] = {
     {"createFile",
-     [](FNFileSystem& files, Places& at) {
+     [](Files& files, Places& at) {
          return files.createFile(at.inN, FFileStream::writeAccess | FFileStream::createPath) != nullptr;
      },
      "a=A b=B n n/d= sub sub/c=C "},
     {"createFile in place of another",
-     [](FNFileSystem& files, Places& at) {
-         return files.createFile(at.a, FFileStream::writeAccess) != nullptr;
-     },
+     [](Files& files, Places& at) { return files.createFile(at.a, FFileStream::writeAccess) != nullptr; },
      "a= b=B sub sub/c=C "},
     {"openFile",
-     [](FNFileSystem& files, Places& at) { return files.openFile(at.a, FFileStream::readAccess) != nullptr; },
+     [](Files& files, Places& at) { return files.openFile(at.a, FFileStream::readAccess) != nullptr; },
      before},
-    {"deleteFile", [](FNFileSystem& files, Places& at) { return files.deleteFile(at.a); },
-     "b=B sub sub/c=C "},
-    {"rename", [](FNFileSystem& files, Places& at) { return files.rename(at.a, "n"); },
-     "b=B n=A sub sub/c=C "},
-    {"move", [](FNFileSystem& files, Places& at) { return files.move(at.a, at.sub); },
-     "b=B sub sub/a=A sub/c=C "},
-    {"copy", [](FNFileSystem& files, Places& at) { return files.copy(at.a, at.b); }, "a=A b=A sub sub/c=C "},
-    {"createParents", [](FNFileSystem& files, Places& at) { return files.createParents(at.n, true); },
+    {"deleteFile", [](Files& files, Places& at) { return files.deleteFile(at.a); }, "b=B sub sub/c=C "},
+    {"rename", [](Files& files, Places& at) { return files.rename(at.a, "n"); }, "b=B n=A sub sub/c=C "},
+    {"move", [](Files& files, Places& at) { return files.move(at.a, at.sub); }, "b=B sub sub/a=A sub/c=C "},
+    {"copy", [](Files& files, Places& at) { return files.copy(at.a, at.b); }, "a=A b=A sub sub/c=C "},
+    {"createParents", [](Files& files, Places& at) { return files.createParents(at.n, true); },
      "a=A b=B n sub sub/c=C "},
-    {"deleteTree", [](FNFileSystem& files, Places& at) { return files.deleteTree(at.a); },
-     "b=B sub sub/c=C "},
+    {"deleteTree", [](Files& files, Places& at) { return files.deleteTree(at.a); }, "b=B sub sub/c=C "},
     {"getIterator",
-     [](FNFileSystem& files, Places& at) {
+     [](Files& files, Places& at) {
          const Ref<FFileIterator> entries = files.getIterator(at.sub);
          return entries && entries->next();
      },
      before},
     {"resolveShortcut",
-     [](FNFileSystem& files, Places& at) { return !files.resolveShortcut(at.a) && at.a.isValid(); }, before},
-    {"getSystemFile", [](FNFileSystem& files, Places& at) { return !files.getSystemFile(at.a); }, before},
+     [](Files& files, Places& at) { return !files.resolveShortcut(at.a) && at.a.isValid(); }, before},
+    {"getSystemFile", [](Files& files, Places& at) { return !files.getSystemFile(at.a); }, before},
     {"getVolumeInfo",
-     [](FNFileSystem& files, Places& at) { return files.getFreeSpace(at.a) > 0 && files.exists(at.b); },
-     before},
+     [](Files& files, Places& at) { return files.getFreeSpace(at.a) > 0 && files.exists(at.b); }, before},
 };
 
 TEST(FNFileSystem, DoesAllOrNothingWithoutMemory) {

@@ -139,10 +139,6 @@ TEST(FMountTable, LetsTheDiskCopyToAndFromMountedFiles) {
 }
 
 TEST(FMountTable, OpensForWritingWhereItCan) {
-    const SettingsFolder folder;
-    folder.write("a.pack", "a=x");
-    const FUrl url(folder.at("a.pack"));
-    const FNPath inner = folder.at("a.pack/new");
     struct Row {
         const char* capabilities;
         const char* modes;
@@ -154,11 +150,12 @@ TEST(FMountTable, OpensForWritingWhereItCan) {
          {Row{"CanRead CanWrite CanIterate", "15 ", true, true, true},
           Row{"CanRead", "5 ", false, true, false}, Row{"CanIterate", "5 ", false, false, true}}) {
         SCOPED_TRACE(row.capabilities);
-        const MountedComponent component;
-        component->capabilities = row.capabilities;
-        const Ref<FFileSystem> files = table().mount(url);
+        const Pack pack;
+        const FNPath inner = pack.folder.at("a.pack/new");
+        pack.component->capabilities = row.capabilities;
+        const Ref<FFileSystem> files = table().mount(pack.url);
         ASSERT_NE(files, nullptr);
-        EXPECT_EQ(component->modes, row.modes);
+        EXPECT_EQ(pack.component->modes, row.modes);
         int32_t error = -1;
         EXPECT_EQ(files->createFile(inner, FFileStream::writeAccess, &error) != nullptr, row.canWrite);
         EXPECT_EQ(error != 0, !row.canWrite);
@@ -171,9 +168,9 @@ TEST(FMountTable, OpensForWritingWhereItCan) {
         EXPECT_EQ(files->rename(moving, "x"), row.canWrite);
         EXPECT_EQ(files->move(moving, inner), row.canWrite);
         EXPECT_EQ(files->copy(inner, inner), row.canWrite && row.canRead);
-        EXPECT_EQ(readIn(files, folder.at("a.pack/a")), row.canRead ? "x" : "nothing");
-        EXPECT_EQ(files->exists(folder.at("a.pack/a")), row.canRead);
-        EXPECT_EQ(files->getFileSizeOf(folder.at("a.pack/a")), row.canRead ? 1 : -1);
+        EXPECT_EQ(readIn(files, pack.inside), row.canRead ? "x" : "nothing");
+        EXPECT_EQ(files->exists(pack.inside), row.canRead);
+        EXPECT_EQ(files->getFileSizeOf(pack.inside), row.canRead ? 1 : -1);
         EXPECT_EQ(files->getIterator(inner) != nullptr, row.canIterate);
     }
 }

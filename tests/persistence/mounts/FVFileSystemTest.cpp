@@ -207,15 +207,13 @@ TEST(FVFileSystem, NeverLosesAFileByCopyingOverIt) {
     public:
         VfsResult getInfo(const FUrl&, Info&) override { return VfsError::notImplemented; }
     };
-    const auto unasked = make<Unasked>();
+    const RegisteredService<Unasked> unasked("vfs://unasked");
     unasked->add("to", "earlier");
-    ASSERT_TRUE(files().registerService("vfs://unasked", unasked));
     ProgressRecorder cancel(70000);
     EXPECT_FALSE(files().copy(at("vfs://m/from"), at("vfs://unasked/to"), &cancel));
     EXPECT_EQ(unasked->read("to"), "earlier") << "what can't be asked for may be there";
     EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://unasked/to")));
     EXPECT_EQ(unasked->list(), "to ");
-    EXPECT_TRUE(files().unregisterService("vfs://unasked"));
     EXPECT_FALSE(files().copy(at("vfs://m/from"), at("VFS://M/%66rom"))) << "onto itself";
     ProgressRecorder patient;
     EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://m/to"), &patient));
@@ -238,12 +236,11 @@ TEST(FVFileSystem, LeadsOutOfAFolderByNoNameOfAService) {
             return {};
         }
     };
-    ASSERT_TRUE(files().registerService("vfs://sly", make<Sly>()));
+    const RegisteredService<Sly> sly("vfs://sly");
     const Ref<FFileIterator> walk = files().getIterator(at("vfs://sly/f"));
     ASSERT_NE(walk->next(), nullptr);
     EXPECT_EQ(walk->getCurrent()->toUtf8(), "vfs://sly/f/good");
     EXPECT_EQ(walk->next(), nullptr);
-    EXPECT_TRUE(files().unregisterService("vfs://sly"));
     FUrl moved = at("vfs://m/f/..");
     EXPECT_FALSE(files().move(moved, at("vfs://m/f")));
 }
@@ -294,8 +291,7 @@ TEST(FVFileSystem, CopiesNothingForAWholeFile) {
     const SettingsFolder folder;
     folder.write("to", "earlier");
     const FNPath target = folder.at("to");
-    const auto service = make<OddStreamService>();
-    ASSERT_TRUE(files().registerService("vfs://odd", service));
+    const RegisteredService<OddStreamService> service("vfs://odd");
     auto& disk = *FNFileSystem::instance();
     const std::string text(200'000, 'x');
     bool hasFailed = true;
@@ -311,7 +307,6 @@ TEST(FVFileSystem, CopiesNothingForAWholeFile) {
     service->stream = make<Unseekable>(text);
     EXPECT_TRUE(disk.copy(at("vfs://odd/x"), target));
     EXPECT_TRUE(folder.read("to") == text) << "a source that can't tell its end";
-    EXPECT_TRUE(files().unregisterService("vfs://odd"));
 }
 
 TEST(FVFileSystem, TellsThroughTheDiskWhatAStreamLost) {
@@ -319,8 +314,7 @@ TEST(FVFileSystem, TellsThroughTheDiskWhatAStreamLost) {
     public:
         bool isValid() const override { return calls == 0; }
     };
-    const auto service = make<OddStreamService>();
-    ASSERT_TRUE(files().registerService("vfs://odd", service));
+    const RegisteredService<OddStreamService> service("vfs://odd");
     service->stream = make<Lossy>();
     FUrl url = at("vfs://odd/x");
     auto& disk = *FNFileSystem::instance();
@@ -328,7 +322,6 @@ TEST(FVFileSystem, TellsThroughTheDiskWhatAStreamLost) {
     ASSERT_NE(stream, nullptr);
     stream->write("x", 1);
     EXPECT_FALSE(disk.closeFile(stream));
-    EXPECT_TRUE(files().unregisterService("vfs://odd"));
 }
 
 TEST(FVFileSystem, MeetsServicesThatMisbehave) {
@@ -339,7 +332,7 @@ TEST(FVFileSystem, MeetsServicesThatMisbehave) {
         VfsResult createFolder(const FUrl&) override { throw std::bad_alloc(); }
         VfsResult getInfo(const FUrl&, Info&) override { return VfsError::noArchive; }
     };
-    ASSERT_TRUE(files().registerService("vfs:", make<Odd>()));
+    const RegisteredService<Odd> odd("vfs:");
     FUrl path = at("vfs://m/x");
     int32_t error = 0;
     EXPECT_EQ(files().openFile(path, FFileStream::readAccess, &error), nullptr);
@@ -349,7 +342,6 @@ TEST(FVFileSystem, MeetsServicesThatMisbehave) {
     EXPECT_FALSE(files().createFolder(path));
     EXPECT_FALSE(files().exists(path));
     EXPECT_EQ(FVFileSystem::lastResult().message(), "no archive registered for this uri");
-    EXPECT_TRUE(files().unregisterService("vfs:"));
 }
 
 TEST(FVFileSystem, MakesNoFoldersWithoutEnd) {
