@@ -10,7 +10,7 @@ namespace qorl {
 
 namespace {
 
-constexpr const char* outOfMemory = "out of memory";
+constexpr const char* noMemoryText = "out of memory";
 
 std::string reasonOf(const XmlDocumentReader& reader, std::string_view tag) {
     std::string text = std::to_string(reader.line()) + ':' + std::to_string(reader.column()) + ": ";
@@ -57,7 +57,7 @@ FXmlDocument::FXmlDocument(FStream* stream, Mode mode)
 FXmlDocument::~FXmlDocument() = default;
 
 bool FXmlDocument::isOutOfMemory() const {
-    return errorText_ == outOfMemory;
+    return errorText_ == noMemoryText;
 }
 
 bool FXmlDocument::fail(std::string_view reason) {
@@ -71,7 +71,7 @@ bool FXmlDocument::saveRoots(std::string_view tag) try {
     XmlDocumentWriter writer(*stream_);
     return writer.writeRoots(tag, *objects_, *data_) || fail(writer.reason());
 } catch (const std::bad_alloc&) {
-    return fail(outOfMemory);
+    return fail(noMemoryText);
 }
 
 bool FXmlDocument::storeAttributes(std::string_view tag, const FAttributes& attributes) try {
@@ -80,7 +80,7 @@ bool FXmlDocument::storeAttributes(std::string_view tag, const FAttributes& attr
     XmlDocumentWriter writer(*stream_);
     return writer.writeAttributes(tag, attributes) || fail(writer.reason());
 } catch (const std::bad_alloc&) {
-    return fail(outOfMemory);
+    return fail(noMemoryText);
 }
 
 bool FXmlDocument::load(std::string_view tag, const char* rootName, bool macEncoding) try {
@@ -103,7 +103,7 @@ bool FXmlDocument::load(std::string_view tag, const char* rootName, bool macEnco
     errorText_ = std::move(reading.errorText);
     return isRead;
 } catch (const std::bad_alloc&) {
-    return fail(outOfMemory);
+    return fail(noMemoryText);
 }
 
 bool FXmlDocument::restoreAttributes(std::string_view tag, FAttributes& attributes) try {
@@ -114,7 +114,7 @@ bool FXmlDocument::restoreAttributes(std::string_view tag, FAttributes& attribut
     errorText_ = std::move(reading.errorText);
     return isRead;
 } catch (const std::bad_alloc&) {
-    return fail(outOfMemory);
+    return fail(noMemoryText);
 }
 
 Ref<CmObject> FXmlDocument::getObject(std::string_view name, const char* className) const try {
