@@ -4,7 +4,6 @@
 #include "application/UPluginApplication.h"
 #include "components/FComponentRegistry.h"
 #include "foundation/Cast.h"
-#include "foundation/ClassFactory.h"
 #include "foundation/StartupHook.h"
 #include "foundation/Teardown.h"
 #include "foundation/messages/FMessenger.h"

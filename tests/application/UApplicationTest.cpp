@@ -20,7 +20,6 @@
 #include "support/TestPaths.h"
 #include "views/UView.h"
 #include "windows/AlertPresenter.h"
-#include "windows/MenuPresenter.h"
 #include "windows/UDesktop.h"
 #include "windows/UDocWindow.h"
 

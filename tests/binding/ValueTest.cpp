@@ -16,7 +16,6 @@
 
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace qorl::Binding {
 namespace {

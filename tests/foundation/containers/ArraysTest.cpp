@@ -86,17 +86,12 @@ TEST(CmArray, KeepsTheOrderOfArrival) {
 
 TEST(CmOrderedArray, PutsEachObjectBehindItsEquals) {
     CmOrderedArray array(0, CmOrderedArray::doubling, Ownership::adopt);
-    std::vector<CmObject*> arrival;
-    for (int32_t i = 0; i < 300; ++i) {
-        arrival.push_back(new NumberedObject(i * 17 % 7));
-        ASSERT_TRUE(array.add(arrival.back()));
-    }
-    std::stable_sort(arrival.begin(), arrival.end(),
-                     [](const CmObject* a, const CmObject* b) { return a->compare(b) < 0; });
-    EXPECT_TRUE(std::equal(arrival.begin(), arrival.end(), array.elements().begin(), array.elements().end()));
+    const std::vector<CmObject*> expected = addOfFewRanks(array, 300, 7);
+    EXPECT_TRUE(
+        std::equal(expected.begin(), expected.end(), array.elements().begin(), array.elements().end()));
     const NumberedObject three(3);
     EXPECT_EQ(array.find(&three),
-              *std::find_if(arrival.begin(), arrival.end(),
+              *std::find_if(expected.begin(), expected.end(),
                             [](const CmObject* object) { return Number::of(object) == 3; }))
         << "the first of its rank";
 }

@@ -145,19 +145,13 @@ TEST_P(BTreeOfOrder, KeepsItsShapeAndItsElementsThroughRandomOperations) {
 }
 
 TEST_P(BTreeOfOrder, KeepsEqualsInTheOrderOfArrival) {
-    std::vector<CmObject*> arrival;
-    for (int32_t i = 0; i < 500; ++i) {
-        arrival.push_back(new NumberedObject(i * 31 % 5));
-        ASSERT_TRUE(tree.add(arrival.back()));
-    }
-    std::stable_sort(arrival.begin(), arrival.end(),
-                     [](const CmObject* a, const CmObject* b) { return a->compare(b) < 0; });
+    const std::vector<CmObject*> all = addOfFewRanks(tree, 500, 5);
     CmBTreeIterator it(tree);
-    for (CmObject* expected : arrival)
+    for (CmObject* expected : all)
         ASSERT_EQ(it.next(), expected);
     const NumberedObject three(3);
-    EXPECT_EQ(tree.find(&three), arrival[300]) << "the first of its rank";
-    const Ref<CmObject> middle = retain(arrival[350]);
+    EXPECT_EQ(tree.find(&three), all[300]) << "the first of its rank";
+    const Ref<CmObject> middle = retain(all[350]);
     EXPECT_TRUE(tree.remove(middle.get())) << "from among its equals";
     EXPECT_FALSE(tree.containsSame(middle.get()));
     EXPECT_EQ(tree.count(), 499);

@@ -18,6 +18,7 @@
 #include "persistence/streams/FStream.h"
 #include "support/Objects.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -148,6 +149,18 @@ template <typename Container>
 void addNumbers(Container& container, const Numbers& numbers) {
     for (const int32_t number : numbers)
         ASSERT_TRUE(container.add(makeElement<Container>(number).detach()));
+}
+
+/// Adds elements of a few ranks in turn. Gives them as they have to stand: equals in the order of arrival.
+inline std::vector<CmObject*> addOfFewRanks(CmContainer& container, int32_t count, int32_t ranks) {
+    std::vector<CmObject*> expected;
+    for (int32_t i = 0; i < count; ++i) {
+        expected.push_back(new NumberedObject(i * 31 % ranks));
+        EXPECT_TRUE(container.add(expected.back()));
+    }
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](const CmObject* a, const CmObject* b) { return a->compare(b) < 0; });
+    return expected;
 }
 
 inline Numbers numbersBelow(int32_t end) {

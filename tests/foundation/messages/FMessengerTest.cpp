@@ -8,7 +8,6 @@
 #include <qorl/IPlugMessageTarget.h>
 
 #include <atomic>
-#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -17,22 +16,9 @@
 namespace qorl {
 namespace {
 
-using Log = std::vector<std::string>;
 using testing::Target;
-
-class FMessengerTest : public ::testing::Test {
-protected:
-    Log deliver() {
-        log.clear();
-        messenger.deliverPending();
-        return log;
-    }
-
-    Log log;
-    FMessenger messenger;
-    Target a{log, "a"};
-    Target b{log, "b"};
-};
+using FMessengerTest = testing::MessengerTest;
+using Log = FMessengerTest::Log;
 
 TEST_F(FMessengerTest, DeliversInOrderAndKeepsWhatIsPostedMeanwhile) {
     messenger.post(&a, "One");
@@ -115,7 +101,7 @@ TEST_F(FMessengerTest, WhatATargetThrowsCostsNoOtherMessage) {
     EXPECT_THROW(deliver(), std::bad_alloc);
     EXPECT_TRUE(messenger.hasPending()) << "they don't wait for another post";
     messenger.post(&a, "Four");
-    EXPECT_EQ(deliver(), (Log{"b:Two", "b:Three", "a:Four"}));
+    EXPECT_EQ(deliver(), (Log{"a:One", "b:Two", "b:Three", "a:Four"}));
 }
 
 TEST_F(FMessengerTest, TakesOnlyItsOwnMessagesThroughTheInterface) {

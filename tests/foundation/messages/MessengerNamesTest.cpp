@@ -14,22 +14,11 @@
 namespace qorl {
 namespace {
 
-using Log = std::vector<std::string>;
 using NameObserver = FMessenger::NameObserver;
 using testing::Target;
 
-class MessengerNamesTest : public ::testing::Test {
+class MessengerNamesTest : public testing::MessengerTest {
 protected:
-    Log deliver() {
-        messenger.deliverPending();
-        return take();
-    }
-    Log take() { return std::exchange(log, {}); }
-
-    Log log;
-    FMessenger messenger;
-    Target a{log, "a"};
-    Target b{log, "b"};
     Target observer{log, "observer"};
 };
 

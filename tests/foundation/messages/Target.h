@@ -1,8 +1,10 @@
 #pragma once
 
 #include "foundation/messages/FMessage.h"
+#include "foundation/messages/FMessenger.h"
 
 #include <functional>
+#include <gtest/gtest.h>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +29,24 @@ protected:
 
 private:
     std::string name_;
+};
+
+/// A messenger, and targets that share a log.
+class MessengerTest : public ::testing::Test {
+public:
+    using Log = std::vector<std::string>;
+
+protected:
+    Log take() { return std::exchange(log, {}); }
+    Log deliver() {
+        messenger.deliverPending();
+        return take();
+    }
+
+    Log log;
+    FMessenger messenger;
+    Target a{log, "a"};
+    Target b{log, "b"};
 };
 
 } // namespace qorl::testing

@@ -18,7 +18,13 @@ public:
 protected:
     void connect(Listener& listener) { subject.addDependent(&listener); }
     void runDeferred() { handler->triggerDeferredUpdates(nullptr); }
-    Log take() { return std::exchange(log, {}); }
+    /// What was heard, joined by ", ".
+    std::string take() {
+        std::string all;
+        for (const std::string& line : std::exchange(log, {}))
+            all += (all.empty() ? "" : ", ") + line;
+        return all;
+    }
 
     /// Those around the listeners: with many of them the snapshot of a notification is another one.
     struct Neighbours {

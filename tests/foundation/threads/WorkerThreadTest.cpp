@@ -4,7 +4,6 @@
 #include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
-#include <memory>
 #include <thread>
 #include <vector>
 
@@ -159,14 +158,6 @@ TEST(WorkerThread, EndsAJobThatDoesNotAnswerAndGivesItBackOnce) {
     EXPECT_EQ(job.releases, 1);
     EXPECT_EQ(log.text(), "deleted");
     EXPECT_EQ(job.rounds, rounds) << "it still runs";
-}
-
-TEST(WorkerThread, LetsTheRunningJobEndAndHoldsTheNextWhilePaused) {
-    WorkerIn paused(State::pausedWhileRunning);
-    paused.a.mayEnd.set();
-    paused.a.released.wait();
-    EXPECT_EQ(paused.logAfter(Action::stop),
-              "run a1, release a, cancel b, release b, cancel c, release c, deleted");
 }
 
 TEST(WorkerThread, CancelsWhatAJobQueuesWhileTheThreadStops) {

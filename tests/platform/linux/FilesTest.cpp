@@ -1,12 +1,10 @@
 #include "platform/Files.h"
 
 #include "platform/System.h"
-#include "platform/Threads.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <initializer_list>
