@@ -166,6 +166,13 @@ void HeadlessShell::click(CmPoint point, uint32_t button) {
     advance(1000);
 }
 
+void HeadlessShell::clickWhile(CmPoint point, std::function<void()> held) {
+    postPress(point);
+    platform_->postCall(std::move(held));
+    postRelease();
+    settle();
+}
+
 void HeadlessShell::doubleClick(CmPoint point) {
     platform_->postPause(1000);
     for (int i = 0; i < 2; ++i) {

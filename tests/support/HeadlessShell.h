@@ -6,6 +6,7 @@
 #include "skin/PreviewController.h"
 #include "skin/UIWizard.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string_view>
@@ -89,6 +90,8 @@ public:
     void press(CmPoint point, uint32_t button = platform::leftButton);
     void release(uint32_t button = platform::leftButton);
     void click(CmPoint point, uint32_t button = platform::leftButton);
+    /// A click in which `held` runs while the button is down, in a nested loop too.
+    void clickWhile(CmPoint point, std::function<void()> held);
     /// Two clicks, fast enough to count as a double one.
     void doubleClick(CmPoint point);
     /// Press, two moves, release.

@@ -1,9 +1,6 @@
+#include "WindowFixture.h"
 #include "persistence/defaults/FDefaultPool.h"
-#include "support/HeadlessShell.h"
-#include "support/ProbeView.h"
 #include "views/GeometryAttributes.h"
-#include "windows/UDocWindow.h"
-#include "windows/UPanel.h"
 
 #include <cmath>
 #include <functional>
@@ -14,30 +11,10 @@ namespace qorl {
 namespace {
 
 using ::testing::Contains;
-using testing::HeadlessShell;
-using testing::ProbeController;
 
-class WindowPlaceTest : public ::testing::Test {
+class WindowPlaceTest : public testing::WindowFixture {
 protected:
-    Ref<UWindow> makeWindow(const CmRect& frame = {500, 100, 800, 300}, uint32_t style = styleWindowPreset) {
-        Ref<UWindow> window = make<UDocWindow>(frame, style, ConstString("Second"));
-        window->setController(controller.get());
-        return window;
-    }
-    Ref<UWindow> openWindow() {
-        Ref<UWindow> window = makeWindow();
-        shell.open(*window);
-        return window;
-    }
-    static Ref<UWindow> makePanel(UWindow& parent) {
-        Ref<UWindow> panel = make<UPanel>(CmRect{0, 0, 200, 100}, stylePanelPreset, ConstString("Child"));
-        parent.addChildWindow(panel);
-        return panel;
-    }
-
-    Ref<ProbeController> controller = make<ProbeController>();
     Ref<FAttributes> stored = make<FAttributes>();
-    HeadlessShell shell;
 };
 
 TEST_F(WindowPlaceTest, OpensWhereItsMakerWantsIt) {
@@ -64,13 +41,13 @@ TEST_F(WindowPlaceTest, OpensWhereItsMakerWantsIt) {
 
 TEST_F(WindowPlaceTest, OpensOnAMonitorWhateverItsFrameOrParent) {
     constexpr CmRect screen{0, 0, 1920, 1080};
-    const Ref<UWindow> beyond = makeWindow({5000, 4000, 5300, 4200});
+    const Ref<UWindow> beyond = makeWindow(styleWindowPreset, {5000, 4000, 5300, 4200});
     shell.open(*beyond);
     EXPECT_TRUE(screen.contains(beyond->getFrameRect()));
 
     const Ref<UWindow> parent = openWindow();
     parent->setPosition({1900, 1060});
-    const Ref<UWindow> child = makePanel(*parent);
+    const Ref<UWindow> child = makePanel(parent.get());
     child->center();
     shell.open(*child);
     EXPECT_TRUE(screen.contains(child->getFrameRect())) << "centred on a parent that is not";
@@ -86,7 +63,7 @@ TEST_F(WindowPlaceTest, OpensWithoutTheKeyboardWhenAskedTo) {
 
 TEST_F(WindowPlaceTest, BecomesTheOwnerOfAChildThatOpenedBefore) {
     const Ref<UWindow> parent = makeWindow();
-    const Ref<UWindow> child = makePanel(*parent);
+    const Ref<UWindow> child = makePanel(parent.get());
     shell.open(*child);
     shell.open(*parent);
     child->activate();
@@ -120,7 +97,7 @@ TEST_F(WindowPlaceTest, CanBeSeenWhateverWasStored) {
 
 TEST_F(WindowPlaceTest, ComesBackWhereItWasClosed) {
     const auto openNamed = [&](uint32_t style, int32_t version) {
-        Ref<UWindow> window = makeWindow({500, 100, 800, 300}, styleWindowPreset | style);
+        Ref<UWindow> window = makeWindow(styleWindowPreset | style);
         window->setStateName(ConstString("WindowPlaceTest"), version);
         shell.open(*window);
         return window;

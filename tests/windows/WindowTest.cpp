@@ -1,13 +1,10 @@
+#include "WindowFixture.h"
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/FMessenger.h"
 #include "persistence/defaults/FDefaultPool.h"
-#include "support/HeadlessShell.h"
-#include "support/ProbeView.h"
 #include "support/WindowRecorder.h"
 #include "views/GeometryAttributes.h"
-#include "windows/UDocWindow.h"
 #include "windows/UModalDialog.h"
-#include "windows/UPanel.h"
 #include "windows/UPopupWindow.h"
 
 #include <gmock/gmock.h>
@@ -22,7 +19,6 @@ using test::WindowRecorder;
 using testing::CallLog;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using testing::HeadlessShell;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using testing::ProbeController;
@@ -39,33 +35,7 @@ TEST(WindowStyle, NamesEveryWordOfSkinsOnce) {
     EXPECT_EQ(singleBits, 0x1807FEFFU) << "each bit that a word stands for, as stored skins know it";
 }
 
-class WindowTest : public ::testing::Test {
-protected:
-    static constexpr CmRect placed{500, 100, 800, 300};
-
-    Ref<UWindow> makeWindow(uint32_t style = styleWindowPreset) {
-        Ref<UWindow> window = make<UDocWindow>(placed, style, ConstString("Second"));
-        window->setController(controller.get());
-        return window;
-    }
-    /// It has told its controller of the opening, and what that heard is forgotten.
-    Ref<UWindow> openWindow(uint32_t style = styleWindowPreset) {
-        Ref<UWindow> window = makeWindow(style);
-        shell.open(*window);
-        controller->messages.clear();
-        return window;
-    }
-    Ref<UWindow> openPanel(UWindow* parent = nullptr, uint32_t style = stylePanelPreset) {
-        Ref<UWindow> panel = make<UPanel>(CmRect{550, 150, 650, 250}, style, ConstString("Panel"));
-        if (parent)
-            parent->addChildWindow(panel);
-        shell.open(*panel);
-        return panel;
-    }
-
-    Ref<ProbeController> controller = make<ProbeController>();
-    HeadlessShell shell;
-};
+class WindowTest : public testing::WindowFixture {};
 
 TEST_F(WindowTest, TellsItsControllerInOrderFromOpeningToClosing) {
     Ref<UWindow> window = makeWindow();

@@ -71,13 +71,9 @@ TEST(USwitchBase, DoesWhatItsBehaviourSays) {
 
 TEST(USwitchBase, TakesTheReleaseWhereItWasThoughTheMouseHasGoneOn) {
     HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
-    shell.postPress(inside);
-    shell.platform().postCall([&] {
-        // The mouse is there at once; that it moved is told behind the release.
-        shell.platform().setMousePosition(shell.window().clientToScreen(outside));
-    });
-    shell.postRelease();
-    shell.settle();
+    // The mouse is there at once; that it moved is told behind the release.
+    shell.clickWhile(inside,
+                     [&] { shell.platform().setMousePosition(shell.window().clientToScreen(outside)); });
     EXPECT_EQ(shell.value("v").getValue(), 1);
 }
 
@@ -93,11 +89,10 @@ TEST(USwitchBase, ShowsWhetherTheReleaseWouldCount) {
     std::string looks;
     const auto look = [&] { looks += view.isPressed() ? "down " : "up "; };
     shell.postPress(inside);
-    shell.platform().postCall(look);
-    shell.postMove(outside);
-    shell.platform().postCall(look);
-    shell.postMove(inside);
-    shell.platform().postCall(look);
+    for (const CmPoint point : {inside, outside, inside}) {
+        shell.postMove(point);
+        shell.platform().postCall(look);
+    }
     shell.postRelease();
     shell.platform().postCall(look);
     shell.settle();
@@ -126,10 +121,7 @@ TEST(USwitchBase, BracketsTheEditWhileTheMouseHoldsIt) {
     shell.value("v").setPerformOnEdit(true);
     EditRecorder edits;
     std::string held;
-    shell.postPress(inside);
-    shell.platform().postCall([&] { held = edits.take(); });
-    shell.postRelease();
-    shell.settle();
+    shell.clickWhile(inside, [&] { held = edits.take(); });
     EXPECT_EQ(held, "begin 0 1");
     EXPECT_EQ(edits.take(), "end 1");
 }
@@ -240,15 +232,12 @@ TEST(USwitchBase, ForgetsAPressWhoseViewGoes) {
     for (const bool isHidden : {false, true}) {
         HeadlessShell shell{switchSkin("onoff"), numberIn(0, 1)};
         EditRecorder edits;
-        shell.postPress(inside);
-        shell.platform().postCall([&] {
+        shell.clickWhile(inside, [&] {
             if (isHidden)
                 shell.view(0).hide();
             else
                 shell.content().removeSubView(&shell.view(0));
         });
-        shell.postRelease();
-        shell.settle();
         EXPECT_EQ(edits.take(), "") << (isHidden ? "hidden" : "removed");
     }
 }
