@@ -22,10 +22,7 @@ protected:
 };
 
 TEST_F(BackEndSelection, FollowsTheCommandLineForTwoNamesOnly) {
-    const struct {
-        Arguments arguments;
-        const char* selected;
-    } cases[] = {
+    const std::pair<Arguments, const char*> cases[] = {
         {{}, "Cairo"},
         {{"program", "--gfxbackend", "D2D"}, "D2D"},
         {{"program", "--gfxbackend", "GDI"}, "GDI"},
@@ -36,10 +33,10 @@ TEST_F(BackEndSelection, FollowsTheCommandLineForTwoNamesOnly) {
         {{"program", "--gfxbackend", "xyz", "--gfxbackend", "GDI"}, "GDI"},
         {{"program", "--gfxbackend", "--gfxbackend", "GDI"}, "Cairo"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [arguments, selected] : cases) {
         SetUp();
-        EXPECT_TRUE(selectGraphicsBackendByArguments(c.arguments));
-        EXPECT_EQ(getGraphicsBackendName(), c.selected);
+        EXPECT_TRUE(selectGraphicsBackendByArguments(arguments));
+        EXPECT_EQ(getGraphicsBackendName(), selected);
         EXPECT_NE(getGraphicsFactory(), nullptr);
     }
 }
@@ -97,10 +94,7 @@ TEST_F(BackEndSelection, AFontThatIsHeldOutlivesTheFactory) {
 
 TEST_F(BackEndSelection, TheResolutionAwarenessIsThatOfTheCommandLine) {
     using platform::DpiAwareness;
-    const struct {
-        Arguments arguments;
-        DpiAwareness expected;
-    } cases[] = {
+    const std::pair<Arguments, DpiAwareness> cases[] = {
         {{"--dpiawareness", "monitor"}, DpiAwareness::monitor},
         {{"--gfxbackend", "GDI+", "--dpiawareness", "system"}, DpiAwareness::system},
         {{"--dpiawareness", "other"}, DpiAwareness::none},
@@ -108,10 +102,10 @@ TEST_F(BackEndSelection, TheResolutionAwarenessIsThatOfTheCommandLine) {
         {{"--dpiawareness", "system", "--dpiawareness", "other"}, DpiAwareness::system},
         {{"--gfxbackend", "--dpiawareness", "monitor"}, DpiAwareness::none},
     };
-    for (const auto& c : cases) {
+    for (const auto& [arguments, expected] : cases) {
         platform::setDpiAwareness(DpiAwareness::system);
-        selectGraphicsBackendByArguments(c.arguments);
-        EXPECT_EQ(platform::getDpiAwareness(), c.expected) << c.arguments.back();
+        selectGraphicsBackendByArguments(arguments);
+        EXPECT_EQ(platform::getDpiAwareness(), expected) << arguments.back();
     }
     platform::setDpiAwareness(DpiAwareness::none);
     selectGraphicsBackendByArguments(Arguments{"--gfxbackend", "D2D", "--dpiawareness", "system"});

@@ -267,19 +267,18 @@ TEST_F(CairoDeviceTest, KeepsStretchedPicturesWithinOneBudget) {
 TEST_F(CairoDeviceTest, APartOutsideOfThePictureDrawsNothing) {
     UBitmap picture({4, 4});
     fill(picture, StandardColor::red);
-    struct PartCase {
+    const TransformMatrix mirrored{-1, 0, 0, 1, 20, 0};
+    const struct {
         TransformMatrix matrix;
         CmRect source;
         CmRect destination;
         CmRect drawn;
-    };
-    const TransformMatrix mirrored{-1, 0, 0, 1, 20, 0};
-    const PartCase cases[] = {
+    } cases[] = {
         {{}, {2, 0, 6, 4}, {0, 0, 16, 16}, {0, 0, 8, 16}},
         {{}, {-2, -2, 2, 2}, {0, 0, 4, 4}, {2, 2, 4, 4}},
         {mirrored, {2, 0, 6, 4}, {0, 0, 16, 16}, {12, 0, 20, 16}},
     };
-    for (const PartCase& c : cases) {
+    for (const auto& c : cases) {
         const auto target = drawing({20, 20}, [&](UDrawDevice& device) {
             device.concatTransformMatrix(c.matrix);
             device.drawBitmapAlpha(&picture, c.source, c.destination, 1.0);

@@ -1,5 +1,3 @@
-#include "foundation/Cast.h"
-#include "foundation/text/String.h"
 #include "graphics/GraphicsFactory.h"
 #include "graphics/UFont.h"
 #include "graphics/cairo/CairoFont.h"
@@ -69,11 +67,7 @@ TEST_F(TextTest, ShapingLeavesNothingBehind) {
 
 TEST_F(TextTest, WidthDoesNotDependOnTheStoredWidth) {
     const auto face = font(12);
-    const char* const texts[] = {"plain",
-                                 ("Gr\xC3\xBC\xC3\x9F"
-                                  "e"),
-                                 "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D", "a\nlonger\nb", ""};
-    for (const char* text : texts) {
+    for (const char* text : {"plain", "Gr\u00FC\u00DFe", "\u05E9\u05DC\u05D5\u05DD", "a\nlonger\nb", ""}) {
         const std::u16string wide = ConstString(text).toUtf16();
         EXPECT_EQ(face->measureWidth(ConstString(text)),
                   face->measureWidth(ConstString(std::u16string_view(wide))))

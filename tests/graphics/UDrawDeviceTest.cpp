@@ -275,10 +275,7 @@ TEST_F(UDrawDeviceTest, HandsTextOnWithItsAlignment) {
     device_.setFont(font);
     settle();
     const CmRect rect{10, 20, 110, 40};
-    const struct {
-        int32_t just;
-        int32_t alignment;
-    } cases[] = {
+    const std::pair<int32_t, int32_t> cases[] = {
         {Justify::left, 0},
         {Justify::center, 1},
         {Justify::right, 2},
@@ -286,10 +283,10 @@ TEST_F(UDrawDeviceTest, HandsTextOnWithItsAlignment) {
         {Justify::center | Justify::verticalCenter, 5},
         {Justify::right | Justify::bottom, 10},
     };
-    for (const auto& c : cases) {
-        device_.drawString(ConstString("Gr\xC3\xBC\xC3\x9F"), rect, c.just, 4);
+    for (const auto& [just, alignment] : cases) {
+        device_.drawString(ConstString("Gr\xC3\xBC\xC3\x9F"), rect, just, 4);
         EXPECT_EQ(backEnd_->take(),
-                  "string Gr\xC3\xBC\xC3\x9F 14,20 92x20 FF0000FF " + std::to_string(c.alignment));
+                  "string Gr\xC3\xBC\xC3\x9F 14,20 92x20 FF0000FF " + std::to_string(alignment));
     }
     device_.drawString(ConstString(u"x"), CmPoint{10, 50});
     const FontMetrics& metrics = font.getFace()->getMetrics();

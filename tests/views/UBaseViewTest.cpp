@@ -105,17 +105,13 @@ TEST_F(UBaseViewTest, LetsHooksChangeThePlanAndRefusesWhatDoesNotStand) {
     EXPECT_EQ(base_->getWindowType(), BaseWindowType::panel);
 }
 
-TEST_F(UBaseViewTest, TakesADocumentWithoutAStoredState) {
+TEST_F(UBaseViewTest, TakesADocumentWithoutAStoredStateThatCanBe) {
     base_->setStateName(ConstString("UBaseViewTest"), 1);
-    const Ref<UWindow> window = windowize(BaseWindowType::stored, ShowWindow::no);
-    ASSERT_TRUE(window);
-    EXPECT_EQ(window->getWindowType(), WindowType::document);
+    const Ref<UWindow> hidden = windowize(BaseWindowType::stored, ShowWindow::no);
+    ASSERT_TRUE(hidden);
+    EXPECT_EQ(hidden->getWindowType(), WindowType::document);
     EXPECT_TRUE(base_->hasBaseFlag(UBaseView::baseUsesStoredState));
-    EXPECT_FALSE(window->isOpen());
-}
-
-TEST_F(UBaseViewTest, TakesADocumentForAStoredStateThatCannotBe) {
-    base_->setStateName(ConstString("UBaseViewTest"), 1);
+    EXPECT_FALSE(hidden->isOpen());
     base_->setBaseFlag(UBaseView::baseOffersFullScreen, true);
     FAttributes& stored =
         FGlobalDefaultPool::instance()->getGroup(ConstString("UBaseViewTest"), 1, true)->values();

@@ -17,10 +17,7 @@ TEST_F(UViewGeometry, PlacesSubViewsByTheirAttachFlags) {
     constexpr uint32_t r = viewAttachRight;
     constexpr uint32_t b = viewAttachBottom;
     // The parent grows by 30, 20; the child starts at 10,10,40,30.
-    const struct {
-        uint32_t flags;
-        CmRect grown;
-    } cases[] = {
+    const std::pair<uint32_t, CmRect> cases[] = {
         {0, {10, 10, 40, 30}},
         {l, {10, 10, 40, 30}},
         {t, {10, 10, 40, 30}},
@@ -33,12 +30,12 @@ TEST_F(UViewGeometry, PlacesSubViewsByTheirAttachFlags) {
         {l | r | b, {10, 30, 70, 50}},
         {viewAttachAll, {10, 10, 70, 50}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(attachToText(c.flags));
+    for (const auto& [flags, grown] : cases) {
+        SCOPED_TRACE(attachToText(flags));
         auto parent = view("p");
-        auto child = add(*parent, "c", {10, 10, 40, 30}, c.flags);
+        auto child = add(*parent, "c", {10, 10, 40, 30}, flags);
         parent->setFrame({0, 0, 130, 120}, false);
-        EXPECT_EQ(textOf(child->getFrameRect()), textOf(c.grown));
+        EXPECT_EQ(textOf(child->getFrameRect()), textOf(grown));
         parent->setFrame({0, 0, 100, 100}, false);
         EXPECT_EQ(textOf(child->getFrameRect()), "10,10,40,30") << "shrinking did not undo growing";
     }

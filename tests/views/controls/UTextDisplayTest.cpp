@@ -64,9 +64,11 @@ TEST(UTextDisplay, OffersThePressToTheTarget) {
     shell.value("name").setTarget(nullptr, 0, false);
 }
 
-TEST(UTextDisplay, ShowsItsValueOrElseItsTitle) {
-    HeadlessShell shell{"<text name='name' size='0,0,80,20'/><text name='count' size='0,20,80,20'/>",
-                        "name = \"Main\"\ncount = 12"};
+TEST(UTextDisplay, ShowsItsValueWithItsUnitsOrElseItsTitle) {
+    HeadlessShell shell{"<text name='name' size='0,0,80,20'/><text name='count' size='0,20,80,20'/>"
+                        "<text name='level' units='dB' size='0,40,80,20'/>"
+                        "<text name='none' units='dB' size='0,60,80,20'/>",
+                        "name = \"Main\"\ncount = 12\nlevel = 12\nnone = \"\""};
     const auto shown = [&](int32_t index) {
         String text;
         shell.view<UTextDisplay>(index).getShownText(text);
@@ -79,17 +81,8 @@ TEST(UTextDisplay, ShowsItsValueOrElseItsTitle) {
     shell.view<UControl>(1).setTitle(ConstString("Count"));
     shell.view<UControl>(1).setValue(nullptr);
     EXPECT_EQ(shown(1), "Count");
-}
-
-TEST(UTextDisplay, AddsUnitsToWhatThereIs) {
-    HeadlessShell shell{"<text name='level' units='dB' size='0,0,80,20'/>"
-                        "<text name='name' units='dB' size='0,20,80,20'/>",
-                        "level = 12\nname = \"\""};
-    String text;
-    shell.view<UTextDisplay>(0).getShownText(text);
-    EXPECT_EQ(text.toUtf8(), "12 dB");
-    shell.view<UTextDisplay>(1).getShownText(text);
-    EXPECT_EQ(text.toUtf8(), "");
+    EXPECT_EQ(shown(2), "12 dB");
+    EXPECT_EQ(shown(3), "") << "units are added to what there is";
 }
 
 /// Whether some pixel of the view has exactly that colour.
@@ -102,11 +95,10 @@ TEST(UTextDisplay, HintsAtWhatIsMissingOnlyWhileItIs) {
     HeadlessShell shell{"<text name='name' placeholder='IIII' size='0,0,80,20'/>"
                         "<text name='name' size='0,20,80,20'/>",
                         "name = \"\""};
-    const auto pictures = [&] { return shell.screenshot(shell.view(0)) == shell.screenshot(shell.view(1)); };
-    EXPECT_FALSE(pictures());
+    EXPECT_FALSE(shell.screenshot(shell.view(0)) == shell.screenshot(shell.view(1)));
     shell.controller().setValue("name", "x");
     shell.settle();
-    EXPECT_TRUE(pictures());
+    EXPECT_TRUE(shell.screenshot(shell.view(0)) == shell.screenshot(shell.view(1)));
 }
 
 TEST(UTextDisplay, TakesItsGroundFromAColourThatChanges) {

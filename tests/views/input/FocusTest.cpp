@@ -17,21 +17,18 @@ using testing::HeadlessShell;
 using testing::ProbeView;
 
 TEST(FocusDirection, ComesFromTabAndArrowsOnly) {
-    const struct {
-        const char* key;
-        FocusDirection direction;
-    } cases[] = {
+    const std::pair<const char*, FocusDirection> cases[] = {
         {"Tab", FocusDirection::forward},     {"Shift+Tab", FocusDirection::back},
         {"Ctrl+Tab", FocusDirection::none},   {"Ctrl+Shift+Tab", FocusDirection::none},
         {"Left Arrow", FocusDirection::left}, {"Right Arrow", FocusDirection::right},
         {"Up Arrow", FocusDirection::up},     {"Down Arrow", FocusDirection::down},
         {"Return", FocusDirection::none},     {"A", FocusDirection::none},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.key);
+    for (const auto& [text, direction] : cases) {
+        SCOPED_TRACE(text);
         UKeyCode key;
-        ASSERT_TRUE(UKeyCode::fromText(c.key, key));
-        EXPECT_EQ(focusDirectionOf(key), c.direction);
+        ASSERT_TRUE(UKeyCode::fromText(text, key));
+        EXPECT_EQ(focusDirectionOf(key), direction);
     }
 }
 
