@@ -13,6 +13,7 @@
 #include "platform/headless/HeadlessDesktop.h"
 #include "schemes/GlobalSchemes.h"
 #include "skin/UIDescription.h"
+#include "support/EnvironmentScope.h"
 #include "support/FailingAllocation.h"
 #include "support/TestPaths.h"
 #include "views/controls/KnobMode.h"
@@ -180,7 +181,7 @@ TEST_F(HostEntryTest, StartsAfreshWhenThereWasNoMemoryForTheApplication) {
 
 TEST_F(HostEntryTest, FailsWhenThePlatformRefusesAndDropsTheHooks) {
     platform::stop();
-    setenv("DISPLAY", ":4711", 1);
+    const testing::EnvironmentScope display("DISPLAY", ":4711");
     const StartupHook early{"early", 0, &note<'0'>};
     EXPECT_EQ(GetHostClasses(), nullptr);
     EXPECT_EQ(take(), Log{});
@@ -189,12 +190,11 @@ TEST_F(HostEntryTest, FailsWhenThePlatformRefusesAndDropsTheHooks) {
     EXPECT_TRUE(UApplication::instance()->isQuitting());
     EXPECT_NE(GetHostClasses(), nullptr) << "not tried again";
     TerminateModule();
-    unsetenv("DISPLAY");
 }
 
 TEST_F(HostEntryTest, WithoutADisplayAHostHasObjectsButNoWindows) {
     platform::stop();
-    unsetenv("DISPLAY");
+    const testing::EnvironmentScope display("DISPLAY", nullptr);
     EXPECT_NE(GetHostClasses(), nullptr);
     ASSERT_NE(platform::desktop(), nullptr);
     EXPECT_EQ(platform::desktop()->getName(), "headless");

@@ -2,6 +2,7 @@
 
 #include "foundation/text/TranslationTable.h"
 #include "foundation/time/NumberIn32Bits.h"
+#include "support/EnvironmentScope.h"
 
 #include <qorl/Ref.h>
 
@@ -53,11 +54,9 @@ TEST(CmTime, TakesTheZoneOfTheComputer) {
                 {"IST-5:30", "-19800 no"},
                 // Daylight was last saved here in 1945.
                 {"Asia/Kolkata", "-19800 no"}};
-    const char* set = std::getenv("TZ");
-    const std::string before = set ? set : "";
     for (const Row& row : rows) {
         SCOPED_TRACE(row.zone);
-        setenv("TZ", row.zone, 1);
+        const testing::EnvironmentScope zone("TZ", row.zone);
         EXPECT_EXIT(
             {
                 // Not by `std::time`, which is some milliseconds behind where a second begins.
@@ -82,7 +81,6 @@ TEST(CmTime, TakesTheZoneOfTheComputer) {
             },
             ::testing::ExitedWithCode(42), std::string("^") + row.seen + "$");
     }
-    set ? setenv("TZ", before.c_str(), 1) : unsetenv("TZ");
 }
 
 TEST(CmTime, CountsSecondsOfUniversalTimeSince1901) {

@@ -3,37 +3,18 @@
 #include "platform/DynamicLibrary.h"
 #include "platform/Folders.h"
 #include "platform/Platform.h"
+#include "support/EnvironmentScope.h"
+#include "support/TestPaths.h"
 
-#include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <set>
-#include <unistd.h>
 
 namespace qorl::platform {
 namespace {
 
-/// Sets an entry of the environment for one scope; null takes it away.
-class EnvironmentScope {
-public:
-    EnvironmentScope(const char* name, const char* value)
-        : name_(name), had_(getEnvironment(name, earlier_)) {
-        set(value);
-    }
-    ~EnvironmentScope() { set(had_ ? earlier_.c_str() : nullptr); }
-
-private:
-    void set(const char* value) {
-        if (value)
-            setenv(name_, value, 1);
-        else
-            unsetenv(name_);
-    }
-
-    const char* name_;
-    std::string earlier_;
-    bool had_;
-};
+using qorl::testing::EnvironmentScope;
+using qorl::testing::TemporaryFolder;
 
 TEST(Folders, FollowTheEnvironmentIfItIsAbsolute) {
     const EnvironmentScope home("HOME", "/home/someone/");
@@ -61,15 +42,14 @@ TEST(Folders, FollowTheEnvironmentIfItIsAbsolute) {
 
 TEST(Folders, KeepTemporaryFilesFromOtherUsers) {
     const EnvironmentScope plain("TMPDIR", "/var/tmp");
-    std::string pattern = "/tmp/qorl-runtime-XXXXXX";
-    const std::string own = mkdtemp(pattern.data());
+    const TemporaryFolder folder;
+    const std::string own = folder.path().string();
     const std::pair<std::string, std::string> cases[] = {
         {own, own}, {own + "/", own}, {own + "/missing", "/var/tmp"}, {"tmp", "/var/tmp"}, {"", "/var/tmp"}};
     for (const auto& [value, expected] : cases) {
         const EnvironmentScope runtime("XDG_RUNTIME_DIR", value.c_str());
         EXPECT_EQ(getSystemFolder(SystemFolder::temporary), expected) << value;
     }
-    rmdir(own.c_str());
 }
 
 TEST(Folders, LookForSharedDataWhereTheLibraryLiesFirst) {
@@ -89,9 +69,8 @@ TEST(Folders, LookForSharedDataWhereTheLibraryLiesFirst) {
 }
 
 TEST(Folders, ReadTheUsersListOfFolders) {
-    std::string pattern = "/tmp/qorl-folders-XXXXXX";
-    const std::string folder = mkdtemp(pattern.data());
-    const EnvironmentScope config("XDG_CONFIG_HOME", folder.c_str());
+    const TemporaryFolder folder;
+    const EnvironmentScope config("XDG_CONFIG_HOME", folder.path().c_str());
     const EnvironmentScope home("HOME", "/home/someone");
     EXPECT_EQ(getSystemFolder(SystemFolder::documents), "/home/someone/Documents");
     const std::pair<const char*, const char*> cases[] = {
@@ -101,11 +80,9 @@ TEST(Folders, ReadTheUsersListOfFolders) {
         {"XDG_DOCUMENTS_DIR=\"relative\"\n", "/home/someone/Documents"},
     };
     for (const auto& [text, expected] : cases) {
-        std::ofstream(folder + "/user-dirs.dirs") << text;
+        std::ofstream(folder / "user-dirs.dirs") << text;
         EXPECT_EQ(getSystemFolder(SystemFolder::documents), expected) << text;
     }
-    unlink((folder + "/user-dirs.dirs").c_str());
-    rmdir(folder.c_str());
 }
 
 TEST(System, LocaleIsTheFirstNameThatIsSet) {
@@ -158,10 +135,10 @@ TEST(System, DebugLinesGoWhereTheyAreSent) {
         [](std::string_view line, void* argument) { *static_cast<std::string*>(argument) += line; }, &lines);
     debugOutput("one");
     setDebugOutput(nullptr, nullptr);
-    testing::internal::CaptureStderr();
+    ::testing::internal::CaptureStderr();
     debugOutput("two");
     debugOutput("three\n");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "two\nthree\n");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "two\nthree\n");
     EXPECT_EQ(lines, "one");
 }
 

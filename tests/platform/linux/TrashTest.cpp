@@ -1,9 +1,9 @@
 #include "platform/Trash.h"
 
 #include "platform/System.h"
+#include "support/EnvironmentScope.h"
 #include "support/TestPaths.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -19,19 +19,6 @@ namespace fs = std::filesystem;
 
 class TrashTest : public ::testing::Test {
 protected:
-    TrashTest() {
-        std::string before;
-        if (getEnvironment("XDG_DATA_HOME", before))
-            earlier_ = before;
-        setenv("XDG_DATA_HOME", (home / "data").c_str(), 1);
-    }
-    ~TrashTest() override {
-        if (earlier_.empty())
-            unsetenv("XDG_DATA_HOME");
-        else
-            setenv("XDG_DATA_HOME", earlier_.c_str(), 1);
-    }
-
     static void write(const fs::path& path, const std::string& text) {
         fs::create_directories(path.parent_path());
         std::ofstream(path) << text;
@@ -52,16 +39,16 @@ protected:
         return (fs::canonical(home.path()) / name).string();
     }
 
+    FileError trash(const std::string& name) const { return moveToTrash((home / name).string()); }
+
     qorl::testing::TemporaryFolder home;
     fs::path bin = home / "data/Trash";
-
-private:
-    std::string earlier_;
+    qorl::testing::EnvironmentScope environment{"XDG_DATA_HOME", (home / "data").c_str()};
 };
 
 TEST_F(TrashTest, PutsFilesIntoTheBinOfTheUserWithTheWayBack) {
     write(home / "a b\xC3\xA4%.txt", "one");
-    ASSERT_FALSE(moveToTrash((home / "a b\xC3\xA4%.txt").string()));
+    ASSERT_FALSE(trash("a b\xC3\xA4%.txt"));
     EXPECT_EQ(read(bin / "files/a b\xC3\xA4%.txt"), "one");
     const std::string info = read(bin / "info/a b\xC3\xA4%.txt.trashinfo");
     const std::string start = "[Trash Info]\nPath=" + canonical("a%20b%C3%A4%25.txt") + "\nDeletionDate=";
@@ -79,18 +66,18 @@ TEST_F(TrashTest, PutsFilesIntoTheBinOfTheUserWithTheWayBack) {
 TEST_F(TrashTest, KeepsWhatLiesInTheBinAlready) {
     for (const char* text : {"one", "two", "three"}) {
         write(home / "song.wav", text);
-        ASSERT_FALSE(moveToTrash((home / "song.wav").string()));
+        ASSERT_FALSE(trash("song.wav"));
     }
     write(bin / "files/left.txt", "without a description");
     write(home / "left.txt", "new");
-    ASSERT_FALSE(moveToTrash((home / "left.txt").string()));
+    ASSERT_FALSE(trash("left.txt"));
     EXPECT_EQ(list(bin / "files"), "left.2.txt left.txt song.2.wav song.3.wav song.wav ");
     EXPECT_EQ(list(bin / "info"),
               "left.2.txt.trashinfo song.2.wav.trashinfo song.3.wav.trashinfo song.wav.trashinfo ");
     EXPECT_EQ(read(bin / "files/song.2.wav"), "two");
     const std::string longName(250, 'n');
     write(home / longName, "long");
-    ASSERT_FALSE(moveToTrash((home / longName).string()));
+    ASSERT_FALSE(trash(longName));
     EXPECT_EQ(read(bin / "files" / longName.substr(0, 230)), "long");
     EXPECT_NE(read(bin / "info" / (longName.substr(0, 230) + ".trashinfo")).find(longName + '\n'),
               std::string::npos);
@@ -107,19 +94,19 @@ TEST_F(TrashTest, TakesFoldersWholeAndLinksAlone) {
     write(home / "tree/sub/file", "x");
     write(home / "kept/file", "kept");
     fs::create_directory_symlink(home / "kept", home / "link");
-    ASSERT_FALSE(moveToTrash((home / "tree/").string()));
+    ASSERT_FALSE(trash("tree/"));
     fs::create_directory_symlink(home.path(), home / "above");
     for (const char* link : {"link", "above"})
-        ASSERT_FALSE(moveToTrash((home / link).string())) << link;
+        ASSERT_FALSE(trash(link)) << link;
     EXPECT_EQ(read(bin / "files/tree/sub/file"), "x");
     EXPECT_TRUE(fs::is_symlink(bin / "files/link"));
     EXPECT_EQ(read(home / "kept/file"), "kept");
 }
 
 TEST_F(TrashTest, LeavesWhatCannotGoThereWithoutATrace) {
-    EXPECT_TRUE(moveToTrash((home / "none").string()).isNotFound());
+    EXPECT_TRUE(trash("none").isNotFound());
     write(home / "file", "x");
-    ASSERT_FALSE(moveToTrash((home / "file").string()));
+    ASSERT_FALSE(trash("file"));
     for (const fs::path& inside : {bin, bin / "files/file", home / "data", home.path()})
         EXPECT_EQ(moveToTrash(inside.string()).code, EINVAL) << inside;
     EXPECT_EQ(list(bin / "info"), "file.trashinfo ");

@@ -4,10 +4,10 @@
 #include "platform/Platform.h"
 #include "platform/PollSource.h"
 #include "platform/x11/X11Window.h"
+#include "support/EnvironmentScope.h"
 #include "support/WindowRecorder.h"
 #include "support/XServer.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
@@ -236,7 +236,7 @@ const TypedKeys typedKeys[] = {
 };
 
 TEST(X11Desktop, TypesWhatTheLayoutSaysAlsoWhenThatChanges) {
-    setenv("LC_ALL", "en_US.UTF-8", 1);
+    const testing::EnvironmentScope locale("LC_ALL", "en_US.UTF-8");
     X11Scene scene(XServer::Manager::none);
     WindowRecorder client;
     auto window = scene.open({100, 50, 300, 150}, client);
@@ -559,7 +559,7 @@ TEST_F(X11WindowTest, SurvivesTheServersEnd) {
 TEST(X11Desktop, StartsAgainAfterItsEnd) {
     const XServer server(XServer::Manager::none);
     ASSERT_TRUE(server.isRunning()) << server.getError();
-    setenv("DISPLAY", server.getDisplay().c_str(), 1);
+    const testing::EnvironmentScope display("DISPLAY", server.getDisplay().c_str());
     for (int i = 0; i < 3; ++i) {
         std::string error;
         ASSERT_TRUE(start(Backend::automatic, error)) << error;
@@ -568,7 +568,6 @@ TEST(X11Desktop, StartsAgainAfterItsEnd) {
         stop();
         EXPECT_EQ(desktop(), nullptr);
     }
-    unsetenv("DISPLAY");
 }
 
 } // namespace
