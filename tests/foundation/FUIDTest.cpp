@@ -7,6 +7,7 @@
 #include "persistence/streams/FMemoryStream.h"
 #include "support/DebugOutput.h"
 #include "support/FailingAllocation.h"
+#include "support/StoredBytes.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -132,20 +133,14 @@ TEST(CmUID, CutsItsBitsIntoGroupsOfFive) {
 }
 
 TEST(CmUID, ItsTwoStoredFormsDifferInTheOrderOfTheFirstBytes) {
-    const Ref<FMemoryStream> stream = make<FMemoryStream>();
     CmUID original(sample);
-    {
-        FCompactArchive archive(*stream, FObjectArchive::Direction::storing);
-        ASSERT_TRUE(original.writeTo(&archive));
-    }
-    stream->seek(0, FStream::fromStart);
+    const std::string bytes = testing::written(original);
+    FMemoryStream stream(bytes);
     String text;
-    ASSERT_TRUE(text.readFrom(*stream));
+    ASSERT_TRUE(text.readFrom(stream));
     EXPECT_EQ(text.toUtf8(), "33221100554477668899AABBCCDDEEFF");
-    stream->seek(0, FStream::fromStart);
-    FCompactArchive archive(*stream, FObjectArchive::Direction::reading);
     CmUID back;
-    ASSERT_TRUE(back.readFrom(&archive));
+    ASSERT_TRUE(testing::read(back, bytes));
     EXPECT_EQ(back.uid(), sample);
 
     FAttributes attributes;

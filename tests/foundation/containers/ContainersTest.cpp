@@ -24,6 +24,13 @@ Numbers sorted(Numbers numbers) {
     return numbers;
 }
 
+Numbers walkedBackwards(CmIterator& it) {
+    Numbers numbers;
+    for (it.last(); !it.done();)
+        numbers.push_back(Number::of(it.previous()));
+    return numbers;
+}
+
 template <typename Container>
 class Containers : public ::testing::Test {
 protected:
@@ -104,11 +111,7 @@ TYPED_TEST(Containers, WalkTheSameBackwardsAndByIndex) {
     const Numbers forwards = numbersOf(c);
     EXPECT_EQ(forwards.size(), 41u);
     const std::unique_ptr<CmIterator> it(c.newIterator());
-    Numbers backwards;
-    for (it->last(); !it->done();)
-        backwards.push_back(Number::of(it->previous()));
-    std::reverse(backwards.begin(), backwards.end());
-    EXPECT_EQ(backwards, forwards);
+    EXPECT_EQ(walkedBackwards(*it), Numbers(forwards.rbegin(), forwards.rend()));
     EXPECT_EQ(it->next(), nullptr) << "before the first";
     EXPECT_EQ(it->current(), nullptr);
     for (size_t i = 0; i < forwards.size(); ++i)
@@ -210,10 +213,7 @@ TYPED_TEST(Containers, TakeNewElementsUnderAnIterator) {
                                    : &step == &steps[1] ? this->container.at(59)
                                                         : place;
         EXPECT_EQ(it->current(), expected);
-        Numbers backwards;
-        for (it->last(); !it->done();)
-            backwards.push_back(Number::of(it->previous()));
-        EXPECT_EQ(backwards, Numbers(all.rbegin(), all.rend()));
+        EXPECT_EQ(walkedBackwards(*it), Numbers(all.rbegin(), all.rend()));
         for (const auto& element : late)
             ASSERT_TRUE(this->container.remove(element.get()));
     }

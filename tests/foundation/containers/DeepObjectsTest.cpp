@@ -23,15 +23,15 @@ Ref<CmObject> inContainer(Ref<CmObject> below) {
     return above;
 }
 
-Ref<CmObject> inPair(const Ref<CmObject>& below) {
+Ref<CmObject> inPair(Ref<CmObject> below) {
     return make<CmAssociation>(nullptr, below.get());
 }
 
-Ref<CmObject> asKey(const Ref<CmObject>& below) {
+Ref<CmObject> asKey(Ref<CmObject> below) {
     return make<CmAssociation>(below.get(), nullptr);
 }
 
-Ref<CmObject> inVariant(const Ref<CmObject>& below) {
+Ref<CmObject> inVariant(Ref<CmObject> below) {
     const auto above = make<CmVariant>();
     above->setObject(below.get());
     return above;
@@ -41,14 +41,14 @@ using Wrapper = Ref<CmObject> (*)(Ref<CmObject>);
 
 TEST(DeepObjects, GoWithoutTakingStackForEach) {
     const Wrapper wrappers[] = {
-        [](Ref<CmObject> below) { return inContainer<CmArray>(std::move(below)); },
-        [](Ref<CmObject> below) { return inContainer<CmLinkedList>(std::move(below)); },
-        [](Ref<CmObject> below) { return inContainer<CmDLinkedList>(std::move(below)); },
-        [](Ref<CmObject> below) { return inContainer<CmBTree>(std::move(below)); },
-        [](Ref<CmObject> below) { return inContainer<CmHashTable>(std::move(below)); },
-        [](Ref<CmObject> below) { return inContainer<CmDictionary>(inPair(below)); },
-        [](Ref<CmObject> below) { return asKey(below); },
-        [](Ref<CmObject> below) { return inVariant(below); },
+        inContainer<CmArray>,
+        inContainer<CmLinkedList>,
+        inContainer<CmDLinkedList>,
+        inContainer<CmBTree>,
+        inContainer<CmHashTable>,
+        [](Ref<CmObject> below) { return inContainer<CmDictionary>(inPair(std::move(below))); },
+        asKey,
+        inVariant,
     };
     for (const Wrapper& wrapper : wrappers) {
         SCOPED_TRACE(&wrapper - wrappers);

@@ -1,6 +1,6 @@
 #include "foundation/messages/FMessage.h"
 
-#include "persistence/archive/FObjectArchive.h"
+#include "persistence/archive/FCompactArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "support/FailingAllocation.h"
@@ -98,21 +98,6 @@ TEST(FMessage, TellsOtherModulesOfMissingMemory) {
     });
 }
 
-class StreamOnly : public FObjectArchive {
-public:
-    StreamOnly(FStream& stream, Direction direction) : FObjectArchive(stream, direction) {}
-    static StreamOnly reader(FStream& stream) { return {stream, Direction::reading}; }
-    static StreamOnly writer(FStream& stream) { return {stream, Direction::storing}; }
-    CmObject* readObject(const char*) override { return nullptr; }
-    bool writeObject(CmObject*) override { return false; }
-    bool writeObject(CmObject*, bool) override { return false; }
-    CmObject* readObject(const char*, bool) override { return nullptr; }
-    int32_t getStoredVersion(const char*) override { return 0; }
-    bool raiseStoredVersion(const ClassRecord*) override { return false; }
-    bool writeClass(const ClassRecord*) override { return false; }
-    const ClassRecord* readClass() override { return nullptr; }
-};
-
 TEST(FMessage, IsItsNameAndTheBodyOfItsAttributesInAStream) {
     FMessage message("Moved");
     message.setInt("x", 7);
@@ -132,13 +117,13 @@ TEST(FMessage, IsItsNameAndTheBodyOfItsAttributesInAStream) {
         SCOPED_TRACE(byteOrder);
         FMemoryStream written;
         written.setByteOrder(byteOrder);
-        StreamOnly writer = StreamOnly::writer(written);
+        FCompactArchive writer(written, FObjectArchive::Direction::storing);
         EXPECT_TRUE(message.writeTo(&writer));
         EXPECT_EQ(written.bytes(), bytes);
         for (size_t length = 0; length <= bytes.size(); ++length) {
             FMemoryStream stream{std::string_view(bytes).substr(0, length)};
             stream.setByteOrder(byteOrder);
-            StreamOnly reader = StreamOnly::reader(stream);
+            FCompactArchive reader(stream, FObjectArchive::Direction::reading);
             FMessage read("Old");
             read.setInt("forgotten", 1);
             ASSERT_EQ(read.readFrom(&reader), length == bytes.size()) << "cut behind " << length << " bytes";
