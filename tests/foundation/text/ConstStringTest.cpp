@@ -137,11 +137,7 @@ TEST(ConstString, OrdersNumbersInNamesAsPeopleDo) {
         {"same 7", "same 7", all, true, 0},
         {"", "", all, true, 0},
         {"", "0", all, true, -1},
-        {"\xC3\x84"
-         "1",
-         "\xC3\xA4"
-         "1",
-         all, true, 0},
+        {"\u00C41", "\u00E41", all, true, 0},
         {"\xC3\xB6", "\xC3\xA4", all, false, 0xF6 - 0xE4},
     };
     for (const auto& c : cases) {
@@ -206,9 +202,7 @@ TEST(ConstString, FindsForwardAndBackward) {
 
 TEST(ConstString, CountsPlacesInStoredCharacters) {
     // Bytes: u-umlaut 1 and 2, b 3, clef 4 to 7, u-umlaut 8 and 9, B 10.
-    const ConstString bytes("a\xC3\xBC"
-                            "b\xF0\x9D\x84\x9E\xC3\xBC"
-                            "B");
+    const ConstString bytes("a\u00FCb\U0001D11E\u00FCB");
     const struct {
         const char16_t* wanted;
         int32_t start;
@@ -314,10 +308,7 @@ TEST(ConstString, CopiesParts) {
     EXPECT_EQ(ConstString(u"a\u00E4b").extract8(narrow, 1, 2), 2);
     EXPECT_STREQ(narrow, "\xC3\xA4");
     char16_t wide[8];
-    EXPECT_EQ(ConstString("a\xC3\xA4"
-                          "b")
-                  .extract16(wide, 1),
-              2);
+    EXPECT_EQ(ConstString("a\u00E4b").extract16(wide, 1), 2);
     EXPECT_EQ(std::u16string(wide), u"\u00E4b");
     EXPECT_EQ(ConstString("abc").extract16(wide, 5), 0);
     EXPECT_EQ(wide[0], u'\0');

@@ -56,15 +56,13 @@ TEST(String, StartsWideAndNeverGivesNull) {
 }
 
 TEST(String, ConvertsInPlaceWhenAskedForTheOtherWidth) {
-    const String text("gr\xC3\xB6\xC3\x9F"
-                      "e \xF0\x9D\x84\x9E");
+    const String text("gr\u00F6\u00DFe \U0001D11E");
     EXPECT_EQ(text.size(), 12);
     EXPECT_EQ(std::u16string(text.text16()), u"gr\u00F6\u00DFe \U0001D11E");
     EXPECT_TRUE(text.isWide());
     EXPECT_EQ(text.size(), 8);
     EXPECT_EQ(text.char16At(8), u'\0');
-    EXPECT_STREQ(text.text8(), "gr\xC3\xB6\xC3\x9F"
-                               "e \xF0\x9D\x84\x9E");
+    EXPECT_STREQ(text.text8(), "gr\u00F6\u00DFe \U0001D11E");
     EXPECT_FALSE(text.isWide());
 }
 
@@ -87,8 +85,7 @@ TEST(String, RefusesBytesThatAreNoText) {
     const char16_t lone[] = {u'a', 0xD800, u'b', 0xDC00};
     String broken(lone, 4);
     EXPECT_TRUE(broken.toNarrow());
-    EXPECT_STREQ(broken.text8(), "a\xEF\xBF\xBD"
-                                 "b\xEF\xBF\xBD");
+    EXPECT_STREQ(broken.text8(), "a\uFFFDb\uFFFD");
 }
 
 TEST(String, ReadsAndWritesCodePages) {
@@ -316,9 +313,7 @@ TEST(String, ReplacesEachOccurrenceOnce) {
         {"abc", "", "x", true, false, 0, "abc"},
         {"", "a", "x", true, false, 0, ""},
         {"abc", "abcd", "x", true, false, 0, "abc"},
-        {"\xC3\x84"
-         "b",
-         "\xC3\xA4", "ae", true, true, 1, "aeb"},
+        {"\u00C4b", "\xC3\xA4", "ae", true, true, 1, "aeb"},
         // The Kelvin sign is three bytes long, its lower case one.
         {"5 \xE2\x84\xAA!", "k", "Kelvin", true, true, 1, "5 Kelvin!"},
     };
@@ -335,8 +330,7 @@ TEST(String, ReplacesEachOccurrenceOnce) {
     String text("abc");
     EXPECT_EQ(text.replaceAll8(nullptr, "x"), 0);
     EXPECT_EQ(text.replaceAll16(u"b", u"\u00E4"), 1);
-    EXPECT_EQ(shown(text), "a\xC3\xA4"
-                           "c narrow");
+    EXPECT_EQ(shown(text), "a\u00E4c narrow");
 }
 
 TEST(String, ChangesCaseInItsWidth) {
