@@ -442,14 +442,13 @@ TEST(StandardMenus, CarryEachTagOnceInOrder) {
     int32_t expected = firstFileTag;
     std::string separators;
     std::set<std::string> names;
-    for (const StandardMenu& menu : standardMenus()) {
+    for (const StandardMenu& menu : standardMenus())
         for (const StandardMenuItem& item : menu.items) {
             EXPECT_EQ(item.tag, expected++);
             EXPECT_TRUE(names.insert(item.name).second) << item.name;
             if (item.separatorBehind)
                 separators += std::to_string(item.tag) + " ";
         }
-    }
     EXPECT_EQ(expected, lastEditTag + 1);
     EXPECT_EQ(separators, "3 7 10 14 ");
 }

@@ -14,15 +14,13 @@ using Pixels = std::bitset<edge * edge>;
 
 Pixels toPixels(const Region& region) {
     Pixels pixels;
-    for (const CmRect& rect : region.getRects()) {
-        for (int32_t y = rect.top; y < rect.bottom; ++y) {
+    for (const CmRect& rect : region.getRects())
+        for (int32_t y = rect.top; y < rect.bottom; ++y)
             for (int32_t x = rect.left; x < rect.right; ++x) {
                 const auto place = static_cast<size_t>(y * edge + x);
                 EXPECT_FALSE(pixels[place]) << "rects overlap at " << x << "," << y;
                 pixels.set(place);
             }
-        }
-    }
     return pixels;
 }
 

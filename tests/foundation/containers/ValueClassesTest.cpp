@@ -374,7 +374,7 @@ TEST(CmVariant, OwnsWhatItRestores) {
 
 TEST(CmVariant, RestoresATextWholeOrEndsTheLoad) {
     // In either width, whatever the one that it was stored in.
-    for (const ConstString& stored : {ConstString("text"), ConstString(u"t\u00E4xt"), ConstString("")}) {
+    for (const ConstString& stored : {ConstString("text"), ConstString(u"t\u00E4xt"), ConstString("")})
         for (const uint16_t kind : {CmVariant::text8, CmVariant::text16}) {
             const auto attributes = make<FAttributes>();
             attributes->setInteger("type", kind);
@@ -388,7 +388,6 @@ TEST(CmVariant, RestoresATextWholeOrEndsTheLoad) {
                 EXPECT_TRUE(!isRestored || restored.getText() == String(stored));
             });
         }
-    }
     const auto attributes = make<FAttributes>();
     attributes->setInteger("type", CmVariant::text16);
     attributes->setString("str", "\xff");

@@ -89,7 +89,7 @@ TEST(ConstString, ComparesAcrossWidths) {
 
 template <typename Char>
 void compareAtEveryPlace(Char larger) {
-    for (size_t length = 1; length < 24; ++length) {
+    for (size_t length = 1; length < 24; ++length)
         for (size_t place = 0; place < length; ++place) {
             SCOPED_TRACE(::testing::Message() << place << " of " << length);
             const std::basic_string<Char> text(length, static_cast<Char>(larger - 1));
@@ -109,7 +109,6 @@ void compareAtEveryPlace(Char larger) {
                           ConstString{std::basic_string_view<Char>(longer)}),
                       0);
         }
-    }
 }
 
 TEST(ConstString, ComparesAtEveryPlaceOfLongTexts) {
@@ -245,7 +244,7 @@ TEST(ConstString, CountsPlacesInStoredCharacters) {
 }
 
 TEST(ConstString, FindsAtEveryPlaceOfLongTexts) {
-    for (int32_t length = 1; length < 40; ++length) {
+    for (int32_t length = 1; length < 40; ++length)
         for (int32_t place = 0; place < length; ++place) {
             std::u16string text(static_cast<size_t>(length), u'a');
             text[static_cast<size_t>(place)] = u'\u0161'; // its low byte is that of "a"
@@ -254,7 +253,6 @@ TEST(ConstString, FindsAtEveryPlaceOfLongTexts) {
             ASSERT_EQ(whole.find(u"\u0161a"), place + 1 < length ? place : none) << "of " << length;
             ASSERT_EQ(whole.find(u"a", place), place + 1 < length ? place + 1 : none) << "of " << length;
         }
-    }
 }
 
 TEST(ConstString, ComparesItsEnds) {
@@ -337,7 +335,7 @@ uint32_t foldedHash(std::basic_string_view<Char> text, uint32_t size) {
 }
 
 TEST(ConstString, HashesLongTextsOfAnyCharacters) {
-    for (const char extreme : {'\x7F', '\xFF', '\x80', 'a'}) {
+    for (const char extreme : {'\x7F', '\xFF', '\x80', 'a'})
         for (size_t length = 1; length < 40; ++length) {
             const std::string narrow(length, extreme);
             const std::u16string wide(length, static_cast<char16_t>(0xFF00 | static_cast<uint8_t>(extreme)));
@@ -348,7 +346,6 @@ TEST(ConstString, HashesLongTextsOfAnyCharacters) {
                     << length << " in " << size;
             }
         }
-    }
 }
 
 } // namespace

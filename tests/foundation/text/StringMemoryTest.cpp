@@ -107,7 +107,7 @@ const Operation operations[] = {
 };
 
 TEST(String, TellsThatMemoryRanOutAndStaysAsItWas) {
-    for (const auto& operation : operations) {
+    for (const auto& operation : operations)
         for (const bool wide : {false, true}) {
             SCOPED_TRACE(::testing::Message() << operation.name << (wide ? ", wide" : ", narrow"));
             failEachAllocation([&](FailingAllocation& memory) {
@@ -123,7 +123,6 @@ TEST(String, TellsThatMemoryRanOutAndStaysAsItWas) {
                 }
             });
         }
-    }
 }
 
 TEST(String, GivesAnEmptyTextWhenThereIsNoMemoryForTheOtherWidth) {

@@ -34,7 +34,7 @@ TEST(StringNumbers, ReadsWholeNumbers) {
         {"-9223372036854775808", 0, false, true, least},
         {"-99999999999999999999999", 0, false, true, least},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         for (const bool wide : {false, true}) {
             SCOPED_TRACE(::testing::Message()
                          << '"' << c.text << "\" from " << c.start << (wide ? " wide" : ""));
@@ -42,7 +42,6 @@ TEST(StringNumbers, ReadsWholeNumbers) {
             EXPECT_EQ(inWidth(c.text, wide).toInt64(number, c.start, c.scan), c.isRead);
             EXPECT_EQ(number, c.isRead ? c.expected : 99);
         }
-    }
 }
 
 TEST(StringNumbers, LimitsNumbersToTheirType) {
@@ -106,14 +105,13 @@ TEST(StringNumbers, ReadsRealNumbers) {
         {"0.1e500000000000000000000", false, true, HUGE_VAL},
         {"", true, false, 0},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         for (const bool wide : {false, true}) {
             SCOPED_TRACE(::testing::Message() << c.text << (wide ? " wide" : ""));
             double number = 99;
             EXPECT_EQ(inWidth(c.text, wide).toDouble(number, 0, c.scan), c.isRead);
             EXPECT_EQ(number, c.isRead ? c.expected : 99);
         }
-    }
 }
 
 TEST(StringNumbers, ReadsBehindAHundredThousandBlanks) {
@@ -267,7 +265,7 @@ TEST(StringNumbers, GivesNamesTheNextNumber) {
         {"Take\u00E49", 1, u'\u2013', 0, false, "Take\u00E4\u201310"},
         {"9", 1, u'\u00E4', 0, false, "10"},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         for (const bool wide : {false, true}) {
             SCOPED_TRACE(::testing::Message() << '"' << c.text << '"' << (wide ? " wide" : ""));
             String text = inWidth(c.text, wide);
@@ -276,7 +274,6 @@ TEST(StringNumbers, GivesNamesTheNextNumber) {
             EXPECT_EQ(text.toUtf8(), c.expected ? c.expected : c.text);
             EXPECT_EQ(text.isWide(), wide);
         }
-    }
 }
 
 } // namespace

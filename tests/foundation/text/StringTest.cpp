@@ -214,7 +214,7 @@ TEST(String, InsertsReplacesAndRemovesAtTheEdges) {
         {"remove the middle", [](String& s) { s.remove(1, 3); }, "ae"},
         {"remove all", [](String& s) { s.remove(0); }, ""},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         for (const bool wide : {false, true}) {
             SCOPED_TRACE(::testing::Message() << c.name << (wide ? ", wide" : ", narrow"));
             String text = inWidth("abcde", wide);
@@ -222,7 +222,6 @@ TEST(String, InsertsReplacesAndRemovesAtTheEdges) {
             EXPECT_EQ(text.toUtf8(), c.expected);
             EXPECT_EQ(std::u16string(text.text16()).size(), static_cast<size_t>(text.size()));
         }
-    }
 }
 
 TEST(String, TakesTheWidthOfWhatIsAssigned) {
@@ -398,7 +397,7 @@ TEST(String, KnowsComposedText) {
 }
 
 TEST(String, ConvertsTextsOfEveryLength) {
-    for (size_t length = 0; length < 70; ++length) {
+    for (size_t length = 0; length < 70; ++length)
         for (size_t place = 0; place <= length; ++place) {
             std::string bytes(length, 'x');
             std::u16string wide(length, u'x');
@@ -412,7 +411,6 @@ TEST(String, ConvertsTextsOfEveryLength) {
             ASSERT_FALSE(text.isAscii());
             ASSERT_EQ(std::string(text.text8()), bytes);
         }
-    }
 }
 
 } // namespace

@@ -102,23 +102,21 @@ TEST(CmTime, CountsSecondsOfUniversalTimeSince1901) {
 }
 
 TEST(CmTime, GivesTheLocalTimeBackInEachZone) {
-    for (const int32_t offset : {0, berlin, newYork, -12 * 3600, 12 * 3600, -19800}) {
+    for (const int32_t offset : {0, berlin, newYork, -12 * 3600, 12 * 3600, -19800})
         for (const bool hasDaylight : {false, true}) {
             SCOPED_TRACE(::testing::Message()
                          << offset << (hasDaylight ? " with" : " without") << " daylight");
             const Zone zone(offset, hasDaylight);
             EXPECT_EQ(clock(CmTime(0, 0, 0)), "00:00:00");
             EXPECT_EQ(clock(CmTime(23, 59, 59)), "23:59:59");
-            for (const CmDate& date : {CmDate(2, 1, 1901), CmDate(15, 7, 1999), CmDate(15, 12, 1999)}) {
+            for (const CmDate& date : {CmDate(2, 1, 1901), CmDate(15, 7, 1999), CmDate(15, 12, 1999)})
                 for (const int32_t hour : {0, 5, 12, 23}) {
                     const CmTime time(date, hour, 30, 1);
                     EXPECT_EQ(time.getHour(), hour);
                     EXPECT_EQ(time.getDate(), date);
                     EXPECT_EQ(CmTime(date, CmTime(hour, 30, 1)), time) << "a clock's time put on a day";
                 }
-            }
         }
-    }
 }
 
 TEST(CmTime, SavesDaylightByFixedRules) {
