@@ -107,7 +107,7 @@ TEST(ObjectModel, AnObjectThatCountsItselfWhileItGoesIsDestroyedOnce) {
         ~SelfCounting() override {
             ++destroyed;
             const Ref<CmObject> self = retain<CmObject>(this);
-            const Ref<CmObject> again = self;
+            static_cast<void>(Ref<CmObject>(self));
         }
     };
     auto* object = new SelfCounting;

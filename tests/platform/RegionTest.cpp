@@ -17,7 +17,7 @@ Pixels toPixels(const Region& region) {
     for (const CmRect& rect : region.getRects())
         for (int32_t y = rect.top; y < rect.bottom; ++y)
             for (int32_t x = rect.left; x < rect.right; ++x) {
-                const auto place = static_cast<size_t>(y * edge + x);
+                const auto place = size_t(y) * edge + size_t(x);
                 EXPECT_FALSE(pixels[place]) << "rects overlap at " << x << "," << y;
                 pixels.set(place);
             }

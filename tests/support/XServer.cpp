@@ -55,7 +55,7 @@ public:
                 return {};
             text_.append(buffer, static_cast<size_t>(got));
         }
-        const std::string line = text_.substr(0, length);
+        std::string line = text_.substr(0, length);
         text_.erase(0, length + 1);
         return line;
     }

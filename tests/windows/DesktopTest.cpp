@@ -20,7 +20,6 @@ using testing::CallLog;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using testing::HeadlessShell;
-using ::testing::IsEmpty;
 using testing::ProbeController;
 using testing::ProbeView;
 

@@ -86,7 +86,7 @@ public:
         const int64_t offset = stream_.tell();
         const std::string what = text && *text ? text::printable(text) : "an object without a class";
         std::fprintf(stderr, "%s:1:%lld: warning: left out before byte %lld: %s\n", path_.c_str(),
-                     static_cast<long long>(offset + 1), static_cast<long long>(offset), what.c_str());
+                     static_cast<long long>(offset) + 1, static_cast<long long>(offset), what.c_str());
     }
 
     int64_t count() const { return count_; }

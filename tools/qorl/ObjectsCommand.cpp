@@ -178,7 +178,7 @@ std::string ArchiveDump::unknownClass() const {
 
 void ArchiveDump::tell(const char* severity, int64_t offset, const std::string& text) const {
     std::fprintf(stderr, "%s:1:%lld: %s: at byte %lld: %s\n", path_.c_str(),
-                 static_cast<long long>(offset + 1), severity, static_cast<long long>(offset), text.c_str());
+                 static_cast<long long>(offset) + 1, severity, static_cast<long long>(offset), text.c_str());
 }
 
 bool ArchiveDump::fail(int64_t offset, const std::string& text) {

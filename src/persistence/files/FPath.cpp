@@ -202,7 +202,7 @@ void FPath::setPath(const ConstString& text, bool isFolder) {
     name_.clear();
     folder_.assign(ConstString(path.substr(0, cut)));
     name_.assign(ConstString(path.substr(cut)));
-    if (!isKept || static_cast<size_t>(folder_.size() + name_.size()) != path.size()) {
+    if (!isKept || int64_t{folder_.size()} + name_.size() != static_cast<int64_t>(path.size())) {
         folder_.clear();
         name_.clear();
     }

@@ -115,7 +115,8 @@ bool XmlDocumentWriter::writeDataRoot(const FStringIDAttribute& entry) {
     // One that names nothing has nothing to store.
     if (!object || cast<FXmlReference>(object))
         return true;
-    const std::string key = entry.key();
+    // A copy: an object that is stored may change the entry.
+    const std::string key{std::string_view(entry.key())};
     StoredObject stored;
     stored.attributes = retain(cast<FAttributes>(object));
     if (!isRootName(key) || (!stored.attributes && !take(object.get(), key, stored)))

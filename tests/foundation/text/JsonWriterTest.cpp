@@ -7,7 +7,7 @@
 namespace qorl {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 TEST(JsonWriter, PutsCommasBetweenAndNowhereElse) {
     JsonWriter json;

@@ -8,7 +8,7 @@
 namespace qorl {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 TEST(StringStream, ReadsAllThatAMarkAndATerminatorLeave) {
     const struct {

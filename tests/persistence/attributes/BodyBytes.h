@@ -27,7 +27,7 @@ public:
         return *this;
     }
     BodyBytes& text(std::string_view text) {
-        return int32(static_cast<int32_t>(text.size()) + 1).raw(text).raw(std::string_view("", 1));
+        return int32(static_cast<int32_t>(text.size()) + 1).raw(text).raw({"\0", 1});
     }
     BodyBytes& wide(std::string_view utf8) {
         return int32(static_cast<int32_t>(utf8.size()) + 4)

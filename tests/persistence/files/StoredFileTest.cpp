@@ -61,6 +61,7 @@ protected:
         std::vector<platform::FolderEntry> entries;
         platform::listFolder(folder_ / "settings", entries);
         std::vector<std::string> files;
+        files.reserve(entries.size());
         for (const auto& entry : entries)
             files.push_back(entry.name + '=' + read(entry.name));
         std::sort(files.begin(), files.end());

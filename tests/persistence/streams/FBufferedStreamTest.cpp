@@ -38,7 +38,7 @@ Ref<FStream> newFile(const SettingsFolder& folder, uint32_t mode = FFileStream::
 /// The bytes that a stream should hold, and where it should stand.
 struct Model {
     std::string read(size_t count) {
-        const std::string taken = place < text.size() ? text.substr(place, count) : "";
+        std::string taken = place < text.size() ? text.substr(place, count) : "";
         place += taken.size();
         return taken;
     }

@@ -70,7 +70,7 @@ TEST_F(TwoHeadlessWindows, SendsEverythingToTheWindowThatCaptures) {
     desktop.setCapture(*second);
     EXPECT_EQ(takeLog(), "a capture lost");
     second->hide();
-    EXPECT_TRUE(log.size() >= 1 && log.front() == "b capture lost") << takeLog();
+    EXPECT_TRUE(!log.empty() && log.front() == "b capture lost") << takeLog();
     EXPECT_FALSE(desktop.isCapturing());
 }
 

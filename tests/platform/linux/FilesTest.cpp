@@ -3,6 +3,7 @@
 #include "platform/System.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
@@ -207,9 +208,9 @@ TEST_F(FilesTest, LetsAllInThatShareEverythingAtOneMoment) {
     make({"file=x"});
     constexpr uint32_t all = openRead | openWrite | openSharesRead | openSharesWrite | openLocked;
     std::atomic<int> refused{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
+    std::array<std::thread, 4> threads;
+    for (std::thread& thread : threads)
+        thread = std::thread([&] {
             for (int round = 0; round < 500; ++round) {
                 File file;
                 refused += file.open(at("file"), all) ? 1 : 0;

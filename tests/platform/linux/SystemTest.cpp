@@ -144,7 +144,7 @@ TEST(System, DebugLinesGoWhereTheyAreSent) {
 
 TEST(DynamicLibrary, LoadsFindsAndSaysWhyNot) {
     std::string error;
-    const LibraryHandle library = loadLibrary("libz.so.1", error);
+    LibraryHandle library = loadLibrary("libz.so.1", error);
     ASSERT_NE(library, nullptr) << error;
     EXPECT_NE(findSymbol(library, "zlibVersion"), nullptr);
     EXPECT_EQ(findSymbol(library, "noSuchSymbol"), nullptr);

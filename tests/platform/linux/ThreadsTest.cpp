@@ -5,6 +5,7 @@
 #include "support/SmallStack.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -43,9 +44,9 @@ TEST(Threads, EachOfSeveralWaitersHearsOfTheEnd) {
     Event go{Reset::manual};
     std::atomic<int> count = 0;
     const PlatformThread awaited([&] { go.wait(); });
-    std::vector<std::thread> waiters;
-    for (int i = 0; i < 4; ++i)
-        waiters.emplace_back([&] { count += awaited.ends(); });
+    std::array<std::thread, 4> waiters;
+    for (std::thread& waiter : waiters)
+        waiter = std::thread([&] { count += awaited.ends(); });
     go.set();
     for (std::thread& waiter : waiters)
         waiter.join();

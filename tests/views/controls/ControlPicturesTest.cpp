@@ -142,7 +142,7 @@ public:
             << wizard_->getErrorText();
     }
     Ref<UView> build(const char* name, IController* controller) {
-        const Ref<UView> view = wizard_->createView(name, controller, nullptr);
+        Ref<UView> view = wizard_->createView(name, controller, nullptr);
         EXPECT_TRUE(wizard_->diagnostics().empty());
         return view;
     }

@@ -35,10 +35,10 @@ protected:
                 shell.window().captureMouse(&view);
         };
     }
-    Ref<UWindow> openSecond(const Ref<ProbeView>& content) {
+    Ref<UWindow> openSecond(Ref<ProbeView> content) {
         Ref<UWindow> second =
             make<UDocWindow>(CmRect{600, 100, 700, 200}, styleWindowPreset, ConstString("Second"));
-        second->addSubView(content);
+        second->addSubView(std::move(content));
         shell.open(*second);
         shell.aim(*second);
         log.clear();
