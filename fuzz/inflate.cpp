@@ -12,7 +12,7 @@ namespace {
 
 using namespace qorl;
 
-constexpr int64_t mostInflated = 1 << 22;
+constexpr int64_t mostInflated = 1 << 18;
 
 void expect(bool condition) {
     if (!condition)
