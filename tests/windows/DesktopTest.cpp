@@ -5,6 +5,7 @@
 #include "support/ProbeView.h"
 #include "views/UCursorView.h"
 #include "views/controls/UControl.h"
+#include "views/controls/UTextButton.h"
 #include "windows/UDocWindow.h"
 #include "windows/UModalDialog.h"
 #include "windows/UPopupWindow.h"
@@ -261,6 +262,16 @@ TEST(UCursorView, ShowsItsCursorWhileItIsHovered) {
         shell.move(point);
         EXPECT_EQ(shownIn(shell), shape) << point.x;
     }
+}
+
+/// As a skin puts it there for the attribute `cursor` of a control.
+TEST(UCursorView, ShowsItsCursorBehindAControlOfItsSize) {
+    HeadlessShell shell;
+    const CmRect frame{10, 10, 50, 30};
+    shell.window().addSubView(make<UCursorView>(frame, retain(UCursor::find("beam"))));
+    shell.window().addSubView(make<UTextButton>(frame, ConstString("x"), nullptr, 0));
+    shell.move({20, 20});
+    EXPECT_EQ(shownIn(shell), platform::CursorShape::beam);
 }
 
 TEST(UDesktop, KeepsTheCursorOfTheHoveredViewUnderTheWaitCursor) {

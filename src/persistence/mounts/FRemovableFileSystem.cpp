@@ -35,14 +35,27 @@ bool FRemovableFileSystem::mayOpen(uint32_t mode, int32_t* error) const {
         (mode & FFileStream::readAccess ? reading : 0u) | (mode & FFileStream::writeAccess ? writing : 0u);
     if (mayDo(needed))
         return true;
-    tellError(error, isRemoved_                          ? std::errc::no_such_device
-                     : needed & ~capabilities_ & writing ? std::errc::read_only_file_system
-                                                         : std::errc::permission_denied);
+    tellError(error, isRemoved_                               ? std::errc::no_such_device
+                     : (needed & writing) != 0 && !canWrite() ? std::errc::read_only_file_system
+                                                              : std::errc::permission_denied);
     return false;
 }
 
 Ref<FStream> FRemovableFileSystem::wrap(Ref<FStream> stream) {
-    return make<MountedStream>(std::move(stream), retain(this));
+    auto mounted = make<MountedStream>(std::move(stream), retain(this));
+    const FGuard guard(lock_);
+    openFiles_.insert(mounted.get());
+    return mounted;
+}
+
+void FRemovableFileSystem::forget(const FStream* stream) {
+    const FGuard guard(lock_);
+    openFiles_.erase(stream);
+}
+
+bool FRemovableFileSystem::hasOpenFiles() {
+    const FGuard guard(lock_);
+    return !openFiles_.empty();
 }
 
 Ref<FStream> FRemovableFileSystem::createFile(const FPath& path, uint32_t mode, int32_t* error) try {
@@ -72,6 +85,7 @@ bool FRemovableFileSystem::closeFile(Ref<FStream> stream) {
     auto* mounted = cast<MountedStream>(stream.get());
     if (!mounted)
         return stream && files_->closeFile(std::move(stream));
+    forget(mounted);
     Ref<FStream> inner = mounted->detachInner();
     return inner && files_->closeFile(std::move(inner));
 }

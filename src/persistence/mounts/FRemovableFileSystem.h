@@ -1,9 +1,11 @@
 #pragma once
 
+#include "foundation/threads/FLock.h"
 #include "persistence/files/FFileSystem.h"
 #include "persistence/mounts/IVirtualFileSystem.h"
 
 #include <atomic>
+#include <set>
 
 namespace qorl {
 
@@ -24,11 +26,14 @@ public:
                          Ref<FStream> stream, Access access);
     FRemovableFileSystem(const FRemovableFileSystem&) = delete;
 
+    bool canRead() const { return (capabilities_ & reading) != 0; }
+    bool canWrite() const { return (capabilities_ & writing) != 0; }
+    bool canIterate() const { return (capabilities_ & iterating) != 0; }
     CmObject* component() const { return component_.get(); }
 
     void remove() { isRemoved_ = true; }
     bool isRemoved() const { return isRemoved_; }
-    bool hasOpenFiles() const { return openFiles_ > 0; }
+    bool hasOpenFiles();
 
     Ref<FStream> createFile(const FPath& path, uint32_t mode, int32_t* error = nullptr) override;
     Ref<FStream> openFile(FPath& path, uint32_t mode, int32_t* error = nullptr) override;
@@ -65,6 +70,7 @@ private:
     bool mayDo(uint32_t capabilities) const;
     bool mayOpen(uint32_t mode, int32_t* error) const;
     Ref<FStream> wrap(Ref<FStream> stream);
+    void forget(const FStream* stream);
 
     // In this order: the file system goes first, what it stands on after it.
     Ref<FStream> stream_;
@@ -73,7 +79,8 @@ private:
     Ref<FFileSystem> files_;
     uint32_t capabilities_ = 0;
     std::atomic<bool> isRemoved_{false};
-    std::atomic<int32_t> openFiles_{0}; ///< counted by their `MountedStream`
+    FLock lock_{"FRemovableFileSystem"};
+    std::set<const FStream*> openFiles_;
 };
 
 } // namespace qorl

@@ -7,17 +7,10 @@ namespace qorl {
 MountedStream::MountedStream(Ref<FStream> inner, Ref<FRemovableFileSystem> mount)
     : mount_(std::move(mount)), inner_(std::move(inner)) {
     takeOver(*inner_);
-    ++mount_->openFiles_;
 }
 
 MountedStream::~MountedStream() {
-    detachInner();
-}
-
-Ref<FStream> MountedStream::detachInner() {
-    if (inner_)
-        --mount_->openFiles_;
-    return std::move(inner_);
+    mount_->forget(this);
 }
 
 Result MountedStream::queryInterface(const InterfaceId& id, void** out) {

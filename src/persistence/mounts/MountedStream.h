@@ -36,7 +36,7 @@ public:
     FRemovableFileSystem* mount() const { return mount_.get(); }
     FStream* inner() const { return inner_.get(); }
     /// Ends the use of the file, whoever else holds this stream.
-    Ref<FStream> detachInner();
+    Ref<FStream> detachInner() { return std::move(inner_); }
 
 private:
     Ref<FRemovableFileSystem> mount_;

@@ -8,7 +8,6 @@
 #include "persistence/attributes/FAttributes.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
-#include "schemes/SchemeKeys.h"
 #include "schemes/UScheme.h"
 #include "views/GeometryAttributes.h"
 #include "views/ViewDevice.h"
@@ -305,31 +304,6 @@ void UControl::setValuesEnabled(bool enabled) {
 void UControl::focusGained() {
     UView::focusGained();
     update();
-}
-
-bool UControl::mouseOver(CmPoint point) {
-    const bool isWanted = UView::mouseOver(point);
-    if (!showsHover() || !isEnabled())
-        return isWanted;
-    setRollover(stateRollover, true);
-    return true;
-}
-
-bool UControl::mouseLeave(CmPoint point) {
-    setRollover(stateRollover, false);
-    return UView::mouseLeave(point);
-}
-
-uint32_t UControl::getCommonMarks() const {
-    if (!isEnabled())
-        return MarkState::disabled;
-    return hasState(stateRolloverAny) ? MarkState::hovered : 0;
-}
-
-void UControl::detached(UView* parent) {
-    // Its window drops it without a word of the mouse.
-    setRollover(stateRollover, false);
-    UView::detached(parent);
 }
 
 void UControl::focusLost() {

@@ -62,9 +62,6 @@ public:
     bool hasTooltip() const override;
     bool getTooltip(String& text, CmPoint point, CmRect& area) const override;
     void setValuesEnabled(bool enabled) override;
-    bool mouseOver(CmPoint point) override;
-    bool mouseLeave(CmPoint point) override;
-    void detached(UView* parent) override;
     void focusGained() override;
     void focusLost() override;
     void drawFocus(bool focused) override;
@@ -91,11 +88,6 @@ protected:
     void refresh();
     /// Tells a target that takes clicks which modifiers were held.
     void notifyTargetOfClick();
-    /// Whether the control looks otherwise under the mouse: then it carries `stateRollover` there, while it
-    /// is enabled.
-    virtual bool showsHover() const { return false; }
-    /// The marks of every control for the scheme: disabled, or hovered.
-    uint32_t getCommonMarks() const;
     /// One turn of the wheel; false lets the parent have it.
     bool stepByWheel(double distance, bool inverted);
 

@@ -248,8 +248,9 @@ void USlider::drawTrack(UDrawDevice& device, const CmRect&) {
 }
 
 void USlider::drawHandle(UDrawDevice& device, const CmRect& handle) {
-    const uint32_t pressed = tracker_.isTracking() ? MarkState::pressed : 0;
-    getScheme()->drawSliderHandle(device, handle, getCommonMarks() | pressed);
+    const uint32_t marks =
+        (isEnabled() ? 0 : MarkState::disabled) | (tracker_.isTracking() ? MarkState::pressed : 0);
+    getScheme()->drawSliderHandle(device, handle, marks);
 }
 
 bool USlider::mouseDown(CmPoint point) {

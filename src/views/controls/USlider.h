@@ -51,7 +51,6 @@ public:
 protected:
     ~USlider() override;
 
-    bool showsHover() const override { return true; }
     /// Along the track, in pixels, unless `setHandleSize` says another one.
     virtual int32_t getHandleSize() const;
     virtual void drawTrack(UDrawDevice& device, const CmRect& track);

@@ -33,7 +33,8 @@ USwitchBase::USwitchBase(const CmRect& frame, const ConstString& title, Binding:
 }
 
 uint32_t USwitchBase::getMarks() const {
-    return getCommonMarks() | (isOn() ? MarkState::on : 0) | (isPressed() ? MarkState::pressed : 0);
+    return (isOn() ? MarkState::on : 0) | (isPressed() ? MarkState::pressed : 0) |
+           (isEnabled() ? 0 : MarkState::disabled) | (hasState(stateRolloverAny) ? MarkState::hovered : 0);
 }
 
 bool USwitchBase::filterPress(bool& result) const {

@@ -33,7 +33,6 @@ public:
     bool isOn() const { return getControlValue() != getControlMin(); }
 
 protected:
-    bool showsHover() const override { return true; }
     /// What the press does, when a style says something else than the behaviour number (check boxes).
     virtual SwitchBehaviour pressBehaviour() const { return getBehaviour(); }
     /// The marks for the scheme: on, pressed, disabled, hovered.

@@ -1,6 +1,5 @@
 #include "views/controls/UTextButton.h"
 
-#include "schemes/SchemeKeys.h"
 #include "schemes/UScheme.h"
 #include "views/ViewDevice.h"
 #include "views/controls/ControlText.h"
@@ -30,8 +29,7 @@ bool UTextButton::drawContent(const CmRect& rect) {
     UScheme* scheme = getScheme();
     const CmRect bounds = getClientBounds();
     const bool down = isPressed();
-    const bool raised = !down && (getCommonMarks() & MarkState::hovered);
-    device.setBrush(scheme->getBrush(raised ? SchemeColor::buttonhilight : SchemeColor::buttonface));
+    device.setBrush(scheme->getBrush(SchemeColor::buttonface));
     device.fillRect(bounds);
     const CmRect frame = isDefaultControl() ? bounds.grown(-1, -1) : bounds;
     if (isDefaultControl())

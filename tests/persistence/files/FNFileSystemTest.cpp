@@ -43,6 +43,8 @@ TEST(FNFileSystem, WritesAndReadsFiles) {
     EXPECT_EQ(folder.read("new/sub/file.bin"), "\x04\x03");
     const Ref<FStream> opened = files().openFile(path, FFileStream::readAccess);
     auto* read = cast<FFileStream>(opened.get());
+    EXPECT_EQ(read->seek(-1, FStream::fromEnd), 1);
+    EXPECT_EQ(read->seek(0, 7), -1) << "no such origin";
     EXPECT_EQ(read->write("x", 1), -1) << "opened for reading";
     EXPECT_EQ(files().getFileSize(*read), 2);
     EXPECT_EQ(files().getFileSizeOf(path), 2);

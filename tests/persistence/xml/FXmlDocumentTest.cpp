@@ -117,6 +117,21 @@ TEST(FXmlDocument, WritesAndReadsEachKindInItsForm) {
     EXPECT_EQ(cast<CmString>(first)->string(), ConstString("one"));
 }
 
+TEST(FXmlDocument, ReadsBackBinariesOfAllNumbersOfLines) {
+    std::string every;
+    for (int byte = 0; byte < 256; ++byte)
+        every += static_cast<char>(byte);
+    for (const size_t size : {31, 32, 33, 64, 127, 256}) {
+        FAttributes attributes;
+        attributes.setBinary("bytes", every.data(), static_cast<int64_t>(size), true);
+        FAttributes read;
+        ASSERT_TRUE(readDocument(written(attributes), read)) << size;
+        ASSERT_EQ(read.getBinarySize("bytes"), static_cast<int64_t>(size));
+        EXPECT_EQ(std::string(static_cast<const char*>(read.getBinaryAddress("bytes")), size),
+                  every.substr(0, size));
+    }
+}
+
 TEST(FXmlDocument, SaysWhatItCannotRead) {
     // Longer than the parser's buffer, which gives way to a larger one while the object is passed over.
     const std::string openInside = "<State><obj class='A'><" + std::string(9000, 'x');

@@ -34,8 +34,8 @@ Picture stack(const std::vector<Picture>& pictures) {
     return sheet;
 }
 
-/// From top to bottom: normal, under the mouse, pressed, on, on and pressed, disabled, on and disabled,
-/// focused.
+/// From top to bottom: normal, with the rollover look that its owner may give it, pressed, on, on and
+/// pressed, disabled, on and disabled, focused.
 Picture statesOf(HeadlessShell& shell, UView& view, Binding::Value& value) {
     const auto with = [&](int32_t number, bool enabled) {
         value.bound()->setEnabled(enabled);
@@ -46,10 +46,9 @@ Picture statesOf(HeadlessShell& shell, UView& view, Binding::Value& value) {
     shell.desktop().setFocus(nullptr);
     with(value.getMin(), true);
     states.push_back(shell.screenshot(view));
-    const CmSize size = view.getClientSize();
-    shell.move(view.clientToWindow({size.width / 2, size.height / 2}));
+    view.setRollover(stateRollover, true);
     states.push_back(shell.screenshot(view));
-    shell.move({-100, -100});
+    view.setRollover(stateRollover, false);
     states.push_back(shell.screenshotPressed(view));
     with(value.getMax(), true);
     shell.desktop().setFocus(nullptr);

@@ -146,34 +146,6 @@ TEST_F(ControlTest, LeavesTheWheelToItsParent) {
     EXPECT_EQ(value->getValue(), 1);
 }
 
-TEST(UControl, CarriesTheHoverThatItShowsOnlyUnderTheMouse) {
-    const CmPoint inside{30, 30};
-    const CmPoint outside{5, 5};
-    for (const char* element : {"button", "checkbox", "switch", "slider"}) {
-        SCOPED_TRACE(element);
-        HeadlessShell shell{std::string("<") + element + " name='v' size='20,20,80,20'/>", "v = 0 in 0..1"};
-        auto& control = shell.view<UControl>(0);
-        const auto isHovered = [&] { return control.hasState(stateRollover); };
-        shell.move(inside);
-        EXPECT_TRUE(isHovered());
-        shell.move(outside);
-        EXPECT_FALSE(isHovered());
-        shell.value("v").bound()->setEnabled(false);
-        shell.settle();
-        shell.move(inside);
-        EXPECT_FALSE(isHovered()) << "disabled";
-        shell.value("v").bound()->setEnabled(true);
-        shell.settle();
-        shell.move(inside);
-        ASSERT_TRUE(isHovered());
-        const auto removed = shell.content().removeSubView(&control);
-        EXPECT_FALSE(isHovered()) << "detached";
-    }
-    HeadlessShell shell{"<label title='v' size='20,20,80,20'/>"};
-    shell.move(inside);
-    EXPECT_FALSE(shell.view(0).hasState(stateRollover)) << "shows none";
-}
-
 TEST_F(ControlTest, TogglesBetweenTheEndsOnFocusHit) {
     const auto hit = make<FMessage>("FocusHit");
     value->setMin(2);
@@ -243,6 +215,14 @@ TEST_F(ControlTest, FollowsItsSecondValueUntilItLeavesBothPlaces) {
     destroy(*other);
     EXPECT_EQ(control->getSecondValue(), nullptr) << "a value that goes leaves both places";
     EXPECT_NE(control->getValueObject(), other.get());
+}
+
+TEST_F(ControlTest, DropsASecondValueThatGoes) {
+    const auto other = make<Binding::IntValue>(0, 10);
+    control->setSecondValue(other.get());
+    destroy(*other);
+    EXPECT_EQ(control->getSecondValue(), nullptr);
+    EXPECT_EQ(control->getValueObject(), value.get());
 }
 
 TEST(UControl, FollowsTheValueThatItMakesUnlessAnotherIsToCome) {
