@@ -12,7 +12,8 @@ UCursorView::~UCursorView() = default;
 bool UCursorView::mouseEnter(CmPoint point) {
     UView::mouseEnter(point);
     UDesktop* desktop = UDesktop::instance();
-    if (desktop && cursor_)
+    // Whoever heard of the mouse may have taken the view away.
+    if (desktop && cursor_ && getWindow())
         desktop->setCursor(cursor_.get(), this);
     return true;
 }

@@ -174,8 +174,9 @@ public:
     bool isInputBlocked() const;
     UView* getHoverView() const;
     /// Until the button is released, moves reach `view` as `mouseOver` and the release as its `mouseUp`,
-    /// wherever the mouse is. With several buttons it is the release of the last. For a view that is being
-    /// pressed; whoever held the mouse before hears `mouseCaptureLost`.
+    /// wherever the mouse is. With several buttons it is the release of the last. For a view of this window
+    /// that is being pressed (a view outside it, or taken out meanwhile, is refused); whoever held the mouse
+    /// before hears `mouseCaptureLost`.
     void captureMouse(UView* view);
     void releaseMouse(UView* view);
     UView* getMouseCapture() const;

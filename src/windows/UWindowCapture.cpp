@@ -6,6 +6,8 @@
 namespace qorl {
 
 void UWindow::captureMouse(UView* view) {
+    if (view && view->getWindow() != this)
+        return;
     const Ref<UView> earlier = retain(std::exchange(core_->captureView, view));
     if (earlier && earlier != view)
         earlier->mouseCaptureLost();

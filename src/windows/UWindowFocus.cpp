@@ -81,7 +81,7 @@ CmPoint UWindow::focusPoint() const {
 
 void UWindow::setFocusView(UView* view) {
     const Ref<UView> old = retain(core_->focusView);
-    if (old == view)
+    if (old == view || (view && view->getWindow() != this))
         return;
     const Ref<UView> fresh = retain(view);
     core_->focusView = view;

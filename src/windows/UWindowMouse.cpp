@@ -280,7 +280,7 @@ bool UWindow::isStillHovered(CmPoint point) {
     const CmPoint inView = view->windowToClient(point);
     const bool isInside = view->isVisible() && !isInputBlocked() && view->getVisibleFrameRect(visible) &&
                           visible.contains(inView);
-    if (isInside && view->mouseOver(inView))
+    if (isInside && view->mouseOver(inView) && core_->hoverView == view.get())
         return true;
     if (core_->hoverView == view.get())
         setHoverView(nullptr, point);
@@ -294,6 +294,9 @@ void UWindow::findHoverView(CmPoint point) {
         const Ref<UView> view = std::move(candidates.back());
         candidates.pop_back();
         if (view->getWindow() != this || !view->isEnabled() || !view->mouseOver(view->windowToClient(point)))
+            continue;
+        // Whoever heard of the mouse may have taken the view away.
+        if (view->getWindow() != this)
             continue;
         setHoverView(view.get(), point);
         return;

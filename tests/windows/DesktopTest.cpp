@@ -41,6 +41,10 @@ protected:
         return popup;
     }
 
+    static CallLog clickOf(const std::string& name) {
+        return {name + ".mouseDown 20,20", name + ".mouseUp 20,20", name + ".click 20,20"};
+    }
+
     CallLog log;
     HeadlessShell shell;
     Ref<ProbeView> under;
@@ -52,21 +56,27 @@ TEST_F(PopupTest, ClosesByTheClicksThatItsFlagsName) {
         uint32_t flag;
         bool isInside;
         bool staysOpen;
-        const char* heard; ///< empty: neither the press nor its release and click
+        CallLog heard; ///< empty: neither the press nor its release and click
     } cases[] = {
-        {"outside, and spent", UPopupWindow::closesOnOutsideClick, false, false, ""},
-        {"outside without that flag", 0, false, true, "under.mouseDown 20,20"},
-        {"inside", UPopupWindow::closesOnOutsideClick, true, true, "inside.mouseDown 20,20"},
-        {"any, and spent", UPopupWindow::closesOnAnyClick, true, false, ""},
+        {"outside, and spent", UPopupWindow::closesOnOutsideClick, false, false, {}},
+        {"outside without that flag", 0, false, true, clickOf("under")},
+        {"inside", UPopupWindow::closesOnOutsideClick, true, true, clickOf("inside")},
+        {"any, and spent", UPopupWindow::closesOnAnyClick, true, false, {}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         const Ref<UPopupWindow> popup = open(c.flag);
         shell.aim(c.isInside ? static_cast<UWindow&>(*popup) : shell.window());
-        shell.click({20, 20});
+        if (c.flag == UPopupWindow::closesOnOutsideClick) {
+            EXPECT_EQ(shell.desktop().getOpenPopup(), popup.get());
+        }
+        shell.advance(1000);
+        shell.press({20, 20});
+        EXPECT_EQ(popup->isOpen(), c.staysOpen) << "by the press";
+        shell.release();
         EXPECT_EQ(popup->isOpen(), c.staysOpen);
         EXPECT_EQ(popup->lastClickInside(), c.isInside);
-        EXPECT_EQ(log.empty() ? "" : log.front(), c.heard);
+        EXPECT_EQ(log, c.heard);
         popup->willClose(false);
         shell.aim(shell.window());
         log.clear();

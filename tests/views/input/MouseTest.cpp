@@ -1,4 +1,5 @@
 #include "support/HeadlessShell.h"
+#include "support/PoisonedView.h"
 #include "support/ProbeView.h"
 #include "views/GeometryAttributes.h"
 #include "windows/UDocWindow.h"
@@ -14,6 +15,7 @@ using testing::CallLog;
 using ::testing::ElementsAre;
 using testing::HeadlessShell;
 using ::testing::IsEmpty;
+using testing::PoisonedView;
 using testing::ProbeView;
 
 /// A back view with a front view over its right half, in a window of 400 x 300.
@@ -166,8 +168,10 @@ TEST_F(MouseTest, EndsAGestureThatADialogCameOver) {
             shell.release();
         EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "front.captureLost"));
         EXPECT_EQ(shell.window().getMouseCapture(), nullptr);
-        if (isMoved)
+        if (isMoved) {
             shell.release();
+            EXPECT_THAT(log, ElementsAre("front.mouseDown 10,10", "front.captureLost")) << "by the release";
+        }
         dialog->willClose(false);
         shell.settle();
     }
@@ -227,6 +231,64 @@ TEST_F(MouseTest, ForgetsAHoveredViewThatIsRemoved) {
     front.reset();
     shell.move({122, 30});
     EXPECT_EQ(shell.window().getHoverView(), nullptr);
+}
+
+/// Takes a view out of its window as soon as it hears that the mouse is there.
+class RemovingListener : public CmObject, public IViewMoveListener {
+    QORL_CLASS(RemovingListener, CmObject)
+    QORL_FACES(RemovingListener, CmObject, IViewMoveListener)
+
+public:
+    enum class At : uint8_t { enter, firstOver, laterOver };
+
+    explicit RemovingListener(At at) : at(at) {}
+
+    void viewMouseEnter(const MouseEvent& event) override {
+        hasEntered = true;
+        if (at == At::enter)
+            remove(event);
+    }
+    void viewMouseOver(const MouseEvent& event) override {
+        if (at == (hasEntered ? At::laterOver : At::firstOver))
+            remove(event);
+    }
+    void viewMouseLeave(const MouseEvent&) override {}
+
+private:
+    static void remove(const MouseEvent& event) {
+        event.head.view->getParent()->removeSubView(event.head.view);
+    }
+
+    const At at;
+    bool hasEntered = false;
+};
+
+TEST_F(MouseTest, ForgetsAViewThatItsListenerRemoves) {
+    using At = RemovingListener::At;
+    back->takesHover = true;
+    for (const At at : {At::enter, At::firstOver, At::laterOver}) {
+        SCOPED_TRACE(static_cast<int>(at));
+        const auto listener = make<RemovingListener>(at);
+        auto gone = make<PoisonedView>(CmRect{10, 20, 210, 120});
+        gone->addMoveListener(listener.get());
+        shell.window().addSubView(std::move(gone));
+        shell.move({20, 30});
+        shell.move({21, 30});
+        EXPECT_EQ(shell.window().getSubViewCount(), 2);
+        EXPECT_EQ(shell.window().getHoverView(), back.get()) << "the next one behind it";
+        shell.move({350, 290});
+        EXPECT_EQ(shell.window().getHoverView(), nullptr);
+    }
+}
+
+TEST_F(MouseTest, GivesNothingToAViewThatIsNotInTheWindow) {
+    front->setFocusable(true);
+    shell.window().removeSubView(front.get());
+    shell.window().captureMouse(front.get());
+    EXPECT_EQ(shell.window().getMouseCapture(), nullptr);
+    shell.window().setFocusView(front.get());
+    EXPECT_EQ(shell.window().getFocusView(), nullptr);
+    EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_F(MouseTest, ClimbsWithTheWheelUntilAViewTakesIt) {
