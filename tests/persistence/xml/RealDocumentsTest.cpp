@@ -195,6 +195,7 @@ struct Folder {
 
 constexpr Folder folders[] = {
     {"/usr/share/icons/Adwaita", ".svg", 600, "adwaita-icon-theme"},
+    {"/usr/share/icons/breeze", ".svg", 5000, "breeze-icon-theme"},
     {"/usr/share/mime", ".xml", 800, "shared-mime-info"},
     {"/usr/share/fontconfig", ".conf", 40, "fontconfig-config"},
     {"/usr/share/X11/xkb/rules", ".xml", 4, "xkb-data"},
