@@ -72,8 +72,10 @@ TEST(FUID, DrawsAnotherIdOrSaysThatItCannotAndStaysAsItWas) {
     EXPECT_FALSE(id.generate());
     EXPECT_EQ(id, sample);
     platform::setUuidSource(nullptr);
-    EXPECT_TRUE(id.generate());
-    EXPECT_NE(id, sample);
+    ASSERT_TRUE(id.generate());
+    const FUID first = id;
+    ASSERT_TRUE(id.generate());
+    EXPECT_NE(id, first);
 }
 
 TEST(FUID, WritesDeclarations) {

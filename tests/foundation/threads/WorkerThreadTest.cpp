@@ -54,7 +54,15 @@ TEST(WorkerThread, HasNoThreadBeforeItsFirstJob) {
     EXPECT_EQ(log.text(), "run a7, release a, deleted");
 }
 
-enum class State { notStarted, waiting, pausedWhileWaiting, paused, running, pausedWhileRunning };
+enum class State {
+    notStarted,
+    waiting,
+    pausedWhileWaiting,
+    paused,
+    running,
+    pausedWhileRunning,
+    endedInPause ///< the first job did, by itself
+};
 enum class Action { stop, pauseAndResume, cancelForGood, cancelForLater };
 
 /// A worker with the jobs a, b and c, of which the first runs until it is told.
@@ -72,14 +80,18 @@ struct WorkerIn {
             worker->idling.wait();
         if (state == State::pausedWhileWaiting)
             worker->pause();
-        if (isRunning())
+        if (state >= State::running)
             a.entered.wait();
         if (state == State::waiting)
             return;
         worker->addJob(&b, 2);
         worker->addJob(&c, 3);
-        if (state == State::pausedWhileRunning)
+        if (state >= State::pausedWhileRunning)
             worker->pause();
+        if (state == State::endedInPause) {
+            a.mayEnd.set();
+            a.released.wait();
+        }
     }
     bool isRunning() const { return state == State::running || state == State::pausedWhileRunning; }
     /// The log of it all; but for `stop`, of a last job too, which shows that the worker goes on.
@@ -137,6 +149,7 @@ TEST(WorkerThread, IsStoppedPausedAndCancelledInEveryState) {
         {State::paused, {"cancel a, release a, " + restCancelled, allRun, allRun, allRun}},
         {State::running, {stopped, allRun, cancelled, later}},
         {State::pausedWhileRunning, {stopped, allRun, cancelled, later}},
+        {State::endedInPause, {ran + restCancelled, allRun, allRun, allRun}},
     };
     for (const auto& row : rows)
         for (size_t action = 0; action < 4; ++action) {
