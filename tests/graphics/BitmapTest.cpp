@@ -360,11 +360,11 @@ TEST_F(BitmapTest, CollectionsFindByName) {
     EXPECT_EQ(collection.count(), 2);
     EXPECT_EQ(collection.getByName("fader"), b.get());
     EXPECT_EQ(collection.getByName("Fader"), nullptr);
+    EXPECT_EQ(collection.indexOf(b.get()), 1);
     EXPECT_EQ(collection.getName(0), "knob");
     collection.remove(a.get());
     EXPECT_EQ(collection.get(0), b.get());
     EXPECT_EQ(collection.get(1), nullptr);
-    EXPECT_EQ(collection.indexOf(b.get()), 0);
     EXPECT_EQ(collection.indexOf(a.get()), -1);
 }
 

@@ -117,7 +117,8 @@ TEST_F(UIWizardTest, AControllerElementLeadsInAndDotsLeadOut) {
         Binding::Value* value = control(view, 0)->getValueObject();
         EXPECT_TRUE(expected ? value == expected : value->getMax() == 100) << name;
     }
-    const Ref<UView> view = build("<controller name='absent'><label/></controller><slider name='in/y'/>");
+    const Ref<UView> view = build("<controller name='absent'><label/></controller><controller name='in'/>"
+                                  "<slider name='in/y'/>");
     ASSERT_EQ(view->getSubViewCount(), 1) << "nothing stands below a controller that is not there";
     EXPECT_EQ(control(view, 0)->getValueObject(), inner->getValue("y"));
     EXPECT_FALSE(ControllerScope::innermost());
