@@ -171,6 +171,7 @@ TEST_F(ControlTest, RepaintsOnceForManyChangesOfItsValue) {
 }
 
 TEST_F(ControlTest, GoesOnWithAFreshNumberWhenItsValueGoes) {
+    value->setMin(5);
     value->bound()->setEnabled(false);
     showControl();
     EXPECT_FALSE(control->isEnabled());
