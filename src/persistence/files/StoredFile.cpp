@@ -120,10 +120,12 @@ FNPath StoredFile::pathOf(const ConstString& name, const FFileType& type, FNPath
     return path;
 }
 
-/// A name has something behind its folders, and the user's settings lie somewhere.
+/// A name has something behind its folders and leads to no other ones, and the user's settings lie somewhere.
 bool StoredFile::isNamed(int32_t* error) const {
-    const std::string name = name_.toUtf8();
-    if (!name.empty() && !name.ends_with('/') && !FNPath::knownFolder(FNPath::userSettings).empty())
+    const std::string name = PathText::toNative(name_);
+    const auto parts = PathText::partsBelow(name, "/", PathText::Dots::refused);
+    const bool isFile = parts && !parts->empty() && name.ends_with(parts->back());
+    if (isFile && name.find('\0') == std::string::npos && !FNPath::knownFolder(FNPath::userSettings).empty())
         return true;
     tellError(error, std::errc::invalid_argument);
     tellOfFile('"' + name + '"', "is no name of a file in the user's settings");

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
@@ -124,6 +125,26 @@ TEST_F(StoredFileTest, TellsWhyItCouldNotSave) {
     EXPECT_FALSE(save("good", &error));
     EXPECT_NE(error, 0);
     EXPECT_EQ(said_.text, path() + ": its folder can't be made: File exists\n");
+}
+
+TEST_F(StoredFileTest, TakesOnlyNamesOfFilesInItsFolder) {
+    for (const std::string_view name :
+         {std::string_view(), std::string_view("Sub/"), std::string_view("."), std::string_view("Sub/."),
+          std::string_view("../Keys"), std::string_view("Sub/.."), std::string_view("Ke\0ys", 5)}) {
+        SCOPED_TRACE(name);
+        said_.text.clear();
+        const ConstString given(name);
+        const StoredFile file(given, xml);
+        int32_t error = 0;
+        EXPECT_FALSE(file.save([](FStream&) { return true; }, &error));
+        EXPECT_EQ(error, EINVAL);
+        EXPECT_FALSE(StoredFile("Keys", xml).rename(given));
+        EXPECT_FALSE(file.load([](FStream&) { return true; }, &found_));
+        EXPECT_EQ(found_, StoredFile::Found::missing);
+        EXPECT_TRUE(said_.mentions("is no name of a file in the user's settings"));
+        EXPECT_FALSE(said_.mentions("memory")) << said_.text;
+    }
+    EXPECT_FALSE(folder_.has("settings") || folder_.has("settings.xml"));
 }
 
 /// What a crash or a user left in the folder, and what a load makes of it. "-" stands for no file.
