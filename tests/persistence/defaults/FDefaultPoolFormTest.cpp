@@ -82,7 +82,9 @@ TEST_F(FDefaultPoolFormTest, WritesTheDocuments) {
     // MD5 of "Z" in UTF-16
     EXPECT_EQ(flat("Defaults/BF7DFE4BBE9619E219FD63F902180762.xml"),
               head + "<Defaults>" + group + "</Defaults>");
-    EXPECT_EQ(flat("Defaults/AutoSaver.xml"), head + "<AutoSaver>" + savers + "</AutoSaver>");
+    EXPECT_EQ(folder_.read("settings/Defaults/AutoSaver.xml"),
+              head + "\r\n<AutoSaver>\r\n   <member name=\"Saver\">\r\n"
+                     "      <int name=\"state\" value=\"7\"/>\r\n   </member>\r\n</AutoSaver>\r\n");
     std::vector<platform::FolderEntry> entries;
     platform::listFolder(folder_ / "settings/Defaults", entries);
     EXPECT_EQ(entries.size(), 2u);

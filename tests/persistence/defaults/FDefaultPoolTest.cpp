@@ -104,6 +104,10 @@ TEST_P(FDefaultPoolTest, AsksItsHooksAndCallbacks) {
     EXPECT_TRUE(save());
     EXPECT_EQ(calls, "refused loaded later refused saving refused ");
     EXPECT_FALSE(folder_.has("settings"));
+    calls.clear();
+    pool().setLoadHook(nullptr);
+    loadAll();
+    EXPECT_EQ(calls, "loaded later ") << "behind a load that nobody refuses";
 }
 
 TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfAnAutoSaverUntilThatWasRestored) {
