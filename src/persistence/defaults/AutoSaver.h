@@ -5,7 +5,7 @@
 namespace qorl {
 
 /// An object whose attributes the defaults store keeps under the name of its class, from load to save. One
-/// that is made after the load asks for its own by `FDefaultPool::restoreAutoSaver`.
+/// that is made when the load ends, or later, asks for its own by `FDefaultPool::restoreAutoSaver`.
 class AutoSaver : public CmObject {
     QORL_CLASS(AutoSaver, CmObject)
 

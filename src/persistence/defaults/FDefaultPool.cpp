@@ -140,7 +140,8 @@ bool FDefaultPool::load() try {
     unreadable_.clear();
     storedSaverNames_.clear();
     savedAutoSaverAttributes_.reset();
-    state_.isUnknown = state_.isPartlyRead = state_.loaded = state_.preferencesNeedExtraction = false;
+    state_.isUnknown = state_.isPartlyRead = state_.preferencesNeedExtraction = false;
+    state_.loaded = state_.haveSaversHeard = false;
     if (state_.noNewGroups)
         return false;
     // Another program may be moving what is read here.
@@ -257,6 +258,7 @@ void FDefaultPool::runCallbacks(const std::vector<Callback>& callbacks) {
 
 void FDefaultPool::finishLoad() try {
     lateSavers_.clear();
+    state_.haveSaversHeard = true;
     if (savedAutoSaverAttributes_) {
         noteStoredSavers(*savedAutoSaverAttributes_);
         autoSavers_.tell([saved = savedAutoSaverAttributes_](AutoSaver& saver) {

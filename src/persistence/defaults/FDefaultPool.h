@@ -86,11 +86,11 @@ public:
     /// Settings of an older form wait to be taken out of the store.
     bool preferencesNeedExtraction() const { return state_.preferencesNeedExtraction; }
 
-    /// False without memory for it: it is neither saved nor restored then. What is stored of one that comes
-    /// after `finishLoad` stays as it is until that one was restored.
+    /// Counts once. False without memory for it: it is neither saved nor restored then. What is stored of one
+    /// that comes when `finishLoad` has begun stays as it is until that one was restored.
     bool registerAutoSaver(AutoSaver* saver);
-    /// For one that came after `finishLoad`, at the end of its making: gives it what is stored of it, and
-    /// from then on its own state is stored. False when nothing is.
+    /// For one that came then, at the end of its making: gives it what is stored of it, and from then on its
+    /// own state is stored. False when nothing is.
     bool restoreAutoSaver(AutoSaver& saver);
     void unregisterAutoSaver(AutoSaver* saver);
 
@@ -152,7 +152,7 @@ private:
     /// Names of groups that somebody asked for and no file has.
     std::set<std::u16string> missing_;
     ListenerList<AutoSaver> autoSavers_;
-    /// Those that came after the load and have neither been restored nor stored.
+    /// Those that came when the others had been restored, and were neither restored nor stored.
     std::set<const AutoSaver*> lateSavers_;
     Ref<FAttributes> savedAutoSaverAttributes_;
     /// The names of all auto-savers that something is stored of.
@@ -176,6 +176,8 @@ private:
         bool noNewGroups = false;
         bool folderMode = false;
         bool loaded = false;
+        /// Auto-savers that come from now on have not been restored.
+        bool haveSaversHeard = false;
         bool preferencesNeedExtraction = false;
     };
     State state_;

@@ -8,7 +8,11 @@
 namespace qorl {
 
 bool FDefaultPool::registerAutoSaver(AutoSaver* saver) try {
-    if (state_.loaded)
+    bool isThere = false;
+    autoSavers_.tell([&](const AutoSaver& other) { isThere |= &other == saver; });
+    if (isThere)
+        return true;
+    if (state_.haveSaversHeard)
         lateSavers_.insert(saver);
     autoSavers_.add(saver);
     return true;

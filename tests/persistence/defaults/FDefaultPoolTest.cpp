@@ -6,6 +6,7 @@
 #include "persistence/xml/XmlFile.h"
 #include "support/LittleCost.h"
 
+#include <memory>
 #include <set>
 
 namespace qorl {
@@ -141,8 +142,17 @@ TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfAnAutoSaverUntilThatWasRestored) {
         EXPECT_EQ(late.state, 7);
         EXPECT_FALSE(pool().restoreAutoSaver(late)) << "once";
         late.state = 8;
+        EXPECT_TRUE(pool().registerAutoSaver(&late)) << "it is registered already";
         EXPECT_TRUE(save());
     }
+    EXPECT_EQ(stored(), 8);
+    static std::unique_ptr<Saver> made;
+    restart();
+    pool().addAfterLoadCallback(+[] { made = std::make_unique<Saver>(); });
+    loadAll();
+    EXPECT_TRUE(save());
+    EXPECT_TRUE(pool().restoreAutoSaver(*made)) << "it was made when the others had been restored";
+    made.reset();
     EXPECT_EQ(stored(), 8);
 }
 
