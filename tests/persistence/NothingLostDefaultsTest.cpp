@@ -347,8 +347,9 @@ TEST_P(NothingLostPlainDefaultsTest, WhenThereWasNoMemoryToLoadIt) {
     const std::string whole = folder_.read(file);
     failEachAllocation([&](FailingAllocation& allocation) {
         begin();
+        const bool isLoaded = allocation.during([] { return pool().load(); });
+        EXPECT_TRUE(isLoaded || isFolder_ || stateOf(passing[0]) == none) << "half of the settings";
         allocation.during([] {
-            pool().load();
             pool().finishLoad();
             return pool().getGroup(groups[0]) != nullptr;
         });

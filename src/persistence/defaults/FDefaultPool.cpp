@@ -51,6 +51,23 @@ private:
     FDefaults& group_;
 };
 
+bool isStoredStore(const FAttributes& attributes) {
+    const auto* entries = attributes.find(DefaultsForm::entriesKey);
+    const auto* list = entries ? cast<FSubList>(entries->getObject()) : nullptr;
+    if ((entries && !list) ||
+        (attributes.contains(DefaultsForm::saversKey) && !attributes.getAttributes(DefaultsForm::saversKey)))
+        return false;
+    return !list || std::all_of(list->items.begin(), list->items.end(),
+                                [](const auto& group) { return group && FDefaults::isStoredForm(*group); });
+}
+
+/// A look at the single file that leaves all objects in it stored: one of them may be what keeps the program
+/// from starting.
+class FormOfFile : public CmObject {
+public:
+    bool restoreAttributes(FAttributes* attributes) override { return isStoredStore(*attributes); }
+};
+
 } // namespace
 
 /// All groups on their way from the single file, with their values taken.
@@ -150,6 +167,8 @@ bool FDefaultPool::load() try {
 } catch (const std::bad_alloc&) {
     // What the store holds is not known, so nothing may take its place.
     state_.isUnknown = true;
+    groups_.clear();
+    savedAutoSaverAttributes_.reset();
     return false;
 }
 
@@ -167,8 +186,7 @@ bool FDefaultPool::loadFile(const std::string& name, std::string_view tag, CmObj
 
 /// What an interrupted save of the single file kept takes its place where that is damaged.
 bool FDefaultPool::preferKept() {
-    FDefaultPool asLoaded;
-    InFile file(asLoaded);
+    FormOfFile file;
     loadFile(DefaultsForm::groups, DefaultsForm::groups, file);
     const auto found = unreadable_.find(DefaultsForm::groups);
     if (found == unreadable_.end() || found->second != StoredFile::Found::kept)
@@ -178,18 +196,14 @@ bool FDefaultPool::preferKept() {
 }
 
 /// The same for a file of a group, unless it holds another one: a digest may be that of two names.
-bool FDefaultPool::removeGroupFile(const std::string& name, FDefaults& group) {
+bool FDefaultPool::removeGroupFile(const std::string& name, const FDefaults& group) {
     if (!DefaultsForm::stands(DefaultsForm::settingsFile(name)))
         return true;
-    FDefaults stored(group.group());
-    GroupInFile file(stored);
-    const bool wasUnread = unreadable_.contains(name);
-    loadFile(name, DefaultsForm::groups, file);
-    if (!file.isOther)
-        return removeFile(name);
-    if (!wasUnread)
-        unreadable_.erase(name);
-    return true;
+    FAttributes stored;
+    const bool isOther =
+        loadFile(name, DefaultsForm::groups, stored) &&
+        GroupNames::keyOf(stored.getString(FDefaults::groupKey)) != GroupNames::keyOf(group.group());
+    return isOther || removeFile(name);
 }
 
 bool FDefaultPool::loadGroup(FDefaults& group) {
@@ -303,37 +317,38 @@ bool FDefaultPool::restoreAttributes(FAttributes* attributes) {
 
 bool FDefaultPool::restoreGroups(FAttributes& attributes, bool (*restore)(FDefaults&, FAttributes&)) {
     groups_.clear();
-    if ((attributes.contains(DefaultsForm::entriesKey) &&
-         !cast<FSubList>(attributes.getObject(DefaultsForm::entriesKey).get())) ||
-        (attributes.contains(DefaultsForm::saversKey) && !attributes.getAttributes(DefaultsForm::saversKey)))
+    if (!isStoredStore(attributes))
         return false;
+    Groups restored;
+    bool isWhole = true;
     attributes.resetCursor(DefaultsForm::entriesKey);
     for (int32_t left = attributes.count(DefaultsForm::entriesKey); left > 0; --left) {
         const auto group = make<FDefaults>();
         FAttributes* stored = attributes.nextAttributes(DefaultsForm::entriesKey);
-        if (!stored || !restore(*group, *stored)) {
-            groups_.clear();
+        if (!stored || !restore(*group, *stored))
             return false;
-        }
-        enterRestored(group);
+        isWhole &= enterRestored(restored, group);
     }
+    // Objects among the values may have asked for groups meanwhile.
+    restored.merge(groups_);
+    groups_ = std::move(restored);
+    state_.isPartlyRead = !isWhole;
     savedAutoSaverAttributes_ = retain(attributes.getAttributes(DefaultsForm::saversKey));
     return true;
 }
 
-void FDefaultPool::enterRestored(const Ref<FDefaults>& group) {
+/// False when the file holds more than is taken.
+bool FDefaultPool::enterRestored(Groups& restored, const Ref<FDefaults>& group) const {
     std::u16string key = GroupNames::keyOf(group->group());
-    if (isRemoved(key))
-        return;
-    const bool isFirst = !groups_.contains(key);
-    if (key.empty() || !isFirst) {
-        platform::debugOutput(key.empty() ? "settings without the name of their group are left out"
-                                          : "settings of \"" + group->group().toUtf8() +
-                                                "\" are stored twice; the later ones are taken");
-        state_.isPartlyRead = true;
+    if (key.empty()) {
+        platform::debugOutput("settings without the name of their group are left out");
+        return false;
     }
-    if (!key.empty())
-        groups_.insert_or_assign(std::move(key), group);
+    if (isRemoved(key) || restored.insert_or_assign(std::move(key), group).second)
+        return true;
+    platform::debugOutput("settings of \"" + group->group().toUtf8() +
+                          "\" are stored twice; the later ones are taken");
+    return false;
 }
 
 FGlobalDefaultPool* FGlobalDefaultPool::instance() {

@@ -106,6 +106,7 @@ protected:
     bool loadGroup(FDefaults& group);
 
 private:
+    using Groups = std::unordered_map<std::u16string, Ref<FDefaults>>;
     class InFile;
     struct Collected;
 
@@ -115,7 +116,7 @@ private:
     bool preferKept();
     bool isBehind(AutoSaver& saver);
     bool removeFile(const std::string& name);
-    bool removeGroupFile(const std::string& name, FDefaults& group);
+    bool removeGroupFile(const std::string& name, const FDefaults& group);
     Collected collect();
     static void fillDocument(FAttributes& document, const Collected& all);
     bool saveGroups(Collected& all, DefaultsFolder::Place place);
@@ -135,7 +136,7 @@ private:
     bool saveFolder(Collected& all);
     Ref<FAttributes> storeAutoSavers();
     bool restoreGroups(FAttributes& attributes, bool (*restore)(FDefaults&, FAttributes&));
-    void enterRestored(const Ref<FDefaults>& group);
+    bool enterRestored(Groups& restored, const Ref<FDefaults>& group) const;
     /// Those that are written, by name, so that a file only changes where a setting did. Objects among their
     /// values may ask for other groups meanwhile.
     std::vector<Ref<FDefaults>> storedGroups() const;
@@ -143,7 +144,7 @@ private:
     /// In the order of their registration; one may add or remove others.
     static void runCallbacks(const std::vector<Callback>& callbacks);
 
-    std::unordered_map<std::u16string, Ref<FDefaults>> groups_;
+    Groups groups_;
     std::vector<std::u16string> removedGroups_;
     /// Files, by their names in the settings, that hold what could not be read.
     std::map<std::string, StoredFile::Found> unreadable_;

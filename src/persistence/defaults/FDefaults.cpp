@@ -22,10 +22,6 @@ bool isPlain(const FAttributes& values) {
     return true;
 }
 
-bool holdsOtherValues(const FAttributes& attributes) {
-    return attributes.contains(valuesKey) && !attributes.getAttributes(valuesKey);
-}
-
 } // namespace
 
 bool FDefaults::isEqual(const CmObject* other) const {
@@ -60,12 +56,16 @@ bool FDefaults::storeAttributes(FAttributes* attributes) {
 }
 
 bool FDefaults::restoreAttributes(FAttributes* attributes) {
-    if (holdsOtherValues(*attributes))
+    if (!isStoredForm(*attributes))
         return false;
     restoreName(*attributes);
     values_.removeAll();
     attributes->loadExtraAttributes(values_, valuesKey);
     return true;
+}
+
+bool FDefaults::isStoredForm(const FAttributes& attributes) {
+    return !attributes.contains(valuesKey) || attributes.getAttributes(valuesKey);
 }
 
 void FDefaults::lendAttributes(FAttributes& attributes) {

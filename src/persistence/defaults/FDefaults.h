@@ -29,8 +29,11 @@ public:
     int32_t compare(const CmObject* other) const override;
     /// "Group", "Version" unless 0, "Values".
     bool storeAttributes(FAttributes* attributes) override;
-    /// What the group held before goes. False, and nothing changed, when "Values" is no nested list.
+    /// What the group held before goes. False, and nothing changed, for what is no stored group.
     bool restoreAttributes(FAttributes* attributes) override;
+
+    /// Whether "Values" is a nested list, where there is one. Makes none of the objects in it.
+    static bool isStoredForm(const FAttributes& attributes);
 
     /// As `storeAttributes`, for a caller that writes `attributes` out and lets them go before anyone sets a
     /// value: the values are lent, not copied.

@@ -264,10 +264,12 @@ TEST_F(FDefaultPoolFormTest, KeepsASingleFileWithMoreInItThanItCouldTake) {
         {"values that are no list",
          std::string("<item>") + group + "<int name=\"Values\" value=\"1\"/></item>", false, 0},
     };
+    const auto document = [](const std::string& entries) {
+        return "<Defaults><list name=\"Entries\" type=\"list\">" + entries + "</list></Defaults>";
+    };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        const std::string bytes =
-            "<Defaults><list name=\"Entries\" type=\"list\">" + row.content + "</list></Defaults>";
+        const std::string bytes = document(row.content);
         folder_.write("settings/Defaults.xml", bytes);
         EXPECT_EQ(loadAfterRestart(), row.isLoaded);
         EXPECT_EQ(number(), row.number);
@@ -276,6 +278,12 @@ TEST_F(FDefaultPoolFormTest, KeepsASingleFileWithMoreInItThanItCouldTake) {
         EXPECT_EQ(folder_.read("settings/Defaults (Damaged).xml"), bytes);
         platform::deleteFile(folder_ / "settings/Defaults (Damaged).xml");
     }
+    folder_.write("settings/Defaults.xml", document(rows[0].content + rows[2].content));
+    folder_.write("settings/Defaults_old.xml", document(entry(group, 1)));
+    EXPECT_TRUE(loadAfterRestart());
+    set(2);
+    EXPECT_TRUE(save());
+    EXPECT_FALSE(folder_.has("settings/Defaults (Damaged 2).xml")) << "all of what was kept is taken";
     folder_.write("settings/Defaults.xml", "<Defaults><int name=\"Entries\" value=\"1\"/></Defaults>");
     restart();
     set(1, "Early");

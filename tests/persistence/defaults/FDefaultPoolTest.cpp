@@ -156,6 +156,48 @@ TEST_P(FDefaultPoolTest, KeepsWhatIsStoredOfAnAutoSaverUntilThatWasRestored) {
     EXPECT_EQ(stored(), 8);
 }
 
+/// Looks into the settings and changes them while it is restored.
+class Asking : public CmObject {
+    QORL_CLASS(Asking, CmObject)
+    QORL_RECORD(Asking)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        attributes->setInteger("level", 1);
+        return true;
+    }
+    bool restoreAttributes(FAttributes* attributes) override {
+        auto* pool = FGlobalDefaultPool::instance();
+        calls += "made ";
+        pool->getGroup("Later");
+        return pool->removeGroup("Gone") && attributes->contains("level");
+    }
+};
+QORL_REGISTER(Asking, "Asking", CmObject, 0)
+
+TEST_P(FDefaultPoolTest, MakesObjectsOnlyWhenTheirGroupIsLoaded) {
+    loadAll();
+    pool().getGroup("Group")->values().setObject("asks", make<Asking>().get(), FAttributes::Hold::retain);
+    set(2, "Later");
+    EXPECT_TRUE(save());
+    restart();
+    EXPECT_TRUE(pool().backup());
+    EXPECT_EQ(calls, "") << "it may be what keeps the program from starting";
+    EXPECT_TRUE(loadAll());
+    EXPECT_FALSE(isEmpty());
+    EXPECT_EQ(calls, "made ");
+    EXPECT_EQ(number("Later"), 2);
+    set(3, "Later");
+    EXPECT_TRUE(save());
+    EXPECT_FALSE(folder_.has("settings/Defaults (Damaged).xml")) << "no group is stored twice";
+    EXPECT_TRUE(loadAll());
+    calls.clear();
+    pool().removeGroup("Group");
+    EXPECT_TRUE(save());
+    EXPECT_EQ(calls, "");
+    EXPECT_EQ(number("Later"), 3);
+}
+
 TEST_P(FDefaultPoolTest, ForgetsRemovedGroups) {
     loadAll();
     set(1, "Old");
