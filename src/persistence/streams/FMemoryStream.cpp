@@ -1,12 +1,14 @@
 #include "persistence/streams/FMemoryStream.h"
 
 #include "foundation/Cast.h"
+#include "persistence/archive/FObjectArchive.h"
 #include "persistence/attributes/FAttributes.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 
 namespace qorl {
 
@@ -205,6 +207,17 @@ bool FMemoryStream::reserve(int64_t size) {
     return true;
 }
 
+bool FMemoryStream::readFrom(FObjectArchive* archive) {
+    const bool isRead = loadBinary(archive->stream());
+    if (failed_)
+        throw std::bad_alloc();
+    return isRead;
+}
+
+bool FMemoryStream::writeTo(FObjectArchive* archive) {
+    return saveBinary(archive->stream());
+}
+
 bool FMemoryStream::storeAttributes(FAttributes* attributes) {
     attributes->setBinary("Data", memory_.bytes, memory_.size, true);
     return true;
@@ -216,8 +229,10 @@ bool FMemoryStream::restoreAttributes(FAttributes* attributes) {
     resize(size);
     if (memory_.size > 0)
         attributes->getBinaryData("Data", memory_.bytes, memory_.size);
+    if (failed_)
+        throw std::bad_alloc();
     rewind();
-    return !failed_;
+    return true;
 }
 
 bool FMemoryStream::loadBinary(FBinaryStream& source) {

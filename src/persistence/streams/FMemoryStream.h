@@ -60,8 +60,10 @@ public:
     /// As `resize`. `Result::failure` when the stream isn't valid.
     Result setStreamSize(int64_t size) override;
 
-    /// Stores the bytes as the binary attribute "Data". Throws `std::bad_alloc`, so that a save as a whole
-    /// tells of it.
+    /// Archives hold it as `saveBinary` does.
+    bool readFrom(FObjectArchive* archive) override;
+    bool writeTo(FObjectArchive* archive) override;
+    /// Stores the bytes as the binary attribute "Data".
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 

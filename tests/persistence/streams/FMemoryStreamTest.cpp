@@ -1,5 +1,6 @@
 #include "persistence/streams/FMemoryStream.h"
 
+#include "persistence/archive/FCompactArchive.h"
 #include "persistence/attributes/FAttributes.h"
 #include "support/FailingAllocation.h"
 #include "support/StreamBytes.h"
@@ -123,6 +124,25 @@ TEST(FMemoryStream, LoadsOnlyWhatIsThere) {
     EXPECT_TRUE(restored.restoreAttributes(&attributes));
     EXPECT_EQ(restored.bytes(), "pan");
     EXPECT_EQ(restored.tell(), 0);
+}
+
+TEST(FMemoryStream, KeepsItsBytesInArchives) {
+    FMemoryStream stored;
+    FCompactArchive storing(stored, FObjectArchive::Direction::storing);
+    for (const std::string_view bytes : {"pan", ""})
+        EXPECT_TRUE(storing.writeObject(memoryOf(bytes).get()));
+    EXPECT_NE(stored.bytes().find(std::string("\3\0\0\0pan", 7)), std::string_view::npos);
+    stored.rewind();
+    FCompactArchive reading(stored, FObjectArchive::Direction::reading);
+    for (const std::string_view bytes : {"pan", ""}) {
+        const auto back = Ref<CmObject>::adopt(reading.readObject("FMemoryStream"));
+        ASSERT_NE(back, nullptr);
+        EXPECT_EQ(static_cast<FMemoryStream&>(*back).bytes(), bytes);
+        EXPECT_EQ(static_cast<FMemoryStream&>(*back).tell(), 0);
+    }
+    FAttributes attributes;
+    attributes.setBinary("Data", stored.data(), std::numeric_limits<int64_t>::max(), false);
+    EXPECT_THROW(stored.restoreAttributes(&attributes), std::bad_alloc) << "a load must not leave it out";
 }
 
 TEST(FMemoryStream, HasThreeFaces) {
