@@ -1,5 +1,6 @@
 #include "platform/System.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -8,6 +9,7 @@
 #include <mutex>
 #include <pwd.h>
 #include <sched.h>
+#include <sys/uio.h>
 #include <unistd.h>
 #include <uuid/uuid.h>
 
@@ -20,18 +22,22 @@ constinit DebugWriter debugWriter = nullptr;
 constinit void* debugArgument = nullptr;
 constinit std::atomic<UuidSource> uuidSource{nullptr};
 
+/// Without an allocation: that there is no memory is told here too.
 void writeToStandardError(std::string_view line) {
-    std::string whole(line);
-    if (whole.empty() || whole.back() != '\n')
-        whole += '\n';
-    const char* rest = whole.data();
-    size_t left = whole.size();
-    while (left > 0) {
-        const ssize_t written = write(STDERR_FILENO, rest, left);
+    char lineEnd = '\n';
+    iovec parts[] = {{const_cast<char*>(line.data()), line.size()},
+                     {&lineEnd, line.ends_with('\n') ? 0u : 1u}};
+    while (parts[0].iov_len + parts[1].iov_len > 0) {
+        const ssize_t written = writev(STDERR_FILENO, parts, 2);
         if (written <= 0)
             return;
-        rest += written;
-        left -= static_cast<size_t>(written);
+        auto left = static_cast<size_t>(written);
+        for (iovec& part : parts) {
+            const size_t gone = std::min(left, part.iov_len);
+            part.iov_base = static_cast<char*>(part.iov_base) + gone;
+            part.iov_len -= gone;
+            left -= gone;
+        }
     }
 }
 

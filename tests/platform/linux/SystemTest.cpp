@@ -4,6 +4,7 @@
 #include "platform/Folders.h"
 #include "platform/Platform.h"
 #include "support/EnvironmentScope.h"
+#include "support/FailingAllocation.h"
 #include "support/TestPaths.h"
 
 #include <fstream>
@@ -138,7 +139,10 @@ TEST(System, DebugLinesGoWhereTheyAreSent) {
     ::testing::internal::CaptureStderr();
     debugOutput("two");
     debugOutput("three\n");
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "two\nthree\n");
+    FailingAllocation allocation(1);
+    EXPECT_TRUE(allocation.completes([] { debugOutput("no memory to keep a line as long as this"); }));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "two\nthree\nno memory to keep a line as long as this\n");
     EXPECT_EQ(lines, "one");
 }
 
