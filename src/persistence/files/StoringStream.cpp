@@ -5,7 +5,11 @@
 namespace qorl {
 
 int64_t StoringStream::read(void* buffer, int64_t count) {
-    return count < 1 ? 0 : file_.read(buffer, count, &error_);
+    platform::FileError error;
+    const int64_t got = count < 1 ? 0 : file_.read(buffer, count, &error);
+    if (!error_)
+        error_ = error;
+    return got;
 }
 
 int64_t StoringStream::write(const void* buffer, int64_t count) {
