@@ -52,6 +52,9 @@ int64_t FBlockStreamReader::read(void* buffer, int64_t count) {
         done += takeKept(bytes + done, count - done);
     }
     position_ += done;
+    // A stream that begins anew once it was asked at its end would be read for ever.
+    if (const int64_t place = done < count ? inner_->tell() : -1; place >= 0 && place != position_)
+        inner_->seek(position_, fromStart);
     return done;
 }
 

@@ -62,16 +62,12 @@ int64_t FStreamProxy::write(const void* buffer, int64_t count) {
 int64_t FStreamProxy::seek(int64_t offset, int32_t mode) {
     if (!inner_ || mode < fromStart || mode > fromEnd)
         return -1;
+    int64_t from = mode == fromStart ? start_ : mode == fromHere ? cursor_ : start_ + length_;
+    if (mode == fromEnd && length_ == unlimited && (from = inner_->seek(0, fromEnd)) < 0)
+        return -1;
     int64_t target = 0;
-    if (mode == fromEnd && length_ == unlimited) {
-        target = inner_->seek(offset, fromEnd);
-        if (target < 0 && inner_->tell() != target)
-            return -1;
-    } else {
-        const int64_t from = mode == fromStart ? start_ : mode == fromHere ? cursor_ : start_ + length_;
-        if (__builtin_add_overflow(from, offset, &target))
-            target = farthestPlace; // all places are positive, so it can't be the other end
-    }
+    if (__builtin_add_overflow(from, offset, &target))
+        target = farthestPlace; // all places are positive, so it can't be the other end
     if (length_ != unlimited)
         target = std::min(target, start_ + length_);
     cursor_ = std::max(target, start_);

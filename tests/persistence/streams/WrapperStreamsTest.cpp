@@ -2,6 +2,7 @@
 #include "persistence/streams/FBufferStream.h"
 #include "persistence/streams/FBufferedStream.h"
 #include "persistence/streams/FCompressionStream.h"
+#include "persistence/streams/FFileStream.h"
 #include "persistence/streams/FIBStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/FStreamCounter.h"
@@ -56,6 +57,9 @@ TEST(FStreamProxy, CutsItsPlaceToTheWindow) {
     expectSeeks(open, {{100, 0, 100}, {-1, 1, 99}, {0, 2, 7}, {-2, 2, 5}, {-100, 2, 0}, {most, 1, most - 3}});
     EXPECT_EQ(readOf(open, 1), "0 ");
     EXPECT_EQ(open.tell(), 7) << "as the inner stream tells";
+    FStreamProxy strict(make<ShakyStream>("0123456789"), 3, unlimited, 0);
+    expectSeeks(strict, {{-100, 2, 0}, {5, 2, 12}, {least, 2, 0}, {most, 2, most - 3}});
+    EXPECT_EQ(FStreamProxy(make<FFileStream>(), 0, unlimited, 0).seek(0, FStream::fromEnd), -1) << "closed";
     int64_t size = 0;
     EXPECT_EQ(open.getStreamSize(size), Result::ok);
     EXPECT_EQ(size, 7);
@@ -282,6 +286,11 @@ TEST(FBlockStreamReader, MovesWithinItsBlockWithoutItsInnerStream) {
     inner->failAt = 1;
     EXPECT_EQ(readOf(reader, 5), "0 ");
     EXPECT_FALSE(reader.isValid()) << "no end";
+    const auto room = make<CmBuffer>("01234567", 8, 8);
+    FBlockStreamReader once(make<FBufferStream>(room), 4);
+    once.rewind();
+    EXPECT_EQ(readOf(once, 9), "8 01234567");
+    EXPECT_EQ(readOf(once, 9), "0 ") << "though the inner stream has begun anew";
 }
 
 TEST(WrapperStreams, TakeOverFromWhatTheyWrap) {
