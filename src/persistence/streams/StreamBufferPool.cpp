@@ -14,16 +14,21 @@ Ref<CmBuffer> StreamBufferPool::make(int32_t size) try {
 }
 
 Ref<CmBuffer> StreamBufferPool::take(int32_t size) {
+    Ref<CmBuffer> taken;
     {
         const FGuard guard(lock_);
-        for (auto& block : blocks_) {
-            if (!block || size < 1 || block->capacity() < size)
-                continue;
-            block->clear();
-            return std::move(block);
-        }
+        // The larger ones are kept for who needs them.
+        Ref<CmBuffer>* best = nullptr;
+        for (auto& block : blocks_)
+            if (block && block->capacity() >= size && (!best || block->capacity() < (*best)->capacity()))
+                best = &block;
+        if (best && size > 0)
+            taken = std::move(*best);
     }
-    return make(size);
+    if (!taken)
+        return make(size);
+    taken->clear();
+    return taken;
 }
 
 void StreamBufferPool::giveBack(Ref<CmBuffer> block) {

@@ -335,6 +335,8 @@ TEST(StreamBufferPool, HandsOutWhatCameBack) {
     pool->giveBack(std::move(block));
     EXPECT_NE(pool->take(101).get(), first) << "too small";
     EXPECT_EQ(pool->take(0), nullptr);
+    pool->giveBack(StreamBufferPool::make(50));
+    EXPECT_EQ(pool->take(50)->capacity(), 50) << "the larger one stays for who needs it";
     {
         FBufferedStream stream(make<FMemoryStream>(), 50, true, pool);
         stream.write("abc", 3);
