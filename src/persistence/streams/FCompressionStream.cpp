@@ -62,6 +62,9 @@ FCompressionStream::~FCompressionStream() {
 
 bool FCompressionStream::beginCompression(float quality) {
     endCompression();
+    // It would move the target.
+    decompressor_.reset();
+    last_ = LastByte::none;
     position_ = 0;
     hasFailed_ = false;
     auto compressor = engine_ ? engine_->createCompressor() : nullptr;

@@ -418,11 +418,17 @@ TEST(FCompressionStream, TellsWhetherItCanBeReadOn) {
     EXPECT_EQ(stream.seek(0, 3), -1);
     EXPECT_EQ(FCompressionStream::toMemory(&stream, 9), nullptr) << "more than may be taken";
     EXPECT_NE(FCompressionStream::toMemory(&stream, 10), nullptr);
-    FCompressionStream writing(make<FMemoryStream>());
+    const auto target = deflated("earlier");
+    FCompressionStream writing(target);
+    ASSERT_TRUE(writing.beginDecompression());
+    EXPECT_EQ(readUpTo(writing, 1), "e");
+    const int64_t start = target->tell();
     ASSERT_TRUE(writing.beginCompression(0.5f));
+    expectSeeks(writing, {{-1, FStream::fromHere, 0}});
     EXPECT_EQ(writing.write("abc", 3), 3);
     EXPECT_EQ(writing.seek(1, FStream::fromStart), 0) << "it tells the start, and stays";
     EXPECT_EQ(writing.tell(), 3);
+    EXPECT_EQ(target->tell(), start) << "also where it was read before";
 }
 
 } // namespace
