@@ -29,13 +29,12 @@ bool isForWritingOnly(FStream& stream) {
 }
 
 /// Where the data of a stream that stands at `position` ends; -1 when it can't tell. A stream that only runs
-/// forward stays where it is and calls that its end, while what it knows of its size may be a mere claim.
+/// forward stays where it is and calls that its end, which in a window may be where another window left it.
 int64_t findEnd(FStream& stream, int64_t position) {
     const int64_t end = stream.seek(0, FStream::fromEnd);
-    if (end >= 0 && end != position) {
+    const bool hasMoved = end >= 0 && end != position;
+    if (hasMoved)
         stream.seek(position, FStream::fromStart);
-        return end;
-    }
     const Ref<ISizeableStream> sizeable = sizeableOf(&stream);
     int64_t size = -1;
     if (!sizeable || sizeable->getStreamSize(size) != Result::ok)
@@ -43,7 +42,10 @@ int64_t findEnd(FStream& stream, int64_t position) {
     // What can't be moved in says 0 for not knowing.
     if (end < 0)
         return size > 0 ? size : -1;
-    return size == end && !cast<FCompressionStream>(&stream) ? end : -1;
+    // What this one knows of its size may be a mere claim.
+    if (cast<FCompressionStream>(&stream))
+        return hasMoved ? end : -1;
+    return size == end ? end : -1;
 }
 
 } // namespace
@@ -270,8 +272,10 @@ int64_t FBufferedStream::load(Block& block) {
     block.isCut = done < there && (got < 0 || !inner_->isValid());
     if (done == 0 && block.isCut)
         return -1;
+    if (done > 0)
+        seen_ = std::max(seen_, start + done);
     // An empty block may lie anywhere behind the end.
-    if (!isEndKnown_ && done < there && !block.isCut && (done > 0 || start == 0)) {
+    if (!isEndKnown_ && done < there && !block.isCut && start <= seen_) {
         endPosition_ = start + done;
         isEndKnown_ = true;
     }

@@ -36,7 +36,7 @@ public:
     ~FBufferedStream() override;
 
     /// For reading and writing. Over a file that knows its sector size, a `blockSize` that is no multiple of
-    /// it becomes the sector size. Null for a null `stream` and without memory.
+    /// it becomes the sector size. Null for a null `stream`; without memory null or not valid.
     static Ref<FBufferedStream> openBuffered(Ref<FStream> stream, int32_t blockSize);
 
     /// -1 when cancelled, without a block, and when the inner stream fails before a byte came. Few bytes or
@@ -107,6 +107,8 @@ private:
     uint32_t flags_;
     bool isPadded_ = false;
     bool isEndKnown_ = true;
+    /// Up to here data came.
+    int64_t seen_ = 0;
     /// Nothing can be read back.
     bool isWriteOnly_ = false;
     StreamProgress* progress_ = nullptr;

@@ -64,8 +64,10 @@ void expectAsModel(Form form, int32_t blockSize, uint32_t seed) {
         model.text += static_cast<char>('a' + upTo(25));
     const auto inner = make<FMemoryStream>();
     inner->write(model.text.data(), static_cast<int64_t>(model.text.size()));
+    model.place = upTo(static_cast<uint32_t>(model.text.size()));
+    inner->seek(static_cast<int64_t>(model.place), FStream::fromStart);
     auto stream = buffered(form, inner, blockSize);
-    model.place = model.text.size();
+    EXPECT_EQ(inner->tell(), static_cast<int64_t>(model.place)) << "left as it was";
     for (int step = 0; step < 3000; ++step) {
         switch (upTo(9)) {
         case 0:
@@ -348,12 +350,11 @@ TEST(StreamBufferPool, HandsOutWhatCameBack) {
 }
 
 TEST(FBufferedStream, ReadsOnWhereTheEndIsNotKnown) {
-    const std::string text = "0123456789abcdef!";
-    const auto compressed = make<FMemoryStream>();
-    EXPECT_TRUE(
-        FCompressionStream::compress(*make<FMemoryStream>(std::string_view(text)), compressed, nullptr, 1));
+    std::string text = "0123456789abcdef!";
     for (const int64_t claimed : {int64_t{-1}, int64_t{0}, int64_t{5}, int64_t{17}, int64_t{1000}}) {
         SCOPED_TRACE(claimed);
+        const auto compressed = make<FMemoryStream>();
+        EXPECT_TRUE(FCompressionStream::compress(*memoryOf(text), compressed, nullptr, 1));
         compressed->rewind();
         const auto inflating = make<FCompressionStream>(compressed);
         ASSERT_TRUE(inflating->beginDecompression(claimed));
@@ -362,10 +363,11 @@ TEST(FBufferedStream, ReadsOnWhereTheEndIsNotKnown) {
         EXPECT_EQ(stream->write("x", 1), -1) << "it reads only";
         EXPECT_EQ(readUpTo(*stream, 100), text);
         EXPECT_TRUE(stream->isValid());
-        EXPECT_EQ(stream->seek(-1, FStream::fromEnd), 16) << "now it is known";
-        EXPECT_EQ(readUpTo(*stream, 100), "!");
+        EXPECT_EQ(stream->seek(-1, FStream::fromEnd), std::ssize(text) - 1) << "now it is known";
+        EXPECT_EQ(readUpTo(*stream, 100), text.substr(text.size() - 1));
         stream->seek(3, FStream::fromStart);
         EXPECT_EQ(readUpTo(*stream, 6), "345678") << "back, by inflating anew";
+        text.resize(16); // whole blocks
     }
     EXPECT_EQ(readUpTo(*buffered(Form::plain, make<FBlockStreamReader>(make<ShakyStream>(text), 4), 8), 100),
               text);

@@ -2,6 +2,7 @@
 
 #include "foundation/Cast.h"
 #include "foundation/containers/CmBuffer.h"
+#include "persistence/streams/FBufferedStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/FStreamProxy.h"
 #include "persistence/streams/ZLibCompressor.h"
@@ -190,6 +191,9 @@ TEST(FCompressionStream, CanBeReadThroughWindowsThatShareIt) {
     FStreamProxy early(stream, 2, 4, 0);
     EXPECT_EQ(readUpTo(late, 2), "cc");
     EXPECT_EQ(readUpTo(early, 9), "aabb") << "it goes back to the start, and forward from there";
+    const auto rest =
+        make<FBufferedStream>(make<FStreamProxy>(stream, 0, FStreamProxy::unlimited, 0), 4, true);
+    EXPECT_EQ(readUpTo(*rest, 99), "aaaabbbbcccc") << "not up to where another one left it";
     EXPECT_EQ(readUpTo(late, 9), "cc");
 }
 
