@@ -148,13 +148,14 @@ FXmlReference::~FXmlReference() {
 
 void FXmlReference::bind(FXmlInstance* target, Binding binding) {
     unbind();
-    target_ = target;
-    if (binding == Binding::hold)
+    if (binding == Binding::hold) {
         held_ = retain(target);
-    else {
-        watcherPlace_ = target->watchers_.size();
+    } else {
+        // Without memory for it there is no target.
         target->watchers_.push_back(this);
+        watcherPlace_ = target->watchers_.size() - 1;
     }
+    target_ = target;
 }
 
 void FXmlReference::unbind() {

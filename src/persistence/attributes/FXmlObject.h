@@ -79,6 +79,7 @@ public:
     FXmlReference(const FXmlReference&) = delete;
     ~FXmlReference() override;
 
+    /// Throws std::bad_alloc, and then has no target.
     void bind(FXmlInstance* target, Binding binding);
     FXmlInstance* target() const { return target_; }
 

@@ -153,11 +153,7 @@ void ReferenceBinder::Run::bind(FAttributes& root) {
         const size_t number = numbers_[target];
         return number <= owner && rings.isOneRing(number, owner);
     };
-    for (const auto& place : referencePlaces_)
-        if (place.target)
-            place.reference->bind(place.target, closesRing(place.target, place.owner)
-                                                    ? FXmlReference::Binding::watch
-                                                    : FXmlReference::Binding::hold);
+    // First, so that no ring is left closed when memory runs out.
     for (const auto& [instance, place] : instancePlaces_) {
         if (!closesRing(instance, place.owner))
             continue;
@@ -165,6 +161,11 @@ void ReferenceBinder::Run::bind(FAttributes& root) {
         reference->bind(instance, FXmlReference::Binding::watch);
         place.put(std::move(reference));
     }
+    for (const auto& place : referencePlaces_)
+        if (place.target)
+            place.reference->bind(place.target, closesRing(place.target, place.owner)
+                                                    ? FXmlReference::Binding::watch
+                                                    : FXmlReference::Binding::hold);
 }
 
 void ReferenceBinder::Run::Place::put(Ref<CmObject> object) const {

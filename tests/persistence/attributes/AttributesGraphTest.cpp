@@ -7,6 +7,7 @@
 #include "persistence/attributes/ReferenceBinder.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/xml/FXmlDocument.h"
+#include "support/FailingAllocation.h"
 #include "support/LittleCost.h"
 #include "support/Objects.h"
 
@@ -230,39 +231,43 @@ TEST(AttributesGraph, StandsAttributesThatHoldThemselves) {
 TEST(AttributesGraph, BindsWhatWasReferredToBeforeItsPlaceWasRead) {
     // As in a document whose objects stand one behind the other: the root names "inner", which stands in
     // "outer", as an entry or in a list, which only "inner" names.
-    for (const char* place : {"entry", "list"}) {
-        SCOPED_TRACE(place);
-        FAttributes root;
-        const auto innerState = make<FAttributes>();
-        {
-            ReferenceBinder binder;
-            const auto outerState = make<FAttributes>();
-            const auto inner = make<FXmlInstance>(1, "Inner", innerState);
-            binder.addInstance(inner);
-            binder.addInstance(make<FXmlInstance>(2, "Outer", outerState));
-            root.setObject("inner", binder.addReference(1).get(), Hold::retain);
-            if (std::string_view(place) == "list")
-                outerState->appendObject(place, inner);
-            else
-                outerState->setObject(place, inner.get(), Hold::retain);
-            outerState->find(place)->setForeign();
-            innerState->setObject("owner", binder.addReference(2).get(), Hold::retain);
-            binder.bind(root);
-        }
-        auto* inner = cast<FXmlReference>(root.find("inner")->getObject())->target();
-        ASSERT_NE(inner, nullptr);
-        auto* outer = cast<FXmlReference>(innerState->find("owner")->getObject())->target();
-        ASSERT_NE(outer, nullptr);
-        const FStringIDAttribute& entry = *outer->getAttributes()->find(place);
-        const auto* list = cast<FObjectList>(entry.getObject());
-        auto* reference = cast<FXmlReference>(list ? list->at(0) : entry.getObject());
-        ASSERT_NE(reference, nullptr);
-        EXPECT_EQ(reference->target(), inner);
-        EXPECT_TRUE(entry.isHidden());
-        root.removeAll();
-        EXPECT_EQ(cast<FXmlReference>(innerState->find("owner")->getObject())->target(), outer);
-        EXPECT_EQ(referencesOn(innerState.get()), 1u) << "nothing but the test holds what has gone";
-    }
+    for (const char* place : {"entry", "list"})
+        failEachAllocation([place](FailingAllocation& memory) {
+            SCOPED_TRACE(place);
+            FAttributes root;
+            const auto innerState = make<FAttributes>();
+            bool isBound = false;
+            {
+                ReferenceBinder binder;
+                const auto outerState = make<FAttributes>();
+                const auto inner = make<FXmlInstance>(1, "Inner", innerState);
+                binder.addInstance(inner);
+                binder.addInstance(make<FXmlInstance>(2, "Outer", outerState));
+                root.setObject("inner", binder.addReference(1).get(), Hold::retain);
+                if (std::string_view(place) == "list")
+                    outerState->appendObject(place, inner);
+                else
+                    outerState->setObject(place, inner.get(), Hold::retain);
+                outerState->find(place)->setForeign();
+                innerState->setObject("owner", binder.addReference(2).get(), Hold::retain);
+                isBound = memory.completes([&] { binder.bind(root); });
+            }
+            auto* outer = cast<FXmlReference>(innerState->find("owner")->getObject())->target();
+            if (isBound) {
+                auto* inner = cast<FXmlReference>(root.find("inner")->getObject())->target();
+                ASSERT_NE(inner, nullptr);
+                ASSERT_NE(outer, nullptr);
+                const FStringIDAttribute& entry = *outer->getAttributes()->find(place);
+                const auto* list = cast<FObjectList>(entry.getObject());
+                auto* reference = cast<FXmlReference>(list ? list->at(0) : entry.getObject());
+                ASSERT_NE(reference, nullptr);
+                EXPECT_EQ(reference->target(), inner);
+                EXPECT_TRUE(entry.isHidden());
+            }
+            root.removeAll();
+            EXPECT_EQ(cast<FXmlReference>(innerState->find("owner")->getObject())->target(), outer);
+            EXPECT_EQ(referencesOn(innerState.get()), 1u) << "nothing but the test holds what has gone";
+        });
 }
 
 TEST(AttributesGraph, KeepsThePartsOfAnObjectThatOthersOnlyWatch) {

@@ -25,6 +25,12 @@ void fill(FAttributes& attributes) {
     for (int32_t i = 0; i < 14; ++i)
         attributes.setInteger(longText + std::to_string(i), i);
     fillWithAllKinds(attributes, longText.c_str());
+    const auto state = make<FAttributes>();
+    const auto ring = make<FXmlInstance>(7, "Ring", state);
+    const auto self = make<FXmlReference>(7);
+    self->bind(ring.get(), FXmlReference::Binding::watch);
+    state->setObject("self", self.get(), Hold::retain);
+    attributes.setObject("ring", ring.get(), Hold::retain);
 }
 
 TEST(AttributesMemory, WritesAllOrNothing) {
