@@ -53,6 +53,21 @@ private:
     String other_;
 };
 
+// Converted in place. A text that there was no memory for must not be taken for an empty one.
+const char* inBytes(const CmString& text) {
+    const char* bytes = text.text8();
+    if (text.string().isWide())
+        throw std::bad_alloc();
+    return bytes;
+}
+
+const char16_t* inUnits(const CmString& text) {
+    const char16_t* units = text.text16();
+    if (!text.string().isWide() && text::wideLength(text.string().view8()) != text::invalid)
+        throw std::bad_alloc();
+    return units;
+}
+
 bool hasLoneSurrogate(std::u16string_view wide) {
     const auto length = static_cast<int32_t>(wide.size());
     for (int32_t at = 0; at < length;)
@@ -224,10 +239,10 @@ const char* FAttributeValue::getText8() const {
         if (!owned)
             return pointer<const char>();
         const String* other = owned->string().isWide() ? inOtherWidth(*owned) : nullptr;
-        return other ? other->text8() : owned->text8();
+        return other ? other->text8() : inBytes(*owned);
     }
     const auto* text = cast<CmString>(getObject());
-    return text ? text->text8() : nullptr;
+    return text ? inBytes(*text) : nullptr;
 }
 
 const char16_t* FAttributeValue::getText16() const {
@@ -238,10 +253,10 @@ const char16_t* FAttributeValue::getText16() const {
         if (!owned)
             return pointer<const char16_t>();
         const String* other = owned->string().isWide() ? nullptr : inOtherWidth(*owned);
-        return other ? other->text16() : owned->text16();
+        return other ? other->text16() : inUnits(*owned);
     }
     const auto* text = cast<CmString>(getObject());
-    return text ? text->text16() : nullptr;
+    return text ? inUnits(*text) : nullptr;
 }
 
 ConstString FAttributeValue::getString() const {

@@ -102,9 +102,10 @@ public:
     /// A number of the other kind is converted, a text parsed; 0 without either.
     int64_t getInteger() const;
     double getFloat() const;
-    /// Null when there is no text. An owned text is converted in place, unless it would not come back the
-    /// same: wide text with lone surrogates, which stand as U+FFFD in 8 bits, and bytes that are no UTF-8,
-    /// which are read as Windows-1252. These stay as they are, and are stored so.
+    /// Null when there is no text. Throws std::bad_alloc where there is no memory to convert it. An owned
+    /// text is converted in place, unless it would not come back the same: wide text with lone surrogates,
+    /// which stand as U+FFFD in 8 bits, and bytes that are no UTF-8, which are read as Windows-1252. These
+    /// stay as they are, and are stored so.
     const char* getText8() const;
     const char16_t* getText16() const;
     /// A view of the text in its stored width, also of an object that is a `CmString`; empty without one.

@@ -116,8 +116,9 @@ CmObject* FXmlInstance::getObject() {
     try {
         keepParts(*attributes_);
     } catch (const std::bad_alloc&) {
+        // Null would be taken for a part that there is none of.
         parts_.clear();
-        return nullptr;
+        throw;
     }
     // Whatever comes of it, it is not tried again.
     const Ref<FAttributes> attributes = std::move(attributes_);

@@ -2,6 +2,7 @@
 #include "ForeignObject.h"
 #include "foundation/Cast.h"
 #include "foundation/text/CmString.h"
+#include "persistence/archive/ArchiveTesting.h"
 #include "persistence/attributes/AttributesStream.h"
 #include "persistence/attributes/FAttrList.h"
 #include "persistence/attributes/FXmlObject.h"
@@ -82,6 +83,55 @@ TEST(AttributesMemory, TellsThatReadingFailed) {
             EXPECT_TRUE(stored(read) == whole);
         }
     });
+}
+
+TEST(AttributesMemory, GivesNoNullForAPartThatIsStored) {
+    BodyBytes bytes(0);
+    bytes.int32(1).object("o", 20).text("CmString").int64(1).int32(2).text("s").word(8).text("x");
+    bytes.object("part", 20).text("CmString").int64(2).int32(0);
+    failEachAllocation([&](FailingAllocation& memory) {
+        const GlobalReports log;
+        FAttributes read;
+        ASSERT_TRUE(load(bytes.bytes(), read));
+        Ref<CmObject> object;
+        const bool isDone = memory.completes([&] { object = read.getObject("o"); });
+        EXPECT_TRUE(object || !isDone || !log.text.empty()) << "it would be left out of the next save";
+        EXPECT_NE(read.getObject("o"), nullptr) << "the next time";
+    });
+}
+
+TEST(AttributesMemory, GivesNoEmptyTextForOneThatIsStored) {
+    struct Case {
+        const char* name;
+        void (*fill)(FAttributeValue& value);
+    };
+    const Case cases[] = {
+        {"8 bits", [](FAttributeValue& v) { v.setString("\xC3\xA4"); }},
+        {"16 bits", [](FAttributeValue& v) { v.setString(u"\u00E4"); }},
+        {"8 bits of somebody else's", [](FAttributeValue& v) { v.referToText("\xC3\xA4"); }},
+        {"16 bits of somebody else's", [](FAttributeValue& v) { v.referToText(u"\u00E4"); }},
+        {"an object of 8 bits",
+         [](FAttributeValue& v) { v.setObject(new CmString("\xC3\xA4"), Hold::adopt); }},
+        {"an object of 16 bits",
+         [](FAttributeValue& v) { v.setObject(new CmString(u"\u00E4"), Hold::adopt); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        failEachAllocation([&](FailingAllocation& memory) {
+            FAttributeValue values[2];
+            c.fill(values[0]);
+            c.fill(values[1]);
+            const char* bytes = "\xC3\xA4";
+            const char16_t* units = u"\u00E4";
+            memory.completes([&] {
+                bytes = values[0].getText8();
+                units = values[1].getText16();
+            });
+            EXPECT_STREQ(bytes, "\xC3\xA4");
+            EXPECT_EQ(std::u16string(units), u"\u00E4");
+            EXPECT_EQ(values[1].getString(), ConstString(u"\u00E4")) << "it stays as it was";
+        });
+    }
 }
 
 TEST(AttributesMemory, CopiesAndDetachesWholeOrNotAtAll) {
