@@ -376,6 +376,9 @@ private:
             object = old.instance;
         if (!object)
             return;
+        // One that stays stored may hold references.
+        if (object == old.instance.get())
+            binder_.addUnnamed(old.instance);
         if (old.list)
             old.list->add(object);
         else

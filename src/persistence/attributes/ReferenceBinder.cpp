@@ -85,6 +85,10 @@ Ref<FXmlReference> ReferenceBinder::addReference(uint64_t id) {
 
 void ReferenceBinder::addInstance(Ref<FXmlInstance> instance) {
     byId_[instance->id()] = instance.get();
+    addUnnamed(std::move(instance));
+}
+
+void ReferenceBinder::addUnnamed(Ref<FXmlInstance> instance) {
     own_.insert(instance.get());
     instances_.push_back(std::move(instance));
 }

@@ -19,6 +19,8 @@ public:
     Ref<FXmlReference> addReference(uint64_t id);
     /// Of two instances with one number the later one is meant.
     void addInstance(Ref<FXmlInstance> instance);
+    /// One that no reference means.
+    void addUnnamed(Ref<FXmlInstance> instance);
 
     /// Binds what `root` and the instances hold. A reference without an instance stays unbound.
     void bind(FAttributes& root);

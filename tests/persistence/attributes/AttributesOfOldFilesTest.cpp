@@ -72,11 +72,14 @@ TEST_P(AttributesOfOldFiles, TellsOfObjectsOfOldFilesThatAreLost) {
 
 TEST_P(AttributesOfOldFiles, KeepsObjectsThatNobodyIsToCreate) {
     BodyBytes bytes(GetParam());
-    bytes.int32(2).object("o", 108).text("NoSuchClass").int32(1).text("x").word(1).int64(7);
+    bytes.int32(3).object("a", 20).text("A").int64(5).int32(0);
+    bytes.object("o", 108).text("NoSuchClass").int32(2).text("x").word(1).int64(7).object("a", 21).int64(5);
     bytes.object("l", 101).int32(2).text("CmString").int32(0).text("").int32(0);
     FAttributes read;
     ASSERT_TRUE(load(bytes.bytes(), read, GetParam(), nullptr, OldObjects::kept));
-    EXPECT_EQ(read.findAttributes("o")->getInteger("x"), 7);
+    const FAttributes* state = read.findAttributes("o");
+    EXPECT_EQ(state->getInteger("x"), 7);
+    EXPECT_EQ(cast<FXmlReference>(state->find("a")->getObject())->target(), read.find("a")->getObject());
     ASSERT_EQ(read.count("l"), 1) << "there is no use for one without a class";
     EXPECT_TRUE(
         cast<FXmlInstance>(cast<FObjectList>(read.find("l")->getObject())->at(0))->isClass("CmString"));
