@@ -24,7 +24,8 @@ bool AttributesWalk::next() {
     while (!waiting_.empty()) {
         current_ = std::move(waiting_.back());
         waiting_.pop_back();
-        if (seen_.insert(current_.attributes->items()).second)
+        FAttributeItems* items = current_.attributes->items();
+        if (seen_.emplace(items, retain(items)).second)
             return true;
     }
     current_ = {};

@@ -3,7 +3,7 @@
 #include "persistence/attributes/FAttributes.h"
 
 #include <cstddef>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 namespace qorl {
@@ -17,8 +17,8 @@ namespace qorl {
 ///         for (int32_t i = 0; i < walk.attributes().count(); ++i)
 ///             walk.addNested(walk.attributes().at(i)->getObject());
 ///
-/// Entries may come and go meanwhile: it holds what is still to come, and must go before a root that stands
-/// on the stack. What finds no memory throws `std::bad_alloc`.
+/// Entries may come and go meanwhile: it holds the lists that came and what is still to come, and must go
+/// before a root that stands on the stack. What finds no memory throws `std::bad_alloc`.
 class AttributesWalk {
 public:
     /// They wait for their turn, the last ones first. `owner` is whose they are, for who has to know.
@@ -41,7 +41,8 @@ private:
 
     Step current_{};
     std::vector<Step> waiting_;
-    std::unordered_set<const FAttributeItems*> seen_;
+    // Held until the end, since an address that is free again would name another list.
+    std::unordered_map<const FAttributeItems*, Ref<FAttributeItems>> seen_;
 };
 
 } // namespace qorl

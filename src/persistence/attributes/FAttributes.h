@@ -162,7 +162,7 @@ public:
     /// From now on both have the same list.
     void shareWith(FAttributes& other);
     /// The same for all that share it; null before the first use.
-    const FAttributeItems* items() const { return items_.get(); }
+    FAttributeItems* items() const { return items_.get(); }
 
 private:
     friend class AttributesCopier;

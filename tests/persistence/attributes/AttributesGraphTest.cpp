@@ -68,6 +68,42 @@ TEST(AttributesGraph, TellsObjectsApartThatLiveOnlyWhileTheyAreWritten) {
     }
 }
 
+/// Empties attributes when it is written, and writes as many as may come to the place of their list.
+class Emptier : public CmObject {
+    QORL_CLASS(Emptier, CmObject)
+
+public:
+    bool storeAttributes(FAttributes* attributes) override {
+        *emptied = FAttributes();
+        for (int32_t i = 0; i < count; ++i) {
+            auto nested = make<FAttributes>();
+            nested->setObject("part", make<CmString>("live").get(), Hold::retain);
+            attributes->appendAttributes("list", std::move(nested));
+        }
+        return true;
+    }
+
+    static constexpr int32_t count = 8;
+    FAttributes* emptied = nullptr;
+};
+
+TEST(AttributesGraph, TellsListsApartThatGoWhileTheyAreDetached) {
+    const auto emptied = make<FAttributes>();
+    emptied->setInteger("x", 1);
+    const auto emptier = make<Emptier>();
+    emptier->emptied = emptied.get();
+    auto last = make<FAttributes>();
+    last->setObject("emptier", emptier.get(), Hold::retain);
+    FAttributes root;
+    root.setObject("last", last.get(), Hold::retain);
+    root.setObject("first", emptied.get(), Hold::retain);
+    ASSERT_TRUE(root.detachObjects());
+    ASSERT_TRUE(emptied->isEmpty());
+    FAttributes* stored = last->findAttributes("emptier");
+    for (int32_t i = 0; i < Emptier::count; ++i)
+        EXPECT_NE(cast<FXmlObject>(stored->nextAttributes("list")->find("part")->getObject()), nullptr) << i;
+}
+
 /// An object of a class that nobody registers, with links to others.
 class Node : public CmObject {
     QORL_CLASS(Node, CmObject)
