@@ -33,6 +33,12 @@ TEST(AttributesStream, HasItsBytes) {
                                "\x02\0\0\0l\0\x02\0\x02\0\x01\0\0\0\x03\0\0\0\0\0\0\0",
                                59);
     EXPECT_EQ(stored(attributes), expected);
+    const std::string reversed("\0\0\0\x03"
+                               "\0\0\0\x02i\0\0\x01\0\0\0\0\0\0\x01\x02"
+                               "\0\0\0\x02s\0\0\x08\0\0\0\x05x\0\xEF\xBB\xBF"
+                               "\0\0\0\x02l\0\0\x02\0\x02\0\0\0\x01\0\0\0\0\0\0\0\x03",
+                               59);
+    EXPECT_EQ(stored(attributes, 1), reversed);
 }
 
 struct SubkindCase {
