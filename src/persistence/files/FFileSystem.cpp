@@ -20,6 +20,12 @@ namespace {
 constexpr int32_t maxLegalLength = 260;
 constexpr std::u16string_view illegalCharacters = u"\\*?/:<>|\"\t\n\r";
 
+/// Null without memory.
+Ref<CmObject> copyOf(const FPath& path) {
+    Ref<CmObject> copy = Ref<CmObject>::adopt(path.clone());
+    return copy && static_cast<const FPath&>(*copy).isValid() ? copy : nullptr;
+}
+
 } // namespace
 
 bool FFileSystem::makeLegalName(String& text, char16_t replacement) try {
@@ -69,16 +75,21 @@ bool FFileSystem::namesFolder(const FPath& path) {
 }
 
 void FFileSystem::notify(int32_t kind, const FPath& path, FInterface* data) try {
+    auto* earlier = cast<FPath>(data);
     if (kind != fileWritten && kind != folderCreated) {
         FMountTable::forget(path);
-        if (const auto* earlier = cast<FPath>(castToCmObject(data)))
+        if (earlier)
             FMountTable::forget(*earlier);
     }
     auto* handler = UpdateHandler::current();
     const Ref<FMessage> message = FMessage::named(kind == folderRenamed ? "PathChanged" : "FileSystemChange");
-    const Ref<CmObject> copy = Ref<CmObject>::adopt(path.clone());
-    if (!handler || !message || !copy || !static_cast<const FPath&>(*copy).isValid())
+    // Who keeps the message has it longer than the caller has its paths.
+    const Ref<CmObject> copy = copyOf(path);
+    const Ref<CmObject> earlierCopy = earlier ? copyOf(*earlier) : nullptr;
+    if (!handler || !message || !copy || (earlier && !earlierCopy))
         return;
+    if (earlier)
+        data = earlierCopy.get();
     if (message->setObject8("Path", copy.get()) != Result::ok ||
         message->setInt8("Kind", kind) != Result::ok ||
         (data && message->setObject8("Data", data) != Result::ok))

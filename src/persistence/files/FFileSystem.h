@@ -88,8 +88,8 @@ public:
     virtual Ref<FFileIterator> getIterator(const FPath& path, int32_t mode = 0) = 0;
     /// Hands all dependents the message "FileSystemChange", and for `folderRenamed` "PathChanged". Its
     /// attributes: "Path", a copy of `path`; "Kind", of `Change`; "Data", the object that is given, for what
-    /// was renamed its earlier path. Without memory nobody is told. What is mounted of a file that went is
-    /// unmounted first.
+    /// was renamed a copy of its earlier path. Without memory nobody is told. What is mounted of a file that
+    /// went is unmounted first.
     virtual void notify(int32_t kind, const FPath& path, FInterface* data = nullptr);
     /// In local time. False where a place keeps no times; that is all there is by default.
     virtual bool setFileTime(const FPath& path, const platform::CalendarTime& written,

@@ -101,12 +101,15 @@ public:
     int32_t handleMessage(FMessage* message) override {
         log_ += message->getName().string().toUtf8() + ' ' + std::to_string(message->getInt("Kind")) + ' ' +
                 nameOf(message->getObject("Path"));
-        if (auto* data = message->getObject("Data"))
-            log_ += " was " + nameOf(data);
+        kept_ = retain(message->getObject("Data"));
+        if (kept_)
+            log_ += " was " + nameOf(kept_.get());
         log_ += '\n';
         return handled;
     }
     std::string take() { return std::exchange(log_, {}); }
+    /// The path that was told last as an earlier one.
+    std::string keptName() const { return nameOf(kept_.get()); }
 
 private:
     std::string nameOf(CmObject* object) const {
@@ -118,6 +121,7 @@ private:
 
     std::string folder_;
     std::string log_;
+    Ref<CmObject> kept_;
 };
 
 TEST(FNFileSystem, TellsItsDependentsWhatChanged) {
@@ -135,6 +139,7 @@ TEST(FNFileSystem, TellsItsDependentsWhatChanged) {
     EXPECT_EQ(log.take(), "") << "a file that was only read";
     files().rename(file, "b.txt");
     EXPECT_EQ(log.take(), "FileSystemChange 3 b.txt was a b%.txt\n");
+    EXPECT_EQ(log.keptName(), "a b%.txt") << "who keeps it has it when the rename is over";
     FNPath sub = folder.at("sub", true);
     files().createFolder(sub);
     EXPECT_EQ(log.take(), "FileSystemChange 5 sub/\n");
