@@ -3,6 +3,7 @@
 #include "persistence/files/FileCopying.h"
 #include "persistence/mounts/FMountTable.h"
 #include "persistence/streams/StreamProgress.h"
+#include "persistence/urls/FUrl.h"
 #include "platform/FileReplacement.h"
 #include "platform/Trash.h"
 
@@ -62,7 +63,7 @@ bool FNFileSystem::copy(const FPath& from, const FPath& to, StreamProgress* prog
         if (!stream)
             return false;
         const int64_t size = getFileSize(*stream);
-        isCopied = awayTo ? FileCopying::copyInto(*awayTo, to, std::move(stream), size, progress)
+        isCopied = awayTo ? FileCopying::copyInto(*awayTo, FUrl(to), std::move(stream), size, progress)
                           : copyToDisk(std::move(stream), size, target, progress);
         if (isCopied)
             FileCopying::takeOverTimes(*this, from, *this, to);

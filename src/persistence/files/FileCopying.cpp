@@ -1,10 +1,11 @@
 #include "persistence/files/FileCopying.h"
 
 #include "foundation/Cast.h"
+#include "foundation/FUID.h"
 #include "persistence/files/DurableFiles.h"
-#include "persistence/files/FPath.h"
 #include "persistence/streams/FBufferedStream.h"
 #include "persistence/streams/StreamProgress.h"
+#include "persistence/urls/FUrl.h"
 
 #include <new>
 #include <string>
@@ -21,18 +22,30 @@ bool hasFailed(const FStream& stream) {
     return !stream.isValid() || (file && file->getLastError() != 0);
 }
 
+/// Puts "~" and `mark` in front of a name.
+void setNameBeside(FUrl& place, const std::u16string& name, const std::string& mark) {
+    const std::u16string beside = u'~' + std::u16string(mark.begin(), mark.end()) + name;
+    place.setName(ConstString(std::u16string_view(beside)));
+    if (!place.isValid())
+        throw std::bad_alloc();
+}
+
 /// Gives `place` a name in its folder that no file has.
-bool findNameBeside(FFileSystem& files, FPath& place) {
+bool findNameBeside(FFileSystem& files, FUrl& place) {
     const std::u16string name = place.getName().toUtf16();
     place.setIsFolder(false);
     for (int i = 0; i < mostNamesTried; ++i) {
-        const std::string number = i == 0 ? std::string() : std::to_string(i);
-        const std::u16string beside = u'~' + std::u16string(number.begin(), number.end()) + name;
-        place.setName(ConstString(std::u16string_view(beside)));
-        if (!place.isValid())
-            throw std::bad_alloc();
-        if (!files.exists(place))
+        setNameBeside(place, name, i == 0 ? std::string() : std::to_string(i));
+        if (!files.mayExist(place))
             return true;
+        if (files.exists(place))
+            continue;
+        // Nobody can tell, so it takes a name that nobody has.
+        FUID drawn;
+        if (!drawn.generate())
+            return false;
+        setNameBeside(place, name, drawn.toPlainString());
+        return true;
     }
     return false;
 }
@@ -71,14 +84,11 @@ bool copyBytes(Ref<FStream> source, int64_t size, StreamProgress* progress, cons
     }
 }
 
-bool copyInto(FFileSystem& files, const FPath& to, Ref<FStream> source, int64_t size,
+bool copyInto(FFileSystem& files, const FUrl& to, Ref<FStream> source, int64_t size,
               StreamProgress* progress) {
-    const Ref<CmObject> copy = Ref<CmObject>::adopt(to.clone());
-    if (!copy)
-        return false;
-    auto& place = static_cast<FPath&>(*copy);
+    FUrl place(to);
     const bool isReplacing = files.mayExist(to);
-    if (isReplacing && !findNameBeside(files, place))
+    if (!place.isValid() || (isReplacing && !findNameBeside(files, place)))
         return false;
     Ref<FStream> target = files.createFile(place, FFileStream::writeAccess);
     if (!target)

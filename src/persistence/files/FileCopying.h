@@ -4,6 +4,10 @@
 
 #include <functional>
 
+namespace qorl {
+class FUrl;
+}
+
 /// What all copies of a file share, whatever places they go between. Each throws std::bad_alloc.
 namespace qorl::FileCopying {
 
@@ -18,7 +22,7 @@ bool copyBytes(Ref<FStream> source, int64_t size, StreamProgress* progress, cons
 /// A file of another place into one of `files`. In place of an existing one only when all of it is there;
 /// what fails leaves `to` as it was. Where `files` can't tell whether one exists, it has to be able to
 /// rename.
-bool copyInto(FFileSystem& files, const FPath& to, Ref<FStream> source, int64_t size,
+bool copyInto(FFileSystem& files, const FUrl& to, Ref<FStream> source, int64_t size,
               StreamProgress* progress);
 /// Gives a copy the times of its source, where both sides know them.
 void takeOverTimes(FFileSystem& source, const FPath& from, FFileSystem& target, const FPath& to);

@@ -209,11 +209,13 @@ TEST(FVFileSystem, NeverLosesAFileByCopyingOverIt) {
     };
     const RegisteredService<Unasked> unasked("vfs://unasked");
     unasked->add("to", "earlier");
+    unasked->add("~to", "of the user");
     ProgressRecorder cancel(70000);
     EXPECT_FALSE(files().copy(at("vfs://m/from"), at("vfs://unasked/to"), &cancel));
     EXPECT_EQ(unasked->read("to"), "earlier") << "what can't be asked for may be there";
     EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://unasked/to")));
-    EXPECT_EQ(unasked->list(), "to ");
+    EXPECT_EQ(unasked->list(), "to ~to ");
+    EXPECT_EQ(unasked->read("~to"), "of the user");
     EXPECT_FALSE(files().copy(at("vfs://m/from"), at("VFS://M/%66rom"))) << "onto itself";
     ProgressRecorder patient;
     EXPECT_TRUE(files().copy(at("vfs://m/from"), at("vfs://m/to"), &patient));
@@ -252,9 +254,10 @@ TEST(FVFileSystem, IsReachedThroughTheDisk) {
     folder.write("disk", "from the disk");
     auto& disk = *FNFileSystem::instance();
     const FNPath onDisk = folder.at("disk");
-    for (const FPath& path : {FPath("vfs://m/f/a"), FPath("vfs://m/f/b c")}) {
+    for (const FPath& path : {FPath("vfs://m/f/a"), FPath("vfs://m/f/b c"), FPath("vfs://m/f/b%20c")}) {
         SCOPED_TRACE(path.toUtf8());
         EXPECT_TRUE(disk.copy(onDisk, path));
+        EXPECT_TRUE(disk.copy(onDisk, path)) << "over the one that is there";
         EXPECT_TRUE(disk.exists(path));
         EXPECT_EQ(disk.getFileSizeOf(path), 13);
         EXPECT_TRUE(disk.copy(path, folder.at("back")));
