@@ -104,6 +104,7 @@ public:
     FFileType type{"Pack", "pack"};
     std::string capabilities = "CanRead CanWrite CanIterate";
     bool fails = false;
+    std::function<void()> whileCreating;
     std::function<void()> whileMounting;
     std::atomic<int> made{0};
     std::string modes;
@@ -152,6 +153,8 @@ private:
 
 inline Ref<FInterface> PackComponent::createInstance(CmObject* component) {
     auto* pack = cast<PackComponent>(component);
+    if (pack->whileCreating)
+        pack->whileCreating();
     return Ref<FInterface>::adopt(static_cast<CmObject*>(new PackInstance(*pack)));
 }
 

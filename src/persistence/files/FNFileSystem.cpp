@@ -200,8 +200,10 @@ Ref<FStream> FNFileSystem::createFile(const FPath& path, uint32_t mode, int32_t*
     const int32_t sectorSize = mode & FFileStream::unbuffered ? platform::getSectorSize(native) : 0;
     Ref<FFileStream> stream = streamOf(std::move(file), *url, mode | FFileStream::writeAccess, sectorSize);
     // Last, since nothing brings the earlier contents back.
-    if (stream->setLength(0))
+    if (stream->setLength(0)) {
+        FMountTable::forget(path);
         return stream;
+    }
     tellError(error, platform::FileError{stream->getLastError()});
     return nullptr;
 } catch (const std::bad_alloc&) {

@@ -94,6 +94,19 @@ bool holdsTypeOf(IVirtualFileSystem& instance, const FUrl& url) {
     return isFound;
 }
 
+/// Whether a file is `outer`, or lies in it or below it.
+bool isAtOrBelow(std::string_view key, std::string_view outer) {
+    return key.starts_with(outer) && (key.size() == outer.size() || key[outer.size()] == '/');
+}
+
+// A component may read URLs while it is made to tell its types; it is not asked for them once more then.
+constinit thread_local bool isAskingForTypes = false;
+struct Asking {
+    Asking() { isAskingForTypes = true; }
+    Asking(const Asking&) = delete;
+    ~Asking() { isAskingForTypes = false; }
+};
+
 /// Whether a name, in the form of a URL, ends in one of the extensions.
 bool hasExtension(std::string_view segment, const std::vector<String>& extensions) {
     if (extensions.empty() || segment.find('.') == std::string_view::npos)
@@ -147,7 +160,10 @@ void FMountTable::removeComponent(const CmObject* component) {
     }
     for (auto next = mounts_.begin(); next != mounts_.end();) {
         const auto mount = next++;
-        if (mount->second.files->component() != component)
+        // An outer file stands in front of those in it.
+        const bool standsOnOne = std::ranges::any_of(
+            removed, [&](const auto& outer) { return isAtOrBelow(mount->first, outer.first); });
+        if (mount->second.files->component() != component && !standsOnOne)
             continue;
         mount->second.files->remove();
         removed.insert(mounts_.extract(mount));
@@ -186,6 +202,9 @@ std::vector<String> FMountTable::knownExtensions() {
             return extensions_;
         generation = generation_;
     }
+    if (isAskingForTypes)
+        return {};
+    const Asking asking;
     std::vector<String> extensions;
     for (const Component& each : components()) {
         const Ref<FInterface> made = each.create(each.component.get());
@@ -410,7 +429,7 @@ FMountTable::Mounts FMountTable::takeOut(std::string_view key, Unmount how,
     const FGuard guard(lock_);
     std::vector<Mounts::iterator> inside;
     for (auto next = mounts_.lower_bound(key); next != mounts_.end() && next->first.starts_with(key); ++next)
-        if (next->first.size() == key.size() || next->first[key.size()] == '/')
+        if (isAtOrBelow(next->first, key))
             inside.push_back(next);
     const bool isOther = only && (inside.empty() || inside.front()->second.files != only);
     const bool isUsed = std::ranges::any_of(

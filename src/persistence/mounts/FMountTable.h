@@ -56,7 +56,7 @@ public:
     /// The components are asked in their own order (`compare`), equal ones in that of their addition. False
     /// without memory.
     bool addComponent(Ref<CmObject> component, CreateInstance create);
-    /// Takes its mounts away as well.
+    /// Takes its mounts away as well, with all that are mounted in them.
     void removeComponent(const CmObject* component);
     void removeAllComponents();
     /// Not owned; null takes them away.

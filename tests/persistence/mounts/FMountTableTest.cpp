@@ -9,6 +9,7 @@
 #include "support/PackComponent.h"
 #include "support/SettingsFolder.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -241,6 +242,23 @@ TEST(FMountTable, DoesNotWaitForItself) {
     EXPECT_EQ(pack.component->made, 1);
 }
 
+TEST(FMountTable, LetsComponentsReadUrlsWhileTheyAreMade) {
+    const Pack pack;
+    const RegisteredService memory("vfs:");
+    constexpr int tooMany = 10;
+    int depth = 0;
+    int deepest = 0;
+    pack.component->whileCreating = [&] {
+        deepest = std::max(deepest, ++depth);
+        if (depth < tooMany)
+            FNFileSystem::instance()->exists(urlAt("vfs://m/part.pack/x"));
+        --depth;
+    };
+    memory->add("part.pack", "x=y");
+    EXPECT_EQ(readIn(table().findInside(pack.inside), pack.inside), "x");
+    EXPECT_LT(deepest, tooMany) << "it is asked for its types while it asks";
+}
+
 class MountingThread : public FThread {
 public:
     explicit MountingThread(const FUrl& url) : FThread("mounting"), url_(url) {}
@@ -370,6 +388,13 @@ const FileChange fileChanges[] = {
          return FNFileSystem::instance()->rename(url, "b.pack");
      },
      "nothing"},
+    {"created anew by one who shares it",
+     [](const SettingsFolder&, const std::string& pack) {
+         constexpr uint32_t shared =
+             FFileStream::writeAccess | FFileStream::shareRead | FFileStream::shareWrite;
+         return FNFileSystem::instance()->createFile(urlAt(pack), shared)->writeChars("a=new", false);
+     },
+     "new"},
     {"in a folder that was renamed",
      [](const SettingsFolder&, const std::string& pack) {
          FUrl url = urlAt(pack);
@@ -440,6 +465,24 @@ TEST(FMountTable, LetsGoOfAComponentsMounts) {
     }
     EXPECT_EQ(readIn(files, inside), "nothing");
     EXPECT_EQ(table().findInside(inside), nullptr);
+}
+
+TEST(FMountTable, LetsGoOfMountsThatStandOnAComponent) {
+    const SettingsFolder folder;
+    folder.write("a.pack", "b.kit=c=deep");
+    folder.write("a.pack.kit", "c=flat");
+    const MountedComponent packs;
+    const MountedComponent kits;
+    kits->type = FFileType("Kit", "kit");
+    const FNPath deep = folder.at("a.pack/b.kit/c");
+    const FNPath flat = folder.at("a.pack.kit/c");
+    const Ref<FFileSystem> inner = table().findInside(deep);
+    const Ref<FFileSystem> other = table().findInside(flat);
+    EXPECT_EQ(readIn(inner, deep), "deep");
+    table().removeComponent(packs.component.get());
+    EXPECT_EQ(readIn(inner, deep), "nothing");
+    EXPECT_EQ(table().findInside(deep), nullptr);
+    EXPECT_EQ(table().findInside(flat), other) << "beside it";
 }
 
 TEST(FMountTable, AsksThoseWhoKeepTheArchives) {
