@@ -81,7 +81,10 @@ void FUrl::adoptNative(const FPath& path) try {
         adopt(PathText::fromNative(native), path.isFolder());
         return;
     }
-    *this = FUrl(ConstString("file"), {}, 0, ConstString(std::string_view(UrlBytes::encodePath(native))));
+    FUrl url(ConstString("file"), {}, 0, ConstString(std::string_view(UrlBytes::encodePath(native))));
+    url.flags_ = flags_;
+    url.fileType_ = fileType_;
+    *this = std::move(url);
     setIsFolder(path.isFolder());
 } catch (const std::bad_alloc&) {
     clearAll();

@@ -59,7 +59,7 @@ void UrlMetaHandler::unregisterHandler(std::string_view scheme) {
     });
 }
 
-Ref<FUrlHandler> UrlMetaHandler::createHandler(const FUrl& url) try {
+Ref<FUrlHandler> UrlMetaHandler::makeHandler(const FUrl& url) {
     const std::string key = UrlBytes::lowerCase(url.scheme().toUtf8());
     CreateHandler create = nullptr;
     {
@@ -69,13 +69,17 @@ Ref<FUrlHandler> UrlMetaHandler::createHandler(const FUrl& url) try {
             create = found->create;
     }
     return create ? create(url) : nullptr;
+}
+
+Ref<FUrlHandler> UrlMetaHandler::createHandler(const FUrl& url) try {
+    return makeHandler(url);
 } catch (const std::bad_alloc&) {
     return nullptr;
 }
 
-Ref<FStream> UrlMetaHandler::openUrl(const FUrl& url, int32_t* error) {
+Ref<FStream> UrlMetaHandler::openUrl(const FUrl& url, int32_t* error) try {
     tellError(error, std::errc());
-    const Ref<FUrlHandler> handler = createHandler(url);
+    const Ref<FUrlHandler> handler = makeHandler(url);
     if (!handler) {
         tellError(error, std::errc::protocol_not_supported);
         return nullptr;
@@ -85,6 +89,9 @@ Ref<FStream> UrlMetaHandler::openUrl(const FUrl& url, int32_t* error) {
         tellError(error,
                   handler->error() != 0 ? std::errc(handler->error()) : std::errc::no_such_file_or_directory);
     return retain(stream);
+} catch (const std::bad_alloc&) {
+    tellError(error, std::errc::not_enough_memory);
+    return nullptr;
 }
 
 } // namespace qorl

@@ -37,6 +37,8 @@ public:
     Ref<FStream> openUrl(const FUrl& url, int32_t* error = nullptr);
 
 private:
+    Ref<FUrlHandler> makeHandler(const FUrl& url);
+
     struct Entry {
         std::string scheme;
         CreateHandler create;

@@ -171,6 +171,10 @@ TEST(FUrl, IsAPathByItsName) {
     EXPECT_EQ(url.toUtf8(), "file:///z/new%20name.xml/");
     url.setFolder("vfs://host/a%20b");
     EXPECT_EQ(url.toUtf8(), "vfs://host/a%20b/new%20name.xml/") << "to another place";
+    url.setNative("/y/new name.xml");
+    FFileType type;
+    url.getFileType(type);
+    EXPECT_EQ(type.extension().toUtf8(), "xml") << "of the file, wherever it lies";
     FUrl slash{ConstString("vfs://host/a%2fb")};
     slash.setFileType(FFileType::xmlFile());
     EXPECT_EQ(slash.toUtf8(), "vfs://host/a%2fb.xml") << "a name stays one segment";
