@@ -1,9 +1,9 @@
 #include "persistence/files/FNFileSystem.h"
+#include "support/EnvironmentScope.h"
 #include "support/FailingAllocation.h"
 #include "support/SettingsFolder.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -71,18 +71,15 @@ TEST(FNFileSystem, LeavesNoTemporaryFileWithoutMemory) {
 
 TEST(FNFileSystem, PutsFilesIntoTheBin) {
     const SettingsFolder folder;
-    const char* earlier = std::getenv("XDG_DATA_HOME");
-    const std::string kept = earlier ? earlier : "";
-    setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+    const testing::EnvironmentScope data("XDG_DATA_HOME", (folder / "data").c_str());
     folder.write("song.wav", "x");
+    folder.write("songs/one.wav", "y");
     EXPECT_TRUE(files().trash(folder.at("song.wav")));
+    EXPECT_TRUE(files().trash(folder.at("songs")));
     EXPECT_FALSE(files().trash(folder.at("song.wav"))) << "it is gone";
     EXPECT_FALSE(files().trash(FNPath()));
     EXPECT_EQ(folder.read("data/Trash/files/song.wav"), "x");
-    if (earlier)
-        setenv("XDG_DATA_HOME", kept.c_str(), 1);
-    else
-        unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(folder.read("data/Trash/files/songs/one.wav"), "y");
 }
 
 TEST(FNFileSystem, FindsFilesOfTheSystem) {
