@@ -9,7 +9,7 @@ namespace qorl {
 
 namespace {
 
-/// The extensions of a mask such as "*.wav;*.aif"; none where it lets everything pass.
+/// The extensions of a mask such as "*.wav;*.aif"; none where it lets everything pass. Throws std::bad_alloc.
 std::vector<String> extensionsOf(const ConstString& mask) {
     std::vector<String> extensions;
     const std::string text = mask.toUtf8();
@@ -23,15 +23,18 @@ std::vector<String> extensionsOf(const ConstString& mask) {
             part.remove_prefix(1);
         if (part == "*")
             return {};
-        if (!part.empty())
-            extensions.emplace_back(part);
+        if (part.empty())
+            continue;
+        if (extensions.emplace_back(part).isEmpty())
+            throw std::bad_alloc();
     }
     return extensions;
 }
 
 bool passes(const FNFileSearch& search) {
-    const int32_t kind = search.found.isFolder() ? FFileSystem::folders : FFileSystem::files;
-    if (search.mode != 0 && (search.mode & kind) == 0)
+    const int32_t others = search.found.isFolder() ? FFileSystem::files : FFileSystem::folders;
+    const int32_t kinds = search.mode & (FFileSystem::files | FFileSystem::folders);
+    if (kinds == others)
         return false;
     if (search.found.isFolder() || search.extensions.empty())
         return true;
@@ -63,13 +66,15 @@ bool FNFileSystem::findNext(FNFileSearch& search) try {
         search.found.setPath(ConstString(std::string_view(search.folder + entry.name)),
                              entry.kind == platform::FileKind::folder);
         search.found.setIsHidden(entry.isHidden);
-        if (search.found.isValid() && passes(search))
+        if (!search.found.isValid())
+            throw std::bad_alloc();
+        if (passes(search))
             return true;
     }
     search.found = {};
     return false;
 } catch (const std::bad_alloc&) {
-    search.found = {};
+    search = {};
     return false;
 }
 

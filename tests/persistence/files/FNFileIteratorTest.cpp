@@ -3,6 +3,7 @@
 #include "foundation/Cast.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/files/PathText.h"
+#include "support/FailingAllocation.h"
 #include "support/SettingsFolder.h"
 
 #include <filesystem>
@@ -48,6 +49,7 @@ TEST(FNFileIterator, GivesWhatItsMaskAndModeAskFor) {
         {".aif;*.txt;", FFileSystem::files, "c.aif d.wav.txt "},
         {"*.WAV.txt", FFileSystem::files, "d.wav.txt "},
         {"*.*", FFileSystem::files, ".wav a.wav b.WAV c.aif d.wav.txt self two\nlines.wav wav \xE4\xFF.wav "},
+        {"*.aif", 4, "c.aif loop/ sub/ "},
         {"none", FFileSystem::files, ""},
     };
     for (const Case& c : cases) {
@@ -69,6 +71,16 @@ TEST(FNFileIterator, GivesWhatItsMaskAndModeAskFor) {
     EXPECT_EQ(search.found.toUtf8(), folder / "walk/a.wav");
     fs::remove_all(folder / "walk");
     EXPECT_TRUE(files().findNext(search)) << "the folder as it was";
+}
+
+TEST(FNFileIterator, TakesNoFolderForEmptyWithoutMemory) {
+    const SettingsFolder folder;
+    folder.write("walk/a.wav", "x");
+    const FNPath place = folder.at("walk");
+    failEachAllocation([&](FailingAllocation& allocation) {
+        const auto iterator = allocation.during([&] { return FNFileIterator::open(place, 0, "*.wav"); });
+        EXPECT_TRUE(iterator ? iterator->next() != nullptr : allocation.hasFailed());
+    });
 }
 
 TEST(FNFileIterator, OpensWhateverItFinds) {
