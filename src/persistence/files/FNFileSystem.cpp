@@ -321,6 +321,9 @@ bool FNFileSystem::move(FPath& path, const FPath& newFolder) try {
     if (!moveTo(native, target))
         return false;
     const bool isFolder = path.isFolder();
+    // A relative target counts from the current folder, whatever the path counted from.
+    if (auto* located = cast<FNPath>(&path))
+        located->setLocation(FNPath::noKind);
     path.setNative(ConstString(std::string_view(target)));
     path.setIsFolder(isFolder);
     return true;

@@ -296,7 +296,13 @@ bool FPath::storeAttributes(FAttributes* attributes) {
 }
 
 bool FPath::restoreAttributes(FAttributes* attributes) {
-    setFullPath(attributes->getString("Path"));
+    const String path = attributes->getString("Path");
+    setFullPath(path);
+    // A folder without a name in it; names are stored without a final separator.
+    if (!cast<FUrl>(this) && !path.isEmpty() && path.charEquals(path.size() - 1, separator)) {
+        setName({});
+        setFolder(path);
+    }
     pathType_ = static_cast<uint16_t>(attributes->getInteger("PathType"));
     flags_ = static_cast<uint16_t>(attributes->getInteger("Flags"));
     setIsFolder(attributes->getInteger("IsFolder") != 0);

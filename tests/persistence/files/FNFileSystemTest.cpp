@@ -211,6 +211,11 @@ TEST(FNFileSystem, RenamesWithinTheFolderOnly) {
     EXPECT_TRUE(files().rename(relative, "b.xml"));
     EXPECT_TRUE(relative.isRelative()) << "it still counts from the folder of the user";
     EXPECT_EQ(relative.toUtf8(), folder / "settings/b.xml");
+    const std::filesystem::path earlier = std::filesystem::current_path();
+    std::filesystem::current_path(folder / "");
+    EXPECT_TRUE(files().move(relative, FNPath("tub")));
+    EXPECT_TRUE(files().exists(relative)) << "it counts from the current folder now";
+    std::filesystem::current_path(earlier);
 }
 
 TEST(FNFileSystem, TakesUrlsThatLeadToTheDisk) {

@@ -296,6 +296,14 @@ TEST(FPath, KeepsItsStateAsAttributes) {
     attributes.setInteger("PathType", 60'000);
     ASSERT_TRUE(path.restoreAttributes(&attributes));
     EXPECT_EQ(path.toUtf8(), "d/\xC3\xA4.xml") << "of a folder that nobody knows";
+    for (const char* text : {"/a/b", "/", "b"}) {
+        FNPath bare;
+        bare.setFolder(text);
+        FAttributes stored;
+        ASSERT_TRUE(bare.storeAttributes(&stored) && path.restoreAttributes(&stored));
+        EXPECT_TRUE(path.isEqual(&bare)) << path.toUtf8();
+        EXPECT_TRUE(path.getName().isEmpty()) << "the next name goes into the folder";
+    }
 }
 
 TEST(FPath, NeverStoresPartOfItWhenMemoryRunsOut) {
