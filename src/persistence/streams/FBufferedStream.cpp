@@ -39,13 +39,13 @@ int64_t findEnd(FStream& stream, int64_t position) {
     int64_t size = -1;
     if (!sizeable || sizeable->getStreamSize(size) != Result::ok)
         return std::max<int64_t>(end, -1);
-    // What can't be moved in says 0 for not knowing.
+    // Streams of others say 0 for not knowing.
     if (end < 0)
         return size > 0 ? size : -1;
     // What this one knows of its size may be a mere claim.
     if (cast<FCompressionStream>(&stream))
         return hasMoved ? end : -1;
-    return size == end ? end : -1;
+    return size == end || (hasMoved && size == 0) ? end : -1;
 }
 
 } // namespace

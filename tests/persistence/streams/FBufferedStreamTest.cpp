@@ -373,6 +373,27 @@ TEST(FBufferedStream, ReadsOnWhereTheEndIsNotKnown) {
               text);
 }
 
+/// Tells no size, as streams of others do.
+class UnsizedStream : public ShakyStream, public ISizeableStream {
+    QORL_CLASS(UnsizedStream, ShakyStream)
+    QORL_FACES(UnsizedStream, ShakyStream, ISizeableStream)
+
+public:
+    using ShakyStream::ShakyStream;
+    Result getStreamSize(int64_t& size) override {
+        size = 0;
+        return Result::ok;
+    }
+    Result setStreamSize(int64_t) override { return Result::notImplemented; }
+};
+
+TEST(FBufferedStream, FindsTheEndOfAStreamThatTellsNoSize) {
+    const auto stream = buffered(Form::plain, make<UnsizedStream>("0123456789"), 4);
+    expectSeeks(*stream, {{-3, FStream::fromEnd, 7}});
+    EXPECT_EQ(stream->write("x", 1), 1);
+    EXPECT_EQ(readUpTo(*stream, 9), "89");
+}
+
 TEST(FBufferedStream, TakesNoFailureForTheEnd) {
     const auto compressed = make<FMemoryStream>();
     const std::string text(5000, 'x');
