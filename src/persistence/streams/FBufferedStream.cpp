@@ -328,7 +328,7 @@ Result FBufferedStream::setStreamSize(int64_t size) {
     if (!sizeable)
         return Result::failure;
     flush();
-    const Result result = sizeable->setStreamSize(size);
+    const Result result = isUsable() ? sizeable->setStreamSize(size) : Result::failure;
     if (result != Result::ok)
         return result;
     endPosition_ = size;

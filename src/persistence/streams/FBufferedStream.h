@@ -55,7 +55,8 @@ public:
     void setProgress(StreamProgress* monitor) override { progress_ = monitor; }
     /// `Result::failure`, and -1, while the end isn't known.
     Result getStreamSize(int64_t& size) override;
-    /// `Result::failure` unless the stream is writable and the inner one's size can be set.
+    /// `Result::failure` unless the stream is writable, its block could be written, and the inner one's size
+    /// can be set.
     Result setStreamSize(int64_t size) override;
 
     /// The progress monitor is told of a new position that is more than this many bytes away from what it

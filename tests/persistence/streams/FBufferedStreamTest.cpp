@@ -183,6 +183,13 @@ TEST(FBufferedStream, TellsByTheFileThatItCouldNotBeCut) {
     });
     EXPECT_TRUE(outcome.isMet);
     EXPECT_TRUE(outcome.answer);
+    const auto sized = FailingDisk::run(1, DiskFault::error, [&] {
+        const auto stream = buffered(Form::plain, file, 8);
+        stream->write("12345", 5);
+        return stream->setStreamSize(3) == Result::ok;
+    });
+    EXPECT_TRUE(sized.isMet);
+    EXPECT_FALSE(sized.answer) << "the block got lost";
 }
 
 TEST(FBufferedStream, ReadsUnbufferedFilesToTheirLastByte) {
