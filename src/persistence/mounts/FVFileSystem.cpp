@@ -88,11 +88,12 @@ bool FVFileSystem::registerService(const ConstString& uri, Ref<VirtualFileServic
         url.hasScheme(FUrl::networkScheme))
         return false;
     std::string key = serviceKey(url, url.host().toUtf8());
+    Ref<VirtualFileService> earlier; // goes when the lock is open again
+    // Handlers come and go under the lock, so that none is taken from a service that comes.
+    const FGuard guard(lock_);
     // A service that is not held may go, so it comes last.
     if (!urls->registerHandler(url.scheme().toUtf8(), &FVfsHandler::create))
         return false;
-    Ref<VirtualFileService> earlier; // goes when the lock is open again
-    const FGuard guard(lock_);
     const auto found = std::ranges::find(services_, key, &Registered::uri);
     if (found != services_.end())
         earlier = std::exchange(found->service, std::move(service));
@@ -107,21 +108,19 @@ bool FVFileSystem::unregisterService(const ConstString& uri) try {
     const FUrl url = uriOf(uri);
     const std::string key = serviceKey(url, url.host().toUtf8());
     const std::string scheme = serviceKey(url, {});
-    Ref<VirtualFileService> earlier;
-    bool isLast = false;
-    {
-        const FGuard guard(lock_);
-        const auto found = std::ranges::find(services_, key, &Registered::uri);
-        if (found == services_.end())
-            return false;
-        earlier = std::move(found->service);
-        services_.erase(found);
-        isLast = std::ranges::none_of(services_,
-                                      [&](const Registered& other) { return other.uri.starts_with(scheme); });
-    }
+    const std::string handler = url.scheme().toUtf8();
     auto* urls = UrlMetaHandler::instance();
+    Ref<VirtualFileService> earlier; // as above
+    const FGuard guard(lock_);
+    const auto found = std::ranges::find(services_, key, &Registered::uri);
+    if (found == services_.end())
+        return false;
+    earlier = std::move(found->service);
+    services_.erase(found);
+    const bool isLast = std::ranges::none_of(
+        services_, [&](const Registered& other) { return other.uri.starts_with(scheme); });
     if (isLast && urls && !url.hasScheme(FUrl::virtualScheme))
-        urls->unregisterHandler(url.scheme().toUtf8());
+        urls->unregisterHandler(handler);
     return true;
 } catch (const std::bad_alloc&) {
     return false;

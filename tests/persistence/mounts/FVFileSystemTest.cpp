@@ -10,8 +10,10 @@
 #include "support/SettingsFolder.h"
 #include "support/ShakyStream.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 
 namespace qorl {
 namespace {
@@ -119,6 +121,22 @@ TEST(FVFileSystem, IsWhatUrlsOfItsSchemesAreReadThrough) {
     EXPECT_EQ(urls.createHandler(at("pitchplate://x/a")), nullptr) << "goes with the service";
     EXPECT_NE(urls.createHandler(at("vfs://x/a")), nullptr);
     EXPECT_EQ(urls.openUrl(at("vfs://x/a")), nullptr);
+}
+
+TEST(FVFileSystem, IsReadThroughWhileOthersOfTheSchemeComeAndGo) {
+    std::atomic<bool> isOver{false};
+    std::thread others([&] {
+        while (!isOver)
+            const RegisteredService other("pair://other");
+    });
+    int missing = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const RegisteredService own("pair://own");
+        missing += UrlMetaHandler::instance()->createHandler(at("pair://own/x")) == nullptr;
+    }
+    isOver = true;
+    others.join();
+    EXPECT_EQ(missing, 0);
 }
 
 TEST(FVFileSystem, DoesWhatFileSystemsDo) {
