@@ -360,7 +360,7 @@ private:
     }
 
     /// One of an unknown class or without one, or that refuses its attributes, is told to the global error
-    /// sink, and dropped. One of a known class that could not come to be, for want of memory, stays stored.
+    /// sink, and dropped. One of a known class that could not come to be stays stored.
     void createOldObject() {
         const OldObject old = std::move(oldObjects_.back());
         oldObjects_.pop_back();

@@ -73,6 +73,7 @@ FXmlInstance::~FXmlInstance() {
 }
 
 /// An instance that only this one holds would be lost to those that watch it, did it go with the attributes.
+/// And an attempt that found no memory has left the lists half read.
 void FXmlInstance::keepParts(FAttributes& attributes) {
     AttributesWalk walk;
     const auto keep = [this, &walk](CmObject* part) {
@@ -88,6 +89,8 @@ void FXmlInstance::keepParts(FAttributes& attributes) {
         for (int32_t i = 0; i < walk.attributes().count(); ++i) {
             CmObject* object = walk.attributes().at(i)->getObject();
             keep(object);
+            if (auto* list = cast<FAttrList>(object))
+                list->resetCursor();
             const auto* objects = cast<FObjectList>(object);
             for (int32_t item = 0; objects && item < objects->count(); ++item)
                 keep(objects->at(item));
@@ -103,11 +106,15 @@ CmObject* FXmlInstance::getObject() {
         return nullptr;
     }
     auto* factory = ClassFactory::instance();
+    const ClassRecord* record = factory ? factory->findByName(className_.text8()) : nullptr;
     const Ref<FInterface> created = factory ? factory->createByName(className_.text8()) : nullptr;
+    // A factory gives nothing only without memory, and null would be taken for a part that there is none of.
+    if (!created && record && record->create())
+        throw std::bad_alloc();
     const Ref<CmObject> object = retain(castToCmObject(created.get()));
     if (!object) {
-        // It is stored again as it is: its class may be there in the next run, or memory the next time.
-        isClassMissing_ = !factory || !factory->findByName(className_.text8());
+        // It is stored again as it is: its class may be there in the next run.
+        isClassMissing_ = !record;
         FObjectArchive::reportGlobally(isClassMissing_ ? FObjectArchive::classNotRegistered
                                                        : FObjectArchive::wrongObject,
                                        className_.text8());
@@ -116,7 +123,6 @@ CmObject* FXmlInstance::getObject() {
     try {
         keepParts(*attributes_);
     } catch (const std::bad_alloc&) {
-        // Null would be taken for a part that there is none of.
         parts_.clear();
         throw;
     }

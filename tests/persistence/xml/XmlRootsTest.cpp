@@ -433,9 +433,10 @@ TEST(XmlRoots, ReadAndWrittenWithoutMemoryTellOfIt) {
     const auto leaf = make<GraphNode>(2);
     const auto root = make<GraphNode>(1);
     root->next = leaf;
-    root->links = {leaf};
+    root->links = {leaf, make<GraphNode>(3)};
     Writing whole;
     const std::string text(whole.object("root", root.get()).data("leaf", leaf.get()).save());
+    const std::string graph = GraphNode::describe(root.get());
     // What finds another way is whole, too.
     failEachAllocation([&](FailingAllocation& allocation) {
         Writing writing;
@@ -444,15 +445,35 @@ TEST(XmlRoots, ReadAndWrittenWithoutMemoryTellOfIt) {
         EXPECT_TRUE(isSaved || allocation.hasFailed());
         EXPECT_EQ(isSaved, writing.stream.bytes() == text);
     });
-    for (const char* selected : {static_cast<const char*>(nullptr), "root"}) {
+    const struct {
+        std::string text;
+        const char* selected;
+        std::string graph;
+    } cases[] = {
+        {text, nullptr, graph},
+        {text, "root", graph},
+        {"<Doc><root name='root' ID='1'/><obj class='GraphNode' ID='1'><obj name='next' ID='1'/></obj></Doc>",
+         nullptr, "0: >0 \n"},
+    };
+    for (const auto& c : cases) {
         failEachAllocation([&](FailingAllocation& allocation) {
-            Reading reading(text);
-            const bool isRead = allocation.during([&] { return reading.document.load("Doc", selected); });
+            Reading reading(c.text);
+            const bool isRead = allocation.during([&] { return reading.document.load("Doc", c.selected); });
             EXPECT_TRUE(isRead || allocation.hasFailed());
-            const std::string graph = GraphNode::describe(reading.document.getObject("root").get());
-            EXPECT_TRUE(!isRead || graph == GraphNode::describe(root.get()));
+            const Ref<CmObject> object = reading.document.getObject("root");
+            EXPECT_TRUE(!isRead || GraphNode::describe(object.get()) == c.graph);
+            GraphNode::cutAll();
         });
     }
+    // An object is whole, or there is none, and nothing of it is lost for the next time.
+    failEachAllocation([&](FailingAllocation& allocation) {
+        Loaded reading(text);
+        Ref<CmObject> object = allocation.during([&] { return reading.object("root"); });
+        EXPECT_TRUE(object || allocation.hasFailed());
+        if (!object)
+            object = reading.object("root");
+        EXPECT_EQ(GraphNode::describe(object.get()), graph);
+    });
 }
 
 TEST(XmlRoots, ReadNamedEntitiesOfTheMacintosh) {
