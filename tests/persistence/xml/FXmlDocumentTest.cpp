@@ -411,23 +411,32 @@ TEST(FXmlDocument, SavesNothingThatCannotBeReadAgain) {
 }
 
 TEST(FXmlDocument, KeepsOddNames) {
+    const struct {
+        const char* key;
+        const char* className;
+    } cases[] = {
+        {"", "A"},        {"", ""},       {" ", "A<B>"},   {"a\"<\n\xE4\xFF&amp;", "a\"b&lt;c"},
+        {"\t'\r\n", " "}, {"&#65;", "&"}, {"/>", "A'B/>"},
+    };
     FAttributes attributes;
-    attributes.setInteger("", 1);
-    attributes.setInteger("a\"<\n\xE4\xFF&amp;", 2);
-    for (const char* className : {"", "A<B>", "a\"b&lt;c"}) {
-        const auto state = make<FAttributes>();
-        state->setInteger("n", 3);
-        attributes.append("").setObject(make<FXmlInstance>(1, ConstString(className), state).get(),
-                                        Hold::retain);
+    for (const auto& c : cases) {
+        attributes.append(c.key).setInteger(2);
+        const auto object = make<FXmlInstance>(1, ConstString(c.className), make<FAttributes>());
+        attributes.append(c.key).setObject(object.get(), Hold::retain);
     }
     FAttributes read;
-    ASSERT_TRUE(readDocument(written(attributes), read));
-    EXPECT_EQ(read.getInteger("a\"<\n\xE4\xFF&amp;"), 2);
-    for (int32_t i = 2; i < 5; ++i) {
-        const auto* stored = cast<FXmlInstance>(read.at(i)->getObject());
-        const auto* original = cast<FXmlInstance>(attributes.at(i)->getObject());
+    std::string error;
+    ASSERT_TRUE(readDocument(written(attributes), read, &error)) << error;
+    ASSERT_EQ(read.count(), attributes.count());
+    int32_t place = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(place);
+        EXPECT_EQ(std::string_view(read.at(place)->key()), c.key);
+        EXPECT_EQ(read.at(place++)->getInteger(), 2);
+        EXPECT_EQ(std::string_view(read.at(place)->key()), c.key);
+        const auto* stored = cast<FXmlInstance>(read.at(place++)->getObject());
         ASSERT_NE(stored, nullptr);
-        EXPECT_EQ(stored->className8().string(), original->className8().string());
+        EXPECT_EQ(stored->className8().string(), ConstString(c.className));
     }
 }
 
