@@ -39,8 +39,9 @@ public:
     /// Writes the document with the top element `tag`. An item of a list that is null keeps its place.
     /// Unlike the binary form this one leaves out no object whose `storeAttributes` is false: the save is
     /// false as a whole. It is, too, when something is nested too deep, when a key is too long or that of a
-    /// root is empty, and when the stream fails: what is written is not to be used then. Names of classes
-    /// are not escaped, but for the signs that would end them or be read as entities.
+    /// root is empty, when no element can be named `tag` (`FXmlParser::isTagName`), and when the stream
+    /// fails: what is written is not to be used then. Names of classes are not escaped, but for the signs
+    /// that would end them or be read as entities.
     virtual bool saveRoots(std::string_view tag);
     /// The simpler form.
     virtual bool storeAttributes(std::string_view tag, const FAttributes& attributes);

@@ -101,6 +101,13 @@ FXmlParser::FXmlParser(FBinaryStream& stream, uint32_t options)
 
 FXmlParser::~FXmlParser() = default;
 
+bool FXmlParser::isTagName(std::string_view name) {
+    constexpr std::string_view otherMarkup = "!/?";
+    return !name.empty() && name.size() <= maxTagNameLength && isOf(name.front(), markupStart) &&
+           otherMarkup.find(name.front()) == std::string_view::npos &&
+           std::all_of(name.begin(), name.end(), [](char c) { return c == 0 || !isOf(c, tagNameEnd); });
+}
+
 bool FXmlParser::startTag(std::string_view, const FXmlAttributes&, bool, void*) {
     return true;
 }

@@ -102,6 +102,10 @@ public:
     /// For all parsers; null for none. The sink must outlive its stay. Any thread.
     static void setLogSink(XmlLogSink* sink);
 
+    /// Whether parsers find an element of this name: a letter of ASCII or "_", then anything but white space,
+    /// "/" and ">".
+    static bool isTagName(std::string_view name);
+
 private:
     /// Counts line ends: each of CR, LF, CR LF and LF CR ends one line.
     struct LineCount {

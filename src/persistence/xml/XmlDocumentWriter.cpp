@@ -56,6 +56,10 @@ bool XmlDocumentWriter::closeElement(std::string_view element, int32_t level) {
 }
 
 bool XmlDocumentWriter::begin(std::string_view tag) {
+    if (!FXmlParser::isTagName(tag))
+        return fail("the top element can't be named \"" + text::brief(tag) +
+                    "\": a letter or _ comes first, no blank, / or > behind it, and at most " +
+                    std::to_string(FXmlParser::maxTagNameLength) + " bytes");
     if (!finish("<?xml version=\"1.0\" encoding=\"utf-8\"?>"))
         return false;
     lines_.put('<').put(tag);

@@ -410,6 +410,26 @@ TEST(FXmlDocument, SavesNothingThatCannotBeReadAgain) {
     EXPECT_EQ(document.errorText(), "the key \"" + std::string(64, 'k') + "...\" is longer than 2048 bytes");
 }
 
+TEST(FXmlDocument, WritesNoTopElementThatNoParserFinds) {
+    const std::string longest(4096, 't');
+    const std::pair<std::string, bool> tops[] = {
+        {"_", true},  {"a:b!-1\xC3\xA4<", true}, {longest, true}, {longest + 't', false}, {"", false},
+        {"1", false}, {"my state", false},       {"a/b", false},  {"\xC3\xA4", false},    {"!x", false},
+    };
+    for (const auto& [tag, isName] : tops) {
+        SCOPED_TRACE(tag.substr(0, 20));
+        FMemoryStream top;
+        FXmlDocument topped(&top, Mode::write);
+        EXPECT_EQ(topped.storeAttributes(tag, FAttributes()), isName);
+        EXPECT_EQ(topped.errorText().find("the top element can't be named \"" + tag.substr(0, 64)) == 0,
+                  !isName);
+        EXPECT_EQ(top.size() > 0, isName);
+        top.rewind();
+        FAttributes back;
+        EXPECT_EQ(FXmlDocument(&top, Mode::read).restoreAttributes(tag, back), isName);
+    }
+}
+
 TEST(FXmlDocument, KeepsOddNames) {
     const struct {
         const char* key;
