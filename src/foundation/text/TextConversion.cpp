@@ -114,7 +114,7 @@ int64_t narrowLength(std::u16string_view wide) {
     return length;
 }
 
-void narrow(std::u16string_view wide, char* out, Surrogates surrogates) {
+size_t narrow(std::u16string_view wide, char* out, Surrogates surrogates) {
     auto* bytes = reinterpret_cast<uint8_t*>(out);
     size_t to = 0;
     for (int32_t at = 0; at < static_cast<int32_t>(wide.size());) {
@@ -123,6 +123,7 @@ void narrow(std::u16string_view wide, char* out, Surrogates surrogates) {
             point = replacement;
         U8_APPEND_UNSAFE(bytes, to, point);
     }
+    return to;
 }
 
 std::u16string widenAnyway(std::string_view utf8) {

@@ -43,7 +43,8 @@ void widen(std::string_view utf8, char16_t* out);
 
 /// The same for either treatment of surrogates.
 int64_t narrowLength(std::u16string_view wide);
-void narrow(std::u16string_view wide, char* out, Surrogates surrogates = Surrogates::replaced);
+/// Gives the number of bytes.
+size_t narrow(std::u16string_view wide, char* out, Surrogates surrogates = Surrogates::replaced);
 
 /// What is no valid UTF-8 becomes U+FFFD, one for each faulty sequence.
 std::u16string widenAnyway(std::string_view utf8);

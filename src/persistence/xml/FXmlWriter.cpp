@@ -23,62 +23,54 @@ std::string_view cutLine(std::string_view& text) {
 
 } // namespace
 
-bool FXmlWriter::writeLine(std::string_view text, int32_t level) try {
+bool FXmlWriter::writeLine(std::string_view text, int32_t level) {
     if (text.empty())
         return true;
-    if (!stream_)
-        return false;
-    XmlLine line;
-    return line.fill('\t', level).put(text).put(XmlLine::lineEnd).writeTo(*stream_);
-} catch (const std::bad_alloc&) {
-    return false;
+    return stream_ && line_.fill('\t', level).put(text).put(XmlLine::lineEnd).writeTo(*stream_);
+}
+
+bool FXmlWriter::writeTag(int32_t level) {
+    return !tag_.isBroken() && writeLine(tag_.text(), level);
 }
 
 bool FXmlWriter::startTag(const char* name, const char* const* attributes, bool isEmpty) try {
     const std::string_view element = viewOf(name);
     if (element.empty())
         return false;
-    XmlLine line;
-    line.put('<').put(element);
+    tag_.clear().put('<').put(element);
     for (; attributes && attributes[0]; attributes += 2) {
         const std::string_view key = viewOf(attributes[0]);
         const std::string_view value = viewOf(attributes[1]);
         if ((options_ & dropEmpty) && (key.empty() || value.empty()))
             continue;
-        line.put(' ').put(key).put("=\"");
+        tag_.put(' ').put(key).put("=\"");
         if (options_ & escapeValues)
-            line.putEscaped(value, XmlLine::Escape::entities);
+            tag_.putEscaped(value, XmlLine::Escape::entities);
         else
-            line.put(value);
-        line.put('"');
+            tag_.put(value);
+        tag_.put('"');
     }
-    line.put(isEmpty ? "/>" : ">");
+    tag_.put(isEmpty ? "/>" : ">");
     const int32_t outer = level();
     if (!isEmpty)
         open_.emplace_back(element);
-    return !line.isBroken() && writeLine(line.text(), outer);
+    return writeTag(outer);
 } catch (const std::bad_alloc&) {
     return false;
 }
 
-bool FXmlWriter::endTag(const char* name) try {
+bool FXmlWriter::endTag(const char* name) {
     if (!name)
         return true;
     if (!open_.empty())
         open_.pop_back();
-    XmlLine line;
-    line.put("</").put(name).put('>');
-    return !line.isBroken() && writeLine(line.text(), level());
-} catch (const std::bad_alloc&) {
-    return false;
+    tag_.clear().put("</").put(name).put('>');
+    return writeTag(level());
 }
 
-bool FXmlWriter::writeComment(const char* text) try {
-    XmlLine line;
-    line.putComment(viewOf(text));
-    return !line.isBroken() && writeLine(line.text(), level());
-} catch (const std::bad_alloc&) {
-    return false;
+bool FXmlWriter::writeComment(const char* text) {
+    tag_.clear().putComment(viewOf(text));
+    return writeTag(level());
 }
 
 bool FXmlWriter::writeText(const char* text) {

@@ -15,8 +15,8 @@ namespace qorl {
 /// Writes XML that people edit, such as skins: one tag or text a line, indented by tabs.
 ///
 /// Texts are 8-bit and written as they stand, as far as no option says otherwise. Operations give false
-/// when the stream doesn't take all of the line, when there is none, and without memory. Threading: one
-/// thread at a time.
+/// when the stream doesn't take all of the line, when there is none, and without memory; making one throws
+/// `std::bad_alloc`. Threading: one thread at a time.
 class FXmlWriter : public CmObject, public IXmlWriter {
     QORL_CLASS(FXmlWriter, CmObject)
     QORL_FACES(FXmlWriter, CmObject, IXmlWriter)
@@ -46,9 +46,13 @@ public:
     bool writeText(const char* text) override;
 
 private:
+    bool writeTag(int32_t level);
+
     Ref<IBStream> stream_;
     uint32_t options_;
     std::vector<std::string> open_;
+    XmlLine tag_; ///< Or a comment, on its way to `writeLine`.
+    XmlLine line_;
 };
 
 } // namespace qorl

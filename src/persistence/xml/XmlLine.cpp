@@ -240,8 +240,7 @@ void XmlLine::putEscapedWide(std::u16string_view text) {
             while (at < end && !isAsciiAt(at))
                 ++at;
             const std::u16string_view run = text.substr(start, at - start);
-            text::narrow(run, to, surrogates_);
-            to += text::narrowLength(run);
+            to += text::narrow(run, to, surrogates_);
         }
         at_ = to;
     }
@@ -298,6 +297,11 @@ bool XmlLine::finish(bool written, size_t count) {
     at_ = start + rest;
     end_ = start + buffer_->capacity();
     return !std::exchange(isBroken_, false) && written;
+}
+
+XmlLine& XmlLine::clear() {
+    finish(false, size());
+    return *this;
 }
 
 bool XmlLine::writeTo(FBinaryStream& stream, size_t unit) {

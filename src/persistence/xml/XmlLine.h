@@ -66,6 +66,9 @@ public:
     /// Upper-case digits, high one first.
     XmlLine& putHex(std::string_view bytes);
 
+    /// Begins anew, also when it was broken.
+    XmlLine& clear();
+
     bool isBroken() const { return isBroken_; }
     size_t size() const { return static_cast<size_t>(at_ - buffer_->data()); }
     std::string_view text() const { return {buffer_->data(), size()}; }
