@@ -60,12 +60,14 @@ double readFloat(std::string_view text) {
     const auto result = std::from_chars(start, end, number);
     if (result.ec != std::errc::result_out_of_range)
         return number;
-    // Too large, or too small: its exponent, or the lack of a digit in front of the point, tells which.
+    // Too large, or too small: how far in front of the point its first digit stands tells which.
     const std::string_view all(digits, result.ptr);
-    const size_t exponent = all.find_first_of("eE");
-    const bool isSmall = exponent == std::string_view::npos ? all.find_first_not_of("0.") > all.find('.')
-                                                            : all.substr(exponent + 1).starts_with('-');
-    number = isSmall ? 0 : std::numeric_limits<double>::infinity();
+    const size_t mantissaEnd = std::min(all.find_first_of("eE"), all.size());
+    const size_t point = std::min(all.find('.'), mantissaEnd);
+    const auto exponent = readWhole<int64_t>(all.substr(std::min(mantissaEnd + 1, all.size())));
+    const double place = static_cast<double>(exponent) + static_cast<double>(point) -
+                         static_cast<double>(all.find_first_not_of("0."));
+    number = place < 0 ? 0 : std::numeric_limits<double>::infinity();
     return isNegative ? -number : number;
 }
 
@@ -362,7 +364,7 @@ bool XmlDocumentReader::openItem(const FXmlAttributes& attributes) {
 
 bool XmlDocumentReader::openObject(const FXmlAttributes& attributes) {
     const Context& outer = current();
-    if (outer.kind != Kind::top && !outer.body && !cast<FObjectList>(outer.list))
+    if (outer.kind != Kind::top && !outer.body && !outer.list)
         return false;
     const auto className = attributes.find("class");
     const auto number = attributes.find("ID");

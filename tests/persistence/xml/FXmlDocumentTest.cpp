@@ -167,6 +167,9 @@ TEST(FXmlDocument, PassesOverWhatIsOdd) {
     FAttributes read;
     ASSERT_TRUE(readDocument("<State>"
                              "<list name='x' type='other'><item value='1'/><nosuch/></list>"
+                             "<list name='i' type='int'><obj class='CmString' ID='7'>"
+                             "<string name='s' value='seven'/></obj><obj ID='7'/><item value='1'/></list>"
+                             "<obj name='elsewhere' ID='7'/>"
                              "<obj class='CmString' ID='0'><nosuch/></obj>"
                              "<obj name='none' ID='0'/>"
                              "<obj name='lost' ID='99'/>"
@@ -179,6 +182,8 @@ TEST(FXmlDocument, PassesOverWhatIsOdd) {
                              "</State> ",
                              read));
     EXPECT_FALSE(read.contains("x"));
+    EXPECT_EQ(read.count("i"), 1) << "no list of objects";
+    EXPECT_EQ(cast<CmString>(read.getObject("elsewhere"))->string(), ConstString("seven"));
     EXPECT_EQ(read.getObject("lost"), nullptr);
     EXPECT_NE(cast<FXmlReference>(read.find("none")->getObject()), nullptr) << "of nothing";
     EXPECT_EQ(read.findAttributes("gone")->getInteger("n"), 5);
@@ -461,19 +466,35 @@ TEST(FXmlDocument, KeepsOddNames) {
 }
 
 TEST(FXmlDocument, ReadsNumbersAsTheyAreWrittenByHand) {
-    const std::pair<const char*, double> reals[] = {
-        {"1.5", 1.5},          {" \t+2", 2},  {"-1e3x", -1000}, {"1e400", HUGE_VAL},
-        {"-1e400", -HUGE_VAL}, {"1e-400", 0}, {"0x1.8p1", 3.0}, {"-0X10", -16},
-        {"inf", HUGE_VAL},     {"", 0},       {"none", 0},      {"1E+2", 100},
+    const std::string zeros(400, '0');
+    const std::pair<std::string, double> reals[] = {
+        {"1.5", 1.5},
+        {" \t+2", 2},
+        {"-1e3x", -1000},
+        {"1e400", HUGE_VAL},
+        {"-1e400", -HUGE_VAL},
+        {"1e-400", 0},
+        {"0x1.8p1", 3.0},
+        {"-0X10", -16},
+        {"inf", HUGE_VAL},
+        {"", 0},
+        {"none", 0},
+        {"1E+2", 100},
+        {"-1" + zeros, -HUGE_VAL},
+        {"1" + zeros + "e-50", HUGE_VAL},
+        {"0." + zeros + "1", 0},
+        {"0." + zeros + "1e+5", 0},
+        {"1e9999999999999999999", HUGE_VAL},
+        {".1e-9999999999999999999", 0},
     };
-    const std::pair<const char*, int64_t> integers[] = {{"9223372036854775807", INT64_MAX},
+    const std::pair<std::string, int64_t> integers[] = {{"9223372036854775807", INT64_MAX},
                                                         {"9223372036854775808", INT64_MAX},
                                                         {"-9223372036854775809", INT64_MIN},
                                                         {" +5", 5},
                                                         {"-0", 0},
                                                         {"12abc", 12},
                                                         {"", 0}};
-    const auto valueOf = [](const std::string& element, const char* text, FAttributes& read) {
+    const auto valueOf = [](const std::string& element, const std::string& text, FAttributes& read) {
         EXPECT_TRUE(readDocument("<State><" + element + " name='n' value='" + text + "'/></State>", read));
     };
     for (const auto& [text, expected] : reals) {
