@@ -66,8 +66,10 @@ int64_t FBlockStreamReader::seek(int64_t offset, int32_t mode) {
     const int64_t move = target - position_;
     if (move > remaining_ || move < -blockOffset_) {
         if (putAt(*inner_, target) != StreamPlace::there) {
-            // Where it stood before, as far as it can.
-            inner_->seek(position_ + remaining_, fromStart);
+            // Where it stood before; elsewhere it would give other bytes.
+            putAt(*inner_, position_ + remaining_);
+            const int64_t place = inner_->tell();
+            hasFailed_ = hasFailed_ || (place >= 0 && place != position_ + remaining_);
             return -1;
         }
         forget();

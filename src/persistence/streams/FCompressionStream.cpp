@@ -3,6 +3,8 @@
 #include "foundation/Cast.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/FStreamCounter.h"
+#include "persistence/streams/IStreamProxy.h"
+#include "persistence/streams/StreamPlace.h"
 #include "persistence/streams/StreamProgress.h"
 
 #include <algorithm>
@@ -226,8 +228,9 @@ double FCompressionStream::estimateRatio(IBStream& source, Ref<FCompressionEngin
     if (source.tell(&start) != Result::ok || !stream.beginCompression(quality))
         return 1.0;
     const int64_t got = readPiece(source, bytes, estimatedBytes);
-    source.seek(start, fromStart, nullptr);
-    if (got < 1 || stream.write(bytes, got) != got || !stream.endCompression())
+    IStreamProxy whole(retain(&source));
+    if (putAt(whole, start) != StreamPlace::there || got < 1 || stream.write(bytes, got) != got ||
+        !stream.endCompression())
         return 1.0;
     return static_cast<double>(counter->length()) / static_cast<double>(got);
 } catch (const std::bad_alloc&) {

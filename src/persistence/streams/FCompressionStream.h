@@ -73,7 +73,7 @@ public:
     static bool decompress(Ref<FStream> source, IBStream& destination, Ref<FCompressionEngine> engine,
                            StreamProgress* progress = nullptr, int64_t chunkSize = 0);
     /// How much smaller the first 8192 bytes of `source`, from where it stands, become: compressed by
-    /// uncompressed. It stands there again afterwards. 1.0 on any failure.
+    /// uncompressed. It stands there again afterwards. 1.0 on any failure, also to go back.
     static double estimateRatio(IBStream& source, Ref<FCompressionEngine> engine, float quality);
     /// All of a compression stream that knows its size in memory, at its start; null for data that is
     /// damaged or shorter, for a size above `most` bytes, of which nothing is read then, and without memory.

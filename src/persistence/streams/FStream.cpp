@@ -41,6 +41,13 @@ int64_t readWhole(FStream& stream, char* buffer, int64_t count) {
     return done;
 }
 
+/// False when it stays where it is. One that can't tell its place is taken at its word.
+bool goToStart(FStream& stream) {
+    if (stream.tell() != 0)
+        stream.rewind();
+    return stream.tell() <= 0;
+}
+
 bool isLineEnd(char c) {
     return c == '\r' || c == '\n';
 }
@@ -98,8 +105,8 @@ bool FStream::copyTo(FStream& destination, int64_t count) {
 }
 
 bool FStream::copyAll(FStream& source) {
-    if (source.tell() != 0)
-        source.rewind();
+    if (!goToStart(source))
+        return false;
     char piece[stackPiece];
     for (;;) {
         const int64_t got = source.read(piece, stackPiece);
@@ -111,10 +118,8 @@ bool FStream::copyAll(FStream& source) {
 }
 
 bool FStream::contentEquals(FStream& other) {
-    if (tell() != 0)
-        rewind();
-    if (other.tell() != 0)
-        other.rewind();
+    if (!goToStart(*this) || !goToStart(other))
+        return false;
     char mine[stackPiece];
     char theirs[stackPiece];
     while (true) {

@@ -57,7 +57,8 @@ public:
 
     bool copyTo(FStream& destination, int64_t count);
     /// Writes all of `source`, which is rewound first, at this stream's position. It ends where a read gives
-    /// nothing: a short one is no end. False when a write was short, a read failed or `source` is not valid.
+    /// nothing: a short one is no end. False when a write was short, a read failed, or `source` is not valid
+    /// or can't be rewound.
     bool copyAll(FStream& source);
     /// Rewinds both and compares their bytes. False also when one of them fails.
     bool contentEquals(FStream& other);

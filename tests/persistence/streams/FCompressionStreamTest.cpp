@@ -313,9 +313,16 @@ TEST(FCompressionStream, EstimatesFromTheFirstBytes) {
     EXPECT_EQ(ratio, static_cast<double>(deflated(std::string(8192, 'a'))->size()) / 8192);
     EXPECT_EQ(source->tell(), 2);
     EXPECT_EQ(FCompressionStream::estimateRatio(*make<FMemoryStream>(), nullptr, 0.5f), 1.0);
-    ShakyStream broken("text");
-    broken.failAt = 1;
-    EXPECT_EQ(FCompressionStream::estimateRatio(broken, nullptr, 0.5f), 1.0);
+    for (const int64_t failAt : {1, 2}) {
+        ShakyStream broken(std::string(1000, 'a'));
+        broken.failAt = failAt;
+        EXPECT_EQ(FCompressionStream::estimateRatio(broken, nullptr, 0.5f), 1.0) << failAt;
+    }
+    FCompressionStream inflating(deflated("0123456789"));
+    ASSERT_TRUE(inflating.beginDecompression());
+    EXPECT_EQ(readUpTo(inflating, 4), "0123");
+    FCompressionStream::estimateRatio(inflating, nullptr, 0.5f);
+    EXPECT_EQ(readUpTo(inflating, 4), "4567") << "where it stood, not at its start";
     EXPECT_EQ(FCompressionStream::estimateRatio(*source, make<FCompressionEngine>(), 0.5f), 1.0);
     EXPECT_GT(FCompressionStream::estimateRatio(*memoryOf("x"), nullptr, 0.5f), 1.0) << "it grows";
 }

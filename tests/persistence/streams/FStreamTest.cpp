@@ -92,6 +92,14 @@ TEST(FStream, TellsOfTheCallThatFailsInACopy) {
     EXPECT_FALSE(same.contentEquals(broken));
     FMemoryStream full(nullptr, 0);
     EXPECT_FALSE(full.copyFrom(same, 4));
+    const auto stuck = make<ShakyStream>("a stuck one");
+    FBlockStreamReader reader(stuck, 4);
+    EXPECT_TRUE(reader.skip(5));
+    stuck->failAt = 1;
+    EXPECT_FALSE(same.copyAll(reader)) << "its start would be missing";
+    EXPECT_EQ(reader.seek(5, FStream::fromStart), 5);
+    stuck->failAt = 1;
+    EXPECT_FALSE(reader.contentEquals(*make<FMemoryStream>(std::string_view("ck one"))));
 }
 
 TEST(FStream, TakesNoShortReadForTheEndOfACopy) {

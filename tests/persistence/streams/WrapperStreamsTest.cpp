@@ -269,6 +269,7 @@ TEST(FBlockStreamReader, MovesWithinItsBlockWithoutItsInnerStream) {
     EXPECT_EQ(reader.write("x", 1), 0);
     inner->failAt = 1;
     EXPECT_EQ(reader.seek(1, FStream::fromStart), -1);
+    EXPECT_TRUE(reader.isValid());
     EXPECT_EQ(readOf(reader, 2), "2 cd") << "as if nothing had been asked";
     inner->place = 5;
     reader.flush();
@@ -286,6 +287,15 @@ TEST(FBlockStreamReader, MovesWithinItsBlockWithoutItsInnerStream) {
     inner->failAt = 1;
     EXPECT_EQ(readOf(reader, 5), "0 ");
     EXPECT_FALSE(reader.isValid()) << "no end";
+    const auto compressed = make<FMemoryStream>();
+    EXPECT_TRUE(FCompressionStream::compress(*memoryOf("0123456789"), compressed, nullptr, 0.5f));
+    compressed->rewind();
+    const auto inflating = make<FCompressionStream>(compressed);
+    ASSERT_TRUE(inflating->beginDecompression());
+    FBlockStreamReader forward(inflating, 4);
+    EXPECT_EQ(readOf(forward, 2), "2 01");
+    EXPECT_EQ(forward.seek(100, FStream::fromStart), -1);
+    EXPECT_EQ(readOf(forward, 9), "8 23456789") << "one that only runs forward is back where it was";
     const auto room = make<CmBuffer>("01234567", 8, 8);
     FBlockStreamReader once(make<FBufferStream>(room), 4);
     once.rewind();
