@@ -22,8 +22,11 @@ constinit std::atomic<EventLoop*> currentLoop{nullptr};
 /// How early an idle step may be before it gives up time, and how much it gives up.
 constexpr int32_t pacing = 5;
 
+/// Not positive once the next idle step is due.
 int32_t ticksUntil(uint32_t due) {
-    return static_cast<int32_t>(due - getTicks());
+    const auto left = static_cast<int32_t>(due - getTicks());
+    // The count wraps: for a loop that has slept for weeks what is long past looks far ahead.
+    return left > static_cast<int32_t>(EventLoop::idlePeriod) ? 0 : left;
 }
 
 } // namespace
@@ -86,7 +89,8 @@ EventLoop::Step EventLoop::step() {
     if (stopped_)
         return Step::ended;
     int64_t limit = noLimit;
-    if (needsIdle()) {
+    // Within an idle step there is no other one to wait for.
+    if (!isIdling_ && needsIdle()) {
         limit = ticksUntil(nextDue_);
         if (limit <= 0) {
             idle();
@@ -126,7 +130,7 @@ void EventLoop::idle(Pace pace) {
         return;
     const Held idling(isIdling_);
     const uint32_t ticks = getTicks();
-    if (pace == Pace::sleepWhenEarly && static_cast<int32_t>(nextDue_ - ticks) > pacing)
+    if (pace == Pace::sleepWhenEarly && ticksUntil(nextDue_) > pacing)
         sleep(pacing);
     nextDue_ = ticks + idlePeriod;
     if (timeListener_)

@@ -73,8 +73,9 @@ public:
     bool isStopped() const { return stopped_; }
 
     enum class Pace { none, sleepWhenEarly };
-    /// Tells the time and the idle clients, then releases what was handed in. Nothing within itself or once
-    /// stopped. With `sleepWhenEarly` it first gives up five milliseconds if it is far from due.
+    /// Tells the time and the idle clients, then releases what was handed in. Nothing within itself, where a
+    /// nested loop waits for events alone, or once stopped. With `sleepWhenEarly` it first gives up five
+    /// milliseconds if it is far from due.
     void idle(Pace pace = Pace::none);
 
     /// A client hears the message "Idle" until it is removed; it may remove and release itself meanwhile. Not

@@ -107,6 +107,22 @@ TEST_F(EventLoopTest, TargetsMayComeAndGoDuringTheIdleStep) {
     EXPECT_EQ(take(), (Log{"a:Idle", "b:Idle"})) << "nobody is skipped, and idle does not nest";
 }
 
+TEST_F(EventLoopTest, ALoopWithinTheIdleStepSleepsUntilItsEvents) {
+    int steps = 0;
+    a.reaction = [&](FMessage&) {
+        loop->removeIdleClient(&a);
+        bool isOpen = true;
+        desktop->postPause(100);
+        desktop->postCall([&] { isOpen = false; });
+        while (isOpen && ++steps < 20 && loop->step() != Step::ended) {}
+        EXPECT_FALSE(isOpen);
+    };
+    loop->addIdleClient(&a);
+    loop->addIdleClient(&b);
+    loop->idle();
+    EXPECT_LT(steps, 20) << "it spins";
+}
+
 TEST_F(EventLoopTest, PacesItselfOnlyWhenAsked) {
     loop->idle();
     const uint32_t before = getTicks();
@@ -267,6 +283,13 @@ TEST_F(EventLoopTest, AOneShotCallComesOnceItsTimeHasPassed) {
     caller->cancel();
     loop->run();
     EXPECT_EQ(times.size(), 2u);
+
+    desktop->advance((int64_t{1} << 31) + 1000);
+    start = getTicks();
+    caller->start(5);
+    loop->run();
+    ASSERT_EQ(times.size(), 3u);
+    EXPECT_LE(times[2], 5u + EventLoop::idlePeriod) << "a loop that slept for weeks counts from then on";
 }
 
 TEST_F(EventLoopTest, AOneShotCallMayReleaseOrRestartItsCaller) {
