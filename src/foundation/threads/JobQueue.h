@@ -15,7 +15,8 @@ public:
     virtual ~Job() = default;
 
     /// The work, on the job-running thread and without any lock held. It looks often whether it was
-    /// cancelled: a thread that is stopped waits a second for it, then the job is ended with the thread.
+    /// cancelled: a thread that is stopped waits a second for it, then the job is ended with the thread. A
+    /// std::bad_alloc that it lets out ends it as a return does; whoever is to hear of that is told before.
     virtual void run(int64_t argument) = 0;
 
     /// Gives one reference back, with the queue's lock held. So the end of a job must neither wait for

@@ -71,7 +71,7 @@ PreferWorkerThread::Found PreferWorkerThread::runNext() {
         job = currentRecord_->job;
         argument = currentRecord_->argument;
     }
-    job->run(argument);
+    runJob(*job, argument);
     // Unless `cancelAll` has done it meanwhile.
     DoneRecords done;
     const FGuard guard(queue_.lock());

@@ -77,7 +77,7 @@ void WorkerThread::runNext() {
         argument = currentJob_->argument;
     }
     beforeJob(job);
-    job->run(argument);
+    runJob(*job, argument);
     afterJob(job);
 
     DoneRecords done;

@@ -1,6 +1,7 @@
 #include "foundation/threads/WorkerThread.h"
 
 #include "ProbeJob.h"
+#include "foundation/threads/PreferWorkerThread.h"
 #include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
@@ -244,6 +245,24 @@ TEST(WorkerThread, DropsAJobThatItFindsNoMemoryForAndGoesOn) {
         worker->stop();
         EXPECT_EQ(log.text(), added ? "run a1, release a, run b2, release b" : "run b2, release b");
     });
+}
+
+TEST(WorkerThread, GoesOnBehindAJobThatFoundNoMemory) {
+    struct Starving : ProbeJob {
+        using ProbeJob::ProbeJob;
+        void run(int64_t) override { throw std::bad_alloc(); }
+    };
+    ThreadLog log;
+    Starving a("a", log);
+    ProbeJob b("b", log);
+    JobQueue* const queues[] = {new WorkerThread, new PreferWorkerThread};
+    for (JobQueue* queue : queues) {
+        queue->addJob(&a, 1);
+        queue->addJob(&b, 2);
+        b.released.wait();
+        queue->stop();
+    }
+    EXPECT_EQ(log.text(), "release a, run b2, release b, release a, run b2, release b");
 }
 
 TEST(WorkerThread, KnowsTheFirstOneWhileItStands) {
