@@ -10,6 +10,7 @@
 #include "windows/MenuPresenter.h"
 #include "windows/UDesktop.h"
 
+#include <new>
 #include <string>
 
 namespace qorl {
@@ -47,15 +48,24 @@ bool UController::startPlatform() {
     return ownsPlatform_;
 }
 
+void UController::makeDesktop() try {
+    desktop_ = make<UDesktop>();
+    UDesktop::setDeactivationHook(&tellOfDeactivation);
+} catch (const std::bad_alloc&) {
+    if (ownsPlatform_)
+        platform::stop();
+    throw;
+}
+
 UController::UController(ApplicationType type) : type_(type) {
-    theController = this;
     if (startPlatform()) {
-        desktop_ = make<UDesktop>();
-        UDesktop::setDeactivationHook(&tellOfDeactivation);
-        return;
+        makeDesktop();
+    } else {
+        loop_.stop();
+        dropHooks();
     }
-    loop_.stop();
-    dropHooks();
+    // Last: one that is only half made is nobody's.
+    theController = this;
 }
 
 UController::~UController() {

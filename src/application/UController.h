@@ -18,7 +18,7 @@ class UController : public CmObject {
 public:
     /// Starts the platform, unless a desktop runs already, and makes the desktop object. In a host's process
     /// without a display that is the headless desktop. When the platform refuses, the controller is stopped,
-    /// the hook lists are dropped, and the debug output says why.
+    /// the hook lists are dropped, and the debug output says why. Throws std::bad_alloc.
     explicit UController(ApplicationType type);
     UController(const UController&) = delete;
     UController& operator=(const UController&) = delete;
@@ -47,6 +47,7 @@ public:
 
 private:
     bool startPlatform();
+    void makeDesktop();
 
     ApplicationType type_;
     bool ownsPlatform_ = false;

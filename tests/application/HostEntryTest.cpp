@@ -160,23 +160,18 @@ TEST_F(HostEntryTest, AFailedStartGivesNullAndIsNotTriedAgain) {
     EXPECT_EQ(UApplication::instance(), nullptr);
 }
 
-TEST_F(HostEntryTest, StartsAfreshWhenThereWasNoMemoryForTheApplication) {
-    bool isMade = false;
-    for (int64_t nth = 1; !isMade; ++nth) {
-        SCOPED_TRACE("allocation " + std::to_string(nth) + " to fail");
-        FailingAllocation allocation(nth);
+TEST_F(HostEntryTest, IsEnteredAgainWhateverAStartFoundNoMemoryFor) {
+    platform::stop();
+    const testing::EnvironmentScope display("DISPLAY", nullptr);
+    failEachAllocation([](FailingAllocation& allocation) {
         allocation.during([] { return GetHostClasses(); });
-        ASSERT_TRUE(allocation.hasFailed());
-        isMade = UApplication::instance() != nullptr;
-        startHeadless();
-        if (!isMade) {
-            EXPECT_NE(GetHostClasses(), nullptr);
-            EXPECT_NE(UApplication::instance(), nullptr);
-        }
+        EXPECT_EQ(platform::desktop() != nullptr, UApplication::instance() != nullptr);
+        EXPECT_NE(GetHostClasses(), nullptr);
+        EXPECT_NE(UApplication::instance(), nullptr);
         while (UApplication::instance())
             TerminateModule();
-        startHeadless();
-    }
+        EXPECT_EQ(platform::desktop(), nullptr);
+    });
 }
 
 TEST_F(HostEntryTest, FailsWhenThePlatformRefusesAndDropsTheHooks) {
