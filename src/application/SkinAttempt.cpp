@@ -5,12 +5,14 @@
 #include "persistence/defaults/FDefaults.h"
 #include "persistence/files/FNFileSystem.h"
 #include "persistence/urls/FUrl.h"
+#include "platform/System.h"
 #include "skin/SkinCatalog.h"
 #include "skin/SkinLimits.h"
 #include "skin/UIWizard.h"
 #include "windows/AlertPresenter.h"
 
 #include <algorithm>
+#include <new>
 
 namespace qorl {
 
@@ -159,7 +161,7 @@ bool SkinAttempt::loadLast() {
     return first && tryPath(*first);
 }
 
-void SkinAttempt::finish(UApplication::Errors errors) {
+void SkinAttempt::finish(UApplication::Errors errors) try {
     FAttributes* values = loaded_.isEmpty() ? nullptr : settings();
     if (values)
         values->setString(lastSkinKey, loaded_);
@@ -170,6 +172,8 @@ void SkinAttempt::finish(UApplication::Errors errors) {
         alert.text = fault.text();
         AlertPresenter::current().show(alert);
     }
+} catch (const std::bad_alloc&) {
+    platform::debugOutput("no memory to remember a skin, or to tell why it wasn't loaded");
 }
 
 } // namespace qorl

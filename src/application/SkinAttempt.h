@@ -21,7 +21,8 @@ public:
     /// packs.
     bool loadLast();
 
-    /// Remembers the skin that was loaded, and with `Errors::show` tells why others were not.
+    /// Remembers the skin that was loaded, and with `Errors::show` tells why others were not. What there is
+    /// no memory for stays undone.
     void finish(UApplication::Errors errors);
 
 private:

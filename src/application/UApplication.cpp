@@ -27,6 +27,7 @@
 #include "windows/UDesktop.h"
 
 #include <algorithm>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -178,16 +179,18 @@ void UApplication::finishStartup() {
     qorl::runStartupHooks(StartupHook::finish);
     const FNPath madeFolder(ConstString(), FNPath::userSettings, FNPath::folderFlag, {},
                             FNPath::Create::missingFolders);
-    if (skinThreadState_ != noSkinThread) {
-        while (skinThreadState_ == skinLoading)
-            sleep(skinPollPeriod);
-        if (skinThread_)
-            skinThread_->finish();
-        skinThread_.reset();
-        if (skinThreadState_ == skinFailed)
-            UController::instance()->quit();
-    }
+    while (skinThreadState_ == skinLoading)
+        sleep(skinPollPeriod);
+    finishSkinThread();
+    if (skinThreadState_ == skinFailed)
+        UController::instance()->quit();
     closeAbout();
+}
+
+void UApplication::finishSkinThread() {
+    // The user is told in a loop of events, in which the skin may be asked for once more.
+    while (const std::unique_ptr<SkinLoaderThread> thread = std::move(skinThread_))
+        thread->finish();
 }
 
 bool UApplication::windowDeactivated(UWindow*) {
@@ -240,23 +243,26 @@ bool UApplication::skinLoaded() {
     return true;
 }
 
-bool UApplication::loadSkin(const FNPath& path, Errors errors) {
+bool UApplication::loadSkin(const FNPath& path, Errors errors) try {
     SkinAttempt attempt(*this);
     const bool loaded = attempt.load(path);
     attempt.finish(errors);
     return loaded;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
-bool UApplication::loadLastSkin(Errors errors) {
+bool UApplication::loadLastSkin(Errors errors) try {
     SkinAttempt attempt(*this);
     const bool loaded = attempt.loadLast();
     attempt.finish(errors);
     return loaded;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 void UApplication::startLoadingLastSkin(Errors errors) {
-    if (skinThread_)
-        skinThread_->finish();
+    finishSkinThread();
     skinThread_ = std::make_unique<SkinLoaderThread>(*this, errors);
     // Only now: without memory for the thread nobody waits for it.
     skinThreadState_ = skinLoading;

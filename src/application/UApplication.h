@@ -104,7 +104,8 @@ public:
     /// A stand-alone program's whole life between `init` and the destructor. False when the start failed.
     bool run();
 
-    /// Loads a skin and remembers it as the last one. Errors reach the user with `showErrors` only.
+    /// Loads a skin and remembers it as the last one. Errors reach the user with `show` only. False also when
+    /// memory ran out.
     enum class Errors { hide, show };
     bool loadSkin(const FNPath& path, Errors errors);
     /// The last skin, else the default one, else the first. Needs the manager of skin packs.
@@ -143,6 +144,7 @@ private:
     bool runMainHooks();
     void waitForSplash(uint32_t start);
     bool failStart();
+    void finishSkinThread();
 
     ApplicationType type_;
     int32_t quit_ = 0;

@@ -421,6 +421,35 @@ TEST_F(LastSkin, BesideTheStartIsWaitedForAndEndsTheProgramWhenThereIsNone) {
     EXPECT_EQ(alerts.texts, Log{"'" + at("b") + "' is not a valid skin file for this application!"});
 }
 
+TEST_F(LastSkin, MayBeLoadedOnceMoreWhileTheUserReadsOfTheFirstTime) {
+    struct Restarting : Alerts {
+        int32_t show(const AlertRecord& alert) override {
+            if (Program* again = std::exchange(program, nullptr))
+                again->startLoadingLastSkin(UApplication::Errors::show);
+            return Alerts::show(alert);
+        }
+        Program* program = nullptr;
+    } alerts;
+    Catalog catalog;
+    catalog.verdict = SkinCatalog::Verdict::notOfThisApplication;
+    catalog.standard = skin("b");
+    catalog.first = skin("c");
+    alerts.program = program.get();
+    EXPECT_FALSE(loadBeside());
+    const std::string behind = "' is not a valid skin file for this application!";
+    const std::string b = "'" + at("b") + behind;
+    const std::string c = "'" + at("c") + behind;
+    EXPECT_EQ(alerts.texts, (Log{b, c, b, c}));
+}
+
+TEST_F(LastSkin, LetsNoLackOfMemoryOut) {
+    Alerts alerts;
+    for (const FNPath& path : {skin("there"), FNPath(at("missing"))})
+        failEachAllocation([&](FailingAllocation& allocation) {
+            allocation.during([&] { return program->loadSkin(path, UApplication::Errors::show); });
+        });
+}
+
 TEST_F(LastSkin, IsNotWaitedForWithoutMemoryForItsThread) {
     FailingAllocation memory(1);
     EXPECT_FALSE(memory.completes([this] { program->startLoadingLastSkin(UApplication::Errors::hide); }));
