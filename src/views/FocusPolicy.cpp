@@ -168,9 +168,10 @@ bool navigateFocus(UView* start, FocusDirection direction, std::span<UView* cons
     if (!start || !desktop || direction == FocusDirection::none)
         return false;
     const FocusScope scope = findFocusScope(start);
-    if (!scope.policy)
+    const Ref<FocusPolicy> policy = retain(scope.policy);
+    if (!policy)
         return false;
-    UView* next = scope.policy->nextFocus(scope.view, start, direction, skipped);
+    UView* next = policy->nextFocus(scope.view, start, direction, skipped);
     if (!next)
         return false;
     if (next != start)

@@ -280,13 +280,14 @@ Ref<UWindow> UBaseView::createWindow(const WindowizePlan& plan) {
 }
 
 void UBaseView::tellController(const char* message, UWindow* window, BaseWindowType newType) const {
-    if (!controller_)
+    const Ref<CmObject> controller = controller_;
+    if (!controller)
         return;
     const Ref<FMessage> told = make<FMessage>(ConstString(message));
     told->setObject("Window", window);
     if (newType != BaseWindowType::none)
         told->setInt("NewType", static_cast<int64_t>(newType));
-    controller_->handleMessage(told.get());
+    controller->handleMessage(told.get());
 }
 
 // ---- Geometry.
@@ -323,6 +324,7 @@ void UBaseView::setTitle(const ConstString& title) {
 }
 
 bool UBaseView::subViewFrameRequest(UView* child, const CmRect& rect, bool redraw) {
+    const Ref<UBaseView> keep = retain(this);
     const bool result = UView::subViewFrameRequest(child, rect, redraw);
     if (getParent() && (getSubViewCount() == 1 || hasBaseFlag(baseResizesWindow)))
         resizeToFit(0, 0);
@@ -358,6 +360,7 @@ bool UBaseView::storeAttributes(FAttributes* attributes) {
 }
 
 bool UBaseView::restoreAttributes(FAttributes* attributes) {
+    const Ref<UBaseView> keep = retain(this);
     UWindow* window = forwarding_ ? nullptr : getOwnWindow();
     if (!window)
         return restoreSubViewTree(attributes, 0);

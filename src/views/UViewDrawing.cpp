@@ -224,6 +224,7 @@ bool UView::beginDrawClipped(DrawContext& context) {
 }
 
 Ref<UBitmap> UView::createSnapshot(bool withSubViews) {
+    const Ref<UView> keep = retain(this);
     if (!parent_ && !isAttached() && !getWindow()) {
         // A view that hangs nowhere is laid out and drawn in a window that is never shown.
         auto window = make<URenderWindow>();

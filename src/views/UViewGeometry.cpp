@@ -143,6 +143,7 @@ void UView::setClientInsets(const App::Layout::Insets& insets, bool updateNow) {
 void UView::setClientRect(const CmRect& rect, bool keepFrame) {
     if (rect == core_.clientRect)
         return;
+    const Ref<UView> keep = retain(this);
     const CmRect old = core_.clientRect;
     if (!keepFrame) {
         CmRect frame = core_.frameRect;
@@ -194,7 +195,7 @@ void UView::resizeSubViews(const CmRect& oldClientRect, const SubViewList& list)
         if (rect != view.core_.frameRect)
             view.setFrame(rect, view.isShown());
         else if (flags & viewAlwaysSizeChanged)
-            view.sizeChanged(view.core_.clientRect);
+            retain(&view)->sizeChanged(view.core_.clientRect);
     });
 }
 
@@ -276,6 +277,7 @@ void UView::fitTo(CmSize own, int32_t extraWidth, int32_t extraHeight) {
 }
 
 void UView::resizeToFit(int32_t extraWidth, int32_t extraHeight) {
+    const Ref<UView> keep = retain(this);
     if (App::Layout::IItemLayout* layout = core_.item.layout())
         layout->run(core_.item);
     CmRect used;

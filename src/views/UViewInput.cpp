@@ -127,7 +127,11 @@ bool UView::mouseDown(CmPoint point) {
         return false;
     tellMouse(*this, point, &IViewMouseListener::viewMouseDown);
     return askSubViewsAt(*this, point, [&](UView& subView) {
+        const bool wasAttached = subView.isAttached();
         focusOnPress(subView, clientToWindow(point));
+        // Whoever lost the focus may have taken the view away.
+        if (wasAttached && !subView.isAttached())
+            return Answer::taken;
         const bool isBaseOnly = isRightPress(subView) && !subView.hasFlag(viewTakesRightClick);
         if (!subView.hitsClient(subView.parentToFrame(point)))
             return isBaseOnly ? Answer::endsWalk
@@ -215,7 +219,7 @@ bool UView::keyDown(const UKeyCode& key) {
     UDesktop* desktop = UDesktop::instance();
     UWindow* window = getWindow();
     if (desktop && desktop->getFocus() == this)
-        if (IFocusDelegate* delegate = getFocusDelegate())
+        if (const Ref<IFocusDelegate> delegate = retain(getFocusDelegate()))
             if (delegate->handleKey(this, key))
                 return true;
     if (desktop && !desktop->getFocus() && window)

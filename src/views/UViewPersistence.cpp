@@ -78,6 +78,7 @@ bool UView::storeSubViewState(FAttributes* attributes) {
 }
 
 bool UView::restoreSubViewState(FAttributes* attributes) {
+    const Ref<UView> keep = retain(this);
     CmRect frame;
     if (!storedFrame(*this, *attributes, frame))
         return false;

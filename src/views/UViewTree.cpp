@@ -193,6 +193,7 @@ void UView::attached(UView* parent) {
         core_.item.layout()->run(core_.item);
     // In a window that is hidden just now, too: nobody comes by again when it is shown.
     forEachSubView([this](UView& view) {
+        const Ref<UView> keepSubView = retain(&view);
         if (view.isShown())
             view.attached(this);
     });
@@ -224,6 +225,7 @@ void UView::detached(UView* parent) {
     if (UWindow* window = getWindow())
         window->viewClosing(this);
     forEachSubView([this](UView& view) {
+        const Ref<UView> keepSubView = retain(&view);
         if (view.isAttached())
             view.detached(this);
     });

@@ -24,6 +24,7 @@ CmRect roundedRect(const Geometry::Rect& rect) {
 }
 
 void ViewItem::place(const Geometry::Rect& frame, bool visible) {
+    const Ref<UView> keep = retain(&view_);
     if (visible != view_.isShown())
         visible ? view_.show() : view_.hide();
     // The view rounds what it stores; the fractions are kept for the next layout.

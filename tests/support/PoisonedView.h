@@ -9,11 +9,10 @@ namespace qorl::testing {
 
 /// Fills its memory with a pattern when it goes, so that whoever uses it later fails at once, without a
 /// sanitizer too.
-class PoisonedView : public UView {
-    QORL_CLASS(PoisonedView, UView)
-
+template <typename Base>
+class Poisoned : public Base {
 public:
-    using UView::UView;
+    using Base::Base;
 
     static void* operator new(size_t size) { return ::operator new(size); }
     static void operator delete(void* memory, size_t size) {
@@ -24,5 +23,7 @@ public:
         ::operator delete(memory);
     }
 };
+
+using PoisonedView = Poisoned<UView>;
 
 } // namespace qorl::testing

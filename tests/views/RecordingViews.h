@@ -6,6 +6,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qorl {
@@ -98,6 +99,39 @@ protected:
 private:
     CallLog& log_;
     std::string name_;
+};
+
+/// Writes down the name of each notice, and does what the test wants in the middle of it.
+class LifecycleLog : public CmObject, public IViewLifecycleListener {
+    QORL_CLASS(LifecycleLog, CmObject)
+    QORL_FACES(LifecycleLog, CmObject, IViewLifecycleListener)
+
+public:
+    explicit LifecycleLog(CallLog& log) : log_(log) {}
+
+    std::function<void(UView& view, std::string_view notice)> during;
+
+    void viewShown(UView* view) override { heard(*view, "shown"); }
+    void viewHidden(UView* view) override { heard(*view, "hidden"); }
+    void viewFocusGained(UView* view) override { heard(*view, "focusGained"); }
+    void viewFocusLost(UView* view) override { heard(*view, "focusLost"); }
+    void viewEnabled(UView* view) override { heard(*view, "enabled"); }
+    void viewDisabled(UView* view) override { heard(*view, "disabled"); }
+    void viewMoved(UView* view) override { heard(*view, "moved"); }
+    void viewSized(UView* view) override { heard(*view, "sized"); }
+    void viewAttached(UView* view) override { heard(*view, "attached"); }
+    void viewDetaching(UView* view) override { heard(*view, view->isAttached() ? "detaching" : "too late"); }
+    void viewDetached(UView* view) override { heard(*view, "detached"); }
+    void viewDestroyed(UView* view) override { heard(*view, "destroyed"); }
+
+private:
+    void heard(UView& view, const char* notice) {
+        log_.add(notice);
+        if (during)
+            during(view, notice);
+    }
+
+    CallLog& log_;
 };
 
 /// Makes recording views with one log.

@@ -5,6 +5,7 @@
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/defaults/FDefaultPool.h"
 #include "support/HeadlessShell.h"
+#include "support/PoisonedView.h"
 #include "support/ProbeView.h"
 #include "windows/UDocWindow.h"
 
@@ -182,6 +183,49 @@ TEST_F(UBaseViewTest, FollowsItsOnlySubViewAndPassesItOn) {
     EXPECT_EQ(base_->getFrameSize(), window->getClientSize()) << "a maximized window shows a hole";
     window->setMaximized(false);
     EXPECT_EQ(textOf(base_->getFrameRect()), "0,0,150,110");
+}
+
+TEST_F(UBaseViewTest, MayGoWhenItsSubViewHearsOfTheSizeThatItTakes) {
+    Ref<UView> base = make<testing::Poisoned<UBaseView>>(CmRect{0, 0, 200, 100});
+    const auto content = make<UView>(CmRect{0, 0, 200, 100});
+    base->addSubView(content);
+    UView& host = shell_.window();
+    UView* leaving = base.get();
+    host.addSubView(std::move(base));
+    CallLog log;
+    LifecycleLog listener(log);
+    listener.during = [&](UView&, std::string_view notice) {
+        if (notice == "sized")
+            host.removeSubView(leaving);
+    };
+    content->addLifecycleListener(&listener);
+    leaving->subViewFrameRequest(content.get(), {0, 0, 80, 60}, true);
+    EXPECT_EQ(host.getSubViewCount(), 0);
+    EXPECT_EQ(content->getParent(), nullptr);
+}
+
+TEST_F(UBaseViewTest, KeepsItsControllerWhileThatHearsOfAWindow) {
+    class Leaving : public CmObject {
+    public:
+        UBaseView* base = nullptr;
+        int32_t* heard = nullptr;
+        int32_t handleMessage(FMessage* message) override {
+            if (message->isNamed("MsgWindowized")) {
+                base->getOwnWindow()->setController(nullptr);
+                base->setController(nullptr);
+                ++*heard;
+            }
+            return notHandled;
+        }
+    };
+    int32_t heard = 0;
+    auto leaving = make<testing::Poisoned<Leaving>>();
+    leaving->base = base_.get();
+    leaving->heard = &heard;
+    base_->setController(leaving.get());
+    leaving.reset();
+    windowize(BaseWindowType::document);
+    EXPECT_EQ(heard, 1);
 }
 
 TEST_F(UBaseViewTest, AnswersForItsOwnSurroundings) {

@@ -1,6 +1,7 @@
 #include "RecordingViews.h"
 #include "graphics/GraphicsImage.h"
 #include "graphics/UBitmap.h"
+#include "support/PoisonedView.h"
 #include "support/TestGraphics.h"
 #include "views/IOverlayStateSink.h"
 #include "views/IScrollAware.h"
@@ -218,6 +219,20 @@ public:
     UView* scrolled = nullptr;
     std::string text;
 };
+
+TEST_F(UViewDrawing, TakesASnapshotOfAViewThatGoesAsItIsDrawn) {
+    class Leaving : public UView {
+    public:
+        bool drawContent(const CmRect&) override {
+            getParent()->removeSubView(this);
+            return true;
+        }
+    };
+    window_->addSubView(make<testing::Poisoned<Leaving>>());
+    window_->getFirstSubView()->setFrame({0, 0, 10, 10}, false);
+    EXPECT_TRUE(window_->getFirstSubView()->createSnapshot(true));
+    EXPECT_EQ(window_->getSubViewCount(), 0);
+}
 
 TEST_F(UViewDrawing, HandsAScrollToTheNearestTwoAncestorsOrOn) {
     auto pane = make<ScrollPane>(CmRect{0, 0, 100, 100});

@@ -1,10 +1,14 @@
 #include "RecordingViews.h"
+#include "binding/IntValue.h"
 #include "foundation/messages/UpdateHandler.h"
+#include "persistence/attributes/FAttributes.h"
 #include "support/PoisonedView.h"
+#include "support/TestGraphics.h"
+#include "views/containers/URowColumn.h"
+#include "views/controls/UControl.h"
+#include "views/controls/ULabel.h"
 
-#include <functional>
 #include <gtest/gtest.h>
-#include <string_view>
 #include <utility>
 
 namespace qorl {
@@ -124,39 +128,6 @@ TEST_F(UViewTree, AttachesShownViewsFromTheTopAndDetachesThem) {
     EXPECT_EQ(log_.take(), "attached:a attached:b attached:hidden attached:c");
 }
 
-/// Writes down the name of each notice, and does what the test wants in the middle of it.
-class LifecycleLog : public CmObject, public IViewLifecycleListener {
-    QORL_CLASS(LifecycleLog, CmObject)
-    QORL_FACES(LifecycleLog, CmObject, IViewLifecycleListener)
-
-public:
-    explicit LifecycleLog(CallLog& log) : log_(log) {}
-
-    std::function<void(UView& view, std::string_view notice)> during;
-
-    void viewShown(UView* view) override { heard(*view, "shown"); }
-    void viewHidden(UView* view) override { heard(*view, "hidden"); }
-    void viewFocusGained(UView* view) override { heard(*view, "focusGained"); }
-    void viewFocusLost(UView* view) override { heard(*view, "focusLost"); }
-    void viewEnabled(UView* view) override { heard(*view, "enabled"); }
-    void viewDisabled(UView* view) override { heard(*view, "disabled"); }
-    void viewMoved(UView* view) override { heard(*view, "moved"); }
-    void viewSized(UView* view) override { heard(*view, "sized"); }
-    void viewAttached(UView* view) override { heard(*view, "attached"); }
-    void viewDetaching(UView* view) override { heard(*view, view->isAttached() ? "detaching" : "too late"); }
-    void viewDetached(UView* view) override { heard(*view, "detached"); }
-    void viewDestroyed(UView* view) override { heard(*view, "destroyed"); }
-
-private:
-    void heard(UView& view, const char* notice) {
-        log_.add(notice);
-        if (during)
-            during(view, notice);
-    }
-
-    CallLog& log_;
-};
-
 TEST_F(UViewTree, TellsItsListenersOfItsLife) {
     LifecycleLog listener(log_);
     auto observed = make<UView>(CmRect{0, 0, 10, 10});
@@ -178,30 +149,124 @@ TEST_F(UViewTree, TellsItsListenersOfItsLife) {
               "detached destroyed");
 }
 
+constexpr CmRect leavingFrame{0, 0, 10, 10};
+
+template <typename View, auto... arguments>
+Ref<UView> poisoned() {
+    return make<testing::Poisoned<View>>(leavingFrame, arguments...);
+}
+
+Ref<UView> poisonedLabel() {
+    testing::useGraphics();
+    auto label = make<testing::Poisoned<ULabel>>(leavingFrame, ConstString("a"), 0U, ULabel::autoWidth);
+    label->setFont(UFont());
+    return label;
+}
+
+Ref<UView> poisonedControl() {
+    return make<testing::Poisoned<UControl>>(leavingFrame, ConstString("a"), nullptr, 0U);
+}
+
 struct LeavingCase {
     const char* notice;
     void (*act)(UView& parent, UView& child);
-    bool beginsHidden;
+    bool beginsHidden = false;
+    Ref<UView> (*makeChild)() = &poisoned<UView>;
+};
+
+void remove(UView& parent, UView& child) {
+    parent.removeSubView(&child);
+}
+
+void insertAgain(UView& parent, UView& child) {
+    parent.addSubView(parent.removeSubView(&child));
+}
+
+void hide(UView&, UView& child) {
+    child.hide();
+}
+
+void show(UView&, UView& child) {
+    child.show();
+}
+
+void disable(UView&, UView& child) {
+    child.setEnabled(false);
+}
+
+void place(UView&, UView& child) {
+    child.setFrame({5, 5, 25, 25}, true);
+}
+
+void changeClient(UView&, UView& child) {
+    child.setClientRect({1, 1, 9, 9}, true);
+}
+
+void placeByLayout(UView&, UView& child) {
+    child.getItem().place({1, 2, 30, 40}, false);
+}
+
+void fit(UView&, UView& child) {
+    child.addSubView(make<UView>(CmRect{0, 0, 20, 20}));
+    child.resizeToFit(0, 0);
+}
+
+void restore(UView&, UView& child) {
+    FAttributes stored;
+    make<UView>(CmRect{0, 0, 30, 30})->storeSubViewState(&stored);
+    child.restoreSubViewState(&stored);
+}
+
+void insertAgainInPanel(UView& parent, UView& child) {
+    const auto panel = make<UView>(CmRect{0, 0, 10, 10});
+    panel->addSubView(parent.removeSubView(&child));
+    parent.addSubView(panel);
+    parent.removeSubView(panel.get());
+}
+
+void retitle(UView&, UView& child) {
+    child.setTitle(ConstString("a longer title"));
+}
+
+void disableValue(UView&, UView& child) {
+    const auto value = make<Binding::IntValue>(0, 1);
+    static_cast<UControl&>(child).setValue(value.get());
+    value->bound()->setEnabled(false);
+    UpdateHandler::instance()->triggerDeferredUpdates(nullptr);
+}
+
+void takeDisabledValue(UView&, UView& child) {
+    const auto value = make<Binding::IntValue>(0, 1);
+    value->bound()->setEnabled(false);
+    static_cast<UControl&>(child).setValue(value.get());
+}
+
+constexpr LeavingCase leavingCases[] = {
+    {"detaching", &remove},
+    {"detached", &remove},
+    {"detaching", &hide},
+    {"detached", &hide},
+    {"hidden", &hide},
+    {"attached", &show, true},
+    {"shown", &show, true},
+    {"disabled", &disable},
+    {"sized", &place},
+    {"moved", &place},
+    {"attached", &insertAgain},
+    {"sized", &changeClient},
+    {"hidden", &placeByLayout},
+    {"sized", &fit},
+    {"sized", &restore},
+    {"attached", &insertAgainInPanel, false, &poisoned<URowColumn, RowColumnStyle::horizontal>},
+    {"sized", &retitle, false, &poisonedLabel},
+    {"disabled", &disableValue, false, &poisonedControl},
+    {"disabled", &takeDisabledValue, false, &poisonedControl},
 };
 
 TEST_F(UViewTree, LetsAViewLeaveForGoodInAnswerToAnyNotice) {
-    const auto remove = [](UView& parent, UView& child) { parent.removeSubView(&child); };
-    const auto insertAgain = [](UView& parent, UView& child) {
-        parent.addSubView(parent.removeSubView(&child));
-    };
-    const auto hide = [](UView&, UView& child) { child.hide(); };
-    const auto show = [](UView&, UView& child) { child.show(); };
-    const auto disable = [](UView&, UView& child) { child.setEnabled(false); };
-    const auto place = [](UView&, UView& child) { child.setFrame({5, 5, 25, 25}, true); };
-    const LeavingCase cases[] = {
-        {"detaching", remove, false}, {"detached", remove, false},      {"detaching", hide, false},
-        {"detached", hide, false},    {"hidden", hide, false},          {"attached", show, true},
-        {"shown", show, true},        {"disabled", disable, false},     {"sized", place, false},
-        {"moved", place, false},      {"attached", insertAgain, false},
-    };
     window_->attachTree();
-    for (const LeavingCase& c : cases) {
-        SCOPED_TRACE(c.notice);
+    for (const LeavingCase& c : leavingCases) {
+        SCOPED_TRACE(std::to_string(&c - leavingCases) + ": " + c.notice);
         LifecycleLog listener(log_);
         bool stays = true;
         // The parent's reference is the last.
@@ -209,7 +274,7 @@ TEST_F(UViewTree, LetsAViewLeaveForGoodInAnswerToAnyNotice) {
             if (notice == c.notice && std::exchange(stays, false))
                 view.getParent()->removeSubView(&view);
         };
-        auto made = make<testing::PoisonedView>(CmRect{0, 0, 10, 10});
+        Ref<UView> made = c.makeChild();
         made->setFlag(viewDirectPaint | viewWantsAncestorSized, true);
         if (c.beginsHidden)
             made->hide();
@@ -348,6 +413,25 @@ public:
     void notify(CmObject*, int32_t message) override { heard.push_back(message); }
     std::vector<int32_t> heard;
 };
+
+TEST_F(UViewTree, MayLeaveWhenItsDependentsHearOfASizeThatItsParentTook) {
+    class Remover : public CmObject {
+    public:
+        void notify(CmObject* view, int32_t) override {
+            view->removeDependent(this);
+            auto* leaving = static_cast<UView*>(view);
+            leaving->getParent()->removeSubView(leaving);
+        }
+    };
+    ASSERT_NE(UpdateHandler::instance(), nullptr);
+    Remover remover;
+    auto leaving = make<testing::PoisonedView>(CmRect{0, 0, 10, 10});
+    leaving->setFlag(viewAlwaysSizeChanged, true);
+    leaving->addDependent(&remover);
+    window_->addSubView(std::move(leaving));
+    window_->setSize({150, 150});
+    EXPECT_EQ(window_->getSubViewCount(), 0);
+}
 
 TEST_F(UViewTree, TellsItsDependentsOfSizePlaceAndEnd) {
     ASSERT_NE(UpdateHandler::instance(), nullptr);

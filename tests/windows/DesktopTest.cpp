@@ -352,10 +352,10 @@ TEST(UToolTipHandler, FollowsTheViewUnderTheMouse) {
 
 /// Is taken out of its parent for good by whoever is asked for its tip.
 class FleetingTip : public testing::PoisonedView {
-    QORL_CLASS(FleetingTip, PoisonedView)
+    QORL_CLASS(FleetingTip, UView)
 
 public:
-    using PoisonedView::PoisonedView;
+    using Poisoned::Poisoned;
 
     bool getTooltip(String& text, CmPoint, CmRect&) const override {
         text = String("tip");

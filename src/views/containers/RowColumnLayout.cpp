@@ -63,9 +63,9 @@ void RowColumnLayout::place(UView& view, CmSize extra) {
     takeUsedSize(view, used, extra);
     if (!has(RowColumnStyle::sizeWindow))
         return;
-    for (UView* ancestor = view.getParent(); ancestor; ancestor = ancestor->getParent()) {
+    for (Ref<UView> ancestor = retain(view.getParent()); ancestor; ancestor = retain(ancestor->getParent())) {
         ancestor->resizeToFit(0, 0);
-        if (cast<UWindow>(ancestor))
+        if (cast<UWindow>(ancestor.get()))
             break;
     }
 }

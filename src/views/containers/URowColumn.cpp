@@ -32,6 +32,7 @@ Ref<UView> URowColumn::removeSubView(UView* view) {
 }
 
 bool URowColumn::childFrameRequest(UView* child, const CmRect& rect, bool redraw) {
+    const Ref<UView> keep = retain(this);
     const bool result = UView::childFrameRequest(child, rect, redraw);
     layout_.childResized(*child);
     layout_.update(*this);
@@ -39,6 +40,7 @@ bool URowColumn::childFrameRequest(UView* child, const CmRect& rect, bool redraw
 }
 
 bool URowColumn::subViewFrameRequest(UView* child, const CmRect& rect, bool redraw) {
+    const Ref<UView> keep = retain(this);
     const bool result = UView::subViewFrameRequest(child, rect, redraw);
     layout_.childResized(*child);
     layout_.update(*this);

@@ -71,6 +71,7 @@ void UControl::follow(Binding::Value* value) {
 }
 
 void UControl::setValue(Binding::Value* value) {
+    const Ref<UView> keep = retain(this);
     const Ref<Binding::Value> old = value_;
     follow(value);
     refresh();
@@ -198,6 +199,8 @@ void UControl::refresh() {
 }
 
 void UControl::notify(CmObject* changedObject, int32_t message) {
+    // Who hears that it is disabled may take it away.
+    const Ref<UView> keep = retain(this);
     if (changedObject == value_.get()) {
         if (message == Binding::valueDestroyed)
             loseValue();

@@ -14,14 +14,16 @@ ULabel::~ULabel() = default;
 
 void ULabel::setTitle(const ConstString& title) {
     UView::setTitle(title);
-    applyAutoSize();
     invalidateAll();
+    // At the end: who hears of the new size may take the label away.
+    applyAutoSize();
 }
 
 void ULabel::setFont(const UFont& font) {
     font_ = std::make_unique<UFont>(font);
-    applyAutoSize();
     invalidateAll();
+    // At the end: who hears of the new size may take the label away.
+    applyAutoSize();
 }
 
 const UFont& ULabel::measureFont() const {

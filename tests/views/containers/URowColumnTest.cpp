@@ -2,6 +2,7 @@
 
 #include "support/HeadlessShell.h"
 #include "support/PoisonedView.h"
+#include "views/RecordingViews.h"
 
 #include <functional>
 #include <gmock/gmock.h>
@@ -296,6 +297,51 @@ public:
             once();
     }
 };
+
+TEST(URowColumn, MayGoWithWhatIsSizedByIt) {
+    constexpr uint32_t plain = RowColumnStyle::horizontal;
+    const struct {
+        const char* what;
+        uint32_t style;
+        bool hearsPanel; ///< Else the row's first child is heard, and the row goes alone.
+        void (*act)(URowColumn& row, UView& child);
+    } cases[] = {
+        {"a child fits itself", plain, false,
+         [](URowColumn& row, UView& child) {
+             row.subViewFrameRequest(&child, {0, 0, 50, 10}, true);
+         }},
+        {"a child grows", plain, false,
+         [](URowColumn& row, UView& child) {
+             row.childFrameRequest(&child, {0, 0, 50, 10}, true);
+         }},
+        {"the panel fits itself", plain | RowColumnStyle::sizeWindow, true,
+         [](URowColumn& row, UView& child) {
+             row.childFrameRequest(&child, {0, 0, 50, 10}, true);
+         }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        HeadlessShell shell;
+        const Ref<UView> child = make<UView>(CmRect{0, 0, 30, 10});
+        Ref<URowColumn> made = make<testing::Poisoned<URowColumn>>(CmRect{0, 0, 30, 10}, c.style);
+        URowColumn* row = made.get();
+        Ref<UView> panel = make<testing::PoisonedView>(CmRect{0, 0, 30, 10});
+        UView& leaving = c.hearsPanel ? *panel : *row;
+        panel->addSubView(std::move(made));
+        shell.window().addSubView(std::move(panel));
+        row->addSubView(child);
+        CallLog log;
+        LifecycleLog listener(log);
+        (c.hearsPanel ? leaving : *child).addLifecycleListener(&listener);
+        listener.during = [&](UView&, std::string_view notice) {
+            if (notice == "sized")
+                leaving.getParent()->removeSubView(&leaving);
+        };
+        c.act(*row, *child);
+        EXPECT_EQ(shell.window().getSubViewCount(), c.hearsPanel ? 0 : 1);
+        EXPECT_FALSE(child->isAttached());
+    }
+}
 
 struct StirCase {
     const char* what;

@@ -5,9 +5,12 @@
 #include "schemes/UScheme.h"
 #include "support/EditRecorder.h"
 #include "support/HeadlessShell.h"
+#include "support/PoisonedView.h"
+#include "views/controls/ControlStyle.h"
 #include "windows/UWindow.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace qorl {
 namespace {
@@ -263,6 +266,35 @@ TEST(USlider, LetsGoOfAGestureThatEndsAsItBegins) {
     EXPECT_EQ(shell.window().getMouseCapture(), nullptr);
     shell.release();
     shell.value("level").setTarget(nullptr, 0, false);
+}
+
+TEST(USlider, MayGoWhenTheGestureEndsThatItsPanelTakesAlong) {
+    class Remover : public CmObject {
+    public:
+        UView* leaving = nullptr;
+        int32_t handleMessage(FMessage*) override {
+            if (UView* view = std::exchange(leaving, nullptr))
+                view->getParent()->removeSubView(view);
+            return handled;
+        }
+    };
+    HeadlessShell shell;
+    const auto value = make<Binding::IntValue>(0, 189);
+    const auto panel = make<UView>(CmRect{0, 0, 200, 20});
+    Ref<UView> slider = make<testing::Poisoned<USlider>>(CmRect{0, 0, 200, 20}, ConstString(), value.get(),
+                                                         SliderStyle::jump);
+    UView* leaving = slider.get();
+    panel->addSubView(std::move(slider));
+    shell.window().addSubView(panel);
+    shell.press({105, 10});
+    const auto remover = make<Remover>();
+    remover->leaving = leaving;
+    value->setTarget(remover.get(), 0, false);
+    value->setFlag(Binding::Value::targetTakesEdits, true);
+    shell.window().removeSubView(panel.get());
+    EXPECT_EQ(panel->getSubViewCount(), 0);
+    EXPECT_FALSE(value->isEditing());
+    value->setTarget(nullptr, 0, false);
 }
 
 TEST(USlider, TakesTheSidewaysWheelOnlyWhenItLies) {
