@@ -200,6 +200,7 @@ void UDesktop::chooseFocus(UWindow* window) {
     if (hasDesktopFlag(focusFrozen) || !window || window->getWindowType() == WindowType::none ||
         window->hasStyle(styleNoActivate))
         return;
+    const Ref<UWindow> keep = retain(window);
     if (!window->getFocusView()) {
         // A window that had the keyboard before looks where that was.
         UView* view = window->focusPoint() == CmPoint{} ? window->findFirstFocus() : nullptr;
@@ -210,6 +211,9 @@ void UDesktop::chooseFocus(UWindow* window) {
         }
         if (view)
             window->setFocusView(view->getFocusView());
+        // Whoever heard of it may have closed the window.
+        if (window->hasWindowFlag(closed))
+            return;
     }
     focusWindow_ = window;
     if (UView* focus = getFocus())
@@ -240,6 +244,10 @@ void UDesktop::unregisterWindow(UWindow* window) {
     const Ref<UWindow> keep = retain(window);
     std::erase(windows_, keep);
     takeFocusFrom(window);
+    forget(window);
+}
+
+void UDesktop::forget(const UView* window) {
     if (activeWindow_ == window)
         activeWindow_ = nullptr;
     if (windowUnderMouse_ == window)
@@ -338,6 +346,8 @@ void UDesktop::tellMouseMove(UWindow* window, CmPoint point) {
 }
 
 void UDesktop::viewGone(UView* view) {
+    // Who heard that a window closes may have run the event loop, in which it was active once more.
+    forget(view);
     if (focusWindow_ == view)
         focusWindow_ = nullptr;
     if (cursorOwner_ == view)

@@ -140,6 +140,8 @@ private:
     /// The pushed cursors, which stand among the attributes; null before the first push.
     CmStack* cursorStack() const;
     void takeFocusFrom(UWindow* window);
+    /// Beside the focus, which is taken from it.
+    void forget(const UView* window);
     void releaseAllCaptures();
 
     std::vector<Ref<UWindow>> windows_;

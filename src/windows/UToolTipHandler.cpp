@@ -70,9 +70,11 @@ void UToolTipHandler::mouseMove(UWindow* window, CmPoint point) {
 
 void UToolTipHandler::present(UView& view) {
     String shown = text_;
-    if (textHook_)
-        textHook_(view, shown);
-    platform::PlatformWindow* window = window_->getPlatformWindow();
+    // A copy: it may put another one in its place.
+    if (const TextHook hook = textHook_)
+        hook(view, shown);
+    // Or take the tip away, with its view or without.
+    platform::PlatformWindow* window = window_ && view_ == &view ? window_->getPlatformWindow() : nullptr;
     if (!window || shown.isEmpty())
         return;
     const CmRect area = rect_.isEmpty() ? view.getClientBounds() : rect_;

@@ -150,6 +150,7 @@ bool UWindow::isVisible() const {
 void UWindow::getWindowOffset(CmPoint&) const {}
 
 void UWindow::setEnabled(bool enabled) {
+    const Ref<UWindow> keep = retain(this);
     UView::setEnabled(enabled);
     if (core_->platformWindow)
         core_->platformWindow->enable(enabled);
@@ -177,10 +178,12 @@ void UWindow::setControllerFocus(CmObject* controller) {
         controller = nullptr;
     if (controller == core_->focusController.get())
         return;
+    const Ref<UWindow> keep = retain(this);
     const Ref<CmObject> old = std::exchange(core_->focusController, retain(controller));
     if (old)
         old->handleMessage(make<FMessage>(ConstString("ResetControllerFocus")).get());
-    if (controller)
+    // Whoever lost it may have passed it on.
+    if (controller && core_->focusController == controller)
         controller->handleMessage(make<FMessage>(ConstString("SetControllerFocus")).get());
 }
 

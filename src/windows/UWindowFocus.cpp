@@ -84,6 +84,7 @@ void UWindow::setFocusView(UView* view) {
     if (old == view || (view && view->getWindow() != this))
         return;
     const Ref<UView> fresh = retain(view);
+    const Ref<UWindow> keep = retain(this);
     core_->focusView = view;
     if (view)
         core_->focusPoint = focusPointOf(*view);
@@ -104,14 +105,18 @@ void UWindow::viewClosing(UView* view) {
     const auto goes = [view](const UView* other) {
         return other && (other == view || view->isDescendant(other));
     };
-    if (goes(core_->hoverView))
-        core_->hoverView = nullptr;
-    if (goes(core_->captureView))
-        releaseMouse(core_->captureView);
+    const Ref<UWindow> keep = retain(this);
     if (goes(core_->focusView)) {
         const Ref<UView> focus = retain(std::exchange(core_->focusView, nullptr));
         focus->focusLost();
     }
+    // Whoever heard of that may have given the focus, or the mouse, to what goes: it still stands here.
+    if (goes(core_->focusView))
+        core_->focusView = nullptr;
+    if (goes(core_->hoverView))
+        core_->hoverView = nullptr;
+    if (goes(core_->captureView))
+        releaseMouse(core_->captureView);
     if (UDesktop* desktop = UDesktop::instance())
         desktop->viewGone(view);
 }

@@ -203,6 +203,7 @@ void UWindow::setMaximized(bool maximized) {
 }
 
 void UWindow::changeState(WindowState state) {
+    const Ref<UWindow> keep = retain(this);
     if (core_->platformWindow)
         core_->platformWindow->setShowState(state);
     // Without a platform window, or when the platform answers later, the state stands at once.

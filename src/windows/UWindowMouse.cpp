@@ -59,9 +59,11 @@ bool UWindow::mouseEvent(const platform::MouseEvent& event) {
 bool UWindow::mouseMoved(CmPoint point) {
     UDesktop* desktop = UDesktop::instance();
     if (desktop && desktop->windowUnderMouse() != this) {
-        if (const Ref<UWindow> old = retain(desktop->windowUnderMouse()))
-            old->mouseLeft();
+        const Ref<UWindow> old = retain(desktop->windowUnderMouse());
+        // Before the other hears that it was left: that may close this one.
         desktop->setWindowUnderMouse(this);
+        if (old)
+            old->mouseLeft();
     }
     if (hasWindowFlag(clientDragged)) {
         // By the screen: a window manager moves the window before it tells where it is.

@@ -135,6 +135,7 @@ bool UWindow::storeAttributes(FAttributes* attributes) {
 bool UWindow::restoreAttributes(FAttributes* attributes) {
     if (attributes->getInteger("AttrDefaultVersion") != core_->stateVersion)
         return false;
+    const Ref<UWindow> keep = retain(this);
     restorePlace(*attributes, "Position");
     setMaximized(attributes->getInteger("Maximized") != 0);
     setMinimized(attributes->getInteger("Minimized") != 0);

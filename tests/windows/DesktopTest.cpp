@@ -374,6 +374,30 @@ TEST(UToolTipHandler, GivesUpAViewThatLeavesWhenItIsAsked) {
     EXPECT_EQ(shell.window().getSubViewCount(), 0);
 }
 
+TEST(UToolTipHandler, LetsItsHookTakeTheTipAway) {
+    using Take = void (*)(HeadlessShell & shell, UView & view);
+    const Take takes[] = {
+        [](HeadlessShell& shell, UView& view) { shell.window().removeSubView(&view); },
+        [](HeadlessShell& shell, UView&) { shell.window().willClose(false); },
+        [](HeadlessShell& shell, UView&) { shell.desktop().toolTips().setEnabled(false); },
+        [](HeadlessShell& shell, UView&) { shell.desktop().toolTips().hide(UToolTipHandler::Forget::keep); },
+    };
+    for (const Take& take : takes) {
+        SCOPED_TRACE(&take - takes);
+        HeadlessShell shell;
+        auto view = make<ProbeView>(CmRect{0, 0, 200, 200}, "view");
+        view->setTooltip(ConstString("tip"));
+        shell.window().addSubView(std::move(view));
+        shell.desktop().toolTips().setTextHook([&](UView& tipped, String&) {
+            shell.desktop().toolTips().setTextHook({});
+            take(shell, tipped);
+        });
+        shell.move({10, 10});
+        shell.advance(1000);
+        EXPECT_EQ(shell.desktop().frontWindow(WindowType::popup), nullptr);
+    }
+}
+
 TEST(UToolTipHandler, ShowsTheTipWhenTheMouseRestsAndTakesItAwayWithAPress) {
     HeadlessShell shell;
     auto view = make<ProbeView>(CmRect{0, 0, 200, 200}, "view");

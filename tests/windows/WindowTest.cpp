@@ -2,8 +2,11 @@
 #include "foundation/messages/FMessage.h"
 #include "foundation/messages/FMessenger.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "support/PoisonedView.h"
 #include "support/WindowRecorder.h"
 #include "views/GeometryAttributes.h"
+#include "views/RecordingViews.h"
+#include "views/UBaseView.h"
 #include "windows/UModalDialog.h"
 #include "windows/UPopupWindow.h"
 
@@ -89,6 +92,128 @@ TEST_F(WindowTest, MayBeClosedByWhoeverHearsOfItsOpening) {
         EXPECT_THAT(shell.desktop().windows(), Not(Contains(window.get())));
         FGlobalDefaultPool::instance()->removeGroup(section);
     }
+}
+
+struct ClosingCase {
+    /// The notice or message in answer to which the window is closed.
+    const char* heard;
+    void (*act)(UWindow& window);
+};
+
+constexpr ClosingCase closingCases[] = {
+    {"MsgWindowMinimized", [](UWindow& window) { window.setMinimized(true); }},
+    {"MsgWindowMaximized", [](UWindow& window) { window.setMaximized(true); }},
+    {"MsgWindowMaximized",
+     [](UWindow& window) {
+         FAttributes stored;
+         stored.setInteger("Maximized", 1);
+         window.restoreAttributes(&stored);
+     }},
+    {"MsgWindowMaximized",
+     [](UWindow& window) {
+         window.removeAllSubViews();
+         window.addSubView(make<testing::Poisoned<UBaseView>>());
+         FAttributes stored;
+         stored.setInteger("Maximized", 1);
+         window.getFirstSubView()->restoreAttributes(&stored);
+     }},
+    {"disabled", [](UWindow& window) { window.setEnabled(false); }},
+    {"ResetControllerFocus",
+     [](UWindow& window) { window.setControllerFocus(make<ProbeController>().get()); }},
+    {"focusLost", [](UWindow& window) { window.setFocusView(window.getLastSubView()); }},
+    {"focusGained",
+     [](UWindow& window) {
+         window.setFocusView(nullptr);
+         UDesktop::instance()->chooseFocus(&window);
+     }},
+};
+
+TEST_F(WindowTest, MayBeClosedForGoodByWhoeverHearsWhatIsDoneToIt) {
+    for (const ClosingCase& c : closingCases) {
+        SCOPED_TRACE(std::to_string(&c - closingCases) + ": " + c.heard);
+        // The desktop's reference is the last.
+        UWindow* window =
+            make<testing::Poisoned<UDocWindow>>(placed, styleWindowPreset, ConstString("Second")).detach();
+        for (const int32_t left : {0, 20}) {
+            const auto field = make<ProbeView>(CmRect{left, 0, left + 10, 10}, "field");
+            field->setFocusable(true);
+            window->addSubView(field);
+        }
+        shell.open(*window);
+        window->release();
+        qorl::CallLog log;
+        LifecycleLog listener(log);
+        listener.during = [&](UView&, std::string_view notice) {
+            if (notice == c.heard)
+                window->willClose(false);
+        };
+        controller->answer = [&](FMessage& message) {
+            if (message.isNamed(c.heard))
+                window->willClose(false);
+            return 0;
+        };
+        const auto keys = make<ProbeController>();
+        keys->answer = controller->answer;
+        window->setController(controller.get());
+        window->setControllerFocus(keys.get());
+        window->addLifecycleListener(&listener);
+        window->getFirstSubView()->addLifecycleListener(&listener);
+        c.act(*window);
+        EXPECT_THAT(shell.desktop().windows(), Not(Contains(window)));
+        EXPECT_EQ(shell.desktop().getFocus(), nullptr);
+    }
+}
+
+TEST_F(WindowTest, IsForgottenWhateverHappensWhileItCloses) {
+    UWindow* window = openWindow().get();
+    controller->answer = [&](FMessage& message) {
+        if (message.isNamed("Before Close")) {
+            // As a dialog does that comes up here.
+            shell.window().activate();
+            window->activate();
+            shell.platform().postMouseMove(window->clientToScreen({10, 10}));
+            shell.platform().processEvents();
+            EXPECT_EQ(shell.desktop().windowUnderMouse(), window);
+            EXPECT_EQ(shell.desktop().activeWindow(), window);
+            shell.window().hide();
+        }
+        return 0;
+    };
+    window->willClose(false);
+    EXPECT_EQ(shell.desktop().windowUnderMouse(), nullptr);
+    EXPECT_EQ(shell.desktop().activeWindow(), nullptr);
+}
+
+TEST_F(WindowTest, IsNotUnderTheMouseWhenWhatTheMouseLeavesClosesIt) {
+    const auto view = make<ProbeView>(CmRect{0, 0, 400, 300}, "view");
+    view->takesHover = true;
+    shell.window().addSubView(view);
+    shell.move({10, 10});
+    UWindow* window = openWindow().get();
+    view->during = [&](const std::string& call) {
+        if (call == "mouseLeave")
+            window->willClose(false);
+    };
+    // With the capture its moves come without the leave of the other before.
+    shell.platform().setCapture(*window->getPlatformWindow());
+    shell.move({20, 20});
+    EXPECT_THAT(shell.desktop().windows(), Not(Contains(window)));
+    EXPECT_EQ(shell.desktop().windowUnderMouse(), nullptr);
+}
+
+TEST_F(WindowTest, TellsAControllerThatItHearsTheKeysOnlyWhileItDoes) {
+    const auto first = make<ProbeController>();
+    const auto second = make<ProbeController>();
+    const auto third = make<ProbeController>();
+    first->answer = [&](FMessage& message) {
+        if (message.isNamed("ResetControllerFocus"))
+            shell.window().setControllerFocus(third.get());
+        return 0;
+    };
+    shell.window().setControllerFocus(first.get());
+    shell.window().setControllerFocus(second.get());
+    EXPECT_EQ(shell.window().getFocusController(), third.get());
+    EXPECT_THAT(second->messages, ElementsAre("ResetControllerFocus"));
 }
 
 TEST_F(WindowTest, LivesAsLongAsItIsOpen) {

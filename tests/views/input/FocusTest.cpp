@@ -1,5 +1,6 @@
 #include "foundation/messages/FMessage.h"
 #include "support/HeadlessShell.h"
+#include "support/PoisonedView.h"
 #include "support/ProbeView.h"
 #include "views/FocusPolicy.h"
 #include "views/UBaseView.h"
@@ -12,8 +13,10 @@ namespace qorl {
 namespace {
 
 using testing::CallLog;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using testing::HeadlessShell;
+using ::testing::Not;
 using testing::ProbeView;
 
 TEST(FocusDirection, ComesFromTabAndArrowsOnly) {
@@ -188,6 +191,43 @@ TEST_F(FocusTest, IsNotLeftOnAHiddenViewThatIsTakenOut) {
     EXPECT_THAT(log, ElementsAre("inner.focusLost"));
 }
 
+TEST_F(FocusTest, IsNotGivenBackToAViewThatLeaves) {
+    const struct {
+        bool isHidden;
+        void (*give)(ProbeView& view);
+    } cases[] = {
+        {false, [](ProbeView& view) { UDesktop::instance()->setFocus(&view); }},
+        {false, [](ProbeView& view) { UDesktop::instance()->chooseFocus(view.getWindow()); }},
+        {true, [](ProbeView& view) { view.getWindow()->captureMouse(&view); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        const auto gone = make<ProbeView>(CmRect{200, 200, 250, 250}, "gone");
+        gone->setFocusable(true);
+        gone->during = [&](const std::string& call) {
+            if (call == "focusLost")
+                c.give(*gone);
+        };
+        UView* content = shell.window().getFirstSubView();
+        content->addSubView(gone);
+        if (c.isHidden)
+            gone->hide();
+        shell.desktop().setFocus(gone.get());
+        content->removeSubView(gone.get());
+        EXPECT_EQ(shell.window().getFocusView(), nullptr);
+        EXPECT_EQ(shell.window().getMouseCapture(), nullptr);
+    }
+}
+
+TEST_F(FocusTest, SpendsThePressOnAViewThatGoesWithTheFocusOfAnother) {
+    views[0]->during = [this](const std::string& call) {
+        if (call == "focusLost")
+            views[1]->getParent()->removeSubView(views[1].get());
+    };
+    shell.press({120, 20});
+    EXPECT_THAT(log, Not(Contains("b.mouseDown 10,10")));
+}
+
 TEST_F(FocusTest, SendsReturnAndSpaceToTheFocusViewThatDoesNotTakeTheKey) {
     views[0]->messageAnswer = CmObject::handled;
     shell.key("Space");
@@ -287,6 +327,32 @@ TEST_F(FocusTest, AsksTheFocusControllerBeforeTheViews) {
     shell.key("b");
     EXPECT_THAT(taker->heard, ElementsAre("a", "b"));
     EXPECT_THAT(log, ElementsAre("a.key b"));
+}
+
+TEST_F(FocusTest, LetsItsHelpersLeaveInTheirOwnCalls) {
+    class LeavingTaker : public KeyTaker {
+    public:
+        bool handleKey(UView* view, const UKeyCode& key) override {
+            view->setFocusDelegate({});
+            return KeyTaker::handleKey(view, key);
+        }
+    };
+    class LeavingPolicy : public FocusPolicy {
+    public:
+        UView* nextFocus(UView* scope, UView*, FocusDirection, std::span<UView* const>) override {
+            scope->setFocusPolicy({});
+            return target;
+        }
+        UView* target = nullptr;
+    };
+    views[0]->setFocusDelegate(make<testing::Poisoned<LeavingTaker>>());
+    shell.key("a");
+    EXPECT_EQ(views[0]->getFocusDelegate(), nullptr);
+    auto policy = make<testing::Poisoned<LeavingPolicy>>();
+    policy->target = views[3].get();
+    views[0]->setFocusPolicy(std::move(policy));
+    shell.key("Tab");
+    EXPECT_EQ(focus(), "d");
 }
 
 } // namespace
