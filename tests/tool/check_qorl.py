@@ -176,6 +176,7 @@ class Usage(InTemporaryFolder):
                       ["render", "a", "b", "--size", "0x4"], ["render", "a", "b", "--scale", "99"], ["drive", "a", "b"],
                       ["document"], ["document", "dump"], ["document", "burn", "a"], ["document", "convert", "a"],
                       ["document", "convert", "a", "b", "--tag", "a b"],
+                      ["document", "convert", "a", "b", "--tag", "\u00C4"],
                       ["objects", "dump", "a"], ["objects", "dump", "a", "--form", "round"],
                       ["objects", "burn", "a", "--form", "sized"]):
             with self.subTest(words=words):

@@ -194,16 +194,12 @@ int convert(const std::string& from, const std::string& to, const std::string& t
                                               " parts of " + from + " that could not be read");
 }
 
+/// For strict parsers too.
 bool isElementName(std::string_view name) {
-    const auto isFirst = [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
-               static_cast<uint8_t>(c) >= 0x80;
-    };
-    const auto isNext = [&isFirst](char c) {
-        return isFirst(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
-    };
-    return !name.empty() && name.size() <= FXmlParser::maxTagNameLength && isFirst(name[0]) &&
-           std::ranges::all_of(name, isNext);
+    return FXmlParser::isTagName(name) && std::ranges::all_of(name, [](char c) {
+               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                      c == '_' || c == '-' || c == '.' || static_cast<uint8_t>(c) >= 0x80;
+           });
 }
 
 int runDocument(const CommandLine& line) {
@@ -214,7 +210,7 @@ int runDocument(const CommandLine& line) {
         return complain(
             ExitStatus::wrongUsage,
             "--tag is a name of at most 4096 letters, digits, \"_\", \"-\" and \".\" that begins with a "
-            "letter or \"_\", not \"" +
+            "letter from A to Z or \"_\", not \"" +
                 tag + '"');
     if (words.size() != (isDump ? 2 : 3))
         return complain(ExitStatus::wrongUsage, isDump ? "dump takes one file" : "convert takes two files");
