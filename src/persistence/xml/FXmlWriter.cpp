@@ -1,5 +1,6 @@
 #include "persistence/xml/FXmlWriter.h"
 
+#include <algorithm>
 #include <new>
 
 namespace qorl {
@@ -51,10 +52,14 @@ bool FXmlWriter::startTag(const char* name, const char* const* attributes, bool 
         tag_.put('"');
     }
     tag_.put(isEmpty ? "/>" : ">");
-    const int32_t outer = level();
-    if (!isEmpty)
-        open_.emplace_back(element);
-    return writeTag(outer);
+    if (isEmpty)
+        return writeTag(level());
+    // Before anything is written, since it may find no memory.
+    open_.emplace_back(element);
+    if (writeTag(level() - 1))
+        return true;
+    open_.pop_back();
+    return false;
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -62,10 +67,12 @@ bool FXmlWriter::startTag(const char* name, const char* const* attributes, bool 
 bool FXmlWriter::endTag(const char* name) {
     if (!name)
         return true;
+    tag_.clear().put("</").put(name).put('>');
+    if (!writeTag(std::max(level() - 1, 0)))
+        return false;
     if (!open_.empty())
         open_.pop_back();
-    tag_.clear().put("</").put(name).put('>');
-    return writeTag(level());
+    return true;
 }
 
 bool FXmlWriter::writeComment(const char* text) {

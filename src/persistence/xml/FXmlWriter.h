@@ -15,8 +15,8 @@ namespace qorl {
 /// Writes XML that people edit, such as skins: one tag or text a line, indented by tabs.
 ///
 /// Texts are 8-bit and written as they stand, as far as no option says otherwise. Operations give false
-/// when the stream doesn't take all of the line, when there is none, and without memory; making one throws
-/// `std::bad_alloc`. Threading: one thread at a time.
+/// when the stream doesn't take all of the line, when there is none, and without memory; a tag is open or
+/// closed only when it is written. Making one throws `std::bad_alloc`. Threading: one thread at a time.
 class FXmlWriter : public CmObject, public IXmlWriter {
     QORL_CLASS(FXmlWriter, CmObject)
     QORL_FACES(FXmlWriter, CmObject, IXmlWriter)

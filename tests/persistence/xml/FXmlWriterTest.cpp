@@ -44,7 +44,8 @@ TEST(FXmlWriter, IndentsTagsAndTextsByTheirLevel) {
 
 TEST(FXmlWriter, TellsWhenNothingTakesItsLines) {
     FXmlWriter writer;
-    EXPECT_FALSE(writer.startTag("a", nullptr, true)) << "no stream";
+    EXPECT_FALSE(writer.startTag("a", nullptr, false)) << "no stream";
+    EXPECT_EQ(writer.level(), 0);
     FMemoryStream full(std::string_view("read only"));
     writer.setStream(&full);
     EXPECT_FALSE(writer.writeText("a"));
@@ -63,6 +64,7 @@ TEST(FXmlWriter, TellsWhenNothingTakesItsLines) {
         });
         EXPECT_TRUE(isGood || allocation.hasFailed());
         EXPECT_EQ(isGood, stream.bytes().ends_with("b\r\n</a_name_that_needs_memory>\r\n"));
+        EXPECT_EQ(lines.level(), isGood || stream.bytes().empty() ? 0 : 1) << "the tags that were written";
     });
 }
 
