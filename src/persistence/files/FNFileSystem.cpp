@@ -136,8 +136,8 @@ Ref<FStream> openAway(const FPath& path, uint32_t mode, int32_t* error) {
 
 /// The last part of a path in the bytes of the earlier code page; empty when it has no such form, or the
 /// same.
-std::string earlierSpelling(const FPath& path) {
-    const std::u16string name = path.getName().toUtf16();
+std::string earlierSpelling(const std::string& native) {
+    const std::u16string name = PathText::fromNative(PathText::nameOfNative(native));
     std::string bytes;
     std::u16string back;
     const bool isSpelt = !text::isAscii(name) && text::encode(earlierCodePage, name, bytes) &&
@@ -231,12 +231,12 @@ Ref<FStream> FNFileSystem::openFile(FPath& path, uint32_t mode, int32_t* error) 
     access |= sectorSize != 0 ? platform::openUncached : 0u;
     platform::File file;
     platform::FileError failure = file.open(native, access);
-    if (const std::string name = failure.isNotFound() ? earlierSpelling(path) : std::string();
+    if (const std::string name = failure.isNotFound() ? earlierSpelling(native) : std::string();
         !name.empty()) {
         const std::string other = PathText::folderOfNative(native) + name;
         if (!file.open(other, access)) {
             failure = {};
-            path.setName(ConstString(std::string_view(name)));
+            setPlainName(path, ConstString(std::string_view(name)));
             if (!path.isValid())
                 throw std::bad_alloc();
         }

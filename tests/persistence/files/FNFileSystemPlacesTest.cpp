@@ -25,6 +25,9 @@ TEST(FNFileSystem, FindsNamesWrittenBeforeUtf8) {
     FNPath path = folder.at("\xC3\x9Cz.wav");
     ASSERT_NE(files().openFile(path, FFileStream::readAccess), nullptr);
     EXPECT_EQ(path.getName().view16(), u"\xDCDCz.wav") << "the path takes the spelling";
+    FPath url{ConstString(std::string_view("file://" + (folder / "%C3%9Cz.wav")))};
+    EXPECT_NE(files().openFile(url, FFileStream::readAccess), nullptr) << "a name in the form of URLs";
+    EXPECT_TRUE(files().exists(url)) << url.toUtf8();
     for (const char* name : {"\xC3\x83\xC2\xA4", "\xCE\xA9", "plain"}) {
         FNPath missing = folder.at(name);
         int32_t error = 0;
