@@ -35,8 +35,13 @@ platform::FileError deleteDurably(const std::string& file) {
 }
 
 platform::FileError createFoldersDurably(const std::string& folder) {
-    if (folder.empty() || platform::folderExists(folder))
+    if (folder.empty())
         return {};
+    platform::FileInfo info;
+    // What can't be there, such as a path that is too long, is not begun.
+    const platform::FileError refusal = platform::getFileInfo(folder, info);
+    if (refusal || info.kind == platform::FileKind::folder)
+        return refusal;
     const std::string parent = PathText::folderOfNative(folder);
     if (platform::FileError error = createFoldersDurably(parent))
         return error;

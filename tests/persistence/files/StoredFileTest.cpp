@@ -5,6 +5,7 @@
 #include "support/DebugOutput.h"
 #include "support/FailingAllocation.h"
 #include "support/FailingDisk.h"
+#include "support/LittleCost.h"
 #include "support/SettingsFolder.h"
 
 #include <algorithm>
@@ -145,6 +146,19 @@ TEST_F(StoredFileTest, TakesOnlyNamesOfFilesInItsFolder) {
         EXPECT_FALSE(said_.mentions("memory")) << said_.text;
     }
     EXPECT_FALSE(folder_.has("settings") || folder_.has("settings.xml"));
+}
+
+TEST_F(StoredFileTest, MakesNoFoldersForANameThatIsTooLong) {
+    std::string name;
+    while (name.size() < 20'000)
+        name += "a/";
+    name += 'x';
+    const ConstString given{std::string_view(name)};
+    const LittleCost cost(name.size());
+    int32_t error = 0;
+    EXPECT_FALSE(StoredFile(given, xml).save([](FStream&) { return true; }, &error));
+    EXPECT_EQ(error, ENAMETOOLONG);
+    EXPECT_FALSE(has("a"));
 }
 
 /// What a crash or a user left in the folder, and what a load makes of it. "-" stands for no file.
