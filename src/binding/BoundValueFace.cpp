@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -21,10 +22,13 @@ void copyText(const std::u16string& text, char16_t* buffer, int32_t capacity) {
     buffer[count] = 0;
 }
 
-std::u16string wideTextOf(Value& value) {
+/// Empty when there is no memory for it.
+std::u16string wideTextOf(Value& value) try {
     String text;
     value.toString(text);
     return text.toUtf16();
+} catch (const std::bad_alloc&) {
+    return {};
 }
 
 } // namespace
@@ -77,10 +81,12 @@ void BoundValueFace::getValueTextSized(char16_t* buffer, int32_t& size) {
         copyText(text, buffer, size);
 }
 
-void BoundValueFace::setValueText(const char16_t* text) {
+void BoundValueFace::setValueText(const char16_t* text) try {
     if (self().parseByFormatter(text))
         return;
     setValueAndPerform(ConstString(text) == translate("On") ? 1 : 0);
+} catch (const std::bad_alloc&) {
+    // The value stays as it is.
 }
 
 void BoundValueFace::setValueTextQuiet(const char16_t* text, bool notifyTarget) {
@@ -90,31 +96,36 @@ void BoundValueFace::setValueTextQuiet(const char16_t* text, bool notifyTarget) 
         setValueText(text);
         return;
     }
+    const auto keptAlive = retain(&self());
     const Value::TargetAside aside(self());
     setValueText(text);
 }
 
 void BoundValueFace::setValueAndPerform(int32_t value) {
+    const auto keptAlive = retain(&self());
     self().setValue(value);
     self().performUpdate();
 }
 
 void BoundValueFace::setValueMaybePerform(int32_t value, bool perform) {
+    const auto keptAlive = retain(&self());
     self().setValue(value);
     if (perform)
         self().performUpdate();
 }
 
-void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) {
+void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) try {
     if (!target) {
         self().setTarget(nullptr, tag, false);
         return;
     }
+    const auto wrapper = make<UPlugTarget>(static_cast<IValueTarget*>(target));
     Ref<IValueEditTarget> editTarget;
     if (target->queryInterface(IValueEditTarget::iid, editTarget.out()) == Result::ok)
         self().setFlag(Value::targetTakesEdits, true);
-    const auto wrapper = make<UPlugTarget>(static_cast<IValueTarget*>(target));
     self().setTarget(wrapper.get(), tag, true);
+} catch (const std::bad_alloc&) {
+    // The target of before stays.
 }
 
 void FormatHostFace::setFormatter(IValueFormatter* formatter) {
@@ -137,11 +148,13 @@ bool BoundValueFace::isEnabled() {
     return self().has(Value::enabled);
 }
 
-void BoundValueFace::setEditBracket(bool begin) {
+void BoundValueFace::setEditBracket(bool begin) try {
     if (begin)
         self().beginEdit();
     else
         self().endEdit(true);
+} catch (const std::bad_alloc&) {
+    // The bracket stands, and the target may not have heard of it.
 }
 
 float BoundValueFace::getValueFloat() {
@@ -170,6 +183,7 @@ float BoundValueFace::getNormalized() {
 }
 
 void BoundValueFace::setNormalizedMaybePerform(float normalized, bool perform) {
+    const auto keptAlive = retain(&self());
     self().setNormalized(normalized);
     if (perform)
         self().performUpdate();
@@ -183,6 +197,7 @@ bool BoundValueFace::resetToDefault() {
     int32_t value = 0;
     if (!self().getDefault(value))
         return false;
+    const auto keptAlive = retain(&self());
     const bool bracket = self().isPerformOnEdit();
     if (bracket)
         self().beginEdit();

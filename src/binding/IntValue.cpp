@@ -3,6 +3,8 @@
 #include "binding/NumberText.h"
 #include "foundation/ClassRecord.h"
 
+#include <new>
+
 namespace qorl::Binding {
 
 QORL_REGISTER(IntValue, "UIntValue", Value, 0)
@@ -60,9 +62,11 @@ void IntValue::toString(String& text) {
         text.printInt64(getValue());
 }
 
-void IntValue::setValueText(const char16_t* text) {
+void IntValue::setValueText(const char16_t* text) try {
     if (!parseByFormatter(text))
         setValueAndPerform(truncateToInt(calculateFromText(text, getValue())));
+} catch (const std::bad_alloc&) {
+    // The value stays as it is.
 }
 
 bool IntDefValue::getDefault(int32_t& value) {

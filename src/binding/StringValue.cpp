@@ -4,6 +4,8 @@
 #include "foundation/ClassRecord.h"
 #include "persistence/attributes/FAttributes.h"
 
+#include <new>
+
 namespace qorl::Binding {
 
 QORL_REGISTER(StringValue, "UStringValue", Value, 0)
@@ -49,6 +51,7 @@ void StringValue::toString(String& text) {
 }
 
 void StringValue::setString(const ConstString& text) {
+    const auto keptAlive = retain(this);
     if (text_.string().compare(text) != 0) {
         text_.string() = text;
         changed(valueChanged);
@@ -56,9 +59,11 @@ void StringValue::setString(const ConstString& text) {
     performUpdate();
 }
 
-void StringValue::setValueText(const char16_t* text) {
+void StringValue::setValueText(const char16_t* text) try {
     if (!parseByFormatter(text))
         setString(ConstString(text));
+} catch (const std::bad_alloc&) {
+    // The value stays as it is.
 }
 
 } // namespace qorl::Binding

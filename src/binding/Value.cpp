@@ -39,6 +39,11 @@ FInterface* createSteppedBoundValue() {
     return value->bound();
 }
 
+/// A stored number, which may be of any size, cut to 32 bits.
+int32_t integerIn(const FAttributes& attributes, std::string_view key) {
+    return truncateToInt(static_cast<double>(attributes.getInteger(key)));
+}
+
 /// While it lives, a value may hold another number and nobody hears of that.
 class OtherNumber {
 public:
@@ -143,11 +148,11 @@ bool Value::storeAttributes(FAttributes* attributes) {
 
 bool Value::restoreAttributes(FAttributes* attributes) {
     if (attributes->contains("Min"))
-        setMin(static_cast<int32_t>(attributes->getInteger("Min")));
+        setMin(integerIn(*attributes, "Min"));
     if (attributes->contains("Max"))
-        setMax(static_cast<int32_t>(attributes->getInteger("Max")));
+        setMax(integerIn(*attributes, "Max"));
     if (attributes->contains("Value"))
-        setValue(static_cast<int32_t>(attributes->getInteger("Value")));
+        setValue(integerIn(*attributes, "Value"));
     return true;
 }
 
@@ -236,6 +241,7 @@ void Value::assign(Value* other) {
 }
 
 void Value::toggle() {
+    const auto keptAlive = retain(this);
     const bool bracket = isPerformOnEdit();
     if (bracket)
         beginEdit();
@@ -250,6 +256,7 @@ bool Value::getDefault(int32_t&) {
 void Value::setDefault(int32_t) {}
 
 void Value::performUpdate() {
+    const auto keptAlive = retain(this);
     if (activityListener && !has(silentForListener))
         activityListener->valueChanged(bound());
     if (target_)
@@ -267,6 +274,7 @@ void Value::sendToTarget(const char* message) {
 }
 
 void Value::beginEdit() {
+    const auto keptAlive = retain(this);
     setEditing(true);
     if (has(targetTakesEdits) && target_)
         sendToTarget("BeginEdit");
@@ -340,6 +348,7 @@ bool Value::isEditing() {
 void Value::setEditing(bool on) {
     if (has(editing) == on)
         return;
+    const auto keptAlive = retain(this);
     setFlag(editing, on);
     changed(editStateChanged);
     if (activityListener && !has(silentForListener))

@@ -11,10 +11,13 @@
 #include "foundation/messages/UpdateHandler.h"
 #include "foundation/text/CmString.h"
 #include "persistence/attributes/FAttributes.h"
+#include "support/FailingAllocation.h"
 #include "support/Objects.h"
+#include "support/Poisoned.h"
 #include "support/StoredBytes.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 
 namespace qorl::Binding {
@@ -214,6 +217,77 @@ TEST_F(ValueTest, OutlivesTheEndOfItsEdit) {
     EXPECT_FALSE(value);
 }
 
+/// Holds the last reference on a value and lets go of it when it first hears of it.
+struct LastHolder : CmObject, ValueActivityListener {
+    void notify(CmObject*, int32_t) override { letGo(); }
+    void valueChanged(IBoundValue*) override { letGo(); }
+    void editStateChanged(IBoundValue*) override { letGo(); }
+    void letGo() {
+        if (held)
+            held->removeDependent(this);
+        held.reset();
+    }
+    Ref<Value> held;
+};
+
+TEST_F(ValueTest, OutlivesWhatItTellsOfAChange) {
+    const std::pair<const char*, void (*)(Value&)> operations[] = {
+        {"setValueAndPerform", [](Value& v) { v.bound()->setValueAndPerform(3); }},
+        {"setValueMaybePerform", [](Value& v) { v.bound()->setValueMaybePerform(3, true); }},
+        {"setNormalizedMaybePerform", [](Value& v) { v.bound()->setNormalizedMaybePerform(1, true); }},
+        {"setValueText", [](Value& v) { v.bound()->setValueText(u"3"); }},
+        {"setValueTextQuiet", [](Value& v) { v.bound()->setValueTextQuiet(u"3", false); }},
+        {"resetToDefault", [](Value& v) { v.bound()->resetToDefault(); }},
+        {"toggle", [](Value& v) { v.toggle(); }},
+        {"beginEdit", [](Value& v) { v.beginEdit(); }},
+        {"performUpdate", [](Value& v) { v.performUpdate(); }},
+    };
+    for (const bool isText : {false, true})
+        for (const auto& [name, operate] : operations) {
+            SCOPED_TRACE(name);
+            LastHolder holder;
+            if (isText)
+                holder.held = make<testing::Poisoned<StringValue>>();
+            else
+                holder.held = make<testing::Poisoned<IntDefValue>>(0, 5, 4);
+            holder.held->setImmediateUpdates(true);
+            holder.held->setPerformOnEdit(true);
+            holder.held->addDependent(&holder);
+            setValueActivityListener(&holder);
+            operate(*holder.held);
+            setValueActivityListener(nullptr);
+            EXPECT_TRUE(isText || !holder.held) << "a text has neither default nor range";
+            holder.letGo();
+        }
+}
+
+TEST_F(ValueTest, NoLackOfMemoryReachesOtherModules) {
+    const std::u16string longText(300, u'1');
+    const auto text = make<StringValue>(ConstString(longText.c_str()));
+    const auto component = make<PlugComponent>();
+    char16_t buffer[IBoundValue::valueTextCapacity];
+    failEachAllocation([&](FailingAllocation& allocation) {
+        value->bound()->setTargetInterface(nullptr, 0);
+        value->setFlag(Value::targetTakesEdits, false);
+        buffer[0] = u'?';
+        int32_t size = 0;
+        allocation.during([&] {
+            text->bound()->getValueText(buffer);
+            text->bound()->getValueTextSized(nullptr, size);
+            for (Value* each : {static_cast<Value*>(value.get()), static_cast<Value*>(text.get())})
+                each->bound()->setValueText(longText.c_str());
+            value->bound()->setTargetInterface(static_cast<IValueTarget*>(component.get()), 5);
+            value->bound()->setEditBracket(true);
+            value->bound()->setEditBracket(false);
+            return true;
+        });
+        const size_t length = std::u16string(buffer).size();
+        EXPECT_TRUE(length == 127 || (allocation.hasFailed() && length == 0)) << length;
+        EXPECT_EQ(value->has(Value::targetTakesEdits), value->target() != nullptr);
+    });
+    value->bound()->setTargetInterface(nullptr, 0);
+}
+
 TEST_F(ValueTest, MarksTheFinalUpdateOfAMinorEdit) {
     struct MinorWitness : CmObject {
         void notify(CmObject* object, int32_t) override {
@@ -313,6 +387,9 @@ TEST_F(ValueTest, StoresItsRangeBeforeItsNumber) {
     attributes->setInteger("Value", 3);
     EXPECT_TRUE(other->restoreAttributes(attributes.get()));
     EXPECT_EQ(other->getMax(), 1000) << "a missing key leaves the property";
+    attributes->setInteger("Max", int64_t{1} << 40);
+    EXPECT_TRUE(other->restoreAttributes(attributes.get()));
+    EXPECT_EQ(other->getMax(), std::numeric_limits<int32_t>::max());
 }
 
 TEST_F(ValueTest, StoresItsNumberOrItsTextInAStream) {
