@@ -182,8 +182,9 @@ void UScheme::applyFont(const SchemeEntry& entry) {
 }
 
 void UScheme::reset() {
-    isSkinned_ = false;
+    // First, so that a lack of memory changes nothing.
     namedColors_ = NamedColors(startBuckets);
+    isSkinned_ = false;
     colorGroups_ = {};
     resetColors();
     resetMetrics();

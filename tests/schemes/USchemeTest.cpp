@@ -6,6 +6,7 @@
 #include "schemes/GlobalSchemes.h"
 #include "schemes/USchemeClass.h"
 #include "schemes/USystemScheme.h"
+#include "support/FailingAllocation.h"
 #include "support/GoldenImage.h"
 #include "support/RecordingBackEnd.h"
 #include "support/Slots.h"
@@ -134,6 +135,15 @@ TEST_F(USchemeTest, KeysAndNamedColoursDoNotMix) {
     EXPECT_EQ(named("myColor"), 0u);
     EXPECT_EQ(scheme_->getColor(SchemeColor::hyperlink), UColor(StandardColor::blue));
     EXPECT_EQ(scheme_->getColorGroup(SchemeColor::hyperlink), 0u);
+}
+
+TEST_F(USchemeTest, AResetWithoutMemoryChangesNothing) {
+    failEachAllocation([this](FailingAllocation& allocation) {
+        apply({colorEntry("myColor", 0xFF040506)});
+        const bool isReset = allocation.completes([this] { scheme_->reset(); });
+        EXPECT_EQ(scheme_->isSkinned(), !isReset);
+        EXPECT_EQ(scheme_->namedColorCount(), isReset ? 0u : 1u);
+    });
 }
 
 TEST_F(USchemeTest, FallsBackWhereANameIsMissing) {
