@@ -11,6 +11,9 @@
 #include "skin/SizeExpression.h"
 #include "skin/SkinElement.h"
 
+#include <new>
+#include <utility>
+
 namespace qorl {
 
 namespace {
@@ -62,8 +65,14 @@ Ref<Binding::Value> createValue(const SkinElement& element) {
 void takeRange(const SkinElement& element, Binding::Value& value) {
     if (!cast<Binding::IntValue>(&value))
         return;
-    value.setMax(maximumOf(element));
-    value.setMin(minimumOf(element));
+    // In the order in which the two ranges meet, or the number would be left outside of the new one.
+    if (maximumOf(element) < value.getMin()) {
+        value.setMin(minimumOf(element));
+        value.setMax(maximumOf(element));
+    } else {
+        value.setMax(maximumOf(element));
+        value.setMin(minimumOf(element));
+    }
     value.setDefault(defaultOf(element, minimumOf(element)));
 }
 
@@ -88,7 +97,7 @@ void recall(Binding::Value& value, std::string_view key) {
 }
 
 void keep(Binding::Value& value, const std::string& key) {
-    FAttributes* stored = persistentValues();
+    FAttributes* stored = key.empty() ? nullptr : persistentValues();
     if (!stored)
         return;
     if (auto* textValue = cast<Binding::StringValue>(&value))
@@ -118,31 +127,30 @@ ValueRegistry* ValueRegistry::peek() {
     return registry.peek();
 }
 
-size_t ValueRegistry::KeyHash::operator()(const Key& key) const {
-    return std::hash<std::string_view>()(key.name) ^ (reinterpret_cast<uintptr_t>(key.controller) >> 4);
-}
-
 Binding::Value* ValueRegistry::find(std::string_view name, const IController* controller) const {
-    if (controller && localCount_ > 0)
-        if (const auto found = entries_.find({name, controller}); found != entries_.end())
+    if (const auto scope = local_.find(controller); scope != local_.end())
+        if (const auto found = scope->second.find(name); found != scope->second.end())
             return found->second->value.get();
-    const auto found = entries_.find({name, nullptr});
-    return found == entries_.end() ? nullptr : found->second->value.get();
+    const auto found = global_.find(name);
+    return found == global_.end() ? nullptr : found->second->value.get();
 }
 
 void ValueRegistry::define(const SkinElement& element, std::string_view name, const IController* controller) {
-    if (ValueScope(element.keywords(SkinAttribute::scope)) != ValueScope::local)
-        controller = nullptr;
+    const bool isLocal =
+        controller && ValueScope(element.keywords(SkinAttribute::scope)) == ValueScope::local;
+    Entries& entries = isLocal ? local_[controller] : global_;
     // Each start of the program has its own callbacks.
     const std::string_view persistence = element.text(SkinAttribute::persistence);
     if (FGlobalDefaultPool* pool = persistence.empty() ? nullptr : FGlobalDefaultPool::instance())
         pool->addBeforeSaveCallback(&storeBeforeSave);
-    if (const auto found = entries_.find({name, controller}); found != entries_.end()) {
+    if (const auto found = entries.find(name); found != entries.end()) {
         Entry& entry = *found->second;
-        if (std::exchange(entry.load, loadOf(element)) != loadOf(element)) {
-            takeRange(element, *entry.value);
-            takeTitle(element, *entry.value);
-        }
+        if (std::exchange(entry.load, loadOf(element)) == loadOf(element))
+            return;
+        // Who hears of the new range may be the end of the entry.
+        const Ref<Binding::Value> value = entry.value;
+        takeTitle(element, *value);
+        takeRange(element, *value);
         return;
     }
     auto entry = std::make_unique<Entry>();
@@ -150,10 +158,9 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
     entry->load = loadOf(element);
     entry->value = createValue(element);
     entry->persistence = persistence;
-    const Key key{entry->name, controller};
+    const std::string_view key = entry->name;
     Binding::Value& value = *entry->value;
-    entries_.emplace(key, std::move(entry));
-    localCount_ += controller ? 1 : 0;
+    entries.emplace(key, std::move(entry));
     takeTitle(element, value);
     if (!persistence.empty())
         recall(value, persistence);
@@ -172,23 +179,23 @@ void ValueRegistry::takeTitle(const SkinElement& element, Binding::Value& value)
 }
 
 void ValueRegistry::forget(const IController* controller) {
-    if (localCount_ == 0)
-        return;
-    localCount_ -= std::erase_if(entries_, [this, controller](const Entries::value_type& item) {
-        if (item.first.controller != controller)
-            return false;
-        remove(*item.second);
-        return true;
-    });
+    if (const auto gone = local_.extract(controller))
+        removeAll(gone.mapped());
 }
 
-/// Controls may keep the value.
-void ValueRegistry::remove(Entry& entry) {
-    if (!entry.persistence.empty())
-        keep(*entry.value, entry.persistence);
-    titles_.erase(entry.value.get());
-    if (entry.value->target() == this)
-        entry.value->setTarget(nullptr, 0, false);
+/// Of entries that are taken out already: a value may be the last to hold another controller. Controls may
+/// keep the values.
+void ValueRegistry::removeAll(const Entries& entries) {
+    for (const auto& [name, entry] : entries) {
+        try {
+            keep(*entry->value, entry->persistence);
+        } catch (const std::bad_alloc&) {
+            // Controllers end here, which can't tell anybody: the number of before stays stored.
+        }
+        titles_.erase(entry->value.get());
+        if (entry->value->target() == this)
+            entry->value->setTarget(nullptr, 0, false);
+    }
 }
 
 int32_t ValueRegistry::handleMessage(FMessage* message) {
@@ -203,16 +210,21 @@ int32_t ValueRegistry::handleMessage(FMessage* message) {
 }
 
 void ValueRegistry::storePersistent() {
-    for (const auto& [key, entry] : entries_)
-        if (!entry->persistence.empty())
+    const auto keepAll = [](const Entries& entries) {
+        for (const auto& [name, entry] : entries)
             keep(*entry->value, entry->persistence);
+    };
+    keepAll(global_);
+    for (const auto& [controller, entries] : local_)
+        keepAll(entries);
 }
 
 void ValueRegistry::clear() {
-    for (const auto& [key, entry] : entries_)
-        remove(*entry);
-    entries_.clear();
-    localCount_ = 0;
+    const auto global = std::exchange(global_, {});
+    const auto local = std::exchange(local_, {});
+    removeAll(global);
+    for (const auto& [controller, entries] : local)
+        removeAll(entries);
 }
 
 } // namespace qorl

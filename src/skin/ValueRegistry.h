@@ -54,30 +54,22 @@ public:
     void clear();
 
 private:
-    struct Key {
-        std::string_view name; ///< Lies in the entry.
-        const IController* controller;
-
-        friend bool operator==(const Key& a, const Key& b) = default;
-    };
-    struct KeyHash {
-        size_t operator()(const Key& key) const;
-    };
     struct Entry {
         std::string name;
         std::string persistence;
         Ref<Binding::Value> value;
         uint64_t load = 0; ///< The serial number of the store of the document that defined it last.
     };
+    /// By the names that lie in the entries.
+    using Entries = std::unordered_map<std::string_view, std::unique_ptr<Entry>>;
+
     void takeTitle(const SkinElement& element, Binding::Value& value);
-    void remove(Entry& entry);
+    void removeAll(const Entries& entries);
 
-    using Entries = std::unordered_map<Key, std::unique_ptr<Entry>, KeyHash>;
-
-    Entries entries_;
+    Entries global_;
+    std::unordered_map<const IController*, Entries> local_;
     /// What few values have: their name for the user, before translation.
     std::unordered_map<const CmObject*, std::string> titles_;
-    size_t localCount_ = 0;
 };
 
 } // namespace qorl

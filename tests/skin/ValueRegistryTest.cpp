@@ -3,7 +3,11 @@
 #include "foundation/Cast.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "support/FailingAllocation.h"
 #include "views/controls/UControl.h"
+
+#include <tuple>
+#include <utility>
 
 namespace qorl::testing {
 namespace {
@@ -78,6 +82,56 @@ TEST_F(ValueRegistryTest, ADefinedValueKnowsWhatToCallItself) {
     }
     ValueRegistry::instance()->clear();
     EXPECT_EQ(nameOf(0), "") << "the registry is out of reach of the values that it gave up";
+}
+
+TEST_F(ValueRegistryTest, ANumberFollowsTheRangeOfAReload) {
+    const std::tuple<int32_t, int32_t, int32_t> cases[] = {
+        {-30, -20, -20}, {40, 50, 40}, {-3, 20, 4}, {0, 3, 3}, {5, 2, 5}};
+    for (const auto& [min, max, expected] : cases) {
+        ValueRegistry::instance()->clear();
+        build("<valuedefine name='v' type='int' min='0' max='10' default='4'/>");
+        build("<valuedefine name='v' type='int' min='" + std::to_string(min) + "' max='" +
+              std::to_string(max) + "'/>");
+        EXPECT_EQ(ValueRegistry::instance()->find("v", nullptr)->getValue(), expected) << min << ".." << max;
+    }
+}
+
+TEST_F(ValueRegistryTest, AControllerEndsWithoutMemoryForWhatItKeeps) {
+    FGlobalDefaultPool& pool = *FGlobalDefaultPool::instance();
+    failEachAllocation([&](FailingAllocation& allocation) {
+        pool.clear();
+        controller_ = make<TestController>();
+        build(
+            "<valuedefine name='v' type='int' scope='local' persistence='a key too long for the string'/>"
+            "<valuedefine name='s' type='string' scope='local' persistence='another one' default='words'/>");
+        allocation.during([this] {
+            controller_ = nullptr;
+            return true;
+        });
+    });
+    pool.clear();
+}
+
+TEST_F(ValueRegistryTest, AControllerMayEndWithTheValueOfAnother) {
+    constexpr const char* defined = "<for variable='[i]' range='0,9'><valuedefine name='v[i]' type='int' "
+                                    "scope='local'/></for>";
+    ValueRegistry& registry = *ValueRegistry::instance();
+    for (const bool atOnce : {false, true}) {
+        for (int i = 0; i < 10; ++i) {
+            const auto inner = std::exchange(controller_, make<TestController>());
+            build(defined);
+            registry.find("v" + std::to_string(i), controller_.get())->setTarget(inner.get(), 0, true);
+        }
+        const IController* const last = controller_.get();
+        if (atOnce) {
+            const auto kept = std::exchange(controller_, make<TestController>());
+            registry.clear();
+            EXPECT_FALSE(registry.find("v0", kept.get()));
+        } else {
+            controller_ = make<TestController>();
+            EXPECT_FALSE(registry.find("v0", last));
+        }
+    }
 }
 
 } // namespace
