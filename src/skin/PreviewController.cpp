@@ -12,6 +12,11 @@ namespace {
 
 constexpr int32_t previewMaximum = 100;
 
+/// Documents come from anywhere: a name as long as a document would make a controller of each of its steps,
+/// and a loop any number of them.
+constexpr size_t longestName = 256;
+constexpr int32_t mostControllers = 10'000;
+
 std::string_view stripped(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     const size_t first = text.find_first_not_of(blanks);
@@ -43,6 +48,7 @@ Ref<Binding::Value> makeNumber(int32_t number, int32_t min, int32_t max) {
 /// The values of a controller and of all below it, by their whole names.
 struct PreviewController::Shared {
     std::map<std::string, Ref<Binding::Value>, std::less<>> values;
+    int32_t controllersLeft = mostControllers;
 
     Binding::Value* find(std::string_view name) const {
         const auto found = values.find(name);
@@ -113,6 +119,8 @@ bool PreviewController::setValue(std::string_view name, std::string_view text) {
     }
     if (!value)
         value = getValue(std::string(name).c_str());
+    if (!value)
+        return false;
     if (auto* textValue = cast<Binding::StringValue>(value))
         textValue->setString(ConstString(text));
     else if (isNumber)
@@ -127,17 +135,24 @@ Binding::Value* PreviewController::findValue(std::string_view name) const {
 }
 
 Binding::Value* PreviewController::getValue(const char* name) {
-    Ref<Binding::Value>& value = shared_->values[prefix_ + name];
+    const std::string whole = prefix_ + name;
+    if (whole.size() > longestName)
+        return nullptr;
+    Ref<Binding::Value>& value = shared_->values[whole];
     if (!value)
         value = makeNumber(0, 0, previewMaximum);
     return value.get();
 }
 
 IController* PreviewController::getSubController(const char* name) {
-    Ref<PreviewController>& controller = subControllers_[name];
-    if (!controller)
-        controller = Ref<PreviewController>::adopt(new PreviewController(shared_, prefix_ + name + "/"));
-    return controller.get();
+    if (const auto found = subControllers_.find(std::string_view(name)); found != subControllers_.end())
+        return found->second.get();
+    std::string inside = prefix_ + name + "/";
+    if (inside.size() > longestName || shared_->controllersLeft == 0)
+        return nullptr;
+    auto controller = Ref<PreviewController>::adopt(new PreviewController(shared_, std::move(inside)));
+    --shared_->controllersLeft;
+    return subControllers_.emplace(name, std::move(controller)).first->second.get();
 }
 
 } // namespace qorl

@@ -14,7 +14,9 @@ namespace qorl {
 /// has a sub-controller for every name.
 ///
 /// Values are numbers from 0 to 100 unless a values file or `setValue` says otherwise. Sub-controllers share
-/// the values: "x" of the sub-controller "eq" is "eq/x" here. Threading: the user-interface thread.
+/// the values: "x" of the sub-controller "eq" is "eq/x" here. Whole names have at most 256 bytes, and there
+/// are at most 10,000 sub-controllers; beyond that there is neither value nor sub-controller. Threading: the
+/// user-interface thread.
 class PreviewController final : public FController {
     QORL_CLASS(PreviewController, FController)
 
@@ -25,7 +27,8 @@ public:
     /// Lines `NAME = NUMBER`, `NAME = NUMBER in MIN..MAX` or `NAME = "TEXT"`; `#` begins a comment. Faults go
     /// to `sink` with their line; false if there were any. Lines without fault count all the same.
     bool readValues(std::string_view text, std::string_view fileName, DiagnosticSink& sink);
-    /// A number or a text for a value, which is made if there is none. False if the value takes numbers only.
+    /// A number or a text for a value, which is made if there is none. False if the value takes numbers only,
+    /// or if there can be none of that name.
     bool setValue(std::string_view name, std::string_view text);
 
     /// The value if some control has asked for it, or it was set. Not counted.

@@ -47,5 +47,22 @@ TEST(PreviewController, TakesNumbersAndTexts) {
     EXPECT_EQ(cast<Binding::StringValue>(preview->findValue("name"))->getText().string().toUtf8(), "30");
 }
 
+TEST(PreviewController, MakesNoControllersAndValuesWithoutEnd) {
+    auto preview = make<PreviewController>();
+    IController* inner = preview.get();
+    int32_t depth = 0;
+    for (; inner && depth < 1000; ++depth)
+        inner = inner->getSubController("a");
+    EXPECT_EQ(depth, 129) << "as deep as a name of 256 bytes";
+    EXPECT_FALSE(preview->getValue(std::string(257, 'v').c_str()));
+    EXPECT_FALSE(preview->setValue(std::string(257, 'v'), "3"));
+    EXPECT_TRUE(preview->setValue(std::string(256, 'v'), "3"));
+    int32_t count = 0;
+    while (count < 20'000 && preview->getSubController(std::to_string(count).c_str()))
+        ++count;
+    EXPECT_EQ(count + 128, 10'000);
+    EXPECT_TRUE(preview->getSubController("0")) << "those that are there stay";
+}
+
 } // namespace
 } // namespace qorl
