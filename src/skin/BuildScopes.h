@@ -31,8 +31,8 @@ private:
 /// Sets conditions for as long as it stands; at the end all of them go, whoever else had set them.
 class WizardConditions {
 public:
-    WizardConditions(UIWizard& wizard, std::vector<std::string> words)
-        : wizard_(wizard), words_(std::move(words)) {
+    WizardConditions(UIWizard& wizard, std::vector<std::string> words) : WizardConditions(wizard) {
+        words_ = std::move(words);
         for (const std::string& word : words_)
             wizard_.setCondition(word);
     }
@@ -44,6 +44,9 @@ public:
     WizardConditions& operator=(const WizardConditions&) = delete;
 
 private:
+    /// From here on the destructor runs, also when there is no memory for one of the words.
+    explicit WizardConditions(UIWizard& wizard) : wizard_(wizard) {}
+
     UIWizard& wizard_;
     std::vector<std::string> words_;
 };

@@ -2,6 +2,8 @@
 
 #include "skin/IController.h"
 
+#include <qorl/Ref.h>
+
 namespace qorl {
 
 /// The controllers that enclose the one that a build is at, innermost first. An entry stands for as long as
@@ -9,7 +11,7 @@ namespace qorl {
 class ControllerScope {
 public:
     /// Null adds no entry.
-    explicit ControllerScope(IController* controller) : controller_(controller), outer_(innermost_) {
+    explicit ControllerScope(IController* controller) : controller_(retain(controller)), outer_(innermost_) {
         if (controller)
             innermost_ = this;
     }
@@ -21,11 +23,11 @@ public:
     ControllerScope& operator=(const ControllerScope&) = delete;
 
     static const ControllerScope* innermost() { return innermost_; }
-    IController* controller() const { return controller_; }
+    IController* controller() const { return controller_.get(); }
     const ControllerScope* outer() const { return outer_; }
 
 private:
-    IController* controller_;
+    Ref<IController> controller_;
     const ControllerScope* outer_;
 
     static constinit inline const ControllerScope* innermost_ = nullptr;

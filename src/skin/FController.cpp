@@ -32,14 +32,22 @@ IController* FController::getSubController(const char* name) {
 }
 
 void FController::setSubController(const char* name, CmObject* object, bool owned) {
-    const Ref<CmObject> handedOver = owned ? Ref<CmObject>::adopt(object) : nullptr;
-    std::erase_if(subControllers_, [name](const SubController& entry) { return entry.name == name; });
-    void* face = nullptr;
-    if (!object || object->queryInterface(IController::iid, &face) != Result::ok)
+    // These two go at the end: what ends with them may change the list again.
+    const Ref<CmObject> owner = owned ? Ref<CmObject>::adopt(object) : nullptr;
+    Ref<CmObject> former;
+    Ref<IController> controller;
+    if (object)
+        object->queryInterface(IController::iid, controller.out());
+    const auto found = std::ranges::find(subControllers_, std::string_view(name), &SubController::name);
+    if (found == subControllers_.end()) {
+        if (controller)
+            subControllers_.push_back({name, controller.get(), owner});
         return;
-    auto* controller = static_cast<IController*>(face);
-    controller->release();
-    subControllers_.push_back({name, controller, handedOver});
+    }
+    former = std::exchange(found->owner, owner);
+    found->controller = controller.get();
+    if (!controller)
+        subControllers_.erase(found);
 }
 
 UView* FController::createView(const ViewElement*, UIDescription*) {
@@ -58,10 +66,15 @@ UValueContainer::~UValueContainer() = default;
 
 void UValueContainer::setValue(std::string_view name, Ref<Binding::Value> value) {
     const auto found = std::ranges::find(values_, name, &std::pair<std::string, Ref<Binding::Value>>::first);
-    if (found != values_.end())
+    if (found == values_.end()) {
+        if (value)
+            values_.emplace_back(name, std::move(value));
+        return;
+    }
+    // The former one ends last: by its end it may change the list again.
+    std::swap(found->second, value);
+    if (!found->second)
         values_.erase(found);
-    if (value)
-        values_.emplace_back(name, std::move(value));
 }
 
 Binding::Value* UValueContainer::getValue(const char* name) {

@@ -69,8 +69,9 @@ WizardScope::~WizardScope() {
 
 UIWizard::UIWizard() = default;
 
-UIWizard::UIWizard(const UIWizard& other)
-    : CmObject(other), variables_(other.variables_), conditions_(other.conditions_) {
+UIWizard::UIWizard(const UIWizard& other) : CmObject(other), conditions_(other.conditions_) {
+    for (const auto& variable : other.variables_)
+        variables_.push_back(make<UIWizardVariable>(*variable));
     loader_.setCurrent(retain(other.loader_.current()));
 }
 
@@ -85,14 +86,15 @@ UIWizard* UIWizard::instance() {
 class UIWizard::Build {
 public:
     explicit Build(UIWizard& wizard) : wizard_(wizard) {
-        if (wizard_.builds_++ > 0)
-            return;
-        wizard_.textsBroken_ = false;
-        wizard_.textWorkLeft_ = SkinLimits::textWork;
+        if (wizard_.builds_++ == 0)
+            wizard_.textWorkLeft_ = SkinLimits::textWork;
     }
     ~Build() {
-        if (--wizard_.builds_ == 0)
-            wizard_.workDone_ += (SkinLimits::textWork - wizard_.textWorkLeft_) / 1024;
+        if (--wizard_.builds_ > 0)
+            return;
+        wizard_.workDone_ += (SkinLimits::textWork - wizard_.textWorkLeft_) / 1024;
+        // Conditions of the next document that is loaded must not suffer from it.
+        wizard_.textsBroken_ = false;
     }
     Build(const Build&) = delete;
     Build& operator=(const Build&) = delete;
@@ -104,6 +106,7 @@ private:
 Ref<UView> UIWizard::createView(std::string_view templateName, IController* controller,
                                 UView* parentView) try {
     const Ref<UIDescription> document = retain(description());
+    const auto kept = retain(controller);
     const ViewElement* element = document->findTemplate(templateName);
     if (!element)
         return nullptr;
@@ -125,6 +128,7 @@ Ref<UView> UIWizard::createViewChained(std::string_view templateName, IControlle
 int32_t UIWizard::handleMessage(FMessage* message) {
     if (!message->isNamed("ReloadDescription"))
         return CmObject::handleMessage(message);
+    const auto keptAlive = retain(this);
     reload();
     const std::vector<CmObject*> listeners = listeners_;
     for (CmObject* listener : listeners)
@@ -184,7 +188,7 @@ bool UIWizard::spendTextWork(size_t bytes) {
 }
 
 void UIWizard::failSubstitution(std::string_view name, std::string_view text) {
-    textsBroken_ = true;
+    textsBroken_ = builds_ > 0;
     report(Severity::error, place_,
            "putting in the variable '" + std::string(name) + "' has no end in '" +
                std::string(text.substr(0, 80)) + "'");

@@ -146,7 +146,7 @@ private:
     int64_t workDone_ = 0;
     /// Builds inside each other.
     int32_t builds_ = 0;
-    /// A text grew without end, or the texts cost too much: nothing is replaced until the next build.
+    /// A text grew without end, or the texts cost too much: nothing is replaced up to the end of the build.
     bool textsBroken_ = false;
 };
 

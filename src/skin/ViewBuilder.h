@@ -63,6 +63,9 @@ public:
     /// What the enclosing `font` element says, null outside of one.
     const UFont* font() const { return fonts_.empty() ? nullptr : &fonts_.back(); }
     void warn(const SkinElement& element, std::string text);
+    /// The sub-controller that `data` names, else `controller` itself. Who is asked for it later may put
+    /// another one in its place, so a build keeps it.
+    Ref<IController> dataController(const SkinElement& element, IController* controller);
 
 private:
     using ChildBuild = void (ViewBuilder::*)(const SkinElement&, UView&, IController*);

@@ -128,13 +128,14 @@ void ViewBuilder::buildVariant(const SkinElement& element, UView& parent, IContr
 
 void ViewBuilder::buildController(const SkinElement& element, UView& parent, IController* controller) {
     const std::string name(wizard_.substitute(element.name()));
-    IController* inner = controller ? controller->getSubController(name.c_str()) : nullptr;
+    // Who is asked for a value may put another one in its place.
+    const auto inner = retain(controller ? controller->getSubController(name.c_str()) : nullptr);
     if (!inner) {
         warn(element, "no controller '" + name + "': what it holds is left out");
         return;
     }
     const ControllerScope scope(controller);
-    buildChildren(element, parent, inner);
+    buildChildren(element, parent, inner.get());
 }
 
 bool ViewBuilder::checkVariable(const SkinElement& element, const UIWizardVariable& variable) {

@@ -102,6 +102,12 @@ UScheme* ViewBuilder::schemeOf(const ViewElement& element) {
     return scheme;
 }
 
+Ref<IController> ViewBuilder::dataController(const SkinElement& element, IController* controller) {
+    const std::string data(text(element, SkinAttribute::data));
+    IController* inner = data.empty() || !controller ? nullptr : controller->getSubController(data.c_str());
+    return retain(inner ? inner : controller);
+}
+
 Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* controller,
                                       UView* parentView) {
     const Depth depth(*this, element);
@@ -121,10 +127,8 @@ Ref<UView> ViewBuilder::buildTemplate(const ViewElement& element, IController* c
         base->setWindowStyle(static_cast<uint32_t>(element.keywords(SkinAttribute::style)));
         base->setWindowSizeLimits(sizeLimits(element));
     }
-    const std::string data(text(element, SkinAttribute::data));
-    if (!data.empty() && controller)
-        if (IController* inner = controller->getSubController(data.c_str()))
-            controller = inner;
+    const Ref<IController> inner = dataController(element, controller);
+    controller = inner.get();
     UScheme* scheme = schemeOf(element);
     std::optional<CurrentScheme> current;
     if (scheme) {

@@ -6,6 +6,7 @@
 #include "skin/ControllerScope.h"
 #include "skin/UViewClass.h"
 #include "support/FailingAllocation.h"
+#include "support/Poisoned.h"
 #include "support/ProbeView.h"
 #include "support/TestGraphics.h"
 #include "views/UBaseView.h"
@@ -381,7 +382,7 @@ TEST_F(UIWizardTest, AFontTakesTheFirstFaceThatIsThere) {
 }
 
 TEST_F(UIWizardTest, GivesNoViewWhenMemoryRunsOut) {
-    load("<template name='T' data='in'><set condition='set'><for variable='[i]' range='0,1'><controller "
+    load("<template name='T' data='in'><set condition='set|too'><for variable='[i]' range='0,1'><controller "
          "name='in'><col><view name='v[i]' tip='t[i]'/><valuedefine name='d[i]' type='int' scope='local' "
          "title='D' persistence='d'/></col></controller></for></set></template>");
     controller_->setSubController("in", controller_.get(), false);
@@ -491,6 +492,55 @@ TEST_F(UIWizardTest, TitlesTipsAndCommandsReachTheView) {
     String category, name;
     EXPECT_TRUE(cast<UControl>(button)->getCommand(category, name));
     EXPECT_EQ(category.toUtf8() + "|" + name.toUtf8(), "Transport|Start");
+}
+
+TEST_F(UIWizardTest, ABrokenBuildLeavesTheConditionsOfTheNextDocumentAlone) {
+    wizard().setCondition("DARK");
+    load("<template name='T'><mutable variable='[x]' setting='" + std::string(40'000, 'x') +
+         "'><label titleNT='[x][x]'/></mutable></template>");
+    wizard().createView("T", nullptr, nullptr);
+    ASSERT_EQ(findings().size(), 1u);
+    load("<skin><definitions><variant condition='LINUX AND DARK'><define name='d' value='1'/></variant>"
+         "</definitions></skin>");
+    int32_t number = 0;
+    EXPECT_TRUE(wizard().description()->findDefine("d", number));
+    EXPECT_TRUE(wizard().evaluate("DARK", nullptr));
+}
+
+TEST_F(UIWizardTest, ACopyKeepsTheNumberOfItsRound) {
+    struct Copying : TestController {
+        UView* viewCreated(UView* view, const ViewElement*) override {
+            copies.push_back(make<UIWizard>(*wizard));
+            return view;
+        }
+        UIWizard* wizard = nullptr;
+        std::vector<Ref<UIWizard>> copies;
+    };
+    const auto copying = make<Copying>();
+    copying->wizard = &wizard();
+    controller_ = copying;
+    build("<for variable='[i]' range='4,6'><view/></for>");
+    ASSERT_EQ(copying->copies.size(), 3u);
+    EXPECT_EQ(copying->copies[0]->substitute("[i]"), "4");
+}
+
+TEST_F(UIWizardTest, MayEndByOneOfItsListeners) {
+    struct Listener : CmObject {
+        int32_t handleMessage(FMessage*) override {
+            wizard.reset();
+            hasHeard = true;
+            return handled;
+        }
+        Ref<UIWizard> wizard;
+        bool hasHeard = false;
+    } first, second;
+    first.wizard = make<Poisoned<UIWizard>>();
+    first.wizard->addListener(&first);
+    first.wizard->addListener(&second);
+    FMessage message(ConstString("ReloadDescription"));
+    EXPECT_EQ(first.wizard->handleMessage(&message), CmObject::handled);
+    EXPECT_FALSE(first.wizard);
+    EXPECT_TRUE(second.hasHeard);
 }
 
 } // namespace

@@ -23,12 +23,8 @@ Ref<UView> askController(const ElementInput& input) {
 
 /// The element's extents go before those of the template where they are given.
 Ref<UView> buildByTemplate(ElementInput& input, const ViewElement& element) {
-    IController* controller = input.controller;
-    const std::string data(input.builder.text(input.element, SkinAttribute::data));
-    if (!data.empty() && controller)
-        if (IController* inner = controller->getSubController(data.c_str()))
-            controller = inner;
-    Ref<UView> view = input.builder.buildTemplate(element, controller, nullptr);
+    const Ref<IController> controller = input.builder.dataController(input.element, input.controller);
+    Ref<UView> view = input.builder.buildTemplate(element, controller.get(), nullptr);
     if (!view)
         return nullptr;
     const CmSize size = view->getFrameSize();
