@@ -86,7 +86,8 @@ AttributeValue SkinAttributeReader::convert(SkinStore& store, SkinType type, Ski
 
 void SkinAttributeReader::reportUnknownWords(const KeywordSet& set, std::string_view text) {
     size_t position = 0;
-    for (auto word = nextKeyword(text, position); !word.empty(); word = nextKeyword(text, position)) {
+    for (auto word = nextKeyword(text, position); !word.empty() && wantsWarnings();
+         word = nextKeyword(text, position)) {
         if (hasKeyword(set, word))
             continue;
         Suggestion suggestion(word);

@@ -19,6 +19,18 @@
 
 namespace qorl {
 
+namespace {
+
+/// What is looked through, each time anew, when the element is built.
+size_t textBytes(const SkinElement& element) {
+    size_t bytes = element.name().size();
+    for (const AttributeValue& value : element.attributes())
+        bytes += value.length;
+    return bytes;
+}
+
+} // namespace
+
 ViewBuilder::Depth::Depth(ViewBuilder& builder, const SkinElement& element) : builder_(builder) {
     if (++builder.depth_ > SkinLimits::buildDepth)
         builder.stop(element, "views stand more than " + std::to_string(SkinLimits::buildDepth) +
@@ -40,7 +52,7 @@ bool ViewBuilder::step(const SkinElement& element) {
         stop(element, "the template is made of more than " + std::to_string(SkinLimits::buildSteps) +
                           " elements and rounds");
     wizard_.place_ = element.mark();
-    return !stopped_ && !wizard_.textsBroken_;
+    return !stopped_ && wizard_.spendTextWork(textBytes(element));
 }
 
 bool ViewBuilder::spendView(const SkinElement& element) {

@@ -74,6 +74,19 @@ TEST_F(ViewBuilderTest, CountsAllTextsThatViewsAndValuesKeep) {
     }
 }
 
+TEST_F(ViewBuilderTest, CountsWhatIsLookedThroughAgainAndAgain) {
+    const std::string text(200'000, '|');
+    for (const std::string& element :
+         {"<view pad='" + text + "'/>", "<view command='" + text + "'/>", "<font face='" + text + "'/>"}) {
+        wizard().clearDiagnostics();
+        load("<template name='T'><for range='1,8000'>" + element + "</for></template>");
+        wizard().createView("T", nullptr, nullptr);
+        ASSERT_FALSE(wizard().diagnostics().empty()) << element.substr(0, 40);
+        EXPECT_EQ(wizard().diagnostics().back().text,
+                  "the texts and conditions of the template are too long to look through that often");
+    }
+}
+
 TEST_F(ViewBuilderTest, TellsWhatAViewThatIsGivenCannotTake) {
     load("<template name='T' background='gold' scheme='dialog'/>");
     const auto given = make<UView>();
