@@ -200,12 +200,12 @@ void ViewBuilder::applyName(const ViewElement& element, UView& view) {
 }
 
 void ViewBuilder::applyCommand(const ViewElement& element, UView& view, std::string_view command) {
-    const auto parts = splitList(command);
-    if (parts.size() != 2) {
+    if (std::ranges::count(command, '|') != 1) {
         warn(element,
              "a command is a category and a name with | between them, not " + Wording::quoted(command));
         return;
     }
+    const auto parts = splitList(command);
     const auto store = [&](const char* key, std::string_view part) {
         view.getAttributes().setString(key, ConstString(counted(element, wizard_.substitute(part))));
     };
