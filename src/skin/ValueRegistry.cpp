@@ -145,11 +145,12 @@ void ValueRegistry::define(const SkinElement& element, std::string_view name, co
         pool->addBeforeSaveCallback(&storeBeforeSave);
     if (const auto found = entries.find(name); found != entries.end()) {
         Entry& entry = *found->second;
-        if (std::exchange(entry.load, loadOf(element)) == loadOf(element))
+        if (entry.load == loadOf(element))
             return;
-        // Who hears of the new range may be the end of the entry.
         const Ref<Binding::Value> value = entry.value;
         takeTitle(element, *value);
+        entry.load = loadOf(element);
+        // Who hears of the new range may be the end of the entry.
         takeRange(element, *value);
         return;
     }

@@ -96,6 +96,19 @@ TEST_F(ValueRegistryTest, ANumberFollowsTheRangeOfAReload) {
     }
 }
 
+TEST_F(ValueRegistryTest, TakesTheRangeOnceThereIsMemoryForTheTitle) {
+    failEachAllocation([this](FailingAllocation& allocation) {
+        ValueRegistry::instance()->clear();
+        build("<valuedefine name='v' type='int' max='10'/>");
+        load("<template name='T'><valuedefine name='v' type='int' max='20' title='a long one for the user'/>"
+             "</template>");
+        const auto view = allocation.during([this] { return wizard().createView("T", nullptr, nullptr); });
+        if (!view)
+            wizard().createView("T", nullptr, nullptr);
+        EXPECT_EQ(ValueRegistry::instance()->find("v", nullptr)->getMax(), 20);
+    });
+}
+
 TEST_F(ValueRegistryTest, AControllerEndsWithoutMemoryForWhatItKeeps) {
     FGlobalDefaultPool& pool = *FGlobalDefaultPool::instance();
     failEachAllocation([&](FailingAllocation& allocation) {
