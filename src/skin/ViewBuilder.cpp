@@ -200,7 +200,8 @@ void ViewBuilder::applyName(const ViewElement& element, UView& view) {
 }
 
 void ViewBuilder::applyCommand(const ViewElement& element, UView& view, std::string_view command) {
-    if (std::ranges::count(command, '|') != 1) {
+    const size_t divider = command.find('|');
+    if (divider == command.npos || command.find('|', divider + 1) != command.npos) {
         warn(element,
              "a command is a category and a name with | between them, not " + Wording::quoted(command));
         return;
