@@ -14,7 +14,7 @@ UTimer::~UTimer() {
     stop();
 }
 
-bool UTimer::start(int32_t period) {
+bool UTimer::start(int32_t period) try {
     stop();
     if (period > 0)
         period_ = period;
@@ -23,6 +23,8 @@ bool UTimer::start(int32_t period) {
         return false;
     timer_ = desktop->startTimer(period_ > 0 ? period_ : 1, *this);
     return isRunning();
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 void UTimer::stop() {

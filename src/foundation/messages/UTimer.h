@@ -19,7 +19,8 @@ public:
     UTimer& operator=(const UTimer&) = delete;
     ~UTimer() override;
 
-    /// Starts, or starts over with a new period; 0 keeps the old one. False without a desktop.
+    /// Starts, or starts over with a new period; 0 keeps the old one. False, and it doesn't
+    /// run, without a desktop or memory.
     bool start(int32_t period = 0);
     void stop();
     bool isRunning() const { return timer_ != platform::noTimer; }

@@ -9,6 +9,7 @@
 #include "foundation/threads/Ticks.h"
 #include "platform/Platform.h"
 #include "platform/headless/HeadlessDesktop.h"
+#include "support/FailingAllocation.h"
 
 #include <future>
 #include <gtest/gtest.h>
@@ -254,6 +255,15 @@ TEST_F(EventLoopTest, TimersRepeatUntilTheyAreStopped) {
     times.resize(2);
     loop->run();
     EXPECT_EQ(times[2], 140u);
+}
+
+TEST_F(EventLoopTest, ATimerTellsThatItFoundNoMemory) {
+    failEachAllocation([&](FailingAllocation& allocation) {
+        UTimer timer(&a, 30);
+        const bool isStarted = allocation.during([&] { return timer.start(); });
+        EXPECT_EQ(isStarted, !allocation.hasFailed());
+        EXPECT_EQ(timer.isRunning(), isStarted);
+    });
 }
 
 TEST_F(EventLoopTest, ATimerMayLoseItsLastReferenceInItsOwnTick) {
