@@ -5,6 +5,8 @@
 #include "persistence/files/FNPath.h"
 #include "platform/Folders.h"
 
+#include <new>
+
 namespace qorl {
 
 namespace {
@@ -18,7 +20,10 @@ const String& emptyText() {
 
 FComponentDescription::FComponentDescription(const ConstString& category, const ConstString& name,
                                              const FUID& id, CreateFunction createFunction)
-    : createFunction_(createFunction), name_(name), category_(category), id_(id) {}
+    : createFunction_(createFunction), id_(id) {
+    if (!name_.assign(name) || !category_.assign(category))
+        throw std::bad_alloc();
+}
 
 const String& FComponentDescription::getVendor() const {
     static const String vendor(u"Marrowick");

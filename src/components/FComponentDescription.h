@@ -19,6 +19,7 @@ public:
     using CreateFunction = CmObject* (*)(FInterface* context, FComponentDescription* description);
     static constexpr int32_t manyInstances = 0x7FFFFFFF;
 
+    /// Throws std::bad_alloc.
     FComponentDescription(const ConstString& category, const ConstString& name, const FUID& id,
                           CreateFunction createFunction = nullptr);
 

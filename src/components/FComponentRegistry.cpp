@@ -8,6 +8,8 @@
 #include "persistence/mounts/FMountTable.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace qorl {
 
@@ -34,7 +36,8 @@ enum class Missing : uint8_t { leave, create };
 FAttributes* availability(const ConstString& category, Missing missing) {
     auto* pool = FGlobalDefaultPool::instance();
     String group;
-    group.printf8("Components\\Category %s\\Available", category.toUtf8().c_str());
+    if (!group.printf8("Components\\Category %s\\Available", category.toUtf8().c_str()))
+        throw std::bad_alloc();
     FDefaults* defaults = pool ? pool->getGroup(group, 0, missing == Missing::create) : nullptr;
     return defaults ? &defaults->values() : nullptr;
 }
@@ -81,14 +84,32 @@ void FComponentRegistry::dropInstance() {
 void FComponentRegistry::addComponent(Ref<FComponentDescription> description) {
     if (!description)
         return;
+    // Before anybody hears of it, so that nobody knows a component that isn't entered then.
+    makeRoom(description->getCategory());
     const FAttributes* known = availability(description->getCategory(), Missing::leave);
     description->setAvailable(!known || known->getInteger(keyOf(description->getId()), 1) != 0);
     listeners_.tell([&](ComponentListener& listener) { listener.componentAdded(description.get()); });
     changed(objectChanged);
-    Descriptions& list = categories_[description->getCategory()];
+    // Once more: a listener may have emptied the directory.
+    Descriptions& list = makeRoom(description->getCategory());
     list.push_back(std::move(description));
     // All of them: names may have changed since the last one came.
     std::stable_sort(list.begin(), list.end(), sortsBefore);
+}
+
+/// The list of a category with room for one more. Throws std::bad_alloc.
+FComponentRegistry::Descriptions& FComponentRegistry::makeRoom(const String& category) {
+    auto found = categories_.find(category);
+    if (found == categories_.end()) {
+        String key(category);
+        if (key != category)
+            throw std::bad_alloc();
+        found = categories_.try_emplace(std::move(key)).first;
+    }
+    Descriptions& list = found->second;
+    if (list.size() == list.capacity())
+        list.reserve(2 * list.size() + 1);
+    return list;
 }
 
 void FComponentRegistry::removeComponent(const FUID& id) {

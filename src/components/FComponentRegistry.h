@@ -3,6 +3,7 @@
 #include "components/FComponentDescription.h"
 #include "foundation/messages/ListenerList.h"
 
+#include <functional>
 #include <map>
 #include <vector>
 
@@ -38,7 +39,7 @@ public:
     FComponentRegistry(const FComponentRegistry&) = delete;
 
     /// Reads from the settings whether the component is available, tells listeners and dependents, and enters
-    /// it only then.
+    /// it only then. Throws std::bad_alloc; nothing is told or entered then.
     void addComponent(Ref<FComponentDescription> description);
     /// An unknown id changes nothing.
     void removeComponent(const FUID& id);
@@ -71,8 +72,9 @@ private:
     using Descriptions = std::vector<Ref<FComponentDescription>>;
 
     const Descriptions* category(const ConstString& name) const;
+    Descriptions& makeRoom(const String& category);
 
-    std::map<String, Descriptions> categories_;
+    std::map<String, Descriptions, std::less<>> categories_;
     ListenerList<ComponentListener> listeners_;
 };
 

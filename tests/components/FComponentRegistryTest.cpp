@@ -7,6 +7,7 @@
 #include "foundation/text/StringObject.h"
 #include "persistence/attributes/FAttributes.h"
 #include "persistence/defaults/FDefaultPool.h"
+#include "support/FailingAllocation.h"
 #include "support/Slots.h"
 
 #include <gtest/gtest.h>
@@ -130,6 +131,19 @@ TEST_F(FComponentRegistryTest, TellsListenersBeforeTheDirectoryChanges) {
     EXPECT_EQ(journal.text, "+Gate0 -Gate1 ");
     registry().unloadAll();
     EXPECT_EQ(registry().countInCategory("Effect"), 0);
+}
+
+TEST_F(FComponentRegistryTest, TellsNobodyOfWhatItHasNoMemoryFor) {
+    const char* const category = "Effects that no small string has room for";
+    failEachAllocation([&](FailingAllocation& allocation) {
+        Journal journal(registry());
+        registry().addListener(&journal);
+        const bool isAdded = allocation.completes([&] { add(category, "Gate", gateId); });
+        EXPECT_EQ(journal.text, isAdded ? "+Gate0 " : "");
+        EXPECT_EQ(registry().countInCategory(category), isAdded ? 1 : 0);
+        registry().removeListener(&journal);
+        registry().unloadAll();
+    });
 }
 
 /// Takes the next listener away when it hears of something.
