@@ -16,7 +16,8 @@ constinit Singleton<ClassFactory> factorySlot;
 template <ClassRecord* ClassRecord::*next>
 void append(ClassRecord*& head, ClassRecord& record) {
     ClassRecord** link = &head;
-    while (*link)
+    // One that stands there already stays in its place: behind itself it would end no search.
+    while (*link && *link != &record)
         link = &((*link)->*next);
     *link = &record;
 }
