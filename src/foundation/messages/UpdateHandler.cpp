@@ -393,7 +393,8 @@ DeferredChange* UpdateHandler::findDeliverable(Pass& pass) {
 }
 
 /// Takes the next change off the queue and begins its notification, both at once, so that the object can't go
-/// in between.
+/// in between. It is held from then on, since it hears of the end when it has left the update stack; one that
+/// tells its destruction may have gone already.
 bool UpdateHandler::enterNext(Pass& pass, Notification& record, int32_t& message) {
     const FGuard guard(lock_);
     DeferredChange* change = findDeliverable(pass);
@@ -405,6 +406,8 @@ bool UpdateHandler::enterNext(Pass& pass, Notification& record, int32_t& message
     DependentEntry& entry = *table_.find(change->object);
     takeOff(entry, *change);
     enter(record, entry);
+    if (record.own && record.isRunning && message != FDependent::objectDestroyed)
+        record.holdsObject = record.own->addRefUnlessGone();
     table_.dropIfUnused(entry);
     return true;
 }

@@ -139,7 +139,7 @@ private:
         FDependent** snapshot = local;
         uint32_t length = 0;
         bool isRunning = false;   ///< It stands on the update stack.
-        bool holdsObject = false; ///< It got the reference on `own` that was the last one.
+        bool holdsObject = false; ///< It has a reference on `own`, perhaps the one that was the last.
         Notification* outer = nullptr;
         std::unique_ptr<FDependent*[]> heap;
         FDependent* local[stackSnapshot];

@@ -1,7 +1,11 @@
 #include "UpdateHandlerTest.h"
 #include "foundation/messages/EventLoop.h"
+#include "platform/Platform.h"
+#include "platform/headless/HeadlessDesktop.h"
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace qorl {
 namespace {
@@ -170,6 +174,33 @@ TEST_F(DeferredUpdatesTest, AChangeIsQueuedAgainOnceItsNotificationHasBegun) {
     EXPECT_EQ(take(), "a:4, subject done:4") << "after it was cancelled";
     runDeferred();
     EXPECT_EQ(take(), "");
+}
+
+TEST_F(DeferredUpdatesTest, AnObjectStaysUntilItHasHeardThatAllHaveHeard) {
+    /// Acts for another thread at the moment at which the notification has left the stack.
+    struct Desktop : platform::HeadlessDesktop {
+        void wakeUp() override {
+            if (const auto act = std::exchange(next, nullptr))
+                act();
+        }
+        std::function<void()> next;
+    };
+    auto* desktop = new Desktop;
+    ASSERT_TRUE(platform::start(desktop));
+    Ref<Listener> gone = make<Listener>("gone", log);
+    gone->addDependent(&a);
+    gone->deferUpdate(1);
+    a.reaction = [&] {
+        gone->deferUpdate(7);
+        desktop->next = [&] {
+            gone->removeDependent(&a);
+            gone.reset();
+        };
+    };
+    runDeferred();
+    EXPECT_EQ(gone, nullptr);
+    EXPECT_EQ(take(), "a:1, gone done:1");
+    platform::stop();
 }
 
 } // namespace
