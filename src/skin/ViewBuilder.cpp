@@ -232,10 +232,11 @@ void ViewBuilder::applyPad(const ElementInput& input, UView& view, std::string_v
     view.setClientInsets({double(sides[0]), double(sides[1]), double(sides[2]), double(sides[3])}, true);
     if (!input.takesSizeOfContent())
         return;
-    CmRect frame = view.getFrameRect();
-    frame.right = limitToInt32(int64_t{frame.right} + sides[0] + sides[2]);
-    frame.bottom = limitToInt32(int64_t{frame.bottom} + sides[1] + sides[3]);
-    view.setFrame(frame, false);
+    const CmRect& frame = view.getFrameRect();
+    const SizeFields grown{frame.left, frame.top,
+                           limitToInt32(int64_t{frame.width()} + sides[0] + sides[2]),
+                           limitToInt32(int64_t{frame.height()} + sides[1] + sides[3])};
+    view.setFrame(grown.rect(), false);
 }
 
 void ViewBuilder::applyProperties(const ViewElement& element, UView& view) {

@@ -101,5 +101,11 @@ TEST_F(ViewBuilderTest, TellsWhatAViewThatIsGivenCannotTake) {
                     "the view that is filled is no base view and takes no background colour 'gold'"));
 }
 
+TEST_F(ViewBuilderTest, NoPadMakesAViewWiderThanThereAreNumbers) {
+    load("<template name='T'><view size='-2147483648,5,0,0' pad='1073741824,2,1073741824,3'/></template>");
+    const Ref<UView> view = wizard().createView("T", nullptr, nullptr);
+    EXPECT_EQ(view->getSubView(0)->getFrameRect(), (CmRect{-2147483647 - 1, 5, -1, 10}));
+}
+
 } // namespace
 } // namespace qorl::testing
