@@ -37,16 +37,16 @@ struct LoopRange {
 };
 
 void askForRange(std::string_view data, IController& controller, LoopRange& range) {
-    FMessage message(ConstString("WizardForLoopParams"));
-    message.setString("data", ConstString(data));
-    if (controller.handleMessage(&message) != CmObject::handled)
+    const auto message = make<FMessage>("WizardForLoopParams");
+    message->setString("data", ConstString(data));
+    if (controller.handleMessage(message.get()) != CmObject::handled)
         return;
-    if (message.contains("first") && message.contains("final")) {
-        range.first = static_cast<int32_t>(message.getInt("first"));
-        range.last = static_cast<int32_t>(message.getInt("final"));
+    if (message->contains("first") && message->contains("final")) {
+        range.first = limitToInt32(message->getInt("first"));
+        range.last = limitToInt32(message->getInt("final"));
     }
-    if (message.contains("step"))
-        range.step = static_cast<int32_t>(message.getInt("step"));
+    if (message->contains("step"))
+        range.step = limitToInt32(message->getInt("step"));
 }
 
 void moveViews(UView& parent, int32_t from, CmPoint offset) {

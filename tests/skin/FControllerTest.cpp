@@ -84,5 +84,24 @@ TEST_F(FControllerTest, ABuildKeepsTheControllerThatItIsFor) {
     EXPECT_EQ(wizard().createView("T", controller, nullptr)->getSubViewCount(), 2);
 }
 
+/// Keeps the question for the range of a loop, and answers with numbers beyond 32 bits.
+class Pondering : public TestController {
+public:
+    int32_t handleMessage(FMessage* message) override {
+        message->setInt("first", int64_t{1} << 40);
+        message->setInt("final", (int64_t{1} << 40) + 3);
+        question = retain(message);
+        return handled;
+    }
+    Ref<FMessage> question;
+};
+
+TEST_F(FControllerTest, TheQuestionForARangeMayBeKept) {
+    const auto pondering = make<Pondering>();
+    controller_ = pondering;
+    EXPECT_EQ(built("<for data='rows' variable='[i]'><label titleNT='[i]'/></for>"), "2147483647@0,0");
+    EXPECT_EQ(pondering->question->getString("data").toUtf8(), "rows");
+}
+
 } // namespace
 } // namespace qorl::testing
