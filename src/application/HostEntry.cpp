@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -15,12 +16,13 @@ bool startApplication() {
         qorl::ApplicationArgs args;
         args.type = qorl::ApplicationType::library;
         args.name = qorl::CmString("qorl-frame");
-        // One that is only half made goes again, so that the next call starts afresh.
         auto made = std::make_unique<qorl::UPluginApplication>(args);
         made->init(args);
         application = made.release();
         return application->startup();
     } catch (const std::bad_alloc&) {
+        // Nobody can use what is only half started; the next call starts afresh.
+        delete std::exchange(application, nullptr);
         return false;
     }
 }
@@ -30,7 +32,7 @@ bool startApplication() {
 extern "C" {
 
 /// Null when the start failed. A further call then gives the object without trying again, but for a start
-/// that found no memory for the application itself.
+/// that found no memory.
 [[gnu::visibility("default")]] qorl::IHostClasses* GetHostClasses() {
     if (!application && !startApplication())
         return nullptr;

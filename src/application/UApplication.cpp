@@ -111,12 +111,19 @@ void UApplication::takeDocuments(std::span<const std::string> arguments) {
     for (size_t i = 1; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
         if (onlyPaths || !argument.starts_with('-'))
-            documentList_.add(new FNPath(platform::getCanonicalPath(argument)));
+            addDocument(platform::getCanonicalPath(argument));
         else if (argument == "--")
             onlyPaths = true;
         else
             i += static_cast<size_t>(std::ranges::count(optionsWithValue, argument));
     }
+}
+
+void UApplication::addDocument(const std::string& path) {
+    Ref<FNPath> document = make<FNPath>(path);
+    if (!documentList_.add(document.get()))
+        throw std::bad_alloc();
+    static_cast<void>(document.detach());
 }
 
 UApplication::~UApplication() {

@@ -132,7 +132,7 @@ protected:
     /// Resets the schemes that `createSchemes` made. False when it failed.
     bool startSchemes();
     void setQuit() { quit_ = 1; }
-    /// Fills the list of documents by a command line, the program's name first.
+    /// Fills the list of documents by a command line, the program's name first. Throws std::bad_alloc.
     void takeDocuments(std::span<const std::string> arguments);
 
 private:
@@ -145,6 +145,7 @@ private:
     void waitForSplash(uint32_t start);
     bool failStart();
     void finishSkinThread();
+    void addDocument(const std::string& path);
 
     ApplicationType type_;
     int32_t quit_ = 0;

@@ -8,6 +8,8 @@
 #include "persistence/files/FFileIterator.h"
 #include "persistence/files/FNFileSystem.h"
 
+#include <new>
+
 namespace qorl {
 
 namespace {
@@ -59,7 +61,7 @@ void UApplication::waitForSplash(uint32_t start) {
         sleep(splashPollPeriod);
 }
 
-bool UApplication::startStandAlone() {
+bool UApplication::startStandAlone() try {
     UController* controller = UController::instance();
     if (!controller || controller->isStopped()) {
         setQuit();
@@ -83,6 +85,8 @@ bool UApplication::startStandAlone() {
         return false;
     finishStartup();
     return true;
+} catch (const std::bad_alloc&) {
+    return failStart();
 }
 
 } // namespace qorl

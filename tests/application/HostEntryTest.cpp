@@ -168,6 +168,7 @@ TEST_F(HostEntryTest, IsEnteredAgainWhateverAStartFoundNoMemoryFor) {
         EXPECT_EQ(platform::desktop() != nullptr, UApplication::instance() != nullptr);
         EXPECT_NE(GetHostClasses(), nullptr);
         EXPECT_NE(UApplication::instance(), nullptr);
+        EXPECT_NE(GlobalSchemes::main(), nullptr);
         while (UApplication::instance())
             TerminateModule();
         EXPECT_EQ(platform::desktop(), nullptr);

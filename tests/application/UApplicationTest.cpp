@@ -234,6 +234,18 @@ TEST_F(UApplicationTest, GivesUpWhenAHookFails) {
     EXPECT_TRUE(program->isQuitting());
 }
 
+TEST_F(UApplicationTest, LetsNoLackOfMemoryOutOfItsStart) {
+    failEachAllocation([this](FailingAllocation& allocation) {
+        TearDown();
+        SetUp();
+        log.reserve(20);
+        desktop->postCall([&] { UController::instance()->quit(); });
+        const bool isRun = allocation.during([&] { return program->run(); });
+        EXPECT_TRUE(isRun || allocation.hasFailed());
+        EXPECT_EQ(program->isQuitting(), !isRun);
+    });
+}
+
 TEST_F(UApplicationTest, AnswersItsTwoMenuItems) {
     for (const int64_t tag : {0, 1, 7, 9, 16, 18})
         EXPECT_EQ(send("MenuCanSelect", tag), 0) << tag;
@@ -261,8 +273,11 @@ TEST_F(UApplicationTest, MakesAndSavesDocumentsByMessage) {
 TEST_F(UApplicationTest, ListsTheDocumentsThatItsCommandLineNames) {
     const std::string arguments[] = {"program", "/a/one",         "--gfxbackend", "GDI", "--other",
                                      "/b/two",  "--dpiawareness", "system",       "--",  "/c/--three"};
-    program->documentList().removeAll();
-    program->takeDocuments(arguments);
+    failEachAllocation([&](FailingAllocation& allocation) {
+        program->documentList().removeAll();
+        const bool isDone = allocation.completes([&] { program->takeDocuments(arguments); });
+        EXPECT_TRUE(!isDone || program->documentList().count() == 3) << "one is lost";
+    });
     Log paths;
     const std::unique_ptr<CmIterator> iterator(program->documentList().newIterator());
     while (!iterator->done())
