@@ -1,5 +1,7 @@
 #include "application/ApplicationInfo.h"
 
+#include <new>
+
 namespace qorl {
 
 namespace {
@@ -8,7 +10,8 @@ ApplicationInfo info;
 constinit bool isFilled = false;
 
 void fill(String& field, const ConstString& text) {
-    field = text;
+    if (!field.assign(text))
+        throw std::bad_alloc();
     field.toWide();
 }
 
@@ -22,11 +25,11 @@ void ApplicationInfo::fillOnce(const ConstString& name, const ConstString& infoA
                                const ConstString& company) {
     if (isFilled)
         return;
-    isFilled = true;
     fill(info.applicationName, name);
     fill(info.infoA, infoA);
     fill(info.infoB, infoB);
     fill(info.companyName, company);
+    isFilled = true;
 }
 
 } // namespace qorl

@@ -29,7 +29,8 @@ struct ApplicationInfo {
 
     /// The one record.
     static const ApplicationInfo& get();
-    /// Fills it, as 16-bit text; only the first call has an effect.
+    /// Fills it, as 16-bit text; only the first call that finds memory for it has an effect. Throws
+    /// std::bad_alloc.
     static void fillOnce(const ConstString& name, const ConstString& infoA, const ConstString& infoB,
                          const ConstString& company);
 };

@@ -15,7 +15,9 @@ bool startApplication() {
     try {
         qorl::ApplicationArgs args;
         args.type = qorl::ApplicationType::library;
-        args.name = qorl::CmString("qorl-frame");
+        // The settings lie in a folder of this name.
+        if (!args.name.string().assign8("qorl-frame"))
+            return false;
         auto made = std::make_unique<qorl::UPluginApplication>(args);
         made->init(args);
         application = made.release();

@@ -59,16 +59,23 @@ void chooseGraphics(const std::vector<std::string>& arguments) {
     selectGraphicsBackendByArguments(views);
 }
 
+/// What a part of the start says that finds no memory. Without that part the program is not to go on.
+void require(bool isDone) {
+    if (!isDone)
+        throw std::bad_alloc();
+}
+
 void setFolders(const ConstString& name) {
     const std::string folder = "/" + name.toUtf8() + "_64";
-    FNPath::setKnownFolder(FNPath::userSettings,
-                           platform::getSystemFolder(platform::SystemFolder::settings) + folder);
+    const std::string settings = platform::getSystemFolder(platform::SystemFolder::settings);
+    require(FNPath::setKnownFolder(FNPath::userSettings, settings + folder));
     const std::vector<std::string> shared = platform::getSharedDataFolders();
     const auto holdsOurs = [&folder](const std::string& place) {
         return platform::folderExists(place + folder);
     };
     const auto found = std::ranges::find_if(shared, holdsOurs);
-    FNPath::setKnownFolder(FNPath::sharedData, (found == shared.end() ? shared.front() : *found) + folder);
+    const std::string& place = found == shared.end() ? shared.front() : *found;
+    require(FNPath::setKnownFolder(FNPath::sharedData, place + folder));
 }
 
 void copyStartSettings() {
@@ -97,12 +104,14 @@ UApplication::UApplication(const ApplicationArgs& args)
         args.name.isEmpty() ? ConstString(standardName) : ConstString(args.name.string());
     ApplicationInfo::fillOnce(name, args.infoA.string(), args.infoB.string(), companyName);
     setFolders(args.folderName.isEmpty() ? name : args.folderName.string());
-    path_ = FNPath(platform::getProgramPath());
-    title_.string() = ApplicationInfo::get().applicationName;
-    if (FGlobalDefaultPool* pool = FGlobalDefaultPool::instance()) {
-        pool->setLoadHook(&checkSafeStart);
-        pool->setSaveHook(&maySaveDefaults);
-    }
+    const std::string program = platform::getProgramPath();
+    path_ = FNPath(program);
+    require(path_.isValid() || program.empty());
+    require(title_.string().assign(ApplicationInfo::get().applicationName));
+    FGlobalDefaultPool* pool = FGlobalDefaultPool::instance();
+    require(pool);
+    pool->setLoadHook(&checkSafeStart);
+    pool->setSaveHook(&maySaveDefaults);
 }
 
 void UApplication::takeDocuments(std::span<const std::string> arguments) {
@@ -121,8 +130,7 @@ void UApplication::takeDocuments(std::span<const std::string> arguments) {
 
 void UApplication::addDocument(const std::string& path) {
     Ref<FNPath> document = make<FNPath>(path);
-    if (!documentList_.add(document.get()))
-        throw std::bad_alloc();
+    require(documentList_.add(document.get()));
     static_cast<void>(document.detach());
 }
 
@@ -141,11 +149,12 @@ void tearDownApplication() {
 }
 
 void UApplication::init(const ApplicationArgs& args) {
-    UpdateHandler::instance();
+    require(UpdateHandler::instance());
     FMessenger::connect();
     FComponentRegistry::makeInstance();
     copyStartSettings();
     guiThread_ = std::make_unique<GuiThread>();
+    require(guiThread_->getHandle());
     theApplication = this;
     UControlClass::setFallback(&createControlOfProgram);
     // The teardown releases it.

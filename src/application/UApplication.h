@@ -44,7 +44,7 @@ public:
     };
 
     /// Chooses the drawing system by the command line, fills the application info, and says where settings
-    /// lie.
+    /// lie. This and `init` throw std::bad_alloc, and nothing is left to be done then but to destroy it.
     explicit UApplication(const ApplicationArgs& args);
     UApplication(const UApplication&) = delete;
     UApplication& operator=(const UApplication&) = delete;

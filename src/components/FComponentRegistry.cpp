@@ -67,8 +67,9 @@ FComponentRegistry* FComponentRegistry::instance() {
 void FComponentRegistry::makeInstance() {
     if (registry)
         return;
-    registry = new FComponentRegistry;
-    registry->addListener(&mountable);
+    Ref<FComponentRegistry> made = make<FComponentRegistry>();
+    made->addListener(&mountable);
+    registry = made.detach();
     CmDelegatingUnknown::setCreator(&createForeign);
 }
 

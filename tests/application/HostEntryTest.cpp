@@ -163,12 +163,17 @@ TEST_F(HostEntryTest, AFailedStartGivesNullAndIsNotTriedAgain) {
 TEST_F(HostEntryTest, IsEnteredAgainWhateverAStartFoundNoMemoryFor) {
     platform::stop();
     const testing::EnvironmentScope display("DISPLAY", nullptr);
-    failEachAllocation([](FailingAllocation& allocation) {
+    const std::string settings = folder / "qorl-frame_64";
+    failEachAllocation([&](FailingAllocation& allocation) {
         allocation.during([] { return GetHostClasses(); });
         EXPECT_EQ(platform::desktop() != nullptr, UApplication::instance() != nullptr);
         EXPECT_NE(GetHostClasses(), nullptr);
         EXPECT_NE(UApplication::instance(), nullptr);
         EXPECT_NE(GlobalSchemes::main(), nullptr);
+        EXPECT_EQ(UApplication::instance()->getTitle().string(), ConstString("qorl-frame"));
+        EXPECT_TRUE(UApplication::instance()->getPath().isValid());
+        EXPECT_TRUE(UApplication::instance()->getGuiThread()->isCurrent());
+        EXPECT_EQ(FNPath::knownFolder(FNPath::userSettings), settings);
         while (UApplication::instance())
             TerminateModule();
         EXPECT_EQ(platform::desktop(), nullptr);
