@@ -7,6 +7,7 @@
 #include "foundation/threads/Ticks.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
+#include "platform/System.h"
 
 #include <algorithm>
 #include <atomic>
@@ -81,7 +82,7 @@ void EventLoop::flushEvents() {
     deliver();
 }
 
-EventLoop::Step EventLoop::step() {
+EventLoop::Step EventLoop::step() try {
     if (stopped_)
         return Step::ended;
     if (processEvent())
@@ -98,6 +99,9 @@ EventLoop::Step EventLoop::step() {
         }
     }
     return wait(limit) ? Step::idle : Step::ended;
+} catch (const std::bad_alloc&) {
+    platform::debugOutput("no memory for what an event, a message or a change leads to");
+    return Step::event;
 }
 
 void EventLoop::run() {
