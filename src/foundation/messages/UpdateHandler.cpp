@@ -186,6 +186,9 @@ void UpdateHandler::leave(Notification& record) {
             link = &(*link)->outer;
         *link = record.outer;
         record.isRunning = false;
+        // Off the stack it would go with the last reference of another thread, before its `updateDone`.
+        if (record.isToHold && record.own && !record.holdsObject)
+            record.holdsObject = record.own->addRefUnlessGone();
         detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) - 1,
                                             std::memory_order_release);
         if (isWaiting_.load(std::memory_order_relaxed)) {
@@ -393,8 +396,7 @@ DeferredChange* UpdateHandler::findDeliverable(Pass& pass) {
 }
 
 /// Takes the next change off the queue and begins its notification, both at once, so that the object can't go
-/// in between. It is held from then on, since it hears of the end when it has left the update stack; one that
-/// tells its destruction may have gone already.
+/// in between.
 bool UpdateHandler::enterNext(Pass& pass, Notification& record, int32_t& message) {
     const FGuard guard(lock_);
     DeferredChange* change = findDeliverable(pass);
@@ -406,8 +408,8 @@ bool UpdateHandler::enterNext(Pass& pass, Notification& record, int32_t& message
     DependentEntry& entry = *table_.find(change->object);
     takeOff(entry, *change);
     enter(record, entry);
-    if (record.own && record.isRunning && message != FDependent::objectDestroyed)
-        record.holdsObject = record.own->addRefUnlessGone();
+    // One that tells its destruction may have gone already.
+    record.isToHold = message != FDependent::objectDestroyed;
     table_.dropIfUnused(entry);
     return true;
 }

@@ -139,6 +139,7 @@ private:
         FDependent** snapshot = local;
         uint32_t length = 0;
         bool isRunning = false;   ///< It stands on the update stack.
+        bool isToHold = false;    ///< Its change was deferred, so that nobody holds it up to the end.
         bool holdsObject = false; ///< It has a reference on `own`, perhaps the one that was the last.
         Notification* outer = nullptr;
         std::unique_ptr<FDependent*[]> heap;
