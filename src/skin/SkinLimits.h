@@ -33,6 +33,10 @@ inline constexpr int32_t bitmapDepth = 32;
 
 /// Bytes of the pixels that a document holds at one time.
 inline constexpr int64_t bitmapBytes = int64_t{256} << 20;
+/// The same of all files that are decoded for a document, each as often as it is.
+inline constexpr int64_t decodedBytes = int64_t{1} << 30;
+/// The same of the files that are kept for further sections while a template is built.
+inline constexpr int64_t partSourceBytes = int64_t{128} << 20;
 
 /// Rounds of one `for` element.
 inline constexpr int64_t loopRounds = 100'000;

@@ -79,8 +79,12 @@ UBitmap* UIDescription::findBitmap(std::string_view name, bool cached) {
     ResourceElement* element = findBitmapElement(name);
     if (!element)
         return nullptr;
-    if (!cached && element->isCreated())
+    if (!cached && element->isCreated()) {
         bitmapBytesLeft_ += element->releaseObject();
+        partSources_.clear();
+        // Only a program asks so, as often as it likes.
+        decodedBytesLeft_ = SkinLimits::decodedBytes;
+    }
     return bitmapOf(*element);
 }
 
@@ -115,17 +119,28 @@ Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, std::
     exists = fileSystem->exists(file);
     if (!exists)
         return nullptr;
+    const bool isForParts = element.isOfType(SkinType::section);
+    if (Ref<UBitmap> known = isForParts ? partSources_.find(inside) : nullptr)
+        return known;
     const Ref<FStream> stream = fileSystem->openFile(file, FFileStream::readAccess | FFileStream::shareRead);
     const int64_t length = stream ? fileSystem->getFileSize(*stream) : -1;
     std::string error = "the file can't be read";
     if (length > SkinLimits::documentBytes) {
         error = "the file has " + std::to_string(length) + " bytes; at most " +
                 std::to_string(SkinLimits::documentBytes) + " are allowed";
+    } else if (decodedBytesLeft_ <= 0) {
+        error = "the files of the document have more than " + std::to_string(SkinLimits::decodedBytes >> 20) +
+                " MB of pixels, each counted as often as it is read";
     } else if (length >= 0) {
         std::vector<std::byte> bytes(static_cast<size_t>(length));
-        if (stream->read(bytes.data(), length) == length)
-            if (Ref<UBitmap> bitmap = UBitmap::fromFile(bytes, error))
-                return bitmap;
+        Ref<UBitmap> bitmap =
+            stream->read(bytes.data(), length) == length ? UBitmap::fromFile(bytes, error) : nullptr;
+        if (bitmap) {
+            decodedBytesLeft_ -= pixelBytes(bitmap->getSize());
+            if (isForParts)
+                partSources_.keep(inside, bitmap);
+            return bitmap;
+        }
     }
     report(Severity::error, element.mark(), "bitmap '" + reference + "': " + error);
     return nullptr;
@@ -198,7 +213,7 @@ Ref<UBitmap> UIDescription::createPart(Ref<UBitmap> bitmap, const ResourceElemen
 }
 
 bool UIDescription::spendPixels(ResourceElement& element, CmSize size) {
-    const int64_t bytes = int64_t{size.width} * size.height * int64_t{sizeof(uint32_t)};
+    const int64_t bytes = pixelBytes(size);
     if (bytes > bitmapBytesLeft_) {
         report(Severity::error, element.mark(),
                "the bitmap " + quoted(element.name()) +
@@ -294,6 +309,7 @@ void UIDescription::preloadResources() {
         }
     for (ResourceElement* element : temporary)
         bitmapBytesLeft_ += element->releaseObject();
+    partSources_.clear();
     if (SkinElement* preview = findIn(Section::header, "Preview-Bitmap", SkinType::bitmap))
         bitmapOf(static_cast<ResourceElement&>(*preview));
 }

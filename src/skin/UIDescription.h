@@ -5,6 +5,7 @@
 #include "persistence/urls/FUrl.h"
 #include "schemes/SchemeKeys.h"
 #include "skin/LimitedDiagnostics.h"
+#include "skin/PartSources.h"
 #include "skin/ResourceElement.h"
 #include "skin/ViewElement.h"
 
@@ -97,6 +98,8 @@ public:
     void applyScheme(UScheme* scheme);
     /// Once for a document: makes all resources.
     void preloadResources();
+    /// Lets go of what is held to cut further sections from, at the end of a build.
+    void forgetPartSources() { partSources_.clear(); }
     /// Evaluates the size expressions of all templates and custom settings. `conditions` decides which
     /// variants count meanwhile; null makes all of them count. False, with an error among the diagnostics,
     /// when they cost too much.
@@ -157,6 +160,8 @@ private:
     std::optional<std::unordered_map<std::string_view, ResourceElement*>> collected_;
     int32_t bitmapDepth_ = 0;
     int64_t bitmapBytesLeft_ = SkinLimits::bitmapBytes;
+    int64_t decodedBytesLeft_ = SkinLimits::decodedBytes;
+    PartSources partSources_;
     ConditionNames* conditions_ = nullptr;
     int64_t sizeStepsLeft_ = 0;
     /// What size expressions were told, by metric.

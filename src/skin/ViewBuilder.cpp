@@ -41,6 +41,10 @@ ViewBuilder::ViewBuilder(UIWizard& wizard, UIDescription& document)
     : wizard_(wizard), document_(document), stepsLeft_(SkinLimits::buildSteps),
       viewsLeft_(SkinLimits::builtViews) {}
 
+ViewBuilder::~ViewBuilder() {
+    document_.forgetPartSources();
+}
+
 void ViewBuilder::stop(const SkinElement& element, std::string text) {
     if (!stopped_)
         wizard_.report(Severity::error, element.mark(), std::move(text));
@@ -233,8 +237,7 @@ void ViewBuilder::applyPad(const ElementInput& input, UView& view, std::string_v
     if (!input.takesSizeOfContent())
         return;
     const CmRect& frame = view.getFrameRect();
-    const SizeFields grown{frame.left, frame.top,
-                           limitToInt32(int64_t{frame.width()} + sides[0] + sides[2]),
+    const SizeFields grown{frame.left, frame.top, limitToInt32(int64_t{frame.width()} + sides[0] + sides[2]),
                            limitToInt32(int64_t{frame.height()} + sides[1] + sides[3])};
     view.setFrame(grown.rect(), false);
 }

@@ -34,6 +34,7 @@ public:
     ViewBuilder(UIWizard& wizard, UIDescription& document);
     ViewBuilder(const ViewBuilder&) = delete;
     ViewBuilder& operator=(const ViewBuilder&) = delete;
+    ~ViewBuilder();
 
     /// A view with all that is in it. With `parentView`, that is filled and returned.
     Ref<UView> buildTemplate(const ViewElement& element, IController* controller, UView* parentView);

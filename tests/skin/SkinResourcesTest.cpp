@@ -199,6 +199,34 @@ TEST_F(SkinResourcesTest, HoldsNoMorePixelsThanADocumentMay) {
     EXPECT_TRUE(wizard().description()->findBitmap("copy1", false)) << "what is given up counts no more";
 }
 
+TEST_F(SkinResourcesTest, DecodesAFileOnceForAllPartsThatABuildCutsFromIt) {
+    std::string resources =
+        "</resources><templates><template name='t' size='0,0,9,9'/></templates><resources>";
+    for (const char* name : {"a", "b", "late"})
+        resources += "<section name='" + std::string(name) + "' path='images/strip.png' size='0,0,4,4'/>";
+    loadResources(resources);
+    ASSERT_TRUE(find("a"));
+    write("images/strip.png", "no picture");
+    EXPECT_TRUE(find("b")) << findings();
+    EXPECT_TRUE(wizard().createView("t", nullptr, nullptr));
+    EXPECT_FALSE(find("late")) << "held no longer than a build";
+}
+
+TEST_F(SkinResourcesTest, DecodesNoMorePixelsThanADocumentMay) {
+    write("images/huge.png", pngOf(*make<UBitmap>(CmSize{6000, 6000})));
+    std::string resources;
+    const auto nameOf = [](int i) { return "part" + std::to_string(i); };
+    for (int i = 1; i <= 9; ++i)
+        resources += "<section name='" + nameOf(i) + "' path='images/huge.png' size='0,0,1,1'/>";
+    loadResources(resources);
+    for (int i = 1; i <= 8; ++i)
+        EXPECT_TRUE(find(nameOf(i))) << i;
+    EXPECT_FALSE(find(nameOf(9))) << "too large to be kept, it is decoded each time";
+    EXPECT_EQ(findings(), "error: bitmap 'images/huge.png': the files of the document have more than 1024 MB "
+                          "of pixels, each counted as often as it is read\n");
+    EXPECT_TRUE(wizard().description()->findBitmap("part1", false)) << "asked for by the program";
+}
+
 TEST_F(SkinResourcesTest, ACopyOfARecordMakesItsOwnBitmap) {
     loadResources("<bitmap name='b' path='images/strip.png'/>");
     const UBitmap* first = find("b");
