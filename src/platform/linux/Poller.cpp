@@ -11,6 +11,9 @@ namespace qorl::platform {
 
 namespace {
 
+/// How long a wait is that nobody can end.
+constexpr int64_t blindWait = 100;
+
 short toPollEvents(uint16_t wanted) {
     return static_cast<short>((wanted & PollEntry::readable ? POLLIN : 0) |
                               (wanted & PollEntry::writable ? POLLOUT : 0));
@@ -32,10 +35,15 @@ Poller::~Poller() {
 }
 
 void Poller::wakeUp() {
-    eventfd_write(descriptor_, 1);
+    if (descriptor_ >= 0)
+        eventfd_write(descriptor_, 1);
+    else
+        isWoken_ = true;
 }
 
 bool Poller::takeWakeUp() {
+    if (descriptor_ < 0)
+        return isWoken_.exchange(false);
     eventfd_t count = 0;
     return eventfd_read(descriptor_, &count) == 0;
 }
@@ -47,6 +55,8 @@ bool Poller::wait(std::vector<PollEntry>& entries, int64_t milliseconds) {
         descriptors.push_back({static_cast<int>(entry.descriptor), toPollEvents(entry.wanted), 0});
     descriptors.push_back({descriptor_, POLLIN, 0});
 
+    if (descriptor_ < 0 && (milliseconds < 0 || milliseconds > blindWait || isWoken_))
+        milliseconds = isWoken_ ? 0 : blindWait;
     constexpr int64_t longest = std::numeric_limits<int>::max();
     const int timeout = milliseconds < 0 ? -1 : static_cast<int>(std::min(milliseconds, longest));
     // A signal ends the wait early; callers look at the clock anyway.
