@@ -7,7 +7,6 @@
 #include "foundation/threads/Ticks.h"
 #include "platform/DesktopServices.h"
 #include "platform/Platform.h"
-#include "platform/System.h"
 
 #include <algorithm>
 #include <atomic>
@@ -82,7 +81,7 @@ void EventLoop::flushEvents() {
     deliver();
 }
 
-EventLoop::Step EventLoop::step() try {
+EventLoop::Step EventLoop::step() {
     if (stopped_)
         return Step::ended;
     if (processEvent())
@@ -99,9 +98,6 @@ EventLoop::Step EventLoop::step() try {
         }
     }
     return wait(limit) ? Step::idle : Step::ended;
-} catch (const std::bad_alloc&) {
-    platform::debugOutput("no memory for what an event, a message or a change leads to");
-    return Step::event;
 }
 
 void EventLoop::run() {

@@ -65,7 +65,7 @@ public:
     void flushEvents();
 
     /// `processEvent`; if there was no event, runs the idle step when it is due and else waits for an event
-    /// or for that time. A std::bad_alloc of whom it calls ends what it led to, not the loop.
+    /// or for that time.
     Step step();
     /// Steps until `stop` is called. A loop that was stopped doesn't start again.
     void run();

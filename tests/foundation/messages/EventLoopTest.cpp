@@ -359,20 +359,6 @@ TEST_F(EventLoopTest, AnIdleStepThatThrewIsNotTheLastOne) {
     EXPECT_EQ(take(), (Log{"a:Idle", "a:Idle"}));
 }
 
-TEST_F(EventLoopTest, GoesOnBehindWhatFoundNoMemory) {
-    a.reaction = [&](FMessage& message) {
-        if (message.isNamed("Idle"))
-            loop->removeIdleClient(&a);
-        throw std::bad_alloc();
-    };
-    loop->addIdleClient(&a);
-    desktop->postCall([] { throw std::bad_alloc(); });
-    FMessenger::instance()->post(&a, "Posted");
-    FMessenger::instance()->post(&b, "Posted");
-    loop->run();
-    EXPECT_EQ(take(), (Log{"a:Posted", "b:Posted", "a:Idle"}));
-}
-
 TEST_F(EventLoopTest, TheNextLoopOwesNothingToTheOneBefore) {
     UTimer timer(&a, 5);
     timer.start();
