@@ -186,14 +186,14 @@ TEST_F(UBaseViewTest, FollowsItsOnlySubViewAndPassesItOn) {
 }
 
 TEST_F(UBaseViewTest, MayGoWhenItsSubViewHearsOfTheSizeThatItTakes) {
+    CallLog log;
+    LifecycleLog listener(log);
     Ref<UView> base = make<testing::Poisoned<UBaseView>>(CmRect{0, 0, 200, 100});
     const auto content = make<UView>(CmRect{0, 0, 200, 100});
     base->addSubView(content);
     UView& host = shell_.window();
     UView* leaving = base.get();
     host.addSubView(std::move(base));
-    CallLog log;
-    LifecycleLog listener(log);
     listener.during = [&](UView&, std::string_view notice) {
         if (notice == "sized")
             host.removeSubView(leaving);

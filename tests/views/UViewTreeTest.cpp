@@ -264,6 +264,7 @@ constexpr LeavingCase leavingCases[] = {
 };
 
 TEST_F(UViewTree, LetsAViewLeaveForGoodInAnswerToAnyNotice) {
+    UpdateHandler::instance();
     window_->attachTree();
     for (const LeavingCase& c : leavingCases) {
         SCOPED_TRACE(std::to_string(&c - leavingCases) + ": " + c.notice);

@@ -321,6 +321,8 @@ TEST(URowColumn, MayGoWithWhatIsSizedByIt) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
+        CallLog log;
+        LifecycleLog listener(log);
         HeadlessShell shell;
         const Ref<UView> child = make<UView>(CmRect{0, 0, 30, 10});
         Ref<URowColumn> made = make<testing::Poisoned<URowColumn>>(CmRect{0, 0, 30, 10}, c.style);
@@ -330,8 +332,6 @@ TEST(URowColumn, MayGoWithWhatIsSizedByIt) {
         panel->addSubView(std::move(made));
         shell.window().addSubView(std::move(panel));
         row->addSubView(child);
-        CallLog log;
-        LifecycleLog listener(log);
         (c.hearsPanel ? leaving : *child).addLifecycleListener(&listener);
         listener.during = [&](UView&, std::string_view notice) {
             if (notice == "sized")
