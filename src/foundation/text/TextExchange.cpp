@@ -9,6 +9,12 @@ TextExchange::TextExchange(const ConstString& text) {
         throw std::bad_alloc();
 }
 
+TextExchange& TextExchange::operator=(const TextExchange& other) {
+    if (this != &other && !string_.assign(other.string_))
+        throw std::bad_alloc();
+    return *this;
+}
+
 void TextExchange::set8(const char* text) {
     string_.assign8(text);
 }

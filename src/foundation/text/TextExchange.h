@@ -28,7 +28,8 @@ protected:
     explicit TextExchange(const ConstString& text);
     explicit TextExchange(String&& text) noexcept : string_(std::move(text)) {}
     TextExchange(const TextExchange& other) : TextExchange(other.string_) {}
-    TextExchange& operator=(const TextExchange&) = default;
+    /// The same; the text stays as it was then.
+    TextExchange& operator=(const TextExchange& other);
     ~TextExchange() = default;
 
     String string_;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits>
 #include <memory>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -29,8 +30,10 @@ FileKind toKind(mode_t mode) {
     return S_ISDIR(mode) ? FileKind::folder : FileKind::other;
 }
 
+/// Some file systems keep any number of seconds.
 int64_t toMilliseconds(const statx_timestamp& time) {
-    return time.tv_sec * 1000 + time.tv_nsec / 1'000'000;
+    constexpr int64_t farthest = std::numeric_limits<int64_t>::max() / 1000 - 1;
+    return std::clamp<int64_t>(time.tv_sec, -farthest, farthest) * 1000 + time.tv_nsec / 1'000'000;
 }
 
 constexpr mode_t ownerRights = 0600;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <sstream>
 #include <string_view>
 #include <strings.h>
@@ -148,13 +149,18 @@ VolumeKind kindOf(const Mount& mount) {
     return row->kind == VolumeKind::fixed && isRemovableDevice(mount) ? VolumeKind::removable : row->kind;
 }
 
+/// The sizes of a volume are what its driver says.
+int64_t bytesOf(uint64_t blocks, uint64_t unit) {
+    int64_t bytes = 0;
+    return __builtin_mul_overflow(blocks, unit, &bytes) ? std::numeric_limits<int64_t>::max() : bytes;
+}
+
 FileError fillSizes(const std::string& path, VolumeInfo& info) {
     struct statvfs status = {};
     if (statvfs(path.c_str(), &status) != 0)
         return lastFileError();
-    const auto unit = static_cast<int64_t>(status.f_frsize);
-    info.freeBytes = static_cast<int64_t>(status.f_bavail) * unit;
-    info.totalBytes = static_cast<int64_t>(status.f_blocks) * unit;
+    info.freeBytes = bytesOf(status.f_bavail, status.f_frsize);
+    info.totalBytes = bytesOf(status.f_blocks, status.f_frsize);
     info.isReadOnly = status.f_flag & ST_RDONLY;
     return {};
 }

@@ -134,16 +134,23 @@ TEST(String, GivesAnEmptyTextWhenThereIsNoMemoryForTheOtherWidth) {
     });
 }
 
-TEST(CmString, IsRestoredWholeOrNotAtAll) {
-    failEachAllocation([](FailingAllocation& memory) {
-        const CmString text("a text that is stored");
+TEST(CmString, IsRestoredAndAssignedWholeOrNotAtAll) {
+    const auto expectWhole = [](void (*give)(CmString & target, const CmString& text)) {
+        failEachAllocation([give](FailingAllocation& memory) {
+            const CmString text("a text that is stored");
+            CmString target(u"old");
+            const bool isGiven = memory.completes([&] { give(target, text); });
+            EXPECT_NE(isGiven, memory.hasFailed());
+            EXPECT_EQ(shown(target.string()),
+                      memory.hasFailed() ? "old wide" : "a text that is stored narrow");
+        });
+    };
+    expectWhole([](CmString& target, const CmString& text) {
         FAttributes attributes;
         attributes.setString("s", text);
-        CmString restored(u"old");
-        const bool isRestored = memory.completes([&] { restored.restoreAttributes(&attributes); });
-        EXPECT_EQ(isRestored, !memory.hasFailed());
-        EXPECT_EQ(shown(restored.string()), memory.hasFailed() ? "old wide" : "a text that is stored narrow");
+        target.restoreAttributes(&attributes);
     });
+    expectWhole([](CmString& target, const CmString& text) { target = text; });
 }
 
 TEST(CmTokens, GoesOnWithTheTokenThatMemoryDidNotReachFor) {
