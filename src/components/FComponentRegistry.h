@@ -39,7 +39,8 @@ public:
     FComponentRegistry(const FComponentRegistry&) = delete;
 
     /// Reads from the settings whether the component is available, tells listeners and dependents, and enters
-    /// it only then. Throws std::bad_alloc; nothing is told or entered then.
+    /// it only then. Throws std::bad_alloc: for want of room before anybody is told, and what a listener
+    /// throws; it isn't entered then.
     void addComponent(Ref<FComponentDescription> description);
     /// An unknown id changes nothing.
     void removeComponent(const FUID& id);

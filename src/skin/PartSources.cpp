@@ -16,6 +16,8 @@ Ref<UBitmap> PartSources::find(std::string_view file) {
 }
 
 void PartSources::keep(std::string file, Ref<UBitmap> bitmap) {
+    if (users_ == 0)
+        return;
     held_.emplace_back(std::move(file), std::move(bitmap));
     while (bytes() > SkinLimits::partSourceBytes)
         held_.erase(held_.begin());

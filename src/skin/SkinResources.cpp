@@ -119,7 +119,8 @@ Ref<UBitmap> UIDescription::loadBitmapFile(const ResourceElement& element, std::
     exists = fileSystem->exists(file);
     if (!exists)
         return nullptr;
-    const bool isForParts = element.isOfType(SkinType::section);
+    // One that shares its pixels has its own ones.
+    const bool isForParts = element.isOfType(SkinType::section) && !isReference(element);
     if (Ref<UBitmap> known = isForParts ? partSources_.find(inside) : nullptr)
         return known;
     const Ref<FStream> stream = fileSystem->openFile(file, FFileStream::readAccess | FFileStream::shareRead);
@@ -293,6 +294,7 @@ UCursor* UIDescription::cursorOf(ResourceElement& element) {
 void UIDescription::preloadResources() {
     if (std::exchange(resourcesLoaded_, true))
         return;
+    const PartSources::Use use(partSources_);
     std::vector<ResourceElement*> temporary;
     if (SkinElement* resources = peekSection(Section::resources))
         for (SkinElement* child : resources->children()) {
@@ -309,7 +311,6 @@ void UIDescription::preloadResources() {
         }
     for (ResourceElement* element : temporary)
         bitmapBytesLeft_ += element->releaseObject();
-    partSources_.clear();
     if (SkinElement* preview = findIn(Section::header, "Preview-Bitmap", SkinType::bitmap))
         bitmapOf(static_cast<ResourceElement&>(*preview));
 }

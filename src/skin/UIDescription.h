@@ -98,8 +98,7 @@ public:
     void applyScheme(UScheme* scheme);
     /// Once for a document: makes all resources.
     void preloadResources();
-    /// Lets go of what is held to cut further sections from, at the end of a build.
-    void forgetPartSources() { partSources_.clear(); }
+    PartSources& partSources() { return partSources_; }
     /// Evaluates the size expressions of all templates and custom settings. `conditions` decides which
     /// variants count meanwhile; null makes all of them count. False, with an error among the diagnostics,
     /// when they cost too much.

@@ -38,12 +38,8 @@ ViewBuilder::Depth::Depth(ViewBuilder& builder, const SkinElement& element) : bu
 }
 
 ViewBuilder::ViewBuilder(UIWizard& wizard, UIDescription& document)
-    : wizard_(wizard), document_(document), stepsLeft_(SkinLimits::buildSteps),
-      viewsLeft_(SkinLimits::builtViews) {}
-
-ViewBuilder::~ViewBuilder() {
-    document_.forgetPartSources();
-}
+    : wizard_(wizard), document_(document), partSources_(document.partSources()),
+      stepsLeft_(SkinLimits::buildSteps), viewsLeft_(SkinLimits::builtViews) {}
 
 void ViewBuilder::stop(const SkinElement& element, std::string text) {
     if (!stopped_)

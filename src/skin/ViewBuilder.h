@@ -3,6 +3,7 @@
 #include "foundation/text/String.h"
 #include "graphics/UFont.h"
 #include "skin/IController.h"
+#include "skin/PartSources.h"
 #include "skin/SkinLimits.h"
 #include "skin/UIWizard.h"
 #include "skin/ViewElement.h"
@@ -34,7 +35,6 @@ public:
     ViewBuilder(UIWizard& wizard, UIDescription& document);
     ViewBuilder(const ViewBuilder&) = delete;
     ViewBuilder& operator=(const ViewBuilder&) = delete;
-    ~ViewBuilder();
 
     /// A view with all that is in it. With `parentView`, that is filled and returned.
     Ref<UView> buildTemplate(const ViewElement& element, IController* controller, UView* parentView);
@@ -130,6 +130,7 @@ private:
 
     UIWizard& wizard_;
     UIDescription& document_;
+    PartSources::Use partSources_;
     std::vector<UFont> fonts_;
     /// Of the face lists of `font` elements; both lie in the document.
     std::unordered_map<std::string_view, std::optional<std::string_view>> faces_;

@@ -187,8 +187,12 @@ void UpdateHandler::leave(Notification& record) {
         *link = record.outer;
         record.isRunning = false;
         // Off the stack it would go with the last reference of another thread, before its `updateDone`.
-        if (record.isToHold && record.own && !record.holdsObject)
+        if (record.isToHold && record.own && !record.holdsObject) {
             record.holdsObject = record.own->addRefUnlessGone();
+            // That thread waits for the lock to end it.
+            if (!record.holdsObject)
+                record.own = nullptr;
+        }
         detail::notificationsUnderWay.store(detail::notificationsUnderWay.load(std::memory_order_relaxed) - 1,
                                             std::memory_order_release);
         if (isWaiting_.load(std::memory_order_relaxed)) {

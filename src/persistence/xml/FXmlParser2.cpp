@@ -189,11 +189,11 @@ bool FXmlParser2::endBehindDocument(IBStream* stream) {
     if (failed_ || XML_GetErrorCode(parser_) != XML_ERROR_JUNK_AFTER_DOC_ELEMENT)
         return false;
     const int64_t way = byteOffset() - bytesRead_;
-    int64_t here = 0;
+    int64_t here = -1;
     int64_t there = 0;
+    const bool tells = stream->tell(&here) == Result::ok && here >= 0;
     // One that only runs forward stays where it is, and calls that its place.
-    if (stream->tell(&here) == Result::ok && stream->seek(way, IBStream::fromHere, &there) == Result::ok &&
-        there == here + way)
+    if (stream->seek(way, IBStream::fromHere, &there) == Result::ok && (!tells || there == here + way))
         return true;
     return fail("something follows the document, and the stream can't go back in front of it");
 }
