@@ -478,7 +478,7 @@ void FMountTable::unmountAll() {
 bool FMountTable::pathInside(const FUrl& mounted, const FPath& path, std::string& inside) try {
     const std::string file = mountKey(mounted);
     const std::string key = mountKey(FUrl(path));
-    if (file.empty() || !key.starts_with(file) || (key.size() > file.size() && key[file.size()] != '/'))
+    if (file.empty() || !isAtOrBelow(key, file))
         return false;
     std::string names;
     for (size_t from = file.size() + 1; from < key.size();) {
