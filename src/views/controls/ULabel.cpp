@@ -15,14 +15,12 @@ ULabel::~ULabel() = default;
 void ULabel::setTitle(const ConstString& title) {
     UView::setTitle(title);
     invalidateAll();
-    // At the end: who hears of the new size may take the label away.
     applyAutoSize();
 }
 
 void ULabel::setFont(const UFont& font) {
     font_ = std::make_unique<UFont>(font);
     invalidateAll();
-    // At the end: who hears of the new size may take the label away.
     applyAutoSize();
 }
 

@@ -27,7 +27,8 @@ public:
     void setFont(const UFont& font);
     /// A word of `TextJust`.
     uint32_t getJust() const { return just_; }
-    /// Takes the size that the style asks for; done by whoever built the label once its font is set.
+    /// Takes the size that the style asks for; done by whoever built the label once its font is set. Goes
+    /// last: who hears of the new size may take the label away.
     void applyAutoSize();
 
 protected:
