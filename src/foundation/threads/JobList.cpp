@@ -1,12 +1,6 @@
 #include "foundation/threads/JobList.h"
 
-#include <new>
-
 namespace qorl {
-
-void runJob(Job& job, int64_t argument) try { job.run(argument); } catch (const std::bad_alloc&) {
-    // Nobody on the thread can do more, and the next job may find some.
-}
 
 void JobList::insert(JobRecord* record, JobRecord* before) {
     record->next = before;

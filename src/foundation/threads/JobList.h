@@ -15,9 +15,6 @@ struct JobRecord {
     JobRecord* previous = nullptr;
 };
 
-/// Runs a job without a lock held.
-void runJob(Job& job, int64_t argument);
-
 /// Job records in their order, linked through themselves, so that nothing but the record is allocated for a
 /// job. It neither counts nor deletes what it holds.
 class JobList {

@@ -30,6 +30,10 @@ public:
     virtual void cancel(bool isFinal) = 0;
 };
 
+/// Runs a job. The lack of memory that it lets out ends here, with a line in the debug output: nobody on the
+/// thread can do more, and the next job may find some.
+void runJob(Job& job, int64_t argument);
+
 /// How work is given to a thread that runs jobs one after another, of whatever kind.
 ///
 /// All operations may be called from any thread, `stop` not from the one that runs the jobs.

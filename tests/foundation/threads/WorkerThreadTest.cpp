@@ -2,6 +2,7 @@
 
 #include "ProbeJob.h"
 #include "foundation/threads/PreferWorkerThread.h"
+#include "support/DebugOutput.h"
 #include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
@@ -252,6 +253,7 @@ TEST(WorkerThread, GoesOnBehindAJobThatFoundNoMemory) {
         using ProbeJob::ProbeJob;
         void run(int64_t) override { throw std::bad_alloc(); }
     };
+    const DebugOutput said;
     ThreadLog log;
     Starving a("a", log);
     ProbeJob b("b", log);
@@ -263,6 +265,7 @@ TEST(WorkerThread, GoesOnBehindAJobThatFoundNoMemory) {
         queue->stop();
     }
     EXPECT_EQ(log.text(), "release a, run b2, release b, release a, run b2, release b");
+    EXPECT_EQ(said.text, "a job ended: no memory\na job ended: no memory\n");
 }
 
 TEST(WorkerThread, KnowsTheFirstOneWhileItStands) {
