@@ -10,9 +10,8 @@ ApplicationInfo info;
 constinit bool isFilled = false;
 
 void fill(String& field, const ConstString& text) {
-    if (!field.assign(text))
+    if (!field.assign(text) || !field.toWide())
         throw std::bad_alloc();
-    field.toWide();
 }
 
 } // namespace
