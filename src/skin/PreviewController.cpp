@@ -17,6 +17,10 @@ constexpr int32_t previewMaximum = 100;
 constexpr size_t longestName = 256;
 constexpr int32_t mostControllers = 10'000;
 
+bool isTooLong(std::string_view wholeName) {
+    return wholeName.size() > longestName;
+}
+
 std::string_view stripped(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     const size_t first = text.find_first_not_of(blanks);
@@ -70,6 +74,11 @@ bool PreviewController::readLine(std::string_view line, std::string& fault) {
         fault = "expected NAME = NUMBER, NAME = NUMBER in MIN..MAX or NAME = \"TEXT\"";
         return false;
     }
+    if (isTooLong(name)) {
+        fault = "a name of " + std::to_string(name.size()) + " bytes; expected at most " +
+                std::to_string(longestName);
+        return false;
+    }
     const std::string_view value = stripped(line.substr(equals + 1));
     if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
         shared_->values[name] = make<Binding::StringValue>(ConstString(value.substr(1, value.size() - 2)));
@@ -114,7 +123,10 @@ bool PreviewController::setValue(std::string_view name, std::string_view text) {
     const bool isNumber = parseWholeNumber(text, number);
     Binding::Value* value = findValue(name);
     if (!value && !isNumber) {
-        shared_->values[prefix_ + std::string(name)] = make<Binding::StringValue>(ConstString(text));
+        const std::string whole = prefix_ + std::string(name);
+        if (isTooLong(whole))
+            return false;
+        shared_->values[whole] = make<Binding::StringValue>(ConstString(text));
         return true;
     }
     if (!value)
@@ -136,7 +148,7 @@ Binding::Value* PreviewController::findValue(std::string_view name) const {
 
 Binding::Value* PreviewController::getValue(const char* name) {
     const std::string whole = prefix_ + name;
-    if (whole.size() > longestName)
+    if (isTooLong(whole))
         return nullptr;
     Ref<Binding::Value>& value = shared_->values[whole];
     if (!value)
@@ -148,7 +160,7 @@ IController* PreviewController::getSubController(const char* name) {
     if (const auto found = subControllers_.find(std::string_view(name)); found != subControllers_.end())
         return found->second.get();
     std::string inside = prefix_ + name + "/";
-    if (inside.size() > longestName || shared_->controllersLeft == 0)
+    if (isTooLong(inside) || shared_->controllersLeft == 0)
         return nullptr;
     auto controller = Ref<PreviewController>::adopt(new PreviewController(shared_, std::move(inside)));
     --shared_->controllersLeft;

@@ -23,7 +23,9 @@ TEST(PreviewController, ReadsValuesAndTellsFaultsByLine) {
     auto preview = make<PreviewController>();
     DiagnosticList faults;
     EXPECT_FALSE(preview->readValues("# levels\ngain = -3 in -20..20\n\nname=\"Main = out\"\r\neq/low = 40\n"
-                                     "broken\nloud = very\nfar = 5 in 9..1\nover = 101\n= 5\n",
+                                     "broken\nloud = very\nfar = 5 in 9..1\nover = 101\n= 5\n" +
+                                         std::string(257, 'v') + " = 5\n" + std::string(257, 'v') +
+                                         " = \"five\"\n",
                                      "values.txt", faults));
     EXPECT_EQ(preview->findValue("gain")->getValue(), -3);
     EXPECT_EQ(preview->findValue("gain")->getMin(), -20);
@@ -33,7 +35,9 @@ TEST(PreviewController, ReadsValuesAndTellsFaultsByLine) {
     std::string lines;
     for (const Diagnostic& fault : faults.all())
         lines += toText(fault.position) + " ";
-    EXPECT_EQ(lines, "values.txt:6:1 values.txt:7:1 values.txt:8:1 values.txt:9:1 values.txt:10:1 ");
+    EXPECT_EQ(lines, "values.txt:6:1 values.txt:7:1 values.txt:8:1 values.txt:9:1 values.txt:10:1 "
+                     "values.txt:11:1 values.txt:12:1 ");
+    EXPECT_EQ(faults.all().back().text, "a name of 257 bytes; expected at most 256");
 }
 
 TEST(PreviewController, TakesNumbersAndTexts) {
@@ -56,7 +60,9 @@ TEST(PreviewController, MakesNoControllersAndValuesWithoutEnd) {
     EXPECT_EQ(depth, 129) << "as deep as a name of 256 bytes";
     EXPECT_FALSE(preview->getValue(std::string(257, 'v').c_str()));
     EXPECT_FALSE(preview->setValue(std::string(257, 'v'), "3"));
+    EXPECT_FALSE(preview->setValue(std::string(257, 'v'), "three"));
     EXPECT_TRUE(preview->setValue(std::string(256, 'v'), "3"));
+    EXPECT_TRUE(preview->setValue(std::string(256, 't'), "three"));
     int32_t count = 0;
     while (count < 20'000 && preview->getSubController(std::to_string(count).c_str()))
         ++count;
