@@ -82,11 +82,15 @@ const ClassRecord* ClassFactory::findById(const InterfaceId& id) const {
     return nullptr;
 }
 
-Ref<FInterface> ClassFactory::createByName(const char* name) const {
-    if (const ClassRecord* record = findByName(name))
-        return createFrom(record);
+const ClassRecord* ClassFactory::find(const char* nameOrId) const {
+    if (const ClassRecord* record = findByName(nameOrId))
+        return record;
     FUID id;
-    return id.fromPlainString(name) && id.isValid() ? createById(id) : nullptr;
+    return id.fromPlainString(nameOrId) && id.isValid() ? findById(id) : nullptr;
+}
+
+Ref<FInterface> ClassFactory::createByName(const char* name) const {
+    return createFrom(find(name));
 }
 
 Ref<FInterface> ClassFactory::createById(const InterfaceId& id) const {

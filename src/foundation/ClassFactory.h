@@ -36,8 +36,10 @@ public:
     /// By exact bytes. Null when there is none.
     const ClassRecord* findByName(const char* name) const;
     const ClassRecord* findById(const InterfaceId& id) const;
+    /// By name, or by the 32 digits of a class id.
+    const ClassRecord* find(const char* nameOrId) const;
 
-    /// A new object of the class, or null. A name without a record may be the 32 digits of a class id.
+    /// A new object of the class that `find` finds, or null.
     Ref<FInterface> createByName(const char* name) const;
     Ref<FInterface> createById(const InterfaceId& id) const;
 

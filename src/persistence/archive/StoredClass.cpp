@@ -66,10 +66,10 @@ bool StoredClass::is(const ClassRecord* record) const {
            (record_ == record || areSame(record_->persistentName(), record->persistentName()));
 }
 
-Ref<CmObject> StoredClass::create() const {
-    if (!record_ || !record_->create())
+Ref<CmObject> StoredClass::createFrom(const ClassRecord& record) {
+    if (!record.create())
         return nullptr;
-    auto made = Ref<FInterface>::adopt(record_->create()());
+    auto made = Ref<FInterface>::adopt(record.create()());
     if (!made)
         throw std::bad_alloc();
     CmObject* object = castToCmObject(made.get());

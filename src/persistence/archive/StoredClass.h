@@ -23,6 +23,8 @@ constexpr int32_t classBit = INT32_MIN; ///< Set in the number or place of a cla
 /// A class as it stands in an archive: its name and the version that it had.
 class StoredClass {
 public:
+    /// A new object; null when the class makes none or no object of ours. Throws `std::bad_alloc`.
+    static Ref<CmObject> createFrom(const ClassRecord& record);
     /// The registered class of this name, or null.
     static const ClassRecord* find(const char* className);
     /// The last entry with this record, or null.
@@ -41,8 +43,8 @@ public:
     const char* name() const;
     /// Under either of its names, if a class has two. False for null.
     bool is(const ClassRecord* record) const;
-    /// A new object; null when the class makes none or no object of ours. Throws `std::bad_alloc`.
-    Ref<CmObject> create() const;
+    /// The same for this class; null when nobody has registered it.
+    Ref<CmObject> create() const { return record_ ? createFrom(*record_) : nullptr; }
 
 private:
     const ClassRecord* record_ = nullptr;

@@ -3,6 +3,7 @@
 #include "foundation/Cast.h"
 #include "foundation/ClassFactory.h"
 #include "persistence/archive/FObjectArchive.h"
+#include "persistence/archive/StoredClass.h"
 #include "persistence/attributes/AttributesWalk.h"
 #include "persistence/attributes/FAttrList.h"
 
@@ -106,12 +107,8 @@ CmObject* FXmlInstance::getObject() {
         return nullptr;
     }
     auto* factory = ClassFactory::instance();
-    const ClassRecord* record = factory ? factory->findByName(className_.text8()) : nullptr;
-    const Ref<FInterface> created = factory ? factory->createByName(className_.text8()) : nullptr;
-    // A factory gives nothing only without memory, and null would be taken for a part that there is none of.
-    if (!created && record && record->create())
-        throw std::bad_alloc();
-    const Ref<CmObject> object = retain(castToCmObject(created.get()));
+    const ClassRecord* record = factory ? factory->find(className_.text8()) : nullptr;
+    const Ref<CmObject> object = record ? StoredClass::createFrom(*record) : nullptr;
     if (!object) {
         // It is stored again as it is: its class may be there in the next run.
         isClassMissing_ = !record;

@@ -25,8 +25,8 @@ public:
     uint32_t hashCode(uint32_t size) const override;
 
     /// The live object, created now if it wasn't before; null when its class is unknown or it could not be
-    /// restored, neither of which is tried again, and when its class gave none, which is. The global error
-    /// sink hears which class it was. Throws std::bad_alloc where there is no memory to make or restore
+    /// restored, neither of which is tried again, and when its class can't be created, which is. The global
+    /// error sink hears which class it was. Throws std::bad_alloc where there is no memory to make or restore
     /// it; it is then as it was. The caller gets no reference.
     virtual CmObject* getObject() = 0;
     /// The stored form; null once it was given to an object, whether that took it or not.

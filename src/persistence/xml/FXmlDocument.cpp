@@ -116,11 +116,4 @@ bool FXmlDocument::restoreAttributes(std::string_view tag, FAttributes& attribut
 } catch (const std::bad_alloc&) {
     return fail(noMemoryText);
 }
-
-Ref<CmObject> FXmlDocument::getObject(std::string_view name, const char* className) const try {
-    return objects_->getObject(name, className);
-} catch (const std::bad_alloc&) {
-    return nullptr;
-}
-
 } // namespace qorl

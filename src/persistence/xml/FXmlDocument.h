@@ -19,8 +19,8 @@ namespace qorl {
 /// unchanged where a class is missing. Texts of any length read back as they were written; keys have at most
 /// `FXmlParser::maxValueLength` bytes, and elements are nested at most `FXmlParser::maxDepth` deep.
 ///
-/// Every operation gives false without memory. A document that is damaged gives false, too; what was read
-/// before the damage stays. Threading: one thread at a time.
+/// Without memory, what gives true or false gives false. A document that is damaged gives false, too; what
+/// was read before the damage stays. Threading: one thread at a time.
 class FXmlDocument {
 public:
     enum class Mode : bool { read, write };
@@ -54,8 +54,10 @@ public:
     virtual bool restoreAttributes(std::string_view tag, FAttributes& attributes);
 
     /// A root object, created now if it wasn't before. Null when there is none of that name, when its class
-    /// is unknown or another than `className`.
-    Ref<CmObject> getObject(std::string_view name, const char* className = nullptr) const;
+    /// is unknown or another than `className`. Throws std::bad_alloc, and may be asked again then.
+    Ref<CmObject> getObject(std::string_view name, const char* className = nullptr) const {
+        return objects_->getObject(name, className);
+    }
 
     /// What failed last: "LINE:COLUMN: reason" of a document that was read, else a reason alone.
     const std::string& errorText() const { return errorText_; }
