@@ -81,12 +81,11 @@ void BoundValueFace::getValueTextSized(char16_t* buffer, int32_t& size) {
         copyText(text, buffer, size);
 }
 
-void BoundValueFace::setValueText(const char16_t* text) try {
-    if (self().parseByFormatter(text))
-        return;
-    setValueAndPerform(ConstString(text) == translate("On") ? 1 : 0);
-} catch (const std::bad_alloc&) {
-    // The value stays as it is.
+void BoundValueFace::setValueText(const char16_t* text) {
+    guarded([&] {
+        if (!self().parseByFormatter(text))
+            setValueAndPerform(ConstString(text) == translate("On") ? 1 : 0);
+    });
 }
 
 void BoundValueFace::setValueTextQuiet(const char16_t* text, bool notifyTarget) {
@@ -102,16 +101,16 @@ void BoundValueFace::setValueTextQuiet(const char16_t* text, bool notifyTarget) 
 }
 
 void BoundValueFace::setValueAndPerform(int32_t value) {
-    const auto keptAlive = retain(&self());
-    self().setValue(value);
-    self().performUpdate();
+    BoundValueFace::setValueMaybePerform(value, true);
 }
 
 void BoundValueFace::setValueMaybePerform(int32_t value, bool perform) {
     const auto keptAlive = retain(&self());
-    self().setValue(value);
-    if (perform)
-        self().performUpdate();
+    guarded([&] {
+        self().setValue(value);
+        if (perform)
+            self().performUpdate();
+    });
 }
 
 void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) try {
@@ -130,7 +129,7 @@ void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) try {
 
 void FormatHostFace::setFormatter(IValueFormatter* formatter) {
     formatter_ = retain(formatter);
-    static_cast<Value*>(this)->changed(valueChanged);
+    guarded([this] { static_cast<Value*>(this)->changed(valueChanged); });
 }
 
 int32_t BoundValueFace::getTag() {
@@ -141,27 +140,27 @@ void BoundValueFace::setEnabled(bool enabled) {
     if (isEnabled() == enabled)
         return;
     self().setFlag(Value::enabled, enabled);
-    self().changed(valueChanged);
+    guarded([this] { self().changed(valueChanged); });
 }
 
 bool BoundValueFace::isEnabled() {
     return self().has(Value::enabled);
 }
 
-void BoundValueFace::setEditBracket(bool begin) try {
-    if (begin)
-        self().beginEdit();
-    else
-        self().endEdit(true);
-} catch (const std::bad_alloc&) {
-    // The bracket stands, and the target may not have heard of it.
+void BoundValueFace::setEditBracket(bool begin) {
+    guarded([&] {
+        if (begin)
+            self().beginEdit();
+        else
+            self().endEdit(true);
+    });
 }
 
 float BoundValueFace::getValueFloat() {
     return self().getFloat();
 }
 void BoundValueFace::setValueFloat(float value) {
-    self().setValue(truncateToInt(value));
+    guarded([&] { self().setValue(truncateToInt(value)); });
 }
 float BoundValueFace::getMinFloat() {
     return static_cast<float>(getMin());
@@ -184,9 +183,11 @@ float BoundValueFace::getNormalized() {
 
 void BoundValueFace::setNormalizedMaybePerform(float normalized, bool perform) {
     const auto keptAlive = retain(&self());
-    self().setNormalized(normalized);
-    if (perform)
-        self().performUpdate();
+    guarded([&] {
+        self().setNormalized(normalized);
+        if (perform)
+            self().performUpdate();
+    });
 }
 
 CmObject* BoundValueFace::getTarget() {
@@ -200,10 +201,10 @@ bool BoundValueFace::resetToDefault() {
     const auto keptAlive = retain(&self());
     const bool bracket = self().isPerformOnEdit();
     if (bracket)
-        self().beginEdit();
+        setEditBracket(true);
     setValueAndPerform(value);
     if (bracket)
-        self().endEdit(true);
+        setEditBracket(false);
     return true;
 }
 

@@ -244,10 +244,10 @@ void Value::toggle() {
     const auto keptAlive = retain(this);
     const bool bracket = isPerformOnEdit();
     if (bracket)
-        beginEdit();
+        setEditBracket(true);
     setValueAndPerform(getValue() ? 0 : 1);
     if (bracket)
-        endEdit(true);
+        setEditBracket(false);
 }
 
 bool Value::getDefault(int32_t&) {
