@@ -119,6 +119,8 @@ class Drive(InTemporaryFolder):
                 '<slider name="ramp" id="ramp" style="horizontal|ramp" size="0,60,200,20"/>'
                 '<button name="b" id="b" titleNT="Go" size="0,30,60,22"/></template>')
 
+    ENDLESS = "v" * 257
+
     def drive(self, script, status=0):
         """What is told of the faults of a script that ends with this status."""
         return self.told_by(status, "drive", self.write("skin.xml", self.SKIN), "T", "--script", "-", stdin=script)
@@ -135,6 +137,9 @@ class Drive(InTemporaryFolder):
             "click nobody\n": '-:1:1: error: click nobody: there is no view with the id or name "nobody"\n',
             "press b\n": '-:1:1: error: press b: the mouse is still held and nothing else comes; '
                          'is a "release" missing?\n',
+            f"set {self.ENDLESS} 5\n": f'-:1:1: error: set {self.ENDLESS} 5: no value of that name takes it\n',
+            f"expect value {self.ENDLESS} == 5\n": f'-:1:1: error: expect value {self.ENDLESS} == 5: '
+                                                    'there can be no value of that name\n',
         }
         for script, message in cases.items():
             with self.subTest(script=script):
@@ -568,6 +573,10 @@ class Values(InTemporaryFolder):
     def test_faults_of_a_file_have_their_line(self):
         self.assertIn("values.txt:2:1: error: 'very' is neither a number nor a text in quotes",
                       self.told_by(1, *self.tree("gain = 5\nloud = very\n")))
+
+    def test_a_setting_that_no_value_takes_is_told(self):
+        self.assertEqual('qorl: no value takes "gain=loud"\n',
+                         self.told_by(1, *self.tree("gain = 5\n"), "--set", "gain=loud"))
 
 
 class BadInput(InTemporaryFolder):

@@ -174,14 +174,18 @@ void Driver::wait(const DriveStep& step) {
 }
 
 void Driver::set(const DriveStep& step) {
-    session_.setValue(step.name, step.text);
+    if (!session_.setValue(step.name, step.text))
+        return fail(step, "no value of that name takes it");
     // The change is told before the next step looks at it.
     desktop_.postCall([] {});
     posted_ = true;
 }
 
 void Driver::expectValue(const DriveStep& step) {
-    const double found = session_.value(step.name).bound()->getValueFloat();
+    Binding::Value* value = session_.value(step.name);
+    if (!value)
+        return fail(step, "there can be no value of that name");
+    const double found = value->bound()->getValueFloat();
     if (found != step.amount)
         fail(step, "expected " + numberText(step.amount) + ", found " + numberText(found));
 }

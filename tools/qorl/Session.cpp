@@ -154,7 +154,9 @@ int Session::open(const std::string& templateName) {
     window_->show();
     for (const std::string& setting : settings_) {
         const size_t equals = setting.find('=');
-        setValue(std::string_view(setting).substr(0, equals), std::string_view(setting).substr(equals + 1));
+        if (!setValue(std::string_view(setting).substr(0, equals),
+                      std::string_view(setting).substr(equals + 1)))
+            return complain(ExitStatus::badInput, "no value takes \"" + setting + '"');
     }
     settle();
     return ExitStatus::success;
@@ -193,21 +195,21 @@ UView* Session::findView(std::string_view idOrName) {
         viewsWhere([&](const UView* view) { return view->getItem().name() == idOrName; }));
 }
 
-Binding::Value& Session::value(std::string_view name) {
+Binding::Value* Session::value(std::string_view name) {
     if (const ValueRegistry* registry = ValueRegistry::peek())
         if (Binding::Value* defined = registry->find(name, controller_.get()))
-            return *defined;
-    return *controller_->getValue(std::string(name).c_str());
+            return defined;
+    return controller_->getValue(std::string(name).c_str());
 }
 
-void Session::setValue(std::string_view name, std::string_view text) {
+bool Session::setValue(std::string_view name, std::string_view text) {
     const ValueRegistry* registry = ValueRegistry::peek();
-    if (!registry || !registry->find(name, controller_.get())) {
-        controller_->setValue(name, text);
-        return;
-    }
+    Binding::Value* defined = registry ? registry->find(name, controller_.get()) : nullptr;
+    if (!defined)
+        return controller_->setValue(name, text);
     const String wide(text);
-    value(name).bound()->setValueText(wide.text16());
+    defined->bound()->setValueText(wide.text16());
+    return true;
 }
 
 int Session::savePicture(const std::string& path) {

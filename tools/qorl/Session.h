@@ -67,10 +67,10 @@ public:
 
     /// The view with that id, else with that name, else null.
     UView* findView(std::string_view idOrName);
-    /// By name, made up if need be.
-    Binding::Value& value(std::string_view name);
-    /// As a user would type it; a text value takes it as it is.
-    void setValue(std::string_view name, std::string_view text);
+    /// By name, made up if need be; null when there can be none of that name.
+    Binding::Value* value(std::string_view name);
+    /// As a user would type it; a text value takes it as it is. False when no value of that name takes it.
+    bool setValue(std::string_view name, std::string_view text);
     /// Saves the picture of the window. An exit status; a fault has been told.
     int savePicture(const std::string& path);
 
