@@ -66,6 +66,10 @@ bool StoredClass::is(const ClassRecord* record) const {
            (record_ == record || areSame(record_->persistentName(), record->persistentName()));
 }
 
+Ref<CmObject> StoredClass::create() const {
+    return record_ ? createFrom(*record_) : nullptr;
+}
+
 Ref<CmObject> StoredClass::createFrom(const ClassRecord& record) {
     if (!record.create())
         return nullptr;

@@ -44,7 +44,7 @@ public:
     /// Under either of its names, if a class has two. False for null.
     bool is(const ClassRecord* record) const;
     /// The same for this class; null when nobody has registered it.
-    Ref<CmObject> create() const { return record_ ? createFrom(*record_) : nullptr; }
+    Ref<CmObject> create() const;
 
 private:
     const ClassRecord* record_ = nullptr;
