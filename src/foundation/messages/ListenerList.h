@@ -16,6 +16,9 @@ template <typename T>
 class ListenerList {
 public:
     bool isEmpty() const { return live_ == 0; }
+    bool contains(const T* listener) const {
+        return listener && std::find(listeners_.begin(), listeners_.end(), listener) != listeners_.end();
+    }
 
     void add(T* listener) {
         listeners_.push_back(listener);

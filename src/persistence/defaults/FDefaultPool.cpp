@@ -30,14 +30,17 @@ bool addCallback(std::vector<FDefaultPool::Callback>& callbacks, FDefaultPool::C
     return false;
 }
 
+bool isOfOther(const FAttributes& stored, const FDefaults& group) {
+    return GroupNames::keyOf(stored.getString(FDefaults::groupKey)) != GroupNames::keyOf(group.group());
+}
+
 /// A group on its way from a file of its own, with its values taken. A file of another group is refused.
 class GroupInFile : public CmObject {
 public:
     explicit GroupInFile(FDefaults& group) : group_(group) {}
 
     bool restoreAttributes(FAttributes* attributes) override {
-        isOther = GroupNames::keyOf(attributes->getString(FDefaults::groupKey)) !=
-                  GroupNames::keyOf(group_.group());
+        isOther = isOfOther(*attributes, group_);
         if (!isOther)
             return group_.takeAttributes(*attributes);
         platform::debugOutput("settings of \"" + group_.group().toUtf8() + "\" asked for, those of \"" +
@@ -66,6 +69,22 @@ bool isStoredStore(const FAttributes& attributes) {
 class FormOfFile : public CmObject {
 public:
     bool restoreAttributes(FAttributes* attributes) override { return isStoredStore(*attributes); }
+};
+
+/// The same for the file of a group. That of another one is none of its business, whatever the form.
+class FormOfGroupFile : public CmObject {
+public:
+    explicit FormOfGroupFile(const FDefaults& group) : group_(group) {}
+
+    bool restoreAttributes(FAttributes* attributes) override {
+        isOther = isOfOther(*attributes, group_);
+        return isOther || FDefaults::isStoredForm(*attributes);
+    }
+
+    bool isOther = false;
+
+private:
+    const FDefaults& group_;
 };
 
 } // namespace
@@ -199,11 +218,9 @@ bool FDefaultPool::preferKept() {
 bool FDefaultPool::removeGroupFile(const std::string& name, const FDefaults& group) {
     if (!DefaultsForm::stands(DefaultsForm::settingsFile(name)))
         return true;
-    FAttributes stored;
-    const bool isOther =
-        loadFile(name, DefaultsForm::groups, stored) &&
-        GroupNames::keyOf(stored.getString(FDefaults::groupKey)) != GroupNames::keyOf(group.group());
-    return isOther || removeFile(name);
+    FormOfGroupFile file(group);
+    const bool isLoaded = loadFile(name, DefaultsForm::groups, file);
+    return (isLoaded && file.isOther) || removeFile(name);
 }
 
 bool FDefaultPool::loadGroup(FDefaults& group) {

@@ -8,9 +8,7 @@
 namespace qorl {
 
 bool FDefaultPool::registerAutoSaver(AutoSaver* saver) try {
-    bool isThere = false;
-    autoSavers_.tell([&](const AutoSaver& other) { isThere |= &other == saver; });
-    if (isThere)
+    if (autoSavers_.contains(saver))
         return true;
     if (state_.haveSaversHeard)
         lateSavers_.insert(saver);

@@ -117,7 +117,21 @@ TEST_F(FDefaultPoolFormTest, FindsAGroupUnderItsEarlierName) {
     EXPECT_EQ(numberAfterRestart(), 0);
     set(3);
     EXPECT_TRUE(save());
-    EXPECT_EQ(folder_.read("settings/Defaults/" + earlierGroupFile + " (Damaged).xml"), damaged);
+    const std::string away = "settings/Defaults/" + earlierGroupFile + " (Damaged";
+    EXPECT_EQ(folder_.read(away + ").xml"), damaged);
+    const std::string noList = "<Defaults><string name=\"Group\" value=\"Group\"/>"
+                               "<string name=\"Values\" value=\"1\"/></Defaults>";
+    folder_.write(earlier, noList);
+    EXPECT_EQ(numberAfterRestart(), 3);
+    EXPECT_TRUE(save());
+    EXPECT_FALSE(folder_.has(earlier));
+    EXPECT_EQ(folder_.read(away + " 2).xml"), noList) << "not deleted unread";
+    folder_.write(now, noList);
+    begin(0);
+    pool().removeGroup("Group");
+    EXPECT_TRUE(save());
+    EXPECT_FALSE(folder_.has(now));
+    EXPECT_EQ(folder_.read("settings/Defaults/" + groupFile + " (Damaged).xml"), noList);
 }
 
 TEST_F(FDefaultPoolFormTest, KeepsABackupThatCouldNotBeBroughtBack) {
