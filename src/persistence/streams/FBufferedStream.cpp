@@ -1,8 +1,11 @@
 #include "persistence/streams/FBufferedStream.h"
 
 #include "foundation/Cast.h"
+#include "persistence/mounts/MountedStream.h"
 #include "persistence/streams/FCompressionStream.h"
 #include "persistence/streams/FFileStream.h"
+#include "persistence/streams/FStreamProxy.h"
+#include "persistence/streams/IStreamProxy.h"
 #include "persistence/streams/StreamProgress.h"
 #include "platform/System.h"
 
@@ -28,24 +31,34 @@ bool isForWritingOnly(FStream& stream) {
     return file && !(file->mode() & FFileStream::readAccess);
 }
 
-/// Where the data of a stream that stands at `position` ends; -1 when it can't tell. A stream that only runs
-/// forward stays where it is and calls that its end, which in a window may be where another window left it.
+/// Whether `stream`, or what it shows without a limit, inflates. What that knows of its size is a claim, and
+/// a move to its end stays where somebody left it.
+bool isInflating(IBStream* stream) {
+    const auto* own = cast<FStream>(stream);
+    if (const auto* window = cast<FStreamProxy>(own))
+        return window->length() == FStreamProxy::unlimited && isInflating(window->inner());
+    if (const auto* mounted = cast<MountedStream>(own))
+        return isInflating(mounted->inner());
+    if (const auto* proxy = cast<IStreamProxy>(own))
+        return isInflating(proxy->target());
+    return cast<FCompressionStream>(own) != nullptr;
+}
+
+/// Where the data of a stream that stands at `position` ends: where a move there leads, unless the size lies
+/// behind that. -1 when it can't tell.
 int64_t findEnd(FStream& stream, int64_t position) {
-    const int64_t end = stream.seek(0, FStream::fromEnd);
-    const bool hasMoved = end >= 0 && end != position;
-    if (hasMoved)
-        stream.seek(position, FStream::fromStart);
+    if (isInflating(&stream))
+        return -1;
+    // The size first, since a file may grow in between. Streams of others say 0 for not knowing.
     const Ref<ISizeableStream> sizeable = sizeableOf(&stream);
-    int64_t size = -1;
-    if (!sizeable || sizeable->getStreamSize(size) != Result::ok)
-        return std::max<int64_t>(end, -1);
-    // Streams of others say 0 for not knowing.
+    int64_t size = 0;
+    const bool isSized = sizeable && sizeable->getStreamSize(size) == Result::ok && size > 0;
+    const int64_t end = stream.seek(0, FStream::fromEnd);
     if (end < 0)
-        return size > 0 ? size : -1;
-    // What this one knows of its size may be a mere claim.
-    if (cast<FCompressionStream>(&stream))
-        return hasMoved ? end : -1;
-    return size == end || (hasMoved && size == 0) ? end : -1;
+        return isSized ? size : -1;
+    if (end != position)
+        stream.seek(position, FStream::fromStart);
+    return isSized && size > end ? -1 : end;
 }
 
 } // namespace

@@ -380,25 +380,45 @@ TEST(FBufferedStream, ReadsOnWhereTheEndIsNotKnown) {
               text);
 }
 
-/// Tells no size, as streams of others do.
-class UnsizedStream : public ShakyStream, public ISizeableStream {
-    QORL_CLASS(UnsizedStream, ShakyStream)
-    QORL_FACES(UnsizedStream, ShakyStream, ISizeableStream)
+/// Tells no size, as streams of others do, or one that grows whenever somebody asks for its end.
+class OddlySizedStream : public ShakyStream, public ISizeableStream {
+    QORL_CLASS(OddlySizedStream, ShakyStream)
+    QORL_FACES(OddlySizedStream, ShakyStream, ISizeableStream)
 
 public:
-    using ShakyStream::ShakyStream;
+    explicit OddlySizedStream(bool isGrowing) : ShakyStream("012345"), isGrowing(isGrowing) {}
+
+    int64_t seek(int64_t offset, int32_t mode) override {
+        if (mode == fromEnd)
+            grow();
+        return ShakyStream::seek(offset, mode);
+    }
     Result getStreamSize(int64_t& size) override {
-        size = 0;
+        grow();
+        size = isGrowing ? std::ssize(text) : 0;
         return Result::ok;
     }
     Result setStreamSize(int64_t) override { return Result::notImplemented; }
+
+    bool isGrowing;
+
+private:
+    void grow() { text.append(isGrowing ? "+" : ""); }
 };
 
-TEST(FBufferedStream, FindsTheEndOfAStreamThatTellsNoSize) {
-    const auto stream = buffered(Form::plain, make<UnsizedStream>("0123456789"), 4);
-    expectSeeks(*stream, {{-3, FStream::fromEnd, 7}});
-    EXPECT_EQ(stream->write("x", 1), 1);
-    EXPECT_EQ(readUpTo(*stream, 9), "89");
+TEST(FBufferedStream, FindsAnEndThatTheSizeDoesNotTell) {
+    for (const bool isGrowing : {false, true}) {
+        for (const int64_t place : {0, 6}) {
+            SCOPED_TRACE(::testing::Message() << "growing " << isGrowing << " from " << place);
+            const auto inner = make<OddlySizedStream>(isGrowing);
+            inner->place = place;
+            const auto stream = buffered(Form::plain, inner, 4);
+            EXPECT_EQ(stream->seek(0, FStream::fromEnd), std::ssize(inner->text));
+            EXPECT_EQ(stream->write("x", 1), 1);
+            stream->seek(-2, FStream::fromHere);
+            EXPECT_EQ(readUpTo(*stream, 9), isGrowing ? "+x" : "5x");
+        }
+    }
 }
 
 TEST(FBufferedStream, TakesNoFailureForTheEnd) {

@@ -2,12 +2,15 @@
 
 #include "foundation/Cast.h"
 #include "foundation/containers/CmBuffer.h"
+#include "persistence/mounts/MountedStream.h"
 #include "persistence/streams/FBufferedStream.h"
 #include "persistence/streams/FMemoryStream.h"
 #include "persistence/streams/FStreamProxy.h"
+#include "persistence/streams/IStreamProxy.h"
 #include "persistence/streams/ZLibCompressor.h"
 #include "support/FailingAllocation.h"
 #include "support/MemoryMeter.h"
+#include "support/PackComponent.h"
 #include "support/ProgressRecorder.h"
 #include "support/ShakyStream.h"
 #include "support/Slots.h"
@@ -191,10 +194,29 @@ TEST(FCompressionStream, CanBeReadThroughWindowsThatShareIt) {
     FStreamProxy early(stream, 2, 4, 0);
     EXPECT_EQ(readUpTo(late, 2), "cc");
     EXPECT_EQ(readUpTo(early, 9), "aabb") << "it goes back to the start, and forward from there";
-    const auto rest =
-        make<FBufferedStream>(make<FStreamProxy>(stream, 0, FStreamProxy::unlimited, 0), 4, true);
-    EXPECT_EQ(readUpTo(*rest, 99), "aaaabbbbcccc") << "not up to where another one left it";
     EXPECT_EQ(readUpTo(late, 9), "cc");
+}
+
+TEST(FCompressionStream, EndsForABufferWhereItsDataDoes) {
+    const auto pack = make<PackInstance>(*make<PackComponent>());
+    const auto mount = make<FRemovableFileSystem>(nullptr, nullptr, Ref<IVirtualFileSystem>{pack}, nullptr,
+                                                  FRemovableFileSystem::Access::read);
+    for (const int32_t claimed : {-1, 0, 4, 6, 12, 99}) {
+        for (int32_t form = 0; form < 4; ++form) {
+            SCOPED_TRACE(::testing::Message() << "form " << form << " that was told " << claimed);
+            const auto stream = make<FCompressionStream>(deflated("aaaabbbbcccc"));
+            ASSERT_TRUE(stream->beginDecompression(claimed));
+            const auto window = make<FStreamProxy>(stream, 0, FStreamProxy::unlimited, 0);
+            const Ref<FStream> forms[] = {stream, window, make<IStreamProxy>(Ref<IBStream>{window}),
+                                          make<MountedStream>(stream, mount)};
+            EXPECT_EQ(readUpTo(*make<FStreamProxy>(stream, 2, 4, 0), 9), "aabb");
+            if (forms[form] != window)
+                forms[form]->rewind();
+            const auto buffered = make<FBufferedStream>(forms[form], 4, true);
+            EXPECT_EQ(readUpTo(*buffered, 99), "aaaabbbbcccc") << "not up to where another one left it";
+            EXPECT_EQ(buffered->write("d", 1), -1);
+        }
+    }
 }
 
 TEST(FCompressionStream, MakesReadableWhatWasFlushed) {
