@@ -21,7 +21,9 @@ public:
     int64_t read(void* buffer, int64_t count) override;
     /// 0: it only reads.
     int64_t write(const void*, int64_t) override { return 0; }
-    /// -1, and nothing moved, for `fromEnd`, for a place before the start, and when the inner stream fails.
+    /// -1, and the place stays, for `fromEnd`, for a place before the start, and when the inner stream fails.
+    /// Where that one can't be brought back, `isValid` is false, and what is read comes from elsewhere until
+    /// a move works or `flush` takes its place over.
     int64_t seek(int64_t offset, int32_t mode) override;
     int64_t tell() override { return position_; }
     void rewind() override { seek(0, fromStart); }

@@ -236,10 +236,10 @@ bool FMemoryStream::restoreAttributes(FAttributes* attributes) {
 }
 
 bool FMemoryStream::loadBinary(FBinaryStream& source) {
+    forgetFailure();
     int32_t count = 0;
     if (!source.readInt32(count) || count < 0)
         return false;
-    forgetFailure();
     // In pieces, so that a damaged count costs no more memory than the source has bytes.
     char piece[4096];
     while (count > 0) {

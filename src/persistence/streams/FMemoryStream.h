@@ -60,10 +60,12 @@ public:
     /// As `resize`. `Result::failure` when the stream isn't valid.
     Result setStreamSize(int64_t size) override;
 
-    /// Archives hold it as `saveBinary` does.
+    /// Archives hold it as `saveBinary` does, attributes as the binary attribute "Data". What is restored
+    /// comes into a block of our own, also where there was a foreign one or the stream had failed. These
+    /// throw `std::bad_alloc` when there is no memory for the bytes, so that a load or a save as a whole
+    /// tells of it.
     bool readFrom(FObjectArchive* archive) override;
     bool writeTo(FObjectArchive* archive) override;
-    /// Stores the bytes as the binary attribute "Data".
     bool storeAttributes(FAttributes* attributes) override;
     bool restoreAttributes(FAttributes* attributes) override;
 
@@ -77,7 +79,8 @@ public:
     int64_t capacity() const { return capacity_; }
     std::string_view bytes() const { return {memory_.bytes, static_cast<size_t>(memory_.size)}; }
 
-    /// A 32-bit length and then the bytes. Stands at the start when loaded.
+    /// A 32-bit length and then the bytes. Loads into a block of our own, and stands at its start then; of
+    /// damaged data it holds what came, and without memory it isn't valid.
     bool loadBinary(FBinaryStream& source);
     bool saveBinary(FBinaryStream& target);
 

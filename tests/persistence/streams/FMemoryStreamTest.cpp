@@ -119,11 +119,16 @@ TEST(FMemoryStream, LoadsOnlyWhatIsThere) {
 
     FAttributes attributes;
     EXPECT_TRUE(source.storeAttributes(&attributes));
-    FMemoryStream restored;
-    restored.write("longer than before", 18);
+    char foreign[] = "a";
+    FMemoryStream restored(foreign, 1);
+    EXPECT_EQ(restored.write("longer than its block", 21), 0);
+    FMemoryStream cut("\3\0"sv);
+    FCompactArchive archive(cut, FObjectArchive::Direction::reading);
+    EXPECT_FALSE(restored.readFrom(&archive)) << "damaged, whatever was wrong before";
     EXPECT_TRUE(restored.restoreAttributes(&attributes));
-    EXPECT_EQ(restored.bytes(), "pan");
+    EXPECT_EQ(restored.bytes(), "pan") << "in a block of its own";
     EXPECT_EQ(restored.tell(), 0);
+    EXPECT_STREQ(foreign, "a");
 }
 
 TEST(FMemoryStream, KeepsItsBytesInArchives) {
