@@ -294,8 +294,10 @@ bool XmlLine::finish(bool written, size_t count) {
     const size_t rest = size() - count;
     char* const start = buffer_->data();
     std::memmove(start, start + count, rest);
-    at_ = start + rest;
-    end_ = start + buffer_->capacity();
+    if (buffer_->capacity() > mostKeptBytes && rest < lineBytes)
+        buffer_->setCapacity(lineBytes);
+    at_ = buffer_->data() + rest;
+    end_ = buffer_->data() + buffer_->capacity();
     return !std::exchange(isBroken_, false) && written;
 }
 

@@ -1,6 +1,7 @@
 #include "persistence/xml/XmlLine.h"
 
 #include "persistence/streams/FMemoryStream.h"
+#include "support/FailingAllocation.h"
 
 #include <cmath>
 #include <cstdio>
@@ -71,6 +72,25 @@ TEST(XmlLine, EscapesEachByteWhereverItStands) {
             line.putEscaped(text, escape);
             ASSERT_EQ(line.text(), expected) << "byte " << i % 256 << " at " << place << " of " << length;
         }
+    }
+}
+
+TEST(XmlLine, GivesBackTheRoomOfALongText) {
+    const std::string text(100'000, 'x');
+    FMemoryStream sink;
+    XmlLine line;
+    for (const bool isWritten : {false, true}) {
+        line.put(text);
+        EXPECT_FALSE(line.isBroken());
+        if (isWritten)
+            EXPECT_TRUE(line.writeTo(static_cast<FBinaryStream&>(sink), 7));
+        else
+            line.clear();
+        const std::string kept(line.text());
+        EXPECT_EQ(kept, isWritten ? text.substr(0, text.size() % 7) : "");
+        FailingAllocation allocation(1);
+        EXPECT_TRUE(allocation.during([&] { return line.put(text).isBroken(); })) << "it asks for room again";
+        line.clear();
     }
 }
 
