@@ -12,7 +12,8 @@ class FFileIterator : public CmObject {
     QORL_CLASS(FFileIterator, CmObject)
 
 public:
-    /// The next entry, or null at the end; good until the next call.
+    /// The next entry, or null at the end; good until the next call. Null also where there is no memory to go
+    /// on, which can't be told from the end.
     virtual FPath* next() = 0;
     /// What `next` gave last.
     virtual FPath* getCurrent() = 0;
