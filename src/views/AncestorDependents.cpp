@@ -62,8 +62,11 @@ void enterAncestorDependents(UView& view, UView* parent) {
 }
 
 void leaveAncestorDependents(UView& view, UView* parent) {
+    if (!parent)
+        return;
+    // By the marks of the parent: the view may not want to hear of it any more.
     for (const AncestorKind* kind : {&ancestorSize, &ancestorMove})
-        if (view.hasFlag(kind->wants))
+        if (parent->hasFlag(kind->wants | kind->relays))
             leave(view, parent, *kind);
 }
 

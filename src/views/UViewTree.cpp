@@ -229,8 +229,7 @@ void UView::detached(UView* parent) {
         if (view.isAttached())
             view.detached(this);
     });
-    if (hasFlag(viewWantsAncestorSized | viewWantsAncestorMoved))
-        leaveAncestorDependents(*this, parent);
+    leaveAncestorDependents(*this, parent);
     tellLifecycle(*this, &IViewLifecycleListener::viewDetached);
 }
 

@@ -406,6 +406,19 @@ TEST_F(UViewTree, LetsAViewFollowItsAncestors) {
     EXPECT_EQ(log_.take(), "sized:outer");
 }
 
+TEST_F(UViewTree, ForgetsAFollowerThatDidNotWantToFollowInTheEnd) {
+    window_->attachTree();
+    auto outer = add(*window_, "outer");
+    Ref<UView> made = make<testing::PoisonedView>(CmRect{0, 0, 5, 5});
+    made->setFlag(viewWantsAncestorSized | viewWantsAncestorMoved, true);
+    UView* follower = made.get();
+    outer->addSubView(std::move(made));
+    follower->setFlag(viewWantsAncestorSized | viewWantsAncestorMoved, false);
+    outer->removeSubView(follower);
+    EXPECT_FALSE(outer->hasFlag(viewRelaysAncestorSized | viewRelaysAncestorMoved));
+    outer->setFrame({1, 1, 60, 60}, false);
+}
+
 /// Hears changes of a view as its dependent.
 class Dependent : public CmObject {
     QORL_CLASS(Dependent, CmObject)
