@@ -81,11 +81,12 @@ void BoundValueFace::getValueTextSized(char16_t* buffer, int32_t& size) {
         copyText(text, buffer, size);
 }
 
-void BoundValueFace::setValueText(const char16_t* text) {
-    guarded([&] {
-        if (!self().parseByFormatter(text))
-            setValueAndPerform(ConstString(text) == translate("On") ? 1 : 0);
-    });
+void BoundValueFace::setValueText(const char16_t* text) try {
+    if (self().parseByFormatter(text))
+        return;
+    setValueAndPerform(ConstString(text) == translate("On") ? 1 : 0);
+} catch (const std::bad_alloc&) {
+    // The value stays as it is.
 }
 
 void BoundValueFace::setValueTextQuiet(const char16_t* text, bool notifyTarget) {
@@ -101,16 +102,16 @@ void BoundValueFace::setValueTextQuiet(const char16_t* text, bool notifyTarget) 
 }
 
 void BoundValueFace::setValueAndPerform(int32_t value) {
-    BoundValueFace::setValueMaybePerform(value, true);
+    const auto keptAlive = retain(&self());
+    self().setValue(value);
+    self().performUpdate();
 }
 
 void BoundValueFace::setValueMaybePerform(int32_t value, bool perform) {
     const auto keptAlive = retain(&self());
-    guarded([&] {
-        self().setValue(value);
-        if (perform)
-            self().performUpdate();
-    });
+    self().setValue(value);
+    if (perform)
+        self().performUpdate();
 }
 
 void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) try {
@@ -129,7 +130,7 @@ void BoundValueFace::setTargetInterface(FInterface* target, int32_t tag) try {
 
 void FormatHostFace::setFormatter(IValueFormatter* formatter) {
     formatter_ = retain(formatter);
-    guarded([this] { static_cast<Value*>(this)->changed(valueChanged); });
+    static_cast<Value*>(this)->changed(valueChanged);
 }
 
 int32_t BoundValueFace::getTag() {
@@ -140,27 +141,27 @@ void BoundValueFace::setEnabled(bool enabled) {
     if (isEnabled() == enabled)
         return;
     self().setFlag(Value::enabled, enabled);
-    guarded([this] { self().changed(valueChanged); });
+    self().changed(valueChanged);
 }
 
 bool BoundValueFace::isEnabled() {
     return self().has(Value::enabled);
 }
 
-void BoundValueFace::setEditBracket(bool begin) {
-    guarded([&] {
-        if (begin)
-            self().beginEdit();
-        else
-            self().endEdit(true);
-    });
+void BoundValueFace::setEditBracket(bool begin) try {
+    if (begin)
+        self().beginEdit();
+    else
+        self().endEdit(true);
+} catch (const std::bad_alloc&) {
+    // The bracket stands, and the target may not have heard of it.
 }
 
 float BoundValueFace::getValueFloat() {
     return self().getFloat();
 }
 void BoundValueFace::setValueFloat(float value) {
-    guarded([&] { self().setValue(truncateToInt(value)); });
+    self().setValue(truncateToInt(value));
 }
 float BoundValueFace::getMinFloat() {
     return static_cast<float>(getMin());
@@ -183,11 +184,9 @@ float BoundValueFace::getNormalized() {
 
 void BoundValueFace::setNormalizedMaybePerform(float normalized, bool perform) {
     const auto keptAlive = retain(&self());
-    guarded([&] {
-        self().setNormalized(normalized);
-        if (perform)
-            self().performUpdate();
-    });
+    self().setNormalized(normalized);
+    if (perform)
+        self().performUpdate();
 }
 
 CmObject* BoundValueFace::getTarget() {
@@ -201,10 +200,10 @@ bool BoundValueFace::resetToDefault() {
     const auto keptAlive = retain(&self());
     const bool bracket = self().isPerformOnEdit();
     if (bracket)
-        setEditBracket(true);
+        self().beginEdit();
     setValueAndPerform(value);
     if (bracket)
-        setEditBracket(false);
+        self().endEdit(true);
     return true;
 }
 

@@ -3,20 +3,9 @@
 #include <qorl/IBoundValue.h>
 #include <qorl/Ref.h>
 
-#include <new>
-
 namespace qorl::Binding {
 
 class Value;
-
-/// The door to other modules: a lack of memory does not reach whoever operates a value. What was set stays,
-/// and who was still to be told of it may not have heard.
-template <typename Action>
-void guarded(Action action) {
-    try {
-        action();
-    } catch (const std::bad_alloc&) {}
-}
 
 /// The `IBoundValue` face that every value carries, told in terms of the value's own operations.
 ///

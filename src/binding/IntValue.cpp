@@ -3,6 +3,8 @@
 #include "binding/NumberText.h"
 #include "foundation/ClassRecord.h"
 
+#include <new>
+
 namespace qorl::Binding {
 
 QORL_REGISTER(IntValue, "UIntValue", Value, 0)
@@ -27,14 +29,20 @@ void IntValue::setMin(int32_t min) {
     min_ = min;
     if (max_ < min)
         max_ = min;
-    guarded([&] { value_ >= min ? changed(valueChanged) : setValue(value_); });
+    if (value_ >= min)
+        changed(valueChanged);
+    else
+        setValue(value_);
 }
 
 void IntValue::setMax(int32_t max) {
     if (max == max_)
         return;
     max_ = max;
-    guarded([&] { value_ <= max ? changed(valueChanged) : setValue(value_); });
+    if (value_ <= max)
+        changed(valueChanged);
+    else
+        setValue(value_);
 }
 
 void IntValue::decrement() {
@@ -54,11 +62,11 @@ void IntValue::toString(String& text) {
         text.printInt64(getValue());
 }
 
-void IntValue::setValueText(const char16_t* text) {
-    guarded([&] {
-        if (!parseByFormatter(text))
-            setValueAndPerform(truncateToInt(calculateFromText(text, getValue())));
-    });
+void IntValue::setValueText(const char16_t* text) try {
+    if (!parseByFormatter(text))
+        setValueAndPerform(truncateToInt(calculateFromText(text, getValue())));
+} catch (const std::bad_alloc&) {
+    // The value stays as it is.
 }
 
 bool IntDefValue::getDefault(int32_t& value) {

@@ -4,6 +4,8 @@
 #include "foundation/ClassRecord.h"
 #include "persistence/attributes/FAttributes.h"
 
+#include <new>
+
 namespace qorl::Binding {
 
 QORL_REGISTER(StringValue, "UStringValue", Value, 0)
@@ -57,11 +59,11 @@ void StringValue::setString(const ConstString& text) {
     performUpdate();
 }
 
-void StringValue::setValueText(const char16_t* text) {
-    guarded([&] {
-        if (!parseByFormatter(text))
-            setString(ConstString(text));
-    });
+void StringValue::setValueText(const char16_t* text) try {
+    if (!parseByFormatter(text))
+        setString(ConstString(text));
+} catch (const std::bad_alloc&) {
+    // The value stays as it is.
 }
 
 } // namespace qorl::Binding

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 
 namespace qorl {
 
@@ -70,12 +71,12 @@ void UColorValue::toString(String& text) {
         text = ConstString(UColor::fromPacked(color_).toText());
 }
 
-void UColorValue::setValueText(const char16_t* text) {
-    Binding::guarded([&] {
-        UColor color;
-        if (!parseByFormatter(text) && color.parse(ConstString(text).toUtf8()))
-            setValueAndPerform(static_cast<int32_t>(color.packed()));
-    });
+void UColorValue::setValueText(const char16_t* text) try {
+    UColor color;
+    if (!parseByFormatter(text) && color.parse(ConstString(text).toUtf8()))
+        setValueAndPerform(static_cast<int32_t>(color.packed()));
+} catch (const std::bad_alloc&) {
+    // The value stays as it is.
 }
 
 } // namespace qorl

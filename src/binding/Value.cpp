@@ -244,10 +244,10 @@ void Value::toggle() {
     const auto keptAlive = retain(this);
     const bool bracket = isPerformOnEdit();
     if (bracket)
-        setEditBracket(true);
+        beginEdit();
     setValueAndPerform(getValue() ? 0 : 1);
     if (bracket)
-        setEditBracket(false);
+        endEdit(true);
 }
 
 bool Value::getDefault(int32_t&) {
