@@ -34,14 +34,16 @@ bool isForWritingOnly(FStream& stream) {
 /// Whether `stream`, or what it shows without a limit, inflates. What that knows of its size is a claim, and
 /// a move to its end stays where somebody left it.
 bool isInflating(IBStream* stream) {
-    const auto* own = cast<FStream>(stream);
+    auto* own = cast<FStream>(stream);
     if (const auto* window = cast<FStreamProxy>(own))
         return window->length() == FStreamProxy::unlimited && isInflating(window->inner());
     if (const auto* mounted = cast<MountedStream>(own))
         return isInflating(mounted->inner());
     if (const auto* proxy = cast<IStreamProxy>(own))
         return isInflating(proxy->target());
-    return cast<FCompressionStream>(own) != nullptr;
+    auto* compression = cast<FCompressionStream>(own);
+    int64_t claimed = 0;
+    return compression && compression->getStreamSize(claimed) == Result::ok;
 }
 
 /// Where the data of a stream that stands at `position` ends: where a move there leads, unless the size lies
@@ -52,7 +54,10 @@ int64_t findEnd(FStream& stream, int64_t position) {
     // The size first, since a file may grow in between. Streams of others say 0 for not knowing.
     const Ref<ISizeableStream> sizeable = sizeableOf(&stream);
     int64_t size = 0;
-    const bool isSized = sizeable && sizeable->getStreamSize(size) == Result::ok && size > 0;
+    const bool isTold = sizeable && sizeable->getStreamSize(size) == Result::ok;
+    if (isTold && size < 0)
+        return -1;
+    const bool isSized = isTold && size > 0;
     const int64_t end = stream.seek(0, FStream::fromEnd);
     if (end < 0)
         return isSized ? size : -1;

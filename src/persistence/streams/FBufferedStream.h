@@ -20,10 +20,9 @@ namespace qorl {
 /// block: no byte is lost. A file that was opened for writing only can be written from front to back, also
 /// with flushes between, or from the start of a block on; what would have to be read there fails.
 ///
-/// An inner stream that can't tell its end, such as one that inflates or a window on it, is read until it
-/// gives nothing more. Until that end was met there is no size and no place `fromEnd`, and nothing can be
-/// written.
-/// Threading: as the inner stream.
+/// An inner stream that can't tell its end, such as one that inflates or a window without a limit on it, is
+/// read until it gives nothing more. Until that end was met there is no size and no place `fromEnd`, and
+/// nothing can be written. Threading: as the inner stream.
 class FBufferedStream : public FStream, public ISizeableStream {
     QORL_CLASS(FBufferedStream, FStream)
     QORL_FACES(FBufferedStream, FStream, ISizeableStream)

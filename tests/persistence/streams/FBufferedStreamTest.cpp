@@ -421,6 +421,15 @@ TEST(FBufferedStream, FindsAnEndThatTheSizeDoesNotTell) {
     }
 }
 
+TEST(FBufferedStream, WritesToOneThatCompresses) {
+    const auto compressing = make<FCompressionStream>(make<FMemoryStream>());
+    ASSERT_TRUE(compressing->beginCompression(1));
+    const auto stream = buffered(Form::plain, compressing, 8);
+    EXPECT_EQ(stream->write("12345678", 8), 8);
+    stream->flush();
+    EXPECT_TRUE(stream->isValid());
+}
+
 TEST(FBufferedStream, TakesNoFailureForTheEnd) {
     const auto compressed = make<FMemoryStream>();
     const std::string text(5000, 'x');
